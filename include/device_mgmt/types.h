@@ -1,0 +1,45 @@
+/* types.h: the scalars and return codes that every call shares. */
+#ifndef DEVICE_MGMT_TYPES_H
+#define DEVICE_MGMT_TYPES_H
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef uint8_t vor_uchar;
+typedef char vor_char;
+typedef uint8_t vor_boolean; /* 0 false, 1 true */
+typedef uint8_t vor_bool;
+typedef int16_t vor_int16;
+typedef uint16_t vor_uint16;
+typedef int32_t vor_int32;
+typedef uint32_t vor_uint32;
+typedef uint64_t vor_uint64;
+typedef uint32_t vor_ip_address; /* IPv4, network byte order */
+
+/*
+ * What the calls return. A family header names a code only where it means
+ * something else there.
+ *
+ *   0      success: the manager accepted, or a one-way message was sent
+ *  -1      no endpoint is bound, or the manager refused; its status is then
+ *          in vor_errno
+ *  -3      the platform refused the exchange or the send
+ *  -4      no message buffer, no room in one, or an answer without a status
+ *  -1001   latitude not accepted
+ *  -1002   longitude not accepted
+ *  -1151   more than four DNS servers
+ *  -1500   a MAC address text that is not hexadecimal
+ */
+
+/* The last non-zero status a manager answered. A success leaves it alone; most
+ * families set it to 0 when a call begins, the headers say which do not. */
+extern vor_int32 vor_errno;
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

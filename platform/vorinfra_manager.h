@@ -1,0 +1,73 @@
+/*
+ * vorinfra_manager.h: the manager's side of the development platform.
+ *
+ * A manager binds its SAP with vor_ipc_bind, waits on the descriptor, receives
+ * one message at a time and answers those that await an answer. Nothing here
+ * is called by the configuration library.
+ */
+#ifndef VORINFRA_MANAGER_H
+#define VORINFRA_MANAGER_H
+
+#include <vorinfra.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#define VORINFRA_DATA_MAX 4096 /* meta-data and payload of one message, together */
+
+/* How an element's value is to be read. */
+typedef enum vorinfra_kind { VORINFRA_INT16 = 1, VORINFRA_INT32 = 2, VORINFRA_STRING = 3, VORINFRA_RAW = 4 } vorinfra_kind;
+
+/* One received message. Everything points into the message itself. */
+typedef struct vorinfra_message {
+    vor_uint16 source; /* the sender's SAP; the answer goes back there */
+    vor_uint16 destination;
+    vor_uint32 id;
+    vor_uint16 sequence;       /* ties an answer to its request */
+    vor_boolean answer_wanted; /* 0 for a one-way message */
+    const vor_uchar* meta_data;
+    vor_uint16 meta_data_size;
+    const vor_uchar* payload;
+    vor_uint16 payload_size;
+    vor_uchar data[VORINFRA_DATA_MAX];
+} VORINFRA_MESSAGE;
+
+/* One element of a serialized chain. A string's size leaves out its terminator;
+ * numbers are in `number`, sign-extended. */
+typedef struct vorinfra_element {
+    vor_uint16 tag;
+    vorinfra_kind kind;
+    vor_uint16 size;
+    const vor_uchar* value;
+    vor_int32 number;
+} VORINFRA_ELEMENT;
+
+/* The descriptor to poll for reading; -1 for a null handle. */
+int vorinfra_descriptor(const VOR_IPC_HANDLE* handle);
+
+/* 1: a message was received; 0: none is waiting; -1: what came was no message
+ * (reported on standard error, dropped). Never blocks. */
+int vorinfra_receive(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message);
+
+/* Answers `request` with a message of the given id (usually the request's own).
+ * 0: sent; -1: the asker is gone or does not listen. Never blocks. */
+int vorinfra_answer(VOR_IPC_HANDLE* handle, const VORINFRA_MESSAGE* request, vor_uint32 id, const void* payload,
+                    vor_uint16 size);
+
+/* Reads the element at *cursor and moves it on. 1: read; 0: the end; -1: the
+ * bytes are no chain. Start with cursor 0. */
+int vorinfra_next_element(const vor_uchar* chain, vor_uint16 size, vor_uint16* cursor, VORINFRA_ELEMENT* element);
+
+/* The private directory that holds this gateway's sockets, made when missing.
+ * Null with a message on standard error when it cannot be used. */
+const char* vorinfra_directory(void);
+
+/* `path` under VORINFRA_ROOT, in `buffer`. 0, or -1 when it does not fit. */
+int vorinfra_rooted_path(const char* path, char* buffer, unsigned size);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -10,9 +10,7 @@
 
 #include <device_mgmt/types.h>
 
-#ifdef __cplusplus
-extern "C" {
-#endif
+VOR_DECLARATIONS_BEGIN
 
 /* --- TLV chains ------------------------------------------------------- */
 
@@ -130,8 +128,6 @@ vor_int32 vor_strlen(const vor_char* string);
 vor_int32 vor_atoi(const vor_char* string);
 vor_uint32 vor_htobe32(vor_uint32 value);
 
-#ifdef __cplusplus
-}
-#endif
+VOR_DECLARATIONS_END
 
 #endif

@@ -1,12 +1,21 @@
-/* types.h: the scalars and return codes that every call shares. */
+/* types.h: the scalars, return codes and macros that every header shares. */
 #ifndef DEVICE_MGMT_TYPES_H
 #define DEVICE_MGMT_TYPES_H
 
+#include <stddef.h>
 #include <stdint.h>
 
+/* clang-format off */
 #ifdef __cplusplus
-extern "C" {
+#define VOR_DECLARATIONS_BEGIN extern "C" { _Pragma("GCC visibility push(default)")
+#define VOR_DECLARATIONS_END _Pragma("GCC visibility pop") }
+#define VOR_LAYOUT(condition) static_assert(condition, "a record's layout is the wire's: " #condition)
+#else
+#define VOR_DECLARATIONS_BEGIN _Pragma("GCC visibility push(default)")
+#define VOR_DECLARATIONS_END _Pragma("GCC visibility pop")
+#define VOR_LAYOUT(condition) _Static_assert(condition, "a record's layout is the wire's: " #condition)
 #endif
+/* clang-format on */
 
 typedef uint8_t vor_uchar;
 typedef char vor_char;
@@ -20,7 +29,7 @@ typedef uint64_t vor_uint64;
 typedef uint32_t vor_ip_address; /* IPv4, network byte order */
 
 /*
- * What the calls return. A family header names a code only where it means
+ * What the calls return. A family's header names a code only where it means
  * something else there.
  *
  *   0      success: the manager accepted, or a one-way message was sent
@@ -34,12 +43,12 @@ typedef uint32_t vor_ip_address; /* IPv4, network byte order */
  *  -1500   a MAC address text that is not hexadecimal
  */
 
+VOR_DECLARATIONS_BEGIN
+
 /* The last non-zero status a manager answered. A success leaves it alone; most
- * families set it to 0 when a call begins, the headers say which do not. */
+ * families set it to 0 when a call begins, and the headers say which do not. */
 extern vor_int32 vor_errno;
 
-#ifdef __cplusplus
-}
-#endif
+VOR_DECLARATIONS_END
 
 #endif

@@ -1,0 +1,50 @@
+/* gsm.h: the cellular data connection, held by the GSM manager (SAP 12). Every call sets vor_errno to 0 first. */
+#ifndef DEVICE_MGMT_GSM_H
+#define DEVICE_MGMT_GSM_H
+
+#include <device_mgmt/types.h>
+
+VOR_DECLARATIONS_BEGIN
+
+struct _vor_gsmmgr_set_status_ {
+    vor_int32 set_status;
+};
+VOR_LAYOUT(sizeof(struct _vor_gsmmgr_set_status_) == 4);
+
+/**
+ * Sets a port's access point name.
+ *
+ * @param gsm_port           passed to the manager as it is
+ * @param access_point_name  passed to the manager as it is
+ * @param option             passed to the manager as it is
+ */
+vor_int32 vor_cfg_gsm_set_access_point_name(vor_uchar gsm_port, vor_char* access_point_name, vor_uchar option);
+
+/**
+ * Sets a port's user name.
+ *
+ * @param gsm_port  passed to the manager as it is
+ * @param username  passed to the manager as it is
+ * @param option    passed to the manager as it is
+ */
+vor_int32 vor_cfg_gsm_set_username(vor_uchar gsm_port, vor_char* username, vor_uchar option);
+
+/**
+ * Sets a port's password.
+ *
+ * @param gsm_port  passed to the manager as it is
+ * @param password  passed to the manager as it is
+ * @param option    passed to the manager as it is
+ */
+vor_int32 vor_cfg_gsm_set_password(vor_uchar gsm_port, vor_char* password, vor_uchar option);
+
+/**
+ * Activates a port.
+ *
+ * @param gsm_port  passed to the manager as it is
+ */
+vor_int32 vor_cfg_gsm_activate(vor_uchar gsm_port);
+
+VOR_DECLARATIONS_END
+
+#endif

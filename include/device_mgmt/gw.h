@@ -1,0 +1,46 @@
+/*
+ * gw.h: where the gateway stands.
+ *
+ * Both go to the data manager (datamgr, SAP 10). Unlike everywhere else the
+ * manager accepts with status 1, a refused exchange is -4 (there is no -3),
+ * and vor_errno is never touched.
+ */
+#ifndef DEVICE_MGMT_GW_H
+#define DEVICE_MGMT_GW_H
+
+#include <device_mgmt/types.h>
+
+VOR_DECLARATIONS_BEGIN
+
+/* The first byte of the payload. */
+typedef struct _vor_lat_long_set_cmd_ {
+    vor_boolean set;
+} VOR_LAT_LONG_SET_CMD;
+VOR_LAYOUT(sizeof(VOR_LAT_LONG_SET_CMD) == 1);
+
+typedef struct _vor_lat_long_set_status_ {
+    vor_int32 set_status; /* 1 accepted */
+} VOR_LAT_LONG_SET_STATUS;
+VOR_LAYOUT(sizeof(VOR_LAT_LONG_SET_STATUS) == 4);
+
+/**
+ * Sets or clears the gateway's latitude.
+ *
+ * @param set       1 sets, every other value is sent as 0
+ * @param latitude  text, passed to the manager as it is
+ * @return 0; -1 no endpoint; -4 no buffer, exchange refused or an empty answer; -1001 not accepted
+ */
+vor_int32 vor_cfg_set_gw_device_latitude_config(vor_boolean set, vor_char* latitude);
+
+/**
+ * Sets or clears the gateway's longitude.
+ *
+ * @param set        1 sets, every other value is sent as 0
+ * @param longitude  text, passed to the manager as it is
+ * @return 0; -1 no endpoint; -4 no buffer, exchange refused or an empty answer; -1002 not accepted
+ */
+vor_int32 vor_cfg_set_gw_device_longitude_config(vor_boolean set, vor_char* longitude);
+
+VOR_DECLARATIONS_END
+
+#endif

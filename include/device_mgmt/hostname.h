@@ -1,0 +1,18 @@
+/* hostname.h: the gateway's host name, held by the data manager (datamgr, SAP 10). */
+#ifndef DEVICE_MGMT_HOSTNAME_H
+#define DEVICE_MGMT_HOSTNAME_H
+
+#include <device_mgmt/types.h>
+
+VOR_DECLARATIONS_BEGIN
+
+/**
+ * Sets the host name. One-way: the manager's verdict never comes back.
+ *
+ * @param hostname  passed to the manager as it is
+ */
+vor_int32 vor_cfg_set_plat_hostname(vor_char* hostname);
+
+VOR_DECLARATIONS_END
+
+#endif

@@ -1,0 +1,144 @@
+/*
+ * konfd.h: the stored configuration, edited by text queries to konfd.
+ *
+ * Build a query with vor_cfg_proto_init, vor_cfg_proto_set_op and the setters,
+ * send it with vor_konfd_bi_dir_comm and release it with vor_cfg_proto_cleanup.
+ * Nothing is escaped: a double quote in a text breaks the query's quoting.
+ * vor_errno is never touched. When memory runs short a setter leaves its text
+ * as it was and still returns 0.
+ */
+#ifndef DEVICE_MGMT_KONFD_H
+#define DEVICE_MGMT_KONFD_H
+
+#include <device_mgmt/types.h>
+
+VOR_DECLARATIONS_BEGIN
+
+typedef struct _vor_cfg_proto_path_ {
+    vor_char* path_elm; /* key, a blank, value */
+    struct {
+        struct _vor_cfg_proto_path_* stqe_next;
+    } elm_link;
+} VOR_CFG_PROTO_PATH;
+
+typedef struct _vor_cfg_proto_ {
+    vor_uchar op;
+    vor_char* line;
+    vor_char* pattern;
+    vor_char* priority;
+    struct _path_head_ {
+        struct _vor_cfg_proto_path_* stqh_first;
+        struct _vor_cfg_proto_path_** stqh_last;
+    } path_head;
+} VOR_CFG_PROTO;
+
+/**
+ * Makes an empty query.
+ *
+ * @return the query, the caller's to release with vor_cfg_proto_cleanup; null when memory is short
+ */
+VOR_CFG_PROTO* vor_cfg_proto_init(void);
+
+/**
+ * Sets what the query does.
+ *
+ * @param handle  the query
+ * @param value   1 sets (-s), 2 checks (-c), 3 unsets (-u); not checked here
+ * @return 0; -1 for a null handle
+ */
+vor_int32 vor_cfg_proto_set_op(VOR_CFG_PROTO* handle, vor_uchar value);
+
+/**
+ * Appends to the pattern of lines the query is about, between the anchors ^ and $.
+ *
+ * @param handle  the query
+ * @param type    1 for key and value, 2 for the key alone
+ * @param key     the key
+ * @param value   the value; ignored for type 2
+ * @return 0; -1 for another type or a null handle, key or (type 1) value
+ */
+vor_int32 vor_cfg_proto_set_pattern_string(VOR_CFG_PROTO* handle, vor_uchar type, vor_char* key, vor_char* value);
+
+/**
+ * Appends to the line the query stores: key, a blank, value.
+ *
+ * @param handle  the query
+ * @param key     the key
+ * @param value   the value
+ * @return 0; -1 for a null handle, key or value
+ */
+vor_int32 vor_cfg_proto_set_line_string(VOR_CFG_PROTO* handle, vor_char* key, vor_char* value);
+
+/**
+ * Appends to the query's priority.
+ *
+ * @param handle  the query; null does nothing and returns 0
+ * @param value   the priority as text
+ * @return 0; -1 for a null value
+ */
+vor_int32 vor_cfg_proto_set_priority_string(VOR_CFG_PROTO* handle, vor_char* value);
+
+/**
+ * Adds one element at the end of the query's path.
+ *
+ * @param handle      the query
+ * @param path_key    such as interface
+ * @param path_value  such as wlan0
+ * @return 0; -1 for a null handle, key or value, or when memory is short
+ */
+vor_int32 vor_cfg_proto_append_path_elm(VOR_CFG_PROTO* handle, vor_char* path_key, vor_char* path_value);
+
+/**
+ * Releases a query. The path's element records stay allocated; only their texts are freed.
+ *
+ * @param handle  the query; null does nothing
+ * @return 0
+ */
+vor_int32 vor_cfg_proto_cleanup(VOR_CFG_PROTO* handle);
+
+/**
+ * Renders a query as konfd's command text.
+ * The count is larger than the text; the bytes in between are the terminator and
+ * blanks of the same allocation.
+ *
+ * @param handle  the query; stays as it is
+ * @param length  start it at 0: the counted length is added to it; set to 0 when a line or pattern is missing
+ * @return the command, the caller's to free with vor_free; null for a null argument, an unknown operation, a missing
+ *         line or pattern, or when memory is short
+ */
+vor_char* vor_cfg_proto_get_command(VOR_CFG_PROTO* handle, vor_int32* length);
+
+/**
+ * Sends a query to konfd and hears its verdict.
+ * Connect first with vor_cfg_create_sock_endpoint; the connection stays open.
+ *
+ * @param handle  the query, still the caller's
+ * @return 0 konfd agreed; -1 for every failure
+ */
+vor_int32 vor_konfd_bi_dir_comm(VOR_CFG_PROTO* handle);
+
+/**
+ * Stores the Wi-Fi network of wlan0. Connects and disconnects by itself.
+ * Two commands are sent, and konfd's one answer read stands for both. After a
+ * failure the connection may stay open.
+ *
+ * @param ssid      network name
+ * @param password  passphrase
+ * @return 0 konfd agreed; -1 for every failure
+ */
+vor_int32 vor_cfg_set_wifi_ssid_password(vor_char* ssid, vor_char* password);
+
+/**
+ * Stores an interface's address. Connects and disconnects by itself.
+ * Prints its progress on standard output. After a failure the connection may
+ * stay open.
+ *
+ * @param interface   such as eth1
+ * @param ip_address  dotted quad, or the word dhcp
+ * @return 0 konfd agreed; -1 for every failure
+ */
+vor_int32 vor_cfg_set_interface_ip(vor_char* interface, vor_char* ip_address);
+
+VOR_DECLARATIONS_END
+
+#endif

@@ -1,0 +1,63 @@
+/*
+ * sensor.h: sensor flows and templates, held by the sensor manager (sensormgr, SAP 14).
+ *
+ * Each call sets or clears one association, as its set_flag says. Every call
+ * sets vor_errno to 0 first.
+ */
+#ifndef DEVICE_MGMT_SENSOR_H
+#define DEVICE_MGMT_SENSOR_H
+
+#include <device_mgmt/types.h>
+
+VOR_DECLARATIONS_BEGIN
+
+typedef struct _vor_sensor_set_status_ {
+    vor_int32 set_status;
+} VOR_SENSOR_SET_STAT;
+VOR_LAYOUT(sizeof(VOR_SENSOR_SET_STAT) == 4);
+
+/**
+ * Sets the template that formats a flow's data.
+ *
+ * @param sensor_name    passed to the manager as it is
+ * @param flow_name      passed to the manager as it is
+ * @param template_file  passed to the manager as it is
+ * @param set_flag       passed to the manager as it is
+ */
+vor_int32 vor_cfg_set_flow_data_template(vor_char* sensor_name, vor_char* flow_name, vor_char* template_file,
+                                         vor_boolean set_flag);
+
+/**
+ * Sets the template that formats a flow's registration.
+ *
+ * @param sensor_name    passed to the manager as it is
+ * @param flow_name      passed to the manager as it is
+ * @param template_file  passed to the manager as it is
+ * @param set_flag       passed to the manager as it is
+ */
+vor_int32 vor_cfg_set_flow_registration_template(vor_char* sensor_name, vor_char* flow_name, vor_char* template_file,
+                                                 vor_boolean set_flag);
+
+/**
+ * Sets the processing chain a flow passes through.
+ *
+ * @param sensor_name  passed to the manager as it is
+ * @param flow_name    passed to the manager as it is
+ * @param chain_name   passed to the manager as it is
+ * @param set_flag     passed to the manager as it is
+ */
+vor_int32 vor_cfg_set_sensor_flow_chain(vor_char* sensor_name, vor_char* flow_name, vor_char* chain_name,
+                                        vor_boolean set_flag);
+
+/**
+ * Sets the data channel a sensor reads.
+ *
+ * @param sensor_name   passed to the manager as it is
+ * @param channel_name  passed to the manager as it is
+ * @param set_flag      passed to the manager as it is
+ */
+vor_int32 vor_cfg_set_sensor_channel(vor_char* sensor_name, vor_char* channel_name, vor_boolean set_flag);
+
+VOR_DECLARATIONS_END
+
+#endif

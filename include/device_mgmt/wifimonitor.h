@@ -1,0 +1,20 @@
+/* wifimonitor.h: the Wi-Fi monitor (SAP 18). */
+#ifndef DEVICE_MGMT_WIFIMONITOR_H
+#define DEVICE_MGMT_WIFIMONITOR_H
+
+#include <device_mgmt/types.h>
+
+VOR_DECLARATIONS_BEGIN
+
+/**
+ * Names the data channel the monitor feeds. One-way: its verdict never comes back.
+ *
+ * @param channel_name  passed to the monitor as it is
+ * @param set           passed to the monitor as it is
+ * @return 0 sent; -1 for every failure, vor_errno is never touched
+ */
+vor_int32 set_wifi_monitor_channel_name(vor_char* channel_name, vor_boolean set);
+
+VOR_DECLARATIONS_END
+
+#endif

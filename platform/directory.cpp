@@ -1,0 +1,117 @@
+#include "directory.hpp"
+
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "log.hpp"
+#include "settings.hpp"
+#include "system.hpp"
+
+namespace vorinfra {
+
+static constexpr char sap_prefix[] = "/sap-";
+static constexpr size_t longest_sap = sizeof "/sap-65535";
+static constexpr size_t longest_directory = socket_path_size - longest_sap;
+
+// The directory's path as the environment gives it, without slashes at its
+// end: behind one, a symbolic link would be followed.
+static bool directory_path(char (&path)[socket_path_size])
+{
+    int length;
+    const char* origin = "VORINFRA_DIR";
+    if (const char* const directory = setting(origin)) {
+        length = snprintf(path, sizeof path, "%s", directory);
+    } else if (const char* const runtime = setting(origin = "XDG_RUNTIME_DIR")) {
+        length = snprintf(path, sizeof path, "%s/vorinfra", runtime);
+    } else {
+        length = snprintf(path, sizeof path, "/tmp/vorinfra-%u", unsigned(geteuid()));
+    }
+    if (path[0] != '/') {
+        complain("%s is \"%s\": must be an absolute path", origin, setting(origin));
+        return false;
+    }
+    if (size_t(length) < sizeof path) {
+        while (length > 1 && path[length - 1] == '/') {
+            path[--length] = '\0';
+        }
+    }
+    if (size_t(length) > longest_directory) {
+        complain("%s: the directory %s is too long to hold sockets: %d characters, at most %zu", origin,
+                 setting(origin), length, longest_directory);
+        return false;
+    }
+    return true;
+}
+
+int open_directory(char (&path)[socket_path_size])
+{
+    if (!directory_path(path)) {
+        return -1;
+    }
+    if (mkdir(path, 0700) != 0 && errno != EEXIST) {
+        complain("cannot make the directory %s: %s", path, strerror(errno));
+        return -1;
+    }
+    Descriptor directory(open(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status;
+    if (!directory || fstat(directory.get(), &status) != 0) {
+        const bool link = lstat(path, &status) == 0 && S_ISLNK(status.st_mode);
+        complain("cannot use the directory %s: %s", path, link ? "it is a symbolic link" : strerror(errno));
+        return -1;
+    }
+    if (status.st_uid != geteuid()) {
+        complain("cannot use the directory %s: it belongs to user %u, not to user %u", path, unsigned(status.st_uid),
+                 unsigned(geteuid()));
+        return -1;
+    }
+    if ((status.st_mode & 0777) != 0700) {
+        complain("cannot use the directory %s: its mode is %04o, must be 0700", path, unsigned(status.st_mode & 07777));
+        return -1;
+    }
+    return directory.release();
+}
+
+sockaddr_un sap_address(const char* directory, vor_uint16 sap)
+{
+    sockaddr_un address;
+    address.sun_family = AF_UNIX;
+    char* const number = stpcpy(stpcpy(address.sun_path, directory), sap_prefix);
+    *std::to_chars(number, address.sun_path + socket_path_size, sap).ptr = '\0';
+    return address;
+}
+
+} // namespace vorinfra
+
+const char* vorinfra_directory(void)
+{
+    static thread_local char path[vorinfra::socket_path_size];
+    const vorinfra::Descriptor directory(vorinfra::open_directory(path));
+    return directory ? path : nullptr;
+}
+
+int vorinfra_rooted_path(const char* path, char* buffer, unsigned size)
+{
+    const char* root = path[0] == '/' ? vorinfra::setting("VORINFRA_ROOT") : nullptr;
+    size_t length = root != nullptr ? strlen(root) : 0;
+    if (root != nullptr && root[0] != '/') {
+        vorinfra::complain("VORINFRA_ROOT is \"%s\": must be an absolute path", root);
+        return -1;
+    }
+    while (length > 0 && root[length - 1] == '/') {
+        length--;
+    }
+    if (length + strlen(path) >= size) {
+        vorinfra::complain("the path %s%s is too long: at most %u characters", root != nullptr ? root : "", path,
+                           size > 0 ? size - 1 : 0);
+        return -1;
+    }
+    memcpy(buffer, root != nullptr ? root : "", length);
+    strcpy(buffer + length, path);
+    return 0;
+}

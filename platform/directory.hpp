@@ -1,0 +1,20 @@
+// directory.hpp: where the sockets of this gateway are.
+#pragma once
+
+#include <cstddef>
+#include <sys/un.h>
+
+#include "vorinfra_manager.h"
+
+namespace vorinfra {
+
+constexpr size_t socket_path_size = sizeof(sockaddr_un::sun_path);
+
+// Opens the private directory, made when missing, and stores its path.
+// Returns the descriptor, or -1 after telling why it cannot be used.
+int open_directory(char (&path)[socket_path_size]);
+
+// The address of a SAP's socket in that directory.
+sockaddr_un sap_address(const char* directory, vor_uint16 sap);
+
+} // namespace vorinfra

@@ -1,0 +1,174 @@
+#include "endpoint.hpp"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <sys/file.h>
+#include <sys/random.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+
+#include "log.hpp"
+#include "pool.hpp"
+#include "settings.hpp"
+
+namespace vorinfra {
+
+static pthread_mutex_t guard = PTHREAD_MUTEX_INITIALIZER;
+static Endpoint* endpoints; // the newest first
+
+static Endpoint** link_to(const VOR_IPC_HANDLE* handle)
+{
+    Endpoint** link = &endpoints;
+    while (*link != nullptr && &(*link)->handle != handle) {
+        link = &(*link)->next;
+    }
+    return link;
+}
+
+Endpoint* bound_endpoint(const VOR_IPC_HANDLE* handle, const char* operation)
+{
+    Endpoint* endpoint;
+    {
+        const Lock lock(guard);
+        endpoint = *link_to(handle);
+    }
+    if (endpoint == nullptr) {
+        complain("%s: the handle is not bound", operation);
+    }
+    return endpoint;
+}
+
+const Endpoint* newest_endpoint()
+{
+    const Lock lock(guard);
+    return endpoints;
+}
+
+// Makes way for a new socket: a file whose owner died is removed.
+static bool vacate(const sockaddr_un& address, vor_uint16 sap)
+{
+    struct stat status;
+    if (lstat(address.sun_path, &status) != 0) {
+        return errno == ENOENT;
+    }
+    if (!S_ISSOCK(status.st_mode)) {
+        complain("cannot bind SAP %u: %s is no socket", sap, address.sun_path);
+        return false;
+    }
+    const Descriptor probe(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    if (!probe) {
+        complain("cannot bind SAP %u: %s", sap, strerror(errno));
+        return false;
+    }
+    const auto* const target = reinterpret_cast<const sockaddr*>(&address);
+    if (connect(probe.get(), target, sizeof address) == 0 || errno != ECONNREFUSED) {
+        complain("cannot bind SAP %u: it is in use (%s)", sap, address.sun_path);
+        return false;
+    }
+    return unlink(address.sun_path) == 0;
+}
+
+// The lock on the directory keeps two processes from replacing one dead owner.
+static bool bind_socket(Endpoint& endpoint)
+{
+    const Descriptor directory(open_directory(endpoint.directory));
+    if (!directory) {
+        return false;
+    }
+    while (flock(directory.get(), LOCK_EX) != 0 && errno == EINTR) {}
+    const vor_uint16 sap = endpoint.handle.sap_id;
+    const sockaddr_un address = sap_address(endpoint.directory, sap);
+    struct stat status;
+    if (!vacate(address, sap)) {
+        return false;
+    }
+    if (bind(endpoint.descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        lstat(address.sun_path, &status) != 0) {
+        complain("cannot bind SAP %u to %s: %s", sap, address.sun_path, strerror(errno));
+        return false;
+    }
+    endpoint.device = status.st_dev;
+    endpoint.inode = status.st_ino;
+    return true;
+}
+
+// Late answers to an earlier process on this SAP must not match the first
+// requests of this one.
+static vor_uint16 random_sequence()
+{
+    vor_uint16 sequence = vor_uint16(getpid());
+    return getrandom(&sequence, sizeof sequence, GRND_NONBLOCK) < 0 ? vor_uint16(getpid()) : sequence;
+}
+
+static bool open_endpoint(Endpoint& endpoint, vor_uint16 sap, vor_uint16 bind_option)
+{
+    const auto timeout = timeout_milliseconds();
+    if (!timeout || !log_levels() || !timers_run()) {
+        return false;
+    }
+    Descriptor descriptor(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    if (!descriptor || !limit_blocking(descriptor.get(), SO_RCVTIMEO, *timeout) ||
+        !limit_blocking(descriptor.get(), SO_SNDTIMEO, *timeout)) {
+        complain("cannot bind SAP %u: %s", sap, strerror(errno));
+        return false;
+    }
+    endpoint.handle = {sap, bind_option, &endpoint};
+    endpoint.descriptor = descriptor.get();
+    endpoint.timeout = *timeout;
+    endpoint.sequence = random_sequence();
+    if (!bind_socket(endpoint)) {
+        return false;
+    }
+    descriptor.release();
+    return true;
+}
+
+} // namespace vorinfra
+
+using namespace vorinfra;
+
+VOR_IPC_HANDLE* vor_ipc_bind(vor_uint16 sap, vor_uint16 bind_option)
+{
+    auto* const endpoint = static_cast<Endpoint*>(calloc(1, sizeof(Endpoint)));
+    if (endpoint == nullptr || !open_endpoint(*endpoint, sap, bind_option)) {
+        free(endpoint);
+        return nullptr;
+    }
+    const Lock lock(guard);
+    endpoint->next = endpoints;
+    endpoints = endpoint;
+    return &endpoint->handle;
+}
+
+// 1: unbound; 0: there was nothing to unbind.
+vor_bool vor_ipc_unbind(VOR_IPC_HANDLE* handle)
+{
+    if (handle == nullptr) {
+        return 0;
+    }
+    Endpoint* const endpoint = bound_endpoint(handle, "vor_ipc_unbind");
+    if (endpoint == nullptr) {
+        return 0;
+    }
+    {
+        const Lock lock(guard);
+        *link_to(handle) = endpoint->next;
+    }
+    take_back_buffers(endpoint);
+    const sockaddr_un address = sap_address(endpoint->directory, handle->sap_id);
+    struct stat status;
+    if (lstat(address.sun_path, &status) == 0 && status.st_dev == endpoint->device &&
+        status.st_ino == endpoint->inode) {
+        unlink(address.sun_path);
+    }
+    close(endpoint->descriptor);
+    free(endpoint);
+    return 1;
+}
+
+int vorinfra_descriptor(const VOR_IPC_HANDLE* handle)
+{
+    const Endpoint* const endpoint = handle != nullptr ? bound_endpoint(handle, "vorinfra_descriptor") : nullptr;
+    return endpoint != nullptr ? endpoint->descriptor : -1;
+}

@@ -1,0 +1,121 @@
+// The exchange, as the configuration library makes it.
+#include <cerrno>
+
+#include "log.hpp"
+#include "message.hpp"
+#include "pool.hpp"
+#include "vorinfra_inspect.h"
+
+namespace vorinfra {
+
+static bool send_buffer(Endpoint& endpoint, VOR_IPC_MSG_REF& message, Buffer& buffer, vor_uint16 sap,
+                        vor_uint32 message_id, vor_uint16 sequence, vor_uint16 payload_length)
+{
+    buffer.holder = &endpoint;
+    if (buffer.unsendable) {
+        complain("message 0x%x to SAP %u is not sent: its chain was refused", unsigned(message_id), sap);
+        errno = EMSGSIZE;
+        return false;
+    }
+    if (message.meta_data_sz + payload_length > VORINFRA_DATA_MAX) {
+        complain("message 0x%x to SAP %u is not sent: %d bytes, at most %d", unsigned(message_id), sap,
+                 message.meta_data_sz + payload_length, VORINFRA_DATA_MAX);
+        errno = EMSGSIZE;
+        return false;
+    }
+    message.payload_sz = payload_length;
+    buffer.header = {endpoint.handle.sap_id, sap, message_id, sequence, payload_length, message.meta_data_sz};
+    return send_message(endpoint, buffer.header, buffer.data, 0);
+}
+
+// An answer that comes after its caller gave up would take room that the next
+// answer needs.
+static void discard_late(Endpoint& endpoint)
+{
+    const Deadline deadline(endpoint.timeout);
+    char byte;
+    while (recv(endpoint.descriptor, &byte, sizeof byte, MSG_DONTWAIT) >= 0 && deadline.remaining() > 0) {}
+    endpoint.answer_missing = false;
+}
+
+static bool await_answer(Endpoint& endpoint, vor_uint16 sap, Buffer& buffer)
+{
+    const Deadline deadline(endpoint.timeout);
+    int flags = 0; // the first receive blocks within the socket's own limit
+    do {
+        const Received received = receive_message(endpoint, buffer.header, buffer.data, flags);
+        if (received == Received::message && buffer.header.flag == (answer_bit | endpoint.sequence) &&
+            buffer.header.ipc_src_id == sap) {
+            return true;
+        }
+        if (received == Received::nothing && errno != EAGAIN && errno != EINTR) {
+            complain("SAP %u cannot receive: error %d", endpoint.handle.sap_id, errno);
+            return false;
+        }
+        flags = MSG_DONTWAIT;
+    } while (deadline.wait(endpoint.descriptor, POLLIN) && deadline.remaining() > 0);
+    errno = ETIMEDOUT;
+    return false;
+}
+
+static vor_uint16 next_sequence(vor_uint16 sequence)
+{
+    const unsigned next = (sequence + 1U) & sequence_bits;
+    return vor_uint16(next != 0 ? next : 1);
+}
+
+} // namespace vorinfra
+
+using namespace vorinfra;
+
+vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 message_id,
+                                   VOR_IPC_MSG_REF* request, VOR_IPC_MSG_REF* response, vor_uint16 payload_length,
+                                   vor_uint16)
+{
+    constexpr char name[] = "vor_ipc_request_response";
+    Endpoint* const endpoint = bound_endpoint(handle, name);
+    Buffer* const sent = endpoint != nullptr ? referenced_buffer(request, name) : nullptr;
+    Buffer* const answer = sent != nullptr ? referenced_buffer(response, name) : nullptr;
+    if (answer == nullptr) {
+        return VORINFRA_NOT_SENT;
+    }
+    answer->holder = endpoint;
+    answer->answer = true;
+    response->meta_data_sz = 0;
+    response->payload_sz = 0;
+    if (endpoint->answer_missing) {
+        discard_late(*endpoint);
+    }
+    endpoint->sequence = next_sequence(endpoint->sequence);
+    if (!send_buffer(*endpoint, *request, *sent, sap, message_id, endpoint->sequence, payload_length)) {
+        return VORINFRA_NOT_SENT;
+    }
+    if (!await_answer(*endpoint, sap, *answer)) {
+        endpoint->answer_missing = true;
+        return VORINFRA_NO_ANSWER;
+    }
+    response->meta_data_sz = answer->header.meta_data_sz;
+    response->payload_sz = answer->header.payload_sz;
+    return 0;
+}
+
+vor_int32 vor_ipc_send(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 message_id, VOR_IPC_MSG_REF* message,
+                       vor_uint16 payload_length, vor_uint16)
+{
+    constexpr char name[] = "vor_ipc_send";
+    Endpoint* const endpoint = bound_endpoint(handle, name);
+    Buffer* const buffer = endpoint != nullptr ? referenced_buffer(message, name) : nullptr;
+    const bool sent =
+        buffer != nullptr && send_buffer(*endpoint, *message, *buffer, sap, message_id, 0, payload_length);
+    return sent ? 0 : VORINFRA_NOT_SENT;
+}
+
+// Switches the trace of a SAP's messages on, and off again.
+vor_int32 vor_ipc_debug(VOR_IPC_HANDLE* handle, vor_uint16 module_number)
+{
+    if (bound_endpoint(handle, "vor_ipc_debug") == nullptr) {
+        return -1;
+    }
+    toggle_trace(module_number);
+    return 0;
+}

@@ -1,0 +1,60 @@
+// The manager's side: receive, answer.
+#include <cerrno>
+
+#include "log.hpp"
+#include "message.hpp"
+
+using namespace vorinfra;
+
+int vorinfra_receive(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message)
+{
+    const Endpoint* const endpoint = bound_endpoint(handle, "vorinfra_receive");
+    if (endpoint == nullptr) {
+        return -1;
+    }
+    VOR_IPC_MSG_HDR header;
+    Received received;
+    do {
+        received = receive_message(*endpoint, header, message->data, MSG_DONTWAIT);
+    } while (received == Received::nothing && errno == EINTR);
+    if (received != Received::message) {
+        return received == Received::nothing ? 0 : -1;
+    }
+    if ((header.flag & answer_bit) != 0) {
+        complain("SAP %u received an answer from SAP %u that nobody awaits; dropped", endpoint->handle.sap_id,
+                 header.ipc_src_id);
+        return -1;
+    }
+    message->source = header.ipc_src_id;
+    message->destination = header.ipc_dest_id;
+    message->id = header.opcode;
+    message->sequence = header.flag;
+    message->answer_wanted = header.flag != 0;
+    message->meta_data = message->data;
+    message->meta_data_size = header.meta_data_sz;
+    message->payload = message->data + header.meta_data_sz;
+    message->payload_size = header.payload_sz;
+    return 1;
+}
+
+int vorinfra_answer(VOR_IPC_HANDLE* handle, const VORINFRA_MESSAGE* request, vor_uint32 id, const void* payload,
+                    vor_uint16 size)
+{
+    const Endpoint* const endpoint = bound_endpoint(handle, "vorinfra_answer");
+    if (endpoint == nullptr) {
+        return -1;
+    }
+    const vor_uint16 own_sap = endpoint->handle.sap_id;
+    if (!request->answer_wanted) {
+        complain("SAP %u: message 0x%x from SAP %u wants no answer", own_sap, unsigned(request->id), request->source);
+        return -1;
+    }
+    if (size > VORINFRA_DATA_MAX || (payload == nullptr && size > 0)) {
+        complain("SAP %u: an answer of %u bytes cannot be sent: %s", own_sap, size,
+                 payload == nullptr ? "null pointer" : "at most 4096");
+        return -1;
+    }
+    const auto flag = vor_uint16(answer_bit | request->sequence);
+    const VOR_IPC_MSG_HDR header{own_sap, request->source, id, flag, size, 0};
+    return send_message(*endpoint, header, payload, MSG_DONTWAIT) ? 0 : -1;
+}

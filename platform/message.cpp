@@ -1,0 +1,72 @@
+#include "message.hpp"
+
+#include <bitset>
+#include <cerrno>
+#include <sys/socket.h>
+#include <sys/uio.h>
+
+#include "log.hpp"
+
+namespace vorinfra {
+
+static std::bitset<0x10000> traced;
+
+static void trace(const char* what, const VOR_IPC_MSG_HDR& header)
+{
+    if (traced[header.ipc_src_id] || traced[header.ipc_dest_id]) {
+        const bool answer = (header.flag & answer_bit) != 0;
+        log_line(log_messages, "%s: SAP %u to %u, id 0x%x, %s %u, meta-data %u, payload %u", what, header.ipc_src_id,
+                 header.ipc_dest_id, unsigned(header.opcode), answer ? "answer" : "request",
+                 unsigned(header.flag & sequence_bits), header.meta_data_sz, header.payload_sz);
+    }
+}
+
+void toggle_trace(vor_uint16 sap)
+{
+    traced.flip(sap);
+}
+
+static size_t data_size(const VOR_IPC_MSG_HDR& header)
+{
+    return size_t(header.meta_data_sz) + header.payload_sz;
+}
+
+bool send_message(const Endpoint& endpoint, const VOR_IPC_MSG_HDR& header, const void* data, int flags)
+{
+    sockaddr_un to = sap_address(endpoint.directory, header.ipc_dest_id);
+    iovec parts[] = {{const_cast<VOR_IPC_MSG_HDR*>(&header), sizeof header},
+                     {const_cast<void*>(data), data_size(header)}};
+    msghdr message{};
+    message.msg_name = &to;
+    message.msg_namelen = sizeof to;
+    message.msg_iov = parts;
+    message.msg_iovlen = 2;
+    const Deadline deadline(endpoint.timeout);
+    ssize_t sent;
+    do {
+        sent = sendmsg(endpoint.descriptor, &message, flags | MSG_NOSIGNAL);
+    } while (sent < 0 && errno == EINTR && deadline.remaining() > 0);
+    trace(sent < 0 ? "not sent" : "sent", header);
+    return sent >= 0;
+}
+
+Received receive_message(const Endpoint& endpoint, VOR_IPC_MSG_HDR& header, void* data, int flags)
+{
+    iovec parts[] = {{&header, sizeof header}, {data, VORINFRA_DATA_MAX}};
+    msghdr message{};
+    message.msg_iov = parts;
+    message.msg_iovlen = 2;
+    const ssize_t size = recvmsg(endpoint.descriptor, &message, flags);
+    if (size < 0) {
+        return Received::nothing;
+    }
+    if (size_t(size) < sizeof header || (message.msg_flags & MSG_TRUNC) != 0 ||
+        size_t(size) != sizeof header + data_size(header)) {
+        complain("SAP %u received %zd bytes that are no message; dropped", endpoint.handle.sap_id, size);
+        return Received::garbage;
+    }
+    trace("received", header);
+    return Received::message;
+}
+
+} // namespace vorinfra

@@ -1,0 +1,194 @@
+/*
+ * The pool of message buffers. It grows in blocks, each twice the one before,
+ * and never shrinks: a record that a caller still reads after handing it back
+ * stays readable, and the longest possible, because the buffer that has been
+ * free for the longest time is taken first.
+ */
+#include "pool.hpp"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "endpoint.hpp"
+#include "log.hpp"
+#include "system.hpp"
+#include "vorinfra_inspect.h"
+
+namespace vorinfra {
+
+static_assert(sizeof(VOR_IPC_MSG_HDR) == 16 && offsetof(Buffer, data) == 16);
+
+static constexpr unsigned first_block = 16;
+static constexpr unsigned most_blocks = 16;
+static constexpr vor_uchar first_use_pattern = 0xa5; // shows what a caller sends without having set it
+
+static pthread_mutex_t guard = PTHREAD_MUTEX_INITIALIZER;
+static Buffer* blocks[most_blocks];
+static unsigned block_count;
+static unsigned taken_count;
+static Buffer* free_first;
+static Buffer** free_end = &free_first;
+
+static unsigned block_size(unsigned block)
+{
+    return first_block << block;
+}
+
+static void append_free(Buffer* buffer)
+{
+    buffer->next_free = nullptr;
+    *free_end = buffer;
+    free_end = &buffer->next_free;
+}
+
+static bool grow()
+{
+    if (block_count == most_blocks) {
+        return false;
+    }
+    const unsigned count = block_size(block_count);
+    Buffer* const block = static_cast<Buffer*>(calloc(count, sizeof(Buffer)));
+    if (block == nullptr) {
+        return false;
+    }
+    blocks[block_count++] = block;
+    for (unsigned i = 0; i < count; i++) {
+        append_free(&block[i]);
+    }
+    return true;
+}
+
+static Buffer* containing(const void* address)
+{
+    const auto sought = reinterpret_cast<uintptr_t>(address);
+    for (unsigned i = 0; i < block_count; i++) {
+        const auto start = reinterpret_cast<uintptr_t>(blocks[i]);
+        if (sought >= start && sought < start + block_size(i) * sizeof(Buffer)) {
+            return &blocks[i][(sought - start) / sizeof(Buffer)];
+        }
+    }
+    return nullptr;
+}
+
+static Buffer* taken(const VOR_IPC_MSG_REF* message)
+{
+    if (message == nullptr || message->data_ptr == nullptr) {
+        return nullptr;
+    }
+    Buffer* const buffer = containing(message->data_ptr);
+    return buffer != nullptr && buffer->taken && message->data_ptr == &buffer->header ? buffer : nullptr;
+}
+
+static void give_back(Buffer* buffer)
+{
+    buffer->taken = false;
+    taken_count--;
+    append_free(buffer);
+}
+
+Buffer* find_buffer(const void* address)
+{
+    const Lock lock(guard);
+    Buffer* const buffer = containing(address);
+    const bool in_data = buffer != nullptr && address >= buffer->data && address < buffer->data + sizeof buffer->data;
+    return in_data ? buffer : nullptr;
+}
+
+Buffer* referenced_buffer(const VOR_IPC_MSG_REF* message, const char* operation)
+{
+    Buffer* buffer;
+    {
+        const Lock lock(guard);
+        buffer = taken(message);
+    }
+    if (buffer == nullptr) {
+        complain("%s: this reference holds no message buffer", operation);
+    }
+    return buffer;
+}
+
+void take_back_buffers(const Endpoint* holder)
+{
+    const Lock lock(guard);
+    for (unsigned i = 0; i < block_count; i++) {
+        for (Buffer* buffer = blocks[i]; buffer != blocks[i] + block_size(i); buffer++) {
+            if (buffer->taken && buffer->holder == holder) {
+                give_back(buffer);
+            }
+        }
+    }
+}
+
+} // namespace vorinfra
+
+using namespace vorinfra;
+
+vor_int32 vor_ipc_get_buffer(VOR_IPC_MSG_REF* message)
+{
+    if (message == nullptr) {
+        return -1;
+    }
+    *message = {};
+    const Endpoint* const holder = newest_endpoint();
+    const Lock lock(guard);
+    if (free_first == nullptr && !grow()) {
+        complain("no message buffer: %u are taken, and there is no memory for more", taken_count);
+        return -1;
+    }
+    Buffer* const buffer = free_first;
+    free_first = buffer->next_free;
+    if (free_first == nullptr) {
+        free_end = &free_first;
+    }
+    if (!buffer->touched) {
+        memset(static_cast<void*>(&buffer->header), first_use_pattern, sizeof buffer->header);
+        memset(buffer->data, first_use_pattern, sizeof buffer->data);
+        buffer->touched = true;
+    }
+    buffer->holder = holder;
+    buffer->taken = true;
+    buffer->answer = false;
+    buffer->unsendable = false;
+    taken_count++;
+    *message = {&buffer->header, sizeof buffer->header + sizeof buffer->data, 0, 0};
+    return 0;
+}
+
+void vor_ipc_drop_msg_buf(VOR_IPC_MSG_REF* message)
+{
+    if (Buffer* const buffer = referenced_buffer(message, "vor_ipc_drop_msg_buf")) {
+        const Lock lock(guard);
+        give_back(buffer);
+        message->data_ptr = nullptr; // a second drop must not hit the next taker
+    }
+}
+
+// Asking for it makes the byte part of a request; an answer has it or not.
+void* vor_ipc_get_meta_data_ptr(VOR_IPC_MSG_REF* message)
+{
+    Buffer* const buffer = referenced_buffer(message, "vor_ipc_get_meta_data_ptr");
+    if (buffer == nullptr || (buffer->answer && message->meta_data_sz == 0)) {
+        return nullptr;
+    }
+    if (!buffer->answer) {
+        message->meta_data_sz = 1;
+    }
+    return buffer->data;
+}
+
+// A request is written anywhere in its data area; of an answer there is only
+// what the manager sent.
+void* vor_ipc_get_payload_ptr(VOR_IPC_MSG_REF* message, vor_uint16 offset)
+{
+    Buffer* const buffer = referenced_buffer(message, "vor_ipc_get_payload_ptr");
+    if (buffer == nullptr || offset >= (buffer->answer ? message->payload_sz : sizeof buffer->data)) {
+        return nullptr;
+    }
+    return buffer->data + (buffer->answer ? message->meta_data_sz : 0) + offset;
+}
+
+unsigned vorinfra_buffers_taken(void)
+{
+    const Lock lock(guard);
+    return taken_count;
+}

@@ -1,0 +1,59 @@
+#include "settings.hpp"
+
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+
+#include "log.hpp"
+
+namespace vorinfra {
+
+// The whole text as a number from `least` to `most`, "0x" for hexadecimal.
+static std::optional<int> number(const char* name, int least, int most, int otherwise)
+{
+    const char* const text = setting(name);
+    if (text == nullptr) {
+        return otherwise;
+    }
+    const bool hexadecimal = text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+    const char* const end = text + strlen(text);
+    unsigned value = 0;
+    const auto read = std::from_chars(text + (hexadecimal ? 2 : 0), end, value, hexadecimal ? 16 : 10);
+    if (read.ec != std::errc() || read.ptr != end || value < unsigned(least) || value > unsigned(most)) {
+        complain("%s is \"%s\": must be a number from %d to %d", name, text, least, most);
+        return std::nullopt;
+    }
+    return int(value);
+}
+
+const char* setting(const char* name)
+{
+    const char* const value = getenv(name);
+    return value != nullptr && *value != '\0' ? value : nullptr;
+}
+
+std::optional<int> timeout_milliseconds()
+{
+    return number("VORINFRA_TIMEOUT_MS", 1, 600000, 3000);
+}
+
+std::optional<vor_uint16> log_levels()
+{
+    const auto levels = number("VORINFRA_LOG", 0, 0xffff, 0);
+    return levels ? std::optional(vor_uint16(*levels)) : std::nullopt;
+}
+
+std::optional<bool> timers_run()
+{
+    const char* const value = setting("VORINFRA_TIMERS");
+    if (value == nullptr) {
+        return false;
+    }
+    if (strcmp(value, "run") == 0) {
+        return true;
+    }
+    complain("VORINFRA_TIMERS is \"%s\": must be \"run\" or unset", value);
+    return std::nullopt;
+}
+
+} // namespace vorinfra

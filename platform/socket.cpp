@@ -1,0 +1,125 @@
+// Stream sockets to daemons such as konfd. Nothing here blocks for longer than
+// VORINFRA_TIMEOUT_MS.
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <sys/socket.h>
+
+#include "directory.hpp"
+#include "log.hpp"
+#include "settings.hpp"
+#include "system.hpp"
+
+using namespace vorinfra;
+
+void* vor_socket_create(vor_uchar domain, vor_uchar type, vor_uchar protocol)
+{
+    if (domain != 1 || type != 1 || protocol != 0) {
+        complain("cannot create a socket of domain %u, type %u, protocol %u: only Unix streams (1, 1, 0)", domain, type,
+                 protocol);
+        return nullptr;
+    }
+    const auto timeout = timeout_milliseconds();
+    if (!timeout) {
+        return nullptr;
+    }
+    auto* const created = static_cast<VOR_UNIX_SOCKET*>(calloc(1, sizeof(VOR_UNIX_SOCKET)));
+    Descriptor descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (created == nullptr || !descriptor || !limit_blocking(descriptor.get(), SO_SNDTIMEO, *timeout)) {
+        complain("cannot create a socket: %s", strerror(errno));
+        free(created);
+        return nullptr;
+    }
+    *created = {descriptor.release(), domain, type, nullptr};
+    return created;
+}
+
+vor_int32 vor_socket_config_unix(void* socket, vor_char* path)
+{
+    auto* const configured = static_cast<VOR_UNIX_SOCKET*>(socket);
+    char rooted[socket_path_size];
+    if (configured == nullptr || path == nullptr || vorinfra_rooted_path(path, rooted, sizeof rooted) != 0) {
+        return -1;
+    }
+    char* const copy = strdup(rooted);
+    if (copy == nullptr) {
+        return -1;
+    }
+    free(configured->sock_path);
+    configured->sock_path = copy;
+    return 0;
+}
+
+vor_int32 vor_socket_connect(void* socket, vor_uchar)
+{
+    const auto* const connected = static_cast<VOR_UNIX_SOCKET*>(socket);
+    const auto timeout = timeout_milliseconds();
+    if (connected == nullptr || connected->sock_path == nullptr || !timeout) {
+        return -1;
+    }
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    strcpy(address.sun_path, connected->sock_path);
+    const Deadline deadline(*timeout);
+    int result;
+    do {
+        result = connect(connected->sock_fd, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    } while (result != 0 && errno == EINTR && deadline.remaining() > 0);
+    return result;
+}
+
+vor_int32 vor_socket_close(void* socket, vor_uchar)
+{
+    auto* const closed = static_cast<VOR_UNIX_SOCKET*>(socket);
+    if (closed == nullptr) {
+        return -1;
+    }
+    const int result = close(closed->sock_fd);
+    free(closed->sock_path);
+    free(closed);
+    return result;
+}
+
+// Whether an operation that did not go through is to be tried again.
+static bool try_again(vor_int32 fd, short events, int flags, const Deadline& deadline)
+{
+    if (errno == EINTR) {
+        return deadline.remaining() > 0;
+    }
+    return errno == EAGAIN && (flags & MSG_DONTWAIT) == 0 && deadline.wait(fd, events);
+}
+
+// The whole buffer or -1.
+vor_int32 vor_send(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
+{
+    const auto timeout = timeout_milliseconds();
+    if (!timeout || count < 0) {
+        return -1;
+    }
+    const Deadline deadline(*timeout);
+    const char* const bytes = static_cast<const char*>(buffer);
+    vor_int32 written = 0;
+    while (written < count) {
+        const ssize_t sent = send(fd, bytes + written, size_t(count - written), flags | MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (sent >= 0) {
+            written += vor_int32(sent);
+        } else if (!try_again(fd, POLLOUT, flags, deadline)) {
+            return -1;
+        }
+    }
+    return written;
+}
+
+vor_int32 vor_recv(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
+{
+    const auto timeout = timeout_milliseconds();
+    if (!timeout || count < 0) {
+        return -1;
+    }
+    const Deadline deadline(*timeout);
+    ssize_t received;
+    do {
+        received = recv(fd, buffer, size_t(count), flags | MSG_DONTWAIT);
+    } while (received < 0 && try_again(fd, POLLIN, flags, deadline));
+    return vor_int32(received);
+}

@@ -1,0 +1,144 @@
+// Timers. The only one that the configuration library starts reboots the
+// machine, so they are recorded, and run only on request.
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+
+#include "log.hpp"
+#include "settings.hpp"
+#include "system.hpp"
+#include "vorinfra_inspect.h"
+
+namespace vorinfra {
+
+struct Timer {
+    VOR_TIMER_HANDLE handle; // what the caller holds
+    Timer* next;
+    vor_uint32 milliseconds;
+    unsigned starts; // a running timer that is started again fires once
+    bool fired;
+};
+
+struct Run {
+    Timer* timer;
+    unsigned start;
+    timespec end;
+};
+
+static pthread_mutex_t guard = PTHREAD_MUTEX_INITIALIZER;
+static Timer* timers; // the oldest first, never freed
+
+static Timer** link_to(const VOR_TIMER_HANDLE* handle)
+{
+    Timer** link = &timers;
+    while (*link != nullptr && &(*link)->handle != handle) {
+        link = &(*link)->next;
+    }
+    return link;
+}
+
+static void* wait_and_call(void* argument)
+{
+    const Run run = *static_cast<Run*>(argument);
+    free(argument);
+    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &run.end, nullptr) == EINTR) {}
+    {
+        const Lock lock(guard);
+        if (run.timer->starts != run.start) {
+            return nullptr;
+        }
+        run.timer->fired = true;
+    }
+    if (run.timer->handle.timer_func_callback != nullptr) {
+        run.timer->handle.timer_func_callback();
+    }
+    return nullptr;
+}
+
+// The thread takes no signals: they belong to the program's own threads.
+static bool run_in_thread(Run* run)
+{
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    pthread_t thread;
+    const int failed = pthread_create(&thread, nullptr, wait_and_call, run);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    if (failed == 0) {
+        pthread_detach(thread);
+    }
+    return failed == 0;
+}
+
+static bool launch(Timer* timer, unsigned start, vor_uint32 milliseconds)
+{
+    auto* const run = static_cast<Run*>(malloc(sizeof(Run)));
+    if (run != nullptr) {
+        *run = {timer, start, {}};
+        clock_gettime(CLOCK_MONOTONIC, &run->end);
+        run->end.tv_sec += time_t(milliseconds / 1000);
+        run->end.tv_nsec += long(milliseconds % 1000) * 1000000;
+        if (run->end.tv_nsec >= 1000000000) {
+            run->end.tv_nsec -= 1000000000;
+            run->end.tv_sec++;
+        }
+        if (run_in_thread(run)) {
+            return true;
+        }
+        free(run);
+    }
+    complain("the timer cannot run: no memory or no thread for it");
+    return false;
+}
+
+} // namespace vorinfra
+
+using namespace vorinfra;
+
+VOR_TIMER_HANDLE* vor_timer_create(vor_uint32, void* context, VOR_TIMER_CALLBACK callback)
+{
+    auto* const timer = static_cast<Timer*>(calloc(1, sizeof(Timer)));
+    if (timer == nullptr) {
+        return nullptr;
+    }
+    timer->handle = {callback, context};
+    const Lock lock(guard);
+    *link_to(nullptr) = timer;
+    return &timer->handle;
+}
+
+vor_int32 vor_timer_start(VOR_TIMER_HANDLE* handle, vor_uint32 milliseconds, vor_uint32)
+{
+    if (handle == nullptr) {
+        return -1;
+    }
+    const auto run = timers_run();
+    Timer* timer;
+    unsigned start;
+    {
+        const Lock lock(guard);
+        timer = *link_to(handle);
+        if (timer == nullptr || !run) {
+            return -1;
+        }
+        timer->milliseconds = milliseconds;
+        timer->fired = false;
+        start = ++timer->starts;
+    }
+    return !*run || launch(timer, start, milliseconds) ? 0 : -1;
+}
+
+unsigned vorinfra_timers(VORINFRA_TIMER* copies, unsigned room)
+{
+    const Lock lock(guard);
+    unsigned count = 0;
+    for (const Timer* timer = timers; timer != nullptr; timer = timer->next, count++) {
+        if (count < room) {
+            copies[count] = {timer->handle.timer_func_callback, timer->handle.context, timer->milliseconds,
+                             timer->starts != 0, timer->fired};
+        }
+    }
+    return count;
+}

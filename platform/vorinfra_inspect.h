@@ -1,0 +1,38 @@
+/*
+ * vorinfra_inspect.h: what tests and tools may ask the development platform.
+ */
+#ifndef VORINFRA_INSPECT_H
+#define VORINFRA_INSPECT_H
+
+#include <vorinfra.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* What vor_ipc_request_response and vor_ipc_send return besides 0. */
+enum {
+    VORINFRA_NOT_SENT = -1, /* nobody received the message */
+    VORINFRA_NO_ANSWER = -2 /* it was sent; what became of it is unknown */
+};
+
+/* The message buffers this process now holds. */
+unsigned vorinfra_buffers_taken(void);
+
+typedef struct vorinfra_timer {
+    VOR_TIMER_CALLBACK callback;
+    void* context;
+    vor_uint32 milliseconds; /* as last started */
+    vor_boolean started;
+    vor_boolean fired; /* only ever with VORINFRA_TIMERS=run */
+} VORINFRA_TIMER;
+
+/* Copies the timers of this process, oldest first, as far as there is room.
+ * Returns how many there are. */
+unsigned vorinfra_timers(VORINFRA_TIMER* timers, unsigned room);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

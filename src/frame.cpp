@@ -1,0 +1,296 @@
+#include "frame.hpp"
+
+#include <device_mgmt/common.h>
+
+namespace {
+
+vor_int32 no_place(Call& call, Frame frame)
+{
+    if ((frame & null_payload_drops) != 0) {
+        vor_ipc_drop_msg_buf(&call.request);
+        if ((frame & one_way) == 0) {
+            vor_ipc_drop_msg_buf(&call.response);
+        }
+    }
+    return no_status;
+}
+
+vor_ip_address address_from(vor_char* text)
+{
+    vor_ip_address address = 0;
+    ip_aton(text, &address);
+    return address;
+}
+
+template <class Field>
+void put(vor_uchar* place, vor_int32 value)
+{
+    const auto field = static_cast<Field>(value);
+    __builtin_memcpy(place, &field, sizeof field);
+}
+
+// Walks the description; the arguments come in the same order.
+void write(Call& call, const Description& description, vor_uchar* payload, Arguments& arguments)
+{
+    TLV_CHAIN chain;
+    vor_uchar raw = 0;
+    if (description.record_length == 0) {
+        vor_tlv_chain_init(&chain);
+    }
+    const Element* const end = description.elements() + description.count;
+    for (const Element* element = description.elements(); element != end; ++element) {
+        const vor_uchar tag = element->tag;
+        switch (element->kind) {
+        case Kind::int16:
+            vor_tlv_chain_add_vor_int16(&chain, tag, static_cast<vor_int16>(va_arg(arguments.list, vor_int32)));
+            break;
+        case Kind::int32:
+            vor_tlv_chain_add_vor_int32(&chain, tag, va_arg(arguments.list, vor_int32));
+            break;
+        case Kind::string:
+            vor_tlv_chain_add_str(&chain, tag, va_arg(arguments.list, vor_char*));
+            break;
+        case Kind::byte:
+            raw = static_cast<vor_uchar>(va_arg(arguments.list, vor_int32));
+            vor_tlv_chain_add_raw(&chain, tag, 1, &raw);
+            break;
+        case Kind::address:
+            vor_tlv_chain_add_vor_int32(&chain, tag,
+                                        static_cast<vor_int32>(address_from(va_arg(arguments.list, vor_char*))));
+            break;
+        case Kind::strings:
+        case Kind::addresses: {
+            auto* const more = va_arg(arguments.list, Arguments*);
+            for (vor_int32 i = 0; i < more->count; ++i) {
+                vor_char* const text = va_arg(more->list, vor_char*);
+                if (element->kind == Kind::strings) {
+                    vor_tlv_chain_add_str(&chain, tag, text);
+                } else {
+                    vor_tlv_chain_add_vor_int32(&chain, tag, static_cast<vor_int32>(address_from(text)));
+                }
+            }
+            break;
+        }
+        case Kind::field8:
+            put<vor_uchar>(payload + tag, va_arg(arguments.list, vor_int32));
+            break;
+        case Kind::field16:
+            put<vor_uint16>(payload + tag, va_arg(arguments.list, vor_int32));
+            break;
+        case Kind::field32:
+            put<vor_uint32>(payload + tag, va_arg(arguments.list, vor_int32));
+            break;
+        case Kind::address_field:
+            put<vor_uint32>(payload + tag, static_cast<vor_int32>(address_from(va_arg(arguments.list, vor_char*))));
+            break;
+        }
+    }
+    if (description.record_length == 0) {
+        serialize(call, chain, payload);
+    } else {
+        call.length = description.record_length;
+    }
+}
+
+vor_int32 fill(Call& call, const Description& description, Arguments& arguments)
+{
+    const Frame frame = description.frame;
+    vor_uint16 offset = 0;
+    call.length = 0;
+    if (description.count == 0) {
+        return ok;
+    }
+    if ((frame & (option_byte | flag_byte)) != 0) {
+        auto* const place =
+            static_cast<vor_uchar*>((frame & option_byte) != 0 ? vor_ipc_get_meta_data_ptr(&call.request)
+                                                               : vor_ipc_get_payload_ptr(&call.request, 0));
+        if (place == nullptr) {
+            return no_place(call, frame);
+        }
+        *place = static_cast<vor_uchar>(va_arg(arguments.list, vor_int32));
+        offset = 1;
+    }
+    vor_uchar* const payload = payload_of(call.request, offset);
+    if (payload == nullptr && (frame & (null_payload_keeps | null_payload_drops)) != 0) {
+        return no_place(call, frame);
+    }
+    write(call, description, payload, arguments);
+    if ((frame & flag_byte) != 0) {
+        ++call.length;
+    }
+    return ok;
+}
+
+vor_int32 ready(Call& call, const Description& description, Arguments& arguments)
+{
+    const vor_int32 code = take(call, description.frame);
+    return code != ok ? code : fill(call, description, arguments);
+}
+
+} // namespace
+
+vor_int32 take(Call& call, Frame frame)
+{
+    if ((frame & clears_errno) != 0) {
+        vor_errno = 0;
+    }
+    call.handle = vor_cfg_get_ipc_endpoint();
+    if (call.handle == nullptr) {
+        return no_endpoint;
+    }
+    if (vor_ipc_get_buffer(&call.request) != 0) {
+        return no_status;
+    }
+    if ((frame & one_way) != 0 || vor_ipc_get_buffer(&call.response) == 0) {
+        return ok;
+    }
+    if ((frame & lone_request_dropped) != 0) {
+        vor_ipc_drop_msg_buf(&call.request);
+    }
+    return no_status;
+}
+
+void serialize(Call& call, TLV_CHAIN& chain, vor_uchar* payload)
+{
+    vor_int32 size = 0;
+    vor_tlv_chain_serialize(&chain, payload, &size);
+    vor_tlv_chain_free(&chain, 0);
+    call.length = static_cast<vor_uint16>(size);
+}
+
+vor_int32 post(Call& call, Frame frame, vor_uint32 id)
+{
+    const vor_int32 sent = vor_ipc_send(call.handle, static_cast<vor_uint16>(frame), id, &call.request, call.length, 0);
+    if ((frame & two_buffer_send) != 0) {
+        return sent;
+    }
+    if (sent != 0 || (frame & sent_buffer_kept) == 0) {
+        vor_ipc_drop_msg_buf(&call.request);
+    }
+    return sent != 0 ? undelivered : ok;
+}
+
+vor_int32 exchange(Call& call, Frame frame, vor_uint32 id)
+{
+    if (vor_ipc_request_response(call.handle, static_cast<vor_uint16>(frame), id, &call.request, &call.response,
+                                 call.length, 0) == 0) {
+        return ok;
+    }
+    vor_ipc_drop_msg_buf(&call.request);
+    if ((frame & refused_keeps_response) == 0) {
+        vor_ipc_drop_msg_buf(&call.response);
+    }
+    return undelivered;
+}
+
+vor_uint32 answer_id(const Call& call)
+{
+    return static_cast<const VOR_IPC_MSG_HDR*>(call.response.data_ptr)->opcode;
+}
+
+bool answers(const Call& call, Frame frame, vor_uint32 id)
+{
+    vor_uint32 answer = answer_id(call);
+    if ((frame & (id_low_half | answer_unread)) != 0) {
+        answer = static_cast<vor_uint16>(answer);
+    }
+    return answer == id;
+}
+
+bool accepted(Call& call, Frame frame, vor_uint32 id)
+{
+    if (!answers(call, frame, id)) {
+        return false;
+    }
+    const void* const status = payload_of(call.response);
+    return status != nullptr && status_at(status) == 0;
+}
+
+vor_int32 settle(Call& call, Frame frame, const void* status)
+{
+    vor_int32 code = no_status;
+    if ((frame & request_dropped_first) == 0) {
+        vor_ipc_drop_msg_buf(&call.request);
+    }
+    if (status != nullptr) {
+        const vor_int32 value = status_at(status);
+        code = ok;
+        if (value != 0) {
+            vor_errno = value;
+            code = refused;
+        }
+    }
+    vor_ipc_drop_msg_buf(&call.response);
+    return code;
+}
+
+vor_int32 verdict(Call& call, Frame frame, vor_uint32 id)
+{
+    const void* status = nullptr;
+    if ((frame & request_dropped_first) != 0) {
+        vor_ipc_drop_msg_buf(&call.request);
+    }
+    if (answers(call, frame, id)) {
+        status = payload_of(call.response);
+        if (status == nullptr && (frame & empty_answer_keeps) != 0) {
+            return no_status;
+        }
+    }
+    return settle(call, frame, status);
+}
+
+vor_int32 conclude(Call& call, Frame frame, vor_uint32 id)
+{
+    if ((frame & (one_way | two_buffer_send)) != 0) {
+        return post(call, frame, id);
+    }
+    const vor_int32 code = exchange(call, frame, id);
+    return code != ok ? code : verdict(call, frame, id);
+}
+
+void drop_both(Call& call)
+{
+    vor_ipc_drop_msg_buf(&call.request);
+    vor_ipc_drop_msg_buf(&call.response);
+}
+
+vor_int32 prepare_described(Call* call, const Description* description, ...)
+{
+    Arguments arguments{};
+    va_start(arguments.list, description);
+    const vor_int32 code = ready(*call, *description, arguments);
+    va_end(arguments.list);
+    return code;
+}
+
+vor_int32 request_described(const Description* description, ...)
+{
+    Call call;
+    Arguments arguments{};
+    va_start(arguments.list, description);
+    const vor_int32 code = ready(call, *description, arguments);
+    va_end(arguments.list);
+    return code != ok ? code : conclude(call, description->frame, description->id);
+}
+
+void* statistics_described(const Description* description, ...)
+{
+    const Frame frame = description->frame;
+    Call call;
+    Arguments arguments{};
+    va_start(arguments.list, description);
+    const vor_int32 code = ready(call, *description, arguments);
+    va_end(arguments.list);
+    if (code != ok || exchange(call, frame, description->id) != ok) {
+        return nullptr;
+    }
+    void* record = nullptr;
+    if (answers(call, frame, description->id)) {
+        record = payload_of(call.response);
+        if (record == nullptr) {
+            return nullptr; // both buffers stay taken
+        }
+    }
+    drop_both(call);
+    return record;
+}

@@ -1,0 +1,237 @@
+// Interface addressing, access point, DHCP server and routing (ethmgr).
+#include <device_mgmt/ip.h>
+
+#include <arpa/inet.h>
+#include <cstdlib>
+
+#include "frame.hpp"
+
+namespace {
+
+constexpr Frame eth = sap(7) | lone_request_dropped | id_low_half | empty_answer_keeps;
+constexpr Frame eth_record = eth | null_payload_keeps;
+constexpr Frame eth_option = eth | option_byte | null_payload_drops;
+constexpr Frame route = sap(7) | one_way | null_payload_keeps;
+
+constexpr vor_uint32 first_interface_address = 0x7003;
+constexpr vor_uint32 other_interface_address = 0x7005;
+constexpr vor_uint32 access_point = 0x7014;
+constexpr vor_uint32 access_point_notice = 2; // to SAP 0
+
+constexpr vor_int16 dns_servers_max = 4;
+constexpr vor_int32 too_many_dns_servers = -1151;
+
+vor_uint32 network_address(const vor_char* text)
+{
+    in_addr address{}; // stays 0.0.0.0 for a text that is none
+    inet_aton(text, &address);
+    return address.s_addr;
+}
+
+vor_uint16 number16(const vor_char* text)
+{
+    return static_cast<vor_uint16>(vor_atoi(text));
+}
+
+} // namespace
+
+vor_int32 vor_cfg_set_ip_address(vor_uchar interface_number, vor_char* ip_address, vor_char* subnet_mask,
+                                 vor_uchar config_option)
+{
+    Call call;
+    const vor_uint32 id = interface_number == 0 ? first_interface_address : other_interface_address;
+    vor_int32 code = prepare<eth_record | clears_errno, first_interface_address, sizeof(VOR_ETH_CONFIG_IP)>(
+        call, FIELD(VOR_ETH_CONFIG_IP, eth_int_number)(interface_number),
+        FIELD(VOR_ETH_CONFIG_IP, eth_conf_option)(config_option),
+        FIELD(VOR_ETH_CONFIG_IP, ip_address)(network_address(ip_address)),
+        FIELD(VOR_ETH_CONFIG_IP, subnet_mask)(network_address(subnet_mask)));
+    if (code != ok) {
+        return code;
+    }
+    if (interface_number > 2) { // no message for it: ends like an answer without status
+        return settle(call, eth_record, nullptr);
+    }
+    code = exchange(call, eth_record, id);
+    if (code != ok) {
+        return code;
+    }
+    // Either of the two ids is accepted, whichever was sent.
+    const bool other = answers(call, eth_record, other_interface_address);
+    return verdict(call, eth_record, other ? other_interface_address : first_interface_address);
+}
+
+vor_int32 vor_cfg_set_ipv6_address(vor_uint16 interface_number, vor_char* ip_address, vor_char config_option)
+{
+    return request<eth_option, 0x7018>(option(config_option), int16<1>(interface_number), str<22>(ip_address));
+}
+
+vor_int32 vor_cfg_set_dhcp(vor_uchar interface_number, vor_char config_option)
+{
+    return request<eth_record, 0x7007, sizeof(VOR_ETH_DHCP_CLIENT_CONFIG)>(
+        FIELD(VOR_ETH_DHCP_CLIENT_CONFIG, eth_int_number)(interface_number),
+        FIELD(VOR_ETH_DHCP_CLIENT_CONFIG, eth_conf_option)(config_option));
+}
+
+vor_int32 vor_cfg_set_ipv6_dhcp(vor_uchar interface_number, vor_char config_option)
+{
+    return request<eth_record, 0x7019, sizeof(VOR_ETH_DHCP_CLIENT_CONFIG)>(
+        FIELD(VOR_ETH_DHCP_CLIENT_CONFIG, eth_int_number)(interface_number),
+        FIELD(VOR_ETH_DHCP_CLIENT_CONFIG, eth_conf_option)(config_option));
+}
+
+vor_int32 vor_cfg_set_interface_security_params(vor_uchar interface_number, vor_char* password, vor_char* ssid,
+                                                vor_uint16 encryption_protocol, vor_uchar config_option)
+{
+    return request<eth_option, 0x7006>(option(config_option), int16<1>(interface_number), str<2>(ssid),
+                                       int16<3>(encryption_protocol), str<4>(password));
+}
+
+vor_int32 vor_cfg_set_access_point_params(vor_uint16 intr_num, vor_char* passwd, vor_char* ssid, vor_uint16 protocol,
+                                          vor_uint16 country_code, vor_char config_option)
+{
+    Call call;
+    vor_int32 code = prepare<eth_option, access_point>(call, option(config_option), int16<1>(intr_num), str<2>(ssid),
+                                                       int16<3>(protocol), str<4>(passwd), int16<20>(country_code));
+    if (code != ok) {
+        return code;
+    }
+    code = exchange(call, eth_option, access_point);
+    if (code != ok) {
+        return code;
+    }
+    if (!accepted(call, eth_option, access_point)) {
+        return verdict(call, eth_option, access_point);
+    }
+    const vor_int32 sent = vor_ipc_send(call.handle, 0, access_point_notice, &call.request, call.length, 0);
+    drop_both(call);
+    return sent != 0 ? undelivered : ok;
+}
+
+vor_int32 vor_cfg_get_ip_address(vor_uchar /*interface_number*/, vor_char* /*ip_address*/, vor_char* /*subnet_mask*/)
+{
+    return 0;
+}
+
+vor_int32 vor_cfg_get_interface_security_params(vor_uchar /*interface_number*/, vor_char* /*password*/,
+                                                vor_char* /*ssid*/, vor_uint16* /*encryption_protocol*/)
+{
+    return 0;
+}
+
+vor_int32 vor_cfg_set_dhcp_server_address_range(vor_char* pool_name, vor_char* lo_addr, vor_char* hi_addr,
+                                                vor_int32 addr_range, vor_int16 config_option)
+{
+    return request<eth_option | clears_errno, 0x7009>(option(config_option), str<9>(pool_name), address<7>(lo_addr),
+                                                      address<8>(hi_addr), int32<17>(addr_range));
+}
+
+vor_int32 vor_cfg_get_dhcp_server_address_range(vor_char* /*pool_name*/, vor_char* /*lo_addr*/, vor_char* /*hi_addr*/)
+{
+    return 0;
+}
+
+// The two DNS calls end in narrow types before the dots: callers' va_start sees
+// them promoted, and gcc and clang both find the arguments behind them.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wvarargs"
+
+vor_int32 vor_cfg_set_dhcp_server_dns(vor_char* pool_name, vor_int16 dns_server_num, vor_char config_option, ...)
+{
+    if (dns_server_num > dns_servers_max) {
+        return too_many_dns_servers;
+    }
+    Arguments servers{};
+    servers.count = dns_server_num;
+    va_start(servers.list, config_option);
+    const vor_int32 code = request<eth_option, 0x700b>(option(config_option), str<9>(pool_name),
+                                                       int16<11>(dns_server_num), addresses<12>(servers));
+    va_end(servers.list);
+    return code;
+}
+
+vor_int32 vor_cfg_set_dhcp_server_dns_client(vor_char* def_search_domain, vor_char* intr_num, vor_int16 dns_server_num,
+                                             ...)
+{
+    if (dns_server_num > dns_servers_max) {
+        return too_many_dns_servers;
+    }
+    Arguments servers{};
+    servers.count = dns_server_num;
+    va_start(servers.list, dns_server_num);
+    const vor_int32 code = request<route, 0x700d>(str<21>(def_search_domain), int16<1>(number16(intr_num)),
+                                                  int16<11>(dns_server_num), addresses<12>(servers));
+    va_end(servers.list);
+    return code;
+}
+
+#pragma GCC diagnostic pop
+
+vor_int32 vor_cfg_set_dhcp_server_pool_name(vor_char* pool_name, vor_char config_option)
+{
+    return request<eth_option, 0x7017>(option(config_option), str<9>(pool_name));
+}
+
+vor_int32 vor_cfg_set_dhcp_server_interface(vor_char* pool_name, vor_uint16 interface_number, vor_char config_option)
+{
+    return request<eth_option, 0x7015>(option(config_option), str<9>(pool_name), int16<1>(interface_number));
+}
+
+vor_int32 vor_cfg_set_dhcp_server_subnet(vor_char* pool_name, vor_char* subnet_mask, vor_char config_option)
+{
+    return request<eth_option, 0x700c>(option(config_option), str<9>(pool_name), address<13>(subnet_mask));
+}
+
+vor_int32 vor_cfg_set_dhcp_server_def_router(vor_char* pool_name, vor_char* def_router, vor_char config_option)
+{
+    return request<eth_option, 0x7016>(option(config_option), str<9>(pool_name), address<15>(def_router));
+}
+
+vor_int32 vor_cfg_set_dhcp_server_domain_name(vor_char* pool_name, vor_char* domain_name, vor_char config_option)
+{
+    return request<eth_option, 0x700a>(option(config_option), str<9>(pool_name), str<10>(domain_name));
+}
+
+vor_int32 vor_cfg_set_dhcp_server_lease_time(vor_char* pool_name, vor_int32 lease_time, vor_char config_option)
+{
+    return request<eth_option, 0x7008>(option(config_option), str<9>(pool_name), int32<14>(lease_time));
+}
+
+vor_int32 vor_cfg_set_default_gateway(vor_char* def_gateway, vor_char* iface_num, vor_char config_option)
+{
+    return request<eth_record | clears_errno, 0x7010, sizeof(VOR_ETH_DEFAULT_GW_CONFIG)>(
+        FIELD(VOR_ETH_DEFAULT_GW_CONFIG, gw_conf_option)(config_option),
+        FIELD(VOR_ETH_DEFAULT_GW_CONFIG, iface_num)(number16(iface_num)),
+        ADDRESS_FIELD(VOR_ETH_DEFAULT_GW_CONFIG, default_gw)(def_gateway));
+}
+
+vor_int32 vor_cfg_show_route_status(vor_char* iface_num)
+{
+    return request<eth_record, 0x700e, sizeof(VOR_INTERFACE)>(
+        FIELD(VOR_INTERFACE, interface_num)(static_cast<vor_char>(std::atoi(iface_num))));
+}
+
+vor_int32 vor_cfg_enable_ip_routing(vor_char* enable_status)
+{
+    return request<route, 0x700f, sizeof(VOR_ETH_ROUTE_EN)>(field<0, VOR_ETH_ROUTE_EN>(number16(enable_status)));
+}
+
+vor_int32 vor_cfg_set_via_route(vor_char* ip_address, vor_char* via_address)
+{
+    constexpr vor_uchar first_field_only = 4; // the next hop is written but not sent
+    return request<route, 0x7012, first_field_only>(ADDRESS_FIELD(VOR_ETH_ROUTE_VIA, ip_address)(ip_address),
+                                                    ADDRESS_FIELD(VOR_ETH_ROUTE_VIA, via_ip_address)(via_address));
+}
+
+vor_int32 vor_cfg_set_static_route(vor_char* ip_address, vor_char* interface_number)
+{
+    return request<route, 0x7011, sizeof(VOR_ETH_STATIC_ROUTE)>(
+        FIELD(VOR_ETH_STATIC_ROUTE, device_no)(number16(interface_number)),
+        ADDRESS_FIELD(VOR_ETH_STATIC_ROUTE, ip_address)(ip_address));
+}
+
+vor_int32 vor_cfg_remove_ip_route(vor_char* ip_address)
+{
+    // device_no stays as the buffer had it
+    return request<route, 0x7013, sizeof(VOR_ETH_STATIC_ROUTE)>(
+        ADDRESS_FIELD(VOR_ETH_STATIC_ROUTE, ip_address)(ip_address));
+}

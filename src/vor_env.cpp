@@ -1,0 +1,32 @@
+// The board's temperature (platmgr).
+#include <device_mgmt/env.h>
+
+#include "frame.hpp"
+
+namespace {
+
+constexpr Frame temperature = sap(2) | clears_errno | id_low_half; // lone request kept
+constexpr vor_uint32 read_temperature = 0x2021;
+
+} // namespace
+
+vor_int32 vor_cfg_get_system_temperature(vor_int16* system_temp)
+{
+    Call call;
+    vor_int32 code = prepare<temperature, read_temperature>(call); // an empty request
+    if (code != ok) {
+        return code;
+    }
+    code = exchange(call, temperature, read_temperature);
+    if (code != ok) {
+        return code;
+    }
+    if (accepted(call, temperature, read_temperature)) {
+        VOR_ENV_INFO info{}; // an answer without a reading is 0
+        if (const void* const reading = payload_of(call.response, sizeof(VOR_SDK_API_STATUS)); reading != nullptr) {
+            __builtin_memcpy(&info, reading, sizeof info);
+        }
+        *system_temp = info.system_temperature;
+    }
+    return verdict(call, temperature, read_temperature);
+}

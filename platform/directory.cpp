@@ -42,8 +42,8 @@ static bool directory_path(char (&path)[socket_path_size])
         }
     }
     if (size_t(length) > longest_directory) {
-        complain("%s: the directory %s is too long to hold sockets: %d characters, at most %zu", origin,
-                 setting(origin), length, longest_directory);
+        complain("%s is too long to hold sockets: %d characters, at most %zu: %s", origin, length, longest_directory,
+                 setting(origin));
         return false;
     }
     return true;
@@ -79,7 +79,7 @@ int open_directory(char (&path)[socket_path_size])
 
 sockaddr_un sap_address(const char* directory, vor_uint16 sap)
 {
-    sockaddr_un address;
+    sockaddr_un address{};
     address.sun_family = AF_UNIX;
     char* const number = stpcpy(stpcpy(address.sun_path, directory), sap_prefix);
     *std::to_chars(number, address.sun_path + socket_path_size, sap).ptr = '\0';

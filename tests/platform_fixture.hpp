@@ -1,0 +1,107 @@
+// platform_fixture.hpp: both sides of the development platform, each test in a
+// private directory of its own.
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <vorinfra_inspect.h>
+#include <vorinfra_manager.h>
+
+namespace fs = std::filesystem;
+
+constexpr vor_uint16 client_sap = 200;
+constexpr vor_uint16 manager_sap = 7;
+
+inline testing::AssertionResult contains(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos
+               ? testing::AssertionSuccess()
+               : testing::AssertionFailure() << '"' << text << "\" lacks \"" << part << '"';
+}
+
+template <class Action>
+std::string errors_of(Action action)
+{
+    testing::internal::CaptureStderr();
+    action();
+    return testing::internal::GetCapturedStderr();
+}
+
+class Bound {
+public:
+    explicit Bound(vor_uint16 sap) : handle_(vor_ipc_bind(sap, 0)) {}
+    Bound(const Bound&) = delete;
+    Bound& operator=(const Bound&) = delete;
+    ~Bound() { vor_ipc_unbind(handle_); }
+    operator VOR_IPC_HANDLE*() const { return handle_; }
+
+private:
+    VOR_IPC_HANDLE* handle_;
+};
+
+struct Message {
+    VOR_IPC_MSG_REF ref;
+    Message() { EXPECT_EQ(0, vor_ipc_get_buffer(&ref)); }
+    Message(const Message&) = delete;
+    Message& operator=(const Message&) = delete;
+    ~Message()
+    {
+        if (ref.data_ptr != nullptr) {
+            vor_ipc_drop_msg_buf(&ref);
+        }
+    }
+    vor_uchar* payload(vor_uint16 offset = 0) { return static_cast<vor_uchar*>(vor_ipc_get_payload_ptr(&ref, offset)); }
+};
+
+// The next message of a manager, waited for.
+inline VORINFRA_MESSAGE next(VOR_IPC_HANDLE* handle)
+{
+    pollfd polled{vorinfra_descriptor(handle), POLLIN, 0};
+    poll(&polled, 1, 10000);
+    VORINFRA_MESSAGE message{};
+    EXPECT_EQ(1, vorinfra_receive(handle, &message));
+    return message;
+}
+
+class PlatformTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        char name[] = "/tmp/vorinfra-test-XXXXXX";
+        ASSERT_NE(nullptr, mkdtemp(name));
+        home = name;
+        for (const char* variable : {"VORINFRA_TIMEOUT_MS", "VORINFRA_LOG", "VORINFRA_TIMERS", "VORINFRA_ROOT"}) {
+            unsetenv(variable);
+        }
+        setenv("VORINFRA_DIR", (home + "/run").c_str(), 1);
+    }
+    void TearDown() override
+    {
+        EXPECT_EQ(0U, vorinfra_buffers_taken());
+        fs::remove_all(home);
+    }
+    std::string socket_file(vor_uint16 sap) const { return home + "/run/sap-" + std::to_string(sap); }
+
+    std::string home;
+    TLV_CHAIN chain{};
+};
+
+// A plain socket at a path, as a process that cares for nothing makes it.
+inline int raw_socket(const std::string& path, int type)
+{
+    const int descriptor = socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    EXPECT_EQ(0, bind(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address)) << path;
+    return descriptor;
+}

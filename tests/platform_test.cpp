@@ -1,0 +1,381 @@
+// The development platform between two processes: chains, bindings, exchanges.
+#include <csignal>
+#include <cstring>
+#include <fstream>
+#include <future>
+#include <vector>
+
+#include <sys/stat.h>
+#include <sys/time.h>
+
+#include "platform_fixture.hpp"
+
+namespace {
+
+std::string chain_text(const vor_uchar* chain, vor_uint16 size)
+{
+    std::string text;
+    vor_uint16 cursor = 0;
+    VORINFRA_ELEMENT element;
+    int read;
+    while ((read = vorinfra_next_element(chain, size, &cursor, &element)) == 1) {
+        const std::string value(reinterpret_cast<const char*>(element.value), element.size);
+        const char* const kinds[] = {"?", "i16 ", "i32 ", "str ", "raw "};
+        text += (text.empty() ? "" : " | ") + std::to_string(element.tag) + ' ' + kinds[element.kind];
+        text += element.kind < VORINFRA_STRING ? std::to_string(element.number) : value;
+    }
+    return read == 0 ? text : text + " | garbage";
+}
+
+// --- Chains -----------------------------------------------------------------
+
+TEST_F(PlatformTest, ChainArrivesWithTagsKindsAndValues)
+{
+    const Bound client(client_sap);
+    const Bound manager(manager_sap);
+    char empty[] = "";
+    char name[] = "na\xc3\xafve \"x\"";
+    unsigned char bytes[] = {'a', 0, 'b'};
+    vor_tlv_chain_init(&chain);
+    vor_tlv_chain_add_vor_int16(&chain, 1, -3);
+    vor_tlv_chain_add_vor_int32(&chain, 65535, INT32_MIN);
+    vor_tlv_chain_add_str(&chain, 5, empty);
+    vor_tlv_chain_add_str(&chain, 6, name);
+    vor_tlv_chain_add_raw(&chain, 7, sizeof bytes, bytes);
+    vor_tlv_chain_add_raw(&chain, 7, 0, nullptr);
+    const std::string expected = "1 i16 -3 | 65535 i32 -2147483648 | 5 str  | 6 str na\xc3\xafve \"x\" | 7 raw " +
+                                 std::string("a\0b", 3) + " | 7 raw ";
+
+    Message message;
+    *static_cast<vor_uchar*>(vor_ipc_get_meta_data_ptr(&message.ref)) = 9;
+    vor_int32 size = -1;
+    vor_int32 measured = -1;
+    EXPECT_EQ(0, vor_tlv_chain_serialize(&chain, nullptr, &measured));
+    EXPECT_EQ(0, vor_tlv_chain_serialize(&chain, message.payload(1), &size));
+    EXPECT_EQ(size, measured);
+    vor_tlv_chain_free(&chain, 0);
+    ASSERT_EQ(0, vor_ipc_send(client, manager_sap, 0x7003, &message.ref, vor_uint16(size), 0));
+
+    const VORINFRA_MESSAGE received = next(manager);
+    EXPECT_EQ(client_sap, received.source);
+    EXPECT_EQ(manager_sap, received.destination);
+    EXPECT_EQ(0x7003U, received.id);
+    EXPECT_EQ(0, received.answer_wanted);
+    ASSERT_EQ(1, received.meta_data_size);
+    EXPECT_EQ(9, received.data[0]);
+    EXPECT_EQ(size, received.payload_size);
+    EXPECT_EQ(expected, chain_text(received.data + 1, received.payload_size));
+
+    Message plain; // a flag byte that is part of the payload is no meta-data
+    memcpy(plain.payload(1), "xy", 2);
+    *plain.payload() = 'w';
+    ASSERT_EQ(0, vor_ipc_send(client, manager_sap, 1, &plain.ref, 3, 0));
+    const VORINFRA_MESSAGE second = next(manager);
+    EXPECT_EQ(0, second.meta_data_size);
+    EXPECT_EQ("wxy", std::string(reinterpret_cast<const char*>(second.data), second.payload_size));
+}
+
+TEST_F(PlatformTest, RefusedChainIsNeverSent)
+{
+    const Bound client(client_sap);
+    const Bound manager(manager_sap);
+    std::string large(4090, 'x'); // with its header and terminator exactly 4096 bytes
+    const auto attempt = [&](vor_uint16 offset) {
+        Message message;
+        Message answer;
+        vor_int32 size = -1;
+        vor_tlv_chain_serialize(&chain, message.payload(offset), &size);
+        vor_tlv_chain_free(&chain, 0);
+        const auto length = vor_uint16(size);
+        if (vor_ipc_send(client, manager_sap, 0x7003, &message.ref, length, 0) == 0) {
+            return std::to_string(next(manager).payload_size);
+        }
+        EXPECT_EQ(-1, vor_ipc_request_response(client, manager_sap, 0x7003, &message.ref, &answer.ref, length, 0));
+        VORINFRA_MESSAGE none;
+        EXPECT_EQ(0, vorinfra_receive(manager, &none));
+        return "refused, size " + std::to_string(size);
+    };
+    const auto fill = [&](int count) {
+        vor_tlv_chain_init(&chain);
+        vor_int32 result = 0;
+        while (count-- > 0) {
+            result = vor_tlv_chain_add_vor_int16(&chain, 1, 2);
+        }
+        return result;
+    };
+
+    EXPECT_EQ(0, fill(50));
+    EXPECT_EQ("350", attempt(0));
+    EXPECT_TRUE(contains(errors_of([&] { EXPECT_NE(0, fill(51)); }), "50 elements"));
+    EXPECT_TRUE(contains(errors_of([&] { EXPECT_EQ("refused, size 0", attempt(0)); }), "0x7003 to SAP 7 is not sent"));
+
+    fill(1);
+    EXPECT_TRUE(contains(errors_of([&] { vor_tlv_chain_add_str(&chain, 77, nullptr); }), "tag 77 has no text"));
+    errors_of([&] { EXPECT_EQ("refused, size 0", attempt(0)); });
+
+    for (const vor_uint16 offset : {vor_uint16(0), vor_uint16(1)}) {
+        vor_tlv_chain_init(&chain);
+        vor_tlv_chain_add_str(&chain, 1, large.data());
+        const std::string errors =
+            errors_of([&] { EXPECT_EQ(offset == 0 ? "4096" : "refused, size 0", attempt(offset)); });
+        EXPECT_TRUE(offset == 0 || contains(errors, "4096 bytes does not fit into the 4095 bytes")) << errors;
+    }
+    large.resize(70000, 'x'); // more than any element can be
+    vor_tlv_chain_init(&chain);
+    EXPECT_TRUE(contains(errors_of([&] { vor_tlv_chain_add_str(&chain, 3, large.data()); }), "fits no message"));
+    errors_of([&] { EXPECT_EQ("refused, size 0", attempt(0)); });
+
+    Message message; // what does not fit leaves the end of its buffer alone
+    vor_uchar* const end = message.payload(4090);
+    memset(end, 'z', 6);
+    fill(1);
+    vor_int32 size = -1;
+    errors_of([&] { EXPECT_NE(0, vor_tlv_chain_serialize(&chain, end, &size)); });
+    EXPECT_EQ("zzzzzz", std::string(reinterpret_cast<char*>(end), 6));
+}
+
+TEST_F(PlatformTest, DamagedChainsAreNoticed)
+{
+    char text[] = "ab";
+    vor_tlv_chain_init(&chain);
+    vor_tlv_chain_add_vor_int16(&chain, 1, 2);
+    vor_tlv_chain_add_str(&chain, 2, text);
+    vor_uchar whole[64];
+    vor_int32 size;
+    vor_tlv_chain_serialize(&chain, whole, &size);
+    const auto read = [](std::vector<vor_uchar> bytes) { return chain_text(bytes.data(), vor_uint16(bytes.size())); };
+    for (vor_int32 cut = 1; cut < size; cut++) {
+        const std::string expected = cut == 7 ? "1 i16 2" : cut < 7 ? " | garbage" : "1 i16 2 | garbage";
+        EXPECT_EQ(expected, read({whole, whole + cut})) << cut;
+    }
+    const std::pair<size_t, vor_uchar> damages[] = {{2, 0},   {2, 5},     {2, 2},    {4, 1},
+                                                    {4, 200}, {13, '\0'}, {14, 'c'}, {11, 0}};
+    for (const auto& [at, byte] : damages) {
+        std::vector<vor_uchar> bytes(whole, whole + size);
+        bytes[at] = byte;
+        EXPECT_TRUE(contains(read(bytes), "garbage")) << at;
+    }
+}
+
+// --- Binding ----------------------------------------------------------------
+
+TEST_F(PlatformTest, SapHasOneOwner)
+{
+    {
+        const Bound first(manager_sap);
+        EXPECT_TRUE(contains(errors_of([] { EXPECT_EQ(nullptr, Bound(manager_sap)); }), "SAP 7: it is in use"));
+        EXPECT_TRUE(fs::exists(socket_file(manager_sap)));
+    }
+    EXPECT_FALSE(fs::exists(socket_file(manager_sap)));
+
+    std::ofstream(socket_file(manager_sap)) << "mine";
+    EXPECT_TRUE(contains(errors_of([] { EXPECT_EQ(nullptr, Bound(manager_sap)); }), "is no socket"));
+    EXPECT_EQ(4U, fs::file_size(socket_file(manager_sap)));
+}
+
+TEST_F(PlatformTest, DeadOwnerIsReplacedByExactlyOne)
+{
+    ASSERT_NE(nullptr, vorinfra_directory());
+    for (int round = 0; round < 20; round++) {
+        close(raw_socket(socket_file(manager_sap), SOCK_DGRAM));
+        std::vector<std::future<VOR_IPC_HANDLE*>> racers;
+        int owners = 0;
+        VOR_IPC_HANDLE* owner = nullptr;
+        errors_of([&] {
+            for (int i = 0; i < 4; i++) {
+                racers.push_back(std::async(std::launch::async, [] { return vor_ipc_bind(manager_sap, 0); }));
+            }
+            for (auto& racer : racers) {
+                if (VOR_IPC_HANDLE* const handle = racer.get()) {
+                    owner = handle;
+                    owners++;
+                }
+            }
+        });
+        ASSERT_EQ(1, owners);
+        EXPECT_EQ(1, vor_ipc_unbind(owner));
+    }
+}
+
+TEST_F(PlatformTest, UnusableDirectoriesAreRefused)
+{
+    const auto refusal = [](const std::string& directory) {
+        setenv("VORINFRA_DIR", directory.c_str(), 1);
+        return errors_of([] {
+            EXPECT_EQ(nullptr, vorinfra_directory());
+            EXPECT_EQ(nullptr, Bound(manager_sap));
+        });
+    };
+    fs::create_directory(home + "/open");
+    fs::permissions(home + "/open", fs::perms(0755));
+    fs::create_directory_symlink(home, home + "/link");
+    std::ofstream(home + "/file") << "x";
+    const std::pair<std::string, const char*> refusals[] = {
+        {home + "/open", "its mode is 0755, must be 0700"},
+        {home + "/link", "it is a symbolic link"},
+        {home + "/link//", "it is a symbolic link"},
+        {home + "/file", "Not a directory"},
+        {home + "/not/there", "No such file"},
+        {"relative", "must be an absolute path"},
+        {home + "/" + std::string(10000, 'd'), "too long to hold sockets"}};
+    for (const auto& [directory, reason] : refusals) {
+        EXPECT_TRUE(contains(refusal(directory), reason));
+    }
+    if (geteuid() == 0) {
+        fs::create_directory(home + "/foreign");
+        ASSERT_EQ(0, chown((home + "/foreign").c_str(), 65534, 65534));
+        EXPECT_TRUE(contains(refusal(home + "/foreign"), "it belongs to user 65534"));
+    } else {
+        EXPECT_TRUE(contains(refusal("/usr"), "it belongs to user 0"));
+    }
+
+    // The longest name that works holds the longest socket name.
+    const std::string longest = home + "/" + std::string(97 - home.size() - 1, 'd');
+    setenv("VORINFRA_DIR", longest.c_str(), 1);
+    EXPECT_NE(nullptr, Bound(65535));
+    EXPECT_EQ(longest, vorinfra_directory());
+    unsetenv("VORINFRA_DIR");
+    setenv("XDG_RUNTIME_DIR", home.c_str(), 1);
+    EXPECT_EQ(home + "/vorinfra", vorinfra_directory());
+    struct stat made;
+    ASSERT_EQ(0, stat((home + "/vorinfra").c_str(), &made));
+    EXPECT_EQ(0700U, made.st_mode & 07777);
+    unsetenv("XDG_RUNTIME_DIR");
+}
+
+TEST_F(PlatformTest, SenselessSettingsFailTheBinding)
+{
+    const std::pair<const char*, std::vector<const char*>> settings[] = {
+        {"VORINFRA_TIMEOUT_MS", {"soon", "-1", "0", "600001", "99999999999999", "10ms", " 10", "0x"}},
+        {"VORINFRA_LOG", {"all", "-1", "0x10000", "8000h"}},
+        {"VORINFRA_TIMERS", {"yes", "RUN", "run "}}};
+    for (const auto& [name, values] : settings) {
+        for (const char* const value : values) {
+            setenv(name, value, 1);
+            const std::string errors = errors_of([] { EXPECT_EQ(nullptr, Bound(manager_sap)); });
+            EXPECT_TRUE(contains(errors, std::string(name) + " is \"" + value + '"'));
+        }
+        setenv(name, "", 1);
+        EXPECT_NE(nullptr, Bound(manager_sap)) << name << " empty";
+        unsetenv(name);
+    }
+}
+
+// --- The exchange -----------------------------------------------------------
+
+TEST_F(PlatformTest, AnswerIsReadByOffset)
+{
+    const Bound client(client_sap);
+    const Bound manager(manager_sap);
+    const auto exchange = [&](const std::string& answer_payload) {
+        auto answering = std::async(std::launch::async, [&] {
+            const VORINFRA_MESSAGE request = next(manager);
+            EXPECT_EQ(1, request.answer_wanted);
+            EXPECT_EQ(0, vorinfra_answer(manager, &request, request.id + 0x50000, answer_payload.data(),
+                                         vor_uint16(answer_payload.size())));
+        });
+        Message request;
+        Message answer;
+        EXPECT_EQ(0, vor_ipc_request_response(client, manager_sap, 0x7003, &request.ref, &answer.ref, 0, 0));
+        answering.get();
+        EXPECT_EQ(0x57003U, static_cast<VOR_IPC_MSG_HDR*>(answer.ref.data_ptr)->opcode);
+        EXPECT_EQ(nullptr, vor_ipc_get_meta_data_ptr(&answer.ref));
+        std::string seen;
+        for (vor_uint16 offset = 0; const vor_uchar* const byte = answer.payload(offset); offset++) {
+            seen += char(*byte);
+        }
+        EXPECT_EQ(answer_payload, seen);
+    };
+    exchange(std::string("\5\0\0\0", 4));
+    exchange("");
+    exchange(std::string(4096, 'r'));
+}
+
+TEST_F(PlatformTest, OnlyTheAnswerToThisRequestCounts)
+{
+    setenv("VORINFRA_TIMEOUT_MS", "50", 1);
+    const Bound client(client_sap);
+    const Bound manager(manager_sap);
+    const Bound stranger(8);
+    const auto ask = [&](const char* expected) {
+        Message request;
+        Message answer;
+        const vor_int32 result = vor_ipc_request_response(client, manager_sap, 1, &request.ref, &answer.ref, 0, 0);
+        EXPECT_EQ(expected == nullptr ? VORINFRA_NO_ANSWER : 0, result);
+        EXPECT_EQ(expected == nullptr, answer.payload() == nullptr);
+        EXPECT_STREQ(expected, reinterpret_cast<char*>(answer.payload()));
+    };
+    ask(nullptr);
+    const VORINFRA_MESSAGE first = next(manager);
+    EXPECT_EQ(0, vorinfra_answer(manager, &first, 1, "late", 5)); // waits in the queue from now on
+    ask(nullptr);
+
+    setenv("VORINFRA_TIMEOUT_MS", "10000", 1);
+    const Bound patient(201);
+    for (const char* const expected : {"one", "two"}) {
+        auto answering = std::async(std::launch::async, [&] {
+            VORINFRA_MESSAGE request = next(manager);
+            while (request.source != 201) { // what the impatient client left
+                request = next(manager);
+            }
+            VORINFRA_MESSAGE other = request;
+            other.sequence++;
+            vorinfra_answer(manager, &other, 1, "old", 4);
+            vorinfra_answer(stranger, &request, 1, "foreign", 8);
+            const int garbage = raw_socket(home + "/garbage", SOCK_DGRAM);
+            sockaddr_un to{};
+            to.sun_family = AF_UNIX;
+            socket_file(201).copy(to.sun_path, sizeof to.sun_path - 1);
+            sendto(garbage, "?", 1, 0, reinterpret_cast<sockaddr*>(&to), sizeof to);
+            close(garbage);
+            fs::remove(home + "/garbage");
+            vorinfra_answer(manager, &request, 1, expected, 4);
+            vorinfra_answer(manager, &request, 1, "dup", 4);
+        });
+        const std::string errors = errors_of([&] {
+            Message request;
+            Message answer;
+            EXPECT_EQ(0, vor_ipc_request_response(patient, manager_sap, 1, &request.ref, &answer.ref, 0, 0));
+            EXPECT_STREQ(expected, reinterpret_cast<char*>(answer.payload()));
+            answering.get();
+        });
+        EXPECT_TRUE(contains(errors, "SAP 201 received 1 bytes that are no message"));
+    }
+}
+
+TEST_F(PlatformTest, NothingWaitsForEver)
+{
+    setenv("VORINFRA_TIMEOUT_MS", "40", 1);
+    const Bound client(client_sap);
+    Message message;
+    Message answer;
+    EXPECT_EQ(-1, vor_ipc_request_response(client, manager_sap, 1, &message.ref, &answer.ref, 0, 0)) << "no manager";
+    EXPECT_EQ(-1, vor_ipc_send(client, manager_sap, 1, &message.ref, 0, 0)) << "no manager";
+
+    // A manager that does not receive, and a program whose timer interrupts.
+    const Bound manager(manager_sap);
+    struct sigaction action = {};
+    action.sa_handler = [](int) {};
+    struct sigaction before;
+    sigaction(SIGALRM, &action, &before);
+    const itimerval often{{0, 5000}, {0, 5000}};
+    const itimerval never{};
+    setitimer(ITIMER_REAL, &often, nullptr);
+    EXPECT_EQ(VORINFRA_NO_ANSWER, vor_ipc_request_response(client, manager_sap, 1, &message.ref, &answer.ref, 0, 0));
+    int sent = 0;
+    while (vor_ipc_send(client, manager_sap, 1, &message.ref, 0, 0) == 0) {
+        sent++;
+    }
+    setitimer(ITIMER_REAL, &never, nullptr);
+    sigaction(SIGALRM, &before, nullptr);
+    EXPECT_GT(sent, 0);
+
+    const VORINFRA_MESSAGE request = next(manager);
+    EXPECT_EQ(1, request.answer_wanted);
+    while (vorinfra_answer(manager, &request, 1, nullptr, 0) == 0) {}
+    VORINFRA_MESSAGE stray = next(manager); // a one-way message, then an answer that nobody awaits
+    errors_of([&] { EXPECT_EQ(-1, vorinfra_answer(manager, &stray, 1, nullptr, 0)); });
+    EXPECT_TRUE(contains(errors_of([&] { EXPECT_EQ(-1, vorinfra_receive(client, &stray)); }), "nobody awaits"));
+}
+
+} // namespace

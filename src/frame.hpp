@@ -185,16 +185,39 @@ struct Described {
 };
 static_assert(offsetof(Described<1>, elements) == sizeof(Description));
 
+// A message fits its frame: the option byte has a place and a place has its
+// option, and a record holds fields where a chain holds elements.
+template <Frame frame, bool record, class... Parts>
+consteval bool fits()
+{
+    constexpr bool has_place = (frame & (option_byte | flag_byte)) != 0;
+    constexpr bool has_option = (std::is_same_v<Parts, Option> || ...);
+    bool fields_only = true;
+    bool elements_only = true;
+    auto look = [&]<class P>(std::type_identity<P>) {
+        if constexpr (!std::is_same_v<P, Option>) {
+            (P::kind < Kind::field8 ? fields_only : elements_only) = false;
+        }
+    };
+    (look(std::type_identity<Parts>{}), ...);
+    return has_place == has_option && (record ? fields_only : elements_only);
+}
+
+// `static`, not `inline`: a weak constant would be reached through the GOT on ARM.
 template <Frame frame, vor_uint32 id, vor_uchar record_length, class... Parts>
-struct Message {
-    static constexpr Described<sizeof...(Parts)> description{{id, frame, record_length, sizeof...(Parts)},
-                                                             {{Parts::tag, Parts::kind}...}};
-};
+static constexpr Described<sizeof...(Parts)> elements{{id, frame, record_length, sizeof...(Parts)},
+                                                      {{Parts::tag, Parts::kind}...}};
 
 template <Frame frame, vor_uint32 id, vor_uchar record_length, class... Parts>
-struct Message<frame, id, record_length, Option, Parts...> : Message<frame, id, record_length, Parts...> {
-    static_assert((frame & (option_byte | flag_byte)) != 0, "this frame has no place for an option");
-};
+static constexpr const auto& elements<frame, id, record_length, Option, Parts...> =
+    elements<frame, id, record_length, Parts...>;
+
+template <Frame frame, vor_uint32 id, vor_uchar record_length, class... Parts>
+constexpr const Description* describe()
+{
+    static_assert(fits<frame, record_length != 0, Parts...>());
+    return &elements<frame, id, record_length, Parts...>.head;
+}
 
 // --- The steps ------------------------------------------------------------
 
@@ -250,21 +273,20 @@ inline vor_int32 status_at(const void* payload)
 template <Frame frame, vor_uint32 id, vor_uchar record_length = 0, class... Parts>
 [[gnu::always_inline]] inline vor_int32 request(Parts... parts)
 {
-    return request_described(&Message<frame, id, record_length, Parts...>::description.head, parts.value...);
+    return request_described(describe<frame, id, record_length, Parts...>(), parts.value...);
 }
 
 template <Frame frame, vor_uint32 id, vor_uchar record_length = 0, class... Parts>
 [[gnu::always_inline]] inline vor_int32 prepare(Call& call, Parts... parts)
 {
-    return prepare_described(&call, &Message<frame, id, record_length, Parts...>::description.head, parts.value...);
+    return prepare_described(&call, describe<frame, id, record_length, Parts...>(), parts.value...);
 }
 
 // The counters of a port, in a buffer already given back; null for every failure.
 template <class Record, Frame frame, vor_uint32 id, vor_uchar record_length, class... Parts>
 [[gnu::always_inline]] inline Record* statistics(Parts... parts)
 {
-    return static_cast<Record*>(
-        statistics_described(&Message<frame, id, record_length, Parts...>::description.head, parts.value...));
+    return static_cast<Record*>(statistics_described(describe<frame, id, record_length, Parts...>(), parts.value...));
 }
 
 #pragma GCC visibility pop

@@ -15,11 +15,10 @@ struct Literal {
     vor_int32 counted;
 };
 
-constexpr vor_uchar set_op = 1;
-constexpr vor_uchar check_op = 2;
+constexpr Literal operations[] = {{"-s", 2}, {"-c", 2}, {"-u", 2}}; // set, check, unset: ops 1 to 3
+constexpr vor_uchar first_op = 1;
 constexpr vor_uchar unset_op = 3;
 
-constexpr Literal operations[] = {{"-s", 2}, {"-c", 2}, {"-u", 2}}; // by op, from 1
 constexpr Literal line_opens = {" -l \"", 6};
 constexpr Literal pattern_follows_line = {"\" -r \"", 8};
 constexpr Literal pattern_opens = {" -r \"", 6};
@@ -265,11 +264,11 @@ vor_int32 vor_cfg_proto_cleanup(VOR_CFG_PROTO* handle)
 
 vor_char* vor_cfg_proto_get_command(VOR_CFG_PROTO* handle, vor_int32* length)
 {
-    if (handle == nullptr || length == nullptr || handle->op < set_op || handle->op > unset_op) {
+    if (handle == nullptr || length == nullptr || handle->op < first_op || handle->op > unset_op) {
         return nullptr;
     }
     Command command{};
-    command.add(operations[handle->op - 1]);
+    command.add(operations[handle->op - first_op]);
     bool whole = add_subject(command, *handle);
     if (whole) {
         if (handle->priority != nullptr) {

@@ -1,0 +1,53 @@
+# Sourced: installs what a bare Debian lacks, and touches no network when nothing is missing.
+
+# What is needed, and what tells that it is there: a command or a file.
+build_packages="cmake:cmake ninja-build:ninja g++:g++ nlohmann-json3-dev:/usr/include/nlohmann/json.hpp
+libgtest-dev:/usr/include/gtest/gtest.h"
+arm_packages="g++-arm-linux-gnueabihf:arm-linux-gnueabihf-g++ qemu-user:qemu-arm
+googletest:/usr/src/googletest/CMakeLists.txt"
+
+is_there() { # probe
+    case $1 in
+    /*) test -e "$1" ;;
+    *) command -v "$1" >/dev/null 2>&1 ;;
+    esac
+}
+
+missing_of() { # package:probe...
+    for entry in "$@"; do
+        is_there "${entry#*:}" || printf '%s ' "${entry%%:*}"
+    done
+}
+
+as_root() {
+    if [ "$(id -u)" = 0 ]; then
+        "$@"
+    elif command -v sudo >/dev/null 2>&1; then
+        sudo "$@"
+    else
+        echo "neither root nor sudo: cannot run $*" >&2
+        return 1
+    fi
+}
+
+# Installs what is missing of the packages; names what could not be had and fails then.
+ensure_packages() { # package:probe...
+    missing=$(missing_of "$@")
+    [ -n "$missing" ] || return 0
+    echo "installing: $missing"
+    install_log=$(mktemp)
+    {
+        as_root apt-get update
+        # one by one, so that one that cannot be had does not keep the others away
+        for package in $missing; do
+            as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$package"
+        done
+    } >"$install_log" 2>&1 </dev/null || true
+    missing=$(missing_of "$@")
+    if [ -n "$missing" ]; then
+        tail -n 5 "$install_log" >&2
+        echo "could not be installed: $missing" >&2
+    fi
+    rm -f "$install_log"
+    [ -z "$missing" ]
+}

@@ -1,0 +1,205 @@
+#include "processes.hpp"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <fstream>
+#include <poll.h>
+#include <spawn.h>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <system_error>
+#include <unistd.h>
+
+extern char** environ;
+
+namespace processes {
+
+namespace {
+
+constexpr int patience_ms = 20'000; // an emulator on a busy machine is slow, never this slow
+
+[[noreturn]] void fail(const std::string& what)
+{
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+int exit_code(pid_t pid)
+{
+    int status = 0;
+    while (waitpid(pid, &status, 0) == -1) {
+        if (errno != EINTR) {
+            fail("waitpid");
+        }
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+// Starts a program with standard output and error in one pipe and no input.
+pid_t start(const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
+            const std::filesystem::path& directory, int& output)
+{
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) == -1) {
+        fail("pipe");
+    }
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, ends[1], STDERR_FILENO);
+    posix_spawn_file_actions_addchdir_np(&actions, directory.c_str());
+    std::vector<char*> argument_pointers;
+    for (const std::string& argument : arguments) {
+        argument_pointers.push_back(const_cast<char*>(argument.c_str()));
+    }
+    argument_pointers.push_back(nullptr);
+    std::vector<char*> environment_pointers;
+    for (const std::string& variable : environment) {
+        environment_pointers.push_back(const_cast<char*>(variable.c_str()));
+    }
+    environment_pointers.push_back(nullptr);
+    pid_t pid = -1;
+    const int error = posix_spawn(&pid, arguments[0].c_str(), &actions, nullptr, argument_pointers.data(),
+                                  environment_pointers.data());
+    posix_spawn_file_actions_destroy(&actions);
+    close(ends[1]);
+    if (error != 0) {
+        close(ends[0]);
+        errno = error;
+        fail(arguments[0]);
+    }
+    output = ends[0];
+    return pid;
+}
+
+// More of what a process prints; false at its end or when patience is over.
+bool read_more(int output, std::string& text)
+{
+    pollfd waiting{output, POLLIN, 0};
+    while (true) {
+        const int ready = poll(&waiting, 1, patience_ms);
+        if (ready == -1 && errno == EINTR) {
+            continue;
+        }
+        if (ready <= 0) {
+            return false;
+        }
+        std::array<char, 4096> piece{};
+        const ssize_t size = read(output, piece.data(), piece.size());
+        if (size == -1 && errno == EINTR) {
+            continue;
+        }
+        if (size <= 0) {
+            return false;
+        }
+        text.append(piece.data(), static_cast<std::size_t>(size));
+        return true;
+    }
+}
+
+} // namespace
+
+TemporaryDirectory::TemporaryDirectory()
+{
+    std::string name = (std::filesystem::temp_directory_path() / "vor-test-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr) {
+        fail(name);
+    }
+    path_ = name;
+}
+
+TemporaryDirectory::~TemporaryDirectory()
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+}
+
+Workplace::Workplace()
+{
+    namespace fs = std::filesystem;
+    fs::create_directories(path() / "bin");
+    fs::create_directories(path() / "root/tmp");
+    for (const char* tool : {"vorcfg", "vorsim"}) {
+        const fs::path script = path() / "bin" / tool;
+        std::ofstream(script) << "#!/bin/sh\nexec " VOR_EMULATOR " " VOR_BUILD_DIR "/" << tool << " \"$@\"\n";
+        fs::permissions(script, fs::perms::owner_all);
+    }
+    fs::copy(VOR_SOURCE_DIR "/examples", path() / "examples", fs::copy_options::recursive);
+}
+
+std::vector<std::string> Workplace::environment() const
+{
+    std::vector<std::string> variables;
+    for (char** variable = environ; *variable != nullptr; ++variable) {
+        const std::string text = *variable;
+        if (text.rfind("VORINFRA_", 0) != 0 && text.rfind("PATH=", 0) != 0) {
+            variables.push_back(text);
+        }
+    }
+    const char* const search = std::getenv("PATH");
+    variables.push_back("PATH=" + (path() / "bin").string() + ":" + (search != nullptr ? search : "/usr/bin:/bin"));
+    variables.push_back("VORINFRA_DIR=" + (path() / "run").string());
+    variables.push_back("VORINFRA_ROOT=" + (path() / "root").string());
+    return variables;
+}
+
+Output Workplace::run(const std::string& command) const
+{
+    int output = -1;
+    const pid_t pid = start({"/bin/sh", "-c", command}, environment(), path(), output);
+    Output result{};
+    while (read_more(output, result.text)) {}
+    close(output);
+    result.exit_code = exit_code(pid);
+    return result;
+}
+
+Gateway::Gateway(const Workplace& workplace, const std::vector<std::string>& options)
+{
+    std::vector<std::string> arguments{(workplace.path() / "bin/vorsim").string()};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    pid_ = start(arguments, workplace.environment(), workplace.path(), output_);
+    const std::string line = next_line();
+    if (line.rfind("vorsim: ready", 0) != 0) {
+        stop(SIGKILL);
+        throw std::runtime_error("vorsim did not become ready: " + line);
+    }
+}
+
+Gateway::~Gateway()
+{
+    stop(SIGTERM);
+    if (output_ != -1) {
+        close(output_);
+    }
+}
+
+std::string Gateway::next_line()
+{
+    std::size_t end = pending_.find('\n');
+    while (end == std::string::npos) {
+        if (!read_more(output_, pending_)) {
+            return {};
+        }
+        end = pending_.find('\n');
+    }
+    std::string line = pending_.substr(0, end);
+    pending_.erase(0, end + 1);
+    return line;
+}
+
+int Gateway::stop(int signal_number)
+{
+    if (pid_ == -1) {
+        return 0;
+    }
+    kill(pid_, signal_number);
+    const int code = exit_code(pid_);
+    pid_ = -1;
+    return code;
+}
+
+} // namespace processes

@@ -1,0 +1,67 @@
+// Starts the tools of the build under test, in a directory of their own.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace processes {
+
+// A directory that is gone when the test is.
+class TemporaryDirectory {
+public:
+    TemporaryDirectory();
+    ~TemporaryDirectory();
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+
+private:
+    std::filesystem::path path_;
+};
+
+struct Output {
+    std::string text; // standard output and standard error, as a terminal shows them
+    int exit_code;    // 128 + n for signal n
+};
+
+// A place where `vorcfg` and `vorsim` can be called by name, with a platform
+// directory of its own; commands run in a copy of nothing but the examples.
+class Workplace {
+public:
+    Workplace();
+
+    const std::filesystem::path& path() const { return directory_.path(); }
+
+    // Runs a line as the shell would.
+    Output run(const std::string& command) const;
+
+    // The environment of everything started here.
+    std::vector<std::string> environment() const;
+
+private:
+    TemporaryDirectory directory_;
+};
+
+// A running vorsim; stopped by SIGTERM when it goes out of scope.
+class Gateway {
+public:
+    Gateway(const Workplace& workplace, const std::vector<std::string>& options);
+    ~Gateway();
+    Gateway(const Gateway&) = delete;
+    Gateway& operator=(const Gateway&) = delete;
+
+    // The next line it prints, without its end; empty when it says nothing more in time.
+    std::string next_line();
+    // Ends it by the signal; its exit code.
+    int stop(int signal_number);
+
+private:
+    pid_t pid_ = -1;
+    int output_ = -1;
+    std::string pending_;
+};
+
+} // namespace processes

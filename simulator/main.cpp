@@ -1,0 +1,48 @@
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <vector>
+
+#include <vorinfra_manager.h>
+
+#include "control.hpp"
+#include "options.hpp"
+#include "server.hpp"
+
+namespace {
+
+int show(const vorsim::Options& options)
+{
+    const char* const directory = vorinfra_directory();
+    if (directory == nullptr) {
+        throw vorsim::UsageError("the platform directory cannot be used");
+    }
+    const std::string answer = vorsim::ask_running(directory, options.json ? "show json" : "show");
+    const bool printed = std::fputs(answer.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
+    return printed ? 0 : 1;
+}
+
+int run(const std::vector<std::string>& arguments)
+{
+    const vorsim::Options options = vorsim::read_options(arguments);
+    if (options.help) {
+        std::fputs(vorsim::help_text, stdout);
+        return 0;
+    }
+    return options.show ? show(options) : vorsim::Server(options).run();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        return run({argv + 1, argv + argc});
+    } catch (const vorsim::UsageError& error) {
+        std::fprintf(stderr, "vorsim: %s (vorsim --help tells the options)\n", error.what());
+        return 2;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "vorsim: %s\n", error.what());
+        return 1;
+    }
+}

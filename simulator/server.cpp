@@ -1,0 +1,202 @@
+#include "server.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+namespace vorsim {
+namespace {
+
+constexpr char konfd_socket[] = "/tmp/konfd.socket";
+constexpr int messages_in_turn = 64;
+
+std::string usable_directory()
+{
+    const char* const directory = vorinfra_directory();
+    if (directory == nullptr) {
+        throw UsageError("the platform directory cannot be used");
+    }
+    return directory;
+}
+
+/* SIGTERM and SIGINT as readable events. */
+Descriptor stop_signals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGINT);
+    sigprocmask(SIG_BLOCK, &signals, nullptr);
+    return Descriptor(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+}
+
+} // namespace
+
+Server::Server(const Options& options)
+    : options_(options), directory_(usable_directory()),
+      gateway_({.seed = options.seed, .show_secrets = options.show_secrets}), konfd_(options.show_secrets),
+      journal_(options.journal_file ? Journal(*options.journal_file) : Journal()), signals_(stop_signals())
+{
+    std::signal(SIGPIPE, SIG_IGN);
+    if (options_.state_file) {
+        write_state(); // what cannot be written is better known now
+    }
+    try {
+        control_ = std::make_unique<Control>(loop_, control_path(directory_),
+                                             [this](std::string_view request) { return show(request); });
+    } catch (const InUse&) {
+        throw std::runtime_error("another vorsim runs in " + directory_);
+    }
+    std::vector<std::uint16_t> saps = options_.more_saps;
+    for (const Manager& manager : managers()) {
+        saps.push_back(manager.sap);
+    }
+    std::ranges::sort(saps);
+    saps.erase(std::ranges::unique(saps).begin(), saps.end());
+    for (const std::uint16_t sap : saps) {
+        bind_manager(sap);
+    }
+    bind_konfd();
+    loop_.watch(signals_.get(), [this] { loop_.stop(); });
+}
+
+void Server::bind_manager(std::uint16_t sap)
+{
+    Endpoint endpoint(vor_ipc_bind(sap, 0));
+    if (endpoint == nullptr) {
+        throw std::runtime_error("cannot serve SAP " + std::to_string(sap) + " in " + directory_);
+    }
+    VOR_IPC_HANDLE* const handle = endpoint.get();
+    loop_.watch(vorinfra_descriptor(handle), [this, handle] { receive(handle); });
+    endpoints_.push_back(std::move(endpoint));
+}
+
+void Server::bind_konfd()
+{
+    std::array<char, 4096> path{};
+    if (vorinfra_rooted_path(konfd_socket, path.data(), path.size()) != 0) {
+        throw UsageError("konfd's socket path cannot be used");
+    }
+    const bool rooted = std::strcmp(path.data(), konfd_socket) != 0;
+    try {
+        if (rooted) {
+            std::filesystem::create_directories(std::filesystem::path(path.data()).parent_path());
+        }
+        konfd_server_ = std::make_unique<KonfdServer>(
+            loop_, konfd_, path.data(), [this](const konfd::Verdict& verdict) { print(verdict.line, verdict.record); });
+    } catch (const std::exception& error) {
+        if (rooted) {
+            throw;
+        }
+        /* The real path may be a real konfd's. */
+        std::fprintf(stderr, "vorsim: konfd is not served: %s (VORINFRA_ROOT gives it a place of its own)\n",
+                     error.what());
+        return;
+    }
+    loop_.set_clock([this] { return konfd_server_->deadline(); }, [this] { konfd_server_->keep_time(); });
+}
+
+void Server::receive(VOR_IPC_HANDLE* endpoint)
+{
+    VORINFRA_MESSAGE message;
+    for (int turn = 0; turn < messages_in_turn; ++turn) {
+        const int received = vorinfra_receive(endpoint, &message);
+        if (received == 0) {
+            return;
+        }
+        if (received > 0) {
+            deliver(endpoint, message,
+                    gateway_.handle({.sap = endpoint->sap_id,
+                                     .source = message.source,
+                                     .id = message.id,
+                                     .answer_wanted = message.answer_wanted != 0,
+                                     .meta_data = {message.meta_data, message.meta_data_size},
+                                     .payload = {message.payload, message.payload_size}}));
+        }
+    }
+}
+
+void Server::deliver(VOR_IPC_HANDLE* endpoint, const VORINFRA_MESSAGE& message, Outcome outcome)
+{
+    if (outcome.answered && vorinfra_answer(endpoint, &message, outcome.answer_id, outcome.answer.data(),
+                                            static_cast<vor_uint16>(outcome.answer.size())) != 0) {
+        outcome.line += " (the asker is gone)";
+        outcome.record["delivered"] = false;
+    }
+    print(outcome.line, outcome.record);
+}
+
+void Server::print(const std::string& line, const Json& record)
+{
+    std::puts(line.c_str());
+    std::fflush(stdout);
+    journal_.write(record);
+}
+
+std::string Server::text() const
+{
+    const std::string konfd = konfd_.text();
+    std::string text = "vorsim: " + std::to_string(gateway_.messages()) + " messages, " +
+                       std::to_string(gateway_.complaints()) + " complaints\n" + gateway_.state().text();
+    if (!konfd.empty()) {
+        text += "konfd\n";
+        for (std::size_t begin = 0; begin < konfd.size();) {
+            const std::size_t end = konfd.find('\n', begin) + 1;
+            text += "  " + konfd.substr(begin, end - begin);
+            begin = end;
+        }
+    }
+    return text;
+}
+
+Json Server::json() const
+{
+    return {{"schema", 1},
+            {"messages", gateway_.messages()},
+            {"complaints", gateway_.complaints()},
+            {"managers", gateway_.state().json()},
+            {"konfd", konfd_.json()}};
+}
+
+std::string Server::show(std::string_view request) const
+{
+    return request == "show" ? text() : request == "show json" ? dump(json(), 2) + "\n" : "unknown request\n";
+}
+
+/* Never a half-written file under the name. */
+void Server::write_state() const
+{
+    const std::string path = *options_.state_file;
+    const std::string unfinished = path + ".part";
+    std::ofstream file(unfinished, std::ios::trunc);
+    file << dump(json(), 2) << "\n";
+    file.close();
+    if (!file || std::rename(unfinished.c_str(), path.c_str()) != 0) {
+        throw std::runtime_error("cannot write the state " + path + ": " + std::strerror(errno));
+    }
+}
+
+int Server::run()
+{
+    std::printf("vorsim: ready, %zu managers%s in %s\n", endpoints_.size(),
+                konfd_server_ != nullptr ? " and konfd" : ", no konfd,", directory_.c_str());
+    std::fflush(stdout);
+    loop_.run();
+    if (options_.state_file) {
+        write_state();
+    }
+    if (journal_.failed()) {
+        return 1;
+    }
+    return options_.strict && gateway_.complaints() > 0 ? 3 : 0;
+}
+
+} // namespace vorsim

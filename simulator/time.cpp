@@ -1,0 +1,18 @@
+#include "families.hpp"
+
+namespace vorsim {
+namespace {
+
+constexpr Field option = int16(4, "option");
+
+constexpr Call calls[] = {
+    {asks(22, 0x16001), "vor_set_ntp_server", "server {server_name}",
+     chain(text(1, "server_name"), uint32(2, "port_no"), option)},
+    {asks(22, 0x16002), "vor_set_timezone_string", "clock", chain(uint32(3, "time_zone_index"), option)},
+};
+
+} // namespace
+
+const Family time{"time", calls};
+
+} // namespace vorsim

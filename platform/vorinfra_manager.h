@@ -17,7 +17,12 @@ extern "C" {
 #define VORINFRA_DATA_MAX 4096 /* meta-data and payload of one message, together */
 
 /* How an element's value is to be read. */
-typedef enum vorinfra_kind { VORINFRA_INT16 = 1, VORINFRA_INT32 = 2, VORINFRA_STRING = 3, VORINFRA_RAW = 4 } vorinfra_kind;
+typedef enum vorinfra_kind {
+    VORINFRA_INT16 = 1,
+    VORINFRA_INT32 = 2,
+    VORINFRA_STRING = 3,
+    VORINFRA_RAW = 4
+} vorinfra_kind;
 
 /* One received message. Everything points into the message itself. */
 typedef struct vorinfra_message {

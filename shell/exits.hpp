@@ -1,0 +1,20 @@
+// exits.hpp: the exit codes, the shell's contract with scripts.
+#pragma once
+
+namespace vorcfg {
+
+enum ExitCode : int {
+    exit_ok = 0,            // accepted, sent one-way, or done without a message
+    exit_refused = 1,       // the manager refused
+    exit_usage = 2,         // bad usage, a bad argument or a bad batch file
+    exit_not_delivered = 3, // the platform refused the exchange or the send
+    exit_not_sent = 4,      // the call sent nothing
+    exit_unread = 5,        // delivered, the verdict cannot be read
+    exit_unknown = 6,       // no answer in time
+    exit_unusable = 7,      // no endpoint: the platform cannot be used
+    exit_no_input = 8,      // a file, a secret or a terminal cannot be read
+    exit_contradiction = 9, // the call's code contradicts what was seen
+    exit_no_output = 10,    // standard output cannot be written
+};
+
+} // namespace vorcfg

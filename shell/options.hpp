@@ -1,0 +1,39 @@
+// options.hpp: the command line, taken apart.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "secrets.hpp"
+
+namespace vorcfg {
+
+struct Options {
+    bool help = false;
+    bool version = false;
+    bool json = false;
+    bool trace = false;
+    bool dry_run = false;
+    bool yes = false;
+    bool keep_going = false;
+    std::optional<std::uint16_t> sap;
+    std::optional<Token> password; // --password-file, --password-stdin: in place of the secret argument
+    std::vector<Token> words;
+};
+
+struct OptionRow {
+    std::string_view name;
+    std::string_view value; // what follows it, if anything does
+    std::string_view about;
+};
+
+std::span<const OptionRow> option_rows();
+
+// Options stand anywhere before a `--`. `konfd query` has more of its own,
+// which are left among the words.
+Options options_of(std::span<char* const> arguments);
+
+} // namespace vorcfg

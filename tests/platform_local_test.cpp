@@ -1,5 +1,6 @@
 // What the development platform does inside one process: buffers, timers, log,
 // and the sockets to other daemons.
+#include <algorithm>
 #include <cstring>
 #include <future>
 #include <vector>
@@ -31,11 +32,13 @@ TEST_F(PlatformTest, LongestFreeBufferIsTakenFirst)
     taken.emplace_back();
     vor_ipc_get_buffer(&taken.back());
     EXPECT_EQ(order[1], taken.back().data_ptr);
-    for (int i = 0; i < 100; i++) { // grows
+    while (taken.size() < 40) { // more than the pool begins with
         taken.emplace_back();
         EXPECT_EQ(0, vor_ipc_get_buffer(&taken.back()));
     }
-    EXPECT_EQ(0xa5, *static_cast<vor_uchar*>(vor_ipc_get_payload_ptr(&taken.back(), 4095)));
+    EXPECT_TRUE(std::any_of(taken.begin(), taken.end(), [](VOR_IPC_MSG_REF& message) {
+        return *static_cast<vor_uchar*>(vor_ipc_get_payload_ptr(&message, 4095)) == 0xa5; // nobody wrote that far
+    }));
     EXPECT_EQ(taken.size(), vorinfra_buffers_taken());
     for (auto& message : taken) {
         vor_ipc_drop_msg_buf(&message);

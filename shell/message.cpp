@@ -1,4 +1,5 @@
 // Messages in words.
+#include <algorithm>
 #include <arpa/inet.h>
 #include <cstddef>
 #include <cstring>
@@ -207,7 +208,7 @@ static std::string in_hex(std::string_view bytes)
     return text;
 }
 
-static std::string record_text(const Message& message)
+static std::string record_text(const Message& message, std::span<const Value> values)
 {
     std::span<const RecordField> fields;
     bool known = message.sap == 2 && message.id == log_file_id && message.record.size() == sizeof(LOG_UPLOAD_FILE_INFO);
@@ -221,7 +222,10 @@ static std::string record_text(const Message& message)
         }
     }
     if (!known) {
-        return " | " + std::to_string(message.record.size()) + " bytes " + in_hex(message.record);
+        const bool holds_secret =
+            std::any_of(values.begin(), values.end(), [](const Value& each) { return each.secret; });
+        return " | " + std::to_string(message.record.size()) + " bytes " +
+               (holds_secret ? std::string(mask) : in_hex(message.record));
     }
     std::string text;
     for (const RecordField& field : fields) {
@@ -298,7 +302,7 @@ std::string described(const Message& message, std::span<const Value> values)
         text += element_text(element, values);
     }
     if (!message.record.empty()) {
-        text += record_text(message);
+        text += record_text(message, values);
     } else if (message.elements.empty()) {
         text += " | empty";
     }

@@ -33,6 +33,25 @@ static auto* platform()
     return found;
 }
 
+static int depth; // how many of the platform's own operations are under way
+
+// Passes an operation on. What the platform's operations call of each other
+// comes by here as well and is none of the library's doing.
+template <auto Operation, class... Arguments>
+static auto pass(Arguments... arguments)
+{
+    struct Depth {
+        Depth() { depth++; }
+        ~Depth() { depth--; }
+    } const deeper;
+    return platform<Operation>()(arguments...);
+}
+
+static bool watching()
+{
+    return watch != nullptr && depth == 0;
+}
+
 // What is known of a message while the library still builds it.
 struct Draft {
     const void* message = nullptr; // its data_ptr
@@ -50,7 +69,7 @@ static std::vector<Draft> drafts;
 static Chain chain_built; // the library builds one at a time
 
 struct Boundary {
-    static bool captures() { return watch != nullptr && watch->settings.capture; }
+    static bool captures() { return watching() && watch->settings.capture; }
 
     static Draft& draft_of(const VOR_IPC_MSG_REF* message)
     {
@@ -74,7 +93,7 @@ struct Boundary {
 
     static void add(const TLV_CHAIN* chain, Element element)
     {
-        if (watch != nullptr && chain == chain_built.chain) {
+        if (watching() && chain == chain_built.chain) {
             chain_built.elements.push_back(std::move(element));
         }
     }
@@ -122,7 +141,7 @@ struct Boundary {
         VOR_IPC_MSG_HDR header;
         std::memcpy(&header, response->data_ptr, sizeof header);
         message.answer_id = header.opcode;
-        const void* const payload = platform<vor_ipc_get_payload_ptr>()(response, 0);
+        const void* const payload = pass<vor_ipc_get_payload_ptr>(response, vor_uint16(0));
         if (payload == nullptr || header.payload_sz < sizeof(vor_int32)) {
             tell("< 0x%x, no status\n", unsigned(header.opcode));
             return;
@@ -177,49 +196,58 @@ using namespace vorcfg;
 
 vor_int32 vor_tlv_chain_init(TLV_CHAIN* chain)
 {
-    chain_built = {chain, nullptr, {}};
-    return platform<vor_tlv_chain_init>()(chain);
+    if (watching()) {
+        chain_built = {chain, nullptr, {}};
+    }
+    return pass<vor_tlv_chain_init>(chain);
 }
 
 vor_int32 vor_tlv_chain_add_str(TLV_CHAIN* chain, vor_uint16 tag, char* string)
 {
-    Boundary::add(chain, {tag, ElementKind::text, 0, string != nullptr ? string : "",
-                          watch != nullptr && Boundary::is_secret(string)});
-    return platform<vor_tlv_chain_add_str>()(chain, tag, string);
+    Boundary::add(
+        chain, {tag, ElementKind::text, 0, string != nullptr ? string : "", watching() && Boundary::is_secret(string)});
+    return pass<vor_tlv_chain_add_str>(chain, tag, string);
 }
 
 vor_int32 vor_tlv_chain_add_vor_int16(TLV_CHAIN* chain, vor_uint16 tag, vor_int16 value)
 {
     Boundary::add(chain, {tag, ElementKind::int16, value, {}, false});
-    return platform<vor_tlv_chain_add_vor_int16>()(chain, tag, value);
+    return pass<vor_tlv_chain_add_vor_int16>(chain, tag, value);
 }
 
 vor_int32 vor_tlv_chain_add_vor_int32(TLV_CHAIN* chain, vor_uint16 tag, vor_int32 value)
 {
     Boundary::add(chain, {tag, ElementKind::int32, value, {}, false});
-    return platform<vor_tlv_chain_add_vor_int32>()(chain, tag, value);
+    return pass<vor_tlv_chain_add_vor_int32>(chain, tag, value);
 }
 
 vor_int32 vor_tlv_chain_add_raw(TLV_CHAIN* chain, vor_uint16 tag, vor_uint16 length, unsigned char* bytes)
 {
     Boundary::add(chain, {tag, ElementKind::raw, 0, std::string(reinterpret_cast<char*>(bytes), length), false});
-    return platform<vor_tlv_chain_add_raw>()(chain, tag, length, bytes);
+    return pass<vor_tlv_chain_add_raw>(chain, tag, length, bytes);
 }
 
 vor_int32 vor_tlv_chain_serialize(TLV_CHAIN* chain, unsigned char* destination, vor_int32* size)
 {
-    chain_built.destination = destination;
+    if (watching() && chain == chain_built.chain) {
+        chain_built.destination = destination;
+    }
     if (Boundary::captures()) {
         *size = 0; // the form on the wire is the platform's
         return 0;
     }
-    return platform<vor_tlv_chain_serialize>()(chain, destination, size);
+    return pass<vor_tlv_chain_serialize>(chain, destination, size);
+}
+
+vor_int32 vor_tlv_chain_free(TLV_CHAIN* chain, vor_uchar flag)
+{
+    return pass<vor_tlv_chain_free>(chain, flag);
 }
 
 VOR_IPC_HANDLE* vor_ipc_bind(vor_uint16 sap, vor_uint16 bind_option)
 {
     if (!Boundary::captures()) {
-        return platform<vor_ipc_bind>()(sap, bind_option);
+        return pass<vor_ipc_bind>(sap, bind_option);
     }
     captured_handle = {sap, bind_option, nullptr};
     return &captured_handle;
@@ -227,13 +255,13 @@ VOR_IPC_HANDLE* vor_ipc_bind(vor_uint16 sap, vor_uint16 bind_option)
 
 vor_bool vor_ipc_unbind(VOR_IPC_HANDLE* handle)
 {
-    return handle == &captured_handle ? vor_bool(1) : platform<vor_ipc_unbind>()(handle);
+    return handle == &captured_handle ? vor_bool(1) : pass<vor_ipc_unbind>(handle);
 }
 
 vor_int32 vor_ipc_get_buffer(VOR_IPC_MSG_REF* message)
 {
     if (!Boundary::captures()) {
-        return platform<vor_ipc_get_buffer>()(message);
+        return pass<vor_ipc_get_buffer>(message);
     }
     *message = {captured.emplace_back(std::make_unique<Buffer>())->data(), sizeof(Buffer), 0, 0};
     return 0;
@@ -242,8 +270,8 @@ vor_int32 vor_ipc_get_buffer(VOR_IPC_MSG_REF* message)
 void* vor_ipc_get_meta_data_ptr(VOR_IPC_MSG_REF* message)
 {
     void* const found = Boundary::captures() ? static_cast<vor_uchar*>(message->data_ptr) + header_size
-                                             : platform<vor_ipc_get_meta_data_ptr>()(message);
-    if (watch != nullptr) {
+                                             : pass<vor_ipc_get_meta_data_ptr>(message);
+    if (watching()) {
         Boundary::draft_of(message).meta_data = static_cast<vor_uchar*>(found);
     }
     return found;
@@ -252,8 +280,8 @@ void* vor_ipc_get_meta_data_ptr(VOR_IPC_MSG_REF* message)
 void* vor_ipc_get_payload_ptr(VOR_IPC_MSG_REF* message, vor_uint16 offset)
 {
     void* const found = Boundary::captures() ? static_cast<vor_uchar*>(message->data_ptr) + header_size + offset
-                                             : platform<vor_ipc_get_payload_ptr>()(message, offset);
-    if (watch != nullptr) {
+                                             : pass<vor_ipc_get_payload_ptr>(message, offset);
+    if (watching()) {
         Draft& draft = Boundary::draft_of(message);
         if (draft.payload == nullptr) { // a second pointer looks further into the same payload
             draft.payload = static_cast<vor_uchar*>(found);
@@ -264,9 +292,11 @@ void* vor_ipc_get_payload_ptr(VOR_IPC_MSG_REF* message, vor_uint16 offset)
 
 void vor_ipc_drop_msg_buf(VOR_IPC_MSG_REF* message)
 {
-    std::erase_if(drafts, [&](const Draft& draft) { return draft.message == message->data_ptr; });
+    if (watching()) {
+        std::erase_if(drafts, [&](const Draft& draft) { return draft.message == message->data_ptr; });
+    }
     if (!Boundary::captures()) {
-        platform<vor_ipc_drop_msg_buf>()(message);
+        pass<vor_ipc_drop_msg_buf>(message);
     }
 }
 
@@ -274,8 +304,8 @@ vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_u
                                    VOR_IPC_MSG_REF* request, VOR_IPC_MSG_REF* response, vor_uint16 payload_length,
                                    vor_uint16 zero)
 {
-    if (watch == nullptr) {
-        return platform<vor_ipc_request_response>()(handle, sap, message_id, request, response, payload_length, zero);
+    if (!watching()) {
+        return pass<vor_ipc_request_response>(handle, sap, message_id, request, response, payload_length, zero);
     }
     Message& message = Boundary::begin(Way::request, sap, message_id, request, payload_length);
     if (Boundary::captures()) {
@@ -285,7 +315,7 @@ vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_u
     errno = 0;
     const auto start = Clock::now();
     const vor_int32 result =
-        platform<vor_ipc_request_response>()(handle, sap, message_id, request, response, payload_length, zero);
+        pass<vor_ipc_request_response>(handle, sap, message_id, request, response, payload_length, zero);
     message.delivered = result == 0;
     if (message.delivered) {
         Boundary::answered(message, response);
@@ -299,12 +329,12 @@ vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_u
 vor_int32 vor_ipc_send(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 message_id, VOR_IPC_MSG_REF* message,
                        vor_uint16 payload_length, vor_uint16 zero)
 {
-    if (watch == nullptr) {
-        return platform<vor_ipc_send>()(handle, sap, message_id, message, payload_length, zero);
+    if (!watching()) {
+        return pass<vor_ipc_send>(handle, sap, message_id, message, payload_length, zero);
     }
     Message& sent = Boundary::begin(Way::one_way, sap, message_id, message, payload_length);
     const vor_int32 result =
-        Boundary::captures() ? 0 : platform<vor_ipc_send>()(handle, sap, message_id, message, payload_length, zero);
+        Boundary::captures() ? 0 : pass<vor_ipc_send>(handle, sap, message_id, message, payload_length, zero);
     sent.delivered = result == 0;
     Boundary::tell("< %s\n", sent.delivered ? "sent one-way" : "send refused");
     return result;
@@ -312,17 +342,16 @@ vor_int32 vor_ipc_send(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 messag
 
 vor_int32 vor_ipc_debug(VOR_IPC_HANDLE* handle, vor_uint16 module_number)
 {
-    if (watch != nullptr) {
+    if (watching()) {
         watch->seen.trace_switched = module_number;
     }
-    return Boundary::captures() ? 0 : platform<vor_ipc_debug>()(handle, module_number);
+    return Boundary::captures() ? 0 : pass<vor_ipc_debug>(handle, module_number);
 }
 
 void* vor_socket_create(vor_uchar domain, vor_uchar type, vor_uchar protocol)
 {
-    void* const created =
-        Boundary::captures() ? &captured_socket : platform<vor_socket_create>()(domain, type, protocol);
-    if (watch != nullptr && created == nullptr) {
+    void* const created = Boundary::captures() ? &captured_socket : pass<vor_socket_create>(domain, type, protocol);
+    if (watching() && created == nullptr) {
         watch->seen.unconnected = true;
     }
     return created;
@@ -330,8 +359,8 @@ void* vor_socket_create(vor_uchar domain, vor_uchar type, vor_uchar protocol)
 
 vor_int32 vor_socket_config_unix(void* socket, vor_char* path)
 {
-    const vor_int32 result = Boundary::captures() ? 0 : platform<vor_socket_config_unix>()(socket, path);
-    if (watch != nullptr && result == -1) {
+    const vor_int32 result = Boundary::captures() ? 0 : pass<vor_socket_config_unix>(socket, path);
+    if (watching() && result == -1) {
         watch->seen.unconnected = true;
     }
     return result;
@@ -339,8 +368,8 @@ vor_int32 vor_socket_config_unix(void* socket, vor_char* path)
 
 vor_int32 vor_socket_connect(void* socket, vor_uchar option)
 {
-    const vor_int32 result = Boundary::captures() ? 0 : platform<vor_socket_connect>()(socket, option);
-    if (watch != nullptr && result == -1) {
+    const vor_int32 result = Boundary::captures() ? 0 : pass<vor_socket_connect>(socket, option);
+    if (watching() && result == -1) {
         watch->seen.unconnected = true;
     }
     return result;
@@ -348,20 +377,20 @@ vor_int32 vor_socket_connect(void* socket, vor_uchar option)
 
 vor_int32 vor_socket_close(void* socket, vor_uchar option)
 {
-    return socket == &captured_socket ? 0 : platform<vor_socket_close>()(socket, option);
+    return socket == &captured_socket ? 0 : pass<vor_socket_close>(socket, option);
 }
 
 vor_int32 vor_send(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
 {
-    if (watch == nullptr) {
-        return platform<vor_send>()(fd, buffer, count, flags);
+    if (!watching()) {
+        return pass<vor_send>(fd, buffer, count, flags);
     }
     Message message;
     message.way = Way::konfd;
     message.counted = count > 0 ? std::size_t(count) : 0;
     message.command.assign(static_cast<char*>(buffer), strnlen(static_cast<char*>(buffer), message.counted));
     Message& sent = Boundary::push(std::move(message));
-    const vor_int32 result = Boundary::captures() ? count : platform<vor_send>()(fd, buffer, count, flags);
+    const vor_int32 result = Boundary::captures() ? count : pass<vor_send>(fd, buffer, count, flags);
     sent.delivered = result != -1;
     return result;
 }
@@ -373,8 +402,8 @@ vor_int32 vor_recv(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
         std::memcpy(buffer, agreed, sizeof agreed - 1);
         return sizeof agreed - 1;
     }
-    const vor_int32 result = platform<vor_recv>()(fd, buffer, count, flags);
-    if (watch != nullptr && result > 0 && !watch->seen.messages.empty()) {
+    const vor_int32 result = pass<vor_recv>(fd, buffer, count, flags);
+    if (watching() && result > 0 && !watch->seen.messages.empty()) {
         std::string answer(static_cast<char*>(buffer), strnlen(static_cast<char*>(buffer), std::size_t(result)));
         answer.erase(answer.find_last_not_of("\r\n") + 1);
         Boundary::tell("< konfd %s\n", answer.c_str());
@@ -385,13 +414,13 @@ vor_int32 vor_recv(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
 
 VOR_TIMER_HANDLE* vor_timer_create(vor_uint32 option, void* context, VOR_TIMER_CALLBACK callback)
 {
-    return Boundary::captures() ? &captured_timer : platform<vor_timer_create>()(option, context, callback);
+    return Boundary::captures() ? &captured_timer : pass<vor_timer_create>(option, context, callback);
 }
 
 vor_int32 vor_timer_start(VOR_TIMER_HANDLE* timer, vor_uint32 milliseconds, vor_uint32 option)
 {
-    if (watch != nullptr) {
+    if (watching()) {
         watch->seen.timer = milliseconds;
     }
-    return timer == &captured_timer ? 0 : platform<vor_timer_start>()(timer, milliseconds, option);
+    return timer == &captured_timer ? 0 : pass<vor_timer_start>(timer, milliseconds, option);
 }

@@ -14,8 +14,8 @@ struct Incoming {
     std::uint16_t source{};
     std::uint32_t id{};
     bool answer_wanted{};
-    std::span<const std::uint8_t> meta_data;
-    std::span<const std::uint8_t> payload;
+    std::span<const std::uint8_t> meta_data{};
+    std::span<const std::uint8_t> payload{};
 };
 
 /* The statuses a complaint is answered with. */

@@ -9,6 +9,7 @@ namespace vorsim::konfd {
 namespace {
 
 constexpr std::size_t deepest_path = 16;
+constexpr std::size_t longest_word = 1024; // matching a pattern takes the square of a line's length
 constexpr std::string_view operations = "scud";
 constexpr std::string_view options = "scudlrp";
 
@@ -69,6 +70,9 @@ private:
         }
         token.text = burst_.substr(begin, end - begin);
         at_ = token.quoted ? end + 1 : begin + token.text.size();
+        if (token.text.size() > longest_word) {
+            return fail("a text of more than " + std::to_string(longest_word) + " bytes" + where(token.at));
+        }
         const auto is_control = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; };
         return std::ranges::none_of(token.text, is_control) ||
                fail("a control character in the text" + where(token.at));

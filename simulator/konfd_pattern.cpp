@@ -89,7 +89,7 @@ bool bearable(const std::string& pattern)
             level.atom *= 2;
             break;
         case '{':
-            next = std::min(pattern.find('}', at), pattern.size());
+            next = std::min(pattern.find('}', at), pattern.size() - 1) + 1;
             level.atom *= 1 + repetitions(pattern, at, next);
             break;
         case '*':

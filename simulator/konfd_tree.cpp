@@ -8,7 +8,7 @@
 namespace vorsim::konfd {
 namespace {
 
-constexpr std::size_t most_bytes = 1 << 20; // lines with 64 bytes each on top
+constexpr std::size_t most_bytes = 1 << 19; // lines with 64 bytes each on top
 constexpr std::size_t bytes_of_a_line = 64;
 
 std::string shown(const std::string& line, bool show_secrets)

@@ -1,0 +1,249 @@
+// The simulator's konfd: commands, the tree they leave, and clients' streams.
+#include <gtest/gtest.h>
+
+#include "konfd_session.hpp"
+
+namespace {
+
+using namespace vorsim::konfd;
+using namespace std::chrono_literals;
+
+const std::string set_ssid = "-s -l \"ssid site4\" -r \"^ssid \" \"interface wlan0\"";
+const std::string set_password = "-s -l \"password hunter2\" -r \"^password \" \"interface wlan0\" \"ssid site4\"";
+
+TEST(Konfd, KeepsATreeInOrder)
+{
+    struct Step {
+        const char* command;
+        const char* answer;
+        const char* tree;
+    };
+    const Step steps[] = {
+        {"-s -l \"b 1\" -r \"^b \" \"x\"", "-o\n", "x\n  b 1\n"},
+        {"-s -l \"c 1\" -r \"^c \" \"x\"", "-o\n", "x\n  b 1\n  c 1\n"},
+        {"-s -l \"b 2\" -r \"^b \" \"x\"", "-o\n", "x\n  b 2\n  c 1\n"}, // in the old line's place
+        {"-s -l \"deep\" \"x\" \"b 2\"", "-o\n", "x\n  b 2\n    deep\n  c 1\n"},
+        {"-s -l \"b 2\" -r \"^[bc] \" \"x\"", "-o\n", "x\n  b 2\n    deep\n"}, // itself: keeps what is under it
+        {"-s -l \"late\" -p 9 \"x\"", "-o\n", "x\n  b 2\n    deep\n  late\n"},
+        {"-s -l \"a\" -r \"^a$\" -p 5 \"x\"", "-o\n", "x\n  b 2\n    deep\n  a\n  late\n"},
+        {"-s -l \"late\" -p 0 \"x\"", "-o\n", "x\n  b 2\n    deep\n  late\n  a\n"},
+        {"-c -l \"b 2\" -r \"^b [0-9]+$\" \"x\"", "-o\n", nullptr},
+        {"-c -l \"b 3\" -r \"^b [0-9]+$\" \"x\"", "-e\n", nullptr},
+        {"-c -r \"^deep\" \"x\" \"b 2\"", "-o\n", nullptr},
+        {"-c -r \"^deep\" \"y\"", "-e\n", nullptr},
+        {"-u -r \"^b \" \"x\"", "-o\n", "x\n  late\n  a\n"},
+        {"-u -r \"^b \" \"nowhere\"", "-o\n", "x\n  late\n  a\n"},
+        {"-d \"x\"", "-o\nlate\na\n", nullptr},
+        {"-d -s -l \"interface eth0\" -r \"interface eth1$\"", "-o\nx\n  late\n  a\ninterface eth0\n",
+         "x\n  late\n  a\ninterface eth0\n"},
+    };
+    Konfd konfd;
+    std::string tree;
+    for (const Step& step : steps) {
+        EXPECT_EQ(step.answer, konfd.execute(step.command).answer) << step.command;
+        tree = step.tree != nullptr ? step.tree : tree;
+        EXPECT_EQ(tree, konfd.text()) << step.command;
+    }
+}
+
+TEST(Konfd, RefusesWhatItCannotReadAndChangesNothing)
+{
+    const std::string long_line = "-s -l \"" + std::string(1025, 'x') + '"';
+    const std::pair<const char*, const char*> table[] = {
+        {"hello", "neither an option nor a quoted text at byte 1"},
+        {"-x", "neither an option nor a quoted text at byte 1"},
+        {"-s -l \"a", "no closing quote to the one at byte 7"},
+        {"-s -l", "nothing behind -l at byte 4"},
+        {"-s -l a", "no quoted text behind -l at byte 4"},
+        {"-s -r \"a\"", "-s without a line"},
+        {"-s -l \"\"", "-s without a line"},
+        {"-s -l \"a\" -l \"b\"", "a second -l at byte 11"},
+        {"-s -u -l \"a\"", "a second operation at byte 4"},
+        {"-u \"x\"", "-u without a line or a pattern"},
+        {"-c -p 1", "-c without a line or a pattern"},
+        {"-d -r \"a\"", "-d alone takes path words only"},
+        {"\"x\" -s -l \"a\"", "no operation (-s, -c, -u, -d) before the text at byte 1"},
+        {"-s -l \"a\" -p high", "no priority from 0 to 99999, or a second one, at byte 14"},
+        {"-s -l \"a\" \"\"", "an empty path word at byte 11"},
+        {"-s -l \"ssid a\"b\" -r \"^ssid \" \"i\"", "neither an option nor a quoted text at byte 15"},
+        {"-s -l \"a\x01\"", "a control character in the text at byte 7"},
+        {long_line.c_str(), "a text of more than 1024 bytes at byte 7"},
+        {"-s -l \"a\" -r \"(\"", "the pattern is no regular expression, or too much of one"},
+        {"-s -l \"a\" -s -l \"b", "no closing quote to the one at byte 17"}, // the first is not carried out, either
+    };
+    Konfd konfd;
+    for (const auto& [command, why] : table) {
+        const Verdict verdict = konfd.execute(command);
+        EXPECT_EQ("-e\n", verdict.answer) << command;
+        EXPECT_EQ(why, verdict.record.value("complaint", "")) << command;
+    }
+    EXPECT_EQ("", konfd.text());
+}
+
+TEST(Konfd, IsNotHarmedByAPattern)
+{
+    std::string nested = "a";
+    for (int depth = 0; depth < 40; ++depth) {
+        nested = "(" + nested + ")+";
+    }
+    Konfd konfd;
+    const std::string line = "-s -l \"" + std::string(1000, 'a') + "\" -r ";
+    for (const std::string& pattern :
+         {nested, std::string("((a{99}){99}){99}"), std::string("(a*)\\1"), std::string(5000, '('),
+          std::string("a{2}{99}{99}{99}"), std::string("[[:alpha:]")}) {
+        EXPECT_EQ("-e\n", konfd.execute(line + '"' + pattern + '"').answer) << pattern;
+    }
+    for (const char* pattern : {"^(a|b)*c{2,30}$", "^[]a[:digit:]{}(]+ ", "\\(x\\)", "(a+)+$", "^ssid .{1,32}$"}) {
+        EXPECT_EQ("-o\n", konfd.execute(line + '"' + pattern + '"').answer) << pattern;
+    }
+}
+
+TEST(Konfd, FillsUpAndGoesOn)
+{
+    Konfd konfd;
+    int kept = 0;
+    while (kept < 10000 &&
+           konfd.execute("-s -l \"" + std::string(1000, 'x') + std::to_string(kept) + "\"").answer == "-o\n") {
+        ++kept;
+    }
+    EXPECT_GT(kept, 100);
+    EXPECT_LT(kept, 10000);
+    EXPECT_EQ("-e\n", konfd.execute("-s -l \"" + std::string(1020, 'y') + "\"").answer);
+    EXPECT_EQ("-o\n", konfd.execute("-u -r \"x\"").answer);
+    EXPECT_EQ("-o\n", konfd.execute(set_ssid).answer);
+    EXPECT_EQ("interface wlan0\n  ssid site4\n", konfd.text());
+}
+
+TEST(Konfd, MasksSecretsInLinesPatternsAndPaths)
+{
+    for (const bool shown : {false, true}) {
+        Konfd konfd(shown);
+        std::string everything;
+        for (const char* command :
+             {"-s -l \"password hunter2\" -r \"^password hunter2$\" \"interface wlan0\"", "-d \"interface wlan0\"",
+              "-c -r \"^passphrase hunter2\" \"PSK hunter2\"", "-s -l \"password hunter2"}) {
+            const Verdict verdict = konfd.execute(command);
+            everything += verdict.line + verdict.record.dump() + verdict.answer;
+        }
+        everything += konfd.text() + konfd.json().dump();
+        EXPECT_EQ(shown, everything.find("hunter2") != std::string::npos) << everything;
+    }
+}
+
+/* One client, its clock in the test's hand. */
+class Client : public testing::Test {
+protected:
+    void send(const std::string& bytes, bool answer_unread = false) { take(session.feed(bytes, now, answer_unread)); }
+    void wait(std::chrono::milliseconds time)
+    {
+        now += time;
+        if (session.deadline().value_or(Time::max()) <= now) {
+            take(session.fall_quiet());
+        }
+    }
+    std::string heard() { return std::exchange(answers, {}); }
+
+    Konfd konfd;
+    Session session{konfd};
+    Time now{};
+    std::string answers;
+
+private:
+    void take(const std::vector<Verdict>& verdicts)
+    {
+        for (const Verdict& verdict : verdicts) {
+            answers += verdict.answer;
+        }
+    }
+};
+
+TEST_F(Client, IsAnsweredOnceForEachEndedText)
+{
+    const std::string padded = set_ssid + '\0' + std::string(5, ' '); // as long as the library counts it
+    send(padded);
+    EXPECT_EQ("-o\n", heard());
+    wait(2s);
+    EXPECT_EQ("", heard()) << "the blanks are no command";
+    send(padded + "nonsense\r\n\n \n" + set_ssid.substr(0, 20));
+    EXPECT_EQ("-o\n-e\n", heard());
+    send(set_ssid.substr(20, 10));
+    send(set_ssid.substr(30) + "\n");
+    EXPECT_EQ("-o\n", heard());
+    EXPECT_FALSE(session.deadline());
+}
+
+TEST_F(Client, IsAnsweredOnceForAPairWithoutEnds)
+{
+    send(set_ssid + set_password);
+    EXPECT_EQ("", heard());
+    wait(quiet);
+    EXPECT_EQ("-o\n", heard());
+    EXPECT_EQ("interface wlan0\n  ssid site4\n    password ********\n", konfd.text());
+
+    send(set_ssid); // the two may come in two packets, the second one late
+    wait(patience / 2);
+    EXPECT_EQ("", heard());
+    send(set_password + "\"");
+    wait(patience);
+    EXPECT_EQ("-e\n", heard()) << "one verdict for both";
+}
+
+TEST_F(Client, LeavesNoStaleAnswerBehind)
+{
+    send(set_ssid);
+    wait(patience);
+    EXPECT_EQ("-o\n", heard());
+    send(set_password, true); // so late that the answer to the first half is there already, unread
+    wait(quiet);
+    EXPECT_EQ("", heard());
+    EXPECT_EQ("interface wlan0\n  ssid site4\n    password ********\n", konfd.text());
+    send(set_password); // the answer was read: an exchange of its own
+    wait(quiet);
+    EXPECT_EQ("-o\n", heard());
+}
+
+TEST_F(Client, IsGivenTimeToFinishACommand)
+{
+    send("-d -s -l \"interface eth0\" -r \"interface ");
+    wait(patience / 2);
+    send("eth1$\"");
+    EXPECT_EQ("", heard());
+    wait(quiet);
+    EXPECT_EQ("-o\ninterface eth0\n", heard());
+    send("-s -l \"never ended");
+    wait(patience);
+    EXPECT_EQ("-e\n", heard());
+}
+
+TEST_F(Client, GetsNoMoreAtOnceThanTheLibraryReceives)
+{
+    for (int line = 0; line < 10; ++line) {
+        konfd.execute("-s -l \"interface number " + std::to_string(line) + "\"");
+    }
+    send("-d -s -l \"interface eth0\" -r \"interface eth1$\"");
+    wait(quiet);
+    EXPECT_EQ(50U, answers.size());
+    EXPECT_EQ("-o\n", heard().substr(0, 3));
+}
+
+TEST_F(Client, MaySendAnything)
+{
+    const std::string endless(1000, 'x');
+    for (int part = 0; part < 100; ++part) {
+        send(endless);
+    }
+    EXPECT_EQ("", heard());
+    send("\n");
+    EXPECT_EQ("-e\n", heard());
+    std::string binary;
+    for (int byte = 0; byte < 2048; ++byte) {
+        binary += static_cast<char>(byte * 7 % 256);
+    }
+    send(binary);
+    wait(patience);
+    EXPECT_EQ(std::string::npos, heard().find("-o"));
+    send(set_ssid + "\n");
+    EXPECT_EQ("-o\n", heard());
+}
+
+} // namespace

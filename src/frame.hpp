@@ -187,21 +187,16 @@ static_assert(offsetof(Described<1>, elements) == sizeof(Description));
 
 // A message fits its frame: the option byte has a place and a place has its
 // option, and a record holds fields where a chain holds elements.
+template <class Part>
+constexpr bool is_field = Part::kind >= Kind::field8;
+template <>
+constexpr bool is_field<Option> = false;
+template <class Part>
+constexpr bool is_option = std::is_same_v<Part, Option>;
+
 template <Frame frame, bool record, class... Parts>
-consteval bool fits()
-{
-    constexpr bool has_place = (frame & (option_byte | flag_byte)) != 0;
-    constexpr bool has_option = (std::is_same_v<Parts, Option> || ...);
-    bool fields_only = true;
-    bool elements_only = true;
-    auto look = [&]<class P>(std::type_identity<P>) {
-        if constexpr (!std::is_same_v<P, Option>) {
-            (P::kind < Kind::field8 ? fields_only : elements_only) = false;
-        }
-    };
-    (look(std::type_identity<Parts>{}), ...);
-    return has_place == has_option && (record ? fields_only : elements_only);
-}
+constexpr bool fits = (is_option<Parts> || ...) == ((frame & (option_byte | flag_byte)) != 0) &&
+                      ((is_option<Parts> || is_field<Parts> == record) && ...);
 
 // `static`, not `inline`: a weak constant would be reached through the GOT on ARM.
 template <Frame frame, vor_uint32 id, vor_uchar record_length, class... Parts>
@@ -215,7 +210,7 @@ static constexpr const auto& elements<frame, id, record_length, Option, Parts...
 template <Frame frame, vor_uint32 id, vor_uchar record_length, class... Parts>
 constexpr const Description* describe()
 {
-    static_assert(fits<frame, record_length != 0, Parts...>());
+    static_assert(fits<frame, record_length != 0, Parts...>);
     return &elements<frame, id, record_length, Parts...>.head;
 }
 

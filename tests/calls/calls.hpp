@@ -1,0 +1,57 @@
+// calls.hpp: the tables of calls. A row says what a call sends and how it ends under every fault.
+#pragma once
+
+#include "../fake_vorinfra/fake_vorinfra.hpp"
+#include "strips.hpp"
+
+#include <device_mgmt.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+
+struct Call {
+    const char* text;
+    std::string (*make)(); // makes the call and shows what it returned
+    const char* sends;
+    const Strip* strip = nullptr;               // none: another row of the same call has it
+    std::optional<vor_uint32> answered_as = {}; // the answer's id where it is not the id sent
+};
+
+// clang-format off
+#define CALL(call, sends, strip, ...)                                                                                  \
+    Call { #call, [] { return shown(call); }, sends, &ends::strip __VA_OPT__(, ) __VA_ARGS__ }
+// One more request of a call that has its row.
+#define SENDS(call, sends)                                                                                             \
+    Call { #call, [] { return shown(call); }, sends }
+
+#define CALL_TESTS(family, calls)                                                                                      \
+    TEST(requests, family) { check_requests(calls); }                                                                  \
+    TEST(outcomes, family) { check_outcomes(calls); }
+// clang-format on
+
+void check_requests(std::span<const Call> calls);
+void check_outcomes(std::span<const Call> calls);
+
+std::string shown(vor_int32 code);
+std::string shown(const void* record); // null, or the answer's payload
+
+// Begins a call's test: a fresh platform, the endpoint bound, vor_errno 55.
+void begin_call();
+// "return/vor_errno/buffers" of the call that just returned.
+std::string outcome(const std::string& returned);
+inline std::string outcome(vor_int32 code)
+{
+    return outcome(shown(code));
+}
+
+// What is printed on standard output meanwhile.
+std::string printed_by(const std::function<void()>& action);
+
+// The calls take texts as char*, and write to none.
+inline char* operator""_t(const char* text, size_t)
+{
+    return const_cast<char*>(text);
+}

@@ -1,0 +1,17 @@
+#include "calls.hpp"
+
+namespace {
+
+const Call calls[] = {
+    CALL(vor_cfg_set_gw_device_latitude_config(1, "12.9716N"_t), "sap 10 id 0xa008 flag 0x01 | 1 str '12.9716N'",
+         latitude),
+    SENDS(vor_cfg_set_gw_device_latitude_config(2, ""_t), "sap 10 id 0xa008 flag 0x00 | 1 str ''"),
+    SENDS(vor_cfg_set_gw_device_latitude_config(0, ""_t), "sap 10 id 0xa008 flag 0x00 | 1 str ''"),
+    CALL(vor_cfg_set_gw_device_longitude_config(1, "77.5946E"_t), "sap 10 id 0xa009 flag 0x01 | 2 str '77.5946E'",
+         longitude),
+    SENDS(vor_cfg_set_gw_device_longitude_config(255, ""_t), "sap 10 id 0xa009 flag 0x00 | 2 str ''"),
+};
+
+} // namespace
+
+CALL_TESTS(gw, calls)

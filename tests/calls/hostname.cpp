@@ -1,0 +1,11 @@
+#include "calls.hpp"
+
+namespace {
+
+const Call calls[] = {
+    CALL(vor_cfg_set_plat_hostname("gw-17"_t), "sap 10 id 0xa00a one-way | 3 str 'gw-17'", host_name),
+};
+
+} // namespace
+
+CALL_TESTS(hostname, calls)

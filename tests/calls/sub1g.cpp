@@ -1,0 +1,40 @@
+#include "calls.hpp"
+
+namespace {
+
+SUB1G_CONFIG_REG* register_file = nullptr;
+
+const Call calls[] = {
+    CALL(vor_cfg_set_sub1g_frequency(200, -3), "sap 8 id 0x8004 | 1 i16 200 | 2 i16 -3", radio),
+    CALL(vor_cfg_sub1g_set_channel(200, "s"_t, 255, "level"_t),
+         "sap 8 id 0x8004 | 1 i16 200 | 3 str 's' | 4 i16 255 | 5 str 'level'", radio_channel),
+    CALL(vor_cfg_get_reg_values(&register_file), "sap 8 id 0x8009 empty", registers),
+    CALL(vor_cfg_set_sub1g_power(200, -3), "sap 8 id 0x800b | 1 i16 200 | 9 i16 -3", radio),
+};
+
+} // namespace
+
+CALL_TESTS(sub1g, calls)
+
+TEST(sub1g, registers_are_stored_only_from_an_answer_of_their_own)
+{
+    const struct {
+        const char* fault;
+        void (*script)();
+        const char* stored;
+    } rows[] = {
+        {"none", [] {}, "answer"},
+        {"high half", [] { fake::script.answer_id = 0x18009; }, "answer"},
+        {"no payload", [] { fake::script.null_payload = 2; }, "null"},
+        {"another id", [] { fake::script.answer_id = 0x8004; }, "stray"},
+        {"refused", [] { fake::script.exchange_result = 1; }, "stray"},
+    };
+    for (const auto& row : rows) {
+        begin_call();
+        SUB1G_CONFIG_REG before = {};
+        SUB1G_CONFIG_REG* stored = &before;
+        row.script();
+        vor_cfg_get_reg_values(&stored);
+        EXPECT_EQ(shown(stored), row.stored) << row.fault;
+    }
+}

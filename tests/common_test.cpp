@@ -1,0 +1,281 @@
+// Endpoints, text converters, the delayed restart, and what all calls have in common.
+#include "calls/calls.hpp"
+
+#include <cstring>
+#include <dlfcn.h>
+#include <link.h>
+#include <signal.h>
+
+extern "C" int header_c11_calls(void);
+
+namespace {
+
+const Call calls[] = {
+    CALL(
+        vor_system_restart(5),
+        "sap 0 id 0xc one-way record 2: 05 00; timer 0 null; log 32768 ` System restart in 5 seconds\\n`; start 5000 0",
+        one_way_dropped),
+    SENDS(vor_system_restart(0),
+          "sap 0 id 0xc one-way record 2: 00 00; timer 0 null; log 32768 ` System restart in 0 seconds\\n`; start 0 0"),
+    SENDS(vor_system_restart(32767), "sap 0 id 0xc one-way record 2: ff 7f; timer 0 null; "
+                                     "log 32768 ` System restart in 32767 seconds\\n`; start 32767000 0"),
+    SENDS(vor_system_restart(-1), "sap 0 id 0xc one-way record 2: ff ff; timer 0 null; "
+                                  "log 32768 ` System restart in -1 seconds\\n`; start 4294966296 0"),
+};
+
+bool signal_blocked()
+{
+    sigset_t blocked;
+    pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+    return sigismember(&blocked, SIGRTMIN + 5) == 1;
+}
+
+std::string file_of(const void* address)
+{
+    Dl_info info = {};
+    return dladdr(address, &info) != 0 ? info.dli_fname : "nowhere";
+}
+
+} // namespace
+
+CALL_TESTS(common, calls)
+
+TEST(restart, a_refused_notice_starts_no_timer)
+{
+    begin_call();
+    fake::script.send_result = -7;
+    EXPECT_EQ(outcome(vor_system_restart(5)), "-3/55/q");
+    EXPECT_EQ(fake::events(), "sap 0 id 0xc one-way record 2: 05 00");
+}
+
+TEST(restart, a_missing_timer_goes_unnoticed)
+{
+    begin_call();
+    fake::script.timer_missing = true;
+    EXPECT_EQ(outcome(vor_system_restart(5)), "0/55/q");
+    EXPECT_EQ(fake::event_names(), "sap timer log start");
+}
+
+TEST(restart, the_timer_reboots)
+{
+    begin_call();
+    vor_system_restart(5);
+    ASSERT_EQ(file_of(dlsym(RTLD_DEFAULT, "system")), file_of(reinterpret_cast<void*>(&vor_ipc_bind)));
+    ASSERT_EQ(fake::timer_callback(), &vor_restart_timer);
+    fake::reset();
+    vor_restart_timer();
+    EXPECT_EQ(fake::events(), "system `reboot`");
+}
+
+TEST(frame, only_the_fake_platform_is_loaded)
+{
+    const auto count = [](dl_phdr_info* info, size_t, void* platforms) {
+        if (std::strstr(info->dlpi_name, "libvorinfra") != nullptr) {
+            *static_cast<std::string*>(platforms) += info->dlpi_name;
+        }
+        return 0;
+    };
+    std::string platforms;
+    dl_iterate_phdr(count, &platforms);
+    EXPECT_EQ(platforms, file_of(reinterpret_cast<void*>(&vor_ipc_bind)));
+    EXPECT_EQ(file_of(reinterpret_cast<void*>(&vor_ipc_bind)), file_of(reinterpret_cast<void*>(&fake::reset)));
+}
+
+TEST(frame, a_c11_front_end_calls_every_family)
+{
+    EXPECT_EQ(header_c11_calls(), 27);
+}
+
+TEST(frame, a_long_chain_goes_out_with_its_length_cut_to_16_bits)
+{
+    begin_call();
+    fake::script.serialized_size = 65536 + 20;
+    vor_cfg_set_can_id(1, 2, 3);
+    EXPECT_EQ(fake::events(), "sap 19 id 0x13003 | 1 i16 1 | 6 i32 2 | 10 i16 3 (length 20 for a chain of 31)");
+}
+
+// The sanitizers see a word read where it may not lie.
+TEST(frame, a_status_at_an_odd_address_is_read_whole)
+{
+    const struct {
+        vor_int32 (*make)();
+        const char* outcome;
+    } rows[] = {
+        {[] { return vor_cfg_set_can_id(1, 2, 3); }, "-1/-2147483641/qp"},
+        {[] { return vor_cfg_set_dhcp(1, 2); }, "-1/-2147483641/qp"},
+        {[] { return vor_cfg_set_mqtt_topic("t"_t, 1); }, "-1/-2147483641/qp"},
+        {[] { return vor_cfg_set_service_chain(1, "c"_t, 0); }, "-1/-2147483641/qp"},
+        {[] { return vor_cfg_set_access_point_params(1, ""_t, ""_t, 1, 1, 1); }, "-1/-2147483641/qp"},
+        {[] { return vor_cfg_set_gw_device_latitude_config(1, ""_t); }, "-1001/55/qp"},
+    };
+    for (const auto& row : rows) {
+        begin_call();
+        fake::script.answer_skew = 1;
+        fake::script.answer = {7, 0, 0, 0x80};
+        EXPECT_EQ(outcome(row.make()), row.outcome);
+    }
+}
+
+TEST(frame, a_status_stays_until_a_call_that_clears_it)
+{
+    begin_call();
+    fake::script.answer = {9, 0, 0, 0};
+    EXPECT_EQ(vor_cfg_set_serial_speed(1, 9600), -1);
+    fake::reset();
+    EXPECT_EQ(vor_cfg_serial_set_channel(1, "meter"_t, 1), 0);
+    EXPECT_EQ(vor_errno, 9);
+    fake::reset();
+    EXPECT_EQ(vor_cfg_set_serial_speed(1, 9600), 0);
+    EXPECT_EQ(vor_errno, 0);
+}
+
+TEST(endpoint, bind_blocks_the_platforms_signal)
+{
+    fake::reset();
+    sigset_t signal;
+    sigemptyset(&signal);
+    sigaddset(&signal, SIGRTMIN + 5);
+    pthread_sigmask(SIG_UNBLOCK, &signal, nullptr);
+
+    fake::script.bind_fails = true;
+    vor_cfg_set_ipc_endpoint(fake::handle());
+    vor_int16 result = 0;
+    EXPECT_EQ(printed_by([&] { result = vor_cfg_create_ipc_endpoint(65535); }), "ERROR : IPC Bind failed \n");
+    EXPECT_EQ(result, -1);
+    EXPECT_EQ(vor_cfg_get_ipc_endpoint(), nullptr) << "a failed bind leaves no earlier endpoint";
+    EXPECT_FALSE(signal_blocked());
+
+    fake::script.bind_fails = false;
+    EXPECT_EQ(printed_by([&] { result = vor_cfg_create_ipc_endpoint(200); }), "");
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(vor_cfg_create_ipc_endpoint(201), 0);
+    EXPECT_EQ(vor_cfg_get_ipc_endpoint(), fake::handle());
+    EXPECT_TRUE(signal_blocked());
+
+    fake::script.unbind_result = 200;
+    EXPECT_EQ(vor_cfg_remove_ipc_endpoint(), 200);
+    EXPECT_EQ(vor_cfg_get_ipc_endpoint(), nullptr);
+    EXPECT_TRUE(signal_blocked());
+    fake::script.unbind_result = 0;
+    EXPECT_EQ(vor_cfg_remove_ipc_endpoint(), 0);
+    EXPECT_EQ(fake::events(), "bind 65535 0; bind 200 0; bind 201 0; unbind; unbind null");
+}
+
+TEST(endpoint, a_failed_connection_keeps_its_socket)
+{
+    const struct {
+        void (*script)();
+        vor_int16 result;
+        const char* events;
+        bool socket;
+    } rows[] = {
+        {[] { fake::script.socket_missing = true; }, -1, "socket 1 1 0", false},
+        {[] { fake::script.config_result = -1; }, -1, "socket 1 1 0; unix /tmp/konfd.socket", true},
+        {[] { fake::script.connect_result = -1; }, -1, "socket 1 1 0; unix /tmp/konfd.socket; connect 1", true},
+        {[] { fake::script.config_result = fake::script.connect_result = -2; }, 0,
+         "socket 1 1 0; unix /tmp/konfd.socket; connect 1", true},
+    };
+    for (const auto& row : rows) {
+        fake::reset();
+        row.script();
+        EXPECT_EQ(vor_cfg_create_sock_endpoint(), row.result);
+        EXPECT_EQ(fake::events(), row.events);
+        EXPECT_EQ(vor_cfg_get_sock_endpoint() != nullptr, row.socket);
+    }
+    fake::reset();
+    fake::script.close_result = -70000;
+    EXPECT_EQ(vor_cfg_remove_sock_endpoint(), -70000);
+    EXPECT_EQ(vor_cfg_get_sock_endpoint(), nullptr);
+    vor_cfg_remove_sock_endpoint();
+    EXPECT_EQ(fake::events(), "close 1; close null 1");
+}
+
+TEST(endpoint, the_user_flag_is_kept)
+{
+    EXPECT_EQ(vor_cfg_get_user_flag(), 0);
+    EXPECT_EQ(vor_cfg_set_user_flag(200), 0);
+    EXPECT_EQ(vor_cfg_get_user_flag(), 200);
+}
+
+TEST(texts, mac_addresses)
+{
+    const struct {
+        const char* text;
+        vor_int32 result;
+        const char* bytes;
+    } rows[] = {
+        {"00:1A:8b:9C:ad:bE", 0, " 00 1a 8b 9c ad be"},
+        {"00-1a-8b-9c-ad-be", 0, " 00 1a 8b 9c ad be"},
+        {"af_AFxaf0AFzafaAF and more", 0, " af*6"},
+        {"09:90:af:fa:AF:FA", 0, " 09 90 af fa af fa"},
+        {"0G:1a:8b:9c:ad:be", -1500, " a5*6"},
+        {"G0:1a:8b:9c:ad:be", -1500, " a5*6"},
+        {"00:1a:8b:9c:ad:bg", -1500, " 00 1a 8b 9c ad a5"},
+        {"00:1a:/0:9c:ad:be", -1500, " 00 1a a5*4"},
+        {"00:1a::0:9c:ad:be", -1500, " 00 1a a5*4"},
+        {"00:1a:@0:9c:ad:be", -1500, " 00 1a a5*4"},
+        {"00:1a:`0:9c:ad:be", -1500, " 00 1a a5*4"},
+        {"00:1a:8b:9c:ad:b", -1500, " 00 1a 8b 9c ad a5"},
+        {"00:1a:8b", -1500, " 00 1a 8b a5 a5 a5"},
+        {"00:1a:", -1500, " 00 1a a5*4"},
+        {"0", -1500, " a5*6"},
+        {"", -1500, " a5*6"},
+    };
+    for (const auto& row : rows) {
+        std::string text = row.text; // of its own length, so that a read behind its end is noticed
+        text.shrink_to_fit();
+        vor_uchar bytes[6];
+        std::memset(bytes, 0xa5, sizeof bytes);
+        EXPECT_EQ(vor_convert_mac_address_from_str_to_byte(text.data(), bytes), row.result) << row.text;
+        EXPECT_EQ(fake::bytes_text(bytes, 6), row.bytes) << row.text;
+    }
+}
+
+TEST(texts, dotted_quads)
+{
+    const struct {
+        const char* text;
+        const char* address; // none: refused
+    } rows[] = {
+        {"192.168.1.1", "c0 a8 01 01"},
+        {"255.255.255.255", "ff*4"},
+        {"0.0.0.0", "00*4"},
+        {"1.2.3.4 ", "01 02 03 04"},
+        {"1.2.3.4xyz", "01 02 03 04"},
+        {"1.2.3.4.5", "01 02 03 04"},
+        {".1.2.3", "00 01 02 03"},
+        {"1..2.3", "01 00 02 03"},
+        {"...", "00*4"},
+        {"1.2.3.", "01 02 03 00"},
+        {"1.2.3.x", "01 02 03 00"},
+        {"...7", "00 00 00 07"},
+        {"001.02.0003.4", "01 02 03 04"},
+        {"010.08.09.1", "0a 08 09 01"},
+        {"256.1.1.1", nullptr},
+        {"1.2.3.256", nullptr},
+        {"1.2.3", nullptr},
+        {"1.2.3,4", nullptr},
+        {"1,2.3.4", nullptr},
+        {"1.2 .3.4", nullptr},
+        {" 1.2.3.4", nullptr},
+        {"-1.2.3.4", nullptr},
+        {"0x1.2.3.4", nullptr},
+        {"localhost", nullptr},
+        {"", nullptr},
+        {"1", nullptr},
+        {"1.", nullptr},
+        {"4294967297.1.1.1", nullptr},
+        {"1.1.1.4294967296", nullptr},
+        {"18446744073709551617.1.1.1", nullptr},
+        {"1.1.1.99999999999999999999999999999999999999999", nullptr},
+    };
+    for (const auto& row : rows) {
+        std::string text = row.text;
+        text.shrink_to_fit();
+        vor_ip_address address = 0xa5a5a5a5;
+        const auto result = ip_aton(text.data(), &address);
+        const auto bytes = fake::bytes_text(reinterpret_cast<const vor_uchar*>(&address), 4);
+        EXPECT_EQ(result, row.address != nullptr ? 0 : -1) << row.text;
+        EXPECT_EQ(bytes, std::string(" ") + (row.address != nullptr ? row.address : "a5*4")) << row.text;
+    }
+}

@@ -1,0 +1,36 @@
+# The library's own tests: the real libdevice_mgmt.so on a fake platform.
+
+add_library(fake_vorinfra SHARED
+  fake_vorinfra/messages.cpp
+  fake_vorinfra/system.cpp
+  fake_vorinfra/text.cpp)
+# Under the platform's name, so that the library binds to it; first on the test's path, so that it is found.
+set_target_properties(fake_vorinfra PROPERTIES
+  OUTPUT_NAME vorinfra
+  LIBRARY_OUTPUT_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/fake
+  CXX_VISIBILITY_PRESET default)
+target_include_directories(fake_vorinfra PUBLIC ${PROJECT_SOURCE_DIR}/include)
+target_link_libraries(fake_vorinfra PRIVATE vor_warnings)
+
+file(GLOB call_tables CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/calls/*.cpp)
+add_executable(library_test
+  ${call_tables}
+  common_test.cpp
+  konfd_test.cpp
+  header_c11.c)
+# Two libraries bear the platform's name: the path's order is ours to say, not CMake's to work out.
+set_target_properties(library_test PROPERTIES SKIP_BUILD_RPATH ON)
+target_link_options(library_test PRIVATE
+  LINKER:-rpath,${CMAKE_CURRENT_BINARY_DIR}/fake LINKER:-rpath,$<TARGET_FILE_DIR:device_mgmt>)
+set_target_properties(library_test PROPERTIES
+  C_STANDARD 11
+  C_STANDARD_REQUIRED ON
+  C_EXTENSIONS OFF)
+set_source_files_properties(header_c11.c PROPERTIES COMPILE_OPTIONS -Wpedantic)
+target_link_libraries(library_test PRIVATE fake_vorinfra device_mgmt GTest::gtest_main vor_warnings ${CMAKE_DL_LIBS})
+
+gtest_discover_tests(library_test DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 60 LABELS library_test)
+add_test(NAME library_exports
+  COMMAND ${CMAKE_COMMAND} -D NM=${CMAKE_NM} -D READELF=${CMAKE_READELF} -D LIBRARY=$<TARGET_FILE:device_mgmt>
+          -D INCLUDE=${PROJECT_SOURCE_DIR}/include -D TESTS=${CMAKE_CURRENT_SOURCE_DIR} -D SANITIZED=${VOR_SANITIZE}
+          -P ${CMAKE_CURRENT_SOURCE_DIR}/exported_symbols.cmake)

@@ -70,10 +70,7 @@ std::vector<Token> tokens_of(std::string_view line)
 // missing.
 static std::size_t column_of(const Complaint& complaint, const std::vector<Token>& tokens)
 {
-    if (complaint.token == Complaint::no_token) {
-        return tokens.front().column;
-    }
-    const std::size_t index = complaint.token + 2; // behind the family and the call
+    const std::size_t index = complaint.token + 2; // no_token and call_token wrap around
     return index < tokens.size() ? tokens[index].column : tokens.back().column + tokens.back().text.size();
 }
 
@@ -81,11 +78,12 @@ static Planned plan_line(const std::vector<Token>& tokens, const SecretSources& 
 {
     if (tokens.size() == 1) {
         wanted_family(tokens[0].text);
-        throw Complaint("the call's name is missing", exit_usage, Complaint::no_token);
+        throw Complaint("the call's name is missing");
     }
     const Row& row = wanted_row(tokens[0].text, tokens[1].text);
     if (row.call == nullptr) {
-        throw Complaint("cannot be called on its own; what uses it: " + std::string(row.covered_by));
+        throw Complaint("cannot be called on its own; what uses it: " + std::string(row.covered_by), exit_usage,
+                        Complaint::call_token);
     }
     return plan(row, std::span(tokens).subspan(2), sources);
 }

@@ -112,7 +112,8 @@ const Row& wanted_row(std::string_view family, std::string_view name)
     if (const Row* const row = row_named(family, name)) {
         return *row;
     }
-    throw Complaint(std::string(family) + " has no call \"" + std::string(name) + '"' + nearest(name, known.rows()));
+    throw Complaint(std::string(family) + " has no call \"" + std::string(name) + '"' + nearest(name, known.rows()),
+                    exit_usage, Complaint::call_token);
 }
 
 } // namespace vorcfg

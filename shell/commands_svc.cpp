@@ -17,7 +17,7 @@ static constexpr Row rows[] = {
                                        "1 filter-then-send filter scale uplink"),
     command<vor_cfg_tp_set_app>("svc", "tp-set-app", "service_name app_name app_sap_id",
                                 "Binds an application to a transport service, at the SAP the caller names.",
-                                "uplink telemetry 13"),
+                                "uplink telemetry 15"),
 };
 
 std::span<const Row> svc_rows()

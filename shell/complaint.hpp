@@ -14,9 +14,11 @@ struct Complaint : std::runtime_error {
     {
     }
 
-    static constexpr std::size_t no_token = std::size_t(-1);
+    // Before the arguments stand the family and the call.
+    static constexpr std::size_t no_token = std::size_t(-2);
+    static constexpr std::size_t call_token = std::size_t(-1);
     ExitCode exit;
-    std::size_t token; // of the call's tokens, the one complained about
+    std::size_t token; // the argument complained about, counted from 0
 };
 
 } // namespace vorcfg

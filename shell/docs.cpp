@@ -4,6 +4,7 @@
 #include "commands.hpp"
 #include "complaint.hpp"
 #include "header.hpp"
+#include "help.hpp"
 #include "konfd_query.hpp"
 #include "report.hpp"
 #include "session.hpp"
@@ -12,15 +13,17 @@ namespace vorcfg {
 
 static constexpr std::string_view sample_secret = "Monsoon-17";
 
+static bool shown_dry(const Row& row)
+{
+    return (row.marks & confirm) != 0; // a page that is tried out restarts nothing
+}
+
 // The example as a shell line: a secret comes from standard input.
 static std::string example_line(const Row& row)
 {
-    std::string line = "vorcfg " + call_name(row);
+    std::string line = std::string("vorcfg ") + (shown_dry(row) ? "--dry-run " : "") + call_name(row);
     if (!row.example.empty()) {
         line += ' ' + std::string(row.example);
-    }
-    if ((row.marks & confirm) != 0) {
-        line += " --yes";
     }
     for (const Argument& argument : arguments_of(row)) {
         if (argument.secret) {
@@ -57,7 +60,7 @@ static std::string messages_text(const Row& row)
 static std::string output_text(const Row& row)
 {
     Planned planned = planned_example(row);
-    return text_of(planned, Session({}, std::nullopt).run(planned));
+    return text_of(planned, Session({shown_dry(row), false}, std::nullopt).run(planned));
 }
 
 static std::string arguments_text(const Row& row, const DocumentedCall& call)
@@ -82,7 +85,7 @@ static std::string row_text(const Row& row, const DocumentedCall* call)
             text += paragraph + "\n\n";
         }
     } else {
-        text += std::string(row.summary) + "\n\n";
+        text += '`' + usage(row) + "`\n\n" + std::string(row.summary) + "\n\n";
     }
     if (!row.covered_by.empty()) {
         return text + "Not called on its own; what uses it: " + std::string(row.covered_by) + ".\n\n";

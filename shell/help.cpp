@@ -45,7 +45,7 @@ std::string help()
     return text;
 }
 
-static std::string usage(const Row& row)
+std::string usage(const Row& row)
 {
     std::string text = "vorcfg " + call_name(row);
     if (is_query(row)) {

@@ -53,9 +53,9 @@ static int dispatch(const Options& options)
         (words.empty() || (words[0].text != "batch" && words[0].text != "list" && words[0].text != "docs"))) {
         return wanted_help(options);
     }
-    if (words.empty() || options.help) {
+    if (words.empty() || options.help || words[0].text == "help") {
         print(help());
-        return options.help ? exit_ok : exit_usage;
+        return words.empty() ? exit_usage : exit_ok;
     }
     if (words[0].text == "list" && words.size() == 1) {
         print(list(options.json));

@@ -1,6 +1,5 @@
 #include "server.hpp"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -8,6 +7,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <set>
 
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -55,12 +55,10 @@ Server::Server(const Options& options)
     } catch (const InUse&) {
         throw std::runtime_error("another vorsim runs in " + directory_);
     }
-    std::vector<std::uint16_t> saps = options_.more_saps;
+    std::set<std::uint16_t> saps(options_.more_saps.begin(), options_.more_saps.end());
     for (const Manager& manager : managers()) {
-        saps.push_back(manager.sap);
+        saps.insert(manager.sap);
     }
-    std::ranges::sort(saps);
-    saps.erase(std::ranges::unique(saps).begin(), saps.end());
     for (const std::uint16_t sap : saps) {
         bind_manager(sap);
     }

@@ -1,7 +1,6 @@
 #include "state.hpp"
 
 #include <cstring>
-#include <ranges>
 
 #include "text.hpp"
 
@@ -31,8 +30,8 @@ std::optional<std::int32_t> State::latest(std::uint16_t sap, const std::string& 
     if (found == manager->second.end()) {
         return {};
     }
-    for (const Setting& setting : found->second | std::views::reverse) {
-        for (const Value& value : setting.values) {
+    for (auto setting = found->second.rbegin(); setting != found->second.rend(); ++setting) {
+        for (const Value& value : setting->values) {
             if (value.name == name && value.data.is_number()) {
                 return value.data.get<std::int32_t>();
             }

@@ -46,9 +46,6 @@ Server::Server(const Options& options)
       journal_(options.journal_file ? Journal(*options.journal_file) : Journal()), signals_(stop_signals())
 {
     std::signal(SIGPIPE, SIG_IGN);
-    if (options_.state_file) {
-        write_state(); // what cannot be written is better known now
-    }
     try {
         control_ = std::make_unique<Control>(loop_, control_path(directory_),
                                              [this](std::string_view request) { return show(request); });
@@ -63,6 +60,9 @@ Server::Server(const Options& options)
         bind_manager(sap);
     }
     bind_konfd();
+    if (options_.state_file) {
+        write_state(); // what cannot be written is better known now
+    }
     loop_.watch(signals_.get(), [this] { loop_.stop(); });
 }
 

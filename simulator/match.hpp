@@ -1,0 +1,29 @@
+/* match.hpp: which of a message's rows a payload fits, and if none, why not. */
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "table.hpp"
+
+namespace vorsim {
+
+using Bytes = std::span<const std::uint8_t>;
+
+/* One field and what the message holds for it. */
+struct Part {
+    const Field* field;
+    Bytes bytes;
+    std::int32_t number;
+};
+
+/* A text's bytes up to its terminator. */
+std::string_view text_in(const Part& part);
+
+/* The row that the payload fits, and its parts; or null and what is wrong. The
+ * rows are those of one message: they share a form. */
+const Call* match(const std::vector<const Call*>& rows, Bytes payload, std::vector<Part>& parts,
+                  std::string& complaint);
+
+} // namespace vorsim

@@ -1,14 +1,14 @@
 #include "calls.hpp"
 
-#include <cstring>
+#include <string>
 
 namespace {
 
-char* letters(size_t count)
+template <int count>
+char* letters()
 {
-    static char text[400];
-    text[0] = '\0';
-    return std::strncat(text, std::string(count, 'n').c_str(), count);
+    static std::string text(count, 'n');
+    return text.data();
 }
 
 const Call calls[] = {
@@ -36,11 +36,11 @@ const Call calls[] = {
           "sap 2 id 0x2028 one-way record 260: a5*260"),
     SENDS(vor_cfg_set_log_file(-1, nullptr, nullptr, nullptr, nullptr, nullptr, 0),
           "sap 2 id 0x2028 one-way record 260: a5*260"),
-    SENDS(vor_cfg_set_log_file(1, letters(60), ""_t, "10.0.0.9"_t, "bob"_t, letters(200), 0),
+    SENDS(vor_cfg_set_log_file(1, letters<60>(), ""_t, "10.0.0.9"_t, "bob"_t, letters<200>(), 0),
           "sap 2 id 0x2028 one-way record 260: 01 00 00 00 6e*50 '10.0.0.9' 00 6e 00 a5*39 'bob' 00 a5*46 6e*105 00"),
-    SENDS(vor_cfg_set_log_file(2, letters(300), "gw.log"_t, ""_t, ""_t, ""_t, 0),
+    SENDS(vor_cfg_set_log_file(2, letters<300>(), "gw.log"_t, ""_t, ""_t, ""_t, 0),
           "sap 2 id 0x2028 one-way record 260: 02 00 00 00 6e*200 'gw.log' 00 6e*48 00"),
-    SENDS(vor_cfg_set_log_file(3, letters(300), ""_t, ""_t, ""_t, ""_t, 70000),
+    SENDS(vor_cfg_set_log_file(3, letters<300>(), ""_t, ""_t, ""_t, ""_t, 70000),
           "sap 2 id 0x2028 one-way record 260: 03 00 00 00 6e*252 70 11 01 00"),
 };
 

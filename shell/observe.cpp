@@ -309,7 +309,6 @@ vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_u
     }
     Message& message = Boundary::begin(Way::request, sap, message_id, request, payload_length);
     if (Boundary::captures()) {
-        message.delivered = true;
         return accept_captured(message_id, response);
     }
     errno = 0;
@@ -335,7 +334,7 @@ vor_int32 vor_ipc_send(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 messag
     Message& sent = Boundary::begin(Way::one_way, sap, message_id, message, payload_length);
     const vor_int32 result =
         Boundary::captures() ? 0 : pass<vor_ipc_send>(handle, sap, message_id, message, payload_length, zero);
-    sent.delivered = result == 0;
+    sent.delivered = result == 0 && !Boundary::captures();
     Boundary::tell("< %s\n", sent.delivered ? "sent one-way" : "send refused");
     return result;
 }
@@ -391,7 +390,7 @@ vor_int32 vor_send(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
     message.command.assign(static_cast<char*>(buffer), strnlen(static_cast<char*>(buffer), message.counted));
     Message& sent = Boundary::push(std::move(message));
     const vor_int32 result = Boundary::captures() ? count : pass<vor_send>(fd, buffer, count, flags);
-    sent.delivered = result != -1;
+    sent.delivered = result != -1 && !Boundary::captures();
     return result;
 }
 

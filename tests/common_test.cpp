@@ -215,8 +215,8 @@ TEST(texts, mac_addresses)
         {"af_AFxaf0AFzafaAF and more", 0, " af*6"},
         {"09:90:af:fa:AF:FA", 0, " 09 90 af fa af fa"},
         {"0G:1a:8b:9c:ad:be", -1500, " a5*6"},
-        {"G0:1a:8b:9c:ad:be", -1500, " a5*6"},
-        {"00:1a:8b:9c:ad:bg", -1500, " 00 1a 8b 9c ad a5"},
+        {"H0:1a:8b:9c:ad:be", -1500, " a5*6"},
+        {"00:1a:8b:9c:ad:bh", -1500, " 00 1a 8b 9c ad a5"},
         {"00:1a:/0:9c:ad:be", -1500, " 00 1a a5*4"},
         {"00:1a::0:9c:ad:be", -1500, " 00 1a a5*4"},
         {"00:1a:@0:9c:ad:be", -1500, " 00 1a a5*4"},
@@ -234,6 +234,9 @@ TEST(texts, mac_addresses)
         EXPECT_EQ(vor_convert_mac_address_from_str_to_byte(text.data(), bytes), row.result) << row.text;
         EXPECT_EQ(fake::bytes_text(bytes, 6), row.bytes) << row.text;
     }
+    vor_char ended[] = "00:1a:8b\0009c:ad:be"; // the terminator is no separator
+    vor_uchar bytes[6];
+    EXPECT_EQ(vor_convert_mac_address_from_str_to_byte(ended, bytes), -1500);
 }
 
 TEST(texts, dotted_quads)

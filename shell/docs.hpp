@@ -7,6 +7,6 @@
 
 namespace vorcfg {
 
-std::string page(const std::string& family, const std::filesystem::path& include_directory);
+std::string page(const std::string& stem, const std::filesystem::path& include_directory);
 
 } // namespace vorcfg

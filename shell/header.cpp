@@ -81,7 +81,7 @@ static DocumentedCall read_call(std::string_view comment, std::string_view decla
     const std::size_t open = call.declaration.find('(');
     const std::size_t begin = call.declaration.find_last_of(" *", open) + 1;
     call.symbol = call.declaration.substr(begin, open - begin);
-    const std::size_t tags = std::min(comment.find("@"), comment.size());
+    const std::size_t tags = std::min(comment.find('@'), comment.size());
     call.paragraphs = paragraphs_of(comment.substr(0, tags));
     std::string tag;
     for (const std::string& line : lines_of_comment(comment.substr(tags))) {

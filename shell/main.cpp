@@ -1,5 +1,4 @@
 #include <cstdio>
-#include <ctime>
 
 #include "batch.hpp"
 #include "commands.hpp"

@@ -33,7 +33,7 @@ std::string manager_name(std::uint16_t sap)
 
 // --- Records, field by field ------------------------------------------------
 
-enum class FieldKind : std::uint8_t { uint8, int8, uint16, int16, uint32, int32, address, text, secret };
+enum class FieldKind : std::uint8_t { uint8, uint16, int16, uint32, int32, address, text, secret };
 
 struct RecordField {
     const char* name;
@@ -176,8 +176,6 @@ static std::string value_of(const RecordField& field, const std::string& record)
     switch (field.kind) {
     case FieldKind::uint8:
         return std::to_string(load<std::uint8_t>(record, field.offset));
-    case FieldKind::int8:
-        return std::to_string(load<std::int8_t>(record, field.offset));
     case FieldKind::uint16:
         return std::to_string(load<std::uint16_t>(record, field.offset));
     case FieldKind::int16:

@@ -62,7 +62,7 @@ public:
         bool trace = false; // each message on standard error, as it goes out
     };
 
-    Watch(Settings settings, std::span<const Value> values);
+    Watch(Settings wanted, std::span<const Value> given);
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
     ~Watch();

@@ -22,7 +22,7 @@ struct Report {
 // The endpoint is bound at the first call that needs it.
 class Session {
 public:
-    Session(Watch::Settings settings, std::optional<std::uint16_t> sap);
+    Session(Watch::Settings wanted, std::optional<std::uint16_t> own);
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
     ~Session();
@@ -31,7 +31,7 @@ public:
 
 private:
     bool bind(std::string& complaints);
-    bool bind_to(std::uint16_t sap, std::string& complaints);
+    bool bind_to(std::uint16_t candidate, std::string& complaints);
 
     Watch::Settings settings;
     std::optional<std::uint16_t> sap;

@@ -4,8 +4,8 @@ set(CMAKE_SYSTEM_PROCESSOR arm)
 
 set(CMAKE_C_COMPILER arm-linux-gnueabihf-gcc)
 set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
-set(CMAKE_C_FLAGS_INIT "-march=armv7-a+fp -mthumb")
-set(CMAKE_CXX_FLAGS_INIT "-march=armv7-a+fp -mthumb")
+set(CMAKE_C_FLAGS_INIT "-march=armv7-a+fp -mthumb -Wno-psabi")
+set(CMAKE_CXX_FLAGS_INIT "-march=armv7-a+fp -mthumb -Wno-psabi")
 set(CMAKE_C_FLAGS_MINSIZEREL_INIT "-Os")
 set(CMAKE_CXX_FLAGS_MINSIZEREL_INIT "-Os")
 

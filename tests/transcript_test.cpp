@@ -81,8 +81,8 @@ TEST_P(Transcript, IsWhatHappens)
     EXPECT_EQ(gateway.stop(SIGTERM), 0) << "vorsim complained in strict mode";
 }
 
-INSTANTIATE_TEST_SUITE_P(Documents, Transcript, testing::ValuesIn(documents()), [](const auto& info) {
-    std::string name = fs::relative(info.param, VOR_SOURCE_DIR).replace_extension().string();
+INSTANTIATE_TEST_SUITE_P(Documents, Transcript, testing::ValuesIn(documents()), [](const auto& each) {
+    std::string name = fs::relative(each.param, VOR_SOURCE_DIR).replace_extension().string();
     std::replace_if(
         name.begin(), name.end(), [](char c) { return std::isalnum(static_cast<unsigned char>(c)) == 0; }, '_');
     return name;

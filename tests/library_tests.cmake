@@ -19,13 +19,13 @@ add_executable(library_test
   konfd_test.cpp
   header_c11.c)
 # Two libraries bear the platform's name: the path's order is ours to say, not CMake's to work out.
-set_target_properties(library_test PROPERTIES SKIP_BUILD_RPATH ON)
-target_link_options(library_test PRIVATE
-  LINKER:-rpath,${CMAKE_CURRENT_BINARY_DIR}/fake LINKER:-rpath,$<TARGET_FILE_DIR:device_mgmt>)
 set_target_properties(library_test PROPERTIES
+  SKIP_BUILD_RPATH ON
   C_STANDARD 11
   C_STANDARD_REQUIRED ON
   C_EXTENSIONS OFF)
+target_link_options(library_test PRIVATE
+  LINKER:-rpath,${CMAKE_CURRENT_BINARY_DIR}/fake LINKER:-rpath,$<TARGET_FILE_DIR:device_mgmt>)
 set_source_files_properties(header_c11.c PROPERTIES COMPILE_OPTIONS -Wpedantic)
 target_link_libraries(library_test PRIVATE fake_vorinfra device_mgmt GTest::gtest_main vor_warnings ${CMAKE_DL_LIBS})
 

@@ -24,7 +24,7 @@ foreach(line IN LISTS lines)
     endif()
 endforeach()
 
-file(GLOB tables ${TESTS}/calls/*.cpp ${TESTS}/common_test.cpp ${TESTS}/konfd_test.cpp)
+file(GLOB tables ${TESTS}/calls/*.cpp ${TESTS}/common_test.cpp ${TESTS}/konfd*_test.cpp)
 set(tested)
 foreach(table IN LISTS tables)
     file(READ ${table} text)

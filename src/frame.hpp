@@ -14,6 +14,7 @@
 #include <concepts>
 #include <cstdarg>
 #include <cstddef>
+#include <cstdint>
 #include <type_traits>
 
 #include <vorinfra.h>
@@ -32,7 +33,7 @@ constexpr Frame sap(vor_uint16 number)
 constexpr Frame clears_errno = 1u << 16;           // vor_errno is 0 from the start, however the call ends
 constexpr Frame lone_request_dropped = 1u << 17;   // no response buffer: the request is given back, else it stays taken
 constexpr Frame option_byte = 1u << 18;            // the first argument is the meta-data byte
-constexpr Frame flag_byte = 1u << 19;              // the first argument leads the payload, and counts in its length
+constexpr Frame flag_byte = 1u << 19;              // the first argument leads the payload; the call counts it in
 constexpr Frame null_payload_keeps = 1u << 20;     // no place to write: -4, what was taken stays taken
 constexpr Frame null_payload_drops = 1u << 21;     // no place to write: -4, what was taken is given back
 constexpr Frame one_way = 1u << 22;                // sent, never answered
@@ -41,8 +42,7 @@ constexpr Frame two_buffer_send = 1u << 24;        // sent with both buffers tak
 constexpr Frame refused_keeps_response = 1u << 25; // a refused exchange gives back the request only
 constexpr Frame request_dropped_first = 1u << 26;  // given back before the answer is looked at
 constexpr Frame id_low_half = 1u << 27;            // answers are known by the low 16 bits of their id
-constexpr Frame answer_unread = 1u << 28;          // a 16-bit id against a wider one: no answer ever matches
-constexpr Frame empty_answer_keeps = 1u << 29;     // the right answer without a status: -4, buffers stay taken
+constexpr Frame empty_answer_keeps = 1u << 28;     // the right answer without a status: -4, buffers stay taken
 
 // --- Return codes ---------------------------------------------------------
 
@@ -58,31 +58,35 @@ enum class Kind : vor_uchar {
     int16,
     int32,
     string,
-    strings, // every further argument of the call, under one tag
     byte,
-    address,
+    address, // a dotted quad; what does not parse is sent as 0
+    strings, // every further argument of the call, under one tag
     addresses,
-    field8,
-    field16,
-    field32,
-    address_field,
+    end, // of the elements
 };
 
-// The arguments behind a call's dots.
+// An element's value on its way to the engine: a number or a pointer.
+using Argument = std::intptr_t;
+
+// The arguments behind a call's dots. A copy reads on from where it was made.
 struct Arguments {
     vor_int32 count;
     va_list list;
 };
 
-template <Kind kind_, vor_uchar tag_, class Value>
+template <Kind kind_, vor_uchar tag_, bool in_record_ = false>
 struct Part {
     static constexpr Kind kind = kind_;
     static constexpr vor_uchar tag = tag_; // a field's offset in its record
-    Value value;
+    static constexpr bool in_record = in_record_;
+    Argument value;
+
+    constexpr explicit Part(std::integral auto number) : value(static_cast<Argument>(number)) {}
+    explicit Part(void* pointer) : value(reinterpret_cast<Argument>(pointer)) {}
 };
 
 struct Option {
-    vor_int32 value;
+    Argument value;
 };
 
 constexpr Option option(std::integral auto low_byte)
@@ -91,71 +95,69 @@ constexpr Option option(std::integral auto low_byte)
 }
 
 template <vor_uchar tag, std::integral Value>
-requires(sizeof(Value) <= 2) constexpr Part<Kind::int16, tag, vor_int32> int16(Value value)
+requires(sizeof(Value) <= 2) constexpr auto int16(Value value)
 {
-    return {value};
+    return Part<Kind::int16, tag>(value);
 }
 
 // An argument wider than its element, cut on purpose.
 template <vor_uchar tag, std::integral Value>
-requires(sizeof(Value) == 4) constexpr Part<Kind::int16, tag, vor_int32> low16(Value value)
+requires(sizeof(Value) == 4) constexpr auto low16(Value value)
 {
-    return {static_cast<vor_int32>(value)};
+    return Part<Kind::int16, tag>(value);
 }
 
 template <vor_uchar tag, std::integral Value>
-constexpr Part<Kind::int32, tag, vor_int32> int32(Value value)
+requires(sizeof(Value) <= 4) constexpr auto int32(Value value)
 {
-    static_assert(sizeof(Value) <= 4);
-    return {static_cast<vor_int32>(value)};
+    return Part<Kind::int32, tag>(value);
 }
 
 template <vor_uchar tag>
-constexpr Part<Kind::string, tag, vor_char*> str(vor_char* text)
+auto str(vor_char* text)
 {
-    return {text};
+    return Part<Kind::string, tag>(text);
 }
 
 template <vor_uchar tag>
-constexpr Part<Kind::strings, tag, Arguments*> strings(Arguments& texts)
+constexpr auto byte(vor_uchar value)
 {
-    return {&texts};
+    return Part<Kind::byte, tag>(value);
 }
 
 template <vor_uchar tag>
-constexpr Part<Kind::byte, tag, vor_int32> byte(vor_uchar value)
+auto address(vor_char* text)
 {
-    return {value};
-}
-
-// A dotted quad; what does not parse is sent as 0.
-template <vor_uchar tag>
-constexpr Part<Kind::address, tag, vor_char*> address(vor_char* text)
-{
-    return {text};
+    return Part<Kind::address, tag>(text);
 }
 
 template <vor_uchar tag>
-constexpr Part<Kind::addresses, tag, Arguments*> addresses(Arguments& texts)
+auto strings(Arguments& texts)
 {
-    return {&texts};
+    return Part<Kind::strings, tag>(&texts);
+}
+
+template <vor_uchar tag>
+auto addresses(Arguments& texts)
+{
+    return Part<Kind::addresses, tag>(&texts);
 }
 
 template <class Member>
-constexpr Kind field_kind = sizeof(Member) == 1   ? Kind::field8
-                            : sizeof(Member) == 2 ? Kind::field16
-                                                  : Kind::field32;
+constexpr Kind field_kind = sizeof(Member) == 1   ? Kind::byte
+                            : sizeof(Member) == 2 ? Kind::int16
+                                                  : Kind::int32;
 
 template <std::size_t offset, class Member, std::integral Value>
-requires(sizeof(Value) <= sizeof(Member)) constexpr Part<field_kind<Member>, offset, vor_int32> field(Value value)
+requires(sizeof(Value) <= sizeof(Member)) constexpr auto field(Value value)
 {
-    return {static_cast<vor_int32>(value)};
+    return Part<field_kind<Member>, offset, true>(value);
 }
 
 template <std::size_t offset>
-constexpr Part<Kind::address_field, offset, vor_char*> address_field(vor_char* text)
+auto address_field(vor_char* text)
 {
-    return {text};
+    return Part<Kind::address, offset, true>(text);
 }
 
 #define FIELD(record, member) field<offsetof(record, member), decltype(record::member)>
@@ -173,7 +175,6 @@ struct Description {
     vor_uint32 id;
     Frame frame;
     vor_uchar record_length; // the bytes sent, also where the record is longer; 0 for a TLV chain
-    vor_uchar count;
 
     const Element* elements() const { return reinterpret_cast<const Element*>(this + 1); }
 };
@@ -181,27 +182,27 @@ struct Description {
 template <std::size_t count>
 struct Described {
     Description head;
-    Element elements[count == 0 ? 1 : count];
+    Element elements[count + 1];
 };
 static_assert(offsetof(Described<1>, elements) == sizeof(Description));
 
 // A message fits its frame: the option byte has a place and a place has its
 // option, and a record holds fields where a chain holds elements.
 template <class Part>
-constexpr bool is_field = Part::kind >= Kind::field8;
-template <>
-constexpr bool is_field<Option> = false;
-template <class Part>
 constexpr bool is_option = std::is_same_v<Part, Option>;
+template <bool record, class Part>
+constexpr bool belongs = Part::in_record == record;
+template <bool record>
+constexpr bool belongs<record, Option> = true;
 
 template <Frame frame, bool record, class... Parts>
 constexpr bool fits = (is_option<Parts> || ...) == ((frame & (option_byte | flag_byte)) != 0) &&
-                      ((is_option<Parts> || is_field<Parts> == record) && ...);
+                      (belongs<record, Parts> && ...);
 
 // `static`, not `inline`: a weak constant would be reached through the GOT on ARM.
 template <Frame frame, vor_uint32 id, vor_uchar record_length, class... Parts>
-static constexpr Described<sizeof...(Parts)> elements{{id, frame, record_length, sizeof...(Parts)},
-                                                      {{Parts::tag, Parts::kind}...}};
+static constexpr Described<sizeof...(Parts)> elements{{id, frame, record_length},
+                                                      {{Parts::tag, Parts::kind}..., {0, Kind::end}}};
 
 template <Frame frame, vor_uint32 id, vor_uchar record_length, class... Parts>
 static constexpr const auto& elements<frame, id, record_length, Option, Parts...> =
@@ -222,9 +223,11 @@ struct Call {
     VOR_IPC_MSG_REF request;
     VOR_IPC_MSG_REF response;
     vor_uint16 length; // of the payload
+    vor_uchar byte;    // of a byte element, until the chain is serialized
 };
 
-// Endpoint and buffers. Like every step: 0 to go on, else the code to return.
+// Endpoint and buffers, the response's only where the frame awaits one. Like
+// every step: 0 to go on, else the code to return.
 vor_int32 take(Call& call, Frame frame);
 
 // take, then the payload from the description and the arguments.
@@ -247,7 +250,8 @@ vor_int32 conclude(Call& call, Frame frame, vor_uint32 id); // post or exchange,
 
 void drop_both(Call& call);
 
-// Whole calls from a description.
+// Whole calls from a description: any, and the chain that is answered.
+vor_int32 message_described(const Description* description, ...);
 vor_int32 request_described(const Description* description, ...);
 void* statistics_described(const Description* description, ...);
 
@@ -268,13 +272,19 @@ inline vor_int32 status_at(const void* payload)
 template <Frame frame, vor_uint32 id, vor_uchar record_length = 0, class... Parts>
 [[gnu::always_inline]] inline vor_int32 request(Parts... parts)
 {
-    return request_described(describe<frame, id, record_length, Parts...>(), parts.value...);
+    constexpr const Description* description = describe<frame, id, record_length, Parts...>();
+    if constexpr (record_length == 0 && (frame & (one_way | two_buffer_send)) == 0) {
+        return request_described(description, parts.value...);
+    } else {
+        return message_described(description, parts.value...);
+    }
 }
 
-template <Frame frame, vor_uint32 id, vor_uchar record_length = 0, class... Parts>
+// Everything before the exchange; the id comes with it.
+template <Frame frame, vor_uchar record_length = 0, class... Parts>
 [[gnu::always_inline]] inline vor_int32 prepare(Call& call, Parts... parts)
 {
-    return prepare_described(&call, describe<frame, id, record_length, Parts...>(), parts.value...);
+    return prepare_described(&call, describe<frame, 0, record_length, Parts...>(), parts.value...);
 }
 
 // The counters of a port, in a buffer already given back; null for every failure.

@@ -14,7 +14,7 @@ constexpr vor_uint32 serial_answer = 0x10004; // the serial manager's id is what
 tarn_int32 tarn_cfg_lora_set_channel(tarn_int16 port_num, tarn_char* channel_name, tarn_boolean /*set*/)
 {
     Call call;
-    vor_int32 code = prepare<lora, lora_channel>(call, int16<1>(port_num), str<2>(channel_name));
+    vor_int32 code = prepare<lora>(call, int16<1>(port_num), str<2>(channel_name));
     if (code != ok) {
         return code;
     }

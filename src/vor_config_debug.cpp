@@ -11,7 +11,7 @@ namespace {
 
 constexpr Frame debug_record = sap(0) | one_way | null_payload_drops;
 constexpr vor_uint32 debug_level = 27;
-constexpr Frame log_file = sap(2) | one_way | null_payload_drops;
+constexpr Frame log_file = sap(2) | one_way;
 constexpr vor_uint32 log_file_upload = 0x2028;
 
 struct Word {
@@ -71,7 +71,7 @@ vor_int32 vor_cfg_set_debug_info(vor_boolean en_dis_flag, vor_char* task_name, v
         return ok;
     }
     Call call;
-    const vor_int32 code = prepare<debug_record, debug_level, sizeof(LOG_INFO)>(
+    const vor_int32 code = prepare<debug_record, sizeof(LOG_INFO)>(
         call, FIELD(LOG_INFO, log_level)(en_dis_flag != 0 ? mask->number : vor_uchar{0}),
         FIELD(LOG_INFO, sap_id)(module->number));
     if (code != ok) {

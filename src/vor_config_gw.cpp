@@ -6,6 +6,8 @@
 namespace {
 
 constexpr Frame place = sap(10) | flag_byte | null_payload_drops;
+constexpr vor_uint32 latitude_setting = 0xa008;
+constexpr vor_uint32 longitude_setting = 0xa009;
 
 constexpr vor_int32 accepted_place = 1;
 constexpr vor_int32 latitude_refused = -1001;
@@ -19,6 +21,7 @@ vor_boolean flag(vor_boolean set)
 // No id is compared, vor_errno stays out of it, and a refused exchange is -4.
 vor_int32 conclude_place(Call& call, vor_uint32 id, vor_int32 refused_code)
 {
+    ++call.length; // the flag leads the payload
     if (exchange(call, place, id) != ok) {
         return no_status;
     }
@@ -35,13 +38,13 @@ vor_int32 conclude_place(Call& call, vor_uint32 id, vor_int32 refused_code)
 vor_int32 vor_cfg_set_gw_device_latitude_config(vor_boolean set, vor_char* latitude)
 {
     Call call;
-    const vor_int32 code = prepare<place, 0xa008>(call, option(flag(set)), str<1>(latitude));
-    return code != ok ? code : conclude_place(call, 0xa008, latitude_refused);
+    const vor_int32 code = prepare<place>(call, option(flag(set)), str<1>(latitude));
+    return code != ok ? code : conclude_place(call, latitude_setting, latitude_refused);
 }
 
 vor_int32 vor_cfg_set_gw_device_longitude_config(vor_boolean set, vor_char* longitude)
 {
     Call call;
-    const vor_int32 code = prepare<place, 0xa009>(call, option(flag(set)), str<2>(longitude));
-    return code != ok ? code : conclude_place(call, 0xa009, longitude_refused);
+    const vor_int32 code = prepare<place>(call, option(flag(set)), str<2>(longitude));
+    return code != ok ? code : conclude_place(call, longitude_setting, longitude_refused);
 }

@@ -40,7 +40,7 @@ vor_int32 vor_cfg_set_ip_address(vor_uchar interface_number, vor_char* ip_addres
 {
     Call call;
     const vor_uint32 id = interface_number == 0 ? first_interface_address : other_interface_address;
-    vor_int32 code = prepare<eth_record | clears_errno, first_interface_address, sizeof(VOR_ETH_CONFIG_IP)>(
+    vor_int32 code = prepare<eth_record | clears_errno, sizeof(VOR_ETH_CONFIG_IP)>(
         call, FIELD(VOR_ETH_CONFIG_IP, eth_int_number)(interface_number),
         FIELD(VOR_ETH_CONFIG_IP, eth_conf_option)(config_option),
         FIELD(VOR_ETH_CONFIG_IP, ip_address)(network_address(ip_address)),
@@ -90,8 +90,8 @@ vor_int32 vor_cfg_set_access_point_params(vor_uint16 intr_num, vor_char* passwd,
                                           vor_uint16 country_code, vor_char config_option)
 {
     Call call;
-    vor_int32 code = prepare<eth_option, access_point>(call, option(config_option), int16<1>(intr_num), str<2>(ssid),
-                                                       int16<3>(protocol), str<4>(passwd), int16<20>(country_code));
+    vor_int32 code = prepare<eth_option>(call, option(config_option), int16<1>(intr_num), str<2>(ssid),
+                                         int16<3>(protocol), str<4>(passwd), int16<20>(country_code));
     if (code != ok) {
         return code;
     }

@@ -26,9 +26,8 @@ vor_int32 vor_cfg_set_mqtt_server_config(vor_char* service_name, vor_uchar proto
 {
     std::puts("entrd api");
     Call call;
-    const vor_int32 code =
-        prepare<mqtt_service, mqtt_setting>(call, option(config_option), str<10>(service_name), int16<6>(protocol),
-                                            str<7>(ip_address), int16<8>(port_number), byte<32>(server_type));
+    const vor_int32 code = prepare<mqtt_service>(call, option(config_option), str<10>(service_name), int16<6>(protocol),
+                                                 str<7>(ip_address), int16<8>(port_number), byte<32>(server_type));
     if (code != ok) {
         return code;
     }

@@ -20,7 +20,7 @@ vor_int32 vor_cfg_set_pcu_config_module(vor_char* serial_number)
 vor_int32 vor_cfg_set_pcu_config_enable(vor_uchar is_enabled)
 {
     Call call;
-    vor_int32 code = prepare<pcu, pcu_setting>(call, int16<2>(is_enabled));
+    vor_int32 code = prepare<pcu>(call, int16<2>(is_enabled));
     if (code != ok) {
         return code;
     }

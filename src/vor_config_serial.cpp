@@ -7,7 +7,7 @@ namespace {
 
 constexpr Frame serial = sap(16) | clears_errno; // answers compared in all 32 bits, lone request kept
 constexpr Frame serial_speed = serial | lone_request_dropped;
-constexpr Frame serial_unread = serial_speed | answer_unread; // never 0: -4 is as good as it gets
+constexpr Frame serial_unread = serial_speed | id_low_half; // 16 bits never equal 0x10004: delivered is -4, always
 constexpr Frame serial_channel = sap(16) | lone_request_dropped | null_payload_drops;
 constexpr vor_uint32 serial_setting = 0x10004;
 

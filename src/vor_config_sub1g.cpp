@@ -29,7 +29,7 @@ vor_int32 vor_cfg_sub1g_set_channel(vor_int16 port_num, vor_char* stream_name, v
 vor_int32 vor_cfg_get_reg_values(SUB1G_CONFIG_REG** sub1g_reg)
 {
     Call call;
-    if (prepare<sub1g_registers, read_registers>(call) != ok || exchange(call, sub1g_registers, read_registers) != ok) {
+    if (take(call, sub1g_registers) != ok || exchange(call, sub1g_registers, read_registers) != ok) {
         return -1;
     }
     if (answers(call, sub1g_registers, read_registers)) {

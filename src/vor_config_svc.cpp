@@ -48,7 +48,7 @@ vor_int32 vor_cfg_set_service_chain(vor_uchar mode, vor_char* chain_name, vor_uc
     Arguments members{};
     members.count = elm_count;
     va_start(members.list, elm_count);
-    vor_int32 code = prepare<chain, service_chain>(call, option(mode), str<1>(chain_name), strings<2>(members));
+    vor_int32 code = prepare<chain>(call, option(mode), str<1>(chain_name), strings<2>(members));
     va_end(members.list);
     if (code != ok) {
         return code;
@@ -68,6 +68,6 @@ vor_int32 vor_cfg_set_service_chain(vor_uchar mode, vor_char* chain_name, vor_uc
 vor_int32 vor_cfg_tp_set_app(vor_char* service_name, vor_char* app_name, vor_int16 app_sap_id)
 {
     Call call;
-    const vor_int32 code = prepare<transport, transport_application>(call, str<1>(service_name), str<2>(app_name));
+    const vor_int32 code = prepare<transport>(call, str<1>(service_name), str<2>(app_name));
     return code != ok ? code : post(call, transport | sap(static_cast<vor_uint16>(app_sap_id)), transport_application);
 }

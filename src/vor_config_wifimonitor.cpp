@@ -14,7 +14,7 @@ constexpr vor_uint32 monitor_channel = 0x12001;
 vor_int32 set_wifi_monitor_channel_name(vor_char* channel_name, vor_boolean set)
 {
     Call call;
-    if (prepare<wifi_monitor, monitor_channel>(call, str<1>(channel_name), int16<2>(set)) != ok ||
+    if (prepare<wifi_monitor>(call, str<1>(channel_name), int16<2>(set)) != ok ||
         vor_ipc_send(call.handle, static_cast<vor_uint16>(wifi_monitor), monitor_channel, &call.request, call.length,
                      0) != 0) {
         return -1;

@@ -13,7 +13,7 @@ constexpr vor_uint32 read_temperature = 0x2021;
 vor_int32 vor_cfg_get_system_temperature(vor_int16* system_temp)
 {
     Call call;
-    vor_int32 code = prepare<temperature, read_temperature>(call); // an empty request
+    vor_int32 code = take(call, temperature); // an empty request
     if (code != ok) {
         return code;
     }

@@ -4,8 +4,8 @@
  * Build a query with vor_cfg_proto_init, vor_cfg_proto_set_op and the setters,
  * send it with vor_konfd_bi_dir_comm and release it with vor_cfg_proto_cleanup.
  * Nothing is escaped: a double quote in a text breaks the query's quoting.
- * vor_errno is never touched. When memory runs short a setter leaves its text
- * as it was and still returns 0.
+ * vor_errno is never touched. A text for which memory runs short is left out
+ * without a word: its setter still returns 0, its command comes without it.
  */
 #ifndef DEVICE_MGMT_KONFD_H
 #define DEVICE_MGMT_KONFD_H
@@ -104,7 +104,7 @@ vor_int32 vor_cfg_proto_cleanup(VOR_CFG_PROTO* handle);
  * @param handle  the query; stays as it is
  * @param length  start it at 0: the counted length is added to it; set to 0 when a line or pattern is missing
  * @return the command, the caller's to free with vor_free; null for a null argument, an unknown operation, a missing
- *         line or pattern, or when memory is short
+ *         line or pattern, or when there is no memory for the counted bytes
  */
 vor_char* vor_cfg_proto_get_command(VOR_CFG_PROTO* handle, vor_int32* length);
 

@@ -85,7 +85,8 @@ static std::string row_text(const Row& row, const DocumentedCall* call)
             text += paragraph + "\n\n";
         }
     } else {
-        text += '`' + usage(row) + "`\n\n" + std::string(row.summary) + "\n\n";
+        text += '`' + usage(row) + "`\n\n" + std::string(row.summary) + "\n\n```text\n" + std::string(query_options) +
+                "```\n\n";
     }
     if (!row.covered_by.empty()) {
         return text + "Not called on its own; what uses it: " + std::string(row.covered_by) + ".\n\n";

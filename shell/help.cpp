@@ -101,6 +101,9 @@ std::string help(const Row& row)
     text +=
         (row.marks & answer_unread) != 0 ? "The call never reads the manager's answer: no verdict can be had.\n" : "";
     text += (row.marks & confirm) != 0 ? "Wants --yes.\n" : "";
+    if (is_query(row)) {
+        text += query_options;
+    }
     for (const Argument& argument : arguments_of(row)) {
         if (!argument.output && !argument.counted) {
             text += "  " + padded(argument.name, 22) + kind_text(argument) + '\n';

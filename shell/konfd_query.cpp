@@ -119,7 +119,7 @@ static constexpr Row make_query_row()
             "query",
             {},
             "Edits the stored configuration with one query.",
-            "--set --line ssid Tower17 --pattern ssid --path interface wlan0",
+            "--set --line mtu 1400 --pattern mtu \"[0-9]+\" --path interface eth1",
             {},
             {}};
     row.channel = Channel::konfd;
@@ -128,6 +128,13 @@ static constexpr Row make_query_row()
 }
 
 constexpr Row query_row = make_query_row();
+
+constexpr std::string_view query_options =
+    "  --set, --check, --unset  put the line, ask whether it is there, take it away\n"
+    "  --line KEY VALUE         the line \"KEY VALUE\"; --unset takes none\n"
+    "  --pattern KEY [VALUE]    the lines meant, as a regular expression: ^KEY VALUE$, or ^KEY$ alone\n"
+    "  --path KEY VALUE         one step down to where the line stands, outermost first\n"
+    "  --priority N             where the line stands among others\n";
 
 bool is_query(const Row& row)
 {

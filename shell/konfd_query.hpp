@@ -2,12 +2,14 @@
 #pragma once
 
 #include <span>
+#include <string_view>
 
 #include "plan.hpp"
 
 namespace vorcfg {
 
 extern const Row query_row;
+extern const std::string_view query_options; // what they mean, a line each
 
 bool is_query(const Row& row);
 Planned plan_query(const Row& row, std::span<const Token> tokens, const SecretSources& sources);

@@ -52,7 +52,7 @@ vor_char* text(Argument argument)
 }
 
 // The arguments come in the order of the elements.
-void write_chain(Call& call, const Element* element, vor_uchar* payload, Arguments arguments)
+void write_chain(Call& call, const Element* element, Arguments arguments)
 {
     TLV_CHAIN chain;
     vor_tlv_chain_init(&chain);
@@ -81,7 +81,7 @@ void write_chain(Call& call, const Element* element, vor_uchar* payload, Argumen
             add_all(chain, tag, kind, *reinterpret_cast<Arguments*>(va_arg(arguments.list, Argument)));
             break;
         case Kind::end:
-            serialize(call, chain, payload);
+            serialize(call, chain);
             return;
         }
     }
@@ -105,7 +105,7 @@ void write_record(const Element* element, vor_uchar* payload, Arguments argument
     }
 }
 
-vor_int32 fill(Call& call, Frame frame, const Element* elements, vor_uchar record_length, Arguments arguments)
+vor_int32 fill(Call& call, Frame frame, const Element* elements, vor_uint16 record_length, Arguments arguments)
 {
     vor_uint16 offset = 0;
     if ((frame & (option_byte | flag_byte)) != 0) {
@@ -118,14 +118,14 @@ vor_int32 fill(Call& call, Frame frame, const Element* elements, vor_uchar recor
         *place = static_cast<vor_uchar>(va_arg(arguments.list, Argument));
         offset = 1;
     }
-    vor_uchar* const payload = payload_of(call.request, offset);
-    if (payload == nullptr && (frame & (null_payload_keeps | null_payload_drops)) != 0) {
+    call.payload = payload_of(call.request, offset);
+    if (call.payload == nullptr && (frame & (null_payload_keeps | null_payload_drops)) != 0) {
         return no_place(call, frame);
     }
     if (record_length == 0) {
-        write_chain(call, elements, payload, arguments);
+        write_chain(call, elements, arguments);
     } else {
-        write_record(elements, payload, arguments);
+        write_record(elements, call.payload, arguments);
         call.length = record_length;
     }
     return ok;
@@ -170,10 +170,10 @@ vor_int32 take(Call& call, Frame frame)
     return code != ok || (frame & one_way) != 0 ? code : take_response(call, frame);
 }
 
-void serialize(Call& call, TLV_CHAIN& chain, vor_uchar* payload)
+void serialize(Call& call, TLV_CHAIN& chain)
 {
     vor_int32 size = 0;
-    vor_tlv_chain_serialize(&chain, payload, &size);
+    vor_tlv_chain_serialize(&chain, call.payload, &size);
     vor_tlv_chain_free(&chain, 0);
     call.length = static_cast<vor_uint16>(size);
 }
@@ -217,13 +217,19 @@ bool answers(const Call& call, Frame frame, vor_uint32 id)
     return answer == id;
 }
 
-bool accepted(Call& call, Frame frame, vor_uint32 id)
+vor_int32 look(Call& call, Frame frame, vor_uint32 id, const void*& status)
 {
-    if (!answers(call, frame, id)) {
-        return false;
+    status = nullptr;
+    if ((frame & request_dropped_first) != 0) {
+        vor_ipc_drop_msg_buf(&call.request);
     }
-    const void* const status = payload_of(call.response);
-    return status != nullptr && status_at(status) == 0;
+    if (answers(call, frame, id)) {
+        status = payload_of(call.response);
+        if (status == nullptr && (frame & empty_answer_keeps) != 0) {
+            return no_status;
+        }
+    }
+    return ok;
 }
 
 vor_int32 settle(Call& call, Frame frame, const void* status)
@@ -247,16 +253,8 @@ vor_int32 settle(Call& call, Frame frame, const void* status)
 vor_int32 verdict(Call& call, Frame frame, vor_uint32 id)
 {
     const void* status = nullptr;
-    if ((frame & request_dropped_first) != 0) {
-        vor_ipc_drop_msg_buf(&call.request);
-    }
-    if (answers(call, frame, id)) {
-        status = payload_of(call.response);
-        if (status == nullptr && (frame & empty_answer_keeps) != 0) {
-            return no_status;
-        }
-    }
-    return settle(call, frame, status);
+    const vor_int32 code = look(call, frame, id, status);
+    return code != ok ? code : settle(call, frame, status);
 }
 
 vor_int32 conclude(Call& call, Frame frame, vor_uint32 id)

@@ -8,7 +8,7 @@
 //
 // The line compiles to a constant description and one variadic call; nothing
 // of the exchange is instantiated per call. A call with a behaviour of its own
-// is written out from the same steps: prepare, exchange, verdict.
+// is written out from the same steps: prepare, exchange, look, settle.
 #pragma once
 
 #include <concepts>
@@ -174,7 +174,7 @@ struct Element {
 struct Description {
     vor_uint32 id;
     Frame frame;
-    vor_uchar record_length; // the bytes sent, also where the record is longer; 0 for a TLV chain
+    vor_uint16 record_length; // the bytes sent, also where the record is longer; 0 for a TLV chain
 
     const Element* elements() const { return reinterpret_cast<const Element*>(this + 1); }
 };
@@ -200,15 +200,15 @@ constexpr bool fits = (is_option<Parts> || ...) == ((frame & (option_byte | flag
                       (belongs<record, Parts> && ...);
 
 // `static`, not `inline`: a weak constant would be reached through the GOT on ARM.
-template <Frame frame, vor_uint32 id, vor_uchar record_length, class... Parts>
+template <Frame frame, vor_uint32 id, vor_uint16 record_length, class... Parts>
 static constexpr Described<sizeof...(Parts)> elements{{id, frame, record_length},
                                                       {{Parts::tag, Parts::kind}..., {0, Kind::end}}};
 
-template <Frame frame, vor_uint32 id, vor_uchar record_length, class... Parts>
+template <Frame frame, vor_uint32 id, vor_uint16 record_length, class... Parts>
 static constexpr const auto& elements<frame, id, record_length, Option, Parts...> =
     elements<frame, id, record_length, Parts...>;
 
-template <Frame frame, vor_uint32 id, vor_uchar record_length, class... Parts>
+template <Frame frame, vor_uint32 id, vor_uint16 record_length, class... Parts>
 constexpr const Description* describe()
 {
     static_assert(fits<frame, record_length != 0, Parts...>);
@@ -222,8 +222,9 @@ struct Call {
     VOR_IPC_HANDLE* handle;
     VOR_IPC_MSG_REF request;
     VOR_IPC_MSG_REF response;
-    vor_uint16 length; // of the payload
-    vor_uchar byte;    // of a byte element, until the chain is serialized
+    vor_uchar* payload; // where it is written
+    vor_uint16 length;
+    vor_uchar byte; // of a byte element, until the chain is serialized
 };
 
 // Endpoint and buffers, the response's only where the frame awaits one. Like
@@ -233,19 +234,20 @@ vor_int32 take(Call& call, Frame frame);
 // take, then the payload from the description and the arguments.
 vor_int32 prepare_described(Call* call, const Description* description, ...);
 
-// Writes a chain to where the payload goes and frees it.
-void serialize(Call& call, TLV_CHAIN& chain, vor_uchar* payload);
+// Writes a chain as the payload and frees it.
+void serialize(Call& call, TLV_CHAIN& chain);
 
 vor_int32 post(Call& call, Frame frame, vor_uint32 id);
 vor_int32 exchange(Call& call, Frame frame, vor_uint32 id);
 
 vor_uint32 answer_id(const Call& call);
 bool answers(const Call& call, Frame frame, vor_uint32 id);
-bool accepted(Call& call, Frame frame, vor_uint32 id); // looks only: gives nothing back
 
-// Judges the answer and gives the buffers back.
-vor_int32 verdict(Call& call, Frame frame, vor_uint32 id);
+// The answer's status, null for an answer without one. Not 0 where such an answer ends the call.
+vor_int32 look(Call& call, Frame frame, vor_uint32 id, const void*& status);
+// Judges the status and gives the buffers back.
 vor_int32 settle(Call& call, Frame frame, const void* status);
+vor_int32 verdict(Call& call, Frame frame, vor_uint32 id);  // look and settle
 vor_int32 conclude(Call& call, Frame frame, vor_uint32 id); // post or exchange, as the frame says, and verdict
 
 void drop_both(Call& call);
@@ -267,9 +269,14 @@ inline vor_int32 status_at(const void* payload)
     return status;
 }
 
+inline bool accepted(const void* status)
+{
+    return status != nullptr && status_at(status) == 0;
+}
+
 // --- What families write --------------------------------------------------
 
-template <Frame frame, vor_uint32 id, vor_uchar record_length = 0, class... Parts>
+template <Frame frame, vor_uint32 id, vor_uint16 record_length = 0, class... Parts>
 [[gnu::always_inline]] inline vor_int32 request(Parts... parts)
 {
     constexpr const Description* description = describe<frame, id, record_length, Parts...>();
@@ -281,14 +288,14 @@ template <Frame frame, vor_uint32 id, vor_uchar record_length = 0, class... Part
 }
 
 // Everything before the exchange; the id comes with it.
-template <Frame frame, vor_uchar record_length = 0, class... Parts>
+template <Frame frame, vor_uint16 record_length = 0, class... Parts>
 [[gnu::always_inline]] inline vor_int32 prepare(Call& call, Parts... parts)
 {
     return prepare_described(&call, describe<frame, 0, record_length, Parts...>(), parts.value...);
 }
 
 // The counters of a port, in a buffer already given back; null for every failure.
-template <class Record, Frame frame, vor_uint32 id, vor_uchar record_length, class... Parts>
+template <class Record, Frame frame, vor_uint32 id, vor_uint16 record_length, class... Parts>
 [[gnu::always_inline]] inline Record* statistics(Parts... parts)
 {
     return static_cast<Record*>(statistics_described(describe<frame, id, record_length, Parts...>(), parts.value...));

@@ -11,7 +11,7 @@ namespace {
 
 constexpr Frame debug_record = sap(0) | one_way | null_payload_drops;
 constexpr vor_uint32 debug_level = 27;
-constexpr Frame log_file = sap(2) | one_way;
+constexpr Frame log_file = sap(2) | one_way | null_payload_drops;
 constexpr vor_uint32 log_file_upload = 0x2028;
 
 struct Word {
@@ -77,7 +77,7 @@ vor_int32 vor_cfg_set_debug_info(vor_boolean en_dis_flag, vor_char* task_name, v
     if (code != ok) {
         return code;
     }
-    vor_strcpy(reinterpret_cast<vor_char*>(payload_of(call.request)) + offsetof(LOG_INFO, proc_name), task_name);
+    vor_strcpy(reinterpret_cast<vor_char*>(call.payload) + offsetof(LOG_INFO, proc_name), task_name);
     post(call, debug_record, debug_level); // whether it was sent is not reported
     return ok;
 }
@@ -86,15 +86,11 @@ vor_int32 vor_cfg_set_log_file(vor_int32 set_option, vor_char* name, vor_char* l
                                vor_char* user_name, vor_char* password, vor_int32 upload_frequency)
 {
     Call call;
-    vor_int32 code = take(call, log_file);
+    const vor_int32 code = prepare<log_file, sizeof(LOG_UPLOAD_FILE_INFO)>(call);
     if (code != ok) {
         return code;
     }
-    auto* const info = reinterpret_cast<LOG_UPLOAD_FILE_INFO*>(payload_of(call.request));
-    if (info == nullptr) {
-        vor_ipc_drop_msg_buf(&call.request);
-        return no_status;
-    }
+    auto* const info = reinterpret_cast<LOG_UPLOAD_FILE_INFO*>(call.payload);
     vor_char* const end = reinterpret_cast<vor_char*>(info + 1);
     if (set_option >= 1 && set_option <= 3) { // any other option sends the buffer as it is
         info->set_option = set_option;
@@ -109,6 +105,5 @@ vor_int32 vor_cfg_set_log_file(vor_int32 set_option, vor_char* name, vor_char* l
             info->upload_frequency = upload_frequency;
         }
     }
-    call.length = sizeof(LOG_UPLOAD_FILE_INFO);
     return post(call, log_file, log_file_upload);
 }

@@ -99,8 +99,13 @@ vor_int32 vor_cfg_set_access_point_params(vor_uint16 intr_num, vor_char* passwd,
     if (code != ok) {
         return code;
     }
-    if (!accepted(call, eth_option, access_point)) {
-        return verdict(call, eth_option, access_point);
+    const void* status = nullptr;
+    code = look(call, eth_option, access_point, status);
+    if (code != ok) {
+        return code;
+    }
+    if (!accepted(status)) {
+        return settle(call, eth_option, status);
     }
     const vor_int32 sent = vor_ipc_send(call.handle, 0, access_point_notice, &call.request, call.length, 0);
     drop_both(call);

@@ -28,8 +28,13 @@ vor_int32 vor_cfg_set_pcu_config_enable(vor_uchar is_enabled)
     if (code != ok) {
         return code;
     }
-    if (accepted(call, pcu, pcu_setting)) {
+    const void* status = nullptr;
+    code = look(call, pcu, pcu_setting, status);
+    if (code != ok) {
+        return code;
+    }
+    if (accepted(status)) {
         std::puts("Success");
     }
-    return verdict(call, pcu, pcu_setting);
+    return settle(call, pcu, status);
 }

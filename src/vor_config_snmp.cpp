@@ -32,7 +32,7 @@ vor_int32 vor_cfg_set_snmp_server_v3_credentials(vor_char* input_string, vor_uch
     if (code != ok) {
         return code;
     }
-    vor_uchar* const payload = payload_of(call.request);
+    call.payload = payload_of(call.request);
     TLV_CHAIN chain;
     vor_tlv_chain_init(&chain);
     if (mode <= 1 && option >= 1 && option <= 3) {
@@ -40,7 +40,7 @@ vor_int32 vor_cfg_set_snmp_server_v3_credentials(vor_char* input_string, vor_uch
         vor_tlv_chain_add_str(&chain, static_cast<vor_uint16>(group + option), input_string);
     }
     vor_tlv_chain_add_vor_int16(&chain, 4, option);
-    serialize(call, chain, payload);
+    serialize(call, chain);
     return conclude(call, snmp, v3_setting);
 }
 

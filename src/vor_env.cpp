@@ -21,12 +21,17 @@ vor_int32 vor_cfg_get_system_temperature(vor_int16* system_temp)
     if (code != ok) {
         return code;
     }
-    if (accepted(call, temperature, read_temperature)) {
+    const void* status = nullptr;
+    code = look(call, temperature, read_temperature, status);
+    if (code != ok) {
+        return code;
+    }
+    if (accepted(status)) {
         VOR_ENV_INFO info{}; // an answer without a reading is 0
         if (const void* const reading = payload_of(call.response, sizeof(VOR_SDK_API_STATUS)); reading != nullptr) {
             __builtin_memcpy(&info, reading, sizeof info);
         }
         *system_temp = info.system_temperature;
     }
-    return verdict(call, temperature, read_temperature);
+    return settle(call, temperature, status);
 }

@@ -122,6 +122,43 @@ TEST(frame, a_status_at_an_odd_address_is_read_whole)
     }
 }
 
+// A pointer asked for twice need not be the same twice.
+TEST(frame, a_payload_pointer_is_asked_for_once)
+{
+    const struct {
+        void (*make)();
+        const char* pointers;
+    } rows[] = {
+        {[] { vor_cfg_set_can_id(1, 2, 3); }, "q0 p0"},
+        {[] { vor_cfg_set_ip_address(0, ""_t, ""_t, 1); }, "q0 p0"},
+        {[] { vor_cfg_set_ip_address(3, ""_t, ""_t, 1); }, "q0"},
+        {[] { vor_cfg_set_mqtt_topic("t"_t, 1); }, "q1 p0"},
+        {[] { vor_cfg_set_access_point_params(1, ""_t, ""_t, 1, 1, 1); }, "q1 p0"},
+        {[] { vor_cfg_set_service_chain(1, "c"_t, 0); }, "q1 p0"},
+        {[] { vor_cfg_set_gw_device_latitude_config(1, ""_t); }, "q0 q1 p0"},
+        {[] { vor_cfg_set_pcu_config_enable(1); }, "q0 p0"},
+        {[] { vor_cfg_set_snmp_server_v3_credentials("x"_t, 1, 1); }, "q0 p0"},
+        {[] { vor_cfg_set_debug_info(1, "all"_t, "all"_t); }, "q0"},
+        {[] { vor_cfg_set_log_file(4, nullptr, nullptr, nullptr, nullptr, nullptr, 0); }, "q0"},
+        {[] { vor_cfg_get_gpio_port_stats(1); }, "q0 p0"},
+        {[] {
+             vor_int16 temperature;
+             vor_cfg_get_system_temperature(&temperature);
+         },
+         "p0 p4"},
+        {[] {
+             SUB1G_CONFIG_REG* registers;
+             vor_cfg_get_reg_values(&registers);
+         },
+         "p0"},
+    };
+    for (const auto& row : rows) {
+        begin_call();
+        printed_by(row.make);
+        EXPECT_EQ(fake::payload_pointers(), row.pointers) << fake::events();
+    }
+}
+
 TEST(frame, a_status_stays_until_a_call_that_clears_it)
 {
     begin_call();

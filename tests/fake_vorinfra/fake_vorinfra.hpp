@@ -58,6 +58,8 @@ std::string events();
 std::string event_names();
 // The buffers taken: q the first, p the second; small if handed back, in that order, then those kept in capitals.
 std::string buffers();
+// The payload pointers asked for, in order: the buffer and the offset.
+std::string payload_pointers();
 
 VOR_IPC_HANDLE* handle();
 vor_uchar* data_of_buffer(int nth);

@@ -127,6 +127,11 @@ std::string buffers()
     return text.empty() ? "-" : text;
 }
 
+std::string payload_pointers()
+{
+    return state.payload_pointers;
+}
+
 VOR_IPC_HANDLE* handle()
 {
     return &the_handle;
@@ -261,6 +266,7 @@ void* vor_ipc_get_payload_ptr(VOR_IPC_MSG_REF* message, vor_uint16 offset)
         return nullptr;
     }
     const bool answer = state.buffers.size() > 1 && buffer == &state.buffers[1];
+    state.payload_pointers += text_of(state.payload_pointers.empty() ? "" : " ", answer ? 'p' : 'q', offset);
     if (script.null_payload == (answer ? 2 : 1) && offset >= script.null_payload_from) {
         return nullptr;
     }

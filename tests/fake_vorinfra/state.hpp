@@ -32,6 +32,7 @@ struct State {
     std::deque<Buffer> buffers;
     int buffers_asked = 0;
     std::string dropped;
+    std::string payload_pointers;
     std::map<const TLV_CHAIN*, std::vector<Element>> chains;
     VOR_TIMER_CALLBACK timer_callback = nullptr;
     int sends = 0;

@@ -18,7 +18,9 @@ vor_int32 no_place(Call& call, Frame frame)
 vor_ip_address address_from(vor_char* text)
 {
     vor_ip_address address = 0;
-    ip_aton(text, &address);
+    if (text != nullptr) {
+        ip_aton(text, &address);
+    }
     return address;
 }
 

@@ -59,7 +59,7 @@ enum class Kind : vor_uchar {
     int32,
     string,
     byte,
-    address, // a dotted quad; what does not parse is sent as 0
+    address, // a dotted quad; what does not parse, or is no text at all, is sent as 0
     strings, // every further argument of the call, under one tag
     addresses,
     end, // of the elements

@@ -24,13 +24,15 @@ constexpr vor_int32 too_many_dns_servers = -1151;
 vor_uint32 network_address(const vor_char* text)
 {
     in_addr address{}; // stays 0.0.0.0 for a text that is none
-    inet_aton(text, &address);
+    if (text != nullptr) {
+        inet_aton(text, &address);
+    }
     return address.s_addr;
 }
 
 vor_uint16 number16(const vor_char* text)
 {
-    return static_cast<vor_uint16>(vor_atoi(text));
+    return text == nullptr ? vor_uint16{0} : static_cast<vor_uint16>(vor_atoi(text));
 }
 
 } // namespace
@@ -212,7 +214,7 @@ vor_int32 vor_cfg_set_default_gateway(vor_char* def_gateway, vor_char* iface_num
 vor_int32 vor_cfg_show_route_status(vor_char* iface_num)
 {
     return request<eth_record, 0x700e, sizeof(VOR_INTERFACE)>(
-        FIELD(VOR_INTERFACE, interface_num)(static_cast<vor_char>(std::atoi(iface_num))));
+        FIELD(VOR_INTERFACE, interface_num)(static_cast<vor_char>(iface_num == nullptr ? 0 : std::atoi(iface_num))));
 }
 
 vor_int32 vor_cfg_enable_ip_routing(vor_char* enable_status)

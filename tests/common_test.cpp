@@ -159,6 +159,19 @@ TEST(frame, a_payload_pointer_is_asked_for_once)
     }
 }
 
+TEST(frame, a_null_text_does_not_hide_a_missing_endpoint)
+{
+    fake::reset();
+    vor_cfg_set_ipc_endpoint(nullptr);
+    EXPECT_EQ(vor_cfg_set_ip_address(0, nullptr, nullptr, 1), -1);
+    EXPECT_EQ(vor_cfg_set_dhcp_server_dns_client(nullptr, nullptr, 0), -1);
+    EXPECT_EQ(vor_cfg_set_default_gateway(nullptr, nullptr, 1), -1);
+    EXPECT_EQ(vor_cfg_show_route_status(nullptr), -1);
+    EXPECT_EQ(vor_cfg_enable_ip_routing(nullptr), -1);
+    EXPECT_EQ(vor_cfg_set_static_route(nullptr, nullptr), -1);
+    EXPECT_EQ(vor_cfg_set_sysloginfo(1, nullptr, 514, 1), -1);
+}
+
 TEST(frame, a_status_stays_until_a_call_that_clears_it)
 {
     begin_call();

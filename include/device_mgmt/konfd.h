@@ -21,15 +21,18 @@ typedef struct _vor_cfg_proto_path_ {
     } elm_link;
 } VOR_CFG_PROTO_PATH;
 
+/* A queue of path elements; stqh_last is where the next one is linked. */
+struct _path_head_ {
+    struct _vor_cfg_proto_path_* stqh_first;
+    struct _vor_cfg_proto_path_** stqh_last;
+};
+
 typedef struct _vor_cfg_proto_ {
     vor_uchar op;
     vor_char* line;
     vor_char* pattern;
     vor_char* priority;
-    struct _path_head_ {
-        struct _vor_cfg_proto_path_* stqh_first;
-        struct _vor_cfg_proto_path_** stqh_last;
-    } path_head;
+    struct _path_head_ path_head;
 } VOR_CFG_PROTO;
 
 /**

@@ -1,5 +1,6 @@
 // The manager's side: receive, answer.
 #include <cerrno>
+#include <cstring>
 
 #include "log.hpp"
 #include "message.hpp"
@@ -54,7 +55,12 @@ int vorinfra_answer(VOR_IPC_HANDLE* handle, const VORINFRA_MESSAGE* request, vor
                  payload == nullptr ? "null pointer" : "at most 4096");
         return -1;
     }
-    const auto flag = vor_uint16(answer_bit | request->sequence);
-    const VOR_IPC_MSG_HDR header{own_sap, request->source, id, flag, size, 0};
+    VOR_IPC_MSG_HDR header;
+    memset(&header, 0, sizeof header); // what lies behind its last field is sent, too
+    header.ipc_src_id = own_sap;
+    header.ipc_dest_id = request->source;
+    header.opcode = id;
+    header.flag = vor_uint16(answer_bit | request->sequence);
+    header.payload_sz = size;
     return send_message(*endpoint, header, payload, MSG_DONTWAIT) ? 0 : -1;
 }

@@ -41,21 +41,20 @@ static void append_free(Buffer* buffer)
     free_end = &buffer->next_free;
 }
 
-static bool grow()
+static void grow()
 {
     if (block_count == most_blocks) {
-        return false;
+        return;
     }
     const unsigned count = block_size(block_count);
     Buffer* const block = static_cast<Buffer*>(calloc(count, sizeof(Buffer)));
     if (block == nullptr) {
-        return false;
+        return;
     }
     blocks[block_count++] = block;
     for (unsigned i = 0; i < count; i++) {
         append_free(&block[i]);
     }
-    return true;
 }
 
 static Buffer* containing(const void* address)
@@ -131,11 +130,14 @@ vor_int32 vor_ipc_get_buffer(VOR_IPC_MSG_REF* message)
     *message = {};
     const Endpoint* const holder = newest_endpoint();
     const Lock lock(guard);
-    if (free_first == nullptr && !grow()) {
+    if (free_first == nullptr) {
+        grow();
+    }
+    Buffer* const buffer = free_first;
+    if (buffer == nullptr) {
         complain("no message buffer: %u are taken, and there is no memory for more", taken_count);
         return -1;
     }
-    Buffer* const buffer = free_first;
     free_first = buffer->next_free;
     if (free_first == nullptr) {
         free_end = &free_first;

@@ -109,25 +109,25 @@ VOR_TIMER_HANDLE* vor_timer_create(vor_uint32, void* context, VOR_TIMER_CALLBACK
     return &timer->handle;
 }
 
-vor_int32 vor_timer_start(VOR_TIMER_HANDLE* handle, vor_uint32 milliseconds, vor_uint32)
+vor_int32 vor_timer_start(VOR_TIMER_HANDLE* timer, vor_uint32 milliseconds, vor_uint32)
 {
-    if (handle == nullptr) {
+    if (timer == nullptr) {
         return -1;
     }
     const auto run = timers_run();
-    Timer* timer;
+    Timer* started;
     unsigned start;
     {
         const Lock lock(guard);
-        timer = *link_to(handle);
-        if (timer == nullptr || !run) {
+        started = *link_to(timer);
+        if (started == nullptr || !run) {
             return -1;
         }
-        timer->milliseconds = milliseconds;
-        timer->fired = false;
-        start = ++timer->starts;
+        started->milliseconds = milliseconds;
+        started->fired = false;
+        start = ++started->starts;
     }
-    return !*run || launch(timer, start, milliseconds) ? 0 : -1;
+    return !*run || launch(started, start, milliseconds) ? 0 : -1;
 }
 
 unsigned vorinfra_timers(VORINFRA_TIMER* copies, unsigned room)

@@ -29,7 +29,7 @@ typedef struct vorinfra_timer {
 
 /* Copies the timers of this process, oldest first, as far as there is room.
  * Returns how many there are. */
-unsigned vorinfra_timers(VORINFRA_TIMER* timers, unsigned room);
+unsigned vorinfra_timers(VORINFRA_TIMER* copies, unsigned room);
 
 #ifdef __cplusplus
 }

@@ -10,7 +10,7 @@ namespace vorcfg {
 // Takes what is written to a descriptor until `take` or the end of its scope.
 class Capture {
 public:
-    explicit Capture(int descriptor);
+    explicit Capture(int wanted);
     Capture(const Capture&) = delete;
     Capture& operator=(const Capture&) = delete;
     ~Capture();

@@ -68,6 +68,7 @@ JsonObject& JsonObject::list(std::string_view key, const std::vector<std::string
 JsonObject& JsonObject::texts(std::string_view key, const std::vector<std::string>& values)
 {
     std::vector<std::string> quoted;
+    quoted.reserve(values.size());
     for (const std::string& value : values) {
         quoted.push_back(json_quoted(value));
     }

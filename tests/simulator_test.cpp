@@ -1,6 +1,7 @@
 // What the managers make of a message: values, objects, complaints, answers.
 #include <cstring>
 #include <regex>
+#include <set>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -245,11 +246,11 @@ TEST(Readings, MoveFromCallToCallAndAreTheSeedsOwn)
     EXPECT_GT(polls(after), polls(before));
     EXPECT_EQ(polls(before), polls(send(twin, 4, 0x4007, "hex 0300")));
     EXPECT_EQ(polls(after), polls(send(twin, 4, 0x4007, "hex 0300")));
-    std::vector<int> differing;
+    std::set<int> differences;
     for (int call = 0; call < 4; ++call) {
-        differing.push_back(polls(send(other, 4, 0x4007, "hex 0300")) - polls(send(twin, 4, 0x4007, "hex 0300")));
+        differences.insert(polls(send(other, 4, 0x4007, "hex 0300")) - polls(send(twin, 4, 0x4007, "hex 0300")));
     }
-    EXPECT_NE(differing.front(), differing.back());
+    EXPECT_GT(differences.size(), 1U);
 
     EXPECT_EQ(24U, send(gateway, 5, 0x5007, "hex 01000200").answer.size());
     EXPECT_EQ(10, send(gateway, 5, 0x5007, "hex 01000200").answer[0]) << "converter 1 of eight inputs, input 2";

@@ -1,6 +1,6 @@
 # Installs the build to a directory of its own, builds a front end against that
 # alone, by CMake and (where there is one) by pkg-config, and runs it.
-# Called with BUILD_DIR, SOURCE_DIR, PLACE, C_COMPILER.
+# Called with BUILD_DIR, SOURCE_DIR, PLACE, GENERATOR, C_COMPILER.
 function(run)
   execute_process(COMMAND ${ARGV} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
   if(NOT result EQUAL 0)
@@ -11,7 +11,7 @@ endfunction()
 
 file(REMOVE_RECURSE ${PLACE})
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${PLACE}/usr)
-run(${CMAKE_COMMAND} -S ${SOURCE_DIR} -B ${PLACE}/build -DCMAKE_PREFIX_PATH=${PLACE}/usr
+run(${CMAKE_COMMAND} -S ${SOURCE_DIR} -B ${PLACE}/build -G ${GENERATOR} -DCMAKE_PREFIX_PATH=${PLACE}/usr
   -DCMAKE_C_COMPILER=${C_COMPILER} -DCMAKE_BUILD_RPATH=${PLACE}/usr/lib)
 run(${CMAKE_COMMAND} --build ${PLACE}/build)
 file(GLOB_RECURSE libraries ${PLACE}/usr/libdevice_mgmt.so.1)

@@ -159,6 +159,29 @@ TEST(frame, a_payload_pointer_is_asked_for_once)
     }
 }
 
+// The strips refuse with a negative result.
+TEST(frame, a_positive_result_is_a_refusal_too)
+{
+    const struct {
+        vor_int32 (*make)();
+        const char* outcome;
+    } rows[] = {
+        {[] { return vor_cfg_set_can_id(1, 2, 3); }, "-3/0/qp"},
+        {[] { return vor_cfg_set_dhcp(1, 2); }, "-3/55/qp"},
+        {[] { return vor_cfg_set_gw_device_latitude_config(1, ""_t); }, "-4/55/qp"},
+        {[] { return vor_cfg_set_plat_hostname(""_t); }, "-3/55/q"},
+        {[] { return vor_cfg_mqtt_activate_session(""_t, 1); }, "-3/55/q"},
+        {[] { return set_wifi_monitor_channel_name(""_t, 1); }, "-1/55/Q"},
+        {[] { return vor_cfg_set_snmp_server_enable(1); }, "7/0/QP"},
+        {[] { return vor_int32{vor_system_restart(5)}; }, "-3/55/q"},
+    };
+    for (const auto& row : rows) {
+        begin_call();
+        fake::script.exchange_result = fake::script.send_result = 7;
+        EXPECT_EQ(outcome(row.make()), row.outcome) << fake::events();
+    }
+}
+
 TEST(frame, a_null_text_does_not_hide_a_missing_endpoint)
 {
     fake::reset();

@@ -91,6 +91,9 @@ void write_chain(Call& call, const Element* element, Arguments arguments)
 
 void write_record(const Element* element, vor_uchar* payload, Arguments arguments)
 {
+    if (payload == nullptr) {
+        __builtin_unreachable(); // a record's frame looks at its place first
+    }
     for (; element->kind != Kind::end; ++element) {
         vor_uchar* const place = payload + element->tag;
         const Argument argument = va_arg(arguments.list, Argument);

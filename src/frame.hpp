@@ -187,7 +187,8 @@ struct Described {
 static_assert(offsetof(Described<1>, elements) == sizeof(Description));
 
 // A message fits its frame: the option byte has a place and a place has its
-// option, and a record holds fields where a chain holds elements.
+// option, a record holds fields where a chain holds elements, and it is written
+// only where there is a place for it.
 template <class Part>
 constexpr bool is_option = std::is_same_v<Part, Option>;
 template <bool record, class Part>
@@ -197,7 +198,8 @@ constexpr bool belongs<record, Option> = true;
 
 template <Frame frame, bool record, class... Parts>
 constexpr bool fits = (is_option<Parts> || ...) == ((frame & (option_byte | flag_byte)) != 0) &&
-                      (belongs<record, Parts> && ...);
+                      (belongs<record, Parts> && ...) &&
+                      (!record || (frame & (null_payload_keeps | null_payload_drops)) != 0);
 
 // `static`, not `inline`: a weak constant would be reached through the GOT on ARM.
 template <Frame frame, vor_uint32 id, vor_uint16 record_length, class... Parts>

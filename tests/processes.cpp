@@ -31,7 +31,7 @@ int exit_code(pid_t pid)
     int status = 0;
     while (waitpid(pid, &status, 0) == -1) {
         if (errno != EINTR) {
-            fail("waitpid");
+            return -1;
         }
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);

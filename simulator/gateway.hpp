@@ -11,6 +11,7 @@ namespace vorsim {
  * What is to happen about a message: the gateway decides, the server carries
  * it out. Whoever wants to disturb an answer does so between the two.
  */
+// NOLINTNEXTLINE(bugprone-exception-escape): the JSON library's destructor may run out of memory
 struct Outcome {
     bool answered{};
     std::uint32_t answer_id{};

@@ -1,7 +1,4 @@
 // The library's konfd exchange against vorsim's konfd, over the real socket.
-#include <csignal>
-#include <cstdlib>
-
 #include <gtest/gtest.h>
 
 #include <device_mgmt.h>
@@ -13,8 +10,7 @@ namespace {
 
 class KonfdGateway : public testing::Test {
 protected:
-    KonfdGateway() { setenv("VORINFRA_ROOT", (workplace_.path() / "root").c_str(), 1); }
-    ~KonfdGateway() override { unsetenv("VORINFRA_ROOT"); }
+    KonfdGateway() { workplace_.enter(); }
 
     std::string held() const { return workplace_.run("vorsim show").text; }
 

@@ -16,6 +16,8 @@
 #include <vorinfra_inspect.h>
 #include <vorinfra_manager.h>
 
+#include "processes.hpp"
+
 namespace fs = std::filesystem;
 
 constexpr vor_uint16 client_sap = 200;
@@ -74,24 +76,18 @@ inline VORINFRA_MESSAGE next(VOR_IPC_HANDLE* handle)
 
 class PlatformTest : public testing::Test {
 protected:
-    void SetUp() override
+    PlatformTest()
     {
-        char name[] = "/tmp/vorinfra-test-XXXXXX";
-        ASSERT_NE(nullptr, mkdtemp(name));
-        home = name;
         for (const char* variable : {"VORINFRA_TIMEOUT_MS", "VORINFRA_LOG", "VORINFRA_TIMERS", "VORINFRA_ROOT"}) {
             unsetenv(variable);
         }
         setenv("VORINFRA_DIR", (home + "/run").c_str(), 1);
     }
-    void TearDown() override
-    {
-        EXPECT_EQ(0U, vorinfra_buffers_taken());
-        fs::remove_all(home);
-    }
+    void TearDown() override { EXPECT_EQ(0U, vorinfra_buffers_taken()); }
     std::string socket_file(vor_uint16 sap) const { return home + "/run/sap-" + std::to_string(sap); }
 
-    std::string home;
+    const processes::TemporaryDirectory place;
+    std::string home = place.path().string();
     TLV_CHAIN chain{};
 };
 

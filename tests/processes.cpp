@@ -6,8 +6,10 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
+#include <map>
 #include <poll.h>
 #include <spawn.h>
+#include <sstream>
 #include <stdexcept>
 #include <sys/wait.h>
 #include <system_error>
@@ -100,6 +102,12 @@ bool read_more(int output, std::string& text)
     }
 }
 
+// Where the sockets are: the platform's own, and other daemons'.
+std::map<std::string, std::string> platform_settings(const std::filesystem::path& place)
+{
+    return {{"VORINFRA_DIR", (place / "run").string()}, {"VORINFRA_ROOT", (place / "root").string()}};
+}
+
 } // namespace
 
 TemporaryDirectory::TemporaryDirectory()
@@ -115,6 +123,13 @@ TemporaryDirectory::~TemporaryDirectory()
 {
     std::error_code ignored;
     std::filesystem::remove_all(path_, ignored);
+}
+
+std::string contents(const std::filesystem::path& file)
+{
+    std::ostringstream text;
+    text << std::ifstream(file).rdbuf();
+    return text.str();
 }
 
 Workplace::Workplace()
@@ -141,9 +156,17 @@ std::vector<std::string> Workplace::environment() const
     }
     const char* const search = std::getenv("PATH");
     variables.push_back("PATH=" + (path() / "bin").string() + ":" + (search != nullptr ? search : "/usr/bin:/bin"));
-    variables.push_back("VORINFRA_DIR=" + (path() / "run").string());
-    variables.push_back("VORINFRA_ROOT=" + (path() / "root").string());
+    for (const auto& [name, value] : platform_settings(path())) {
+        variables.push_back(name + "=" + value);
+    }
     return variables;
+}
+
+void Workplace::enter() const
+{
+    for (const auto& [name, value] : platform_settings(path())) {
+        setenv(name.c_str(), value.c_str(), 1);
+    }
 }
 
 Output Workplace::run(const std::string& command) const

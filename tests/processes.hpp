@@ -27,6 +27,9 @@ struct Output {
     int exit_code;    // 128 + n for signal n
 };
 
+// All of a file; nothing of none.
+std::string contents(const std::filesystem::path& file);
+
 // A place where `vorcfg` and `vorsim` can be called by name, with a platform
 // directory of its own; commands run in a copy of nothing but the examples.
 class Workplace {
@@ -40,6 +43,8 @@ public:
 
     // The environment of everything started here.
     std::vector<std::string> environment() const;
+    // Makes this process one of them, as far as the platform goes.
+    void enter() const;
 
 private:
     TemporaryDirectory directory_;

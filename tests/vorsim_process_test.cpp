@@ -1,80 +1,44 @@
 // vorsim as a process: its sockets, its clients, its end.
+#include <algorithm>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <sstream>
 
-#include <poll.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
-#include <unistd.h>
-
-#include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
 
-#include <vorinfra_manager.h>
-
-#include "processes.hpp"
+#include "platform_fixture.hpp"
 #include "unix_socket.hpp"
 
 namespace {
 
+using processes::contents;
 using processes::Gateway;
 using processes::Output;
 using processes::Workplace;
 
-std::string contents(const std::filesystem::path& path)
-{
-    std::ostringstream text;
-    text << std::ifstream(path).rdbuf();
-    return text.str();
-}
-
 /* The test itself is the front end. */
 class Vorsim : public testing::Test {
 protected:
-    Vorsim()
-    {
-        setenv("VORINFRA_DIR", directory().c_str(), 1);
-        setenv("VORINFRA_ROOT", (place.path() / "root").c_str(), 1);
-    }
-    ~Vorsim() override { unsetenv("VORINFRA_DIR"), unsetenv("VORINFRA_ROOT"); }
+    Vorsim() { place.enter(); }
 
-    std::filesystem::path directory() const { return place.path() / "run"; }
     std::string konfd_path() const { return (place.path() / "root/tmp/konfd.socket").string(); }
 
     Workplace place;
 };
 
-/* A front end's endpoint. */
-class FrontEnd {
-public:
-    explicit FrontEnd(vor_uint16 sap) : handle_(vor_ipc_bind(sap, 0)) { EXPECT_NE(nullptr, handle_); }
-    FrontEnd(const FrontEnd&) = delete;
-    FrontEnd& operator=(const FrontEnd&) = delete;
-    ~FrontEnd() { vor_ipc_unbind(handle_); }
-
-    /* Asks for a record by a request without payload; the first word of the answer. */
-    int ask(vor_uint16 sap, vor_uint32 id)
-    {
-        VOR_IPC_MSG_REF request{};
-        VOR_IPC_MSG_REF response{};
-        EXPECT_EQ(0, vor_ipc_get_buffer(&request));
-        EXPECT_EQ(0, vor_ipc_get_buffer(&response));
-        int word = -1;
-        if (vor_ipc_request_response(handle_, sap, id, &request, &response, 0, 0) == 0) {
-            std::memcpy(&word, vor_ipc_get_payload_ptr(&response, 0), sizeof word);
-        }
-        vor_ipc_drop_msg_buf(&request);
-        vor_ipc_drop_msg_buf(&response);
-        return word;
+/* Asks for a record by a request without payload; the first word of the answer. */
+int ask(VOR_IPC_HANDLE* front_end, vor_uint16 sap, vor_uint32 id)
+{
+    Message request;
+    Message response;
+    int word = -1;
+    if (vor_ipc_request_response(front_end, sap, id, &request.ref, &response.ref, 0, 0) == 0) {
+        std::memcpy(&word, response.payload(), sizeof word);
     }
-
-private:
-    VOR_IPC_HANDLE* handle_;
-};
+    return word;
+}
 
 class KonfdClient {
 public:
@@ -104,7 +68,7 @@ TEST_F(Vorsim, IsReadyShowsItsStateAndLeavesNothingBehind)
     const std::string state = (place.path() / "state").string();
     for (const int signal_number : {SIGTERM, SIGINT}) {
         Gateway gateway(place, {"--journal", journal, "--state", state});
-        EXPECT_EQ(0, FrontEnd(4000).ask(2, 0x2021));
+        EXPECT_EQ(0, ask(Bound(client_sap), 2, 0x2021));
         EXPECT_EQ(0U, gateway.next_line().find("platmgr(2) 0x2021 vor_cfg_get_system_temperature  board -> status=0"));
         KonfdClient client(konfd_path());
         client.send("-s -l \"password hunter2\" \"interface wlan0\"\n");
@@ -115,7 +79,7 @@ TEST_F(Vorsim, IsReadyShowsItsStateAndLeavesNothingBehind)
         const auto shown = nlohmann::json::parse(place.run("vorsim show --json").text);
         EXPECT_EQ(1, shown["schema"]);
         EXPECT_EQ(0, gateway.stop(signal_number));
-        EXPECT_TRUE(std::filesystem::is_empty(directory()));
+        EXPECT_TRUE(std::filesystem::is_empty(place.path() / "run"));
         EXPECT_FALSE(std::filesystem::exists(konfd_path()));
         EXPECT_EQ(shown, nlohmann::json::parse(contents(state)));
     }
@@ -131,7 +95,7 @@ TEST_F(Vorsim, IsReadyShowsItsStateAndLeavesNothingBehind)
 TEST_F(Vorsim, FailsAStrictRunThatHadComplaints)
 {
     Gateway gateway(place, {"--strict", "--sap", "77"});
-    EXPECT_EQ(2, FrontEnd(4000).ask(77, 0x4d001));
+    EXPECT_EQ(2, ask(Bound(client_sap), 77, 0x4d001));
     EXPECT_EQ("strict: sap(77) 0x4d001: no such message -> status 2", gateway.next_line());
     EXPECT_EQ(3, gateway.stop(SIGTERM));
 }
@@ -159,7 +123,7 @@ TEST_F(Vorsim, SaysWhatItCannotDo)
     const Output second = place.run("vorsim");
     EXPECT_EQ(1, second.exit_code);
     EXPECT_NE(std::string::npos, second.text.find("another vorsim runs in")) << second.text;
-    EXPECT_EQ(0, FrontEnd(4000).ask(2, 0x2021)) << "the first is not disturbed";
+    EXPECT_EQ(0, ask(Bound(client_sap), 2, 0x2021)) << "the first is not disturbed";
 }
 
 TEST_F(Vorsim, TakesTheSocketsOfADeadOneOver)
@@ -170,7 +134,7 @@ TEST_F(Vorsim, TakesTheSocketsOfADeadOneOver)
     }
     ASSERT_TRUE(std::filesystem::exists(konfd_path()));
     const Gateway gateway(place, {});
-    EXPECT_EQ(0, FrontEnd(4000).ask(2, 0x2021));
+    EXPECT_EQ(0, ask(Bound(client_sap), 2, 0x2021));
     KonfdClient(konfd_path()).send("-d\n");
 }
 
@@ -180,9 +144,9 @@ TEST_F(Vorsim, OutlivesItsClients)
 
     const pid_t child = fork();
     if (child == 0) {
-        FrontEnd busy(4001);
+        const Bound busy(201);
         while (true) {
-            busy.ask(2, 0x2021);
+            ask(busy, 2, 0x2021);
         }
     }
     gateway.next_line();
@@ -206,7 +170,7 @@ TEST_F(Vorsim, OutlivesItsClients)
     EXPECT_EQ("-e\n", endless.receive());
     other.send("-c -r \"^half a line$\"\n");
     EXPECT_EQ("-o\n", other.receive());
-    EXPECT_EQ(0, FrontEnd(4000).ask(2, 0x2021));
+    EXPECT_EQ(0, ask(Bound(client_sap), 2, 0x2021));
     EXPECT_EQ(0, gateway.stop(SIGTERM));
 }
 

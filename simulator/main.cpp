@@ -1,5 +1,7 @@
+#include <cerrno>
 #include <cstdio>
-#include <exception>
+#include <cstring>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -18,8 +20,10 @@ int show(const vorsim::Options& options)
         throw vorsim::UsageError("the platform directory cannot be used");
     }
     const std::string answer = vorsim::ask_running(directory, options.json ? "show json" : "show");
-    const bool printed = std::fputs(answer.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
-    return printed ? 0 : 1;
+    if (std::fputs(answer.c_str(), stdout) < 0 || std::fflush(stdout) != 0) {
+        throw std::runtime_error(std::string("cannot write to standard output: ") + std::strerror(errno));
+    }
+    return 0;
 }
 
 int run(const std::vector<std::string>& arguments)

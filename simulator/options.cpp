@@ -27,16 +27,17 @@ const char* const help_text =
   --sap N           serve one more SAP for transport applications (repeatable)
   --strict          exit with 3 when any message was not as the tables say
   --seed N          where counters and measurements begin (default 1)
-  --state FILE      write the state as JSON when stopping
+  --state FILE      write the state as JSON, at the start and when stopping
   --journal FILE    append one JSON object per message
-  --show-secrets    passwords in clear, in lines, state and journal
+  --show-secrets    passwords in clear, in lines, state, journal and konfd's answers
   --json            with show: JSON instead of text
   --help            print this
 
 environment:
   VORINFRA_DIR      the directory of the gateway's sockets (absolute, mode 0700);
                     else $XDG_RUNTIME_DIR/vorinfra, else /tmp/vorinfra-UID
-  VORINFRA_ROOT     konfd listens at $VORINFRA_ROOT/tmp/konfd.socket
+  VORINFRA_ROOT     konfd listens at $VORINFRA_ROOT/tmp/konfd.socket; without it
+                    at /tmp/konfd.socket, when nobody else does
 
 A line "vorsim: ready, ..." tells that messages can be sent. SIGTERM and SIGINT
 stop the gateway and remove its sockets.
@@ -57,7 +58,7 @@ Options read_options(const std::vector<std::string>& arguments)
             }
             return *++argument;
         };
-        if (option == "--help") {
+        if (option == "--help" || option == "-h") {
             options.help = true;
         } else if (option == "show" && argument == arguments.begin()) {
             options.show = true;

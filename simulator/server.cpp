@@ -10,6 +10,7 @@
 #include <set>
 
 #include <sys/signalfd.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace vorsim {
@@ -174,7 +175,9 @@ void Server::write_state() const
 {
     const std::string path = *options_.state_file;
     const std::string unfinished = path + ".part";
+    const mode_t before = umask(0077); // it may hold passwords in clear
     std::ofstream file(unfinished, std::ios::trunc);
+    umask(before);
     file << dump(json(), 2) << "\n";
     file.close();
     if (!file || std::rename(unfinished.c_str(), path.c_str()) != 0) {

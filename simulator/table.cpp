@@ -12,9 +12,9 @@ constexpr const Family* all_families[] = {
 
 constexpr Manager all_managers[] = {
     {0, "system"},     {2, "platmgr"},      {3, "restmgr"},    {4, "gpiomgr"},    {5, "adcmgr"},     {7, "ethmgr"},
-    {8, "sub1gmgr"},   {9, "svcmgr"},       {10, "datamgr"},   {12, "gsm"},       {14, "sensormgr"}, {15, "mqttmgr"},
+    {8, "sub1gmgr"},   {9, "svcmgr"},       {10, "datamgr"},   {12, "gsmmgr"},    {14, "sensormgr"}, {15, "mqttmgr"},
     {16, "serialmgr"}, {18, "wifimonitor"}, {19, "canmgr"},    {20, "modbusmgr"}, {21, "snmpmgr"},   {22, "ntpmgr"},
-    {23, "pcu"},       {24, "lora"},        {240, "towermon"},
+    {23, "pcumgr"},    {24, "loramgr"},     {240, "towermon"},
 };
 
 } // namespace

@@ -172,7 +172,7 @@ TEST(Messages, ThatTheTablesDoNotKnowAreComplainedAbout)
          "strict: snmpmgr(21) 0x15001: vor_cfg_set_snmp_server_enable waits for an answer to a one-way message -> "
          "status 4"},
         {12, 0xc002, "1 i16 1", tells, none,
-         "strict: gsm(12) 0xc002: vor_cfg_gsm_activate was sent one-way, but is to be answered"},
+         "strict: gsmmgr(12) 0xc002: vor_cfg_gsm_activate was sent one-way, but is to be answered"},
     };
     Gateway gateway({});
     for (const Sent& sent : table) {

@@ -1,11 +1,5 @@
 #include "batch.hpp"
 
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <iostream>
-#include <sstream>
-
 #include "commands.hpp"
 #include "complaint.hpp"
 
@@ -90,6 +84,8 @@ static Planned plan_line(const std::vector<Token>& tokens, const SecretSources& 
 
 std::vector<Planned> plan_batch(std::string_view text, const std::string& name, const SecretSources& sources)
 {
+    static constexpr std::string_view byte_order_mark = "\xef\xbb\xbf";
+    text.remove_prefix(text.starts_with(byte_order_mark) ? byte_order_mark.size() : 0);
     std::vector<Planned> calls;
     std::string faults;
     ExitCode exit = exit_usage;
@@ -120,16 +116,7 @@ std::vector<Planned> plan_batch(std::string_view text, const std::string& name, 
 
 std::string read_batch(const std::string& path)
 {
-    std::ostringstream content;
-    if (path == "-") {
-        content << std::cin.rdbuf();
-        return content.str();
-    }
-    std::ifstream file(path, std::ios::binary);
-    if (!file || (file.peek() != EOF && !(content << file.rdbuf()))) {
-        throw Complaint("cannot read " + path + ": " + std::strerror(errno), exit_no_input);
-    }
-    return content.str();
+    return path == "-" ? content_of(stdin, "", "standard input") : content_of(std::fopen(path.c_str(), "re"), "", path);
 }
 
 } // namespace vorcfg

@@ -84,8 +84,11 @@ static std::size_t distance(std::string_view from, std::string_view to)
 }
 
 template <class Names>
-static std::string nearest(std::string_view wanted, const Names& names)
+static std::string nearest(std::string wanted, const Names& names, const std::string& listed)
 {
+    for (char& c : wanted) {
+        c = c == '_' ? '-' : char(std::tolower(std::uint8_t(c)));
+    }
     std::string_view best;
     std::size_t least = wanted.size() / 3 + 2;
     for (const auto& each : names) {
@@ -95,7 +98,7 @@ static std::string nearest(std::string_view wanted, const Names& names)
             best = each.name;
         }
     }
-    return best.empty() ? "" : "; is it " + std::string(best) + '?';
+    return best.empty() ? "; " + listed + " lists them" : "; is it " + std::string(best) + '?';
 }
 
 const Family& wanted_family(std::string_view name)
@@ -103,7 +106,7 @@ const Family& wanted_family(std::string_view name)
     if (const Family* const family = family_named(name)) {
         return *family;
     }
-    throw Complaint("no family \"" + std::string(name) + '"' + nearest(name, families()));
+    throw Complaint("no family \"" + std::string(name) + '"' + nearest(std::string(name), families(), "vorcfg --help"));
 }
 
 const Row& wanted_row(std::string_view family, std::string_view name)
@@ -112,7 +115,8 @@ const Row& wanted_row(std::string_view family, std::string_view name)
     if (const Row* const row = row_named(family, name)) {
         return *row;
     }
-    throw Complaint(std::string(family) + " has no call \"" + std::string(name) + '"' + nearest(name, known.rows()),
+    throw Complaint(std::string(family) + " has no call \"" + std::string(name) + '"' +
+                        nearest(std::string(name), known.rows(), "vorcfg " + std::string(family) + " --help"),
                     exit_usage, Complaint::call_token);
 }
 

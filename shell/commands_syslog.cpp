@@ -3,7 +3,7 @@
 namespace vorcfg {
 
 static constexpr Row rows[] = {
-    command<vor_cfg_set_sysloginfo>("syslog", "set-sysloginfo", "mode ip_address port_number protocol",
+    command<vor_cfg_set_sysloginfo>("syslog", "set-sysloginfo", "mode ip_address@ port_number protocol",
                                     "Sets the syslog server.", "1 192.168.1.5 514 1"),
     local<vor_cfg_get_sysloginfo>("syslog", "get-sysloginfo", "ip_address> port_number> protocol>", "Does nothing.", "",
                                   does_nothing),

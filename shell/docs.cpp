@@ -68,7 +68,7 @@ static std::string arguments_text(const Row& row, const DocumentedCall& call)
     std::string text;
     for (const Argument& argument : arguments_of(row)) {
         text += "| `" + std::string(argument.name) + "` | ";
-        text += argument.list ? "texts" : argument.counted ? "counted" : std::string(name_of(argument.type));
+        text += argument.counted ? "counted" : kind_of(argument);
         text += " | " + std::string(call.about(argument.list ? "..." : argument.name));
         text += argument.secret ? " (a secret: `@FILE`, `-` or `?`)" : "";
         text += " |\n";
@@ -104,7 +104,7 @@ static std::string row_text(const Row& row, const DocumentedCall* call)
 std::string page(const std::string& stem, const std::filesystem::path& include_directory)
 {
     const Header header = read_header(include_directory / "device_mgmt" / (stem + ".h"));
-    std::string text = "# " + stem + "\n\n";
+    std::string text = "# " + stem + "\n\n[How to read this page, and the common codes](README.md)\n\n";
     for (const std::string& paragraph : header.paragraphs) {
         text += paragraph + "\n\n";
     }

@@ -79,11 +79,11 @@ std::string help(const Family& family)
 static std::string kind_text(const Argument& argument)
 {
     if (argument.list) {
-        return "text, any number of them";
+        return std::string(argument.address ? "IPv4 addresses" : "texts") + ", as many as the call takes";
     }
-    std::string text(name_of(argument.type));
-    if (argument.type != Type::text) {
-        const Range range = range_of(argument.type);
+    std::string text(argument.bits != 0 ? "number" : kind_of(argument));
+    if (argument.type != Type::text || argument.bits != 0) {
+        const Range range = range_of(argument);
         text += ", " + std::to_string(range.least) + " to " + std::to_string(range.most);
     }
     text += argument.secret ? "; a secret: @FILE, - or ?" : "";
@@ -122,7 +122,7 @@ static std::string list_line(const Row& row, bool json)
         for (const Argument& argument : arguments_of(row)) {
             arguments.push_back(JsonObject()
                                     .text("name", argument.name)
-                                    .text("type", argument.list ? "list" : name_of(argument.type))
+                                    .text("type", kind_of(argument))
                                     .boolean("secret", argument.secret)
                                     .boolean("sent", !argument.unsent && !argument.output)
                                     .str());

@@ -155,7 +155,7 @@ static std::size_t read_option(const Option& option, std::span<const Token> toke
         const Part part = option.parts[taken];
         const std::size_t index = at + 1 + taken;
         Value value{part, {}, secret_follows};
-        value.text = secret_follows ? secret(token, part_names[part], sources) : token.text;
+        value.text = secret_follows ? secret(token, "password", sources) : token.text;
         check_konfd_text(part_names[part], value.text, index);
         secret_follows = taken == 0 && value.text == "password";
         planned.values.push_back(std::move(value));

@@ -5,6 +5,7 @@
 #include "complaint.hpp"
 #include "docs.hpp"
 #include "help.hpp"
+#include "observe.hpp"
 #include "options.hpp"
 #include "report.hpp"
 #include "run.hpp"
@@ -86,7 +87,7 @@ int main(int argc, char** argv)
         return finished(dispatch(options_of({argv + 1, argv + argc})));
     } catch (const Complaint& complaint) {
         std::fflush(stdout);
-        std::fprintf(stderr, "vorcfg: %s\n", complaint.what());
+        std::fprintf(stderr, "vorcfg: %s\n", printable(complaint.what()).c_str());
         return complaint.exit;
     }
 }

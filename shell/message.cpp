@@ -31,6 +31,38 @@ std::string manager_name(std::uint16_t sap)
     return "SAP " + std::to_string(sap);
 }
 
+// --- Texts ------------------------------------------------------------------
+
+static bool is_control(char c)
+{
+    return std::uint8_t(c) < ' ' || c == 0x7f;
+}
+
+static std::string in_hex(char c)
+{
+    static constexpr char digits[] = "0123456789abcdef";
+    return {digits[std::uint8_t(c) >> 4], digits[c & 15]};
+}
+
+std::string printable(std::string_view text)
+{
+    std::string out;
+    for (const char c : text) {
+        out += is_control(c) && c != '\n' ? "\\x" + in_hex(c) : std::string(1, c);
+    }
+    return out;
+}
+
+std::string quoted(std::string_view text)
+{
+    std::string out = "\"";
+    for (const char c : text) {
+        out += c == '"' || c == '\\' ? "\\" : "";
+        out += is_control(c) ? "\\x" + in_hex(c) : std::string(1, c);
+    }
+    return out + '"';
+}
+
 // --- Records, field by field ------------------------------------------------
 
 enum class FieldKind : std::uint8_t { uint8, uint16, int16, uint32, int32, address, text, secret };
@@ -187,7 +219,7 @@ static std::string value_of(const RecordField& field, const std::string& record)
     case FieldKind::address:
         return dotted(load<std::uint32_t>(record, field.offset));
     case FieldKind::text:
-        return '"' + std::string(record.data() + field.offset, strnlen(record.data() + field.offset, field.size)) + '"';
+        return quoted({record.data() + field.offset, strnlen(record.data() + field.offset, field.size)});
     case FieldKind::secret:
         break;
     }
@@ -196,12 +228,9 @@ static std::string value_of(const RecordField& field, const std::string& record)
 
 static std::string in_hex(std::string_view bytes)
 {
-    static constexpr char digits[] = "0123456789abcdef";
     std::string text;
     for (const char byte : bytes) {
-        text += text.empty() ? "" : " ";
-        text += digits[std::uint8_t(byte) >> 4];
-        text += digits[byte & 15];
+        text += (text.empty() ? "" : " ") + in_hex(byte);
     }
     return text;
 }
@@ -261,7 +290,7 @@ static std::string element_text(const Element& element, std::span<const Value> v
     case ElementKind::text:
         break;
     }
-    return tag + " str " + (element.secret ? std::string(mask) : '"' + element.bytes + '"');
+    return tag + " str " + (element.secret ? std::string(mask) : quoted(element.bytes));
 }
 
 std::string without_passwords(std::string_view text)

@@ -319,6 +319,7 @@ vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_u
     if (message.delivered) {
         Boundary::answered(message, response);
     } else {
+        message.too_long = errno == EMSGSIZE;
         message.timed_out = waited(start);
         Boundary::tell("< %s\n", message.timed_out ? "no answer in time" : "exchange refused");
     }
@@ -332,9 +333,11 @@ vor_int32 vor_ipc_send(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 messag
         return pass<vor_ipc_send>(handle, sap, message_id, message, payload_length, zero);
     }
     Message& sent = Boundary::begin(Way::one_way, sap, message_id, message, payload_length);
+    errno = 0;
     const vor_int32 result =
         Boundary::captures() ? 0 : pass<vor_ipc_send>(handle, sap, message_id, message, payload_length, zero);
     sent.delivered = result == 0 && !Boundary::captures();
+    sent.too_long = !sent.delivered && errno == EMSGSIZE;
     Boundary::tell("< %s\n", sent.delivered ? "sent one-way" : "send refused");
     return result;
 }

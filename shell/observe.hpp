@@ -41,6 +41,7 @@ struct Message {
 
     bool delivered = false;
     bool timed_out = false;
+    bool too_long = false;
     std::optional<std::uint32_t> answer_id;
     std::optional<std::int32_t> answer_status;
     std::optional<std::string> answer; // konfd's
@@ -75,9 +76,15 @@ private:
     std::span<const Value> values;
 };
 
+// The text with its control characters spelt out, but for line ends.
+std::string printable(std::string_view text);
+
 // A message in one line: `ethmgr (SAP 7) 0x7018 | option 1 | 1 i16 0 | 22 str "fe80::1"`.
 std::string described(const Message& message, std::span<const Value> values);
 std::string manager_name(std::uint16_t sap);
+
+// The text between double quotes, in one line whatever it holds.
+std::string quoted(std::string_view text);
 
 // The text with a konfd command's password words masked.
 std::string without_passwords(std::string_view text);

@@ -88,7 +88,8 @@ Options options_of(std::span<char* const> arguments)
             over = true;
             continue;
         }
-        if (over || !word.starts_with('-') || (word != "-h" && !word.starts_with("--"))) {
+        const bool negative_or_input = !word.starts_with("--") && word != "-h" && !options.words.empty();
+        if (over || !word.starts_with('-') || negative_or_input) {
             options.words.push_back({word});
             continue;
         }

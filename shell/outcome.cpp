@@ -70,13 +70,12 @@ static Verdict undelivered(const Message& message, const Returned& back)
     const std::string manager = manager_name(message.sap);
     if (message.timed_out) {
         return {Outcome::unknown,
-                "unknown: no answer from " + manager + " in time, the setting may or may not hold" + code_text(back)};
+                "unknown: no answer from " + manager + " in time, it may or may not have been done" + code_text(back)};
     }
-    if (message.way == Way::request) {
-        return {Outcome::not_delivered,
-                "not delivered: exchange refused" + code_text(back) + "; is " + manager + " running?"};
-    }
-    return {Outcome::not_delivered, "not delivered: send refused" + code_text(back) + "; is " + manager + " running?"};
+    const std::string refused = message.way == Way::request ? "exchange refused" : "send refused";
+    return {Outcome::not_delivered,
+            "not delivered: " + refused + code_text(back) +
+                (message.too_long ? "; the message is too long" : "; is " + manager + " running?")};
 }
 
 static Verdict answered(const Row& row, const Returned& back, std::int32_t manager_errno, const Message& message)
@@ -115,10 +114,10 @@ static Verdict judged_konfd(const Returned& back, const Observation& seen)
     }
     if (!last.answer) {
         return {Outcome::unknown,
-                "unknown: no answer from konfd in time, the setting may or may not hold" + code_text(back)};
+                "unknown: no answer from konfd in time, it may or may not have been done" + code_text(back)};
     }
     if (!last.answer->starts_with("-o")) {
-        return {Outcome::refused, "refused by konfd: answer \"" + *last.answer + '"'};
+        return {Outcome::refused, "refused by konfd: answer " + quoted(*last.answer)};
     }
     return {Outcome::contradiction, "konfd agreed, yet the call failed" + code_text(back)};
 }

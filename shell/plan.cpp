@@ -1,6 +1,7 @@
 #include "plan.hpp"
 
 #include <algorithm>
+#include <arpa/inet.h>
 #include <charconv>
 #include <limits>
 
@@ -22,16 +23,18 @@ std::vector<Argument> arguments_of(const Row& row)
         if (arguments.size() < row.types.size()) {
             argument.type = row.types[arguments.size()];
         }
-        if (argument.name.ends_with("...")) {
-            argument.list = true;
-            argument.name.remove_suffix(3);
-        } else {
-            const char mark = argument.name.back();
-            argument.secret = mark == '*';
-            argument.unsent = mark == '-';
-            argument.output = mark == '>';
-            argument.counted = mark == '#';
-            argument.name.remove_suffix(std::string_view("*->#").find(mark) != std::string_view::npos ? 1 : 0);
+        argument.list = argument.name.ends_with("...");
+        argument.name.remove_suffix(argument.list ? 3 : 0);
+        const char mark = argument.name.back();
+        argument.secret = mark == '*';
+        argument.unsent = mark == '-';
+        argument.output = mark == '>';
+        argument.counted = mark == '#';
+        argument.address = mark == '@';
+        argument.name.remove_suffix(std::string_view("*->#@").find(mark) != std::string_view::npos ? 1 : 0);
+        if (const std::size_t colon = argument.name.find(':'); colon != std::string_view::npos) {
+            argument.bits = unsigned(*number_of(argument.name.substr(colon + 1)));
+            argument.name = argument.name.substr(0, colon);
         }
         arguments.push_back(argument);
     }
@@ -44,9 +47,12 @@ static constexpr Range range_between()
     return {std::numeric_limits<T>::min(), std::numeric_limits<T>::max()};
 }
 
-Range range_of(Type type)
+Range range_of(const Argument& argument)
 {
-    switch (type) {
+    if (argument.bits != 0) {
+        return {0, (std::int64_t(1) << argument.bits) - 1};
+    }
+    switch (argument.type) {
     case Type::uint8:
         return range_between<std::uint8_t>();
     case Type::byte: // a char, whose sign is the processor's
@@ -62,12 +68,12 @@ Range range_of(Type type)
     }
 }
 
-std::string_view name_of(Type type)
+std::string_view kind_of(const Argument& argument)
 {
     static constexpr std::string_view names[] = {
         "8-bit unsigned", "one byte",        "16-bit signed", "16-bit unsigned",
         "32-bit signed",  "32-bit unsigned", "text",          "result"};
-    return names[std::size_t(type)];
+    return argument.list ? "list" : argument.address ? "IPv4 address" : names[std::size_t(argument.type)];
 }
 
 std::optional<std::int64_t> number_of(std::string_view text)
@@ -94,7 +100,7 @@ static std::string range_text(Range range)
 
 static Value number(const Argument& argument, const std::string& text, std::size_t token)
 {
-    const Range range = range_of(argument.type);
+    const Range range = range_of(argument);
     const auto given = number_of(text);
     if (!given) {
         throw Complaint(std::string(argument.name) + ": \"" + text + "\" is no number; a number from " +
@@ -107,6 +113,15 @@ static Value number(const Argument& argument, const std::string& text, std::size
                         exit_usage, token);
     }
     return {*given, {}, false};
+}
+
+static void check_address(const Argument& argument, const std::string& text, std::size_t token)
+{
+    in_addr address;
+    if (inet_pton(AF_INET, text.c_str(), &address) != 1) {
+        throw Complaint(std::string(argument.name) + ": \"" + text + "\" is no IPv4 address such as 192.168.1.10",
+                        exit_usage, token);
+    }
 }
 
 void check_konfd_text(std::string_view name, std::string_view text, std::size_t token)
@@ -126,6 +141,12 @@ static Value value(const Row& row, const Argument& argument, const Token& token,
 {
     if (argument.type != Type::text) {
         return number(argument, token.text, index);
+    }
+    if (argument.bits != 0) {
+        return {0, std::to_string(number(argument, token.text, index).number), false};
+    }
+    if (argument.address) {
+        check_address(argument, token.text, index);
     }
     Value given;
     given.secret = argument.secret;
@@ -188,7 +209,7 @@ Planned plan(const Row& row, std::span<const Token> tokens, const SecretSources&
         }
     }
     for (; next < tokens.size(); next++) {
-        planned.values.push_back({0, tokens[next].text, false});
+        planned.values.push_back(value(row, planned.arguments.back(), tokens[next], next, sources));
     }
     return planned;
 }

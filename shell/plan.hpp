@@ -23,8 +23,8 @@ struct Range {
     std::int64_t most;
 };
 
-Range range_of(Type type);
-std::string_view name_of(Type type);
+Range range_of(const Argument& argument);
+std::string_view kind_of(const Argument& argument);
 
 // Decimal, or hexadecimal with 0x.
 std::optional<std::int64_t> number_of(std::string_view text);

@@ -75,7 +75,11 @@ static std::string json_message(const Planned& planned, const Message& message)
         }
         object.list("elements", elements);
     }
-    object.boolean("delivered", message.delivered);
+    if (message.timed_out) {
+        object.raw("delivered", "null"); // nobody knows
+    } else {
+        object.boolean("delivered", message.delivered);
+    }
     if (message.answer_id) {
         object.number("answer_id", *message.answer_id);
     }

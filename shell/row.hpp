@@ -59,6 +59,8 @@ struct Argument {
     bool output = false;  // name>: a result, not an argument
     bool counted = false; // name#: the number of texts in the list
     bool list = false;    // name...: the texts behind the fixed arguments
+    bool address = false; // name@: a dotted quad, which the call would send as 0.0.0.0 if it did not parse
+    unsigned bits = 0;    // name:16: a number in a text, which the call cuts to so many bits
 };
 
 struct Row {

@@ -66,7 +66,8 @@ static void stay(const Report& report)
         return;
     }
     const std::uint32_t milliseconds = *report.seen.timer;
-    std::fprintf(stderr, "vorcfg: the timer runs in this process; interrupt it to stop the restart\n");
+    std::fprintf(stderr, "vorcfg: the timer ends with this process, which waits until it is due; interrupt to call the "
+                         "timer off\n");
     timespec rest{time_t(milliseconds / 1000), long(milliseconds % 1000) * 1000000};
     nanosleep(&rest, nullptr);
 }
@@ -97,7 +98,8 @@ struct Tally {
     unsigned accepted = 0;
     unsigned sent = 0;
     unsigned unread = 0;
-    unsigned other = 0; // done, nothing to do, dry run
+    unsigned dry = 0;
+    unsigned other = 0; // done, nothing to do
     std::vector<std::string> failed;
     ExitCode worst = exit_ok;
 
@@ -110,6 +112,8 @@ struct Tally {
             sent++;
         } else if (outcome == Outcome::unread && by_design) {
             unread++;
+        } else if (outcome == Outcome::dry_run) {
+            dry++;
         } else if (exit_of(outcome) == exit_ok) {
             other++;
         } else {
@@ -138,6 +142,9 @@ static std::string summary(const std::string& name, const Tally& tally, std::siz
     if (tally.unread != 0) {
         text += ", " + std::to_string(tally.unread) + " delivered with their verdict unread";
     }
+    if (tally.dry != 0) {
+        text += ", " + std::to_string(tally.dry) + " shown only (dry run)";
+    }
     if (tally.other != 0) {
         text += ", " + std::to_string(tally.other) + " done here";
     }
@@ -156,6 +163,7 @@ static std::string summary_json(const std::string& name, const Tally& tally, std
                .number("accepted", tally.accepted)
                .number("sent", tally.sent)
                .number("unread", tally.unread)
+               .number("dry_run", tally.dry)
                .number("done", tally.other)
                .list("failed_lines", tally.failed)
                .number("not_made", std::int64_t(left))

@@ -5,8 +5,6 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
-#include <fstream>
-#include <sstream>
 #include <termios.h>
 #include <unistd.h>
 
@@ -23,20 +21,27 @@ static std::string checked(std::string text, std::string_view name, const std::s
         text.pop_back();
     }
     if (text.find_first_of(std::string_view("\n\0", 2)) != std::string::npos) {
-        throw Complaint(std::string(name) + ": " + source + " holds more than one line of text", exit_no_input);
+        throw Complaint(std::string(name) + ": " + source + " holds more than one line of text, or a zero byte",
+                        exit_no_input);
     }
     return text;
 }
 
-static std::string from_file(const std::filesystem::path& path, std::string_view name)
+std::string content_of(std::FILE* file, const std::string& what_for, const std::string& name)
 {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream content;
-    if (!file || (file.peek() != EOF && !(content << file.rdbuf()))) {
-        throw Complaint(std::string(name) + ": cannot read " + path.string() + ": " + std::strerror(errno),
-                        exit_no_input);
+    std::string content;
+    if (file != nullptr) {
+        char bytes[4096];
+        std::size_t got;
+        while ((got = std::fread(bytes, 1, sizeof bytes, file)) != 0) {
+            content.append(bytes, got);
+        }
     }
-    return checked(content.str(), name, path.string());
+    if (file == nullptr || std::ferror(file) != 0) { // a directory can be opened, but not read
+        throw Complaint(what_for + "cannot read " + name + ": " + std::strerror(errno), exit_no_input);
+    }
+    std::fclose(file);
+    return content;
 }
 
 // Byte by byte: what follows the line is the next secret's.
@@ -71,8 +76,9 @@ public:
                             exit_no_input);
         }
         struct sigaction action {};
-        action.sa_handler = interrupt; // without SA_RESTART, so that the read ends
         for (std::size_t i = 0; i < std::size(signals); i++) {
+            // without SA_RESTART, so that the read ends; stopped and continued, it would go on with its echo
+            action.sa_handler = signals[i] == SIGTSTP ? SIG_IGN : interrupt;
             sigaction(signals[i], &action, &actions[i]);
         }
         termios quiet = before;
@@ -99,7 +105,7 @@ public:
     const int terminal;
 
 private:
-    static constexpr int signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+    static constexpr int signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP};
     termios before{};
     struct sigaction actions[std::size(signals)]{};
 };
@@ -107,7 +113,8 @@ private:
 std::string secret(const Token& token, std::string_view name, const SecretSources& sources)
 {
     if (!token.quoted && token.text.starts_with('@')) {
-        return from_file(sources.directory / token.text.substr(1), name);
+        const std::string path = (sources.directory / token.text.substr(1)).string();
+        return checked(content_of(std::fopen(path.c_str(), "re"), std::string(name) + ": ", path), name, path);
     }
     if (!token.quoted && token.text == "-") {
         if (!sources.standard_input) {
@@ -121,7 +128,7 @@ std::string secret(const Token& token, std::string_view name, const SecretSource
     }
     if (!sources.literals) {
         throw Complaint(std::string(name) + ": a secret is not taken from the command line, where others can read it; "
-                                            "give @FILE, - for a line of standard input, or ? for a prompt");
+                                            "give @FILE, - for a line of standard input, or '?' for a prompt");
     }
     return token.text;
 }

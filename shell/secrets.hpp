@@ -2,6 +2,7 @@
 // literal is taken from batch files only, never from the command line.
 #pragma once
 
+#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -19,6 +20,10 @@ struct SecretSources {
     bool standard_input = true;      // false: the batch itself comes from there
     std::filesystem::path directory; // what a file's name is relative to
 };
+
+// All that a just opened file holds; closes it. Throws a Complaint that says
+// what for and of which name it could not be opened or read.
+std::string content_of(std::FILE* file, const std::string& what_for, const std::string& name);
 
 // The secret that a token stands for: @FILE, - for a line of standard input,
 // ? for a prompt.

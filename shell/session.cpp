@@ -64,7 +64,7 @@ Report Session::run(Planned& planned)
         report.library = lines_of(printed.take());
     }
     for (std::string& line : report.library) {
-        line = without_passwords(line);
+        line = printable(without_passwords(line));
     }
     report.manager_errno = vor_errno;
     report.seen = std::move(watch.seen);

@@ -86,6 +86,12 @@ TEST(Rows, SayWhatTheHeadersSay)
                 const bool never_sent = call->about(argument.name).starts_with("accepted, never sent") ||
                                         call->about(argument.name).find("never sent:") != std::string_view::npos;
                 EXPECT_EQ(never_sent, argument.unsent) << row.symbol << ' ' << argument.name;
+                const std::string_view about = call->about(argument.list ? "..." : argument.name);
+                const bool converted = row.channel == Channel::manager && !never_sent;
+                EXPECT_EQ(converted && about.find("dotted quad") != std::string_view::npos, argument.address)
+                    << row.symbol << ' ' << argument.name;
+                EXPECT_EQ(about.find("decimal text") != std::string_view::npos, argument.bits != 0)
+                    << row.symbol << ' ' << argument.name;
             }
             std::string documented;
             for (const auto& [name, text] : call->arguments) {

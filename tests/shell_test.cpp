@@ -68,6 +68,13 @@ TEST(Parse, NumbersFitTheirArgument)
          "f:1:16: port_num: \"1x\" is no number; a number from -32768 to 32767 is wanted, decimal or 0x"},
         {"gpio set-value 0x 0",
          "f:1:16: port_num: \"0x\" is no number; a number from -32768 to 32767 is wanted, decimal or 0x"},
+        {"ip show-route-status 0xff", ""},
+        {"ip show-route-status 256", "f:1:22: iface_num: 256 is out of range, 0 to 255 is accepted"},
+        {"ip set-static-route 10.0.0.0 eth1",
+         "f:1:30: interface_number: \"eth1\" is no number; a number from 0 to 65535 is wanted, decimal or 0x"},
+        {"ip set-static-route 10.0.0 1", "f:1:21: ip_address: \"10.0.0\" is no IPv4 address such as 192.168.1.10"},
+        {"ip set-dhcp-server-dns lan 1 9.9.9.9 9.9.9.256",
+         "f:1:38: dns_server: \"9.9.9.256\" is no IPv4 address such as 192.168.1.10"},
         {"gpio set-value \"\" 0",
          "f:1:16: port_num: \"\" is no number; a number from -32768 to 32767 is wanted, decimal or 0x"},
     };
@@ -105,9 +112,11 @@ TEST(Parse, EveryFaultOfABatchIsNamedByItsPlace)
 
 TEST(Parse, TextsArriveAsWritten)
 {
-    EXPECT_EQ("datamgr (SAP 10) 0xa00a one-way | 3 str \"a b \\ \"c\" # d\"\n",
+    EXPECT_EQ("datamgr (SAP 10) 0xa00a one-way | 3 str \"a b \\\\ \\\"c\\\" # d\"\n",
               messages("  hostname set-plat-hostname \"a b \\\\ \\\"c\\\" # d\" # e\r\n# f\n\n"));
     EXPECT_EQ("datamgr (SAP 10) 0xa00a one-way | 3 str \"\"\n", messages("hostname set-plat-hostname \"\""));
+    EXPECT_EQ("datamgr (SAP 10) 0xa00a one-way | 3 str \"\\x1b[31mtür\"\n",
+              messages("\xef\xbb\xbfhostname set-plat-hostname \x1b[31mtür"));
 }
 
 TEST(Parse, ListsAreCounted)
@@ -284,18 +293,27 @@ TEST(Process, OutcomesHaveTheirExitCodes)
     const processes::Workplace workplace;
     static constexpr char stop[] = "printf 'gpio set-value 1 1\\nip set-dhcp 0 1\\ngpio set-value 2 1\\n' > f; ";
     const std::string batch = std::string(stop) + "vorcfg batch f";
-    expect(workplace, {{"vorcfg ip set-ip-address 0 192.168.1.10 255.255.255.0 1",
-                        "ip set-ip-address: not delivered: exchange refused (code -3); is ethmgr running?\n", 3},
-                       {"vorcfg ip set-ip-address 3 192.168.1.10 255.255.255.0 1",
-                        "ip set-ip-address: nothing was sent (code -4)\n", 4},
-                       {"vorcfg ip set-ip-address 300 192.168.1.10 255.255.255.0 1",
-                        "vorcfg: ip set-ip-address: interface_number: 300 is out of range, 0 to 255 is accepted\n", 2},
-                       {"vorcfg common ip-aton 1.2.3", "common ip-aton: not taken by the call (code -1)\n", 2},
-                       {"vorcfg batch nowhere", "vorcfg: cannot read nowhere: No such file or directory\n", 8},
-                       {batch.c_str(),
-                        "f:1: gpio set-value: not delivered: send refused (code -3); is gpiomgr running?\n"
-                        "f: 0 accepted, 0 sent, 1 failed at line 1, 2 not made\n",
-                        3}});
+    expect(workplace,
+           {{"vorcfg ip set-ip-address 0 192.168.1.10 255.255.255.0 1",
+             "ip set-ip-address: not delivered: exchange refused (code -3); is ethmgr running?\n", 3},
+            {"vorcfg ip set-ip-address 3 192.168.1.10 255.255.255.0 1",
+             "ip set-ip-address: nothing was sent (code -4)\n", 4},
+            {"vorcfg ip set-ip-address 300 192.168.1.10 255.255.255.0 1",
+             "vorcfg: ip set-ip-address: interface_number: 300 is out of range, 0 to 255 is accepted\n", 2},
+            {"vorcfg common ip-aton 1.2.3", "common ip-aton: not taken by the call (code -1)\n", 2},
+            {"vorcfg batch nowhere", "vorcfg: cannot read nowhere: No such file or directory\n", 8},
+            {"vorcfg batch bin", "vorcfg: cannot read bin: Is a directory\n", 8},
+            {"vorcfg batch - < bin", "vorcfg: cannot read standard input: Is a directory\n", 8},
+            {"vorcfg gsm set-password 1 @bin 1",
+             "vorcfg: gsm set-password: password: cannot read bin: Is a directory\n", 8},
+            {"vorcfg GPIO set-value 1 1", "vorcfg: no family \"GPIO\"; is it gpio?\n", 2},
+            {"vorcfg gpio blink", "vorcfg: gpio has no call \"blink\"; vorcfg gpio --help lists them\n", 2},
+            {"vorcfg -x", "vorcfg: unknown option -x; put -- before a text that begins with two dashes\n", 2},
+            {batch.c_str(),
+             "f:1: gpio set-value: not delivered: send refused (code -3); is gpiomgr running?\n"
+             "f: 0 accepted, 0 sent, 1 failed at line 1, 2 not made\n",
+             3},
+            {"vorcfg --dry-run batch f | tail -n 1", "f: 0 accepted, 0 sent, 3 shown only (dry run), 0 failed\n", 0}});
     processes::Gateway gateway(workplace, {});
     expect(
         workplace,
@@ -323,7 +341,7 @@ TEST(Process, SecretsComeFromFilesAndStandardInputOnly)
     expect(workplace,
            {{"vorcfg gsm set-password 1 hush 1",
              "vorcfg: gsm set-password: password: a secret is not taken from the command line, where others can read "
-             "it; give @FILE, - for a line of standard input, or ? for a prompt\n",
+             "it; give @FILE, - for a line of standard input, or '?' for a prompt\n",
              2},
             {"echo hush | vorcfg --trace gsm set-password 1 - 1",
              "> gsmmgr (SAP 12) 0xc00a | 1 i16 1 | 3 str ******** | 8 i16 1\n"

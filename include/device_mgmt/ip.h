@@ -283,7 +283,7 @@ vor_int32 vor_cfg_show_route_status(vor_char* iface_num);
 /**
  * Switches IP forwarding. One-way: the manager's verdict never comes back.
  *
- * @param enable_status  "0" enables, "1" disables; the number's low 16 bits are sent
+ * @param enable_status  number as decimal text, cut to 16 bits: "0" enables, "1" disables
  */
 vor_int32 vor_cfg_enable_ip_routing(vor_char* enable_status);
 

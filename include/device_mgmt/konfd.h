@@ -133,8 +133,9 @@ vor_int32 vor_cfg_set_wifi_ssid_password(vor_char* ssid, vor_char* password);
 
 /**
  * Stores an interface's address. Connects and disconnects by itself.
- * Prints its progress on standard output. After a failure the connection may
- * stay open.
+ * Prints its progress on standard output, where one line says dhcp whatever
+ * the address. The first command's line says eth0 whatever the interface; its
+ * answer is not judged. After a failure the connection may stay open.
  *
  * @param interface   such as eth1
  * @param ip_address  dotted quad, or the word dhcp

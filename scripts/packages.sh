@@ -1,10 +1,15 @@
 # Sourced: installs what a bare Debian lacks, and touches no network when nothing is missing.
+# Also gives the script $place, a directory of its own that is gone when the script ends.
+
+place=$(mktemp -d) || exit 1
+trap 'rm -rf "$place"' EXIT
+trap 'exit 130' INT TERM HUP
 
 # What is needed, and what tells that it is there: a command or a file.
 build_packages="cmake:cmake ninja-build:ninja g++:g++ nlohmann-json3-dev:/usr/include/nlohmann/json.hpp
 libgtest-dev:/usr/include/gtest/gtest.h"
-arm_packages="g++-arm-linux-gnueabihf:arm-linux-gnueabihf-g++ qemu-user:qemu-arm
-googletest:/usr/src/googletest/CMakeLists.txt"
+arm_packages="g++-arm-linux-gnueabihf:arm-linux-gnueabihf-g++ googletest:/usr/src/googletest/CMakeLists.txt"
+emulator_packages="qemu-user:qemu-arm"
 
 is_there() { # probe
     case $1 in
@@ -35,19 +40,17 @@ ensure_packages() { # package:probe...
     missing=$(missing_of "$@")
     [ -n "$missing" ] || return 0
     echo "installing: $missing"
-    install_log=$(mktemp)
     {
         as_root apt-get update
         # one by one, so that one that cannot be had does not keep the others away
         for package in $missing; do
             as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$package"
         done
-    } >"$install_log" 2>&1 </dev/null || true
+    } >"$place/install" 2>&1 </dev/null || true
     missing=$(missing_of "$@")
     if [ -n "$missing" ]; then
-        tail -n 5 "$install_log" >&2
+        tail -n 5 "$place/install" >&2
         echo "could not be installed: $missing" >&2
     fi
-    rm -f "$install_log"
     [ -z "$missing" ]
 }

@@ -70,8 +70,8 @@ enum class FieldKind : std::uint8_t { uint8, uint16, int16, uint32, int32, addre
 struct RecordField {
     const char* name;
     std::size_t offset;
+    std::size_t size;
     FieldKind kind;
-    std::size_t size = 0; // of a text
 };
 
 struct Record {
@@ -82,11 +82,7 @@ struct Record {
 
 #define FIELD(record, field, kind)                                                                                     \
     {                                                                                                                  \
-#field, offsetof(record, field), FieldKind::kind                                                               \
-    }
-#define TEXT(record, field, kind)                                                                                      \
-    {                                                                                                                  \
-#field, offsetof(record, field), FieldKind::kind, sizeof(record::field)                                        \
+#field, offsetof(record, field), sizeof(record::field), FieldKind::kind                                        \
     }
 
 static constexpr RecordField eth_config_ip[] = {
@@ -105,7 +101,7 @@ static constexpr RecordField default_gateway[] = {
     FIELD(VOR_ETH_DEFAULT_GW_CONFIG, default_gw, address),
 };
 static constexpr RecordField interface[] = {FIELD(VOR_INTERFACE, interface_num, uint8)};
-static constexpr RecordField route_switch[] = {{"disable", 0, FieldKind::uint32}};
+static constexpr RecordField route_switch[] = {{"disable", 0, sizeof(std::uint32_t), FieldKind::uint32}};
 static constexpr RecordField route_via[] = {FIELD(VOR_ETH_ROUTE_VIA, ip_address, address)};
 static constexpr RecordField static_route[] = {
     FIELD(VOR_ETH_STATIC_ROUTE, device_no, uint16),
@@ -121,21 +117,21 @@ static constexpr RecordField syslog_info[] = {
 static constexpr RecordField log_info[] = {
     FIELD(LOG_INFO, log_level, int32),
     FIELD(LOG_INFO, sap_id, uint16),
-    TEXT(LOG_INFO, proc_name, text),
+    FIELD(LOG_INFO, proc_name, text),
 };
 static constexpr RecordField log_server[] = {
-    FIELD(LOG_UPLOAD_FILE_INFO, set_option, int32), TEXT(LOG_UPLOAD_FILE_INFO, name, text),
-    TEXT(LOG_UPLOAD_FILE_INFO, server, text),       TEXT(LOG_UPLOAD_FILE_INFO, user_name, text),
-    TEXT(LOG_UPLOAD_FILE_INFO, password, secret),
+    FIELD(LOG_UPLOAD_FILE_INFO, set_option, int32), FIELD(LOG_UPLOAD_FILE_INFO, name, text),
+    FIELD(LOG_UPLOAD_FILE_INFO, server, text),      FIELD(LOG_UPLOAD_FILE_INFO, user_name, text),
+    FIELD(LOG_UPLOAD_FILE_INFO, password, secret),
 };
 static constexpr RecordField log_name[] = {
     FIELD(LOG_UPLOAD_FILE_INFO, set_option, int32),
-    TEXT(LOG_UPLOAD_FILE_INFO, name, text),
-    TEXT(LOG_UPLOAD_FILE_INFO, file_name, text),
+    FIELD(LOG_UPLOAD_FILE_INFO, name, text),
+    FIELD(LOG_UPLOAD_FILE_INFO, file_name, text),
 };
 static constexpr RecordField log_frequency[] = {
     FIELD(LOG_UPLOAD_FILE_INFO, set_option, int32),
-    TEXT(LOG_UPLOAD_FILE_INFO, name, text),
+    FIELD(LOG_UPLOAD_FILE_INFO, name, text),
     FIELD(LOG_UPLOAD_FILE_INFO, upload_frequency, int32),
 };
 static constexpr RecordField gpio_set[] = {
@@ -147,7 +143,7 @@ static constexpr RecordField adc_pin[] = {
     FIELD(ADC_PIN_NO, adc_index, uint16),
     FIELD(ADC_PIN_NO, channel_index, uint16),
 };
-static constexpr RecordField restart[] = {{"seconds", 0, FieldKind::int16}};
+static constexpr RecordField restart[] = {{"seconds", 0, sizeof(std::int16_t), FieldKind::int16}};
 
 static constexpr std::uint32_t log_file_id = 0x2028;
 
@@ -202,7 +198,7 @@ static std::span<const RecordField> log_fields(const std::string& record)
 
 static std::string value_of(const RecordField& field, const std::string& record)
 {
-    if (field.offset + std::max(field.size, sizeof(std::uint32_t)) > record.size() + 3) {
+    if (field.offset + field.size > record.size()) {
         return "?";
     }
     switch (field.kind) {

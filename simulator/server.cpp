@@ -143,8 +143,11 @@ void Server::print(const std::string& line, const Json& record)
 std::string Server::text() const
 {
     const std::string konfd = konfd_.text();
-    std::string text = "vorsim: " + std::to_string(gateway_.messages()) + " messages, " +
-                       std::to_string(gateway_.complaints()) + " complaints\n" + gateway_.state().text();
+    const auto counted = [](std::uint64_t number, const char* what) {
+        return std::to_string(number) + ' ' + what + (number == 1 ? "" : "s");
+    };
+    std::string text = "vorsim: " + counted(gateway_.messages(), "message") + ", " +
+                       counted(gateway_.complaints(), "complaint") + '\n' + gateway_.state().text();
     if (!konfd.empty()) {
         text += "konfd\n";
         for (std::size_t begin = 0; begin < konfd.size();) {

@@ -74,7 +74,7 @@ TEST_F(Vorsim, IsReadyShowsItsStateAndLeavesNothingBehind)
         client.send("-s -l \"password hunter2\" \"interface wlan0\"\n");
         EXPECT_EQ("-o\n", client.receive());
 
-        EXPECT_EQ("vorsim: 1 messages, 0 complaints\nkonfd\n  interface wlan0\n    password ********\n",
+        EXPECT_EQ("vorsim: 1 message, 0 complaints\nkonfd\n  interface wlan0\n    password ********\n",
                   place.run("vorsim show").text);
         const auto shown = nlohmann::json::parse(place.run("vorsim show --json").text);
         EXPECT_EQ(1, shown["schema"]);

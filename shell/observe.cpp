@@ -1,428 +1,93 @@
 #include "observe.hpp"
 
-#include <array>
-#include <cerrno>
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <dlfcn.h>
-#include <memory>
 
-#include <vorinfra.h>
-
-#include "exits.hpp"
+#include "boundary.hpp"
 
 namespace vorcfg {
 
-static constexpr std::size_t header_size = 16;
-static_assert(sizeof(VOR_IPC_MSG_HDR) == header_size);
-
-static Watch* watch; // the one in scope
-
-// One platform operation, as the library behind this executable has it.
-template <auto Operation>
-static auto* platform()
+Draft& Boundary::draft_of(const VOR_IPC_MSG_REF* message)
 {
-    static auto* const found =
-        reinterpret_cast<decltype(Operation)>(dlsym(RTLD_NEXT, std::string(symbol_of<Operation>()).c_str()));
-    if (found == nullptr) {
-        std::fprintf(stderr, "vorcfg: the platform library has no %s\n", std::string(symbol_of<Operation>()).c_str());
-        std::_Exit(exit_unusable);
+    for (Draft& draft : drafts) {
+        if (draft.message == message->data_ptr) {
+            return draft;
+        }
     }
-    return found;
+    return drafts.emplace_back(Draft{message->data_ptr, nullptr, nullptr});
 }
 
-static int depth; // how many of the platform's own operations are under way
-
-// Passes an operation on. What the platform's operations call of each other
-// comes by here as well and is none of the library's doing.
-template <auto Operation, class... Arguments>
-static auto pass(Arguments... arguments)
+bool Boundary::is_secret(const char* text)
 {
-    struct Depth {
-        Depth() { depth++; }
-        ~Depth() { depth--; }
-    } const deeper;
-    return platform<Operation>()(arguments...);
+    for (const Value& value : watch->values) {
+        if (value.secret && value.text.data() == text) {
+            return true;
+        }
+    }
+    return false;
 }
 
-static bool watching()
+void Boundary::add(const TLV_CHAIN* chain, Element element)
 {
-    return watch != nullptr && depth == 0;
+    if (watching() && chain == chain_built.chain) {
+        chain_built.elements.push_back(std::move(element));
+    }
 }
 
-// What is known of a message while the library still builds it.
-struct Draft {
-    const void* message = nullptr; // its data_ptr
-    const vor_uchar* meta_data = nullptr;
-    const vor_uchar* payload = nullptr;
-};
-
-struct Chain {
-    const TLV_CHAIN* chain = nullptr;
-    const vor_uchar* destination = nullptr;
-    std::vector<Element> elements;
-};
-
-static std::vector<Draft> drafts;
-static Chain chain_built; // the library builds one at a time
-
-struct Boundary {
-    static bool captures() { return watching() && watch->settings.capture; }
-
-    static Draft& draft_of(const VOR_IPC_MSG_REF* message)
-    {
-        for (Draft& draft : drafts) {
-            if (draft.message == message->data_ptr) {
-                return draft;
-            }
-        }
-        return drafts.emplace_back(Draft{message->data_ptr, nullptr, nullptr});
+Message& Boundary::begin(Way way, vor_uint16 sap, vor_uint32 id, const VOR_IPC_MSG_REF* sent, vor_uint16 length)
+{
+    Message message;
+    message.way = way;
+    message.sap = sap;
+    message.id = id;
+    const Draft& draft = draft_of(sent);
+    if (draft.meta_data != nullptr) {
+        message.option = *draft.meta_data;
     }
-
-    static bool is_secret(const char* text)
-    {
-        for (const Value& value : watch->values) {
-            if (value.secret && value.text.data() == text) {
-                return true;
-            }
+    if (draft.payload != nullptr && chain_built.destination >= draft.payload &&
+        chain_built.destination <= draft.payload + 1) {
+        message.chain = true;
+        message.elements = chain_built.elements;
+        if (chain_built.destination > draft.payload) {
+            message.flag = *draft.payload;
         }
-        return false;
+    } else if (draft.payload != nullptr) {
+        message.record.assign(reinterpret_cast<const char*>(draft.payload), length);
     }
+    return push(std::move(message));
+}
 
-    static void add(const TLV_CHAIN* chain, Element element)
-    {
-        if (watching() && chain == chain_built.chain) {
-            chain_built.elements.push_back(std::move(element));
-        }
+Message& Boundary::push(Message message)
+{
+    if (watch->settings.trace) {
+        std::fprintf(stderr, "> %s\n", described(message, watch->values).c_str());
     }
+    return watch->seen.messages.emplace_back(std::move(message));
+}
 
-    static Message& begin(Way way, vor_uint16 sap, vor_uint32 id, const VOR_IPC_MSG_REF* sent, vor_uint16 length)
-    {
-        Message message;
-        message.way = way;
-        message.sap = sap;
-        message.id = id;
-        const Draft& draft = draft_of(sent);
-        if (draft.meta_data != nullptr) {
-            message.option = *draft.meta_data;
-        }
-        if (draft.payload != nullptr && chain_built.destination >= draft.payload &&
-            chain_built.destination <= draft.payload + 1) {
-            message.chain = true;
-            message.elements = chain_built.elements;
-            if (chain_built.destination > draft.payload) {
-                message.flag = *draft.payload;
-            }
-        } else if (draft.payload != nullptr) {
-            message.record.assign(reinterpret_cast<const char*>(draft.payload), length);
-        }
-        return push(std::move(message));
+void Boundary::answered(Message& message, VOR_IPC_MSG_REF* response)
+{
+    VOR_IPC_MSG_HDR header;
+    std::memcpy(&header, response->data_ptr, sizeof header);
+    message.answer_id = header.opcode;
+    const void* const payload = pass<vor_ipc_get_payload_ptr>(response, vor_uint16(0));
+    if (payload == nullptr || header.payload_sz < sizeof(vor_int32)) {
+        tell("< 0x%x, no status\n", unsigned(header.opcode));
+        return;
     }
-
-    static Message& push(Message message)
-    {
-        if (watch->settings.trace) {
-            std::fprintf(stderr, "> %s\n", described(message, watch->values).c_str());
-        }
-        return watch->seen.messages.emplace_back(std::move(message));
-    }
-
-    static void tell(const char* format, auto... values)
-    {
-        if (watch->settings.trace && !watch->settings.capture) {
-            std::fprintf(stderr, format, values...);
-        }
-    }
-
-    static void answered(Message& message, VOR_IPC_MSG_REF* response)
-    {
-        VOR_IPC_MSG_HDR header;
-        std::memcpy(&header, response->data_ptr, sizeof header);
-        message.answer_id = header.opcode;
-        const void* const payload = pass<vor_ipc_get_payload_ptr>(response, vor_uint16(0));
-        if (payload == nullptr || header.payload_sz < sizeof(vor_int32)) {
-            tell("< 0x%x, no status\n", unsigned(header.opcode));
-            return;
-        }
-        std::memcpy(&message.answer_status.emplace(), payload, sizeof(vor_int32));
-        tell("< 0x%x status %d\n", unsigned(header.opcode), int(*message.answer_status));
-    }
-};
+    std::memcpy(&message.answer_status.emplace(), payload, sizeof(vor_int32));
+    tell("< 0x%x status %d\n", unsigned(header.opcode), int(*message.answer_status));
+}
 
 Watch::Watch(Settings wanted, std::span<const Value> given) : settings(wanted), values(given)
 {
-    drafts.clear();
-    chain_built = {};
-    watch = this;
+    Boundary::drafts.clear();
+    Boundary::chain_built = {};
+    Boundary::watch = this;
 }
 
 Watch::~Watch()
 {
-    watch = nullptr;
-}
-
-using Clock = std::chrono::steady_clock;
-
-// A platform that refuses does so at once; who waited before giving up does
-// not know what became of the message.
-static bool waited(Clock::time_point start)
-{
-    return errno == ETIMEDOUT || Clock::now() - start >= std::chrono::seconds(1);
-}
-
-// --- The capturing platform ------------------------------------------------
-
-using Buffer = std::array<vor_uint64, 640>; // header, meta-data and payload, and room to spare
-static std::vector<std::unique_ptr<Buffer>> captured;
-static VOR_IPC_HANDLE captured_handle{0, 0, nullptr};
-static VOR_UNIX_SOCKET captured_socket{-1, 1, 1, nullptr};
-static VOR_TIMER_HANDLE captured_timer{nullptr, nullptr};
-
-static vor_int32 accept_captured(vor_uint32 id, VOR_IPC_MSG_REF* response)
-{
-    VOR_IPC_MSG_HDR header{};
-    header.opcode = id;
-    std::memcpy(response->data_ptr, &header, sizeof header);
-    return 0;
+    Boundary::watch = nullptr;
 }
 
 } // namespace vorcfg
-
-using namespace vorcfg;
-
-// --- The operations, each passed on ----------------------------------------
-
-vor_int32 vor_tlv_chain_init(TLV_CHAIN* chain)
-{
-    if (watching()) {
-        chain_built = {chain, nullptr, {}};
-    }
-    return pass<vor_tlv_chain_init>(chain);
-}
-
-vor_int32 vor_tlv_chain_add_str(TLV_CHAIN* chain, vor_uint16 tag, char* string)
-{
-    Boundary::add(
-        chain, {tag, ElementKind::text, 0, string != nullptr ? string : "", watching() && Boundary::is_secret(string)});
-    return pass<vor_tlv_chain_add_str>(chain, tag, string);
-}
-
-vor_int32 vor_tlv_chain_add_vor_int16(TLV_CHAIN* chain, vor_uint16 tag, vor_int16 value)
-{
-    Boundary::add(chain, {tag, ElementKind::int16, value, {}, false});
-    return pass<vor_tlv_chain_add_vor_int16>(chain, tag, value);
-}
-
-vor_int32 vor_tlv_chain_add_vor_int32(TLV_CHAIN* chain, vor_uint16 tag, vor_int32 value)
-{
-    Boundary::add(chain, {tag, ElementKind::int32, value, {}, false});
-    return pass<vor_tlv_chain_add_vor_int32>(chain, tag, value);
-}
-
-vor_int32 vor_tlv_chain_add_raw(TLV_CHAIN* chain, vor_uint16 tag, vor_uint16 length, unsigned char* bytes)
-{
-    Boundary::add(chain, {tag, ElementKind::raw, 0, std::string(reinterpret_cast<char*>(bytes), length), false});
-    return pass<vor_tlv_chain_add_raw>(chain, tag, length, bytes);
-}
-
-vor_int32 vor_tlv_chain_serialize(TLV_CHAIN* chain, unsigned char* destination, vor_int32* size)
-{
-    if (watching() && chain == chain_built.chain) {
-        chain_built.destination = destination;
-    }
-    if (Boundary::captures()) {
-        *size = 0; // the form on the wire is the platform's
-        return 0;
-    }
-    return pass<vor_tlv_chain_serialize>(chain, destination, size);
-}
-
-vor_int32 vor_tlv_chain_free(TLV_CHAIN* chain, vor_uchar flag)
-{
-    return pass<vor_tlv_chain_free>(chain, flag);
-}
-
-VOR_IPC_HANDLE* vor_ipc_bind(vor_uint16 sap, vor_uint16 bind_option)
-{
-    if (!Boundary::captures()) {
-        return pass<vor_ipc_bind>(sap, bind_option);
-    }
-    captured_handle = {sap, bind_option, nullptr};
-    return &captured_handle;
-}
-
-vor_bool vor_ipc_unbind(VOR_IPC_HANDLE* handle)
-{
-    return handle == &captured_handle ? vor_bool(1) : pass<vor_ipc_unbind>(handle);
-}
-
-vor_int32 vor_ipc_get_buffer(VOR_IPC_MSG_REF* message)
-{
-    if (!Boundary::captures()) {
-        return pass<vor_ipc_get_buffer>(message);
-    }
-    *message = {captured.emplace_back(std::make_unique<Buffer>())->data(), sizeof(Buffer), 0, 0};
-    return 0;
-}
-
-void* vor_ipc_get_meta_data_ptr(VOR_IPC_MSG_REF* message)
-{
-    void* const found = Boundary::captures() ? static_cast<vor_uchar*>(message->data_ptr) + header_size
-                                             : pass<vor_ipc_get_meta_data_ptr>(message);
-    if (watching()) {
-        Boundary::draft_of(message).meta_data = static_cast<vor_uchar*>(found);
-    }
-    return found;
-}
-
-void* vor_ipc_get_payload_ptr(VOR_IPC_MSG_REF* message, vor_uint16 offset)
-{
-    void* const found = Boundary::captures() ? static_cast<vor_uchar*>(message->data_ptr) + header_size + offset
-                                             : pass<vor_ipc_get_payload_ptr>(message, offset);
-    if (watching()) {
-        Draft& draft = Boundary::draft_of(message);
-        if (draft.payload == nullptr) { // a second pointer looks further into the same payload
-            draft.payload = static_cast<vor_uchar*>(found);
-        }
-    }
-    return found;
-}
-
-void vor_ipc_drop_msg_buf(VOR_IPC_MSG_REF* message)
-{
-    if (watching()) {
-        std::erase_if(drafts, [&](const Draft& draft) { return draft.message == message->data_ptr; });
-    }
-    if (!Boundary::captures()) {
-        pass<vor_ipc_drop_msg_buf>(message);
-    }
-}
-
-vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 message_id,
-                                   VOR_IPC_MSG_REF* request, VOR_IPC_MSG_REF* response, vor_uint16 payload_length,
-                                   vor_uint16 zero)
-{
-    if (!watching()) {
-        return pass<vor_ipc_request_response>(handle, sap, message_id, request, response, payload_length, zero);
-    }
-    Message& message = Boundary::begin(Way::request, sap, message_id, request, payload_length);
-    if (Boundary::captures()) {
-        return accept_captured(message_id, response);
-    }
-    errno = 0;
-    const auto start = Clock::now();
-    const vor_int32 result =
-        pass<vor_ipc_request_response>(handle, sap, message_id, request, response, payload_length, zero);
-    message.delivered = result == 0;
-    if (message.delivered) {
-        Boundary::answered(message, response);
-    } else {
-        message.too_long = errno == EMSGSIZE;
-        message.timed_out = waited(start);
-        Boundary::tell("< %s\n", message.timed_out ? "no answer in time" : "exchange refused");
-    }
-    return result;
-}
-
-vor_int32 vor_ipc_send(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 message_id, VOR_IPC_MSG_REF* message,
-                       vor_uint16 payload_length, vor_uint16 zero)
-{
-    if (!watching()) {
-        return pass<vor_ipc_send>(handle, sap, message_id, message, payload_length, zero);
-    }
-    Message& sent = Boundary::begin(Way::one_way, sap, message_id, message, payload_length);
-    errno = 0;
-    const vor_int32 result =
-        Boundary::captures() ? 0 : pass<vor_ipc_send>(handle, sap, message_id, message, payload_length, zero);
-    sent.delivered = result == 0 && !Boundary::captures();
-    sent.too_long = !sent.delivered && errno == EMSGSIZE;
-    Boundary::tell("< %s\n", sent.delivered ? "sent one-way" : "send refused");
-    return result;
-}
-
-vor_int32 vor_ipc_debug(VOR_IPC_HANDLE* handle, vor_uint16 module_number)
-{
-    if (watching()) {
-        watch->seen.trace_switched = module_number;
-    }
-    return Boundary::captures() ? 0 : pass<vor_ipc_debug>(handle, module_number);
-}
-
-void* vor_socket_create(vor_uchar domain, vor_uchar type, vor_uchar protocol)
-{
-    void* const created = Boundary::captures() ? &captured_socket : pass<vor_socket_create>(domain, type, protocol);
-    if (watching() && created == nullptr) {
-        watch->seen.unconnected = true;
-    }
-    return created;
-}
-
-vor_int32 vor_socket_config_unix(void* socket, vor_char* path)
-{
-    const vor_int32 result = Boundary::captures() ? 0 : pass<vor_socket_config_unix>(socket, path);
-    if (watching() && result == -1) {
-        watch->seen.unconnected = true;
-    }
-    return result;
-}
-
-vor_int32 vor_socket_connect(void* socket, vor_uchar option)
-{
-    const vor_int32 result = Boundary::captures() ? 0 : pass<vor_socket_connect>(socket, option);
-    if (watching() && result == -1) {
-        watch->seen.unconnected = true;
-    }
-    return result;
-}
-
-vor_int32 vor_socket_close(void* socket, vor_uchar option)
-{
-    return socket == &captured_socket ? 0 : pass<vor_socket_close>(socket, option);
-}
-
-vor_int32 vor_send(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
-{
-    if (!watching()) {
-        return pass<vor_send>(fd, buffer, count, flags);
-    }
-    Message message;
-    message.way = Way::konfd;
-    message.counted = count > 0 ? std::size_t(count) : 0;
-    message.command.assign(static_cast<char*>(buffer), strnlen(static_cast<char*>(buffer), message.counted));
-    Message& sent = Boundary::push(std::move(message));
-    const vor_int32 result = Boundary::captures() ? count : pass<vor_send>(fd, buffer, count, flags);
-    sent.delivered = result != -1 && !Boundary::captures();
-    return result;
-}
-
-vor_int32 vor_recv(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
-{
-    static constexpr char agreed[] = "-o";
-    if (Boundary::captures()) {
-        std::memcpy(buffer, agreed, sizeof agreed - 1);
-        return sizeof agreed - 1;
-    }
-    const vor_int32 result = pass<vor_recv>(fd, buffer, count, flags);
-    if (watching() && result > 0 && !watch->seen.messages.empty()) {
-        std::string answer(static_cast<char*>(buffer), strnlen(static_cast<char*>(buffer), std::size_t(result)));
-        answer.erase(answer.find_last_not_of("\r\n") + 1);
-        Boundary::tell("< konfd %s\n", answer.c_str());
-        watch->seen.messages.back().answer = std::move(answer);
-    }
-    return result;
-}
-
-VOR_TIMER_HANDLE* vor_timer_create(vor_uint32 option, void* context, VOR_TIMER_CALLBACK callback)
-{
-    return Boundary::captures() ? &captured_timer : pass<vor_timer_create>(option, context, callback);
-}
-
-vor_int32 vor_timer_start(VOR_TIMER_HANDLE* timer, vor_uint32 milliseconds, vor_uint32 option)
-{
-    if (watching()) {
-        watch->seen.timer = milliseconds;
-    }
-    return timer == &captured_timer ? 0 : pass<vor_timer_start>(timer, milliseconds, option);
-}

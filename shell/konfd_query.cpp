@@ -45,7 +45,8 @@ struct Operation {
     vor_uchar code;
 };
 
-static constexpr Operation operations[] = {{"--set", 1}, {"--check", 2}, {"--unset", 3}};
+static constexpr vor_uchar unset = 3;
+static constexpr Operation operations[] = {{"--set", 1}, {"--check", 2}, {"--unset", unset}};
 
 // The library's clean-up leaves the path's records to whoever wants them.
 struct Cleanup {
@@ -157,6 +158,9 @@ static std::size_t read_option(const Option& option, std::span<const Token> toke
         Value value{part, {}, secret_follows};
         value.text = secret_follows ? secret(token, "password", sources) : token.text;
         check_konfd_text(part_names[part], value.text, index);
+        if (part == priority && !number_of(value.text)) {
+            throw Complaint("priority: \"" + value.text + "\" is no number", exit_usage, index);
+        }
         secret_follows = taken == 0 && value.text == "password";
         planned.values.push_back(std::move(value));
         taken++;
@@ -207,8 +211,9 @@ Planned plan_query(const Row& row, std::span<const Token> tokens, const SecretSo
     if (code == 0) {
         throw Complaint("--set, --check or --unset is missing", exit_usage, at);
     }
-    if (code != 3 && text_of(planned.values, line_key) == nullptr) {
-        throw Complaint("--line is missing", exit_usage, at);
+    const bool lined = text_of(planned.values, line_key) != nullptr;
+    if (lined == (code == unset)) {
+        throw Complaint(lined ? "--unset takes no --line" : "--line is missing", exit_usage, at);
     }
     if (text_of(planned.values, pattern_key) == nullptr) {
         throw Complaint("--pattern is missing", exit_usage, at);

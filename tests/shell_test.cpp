@@ -162,6 +162,8 @@ TEST(Konfd, QueriesAreBuiltFromOptions)
         {"--set --pattern a", "f:1:30: --line is missing"},
         {"--line a b --pattern a", "f:1:35: --set, --check or --unset is missing"},
         {"--set --line a b", "f:1:29: --pattern is missing"},
+        {"--unset --pattern a --line a b", "f:1:43: --unset takes no --line"},
+        {"--set --line a b --pattern a --priority x", "f:1:53: priority: \"x\" is no number"},
         {"--set --line a --pattern a", "f:1:19: --line: its line value is missing"},
         {"--set --set", "f:1:19: one of --set, --check and --unset is enough"},
         {"--set --line a \"b\\\"c\" --pattern a",

@@ -1,15 +1,10 @@
+# shellcheck shell=sh
 # Sourced: installs what a bare Debian lacks, and touches no network when nothing is missing.
 # Also gives the script $place, a directory of its own that is gone when the script ends.
 
 place=$(mktemp -d) || exit 1
 trap 'rm -rf "$place"' EXIT
 trap 'exit 130' INT TERM HUP
-
-# What is needed, and what tells that it is there: a command or a file.
-build_packages="cmake:cmake ninja-build:ninja g++:g++ nlohmann-json3-dev:/usr/include/nlohmann/json.hpp
-libgtest-dev:/usr/include/gtest/gtest.h"
-arm_packages="g++-arm-linux-gnueabihf:arm-linux-gnueabihf-g++ googletest:/usr/src/googletest/CMakeLists.txt"
-emulator_packages="qemu-user:qemu-arm"
 
 is_there() { # probe
     case $1 in
@@ -53,4 +48,18 @@ ensure_packages() { # package:probe...
         echo "could not be installed: $missing" >&2
     fi
     [ -z "$missing" ]
+}
+
+# What each step needs, and what tells that it is there: a command or a file.
+ensure_build_packages() {
+    ensure_packages cmake:cmake ninja-build:ninja g++:g++ nlohmann-json3-dev:/usr/include/nlohmann/json.hpp \
+        libgtest-dev:/usr/include/gtest/gtest.h
+}
+
+ensure_arm_packages() {
+    ensure_packages g++-arm-linux-gnueabihf:arm-linux-gnueabihf-g++ googletest:/usr/src/googletest/CMakeLists.txt
+}
+
+ensure_emulator_packages() {
+    ensure_packages qemu-user:qemu-arm
 }

@@ -91,28 +91,6 @@ TEST(frame, a_long_chain_goes_out_with_its_length_cut_to_16_bits)
     EXPECT_EQ(fake::events(), "sap 19 id 0x13003 | 1 i16 1 | 6 i32 2 | 10 i16 3 (length 20 for a chain of 31)");
 }
 
-// The sanitizers see a word read where it may not lie.
-TEST(frame, a_status_at_an_odd_address_is_read_whole)
-{
-    const struct {
-        vor_int32 (*make)();
-        const char* outcome;
-    } rows[] = {
-        {[] { return vor_cfg_set_can_id(1, 2, 3); }, "-1:eQP0cxaqEp"},
-        {[] { return vor_cfg_set_dhcp(1, 2); }, "-1:QP0xaqEp"},
-        {[] { return vor_cfg_set_mqtt_topic("t"_t, 1); }, "-1:QPm1cxaEqp"},
-        {[] { return vor_cfg_set_service_chain(1, "c"_t, 0); }, "-1:eQPm1cxaqEp"},
-        {[] { return vor_cfg_set_access_point_params(1, ""_t, ""_t, 1, 1, 1); }, "-1:QPm1cxaEqp"},
-        {[] { return vor_cfg_set_gw_device_latitude_config(1, ""_t); }, "-1001:QP01cxaqp"},
-    };
-    for (const auto& row : rows) {
-        begin_call();
-        fake::script.answer_skew = 1;
-        fake::script.answer = {7, 0, 0, 0x80};
-        EXPECT_EQ(outcome(row.make()), row.outcome);
-    }
-}
-
 // The strips refuse with a negative result.
 TEST(frame, a_positive_result_is_a_refusal_too)
 {

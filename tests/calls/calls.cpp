@@ -33,7 +33,7 @@ const Fault faults[] = {
     {{"empty", "answer"}, [](fake::Script& platform) { platform.null_payload = 2; }},
     {{"status", "7"},
      [](fake::Script& platform) {
-         platform.answer = {7, 0, 0, 0};
+         platform.answer = {7, 0, 0, 0x80};
      }},
     {{"status", "1"},
      [](fake::Script& platform) {
@@ -109,7 +109,7 @@ std::string shown(vor_int32 code)
 
 std::string shown(const void* record)
 {
-    return record == nullptr ? "null" : record == fake::data_of_buffer(2) ? "answer" : "stray";
+    return record == nullptr ? "null" : record == fake::data_of_buffer(2) + fake::script.answer_skew ? "answer" : "stray";
 }
 
 void begin_call()
@@ -153,6 +153,7 @@ void check_outcomes(std::span<const Call> calls)
             printed_by([&] {
                 const WatchedTexts watched;
                 begin_call();
+                fake::script.answer_skew = 1; // the sanitizers see a word read where it may not lie
                 fake::script.answer_id = call.answered_as;
                 fault.script(fake::script);
                 cells.push_back(outcome(call.make()));

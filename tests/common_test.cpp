@@ -91,29 +91,6 @@ TEST(frame, a_long_chain_goes_out_with_its_length_cut_to_16_bits)
     EXPECT_EQ(fake::events(), "sap 19 id 0x13003 | 1 i16 1 | 6 i32 2 | 10 i16 3 (length 20 for a chain of 31)");
 }
 
-// The strips refuse with a negative result.
-TEST(frame, a_positive_result_is_a_refusal_too)
-{
-    const struct {
-        vor_int32 (*make)();
-        const char* outcome;
-    } rows[] = {
-        {[] { return vor_cfg_set_can_id(1, 2, 3); }, "-3:eQP0cxqp"},
-        {[] { return vor_cfg_set_dhcp(1, 2); }, "-3:QP0xqp"},
-        {[] { return vor_cfg_set_gw_device_latitude_config(1, ""_t); }, "-4:QP01cxqp"},
-        {[] { return vor_cfg_set_plat_hostname(""_t); }, "-3:Q0csq"},
-        {[] { return vor_cfg_mqtt_activate_session(""_t, 1); }, "-3:Q0csq"},
-        {[] { return set_wifi_monitor_channel_name(""_t, 1); }, "-1:Q0cs"},
-        {[] { return vor_cfg_set_snmp_server_enable(1); }, "7:eQP0cs"},
-        {[] { return vor_int32{vor_system_restart(5)}; }, "-3:Q0sq"},
-    };
-    for (const auto& row : rows) {
-        begin_call();
-        fake::script.exchange_result = fake::script.send_result = 7;
-        EXPECT_EQ(outcome(row.make()), row.outcome) << fake::events();
-    }
-}
-
 TEST(frame, a_status_stays_until_a_call_that_clears_it)
 {
     begin_call();

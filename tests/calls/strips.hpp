@@ -1,7 +1,7 @@
 // strips.hpp: how calls go under every fault, one cell "return:steps" for each, whole from the endpoint to the return.
 //
 // The letters of the steps are explained in fake_vorinfra.hpp and calls.hpp. A dot is a cell like the last one, where
-// nothing fails: the fault does not concern the call. A refused exchange or send is refused with -7.
+// nothing fails: the fault does not concern the call. R returned is the platform's own refusal.
 #pragma once
 
 #include <string_view>
@@ -91,7 +91,7 @@ inline constexpr Strip strips[] = {
     {"sent_chain_minus_one",
      "-1:      -1:Q    .        .         -1:Q0      .             -1:Q0cs       .             .           .              .               .               0:Q0csq"},
     {"sent_chain_holding_two",
-     "-1:e     -4:eQ   -4:eQPq  .         .          .             -7:eQP0cs     .             .           .              .               .               0:eQP0cs"},
+     "-1:e     -4:eQ   -4:eQPq  .         .          .             R:eQP0cs      .             .           .              .               .               0:eQP0cs"},
     {"sent_record",
      "-1:      -4:Q    .        .         -4:Q0      .             -3:Q0sq       .             .           .              .               .               0:Q0sq"},
     {"sent_record_errno_cleared",

@@ -144,17 +144,7 @@ const std::string connected = "socket 1 1 0; unix /tmp/konfd.socket; connect 1; 
 
 } // namespace
 
-TEST(konfd, two_wifi_commands_share_one_answer)
-{
-    begin_talk({"-o"});
-    EXPECT_EQ(store_network(), 0);
-    EXPECT_EQ(fake::events(),
-              connected + send_line(47, R"(-s -l "ssid site" -r "^ssid " "interface wlan0")") + "; " +
-                  send_line(69, R"(-s -l "password secret" -r "^password " "interface wlan0" "ssid site")") +
-                  "; recv 9 50 0; close 1");
-    EXPECT_EQ(vor_cfg_get_sock_endpoint(), nullptr);
-}
-
+// Two wifi commands share one answer.
 TEST(konfd, a_long_network_name_and_passphrase_arrive_whole)
 {
     const std::string name(32, 's');

@@ -10,10 +10,9 @@
 namespace {
 
 constexpr const char* legend =
-    "  Q P the request's, the response's buffer asked for, q p given back; m 0 1 the request's meta-data, its payload\n"
-    "  pointer; c chain written; x exchanged; s sent; a the answer's payload pointer; e E vor_errno cleared, set to "
-    "the\n"
-    "  status; o something printed; r a text read too early. The others are in fake_vorinfra.hpp and calls.hpp.";
+    "  Q P request's, response's buffer asked for; q p given back; m 0 1 request's meta-data, payload pointer;\n"
+    "  c chain written; x exchanged; s sent; a answer's payload pointer; e E vor_errno cleared, set to the status;\n"
+    "  o something printed; r a text read too early; the others are in fake_vorinfra.hpp and calls.hpp";
 
 vor_int32 refusal = -7; // of an exchange or a send
 

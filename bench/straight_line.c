@@ -54,7 +54,7 @@
     if (status == NULL) {                                                                                              \
         return -4;                                                                                                     \
     }
-#define READ_STATUS(drops, drop_request)                                                                               \
+#define READ_STATUS(drops, drop_request, drop_rest)                                                                    \
     if (status == NULL) {                                                                                              \
         drops;                                                                                                         \
         return -4;                                                                                                     \
@@ -62,21 +62,24 @@
     drop_request;                                                                                                      \
     if (*status != 0) {                                                                                                \
         vor_errno = *status;                                                                                           \
-        DROP_RESPONSE;                                                                                                 \
+        drop_rest;                                                                                                     \
         return -1;                                                                                                     \
     }                                                                                                                  \
-    DROP_RESPONSE;                                                                                                     \
+    drop_rest;                                                                                                         \
     return 0;
 #define JUDGE(opcode, id)                                                                                              \
     FIND_STATUS(opcode, id, NOTHING)                                                                                   \
-    READ_STATUS(DROP_BOTH, DROP_REQUEST)
+    READ_STATUS(DROP_BOTH, DROP_REQUEST, DROP_RESPONSE)
+#define JUDGE_HOLDING_BOTH(opcode, id)                                                                                 \
+    FIND_STATUS(opcode, id, NOTHING)                                                                                   \
+    READ_STATUS(DROP_BOTH, NOTHING, DROP_BOTH)
 #define JUDGE_NON_EMPTY(opcode, id)                                                                                    \
     FIND_STATUS(opcode, id, KEEP_WHEN_EMPTY)                                                                           \
-    READ_STATUS(DROP_BOTH, DROP_REQUEST)
+    READ_STATUS(DROP_BOTH, NOTHING, DROP_BOTH)
 #define JUDGE_REQUEST_DROPPED(opcode, id)                                                                              \
     DROP_REQUEST;                                                                                                      \
     FIND_STATUS(opcode, id, KEEP_WHEN_EMPTY)                                                                           \
-    READ_STATUS(DROP_RESPONSE, NOTHING)
+    READ_STATUS(DROP_RESPONSE, NOTHING, DROP_RESPONSE)
 #define JUDGE_UNREAD(opcode, id)                                                                                       \
     (void)status;                                                                                                      \
     DROP_BOTH;                                                                                                         \
@@ -335,8 +338,8 @@ SNMP_NOTICE(vor_cfg_set_snmp_v2_trap_server, (vor_char * address, vor_char* name
 SNMP_NOTICE(vor_cfg_set_snmp_server_enable, (vor_uchar enabled), 0x15001, INT16(39, enabled))
 
 MQTT(vor_cfg_set_mqtt_username_and_password,
-     (vor_char * service, vor_uchar protocol, vor_char* user, vor_char* password, vor_uchar config_option), JUDGE,
-     STRING(10, service) INT16(6, protocol) STRING(12, user) STRING(13, password))
+     (vor_char * service, vor_uchar protocol, vor_char* user, vor_char* password, vor_uchar config_option),
+     JUDGE_HOLDING_BOTH, STRING(10, service) INT16(6, protocol) STRING(12, user) STRING(13, password))
 MQTT(vor_cfg_set_mqtt_application, (vor_char * service, vor_uchar protocol, vor_char* name, vor_uchar config_option),
      JUDGE_NON_EMPTY, STRING(10, service) INT16(6, protocol) STRING(11, name))
 MQTT(vor_cfg_set_mqtt_bind_addr,

@@ -15,15 +15,6 @@ vor_int32 no_place(Call& call, Frame frame)
     return no_status;
 }
 
-vor_ip_address address_from(vor_char* text)
-{
-    vor_ip_address address = 0;
-    if (text != nullptr) {
-        ip_aton(text, &address);
-    }
-    return address;
-}
-
 vor_char* text(Argument argument)
 {
     return reinterpret_cast<vor_char*>(argument);
@@ -32,7 +23,12 @@ vor_char* text(Argument argument)
 // What few calls hold stays out of the one piece that all others run through.
 [[gnu::noinline]] void add_address(TLV_CHAIN& chain, vor_uchar tag, vor_char* dotted)
 {
-    vor_tlv_chain_add_vor_int32(&chain, tag, static_cast<vor_int32>(address_from(dotted)));
+    vor_tlv_chain_add_vor_int32(&chain, tag, static_cast<vor_int32>(address_in(dotted)));
+}
+
+[[gnu::noinline]] void add_number(TLV_CHAIN& chain, vor_uchar tag, const vor_char* digits)
+{
+    vor_tlv_chain_add_vor_int16(&chain, tag, static_cast<vor_int16>(number_in(digits)));
 }
 
 [[gnu::noinline]] void add_byte(Call& call, TLV_CHAIN& chain, vor_uchar tag, vor_uchar value)
@@ -78,6 +74,9 @@ void write_chain(Call& call, const Element* element, Arguments arguments)
         case Kind::address:
             add_address(chain, tag, text(va_arg(arguments.list, Argument)));
             break;
+        case Kind::number:
+            add_number(chain, tag, text(va_arg(arguments.list, Argument)));
+            break;
         case Kind::strings:
         case Kind::addresses:
             add_all(chain, tag, kind, *reinterpret_cast<Arguments*>(va_arg(arguments.list, Argument)));
@@ -97,11 +96,13 @@ void write_record(const Element* element, vor_uchar* payload, Arguments argument
     for (; element->kind != Kind::end; ++element) {
         vor_uchar* const place = payload + element->tag;
         const Argument argument = va_arg(arguments.list, Argument);
-        const vor_uint32 value =
-            element->kind == Kind::address ? address_from(text(argument)) : static_cast<vor_uint32>(argument);
-        if (element->kind == Kind::byte) {
+        const Kind kind = element->kind;
+        const vor_uint32 value = kind == Kind::address  ? address_in(text(argument))
+                                 : kind == Kind::number ? number_in(text(argument))
+                                                        : static_cast<vor_uint32>(argument);
+        if (kind == Kind::byte) {
             *place = static_cast<vor_uchar>(value);
-        } else if (element->kind == Kind::int16) {
+        } else if (kind == Kind::int16 || kind == Kind::number) {
             const auto half = static_cast<vor_uint16>(value);
             __builtin_memcpy(place, &half, sizeof half);
         } else {
@@ -164,6 +165,20 @@ vor_int32 take_response(Call& call, Frame frame)
         vor_ipc_drop_msg_buf(&call.request);
     }
     return no_status;
+}
+
+// What the status says: a refusal's is in vor_errno afterwards.
+vor_int32 told(const void* status)
+{
+    if (status == nullptr) {
+        return no_status;
+    }
+    const vor_int32 value = status_at(status);
+    if (value == 0) {
+        return ok;
+    }
+    vor_errno = value;
+    return refused;
 }
 
 } // namespace
@@ -237,20 +252,22 @@ vor_int32 look(Call& call, Frame frame, vor_uint32 id, const void*& status)
     return ok;
 }
 
-vor_int32 settle(Call& call, Frame frame, const void* status)
+vor_int32 judge(Call& call, Frame frame, const void* status)
 {
-    vor_int32 code = no_status;
-    if ((frame & request_dropped_first) == 0) {
+    if ((frame & (request_dropped_first | request_dropped_last)) == 0) {
+        vor_ipc_drop_msg_buf(&call.request);
+        return told(status);
+    }
+    const vor_int32 code = told(status);
+    if ((frame & request_dropped_last) != 0) {
         vor_ipc_drop_msg_buf(&call.request);
     }
-    if (status != nullptr) {
-        const vor_int32 value = status_at(status);
-        code = ok;
-        if (value != 0) {
-            vor_errno = value;
-            code = refused;
-        }
-    }
+    return code;
+}
+
+vor_int32 settle(Call& call, Frame frame, const void* status)
+{
+    const vor_int32 code = judge(call, frame, status);
     vor_ipc_drop_msg_buf(&call.response);
     return code;
 }
@@ -275,6 +292,20 @@ void drop_both(Call& call)
 {
     vor_ipc_drop_msg_buf(&call.request);
     vor_ipc_drop_msg_buf(&call.response);
+}
+
+vor_ip_address address_in(vor_char* text)
+{
+    vor_ip_address address = 0;
+    if (text != nullptr) {
+        ip_aton(text, &address);
+    }
+    return address;
+}
+
+vor_uint16 number_in(const vor_char* text)
+{
+    return text == nullptr ? vor_uint16{0} : static_cast<vor_uint16>(vor_atoi(text));
 }
 
 vor_int32 prepare_described(Call* call, const Description* description, ...)

@@ -43,6 +43,7 @@ constexpr Frame refused_keeps_response = 1u << 25; // a refused exchange gives b
 constexpr Frame request_dropped_first = 1u << 26;  // given back before the answer is looked at
 constexpr Frame id_low_half = 1u << 27;            // answers are known by the low 16 bits of their id
 constexpr Frame empty_answer_keeps = 1u << 28;     // the right answer without a status: -4, buffers stay taken
+constexpr Frame request_dropped_last = 1u << 29;   // given back after a refusal's status is in vor_errno
 
 // --- Return codes ---------------------------------------------------------
 
@@ -60,6 +61,7 @@ enum class Kind : vor_uchar {
     string,
     byte,
     address, // a dotted quad; what does not parse, or is no text at all, is sent as 0
+    number,  // 16 bits of a number in a text; no text at all is 0
     strings, // every further argument of the call, under one tag
     addresses,
     end, // of the elements
@@ -132,6 +134,12 @@ auto address(vor_char* text)
 }
 
 template <vor_uchar tag>
+auto number(vor_char* text)
+{
+    return Part<Kind::number, tag>(text);
+}
+
+template <vor_uchar tag>
 auto strings(Arguments& texts)
 {
     return Part<Kind::strings, tag>(&texts);
@@ -160,8 +168,15 @@ auto address_field(vor_char* text)
     return Part<Kind::address, offset, true>(text);
 }
 
+template <std::size_t offset, class Member>
+requires(sizeof(Member) == 2) auto number_field(vor_char* text)
+{
+    return Part<Kind::number, offset, true>(text);
+}
+
 #define FIELD(record, member) field<offsetof(record, member), decltype(record::member)>
 #define ADDRESS_FIELD(record, member) address_field<offsetof(record, member)>
+#define NUMBER_FIELD(record, member) number_field<offsetof(record, member), decltype(record::member)>
 
 // --- Descriptions ---------------------------------------------------------
 
@@ -247,7 +262,8 @@ bool answers(const Call& call, Frame frame, vor_uint32 id);
 
 // The answer's status, null for an answer without one. Not 0 where such an answer ends the call.
 vor_int32 look(Call& call, Frame frame, vor_uint32 id, const void*& status);
-// Judges the status and gives the buffers back.
+// Judges the status and gives the request back, in the frame's order; settle then gives the response back.
+vor_int32 judge(Call& call, Frame frame, const void* status);
 vor_int32 settle(Call& call, Frame frame, const void* status);
 vor_int32 verdict(Call& call, Frame frame, vor_uint32 id);  // look and settle
 vor_int32 conclude(Call& call, Frame frame, vor_uint32 id); // post or exchange, as the frame says, and verdict
@@ -275,6 +291,10 @@ inline bool accepted(const void* status)
 {
     return status != nullptr && status_at(status) == 0;
 }
+
+// Texts are read when their step comes; a null one is 0.
+vor_ip_address address_in(vor_char* text);
+vor_uint16 number_in(const vor_char* text);
 
 // --- What families write --------------------------------------------------
 

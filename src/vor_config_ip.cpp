@@ -11,6 +11,7 @@ namespace {
 constexpr Frame eth = sap(7) | lone_request_dropped | id_low_half | empty_answer_keeps;
 constexpr Frame eth_record = eth | null_payload_keeps;
 constexpr Frame eth_option = eth | option_byte | null_payload_drops;
+constexpr Frame eth_twice = eth_option | request_dropped_last; // the access point's request may go out again
 constexpr Frame route = sap(7) | one_way | null_payload_keeps;
 
 constexpr vor_uint32 first_interface_address = 0x7003;
@@ -18,21 +19,19 @@ constexpr vor_uint32 other_interface_address = 0x7005;
 constexpr vor_uint32 access_point = 0x7014;
 constexpr vor_uint32 access_point_notice = 2; // to SAP 0
 
+constexpr vor_uint32 route_status = 0x700e;
+constexpr vor_uint32 ip_routing = 0x700f;
+
 constexpr vor_int16 dns_servers_max = 4;
 constexpr vor_int32 too_many_dns_servers = -1151;
 
-vor_uint32 network_address(const vor_char* text)
+[[gnu::noinline]] vor_uint32 network_address(const vor_char* text)
 {
     in_addr address{}; // stays 0.0.0.0 for a text that is none
     if (text != nullptr) {
         inet_aton(text, &address);
     }
     return address.s_addr;
-}
-
-vor_uint16 number16(const vor_char* text)
-{
-    return text == nullptr ? vor_uint16{0} : static_cast<vor_uint16>(vor_atoi(text));
 }
 
 } // namespace
@@ -42,14 +41,15 @@ vor_int32 vor_cfg_set_ip_address(vor_uchar interface_number, vor_char* ip_addres
 {
     Call call;
     const vor_uint32 id = interface_number == 0 ? first_interface_address : other_interface_address;
-    vor_int32 code = prepare<eth_record | clears_errno, sizeof(VOR_ETH_CONFIG_IP)>(
-        call, FIELD(VOR_ETH_CONFIG_IP, eth_int_number)(interface_number),
-        FIELD(VOR_ETH_CONFIG_IP, eth_conf_option)(config_option),
-        FIELD(VOR_ETH_CONFIG_IP, ip_address)(network_address(ip_address)),
-        FIELD(VOR_ETH_CONFIG_IP, subnet_mask)(network_address(subnet_mask)));
+    vor_int32 code = prepare<eth_record | clears_errno, sizeof(VOR_ETH_CONFIG_IP)>(call);
     if (code != ok) {
         return code;
     }
+    auto* const config = reinterpret_cast<VOR_ETH_CONFIG_IP*>(call.payload);
+    config->eth_int_number = interface_number;
+    config->eth_conf_option = config_option;
+    config->ip_address = network_address(ip_address);
+    config->subnet_mask = network_address(subnet_mask);
     if (interface_number > 2) { // no message for it: ends like an answer without status
         return settle(call, eth_record, nullptr);
     }
@@ -92,22 +92,22 @@ vor_int32 vor_cfg_set_access_point_params(vor_uint16 intr_num, vor_char* passwd,
                                           vor_uint16 country_code, vor_char config_option)
 {
     Call call;
-    vor_int32 code = prepare<eth_option>(call, option(config_option), int16<1>(intr_num), str<2>(ssid),
-                                         int16<3>(protocol), str<4>(passwd), int16<20>(country_code));
+    vor_int32 code = prepare<eth_twice>(call, option(config_option), int16<1>(intr_num), str<2>(ssid),
+                                        int16<3>(protocol), str<4>(passwd), int16<20>(country_code));
     if (code != ok) {
         return code;
     }
-    code = exchange(call, eth_option, access_point);
+    code = exchange(call, eth_twice, access_point);
     if (code != ok) {
         return code;
     }
     const void* status = nullptr;
-    code = look(call, eth_option, access_point, status);
+    code = look(call, eth_twice, access_point, status);
     if (code != ok) {
         return code;
     }
     if (!accepted(status)) {
-        return settle(call, eth_option, status);
+        return settle(call, eth_twice, status);
     }
     const vor_int32 sent = vor_ipc_send(call.handle, 0, access_point_notice, &call.request, call.length, 0);
     drop_both(call);
@@ -165,7 +165,7 @@ vor_int32 vor_cfg_set_dhcp_server_dns_client(vor_char* def_search_domain, vor_ch
     Arguments servers{};
     servers.count = dns_server_num;
     va_start(servers.list, dns_server_num);
-    const vor_int32 code = request<route, 0x700d>(str<21>(def_search_domain), int16<1>(number16(intr_num)),
+    const vor_int32 code = request<route, 0x700d>(str<21>(def_search_domain), number<1>(intr_num),
                                                   int16<11>(dns_server_num), addresses<12>(servers));
     va_end(servers.list);
     return code;
@@ -207,19 +207,30 @@ vor_int32 vor_cfg_set_default_gateway(vor_char* def_gateway, vor_char* iface_num
 {
     return request<eth_record | clears_errno, 0x7010, sizeof(VOR_ETH_DEFAULT_GW_CONFIG)>(
         FIELD(VOR_ETH_DEFAULT_GW_CONFIG, gw_conf_option)(config_option),
-        FIELD(VOR_ETH_DEFAULT_GW_CONFIG, iface_num)(number16(iface_num)),
+        NUMBER_FIELD(VOR_ETH_DEFAULT_GW_CONFIG, iface_num)(iface_num),
         ADDRESS_FIELD(VOR_ETH_DEFAULT_GW_CONFIG, default_gw)(def_gateway));
 }
 
 vor_int32 vor_cfg_show_route_status(vor_char* iface_num)
 {
-    return request<eth_record, 0x700e, sizeof(VOR_INTERFACE)>(
-        FIELD(VOR_INTERFACE, interface_num)(static_cast<vor_char>(iface_num == nullptr ? 0 : std::atoi(iface_num))));
+    Call call;
+    const vor_int32 code = prepare<eth_record, sizeof(VOR_INTERFACE)>(call);
+    if (code != ok) {
+        return code;
+    }
+    *call.payload = static_cast<vor_uchar>(iface_num == nullptr ? 0 : std::atoi(iface_num));
+    return conclude(call, eth_record, route_status);
 }
 
 vor_int32 vor_cfg_enable_ip_routing(vor_char* enable_status)
 {
-    return request<route, 0x700f, sizeof(VOR_ETH_ROUTE_EN)>(field<0, VOR_ETH_ROUTE_EN>(number16(enable_status)));
+    Call call;
+    const vor_int32 code = prepare<route, sizeof(VOR_ETH_ROUTE_EN)>(call);
+    if (code != ok) {
+        return code;
+    }
+    *reinterpret_cast<vor_uint32*>(call.payload) = number_in(enable_status);
+    return post(call, route, ip_routing);
 }
 
 vor_int32 vor_cfg_set_via_route(vor_char* ip_address, vor_char* via_address)
@@ -232,7 +243,7 @@ vor_int32 vor_cfg_set_via_route(vor_char* ip_address, vor_char* via_address)
 vor_int32 vor_cfg_set_static_route(vor_char* ip_address, vor_char* interface_number)
 {
     return request<route, 0x7011, sizeof(VOR_ETH_STATIC_ROUTE)>(
-        FIELD(VOR_ETH_STATIC_ROUTE, device_no)(number16(interface_number)),
+        NUMBER_FIELD(VOR_ETH_STATIC_ROUTE, device_no)(interface_number),
         ADDRESS_FIELD(VOR_ETH_STATIC_ROUTE, ip_address)(ip_address));
 }
 

@@ -29,12 +29,11 @@ vor_int32 vor_cfg_set_pcu_config_enable(vor_uchar is_enabled)
         return code;
     }
     const void* status = nullptr;
-    code = look(call, pcu, pcu_setting, status);
-    if (code != ok) {
-        return code;
-    }
-    if (accepted(status)) {
+    look(call, pcu, pcu_setting, status);
+    code = judge(call, pcu, status);
+    if (code == ok) {
         std::puts("Success");
     }
-    return settle(call, pcu, status);
+    vor_ipc_drop_msg_buf(&call.response);
+    return code;
 }

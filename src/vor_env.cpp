@@ -22,16 +22,15 @@ vor_int32 vor_cfg_get_system_temperature(vor_int16* system_temp)
         return code;
     }
     const void* status = nullptr;
-    code = look(call, temperature, read_temperature, status);
-    if (code != ok) {
-        return code;
-    }
-    if (accepted(status)) {
+    look(call, temperature, read_temperature, status);
+    code = judge(call, temperature, status);
+    if (code == ok) {
         VOR_ENV_INFO info{}; // an answer without a reading is 0
         if (const void* const reading = payload_of(call.response, sizeof(VOR_SDK_API_STATUS)); reading != nullptr) {
             __builtin_memcpy(&info, reading, sizeof info);
         }
         *system_temp = info.system_temperature;
     }
-    return settle(call, temperature, status);
+    vor_ipc_drop_msg_buf(&call.response);
+    return code;
 }

@@ -317,8 +317,7 @@ vor_int32 vor_konfd_bi_dir_comm(VOR_CFG_PROTO* handle)
 vor_int32 vor_cfg_set_wifi_ssid_password(vor_char* ssid, vor_char* password)
 {
     const FixedCommand network(R"(-s -l "ssid %s" -r "^ssid " "interface wlan0")", ssid);
-    const FixedCommand secret(R"(-s -l "password %s" -r "^password " "interface wlan0" "ssid %s")", password, ssid);
-    if (network.text() == nullptr || secret.text() == nullptr) {
+    if (network.text() == nullptr) {
         return -1;
     }
     const VOR_UNIX_SOCKET* const socket = connect();
@@ -326,8 +325,12 @@ vor_int32 vor_cfg_set_wifi_ssid_password(vor_char* ssid, vor_char* password)
         return -1;
     }
     const vor_int32 fd = socket->sock_fd;
+    if (network.send(fd) == -1) {
+        return -1;
+    }
+    const FixedCommand secret(R"(-s -l "password %s" -r "^password " "interface wlan0" "ssid %s")", password, ssid);
     Answer answer; // one stands for both commands
-    if (network.send(fd) == -1 || secret.send(fd) == -1 || low16(answer.receive(fd)) < 1 ||
+    if (secret.text() == nullptr || secret.send(fd) == -1 || low16(answer.receive(fd)) < 1 ||
         low16(vor_cfg_remove_sock_endpoint()) == -1) {
         return -1;
     }
@@ -338,11 +341,7 @@ vor_int32 vor_cfg_set_interface_ip(vor_char* interface, vor_char* ip_address)
 {
     // The line names eth0 whatever the interface; only the pattern carries the caller's.
     const FixedCommand select(R"(-d -s -l "interface eth0" -r "interface %s$")", interface);
-    const FixedCommand address =
-        std::strcmp(ip_address, "dhcp") == 0
-            ? FixedCommand(R"(-s -l "ip-address dhcp" -r "^ip-address" "interface %s")", interface)
-            : FixedCommand(R"(-s -l "ip-address %s" -r "^ip-address" "interface %s")", ip_address, interface);
-    if (select.text() == nullptr || address.text() == nullptr) {
+    if (select.text() == nullptr) {
         return -1;
     }
     std::printf("The konf_command is: %s \n", select.text());
@@ -369,6 +368,16 @@ vor_int32 vor_cfg_set_interface_ip(vor_char* interface, vor_char* ip_address)
         return -1;
     }
     std::puts("The response from konfd socket received");
+    if (ip_address == nullptr) {
+        return -1; // compared only now, with one exchange behind it
+    }
+    const FixedCommand address =
+        std::strcmp(ip_address, "dhcp") == 0
+            ? FixedCommand(R"(-s -l "ip-address dhcp" -r "^ip-address" "interface %s")", interface)
+            : FixedCommand(R"(-s -l "ip-address %s" -r "^ip-address" "interface %s")", ip_address, interface);
+    if (address.text() == nullptr) {
+        return -1;
+    }
     std::printf("The konf_command in vor_cfg_set_interface_ip is interface %s ip-address dhcp\n", interface);
     std::printf("The konf_command is: %s \n", address.text());
     sent = address.send(fd);

@@ -14,7 +14,7 @@ const Call calls[] = {
     CALL(
         vor_system_restart(5),
         "sap 0 id 0xc one-way record 2: 05 00; timer 0 null; log 32768 ` System restart in 5 seconds\\n`; start 5000 0",
-        one_way_dropped),
+        sent_record_then_timer),
     SENDS(vor_system_restart(0),
           "sap 0 id 0xc one-way record 2: 00 00; timer 0 null; log 32768 ` System restart in 0 seconds\\n`; start 0 0"),
     SENDS(vor_system_restart(32767), "sap 0 id 0xc one-way record 2: ff 7f; timer 0 null; "
@@ -46,20 +46,11 @@ std::vector<char> exactly(const char* text)
 
 CALL_TESTS(common, calls)
 
-TEST(restart, a_refused_notice_starts_no_timer)
-{
-    begin_call();
-    fake::script.send_result = -7;
-    EXPECT_EQ(outcome(vor_system_restart(5)), "-3/55/q");
-    EXPECT_EQ(fake::events(), "sap 0 id 0xc one-way record 2: 05 00");
-}
-
 TEST(restart, a_missing_timer_goes_unnoticed)
 {
     begin_call();
     fake::script.timer_missing = true;
-    EXPECT_EQ(outcome(vor_system_restart(5)), "0/55/q");
-    EXPECT_EQ(fake::event_names(), "sap timer log start");
+    EXPECT_EQ(outcome(vor_system_restart(5)), "0:Q0sqtlg");
 }
 
 TEST(restart, the_timer_reboots)
@@ -98,101 +89,6 @@ TEST(frame, a_long_chain_goes_out_with_its_length_cut_to_16_bits)
     fake::script.serialized_size = 65536 + 20;
     vor_cfg_set_can_id(1, 2, 3);
     EXPECT_EQ(fake::events(), "sap 19 id 0x13003 | 1 i16 1 | 6 i32 2 | 10 i16 3 (length 20 for a chain of 31)");
-}
-
-// The sanitizers see a word read where it may not lie.
-TEST(frame, a_status_at_an_odd_address_is_read_whole)
-{
-    const struct {
-        vor_int32 (*make)();
-        const char* outcome;
-    } rows[] = {
-        {[] { return vor_cfg_set_can_id(1, 2, 3); }, "-1/-2147483641/qp"},
-        {[] { return vor_cfg_set_dhcp(1, 2); }, "-1/-2147483641/qp"},
-        {[] { return vor_cfg_set_mqtt_topic("t"_t, 1); }, "-1/-2147483641/qp"},
-        {[] { return vor_cfg_set_service_chain(1, "c"_t, 0); }, "-1/-2147483641/qp"},
-        {[] { return vor_cfg_set_access_point_params(1, ""_t, ""_t, 1, 1, 1); }, "-1/-2147483641/qp"},
-        {[] { return vor_cfg_set_gw_device_latitude_config(1, ""_t); }, "-1001/55/qp"},
-    };
-    for (const auto& row : rows) {
-        begin_call();
-        fake::script.answer_skew = 1;
-        fake::script.answer = {7, 0, 0, 0x80};
-        EXPECT_EQ(outcome(row.make()), row.outcome);
-    }
-}
-
-// A pointer asked for twice need not be the same twice.
-TEST(frame, a_payload_pointer_is_asked_for_once)
-{
-    const struct {
-        void (*make)();
-        const char* pointers;
-    } rows[] = {
-        {[] { vor_cfg_set_can_id(1, 2, 3); }, "q0 p0"},
-        {[] { vor_cfg_set_ip_address(0, ""_t, ""_t, 1); }, "q0 p0"},
-        {[] { vor_cfg_set_ip_address(3, ""_t, ""_t, 1); }, "q0"},
-        {[] { vor_cfg_set_mqtt_topic("t"_t, 1); }, "q1 p0"},
-        {[] { vor_cfg_set_access_point_params(1, ""_t, ""_t, 1, 1, 1); }, "q1 p0"},
-        {[] { vor_cfg_set_service_chain(1, "c"_t, 0); }, "q1 p0"},
-        {[] { vor_cfg_set_gw_device_latitude_config(1, ""_t); }, "q0 q1 p0"},
-        {[] { vor_cfg_set_pcu_config_enable(1); }, "q0 p0"},
-        {[] { vor_cfg_set_snmp_server_v3_credentials("x"_t, 1, 1); }, "q0 p0"},
-        {[] { vor_cfg_set_debug_info(1, "all"_t, "all"_t); }, "q0"},
-        {[] { vor_cfg_set_log_file(4, nullptr, nullptr, nullptr, nullptr, nullptr, 0); }, "q0"},
-        {[] { vor_cfg_get_gpio_port_stats(1); }, "q0 p0"},
-        {[] {
-             vor_int16 temperature;
-             vor_cfg_get_system_temperature(&temperature);
-         },
-         "p0 p4"},
-        {[] {
-             SUB1G_CONFIG_REG* registers;
-             vor_cfg_get_reg_values(&registers);
-         },
-         "p0"},
-    };
-    for (const auto& row : rows) {
-        begin_call();
-        printed_by(row.make);
-        EXPECT_EQ(fake::payload_pointers(), row.pointers) << fake::events();
-    }
-}
-
-// The strips refuse with a negative result.
-TEST(frame, a_positive_result_is_a_refusal_too)
-{
-    const struct {
-        vor_int32 (*make)();
-        const char* outcome;
-    } rows[] = {
-        {[] { return vor_cfg_set_can_id(1, 2, 3); }, "-3/0/qp"},
-        {[] { return vor_cfg_set_dhcp(1, 2); }, "-3/55/qp"},
-        {[] { return vor_cfg_set_gw_device_latitude_config(1, ""_t); }, "-4/55/qp"},
-        {[] { return vor_cfg_set_plat_hostname(""_t); }, "-3/55/q"},
-        {[] { return vor_cfg_mqtt_activate_session(""_t, 1); }, "-3/55/q"},
-        {[] { return set_wifi_monitor_channel_name(""_t, 1); }, "-1/55/Q"},
-        {[] { return vor_cfg_set_snmp_server_enable(1); }, "7/0/QP"},
-        {[] { return vor_int32{vor_system_restart(5)}; }, "-3/55/q"},
-    };
-    for (const auto& row : rows) {
-        begin_call();
-        fake::script.exchange_result = fake::script.send_result = 7;
-        EXPECT_EQ(outcome(row.make()), row.outcome) << fake::events();
-    }
-}
-
-TEST(frame, a_null_text_does_not_hide_a_missing_endpoint)
-{
-    fake::reset();
-    vor_cfg_set_ipc_endpoint(nullptr);
-    EXPECT_EQ(vor_cfg_set_ip_address(0, nullptr, nullptr, 1), -1);
-    EXPECT_EQ(vor_cfg_set_dhcp_server_dns_client(nullptr, nullptr, 0), -1);
-    EXPECT_EQ(vor_cfg_set_default_gateway(nullptr, nullptr, 1), -1);
-    EXPECT_EQ(vor_cfg_show_route_status(nullptr), -1);
-    EXPECT_EQ(vor_cfg_enable_ip_routing(nullptr), -1);
-    EXPECT_EQ(vor_cfg_set_static_route(nullptr, nullptr), -1);
-    EXPECT_EQ(vor_cfg_set_sysloginfo(1, nullptr, 514, 1), -1);
 }
 
 TEST(frame, a_status_stays_until_a_call_that_clears_it)

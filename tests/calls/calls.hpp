@@ -1,4 +1,4 @@
-// calls.hpp: the tables of calls. A row says what a call sends and how it ends under every fault.
+// calls.hpp: the tables of calls. A row says what a call sends, and its steps under every fault.
 #pragma once
 
 #include "../fake_vorinfra/fake_vorinfra.hpp"
@@ -16,13 +16,13 @@ struct Call {
     const char* text;
     std::string (*make)(); // makes the call and shows what it returned
     const char* sends;
-    const Strip* strip = nullptr;               // none: another row of the same call has it
+    std::string_view strip = {};                // none: another row of the same call has it
     std::optional<vor_uint32> answered_as = {}; // the answer's id where it is not the id sent
 };
 
 // clang-format off
 #define CALL(call, sends, strip, ...)                                                                                  \
-    Call { #call, [] { return shown(call); }, sends, &ends::strip __VA_OPT__(, ) __VA_ARGS__ }
+    Call { #call, [] { return shown(call); }, sends, strip_named(#strip) __VA_OPT__(, ) __VA_ARGS__ }
 // One more request of a call that has its row.
 #define SENDS(call, sends)                                                                                             \
     Call { #call, [] { return shown(call); }, sends }
@@ -40,7 +40,9 @@ std::string shown(const void* record); // null, or the answer's payload
 
 // Begins a call's test: a fresh platform, the endpoint bound, vor_errno 55.
 void begin_call();
-// "return/vor_errno/buffers" of the call that just returned.
+// "return:steps" of the call that just returned, the fake's letters and these:
+//   e E =  vor_errno cleared, set to the answer's status, set to anything else
+//   o      something printed
 std::string outcome(const std::string& returned);
 inline std::string outcome(vor_int32 code)
 {
@@ -51,7 +53,13 @@ inline std::string outcome(vor_int32 code)
 std::string printed_by(const std::function<void()>& action);
 
 // The calls take texts as char*, and write to none.
-inline char* operator""_t(const char* text, size_t)
-{
-    return const_cast<char*>(text);
-}
+char* operator""_t(const char* text, size_t length);
+
+// While one is alive, the first of these texts that anybody reads is noted among the steps.
+class WatchedTexts {
+public:
+    WatchedTexts();
+    ~WatchedTexts();
+    WatchedTexts(const WatchedTexts&) = delete;
+    WatchedTexts& operator=(const WatchedTexts&) = delete;
+};

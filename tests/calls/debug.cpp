@@ -13,7 +13,7 @@ char* letters()
 
 const Call calls[] = {
     CALL(vor_cfg_set_debug_info(1, "ethmgr"_t, "info"_t),
-         "sap 0 id 0x1b one-way record 32: 04 00 00 00 07 00 'ethmgr' 00 a5*19", debug),
+         "sap 0 id 0x1b one-way record 32: 04 00 00 00 07 00 'ethmgr' 00 a5*19", sent_record_text_read_first),
     SENDS(vor_cfg_set_debug_info(0, "ethmgr"_t, "info"_t),
           "sap 0 id 0x1b one-way record 32: 00*4 07 00 'ethmgr' 00 a5*19"),
     SENDS(vor_cfg_set_debug_info(200, "modbusmgr"_t, "error"_t),
@@ -27,7 +27,7 @@ const Call calls[] = {
     CALL(vor_cfg_set_log_file(1, "site"_t, "gw.log"_t, "10.0.0.9"_t, "bob"_t, "secret"_t, 70000),
          "sap 2 id 0x2028 one-way record 260: 01 00 00 00 'site' 00 a5*45 '10.0.0.9' 00 a5*41 'bob' 00 a5*46 'secret' "
          "00 a5*99",
-         one_way_dropped),
+         sent_record_place_dropped),
     SENDS(vor_cfg_set_log_file(2, "site"_t, "gw.log"_t, "10.0.0.9"_t, "bob"_t, "secret"_t, 70000),
           "sap 2 id 0x2028 one-way record 260: 02 00 00 00 'site' 00 a5*195 'gw.log' 00 a5*49"),
     SENDS(vor_cfg_set_log_file(3, "site"_t, "gw.log"_t, "10.0.0.9"_t, "bob"_t, "secret"_t, 70000),
@@ -55,7 +55,7 @@ TEST(debug, every_manager_has_its_number)
          {"sysmgr", "platmgr", "restmgr", "gpiomgr", "adcmgr", "blemgr", "ethmgr", "svcmgr", "datamgr", "appmgr",
           "mqttmgr", "serialmgr", "sensormgr", "sub1gmgr", "modbusmgr", "canmgr", "ntpmgr", "snmpmgr", "all"}) {
         begin_call();
-        EXPECT_EQ(outcome(vor_cfg_set_debug_info(1, const_cast<char*>(name), "ipc"_t)), "0/55/-") << name;
+        EXPECT_EQ(outcome(vor_cfg_set_debug_info(1, const_cast<char*>(name), "ipc"_t)), "0:d") << name;
         numbers += fake::events() + " ";
     }
     EXPECT_EQ(numbers,
@@ -68,9 +68,9 @@ TEST(debug, the_level_is_judged_before_the_name)
     const struct {
         const char *name, *level, *outcome;
     } rows[] = {
-        {"ethmgr", "debug", "-1/55/-"}, {"foomgr", "info", "-4/55/-"},  {"foomgr", "debug", "-1/55/-"},
-        {"foomgr", "ipc", "-4/55/-"},   {"ethmgr", "Info", "-1/55/-"},  {"ethmgr", "infos", "-1/55/-"},
-        {"ethmg", "info", "-4/55/-"},   {"ethmgr ", "info", "-4/55/-"}, {"", "", "-1/55/-"},
+        {"ethmgr", "debug", "-1:"}, {"foomgr", "info", "-4:"},  {"foomgr", "debug", "-1:"},
+        {"foomgr", "ipc", "-4:"},   {"ethmgr", "Info", "-1:"},  {"ethmgr", "infos", "-1:"},
+        {"ethmg", "info", "-4:"},   {"ethmgr ", "info", "-4:"}, {"", "", "-1:"},
     };
     for (const auto& row : rows) {
         begin_call();

@@ -5,7 +5,7 @@ namespace {
 vor_int16 temperature = 0;
 
 const Call calls[] = {
-    CALL(vor_cfg_get_system_temperature(&temperature), "sap 2 id 0x2021 empty", gpio),
+    CALL(vor_cfg_get_system_temperature(&temperature), "sap 2 id 0x2021 empty", answered_with_reading),
 };
 
 } // namespace
@@ -16,12 +16,12 @@ TEST(env, temperature_stands_behind_the_status)
 {
     begin_call();
     fake::script.answer = {0, 0, 0, 0, 0xfb, 0xff};
-    EXPECT_EQ(outcome(vor_cfg_get_system_temperature(&temperature)), "0/0/qp");
+    EXPECT_EQ(outcome(vor_cfg_get_system_temperature(&temperature)), "0:eQPxaqa4p");
     EXPECT_EQ(temperature, -5);
 
     begin_call();
     fake::script.answer = {7, 0, 0, 0, 99, 0};
-    EXPECT_EQ(outcome(vor_cfg_get_system_temperature(&temperature)), "-1/7/qp");
+    EXPECT_EQ(outcome(vor_cfg_get_system_temperature(&temperature)), "-1:eQPxaqEp");
     EXPECT_EQ(temperature, -5) << "a refusal brings no temperature";
 }
 
@@ -31,6 +31,6 @@ TEST(env, an_answer_without_temperature_reads_as_zero)
     fake::script.null_payload = 2;
     fake::script.null_payload_from = 4;
     temperature = 21;
-    EXPECT_EQ(outcome(vor_cfg_get_system_temperature(&temperature)), "0/0/qp");
+    EXPECT_EQ(outcome(vor_cfg_get_system_temperature(&temperature)), "0:eQPxaqa4p");
     EXPECT_EQ(temperature, 0);
 }

@@ -1,96 +1,122 @@
-// strips.hpp: how calls end under every fault, one cell "return/vor_errno/buffers" for each.
+// strips.hpp: how calls go under every fault, one cell "return:steps" for each, whole from the endpoint to the return.
 //
-// vor_errno begins at 55, so that 0 is cleared, 55 untouched and anything else a status. Buffers: q the request, p the
-// response; small letters are handed back, in that order, capitals stay taken. A fault that does not concern a call
-// ends as its last cell does, where nothing fails. A refused exchange or send is refused with -7.
+// The letters of the steps are explained in fake_vorinfra.hpp and calls.hpp. A dot is a cell like the last one, where
+// nothing fails: the fault does not concern the call. R returned is the platform's own refusal.
 #pragma once
 
+#include <string_view>
+
 struct Strip {
-    const char* name;
-    const char* cells;
+    std::string_view name, cells;
 };
 
-namespace ends {
-
 // clang-format off
-//      no         no         no         null       null       refused    answer's   answer's   empty      status     status     status
-//      endpoint   request    response   meta-data  payload               low half   high half  answer     7          1          0
+inline constexpr Strip strips[] = {
+    //no       no      no       null      null       refused       refused       answer's      answer's    empty          status          status          status
+    //endpoint request response meta-data payload    exchange      send          low half      high half   answer         7               1               0
 
-// Answered: vor_errno cleared, the lone request kept, the null payload left to the serializer.
-inline constexpr Strip gpio{"gpio",
-       "-1/0/-     -4/0/-     -4/0/Q     0/0/qp     0/0/qp     -3/0/qp    -4/0/qp    0/0/qp     -4/0/qp    -1/7/qp    -1/1/qp    0/0/qp"};
-inline constexpr Strip gpio_name{"gpio_name",
-       "-1/0/-     -4/0/-     -4/0/Q     0/0/qp     -4/0/QP    -3/0/qp    -4/0/qp    0/0/qp     -4/0/qp    -1/7/qp    -1/1/qp    0/0/qp"};
-inline constexpr Strip can{"can",
-       "-1/0/-     -4/0/-     -4/0/Q     0/0/qp     0/0/qp     -3/0/qp    -4/0/qp    -4/0/qp    -4/0/qp    -1/7/qp    -1/1/qp    0/0/qp"};
-inline constexpr Strip can_name{"can_name",
-       "-1/0/-     -4/0/-     -4/0/Q     0/0/qp     -4/0/QP    -3/0/qp    -4/0/qp    -4/0/qp    -4/0/qp    -1/7/qp    -1/1/qp    0/0/qp"};
-inline constexpr Strip syslog{"syslog",
-       "-1/0/-     -4/0/-     -4/0/Q     0/0/qp     -4/0/QP    -3/0/qP    -4/0/qp    0/0/qp     -4/0/QP    -1/7/qp    -1/1/qp    0/0/qp"};
+    // Answered: a chain, vor_errno cleared, the lone request kept, a null payload left to the serializer, all 32 bits of the id.
+    {"answered",
+     "-1:e     -4:eQ   -4:eQP   .         .          -3:eQP0cxqp   .             -4:eQP0cxqp   -4:eQP0cxqp -4:eQP0cxaqp   -1:eQP0cxaqEp   -1:eQP0cxaqEp   0:eQP0cxaqp"},
+    {"answered_place_kept",
+     "-1:e     -4:eQ   -4:eQP   .         -4:eQP0    -3:eQP0cxqp   .             -4:eQP0cxqp   -4:eQP0cxqp -4:eQP0cxaqp   -1:eQP0cxaqEp   -1:eQP0cxaqEp   0:eQP0cxaqp"},
+    {"answered_low_half",
+     "-1:e     -4:eQ   -4:eQP   .         .          -3:eQP0cxqp   .             -4:eQP0cxqp   .           -4:eQP0cxaqp   -1:eQP0cxaqEp   -1:eQP0cxaqEp   0:eQP0cxaqp"},
+    {"answered_low_half_place_kept",
+     "-1:e     -4:eQ   -4:eQP   .         -4:eQP0    -3:eQP0cxqp   .             -4:eQP0cxqp   .           -4:eQP0cxaqp   -1:eQP0cxaqEp   -1:eQP0cxaqEp   0:eQP0cxaqp"},
+    {"answered_with_reading",
+     "-1:e     -4:eQ   -4:eQP   .         .          -3:eQPxqp     .             -4:eQPxqp     .           -4:eQPxaqp     -1:eQPxaqEp     -1:eQPxaqEp     0:eQPxaqa4p"},
 
-// Answered: vor_errno cleared, the lone request handed back.
-inline constexpr Strip radio{"radio",
-       "-1/0/-     -4/0/-     -4/0/q     0/0/qp     0/0/qp     -3/0/qp    -4/0/qp    0/0/qp     -4/0/qp    -1/7/qp    -1/1/qp    0/0/qp"};
-inline constexpr Strip radio_channel{"radio_channel",
-       "-1/0/-     -4/0/-     -4/0/q     0/0/qp     -4/0/qp    -3/0/qp    -4/0/qp    0/0/qp     -4/0/qp    -1/7/qp    -1/1/qp    0/0/qp"};
-inline constexpr Strip sensor{"sensor",
-       "-1/0/-     -4/0/-     -4/0/q     0/0/qp     -4/0/qp    -3/0/qp    -4/0/qp    0/0/qp     -4/0/qP    -1/7/qp    -1/1/qp    0/0/qp"};
-inline constexpr Strip serial_speed{"serial_speed",
-       "-1/0/-     -4/0/-     -4/0/q     0/0/qp     0/0/qp     -3/0/qp    -4/0/qp    -4/0/qp    -4/0/qp    -1/7/qp    -1/1/qp    0/0/qp"};
-inline constexpr Strip serial_unread{"serial_unread",
-       "-1/0/-     -4/0/-     -4/0/q     -4/0/qp    -4/0/qp    -3/0/qp    -4/0/qp    -4/0/qp    -4/0/qp    -4/0/qp    -4/0/qp    -4/0/qp"};
-inline constexpr Strip address{"address",
-       "-1/0/-     -4/0/-     -4/0/q     0/0/qp     -4/0/QP    -3/0/qp    -4/0/qp    0/0/qp     -4/0/QP    -1/7/qp    -1/1/qp    0/0/qp"};
-inline constexpr Strip address_unsent{"address_unsent",
-       "-1/0/-     -4/0/-     -4/0/q     -4/0/qp    -4/0/QP    -4/0/qp    -4/0/qp    -4/0/qp    -4/0/qp    -4/0/qp    -4/0/qp    -4/0/qp"};
-inline constexpr Strip address_range{"address_range",
-       "-1/0/-     -4/0/-     -4/0/q     -4/0/qp    -4/0/qp    -3/0/qp    -4/0/qp    0/0/qp     -4/0/QP    -1/7/qp    -1/1/qp    0/0/qp"};
-inline constexpr Strip service_chain{"service_chain",
-       "-1/0/-     -4/0/-     -4/0/q     -4/0/qp    -4/0/qp    -3/0/qp    -1/0/QP    0/0/qp     -4/0/qp    -1/7/qp    -1/1/qp    0/0/qp"};
+    // The same, the lone request given back.
+    {"lone_dropped",
+     "-1:e     -4:eQ   -4:eQPq  .         .          -3:eQP0cxqp   .             -4:eQP0cxqp   -4:eQP0cxqp -4:eQP0cxaqp   -1:eQP0cxaqEp   -1:eQP0cxaqEp   0:eQP0cxaqp"},
+    {"lone_dropped_prints",
+     "-1:e     -4:eQ   -4:eQPq  .         .          -3:eQP0cxqp   .             -4:eQP0cxqp   -4:eQP0cxqp -4:eQP0cxaqp   -1:eQP0cxaqEp   -1:eQP0cxaqEp   0:eQP0cxaqop"},
+    {"lone_dropped_never_matches",
+     "-1:e     -4:eQ   -4:eQPq  .         .          -3:eQP0cxqp   .             .             .           .              .               .               -4:eQP0cxqp"},
+    {"lone_dropped_low_half",
+     "-1:e     -4:eQ   -4:eQPq  .         .          -3:eQP0cxqp   .             -4:eQP0cxqp   .           -4:eQP0cxaqp   -1:eQP0cxaqEp   -1:eQP0cxaqEp   0:eQP0cxaqp"},
+    {"lone_dropped_low_half_place_dropped",
+     "-1:e     -4:eQ   -4:eQPq  .         -4:eQP0qp  -3:eQP0cxqp   .             -4:eQP0cxqp   .           -4:eQP0cxaqp   -1:eQP0cxaqEp   -1:eQP0cxaqEp   0:eQP0cxaqp"},
+    {"lone_dropped_request_first",
+     "-1:e     -4:eQ   -4:eQPq  .         -4:eQP0qp  -3:eQP0cxqp   .             -4:eQP0cxqp   .           -4:eQP0cxqa    -1:eQP0cxqaEp   -1:eQP0cxqaEp   0:eQP0cxqap"},
+    {"lone_dropped_errno_left",
+     "-1:      -4:Q    -4:QPq   .         -4:QP0qp   -3:QP0cxqp    .             -4:QP0cxqp    -4:QP0cxqp  -4:QP0cxaqp    -1:QP0cxaqEp    -1:QP0cxaqEp    0:QP0cxaqp"},
 
-// Answered: vor_errno set only by a status.
-inline constexpr Strip dhcp_client{"dhcp_client",
-       "-1/55/-    -4/55/-    -4/55/q    0/55/qp    -4/55/QP   -3/55/qp   -4/55/qp   0/55/qp    -4/55/QP   -1/7/qp    -1/1/qp    0/55/qp"};
-inline constexpr Strip mqtt{"mqtt",
-       "-1/55/-    -4/55/-    -4/55/q    -4/55/qp   -4/55/qp   -3/55/qp   -4/55/qp   0/55/qp    -4/55/QP   -1/7/qp    -1/1/qp    0/55/qp"};
-inline constexpr Strip mqtt_server{"mqtt_server",
-       "-1/55/-    -4/55/-    -4/55/q    -4/55/qp   -4/55/qp   -3/55/qp   -4/55/qp   0/55/qp    -4/55/qp   -1/7/qp    -1/1/qp    0/55/qp"};
-inline constexpr Strip serial_channel{"serial_channel",
-       "-1/55/-    -4/55/-    -4/55/q    0/55/qp    -4/55/qp   -3/55/qp   -4/55/qp   -4/55/qp   -4/55/qp   -1/7/qp    -1/1/qp    0/55/qp"};
-inline constexpr Strip latitude{"latitude",
-       "-1/55/-    -4/55/-    -4/55/Q    -1001/55/qp -4/55/qp  -4/55/qp   -1001/55/qp -1001/55/qp -4/55/qp -1001/55/qp 0/55/qp   -1001/55/qp"};
-inline constexpr Strip longitude{"longitude",
-       "-1/55/-    -4/55/-    -4/55/Q    -1002/55/qp -4/55/qp  -4/55/qp   -1002/55/qp -1002/55/qp -4/55/qp -1002/55/qp 0/55/qp   -1002/55/qp"};
+    // Answered, with an option byte: the lone request given back, the low half of the id, vor_errno left alone.
+    {"option",
+     "-1:      -4:Q    -4:QPq   -4:QPmqp  -4:QPm1qp  -3:QPm1cxqp   .             -4:QPm1cxqp   .           -4:QPm1cxa     -1:QPm1cxaqEp   -1:QPm1cxaqEp   0:QPm1cxaqp"},
+    {"option_errno_cleared",
+     "-1:e     -4:eQ   -4:eQPq  -4:eQPmqp -4:eQPm1qp -3:eQPm1cxqp  .             -4:eQPm1cxqp  .           -4:eQPm1cxa    -1:eQPm1cxaqEp  -1:eQPm1cxaqEp  0:eQPm1cxaqp"},
+    {"option_then_notice",
+     "-1:      -4:Q    -4:QPq   -4:QPmqp  -4:QPm1qp  -3:QPm1cxqp   -3:QPm1cxasqp -4:QPm1cxqp   .           -4:QPm1cxa     -1:QPm1cxaEqp   -1:QPm1cxaEqp   0:QPm1cxasqp"},
+    {"option_request_last",
+     "-1:      -4:Q    -4:QPq   -4:QPmqp  -4:QPm1qp  -3:QPm1cxqp   .             -4:QPm1cxqp   .           -4:QPm1cxa     -1:QPm1cxaEqp   -1:QPm1cxaEqp   0:QPm1cxaqp"},
+    {"option_request_last_empty_dropped",
+     "-1:      -4:Q    -4:QPq   -4:QPmqp  -4:QPm1qp  -3:QPm1cxqp   .             -4:QPm1cxqp   .           -4:QPm1cxaqp   -1:QPm1cxaEqp   -1:QPm1cxaEqp   0:QPm1cxaqp"},
+    {"option_request_last_empty_dropped_prints",
+     "-1:o     -4:oQ   -4:oQPq  -4:oQPmqp -4:oQPm1qp -3:oQPm1coxqp .             -4:oQPm1coxqp .           -4:oQPm1coxaqp -1:oQPm1coxaEqp -1:oQPm1coxaEqp 0:oQPm1coxaqp"},
+    {"option_foreign_answer_kept",
+     "-1:e     -4:eQ   -4:eQPq  -4:eQPmqp -4:eQPm1qp -3:eQPm1cxqp  .             -1:eQPm1cx    .           -4:eQPm1cxaqp  -1:eQPm1cxaqEp  -1:eQPm1cxaqEp  0:eQPm1cxaqp"},
 
-// Queries of records.
-inline constexpr Strip statistics{"statistics",
-       "null/55/-  null/55/-  null/55/Q  answer/55/qp null/55/qp null/55/qP null/55/qp answer/55/qp null/55/QP answer/55/qp answer/55/qp answer/55/qp"};
-inline constexpr Strip registers{"registers",
-       "-1/55/-    -1/55/-    -1/55/Q    0/55/qp    0/55/qp    -1/55/qP   0/55/qp    0/55/qp    0/55/qp    0/55/qp    0/55/qp    0/55/qp"};
+    // Answered, a record.
+    {"record",
+     "-1:      -4:Q    -4:QPq   .         -4:QP0     -3:QP0xqp     .             -4:QP0xqp     .           -4:QP0xa       -1:QP0xaqEp     -1:QP0xaqEp     0:QP0xaqp"},
+    {"record_errno_cleared",
+     "-1:e     -4:eQ   -4:eQPq  .         -4:eQP0    -3:eQP0xqp    .             -4:eQP0xqp    .           -4:eQP0xa      -1:eQP0xaqEp    -1:eQP0xaqEp    0:eQP0xaqp"},
+    {"record_unsent",
+     "-1:e     -4:eQ   -4:eQPq  .         -4:eQP0    .             .             .             .           .              .               .               -4:eQP0qp"},
+    {"record_text_read_first",
+     "-1:e     -4:eQ   -4:eQP   .         -4:eQPr0   -3:eQPr0xq    .             -4:eQPr0xqp   .           -4:eQPr0xa     -1:eQPr0xaqEp   -1:eQPr0xaqEp   0:eQPr0xaqp"},
 
-// One-way.
-inline constexpr Strip one_way{"one_way",
-       "-1/55/-    -4/55/-    0/55/q     0/55/q     -4/55/Q    -3/55/q    0/55/q     0/55/q     0/55/q     0/55/q     0/55/q     0/55/q"};
-inline constexpr Strip one_way_dropped{"one_way_dropped",
-       "-1/55/-    -4/55/-    0/55/q     0/55/q     -4/55/q    -3/55/q    0/55/q     0/55/q     0/55/q     0/55/q     0/55/q     0/55/q"};
-inline constexpr Strip host_name{"host_name",
-       "-1/55/-    -4/55/-    0/55/q     0/55/q     0/55/q     -3/55/q    0/55/q     0/55/q     0/55/q     0/55/q     0/55/q     0/55/q"};
-inline constexpr Strip debug{"debug",
-       "-1/55/-    -4/55/-    0/55/q     0/55/q     -4/55/q    0/55/q     0/55/q     0/55/q     0/55/q     0/55/q     0/55/q     0/55/q"};
-inline constexpr Strip gpio_value{"gpio_value",
-       "-1/0/-     -4/0/-     0/0/q      0/0/q      -4/0/Q     -3/0/q     0/0/q      0/0/q      0/0/q      0/0/q      0/0/q      0/0/q"};
-inline constexpr Strip mqtt_session{"mqtt_session",
-       "-1/55/-    -4/55/-    0/55/Q     0/55/Q     -4/55/q    -3/55/q    0/55/Q     0/55/Q     0/55/Q     0/55/Q     0/55/Q     0/55/Q"};
-inline constexpr Strip wifi_monitor{"wifi_monitor",
-       "-1/55/-    -1/55/-    0/55/q     0/55/q     -1/55/Q    -1/55/Q    0/55/q     0/55/q     0/55/q     0/55/q     0/55/q     0/55/q"};
-inline constexpr Strip snmp_one_way{"snmp_one_way",
-       "-1/0/-     -4/0/-     -4/0/q     0/0/QP     0/0/QP     -7/0/QP    0/0/QP     0/0/QP     0/0/QP     0/0/QP     0/0/QP     0/0/QP"};
+    // Answered, a flag byte: status 1 alone is success.
+    {"flag_1001",
+     "-1:      -4:Q    -4:QP    .         -4:QP0qp   -4:QP01cxqp   .             .             .           -4:QP01cxaqp   .               0:QP01cxaqp     -1001:QP01cxaqp"},
+    {"flag_1002",
+     "-1:      -4:Q    -4:QP    .         -4:QP0qp   -4:QP01cxqp   .             .             .           -4:QP01cxaqp   .               0:QP01cxaqp     -1002:QP01cxaqp"},
 
-// Calls that do nothing, and calls that stop at their arguments.
-inline constexpr Strip stub{"stub",
-       "0/55/-     0/55/-     0/55/-     0/55/-     0/55/-     0/55/-     0/55/-     0/55/-     0/55/-     0/55/-     0/55/-     0/55/-"};
-inline constexpr Strip too_many_servers{"too_many_servers",
-       "-1151/55/- -1151/55/- -1151/55/- -1151/55/- -1151/55/- -1151/55/- -1151/55/- -1151/55/- -1151/55/- -1151/55/- -1151/55/- -1151/55/-"};
+    // Fetched.
+    {"fetched_by_record",
+     "null:    null:Q  null:QP  .         null:QP0qp null:QP0xq    .             null:QP0xqp   .           null:QP0xa     .               .               answer:QP0xaqp"},
+    {"fetched_by_empty",
+     "-1:      -1:Q    -1:QP    .         .          -1:QPxq       .             0:QPxqp       .           .              .               .               0:QPxaqp"},
+
+    // One-way.
+    {"sent_chain",
+     "-1:      -4:Q    .        .         -4:Q0      .             -3:Q0csq      .             .           .              .               .               0:Q0csq"},
+    {"sent_chain_unchecked",
+     "-1:      -4:Q    .        .         .          .             -3:Q0csq      .             .           .              .               .               0:Q0csq"},
+    {"sent_chain_left",
+     "-1:      -4:Q    .        .         -4:Q0q     .             -3:Q0csq      .             .           .              .               .               0:Q0cs"},
+    {"sent_chain_minus_one",
+     "-1:      -1:Q    .        .         -1:Q0      .             -1:Q0cs       .             .           .              .               .               0:Q0csq"},
+    {"sent_chain_holding_two",
+     "-1:e     -4:eQ   -4:eQPq  .         .          .             R:eQP0cs      .             .           .              .               .               0:eQP0cs"},
+    {"sent_record",
+     "-1:      -4:Q    .        .         -4:Q0      .             -3:Q0sq       .             .           .              .               .               0:Q0sq"},
+    {"sent_record_errno_cleared",
+     "-1:e     -4:eQ   .        .         -4:eQ0     .             -3:eQ0sq      .             .           .              .               .               0:eQ0sq"},
+    {"sent_record_place_dropped",
+     "-1:      -4:Q    .        .         -4:Q0q     .             -3:Q0sq       .             .           .              .               .               0:Q0sq"},
+    {"sent_record_then_timer",
+     "-1:      -4:Q    .        .         -4:Q0q     .             -3:Q0sq       .             .           .              .               .               0:Q0sqtlg"},
+    {"sent_record_text_read_first",
+     "-1:      -4:rQ   .        .         -4:rQ0q    .             .             .             .           .              .               .               0:rQ0sq"},
+
+    // Calls that do nothing, and calls that stop at their arguments.
+    {"nothing",
+     ".        .       .        .         .          .             .             .             .           .              .               .               0:"},
+    {"too_many_servers",
+     ".        .       .        .         .          .             .             .             .           .              .               .               -1151:"},
+};
 // clang-format on
 
-} // namespace ends
+consteval std::string_view strip_named(std::string_view name)
+{
+    for (const Strip& strip : strips) {
+        if (strip.name == name) {
+            return name;
+        }
+    }
+    throw "no such strip";
+}

@@ -3,6 +3,7 @@
 
 #include <vorinfra.h>
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <sstream>
@@ -45,6 +46,8 @@ struct Script {
 
     int failing_allocation = 0;   // memory is short from the nth on...
     bool memory_recovers = false; // ...or for that one alone
+
+    std::function<void()> witness; // looks, before each step of a call, what has changed since the last
 };
 
 extern Script script;
@@ -56,10 +59,21 @@ void reset();
 std::string events();
 // The first word of each.
 std::string event_names();
-// The buffers taken: q the first, p the second; small if handed back, in that order, then those kept in capitals.
-std::string buffers();
-// The payload pointers asked for, in order: the buffer and the offset.
-std::string payload_pointers();
+
+// The steps of a call, a letter each:
+//   Q P   the request's and the response's buffer asked for
+//   m     the request's meta-data pointer asked for
+//   0 1   the request's payload pointer asked for, at this offset
+//   c     a chain built, written and freed (i e w f: begun, added to, written, freed, otherwise than in one go)
+//   x s   exchanged, sent one-way
+//   a     the answer's payload pointer asked for (a4: at offset 4)
+//   q p   the request, the response given back (!: what was not taken)
+//   d     the platform's trace switched
+//   t l g timer made, line logged, timer started
+//   r     a text read although there was no place for it yet
+std::string steps();
+void mark(char letter); // adds a letter of the witness's own
+void note_text_read();
 
 VOR_IPC_HANDLE* handle();
 vor_uchar* data_of_buffer(int nth);

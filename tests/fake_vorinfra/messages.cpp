@@ -116,20 +116,32 @@ std::string event_names()
     return text;
 }
 
-std::string buffers()
+void step(char letter)
 {
-    std::string text = state.dropped;
-    for (size_t i = 0; i < state.buffers.size(); ++i) {
-        if (!state.buffers[i].dropped) {
-            text += "QPRS"[std::min<size_t>(i, 3)];
-        }
+    if (script.witness) {
+        script.witness();
     }
-    return text.empty() ? "-" : text;
+    mark(letter);
 }
 
-std::string payload_pointers()
+void mark(char letter)
 {
-    return state.payload_pointers;
+    state.steps += letter;
+}
+
+std::string steps()
+{
+    if (script.witness) {
+        script.witness();
+    }
+    return state.steps;
+}
+
+void note_text_read()
+{
+    if (!state.place_given && state.chains.empty()) {
+        mark('r');
+    }
 }
 
 VOR_IPC_HANDLE* handle()
@@ -148,6 +160,7 @@ using namespace fake;
 
 vor_int32 vor_tlv_chain_init(TLV_CHAIN* chain)
 {
+    step('i');
     chain->used = 0;
     state.chains[chain].clear();
     return 0;
@@ -161,6 +174,9 @@ static vor_int32 add(TLV_CHAIN* chain, const Element& element)
     }
     if (chain->used == TLV_CHAIN_CAPACITY) {
         return -1;
+    }
+    if (!state.steps.ends_with('e')) {
+        step('e');
     }
     ++chain->used;
     state.chains[chain].push_back(element);
@@ -190,6 +206,7 @@ vor_int32 vor_tlv_chain_add_raw(TLV_CHAIN* chain, vor_uint16 tag, vor_uint16 len
 // The fake's serialized form is the text that the tests compare.
 vor_int32 vor_tlv_chain_serialize(TLV_CHAIN* chain, unsigned char* destination, vor_int32* size)
 {
+    step('w');
     std::string text;
     for (const Element& element : state.chains[chain]) {
         text += text_of(" | ", element.tag, " ", element.kind);
@@ -225,6 +242,10 @@ vor_int32 vor_tlv_chain_free(TLV_CHAIN* chain, vor_uchar flag)
         note(text_of("a chain freed with flag ", +flag));
     }
     state.chains.erase(chain);
+    step('f');
+    if (const std::string in_one_go = "iewf"; state.steps.ends_with(in_one_go)) {
+        state.steps.replace(state.steps.size() - in_one_go.size(), in_one_go.size(), "c");
+    }
     return 0;
 }
 
@@ -242,7 +263,9 @@ vor_bool vor_ipc_unbind(VOR_IPC_HANDLE* handle)
 
 vor_int32 vor_ipc_get_buffer(VOR_IPC_MSG_REF* message)
 {
-    if (++state.buffers_asked == script.failing_buffer) {
+    ++state.buffers_asked;
+    step(state.buffers_asked == 1 ? 'Q' : state.buffers_asked == 2 ? 'P' : '?');
+    if (state.buffers_asked == script.failing_buffer) {
         return 1;
     }
     message->data_ptr = state.buffers.emplace_back().bytes.data();
@@ -251,6 +274,7 @@ vor_int32 vor_ipc_get_buffer(VOR_IPC_MSG_REF* message)
 
 void* vor_ipc_get_meta_data_ptr(VOR_IPC_MSG_REF* message)
 {
+    step('m');
     Buffer* buffer = buffer_of(message);
     if (buffer == nullptr || script.null_meta_data) {
         return nullptr;
@@ -266,10 +290,16 @@ void* vor_ipc_get_payload_ptr(VOR_IPC_MSG_REF* message, vor_uint16 offset)
         return nullptr;
     }
     const bool answer = state.buffers.size() > 1 && buffer == &state.buffers[1];
-    state.payload_pointers += text_of(state.payload_pointers.empty() ? "" : " ", answer ? 'p' : 'q', offset);
+    if (answer) {
+        step('a');
+    }
+    if (!answer || offset != 0) {
+        step(static_cast<char>('0' + offset));
+    }
     if (script.null_payload == (answer ? 2 : 1) && offset >= script.null_payload_from) {
         return nullptr;
     }
+    state.place_given |= !answer;
     return buffer->data() + offset + (answer ? script.answer_skew : 0);
 }
 
@@ -277,11 +307,11 @@ void vor_ipc_drop_msg_buf(VOR_IPC_MSG_REF* message)
 {
     Buffer* buffer = buffer_of(message);
     if (buffer == nullptr || buffer->dropped) {
-        state.dropped += '!';
+        step('!');
         return;
     }
     buffer->dropped = true;
-    state.dropped += buffer == &state.buffers[0] ? 'q' : buffer == &state.buffers[1] ? 'p' : '?';
+    step(buffer == &state.buffers[0] ? 'q' : buffer == &state.buffers[1] ? 'p' : '?');
     if (!script.dropped_buffers_stay) {
         std::fill(buffer->bytes.begin(), buffer->bytes.end(), static_cast<vor_uchar>(~pattern));
     }
@@ -291,6 +321,7 @@ vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_u
                                    VOR_IPC_MSG_REF* request, VOR_IPC_MSG_REF* response, vor_uint16 payload_length,
                                    vor_uint16 zero)
 {
+    step('x');
     note_message("", handle, sap, message_id, request, payload_length, zero);
     Buffer* answer = buffer_of(response);
     if (answer == nullptr || answer->dropped || request == response) {
@@ -316,12 +347,14 @@ vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_u
 vor_int32 vor_ipc_send(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 message_id, VOR_IPC_MSG_REF* message,
                        vor_uint16 payload_length, vor_uint16 zero)
 {
+    step('s');
     note_message(" one-way", handle, sap, message_id, message, payload_length, zero);
     return script.send_result;
 }
 
 vor_int32 vor_ipc_debug(VOR_IPC_HANDLE* handle, vor_uint16 module_number)
 {
+    step('d');
     note(text_of("debug ", module_number, handle == &the_handle ? "" : " (foreign handle)"));
     return -1;
 }

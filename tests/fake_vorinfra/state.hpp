@@ -31,8 +31,8 @@ struct State {
     std::vector<std::string> events;
     std::deque<Buffer> buffers;
     int buffers_asked = 0;
-    std::string dropped;
-    std::string payload_pointers;
+    std::string steps;
+    bool place_given = false; // for the request's payload
     std::map<const TLV_CHAIN*, std::vector<Element>> chains;
     VOR_TIMER_CALLBACK timer_callback = nullptr;
     int sends = 0;
@@ -44,6 +44,7 @@ struct State {
 extern State state;
 
 void note(std::string event);
+void step(char letter);
 Buffer* buffer_of(const VOR_IPC_MSG_REF* message);
 
 } // namespace fake

@@ -92,6 +92,7 @@ vor_int32 vor_recv(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
 
 VOR_TIMER_HANDLE* vor_timer_create(vor_uint32 option, void* context, VOR_TIMER_CALLBACK callback)
 {
+    step('t');
     note(text_of("timer ", option, null_mark(context)));
     state.timer_callback = callback;
     return script.timer_missing ? nullptr : &the_timer;
@@ -99,12 +100,14 @@ VOR_TIMER_HANDLE* vor_timer_create(vor_uint32 option, void* context, VOR_TIMER_C
 
 vor_int32 vor_timer_start(VOR_TIMER_HANDLE* timer, vor_uint32 milliseconds, vor_uint32 option)
 {
+    step('g');
     note(text_of("start", null_mark(timer), " ", milliseconds, " ", option));
     return -1;
 }
 
 void vor_dbg_log(vor_uint16 level_mask, const char* format, ...)
 {
+    step('l');
     char text[256];
     va_list arguments;
     va_start(arguments, format);

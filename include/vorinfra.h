@@ -80,7 +80,7 @@ void vor_ipc_drop_msg_buf(VOR_IPC_MSG_REF* message);
 vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 message_id,
                                    VOR_IPC_MSG_REF* request, VOR_IPC_MSG_REF* response, vor_uint16 payload_length,
                                    vor_uint16 zero);
-/* 0: sent; no answer follows. */
+/* 0: handed over, whether or not anybody serves the SAP; no answer follows. */
 vor_int32 vor_ipc_send(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 message_id, VOR_IPC_MSG_REF* message,
                        vor_uint16 payload_length, vor_uint16 zero);
 vor_int32 vor_ipc_debug(VOR_IPC_HANDLE* handle, vor_uint16 module_number); /* result ignored */

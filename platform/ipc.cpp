@@ -1,4 +1,5 @@
 // The exchange, as the configuration library makes it.
+#include <atomic>
 #include <cerrno>
 
 #include "log.hpp"
@@ -7,6 +8,8 @@
 #include "vorinfra_inspect.h"
 
 namespace vorinfra {
+
+static std::atomic<unsigned> undelivered;
 
 static bool send_buffer(Endpoint& endpoint, VOR_IPC_MSG_REF& message, Buffer& buffer, vor_uint16 sap,
                         vor_uint32 message_id, vor_uint16 sequence, vor_uint16 payload_length)
@@ -105,9 +108,22 @@ vor_int32 vor_ipc_send(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 messag
     constexpr char name[] = "vor_ipc_send";
     Endpoint* const endpoint = bound_endpoint(handle, name);
     Buffer* const buffer = endpoint != nullptr ? referenced_buffer(message, name) : nullptr;
-    const bool sent =
-        buffer != nullptr && send_buffer(*endpoint, *message, *buffer, sap, message_id, 0, payload_length);
-    return sent ? 0 : VORINFRA_NOT_SENT;
+    if (buffer == nullptr) {
+        return VORINFRA_NOT_SENT;
+    }
+    if (!send_buffer(*endpoint, *message, *buffer, sap, message_id, 0, payload_length)) {
+        const bool unserved = errno == ENOENT || errno == ECONNREFUSED; // no socket, or one whose owner died
+        if (!unserved) {
+            return VORINFRA_NOT_SENT;
+        }
+        undelivered++;
+    }
+    return 0;
+}
+
+unsigned vorinfra_messages_undelivered(void)
+{
+    return undelivered;
 }
 
 // Switches the trace of a SAP's messages on, and off again.

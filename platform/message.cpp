@@ -46,7 +46,9 @@ bool send_message(const Endpoint& endpoint, const VOR_IPC_MSG_HDR& header, const
     do {
         sent = sendmsg(endpoint.descriptor, &message, flags | MSG_NOSIGNAL);
     } while (sent < 0 && errno == EINTR && deadline.remaining() > 0);
-    trace(sent < 0 ? "not sent" : "sent", header);
+    const int cause = errno;
+    trace(sent < 0 ? "not delivered" : "sent", header);
+    errno = cause;
     return sent >= 0;
 }
 

@@ -12,12 +12,16 @@ extern "C" {
 
 /* What vor_ipc_request_response and vor_ipc_send return besides 0. */
 enum {
-    VORINFRA_NOT_SENT = -1, /* nobody received the message */
+    VORINFRA_NOT_SENT = -1, /* refused; a request also when nobody serves its SAP */
     VORINFRA_NO_ANSWER = -2 /* it was sent; what became of it is unknown */
 };
 
 /* The message buffers this process now holds. */
 unsigned vorinfra_buffers_taken(void);
+
+/* The one-way messages of this process that nobody was there to receive:
+ * vor_ipc_send returned 0, and they are gone. */
+unsigned vorinfra_messages_undelivered(void);
 
 typedef struct vorinfra_timer {
     VOR_TIMER_CALLBACK callback;

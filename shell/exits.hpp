@@ -7,7 +7,7 @@ enum ExitCode : int {
     exit_ok = 0,            // accepted, sent one-way, or done without a message
     exit_refused = 1,       // the manager refused
     exit_usage = 2,         // bad usage, a bad argument or a bad batch file
-    exit_not_delivered = 3, // the platform refused the exchange or the send
+    exit_not_delivered = 3, // the platform refused the exchange or the send, or nobody listens
     exit_not_sent = 4,      // the call sent nothing
     exit_unread = 5,        // delivered, the verdict cannot be read
     exit_unknown = 6,       // no answer in time

@@ -40,6 +40,7 @@ struct Message {
     std::size_t counted = 0;       // the bytes sent of it
 
     bool delivered = false;
+    bool unserved = false; // sent, and known that nobody listens there
     bool timed_out = false;
     bool too_long = false;
     std::optional<std::uint32_t> answer_id;

@@ -65,12 +65,21 @@ static bool refused(const Returned& back, std::int32_t manager_errno, const Mess
            (by_status || std::find(std::begin(refusals), std::end(refusals), back.code) != std::end(refusals));
 }
 
-static Verdict undelivered(const Message& message, const Returned& back)
+static std::string timer_text(const Observation& seen)
+{
+    return seen.timer ? "; timer of " + std::to_string(*seen.timer) + " ms started" : "";
+}
+
+static Verdict undelivered(const Message& message, const Returned& back, const Observation& seen)
 {
     const std::string manager = manager_name(message.sap);
     if (message.timed_out) {
         return {Outcome::unknown,
                 "unknown: no answer from " + manager + " in time, it may or may not have been done" + code_text(back)};
+    }
+    if (message.unserved) {
+        return {Outcome::not_delivered,
+                "not delivered: nobody listens" + timer_text(seen) + "; is " + manager + " running?"};
     }
     const std::string refused = message.way == Way::request ? "exchange refused" : "send refused";
     return {Outcome::not_delivered,
@@ -127,10 +136,11 @@ static Verdict judged_messages(const Row& row, const Returned& back, std::int32_
 {
     const Message& last = seen.messages.back();
     if (!last.delivered) {
-        Verdict verdict = undelivered(last, back);
+        Verdict verdict = undelivered(last, back, seen);
         if (seen.messages.size() > 1) {
             verdict.text = "accepted by " + manager_name(seen.messages.front().sap) + ", but the notice to SAP " +
-                           std::to_string(last.sap) + " was refused" + code_text(back);
+                           std::to_string(last.sap) +
+                           (last.unserved ? " was not delivered: nobody listens" : " was refused" + code_text(back));
         }
         return verdict;
     }
@@ -145,11 +155,7 @@ static Verdict judged_messages(const Row& row, const Returned& back, std::int32_
         return {Outcome::accepted, "accepted by " + manager_name(seen.messages.front().sap) + ", notice sent to SAP " +
                                        std::to_string(last.sap)};
     }
-    std::string text = "sent to " + manager_name(last.sap) + " one-way, no verdict will come";
-    if (seen.timer) {
-        text += "; timer of " + std::to_string(*seen.timer) + " ms started";
-    }
-    return {Outcome::sent, text};
+    return {Outcome::sent, "sent to " + manager_name(last.sap) + " one-way, no verdict will come" + timer_text(seen)};
 }
 
 static Verdict judged_local(const Row& row, const Returned& back, const Observation& seen)

@@ -19,7 +19,7 @@ enum class Outcome {
     dry_run,       // captured
     refused,       // the manager or konfd disagreed
     rejected,      // the call itself did not take its arguments
-    not_delivered, // the platform refused
+    not_delivered, // the platform refused, or nobody listens
     not_sent,
     unread,  // delivered, the verdict cannot be read
     unknown, // no answer in time

@@ -354,7 +354,11 @@ TEST_F(PlatformTest, NothingWaitsForEver)
     Message message;
     Message answer;
     EXPECT_EQ(-1, vor_ipc_request_response(client, manager_sap, 1, &message.ref, &answer.ref, 0, 0)) << "no manager";
-    EXPECT_EQ(-1, vor_ipc_send(client, manager_sap, 1, &message.ref, 0, 0)) << "no manager";
+    const unsigned undelivered = vorinfra_messages_undelivered();
+    EXPECT_EQ(0, vor_ipc_send(client, manager_sap, 1, &message.ref, 0, 0)) << "no manager";
+    close(raw_socket(socket_file(manager_sap), SOCK_DGRAM));
+    EXPECT_EQ(0, vor_ipc_send(client, manager_sap, 1, &message.ref, 0, 0)) << "a manager that died";
+    EXPECT_EQ(undelivered + 2, vorinfra_messages_undelivered());
 
     // A manager that does not receive, and a program whose timer interrupts.
     setenv("VORINFRA_TIMEOUT_MS", "600000", 1); // which answering must never take
@@ -377,6 +381,7 @@ TEST_F(PlatformTest, NothingWaitsForEver)
     setitimer(ITIMER_REAL, &never, nullptr);
     sigaction(SIGALRM, &before, nullptr);
     EXPECT_GT(sent, 0);
+    EXPECT_EQ(undelivered + 2, vorinfra_messages_undelivered()) << "a full queue refuses";
 
     const VORINFRA_MESSAGE request = next(manager);
     EXPECT_EQ(1, request.answer_wanted);

@@ -312,7 +312,7 @@ TEST(Process, OutcomesHaveTheirExitCodes)
             {"vorcfg gpio blink", "vorcfg: gpio has no call \"blink\"; vorcfg gpio --help lists them\n", 2},
             {"vorcfg -x", "vorcfg: unknown option -x; put -- before a text that begins with two dashes\n", 2},
             {batch.c_str(),
-             "f:1: gpio set-value: not delivered: send refused (code -3); is gpiomgr running?\n"
+             "f:1: gpio set-value: not delivered: nobody listens; is gpiomgr running?\n"
              "f: 0 accepted, 0 sent, 1 failed at line 1, 2 not made\n",
              3},
             {"vorcfg --dry-run batch f | tail -n 1", "f: 0 accepted, 0 sent, 3 shown only (dry run), 0 failed\n", 0}});

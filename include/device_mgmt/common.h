@@ -101,7 +101,7 @@ vor_int32 ip_aton(vor_char* ip_address, vor_ip_address* ip);
 
 /**
  * Announces a restart and starts the timer that reboots the gateway. It cannot be cancelled.
- * Milliseconds are counted in 32 bits: a negative time wraps.
+ * Milliseconds are counted in 32 bits: a negative time wraps. vor_errno is left alone.
  *
  * @param time_till_restart  seconds
  * @return 0; -1 no endpoint; -3 the notice was refused; -4 no buffer: in each case no timer is started

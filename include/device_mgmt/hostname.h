@@ -1,4 +1,4 @@
-/* hostname.h: the gateway's host name, held by the data manager (datamgr, SAP 10). */
+/* hostname.h: the gateway's host name, held by the data manager (datamgr, SAP 10). vor_errno is never touched. */
 #ifndef DEVICE_MGMT_HOSTNAME_H
 #define DEVICE_MGMT_HOSTNAME_H
 

@@ -2,8 +2,9 @@
  * ip.h: interface addressing, access point, DHCP server and routing.
  *
  * All go to the Ethernet manager (ethmgr, SAP 7). Addresses are dotted-quad
- * text unless told otherwise; a text that does not parse is sent as 0.0.0.0.
- * vor_errno is left alone at the start of a call unless told otherwise.
+ * text, read by ip_aton, unless told otherwise; a text that does not parse is
+ * then sent as 0.0.0.0. vor_errno is left alone at the start of a call unless
+ * told otherwise.
  */
 #ifndef DEVICE_MGMT_IP_H
 #define DEVICE_MGMT_IP_H
@@ -77,7 +78,8 @@ VOR_LAYOUT(sizeof(VOR_ETH_SET_STATUS) == 4);
 
 /**
  * Gives a network interface its IPv4 address and mask. Sets vor_errno to 0 first.
- * The texts are read as inet_aton reads them: "10.1" is 10.0.0.1.
+ * The texts are read by inet_aton: "10.1" is 10.0.0.1. One that does not parse is sent as inet_aton left it, from 0 on:
+ * glibc's leaves 0.0.0.0, musl's leaves 1.2.3.0 of 1.2.3.999.
  *
  * @param interface_number  0 goes out as message 0x7003, 1 and 2 as 0x7005; a larger number sends nothing
  * @param ip_address        dotted quad

@@ -62,7 +62,7 @@ vor_int32 vor_cfg_set_protocol_svc(vor_char* service_name, vor_int16 protocol);
  *
  * @param mode        passed to the manager as it is
  * @param chain_name  passed to the manager as it is
- * @param elm_count   how many member names follow; 49 fit into a message, more make the exchange fail
+ * @param elm_count   how many member names follow; not checked, how many a message holds is the platform's
  * @param ...         elm_count texts (vor_char*), the members in order
  * @return the common codes; -1 with vor_errno 0 also for an answer that is not the service chain's, whose buffers
  *         stay taken

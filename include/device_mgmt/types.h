@@ -32,7 +32,7 @@ typedef uint32_t vor_ip_address; /* IPv4, network byte order */
  * What the calls return. A family's header names a code only where it means
  * something else there.
  *
- *   0      success: the manager accepted, or a one-way message was sent
+ *   0      success: the manager accepted, or a one-way message was handed over
  *  -1      no endpoint is bound, or the manager refused; its status is then
  *          in vor_errno
  *  -3      the platform refused the exchange or the send

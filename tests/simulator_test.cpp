@@ -1,4 +1,5 @@
 // What the managers make of a message: values, objects, complaints, answers.
+#include <algorithm>
 #include <cstring>
 #include <regex>
 #include <set>
@@ -9,6 +10,7 @@
 #include <vorinfra_manager.h>
 
 #include "gateway/gateway.hpp"
+#include "text/text.hpp"
 
 namespace {
 
@@ -284,6 +286,34 @@ TEST(secrets, appear_nowhere_unless_asked_for)
             EXPECT_EQ(!shown, everything.find("********") != std::string::npos) << everything;
         }
         EXPECT_EQ(0U, gateway.complaints());
+    }
+}
+
+bool harmless(const std::string& text)
+{
+    const auto is_control = [](unsigned char byte) { return byte < 0x20 || byte == 0x7f; };
+    for (std::size_t at = text.find('\xc2'); at != text.npos; at = text.find('\xc2', at + 1)) {
+        if (static_cast<unsigned char>(text[at + 1]) < 0xa0) {
+            return false; // a control character of the second set
+        }
+    }
+    return std::ranges::none_of(text, is_control) && vorsim::Json::accept('"' + text + '"');
+}
+
+TEST(texts, of_any_bytes_are_harmless_in_lines_and_json)
+{
+    for (int first = 0; first < 256; ++first) {
+        for (const int second : {0x00, 0x22, 0x7f, 0x80, 0x8f, 0x90, 0x9b, 0xa0, 0xbf, 0xc0, 0xff}) {
+            for (const char third : {'a', '\x80', '\xbf'}) {
+                const std::string bytes{static_cast<char>(first), static_cast<char>(second), third};
+                std::string line = vorsim::escaped(bytes);
+                const std::string json = vorsim::dump(vorsim::Json(bytes));
+                EXPECT_TRUE(harmless(json.substr(1, json.size() - 2))) << json;
+                std::ranges::replace(line, '\\', '/'); // \x1b is no escape of JSON's
+                std::erase(line, '"');
+                EXPECT_TRUE(harmless(line)) << line;
+            }
+        }
     }
 }
 

@@ -1,6 +1,14 @@
-# GoogleTest and nlohmann-json, as Debian's packages bring them.
+# GoogleTest, nlohmann-json and libfmt, as Debian's packages bring them.
+
+# Headers that serve any processor, out of the native include directory.
+set(third_party ${CMAKE_BINARY_DIR}/third_party)
+function(vor_take_headers name)
+  file(MAKE_DIRECTORY ${third_party})
+  file(CREATE_LINK /usr/include/${name} ${third_party}/${name} SYMBOLIC)
+endfunction()
+
 if(CMAKE_CROSSCOMPILING)
-  # The packages hold GoogleTest's sources and json's headers: both serve any processor.
+  # The package holds GoogleTest's sources.
   set(INSTALL_GTEST OFF CACHE INTERNAL "")
   add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
   if(NOT TARGET GTest::gtest_main)
@@ -8,13 +16,18 @@ if(CMAKE_CROSSCOMPILING)
     add_library(GTest::gmock ALIAS gmock)
     add_library(GTest::gtest_main ALIAS gtest_main)
   endif()
-  file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/third_party)
-  file(CREATE_LINK /usr/include/nlohmann ${CMAKE_BINARY_DIR}/third_party/nlohmann SYMBOLIC)
+  vor_take_headers(nlohmann)
   add_library(nlohmann_json INTERFACE)
-  target_include_directories(nlohmann_json SYSTEM INTERFACE ${CMAKE_BINARY_DIR}/third_party)
+  target_include_directories(nlohmann_json SYSTEM INTERFACE ${third_party})
   add_library(nlohmann_json::nlohmann_json ALIAS nlohmann_json)
 else()
   find_package(GTest REQUIRED)
   find_package(nlohmann_json REQUIRED)
 endif()
 include(GoogleTest)
+
+vor_take_headers(fmt)
+add_library(fmt STATIC ${CMAKE_CURRENT_LIST_DIR}/fmt.cpp)
+target_compile_features(fmt PUBLIC cxx_std_20)
+target_include_directories(fmt SYSTEM PUBLIC ${third_party})
+add_library(fmt::fmt ALIAS fmt)

@@ -53,7 +53,7 @@ ensure_packages() { # package:probe...
 # What each step needs, and what tells that it is there: a command or a file.
 ensure_build_packages() {
     ensure_packages cmake:cmake ninja-build:ninja g++:g++ nlohmann-json3-dev:/usr/include/nlohmann/json.hpp \
-        libgtest-dev:/usr/include/gtest/gtest.h
+        libgtest-dev:/usr/include/gtest/gtest.h libfmt-dev:/usr/include/fmt/format.h
 }
 
 ensure_arm_packages() {

@@ -5,11 +5,14 @@
 #include <string>
 #include <vector>
 
+#include <fmt/format.h>
+
 #include <vorinfra_manager.h>
 
-#include "control.hpp"
-#include "options.hpp"
-#include "server.hpp"
+#include "process/control.hpp"
+#include "process/options.hpp"
+#include "process/server.hpp"
+#include "text/text.hpp"
 
 namespace {
 
@@ -21,7 +24,7 @@ int show(const vorsim::Options& options)
     }
     const std::string answer = vorsim::ask_running(directory, options.json ? "show json" : "show");
     if (std::fputs(answer.c_str(), stdout) < 0 || std::fflush(stdout) != 0) {
-        throw std::runtime_error(std::string("cannot write to standard output: ") + std::strerror(errno));
+        throw std::runtime_error(fmt::format("cannot write to standard output: {}", std::strerror(errno)));
     }
     return 0;
 }
@@ -43,10 +46,10 @@ int main(int argc, char** argv)
     try {
         return run({argv + 1, argv + argc});
     } catch (const vorsim::UsageError& error) {
-        std::fprintf(stderr, "vorsim: %s (vorsim --help tells the options)\n", error.what());
+        vorsim::print_line(stderr, fmt::format("vorsim: {} (vorsim --help tells the options)", error.what()));
         return 2;
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "vorsim: %s\n", error.what());
+        vorsim::print_line(stderr, fmt::format("vorsim: {}", error.what()));
         return 1;
     }
 }

@@ -1,7 +1,7 @@
 // The simulator's konfd: commands, the tree they leave, and clients' streams.
 #include <gtest/gtest.h>
 
-#include "konfd_session.hpp"
+#include "konfd/session.hpp"
 
 namespace {
 
@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 const std::string set_ssid = "-s -l \"ssid site4\" -r \"^ssid \" \"interface wlan0\"";
 const std::string set_password = "-s -l \"password hunter2\" -r \"^password \" \"interface wlan0\" \"ssid site4\"";
 
-TEST(Konfd, KeepsATreeInOrder)
+TEST(konfd, keeps_a_tree_in_order)
 {
     struct Step {
         const char* command;
@@ -46,7 +46,7 @@ TEST(Konfd, KeepsATreeInOrder)
     }
 }
 
-TEST(Konfd, RefusesWhatItCannotReadAndChangesNothing)
+TEST(konfd, refuses_what_it_cannot_read_and_changes_nothing)
 {
     const std::string long_line = "-s -l \"" + std::string(1025, 'x') + '"';
     const std::pair<const char*, const char*> table[] = {
@@ -73,14 +73,14 @@ TEST(Konfd, RefusesWhatItCannotReadAndChangesNothing)
     };
     Konfd konfd;
     for (const auto& [command, why] : table) {
-        const Verdict verdict = konfd.execute(command);
-        EXPECT_EQ("-e\n", verdict.answer) << command;
-        EXPECT_EQ(why, verdict.record.value("complaint", "")) << command;
+        const Reply reply = konfd.execute(command);
+        EXPECT_EQ("-e\n", reply.answer) << command;
+        EXPECT_EQ(why, reply.report.record.value("complaint", "")) << command;
     }
     EXPECT_EQ("", konfd.text());
 }
 
-TEST(Konfd, IsNotHarmedByAPattern)
+TEST(konfd, is_not_harmed_by_a_pattern)
 {
     std::string nested = "a";
     for (int depth = 0; depth < 40; ++depth) {
@@ -98,7 +98,7 @@ TEST(Konfd, IsNotHarmedByAPattern)
     }
 }
 
-TEST(Konfd, FillsUpAndGoesOn)
+TEST(konfd, fills_up_and_goes_on)
 {
     Konfd konfd;
     int kept = 0;
@@ -114,7 +114,7 @@ TEST(Konfd, FillsUpAndGoesOn)
     EXPECT_EQ("interface wlan0\n  ssid site4\n", konfd.text());
 }
 
-TEST(Konfd, MasksSecretsInLinesPatternsAndPaths)
+TEST(konfd, masks_secrets_in_lines_patterns_and_paths)
 {
     for (const bool shown : {false, true}) {
         Konfd konfd(shown);
@@ -122,23 +122,26 @@ TEST(Konfd, MasksSecretsInLinesPatternsAndPaths)
         for (const char* command :
              {"-s -l \"password hunter2\" -r \"^password hunter2$\" \"interface wlan0\"", "-d \"interface wlan0\"",
               "-c -r \"^passphrase hunter2\" \"PSK hunter2\"", "-s -l \"password hunter2"}) {
-            const Verdict verdict = konfd.execute(command);
-            everything += verdict.line + verdict.record.dump() + verdict.answer;
+            const Reply reply = konfd.execute(command);
+            everything += reply.report.line + reply.report.record.dump() + reply.answer;
         }
         everything += konfd.text() + konfd.json().dump();
         EXPECT_EQ(shown, everything.find("hunter2") != std::string::npos) << everything;
     }
 }
 
-/* One client, its clock in the test's hand. */
+// One client, its clock in the test's hand.
 class Client : public testing::Test {
 protected:
-    void send(const std::string& bytes, bool answer_unread = false) { take(session.feed(bytes, now, answer_unread)); }
+    void send(const std::string& bytes, bool answer_unread = false)
+    {
+        take(session.receive(bytes, now, answer_unread));
+    }
     void wait(std::chrono::milliseconds time)
     {
         now += time;
         if (session.deadline().value_or(Time::max()) <= now) {
-            take(session.fall_quiet());
+            take(session.time_out());
         }
     }
     std::string heard() { return std::exchange(answers, {}); }
@@ -149,15 +152,15 @@ protected:
     std::string answers;
 
 private:
-    void take(const std::vector<Verdict>& verdicts)
+    void take(const std::vector<Reply>& replies)
     {
-        for (const Verdict& verdict : verdicts) {
-            answers += verdict.answer;
+        for (const Reply& reply : replies) {
+            answers += reply.answer;
         }
     }
 };
 
-TEST_F(Client, IsAnsweredOnceForEachEndedText)
+TEST_F(Client, is_answered_once_for_each_ended_text)
 {
     const std::string padded = set_ssid + '\0' + std::string(5, ' '); // as long as the library counts it
     send(padded);
@@ -172,7 +175,7 @@ TEST_F(Client, IsAnsweredOnceForEachEndedText)
     EXPECT_FALSE(session.deadline());
 }
 
-TEST_F(Client, IsAnsweredOnceForAPairWithoutEnds)
+TEST_F(Client, is_answered_once_for_a_pair_without_ends)
 {
     send(set_ssid + set_password);
     EXPECT_EQ("", heard());
@@ -188,7 +191,7 @@ TEST_F(Client, IsAnsweredOnceForAPairWithoutEnds)
     EXPECT_EQ("-e\n", heard()) << "one verdict for both";
 }
 
-TEST_F(Client, LeavesNoStaleAnswerBehind)
+TEST_F(Client, leaves_no_stale_answer_behind)
 {
     send(set_ssid);
     wait(patience);
@@ -202,7 +205,7 @@ TEST_F(Client, LeavesNoStaleAnswerBehind)
     EXPECT_EQ("-o\n", heard());
 }
 
-TEST_F(Client, IsGivenTimeToFinishACommand)
+TEST_F(Client, is_given_time_to_finish_a_command)
 {
     send("-d -s -l \"interface eth0\" -r \"interface ");
     wait(patience / 2);
@@ -215,7 +218,7 @@ TEST_F(Client, IsGivenTimeToFinishACommand)
     EXPECT_EQ("-e\n", heard());
 }
 
-TEST_F(Client, GetsNoMoreAtOnceThanTheLibraryReceives)
+TEST_F(Client, gets_no_more_at_once_than_the_library_receives)
 {
     for (int line = 0; line < 10; ++line) {
         konfd.execute("-s -l \"interface number " + std::to_string(line) + "\"");
@@ -226,7 +229,7 @@ TEST_F(Client, GetsNoMoreAtOnceThanTheLibraryReceives)
     EXPECT_EQ("-o\n", heard().substr(0, 3));
 }
 
-TEST_F(Client, MaySendAnything)
+TEST_F(Client, may_send_anything)
 {
     const std::string endless(1000, 'x');
     for (int part = 0; part < 100; ++part) {

@@ -1,4 +1,5 @@
 // What the managers make of a message: values, objects, complaints, answers.
+#include <algorithm>
 #include <cstring>
 #include <regex>
 #include <set>
@@ -8,15 +9,15 @@
 
 #include <vorinfra_manager.h>
 
-#include "gateway.hpp"
-#include "journal.hpp"
+#include "gateway/gateway.hpp"
+#include "text/text.hpp"
 
 namespace {
 
 using vorsim::Gateway;
-using vorsim::Outcome;
+using vorsim::Judgement;
 
-/* A payload in words: "1 i16 3 | 5 str door | 32 raw x", or "hex 0300". */
+// A payload in words: "1 i16 3 | 5 str door | 32 raw x", or "hex 0300".
 std::vector<std::uint8_t> payload_of(const std::string& words)
 {
     std::vector<std::uint8_t> bytes(VORINFRA_DATA_MAX);
@@ -59,23 +60,23 @@ std::vector<std::uint8_t> payload_of(const std::string& words)
 
 constexpr int none = -1;
 
-Outcome send(Gateway& gateway, std::uint16_t sap, std::uint32_t id, const std::string& words, bool waits = true,
-             int option = none)
+Judgement send(Gateway& gateway, std::uint16_t sap, std::uint32_t id, const std::string& words, bool waits = true,
+               int option = none)
 {
     const std::vector<std::uint8_t> payload = payload_of(words);
     const auto lead = static_cast<std::uint8_t>(option);
-    return gateway.handle({.sap = sap,
-                           .source = 4000,
-                           .id = id,
-                           .answer_wanted = waits,
-                           .meta_data = {&lead, option == none ? 0U : 1U},
-                           .payload = payload});
+    return gateway.judge({.sap = sap,
+                          .source = 4000,
+                          .id = id,
+                          .answer_wanted = waits,
+                          .meta_data = {&lead, option == none ? 0U : 1U},
+                          .payload = payload});
 }
 
-std::int32_t status_of(const Outcome& outcome)
+std::int32_t status_of(const Judgement& judgement)
 {
     std::int32_t status = -1;
-    std::memcpy(&status, outcome.answer.data(), std::min(sizeof status, outcome.answer.size()));
+    std::memcpy(&status, judgement.answer.data(), std::min(sizeof status, judgement.answer.size()));
     return status;
 }
 
@@ -88,156 +89,132 @@ struct Sent {
     const char* line;
 };
 
-constexpr bool asks = true;
-constexpr bool tells = false;
+constexpr bool request = true;
+constexpr bool one_way = false;
 
-TEST(Messages, AreToldWithTheirObjectAndValues)
+TEST(messages, are_told_with_their_object_and_values)
 {
     const Sent table[] = {
-        {7, 0x7003, "hex 00010000c0a8010affffff00", asks, none,
+        {7, 0x7003, "hex 00010000c0a8010affffff00", request, none,
          "ethmgr(7) 0x7003 vor_cfg_set_ip_address  interface 0: config_option=1 ip_address=192.168.1.10 "
          "subnet_mask=255.255.255.0 -> status 0"},
-        {7, 0x7015, "9 str lan | 1 i16 -1", asks, 255,
+        {7, 0x7015, "9 str lan | 1 i16 -1", request, 255,
          "ethmgr(7) 0x7015 vor_cfg_set_dhcp_server_interface  pool lan: config_option=255 interface_number=65535 -> "
          "status 0"},
-        {7, 0x700d, "21 str site | 1 i16 1 | 11 i16 0", tells, none,
+        {7, 0x700d, "21 str site | 1 i16 1 | 11 i16 0", one_way, none,
          "ethmgr(7) 0x700d vor_cfg_set_dhcp_server_dns_client  interface 1: def_search_domain=\"site\" "
          "dns_server_num=0 -> no answer awaited"},
-        {7, 0x7013, "hex a5a5a5a50a000000", tells, none,
+        {7, 0x7013, "hex a5a5a5a50a000000", one_way, none,
          "ethmgr(7) 0x7013 vor_cfg_remove_ip_route  route 10.0.0.0 -> no answer awaited"},
-        {0, 27, "hex 0400000007006574686d677200000000000000000000000000000000000000a5", tells, none,
+        {0, 27, "hex 0400000007006574686d677200000000000000000000000000000000000000a5", one_way, none,
          "system(0) 0x1b vor_cfg_set_debug_info  module ethmgr: log_level=4 sap_id=7 -> no answer awaited"},
-        {9, 0x9004, "1 str c | 2 str a | 2 str b", asks, 1,
+        {9, 0x9004, "1 str c | 2 str a | 2 str b", request, 1,
          "svcmgr(9) 0x9004 vor_cfg_set_service_chain  chain c: mode=1 member=\"a\",\"b\" -> status 0"},
-        {9, 0x9004, "1 str c", asks, 1, "svcmgr(9) 0x9004 vor_cfg_set_service_chain  chain c: mode=1 -> status 0"},
-        {15, 0xf005, "10 str s | 6 i16 2 | 7 str 10.0.0.9 | 8 i16 -1 | 32 raw \x07", asks, 0,
+        {9, 0x9004, "1 str c", request, 1, "svcmgr(9) 0x9004 vor_cfg_set_service_chain  chain c: mode=1 -> status 0"},
+        {15, 0xf005, "10 str s | 6 i16 2 | 7 str 10.0.0.9 | 8 i16 -1 | 32 raw \x07", request, 0,
          "mqttmgr(15) 0xf005 vor_cfg_set_mqtt_server_config  service s: config_option=0 protocol=2 "
          "ip_address=\"10.0.0.9\" port_number=65535 server_type=7 -> status 0"},
-        {240, 0x15003, "6 str g | 23 i16 3", asks, none,
+        {240, 0x15003, "6 str g | 23 i16 3", request, none,
          "towermon(240) 0x15003 vor_cfg_towermon_obj_*_physical_id  object g: id=3 -> status 0"},
-        {240, 0x15003, "19 str cool | 6 str ch | 4 i16 1", asks, none,
+        {240, 0x15003, "19 str cool | 6 str ch | 4 i16 1", request, none,
          "towermon(240) 0x15003 vor_cfg_towermon_obj_aircon_channel_name  aircon cool: channel_name=\"ch\" option=1 -> "
          "status 0"},
-        {240, 0x15016, "29 i32 -1", asks, none,
+        {240, 0x15016, "29 i32 -1", request, none,
          "towermon(240) 0x15016 vor_cfg_set_device_id  device: sensor_id=4294967295 -> status 0"},
-        {77, 0x0fffe029, "1 str svc | 2 str app", tells, none,
+        {77, 0x0fffe029, "1 str svc | 2 str app", one_way, none,
          "sap(77) 0xfffe029 vor_cfg_tp_set_app  service svc: app_name=\"app\" -> no answer awaited"},
-        {10, 0xa00a, "3 str a\x1b[2J\"\xff", tells, none,
+        {10, 0xa00a, "3 str a\x1b[2J\"\xff", one_way, none,
          "datamgr(10) 0xa00a vor_cfg_set_plat_hostname  gateway: hostname=\"a\\x1b[2J\\\"\\xff\" -> no answer awaited"},
     };
     Gateway gateway({});
     for (const Sent& sent : table) {
-        EXPECT_EQ(sent.line, send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option).line);
+        EXPECT_EQ(sent.line, send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option).report.line);
     }
     EXPECT_EQ(0U, gateway.complaints());
     EXPECT_EQ(std::size(table), gateway.messages());
 }
 
-TEST(Messages, ThatTheTablesDoNotKnowAreComplainedAbout)
+TEST(messages, that_the_tables_do_not_know_are_complained_about)
 {
     const Sent table[] = {
-        {4, 0x4005, "1 i16 3", asks, none, "strict: gpiomgr(4) 0x4005: no such message -> status 2"},
-        {21, 0x15003, "6 str g | 23 i16 3", asks, none,
+        {4, 0x4005, "1 i16 3", request, none, "strict: gpiomgr(4) 0x4005: no such message -> status 2"},
+        {21, 0x15003, "6 str g | 23 i16 3", request, none,
          "strict: snmpmgr(21) 0x15003: no such message here (it is one of towermon(240)) -> status 2"},
-        {4, 0x4004, "1 i16 3 | 9 i16 1 | 6 i16 0", asks, none,
+        {4, 0x4004, "1 i16 3 | 9 i16 1 | 6 i16 0", request, none,
          "strict: gpiomgr(4) 0x4004: element 2 is tag 9 int16, expected tag 2 int16 (direction) or tag 3 int16 (mode) "
          "or tag 5 string (name) -> status 3"},
-        {4, 0x4004, "1 i16 3 | 2 i32 1 | 6 i16 0", asks, none,
+        {4, 0x4004, "1 i16 3 | 2 i32 1 | 6 i16 0", request, none,
          "strict: gpiomgr(4) 0x4004: element 2 (direction, tag 2) is int32, expected int16 -> status 3"},
-        {4, 0x4004, "1 i16 3 | 6 i16 0 | 2 i16 1", asks, none,
+        {4, 0x4004, "1 i16 3 | 6 i16 0 | 2 i16 1", request, none,
          "strict: gpiomgr(4) 0x4004: element 2 is tag 6 int16, expected tag 2 int16 (direction) or tag 3 int16 (mode) "
          "or tag 5 string (name) -> status 3"},
-        {4, 0x4004, "1 i16 3 | 2 i16 1", asks, none,
+        {4, 0x4004, "1 i16 3 | 2 i16 1", request, none,
          "strict: gpiomgr(4) 0x4004: ends after element 2, expected tag 6 int16 (option) -> status 3"},
-        {4, 0x4004, "1 i16 3 | 2 i16 1 | 6 i16 0 | 6 i16 0", asks, none,
+        {4, 0x4004, "1 i16 3 | 2 i16 1 | 6 i16 0 | 6 i16 0", request, none,
          "strict: gpiomgr(4) 0x4004: element 4 (tag 6 int16) is one too many -> status 3"},
-        {4, 0x4004, "hex 00", asks, none,
+        {4, 0x4004, "hex 00", request, none,
          "strict: gpiomgr(4) 0x4004: payload is no chain behind element 0 -> status 3"},
-        {15, 0xf005, "10 str s | 6 i16 2 | 7 str a | 8 i16 1 | 32 raw xy", asks, 0,
+        {15, 0xf005, "10 str s | 6 i16 2 | 7 str a | 8 i16 1 | 32 raw xy", request, 0,
          "strict: mqttmgr(15) 0xf005: element 5 (server_type, tag 32) is 2 raw bytes, expected one raw byte -> status "
          "3"},
-        {15, 0xf005, "2 str t", asks, none,
+        {15, 0xf005, "2 str t", request, none,
          "strict: mqttmgr(15) 0xf005: meta-data has 0 bytes, expected 1 -> status 3"},
-        {10, 0xa008, "", asks, none, "strict: datamgr(10) 0xa008: payload is empty, expected the byte set -> status 3"},
-        {7, 0x7012, "hex 0a0000000a000001", tells, none, "strict: ethmgr(7) 0x7012: payload has 8 bytes, expected 4"},
-        {7, 0x7003, "hex 01010000c0a8010affffff00", asks, none,
+        {10, 0xa008, "", request, none,
+         "strict: datamgr(10) 0xa008: payload is empty, expected the byte set -> status 3"},
+        {7, 0x7012, "hex 0a0000000a000001", one_way, none, "strict: ethmgr(7) 0x7012: payload has 8 bytes, expected 4"},
+        {7, 0x7003, "hex 01010000c0a8010affffff00", request, none,
          "strict: ethmgr(7) 0x7003: interface_number is 1, expected 0 -> status 3"},
-        {7, 0x7005, "hex 00010000c0a8010affffff00", asks, none,
+        {7, 0x7005, "hex 00010000c0a8010affffff00", request, none,
          "strict: ethmgr(7) 0x7005: interface_number is 0, expected 1 or 2 -> status 3"},
-        {7, 0x700b, "9 str lan | 11 i16 2 | 12 i32 1", asks, 1,
+        {7, 0x700b, "9 str lan | 11 i16 2 | 12 i32 1", request, 1,
          "strict: ethmgr(7) 0x700b: dns_server_num is 2, but 1 of dns_server follow -> status 3"},
-        {21, 0x15001, "34 str hush | 4 i16 1", asks, none,
+        {21, 0x15001, "34 str hush | 4 i16 1", request, none,
          "strict: snmpmgr(21) 0x15001: element 2 (option, tag 4) is 1, expected 2 -> status 3"},
-        {21, 0x15001, "39 i16 1", asks, none,
+        {21, 0x15001, "39 i16 1", request, none,
          "strict: snmpmgr(21) 0x15001: vor_cfg_set_snmp_server_enable waits for an answer to a one-way message -> "
          "status 4"},
-        {12, 0xc002, "1 i16 1", tells, none,
+        {12, 0xc002, "1 i16 1", one_way, none,
          "strict: gsmmgr(12) 0xc002: vor_cfg_gsm_activate was sent one-way, but is to be answered"},
     };
     Gateway gateway({});
     for (const Sent& sent : table) {
-        const Outcome outcome = send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option);
-        EXPECT_EQ(sent.line, outcome.line);
-        EXPECT_NE(0, status_of(outcome)) << sent.line;
+        const Judgement judgement = send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option);
+        EXPECT_EQ(sent.line, judgement.report.line);
+        EXPECT_NE(0, status_of(judgement)) << sent.line;
     }
     EXPECT_EQ(std::size(table), gateway.complaints());
     EXPECT_EQ("", gateway.state().text()) << "what is complained about is not kept";
 }
 
-/* A row that another row's message fits as well would never be found. */
-TEST(Tables, TellEveryMessageFromItsSiblings)
-{
-    std::vector<const vorsim::Call*> calls;
-    for (const vorsim::Family* family : vorsim::families()) {
-        for (const vorsim::Call& call : family->calls) {
-            calls.push_back(&call);
-        }
-    }
-    for (std::size_t left = 0; left < calls.size(); ++left) {
-        for (std::size_t right = left + 1; right < calls.size(); ++right) {
-            const vorsim::Call& one = *calls[left];
-            const vorsim::Call& other = *calls[right];
-            if (one.message.id != other.message.id || one.message.sap != other.message.sap) {
-                continue;
-            }
-            const auto same = [](const vorsim::Field& a, const vorsim::Field& b) {
-                return a.place == b.place && a.kind == b.kind && a.only_value == b.only_value;
-            };
-            EXPECT_FALSE(std::ranges::equal(one.payload.fields(), other.payload.fields(), same))
-                << one.name << " and " << other.name;
-            EXPECT_EQ(one.payload.form, other.payload.form) << one.name << " and " << other.name;
-            EXPECT_EQ(one.payload.length, other.payload.length) << one.name << " and " << other.name;
-        }
-    }
-}
-
-TEST(Answers, BearTheIdAndStatusTheirCallExpects)
+TEST(answers, bear_the_id_and_status_their_call_expects)
 {
     Gateway gateway({});
-    const Outcome lora = send(gateway, 24, 0x18003, "1 i16 1 | 2 str ch");
+    const Judgement lora = send(gateway, 24, 0x18003, "1 i16 1 | 2 str ch");
     EXPECT_EQ(0x10004U, lora.answer_id);
     EXPECT_EQ(0, status_of(lora));
 
     std::vector<std::uint8_t> payload = payload_of("1 str 52.5");
     payload.insert(payload.begin(), 1);
-    const Outcome latitude = gateway.handle({.sap = 10, .id = 0xa008, .answer_wanted = true, .payload = payload});
+    const Judgement latitude = gateway.judge({.sap = 10, .id = 0xa008, .answer_wanted = true, .payload = payload});
     EXPECT_EQ(1, status_of(latitude));
     EXPECT_EQ("datamgr(10) 0xa008 vor_cfg_set_gw_device_latitude_config  gateway: set=1 latitude=\"52.5\" -> status 1",
-              latitude.line);
+              latitude.report.line);
     EXPECT_NE(1, status_of(send(gateway, 10, 0xa009, "hex 01"))) << "refused, in the calls that take 1 for accepted";
 }
 
-TEST(Readings, MoveFromCallToCallAndAreTheSeedsOwn)
+TEST(measurements, move_from_call_to_call_and_are_the_seeds_own)
 {
-    const auto polls = [](const Outcome& outcome) { return outcome.record["answer"]["polling_count"].get<int>(); };
+    const auto polls = [](const Judgement& judgement) {
+        return judgement.report.record["answer"]["polling_count"].get<int>();
+    };
     Gateway gateway({.seed = 5});
     Gateway twin({.seed = 5});
     Gateway other({.seed = 6});
 
-    const Outcome before = send(gateway, 4, 0x4007, "hex 0300");
+    const Judgement before = send(gateway, 4, 0x4007, "hex 0300");
     send(gateway, 4, 0x4004, "1 i16 3 | 3 i16 2 | 4 i32 500 | 6 i16 1");
     send(twin, 2, 0x2021, ""); // does not disturb the port's own readings
-    const Outcome after = send(gateway, 4, 0x4007, "hex 0300");
+    const Judgement after = send(gateway, 4, 0x4007, "hex 0300");
     ASSERT_EQ(24U, after.answer.size());
     EXPECT_EQ(3, after.answer[0]);
     EXPECT_EQ(0, before.answer[2]);
@@ -254,26 +231,26 @@ TEST(Readings, MoveFromCallToCallAndAreTheSeedsOwn)
 
     EXPECT_EQ(24U, send(gateway, 5, 0x5007, "hex 01000200").answer.size());
     EXPECT_EQ(10, send(gateway, 5, 0x5007, "hex 01000200").answer[0]) << "converter 1 of eight inputs, input 2";
-    const Outcome cool = send(gateway, 2, 0x2021, "");
+    const Judgement cool = send(gateway, 2, 0x2021, "");
     EXPECT_EQ(0, status_of(cool));
     ASSERT_EQ(6U, cool.answer.size());
     EXPECT_NE(cool.answer, send(gateway, 2, 0x2021, "").answer);
-    const Outcome registers = send(gateway, 8, 0x8009, "");
+    const Judgement registers = send(gateway, 8, 0x8009, "");
     ASSERT_EQ(58U, registers.answer.size());
     EXPECT_EQ(0xc6, registers.answer[57]);
     EXPECT_NE(registers.answer, send(gateway, 8, 0x8009, "").answer);
     EXPECT_EQ(0U, gateway.complaints());
 }
 
-TEST(State, HoldsTheLatestByObject)
+TEST(state, holds_the_latest_by_object)
 {
     Gateway gateway({});
     send(gateway, 4, 0x4004, "1 i16 10 | 5 str mains | 6 i16 1");
     send(gateway, 4, 0x4004, "1 i16 2 | 5 str dor | 6 i16 1");
     send(gateway, 4, 0x4004, "1 i16 2 | 5 str door | 6 i16 1");
-    send(gateway, 7, 0x7011, "hex 010000000a000000", tells);
-    send(gateway, 7, 0x7013, "hex 000000000a000000", tells);
-    send(gateway, 4, 0x4007, "hex 0700"); // asking tells nothing
+    send(gateway, 7, 0x7011, "hex 010000000a000000", one_way);
+    send(gateway, 7, 0x7013, "hex 000000000a000000", one_way);
+    send(gateway, 4, 0x4007, "hex 0700"); // a query sets nothing
     EXPECT_EQ("gpiomgr(4)\n"
               "  port 2\n"
               "    vor_cfg_set_gpio_channel_name  name=\"door\" set=1\n"
@@ -289,22 +266,22 @@ TEST(State, HoldsTheLatestByObject)
     EXPECT_FALSE(gpio["objects"].contains("port 7"));
 }
 
-TEST(Secrets, AppearNowhereUnlessAskedFor)
+TEST(secrets, appear_nowhere_unless_asked_for)
 {
     const Sent table[] = {
-        {7, 0x7006, "1 i16 0 | 2 str net | 3 i16 2 | 4 str hunter2", asks, 1, ""},
-        {7, 0x7014, "1 i16 0 | 2 str net | 3 i16 2 | 4 str hunter2 | 20 i16 1", asks, 1, ""},
-        {0, 2, "1 i16 0 | 2 str net | 3 i16 2 | 4 str hunter2 | 20 i16 1", tells, 1, ""},
-        {15, 0xf005, "10 str s | 6 i16 1 | 12 str user | 13 str hunter2", asks, 1, ""},
-        {12, 0xc00a, "1 i16 1 | 3 str hunter2 | 8 i16 1", asks, none, ""},
-        {21, 0x15001, "36 str hunter2 | 4 i16 1", asks, none, ""},
+        {7, 0x7006, "1 i16 0 | 2 str net | 3 i16 2 | 4 str hunter2", request, 1, ""},
+        {7, 0x7014, "1 i16 0 | 2 str net | 3 i16 2 | 4 str hunter2 | 20 i16 1", request, 1, ""},
+        {0, 2, "1 i16 0 | 2 str net | 3 i16 2 | 4 str hunter2 | 20 i16 1", one_way, 1, ""},
+        {15, 0xf005, "10 str s | 6 i16 1 | 12 str user | 13 str hunter2", request, 1, ""},
+        {12, 0xc00a, "1 i16 1 | 3 str hunter2 | 8 i16 1", request, none, ""},
+        {21, 0x15001, "36 str hunter2 | 4 i16 1", request, none, ""},
     };
     for (const bool shown : {false, true}) {
         Gateway gateway({.show_secrets = shown});
         for (const Sent& sent : table) {
-            const Outcome outcome = send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option);
-            const std::string everything = outcome.line + vorsim::dump(outcome.record) + gateway.state().text() +
-                                           vorsim::dump(gateway.state().json());
+            const Judgement judgement = send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option);
+            const std::string everything = judgement.report.line + vorsim::dump(judgement.report.record) +
+                                           gateway.state().text() + vorsim::dump(gateway.state().json());
             EXPECT_EQ(shown, everything.find("hunter2") != std::string::npos) << everything;
             EXPECT_EQ(!shown, everything.find("********") != std::string::npos) << everything;
         }
@@ -312,7 +289,35 @@ TEST(Secrets, AppearNowhereUnlessAskedFor)
     }
 }
 
-TEST(LogFile, ReadsTheFieldsOfItsOptionOnly)
+bool harmless(const std::string& text)
+{
+    const auto is_control = [](unsigned char byte) { return byte < 0x20 || byte == 0x7f; };
+    for (std::size_t at = text.find('\xc2'); at != text.npos; at = text.find('\xc2', at + 1)) {
+        if (static_cast<unsigned char>(text[at + 1]) < 0xa0) {
+            return false; // a control character of the second set
+        }
+    }
+    return std::ranges::none_of(text, is_control) && vorsim::Json::accept('"' + text + '"');
+}
+
+TEST(texts, of_any_bytes_are_harmless_in_lines_and_json)
+{
+    for (int first = 0; first < 256; ++first) {
+        for (const int second : {0x00, 0x22, 0x7f, 0x80, 0x8f, 0x90, 0x9b, 0xa0, 0xbf, 0xc0, 0xff}) {
+            for (const char third : {'a', '\x80', '\xbf'}) {
+                const std::string bytes{static_cast<char>(first), static_cast<char>(second), third};
+                std::string line = vorsim::escaped(bytes);
+                const std::string json = vorsim::dump(vorsim::Json(bytes));
+                EXPECT_TRUE(harmless(json.substr(1, json.size() - 2))) << json;
+                std::ranges::replace(line, '\\', '/'); // \x1b is no escape of JSON's
+                std::erase(line, '"');
+                EXPECT_TRUE(harmless(line)) << line;
+            }
+        }
+    }
+}
+
+TEST(log_file, reads_the_fields_of_its_option_only)
 {
     const auto record = [](std::uint8_t option, std::size_t at, const std::string& text) {
         std::vector<std::uint8_t> bytes(260, 'x'); // what the sender's buffer happened to hold
@@ -323,15 +328,15 @@ TEST(LogFile, ReadsTheFieldsOfItsOptionOnly)
         return bytes;
     };
     Gateway gateway({});
-    const auto told = [&gateway](const std::vector<std::uint8_t>& payload) {
-        return gateway.handle({.sap = 2, .id = 0x2028, .payload = payload}).line;
+    const auto judge = [&gateway](const std::vector<std::uint8_t>& payload) {
+        return gateway.judge({.sap = 2, .id = 0x2028, .payload = payload}).report.line;
     };
     EXPECT_EQ("platmgr(2) 0x2028 vor_cfg_set_log_file  log boot: set_option=2 log_file_name=\"a.log\" -> no answer "
               "awaited",
-              told(record(2, 204, "a.log")));
+              judge(record(2, 204, "a.log")));
     EXPECT_EQ("strict: platmgr(2) 0x2028: log_file_name does not end within its 50 bytes",
-              told(record(2, 204, std::string(50, 'n'))));
-    EXPECT_EQ("strict: platmgr(2) 0x2028: set_option is 4, expected 1 or 2 or 3", told(record(4, 204, "a.log")));
+              judge(record(2, 204, std::string(50, 'n'))));
+    EXPECT_EQ("strict: platmgr(2) 0x2028: set_option is 4, expected 1 or 2 or 3", judge(record(4, 204, "a.log")));
 }
 
 } // namespace

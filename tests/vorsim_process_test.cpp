@@ -9,7 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "platform_fixture.hpp"
-#include "unix_socket.hpp"
+#include "process/unix_socket.hpp"
 
 namespace {
 
@@ -18,7 +18,7 @@ using processes::Gateway;
 using processes::Output;
 using processes::Workplace;
 
-/* The test itself is the front end. */
+// The test itself is the front end.
 class Vorsim : public testing::Test {
 protected:
     Vorsim() { place.enter(); }
@@ -28,7 +28,7 @@ protected:
     Workplace place;
 };
 
-/* Asks for a record by a request without payload; the first word of the answer. */
+// Asks for a record by a request without payload; the first word of the answer.
 int ask(VOR_IPC_HANDLE* front_end, vor_uint16 sap, vor_uint32 id)
 {
     Message request;
@@ -48,7 +48,7 @@ public:
     }
 
     void send(const std::string& bytes) { EXPECT_TRUE(vorsim::send_now(socket_.get(), bytes)); }
-    /* One answer; empty when the connection ends or nothing comes. */
+    // One answer; empty when the connection ends or nothing comes.
     std::string receive()
     {
         pollfd waiting{socket_.get(), POLLIN, 0};
@@ -62,7 +62,7 @@ private:
     vorsim::Descriptor socket_;
 };
 
-TEST_F(Vorsim, IsReadyShowsItsStateAndLeavesNothingBehind)
+TEST_F(Vorsim, is_ready_shows_its_state_and_leaves_nothing_behind)
 {
     const std::string journal = (place.path() / "journal").string();
     const std::string state = (place.path() / "state").string();
@@ -92,7 +92,7 @@ TEST_F(Vorsim, IsReadyShowsItsStateAndLeavesNothingBehind)
     EXPECT_EQ(std::string::npos, contents(journal).find("hunter2"));
 }
 
-TEST_F(Vorsim, FailsAStrictRunThatHadComplaints)
+TEST_F(Vorsim, fails_a_strict_run_that_had_complaints)
 {
     Gateway gateway(place, {"--strict", "--sap", "77"});
     EXPECT_EQ(2, ask(Bound(client_sap), 77, 0x4d001));
@@ -100,7 +100,7 @@ TEST_F(Vorsim, FailsAStrictRunThatHadComplaints)
     EXPECT_EQ(3, gateway.stop(SIGTERM));
 }
 
-TEST_F(Vorsim, SaysWhatItCannotDo)
+TEST_F(Vorsim, says_what_it_cannot_do)
 {
     const std::tuple<const char*, int, const char*> table[] = {
         {"vorsim --frob", 2, "unknown option \"--frob\""},
@@ -126,7 +126,7 @@ TEST_F(Vorsim, SaysWhatItCannotDo)
     EXPECT_EQ(0, ask(Bound(client_sap), 2, 0x2021)) << "the first is not disturbed";
 }
 
-TEST_F(Vorsim, TakesTheSocketsOfADeadOneOver)
+TEST_F(Vorsim, takes_the_sockets_of_a_dead_one_over)
 {
     {
         Gateway gateway(place, {});
@@ -138,7 +138,7 @@ TEST_F(Vorsim, TakesTheSocketsOfADeadOneOver)
     KonfdClient(konfd_path()).send("-d\n");
 }
 
-TEST_F(Vorsim, OutlivesItsClients)
+TEST_F(Vorsim, outlives_its_clients)
 {
     Gateway gateway(place, {});
 

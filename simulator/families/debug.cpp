@@ -1,0 +1,31 @@
+#include "tables/families.hpp"
+
+namespace vorsim::families {
+namespace {
+
+constexpr Exchange debug_level = one_way(27).to("system");
+constexpr Exchange log_upload = one_way(0x2028);
+
+constexpr Field set_option = int32(0, "set_option");
+constexpr Field name = text(4, "name", 50);
+
+// What an option does not set holds whatever the sender's buffer held, so each
+// option reads its own fields only.
+constexpr Row rows[] = {
+    {debug_level, "vor_cfg_set_debug_info", "module {task_name}",
+     record(32, uint32(0, "log_level"), uint16(4, "sap_id"), text(6, "task_name", 25))},
+    {log_upload, "vor_cfg_set_log_file", "log {name}",
+     record(260, set_option.holding(1), name, text(54, "ip_address", 50), text(104, "user_name", 50),
+            text(154, "password", 50).secret()),
+     "1"},
+    {log_upload, "vor_cfg_set_log_file", "log {name}",
+     record(260, set_option.holding(2), name, text(204, "log_file_name", 50)), "2"},
+    {log_upload, "vor_cfg_set_log_file", "log {name}",
+     record(260, set_option.holding(3), name, int32(256, "upload_frequency")), "3"},
+};
+
+} // namespace
+
+extern const Family debug{"platmgr", rows};
+
+} // namespace vorsim::families

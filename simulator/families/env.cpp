@@ -1,0 +1,25 @@
+#include "gateway/answer.hpp"
+#include "gateway/measurements.hpp"
+#include "tables/families.hpp"
+
+namespace vorsim::families {
+namespace {
+
+// Tenths of a degree Celsius.
+Answer temperature(const Decoded&, const State&, Measurements& measurements)
+{
+    Answer answer(6);
+    answer.put(0, "status", std::int32_t{0})
+        .put(4, "system_temperature", static_cast<std::int16_t>(measurements.measure("temperature", 415, 120, 6)));
+    return answer;
+}
+
+constexpr Row rows[] = {
+    {request(0x2021), "vor_cfg_get_system_temperature", "board", nothing, temperature},
+};
+
+} // namespace
+
+extern const Family env{"platmgr", rows};
+
+} // namespace vorsim::families

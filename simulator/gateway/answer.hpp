@@ -1,0 +1,30 @@
+// answer.hpp: what a manager answers: the bytes, and what they say.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "text/value.hpp"
+
+namespace vorsim {
+
+struct Answer {
+    std::vector<std::uint8_t> bytes{};
+    std::vector<Value> values{};
+
+    explicit Answer(std::size_t size) : bytes(size) {}
+
+    // Writes a number into the record, in the gateway's byte order.
+    template <class Number>
+    Answer& put(std::size_t offset, std::string_view name, Number number)
+    {
+        const auto* const from = reinterpret_cast<const std::uint8_t*>(&number);
+        std::copy(from, from + sizeof number, bytes.begin() + static_cast<std::ptrdiff_t>(offset));
+        values.push_back({name, std::to_string(number), number});
+        return *this;
+    }
+};
+
+} // namespace vorsim

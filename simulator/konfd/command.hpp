@@ -1,0 +1,40 @@
+// command.hpp: the text konfd is spoken to in.
+//
+// [-d] [-s|-c|-u] [-l "line"] [-r "pattern"] [-p priority] ["path word"]...
+//
+// A burst may hold several commands: an operation word behind anything but
+// operation words begins the next.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace vorsim::konfd {
+
+struct Command {
+    char operation = 0; // 's', 'c', 'u', or 0: show alone
+    bool show = false;
+    std::optional<std::string> line;
+    std::optional<std::string> pattern;
+    std::optional<int> priority;
+    std::vector<std::string> path;
+};
+
+struct Complaint {
+    std::string text;
+    bool incomplete = false; // more text could still make it right
+};
+
+// Commands in order, or what is wrong with the whole. A blank text holds none.
+std::variant<std::vector<Command>, Complaint> parse(std::string_view burst);
+
+// The command in its own words; secrets masked unless they are to be shown.
+std::string text_of(const Command& command, bool show_secrets);
+
+// "password ********" for a line, a pattern or a path word that names a secret.
+std::string without_secret(std::string_view line);
+
+} // namespace vorsim::konfd

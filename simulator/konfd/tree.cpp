@@ -1,0 +1,143 @@
+#include "konfd/tree.hpp"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+#include "konfd/command.hpp"
+#include "text/text.hpp"
+
+namespace vorsim::konfd {
+namespace {
+
+constexpr std::size_t most_bytes = 1 << 19; // lines with 64 bytes each on top
+constexpr std::size_t bytes_of_a_line = 64;
+
+std::string shown(const std::string& line, bool show_secrets)
+{
+    return show_secrets ? line : without_secret(line);
+}
+
+} // namespace
+
+std::size_t Tree::Node::size() const
+{
+    std::size_t size = line.size() + bytes_of_a_line;
+    for (const Node& child : children) {
+        size += child.size();
+    }
+    return size;
+}
+
+const Tree::Node* Tree::find(const Path& path) const
+{
+    const Node* node = &root_;
+    for (const std::string& word : path) {
+        const auto found = std::ranges::find(node->children, word, &Node::line);
+        if (found == node->children.end()) {
+            return nullptr;
+        }
+        node = &*found;
+    }
+    return node;
+}
+
+// By priority, and by age within one.
+void Tree::insert_in_order(std::vector<Node>& nodes, Node node)
+{
+    nodes.insert(std::ranges::upper_bound(nodes, node.priority, {}, &Node::priority), std::move(node));
+}
+
+bool Tree::set(const Path& path, const std::string& line, const Matches& matches, std::optional<int> priority)
+{
+    std::size_t added = line.size() + bytes_of_a_line;
+    for (const std::string& word : path) {
+        added += word.size() + bytes_of_a_line;
+    }
+    if (root_.size() + added > most_bytes) {
+        return false;
+    }
+
+    Node* parent = &root_;
+    for (const std::string& word : path) {
+        auto found = std::ranges::find(parent->children, word, &Node::line);
+        if (found == parent->children.end()) {
+            insert_in_order(parent->children, {word, 0, {}});
+            found = std::ranges::find(parent->children, word, &Node::line);
+        }
+        parent = &*found;
+    }
+
+    std::vector<Node>& nodes = parent->children;
+    Node fresh{line, priority.value_or(0), {}};
+    std::optional<std::size_t> replaced;
+    for (std::size_t at = 0; at < nodes.size();) {
+        Node& node = nodes[at];
+        if (node.line != line && !matches(node.line)) {
+            ++at;
+            continue;
+        }
+        if (node.line == line) {
+            fresh.children = std::move(node.children);
+        }
+        if (!replaced && node.priority == priority.value_or(node.priority)) {
+            replaced = at;
+            fresh.priority = node.priority;
+        }
+        nodes.erase(nodes.begin() + static_cast<std::ptrdiff_t>(at));
+    }
+    if (replaced) {
+        nodes.insert(nodes.begin() + static_cast<std::ptrdiff_t>(*replaced), std::move(fresh));
+    } else {
+        insert_in_order(nodes, std::move(fresh));
+    }
+    return true;
+}
+
+void Tree::unset(const Path& path, const Matches& matches)
+{
+    if (auto* const node = const_cast<Node*>(find(path))) {
+        std::erase_if(node->children, [&matches](const Node& child) { return matches(child.line); });
+    }
+}
+
+bool Tree::has(const Path& path, const Matches& matches) const
+{
+    const Node* const node = find(path);
+    return node != nullptr && std::ranges::any_of(node->children, matches, &Node::line);
+}
+
+void Tree::add_text(std::string& text, const Node& node, std::size_t depth, bool show_secrets)
+{
+    for (const Node& child : node.children) {
+        text += fmt::format("{:{}}{}\n", "", 2 * depth, escaped(shown(child.line, show_secrets)));
+        add_text(text, child, depth + 1, show_secrets);
+    }
+}
+
+std::string Tree::text(const Path& path, bool show_secrets) const
+{
+    std::string text;
+    if (const Node* const node = find(path)) {
+        add_text(text, *node, 0, show_secrets);
+    }
+    return text;
+}
+
+Json Tree::json_under(const Node& node, bool show_secrets)
+{
+    Json lines = Json::array();
+    for (const Node& child : node.children) {
+        lines.push_back({{"line", shown(child.line, show_secrets)},
+                         {"priority", child.priority},
+                         {"under", json_under(child, show_secrets)}});
+    }
+    return lines;
+}
+
+Json Tree::json(bool show_secrets) const
+{
+    return json_under(root_, show_secrets);
+}
+
+} // namespace vorsim::konfd

@@ -1,0 +1,48 @@
+// tree.hpp: the stored configuration, lines under lines, kept in order.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "text/value.hpp"
+
+namespace vorsim::konfd {
+
+using Path = std::vector<std::string>;
+using Matches = std::function<bool(const std::string& line)>;
+
+class Tree {
+public:
+    // Puts the line under the path, made where missing, in place of the lines
+    // that match. The line itself, when already there, keeps what is under it.
+    // False when the tree is full.
+    bool set(const Path& path, const std::string& line, const Matches& matches, std::optional<int> priority);
+    // Takes the matching lines under the path away, with all under them.
+    void unset(const Path& path, const Matches& matches);
+    bool has(const Path& path, const Matches& matches) const;
+
+    // What is under the path, two blanks deeper for each level.
+    std::string text(const Path& path, bool show_secrets) const;
+    // [{"line": "interface wlan0", "priority": 0, "under": [...]}]
+    Json json(bool show_secrets) const;
+
+private:
+    struct Node {
+        std::string line;
+        int priority = 0;
+        std::vector<Node> children;
+
+        std::size_t size() const;
+    };
+
+    const Node* find(const Path& path) const;
+    static void insert_in_order(std::vector<Node>& nodes, Node node);
+    static void add_text(std::string& text, const Node& node, std::size_t depth, bool show_secrets);
+    static Json json_under(const Node& node, bool show_secrets);
+
+    Node root_;
+};
+
+} // namespace vorsim::konfd

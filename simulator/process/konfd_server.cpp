@@ -1,0 +1,103 @@
+#include "process/konfd_server.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+
+#include <linux/sockios.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+
+namespace vorsim {
+namespace {
+
+constexpr std::size_t most_clients = 64;
+
+// Bytes sent that the client has not received yet.
+bool answer_unread(int descriptor)
+{
+    int bytes = 0;
+    return ioctl(descriptor, SIOCOUTQ, &bytes) == 0 && bytes > 0;
+}
+
+} // namespace
+
+KonfdServer::KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& path, OnReport on_report)
+    : loop_(loop), konfd_(konfd), listener_(path), on_report_(std::move(on_report))
+{
+    loop_.watch(listener_.descriptor(), [this] { accept_client(); });
+}
+
+void KonfdServer::accept_client()
+{
+    Descriptor socket = listener_.accept();
+    const int descriptor = socket.get();
+    if (descriptor < 0 || clients_.size() == most_clients) {
+        return; // one too many finds its connection closed
+    }
+    clients_.emplace(descriptor, Client{std::move(socket), konfd::Session(konfd_)});
+    loop_.watch(descriptor, [this, descriptor] { read_commands(descriptor); });
+}
+
+void KonfdServer::read_commands(int descriptor)
+{
+    konfd::Session& session = clients_.at(descriptor).session;
+    const bool unread = answer_unread(descriptor);
+    std::array<char, 4096> bytes{}; // at most so much before the others have their turn
+    const ssize_t size = recv(descriptor, bytes.data(), bytes.size(), MSG_DONTWAIT);
+    if (size > 0) {
+        answer(descriptor, session.receive({bytes.data(), static_cast<std::size_t>(size)},
+                                           std::chrono::steady_clock::now(), unread));
+    } else if (size == 0) {
+        if (answer(descriptor, session.end())) {
+            drop_client(descriptor);
+        }
+    } else if (errno != EAGAIN && errno != EINTR) {
+        drop_client(descriptor);
+    }
+}
+
+bool KonfdServer::answer(int descriptor, const std::vector<konfd::Reply>& replies)
+{
+    std::string answers;
+    for (const konfd::Reply& reply : replies) {
+        on_report_(reply.report);
+        answers += reply.answer;
+    }
+    if (!answers.empty() && !send_now(descriptor, answers)) {
+        drop_client(descriptor);
+        return false;
+    }
+    return true;
+}
+
+void KonfdServer::drop_client(int descriptor)
+{
+    loop_.forget(descriptor);
+    clients_.erase(descriptor);
+}
+
+std::optional<konfd::Time> KonfdServer::deadline() const
+{
+    std::optional<konfd::Time> first;
+    for (const auto& [descriptor, client] : clients_) {
+        const auto deadline = client.session.deadline();
+        if (deadline && (!first || *deadline < *first)) {
+            first = deadline;
+        }
+    }
+    return first;
+}
+
+void KonfdServer::on_deadline()
+{
+    const auto now = std::chrono::steady_clock::now();
+    for (auto next = clients_.begin(); next != clients_.end();) {
+        auto& [descriptor, client] = *next++; // answering may drop it
+        if (client.session.deadline().value_or(konfd::Time::max()) <= now) {
+            answer(descriptor, client.session.time_out());
+        }
+    }
+}
+
+} // namespace vorsim

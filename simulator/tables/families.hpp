@@ -1,0 +1,33 @@
+// families.hpp: the tables of all managers, one file each in families/.
+//
+// A file there defines `extern const Family STEM`; the build lists the files.
+#pragma once
+
+#include <span>
+
+#include "tables/managers.hpp"
+#include "tables/row.hpp"
+
+namespace vorsim {
+
+class Family {
+public:
+    // The manager of every row that names none itself.
+    consteval Family(std::string_view manager, std::span<const Row> rows) : sap_(sap_of(manager)), rows_(rows) {}
+
+    std::span<const Row> rows() const { return rows_; }
+    // Whether the row's message may reach the manager.
+    bool serves(const Row& row, std::int32_t sap) const
+    {
+        const std::int32_t manager = row.exchange.manager;
+        return manager == any_manager || sap == (manager == family_manager ? sap_ : manager);
+    }
+
+private:
+    std::uint16_t sap_;
+    std::span<const Row> rows_;
+};
+
+std::span<const Family* const> all_families();
+
+} // namespace vorsim

@@ -76,6 +76,7 @@ constexpr Row rows[] = {
 
     {request(0x15011), "vor_cfg_towermon_set_tower_name", "tower", chain(text(24, "tower_name"))},
     {request(0x15012), "vor_cfg_towermon_set_tower_location", "tower", chain(text(25, "tower_location"))},
+    {request(0x15013), "vor_cfg_towermon_set_tower_id", "tower", chain(uint32(26, "sensor_id"))},
 };
 
 } // namespace

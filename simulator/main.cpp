@@ -46,10 +46,10 @@ int main(int argc, char** argv)
     try {
         return run({argv + 1, argv + argc});
     } catch (const vorsim::UsageError& error) {
-        vorsim::print_line(stderr, fmt::format("vorsim: {} (vorsim --help tells the options)", error.what()));
+        vor::print_line(stderr, fmt::format("vorsim: {} (vorsim --help tells the options)", error.what()));
         return 2;
     } catch (const std::exception& error) {
-        vorsim::print_line(stderr, fmt::format("vorsim: {}", error.what()));
+        vor::print_line(stderr, fmt::format("vorsim: {}", error.what()));
         return 1;
     }
 }

@@ -280,8 +280,8 @@ TEST(secrets, appear_nowhere_unless_asked_for)
         Gateway gateway({.show_secrets = shown});
         for (const Sent& sent : table) {
             const Judgement judgement = send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option);
-            const std::string everything = judgement.report.line + vorsim::dump(judgement.report.record) +
-                                           gateway.state().text() + vorsim::dump(gateway.state().json());
+            const std::string everything = judgement.report.line + vor::dump(judgement.report.record) +
+                                           gateway.state().text() + vor::dump(gateway.state().json());
             EXPECT_EQ(shown, everything.find("hunter2") != std::string::npos) << everything;
             EXPECT_EQ(!shown, everything.find("********") != std::string::npos) << everything;
         }
@@ -306,8 +306,8 @@ TEST(texts, of_any_bytes_are_harmless_in_lines_and_json)
         for (const int second : {0x00, 0x22, 0x7f, 0x80, 0x8f, 0x90, 0x9b, 0xa0, 0xbf, 0xc0, 0xff}) {
             for (const char third : {'a', '\x80', '\xbf'}) {
                 const std::string bytes{static_cast<char>(first), static_cast<char>(second), third};
-                std::string line = vorsim::escaped(bytes);
-                const std::string json = vorsim::dump(vorsim::Json(bytes));
+                std::string line = vor::escaped(bytes);
+                const std::string json = vor::dump(vorsim::Json(bytes));
                 EXPECT_TRUE(harmless(json.substr(1, json.size() - 2))) << json;
                 std::ranges::replace(line, '\\', '/'); // \x1b is no escape of JSON's
                 std::erase(line, '"');

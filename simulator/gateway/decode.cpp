@@ -30,13 +30,13 @@ Value value_of(const Part& part, bool show_secrets)
     if (field.kind == Kind::text) {
         const std::string_view text = text_in(part);
         if (field.display == Display::secret && !show_secrets) {
-            return {field.name, std::string(masked), masked};
+            return {field.name, std::string(vor::mask), vor::mask};
         }
-        return {field.name, quoted(text), text};
+        return {field.name, vor::quoted(text, longest_in_line), text};
     }
     const std::int32_t number = part.number;
     if (field.display == Display::address) {
-        const std::string address = dotted(static_cast<std::uint32_t>(number));
+        const std::string address = vor::dotted(static_cast<std::uint32_t>(number));
         return {field.name, address, address};
     }
     const std::int64_t shown = field.display == Display::signed_number ? number
@@ -71,7 +71,7 @@ std::string object_of(std::string_view pattern, std::vector<Value>& values)
         const std::size_t close = pattern.find('}', open);
         const auto value = std::ranges::find(values, pattern.substr(open + 1, close - open - 1), &Value::name);
         value->in_object = true;
-        const std::string text = value->data.is_string() ? escaped(value->data.get<std::string>()) : value->text;
+        const std::string text = value->data.is_string() ? vor::escaped(value->data.get<std::string>()) : value->text;
         object += text.empty() ? "\"\"" : text;
         pattern.remove_prefix(close + 1);
     }

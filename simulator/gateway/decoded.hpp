@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tables/row.hpp"
-#include "text/value.hpp"
+#include "values/value.hpp"
 
 namespace vorsim {
 

@@ -12,15 +12,16 @@ namespace {
 // "ethmgr(7) 0x7003"
 std::string label_of(const Message& message)
 {
-    return fmt::format("{} {}", manager_label(message.sap), hex(message.id));
+    return fmt::format("{} {:#x}", manager_label(message.sap), message.id);
 }
 
 Judgement begin(const Message& message)
 {
-    return {.answered = message.answer_wanted,
-            .answer_id = message.id,
-            .answer = {},
-            .report = {{}, {{"sap", message.sap}, {"source", message.source}, {"id", hex(message.id)}}}};
+    return {
+        .answered = message.answer_wanted,
+        .answer_id = message.id,
+        .answer = {},
+        .report = {{}, {{"sap", message.sap}, {"source", message.source}, {"id", fmt::format("{:#x}", message.id)}}}};
 }
 
 std::vector<std::uint8_t> status_answer(std::int32_t status)

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "text/text.hpp"
+#include "values/value.hpp"
 
 namespace vorsim::konfd {
 namespace {
@@ -216,13 +217,13 @@ std::string without_secret(std::string_view line)
     const bool secret =
         end != line.npos && end + 1 < line.size() &&
         std::ranges::any_of(std::initializer_list<std::string_view>{"passw", "passphrase", "psk", "secret"}, names);
-    return secret ? fmt::format("{} {}", line.substr(0, end), masked) : std::string(line);
+    return secret ? fmt::format("{} {}", line.substr(0, end), vor::mask) : std::string(line);
 }
 
 std::string text_of(const Command& command, bool show_secrets)
 {
     const auto quote = [show_secrets](const std::string& text) {
-        return quoted(show_secrets ? text : without_secret(text));
+        return vor::quoted(show_secrets ? text : without_secret(text), longest_in_line);
     };
     std::string text = command.show ? "-d" : "";
     if (command.operation != 0) {

@@ -110,7 +110,7 @@ bool Tree::has(const Path& path, const Matches& matches) const
 void Tree::add_text(std::string& text, const Node& node, std::size_t depth, bool show_secrets)
 {
     for (const Node& child : node.children) {
-        text += fmt::format("{:{}}{}\n", "", 2 * depth, escaped(shown(child.line, show_secrets)));
+        text += fmt::format("{:{}}{}\n", "", 2 * depth, vor::escaped(shown(child.line, show_secrets)));
         add_text(text, child, depth + 1, show_secrets);
     }
 }

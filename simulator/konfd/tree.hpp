@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "text/value.hpp"
+#include "values/value.hpp"
 
 namespace vorsim::konfd {
 

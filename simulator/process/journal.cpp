@@ -45,10 +45,10 @@ void Journal::write(const Json& record)
     }
     Json entry = {{"seq", ++written_}, {"time", now_text()}};
     entry.update(record);
-    const std::string line = dump(entry) + "\n";
+    const std::string line = vor::dump(entry) + "\n";
     if (::write(file_.get(), line.data(), line.size()) != static_cast<ssize_t>(line.size())) {
         failed_ = true;
-        print_line(stderr, fmt::format("vorsim: cannot write the journal {}: {}", path_, std::strerror(errno)));
+        vor::print_line(stderr, fmt::format("vorsim: cannot write the journal {}: {}", path_, std::strerror(errno)));
     }
 }
 

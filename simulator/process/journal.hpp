@@ -5,7 +5,7 @@
 #include <string>
 
 #include "process/unix_socket.hpp"
-#include "text/value.hpp"
+#include "values/value.hpp"
 
 namespace vorsim {
 

@@ -101,8 +101,9 @@ void Server::bind_konfd()
             throw;
         }
         // The real path may be a real konfd's.
-        print_line(stderr, fmt::format("vorsim: konfd is not served: {} (VORINFRA_ROOT gives it a place of its own)",
-                                       error.what()));
+        vor::print_line(
+            stderr,
+            fmt::format("vorsim: konfd is not served: {} (VORINFRA_ROOT gives it a place of its own)", error.what()));
         return;
     }
     loop_.set_deadline([this] { return konfd_server_->deadline(); }, [this] { konfd_server_->on_deadline(); });
@@ -140,15 +141,15 @@ void Server::deliver(VOR_IPC_HANDLE* endpoint, const VORINFRA_MESSAGE& message, 
 
 void Server::report(const Report& what)
 {
-    print_line(stdout, what.line);
+    vor::print_line(stdout, what.line);
     journal_.write(what.record);
 }
 
 std::string Server::text() const
 {
     const std::string konfd = konfd_.text();
-    std::string text = fmt::format("vorsim: {}, {}\n{}", counted(gateway_.messages(), "message"),
-                                   counted(gateway_.complaints(), "complaint"), gateway_.state().text());
+    std::string text = fmt::format("vorsim: {}, {}\n{}", vor::counted(gateway_.messages(), "message"),
+                                   vor::counted(gateway_.complaints(), "complaint"), gateway_.state().text());
     if (!konfd.empty()) {
         text += "konfd\n";
         for (std::size_t begin = 0; begin < konfd.size();) {
@@ -172,7 +173,7 @@ Json Server::json() const
 std::string Server::show(std::string_view request) const
 {
     return request == "show"        ? text()
-           : request == "show json" ? fmt::format("{}\n", dump(json(), 2))
+           : request == "show json" ? fmt::format("{}\n", vor::dump(json(), 2))
                                     : "unknown request\n";
 }
 
@@ -184,7 +185,7 @@ void Server::write_state() const
     const mode_t before = umask(0077); // it may hold passwords in clear
     std::ofstream file(unfinished, std::ios::trunc);
     umask(before);
-    file << dump(json(), 2) << "\n";
+    file << vor::dump(json(), 2) << "\n";
     file.close();
     if (!file || std::rename(unfinished.c_str(), path.c_str()) != 0) {
         throw std::runtime_error(fmt::format("cannot write the state {}: {}", path, std::strerror(errno)));
@@ -193,8 +194,8 @@ void Server::write_state() const
 
 int Server::run()
 {
-    print_line(stdout, fmt::format("vorsim: ready, {} managers{} in {}", endpoints_.size(),
-                                   konfd_server_ != nullptr ? " and konfd" : ", no konfd,", directory_));
+    vor::print_line(stdout, fmt::format("vorsim: ready, {} managers{} in {}", endpoints_.size(),
+                                        konfd_server_ != nullptr ? " and konfd" : ", no konfd,", directory_));
     loop_.run();
     if (options_.state_file) {
         write_state();

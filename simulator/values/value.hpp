@@ -5,11 +5,13 @@
 #include <string_view>
 #include <vector>
 
-#include <nlohmann/json.hpp>
+#include "text/json.hpp"
 
 namespace vorsim {
 
-using Json = nlohmann::ordered_json;
+using vor::Json;
+
+inline constexpr std::size_t longest_in_line = 80; // of a text
 
 // Ready to be shown: a secret is masked already.
 struct Value {
@@ -29,8 +31,5 @@ struct Report {
 Json json_of(const std::vector<Value>& values);
 // "name=value ..." of what the object does not tell.
 std::string line_of(const std::vector<Value>& values);
-
-// Always UTF-8, whatever bytes the texts hold, and no control character raw.
-std::string dump(const Json& json, int indent = -1);
 
 } // namespace vorsim

@@ -6,10 +6,8 @@
 
 #include <fmt/format.h>
 
-namespace vorsim {
+namespace vor {
 namespace {
-
-constexpr std::size_t longest_in_line = 80;
 
 // The length of the UTF-8 character beyond ASCII that begins here; 0 for none
 // and for control characters.
@@ -29,6 +27,16 @@ std::size_t character_length(std::string_view text)
     return std::ranges::all_of(text.substr(1, length - 1), goes_on) ? length : 0;
 }
 
+bool is_plain(char character)
+{
+    return character >= ' ' && character < 0x7f;
+}
+
+std::string in_hex(char character)
+{
+    return fmt::format("\\x{:02x}", static_cast<unsigned char>(character));
+}
+
 std::string escaped_byte(char character)
 {
     switch (character) {
@@ -43,16 +51,54 @@ std::string escaped_byte(char character)
     case '\\':
         return "\\\\";
     default:
-        const auto byte = static_cast<unsigned char>(character);
-        return byte < 0x20 || byte >= 0x7f ? fmt::format("\\x{:02x}", byte) : std::string(1, character);
+        return is_plain(character) ? std::string(1, character) : in_hex(character);
     }
+}
+
+std::string printable_byte(char character)
+{
+    return is_plain(character) || character == '\n' ? std::string(1, character) : in_hex(character);
+}
+
+std::string spelt(std::string_view text, std::size_t longest, std::string (*spelt_byte)(char))
+{
+    std::string out;
+    std::size_t characters = 0;
+    for (std::size_t at = 0; at < text.size(); ++characters) {
+        if (characters == longest) {
+            return fmt::format("{}... ({} bytes)", out, text.size());
+        }
+        const std::size_t length = character_length(text.substr(at));
+        out += length == 0 ? spelt_byte(text[at]) : std::string(text.substr(at, length));
+        at += std::max<std::size_t>(length, 1);
+    }
+    return out;
 }
 
 } // namespace
 
-std::string hex(std::uint32_t id)
+std::string escaped(std::string_view text, std::size_t longest)
 {
-    return fmt::format("{:#x}", id);
+    return spelt(text, longest, escaped_byte);
+}
+
+std::string quoted(std::string_view text, std::size_t longest)
+{
+    return fmt::format("\"{}\"", escaped(text, longest));
+}
+
+std::string printable(std::string_view text)
+{
+    return spelt(text, std::string_view::npos, printable_byte);
+}
+
+std::string hexadecimal(std::string_view bytes)
+{
+    std::string out;
+    for (const char byte : bytes) {
+        out += fmt::format("{}{:02x}", out.empty() ? "" : " ", static_cast<unsigned char>(byte));
+    }
+    return out;
 }
 
 std::string dotted(std::uint32_t address)
@@ -62,35 +108,20 @@ std::string dotted(std::uint32_t address)
     return fmt::format("{}.{}.{}.{}", parts[0], parts[1], parts[2], parts[3]);
 }
 
-std::string escaped(std::string_view text, std::size_t longest)
-{
-    std::string out;
-    std::size_t characters = 0;
-    for (std::size_t at = 0; at < text.size(); ++characters) {
-        if (characters == longest) {
-            return fmt::format("{}... ({} bytes)", out, text.size());
-        }
-        const std::size_t length = character_length(text.substr(at));
-        out += length == 0 ? escaped_byte(text[at]) : std::string(text.substr(at, length));
-        at += std::max<std::size_t>(length, 1);
-    }
-    return out;
-}
-
-std::string quoted(std::string_view text)
-{
-    return fmt::format("\"{}\"", escaped(text, longest_in_line));
-}
-
 std::string counted(std::uint64_t number, std::string_view what)
 {
     return fmt::format("{} {}{}", number, what, number == 1 ? "" : "s");
 }
 
-void print_line(std::FILE* to, const std::string& line)
+void print(std::FILE* to, std::string_view text)
 {
-    std::fputs(fmt::format("{}\n", line).c_str(), to);
+    std::fwrite(text.data(), 1, text.size(), to);
     std::fflush(to);
 }
 
-} // namespace vorsim
+void print_line(std::FILE* to, std::string_view line)
+{
+    print(to, fmt::format("{}\n", line));
+}
+
+} // namespace vor

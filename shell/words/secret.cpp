@@ -1,0 +1,148 @@
+#include "words/secret.hpp"
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+#include "words/complaint.hpp"
+
+namespace vorcfg {
+
+static std::string one_line(std::string text, const std::string& source)
+{
+    if (text.ends_with('\n')) {
+        text.pop_back();
+    }
+    if (text.ends_with('\r')) {
+        text.pop_back();
+    }
+    if (text.find_first_of(std::string_view("\n\0", 2)) != std::string::npos) {
+        throw Complaint{fmt::format("{} holds more than one line of text, or a zero byte", source), exit_no_input};
+    }
+    return text;
+}
+
+std::string content_of(std::FILE* file, const std::string& name)
+{
+    std::string content;
+    if (file != nullptr) {
+        char bytes[4096];
+        std::size_t got;
+        while ((got = std::fread(bytes, 1, sizeof bytes, file)) != 0) {
+            content.append(bytes, got);
+        }
+    }
+    if (file == nullptr || std::ferror(file) != 0) { // a directory can be opened, but not read
+        throw Complaint{fmt::format("cannot read {}: {}", name, std::strerror(errno)), exit_no_input};
+    }
+    std::fclose(file);
+    return content;
+}
+
+// Byte by byte: what follows the line is the next secret's.
+static std::string line_from(int descriptor, const char* source)
+{
+    std::string line;
+    char byte;
+    ssize_t got;
+    while ((got = ::read(descriptor, &byte, 1)) == 1 && byte != '\n') {
+        line += byte;
+    }
+    if (got != 1 && line.empty()) {
+        throw Complaint{fmt::format("nothing to read from {}", source), exit_no_input};
+    }
+    return one_line(line, source);
+}
+
+static volatile std::sig_atomic_t interrupted;
+
+static void interrupt(int signal)
+{
+    interrupted = signal;
+}
+
+// The terminal with its echo off, put right again whatever happens.
+class Prompt {
+public:
+    explicit Prompt(std::string_view name) : terminal(open("/dev/tty", O_RDWR | O_CLOEXEC))
+    {
+        if (terminal < 0 || tcgetattr(terminal, &before_) != 0) {
+            throw Complaint{"no terminal to ask on; give @FILE, or - for standard input", exit_no_input};
+        }
+        struct sigaction action {};
+        for (std::size_t i = 0; i < std::size(signals); i++) {
+            // without SA_RESTART, so that the read ends; stopped and continued, it would go on with its echo
+            action.sa_handler = signals[i] == SIGTSTP ? SIG_IGN : interrupt;
+            sigaction(signals[i], &action, &actions_[i]);
+        }
+        termios quiet = before_;
+        quiet.c_lflag &= tcflag_t(~tcflag_t(ECHO));
+        tcsetattr(terminal, TCSAFLUSH, &quiet);
+        dprintf(terminal, "%.*s: ", int(name.size()), name.data());
+    }
+    Prompt(const Prompt&) = delete;
+    Prompt& operator=(const Prompt&) = delete;
+
+    ~Prompt()
+    {
+        tcsetattr(terminal, TCSAFLUSH, &before_);
+        dprintf(terminal, "\n");
+        close(terminal);
+        for (std::size_t i = 0; i < std::size(signals); i++) {
+            sigaction(signals[i], &actions_[i], nullptr);
+        }
+        if (interrupted != 0) {
+            raise(interrupted);
+        }
+    }
+
+    const int terminal;
+
+private:
+    static constexpr int signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP};
+    termios before_{};
+    struct sigaction actions_[std::size(signals)]{};
+};
+
+static std::string read_secret(const Word& word, std::string_view name, const SecretSources& sources)
+{
+    if (!word.quoted && word.text.starts_with('@')) {
+        const std::string path = (sources.directory / word.text.substr(1)).string();
+        return one_line(content_of(std::fopen(path.c_str(), "re"), path), path);
+    }
+    if (!word.quoted && word.text == "-") {
+        if (!sources.standard_input) {
+            throw Complaint{"standard input is the batch itself"};
+        }
+        return line_from(STDIN_FILENO, "standard input");
+    }
+    if (!word.quoted && word.text == "?") {
+        const Prompt prompt(name);
+        return line_from(prompt.terminal, "the terminal");
+    }
+    if (!sources.literals) {
+        throw Complaint{"a secret is not taken from the command line, where others can read it; give @FILE, - for a "
+                        "line of standard input, or '?' for a prompt"};
+    }
+    return word.text;
+}
+
+const std::string& Secrets::read(const Word& word, std::string_view name, std::size_t line, std::size_t index)
+{
+    const auto place = std::pair(line, index);
+    const auto known = known_.find(place);
+    return known != known_.end() ? known->second
+                                 : known_.emplace(place, read_secret(word, name, sources_)).first->second;
+}
+
+bool is_secret_source(const Word& word)
+{
+    return !word.quoted && (word.text.starts_with('@') || word.text == "-" || word.text == "?");
+}
+
+} // namespace vorcfg

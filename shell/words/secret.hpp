@@ -1,0 +1,47 @@
+// secret.hpp: secrets come from a file, standard input or a prompt; a literal
+// is taken from batch files only, never from the command line.
+#pragma once
+
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "words/word.hpp"
+
+namespace vorcfg {
+
+// All that a just opened file holds; closes it. Throws a Complaint that says
+// of which name it could not be opened or read.
+std::string content_of(std::FILE* file, const std::string& name);
+
+struct SecretSources {
+    bool literals = false;             // a batch file is its operator's own
+    bool standard_input = true;        // false: the batch itself comes from there
+    std::filesystem::path directory{}; // what a file's name is relative to
+    std::optional<Word> left_out{};    // stands where a line leaves its secret out
+};
+
+// Each secret is read once, however often its line is looked at.
+class Secrets {
+public:
+    explicit Secrets(SecretSources given) : sources_(std::move(given)) {}
+
+    const SecretSources& sources() const { return sources_; }
+
+    // The secret that a word stands for: @FILE, - for a line of standard input, ? for a prompt. Its place is the
+    // line's number and the word's.
+    const std::string& read(const Word& word, std::string_view name, std::size_t line, std::size_t index);
+
+private:
+    SecretSources sources_;
+    std::map<std::pair<std::size_t, std::size_t>, std::string> known_;
+};
+
+// Whether the word says where a secret comes from.
+bool is_secret_source(const Word& word);
+
+} // namespace vorcfg

@@ -1,27 +1,23 @@
 #include <cstdio>
 
-#include "batch.hpp"
-#include "commands.hpp"
-#include "complaint.hpp"
-#include "docs.hpp"
-#include "help.hpp"
-#include "observe.hpp"
-#include "options.hpp"
-#include "report.hpp"
-#include "run.hpp"
+#include <fmt/format.h>
 
-#ifndef VORCFG_VERSION
-#define VORCFG_VERSION "0"
-#endif
+#include "report/help.hpp"
+#include "report/page.hpp"
+#include "report/run.hpp"
+#include "rows/families.hpp"
 
 using namespace vorcfg;
 
-static void print(const std::string& text)
+namespace {
+
+int print(const std::string& text)
 {
     std::fwrite(text.data(), 1, text.size(), stdout);
+    return exit_ok;
 }
 
-static int finished(int code)
+int finished(int code)
 {
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
         std::perror("vorcfg: standard output");
@@ -30,64 +26,78 @@ static int finished(int code)
     return code;
 }
 
-static int wanted_help(const Options& options)
+int print_help(std::span<const Word> words)
 {
-    if (options.words.empty()) {
-        print(help());
-    } else if (options.words.size() == 1) {
-        print(help(wanted_family(options.words[0].text)));
-    } else {
-        print(help(wanted_row(options.words[0].text, options.words[1].text)));
+    if (words.empty()) {
+        return print(help());
     }
-    return exit_ok;
+    if (const std::string text = help_on_command(words[0].text); !text.empty()) {
+        return print(text);
+    }
+    return print(words.size() == 1 ? help(wanted_family(words[0].text))
+                                   : help(wanted_row(words[0].text, words[1].text)));
 }
 
-static int dispatch(const Options& options)
+// A command with at most one word behind it.
+const std::string* word_behind(std::span<const Word> words, const char* wanted)
 {
-    const auto& words = options.words;
+    if (words.size() > 2) {
+        throw Complaint{fmt::format("wanted: vorcfg {}", wanted)};
+    }
+    return words.size() == 2 ? &words[1].text : nullptr;
+}
+
+const std::string& wanted_word(std::span<const Word> words, const char* wanted)
+{
+    const std::string* const word = word_behind(words, wanted);
+    return word != nullptr ? *word : throw Complaint{fmt::format("wanted: vorcfg {}", wanted)};
+}
+
+int run(const Options& options)
+{
+    const std::span<const Word> words = options.words;
+    const std::string command = words.empty() ? "" : words[0].text;
     if (options.version) {
-        print("vorcfg " VORCFG_VERSION "\n");
-        return exit_ok;
+        return print("vorcfg " VORCFG_VERSION "\n");
     }
-    if (options.help &&
-        (words.empty() || (words[0].text != "batch" && words[0].text != "list" && words[0].text != "docs"))) {
-        return wanted_help(options);
+    if (options.help) {
+        return print_help(words);
     }
-    if (words.empty() || options.help || words[0].text == "help") {
-        print(help());
-        return words.empty() ? exit_usage : exit_ok;
+    if (command == "help") {
+        return print_help(words.subspan(1));
     }
-    if (words[0].text == "list" && words.size() == 1) {
-        print(list(options.json));
-        return exit_ok;
+    if (command == "list") {
+        const std::string* const family = word_behind(words, "list [FAMILY]");
+        return print(list(family != nullptr ? &wanted_family(*family) : nullptr, options.json));
     }
-    if (words[0].text == "batch") {
-        if (words.size() != 2) {
-            throw Complaint("wanted: vorcfg batch FILE");
-        }
-        return run_batch(words[1].text, options);
+    if (command == "search") {
+        const std::string& word = wanted_word(words, "search WORD");
+        const std::string found = search(word, options.json);
+        return found.empty() ? throw Complaint{fmt::format("nothing is known of \"{}\"", word)} : print(found);
     }
-    if (words[0].text == "docs") {
-        if (words.size() != 3) {
-            throw Complaint("wanted: vorcfg docs FAMILY INCLUDE_DIR");
-        }
-        print(page(words[1].text, words[2].text));
-        return exit_ok;
+    if (command == "batch") {
+        return run_batch(wanted_word(words, "batch FILE"), options);
     }
-    if (words.size() == 1) {
-        std::fputs(help(wanted_family(words[0].text)).c_str(), stderr);
+    if (command == "docs") {
+        return print(page(wanted_word(words, "docs FAMILY")));
+    }
+    if (words.size() < 2) {
+        std::fputs((words.empty() ? help() : help(wanted_family(command))).c_str(), stderr);
         return exit_usage;
     }
     return run_call(options);
 }
 
+} // namespace
+
 int main(int argc, char** argv)
 {
+    bool json = false;
     try {
-        return finished(dispatch(options_of({argv + 1, argv + argc})));
+        const Options options = options_of({argv + 1, argv + argc});
+        json = options.json;
+        return finished(run(options));
     } catch (const Complaint& complaint) {
-        std::fflush(stdout);
-        std::fprintf(stderr, "vorcfg: %s\n", printable(complaint.what()).c_str());
-        return complaint.exit;
+        return complain(complaint, json);
     }
 }

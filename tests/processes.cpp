@@ -214,6 +214,16 @@ std::string Gateway::next_line()
     return line;
 }
 
+void Gateway::suspend() const
+{
+    kill(pid_, SIGSTOP);
+}
+
+void Gateway::resume() const
+{
+    kill(pid_, SIGCONT);
+}
+
 int Gateway::stop(int signal_number)
 {
     if (pid_ == -1) {

@@ -60,6 +60,9 @@ public:
 
     // The next line it prints, without its end; empty when it says nothing more in time.
     std::string next_line();
+    // It answers nothing until it goes on.
+    void suspend() const;
+    void resume() const;
     // Ends it by the signal; its exit code.
     int stop(int signal_number);
 

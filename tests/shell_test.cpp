@@ -1,144 +1,144 @@
-// vorcfg's parsing, batches, verdicts and exit codes.
+// vorcfg's words, complaints, verdicts and exit codes.
 #include <csignal>
 #include <cstdlib>
-#include <fstream>
 
 #include <gtest/gtest.h>
 
-#include "batch.hpp"
-#include "commands.hpp"
-#include "complaint.hpp"
-#include "json.hpp"
-#include "options.hpp"
-#include "outcome.hpp"
+#include "judge/verdict.hpp"
+#include "plan/batch.hpp"
 #include "processes.hpp"
-#include "report.hpp"
-#include "session.hpp"
+#include "report/report.hpp"
+#include "rows/families.hpp"
+#include "text/text.hpp"
+#include "words/options.hpp"
 
 using namespace vorcfg;
 
 namespace {
 
-std::string complaint(std::string_view line)
+// What a batch comes to: its complaints, else its messages, one a line.
+std::string outcome_of(std::string lines)
 {
-    try {
-        plan_batch(line, "f", SecretSources{true, true, {}});
-    } catch (const Complaint& caught) {
-        return caught.what();
-    }
-    return "";
-}
-
-// The messages that a line of a batch makes, one a line.
-std::string messages(std::string_view line)
-{
-    std::vector<Planned> calls = plan_batch(line, "f", SecretSources{true, true, {}});
-    std::string text;
-    for (Planned& planned : calls) {
-        const Report report = Session({true, false}, std::nullopt).run(planned);
-        for (const Message& message : report.seen.messages) {
-            text += described(message, planned.values) + '\n';
+    Batch batch(std::move(lines), "f", {.literals = true});
+    std::string complaints;
+    std::string messages;
+    for (bool more = true; more;) {
+        try {
+            auto planned = batch.next();
+            more = planned.has_value();
+            if (more) {
+                const Report report = Session({.capture = true}, std::nullopt).make(*planned);
+                for (const Message& message : report.seen.messages) {
+                    messages += described(message, *planned->row, planned->values) + '\n';
+                }
+            }
+        } catch (const Complaint& complaint) {
+            complaints += text_of(complaint);
         }
     }
-    return text;
+    return complaints.empty() ? messages : complaints;
 }
 
-TEST(Parse, NumbersFitTheirArgument)
+struct Case {
+    const char* line;
+    const char* outcome;
+};
+
+void expect_outcomes(std::initializer_list<Case> cases)
 {
-    struct Case {
-        const char* line;
-        const char* complaint;
-    } static const cases[] = {
-        {"ip set-dhcp 255 255", ""},
-        {"ip set-dhcp 0 -128", ""},
-        {"ip set-dhcp 256 0", "f:1:13: interface_number: 256 is out of range, 0 to 255 is accepted"},
-        {"ip set-dhcp -1 0", "f:1:13: interface_number: -1 is out of range, 0 to 255 is accepted"},
-        {"ip set-dhcp 0 256", "f:1:15: config_option: 256 is out of range, -128 to 255 is accepted"},
-        {"gpio set-value -32768 0x7fff", ""},
-        {"gpio set-value -32769 0", "f:1:16: port_num: -32769 is out of range, -32768 to 32767 is accepted"},
-        {"gpio set-value 0 0x8000", "f:1:18: value: 0x8000 is out of range, -32768 to 32767 is accepted"},
-        {"can set-peer-id 1 0xFFFFFFFF 1", ""},
-        {"can set-peer-id 1 4294967296 1", "f:1:19: peer_id: 4294967296 is out of range, 0 to 4294967295 is accepted"},
-        {"can set-peer-id 1 99999999999999999999 1",
-         "f:1:19: peer_id: 99999999999999999999 is out of range, 0 to 4294967295 is accepted"},
-        {"serial set-speed 1 -2147483648", ""},
-        {"serial set-speed 1 2147483648",
-         "f:1:20: speed: 2147483648 is out of range, -2147483648 to 2147483647 is accepted"},
-        {"gpio set-value 1x 0",
-         "f:1:16: port_num: \"1x\" is no number; a number from -32768 to 32767 is wanted, decimal or 0x"},
-        {"gpio set-value 0x 0",
-         "f:1:16: port_num: \"0x\" is no number; a number from -32768 to 32767 is wanted, decimal or 0x"},
-        {"ip show-route-status 0xff", ""},
-        {"ip show-route-status 256", "f:1:22: iface_num: 256 is out of range, 0 to 255 is accepted"},
-        {"ip set-static-route 10.0.0.0 eth1",
-         "f:1:30: interface_number: \"eth1\" is no number; a number from 0 to 65535 is wanted, decimal or 0x"},
-        {"ip set-static-route 10.0.0 1", "f:1:21: ip_address: \"10.0.0\" is no IPv4 address such as 192.168.1.10"},
-        {"ip set-dhcp-server-dns lan 1 9.9.9.9 9.9.9.256",
-         "f:1:38: dns_server: \"9.9.9.256\" is no IPv4 address such as 192.168.1.10"},
-        {"gpio set-value \"\" 0",
-         "f:1:16: port_num: \"\" is no number; a number from -32768 to 32767 is wanted, decimal or 0x"},
-    };
     for (const Case& each : cases) {
-        EXPECT_EQ(each.complaint, complaint(each.line)) << each.line;
+        EXPECT_EQ(each.outcome, outcome_of(each.line)) << each.line;
     }
 }
 
-TEST(Parse, EveryFaultOfABatchIsNamedByItsPlace)
+TEST(words, are_complained_about_with_what_is_accepted)
 {
+    expect_outcomes({
+        {"gpio set-direction 1 0x8000 0", "f:1:22: direction: 0x8000 is out of range, -32768 to 32767 is accepted\n"},
+        {"can set-peer-id 1 99999999999999999999 1",
+         "f:1:19: peer_id: 99999999999999999999 is out of range, 0 to 4294967295 is accepted\n"},
+        {"gpio set-value 1x 0",
+         "f:1:16: port_num: \"1x\" is no number; a number from 0 to 65535 is wanted, decimal or 0x\n"},
+        {"gpio set-value \"\" 0x",
+         "f:1:16: port_num: \"\" is no number; a number from 0 to 65535 is wanted, decimal or 0x\n"},
+        {"ip enable-ip-routing on",
+         "f:1:22: enable_status: \"on\" is no number; a number from 0 to 65535, or enable, disable is wanted, decimal "
+         "or 0x\n"},
+        {"ip set-dhcp-server-dns lan 1 9.9.9.9 9.9.9.256",
+         "f:1:38: dns_server: \"9.9.9.256\" is no IPv4 address such as 192.168.1.10\n"},
+        {"ip set-dhcp-server-dns lan 1 9.9.9.9 9.9.9.9 9.9.9.9 9.9.9.9 9.9.9.9",
+         "f:1:62: dns_server: more than 4 in the list; wanted: pool_name config_option [dns_server...]\n"},
+        {"debug set-log-file file-name 0123456789012345678901234567890123456789012345678 "
+         "01234567890123456789012345678901234567890123456789 \"\" \"\" \"\" 0",
+         "f:1:80: log_file_name: 50 bytes are too many, 49 fit\n"},
+        {"debug set-log-file 4 a b c d e 0",
+         "f:1:20: set_option: ******** is out of range, 1 to 3, or server, file-name, frequency is accepted\n"},
+    });
+    const std::string long_name(5000, 'x');
+    EXPECT_EQ("f:1:28: hostname: does not fit: a message holds 4096 bytes\n",
+              outcome_of("hostname set-plat-hostname " + long_name));
+}
+
+TEST(words, of_a_batch_are_complained_about_at_their_place)
+{
+    using namespace std::string_literals;
     EXPECT_EQ("f:2:6: gpio has no call \"set-valeu\"; is it set-value?\n"
               "f:3:3: no family \"gpoi\"; is it gpio?\n"
-              "f:4:1: the call's name is missing\n"
-              "f:5:17: value is missing; wanted: port_num value\n"
+              "f:4:1: the call's name is missing; vorcfg gpio --help lists them\n"
+              "f:5:17: value: is missing; wanted: port_num value\n"
               "f:6:20: one argument too many: \"3\"; wanted: port_num value\n"
               "f:7:28: the text that begins here is not closed\n"
               "f:8:29: a backslash stands before a double quote or a backslash only\n"
               "f:9:29: a double quote within a word\n"
               "f:10:31: a blank is missing behind the text\n"
               "f:11:7: cannot be called on its own; what uses it: konfd query\n"
-              "f:12:28: ssid: a double quote would break the command's quoting; konfd has no way to escape it",
-              complaint("gpio set-value 1 1\n"
-                        "gpio set-valeu 1 1\n"
-                        "\t gpoi set-value 1 1\n"
-                        "gpio\n"
-                        "gpio set-value 1\n"
-                        "gpio set-value 1 2 3\n"
-                        "hostname set-plat-hostname \"a\n"
-                        "hostname set-plat-hostname \"\\n\"\n"
-                        "hostname set-plat-hostname a\"b\n"
-                        "hostname set-plat-hostname \"a\"b\n"
-                        "konfd proto-init\n"
-                        "wifi set-ssid-password     \"a\\\"b\" x\n"));
+              "f:12:28: ssid: a double quote would break the command's quoting; konfd has no way to escape it\n"
+              "f:13:30: a zero byte\n",
+              outcome_of("gpio set-value 1 1\n"
+                         "gpio set-valeu 1 1\n"
+                         "\t gpoi set-value 1 1\n"
+                         "gpio\n"
+                         "gpio set-value 1\n"
+                         "gpio set-value 1 2 3\n"
+                         "hostname set-plat-hostname \"a\n"
+                         "hostname set-plat-hostname \"\\n\"\n"
+                         "hostname set-plat-hostname a\"b\n"
+                         "hostname set-plat-hostname \"a\"b\n"
+                         "konfd proto-init\n"
+                         "wifi set-ssid-password     \"a\\\"b\" x\n"
+                         "hostname set-plat-hostname \"a\0b\"\n"s));
 }
 
-TEST(Parse, TextsArriveAsWritten)
+TEST(words, arrive_as_written)
 {
-    EXPECT_EQ("datamgr (SAP 10) 0xa00a one-way | 3 str \"a b \\\\ \\\"c\\\" # d\"\n",
-              messages("  hostname set-plat-hostname \"a b \\\\ \\\"c\\\" # d\" # e\r\n# f\n\n"));
-    EXPECT_EQ("datamgr (SAP 10) 0xa00a one-way | 3 str \"\"\n", messages("hostname set-plat-hostname \"\""));
-    EXPECT_EQ("datamgr (SAP 10) 0xa00a one-way | 3 str \"\\x1b[31mtür\"\n",
-              messages("\xef\xbb\xbfhostname set-plat-hostname \x1b[31mtür"));
+    expect_outcomes({
+        {"  hostname set-plat-hostname \"a b \\\\ \\\"c\\\" # d\" # e\r\n# f\n\n",
+         "datamgr (SAP 10) 0xa00a one-way | 3 str \"a b \\\\ \\\"c\\\" # d\"\n"},
+        {"hostname set-plat-hostname \"\"", "datamgr (SAP 10) 0xa00a one-way | 3 str \"\"\n"},
+        {"ip set-dhcp-server-dns lan 1", "ethmgr (SAP 7) 0x700b | option 1 | 9 str \"lan\" | 11 i16 0\n"},
+        {"ip set-dhcp-server-dns lan 1 1.0.0.1 1.0.0.2",
+         "ethmgr (SAP 7) 0x700b | option 1 | 9 str \"lan\" | 11 i16 2 | 12 i32 16777217 (1.0.0.1) | 12 i32 33554433 "
+         "(1.0.0.2)\n"},
+        {"ip enable-ip-routing disable", "ethmgr (SAP 7) 0x700f one-way | enable_status 1 (disable)\n"},
+        {"svc tp-set-app uplink telemetry 65535",
+         "SAP 65535 (SAP 65535) 0xfffe029 one-way | 1 str \"uplink\" | 2 str \"telemetry\"\n"},
+    });
 }
 
-TEST(Parse, ListsAreCounted)
+TEST(words, that_no_terminal_should_see_are_spelt_out)
 {
-    EXPECT_EQ("ethmgr (SAP 7) 0x700b | option 1 | 9 str \"lan\" | 11 i16 0\n",
-              messages("ip set-dhcp-server-dns lan 1"));
-    EXPECT_EQ("ethmgr (SAP 7) 0x700b | option 1 | 9 str \"lan\" | 11 i16 4 | 12 i32 16777217 (1.0.0.1) | 12 i32 "
-              "33554433 (1.0.0.2) | 12 i32 50331649 (1.0.0.3) | 12 i32 67108865 (1.0.0.4)\n",
-              messages("ip set-dhcp-server-dns lan 1 1.0.0.1 1.0.0.2 1.0.0.3 1.0.0.4"));
-    EXPECT_EQ("", messages("ip set-dhcp-server-dns lan 1 1.0.0.1 1.0.0.2 1.0.0.3 1.0.0.4 1.0.0.5"));
-    EXPECT_EQ("svcmgr (SAP 9) 0x9004 | option 1 | 1 str \"c\" | 2 str \"a\" | 2 str \"b\"\n",
-              messages("svc set-service-chain 1 c a b"));
-    std::string many = "svc set-service-chain 1 c";
-    for (int i = 0; i < 256; i++) {
-        many += " m";
-    }
-    EXPECT_EQ("f:1:537: more than 255 in the list; wanted: mode chain_name [member...]", complaint(many));
+    EXPECT_EQ("datamgr (SAP 10) 0xa00a one-way | 3 str \"\\x1b[31mtür\\xc2\\x9b\\x9b\\xc0\\xaf\\xed\\xa0\\x80\"\n",
+              outcome_of("\xef\xbb\xbfhostname set-plat-hostname \x1b[31mtür\xc2\x9b\x9b\xc0\xaf\xed\xa0\x80"));
+    EXPECT_EQ("no\\x1b \\xff\nthing\\x0d", vor::printable("no\x1b \xff\nthing\r"));
+    Complaint complaint{"a\"b\\c\n\x01é\xff\xc0\xaf\xed\xa0\x80\xc2\x9b"};
+    EXPECT_EQ("{\"schema\":2,\"complaint\":\"a\\\"b\\\\c\\n\\u0001é������\\u009b\",\"exit\":2}"
+              "\n",
+              json_of(complaint));
 }
 
-TEST(Parse, OptionsStandAnywhereBeforeTheDashes)
+TEST(options, stand_anywhere_before_the_dashes)
 {
-    const char* const words[] = {"gpio", "--json", "set-value", "-1", "--sap", "0x1010", "--", "--yes"};
+    const char* const words[] = {"gpio", "--json", "set-value", "-1", "--sap=0x1010", "--", "--yes"};
     const Options options = options_of({const_cast<char* const*>(words), std::size(words)});
     EXPECT_TRUE(options.json);
     EXPECT_FALSE(options.yes);
@@ -147,9 +147,9 @@ TEST(Parse, OptionsStandAnywhereBeforeTheDashes)
     EXPECT_EQ("--yes", options.words[3].text);
 }
 
-TEST(Konfd, QueriesAreBuiltFromOptions)
+TEST(konfd, queries_are_built_from_options)
 {
-    struct Case {
+    struct QueryCase {
         const char* words;
         const char* outcome;
     } static const cases[] = {
@@ -159,29 +159,31 @@ TEST(Konfd, QueriesAreBuiltFromOptions)
         {"--unset --pattern a --path b c --path d e", "konfd | 29 bytes | -u -r \"^a$\" \"b c\" \"d e\"\n"},
         {"--set --line password \"hush hush\" --pattern password",
          "konfd | 46 bytes | -s -l \"password ********\" -r \"^password$\"\n"},
-        {"--set --pattern a", "f:1:30: --line is missing"},
-        {"--line a b --pattern a", "f:1:35: --set, --check or --unset is missing"},
-        {"--set --line a b", "f:1:29: --pattern is missing"},
-        {"--unset --pattern a --line a b", "f:1:43: --unset takes no --line"},
-        {"--set --line a b --pattern a --priority x", "f:1:53: priority: \"x\" is no number"},
-        {"--set --line a --pattern a", "f:1:19: --line: its line value is missing"},
-        {"--set --set", "f:1:19: one of --set, --check and --unset is enough"},
+        {"--set --line password hush hush --pattern password",
+         "f:1:40: unknown word ********; wanted: --set|--check|--unset --line KEY VALUE --pattern KEY [VALUE] [--path "
+         "KEY VALUE]... [--priority N]\n"},
+        {"--set --pattern a", "f:1:30: line_key: --line is missing\n"},
+        {"--line a b --pattern a", "f:1:35: operation: --set, --check or --unset is missing\n"},
+        {"--set --line a b", "f:1:29: pattern_key: --pattern is missing\n"},
+        {"--unset --pattern a --line a b", "f:1:43: line_key: --unset takes no --line\n"},
+        {"--set --line a b --pattern a --priority x",
+         "f:1:53: priority: \"x\" is no number; a number from -2147483648 to 2147483647 is wanted, decimal or 0x\n"},
+        {"--set --line a --pattern a", "f:1:19: line_value: --line: its value is missing\n"},
+        {"--set --set", "f:1:19: operation: one of --set, --check and --unset is enough\n"},
         {"--set --line a \"b\\\"c\" --pattern a",
-         "f:1:28: line value: a double quote would break the command's quoting; konfd has no way to escape it"},
+         "f:1:28: line_value: a double quote would break the command's quoting; konfd has no way to escape it\n"},
     };
-    for (const Case& each : cases) {
-        const std::string line = "konfd query " + std::string(each.words);
-        const std::string wrong = complaint(line);
-        EXPECT_EQ(each.outcome, wrong.empty() ? messages(line) : wrong) << line;
+    for (const QueryCase& each : cases) {
+        EXPECT_EQ(each.outcome, outcome_of("konfd query " + std::string(each.words))) << each.words;
     }
 }
 
-TEST(Konfd, PasswordsAreMaskedWhereverACommandHasThem)
+TEST(konfd, passwords_are_masked_wherever_a_command_has_them)
 {
     EXPECT_EQ("-s -l \"password ********\" -r \"^password \" \"ssid password\"",
-              without_passwords("-s -l \"password a b\" -r \"^password \" \"ssid password\""));
-    EXPECT_EQ("-c -r \"^password ********\"", without_passwords("-c -r \"^password a$\""));
-    EXPECT_EQ("the password is", without_passwords("the password is"));
+              without_secrets("-s -l \"password a b\" -r \"^password \" \"ssid password\"", {}));
+    EXPECT_EQ("-c -r \"^password ********\"", without_secrets("-c -r \"^password a$\"", {}));
+    EXPECT_EQ("the password is", without_secrets("the password is", {}));
 }
 
 // --- Verdicts -----------------------------------------------------------------
@@ -206,14 +208,13 @@ Message one_way(bool delivered)
     return message;
 }
 
-Message timed_out()
+Message changed(Message message, bool Message::*flag)
 {
-    Message message = request(false);
-    message.timed_out = true;
+    message.*flag = true;
     return message;
 }
 
-Message konfd(bool delivered, std::optional<std::string> answer)
+Message konfd_command(bool delivered, std::optional<std::string> answer)
 {
     Message message;
     message.way = Way::konfd;
@@ -222,13 +223,15 @@ Message konfd(bool delivered, std::optional<std::string> answer)
     return message;
 }
 
-TEST(Verdict, TellsWhatWasSeen)
+TEST(verdict, tells_what_was_seen)
 {
     const Row& setter = *row_named("gpio", "set-direction");
     const Row& unread = *row_named("serial", "set-parity");
     const Row& stub = *row_named("ip", "get-ip-address");
     const Row& stored = *row_named("konfd", "set-interface-ip");
-    struct Case {
+    const Message timed_out = changed(request(false), &Message::timed_out);
+    const Message unserved = changed(one_way(false), &Message::unserved);
+    struct VerdictCase {
         const Row& row;
         std::int32_t code;
         std::int32_t manager_errno;
@@ -242,22 +245,24 @@ TEST(Verdict, TellsWhatWasSeen)
         {setter, -1, 0, {request(true, 7, 0x4009)}, "unread", 5},
         {setter, -4, 0, {request(true, {})}, "unread", 5},
         {setter, -3, 0, {request(false)}, "not delivered", 3},
-        {setter, -3, 0, {timed_out()}, "unknown", 6},
+        {setter, -3, 0, {timed_out}, "unknown", 6},
         {setter, -4, 0, {}, "not sent", 4},
         {setter, 0, 0, {one_way(true)}, "sent", 0},
+        {setter, 0, 0, {unserved}, "not delivered", 3},
         {setter, 0, 0, {one_way(false)}, "not delivered", 3},
         {setter, -3, 0, {one_way(true)}, "contradiction", 9},
         {setter, 0, 0, {request(true, 0), one_way(true)}, "accepted", 0},
+        {setter, 0, 0, {request(true, 0), unserved}, "not delivered", 3},
         {setter, -3, 0, {request(true, 0), one_way(false)}, "not delivered", 3},
         {unread, -4, 0, {request(true, 0)}, "unread", 5},
         {stub, 0, 0, {}, "nothing to do", 0},
-        {stored, 0, 0, {konfd(true, "-o")}, "accepted", 0},
-        {stored, -1, 0, {konfd(true, "-e")}, "refused", 1},
-        {stored, -1, 0, {konfd(true, {})}, "unknown", 6},
-        {stored, -1, 0, {konfd(false, {})}, "not delivered", 3},
-        {stored, -1, 0, {konfd(true, "-o")}, "contradiction", 9},
+        {stored, 0, 0, {konfd_command(true, "-o")}, "accepted", 0},
+        {stored, -1, 0, {konfd_command(true, "-e")}, "refused", 1},
+        {stored, -1, 0, {konfd_command(true, {})}, "unknown", 6},
+        {stored, -1, 0, {konfd_command(false, {})}, "not delivered", 3},
+        {stored, -1, 0, {konfd_command(true, "-o")}, "contradiction", 9},
     };
-    for (const Case& each : cases) {
+    for (const VerdictCase& each : cases) {
         Returned back;
         back.code = each.code;
         Observation seen;
@@ -266,11 +271,6 @@ TEST(Verdict, TellsWhatWasSeen)
         EXPECT_EQ(each.name, name_of(verdict.outcome)) << verdict.text;
         EXPECT_EQ(each.exit, exit_of(verdict.outcome)) << verdict.text;
     }
-}
-
-TEST(Json, EscapesWhatJsonCannotHold)
-{
-    EXPECT_EQ(R"("a\"b\\c\u000a\u0001é\u00ff\u00c3")", json_quoted("a\"b\\c\n\x01é\xff\xc3"));
 }
 
 // --- As a process ----------------------------------------------------------------
@@ -290,28 +290,21 @@ void expect(const processes::Workplace& workplace, std::initializer_list<Line> l
     }
 }
 
-TEST(Process, OutcomesHaveTheirExitCodes)
+TEST(process, outcomes_have_their_exit_codes)
 {
     const processes::Workplace workplace;
-    static constexpr char stop[] = "printf 'gpio set-value 1 1\\nip set-dhcp 0 1\\ngpio set-value 2 1\\n' > f; ";
-    const std::string batch = std::string(stop) + "vorcfg batch f";
     expect(workplace,
            {{"vorcfg ip set-ip-address 0 192.168.1.10 255.255.255.0 1",
              "ip set-ip-address: not delivered: exchange refused (code -3); is ethmgr running?\n", 3},
             {"vorcfg ip set-ip-address 3 192.168.1.10 255.255.255.0 1",
-             "ip set-ip-address: nothing was sent (code -4)\n", 4},
-            {"vorcfg ip set-ip-address 300 192.168.1.10 255.255.255.0 1",
-             "vorcfg: ip set-ip-address: interface_number: 300 is out of range, 0 to 255 is accepted\n", 2},
+             "vorcfg: ip set-ip-address: interface_number: 3 is out of range, 0 to 2 is accepted\n", 2},
             {"vorcfg common ip-aton 1.2.3", "common ip-aton: not taken by the call (code -1)\n", 2},
             {"vorcfg batch nowhere", "vorcfg: cannot read nowhere: No such file or directory\n", 8},
             {"vorcfg batch bin", "vorcfg: cannot read bin: Is a directory\n", 8},
             {"vorcfg batch - < bin", "vorcfg: cannot read standard input: Is a directory\n", 8},
             {"vorcfg gsm set-password 1 @bin 1",
              "vorcfg: gsm set-password: password: cannot read bin: Is a directory\n", 8},
-            {"vorcfg GPIO set-value 1 1", "vorcfg: no family \"GPIO\"; is it gpio?\n", 2},
-            {"vorcfg gpio blink", "vorcfg: gpio has no call \"blink\"; vorcfg gpio --help lists them\n", 2},
-            {"vorcfg -x", "vorcfg: unknown option -x; put -- before a text that begins with two dashes\n", 2},
-            {batch.c_str(),
+            {"printf 'gpio set-value 1 1\\nip set-dhcp 0 1\\ngpio set-value 2 1\\n' > f; vorcfg batch f",
              "f:1: gpio set-value: not delivered: nobody listens; is gpiomgr running?\n"
              "f: 0 accepted, 0 sent, 1 failed at line 1, 2 not made\n",
              3},
@@ -322,21 +315,35 @@ TEST(Process, OutcomesHaveTheirExitCodes)
         {{"vorcfg ip set-ip-address 0 192.168.1.10 255.255.255.0 1", "ip set-ip-address: accepted by ethmgr\n", 0},
          {"vorcfg serial set-parity 1 0",
           "serial set-parity: delivered to serialmgr, verdict unread by this call (its answer carried status 0)\n", 5},
-         {"vorcfg common system-restart 0", "vorcfg: common system-restart is made only with --yes\n", 2},
-         {"printf 'ip set-ip-address 3 1.2.3.4 255.0.0.0 1\\nserial set-parity 1 0\\ngpio set-value 2 1\\n' | "
-          "vorcfg --keep-going batch -",
-          "standard input:1: ip set-ip-address: nothing was sent (code -4)\n"
-          "standard input:2: serial set-parity: delivered to serialmgr, verdict unread by this call (its answer "
-          "carried status 0)\n"
-          "standard input:3: gpio set-value: sent to gpiomgr one-way, no verdict will come\n"
-          "standard input: 0 accepted, 1 sent, 1 delivered with their verdict unread, 1 failed at line 1\n",
-          4}});
+         {"vorcfg common system-restart 0", "vorcfg: common system-restart: is made only with --yes\n", 2},
+         {"vorcfg syslog get-sysloginfo", "syslog get-sysloginfo: nothing to do: this call does nothing\n", 0},
+         {"printf 'ip set-dhcp 0 1\\nserial set-parity 1 0\\nip set-dhcp 0 300\\ngpio set-value 2 1\\n' > f; "
+          "vorcfg --json batch f",
+          "{\"schema\":2,\"file\":\"f\",\"line\":3,\"column\":15,\"call\":\"ip "
+          "set-dhcp\",\"argument\":\"config_option\",\"complaint\":\"300 is out of range, 0 to 255 is "
+          "accepted\",\"exit\":2}\n",
+          2}});
     const processes::Output site = workplace.run("vorcfg batch examples/site.conf | tail -n 1");
     EXPECT_EQ("examples/site.conf: 130 accepted, 22 sent, 4 delivered with their verdict unread, 0 failed\n",
               site.text);
 }
 
-TEST(Process, SecretsComeFromFilesAndStandardInputOnly)
+TEST(process, names_are_suggested)
+{
+    const processes::Workplace workplace;
+    expect(workplace,
+           {{"vorcfg GPIO set-value 1 1", "vorcfg: no family \"GPIO\"; is it gpio?\n", 2},
+            {"vorcfg gipo set-value 1 1", "vorcfg: no family \"gipo\"; is it gpio?\n", 2},
+            {"vorcfg value", "vorcfg: no family \"value\"; is it gpio set-value or sub1g get-reg-values?\n", 2},
+            {"vorcfg lst", "vorcfg: no family \"lst\"; is it list?\n", 2},
+            {"vorcfg gpio vale 1 1", "vorcfg: gpio has no call \"vale\"; is it set-value?\n", 2},
+            {"vorcfg gpio blink", "vorcfg: gpio has no call \"blink\"; vorcfg gpio --help lists them\n", 2},
+            {"vorcfg --drry-run", "vorcfg: unknown option --drry-run; is it --dry-run?\n", 2},
+            {"vorcfg -x", "vorcfg: unknown option -x; put -- before a text that begins with two dashes\n", 2},
+            {"vorcfg search nothing-such", "vorcfg: nothing is known of \"nothing-such\"\n", 2}});
+}
+
+TEST(process, secrets_come_from_files_and_standard_input_only)
 {
     const processes::Workplace workplace;
     processes::Gateway gateway(workplace, {"--strict"});
@@ -360,12 +367,25 @@ TEST(Process, SecretsComeFromFilesAndStandardInputOnly)
              "bin/f:1: gsm set-password: accepted by gsmmgr\n"
              "bin/f: 1 accepted, 0 sent, 0 failed\n",
              0},
+            {"printf 'one\\ntwo\\n' | vorcfg snmp set-v2-server-community-name - 1 1",
+             "snmp set-v2-server-community-name: sent to snmpmgr one-way, no verdict will come\n", 0},
             {"vorcfg gsm set-password 1 @nowhere 1",
              "vorcfg: gsm set-password: password: cannot read nowhere: No such file or directory\n", 8}});
     EXPECT_EQ(0, gateway.stop(SIGTERM));
 }
 
-TEST(Process, ShellsRunSideBySide)
+TEST(process, a_manager_that_stops_leaves_its_call_unknown)
+{
+    const processes::Workplace workplace;
+    processes::Gateway gateway(workplace, {});
+    gateway.suspend();
+    expect(workplace,
+           {{"VORINFRA_TIMEOUT_MS=200 vorcfg ip set-dhcp 0 1",
+             "ip set-dhcp: unknown: no answer from ethmgr in time, it may or may not have been done (code -3)\n", 6}});
+    gateway.resume();
+}
+
+TEST(process, shells_run_side_by_side)
 {
     const processes::Workplace workplace;
     processes::Gateway gateway(workplace, {});
@@ -377,7 +397,7 @@ TEST(Process, ShellsRunSideBySide)
     EXPECT_EQ(five, workplace.run(one).text);
 }
 
-TEST(Process, AnEndpointThatCannotBeHadIsSaidOnce)
+TEST(process, an_endpoint_that_cannot_be_had_is_said_once)
 {
     const processes::Workplace workplace;
     const processes::Output output = workplace.run("VORINFRA_DIR=relative vorcfg gpio set-value 1 1");

@@ -1,0 +1,26 @@
+#include "rows/family.hpp"
+
+namespace vorcfg {
+
+static constexpr Choice switches[] = {{"off", 0}, {"on", 1}};
+static constexpr Choice levels[] = {{"error"}, {"warning"}, {"info"}, {"all"}, {"ipc"}};
+static constexpr Choice tasks[] = {
+    {"sysmgr"},    {"platmgr"}, {"restmgr"}, {"gpiomgr"}, {"adcmgr"},    {"blemgr"},    {"ethmgr"},
+    {"svcmgr"},    {"datamgr"}, {"appmgr"},  {"mqttmgr"}, {"serialmgr"}, {"sensormgr"}, {"sub1gmgr"},
+    {"modbusmgr"}, {"canmgr"},  {"ntpmgr"},  {"snmpmgr"}, {"all"},
+};
+static constexpr Choice log_options[] = {{"server", 1}, {"file-name", 2}, {"frequency", 3}};
+
+FAMILY(debug,
+       call<vor_cfg_set_debug_info>("set-info",
+                                    {number("en_dis_flag").between(0, 1).choices_of(switches),
+                                     word("task_name", tasks).object(), word("level", levels)},
+                                    "1 ethmgr info"),
+       call<vor_cfg_set_log_file>("set-log-file",
+                                  {number("set_option").between(1, 3).choices_of(log_options).object(),
+                                   text("name").at_most(49).object(), text("log_file_name").at_most(49),
+                                   text("ip_address").at_most(49), text("user_name").at_most(49),
+                                   text("password").secret().at_most(49), "upload_frequency"},
+                                  "1 site-log \"\" 192.168.1.5 tower17 - 0"))
+
+} // namespace vorcfg

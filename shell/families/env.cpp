@@ -1,0 +1,7 @@
+#include "rows/family.hpp"
+
+namespace vorcfg {
+
+FAMILY(env, call<vor_cfg_get_system_temperature>("get-system-temperature", {result("system_temp")}, ""))
+
+} // namespace vorcfg

@@ -1,0 +1,15 @@
+#include "rows/family.hpp"
+
+namespace vorcfg {
+
+FAMILY(gpio, call<vor_cfg_set_gpio_direction>("set-direction", {object("port_num"), "direction", "option"}, "3 1 0"),
+       call<vor_cfg_set_gpio_config_interrupt>("set-config-interrupt",
+                                               {object("port_num"), "mode", "interrupt_type", "option"}, "3 2 1 1"),
+       call<vor_cfg_set_gpio_config_polling>("set-config-polling",
+                                             {object("port_num"), "mode", "polling_freq", "option"}, "4 1 500 1"),
+       call<vor_cfg_set_gpio_channel_name>("set-channel-name", {object("gpio_port"), "name", "set"}, "3 door 1"),
+       call<vor_cfg_set_gpio_value>(
+           "set-value", {number("port_num").fits<vor_uint16>().object(), number("value").fits<vor_uint16>()}, "5 1"),
+       call<vor_cfg_get_gpio_port_stats>("get-port-stats", {number("port_num").fits<vor_uint16>().object()}, "3"))
+
+} // namespace vorcfg

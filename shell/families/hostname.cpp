@@ -1,0 +1,7 @@
+#include "rows/family.hpp"
+
+namespace vorcfg {
+
+FAMILY(hostname, call<vor_cfg_set_plat_hostname>("set-plat-hostname", {"hostname"}, "tower-17"))
+
+} // namespace vorcfg

@@ -1,0 +1,19 @@
+#include "rows/family.hpp"
+#include "rows/konfd_query.hpp"
+
+namespace vorcfg {
+
+FAMILY(konfd, part<vor_cfg_proto_init>("proto-init", "konfd query"),
+       part<vor_cfg_proto_set_op>("proto-set-op", "konfd query"),
+       part<vor_cfg_proto_set_pattern_string>("proto-set-pattern-string", "konfd query"),
+       part<vor_cfg_proto_set_line_string>("proto-set-line-string", "konfd query"),
+       part<vor_cfg_proto_set_priority_string>("proto-set-priority-string", "konfd query"),
+       part<vor_cfg_proto_append_path_elm>("proto-append-path-elm", "konfd query"),
+       part<vor_cfg_proto_cleanup>("proto-cleanup", "konfd query"),
+       part<vor_cfg_proto_get_command>("proto-get-command", "konfd query, through vor_konfd_bi_dir_comm"),
+       part<vor_konfd_bi_dir_comm>("bi-dir-comm", "konfd query"),
+       call<vor_cfg_set_interface_ip>("set-interface-ip", {object("interface"), "ip_address"}, "eth1 192.168.2.10")
+           .on(Channel::konfd),
+       konfd_query::row("query", "--set --line mtu 1400 --pattern mtu \"[0-9]+\" --path interface eth1"))
+
+} // namespace vorcfg

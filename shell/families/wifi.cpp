@@ -1,0 +1,10 @@
+#include "rows/family.hpp"
+
+namespace vorcfg {
+
+FAMILY_OF("konfd", wifi, "the stored Wi-Fi network",
+          call<vor_cfg_set_wifi_ssid_password>("set-ssid-password", {"ssid", text("password").secret()},
+                                               "\"Tower 17\" -")
+              .on(Channel::konfd))
+
+} // namespace vorcfg

@@ -1,0 +1,7 @@
+#include "rows/family.hpp"
+
+namespace vorcfg {
+
+FAMILY(wifimonitor, call<set_wifi_monitor_channel_name>("set-channel-name", {"channel_name", "set"}, "wifi-presence 1"))
+
+} // namespace vorcfg

@@ -1,0 +1,13 @@
+# Writes the list of families: one per file, by its name.
+function(vorcfg_write_family_list output)
+  set(text "// Made by the build of the files in shell/families.\n#pragma once\n\nnamespace vorcfg::family {\n\n")
+  set(names "")
+  foreach(file IN LISTS ARGN)
+    get_filename_component(stem ${file} NAME_WE)
+    string(APPEND text "extern const Family ${stem};\n")
+    list(APPEND names "&${stem}")
+  endforeach()
+  list(JOIN names ", " names)
+  string(APPEND text "\ninline constexpr const Family* all[] = {${names}};\n\n} // namespace vorcfg::family\n")
+  file(CONFIGURE OUTPUT ${output} CONTENT "${text}" @ONLY)
+endfunction()

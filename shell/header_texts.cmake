@@ -1,0 +1,11 @@
+# Writes the headers' texts as C++: cmake -D OUTPUT=FILE -D HEADERS=FILE... -P header_texts.cmake
+set(text "// Made by the build of the headers of the families.\n#pragma once\n\n#include <string_view>\n\nnamespace vorcfg {\n\n")
+string(APPEND text "struct HeaderText {\n    std::string_view stem;\n    std::string_view text;\n};\n\n")
+string(APPEND text "static constexpr HeaderText header_texts[] = {\n")
+foreach(header IN LISTS HEADERS)
+  get_filename_component(stem ${header} NAME_WE)
+  file(READ ${header} content)
+  string(APPEND text "    {\"${stem}\", R\"header(${content})header\"},\n")
+endforeach()
+string(APPEND text "};\n\n} // namespace vorcfg\n")
+file(WRITE ${OUTPUT} "${text}")

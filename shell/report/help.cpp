@@ -1,0 +1,198 @@
+#include "report/help.hpp"
+
+#include <algorithm>
+#include <cctype>
+
+#include <fmt/format.h>
+
+#include "report/report.hpp"
+#include "rows/contract.hpp"
+#include "rows/families.hpp"
+#include "rows/names.hpp"
+#include "words/options.hpp"
+
+namespace vorcfg {
+
+namespace {
+
+constexpr std::size_t line_width = 100;
+
+// Fills lines up, each begun with so many blanks.
+std::string filled(std::string_view text, std::size_t indent)
+{
+    std::string out;
+    std::size_t column = 0;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find(' '), text.size());
+        const std::string_view word = text.substr(0, end);
+        text.remove_prefix(std::min(end + 1, text.size()));
+        if (column != 0 && column + 1 + word.size() > line_width) {
+            out += '\n';
+            column = 0;
+        }
+        out += column == 0 ? std::string(indent, ' ') : " ";
+        column = (column == 0 ? indent : column + 1) + word.size();
+        out += word;
+    }
+    return out + '\n';
+}
+
+struct Command {
+    std::string_view name;
+    std::string_view usage;
+    std::string_view about;
+    std::string_view more;
+};
+
+constexpr Command commands[] = {
+    {"", "FAMILY CALL ARGUMENT...", "make a call", ""},
+    {"batch", "batch FILE", "make every call of a file; - is standard input",
+     "One call a line, as on the command line behind `vorcfg`. # begins a comment; a text with blanks\n"
+     "stands between double quotes, with \\\" and \\\\ for the two characters. The file is checked whole, and\n"
+     "each call tried on a platform that sends nothing, before the first message. The first failure ends\n"
+     "it, unless --keep-going is given; it ends with the code of the worst.\n"},
+    {"list", "list [FAMILY]", "show every call",
+     "With --json, all that is known of each: ranges, lengths, words, marks.\n"},
+    {"search", "search WORD", "show the calls that a word leads to",
+     "Looks at the calls' names, their arguments and what the contract says of them.\n"},
+    {"help", "help [FAMILY [CALL]]", "show a family's calls, a call's arguments; also --help behind them", ""},
+    {"docs", "docs FAMILY", "print a family's reference page",
+     "Makes every example of the family against the running gateway; nothing is printed unless each succeeds.\n"},
+};
+
+std::string option_text(const OptionRow& row)
+{
+    return row.value.empty() ? std::string(row.name) : fmt::format("{} {}", row.name, row.value);
+}
+
+std::string folded(std::string_view text)
+{
+    std::string out(text);
+    std::ranges::transform(out, out.begin(),
+                           [](unsigned char c) { return c == '_' ? '-' : static_cast<char>(std::tolower(c)); });
+    return out;
+}
+
+bool holds(const Row& row, const std::string& word)
+{
+    const auto has = [&](std::string_view text) { return folded(text).find(word) != std::string::npos; };
+    const CallContract& contract = contract_of(row);
+    return has(row.full_name()) || has(row.symbol) || std::ranges::any_of(contract.paragraphs, has) ||
+           std::ranges::any_of(row.arguments(),
+                               [&](const Argument& each) { return has(each.name) || has(contract.about(each)); });
+}
+
+template <class Wanted>
+std::string listed(bool json, Wanted wanted)
+{
+    std::string text;
+    for (const Family* const family : families()) {
+        for (const Row& row : family->rows) {
+            if (!wanted(row)) {
+                continue;
+            }
+            if (json) {
+                text += json_of(row);
+            } else {
+                text += usage_of(row);
+                text += row.used_by.empty() ? "\n" : fmt::format(" (not on its own; used by: {})\n", row.used_by);
+            }
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+std::string help()
+{
+    std::string text = "vorcfg changes a gateway's settings, one call or one batch file at a time.\n\n";
+    for (const Command& command : commands) {
+        text += fmt::format("  vorcfg {:<26} {}\n", command.usage, command.about);
+    }
+    text += "\nFamilies:\n";
+    for (const Family* const family : families()) {
+        text += fmt::format("  {:<13}{}\n", family->name, about(*family));
+    }
+    text += "\nOptions:\n";
+    for (const OptionRow& row : option_rows()) {
+        text += fmt::format("  {:<22}{}\n", option_text(row), row.about);
+    }
+    return text + "\nNumbers are decimal or 0x. A secret is given as @FILE, - (a line of standard\n"
+                  "input) or ? (a prompt); left out, it is asked for.\n"
+                  "\nExit codes:\n"
+                  "  0 accepted, sent one-way, or done    5 delivered, the verdict cannot be read\n"
+                  "  1 refused by the manager             6 unknown: no answer in time\n"
+                  "  2 bad usage or argument              7 no endpoint, platform unusable\n"
+                  "  3 not delivered                      8 a file or secret cannot be read\n"
+                  "  4 nothing was sent                   9 a call contradicts what was seen\n"
+                  "                                      10 output cannot be written\n";
+}
+
+std::string help_on_command(std::string_view name)
+{
+    const auto command = std::ranges::find(commands, name, &Command::name);
+    if (name.empty() || command == std::end(commands)) {
+        return "";
+    }
+    return fmt::format("vorcfg {}: {}\n{}{}", command->usage, command->about, command->more.empty() ? "" : "\n",
+                       command->more);
+}
+
+std::string help(const Family& family)
+{
+    std::string text = fmt::format("vorcfg {}: {}\n\n", family.name, about(family));
+    std::size_t width = 0;
+    for (const Row& row : family.rows) {
+        width = std::max(width, row.name.size() + 2);
+    }
+    for (const Row& row : family.rows) {
+        text += fmt::format("  {:<{}}{}\n", row.name, width, summary_of(row));
+    }
+    return text;
+}
+
+std::string help(const Row& row)
+{
+    const CallContract& contract = contract_of(row);
+    std::string text = fmt::format("vorcfg {}\n\n", usage_of(row));
+    if (row.read != nullptr) {
+        text += filled(summary_of(row), 0);
+    } else {
+        for (const std::string& paragraph : contract.paragraphs) {
+            text += filled(paragraph, 0);
+        }
+    }
+    if (!row.used_by.empty()) {
+        return text + fmt::format("Not called on its own; what uses it: {}\n", row.used_by);
+    }
+    text += row.has(answer_unread) ? "The call never reads the manager's answer: no verdict can be had.\n" : "";
+    text += row.has(confirmed) ? "Wants --yes.\n" : "";
+    text += row.usage_help;
+    for (const Argument& argument : row.arguments()) {
+        if (row.read != nullptr || !argument.is_given()) {
+            continue;
+        }
+        text += fmt::format("\n  {}\n{}", argument.name, filled(kind_text(argument), 6));
+        if (const std::string_view meaning = contract.about(argument); !meaning.empty()) {
+            text += filled(meaning, 6);
+        }
+    }
+    if (row.read == nullptr) {
+        text += '\n' + filled(fmt::format("The library returns {}.", contract.returned), 0);
+    }
+    return text +
+           fmt::format("\nExample: vorcfg {}{}{}\n", row.full_name(), row.example.empty() ? "" : " ", row.example);
+}
+
+std::string list(const Family* family, bool json)
+{
+    return listed(json, [&](const Row& row) { return family == nullptr || row.family == family; });
+}
+
+std::string search(std::string_view word, bool json)
+{
+    return listed(json, [wanted = folded(word)](const Row& row) { return holds(row, wanted); });
+}
+
+} // namespace vorcfg

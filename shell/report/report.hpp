@@ -1,0 +1,26 @@
+// report.hpp: what became of a call, for a reader and for a program.
+#pragma once
+
+#include <string>
+
+#include "make/session.hpp"
+#include "report/tally.hpp"
+#include "words/complaint.hpp"
+
+namespace vorcfg {
+
+// Of what stands as JSON: raised when something is taken away or changes its meaning.
+inline constexpr int schema = 2;
+
+// The lines for a reader, each ended.
+std::string text_of(const Planned& planned, const Report& report);
+std::string text_of(const Complaint& complaint);
+std::string text_of(const Tally& tally, const std::string& name, std::size_t left);
+
+// One object on one line, ended.
+std::string json_of(const Planned& planned, const Report& report);
+std::string json_of(const Complaint& complaint);
+std::string json_of(const Tally& tally, const std::string& name, std::size_t left);
+std::string json_of(const Row& row);
+
+} // namespace vorcfg

@@ -1,0 +1,24 @@
+// tally.hpp: what a batch came to.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "make/session.hpp"
+
+namespace vorcfg {
+
+struct Tally {
+    unsigned accepted = 0;
+    unsigned sent = 0;
+    unsigned unread = 0;
+    unsigned dry = 0;
+    unsigned other = 0;              // done, nothing to do
+    std::vector<std::size_t> failed; // their lines
+    ExitCode worst = exit_ok;
+
+    // Whether the call was no failure.
+    bool count(const Planned& planned, Outcome outcome);
+};
+
+} // namespace vorcfg

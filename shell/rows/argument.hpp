@@ -1,0 +1,94 @@
+// argument.hpp: what the shell knows of one argument of a call. Parsing, help,
+// ranges, completion and JSON are all derived from it.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <span>
+#include <string_view>
+
+#include <device_mgmt.h>
+
+namespace vorcfg {
+
+// What an argument is in C.
+enum class Type : std::uint8_t { uint8, byte, int16, uint16, int32, uint32, text, result };
+
+// How its word is read.
+enum class Kind : std::uint8_t {
+    by_type, // a number or a text, as its C type says
+    number,
+    text,
+    ipv4,    // a dotted quad, which the call would send as another if it did not parse
+    decimal, // a number in a text
+    result,
+    untouched, // a result that the call never writes
+};
+
+// A word that stands for a number. Of a text, it stands for itself.
+struct Choice {
+    std::string_view name;
+    std::int64_t number = 0;
+};
+
+struct Range {
+    std::int64_t least = 0;
+    std::int64_t most = -1; // less than the least: not said
+    constexpr bool holds(std::int64_t number) const { return least <= number && number <= most; }
+};
+
+template <class T>
+constexpr Range range_of = {std::numeric_limits<T>::min(), std::numeric_limits<T>::max()};
+
+// clang-format off
+struct Argument {
+    std::string_view name;
+    Kind kind = Kind::by_type;
+    Type type{};
+    bool is_secret = false;        // never a literal on the command line, masked wherever it would be shown
+    bool is_sent = true;
+    bool is_object = false;        // names what the call is about
+    bool is_count = false;         // of the list; the shell counts
+    bool is_list = false;          // the texts behind the fixed arguments
+    bool is_optional = false;      // of a call with words of its own
+    std::uint16_t most_bytes = 0;  // of a text; 0: what the message holds
+    std::uint16_t most_listed = 0;
+    Range range{};                 // the numbers that reach the manager unchanged
+    std::span<const Choice> choices{};
+
+    constexpr Argument() = default;
+    constexpr Argument(const char* its_name, Kind its_kind = Kind::by_type) : name(its_name), kind(its_kind) {}
+
+    constexpr Argument secret() const { auto a = *this; a.is_secret = true; return a; }
+    constexpr Argument unsent() const { auto a = *this; a.is_sent = false; return a; }
+    constexpr Argument object() const { auto a = *this; a.is_object = true; return a; }
+    constexpr Argument optional() const { auto a = *this; a.is_optional = true; return a; }
+    constexpr Argument counted() const { auto a = *this; a.is_count = true; return a; }
+    constexpr Argument at_most(std::uint16_t bytes) const { auto a = *this; a.most_bytes = bytes; return a; }
+    constexpr Argument between(std::int64_t least, std::int64_t most) const { auto a = *this; a.range = {least, most}; return a; }
+    template <class T> // what the call cuts it to
+    constexpr Argument fits() const { auto a = *this; a.range = range_of<T>; return a; }
+    constexpr Argument choices_of(std::span<const Choice> words) const { auto a = *this; a.choices = words; return a; }
+    constexpr Argument list(std::uint16_t most) const { auto a = *this; a.is_list = true; a.most_listed = most; return a; }
+
+    constexpr bool is_result() const { return kind == Kind::result || kind == Kind::untouched; }
+    constexpr bool is_number() const { return kind == Kind::number || kind == Kind::decimal; }
+    constexpr bool is_given() const { return !is_result() && !is_count; } // stands among the words
+};
+
+constexpr Argument object(const char* name) { return Argument(name).object(); }
+constexpr Argument unsent(const char* name) { return Argument(name).unsent(); }
+constexpr Argument number(const char* name) { return {name, Kind::number}; }
+constexpr Argument count(const char* name) { return number(name).counted(); }
+constexpr Argument port(const char* name) { return number(name).fits<vor_uint16>(); } // whatever its C type
+constexpr Argument text(const char* name) { return {name, Kind::text}; }
+constexpr Argument ipv4(const char* name) { return {name, Kind::ipv4}; }
+template <class T> // what the call cuts the number in the text to
+constexpr Argument decimal(const char* name) { return Argument(name, Kind::decimal).fits<T>(); }
+// One of the words, and nothing else.
+constexpr Argument word(const char* name, std::span<const Choice> words) { return text(name).choices_of(words); }
+constexpr Argument result(const char* name) { return {name, Kind::result}; }
+constexpr Argument untouched(const char* name) { return {name, Kind::untouched}; }
+// clang-format on
+
+} // namespace vorcfg

@@ -1,0 +1,203 @@
+// binding.hpp: what follows from a call's own type: what its arguments are in
+// C, how it is called, what it hands back.
+#pragma once
+
+#include <array>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+#include "rows/row.hpp"
+
+namespace vorcfg {
+
+// The exported name of a function, as the compiler spells it.
+template <auto Function>
+constexpr std::string_view symbol_of()
+{
+    std::string_view text = __PRETTY_FUNCTION__;
+    text.remove_prefix(text.find("Function = ") + 11);
+    if (text.front() == '&') {
+        text.remove_prefix(1);
+    }
+    return text.substr(0, text.find_first_of(";]"));
+}
+
+template <class T>
+constexpr Type type_of()
+{
+    if constexpr (std::is_same_v<T, vor_uchar>) {
+        return Type::uint8;
+    } else if constexpr (std::is_same_v<T, vor_char>) {
+        return Type::byte;
+    } else if constexpr (std::is_same_v<T, vor_int16>) {
+        return Type::int16;
+    } else if constexpr (std::is_same_v<T, vor_uint16>) {
+        return Type::uint16;
+    } else if constexpr (std::is_same_v<T, vor_int32>) {
+        return Type::int32;
+    } else if constexpr (std::is_same_v<T, vor_uint32>) {
+        return Type::uint32;
+    } else if constexpr (std::is_same_v<T, vor_char*>) {
+        return Type::text;
+    } else {
+        static_assert(std::is_pointer_v<T>, "no way to read this argument");
+        return Type::result;
+    }
+}
+
+constexpr Range whole_range(Type type)
+{
+    switch (type) {
+    case Type::uint8:
+    case Type::byte: // a char, whose sign is the processor's: on the wire it is a byte
+        return range_of<std::uint8_t>;
+    case Type::int16:
+        return range_of<std::int16_t>;
+    case Type::uint16:
+        return range_of<std::uint16_t>;
+    case Type::int32:
+        return range_of<std::int32_t>;
+    case Type::uint32:
+        return range_of<std::uint32_t>;
+    default:
+        return {};
+    }
+}
+
+// What calls write into their results, as fields. Six bytes are a MAC address.
+using Fields = std::vector<Field>;
+void append_field(Fields& fields, std::string_view name, const vor_int16* number);
+void append_field(Fields& fields, std::string_view name, const vor_ip_address* address);
+void append_field(Fields& fields, std::string_view name, const vor_uchar* mac);
+void append_field(Fields& fields, std::string_view name, const vor_uint16* number);
+void append_fields(Fields& fields, const GPIO_PIN_STATS& record);
+void append_fields(Fields& fields, const ADC_PIN_STATS& record);
+void append_fields(Fields& fields, const SUB1G_CONFIG_REG& record);
+
+// One argument on its way into a call: what is passed, and what is shown of it
+// afterwards.
+template <class T>
+struct Slot {
+    T value;
+    explicit Slot(Value& given) : value(static_cast<T>(given.number)) {}
+    T pass() const { return value; }
+    void append(Returned&, const Argument&) const {}
+};
+
+template <>
+struct Slot<vor_char*> {
+    vor_char* value;
+    explicit Slot(Value& given) : value(given.text.data()) {}
+    vor_char* pass() const { return value; }
+    void append(Returned&, const Argument&) const {}
+};
+
+template <class T>
+struct Slot<T*> {
+    std::array<T, 6> room{}; // six bytes of a MAC address are the largest result
+    explicit Slot(Value&) {}
+    T* pass() { return room.data(); }
+    void append(Returned& back, const Argument& argument) const
+    {
+        if (argument.kind == Kind::result) {
+            append_field(back.fields, argument.name, room.data());
+        }
+    }
+};
+
+// A record in a buffer that is already handed back: copied before anything
+// else happens.
+template <class Record>
+struct Slot<Record**> {
+    Record* record = nullptr;
+    explicit Slot(Value&) {}
+    Record** pass() { return &record; }
+    void append(Returned& back, const Argument&) const
+    {
+        back.missing = record == nullptr;
+        if (record != nullptr) {
+            const Record copy = *record;
+            append_fields(back.fields, copy);
+        }
+    }
+};
+
+template <class Result>
+Returned returned(Result result)
+{
+    Returned back;
+    if constexpr (std::is_pointer_v<Result>) {
+        back.missing = result == nullptr;
+        if (result != nullptr) {
+            const auto copy = *result;
+            append_fields(back.fields, copy);
+        }
+    } else if constexpr (std::is_same_v<Result, vor_uchar>) {
+        const vor_uint16 number = result;
+        append_field(back.fields, "value", &number);
+    } else {
+        back.code = result;
+    }
+    return back;
+}
+
+constexpr std::size_t most_listed = 255; // the widest count that a call takes is 8 bits
+
+template <auto Function, class Type = decltype(Function)>
+struct Binding;
+
+template <auto Function, class Result, class... Arguments>
+struct Binding<Function, Result (*)(Arguments...)> {
+    static constexpr std::array<Type, sizeof...(Arguments)> types{type_of<Arguments>()...};
+    static constexpr bool has_list = false;
+    static constexpr bool answers_record =
+        std::is_pointer_v<Result> || (std::is_same_v<Arguments, SUB1G_CONFIG_REG**> || ...);
+
+    static Returned make(const Row& row, std::span<Value> values)
+    {
+        return make_with(row, values, std::index_sequence_for<Arguments...>());
+    }
+
+private:
+    template <std::size_t... I>
+    static Returned make_with([[maybe_unused]] const Row& row, [[maybe_unused]] std::span<Value> values,
+                              std::index_sequence<I...>)
+    {
+        std::tuple<Slot<Arguments>...> slots{Slot<Arguments>(values[I])...};
+        Returned back = returned(Function(std::get<I>(slots).pass()...));
+        if (back.code.value_or(0) == 0) {
+            (std::get<I>(slots).append(back, row.arguments()[I]), ...);
+        }
+        return back;
+    }
+};
+
+// The texts of the list are passed whole, whatever their number: the call
+// reads as many as its count says.
+template <auto Function, class Result, class... Arguments>
+struct Binding<Function, Result (*)(Arguments..., ...)> {
+    static constexpr std::array<Type, sizeof...(Arguments) + 1> types{type_of<Arguments>()..., Type::text};
+    static constexpr bool has_list = true;
+    static constexpr bool answers_record = false;
+
+    static Returned make(const Row&, std::span<Value> values)
+    {
+        std::array<vor_char*, most_listed> listed{};
+        for (std::size_t i = sizeof...(Arguments); i < values.size(); i++) {
+            listed[i - sizeof...(Arguments)] = values[i].text.data();
+        }
+        return make_with(values, listed, std::index_sequence_for<Arguments...>(),
+                         std::make_index_sequence<most_listed>());
+    }
+
+private:
+    template <std::size_t... I, std::size_t... L>
+    static Returned make_with(std::span<Value> values, const std::array<vor_char*, most_listed>& listed,
+                              std::index_sequence<I...>, std::index_sequence<L...>)
+    {
+        return returned(Function(Slot<Arguments>(values[I]).pass()..., listed[L]...));
+    }
+};
+
+} // namespace vorcfg

@@ -1,0 +1,50 @@
+// konfd_query.hpp: `konfd query`, which several calls of the library make
+// together: a query built piece by piece, sent, and released.
+#pragma once
+
+#include "rows/family.hpp"
+
+namespace vorcfg::konfd_query {
+
+inline constexpr Choice operations[] = {{"set", 1}, {"check", 2}, {"unset", 3}};
+
+void read(Reading& reading);
+Returned make(const Row& row, std::span<Value> values);
+
+// The arguments in the order of their values.
+inline constexpr Argument arguments[] = {
+    number("operation").between(1, 3).choices_of(operations),
+    text("line_key").optional(),
+    text("line_value").optional(),
+    text("pattern_key").object(),
+    text("pattern_value").optional(),
+    decimal<vor_int32>("priority").optional(),
+    text("path").list(most_listed).object(), // key and value in turn
+};
+
+consteval auto row(std::string_view name, std::string_view example)
+{
+    constexpr std::size_t size = std::size(arguments);
+    Draft<size> draft{};
+    draft.row.name = name;
+    draft.row.symbol = "vor_konfd_bi_dir_comm";
+    draft.row.example = example;
+    draft.row.channel = Channel::konfd;
+    draft.row.make = make;
+    draft.row.read = read;
+    draft.row.usage =
+        "--set|--check|--unset --line KEY VALUE --pattern KEY [VALUE] [--path KEY VALUE]... [--priority N]";
+    draft.row.usage_help =
+        "  --set, --check, --unset  put the line, ask whether it is there, take it away\n"
+        "  --line KEY VALUE         the line \"KEY VALUE\"; --unset takes none\n"
+        "  --pattern KEY [VALUE]    the lines meant, as a regular expression: ^KEY VALUE$, or ^KEY$ alone\n"
+        "  --path KEY VALUE         one step down to where the line stands, outermost first\n"
+        "  --priority N             where the line stands among others\n";
+    for (std::size_t i = 0; i < size; i++) {
+        draft.arguments[i] =
+            bound(arguments[i], arguments[i].kind == Kind::number ? Type::uint8 : Type::text, i + 1 == size);
+    }
+    return draft;
+}
+
+} // namespace vorcfg::konfd_query

@@ -1,0 +1,86 @@
+// row.hpp: one row per call of the library.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "rows/argument.hpp"
+
+namespace vorcfg {
+
+// Where a call's message goes, and so what it needs before it can be called.
+enum class Channel : std::uint8_t { manager, konfd, none };
+
+// What the shell must know of a call beyond its arguments.
+enum Marks : unsigned {
+    answer_unread = 1, // an answered request whose answer the call never reads
+    does_nothing = 2,  // kept by the library so that programs link
+    confirmed = 4,     // wants --yes
+    waits = 8,         // what it starts ends with this process, which waits for it
+};
+
+// An argument as it was given. Of a result, the room for it.
+struct Value {
+    std::int64_t number = 0;
+    std::string text;
+    bool secret = false;
+    bool given = true;    // false: an optional one that was left out
+    std::size_t word = 0; // where it stands in its line
+};
+
+// One field of a record, or one result.
+struct Field {
+    enum class Kind : std::uint8_t { number, word, text, secret };
+    std::string name;
+    std::string text;
+    Kind kind = Kind::number;
+};
+
+// What a call handed back. A query that promises a record has either its
+// fields or `missing`.
+struct Returned {
+    std::optional<std::int32_t> code;
+    bool missing = false;
+    std::vector<Field> fields;
+
+    bool succeeded() const { return code.value_or(0) == 0 && !missing; }
+};
+
+struct Family;
+struct Row;
+struct Reading; // of a line's words: plan/reading.hpp
+
+struct Row {
+    const Family* family = nullptr;
+    std::string_view name;
+    std::string_view symbol; // the call's exported name
+    std::string_view example;
+    std::uint16_t first_argument = 0; // among the family's
+    std::uint16_t argument_count = 0;
+    Channel channel = Channel::manager;
+    unsigned marks = 0;
+    bool answers_record = false;
+    Returned (*make)(const Row& row, std::span<Value> values) = nullptr;
+    // A call with words of its own, not one word an argument.
+    void (*read)(Reading& reading) = nullptr;
+    std::string_view usage; // then: the words, and what they mean
+    std::string_view usage_help;
+    std::string_view used_by; // of a call that makes no sense on its own: what makes it
+
+    constexpr bool has(Marks mark) const { return (marks & mark) != 0; }
+    std::span<const Argument> arguments() const;
+    std::string full_name() const; // "gpio set-value"
+};
+
+struct Family {
+    std::string_view name;
+    std::span<const Row> rows;
+    std::span<const Argument> arguments;
+    std::string_view header; // the stem of the header that declares its calls
+    std::string_view about;  // where that is not the header's first line
+};
+
+} // namespace vorcfg

@@ -15,13 +15,15 @@
 
 namespace vorinfra {
 
-static constexpr char sap_prefix[] = "/sap-";
-static constexpr size_t longest_sap = sizeof "/sap-65535";
-static constexpr size_t longest_directory = socket_path_size - longest_sap;
+namespace {
+
+constexpr char sap_prefix[] = "/sap-";
+constexpr size_t longest_sap = sizeof "/sap-65535";
+constexpr size_t longest_directory = socket_path_size - longest_sap;
 
 // The directory's path as the environment gives it, without slashes at its
 // end: behind one, a symbolic link would be followed.
-static bool directory_path(char (&path)[socket_path_size])
+bool directory_path(char (&path)[socket_path_size])
 {
     int length;
     const char* origin = "VORINFRA_DIR";
@@ -30,24 +32,26 @@ static bool directory_path(char (&path)[socket_path_size])
     } else if (const char* const runtime = setting(origin = "XDG_RUNTIME_DIR")) {
         length = snprintf(path, sizeof path, "%s/vorinfra", runtime);
     } else {
-        length = snprintf(path, sizeof path, "/tmp/vorinfra-%u", unsigned(geteuid()));
+        length = snprintf(path, sizeof path, "/tmp/vorinfra-%u", static_cast<unsigned>(geteuid()));
     }
     if (path[0] != '/') {
         complain("%s is \"%s\": must be an absolute path", origin, setting(origin));
         return false;
     }
-    if (size_t(length) < sizeof path) {
+    if (static_cast<size_t>(length) < sizeof path) {
         while (length > 1 && path[length - 1] == '/') {
             path[--length] = '\0';
         }
     }
-    if (size_t(length) > longest_directory) {
+    if (static_cast<size_t>(length) > longest_directory) {
         complain("%s is too long to hold sockets: %d characters, at most %zu: %s", origin, length, longest_directory,
                  setting(origin));
         return false;
     }
     return true;
 }
+
+} // namespace
 
 int open_directory(char (&path)[socket_path_size])
 {
@@ -66,12 +70,13 @@ int open_directory(char (&path)[socket_path_size])
         return -1;
     }
     if (status.st_uid != geteuid()) {
-        complain("cannot use the directory %s: it belongs to user %u, not to user %u", path, unsigned(status.st_uid),
-                 unsigned(geteuid()));
+        complain("cannot use the directory %s: it belongs to user %u, not to user %u", path,
+                 static_cast<unsigned>(status.st_uid), static_cast<unsigned>(geteuid()));
         return -1;
     }
     if ((status.st_mode & 0777) != 0700) {
-        complain("cannot use the directory %s: its mode is %04o, must be 0700", path, unsigned(status.st_mode & 07777));
+        complain("cannot use the directory %s: its mode is %04o, must be 0700", path,
+                 static_cast<unsigned>(status.st_mode & 07777));
         return -1;
     }
     return directory.release();

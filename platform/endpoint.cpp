@@ -14,10 +14,12 @@
 
 namespace vorinfra {
 
-static pthread_mutex_t guard = PTHREAD_MUTEX_INITIALIZER;
-static Endpoint* endpoints; // the newest first
+namespace {
 
-static Endpoint** link_to(const VOR_IPC_HANDLE* handle)
+pthread_mutex_t guard = PTHREAD_MUTEX_INITIALIZER;
+Endpoint* endpoints; // the newest first
+
+Endpoint** link_to(const VOR_IPC_HANDLE* handle)
 {
     Endpoint** link = &endpoints;
     while (*link != nullptr && &(*link)->handle != handle) {
@@ -25,6 +27,8 @@ static Endpoint** link_to(const VOR_IPC_HANDLE* handle)
     }
     return link;
 }
+
+} // namespace
 
 Endpoint* bound_endpoint(const VOR_IPC_HANDLE* handle, const char* operation)
 {
@@ -45,8 +49,10 @@ const Endpoint* newest_endpoint()
     return endpoints;
 }
 
+namespace {
+
 // Makes way for a new socket: a file whose owner died is removed.
-static bool vacate(const sockaddr_un& address, vor_uint16 sap)
+bool vacate(const sockaddr_un& address, vor_uint16 sap)
 {
     struct stat status;
     if (lstat(address.sun_path, &status) != 0) {
@@ -70,7 +76,7 @@ static bool vacate(const sockaddr_un& address, vor_uint16 sap)
 }
 
 // The lock on the directory keeps two processes from replacing one dead owner.
-static bool bind_socket(Endpoint& endpoint)
+bool bind_socket(Endpoint& endpoint)
 {
     const Descriptor directory(open_directory(endpoint.directory));
     if (!directory) {
@@ -95,13 +101,13 @@ static bool bind_socket(Endpoint& endpoint)
 
 // Late answers to an earlier process on this SAP must not match the first
 // requests of this one.
-static vor_uint16 random_sequence()
+vor_uint16 random_sequence()
 {
-    vor_uint16 sequence = vor_uint16(getpid());
-    return getrandom(&sequence, sizeof sequence, GRND_NONBLOCK) < 0 ? vor_uint16(getpid()) : sequence;
+    vor_uint16 sequence = static_cast<vor_uint16>(getpid());
+    return getrandom(&sequence, sizeof sequence, GRND_NONBLOCK) < 0 ? static_cast<vor_uint16>(getpid()) : sequence;
 }
 
-static bool open_endpoint(Endpoint& endpoint, vor_uint16 sap, vor_uint16 bind_option)
+bool open_endpoint(Endpoint& endpoint, vor_uint16 sap, vor_uint16 bind_option)
 {
     const auto timeout = timeout_milliseconds();
     if (!timeout || !log_levels() || !timers_run()) {
@@ -123,6 +129,8 @@ static bool open_endpoint(Endpoint& endpoint, vor_uint16 sap, vor_uint16 bind_op
     descriptor.release();
     return true;
 }
+
+} // namespace
 
 } // namespace vorinfra
 

@@ -9,19 +9,21 @@
 
 namespace vorinfra {
 
-static std::atomic<unsigned> undelivered;
+namespace {
 
-static bool send_buffer(Endpoint& endpoint, VOR_IPC_MSG_REF& message, Buffer& buffer, vor_uint16 sap,
-                        vor_uint32 message_id, vor_uint16 sequence, vor_uint16 payload_length)
+std::atomic<unsigned> undelivered;
+
+bool send_buffer(Endpoint& endpoint, VOR_IPC_MSG_REF& message, Buffer& buffer, vor_uint16 sap, vor_uint32 message_id,
+                 vor_uint16 sequence, vor_uint16 payload_length)
 {
     buffer.holder = &endpoint;
     if (buffer.unsendable) {
-        complain("message 0x%x to SAP %u is not sent: its chain was refused", unsigned(message_id), sap);
+        complain("message 0x%x to SAP %u is not sent: its chain was refused", static_cast<unsigned>(message_id), sap);
         errno = EMSGSIZE;
         return false;
     }
     if (message.meta_data_sz + payload_length > VORINFRA_DATA_MAX) {
-        complain("message 0x%x to SAP %u is not sent: %d bytes, at most %d", unsigned(message_id), sap,
+        complain("message 0x%x to SAP %u is not sent: %d bytes, at most %d", static_cast<unsigned>(message_id), sap,
                  message.meta_data_sz + payload_length, VORINFRA_DATA_MAX);
         errno = EMSGSIZE;
         return false;
@@ -33,7 +35,7 @@ static bool send_buffer(Endpoint& endpoint, VOR_IPC_MSG_REF& message, Buffer& bu
 
 // An answer that comes after its caller gave up would take room that the next
 // answer needs.
-static void discard_late(Endpoint& endpoint)
+void discard_late(Endpoint& endpoint)
 {
     const Deadline deadline(endpoint.timeout);
     char byte;
@@ -41,7 +43,7 @@ static void discard_late(Endpoint& endpoint)
     endpoint.answer_missing = false;
 }
 
-static bool await_answer(Endpoint& endpoint, vor_uint16 sap, Buffer& buffer)
+bool await_answer(Endpoint& endpoint, vor_uint16 sap, Buffer& buffer)
 {
     const Deadline deadline(endpoint.timeout);
     int flags = 0; // the first receive blocks within the socket's own limit
@@ -61,11 +63,13 @@ static bool await_answer(Endpoint& endpoint, vor_uint16 sap, Buffer& buffer)
     return false;
 }
 
-static vor_uint16 next_sequence(vor_uint16 sequence)
+vor_uint16 next_sequence(vor_uint16 sequence)
 {
     const unsigned next = (sequence + 1U) & sequence_bits;
-    return vor_uint16(next != 0 ? next : 1);
+    return static_cast<vor_uint16>(next != 0 ? next : 1);
 }
+
+} // namespace
 
 } // namespace vorinfra
 

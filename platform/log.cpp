@@ -8,9 +8,11 @@
 
 namespace vorinfra {
 
+namespace {
+
 // Composed first and written at once, so that lines of several processes on
 // one terminal do not mix. What is too long loses its end, never its line end.
-static void write_line(const char* format, va_list arguments)
+void write_line(const char* format, va_list arguments)
 {
     constexpr char prefix[] = "vorinfra: ";
     constexpr size_t start = sizeof prefix - 1;
@@ -24,10 +26,12 @@ static void write_line(const char* format, va_list arguments)
     fputs(line, stderr);
 }
 
-static bool wanted(vor_uint16 levels)
+bool wanted(vor_uint16 levels)
 {
     return (log_levels().value_or(0) & levels) != 0;
 }
+
+} // namespace
 
 void complain(const char* format, ...)
 {

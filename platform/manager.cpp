@@ -47,7 +47,8 @@ int vorinfra_answer(VOR_IPC_HANDLE* handle, const VORINFRA_MESSAGE* request, vor
     }
     const vor_uint16 own_sap = endpoint->handle.sap_id;
     if (!request->answer_wanted) {
-        complain("SAP %u: message 0x%x from SAP %u wants no answer", own_sap, unsigned(request->id), request->source);
+        complain("SAP %u: message 0x%x from SAP %u wants no answer", own_sap, static_cast<unsigned>(request->id),
+                 request->source);
         return -1;
     }
     if (size > VORINFRA_DATA_MAX || (payload == nullptr && size > 0)) {
@@ -60,7 +61,7 @@ int vorinfra_answer(VOR_IPC_HANDLE* handle, const VORINFRA_MESSAGE* request, vor
     header.ipc_src_id = own_sap;
     header.ipc_dest_id = request->source;
     header.opcode = id;
-    header.flag = vor_uint16(answer_bit | request->sequence);
+    header.flag = static_cast<vor_uint16>(answer_bit | request->sequence);
     header.payload_sz = size;
     return send_message(*endpoint, header, payload, MSG_DONTWAIT) ? 0 : -1;
 }

@@ -9,27 +9,35 @@
 
 namespace vorinfra {
 
-static std::bitset<0x10000> traced;
+namespace {
 
-static void trace(const char* what, const VOR_IPC_MSG_HDR& header)
+std::bitset<0x10000> traced;
+
+void trace(const char* what, const VOR_IPC_MSG_HDR& header)
 {
     if (traced[header.ipc_src_id] || traced[header.ipc_dest_id]) {
         const bool answer = (header.flag & answer_bit) != 0;
         log_line(log_messages, "%s: SAP %u to %u, id 0x%x, %s %u, meta-data %u, payload %u", what, header.ipc_src_id,
-                 header.ipc_dest_id, unsigned(header.opcode), answer ? "answer" : "request",
-                 unsigned(header.flag & sequence_bits), header.meta_data_sz, header.payload_sz);
+                 header.ipc_dest_id, static_cast<unsigned>(header.opcode), answer ? "answer" : "request",
+                 static_cast<unsigned>(header.flag & sequence_bits), header.meta_data_sz, header.payload_sz);
     }
 }
+
+} // namespace
 
 void toggle_trace(vor_uint16 sap)
 {
     traced.flip(sap);
 }
 
-static size_t data_size(const VOR_IPC_MSG_HDR& header)
+namespace {
+
+size_t data_size(const VOR_IPC_MSG_HDR& header)
 {
-    return size_t(header.meta_data_sz) + header.payload_sz;
+    return static_cast<size_t>(header.meta_data_sz) + header.payload_sz;
 }
+
+} // namespace
 
 bool send_message(const Endpoint& endpoint, const VOR_IPC_MSG_HDR& header, const void* data, int flags)
 {
@@ -62,8 +70,8 @@ Received receive_message(const Endpoint& endpoint, VOR_IPC_MSG_HDR& header, void
     if (size < 0) {
         return Received::nothing;
     }
-    if (size_t(size) < sizeof header || (message.msg_flags & MSG_TRUNC) != 0 ||
-        size_t(size) != sizeof header + data_size(header)) {
+    if (static_cast<size_t>(size) < sizeof header || (message.msg_flags & MSG_TRUNC) != 0 ||
+        static_cast<size_t>(size) != sizeof header + data_size(header)) {
         complain("SAP %u received %zd bytes that are no message; dropped", endpoint.handle.sap_id, size);
         return Received::garbage;
     }

@@ -16,32 +16,34 @@
 
 namespace vorinfra {
 
+namespace {
+
 static_assert(sizeof(VOR_IPC_MSG_HDR) == 16 && offsetof(Buffer, data) == 16);
 
-static constexpr unsigned first_block = 16;
-static constexpr unsigned most_blocks = 16;
-static constexpr vor_uchar first_use_pattern = 0xa5; // shows what a caller sends without having set it
+constexpr unsigned first_block = 16;
+constexpr unsigned most_blocks = 16;
+constexpr vor_uchar first_use_pattern = 0xa5; // shows what a caller sends without having set it
 
-static pthread_mutex_t guard = PTHREAD_MUTEX_INITIALIZER;
-static Buffer* blocks[most_blocks];
-static unsigned block_count;
-static unsigned taken_count;
-static Buffer* free_first;
-static Buffer** free_end = &free_first;
+pthread_mutex_t guard = PTHREAD_MUTEX_INITIALIZER;
+Buffer* blocks[most_blocks];
+unsigned block_count;
+unsigned taken_count;
+Buffer* free_first;
+Buffer** free_end = &free_first;
 
-static unsigned block_size(unsigned block)
+unsigned block_size(unsigned block)
 {
     return first_block << block;
 }
 
-static void append_free(Buffer* buffer)
+void append_free(Buffer* buffer)
 {
     buffer->next_free = nullptr;
     *free_end = buffer;
     free_end = &buffer->next_free;
 }
 
-static void grow()
+void grow()
 {
     if (block_count == most_blocks) {
         return;
@@ -57,7 +59,7 @@ static void grow()
     }
 }
 
-static Buffer* containing(const void* address)
+Buffer* containing(const void* address)
 {
     const auto sought = reinterpret_cast<uintptr_t>(address);
     for (unsigned i = 0; i < block_count; i++) {
@@ -69,7 +71,7 @@ static Buffer* containing(const void* address)
     return nullptr;
 }
 
-static Buffer* taken(const VOR_IPC_MSG_REF* message)
+Buffer* taken(const VOR_IPC_MSG_REF* message)
 {
     if (message == nullptr || message->data_ptr == nullptr) {
         return nullptr;
@@ -78,12 +80,14 @@ static Buffer* taken(const VOR_IPC_MSG_REF* message)
     return buffer != nullptr && buffer->taken && message->data_ptr == &buffer->header ? buffer : nullptr;
 }
 
-static void give_back(Buffer* buffer)
+void give_back(Buffer* buffer)
 {
     buffer->taken = false;
     taken_count--;
     append_free(buffer);
 }
+
+} // namespace
 
 Buffer* find_buffer(const void* address)
 {

@@ -22,7 +22,7 @@ struct Buffer {
 
     size_t room_behind(const void* address) const
     {
-        return size_t(data + sizeof data - static_cast<const vor_uchar*>(address));
+        return static_cast<size_t>(data + sizeof data - static_cast<const vor_uchar*>(address));
     }
 };
 

@@ -8,8 +8,10 @@
 
 namespace vorinfra {
 
+namespace {
+
 // The whole text as a number from `least` to `most`, "0x" for hexadecimal.
-static std::optional<int> number(const char* name, int least, int most, int otherwise)
+std::optional<int> number(const char* name, int least, int most, int otherwise)
 {
     const char* const text = setting(name);
     if (text == nullptr) {
@@ -19,12 +21,15 @@ static std::optional<int> number(const char* name, int least, int most, int othe
     const char* const end = text + strlen(text);
     unsigned value = 0;
     const auto read = std::from_chars(text + (hexadecimal ? 2 : 0), end, value, hexadecimal ? 16 : 10);
-    if (read.ec != std::errc() || read.ptr != end || value < unsigned(least) || value > unsigned(most)) {
+    if (read.ec != std::errc() || read.ptr != end || value < static_cast<unsigned>(least) ||
+        value > static_cast<unsigned>(most)) {
         complain("%s is \"%s\": must be a number from %d to %d", name, text, least, most);
         return std::nullopt;
     }
-    return int(value);
+    return static_cast<int>(value);
 }
+
+} // namespace
 
 const char* setting(const char* name)
 {
@@ -40,7 +45,7 @@ std::optional<int> timeout_milliseconds()
 std::optional<vor_uint16> log_levels()
 {
     const auto levels = number("VORINFRA_LOG", 0, 0xffff, 0);
-    return levels ? std::optional(vor_uint16(*levels)) : std::nullopt;
+    return levels ? std::optional(static_cast<vor_uint16>(*levels)) : std::nullopt;
 }
 
 std::optional<bool> timers_run()

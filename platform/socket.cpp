@@ -80,14 +80,18 @@ vor_int32 vor_socket_close(void* socket, vor_uchar)
     return result;
 }
 
+namespace {
+
 // Whether an operation that did not go through is to be tried again.
-static bool try_again(vor_int32 fd, short events, int flags, const Deadline& deadline)
+bool try_again(vor_int32 fd, short events, int flags, const Deadline& deadline)
 {
     if (errno == EINTR) {
         return deadline.remaining() > 0;
     }
     return errno == EAGAIN && (flags & MSG_DONTWAIT) == 0 && deadline.wait(fd, events);
 }
+
+} // namespace
 
 // The whole buffer or -1.
 vor_int32 vor_send(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
@@ -100,9 +104,10 @@ vor_int32 vor_send(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
     const char* const bytes = static_cast<const char*>(buffer);
     vor_int32 written = 0;
     while (written < count) {
-        const ssize_t sent = send(fd, bytes + written, size_t(count - written), flags | MSG_NOSIGNAL | MSG_DONTWAIT);
+        const ssize_t sent =
+            send(fd, bytes + written, static_cast<size_t>(count - written), flags | MSG_NOSIGNAL | MSG_DONTWAIT);
         if (sent >= 0) {
-            written += vor_int32(sent);
+            written += static_cast<vor_int32>(sent);
         } else if (!try_again(fd, POLLOUT, flags, deadline)) {
             return -1;
         }
@@ -119,7 +124,7 @@ vor_int32 vor_recv(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
     const Deadline deadline(*timeout);
     ssize_t received;
     do {
-        received = recv(fd, buffer, size_t(count), flags | MSG_DONTWAIT);
+        received = recv(fd, buffer, static_cast<size_t>(count), flags | MSG_DONTWAIT);
     } while (received < 0 && try_again(fd, POLLIN, flags, deadline));
-    return vor_int32(received);
+    return static_cast<vor_int32>(received);
 }

@@ -45,7 +45,7 @@ public:
     int remaining() const // milliseconds, 0 when it has passed
     {
         const int64_t left = end_ - now();
-        return left > 0 ? int(left) : 0;
+        return left > 0 ? static_cast<int>(left) : 0;
     }
 
     // Whether the descriptor became ready in time.
@@ -64,7 +64,7 @@ private:
     {
         timespec time;
         clock_gettime(CLOCK_MONOTONIC, &time);
-        return int64_t(time.tv_sec) * 1000 + time.tv_nsec / 1000000;
+        return static_cast<int64_t>(time.tv_sec) * 1000 + time.tv_nsec / 1000000;
     }
 
     int64_t end_;

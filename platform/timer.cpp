@@ -12,6 +12,8 @@
 
 namespace vorinfra {
 
+namespace {
+
 struct Timer {
     VOR_TIMER_HANDLE handle; // what the caller holds
     Timer* next;
@@ -26,10 +28,10 @@ struct Run {
     timespec end;
 };
 
-static pthread_mutex_t guard = PTHREAD_MUTEX_INITIALIZER;
-static Timer* timers; // the oldest first, never freed
+pthread_mutex_t guard = PTHREAD_MUTEX_INITIALIZER;
+Timer* timers; // the oldest first, never freed
 
-static Timer** link_to(const VOR_TIMER_HANDLE* handle)
+Timer** link_to(const VOR_TIMER_HANDLE* handle)
 {
     Timer** link = &timers;
     while (*link != nullptr && &(*link)->handle != handle) {
@@ -38,7 +40,7 @@ static Timer** link_to(const VOR_TIMER_HANDLE* handle)
     return link;
 }
 
-static void* wait_and_call(void* argument)
+void* wait_and_call(void* argument)
 {
     const Run run = *static_cast<Run*>(argument);
     free(argument);
@@ -57,7 +59,7 @@ static void* wait_and_call(void* argument)
 }
 
 // The thread takes no signals: they belong to the program's own threads.
-static bool run_in_thread(Run* run)
+bool run_in_thread(Run* run)
 {
     sigset_t all;
     sigset_t before;
@@ -72,14 +74,14 @@ static bool run_in_thread(Run* run)
     return failed == 0;
 }
 
-static bool launch(Timer* timer, unsigned start, vor_uint32 milliseconds)
+bool launch(Timer* timer, unsigned start, vor_uint32 milliseconds)
 {
     auto* const run = static_cast<Run*>(malloc(sizeof(Run)));
     if (run != nullptr) {
         *run = {timer, start, {}};
         clock_gettime(CLOCK_MONOTONIC, &run->end);
-        run->end.tv_sec += time_t(milliseconds / 1000);
-        run->end.tv_nsec += long(milliseconds % 1000) * 1000000;
+        run->end.tv_sec += static_cast<time_t>(milliseconds / 1000);
+        run->end.tv_nsec += static_cast<long>(milliseconds % 1000) * 1000000;
         if (run->end.tv_nsec >= 1000000000) {
             run->end.tv_nsec -= 1000000000;
             run->end.tv_sec++;
@@ -92,6 +94,8 @@ static bool launch(Timer* timer, unsigned start, vor_uint32 milliseconds)
     complain("the timer cannot run: no memory or no thread for it");
     return false;
 }
+
+} // namespace
 
 } // namespace vorinfra
 

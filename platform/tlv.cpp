@@ -20,24 +20,26 @@
 
 namespace vorinfra {
 
-static constexpr unsigned element_header = 5;
-static constexpr unsigned length_bits = 13;
-static constexpr unsigned longest_value = (1U << length_bits) - 1;
+namespace {
+
+constexpr unsigned element_header = 5;
+constexpr unsigned length_bits = 13;
+constexpr unsigned longest_value = (1U << length_bits) - 1;
 static_assert(longest_value > VORINFRA_DATA_MAX, "whatever a message can hold, an element can");
 
 // The total of a chain that must not be sent, because something was refused or
 // because it is larger than any message. It stays so until the next init.
-static constexpr vor_uint16 unsendable = 0xffff;
+constexpr vor_uint16 unsendable = 0xffff;
 
-static vor_uchar* put(vor_uchar* to, unsigned bytes, uint32_t value)
+vor_uchar* put(vor_uchar* to, unsigned bytes, uint32_t value)
 {
     while (bytes-- > 0) {
-        *to++ = vor_uchar(value >> 8 * bytes);
+        *to++ = static_cast<vor_uchar>(value >> 8 * bytes);
     }
     return to;
 }
 
-static uint32_t get(const vor_uchar* from, unsigned bytes)
+uint32_t get(const vor_uchar* from, unsigned bytes)
 {
     uint32_t value = 0;
     while (bytes-- > 0) {
@@ -46,13 +48,13 @@ static uint32_t get(const vor_uchar* from, unsigned bytes)
     return value;
 }
 
-static vor_int32 refuse(TLV_CHAIN* chain)
+vor_int32 refuse(TLV_CHAIN* chain)
 {
     chain->total_sz = unsendable;
     return -1;
 }
 
-static vor_int32 add(TLV_CHAIN* chain, vor_uint16 tag, vorinfra_kind kind, vor_uchar* data, size_t length)
+vor_int32 add(TLV_CHAIN* chain, vor_uint16 tag, vorinfra_kind kind, vor_uchar* data, size_t length)
 {
     if (chain == nullptr || chain->total_sz == unsendable) {
         return -1;
@@ -66,17 +68,19 @@ static vor_int32 add(TLV_CHAIN* chain, vor_uint16 tag, vorinfra_kind kind, vor_u
         complain("an element with tag %u and %zu bytes fits no message", tag, length);
         return refuse(chain);
     }
-    chain->object[chain->used++] = {tag, data, vor_uint16(unsigned(kind) << length_bits | unsigned(length))};
-    chain->total_sz = vor_uint16(total);
+    chain->object[chain->used++] = {
+        tag, data, static_cast<vor_uint16>(static_cast<unsigned>(kind) << length_bits | static_cast<unsigned>(length))};
+    chain->total_sz = static_cast<vor_uint16>(total);
     return 0;
 }
 
-static vor_int32 add_number(TLV_CHAIN* chain, vor_uint16 tag, vorinfra_kind kind, vor_int32 value, size_t length)
+vor_int32 add_number(TLV_CHAIN* chain, vor_uint16 tag, vorinfra_kind kind, vor_int32 value, size_t length)
 {
-    return add(chain, tag, kind, reinterpret_cast<vor_uchar*>(uintptr_t(uint32_t(value))), length);
+    return add(chain, tag, kind, reinterpret_cast<vor_uchar*>(static_cast<uintptr_t>(static_cast<uint32_t>(value))),
+               length);
 }
 
-static vor_int32 add_bytes(TLV_CHAIN* chain, vor_uint16 tag, vorinfra_kind kind, void* bytes, size_t length)
+vor_int32 add_bytes(TLV_CHAIN* chain, vor_uint16 tag, vorinfra_kind kind, void* bytes, size_t length)
 {
     if (bytes == nullptr && chain != nullptr) {
         complain("an element with tag %u has no %s: null pointer", tag, kind == VORINFRA_STRING ? "text" : "bytes");
@@ -85,13 +89,13 @@ static vor_int32 add_bytes(TLV_CHAIN* chain, vor_uint16 tag, vorinfra_kind kind,
     return add(chain, tag, kind, static_cast<vor_uchar*>(bytes), length);
 }
 
-static vor_uchar* write_element(vor_uchar* to, const TLV& element)
+vor_uchar* write_element(vor_uchar* to, const TLV& element)
 {
-    const unsigned kind = unsigned(element.size) >> length_bits;
+    const unsigned kind = static_cast<unsigned>(element.size) >> length_bits;
     const unsigned length = element.size & longest_value;
     to = put(put(put(to, 2, element.type), 1, kind), 2, length);
     if (kind == VORINFRA_INT16 || kind == VORINFRA_INT32) {
-        return put(to, length, uint32_t(reinterpret_cast<uintptr_t>(element.data)));
+        return put(to, length, static_cast<uint32_t>(reinterpret_cast<uintptr_t>(element.data)));
     }
     memcpy(to, element.data, length);
     if (kind == VORINFRA_STRING) {
@@ -99,6 +103,8 @@ static vor_uchar* write_element(vor_uchar* to, const TLV& element)
     }
     return to + length;
 }
+
+} // namespace
 
 } // namespace vorinfra
 
@@ -171,7 +177,7 @@ int vorinfra_next_element(const vor_uchar* chain, vor_uint16 size, vor_uint16* c
     if (*cursor == size) {
         return 0;
     }
-    if (*cursor > size || size - *cursor < int(element_header)) {
+    if (*cursor > size || size - *cursor < static_cast<int>(element_header)) {
         return -1;
     }
     const vor_uchar* const start = chain + *cursor;
@@ -181,18 +187,18 @@ int vorinfra_next_element(const vor_uchar* chain, vor_uint16 size, vor_uint16* c
         return -1;
     }
     const vor_uchar* const value = start + element_header;
-    vor_uint16 shown = vor_uint16(length);
+    vor_uint16 shown = static_cast<vor_uint16>(length);
     vor_int32 number = 0;
     if (kind == VORINFRA_INT16 && length == 2) {
-        number = vor_int16(get(value, 2));
+        number = static_cast<vor_int16>(get(value, 2));
     } else if (kind == VORINFRA_INT32 && length == 4) {
-        number = vor_int32(get(value, 4));
+        number = static_cast<vor_int32>(get(value, 4));
     } else if (kind == VORINFRA_STRING && length > 0 && memchr(value, '\0', length) == value + length - 1) {
         shown--;
     } else if (kind != VORINFRA_RAW) {
         return -1;
     }
-    *element = {vor_uint16(get(start, 2)), vorinfra_kind(kind), shown, value, number};
-    *cursor = vor_uint16(*cursor + element_header + length);
+    *element = {static_cast<vor_uint16>(get(start, 2)), static_cast<vorinfra_kind>(kind), shown, value, number};
+    *cursor = static_cast<vor_uint16>(*cursor + element_header + length);
     return 1;
 }

@@ -42,7 +42,7 @@ vor_int32 vor_strcmp(const vor_char* left, const vor_char* right)
 
 vor_int32 vor_strlen(const vor_char* string)
 {
-    return vor_int32(strlen(string));
+    return static_cast<vor_int32>(strlen(string));
 }
 
 vor_int32 vor_atoi(const vor_char* string)

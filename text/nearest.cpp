@@ -8,9 +8,11 @@
 
 namespace vor {
 
-static constexpr std::size_t most_named = 4;
+namespace {
 
-static std::string folded(std::string_view name)
+constexpr std::size_t most_named = 4;
+
+std::string folded(std::string_view name)
 {
     std::string text(name);
     for (char& c : text) {
@@ -21,7 +23,7 @@ static std::string folded(std::string_view name)
 
 // How many letters must be changed, added, left out or swapped with their
 // neighbour to get from one word to the other.
-static std::size_t slips(std::string_view from, std::string_view to)
+std::size_t slips(std::string_view from, std::string_view to)
 {
     std::vector<std::size_t> before_last(to.size() + 1);
     std::vector<std::size_t> last(to.size() + 1);
@@ -45,8 +47,7 @@ static std::size_t slips(std::string_view from, std::string_view to)
 
 // The names at the least distance, up to the limit.
 template <class Distance>
-static std::vector<std::string> at_least_distance(std::size_t limit, std::span<const std::string> known,
-                                                  Distance distance)
+std::vector<std::string> at_least_distance(std::size_t limit, std::span<const std::string> known, Distance distance)
 {
     std::vector<std::string> found;
     for (const std::string& each : known) {
@@ -62,6 +63,8 @@ static std::vector<std::string> at_least_distance(std::size_t limit, std::span<c
     found.resize(std::min(found.size(), most_named));
     return found;
 }
+
+} // namespace
 
 std::vector<std::string> nearest(std::string_view name, std::span<const std::string> known)
 {

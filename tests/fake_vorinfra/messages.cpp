@@ -166,7 +166,9 @@ vor_int32 vor_tlv_chain_init(TLV_CHAIN* chain)
     return 0;
 }
 
-static vor_int32 add(TLV_CHAIN* chain, const Element& element)
+namespace {
+
+vor_int32 add(TLV_CHAIN* chain, const Element& element)
 {
     if (!state.chains.contains(chain)) {
         note("an element for a chain that was never begun");
@@ -182,6 +184,8 @@ static vor_int32 add(TLV_CHAIN* chain, const Element& element)
     state.chains[chain].push_back(element);
     return 0;
 }
+
+} // namespace
 
 vor_int32 vor_tlv_chain_add_str(TLV_CHAIN* chain, vor_uint16 tag, char* string)
 {

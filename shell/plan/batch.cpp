@@ -49,7 +49,8 @@ std::optional<Planned> Batch::next()
         try {
             words = words_of(line);
             if (!words.empty()) {
-                Planned planned = plan(words, secrets_, {name_, line_, 0});
+                const std::size_t call = words.size() > 1 ? words[1].column : words[0].column;
+                Planned planned = plan(words, secrets_, {name_, line_, call});
                 if (!tried_) {
                     rehearse(planned);
                 }

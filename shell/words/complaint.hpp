@@ -16,7 +16,7 @@ struct Place {
 };
 
 struct Complaint {
-    static constexpr std::size_t no_word = std::size_t(-1);
+    static constexpr std::size_t no_word = static_cast<std::size_t>(-1);
 
     std::string text;
     ExitCode exit = exit_usage;

@@ -322,7 +322,9 @@ TEST(process, outcomes_have_their_exit_codes)
           "{\"schema\":2,\"file\":\"f\",\"line\":3,\"column\":15,\"call\":\"ip "
           "set-dhcp\",\"argument\":\"config_option\",\"complaint\":\"300 is out of range, 0 to 255 is "
           "accepted\",\"exit\":2}\n",
-          2}});
+          2},
+         {"printf 'ip set-dhcp 0 1\\n  common system-restart 0\\n' > f; vorcfg batch f",
+          "f:2:10: is made only with --yes\n", 2}});
     const processes::Output site = workplace.run("vorcfg batch examples/site.conf | tail -n 1");
     EXPECT_EQ("examples/site.conf: 130 accepted, 22 sent, 4 delivered with their verdict unread, 0 failed\n",
               site.text);

@@ -18,8 +18,9 @@ namespace vorinfra {
 namespace {
 
 constexpr char sap_prefix[] = "/sap-";
-constexpr size_t longest_sap = sizeof "/sap-65535";
-constexpr size_t longest_directory = socket_path_size - longest_sap;
+constexpr size_t longest_name = sizeof "/konfd.socket"; // of what lies in it
+constexpr size_t longest_directory = socket_path_size - longest_name;
+static_assert(sizeof "/sap-65535" <= longest_name);
 
 // The directory's path as the environment gives it, without slashes at its
 // end: behind one, a symbolic link would be followed.
@@ -103,11 +104,18 @@ const char* vorinfra_directory(void)
 int vorinfra_rooted_path(const char* path, char* buffer, unsigned size)
 {
     const char* root = path[0] == '/' ? vorinfra::setting("VORINFRA_ROOT") : nullptr;
-    size_t length = root != nullptr ? strlen(root) : 0;
     if (root != nullptr && root[0] != '/') {
         vorinfra::complain("VORINFRA_ROOT is \"%s\": must be an absolute path", root);
         return -1;
     }
+    if (root == nullptr && path[0] == '/') { // this gateway's own, beside its other sockets
+        root = vorinfra_directory();
+        path = strrchr(path, '/');
+        if (root == nullptr) {
+            return -1;
+        }
+    }
+    size_t length = root != nullptr ? strlen(root) : 0;
     while (length > 0 && root[length - 1] == '/') {
         length--;
     }

@@ -1,6 +1,7 @@
 #include "endpoint.hpp"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <sys/file.h>
@@ -52,6 +53,43 @@ const Endpoint* newest_endpoint()
 namespace {
 
 // Makes way for a new socket: a file whose owner died is removed.
+// The process that holds the lock on a file, as the kernel lists it; 0: nobody any more.
+int lock_holder(int descriptor)
+{
+    struct stat status;
+    std::FILE* const locks = std::fopen("/proc/locks", "re");
+    if (locks == nullptr || fstat(descriptor, &status) != 0) {
+        return 0;
+    }
+    char line[256];
+    int holder = 0;
+    while (holder == 0 && std::fgets(line, sizeof line, locks) != nullptr) {
+        int process;
+        unsigned long inode;
+        if (std::sscanf(line, "%*d: FLOCK %*s %*s %d %*x:%*x:%lu", &process, &inode) == 2 && inode == status.st_ino) {
+            holder = process;
+        }
+    }
+    std::fclose(locks);
+    return holder;
+}
+
+// Who binds holds the directory for a moment. One that was stopped just then holds it for ever.
+bool lock(int directory, const Endpoint& endpoint)
+{
+    constexpr timespec moment{0, 2'000'000};
+    const Deadline deadline(endpoint.timeout);
+    while (flock(directory, LOCK_EX | LOCK_NB) != 0) {
+        if ((errno != EWOULDBLOCK && errno != EINTR) || deadline.remaining() <= 0) {
+            complain("cannot bind SAP %u: process %d holds the directory %s", endpoint.handle.sap_id,
+                     lock_holder(directory), endpoint.directory);
+            return false;
+        }
+        nanosleep(&moment, nullptr);
+    }
+    return true;
+}
+
 bool vacate(const sockaddr_un& address, vor_uint16 sap)
 {
     struct stat status;
@@ -82,7 +120,9 @@ bool bind_socket(Endpoint& endpoint)
     if (!directory) {
         return false;
     }
-    while (flock(directory.get(), LOCK_EX) != 0 && errno == EINTR) {}
+    if (!lock(directory.get(), endpoint)) {
+        return false;
+    }
     const vor_uint16 sap = endpoint.handle.sap_id;
     const sockaddr_un address = sap_address(endpoint.directory, sap);
     struct stat status;

@@ -51,6 +51,7 @@ bool await_answer(Endpoint& endpoint, vor_uint16 sap, Buffer& buffer)
         const Received received = receive_message(endpoint, buffer.header, buffer.data, flags);
         if (received == Received::message && buffer.header.flag == (answer_bit | endpoint.sequence) &&
             buffer.header.ipc_src_id == sap) {
+            settle_answer(buffer);
             return true;
         }
         if (received == Received::nothing && errno != EAGAIN && errno != EINTR) {

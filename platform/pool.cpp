@@ -23,6 +23,8 @@ static_assert(sizeof(VOR_IPC_MSG_HDR) == 16 && offsetof(Buffer, data) == 16);
 constexpr unsigned first_block = 16;
 constexpr unsigned most_blocks = 16;
 constexpr vor_uchar first_use_pattern = 0xa5; // shows what a caller sends without having set it
+constexpr vor_uchar not_sent_pattern = 0xa5;  // no status, whatever bytes of one were sent
+constexpr unsigned many = 64;                 // taken at once; a call holds two
 
 pthread_mutex_t guard = PTHREAD_MUTEX_INITIALIZER;
 Buffer* blocks[most_blocks];
@@ -88,6 +90,13 @@ void give_back(Buffer* buffer)
 }
 
 } // namespace
+
+void settle_answer(Buffer& buffer)
+{
+    vor_uchar* const payload = buffer.answer_payload(buffer.header.meta_data_sz);
+    memmove(payload, buffer.data + buffer.header.meta_data_sz, buffer.header.payload_sz);
+    memset(payload + buffer.header.payload_sz, not_sent_pattern, Buffer::margin);
+}
 
 Buffer* find_buffer(const void* address)
 {
@@ -155,7 +164,11 @@ vor_int32 vor_ipc_get_buffer(VOR_IPC_MSG_REF* message)
     buffer->taken = true;
     buffer->answer = false;
     buffer->unsendable = false;
-    taken_count++;
+    if (++taken_count == many) {
+        complain("%u message buffers are taken: some calls keep theirs by design until the endpoint is unbound, others "
+                 "leak",
+                 taken_count);
+    }
     *message = {&buffer->header, sizeof buffer->header + sizeof buffer->data, 0, 0};
     return 0;
 }
@@ -190,7 +203,7 @@ void* vor_ipc_get_payload_ptr(VOR_IPC_MSG_REF* message, vor_uint16 offset)
     if (buffer == nullptr || offset >= (buffer->answer ? message->payload_sz : sizeof buffer->data)) {
         return nullptr;
     }
-    return buffer->data + (buffer->answer ? message->meta_data_sz : 0) + offset;
+    return (buffer->answer ? buffer->answer_payload(message->meta_data_sz) : buffer->data) + offset;
 }
 
 unsigned vorinfra_buffers_taken(void)

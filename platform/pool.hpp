@@ -9,9 +9,16 @@ namespace vorinfra {
 
 struct Endpoint;
 
-struct Buffer {
+// Where a record's 64-bit numbers may stand.
+constexpr size_t record_alignment = 8;
+
+struct alignas(record_alignment) Buffer {
+    // What a manager did not send of a status or a record must not look sent.
+    static constexpr size_t margin = 64;
+
     VOR_IPC_MSG_HDR header; // the message begins here
     vor_uchar data[VORINFRA_DATA_MAX];
+    vor_uchar behind[record_alignment + margin]; // of an answer
 
     const Endpoint* holder; // whose unbinding takes it back
     Buffer* next_free;
@@ -19,6 +26,12 @@ struct Buffer {
     bool taken;
     bool answer;     // filled by an exchange, not by its taker
     bool unsendable; // a chain meant for it was refused
+
+    // An answer's payload, on a boundary whatever the size of its meta-data.
+    vor_uchar* answer_payload(vor_uint16 meta_data_size)
+    {
+        return data + (meta_data_size + record_alignment - 1) / record_alignment * record_alignment;
+    }
 
     size_t room_behind(const void* address) const
     {
@@ -32,6 +45,9 @@ Buffer* find_buffer(const void* address);
 // The buffer behind a reference; null, with a complaint that names the
 // operation, when there is none or it was given back.
 Buffer* referenced_buffer(const VOR_IPC_MSG_REF* message, const char* operation);
+
+// Puts the payload of an answer just received where it is looked for, with no status behind its end.
+void settle_answer(Buffer& buffer);
 
 void take_back_buffers(const Endpoint* holder);
 

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include "directory.hpp"
 #include "log.hpp"
@@ -50,6 +51,27 @@ vor_int32 vor_socket_config_unix(void* socket, vor_char* path)
     return 0;
 }
 
+namespace {
+
+// Whoever made the socket's file first is told stored secrets.
+bool is_trusted(int descriptor, const char* path)
+{
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    if (getsockopt(descriptor, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) {
+        complain("cannot tell who serves %s: %s", path, strerror(errno));
+        return false;
+    }
+    if (peer.uid != geteuid() && peer.uid != 0) {
+        complain("%s is served by user %u, not by user %u or root; nothing is sent there", path,
+                 static_cast<unsigned>(peer.uid), static_cast<unsigned>(geteuid()));
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
 vor_int32 vor_socket_connect(void* socket, vor_uchar)
 {
     const auto* const connected = static_cast<VOR_UNIX_SOCKET*>(socket);
@@ -65,7 +87,7 @@ vor_int32 vor_socket_connect(void* socket, vor_uchar)
     do {
         result = connect(connected->sock_fd, reinterpret_cast<const sockaddr*>(&address), sizeof address);
     } while (result != 0 && errno == EINTR && deadline.remaining() > 0);
-    return result;
+    return result == 0 && is_trusted(connected->sock_fd, connected->sock_path) ? 0 : -1;
 }
 
 vor_int32 vor_socket_close(void* socket, vor_uchar)
@@ -126,5 +148,8 @@ vor_int32 vor_recv(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
     do {
         received = recv(fd, buffer, static_cast<size_t>(count), flags | MSG_DONTWAIT);
     } while (received < 0 && try_again(fd, POLLIN, flags, deadline));
+    if (received < 0 && errno == EAGAIN && (flags & MSG_DONTWAIT) == 0) {
+        shutdown(fd, SHUT_RDWR); // an answer that comes yet would be taken for that to the next query
+    }
     return static_cast<vor_int32>(received);
 }

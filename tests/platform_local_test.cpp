@@ -11,7 +11,7 @@ namespace {
 
 // --- Buffers ----------------------------------------------------------------
 
-TEST_F(PlatformTest, LongestFreeBufferIsTakenFirst)
+TEST_F(PlatformTest, longest_free_buffer_is_taken_first)
 {
     VOR_IPC_MSG_REF first;
     VOR_IPC_MSG_REF second;
@@ -45,7 +45,7 @@ TEST_F(PlatformTest, LongestFreeBufferIsTakenFirst)
     }
 }
 
-TEST_F(PlatformTest, WrongReferencesAreToldAndIgnored)
+TEST_F(PlatformTest, wrong_references_are_told_and_ignored)
 {
     Message message;
     VOR_IPC_MSG_REF copy = message.ref;
@@ -60,7 +60,7 @@ TEST_F(PlatformTest, WrongReferencesAreToldAndIgnored)
     EXPECT_EQ(0U, vorinfra_buffers_taken());
 }
 
-TEST_F(PlatformTest, UnbindingTakesBackItsBuffersOnly)
+TEST_F(PlatformTest, unbinding_takes_back_its_buffers_only)
 {
     VOR_IPC_HANDLE* const client = vor_ipc_bind(client_sap, 0);
     VOR_IPC_MSG_REF held;
@@ -76,7 +76,7 @@ TEST_F(PlatformTest, UnbindingTakesBackItsBuffersOnly)
     EXPECT_NE(nullptr, kept.payload());
 }
 
-TEST_F(PlatformTest, NothingIsDoneWithoutAHandle)
+TEST_F(PlatformTest, nothing_is_done_without_a_handle)
 {
     VOR_IPC_HANDLE* const gone = vor_ipc_bind(client_sap, 0);
     EXPECT_EQ(1, vor_ipc_unbind(gone));
@@ -104,11 +104,11 @@ TEST_F(PlatformTest, NothingIsDoneWithoutAHandle)
 
 std::promise<void> fired;
 
-TEST_F(PlatformTest, TimersAreRecordedAndRunOnRequestOnly)
+TEST_F(PlatformTest, timers_are_recorded_and_run_on_request_only)
 {
     const auto newest = [] {
         std::vector<VORINFRA_TIMER> timers(vorinfra_timers(nullptr, 0));
-        vorinfra_timers(timers.data(), unsigned(timers.size()));
+        vorinfra_timers(timers.data(), static_cast<unsigned>(timers.size()));
         return timers.back();
     };
     fired = {};
@@ -128,7 +128,7 @@ TEST_F(PlatformTest, TimersAreRecordedAndRunOnRequestOnly)
     EXPECT_EQ(3U, newest().milliseconds); // set once only, or the promise would have thrown
 }
 
-TEST_F(PlatformTest, LogShowsTheLevelsAskedFor)
+TEST_F(PlatformTest, log_shows_the_levels_asked_for)
 {
     const auto log = [] { return errors_of([] { vor_dbg_log(0x8000, " in %d seconds\n", 5); }); };
     EXPECT_EQ("", log());
@@ -152,7 +152,7 @@ TEST_F(PlatformTest, LogShowsTheLevelsAskedFor)
     EXPECT_EQ("", send());
 }
 
-TEST_F(PlatformTest, StreamSocketsLieUnderTheRoot)
+TEST_F(PlatformTest, stream_sockets_lie_under_the_root)
 {
     setenv("VORINFRA_ROOT", (home + "//").c_str(), 1);
     setenv("VORINFRA_TIMEOUT_MS", "50", 1);
@@ -173,7 +173,6 @@ TEST_F(PlatformTest, StreamSocketsLieUnderTheRoot)
     const int peer = accept(listener, nullptr, nullptr);
 
     char answer[8] = "";
-    EXPECT_EQ(-1, vor_recv(socket->sock_fd, answer, sizeof answer, 0)) << "nothing came in time";
     ASSERT_EQ(3, write(peer, "-o", 3));
     EXPECT_EQ(3, vor_recv(socket->sock_fd, answer, sizeof answer, 0));
     EXPECT_STREQ("-o", answer);
@@ -182,24 +181,87 @@ TEST_F(PlatformTest, StreamSocketsLieUnderTheRoot)
     std::string large(1 << 20, 'c'); // more than the socket holds
     auto reading = std::async(std::launch::async, [&] {
         std::string copy(large.size(), ' ');
-        return recv(peer, copy.data(), copy.size(), MSG_WAITALL) == ssize_t(copy.size()) && copy == large;
+        return recv(peer, copy.data(), copy.size(), MSG_WAITALL) == static_cast<ssize_t>(copy.size()) && copy == large;
     });
-    EXPECT_EQ(vor_int32(large.size()), vor_send(socket->sock_fd, large.data(), vor_int32(large.size()), 0));
+    EXPECT_EQ(static_cast<vor_int32>(large.size()),
+              vor_send(socket->sock_fd, large.data(), static_cast<vor_int32>(large.size()), 0));
     EXPECT_TRUE(reading.get());
     setenv("VORINFRA_TIMEOUT_MS", "50", 1);
-    EXPECT_EQ(-1, vor_send(socket->sock_fd, large.data(), vor_int32(large.size()), 0)) << "nobody reads";
+    EXPECT_EQ(-1, vor_send(socket->sock_fd, large.data(), static_cast<vor_int32>(large.size()), 0)) << "nobody reads";
     close(peer);
     EXPECT_EQ(-1, vor_send(socket->sock_fd, large.data(), 1, 0)) << "and no signal";
     EXPECT_EQ(0, vor_socket_close(socket, 1));
     close(listener);
 
-    char rooted[64];
+    char rooted[108];
     EXPECT_EQ(0, vorinfra_rooted_path("relative", rooted, sizeof rooted));
     EXPECT_STREQ("relative", rooted);
+    setenv("VORINFRA_ROOT", "/", 1);
+    EXPECT_EQ(0, vorinfra_rooted_path("/tmp/konfd.socket", rooted, sizeof rooted));
+    EXPECT_STREQ("/tmp/konfd.socket", rooted);
+    unsetenv("VORINFRA_ROOT");
+    EXPECT_EQ(0, vorinfra_rooted_path("/tmp/konfd.socket", rooted, sizeof rooted));
+    EXPECT_EQ(home + "/run/konfd.socket", rooted) << "the gateway's own";
     setenv("VORINFRA_ROOT", "relative", 1);
     EXPECT_TRUE(contains(errors_of([&] { EXPECT_EQ(-1, vorinfra_rooted_path("/x", rooted, sizeof rooted)); }),
                          "must be an absolute path"));
     EXPECT_TRUE(contains(errors_of([] { EXPECT_EQ(nullptr, vor_socket_create(2, 1, 0)); }), "domain 2"));
+}
+
+// A stream to a daemon that listens at a path, made and connected.
+VOR_UNIX_SOCKET* connected(std::string path, vor_int32 result)
+{
+    auto* const socket = static_cast<VOR_UNIX_SOCKET*>(vor_socket_create(1, 1, 0));
+    EXPECT_EQ(0, vor_socket_config_unix(socket, path.data()));
+    EXPECT_EQ(result, vor_socket_connect(socket, 1));
+    return socket;
+}
+
+TEST_F(PlatformTest, an_answer_too_late_ends_its_connection)
+{
+    setenv("VORINFRA_ROOT", home.c_str(), 1);
+    setenv("VORINFRA_TIMEOUT_MS", "50", 1);
+    const int listener = raw_socket(home + "/daemon.socket", SOCK_STREAM);
+    ASSERT_EQ(0, listen(listener, 1));
+    auto* const socket = connected("/daemon.socket", 0);
+    const int peer = accept(listener, nullptr, nullptr);
+    char answer[8] = "";
+    EXPECT_EQ(-1, vor_recv(socket->sock_fd, answer, sizeof answer, 0)) << "nothing came in time";
+    EXPECT_EQ(-1, send(peer, "-o", 2, MSG_NOSIGNAL));
+    EXPECT_EQ(-1, vor_send(socket->sock_fd, answer, 1, 0)) << "the next query would get that answer";
+    EXPECT_EQ(0, vor_socket_close(socket, 1));
+    close(peer);
+    close(listener);
+}
+
+TEST_F(PlatformTest, a_stream_socket_of_another_user_is_not_talked_to)
+{
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can be another user";
+    }
+    setenv("VORINFRA_ROOT", home.c_str(), 1);
+    const int listener = raw_socket(home + "/daemon.socket", SOCK_STREAM);
+    ASSERT_EQ(0, seteuid(65534)); // who listens is who serves
+    ASSERT_EQ(0, listen(listener, 1));
+    ASSERT_EQ(0, seteuid(0));
+    const std::string errors = errors_of([] { EXPECT_EQ(0, vor_socket_close(connected("/daemon.socket", -1), 1)); });
+    EXPECT_TRUE(contains(errors, "is served by user 65534, not by user 0 or root"));
+    close(listener);
+}
+
+TEST_F(PlatformTest, many_taken_buffers_are_told_once)
+{
+    std::vector<VOR_IPC_MSG_REF> taken(200);
+    const std::string errors = errors_of([&] {
+        for (VOR_IPC_MSG_REF& message : taken) {
+            EXPECT_EQ(0, vor_ipc_get_buffer(&message));
+        }
+    });
+    EXPECT_EQ(1, std::count(errors.begin(), errors.end(), '\n')) << errors;
+    EXPECT_TRUE(contains(errors, "64 message buffers are taken"));
+    for (VOR_IPC_MSG_REF& message : taken) {
+        vor_ipc_drop_msg_buf(&message);
+    }
 }
 
 } // namespace

@@ -6,6 +6,8 @@
 #include <latch>
 #include <vector>
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 
@@ -30,7 +32,7 @@ std::string chain_text(const vor_uchar* chain, vor_uint16 size)
 
 // --- Chains -----------------------------------------------------------------
 
-TEST_F(PlatformTest, ChainArrivesWithTagsKindsAndValues)
+TEST_F(PlatformTest, chain_arrives_with_tags_kinds_and_values)
 {
     const Bound client(client_sap);
     const Bound manager(manager_sap);
@@ -55,7 +57,7 @@ TEST_F(PlatformTest, ChainArrivesWithTagsKindsAndValues)
     EXPECT_EQ(0, vor_tlv_chain_serialize(&chain, message.payload(1), &size));
     EXPECT_EQ(size, measured);
     vor_tlv_chain_free(&chain, 0);
-    ASSERT_EQ(0, vor_ipc_send(client, manager_sap, 0x7003, &message.ref, vor_uint16(size), 0));
+    ASSERT_EQ(0, vor_ipc_send(client, manager_sap, 0x7003, &message.ref, static_cast<vor_uint16>(size), 0));
 
     const VORINFRA_MESSAGE received = next(manager);
     EXPECT_EQ(client_sap, received.source);
@@ -76,7 +78,7 @@ TEST_F(PlatformTest, ChainArrivesWithTagsKindsAndValues)
     EXPECT_EQ("wxy", std::string(reinterpret_cast<const char*>(second.data), second.payload_size));
 }
 
-TEST_F(PlatformTest, RefusedChainIsNeverSent)
+TEST_F(PlatformTest, refused_chain_is_never_sent)
 {
     const Bound client(client_sap);
     const Bound manager(manager_sap);
@@ -87,7 +89,7 @@ TEST_F(PlatformTest, RefusedChainIsNeverSent)
         vor_int32 size = -1;
         vor_tlv_chain_serialize(&chain, message.payload(offset), &size);
         vor_tlv_chain_free(&chain, 0);
-        const auto length = vor_uint16(size);
+        const auto length = static_cast<vor_uint16>(size);
         if (vor_ipc_send(client, manager_sap, 0x7003, &message.ref, length, 0) == 0) {
             return std::to_string(next(manager).payload_size);
         }
@@ -114,7 +116,7 @@ TEST_F(PlatformTest, RefusedChainIsNeverSent)
     EXPECT_TRUE(contains(errors_of([&] { vor_tlv_chain_add_str(&chain, 77, nullptr); }), "tag 77 has no text"));
     errors_of([&] { EXPECT_EQ("refused, size 0", attempt(0)); });
 
-    for (const vor_uint16 offset : {vor_uint16(0), vor_uint16(1)}) {
+    for (const vor_uint16 offset : {static_cast<vor_uint16>(0), static_cast<vor_uint16>(1)}) {
         vor_tlv_chain_init(&chain);
         vor_tlv_chain_add_str(&chain, 1, large.data());
         const std::string errors =
@@ -135,7 +137,7 @@ TEST_F(PlatformTest, RefusedChainIsNeverSent)
     EXPECT_EQ("zzzzzz", std::string(reinterpret_cast<char*>(end), 6));
 }
 
-TEST_F(PlatformTest, DamagedChainsAreNoticed)
+TEST_F(PlatformTest, damaged_chains_are_noticed)
 {
     char text[] = "ab";
     vor_tlv_chain_init(&chain);
@@ -144,7 +146,9 @@ TEST_F(PlatformTest, DamagedChainsAreNoticed)
     vor_uchar whole[64];
     vor_int32 size;
     vor_tlv_chain_serialize(&chain, whole, &size);
-    const auto read = [](std::vector<vor_uchar> bytes) { return chain_text(bytes.data(), vor_uint16(bytes.size())); };
+    const auto read = [](std::vector<vor_uchar> bytes) {
+        return chain_text(bytes.data(), static_cast<vor_uint16>(bytes.size()));
+    };
     for (vor_int32 cut = 1; cut < size; cut++) {
         const std::string expected = cut == 7 ? "1 i16 2" : cut < 7 ? " | garbage" : "1 i16 2 | garbage";
         EXPECT_EQ(expected, read({whole, whole + cut})) << cut;
@@ -160,7 +164,7 @@ TEST_F(PlatformTest, DamagedChainsAreNoticed)
 
 // --- Binding ----------------------------------------------------------------
 
-TEST_F(PlatformTest, SapHasOneOwner)
+TEST_F(PlatformTest, sap_has_one_owner)
 {
     {
         const Bound first(manager_sap);
@@ -174,7 +178,7 @@ TEST_F(PlatformTest, SapHasOneOwner)
     EXPECT_EQ(4U, fs::file_size(socket_file(manager_sap)));
 }
 
-TEST_F(PlatformTest, DeadOwnerIsReplacedByExactlyOne)
+TEST_F(PlatformTest, dead_owner_is_replaced_by_exactly_one)
 {
     ASSERT_NE(nullptr, vorinfra_directory());
     for (int round = 0; round < 500; round++) {
@@ -202,7 +206,7 @@ TEST_F(PlatformTest, DeadOwnerIsReplacedByExactlyOne)
     }
 }
 
-TEST_F(PlatformTest, UnusableDirectoriesAreRefused)
+TEST_F(PlatformTest, unusable_directories_are_refused)
 {
     const auto refusal = [](const std::string& directory) {
         setenv("VORINFRA_DIR", directory.c_str(), 1);
@@ -235,7 +239,7 @@ TEST_F(PlatformTest, UnusableDirectoriesAreRefused)
     }
 
     // The longest name that works holds the longest socket name.
-    const std::string longest = home + "/" + std::string(97 - home.size() - 1, 'd');
+    const std::string longest = home + "/" + std::string(94 - home.size() - 1, 'd');
     setenv("VORINFRA_DIR", longest.c_str(), 1);
     EXPECT_NE(nullptr, Bound(65535));
     EXPECT_EQ(longest, vorinfra_directory());
@@ -248,7 +252,7 @@ TEST_F(PlatformTest, UnusableDirectoriesAreRefused)
     unsetenv("XDG_RUNTIME_DIR");
 }
 
-TEST_F(PlatformTest, SenselessSettingsFailTheBinding)
+TEST_F(PlatformTest, senseless_settings_fail_the_binding)
 {
     const std::pair<const char*, std::vector<const char*>> settings[] = {
         {"VORINFRA_TIMEOUT_MS", {"soon", "-1", "0", "600001", "99999999999999", "10ms", " 10", "0x"}},
@@ -268,7 +272,7 @@ TEST_F(PlatformTest, SenselessSettingsFailTheBinding)
 
 // --- The exchange -----------------------------------------------------------
 
-TEST_F(PlatformTest, AnswerIsReadByOffset)
+TEST_F(PlatformTest, answer_is_read_by_offset)
 {
     const Bound client(client_sap);
     const Bound manager(manager_sap);
@@ -277,7 +281,7 @@ TEST_F(PlatformTest, AnswerIsReadByOffset)
             const VORINFRA_MESSAGE request = next(manager);
             EXPECT_EQ(1, request.answer_wanted);
             EXPECT_EQ(0, vorinfra_answer(manager, &request, request.id + 0x50000, answer_payload.data(),
-                                         vor_uint16(answer_payload.size())));
+                                         static_cast<vor_uint16>(answer_payload.size())));
         });
         Message request;
         Message answer;
@@ -287,7 +291,7 @@ TEST_F(PlatformTest, AnswerIsReadByOffset)
         EXPECT_EQ(nullptr, vor_ipc_get_meta_data_ptr(&answer.ref));
         std::string seen;
         for (vor_uint16 offset = 0; const vor_uchar* const byte = answer.payload(offset); offset++) {
-            seen += char(*byte);
+            seen += static_cast<char>(*byte);
         }
         EXPECT_EQ(answer_payload, seen);
     };
@@ -296,7 +300,7 @@ TEST_F(PlatformTest, AnswerIsReadByOffset)
     exchange(std::string(4096, 'r'));
 }
 
-TEST_F(PlatformTest, OnlyTheAnswerToThisRequestCounts)
+TEST_F(PlatformTest, only_the_answer_to_this_request_counts)
 {
     const Bound manager(manager_sap);
     const Bound stranger(8);
@@ -347,7 +351,56 @@ TEST_F(PlatformTest, OnlyTheAnswerToThisRequestCounts)
     }
 }
 
-TEST_F(PlatformTest, NothingWaitsForEver)
+// What a manager that keeps to nothing sends: as little as it likes, behind as much meta-data as it likes.
+TEST_F(PlatformTest, an_answer_is_what_was_sent_and_lies_on_a_boundary)
+{
+    ASSERT_NE(nullptr, vorinfra_directory());
+    const Bound client(client_sap);
+    const int manager = raw_socket(socket_file(manager_sap), SOCK_DGRAM);
+    sockaddr_un to{};
+    to.sun_family = AF_UNIX;
+    socket_file(client_sap).copy(to.sun_path, sizeof to.sun_path - 1);
+    for (const vor_uint16 meta_data_size : std::initializer_list<vor_uint16>{0, 1, 7, 8}) {
+        for (const vor_uint16 payload_size : std::initializer_list<vor_uint16>{1, 2, 3, 4, 24}) {
+            auto answering = std::async(std::launch::async, [&] {
+                VOR_IPC_MSG_HDR header;
+                EXPECT_EQ(static_cast<ssize_t>(sizeof header), recv(manager, &header, sizeof header, 0));
+                header = {manager_sap,  client_sap,    1, static_cast<vor_uint16>(header.flag | 0x8000),
+                          payload_size, meta_data_size};
+                std::string bytes(reinterpret_cast<char*>(&header), sizeof header);
+                bytes.append(meta_data_size, 'm').append(payload_size, '\0');
+                sendto(manager, bytes.data(), bytes.size(), 0, reinterpret_cast<sockaddr*>(&to), sizeof to);
+            });
+            Message request;
+            Message answer;
+            EXPECT_EQ(0, vor_ipc_request_response(client, manager_sap, 1, &request.ref, &answer.ref, 0, 0));
+            answering.get();
+            vor_uchar* const payload = answer.payload();
+            ASSERT_NE(nullptr, payload);
+            EXPECT_EQ(0U, reinterpret_cast<uintptr_t>(payload) % 8) << meta_data_size;
+            vor_int32 status;
+            std::memcpy(&status, payload, sizeof status);
+            EXPECT_EQ(payload_size >= sizeof status, status == 0) << payload_size << " bytes were sent";
+            EXPECT_EQ(nullptr, answer.payload(payload_size));
+        }
+    }
+    close(manager);
+    fs::remove(socket_file(manager_sap));
+}
+
+TEST_F(PlatformTest, a_process_stopped_while_binding_is_named)
+{
+    setenv("VORINFRA_TIMEOUT_MS", "40", 1);
+    ASSERT_NE(nullptr, vorinfra_directory());
+    const int held = open((home + "/run").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(0, flock(held, LOCK_EX));
+    const std::string errors = errors_of([] { EXPECT_EQ(nullptr, Bound(manager_sap)); });
+    close(held);
+    EXPECT_TRUE(contains(errors, "process " + std::to_string(getpid()) + " holds the directory " + home + "/run"));
+    EXPECT_NE(nullptr, Bound(manager_sap));
+}
+
+TEST_F(PlatformTest, nothing_waits_for_ever)
 {
     setenv("VORINFRA_TIMEOUT_MS", "40", 1);
     const Bound client(client_sap);

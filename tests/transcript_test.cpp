@@ -63,7 +63,7 @@ std::vector<fs::path> documents()
 
 class Transcript : public testing::TestWithParam<fs::path> {};
 
-TEST_P(Transcript, IsWhatHappens)
+TEST_P(Transcript, is_what_happens)
 {
     const processes::Workplace workplace;
     processes::Gateway gateway(workplace, {"--strict"});
@@ -81,7 +81,7 @@ TEST_P(Transcript, IsWhatHappens)
     EXPECT_EQ(gateway.stop(SIGTERM), 0) << "vorsim complained in strict mode";
 }
 
-INSTANTIATE_TEST_SUITE_P(Documents, Transcript, testing::ValuesIn(documents()), [](const auto& each) {
+INSTANTIATE_TEST_SUITE_P(documents, Transcript, testing::ValuesIn(documents()), [](const auto& each) {
     std::string name = fs::relative(each.param, VOR_SOURCE_DIR).replace_extension().string();
     std::replace_if(
         name.begin(), name.end(), [](char c) { return std::isalnum(static_cast<unsigned char>(c)) == 0; }, '_');

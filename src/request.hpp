@@ -11,10 +11,10 @@
 // is written out from the steps of an Exchange.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <type_traits>
-#include <utility>
 
 #include "elements.hpp"
 
@@ -49,20 +49,18 @@ struct alignas(Head) Description {
     Slot slots[head_slots + count];
 };
 
-template <std::size_t... index, std::size_t count>
-consteval Description<count> joined(std::index_sequence<index...>, Head head, const Slot (&slots)[count])
+template <std::size_t count>
+consteval Description<count> joined(Head head, const Slot (&slots)[count])
 {
+    Description<count> description{};
     const auto front = std::bit_cast<std::array<Slot, head_slots>>(head);
-    Description<count> description{{front[index]...}};
-    for (std::size_t i = 0; i < count; ++i) {
-        description.slots[head_slots + i] = slots[i];
-    }
+    std::copy_n(slots, count, std::copy_n(front.begin(), head_slots, description.slots));
     return description;
 }
 
-template <class Part, Policy place>
-constexpr bool leads_at = std::is_same_v<Part, LeadingByte<place>>;
-template <class Part, bool record>
+template <class Element, Policy place>
+constexpr bool leads_at = std::is_same_v<Element, LeadingByte<place>>;
+template <class Leading, bool record>
 constexpr bool belongs = true;
 template <Kind kind, vor_uchar tag, bool in_record, bool record>
 constexpr bool belongs<Element<kind, tag, in_record>, record> = in_record == record;
@@ -82,7 +80,7 @@ consteval bool fits()
 
 // `static`, not `inline`: a weak constant would be reached through the GOT on ARM.
 template <Frame frame, MessageId id, vor_uint16 record_length, class... Elements>
-static constexpr auto description = joined(std::make_index_sequence<head_slots>(), Head{id, frame, record_length},
+static constexpr auto description = joined(Head{id, frame, record_length},
                                            {Slot{Elements::tag, Elements::kind}..., Slot{0, Kind::end}});
 
 template <Frame frame, MessageId id, vor_uint16 record_length, Policy place, class... Elements>

@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 const std::string set_ssid = "-s -l \"ssid site4\" -r \"^ssid \" \"interface wlan0\"";
 const std::string set_password = "-s -l \"password hunter2\" -r \"^password \" \"interface wlan0\" \"ssid site4\"";
 
-TEST(Konfd, KeepsATreeInOrder)
+TEST(konfd_daemon, keeps_a_tree_in_order)
 {
     struct Step {
         const char* command;
@@ -46,7 +46,7 @@ TEST(Konfd, KeepsATreeInOrder)
     }
 }
 
-TEST(Konfd, RefusesWhatItCannotReadAndChangesNothing)
+TEST(konfd_daemon, refuses_what_it_cannot_read_and_changes_nothing)
 {
     const std::string long_line = "-s -l \"" + std::string(1025, 'x') + '"';
     const std::pair<const char*, const char*> table[] = {
@@ -80,7 +80,7 @@ TEST(Konfd, RefusesWhatItCannotReadAndChangesNothing)
     EXPECT_EQ("", konfd.text());
 }
 
-TEST(Konfd, IsNotHarmedByAPattern)
+TEST(konfd_daemon, is_not_harmed_by_a_pattern)
 {
     std::string nested = "a";
     for (int depth = 0; depth < 40; ++depth) {
@@ -98,7 +98,7 @@ TEST(Konfd, IsNotHarmedByAPattern)
     }
 }
 
-TEST(Konfd, FillsUpAndGoesOn)
+TEST(konfd_daemon, fills_up_and_goes_on)
 {
     Konfd konfd;
     int kept = 0;
@@ -114,7 +114,7 @@ TEST(Konfd, FillsUpAndGoesOn)
     EXPECT_EQ("interface wlan0\n  ssid site4\n", konfd.text());
 }
 
-TEST(Konfd, MasksSecretsInLinesPatternsAndPaths)
+TEST(konfd_daemon, masks_secrets_in_lines_patterns_and_paths)
 {
     for (const bool shown : {false, true}) {
         Konfd konfd(shown);
@@ -157,7 +157,7 @@ private:
     }
 };
 
-TEST_F(Client, IsAnsweredOnceForEachEndedText)
+TEST_F(Client, is_answered_once_for_each_ended_text)
 {
     const std::string padded = set_ssid + '\0' + std::string(5, ' '); // as long as the library counts it
     send(padded);
@@ -172,7 +172,7 @@ TEST_F(Client, IsAnsweredOnceForEachEndedText)
     EXPECT_FALSE(session.deadline());
 }
 
-TEST_F(Client, IsAnsweredOnceForAPairWithoutEnds)
+TEST_F(Client, is_answered_once_for_a_pair_without_ends)
 {
     send(set_ssid + set_password);
     EXPECT_EQ("", heard());
@@ -188,7 +188,7 @@ TEST_F(Client, IsAnsweredOnceForAPairWithoutEnds)
     EXPECT_EQ("-e\n", heard()) << "one verdict for both";
 }
 
-TEST_F(Client, LeavesNoStaleAnswerBehind)
+TEST_F(Client, leaves_no_stale_answer_behind)
 {
     send(set_ssid);
     wait(patience);
@@ -202,7 +202,7 @@ TEST_F(Client, LeavesNoStaleAnswerBehind)
     EXPECT_EQ("-o\n", heard());
 }
 
-TEST_F(Client, IsGivenTimeToFinishACommand)
+TEST_F(Client, is_given_time_to_finish_a_command)
 {
     send("-d -s -l \"interface eth0\" -r \"interface ");
     wait(patience / 2);
@@ -215,7 +215,7 @@ TEST_F(Client, IsGivenTimeToFinishACommand)
     EXPECT_EQ("-e\n", heard());
 }
 
-TEST_F(Client, GetsNoMoreAtOnceThanTheLibraryReceives)
+TEST_F(Client, gets_no_more_at_once_than_the_library_receives)
 {
     for (int line = 0; line < 10; ++line) {
         konfd.execute("-s -l \"interface number " + std::to_string(line) + "\"");
@@ -226,7 +226,7 @@ TEST_F(Client, GetsNoMoreAtOnceThanTheLibraryReceives)
     EXPECT_EQ("-o\n", heard().substr(0, 3));
 }
 
-TEST_F(Client, MaySendAnything)
+TEST_F(Client, may_send_anything)
 {
     const std::string endless(1000, 'x');
     for (int part = 0; part < 100; ++part) {

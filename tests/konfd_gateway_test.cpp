@@ -40,7 +40,7 @@ vor_int32 send_query(vor_uchar operation, const char* key, const char* value, co
 
 // Each verdict is its own exchange's: padding makes no further command, and no
 // answer is left over for the next.
-TEST_F(KonfdGateway, AnswersEveryExchangeOnOneConnection)
+TEST_F(KonfdGateway, answers_every_exchange_on_one_connection)
 {
     constexpr vor_uchar set = 1;
     constexpr vor_uchar check = 2;
@@ -57,7 +57,7 @@ TEST_F(KonfdGateway, AnswersEveryExchangeOnOneConnection)
     vor_cfg_remove_sock_endpoint();
 }
 
-TEST_F(KonfdGateway, TakesTheLongestWiFiNetworkWhole)
+TEST_F(KonfdGateway, takes_the_longest_wifi_network_whole)
 {
     const std::string ssid(32, 's');
     const std::string passphrase = std::string(62, 'p') + "!";

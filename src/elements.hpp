@@ -8,7 +8,7 @@
 
 #include "frame.hpp"
 
-namespace [[gnu::visibility("hidden")]] device_mgmt {
+namespace device_mgmt {
 
 enum class Kind : vor_uchar {
     int16,
@@ -140,4 +140,4 @@ requires(sizeof(Member) == 2) auto number_field(vor_char* text)
 #define ADDRESS_FIELD(record, member) address_field<offsetof(record, member)>
 #define NUMBER_FIELD(record, member) number_field<offsetof(record, member), decltype(record::member)>
 
-} // namespace gnu::visibility("hidden")]]device_mgmt
+} // namespace device_mgmt

@@ -3,7 +3,7 @@
 
 #include <vorinfra.h>
 
-namespace [[gnu::visibility("hidden")]] device_mgmt {
+namespace device_mgmt {
 
 enum class Policy : vor_uint16 {
     clears_errno = 1 << 0,           // vor_errno is 0 from the start, however the call ends
@@ -73,4 +73,4 @@ consteval bool coherent()
     return true;
 }
 
-} // namespace gnu::visibility("hidden")]]device_mgmt
+} // namespace device_mgmt

@@ -18,7 +18,9 @@
 
 #include "elements.hpp"
 
-namespace [[gnu::visibility("hidden")]] device_mgmt {
+#pragma GCC visibility push(hidden)
+
+namespace device_mgmt {
 
 // --- Return codes ---------------------------------------------------------
 
@@ -196,4 +198,6 @@ template <class Record, Frame frame, MessageId id, vor_uint16 record_length, cla
         request_statistics(describe<frame, id, record_length, Elements...>(), elements.value...));
 }
 
-} // namespace gnu::visibility("hidden")]]device_mgmt
+} // namespace device_mgmt
+
+#pragma GCC visibility pop

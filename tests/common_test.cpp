@@ -127,15 +127,15 @@ TEST(endpoint, a_failed_connection_keeps_its_socket)
 {
     const struct {
         void (*script)();
-        vor_int16 result;
         const char* events;
+        vor_int16 result;
         bool socket;
     } rows[] = {
-        {[] { fake::script.socket_missing = true; }, -1, "socket 1 1 0", false},
-        {[] { fake::script.config_result = -1; }, -1, "socket 1 1 0; unix /tmp/konfd.socket", true},
-        {[] { fake::script.connect_result = -1; }, -1, "socket 1 1 0; unix /tmp/konfd.socket; connect 1", true},
-        {[] { fake::script.config_result = fake::script.connect_result = -2; }, 0,
-         "socket 1 1 0; unix /tmp/konfd.socket; connect 1", true},
+        {[] { fake::script.socket_missing = true; }, "socket 1 1 0", -1, false},
+        {[] { fake::script.config_result = -1; }, "socket 1 1 0; unix /tmp/konfd.socket", -1, true},
+        {[] { fake::script.connect_result = -1; }, "socket 1 1 0; unix /tmp/konfd.socket; connect 1", -1, true},
+        {[] { fake::script.config_result = fake::script.connect_result = -2; },
+         "socket 1 1 0; unix /tmp/konfd.socket; connect 1", 0, true},
     };
     for (const auto& row : rows) {
         fake::reset();

@@ -140,7 +140,7 @@ void bare_datagrams(benchmark::State& state)
                                  _exit(1);
                              }
                          });
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         if (!send_bytes(descriptor, answerer, request) ||
             recv(descriptor, buffer.data(), buffer.size(), 0) != answer_size) {
             state.SkipWithError("no answer");
@@ -170,7 +170,7 @@ void answered_call(benchmark::State& state)
         state.SkipWithError("no endpoint");
         return;
     }
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         if (vor_set_ntp_server(ntp_server, 123, 1) != 0) {
             state.SkipWithError("not accepted");
             break;
@@ -183,7 +183,7 @@ void serialized_chain(benchmark::State& state)
 {
     std::array<vor_uchar, 64> payload;
     vor_int32 size = 0;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         TLV_CHAIN chain;
         vor_tlv_chain_init(&chain);
         vor_tlv_chain_add_str(&chain, 1, ntp_server);
@@ -206,7 +206,7 @@ void konfd_command(benchmark::State& state)
     vor_cfg_proto_set_line_string(query, ssid.data(), network.data());
     vor_cfg_proto_set_pattern_string(query, 2, ssid.data(), nullptr);
     vor_cfg_proto_append_path_elm(query, interface.data(), wlan.data());
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         vor_int32 length = 0;
         vor_char* const command = vor_cfg_proto_get_command(query, &length);
         benchmark::DoNotOptimize(command);

@@ -5,12 +5,14 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "frame.hpp"
+#include "request.hpp"
+
+using namespace device_mgmt;
 
 namespace {
 
 constexpr Frame restart = sap(0) | one_way | null_payload_drops;
-constexpr vor_uint32 restart_notice = 12;
+constexpr MessageId restart_notice = 12;
 constexpr vor_uint16 restart_log = 0x8000;
 
 VOR_IPC_HANDLE* p_ipc_handle;

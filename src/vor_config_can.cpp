@@ -1,13 +1,15 @@
 // CAN ports and peers (canmgr).
 #include <device_mgmt/can.h>
 
-#include "frame.hpp"
+#include "request.hpp"
+
+using namespace device_mgmt;
 
 namespace {
 
 constexpr Frame can = sap(19) | clears_errno;        // answers compared in all 32 bits, lone request kept
 constexpr Frame can_text = can | null_payload_keeps; // the two text calls look at the payload area first
-constexpr vor_uint32 can_setting = 0x13003;
+constexpr MessageId can_setting = 0x13003;
 
 } // namespace
 

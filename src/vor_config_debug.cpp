@@ -5,14 +5,16 @@
 
 #include <cstring>
 
-#include "frame.hpp"
+#include "request.hpp"
+
+using namespace device_mgmt;
 
 namespace {
 
 constexpr Frame debug_record = sap(0) | one_way | null_payload_drops;
-constexpr vor_uint32 debug_level = 27;
+constexpr MessageId debug_level = 27;
 constexpr Frame log_file = sap(2) | one_way | null_payload_drops;
-constexpr vor_uint32 log_file_upload = 0x2028;
+constexpr MessageId log_file_upload = 0x2028;
 
 struct Word {
     vor_char name[10]; // no pointers: nothing to relocate
@@ -70,27 +72,27 @@ vor_int32 vor_cfg_set_debug_info(vor_boolean en_dis_flag, vor_char* task_name, v
         vor_ipc_debug(handle, module->number);
         return ok;
     }
-    Call call;
-    const vor_int32 code = prepare<debug_record, sizeof(LOG_INFO)>(
-        call, FIELD(LOG_INFO, log_level)(en_dis_flag != 0 ? mask->number : vor_uchar{0}),
+    Exchange exchange;
+    const vor_int32 code = exchange.prepare<debug_record, debug_level, sizeof(LOG_INFO)>(
+        FIELD(LOG_INFO, log_level)(en_dis_flag != 0 ? mask->number : vor_uchar{0}),
         FIELD(LOG_INFO, sap_id)(module->number));
     if (code != ok) {
         return code;
     }
-    vor_strcpy(reinterpret_cast<vor_char*>(call.payload) + offsetof(LOG_INFO, proc_name), task_name);
-    post(call, debug_record, debug_level); // whether it was sent is not reported
+    vor_strcpy(reinterpret_cast<vor_char*>(exchange.payload) + offsetof(LOG_INFO, proc_name), task_name);
+    exchange.send(); // whether it was sent is not reported
     return ok;
 }
 
 vor_int32 vor_cfg_set_log_file(vor_int32 set_option, vor_char* name, vor_char* log_file_name, vor_char* ip_address,
                                vor_char* user_name, vor_char* password, vor_int32 upload_frequency)
 {
-    Call call;
-    const vor_int32 code = prepare<log_file, sizeof(LOG_UPLOAD_FILE_INFO)>(call);
+    Exchange exchange;
+    const vor_int32 code = exchange.prepare<log_file, log_file_upload, sizeof(LOG_UPLOAD_FILE_INFO)>();
     if (code != ok) {
         return code;
     }
-    auto* const info = reinterpret_cast<LOG_UPLOAD_FILE_INFO*>(call.payload);
+    auto* const info = reinterpret_cast<LOG_UPLOAD_FILE_INFO*>(exchange.payload);
     vor_char* const end = reinterpret_cast<vor_char*>(info + 1);
     if (set_option >= 1 && set_option <= 3) { // any other option sends the buffer as it is
         info->set_option = set_option;
@@ -105,5 +107,5 @@ vor_int32 vor_cfg_set_log_file(vor_int32 set_option, vor_char* name, vor_char* l
             info->upload_frequency = upload_frequency;
         }
     }
-    return post(call, log_file, log_file_upload);
+    return exchange.send();
 }

@@ -1,7 +1,9 @@
 // The gateway device's identity, kept by the tower-monitoring manager.
 #include <device_mgmt/devicename.h>
 
-#include "frame.hpp"
+#include "request.hpp"
+
+using namespace device_mgmt;
 
 namespace {
 

@@ -1,7 +1,9 @@
 // Digital inputs and outputs (gpiomgr).
 #include <device_mgmt/gpio.h>
 
-#include "frame.hpp"
+#include "request.hpp"
+
+using namespace device_mgmt;
 
 namespace {
 
@@ -9,7 +11,7 @@ constexpr Frame gpio = sap(4) | clears_errno | id_low_half; // lone request kept
 constexpr Frame gpio_named = gpio | null_payload_keeps;     // the name call alone looks at the payload area first
 constexpr Frame gpio_output = sap(4) | clears_errno | one_way | null_payload_keeps;
 constexpr Frame gpio_counters = sap(4) | id_low_half | null_payload_drops | refused_keeps_response;
-constexpr vor_uint32 gpio_setting = 0x4004;
+constexpr MessageId gpio_setting = 0x4004;
 
 } // namespace
 

@@ -1,12 +1,14 @@
 // The cellular data connection.
 #include <device_mgmt/gsm.h>
 
-#include "frame.hpp"
+#include "request.hpp"
+
+using namespace device_mgmt;
 
 namespace {
 
 constexpr Frame gsm = sap(12) | clears_errno; // answers compared in all 32 bits, lone request kept
-constexpr vor_uint32 gsm_setting = 0xc00a;    // the text's tag tells which
+constexpr MessageId gsm_setting = 0xc00a;     // the text's tag tells which
 
 } // namespace
 

@@ -1,7 +1,9 @@
 // The gateway's host name (datamgr).
 #include <device_mgmt/hostname.h>
 
-#include "frame.hpp"
+#include "request.hpp"
+
+using namespace device_mgmt;
 
 namespace {
 

@@ -4,7 +4,9 @@
 #include <arpa/inet.h>
 #include <cstdlib>
 
-#include "frame.hpp"
+#include "request.hpp"
+
+using namespace device_mgmt;
 
 namespace {
 
@@ -14,13 +16,13 @@ constexpr Frame eth_option = eth | option_byte | null_payload_drops;
 constexpr Frame eth_twice = eth_option | request_dropped_last; // the access point's request may go out again
 constexpr Frame route = sap(7) | one_way | null_payload_keeps;
 
-constexpr vor_uint32 first_interface_address = 0x7003;
-constexpr vor_uint32 other_interface_address = 0x7005;
-constexpr vor_uint32 access_point = 0x7014;
-constexpr vor_uint32 access_point_notice = 2; // to SAP 0
+constexpr MessageId first_interface_address = 0x7003;
+constexpr MessageId other_interface_address = 0x7005;
+constexpr MessageId access_point = 0x7014;
+constexpr MessageId access_point_notice = 2; // to SAP 0
 
-constexpr vor_uint32 route_status = 0x700e;
-constexpr vor_uint32 ip_routing = 0x700f;
+constexpr MessageId route_status = 0x700e;
+constexpr MessageId ip_routing = 0x700f;
 
 constexpr vor_int16 dns_servers_max = 4;
 constexpr vor_int32 too_many_dns_servers = -1151;
@@ -39,27 +41,32 @@ constexpr vor_int32 too_many_dns_servers = -1151;
 vor_int32 vor_cfg_set_ip_address(vor_uchar interface_number, vor_char* ip_address, vor_char* subnet_mask,
                                  vor_uchar config_option)
 {
-    Call call;
-    const vor_uint32 id = interface_number == 0 ? first_interface_address : other_interface_address;
-    vor_int32 code = prepare<eth_record | clears_errno, sizeof(VOR_ETH_CONFIG_IP)>(call);
+    Exchange exchange;
+    vor_int32 code = exchange.prepare<eth_record | clears_errno, first_interface_address, sizeof(VOR_ETH_CONFIG_IP)>();
     if (code != ok) {
         return code;
     }
-    auto* const config = reinterpret_cast<VOR_ETH_CONFIG_IP*>(call.payload);
+    auto* const config = reinterpret_cast<VOR_ETH_CONFIG_IP*>(exchange.payload);
     config->eth_int_number = interface_number;
     config->eth_conf_option = config_option;
     config->ip_address = network_address(ip_address);
     config->subnet_mask = network_address(subnet_mask);
     if (interface_number > 2) { // no message for it: ends like an answer without status
-        return settle(call, eth_record, nullptr);
+        return exchange.finish(nullptr);
     }
-    code = exchange(call, eth_record, id);
+    if (interface_number != 0) {
+        exchange.id = other_interface_address;
+    }
+    code = exchange.send_and_receive();
     if (code != ok) {
         return code;
     }
     // Either of the two ids is accepted, whichever was sent.
-    const bool other = answers(call, eth_record, other_interface_address);
-    return verdict(call, eth_record, other ? other_interface_address : first_interface_address);
+    exchange.id = other_interface_address;
+    if (!exchange.answer_matches()) {
+        exchange.id = first_interface_address;
+    }
+    return exchange.finish();
 }
 
 vor_int32 vor_cfg_set_ipv6_address(vor_uint16 interface_number, vor_char* ip_address, vor_char config_option)
@@ -91,26 +98,28 @@ vor_int32 vor_cfg_set_interface_security_params(vor_uchar interface_number, vor_
 vor_int32 vor_cfg_set_access_point_params(vor_uint16 intr_num, vor_char* passwd, vor_char* ssid, vor_uint16 protocol,
                                           vor_uint16 country_code, vor_char config_option)
 {
-    Call call;
-    vor_int32 code = prepare<eth_twice>(call, option(config_option), int16<1>(intr_num), str<2>(ssid),
-                                        int16<3>(protocol), str<4>(passwd), int16<20>(country_code));
+    Exchange exchange;
+    vor_int32 code =
+        exchange.prepare<eth_twice, access_point>(option(config_option), int16<1>(intr_num), str<2>(ssid),
+                                                  int16<3>(protocol), str<4>(passwd), int16<20>(country_code));
     if (code != ok) {
         return code;
     }
-    code = exchange(call, eth_twice, access_point);
+    code = exchange.send_and_receive();
     if (code != ok) {
         return code;
     }
     const void* status = nullptr;
-    code = look(call, eth_twice, access_point, status);
+    code = exchange.read_status(status);
     if (code != ok) {
         return code;
     }
     if (!accepted(status)) {
-        return settle(call, eth_twice, status);
+        return exchange.finish(status);
     }
-    const vor_int32 sent = vor_ipc_send(call.handle, 0, access_point_notice, &call.request, call.length, 0);
-    drop_both(call);
+    const vor_int32 sent =
+        vor_ipc_send(exchange.handle, 0, access_point_notice.number, &exchange.request, exchange.length, 0);
+    exchange.drop_buffers();
     return sent != 0 ? undelivered : ok;
 }
 
@@ -147,7 +156,7 @@ vor_int32 vor_cfg_set_dhcp_server_dns(vor_char* pool_name, vor_int16 dns_server_
     if (dns_server_num > dns_servers_max) {
         return too_many_dns_servers;
     }
-    Arguments servers{};
+    Texts servers{};
     servers.count = dns_server_num;
     va_start(servers.list, config_option);
     const vor_int32 code = request<eth_option, 0x700b>(option(config_option), str<9>(pool_name),
@@ -162,7 +171,7 @@ vor_int32 vor_cfg_set_dhcp_server_dns_client(vor_char* def_search_domain, vor_ch
     if (dns_server_num > dns_servers_max) {
         return too_many_dns_servers;
     }
-    Arguments servers{};
+    Texts servers{};
     servers.count = dns_server_num;
     va_start(servers.list, dns_server_num);
     const vor_int32 code = request<route, 0x700d>(str<21>(def_search_domain), number<1>(intr_num),
@@ -213,24 +222,24 @@ vor_int32 vor_cfg_set_default_gateway(vor_char* def_gateway, vor_char* iface_num
 
 vor_int32 vor_cfg_show_route_status(vor_char* iface_num)
 {
-    Call call;
-    const vor_int32 code = prepare<eth_record, sizeof(VOR_INTERFACE)>(call);
+    Exchange exchange;
+    const vor_int32 code = exchange.prepare<eth_record, route_status, sizeof(VOR_INTERFACE)>();
     if (code != ok) {
         return code;
     }
-    *call.payload = static_cast<vor_uchar>(iface_num == nullptr ? 0 : std::atoi(iface_num));
-    return conclude(call, eth_record, route_status);
+    *exchange.payload = static_cast<vor_uchar>(iface_num == nullptr ? 0 : std::atoi(iface_num));
+    return exchange.send_and_finish();
 }
 
 vor_int32 vor_cfg_enable_ip_routing(vor_char* enable_status)
 {
-    Call call;
-    const vor_int32 code = prepare<route, sizeof(VOR_ETH_ROUTE_EN)>(call);
+    Exchange exchange;
+    const vor_int32 code = exchange.prepare<route, ip_routing, sizeof(VOR_ETH_ROUTE_EN)>();
     if (code != ok) {
         return code;
     }
-    *reinterpret_cast<vor_uint32*>(call.payload) = number_in(enable_status);
-    return post(call, route, ip_routing);
+    *reinterpret_cast<vor_uint32*>(exchange.payload) = number_in(enable_status);
+    return exchange.send();
 }
 
 vor_int32 vor_cfg_set_via_route(vor_char* ip_address, vor_char* via_address)

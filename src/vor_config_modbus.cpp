@@ -2,16 +2,18 @@
 // eighteen calls; the order of the elements is each call's own.
 #include <device_mgmt/modbus.h>
 
-#include "frame.hpp"
+#include "request.hpp"
+
+using namespace device_mgmt;
 
 namespace {
 
 constexpr Frame modbus = sap(20) | clears_errno;              // answers compared in all 32 bits, lone request kept
 constexpr Frame modbus_guarded = modbus | null_payload_keeps; // looks at the payload area first
 
-constexpr vor_uint32 serial_slave = 0x14003;
-constexpr vor_uint32 register_group = 0x14006;
-constexpr vor_uint32 tcp_slave = 0x14008;
+constexpr MessageId serial_slave = 0x14003;
+constexpr MessageId register_group = 0x14006;
+constexpr MessageId tcp_slave = 0x14008;
 
 } // namespace
 

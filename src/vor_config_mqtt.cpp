@@ -3,7 +3,9 @@
 
 #include <cstdio>
 
-#include "frame.hpp"
+#include "request.hpp"
+
+using namespace device_mgmt;
 
 namespace {
 
@@ -11,7 +13,7 @@ constexpr Frame mqtt_service =
     sap(15) | lone_request_dropped | option_byte | null_payload_drops | id_low_half | request_dropped_last;
 constexpr Frame mqtt = mqtt_service | empty_answer_keeps; // credentials and server alone give back on an empty answer
 constexpr Frame session = sap(15) | one_way | null_payload_drops | sent_buffer_kept;
-constexpr vor_uint32 mqtt_setting = 0xf005;
+constexpr MessageId mqtt_setting = 0xf005;
 
 } // namespace
 
@@ -26,14 +28,15 @@ vor_int32 vor_cfg_set_mqtt_server_config(vor_char* service_name, vor_uchar proto
                                          vor_int16 port_number, vor_uchar server_type, vor_uchar config_option)
 {
     std::puts("entrd api");
-    Call call;
-    const vor_int32 code = prepare<mqtt_service>(call, option(config_option), str<10>(service_name), int16<6>(protocol),
-                                                 str<7>(ip_address), int16<8>(port_number), byte<32>(server_type));
+    Exchange exchange;
+    const vor_int32 code =
+        exchange.prepare<mqtt_service, mqtt_setting>(option(config_option), str<10>(service_name), int16<6>(protocol),
+                                                     str<7>(ip_address), int16<8>(port_number), byte<32>(server_type));
     if (code != ok) {
         return code;
     }
     std::puts("going to send");
-    return conclude(call, mqtt_service, mqtt_setting);
+    return exchange.send_and_finish();
 }
 
 vor_int32 vor_cfg_mqtt_activate_session(vor_char* service_name, vor_uchar /*protocol*/)

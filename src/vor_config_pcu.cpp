@@ -3,12 +3,14 @@
 
 #include <cstdio>
 
-#include "frame.hpp"
+#include "request.hpp"
+
+using namespace device_mgmt;
 
 namespace {
 
 constexpr Frame pcu = sap(23) | clears_errno | lone_request_dropped; // answers compared in all 32 bits
-constexpr vor_uint32 pcu_setting = 0x17001;
+constexpr MessageId pcu_setting = 0x17001;
 
 } // namespace
 
@@ -19,21 +21,21 @@ vor_int32 vor_cfg_set_pcu_config_module(vor_char* serial_number)
 
 vor_int32 vor_cfg_set_pcu_config_enable(vor_uchar is_enabled)
 {
-    Call call;
-    vor_int32 code = prepare<pcu>(call, int16<2>(is_enabled));
+    Exchange exchange;
+    vor_int32 code = exchange.prepare<pcu, pcu_setting>(int16<2>(is_enabled));
     if (code != ok) {
         return code;
     }
-    code = exchange(call, pcu, pcu_setting);
+    code = exchange.send_and_receive();
     if (code != ok) {
         return code;
     }
     const void* status = nullptr;
-    look(call, pcu, pcu_setting, status);
-    code = judge(call, pcu, status);
+    exchange.read_status(status);
+    code = exchange.evaluate(status);
     if (code == ok) {
         std::puts("Success");
     }
-    vor_ipc_drop_msg_buf(&call.response);
+    vor_ipc_drop_msg_buf(&exchange.response);
     return code;
 }

@@ -1,13 +1,15 @@
 // Sensor flows and templates (sensormgr).
 #include <device_mgmt/sensor.h>
 
-#include "frame.hpp"
+#include "request.hpp"
+
+using namespace device_mgmt;
 
 namespace {
 
 constexpr Frame sensor = sap(14) | clears_errno | lone_request_dropped | null_payload_drops | request_dropped_first |
                          id_low_half | empty_answer_keeps;
-constexpr vor_uint32 flow_setting = 0xe003;
+constexpr MessageId flow_setting = 0xe003;
 
 } // namespace
 

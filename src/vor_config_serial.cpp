@@ -1,7 +1,9 @@
 // Serial ports (serialmgr). The calls differ in how they treat the answer.
 #include <device_mgmt/serial.h>
 
-#include "frame.hpp"
+#include "request.hpp"
+
+using namespace device_mgmt;
 
 namespace {
 
@@ -9,7 +11,7 @@ constexpr Frame serial = sap(16) | clears_errno; // answers compared in all 32 b
 constexpr Frame serial_speed = serial | lone_request_dropped;
 constexpr Frame serial_unread = serial_speed | id_low_half; // 16 bits never equal 0x10004: delivered is -4, always
 constexpr Frame serial_channel = sap(16) | lone_request_dropped | null_payload_drops;
-constexpr vor_uint32 serial_setting = 0x10004;
+constexpr MessageId serial_setting = 0x10004;
 
 } // namespace
 

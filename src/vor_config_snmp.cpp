@@ -1,14 +1,16 @@
 // The SNMP agent (snmpmgr).
 #include <device_mgmt/snmp.h>
 
-#include "frame.hpp"
+#include "request.hpp"
+
+using namespace device_mgmt;
 
 namespace {
 
 constexpr Frame snmp = sap(21) | clears_errno | lone_request_dropped;
 constexpr Frame snmp_notice = snmp | two_buffer_send;
-constexpr vor_uint32 v2_setting = 0x15017;
-constexpr vor_uint32 v3_setting = 0x15001;
+constexpr MessageId v2_setting = 0x15017;
+constexpr MessageId v3_setting = 0x15001;
 
 } // namespace
 
@@ -27,12 +29,12 @@ vor_int32 vor_cfg_set_snmp_server_v3_credentials(vor_char* input_string, vor_uch
 {
     constexpr vor_uint16 before_first_group = 32; // mode 1: 33, 34, 35
     constexpr vor_uint16 before_other_group = 35; // mode 0: 36, 37, 38
-    Call call;
-    const vor_int32 code = take(call, snmp);
+    Exchange exchange;
+    const vor_int32 code = exchange.take_buffers<snmp, v3_setting>();
     if (code != ok) {
         return code;
     }
-    call.payload = payload_of(call.request);
+    exchange.payload = payload_of(exchange.request);
     TLV_CHAIN chain;
     vor_tlv_chain_init(&chain);
     if (mode <= 1 && option >= 1 && option <= 3) {
@@ -40,8 +42,8 @@ vor_int32 vor_cfg_set_snmp_server_v3_credentials(vor_char* input_string, vor_uch
         vor_tlv_chain_add_str(&chain, static_cast<vor_uint16>(group + option), input_string);
     }
     vor_tlv_chain_add_vor_int16(&chain, 4, option);
-    serialize(call, chain);
-    return conclude(call, snmp, v3_setting);
+    exchange.serialize(chain);
+    return exchange.send_and_finish();
 }
 
 vor_int32 vor_cfg_set_snmp_server_enable(vor_uchar is_enabled)

@@ -1,15 +1,17 @@
 // The sub-1 GHz radio (sub1gmgr).
 #include <device_mgmt/sub1g.h>
 
-#include "frame.hpp"
+#include "request.hpp"
+
+using namespace device_mgmt;
 
 namespace {
 
 constexpr Frame sub1g = sap(8) | clears_errno | lone_request_dropped | id_low_half;
 constexpr Frame sub1g_channel = sub1g | null_payload_drops; // the channel call alone looks at the payload area first
 constexpr Frame sub1g_registers = sap(8) | refused_keeps_response | id_low_half; // lone request kept
-constexpr vor_uint32 sub1g_setting = 0x8004;
-constexpr vor_uint32 read_registers = 0x8009;
+constexpr MessageId sub1g_setting = 0x8004;
+constexpr MessageId read_registers = 0x8009;
 
 } // namespace
 
@@ -28,14 +30,14 @@ vor_int32 vor_cfg_sub1g_set_channel(vor_int16 port_num, vor_char* stream_name, v
 // Success tells that something was answered, not that it was a snapshot.
 vor_int32 vor_cfg_get_reg_values(SUB1G_CONFIG_REG** sub1g_reg)
 {
-    Call call;
-    if (take(call, sub1g_registers) != ok || exchange(call, sub1g_registers, read_registers) != ok) {
+    Exchange exchange;
+    if (exchange.take_buffers<sub1g_registers, read_registers>() != ok || exchange.send_and_receive() != ok) {
         return -1;
     }
-    if (answers(call, sub1g_registers, read_registers)) {
-        *sub1g_reg = reinterpret_cast<SUB1G_CONFIG_REG*>(payload_of(call.response));
+    if (exchange.answer_matches()) {
+        *sub1g_reg = reinterpret_cast<SUB1G_CONFIG_REG*>(payload_of(exchange.response));
     }
-    drop_both(call);
+    exchange.drop_buffers();
     return 0;
 }
 

@@ -1,17 +1,19 @@
 // REST and protocol services, service chains, transport applications.
 #include <device_mgmt/svc.h>
 
-#include "frame.hpp"
+#include "request.hpp"
+
+using namespace device_mgmt;
 
 namespace {
 
 constexpr Frame rest = sap(3) | one_way | null_payload_keeps;
-constexpr vor_uint32 rest_setting = 0x3002; // the tags present tell which
+constexpr MessageId rest_setting = 0x3002; // the tags present tell which
 constexpr Frame protocol_service = sap(10) | one_way | null_payload_keeps;
-constexpr Frame transport = one_way | null_payload_keeps; // the SAP is the caller's
-constexpr vor_uint32 transport_application = 0x0fffe029;
+constexpr Frame transport = sap(0) | one_way | null_payload_keeps; // the SAP is the caller's
+constexpr MessageId transport_application = 0x0fffe029;
 constexpr Frame chain = sap(9) | clears_errno | lone_request_dropped | option_byte | null_payload_drops | id_low_half;
-constexpr vor_uint32 service_chain = 0x9004;
+constexpr MessageId service_chain = 0x9004;
 
 } // namespace
 
@@ -44,30 +46,34 @@ vor_int32 vor_cfg_set_protocol_svc(vor_char* service_name, vor_int16 protocol)
 
 vor_int32 vor_cfg_set_service_chain(vor_uchar mode, vor_char* chain_name, vor_uchar elm_count, ...)
 {
-    Call call;
-    Arguments members{};
+    Exchange exchange;
+    Texts members{};
     members.count = elm_count;
     va_start(members.list, elm_count);
-    vor_int32 code = prepare<chain>(call, option(mode), str<1>(chain_name), strings<2>(members));
+    vor_int32 code = exchange.prepare<chain, service_chain>(option(mode), str<1>(chain_name), strings<2>(members));
     va_end(members.list);
     if (code != ok) {
         return code;
     }
-    code = exchange(call, chain, service_chain);
+    code = exchange.send_and_receive();
     if (code != ok) {
         return code;
     }
-    if (!answers(call, chain, service_chain)) {
+    if (!exchange.answer_matches()) {
         return -1; // a foreign answer: both buffers stay taken
     }
-    return verdict(call, chain, service_chain);
+    return exchange.finish();
 }
 
 #pragma GCC diagnostic pop
 
 vor_int32 vor_cfg_tp_set_app(vor_char* service_name, vor_char* app_name, vor_int16 app_sap_id)
 {
-    Call call;
-    const vor_int32 code = prepare<transport>(call, str<1>(service_name), str<2>(app_name));
-    return code != ok ? code : post(call, transport | sap(static_cast<vor_uint16>(app_sap_id)), transport_application);
+    Exchange exchange;
+    const vor_int32 code = exchange.prepare<transport, transport_application>(str<1>(service_name), str<2>(app_name));
+    if (code != ok) {
+        return code;
+    }
+    exchange.frame.sap = static_cast<vor_uint16>(app_sap_id);
+    return exchange.send();
 }

@@ -1,7 +1,9 @@
 // The gateway's clock (ntpmgr).
 #include <device_mgmt/time.h>
 
-#include "frame.hpp"
+#include "request.hpp"
+
+using namespace device_mgmt;
 
 namespace {
 

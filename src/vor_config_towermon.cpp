@@ -4,27 +4,29 @@
 // the shared physical-id request under tag 6, elsewhere the channel's.
 #include <device_mgmt/towermon.h>
 
-#include "frame.hpp"
+#include "request.hpp"
+
+using namespace device_mgmt;
 
 namespace {
 
 constexpr Frame towermon = sap(240) | clears_errno; // answers compared in all 32 bits, lone request kept
 
-constexpr vor_uint32 aircon = 0x15003;
-constexpr vor_uint32 physical_id = 0x15003; // of all kinds but the UPS; told from the air conditioner by its tags
-constexpr vor_uint32 battery = 0x15004;
-constexpr vor_uint32 fan = 0x15005;
-constexpr vor_uint32 genset = 0x15006;
-constexpr vor_uint32 power_measurement = 0x15007;
-constexpr vor_uint32 power_supply = 0x15008;
-constexpr vor_uint32 ups = 0x15009;
-constexpr vor_uint32 temp_sensor = 0x1500a;
-constexpr vor_uint32 temp_threshold = 0x1500b;
-constexpr vor_uint32 humidity_sensor = 0x1500c;
-constexpr vor_uint32 humidity_threshold = 0x1500d;
-constexpr vor_uint32 proximity_sensor = 0x1500e;
-constexpr vor_uint32 fire_sensor = 0x1500f;
-constexpr vor_uint32 door_sensor = 0x15010;
+constexpr MessageId aircon = 0x15003;
+constexpr MessageId physical_id = 0x15003; // of all kinds but the UPS; told from the air conditioner by its tags
+constexpr MessageId battery = 0x15004;
+constexpr MessageId fan = 0x15005;
+constexpr MessageId genset = 0x15006;
+constexpr MessageId power_measurement = 0x15007;
+constexpr MessageId power_supply = 0x15008;
+constexpr MessageId ups = 0x15009;
+constexpr MessageId temp_sensor = 0x1500a;
+constexpr MessageId temp_threshold = 0x1500b;
+constexpr MessageId humidity_sensor = 0x1500c;
+constexpr MessageId humidity_threshold = 0x1500d;
+constexpr MessageId proximity_sensor = 0x1500e;
+constexpr MessageId fire_sensor = 0x1500f;
+constexpr MessageId door_sensor = 0x15010;
 
 } // namespace
 

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "frame.hpp"
+#include <vorinfra.h>
 
 namespace {
 

@@ -6,11 +6,11 @@
 #include <link.h>
 #include <signal.h>
 
-extern "C" int header_c11_calls(void);
+extern "C" const char* header_c11_calls(void);
 
 namespace {
 
-const Call calls[] = {
+const Row calls[] = {
     CALL(
         vor_system_restart(5),
         "sap 0 id 0xc one-way record 2: 05 00; timer 0 null; log 32768 ` System restart in 5 seconds\\n`; start 5000 0",
@@ -80,7 +80,7 @@ TEST(frame, only_the_fake_platform_is_loaded)
 
 TEST(frame, a_c11_front_end_calls_every_family)
 {
-    EXPECT_EQ(header_c11_calls(), 27);
+    EXPECT_STREQ(header_c11_calls(), nullptr);
 }
 
 TEST(frame, a_long_chain_goes_out_with_its_length_cut_to_16_bits)
@@ -89,19 +89,6 @@ TEST(frame, a_long_chain_goes_out_with_its_length_cut_to_16_bits)
     fake::script.serialized_size = 65536 + 20;
     vor_cfg_set_can_id(1, 2, 3);
     EXPECT_EQ(fake::events(), "sap 19 id 0x13003 | 1 i16 1 | 6 i32 2 | 10 i16 3 (length 20 for a chain of 31)");
-}
-
-TEST(frame, a_status_stays_until_a_call_that_clears_it)
-{
-    begin_call();
-    fake::script.answer = {9, 0, 0, 0};
-    EXPECT_EQ(vor_cfg_set_serial_speed(1, 9600), -1);
-    fake::reset();
-    EXPECT_EQ(vor_cfg_serial_set_channel(1, "meter"_t, 1), 0);
-    EXPECT_EQ(vor_errno, 9);
-    fake::reset();
-    EXPECT_EQ(vor_cfg_set_serial_speed(1, 9600), 0);
-    EXPECT_EQ(vor_errno, 0);
 }
 
 TEST(endpoint, bind_blocks_the_platforms_signal)
@@ -140,15 +127,15 @@ TEST(endpoint, a_failed_connection_keeps_its_socket)
 {
     const struct {
         void (*script)();
-        vor_int16 result;
         const char* events;
+        vor_int16 result;
         bool socket;
     } rows[] = {
-        {[] { fake::script.socket_missing = true; }, -1, "socket 1 1 0", false},
-        {[] { fake::script.config_result = -1; }, -1, "socket 1 1 0; unix /tmp/konfd.socket", true},
-        {[] { fake::script.connect_result = -1; }, -1, "socket 1 1 0; unix /tmp/konfd.socket; connect 1", true},
-        {[] { fake::script.config_result = fake::script.connect_result = -2; }, 0,
-         "socket 1 1 0; unix /tmp/konfd.socket; connect 1", true},
+        {[] { fake::script.socket_missing = true; }, "socket 1 1 0", -1, false},
+        {[] { fake::script.config_result = -1; }, "socket 1 1 0; unix /tmp/konfd.socket", -1, true},
+        {[] { fake::script.connect_result = -1; }, "socket 1 1 0; unix /tmp/konfd.socket; connect 1", -1, true},
+        {[] { fake::script.config_result = fake::script.connect_result = -2; },
+         "socket 1 1 0; unix /tmp/konfd.socket; connect 1", 0, true},
     };
     for (const auto& row : rows) {
         fake::reset();

@@ -1,7 +1,7 @@
 /* The umbrella header as a C11 front end sees it: the calls' exact types, and calls made through them. */
 #include <device_mgmt.h>
 
-int header_c11_calls(void);
+const char* header_c11_calls(void);
 
 typedef vor_char* text;
 
@@ -34,42 +34,46 @@ static vor_int32 (*const set_threshold)(text, vor_int16, vor_int16, vor_int32,
 static vor_int32 (*const set_device_id)(vor_uint32, vor_uchar) = vor_cfg_set_device_id;
 static vor_char* (*const get_command)(VOR_CFG_PROTO*, vor_int32*) = vor_cfg_proto_get_command;
 
-/* With no endpoint bound: how many calls ended as they must. */
-int header_c11_calls(void)
+#define REQUIRE(ending)                                                                                                \
+    if (!(ending)) {                                                                                                   \
+        return #ending;                                                                                                \
+    }
+
+/* With no endpoint bound: the first call that does not end as it must, NULL for none. */
+const char* header_c11_calls(void)
 {
     char empty[] = "";
     vor_int16 temperature = 0;
     SUB1G_CONFIG_REG* registers = NULL;
     vor_int32 length = 0;
-    int right = 0;
 
     vor_cfg_set_ipc_endpoint(NULL);
-    right += restart(0) == -1;
-    right += set_ip_address(0, empty, empty, 0) == -1;
-    right += set_dhcp_server_dns(empty, 1, 0, empty) == -1;
-    right += set_debug_info(1, empty, empty) == -1;
-    right += set_log_file(1, empty, empty, empty, empty, empty, 0) == -1;
-    right += set_latitude(1, empty) == -1;
-    right += set_sysloginfo(0, empty, 0, 0) == -1;
-    right += set_hostname(empty) == -1;
-    right += get_temperature(&temperature) == -1;
-    right += set_service_chain(0, empty, 1, empty) == -1;
-    right += set_keep_alive(0, 0) == -1;
-    right += set_credentials(empty, 0, 0) == -1;
-    right += set_ntp_server(empty, 0, 0) == -1;
-    right += activate_gsm(0) == -1;
-    right += get_gpio_statistics(0) == NULL;
-    right += get_adc_statistics(0, 0) == NULL;
-    right += set_serial_polling(0, 0, 0) == -1;
-    right += set_sensor_channel(empty, empty, 0) == -1;
-    right += get_registers(&registers) == -1;
-    right += set_can_id(0, 0, 0) == -1;
-    right += set_lora_channel(0, empty, 0) == -1;
-    right += enable_pcu(0) == -1;
-    right += name_wifi_monitor(empty, 0) == -1;
-    right += set_stop_bit(0, 0, 0, 0) == -1;
-    right += set_threshold(empty, 0, 0, 0, 0) == -1;
-    right += set_device_id(0, 0) == -1;
-    right += get_command(NULL, &length) == NULL;
-    return right;
+    REQUIRE(restart(0) == -1)
+    REQUIRE(set_ip_address(0, empty, empty, 0) == -1)
+    REQUIRE(set_dhcp_server_dns(empty, 1, 0, empty) == -1)
+    REQUIRE(set_debug_info(1, empty, empty) == -1)
+    REQUIRE(set_log_file(1, empty, empty, empty, empty, empty, 0) == -1)
+    REQUIRE(set_latitude(1, empty) == -1)
+    REQUIRE(set_sysloginfo(0, empty, 0, 0) == -1)
+    REQUIRE(set_hostname(empty) == -1)
+    REQUIRE(get_temperature(&temperature) == -1)
+    REQUIRE(set_service_chain(0, empty, 1, empty) == -1)
+    REQUIRE(set_keep_alive(0, 0) == -1)
+    REQUIRE(set_credentials(empty, 0, 0) == -1)
+    REQUIRE(set_ntp_server(empty, 0, 0) == -1)
+    REQUIRE(activate_gsm(0) == -1)
+    REQUIRE(get_gpio_statistics(0) == NULL)
+    REQUIRE(get_adc_statistics(0, 0) == NULL)
+    REQUIRE(set_serial_polling(0, 0, 0) == -1)
+    REQUIRE(set_sensor_channel(empty, empty, 0) == -1)
+    REQUIRE(get_registers(&registers) == -1)
+    REQUIRE(set_can_id(0, 0, 0) == -1)
+    REQUIRE(set_lora_channel(0, empty, 0) == -1)
+    REQUIRE(enable_pcu(0) == -1)
+    REQUIRE(name_wifi_monitor(empty, 0) == -1)
+    REQUIRE(set_stop_bit(0, 0, 0, 0) == -1)
+    REQUIRE(set_threshold(empty, 0, 0, 0, 0) == -1)
+    REQUIRE(set_device_id(0, 0) == -1)
+    REQUIRE(get_command(NULL, &length) == NULL)
+    return NULL;
 }

@@ -1,5 +1,5 @@
 // The talk with konfd: queries, and the two fixed commands.
-#include "konfd_query.hpp"
+#include "konfd_test.hpp"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // The query builder: its texts, their counted lengths, and what it does without memory.
-#include "konfd_query.hpp"
+#include "konfd_test.hpp"
 
 TEST(konfd, commands_and_their_counted_lengths)
 {

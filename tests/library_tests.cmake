@@ -33,5 +33,9 @@ target_link_libraries(library_test PRIVATE fake_vorinfra device_mgmt GTest::gtes
 gtest_discover_tests(library_test DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 60 LABELS library_test)
 add_test(NAME library_exports
   COMMAND ${CMAKE_COMMAND} -D NM=${CMAKE_NM} -D READELF=${CMAKE_READELF} -D LIBRARY=$<TARGET_FILE:device_mgmt>
-          -D INCLUDE=${PROJECT_SOURCE_DIR}/include -D TESTS=${CMAKE_CURRENT_SOURCE_DIR} -D SANITIZED=${VOR_SANITIZE}
+          -D INCLUDE=${PROJECT_SOURCE_DIR}/include -D EXPORTS=${PROJECT_SOURCE_DIR}/src/exports.map
+          -D TESTS=${CMAKE_CURRENT_SOURCE_DIR} -D SANITIZED=${VOR_SANITIZE}
           -P ${CMAKE_CURRENT_SOURCE_DIR}/exported_symbols.cmake)
+add_test(NAME library_refuses_frames
+  COMMAND ${CMAKE_COMMAND} -D COMPILER=${CMAKE_CXX_COMPILER} -D SOURCE=${PROJECT_SOURCE_DIR}
+          -D PLACE=${CMAKE_CURRENT_BINARY_DIR}/refused_frames -P ${CMAKE_CURRENT_SOURCE_DIR}/refused_frames.cmake)

@@ -2,11 +2,9 @@
 
 namespace {
 
-const Call calls[] = {
+const Row calls[] = {
     CALL(vor_cfg_set_adc_config_polling(200, -3, 4, 0xffffffff, 1),
          "sap 5 id 0x5004 | 1 i16 200 | 2 i16 -3 | 3 i16 4 | 5 i32 -1 | 7 i16 1", answered_low_half),
-    SENDS(vor_cfg_set_adc_config_polling(1, 2, 3, 70000, -1),
-          "sap 5 id 0x5004 | 1 i16 1 | 2 i16 2 | 3 i16 3 | 5 i32 70000 | 7 i16 -1"),
     CALL(vor_cfg_set_adc_config_interrupt(200, -3, 4, 255, 1), "nothing", nothing),
     CALL(vor_cfg_get_adc_port_stats(200, -3), "sap 5 id 0x5007 record 4: c8 00 fd ff", fetched_by_record),
     CALL(vor_cfg_set_adc_channel_name(200, 201, "level"_t, 0),

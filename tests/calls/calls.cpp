@@ -80,10 +80,10 @@ std::string names_of(const std::string& cells)
             names += fake::text_of(names.empty() ? "" : ", ", strip.name);
         }
     }
-    return names.empty() ? "no strip yet" : names;
+    return names.empty() ? "no strip of strips.hpp yet" : names;
 }
 
-std::vector<std::string> cells_under_faults(const Call& call)
+std::vector<std::string> cells_under_faults(const Row& row)
 {
     std::vector<std::string> cells;
     for (const Fault& fault : faults) {
@@ -91,9 +91,9 @@ std::vector<std::string> cells_under_faults(const Call& call)
             const WatchedTexts watched;
             begin_call();
             fake::script.answer_skew = 1; // the sanitizers see a word read where it may not lie
-            fake::script.answer_id = call.answered_as;
+            fake::script.answer_id = row.answered_as;
             fault.script(fake::script);
-            cells.push_back(outcome(call.make()));
+            cells.push_back(outcome(row.make()));
         });
     }
     return cells;
@@ -145,34 +145,35 @@ std::string outcome(const std::string& returned)
     return returned + ":" + fake::steps();
 }
 
-void check_requests(std::span<const Call> calls)
+void check_requests(std::span<const Row> rows)
 {
-    for (const Call& call : calls) {
+    for (const Row& row : rows) {
         begin_call();
-        const auto printed = printed_by([&] { call.make(); });
+        const auto printed = printed_by([&] { row.make(); });
         std::string sent = fake::events();
         if (!printed.empty()) {
             sent += "; prints `" + fake::spelt(printed) + "`";
         }
-        if (sent != call.sends) {
-            ADD_FAILURE() << call.text << "\n  expected: " << call.sends << "\n  sent:     " << sent;
+        if (sent != row.sends) {
+            ADD_FAILURE() << row.call << "\n  expected: " << row.sends << "\n  sent:     " << sent;
         }
     }
 }
 
-void check_outcomes(std::span<const Call> calls)
+void check_outcomes(std::span<const Row> rows)
 {
-    for (const Call& call : calls) {
-        if (call.strip.empty()) {
+    for (const Row& row : rows) {
+        if (row.strip.empty()) {
             continue;
         }
-        const Strip& strip = *std::ranges::find(strips, call.strip, &Strip::name);
+        const Strip& strip = *std::ranges::find(strips, row.strip, &Strip::name);
         for (const vor_int32 result : {-7, 7}) {
             refusal = result;
-            const auto cells = cells_under_faults(call);
+            const auto cells = cells_under_faults(row);
             if (const std::string seen = strip_of(cells); seen != strip_of(cells_of(strip.cells))) {
-                ADD_FAILURE() << call.text << " does not go as " << strip.name << ", refused with " << refusal << ":\n"
-                              << differences(cells_of(strip.cells), cells) << "all of it, " << names_of(seen) << ":\n  "
+                ADD_FAILURE() << row.call << " does not go as the strip " << strip.name << ", refused with " << refusal
+                              << ":\n"
+                              << differences(cells_of(strip.cells), cells) << "It goes as " << names_of(seen) << ":\n  "
                               << seen << "\n"
                               << legend;
                 break;

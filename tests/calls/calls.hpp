@@ -1,4 +1,5 @@
-// calls.hpp: the tables of calls. A row says what a call sends, and its steps under every fault.
+// calls.hpp: the tables of rows, one family's calls in each. A row says what a call sends, and its steps under every
+// fault.
 #pragma once
 
 #include "../fake_vorinfra/fake_vorinfra.hpp"
@@ -12,8 +13,8 @@
 #include <span>
 #include <string>
 
-struct Call {
-    const char* text;
+struct Row {
+    const char* call;
     std::string (*make)(); // makes the call and shows what it returned
     const char* sends;
     std::string_view strip = {};                // none: another row of the same call has it
@@ -22,18 +23,18 @@ struct Call {
 
 // clang-format off
 #define CALL(call, sends, strip, ...)                                                                                  \
-    Call { #call, [] { return shown(call); }, sends, strip_named(#strip) __VA_OPT__(, ) __VA_ARGS__ }
+    Row { #call, [] { return shown(call); }, sends, strip_named(#strip) __VA_OPT__(, ) __VA_ARGS__ }
 // One more request of a call that has its row.
 #define SENDS(call, sends)                                                                                             \
-    Call { #call, [] { return shown(call); }, sends }
+    Row { #call, [] { return shown(call); }, sends }
 
-#define CALL_TESTS(family, calls)                                                                                      \
-    TEST(requests, family) { check_requests(calls); }                                                                  \
-    TEST(outcomes, family) { check_outcomes(calls); }
+#define CALL_TESTS(family, rows)                                                                                       \
+    TEST(requests, family) { check_requests(rows); }                                                                   \
+    TEST(outcomes, family) { check_outcomes(rows); }
 // clang-format on
 
-void check_requests(std::span<const Call> calls);
-void check_outcomes(std::span<const Call> calls);
+void check_requests(std::span<const Row> rows);
+void check_outcomes(std::span<const Row> rows);
 
 std::string shown(vor_int32 code);
 std::string shown(const void* record); // null, or the answer's payload

@@ -11,7 +11,7 @@ char* letters()
     return text.data();
 }
 
-const Call calls[] = {
+const Row calls[] = {
     CALL(vor_cfg_set_debug_info(1, "ethmgr"_t, "info"_t),
          "sap 0 id 0x1b one-way record 32: 04 00 00 00 07 00 'ethmgr' 00 a5*19", sent_record_text_read_first),
     SENDS(vor_cfg_set_debug_info(0, "ethmgr"_t, "info"_t),

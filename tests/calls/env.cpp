@@ -4,7 +4,7 @@ namespace {
 
 vor_int16 temperature = 0;
 
-const Call calls[] = {
+const Row calls[] = {
     CALL(vor_cfg_get_system_temperature(&temperature), "sap 2 id 0x2021 empty", answered_with_reading),
 };
 

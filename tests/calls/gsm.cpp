@@ -2,7 +2,7 @@
 
 namespace {
 
-const Call calls[] = {
+const Row calls[] = {
     CALL(vor_cfg_gsm_set_access_point_name(200, "internet"_t, 201),
          "sap 12 id 0xc00a | 1 i16 200 | 2 str 'internet' | 8 i16 201", answered),
     CALL(vor_cfg_gsm_set_username(200, "bob"_t, 201), "sap 12 id 0xc00a | 1 i16 200 | 4 str 'bob' | 8 i16 201",

@@ -2,7 +2,7 @@
 
 namespace {
 
-const Call calls[] = {
+const Row calls[] = {
     CALL(vor_cfg_set_gw_device_latitude_config(1, "12.9716N"_t), "sap 10 id 0xa008 flag 0x01 | 1 str '12.9716N'",
          flag_1001),
     SENDS(vor_cfg_set_gw_device_latitude_config(2, ""_t), "sap 10 id 0xa008 flag 0x00 | 1 str ''"),

@@ -2,7 +2,7 @@
 
 namespace {
 
-const Call calls[] = {
+const Row calls[] = {
     CALL(tarn_cfg_lora_set_channel(200, "meter"_t, 1), "sap 24 id 0x18003 | 1 i16 200 | 2 str 'meter'",
          lone_dropped_errno_left, 0x10004),
     SENDS(tarn_cfg_lora_set_channel(-3, "meter"_t, 0), "sap 24 id 0x18003 | 1 i16 -3 | 2 str 'meter'"),

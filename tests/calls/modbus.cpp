@@ -2,7 +2,7 @@
 
 namespace {
 
-const Call calls[] = {
+const Row calls[] = {
     CALL(vor_cfg_set_modbus_channel_name(200, "meter"_t, 0xffffffff, 201),
          "sap 20 id 0x14003 | 65 i16 200 | 68 str 'meter' | 79 i16 201 | 73 i32 -1", answered_place_kept),
     CALL(vor_cfg_set_modbus_baudrate(200, "9600"_t, 70000, 201),

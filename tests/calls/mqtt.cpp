@@ -2,7 +2,7 @@
 
 namespace {
 
-const Call calls[] = {
+const Row calls[] = {
     CALL(vor_cfg_set_mqtt_username_and_password("up"_t, 200, "bob"_t, "secret"_t, 201),
          "sap 15 id 0xf005 option 0xc9 | 10 str 'up' | 6 i16 200 | 12 str 'bob' | 13 str 'secret'",
          option_request_last_empty_dropped),
@@ -25,7 +25,6 @@ const Call calls[] = {
     CALL(vor_cfg_set_mqtt_retain_flag(200, 201), "sap 15 id 0xf005 option 0xc9 | 16 i16 200", option_request_last),
     CALL(vor_cfg_set_mqtt_keep_alive_interval(70000, 201), "sap 15 id 0xf005 option 0xc9 | 5 i32 70000",
          option_request_last),
-    SENDS(vor_cfg_set_mqtt_keep_alive_interval(0xffffffff, 201), "sap 15 id 0xf005 option 0xc9 | 5 i32 -1"),
     CALL(vor_cfg_set_mqtt_clean_session_flag(65537, 201), "sap 15 id 0xf005 option 0xc9 | 4 i16 1",
          option_request_last),
 };

@@ -2,7 +2,7 @@
 
 namespace {
 
-const Call calls[] = {
+const Row calls[] = {
     CALL(vor_cfg_set_flow_data_template("t1"_t, "f"_t, "d.json"_t, 200),
          "sap 14 id 0xe003 | 6 i16 200 | 1 str 't1' | 2 str 'f' | 4 str 'd.json'", lone_dropped_request_first),
     CALL(vor_cfg_set_flow_registration_template("t1"_t, "f"_t, "r.json"_t, 200),

@@ -2,7 +2,7 @@
 
 namespace {
 
-const Call calls[] = {
+const Row calls[] = {
     CALL(vor_cfg_set_serial_polling(200, 0xffffffff, -3), "sap 16 id 0x10004 | 1 i16 200 | 17 i32 -1 | 16 i16 -3",
          answered),
     CALL(vor_cfg_set_serial_databits(200, -3), "sap 16 id 0x10004 | 1 i16 200 | 3 i16 -3", lone_dropped_never_matches),

@@ -2,7 +2,7 @@
 
 namespace {
 
-const Call calls[] = {
+const Row calls[] = {
     CALL(vor_cfg_set_snmp_v2_server_community_name("public"_t, 200, 201),
          "sap 21 id 0x15017 one-way | 1 str 'public' | 2 i16 200 | 4 i16 201", sent_chain_holding_two),
     CALL(vor_cfg_set_snmp_v2_trap_server("10.0.0.9"_t, "public"_t, 200),

@@ -2,7 +2,7 @@
 
 namespace {
 
-const Call calls[] = {
+const Row calls[] = {
     CALL(vor_cfg_rest_set_bind_addr("rest"_t, "eth1"_t), "sap 3 id 0x3002 one-way | 1 str 'rest' | 6 str 'eth1'",
          sent_chain),
     CALL(vor_cfg_rest_set_app("rest"_t, "portal"_t), "sap 3 id 0x3002 one-way | 1 str 'rest' | 4 str 'portal'",

@@ -2,7 +2,7 @@
 
 namespace {
 
-const Call calls[] = {
+const Row calls[] = {
     CALL(vor_cfg_set_sysloginfo(200, "192.168.1.9"_t, 65535, 201),
          "sap 2 id 0x2012 record 12: c8 a5 a5 a5 c0 a8 01 09 ff ff c9 a5", record_text_read_first),
     SENDS(vor_cfg_set_sysloginfo(0, "syslog.example"_t, 514, 1),

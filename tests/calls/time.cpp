@@ -2,7 +2,7 @@
 
 namespace {
 
-const Call calls[] = {
+const Row calls[] = {
     CALL(vor_set_ntp_server("ntp.example"_t, 70000, 65537),
          "sap 22 id 0x16001 | 1 str 'ntp.example' | 2 i32 70000 | 4 i16 1", answered),
     SENDS(vor_set_ntp_server("ntp.example"_t, 0xffffffff, -3),

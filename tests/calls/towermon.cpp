@@ -2,7 +2,7 @@
 
 namespace {
 
-const Call calls[] = {
+const Row calls[] = {
     CALL(vor_cfg_towermon_obj_aircon_channel_name("o"_t, "ch"_t, 200),
          "sap 240 id 0x15003 | 19 str 'o' | 6 str 'ch' | 4 i16 200", answered),
     CALL(vor_cfg_towermon_obj_battery_channel_name("o"_t, "ch"_t, 200),

@@ -228,7 +228,7 @@ vor_int32 vor_tlv_chain_serialize(TLV_CHAIN* chain, unsigned char* destination, 
         *size = 0;
         return -1;
     }
-    std::memcpy(destination, text.data(), text.size());
+    text.copy(reinterpret_cast<char*>(destination), text.size());
     *size = script.serialized_size.value_or(static_cast<vor_int32>(text.size()));
     for (Buffer& buffer : state.buffers) {
         const auto at = destination - buffer.data();

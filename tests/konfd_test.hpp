@@ -1,4 +1,4 @@
-// konfd_query.hpp: a query under test.
+// konfd_test.hpp: a query under test.
 #pragma once
 
 #include "calls/calls.hpp"

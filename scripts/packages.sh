@@ -60,6 +60,11 @@ ensure_arm_packages() {
     ensure_packages g++-arm-linux-gnueabihf:arm-linux-gnueabihf-g++ googletest:/usr/src/googletest/CMakeLists.txt
 }
 
+# The versions whose layout and checks the tree is held to.
+ensure_lint_packages() {
+    ensure_packages clang-format-14:clang-format-14 clang-tidy-14:clang-tidy-14
+}
+
 ensure_emulator_packages() {
     ensure_packages qemu-user:qemu-arm
 }

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "complete/complete.hpp"
 #include "report/help.hpp"
 #include "report/page.hpp"
 #include "report/run.hpp"
@@ -11,7 +12,7 @@ using namespace vorcfg;
 
 namespace {
 
-int print(const std::string& text)
+int print(std::string_view text)
 {
     std::fwrite(text.data(), 1, text.size(), stdout);
     return exit_ok;
@@ -80,6 +81,12 @@ int run(const Options& options)
     }
     if (command == "docs") {
         return print(page(wanted_word(words, "docs FAMILY")));
+    }
+    if (command == "completion") {
+        return print(completion_script(wanted_word(words, "completion SHELL")));
+    }
+    if (command == "complete") { // asked by the completion scripts
+        return print(completions(words.subspan(1)));
     }
     if (words.size() < 2) {
         std::fputs((words.empty() ? help() : help(wanted_family(command))).c_str(), stderr);

@@ -4,3 +4,7 @@ vor_test(shell_test
   LIBRARIES vorcfg_core device_mgmt vorinfra ${CMAKE_DL_LIBS})
 set_target_properties(shell_test PROPERTIES ENABLE_EXPORTS ON)
 add_dependencies(shell_test vorcfg vorsim)
+
+# vorcfg at a terminal: its prompt, and its completion in the shells themselves.
+vor_test(keyboard_test SOURCES keyboard_test.cpp)
+add_dependencies(keyboard_test vorcfg vorsim)

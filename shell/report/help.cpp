@@ -37,14 +37,7 @@ std::string filled(std::string_view text, std::size_t indent)
     return out + '\n';
 }
 
-struct Command {
-    std::string_view name;
-    std::string_view usage;
-    std::string_view about;
-    std::string_view more;
-};
-
-constexpr Command commands[] = {
+constexpr Command command_rows[] = {
     {"", "FAMILY CALL ARGUMENT...", "make a call", ""},
     {"batch", "batch FILE", "make every call of a file; - is standard input",
      "One call a line, as on the command line behind `vorcfg`. # begins a comment; a text with blanks\n"
@@ -58,6 +51,8 @@ constexpr Command commands[] = {
     {"help", "help [FAMILY [CALL]]", "show a family's calls, a call's arguments; also --help behind them", ""},
     {"docs", "docs FAMILY", "print a family's reference page",
      "Makes every example of the family against the running gateway; nothing is printed unless each succeeds.\n"},
+    {"completion", "completion SHELL", "print the completion for bash or zsh",
+     "For the session: source <(vorcfg completion bash)\n"},
 };
 
 std::string option_text(const OptionRow& row)
@@ -104,10 +99,15 @@ std::string listed(bool json, Wanted wanted)
 
 } // namespace
 
+std::span<const Command> commands()
+{
+    return command_rows;
+}
+
 std::string help()
 {
     std::string text = "vorcfg changes a gateway's settings, one call or one batch file at a time.\n\n";
-    for (const Command& command : commands) {
+    for (const Command& command : command_rows) {
         text += fmt::format("  vorcfg {:<26} {}\n", command.usage, command.about);
     }
     text += "\nFamilies:\n";
@@ -131,8 +131,8 @@ std::string help()
 
 std::string help_on_command(std::string_view name)
 {
-    const auto command = std::ranges::find(commands, name, &Command::name);
-    if (name.empty() || command == std::end(commands)) {
+    const auto command = std::ranges::find(command_rows, name, &Command::name);
+    if (name.empty() || command == std::end(command_rows)) {
         return "";
     }
     return fmt::format("vorcfg {}: {}\n{}{}", command->usage, command->about, command->more.empty() ? "" : "\n",

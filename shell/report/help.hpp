@@ -1,12 +1,23 @@
 // help.hpp: what there is to call, and how.
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 
 #include "rows/row.hpp"
 
 namespace vorcfg {
+
+// What may stand first on a line in place of a family; the first row is a call itself, without a name.
+struct Command {
+    std::string_view name;
+    std::string_view usage;
+    std::string_view about;
+    std::string_view more;
+};
+
+std::span<const Command> commands();
 
 std::string help();
 std::string help(const Family& family);

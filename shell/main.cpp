@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "complete/complete.hpp"
+#include "prompt/prompt.hpp"
 #include "report/help.hpp"
 #include "report/page.hpp"
 #include "report/run.hpp"
@@ -88,8 +89,11 @@ int run(const Options& options)
     if (command == "complete") { // asked by the completion scripts
         return print(completions(words.subspan(1)));
     }
+    if (words.empty()) {
+        return run_prompt(options, run);
+    }
     if (words.size() < 2) {
-        std::fputs((words.empty() ? help() : help(wanted_family(command))).c_str(), stderr);
+        std::fputs(help(wanted_family(command)).c_str(), stderr);
         return exit_usage;
     }
     return run_call(options);

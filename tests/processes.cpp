@@ -152,12 +152,13 @@ std::vector<std::string> Workplace::environment() const
     std::vector<std::string> variables;
     for (char** variable = environ; *variable != nullptr; ++variable) {
         const std::string text = *variable;
-        if (text.rfind("VORINFRA_", 0) != 0 && text.rfind("PATH=", 0) != 0) {
+        if (text.rfind("VORINFRA_", 0) != 0 && text.rfind("PATH=", 0) != 0 && text.rfind("XDG_STATE_HOME=", 0) != 0) {
             variables.push_back(text);
         }
     }
     const char* const search = std::getenv("PATH");
     variables.push_back("PATH=" + (path() / "bin").string() + ":" + (search != nullptr ? search : "/usr/bin:/bin"));
+    variables.push_back("XDG_STATE_HOME=" + (path() / "state").string());
     for (const auto& [name, value] : platform_settings(path())) {
         variables.push_back(name + "=" + value);
     }

@@ -168,6 +168,9 @@ std::string help(const Row& row)
     }
     text += row.has(answer_unread) ? "The call never reads the manager's answer: no verdict can be had.\n" : "";
     text += row.has(confirmed) ? "Wants --yes.\n" : "";
+    text += row.has(cuts_link)
+                ? "May cut the link that one works over: at a terminal it asks first, unless --yes is given.\n"
+                : "";
     text += row.usage_help;
     for (const Argument& argument : row.arguments()) {
         if (row.read != nullptr || !argument.is_given()) {

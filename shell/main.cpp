@@ -1,8 +1,10 @@
 #include <cstdio>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include "complete/complete.hpp"
+#include "manual/manual.hpp"
 #include "prompt/prompt.hpp"
 #include "report/help.hpp"
 #include "report/page.hpp"
@@ -85,6 +87,10 @@ int run(const Options& options)
     }
     if (command == "completion") {
         return print(completion_script(wanted_word(words, "completion SHELL")));
+    }
+    if (command == "manual") {
+        const std::string* const page = word_behind(words, "manual [PAGE]");
+        return print(page != nullptr ? manual(*page) : fmt::format("{}\n", fmt::join(manual_pages(), "\n")));
     }
     if (command == "complete") { // asked by the completion scripts
         return print(completions(words.subspan(1)));

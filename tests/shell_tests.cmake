@@ -11,3 +11,8 @@ add_dependencies(keyboard_test vorcfg vorsim)
 if(DEVICE_MGMT_PROMPT AND HISTEDIT_INCLUDE_DIR)
   target_compile_definitions(keyboard_test PRIVATE VOR_EDITED)
 endif()
+
+if(TARGET manual)
+  target_compile_definitions(keyboard_test PRIVATE VOR_MANUAL="${CMAKE_BINARY_DIR}/man")
+  add_dependencies(keyboard_test manual)
+endif()

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "complete/files.hpp"
+#include "manual/manual.hpp"
 #include "report/help.hpp"
 #include "rows/contract.hpp"
 #include "rows/families.hpp"
@@ -86,6 +87,10 @@ private:
             offer_families();
         } else if (name == "CALL" && before_.size() >= 2) {
             offer_calls(before_[1]);
+        } else if (name == "PAGE") {
+            for (const std::string& page : manual_pages()) {
+                offer(page, "");
+            }
         } else if (name == "SHELL") {
             for (const std::string_view shell : completed_shells()) {
                 offer(std::string(shell), "");

@@ -112,13 +112,16 @@ std::vector<std::string> manual_pages()
     return pages;
 }
 
-std::string manual(std::string_view page)
+std::string manual(std::string_view page, bool standard_input)
 {
     if (page == "vorcfg.1") {
         return tool_manual();
     }
     if (page == "vorcfg-batch.5") {
         return batch_manual();
+    }
+    if (page == "vorsim.1" && !standard_input) {
+        throw Complaint{"the help of vorsim is read from standard input, which is the session itself"};
     }
     if (page == "vorsim.1") {
         return help_page("vorsim", content_of(stdin, "standard input"));

@@ -9,7 +9,7 @@ namespace vorcfg {
 
 std::vector<std::string> manual_pages(); // "vorcfg.1", "vorcfg-gpio.1", ...
 
-// Of vorsim the help is read from standard input. Throws a Complaint that names the nearest.
-std::string manual(std::string_view page);
+// Of vorsim the help is read from standard input, if that is free. Throws a Complaint that names the nearest.
+std::string manual(std::string_view page, bool standard_input);
 
 } // namespace vorcfg

@@ -116,6 +116,9 @@ int run_call(const Options& options)
 int run_batch(const std::string& path, const Options& options)
 {
     const bool from_file = path != "-";
+    if (!from_file && options.in_session) {
+        throw Complaint{"standard input is the session itself"};
+    }
     Batch batch(read_batch(path), from_file ? path : "standard input",
                 {.literals = true,
                  .standard_input = from_file,

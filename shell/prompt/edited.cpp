@@ -1,9 +1,13 @@
 // libedit is loaded when a terminal asks for it: linked, it would be loaded at every call.
 #include <algorithm>
+#include <cerrno>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
+#include <cwchar>
 #include <dlfcn.h>
+#include <poll.h>
+#include <unistd.h>
 
 #include <fmt/format.h>
 #include <histedit.h>
@@ -28,7 +32,6 @@ bool find(void* library, const char* name, Function*& function)
 // What is used of libedit.
 struct Editor {
     decltype(::el_init)* init;
-    decltype(::el_end)* end;
     decltype(::el_set)* set;
     decltype(::el_gets)* gets;
     decltype(::el_line)* line;
@@ -43,8 +46,8 @@ struct Editor {
         for (const char* const name : {"libedit.so.2", "libedit.so.0", "libedit.so"}) {
             library = library == nullptr ? dlopen(name, RTLD_NOW | RTLD_LOCAL) : library;
         }
-        return library != nullptr && find(library, "el_init", init) && find(library, "el_end", end) &&
-               find(library, "el_set", set) && find(library, "el_gets", gets) && find(library, "el_line", line) &&
+        return library != nullptr && find(library, "el_init", init) && find(library, "el_set", set) &&
+               find(library, "el_gets", gets) && find(library, "el_line", line) &&
                find(library, "el_insertstr", insert) && find(library, "history_init", history_init) &&
                find(library, "history_end", history_end) && find(library, "history", history);
     }
@@ -52,6 +55,46 @@ struct Editor {
 
 Editor editor;
 volatile std::sig_atomic_t abandoned; // the line being edited, by Ctrl-C
+
+// Ctrl-C is blocked but here, so that it is never lost between two keys.
+int next_byte(char& byte)
+{
+    struct sigaction abandons {};
+    struct sigaction before {};
+    abandons.sa_handler = [](int) { abandoned = 1; };
+    sigset_t open_mask;
+    sigprocmask(SIG_BLOCK, nullptr, &open_mask);
+    sigdelset(&open_mask, SIGINT);
+    pollfd keyboard{STDIN_FILENO, POLLIN, 0};
+    sigaction(SIGINT, &abandons, &before);
+    int ready;
+    do {
+        ready = ppoll(&keyboard, 1, nullptr, &open_mask);
+    } while (ready < 0 && errno == EINTR && abandoned == 0);
+    sigaction(SIGINT, &before, nullptr);
+    return abandoned != 0 || ready < 0 ? -1 : static_cast<int>(read(STDIN_FILENO, &byte, 1));
+}
+
+// One key, of however many bytes; what is no character stands for itself.
+int next_key(EditLine*, wchar_t* key)
+{
+    std::mbstate_t state{};
+    for (;;) {
+        char byte = 0;
+        const int got = next_byte(byte);
+        if (got != 1) {
+            return got;
+        }
+        const std::size_t length = std::mbrtowc(key, &byte, 1, &state);
+        if (length == static_cast<std::size_t>(-1)) {
+            *key = static_cast<unsigned char>(byte);
+            return 1;
+        }
+        if (length != static_cast<std::size_t>(-2)) {
+            return 1;
+        }
+    }
+}
 
 char* prompt(EditLine*)
 {
@@ -114,7 +157,7 @@ unsigned char complete(EditLine* line, int)
 
 class EditedLines : public Lines {
 public:
-    EditedLines() : line_(editor.init("vorcfg", stdin, stdout, stderr)), remembered_(editor.history_init())
+    EditedLines() : line_(only_line()), remembered_(editor.history_init())
     {
         HistEvent event;
         editor.history(remembered_, &event, H_SETSIZE, static_cast<int>(History::most));
@@ -125,6 +168,7 @@ public:
         editor.set(line_, EL_PROMPT, prompt);
         editor.set(line_, EL_EDITOR, "emacs");
         editor.set(line_, EL_SIGNAL, 1);
+        editor.set(line_, EL_GETCFN, next_key);
         editor.set(line_, EL_HIST, editor.history, remembered_);
         editor.set(line_, EL_ADDFN, "vorcfg-complete", "complete the word", complete);
         editor.set(line_, EL_BIND, "\t", "vorcfg-complete", nullptr);
@@ -132,22 +176,19 @@ public:
     }
     EditedLines(const EditedLines&) = delete;
     EditedLines& operator=(const EditedLines&) = delete;
-    ~EditedLines() override
-    {
-        editor.history_end(remembered_);
-        editor.end(line_);
-    }
+    ~EditedLines() override { editor.history_end(remembered_); }
 
     std::optional<std::string> next() override
     {
-        struct sigaction abandons {};
-        struct sigaction before {};
-        abandons.sa_handler = [](int) { abandoned = 1; };
+        sigset_t interrupt;
+        sigset_t before;
+        sigemptyset(&interrupt);
+        sigaddset(&interrupt, SIGINT);
+        sigprocmask(SIG_BLOCK, &interrupt, &before);
         abandoned = 0;
-        sigaction(SIGINT, &abandons, &before);
         int size = 0;
         const char* const text = editor.gets(line_, &size);
-        sigaction(SIGINT, &before, nullptr);
+        sigprocmask(SIG_SETMASK, &before, nullptr);
         if (text == nullptr || size <= 0) {
             vor::print(stdout, "\n");
             return abandoned != 0 ? std::optional<std::string>("") : std::nullopt;
@@ -168,6 +209,13 @@ public:
     }
 
 private:
+    // Kept until the process ends: libedit forgets to free the names of the functions added to it.
+    static EditLine* only_line()
+    {
+        static EditLine* const line = editor.init("vorcfg", stdin, stdout, stderr);
+        return line;
+    }
+
     History history_;
     EditLine* const line_;
     ::History* const remembered_;

@@ -53,7 +53,8 @@ std::string arguments_of(std::string_view text)
 std::string day()
 {
     const char* const given = std::getenv("SOURCE_DATE_EPOCH");
-    const std::time_t when = given != nullptr ? std::strtoll(given, nullptr, 10) : std::time(nullptr);
+    const std::time_t when =
+        given != nullptr ? static_cast<std::time_t>(std::strtoll(given, nullptr, 10)) : std::time(nullptr);
     std::tm parts{};
     gmtime_r(&when, &parts);
     char month[16];

@@ -1,12 +1,9 @@
 // libedit is loaded when a terminal asks for it: linked, it would be loaded at every call.
 #include <algorithm>
-#include <cerrno>
 #include <clocale>
-#include <csignal>
 #include <cstdio>
 #include <cwchar>
 #include <dlfcn.h>
-#include <poll.h>
 #include <unistd.h>
 
 #include <fmt/format.h>
@@ -15,6 +12,7 @@
 #include "complete/complete.hpp"
 #include "prompt/history.hpp"
 #include "prompt/lines.hpp"
+#include "prompt/waiting.hpp"
 #include "text/text.hpp"
 #include "words/complaint.hpp"
 
@@ -54,26 +52,7 @@ struct Editor {
 };
 
 Editor editor;
-volatile std::sig_atomic_t abandoned; // the line being edited, by Ctrl-C
-
-// Ctrl-C is blocked but here, so that it is never lost between two keys.
-int next_byte(char& byte)
-{
-    struct sigaction abandons {};
-    struct sigaction before {};
-    abandons.sa_handler = [](int) { abandoned = 1; };
-    sigset_t open_mask;
-    sigprocmask(SIG_BLOCK, nullptr, &open_mask);
-    sigdelset(&open_mask, SIGINT);
-    pollfd keyboard{STDIN_FILENO, POLLIN, 0};
-    sigaction(SIGINT, &abandons, &before);
-    int ready;
-    do {
-        ready = ppoll(&keyboard, 1, nullptr, &open_mask);
-    } while (ready < 0 && errno == EINTR && abandoned == 0);
-    sigaction(SIGINT, &before, nullptr);
-    return abandoned != 0 || ready < 0 ? -1 : static_cast<int>(read(STDIN_FILENO, &byte, 1));
-}
+Waiting* waiting = nullptr; // while a line is edited
 
 // One key, of however many bytes; what is no character stands for itself.
 int next_key(EditLine*, wchar_t* key)
@@ -81,9 +60,9 @@ int next_key(EditLine*, wchar_t* key)
     std::mbstate_t state{};
     for (;;) {
         char byte = 0;
-        const int got = next_byte(byte);
+        const ssize_t got = waiting->wait() ? read(STDIN_FILENO, &byte, 1) : -1;
         if (got != 1) {
-            return got;
+            return static_cast<int>(got);
         }
         const std::size_t length = std::mbrtowc(key, &byte, 1, &state);
         if (length == static_cast<std::size_t>(-1)) {
@@ -180,18 +159,14 @@ public:
 
     std::optional<std::string> next() override
     {
-        sigset_t interrupt;
-        sigset_t before;
-        sigemptyset(&interrupt);
-        sigaddset(&interrupt, SIGINT);
-        sigprocmask(SIG_BLOCK, &interrupt, &before);
-        abandoned = 0;
+        Waiting for_keys;
+        waiting = &for_keys;
         int size = 0;
         const char* const text = editor.gets(line_, &size);
-        sigprocmask(SIG_SETMASK, &before, nullptr);
+        waiting = nullptr;
         if (text == nullptr || size <= 0) {
             vor::print(stdout, "\n");
-            return abandoned != 0 ? std::optional<std::string>("") : std::nullopt;
+            return for_keys.was_interrupted() ? std::optional<std::string>("") : std::nullopt;
         }
         std::string line(text, static_cast<std::size_t>(size));
         line.erase(std::min(line.find_first_of("\r\n"), line.size()));

@@ -1,9 +1,8 @@
-#include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
 #include "prompt/lines.hpp"
+#include "prompt/waiting.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
@@ -19,23 +18,23 @@ public:
 
     std::optional<std::string> next() override
     {
-        struct sigaction ends_read {};
-        struct sigaction before {};
-        ends_read.sa_handler = [](int) {};
-        if (prompted_) {
-            vor::print(stdout, prompt_text);
-            sigaction(SIGINT, &ends_read, &before);
+        if (!prompted_) {
+            return read();
         }
-        errno = 0;
+        Waiting for_line;
+        vor::print(stdout, prompt_text);
+        const bool there = for_line.wait();
+        auto line = there ? read() : std::optional<std::string>("");
+        vor::print(stdout, there && line ? "" : "\n");
+        return line;
+    }
+
+private:
+    std::optional<std::string> read()
+    {
         const ssize_t size = getline(&line_, &room_, stdin);
-        const bool interrupted = size < 0 && errno == EINTR;
-        if (prompted_) {
-            sigaction(SIGINT, &before, nullptr);
-            vor::print(stdout, size < 0 ? "\n" : "");
-        }
         if (size < 0) {
-            std::clearerr(stdin);
-            return interrupted ? std::optional<std::string>("") : std::nullopt;
+            return std::nullopt;
         }
         std::string line(line_, static_cast<std::size_t>(size));
         if (line.ends_with('\n')) {
@@ -44,7 +43,6 @@ public:
         return line;
     }
 
-private:
     const bool prompted_;
     char* line_ = nullptr;
     std::size_t room_ = 0;

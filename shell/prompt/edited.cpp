@@ -148,6 +148,8 @@ public:
         editor.set(line_, EL_EDITOR, "emacs");
         editor.set(line_, EL_SIGNAL, 1);
         editor.set(line_, EL_GETCFN, next_key);
+        // else Ctrl-C would take away the key that a wait has just told of
+        editor.set(line_, EL_SETTY, "-d", "+noflsh", nullptr);
         editor.set(line_, EL_HIST, editor.history, remembered_);
         editor.set(line_, EL_ADDFN, "vorcfg-complete", "complete the word", complete);
         editor.set(line_, EL_BIND, "\t", "vorcfg-complete", nullptr);
@@ -161,6 +163,7 @@ public:
     {
         Waiting for_keys;
         waiting = &for_keys;
+        editor.set(line_, EL_PREP_TERM, 1); // before the prompt shows: Ctrl-D is a key from then on
         int size = 0;
         const char* const text = editor.gets(line_, &size);
         waiting = nullptr;

@@ -1,9 +1,10 @@
 #include "prompt/question.hpp"
 
-#include <csignal>
 #include <fcntl.h>
 #include <string>
 #include <unistd.h>
+
+#include "prompt/waiting.hpp"
 
 namespace vorcfg {
 
@@ -18,22 +19,18 @@ bool agreed(std::string_view question)
     if (terminal < 0) {
         return false;
     }
-    struct sigaction ends_read {};
-    struct sigaction before {};
-    ends_read.sa_handler = [](int) {};
-    sigaction(SIGINT, &ends_read, &before);
+    Waiting for_answer;
     dprintf(terminal, "%.*s [y/N] ", static_cast<int>(question.size()), question.data());
     std::string answer;
     char byte;
-    ssize_t got;
-    while ((got = read(terminal, &byte, 1)) == 1 && byte != '\n') {
+    ssize_t got = -1;
+    while (for_answer.wait(terminal) && (got = read(terminal, &byte, 1)) == 1 && byte != '\n') {
         answer += byte;
     }
-    if (got != 1) {
+    if (got != 1 || for_answer.was_interrupted()) {
         dprintf(terminal, "\n");
         answer.clear();
     }
-    sigaction(SIGINT, &before, nullptr);
     close(terminal);
     return answer == "y" || answer == "yes" || answer == "Y";
 }

@@ -2,7 +2,7 @@
 
 #include <cerrno>
 #include <poll.h>
-#include <unistd.h>
+#include <termios.h>
 
 namespace vorcfg {
 
@@ -21,17 +21,20 @@ Waiting::~Waiting()
     sigprocmask(SIG_SETMASK, &before_, nullptr);
 }
 
-bool Waiting::wait()
+bool Waiting::wait(int input)
 {
     struct sigaction comes {};
     struct sigaction before {};
     comes.sa_handler = [](int) { interrupt_came = 1; };
     interrupt_came = 0;
     sigaction(SIGINT, &comes, &before);
-    pollfd input{STDIN_FILENO, POLLIN, 0};
-    while (ppoll(&input, 1, nullptr, &before_) < 0 && errno == EINTR && interrupt_came == 0) {}
+    pollfd waited{input, POLLIN, 0};
+    while (ppoll(&waited, 1, nullptr, &before_) < 0 && errno == EINTR && interrupt_came == 0) {}
     sigaction(SIGINT, &before, nullptr);
     interrupted_ = interrupt_came != 0;
+    if (interrupted_) {
+        tcflush(input, TCIFLUSH);
+    }
     return !interrupted_;
 }
 

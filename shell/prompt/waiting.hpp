@@ -2,6 +2,7 @@
 #pragma once
 
 #include <csignal>
+#include <unistd.h>
 
 namespace vorcfg {
 
@@ -13,8 +14,8 @@ public:
     Waiting& operator=(const Waiting&) = delete;
     ~Waiting();
 
-    // For standard input; false where Ctrl-C ended it.
-    bool wait();
+    // False where Ctrl-C ended it.
+    bool wait(int input = STDIN_FILENO);
     bool was_interrupted() const { return interrupted_; }
 
 private:

@@ -68,3 +68,8 @@ ensure_lint_packages() {
 ensure_emulator_packages() {
     ensure_packages qemu-user:qemu-arm
 }
+
+# Without one of these the tests that need it are left out.
+ensure_keyboard_packages() {
+    ensure_packages zsh:zsh mandoc:mandoc libedit-dev:/usr/include/histedit.h
+}

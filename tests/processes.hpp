@@ -72,4 +72,24 @@ private:
     std::string pending_;
 };
 
+// A program at a terminal of its own, in a workplace; hung up when it goes out of scope.
+class Terminal {
+public:
+    Terminal(const Workplace& workplace, const std::vector<std::string>& command);
+    ~Terminal();
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+
+    void type(const std::string& text) const;
+    // All that was shown since the last such text, up to the wanted one; everything where that does not come.
+    std::string shown_until(const std::string& wanted);
+    // What is shown until the program ends, and its exit code.
+    Output rest();
+
+private:
+    pid_t pid_ = -1;
+    int terminal_ = -1;
+    std::string pending_;
+};
+
 } // namespace processes

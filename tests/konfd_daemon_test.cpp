@@ -135,7 +135,9 @@ class Client : public testing::Test {
 protected:
     void send(const std::string& bytes, bool answer_unread = false)
     {
-        take(session.receive(bytes, now, answer_unread));
+        for (std::string_view left = bytes; !left.empty();) {
+            take(session.receive(left, now, answer_unread));
+        }
     }
     void wait(std::chrono::milliseconds time)
     {
@@ -152,12 +154,7 @@ protected:
     std::string answers;
 
 private:
-    void take(const std::vector<Reply>& replies)
-    {
-        for (const Reply& reply : replies) {
-            answers += reply.answer;
-        }
-    }
+    void take(const std::optional<Exchange>& exchange) { answers += exchange ? exchange->reply.answer : ""; }
 };
 
 TEST_F(Client, is_answered_once_for_each_ended_text)

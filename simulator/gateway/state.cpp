@@ -28,17 +28,24 @@ bool State::keep(const Decoded& decoded)
     for (const Value& value : decoded.values) {
         size += value.name.size() + value.text.size() + bytes_of_a_value;
     }
-    if (size_ + size > most_bytes) {
+    const auto is_replaced = [&row](const Setting& setting) {
+        return row.slot.empty() ? setting.row->call == row.call : setting.row->slot == row.slot;
+    };
+    std::size_t freed = 0;
+    if (const auto manager = managers_.find(decoded.sap); manager != managers_.end()) {
+        if (const auto object = manager->second.find(decoded.object); object != manager->second.end()) {
+            for (const Setting& setting : object->second) {
+                freed += is_replaced(setting) ? setting.size : 0;
+            }
+        }
+    }
+    if (size_ - freed + size > most_bytes) {
         return false;
     }
     Settings& settings = managers_[decoded.sap][decoded.object];
-    std::erase_if(settings, [&](const Setting& setting) {
-        const bool replaced = row.slot.empty() ? setting.row->call == row.call : setting.row->slot == row.slot;
-        size_ -= replaced ? setting.size : 0;
-        return replaced;
-    });
+    std::erase_if(settings, is_replaced);
     settings.push_back({&row, decoded.values, size});
-    size_ += size;
+    size_ += size - freed;
     return true;
 }
 

@@ -12,6 +12,7 @@ namespace vorsim {
 namespace {
 
 constexpr std::size_t most_clients = 64;
+constexpr int texts_in_turn = 8; // of one client, before another has its turn
 
 // Bytes sent that the client has not received yet.
 bool answer_unread(int descriptor)
@@ -82,12 +83,13 @@ bool KonfdServer::serve_one()
     turns_.pop_front();
     Client& client = clients_.at(descriptor);
     std::string_view bytes = client.input;
-    const auto exchange = client.ended
+    const auto exchange = bytes.empty()
                               ? client.session.end()
                               : client.session.receive(bytes, std::chrono::steady_clock::now(), client.answer_unread);
     client.input.erase(0, client.input.size() - bytes.size());
     if (exchange) {
         answer(client, *exchange);
+        ++client.served;
     }
     carry_on(descriptor);
     return !turns_.empty();
@@ -105,8 +107,8 @@ void KonfdServer::carry_on(int descriptor)
     if (!client.output.empty()) {
         const ssize_t sent = send(descriptor, client.output.data(), client.output.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
         if (sent < 0 && errno != EAGAIN && errno != EINTR) {
-            drop_client(descriptor);
-            return;
+            client.ended = true; // what it has sent is carried out nevertheless
+            client.output.clear();
         }
         client.output.erase(0, static_cast<std::size_t>(std::max<ssize_t>(sent, 0)));
         client.active = sent > 0 ? std::chrono::steady_clock::now() : client.active;
@@ -115,7 +117,8 @@ void KonfdServer::carry_on(int descriptor)
         loop_.watch_writing(descriptor, [this, descriptor] { carry_on(descriptor); });
     } else if (!client.input.empty()) {
         loop_.forget(descriptor);
-        turns_.push_back(descriptor);
+        const bool goes_on = client.served % texts_in_turn != 0;
+        turns_.insert(goes_on ? turns_.begin() : turns_.end(), descriptor);
     } else if (client.ended) {
         drop_client(descriptor);
     } else {
@@ -130,13 +133,19 @@ void KonfdServer::drop_client(int descriptor)
     clients_.erase(descriptor);
 }
 
+// One that has more to say has its turn instead.
+std::optional<konfd::Time> KonfdServer::deadline_of(const Client& client)
+{
+    return client.input.empty() && !client.ended ? client.session.deadline() : std::nullopt;
+}
+
 std::optional<konfd::Time> KonfdServer::deadline() const
 {
     std::optional<konfd::Time> first;
     for (const auto& [descriptor, client] : clients_) {
-        const auto deadline = client.input.empty() && !client.ended ? client.session.deadline() : std::nullopt;
+        const auto deadline = deadline_of(client);
         if (deadline && (!first || *deadline < *first)) {
-            first = deadline; // one that has more to say has its turn instead
+            first = deadline;
         }
     }
     return first;
@@ -147,8 +156,8 @@ void KonfdServer::on_deadline()
 {
     const auto first = deadline();
     const auto late =
-        std::ranges::find_if(clients_, [&first](const auto& one) { return one.second.session.deadline() == first; });
-    if (!first || late == clients_.end()) {
+        std::ranges::find_if(clients_, [&first](const auto& one) { return first && deadline_of(one.second) == first; });
+    if (late == clients_.end()) {
         return;
     }
     if (const auto exchange = late->second.session.time_out()) {

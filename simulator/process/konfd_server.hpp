@@ -35,19 +35,21 @@ private:
         std::string input{};
         std::string output{};
         bool answer_unread{};
-        bool ended{}; // sends no more
+        bool ended{}; // sends no more, or has gone
+        int served{};
     };
     using Clients = std::map<int, Client>;
 
     bool make_room();
     void welcome(Descriptor socket);
     void receive(int descriptor);
-    // One text of one client; the others have their turn before its next.
+    // One text; the managers have their turn before the next.
     bool serve_one();
     void answer(Client& client, const konfd::Exchange& exchange);
     // Sends what can be sent; then goes on reading, or lets the client go.
     void carry_on(int descriptor);
     void drop_client(int descriptor);
+    static std::optional<konfd::Time> deadline_of(const Client& client);
     std::optional<konfd::Time> deadline() const;
     void on_deadline();
 

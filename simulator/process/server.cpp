@@ -51,8 +51,8 @@ void check_files(const Options& options)
     if (!options.state_file || !options.journal_file) {
         return;
     }
-    const fs::path state = fs::weakly_canonical(*options.state_file, ignored);
-    const fs::path journal = fs::weakly_canonical(*options.journal_file, ignored);
+    const fs::path state = fs::weakly_canonical(fs::absolute(*options.state_file), ignored);
+    const fs::path journal = fs::weakly_canonical(fs::absolute(*options.journal_file), ignored);
     if (state == journal || fs::equivalent(state, journal, ignored)) {
         throw UsageError(fmt::format("--state and --journal are one file: {}", *options.state_file));
     }

@@ -24,13 +24,16 @@ bool is_secret(const Field& field)
     return field.display == Display::secret;
 }
 
-// The layouts under which the message may carry a secret, at whichever manager.
-std::vector<const Layout*> secret_layouts(std::uint32_t id)
+constexpr std::int32_t any_sap = -1;
+
+// The layouts under which the message may carry a secret.
+std::vector<const Layout*> secret_layouts(std::int32_t sap, std::uint32_t id)
 {
     std::vector<const Layout*> layouts;
     for (const Family* family : all_families()) {
         for (const Row& row : family->rows()) {
-            if (row.exchange.id == id && std::ranges::any_of(row.layout.fields(), is_secret)) {
+            if (row.exchange.id == id && (sap == any_sap || family->serves(row, sap)) &&
+                std::ranges::any_of(row.layout.fields(), is_secret)) {
                 layouts.push_back(&row.layout);
             }
         }
@@ -117,9 +120,13 @@ bool is_masked(std::string_view text)
 
 std::string payload_record(const Message& message, bool accepted, bool show_secrets)
 {
-    const auto layouts = show_secrets ? std::vector<const Layout*>() : secret_layouts(message.id);
-    if (layouts.empty()) {
+    if (show_secrets) {
         return hex(message.payload);
+    }
+    const auto layouts = secret_layouts(message.sap, message.id);
+    if (layouts.empty()) {
+        const bool elsewhere = !accepted && !secret_layouts(any_sap, message.id).empty(); // sent to the wrong manager
+        return elsewhere ? std::string(vor::mask) : hex(message.payload);
     }
     const Layout& layout = *layouts.front(); // the rows of one message share its form
     if (layout.form == Form::record) {
@@ -136,8 +143,8 @@ std::string datagram_record(Bytes datagram, bool show_secrets)
         return hex(datagram);
     }
     std::memcpy(&header, datagram.data(), sizeof header);
-    return secret_layouts(header.opcode).empty() ? hex(datagram)
-                                                 : hex(datagram.first(sizeof header)) + std::string(vor::mask);
+    return secret_layouts(any_sap, header.opcode).empty() ? hex(datagram)
+                                                          : hex(datagram.first(sizeof header)) + std::string(vor::mask);
 }
 
 std::string konfd_record(std::string_view text, bool show_secrets)

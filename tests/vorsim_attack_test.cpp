@@ -103,7 +103,7 @@ std::vector<std::string> hostile_texts()
     }
     std::string patterns;
     for (int pattern = 0; pattern < 60; ++pattern) {
-        patterns += "-u -r \"(.*a){30}(.*b){30}(.*c){30}z\"";
+        patterns += "-u -r \"(.*a){30}(.*b){30}(.*c){30}z\" \"a\"";
     }
     texts.push_back(patterns);
     std::string shows;

@@ -13,7 +13,7 @@ constexpr std::size_t longest_answer = 50;
 // What one text may cost.
 constexpr std::size_t most_commands = 64;
 constexpr std::size_t most_shown = 1 << 20;
-constexpr std::uint64_t most_work = 2'000'000;
+constexpr std::uint64_t most_work = 4'000'000;
 
 constexpr char not_there[] = "it is not there";
 

@@ -72,25 +72,21 @@ void Console::flush()
     }
 }
 
-void Console::add(std::string_view text)
+// Full once, it takes nothing until there is room for a good deal.
+void Console::say_lost()
 {
-    if (pending_.size() + text.size() + 1 > most_pending) {
-        ++lost_;
-        return;
+    full_ = full_ && pending_.size() > most_pending / 2;
+    if (!full_ && lost_ > told_) {
+        pending_ +=
+            fmt::format("vorsim: {} lost here: nobody read what was written\n", vor::counted(lost_ - told_, "line"));
+        told_ = lost_;
     }
-    pending_ += text;
-    pending_ += '\n';
 }
 
 void Console::on_writable()
 {
     flush();
-    if (pending_.size() < most_pending / 2 && lost_ > told_) {
-        const std::uint64_t untold = lost_ - told_;
-        told_ = lost_;
-        add(fmt::format("vorsim: {} lost here: nobody read what was written", vor::counted(untold, "line")));
-        flush();
-    }
+    say_lost();
     if (pending_.empty() && waits_) {
         waits_ = false;
         loop_.forget(descriptor_);
@@ -102,7 +98,14 @@ void Console::line(std::string_view text)
     if (gone_) {
         return;
     }
-    add(text);
+    say_lost();
+    full_ = full_ || pending_.size() + text.size() > most_pending;
+    if (full_) {
+        ++lost_;
+        return;
+    }
+    pending_ += text;
+    pending_ += '\n';
     if (!waits_) {
         flush();
     }

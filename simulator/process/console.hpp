@@ -23,12 +23,13 @@ public:
     void flush();
 
 private:
-    void add(std::string_view text);
+    void say_lost();
     void on_writable();
 
     Loop& loop_;
     int descriptor_;
     bool waits_ = false;
+    bool full_ = false;
     bool gone_ = false; // its reader is
     std::string pending_;
     std::uint64_t lost_ = 0;

@@ -29,13 +29,14 @@ std::string control_path(const std::string& directory)
 Control::Control(Loop& loop, const std::string& path, Handler answer_to)
     : loop_(loop), answer_to_(std::move(answer_to)),
       door_(
-          loop, path, [this] { return make_room(); }, [this](Descriptor socket) { welcome(std::move(socket)); })
+          loop, path, [this](bool no_descriptor) { return make_room(no_descriptor); },
+          [this](Descriptor socket) { welcome(std::move(socket)); })
 {
 }
 
-bool Control::make_room()
+bool Control::make_room(bool no_descriptor)
 {
-    if (clients_.size() < most_clients) {
+    if (clients_.size() < most_clients && !no_descriptor) {
         return true;
     }
     const auto idle = longest_idle(clients_);

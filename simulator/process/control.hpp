@@ -46,7 +46,7 @@ private:
     };
     using Clients = std::map<int, Client>;
 
-    bool make_room();
+    bool make_room(bool no_descriptor);
     void welcome(Descriptor socket);
     void read_request(int descriptor);
     std::string answer_to(Client& client, const std::string& request);

@@ -30,7 +30,7 @@ void Door::close_for_a_while()
 
 void Door::accept_client()
 {
-    if (!make_room_()) {
+    if (!make_room_(false)) {
         close_for_a_while();
         return;
     }
@@ -38,6 +38,7 @@ void Door::accept_client()
     if (socket.get() >= 0) {
         on_client_(std::move(socket));
     } else if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
+        make_room_(true);
         close_for_a_while();
     }
 }

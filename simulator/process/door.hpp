@@ -13,8 +13,9 @@ namespace vorsim {
 // spins meanwhile.
 class Door {
 public:
-    // Frees a place where one can be had. False: all are in use.
-    using MakeRoom = std::function<bool()>;
+    // Frees a place where one is needed and can be had; one is needed at any
+    // rate when there is no descriptor left. False: all are in use.
+    using MakeRoom = std::function<bool(bool no_descriptor)>;
     using OnClient = std::function<void(Descriptor socket)>;
 
     Door(Loop& loop, const std::string& path, MakeRoom make_room, OnClient on_client);

@@ -26,15 +26,16 @@ bool answer_unread(int descriptor)
 KonfdServer::KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& path, OnExchange on_exchange)
     : loop_(loop), konfd_(konfd), on_exchange_(std::move(on_exchange)),
       door_(
-          loop, path, [this] { return make_room(); }, [this](Descriptor socket) { welcome(std::move(socket)); })
+          loop, path, [this](bool no_descriptor) { return make_room(no_descriptor); },
+          [this](Descriptor socket) { welcome(std::move(socket)); })
 {
     loop_.in_turn([this] { return serve_one(); });
     loop_.at([this] { return deadline(); }, [this] { on_deadline(); });
 }
 
-bool KonfdServer::make_room()
+bool KonfdServer::make_room(bool no_descriptor)
 {
-    if (clients_.size() < most_clients) {
+    if (clients_.size() < most_clients && !no_descriptor) {
         return true;
     }
     const auto idle = longest_idle(clients_);

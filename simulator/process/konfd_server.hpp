@@ -40,7 +40,7 @@ private:
     };
     using Clients = std::map<int, Client>;
 
-    bool make_room();
+    bool make_room(bool no_descriptor);
     void welcome(Descriptor socket);
     void receive(int descriptor);
     // One text; the managers have their turn before the next.

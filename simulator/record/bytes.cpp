@@ -10,6 +10,7 @@
 
 #include <vorinfra_manager.h>
 
+#include "gateway/match.hpp"
 #include "konfd/command.hpp"
 #include "tables/families.hpp"
 #include "text/text.hpp"
@@ -17,14 +18,13 @@
 namespace vorsim {
 namespace {
 
-using Bytes = std::span<const std::uint8_t>;
-
 bool is_secret(const Field& field)
 {
     return field.display == Display::secret;
 }
 
 constexpr std::int32_t any_sap = -1;
+constexpr std::string_view meaningless = "--"; // a byte that is not told
 
 // The layouts under which the message may carry a secret.
 std::vector<const Layout*> secret_layouts(std::int32_t sap, std::uint32_t id)
@@ -41,20 +41,41 @@ std::vector<const Layout*> secret_layouts(std::int32_t sap, std::uint32_t id)
     return layouts;
 }
 
-std::string masked_record(const Layout& layout, Bytes payload, bool accepted)
+std::vector<const Row*> record_rows(std::uint16_t sap, std::uint32_t id)
 {
-    if (!accepted) {
-        return std::string(vor::mask);
-    }
-    std::string text;
-    std::size_t at = 0;
-    for (const Field& field : layout.fields()) {
-        if (is_secret(field)) {
-            text += hex(payload.subspan(at, field.tag_or_offset - at)) + std::string(vor::mask);
-            at = field.tag_or_offset + std::size_t{field.size()};
+    std::vector<const Row*> rows;
+    for (const Family* family : all_families()) {
+        for (const Row& row : family->rows()) {
+            if (row.exchange.id == id && family->serves(row, sap) && row.layout.form == Form::record) {
+                rows.push_back(&row);
+            }
         }
     }
-    return text + hex(payload.subspan(at));
+    return rows;
+}
+
+// Behind a text's end, and where the message means nothing, lies what the
+// sender's buffer held before, perhaps the password of an earlier message.
+std::string record_of(const std::vector<const Row*>& rows, Bytes payload)
+{
+    const Match found = match(rows, payload);
+    if (found.row == nullptr) {
+        return payload.empty() ? "" : std::string(vor::mask);
+    }
+    std::vector<std::string> bytes(payload.size(), std::string(meaningless));
+    for (const Part& part : found.parts) {
+        const std::size_t at = part.field->tag_or_offset;
+        const bool text = part.field->kind == Kind::text;
+        const std::size_t size = text ? std::min(text_in(part).size() + 1, part.bytes.size()) : part.bytes.size();
+        for (std::size_t byte = 0; byte < size; ++byte) {
+            bytes[at + byte] = is_secret(*part.field) ? "" : hex(part.bytes.subspan(byte, 1));
+        }
+        if (is_secret(*part.field)) {
+            bytes[at] = vor::mask;
+            std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(at + 1), part.bytes.size() - 1, "");
+        }
+    }
+    return fmt::format("{}", fmt::join(bytes, ""));
 }
 
 std::string masked_chain(const std::vector<const Layout*>& layouts, Bytes chain, bool accepted)
@@ -105,7 +126,7 @@ std::optional<std::string> bytes_of_hex(std::string_view text)
     for (; text.size() > 1; text.remove_prefix(2)) {
         unsigned char byte = 0;
         const char* const end = text.data() + 2;
-        if (std::from_chars(text.data(), end, byte, 16).ptr != end) {
+        if (!text.starts_with(meaningless) && std::from_chars(text.data(), end, byte, 16).ptr != end) {
             return {};
         }
         bytes += static_cast<char>(byte);
@@ -123,15 +144,15 @@ std::string payload_record(const Message& message, bool accepted, bool show_secr
     if (show_secrets) {
         return hex(message.payload);
     }
+    if (const auto rows = record_rows(message.sap, message.id); !rows.empty()) {
+        return record_of(rows, message.payload);
+    }
     const auto layouts = secret_layouts(message.sap, message.id);
     if (layouts.empty()) {
         const bool elsewhere = !accepted && !secret_layouts(any_sap, message.id).empty(); // sent to the wrong manager
         return elsewhere ? std::string(vor::mask) : hex(message.payload);
     }
     const Layout& layout = *layouts.front(); // the rows of one message share its form
-    if (layout.form == Form::record) {
-        return masked_record(layout, message.payload, accepted && message.payload.size() == layout.length);
-    }
     const std::size_t lead = layout.form == Form::flag_byte && !message.payload.empty() ? 1 : 0;
     return hex(message.payload.first(lead)) + masked_chain(layouts, message.payload.subspan(lead), accepted);
 }

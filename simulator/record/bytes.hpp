@@ -1,7 +1,8 @@
 // bytes.hpp: messages as they travelled, with their secrets masked.
 //
 // Bytes are written in hexadecimal. In place of a secret stands the mask, and
-// in place of its length too: a record that holds it cannot be sent again.
+// in place of its length too: a record that holds it cannot be sent again. "--"
+// is a byte that means nothing to the manager, and is sent again as 0.
 #pragma once
 
 #include <cstdint>

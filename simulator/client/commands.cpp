@@ -149,7 +149,10 @@ int wait(Arguments arguments)
     Asked asked(request);
     std::string answer;
     try {
-        answer = asked.receive(within);
+        answer = asked.receive(milliseconds(10'000));
+        if (answer.starts_with("?")) { // none yet
+            answer = answer.size() > 2 ? answer.substr(2) : asked.receive(within);
+        }
     } catch (const std::runtime_error&) {
         throw std::runtime_error(
             fmt::format("no {}{} within {} ms", request["call"].get<std::string>(),

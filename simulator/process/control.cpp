@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <utility>
 
 #include <sys/socket.h>
 
@@ -32,6 +33,7 @@ Control::Control(Loop& loop, const std::string& path, Handler answer_to)
           loop, path, [this](bool no_descriptor) { return make_room(no_descriptor); },
           [this](Descriptor socket) { welcome(std::move(socket)); })
 {
+    loop_.in_turn([this] { return answer_all(); });
 }
 
 bool Control::make_room(bool no_descriptor)
@@ -74,8 +76,20 @@ void Control::read_request(int descriptor)
         }
         return;
     }
-    client.output = answer_to(client, std::exchange(client.input, {}));
-    write_some(descriptor);
+    loop_.forget(descriptor);
+    fresh_.push_back(descriptor);
+}
+
+bool Control::answer_all()
+{
+    for (const int descriptor : std::exchange(asked_, std::exchange(fresh_, {}))) {
+        const auto client = clients_.find(descriptor);
+        if (client != clients_.end()) {
+            client->second.output = answer_to(client->second, std::exchange(client->second.input, {}));
+            write_some(descriptor);
+        }
+    }
+    return !asked_.empty();
 }
 
 std::string Control::answer_to(Client& client, const std::string& request)
@@ -115,7 +129,7 @@ void Control::subscribe(Client& client, const Json& request)
         return one.first == client.call && (client.object.empty() || one.second == client.object);
     });
     client.wish = there ? Wish::answer : Wish::one;
-    client.output = there ? "+\n" : "";
+    client.output = there ? "+\n" : "?\n";
 }
 
 bool Control::is_watched() const
@@ -148,7 +162,7 @@ void Control::publish(const Json& record)
         } else if (client.wish == Wish::one && !call.empty() && client.call == call &&
                    (client.object.empty() || client.object == object)) {
             client.wish = Wish::answer;
-            client.output = "+\n";
+            client.output += "+\n";
             write_some(descriptor);
         }
     }
@@ -176,6 +190,8 @@ void Control::write_some(int descriptor)
 void Control::drop_client(int descriptor)
 {
     loop_.forget(descriptor);
+    std::erase(fresh_, descriptor);
+    std::erase(asked_, descriptor);
     clients_.erase(descriptor);
 }
 

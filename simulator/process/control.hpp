@@ -3,7 +3,7 @@
 // A request is one line of JSON, {"do": WHAT, ...}; the answer is "+" and what
 // was asked for, or "-" and why not, to the connection's end. {"do": "watch"}
 // gets a line of JSON for every message until it leaves, {"do": "wait", "call":
-// NAME, "object": TEXT} one, for the first that is such a message.
+// NAME, "object": TEXT} "?" where none was yet, then "+" at the first such message.
 #pragma once
 
 #include <functional>
@@ -49,6 +49,7 @@ private:
     bool make_room(bool no_descriptor);
     void welcome(Descriptor socket);
     void read_request(int descriptor);
+    bool answer_all();
     std::string answer_to(Client& client, const std::string& request);
     void subscribe(Client& client, const Json& request);
     void write_some(int descriptor);
@@ -57,6 +58,8 @@ private:
     Loop& loop_;
     Handler answer_to_;
     Clients clients_;
+    std::vector<int> fresh_; // clients that asked in this turn: what was sent to managers before is served first
+    std::vector<int> asked_; // in the one before
     std::set<std::pair<std::string, std::string>> seen_; // calls and objects
     Door door_;
 };

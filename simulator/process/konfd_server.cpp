@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <utility>
 
 #include <linux/sockios.h>
 #include <sys/ioctl.h>
@@ -72,14 +73,17 @@ void KonfdServer::receive(int descriptor)
     client.input.assign(bytes.data(), static_cast<std::size_t>(size));
     client.ended = size == 0;
     loop_.forget(descriptor);
-    turns_.push_back(descriptor);
+    fresh_.push_back(descriptor);
 }
 
 bool KonfdServer::serve_one()
 {
+    const auto come = std::exchange(fresh_, {});
     if (turns_.empty()) {
-        return false;
+        turns_.assign(come.begin(), come.end());
+        return !turns_.empty();
     }
+    turns_.insert(turns_.end(), come.begin(), come.end());
     const int descriptor = turns_.front();
     turns_.pop_front();
     Client& client = clients_.at(descriptor);
@@ -131,6 +135,7 @@ void KonfdServer::drop_client(int descriptor)
 {
     loop_.forget(descriptor);
     std::erase(turns_, descriptor);
+    std::erase(fresh_, descriptor);
     clients_.erase(descriptor);
 }
 

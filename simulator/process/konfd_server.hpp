@@ -57,7 +57,8 @@ private:
     konfd::Konfd& konfd_;
     OnExchange on_exchange_;
     Clients clients_;
-    std::deque<int> turns_; // clients with input
+    std::deque<int> turns_;  // clients with input
+    std::vector<int> fresh_; // those whose came in this turn: what was sent to managers before it is served first
     std::uint64_t welcomed_ = 0;
     Door door_;
 };

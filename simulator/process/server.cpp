@@ -121,6 +121,7 @@ Server::Server(const Options& options)
 {
     std::signal(SIGPIPE, SIG_IGN);
     check_files(options_);
+    loop_.in_turn([this] { return serve(); }); // before all that is asked about it
     try {
         control_ = std::make_unique<Control>(loop_, control_path(directory_),
                                              [this](const Json& request) { return answer(request); });
@@ -134,7 +135,6 @@ Server::Server(const Options& options)
     for (const std::uint16_t sap : saps) {
         bind_manager(sap);
     }
-    loop_.in_turn([this] { return serve(); });
     bind_konfd();
     if (options_.journal_file) {
         journal_ = Journal(*options_.journal_file);
@@ -205,7 +205,7 @@ bool Server::serve()
         take(*first);
         first->next();
     }
-    horizon_ = {};
+    horizon_ = std::chrono::system_clock::now();
     return false; // what is left is readable still
 }
 

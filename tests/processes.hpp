@@ -60,6 +60,7 @@ public:
 
     // The next line it prints, without its end; empty when it says nothing more in time.
     std::string next_line();
+    pid_t pid() const { return pid_; }
     // It answers nothing until it goes on.
     void suspend() const;
     void resume() const;

@@ -8,8 +8,11 @@ namespace vorcfg {
 
 // A file in memory takes any amount, where a pipe that nobody reads would
 // block. Without one the lines go where they always went.
+Capture* Capture::begun_[3];
+
 Capture::Capture(int wanted) : descriptor_(wanted)
 {
+    begun_[descriptor_] = this;
     std::fflush(nullptr);
     file_ = memfd_create("vorcfg", MFD_CLOEXEC);
     before_ = file_ >= 0 ? dup(descriptor_) : -1;
@@ -21,6 +24,7 @@ Capture::Capture(int wanted) : descriptor_(wanted)
 Capture::~Capture()
 {
     restore();
+    begun_[descriptor_] = nullptr;
     if (file_ >= 0) {
         close(file_);
     }
@@ -33,6 +37,15 @@ void Capture::restore()
         dup2(before_, descriptor_);
         close(before_);
         before_ = -1;
+    }
+}
+
+void Capture::end_all()
+{
+    for (Capture* const capture : begun_) {
+        if (capture != nullptr) {
+            dup2(capture->before_, capture->descriptor_);
+        }
     }
 }
 

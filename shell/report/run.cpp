@@ -2,71 +2,25 @@
 
 #include <cstdio>
 #include <ctime>
-#include <filesystem>
 
-#include "plan/batch.hpp"
+#include "report/check.hpp"
+#include "report/making.hpp"
 #include "report/report.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
-
-namespace {
-
-void check_confirmed(const Planned& planned, const Options& options)
-{
-    if (planned.row->has(confirmed) && !options.yes && !options.dry_run) {
-        throw Complaint{"is made only with --yes", exit_usage, {}, 1, planned.row->full_name(), planned.place};
-    }
-}
-
-// What a call started ends with this process.
-void wait_for(const Row& row, const Report& report)
-{
-    if (!row.has(waits) || !report.seen.timer || report.verdict.outcome != Outcome::sent) {
-        return;
-    }
-    const std::uint32_t milliseconds = *report.seen.timer;
-    vor::print(stderr,
-               "vorcfg: the timer ends with this process, which waits until it is due; interrupt to call the timer "
-               "off\n");
-    timespec rest{static_cast<time_t>(milliseconds / 1000), static_cast<long>(milliseconds % 1000) * 1000000};
-    nanosleep(&rest, nullptr);
-}
-
-Report make(Session& session, Planned& planned, const Options& options)
-{
-    Report report = session.make(planned);
-    vor::print(stdout, options.json ? json_of(planned, report) : text_of(planned, report));
-    return report;
-}
-
-// Every line of the batch; how many calls it has. Complaints are said, and the exit code is the worst.
-int check(Batch& batch, const Options& options, std::size_t& calls)
-{
-    int exit = exit_ok;
-    for (bool more = true; more;) {
-        try {
-            const auto planned = batch.next();
-            more = planned.has_value();
-            if (more) {
-                check_confirmed(*planned, options);
-                calls++;
-            }
-        } catch (const Complaint& complaint) {
-            exit = complain(complaint, options.json);
-        }
-    }
-    batch.rewind();
-    return exit;
-}
-
-} // namespace
 
 int complain(const Complaint& complaint, bool json)
 {
     std::fflush(stdout);
     vor::print(stderr, json ? json_of(complaint) : text_of(complaint));
     return complaint.exit;
+}
+
+static void rest(unsigned milliseconds)
+{
+    const timespec time{static_cast<time_t>(milliseconds / 1000), static_cast<long>(milliseconds % 1000) * 1000000};
+    nanosleep(&time, nullptr);
 }
 
 int run_call(const Options& options)
@@ -76,34 +30,34 @@ int run_call(const Options& options)
     check_confirmed(planned, options);
     rehearse(planned);
     Session session({options.dry_run, options.trace}, options.sap);
-    const Report report = make(session, planned, options);
-    wait_for(*planned.row, report);
+    const Report report = session.make(planned);
+    vor::print(stdout, options.json ? json_of(planned, report) : text_of(planned, report));
+    wait_for(*planned.row, report, rest);
     return exit_of(report.verdict.outcome);
 }
 
 int run_batch(const std::string& path, const Options& options)
 {
-    const bool from_file = path != "-";
-    Batch batch(read_batch(path), from_file ? path : "standard input",
-                {.literals = true,
-                 .standard_input = from_file,
-                 .directory = std::filesystem::path(from_file ? path : "").parent_path()});
-    std::size_t left = 0;
-    if (const int exit = check(batch, options, left); exit != exit_ok) {
+    Batch batch = batch_of(path, options);
+    std::size_t calls = 0;
+    const auto count = [&](const Planned& planned) {
+        check_confirmed(planned, options);
+        calls++;
+    };
+    if (const int exit = check(batch, options, count); exit != exit_ok) {
         return exit;
     }
-    Session session({options.dry_run, options.trace}, options.sap);
-    Tally tally;
-    while (auto planned = batch.next()) {
-        const Report report = make(session, *planned, options);
-        left--;
-        if (!tally.count(*planned, report.verdict.outcome) && !options.keep_going) {
-            break;
-        }
-        wait_for(*planned->row, report);
+    batch.ask();
+    batch.rewind();
+    const auto summary = [&](const Tally& tally, std::size_t left) {
+        return options.json ? json_of(tally, batch.name(), left) : text_of(tally, batch.name(), left);
+    };
+    Making making(options, calls, summary, {});
+    for (bool more = true; more;) {
+        auto planned = batch.next();
+        more = planned && making.make(*planned);
     }
-    vor::print(stdout, options.json ? json_of(tally, batch.name(), left) : text_of(tally, batch.name(), left));
-    return tally.worst;
+    return making.finish();
 }
 
 } // namespace vorcfg

@@ -19,7 +19,19 @@ struct Options {
     bool dry_run = false;
     bool yes = false;
     bool keep_going = false;
+    bool retry_unknown = false;
+    bool skip_unknown = false;
+    bool resend_secrets = false;
+    bool html = false;
     std::optional<std::uint16_t> sap;
+    std::optional<unsigned> timeout; // seconds
+    std::optional<unsigned> confirm;
+    std::vector<std::string> sets; // of variables
+    std::vector<std::string> vars; // files of them
+    std::string journal;
+    std::string gateway;
+    std::uint32_t from = 0;       // a line
+    std::string only;             // a family
     std::optional<Word> password; // --password-file, --password-stdin: in place of the secret argument
     std::vector<Word> words;
 };

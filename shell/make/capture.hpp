@@ -24,8 +24,8 @@ private:
     void restore();
 
     int descriptor_;
+    int file_;
     int before_ = -1;
-    int file_ = -1;
     static Capture* begun_[3]; // of the descriptors up to standard error
 };
 

@@ -136,9 +136,9 @@ h2 span { font-weight: normal; color: #57606a; }
 table { border-collapse: collapse; width: 100%; }
 td, th { text-align: left; vertical-align: top; padding: .3em .8em .3em 0; border-bottom: 1px solid #d8dee4; }
 th { font-size: .8em; color: #57606a; font-weight: normal; }
-td:nth-child(1) { width: 30%; font-weight: 600; overflow-wrap: anywhere; }
+td:nth-child(1) { width: 26%; font-weight: 600; overflow-wrap: anywhere; }
 td:nth-child(2) { overflow-wrap: anywhere; }
-td:nth-child(3) { width: 12%; }
+td:nth-child(3) { width: 20%; }
 td:nth-child(4) { width: 16%; white-space: nowrap; font-variant-numeric: tabular-nums; }
 tr.open td { background: #fff3cd; }
 footer { margin-top: 3em; display: flex; gap: 3em; }

@@ -1,6 +1,7 @@
 #include "site/show.hpp"
 
 #include <algorithm>
+#include <set>
 
 #include <fmt/format.h>
 
@@ -191,8 +192,9 @@ std::string summary_of(const Plan& plan, const Shown& to)
 std::string warnings_of(const Plan& plan, const Shown& to)
 {
     std::string text;
+    std::set<std::string> said;
     for (const Due& line : plan.lines) {
-        if (line.differs_from != 0) {
+        if (line.differs_from != 0 && said.insert(name_of(line.said)).second) {
             text += fmt::format("{}:{}: warning: {}: line {} says something else about it\n", vor::printable(to.file),
                                 line.line, name_of(line.said), line.differs_from);
         }

@@ -19,16 +19,16 @@ static constexpr OptionRow rows[] = {
     {"--yes", "", "for a call that wants to be confirmed", &Options::yes},
     {"--keep-going", "", "go on with a batch after a failure", &Options::keep_going},
     {"--timeout", "SECONDS", "a call that takes longer is unknown"},
-    {"--set", "NAME=VALUE", "what ${NAME} stands for in a batch file"},
-    {"--vars", "FILE", "the same from a file, one NAME=VALUE a line"},
-    {"--journal", "FILE", "what a gateway accepted; by default the batch file's name and .journal"},
-    {"--gateway", "NAME", "the gateway that the journal is of; kept there"},
-    {"--from", "LINE", "plan and apply from this line on"},
-    {"--only", "FAMILY", "plan and apply the calls of one family"},
-    {"--retry-unknown", "", "make again what was begun and has no verdict", &Options::retry_unknown},
-    {"--skip-unknown", "", "leave out what was begun and has no verdict", &Options::skip_unknown},
-    {"--resend-secrets", "", "make accepted calls with a secret again", &Options::resend_secrets},
-    {"--confirm", "SECONDS", "take back what apply changed, unless it is confirmed in this time"},
+    {"--set", "NAME=VALUE", "what ${NAME} stands for in a batch file", nullptr, true},
+    {"--vars", "FILE", "the same from a file, one NAME=VALUE a line", nullptr, true},
+    {"--journal", "FILE", "what a gateway accepted; by default the batch file's name and .journal", nullptr, true},
+    {"--gateway", "NAME", "the gateway that the journal is of; kept there", nullptr, true},
+    {"--from", "LINE", "plan and apply from this line on", nullptr, true},
+    {"--only", "FAMILY", "plan and apply the calls of one family", nullptr, true},
+    {"--retry-unknown", "", "make again what was begun and has no verdict", &Options::retry_unknown, true},
+    {"--skip-unknown", "", "leave out what was begun and has no verdict", &Options::skip_unknown, true},
+    {"--resend-secrets", "", "make accepted calls with a secret again", &Options::resend_secrets, true},
+    {"--confirm", "SECONDS", "take back what apply changed, unless it is confirmed in this time", nullptr, true},
     {"--html", "", "a report as a page for a browser or a printer", &Options::html},
     {"--password-file", "FILE", "take the call's secret argument from a file"},
     {"--password-stdin", "", "take the call's secret argument from standard input"},
@@ -142,7 +142,7 @@ Options options_of(std::span<char* const> arguments)
         const std::size_t equals = std::min(word.find('='), word.size());
         const std::string_view name = word == "-h" ? "--help" : word.substr(0, equals);
         const auto row = std::ranges::find(rows, name, &OptionRow::name);
-        if (row == std::end(rows)) {
+        if (row == std::end(rows) || (row->of_files && has_own_options(options.words))) {
             if (!has_own_options(options.words)) {
                 complain_unknown(name);
             }

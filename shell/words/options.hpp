@@ -41,6 +41,7 @@ struct OptionRow {
     std::string_view value; // what follows it, if anything does
     std::string_view about;
     bool Options::*flag = nullptr;
+    bool of_files = false; // means nothing to a call
 };
 
 std::span<const OptionRow> option_rows();

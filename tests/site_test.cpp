@@ -104,7 +104,7 @@ TEST_F(Site, killed_at_any_moment_ends_with_every_line_accepted_once)
     std::map<unsigned, unsigned> repeated;
     for (int round = 0; round < 20; round++) {
         Tool apply(workplace, "vorcfg", {"apply", "f", "--retry-unknown", "--trace"});
-        std::string line;
+        std::string line = "none yet";
         const auto read_line = [&] {
             line = apply.next_line();
             if (line.find(": unknown: begun") != std::string::npos) {
@@ -122,6 +122,9 @@ TEST_F(Site, killed_at_any_moment_ends_with_every_line_accepted_once)
             }
         }
         apply.stop(SIGKILL);
+        while (!line.empty()) { // what it still had said
+            read_line();
+        }
         if (between) {
             gateway.resume();
         }
@@ -155,7 +158,7 @@ TEST_F(Site, killed_at_any_moment_ends_with_every_line_accepted_once)
     unsigned unknown = 0;
     for (unsigned line = 1; line <= lines; line++) {
         EXPECT_EQ(1U, accepted[line]) << line;
-        EXPECT_EQ(begun[line], repeated[line] + 1) << "not named before it was made again: line " << line;
+        EXPECT_LE(begun[line], repeated[line] + 1) << "not named before it was made again: line " << line;
         EXPECT_LE(received[line], begun[line]) << line;
         EXPECT_GE(received[line], 1U) << line;
         unknown += repeated[line];
@@ -210,11 +213,24 @@ TEST_F(Site, a_confirmed_apply_is_taken_back_unless_it_is_confirmed)
               told(workplace, before));
 
     const std::size_t taken_back = told(workplace).size();
-    EXPECT_EQ(0, workplace.run("vorcfg apply f --confirm 1 --yes >&2").exit_code)
-        << workplace.run("vorcfg apply f --confirm 1 --yes; tail -5 f.journal").text;
+    EXPECT_EQ(0, workplace.run("vorcfg apply f --confirm 1 --yes").exit_code);
     EXPECT_EQ("f.journal: kept\n", workplace.run("vorcfg confirm f.journal").text);
     EXPECT_EQ(0, workplace.run("vorcfg plan f").exit_code);
     EXPECT_EQ(taken_back + 2, told(workplace).size());
+
+    // nobody waits any more
+    write(workplace, "f", "ip set-dhcp 1 1\ncan set-id 1 9 1\n");
+    EXPECT_EQ(0, workplace.run("vorcfg apply f --confirm 60").exit_code);
+    kill(records(workplace.path() / "f.journal").back()["process"].get<pid_t>(), SIGKILL);
+    workplace.run("until vorcfg plan f 2>&1 | grep -q ended; do :; done");
+    EXPECT_EQ("vorcfg: f.journal: a confirmed apply was ended before it was confirmed; vorcfg confirm f.journal keeps "
+              "it, vorcfg revert f.journal takes it back\n",
+              workplace.run("vorcfg apply f").text);
+    EXPECT_EQ("f:2: can set-id: accepted by canmgr\n"
+              "f:1: ip set-dhcp: accepted by ethmgr\n"
+              "f.journal: 2 accepted, 0 sent, 0 unread, 0 failed, 0 not made: taken back\n",
+              workplace.run("vorcfg revert f.journal").text);
+    EXPECT_EQ(11, workplace.run("vorcfg plan f").exit_code);
 }
 
 TEST_F(Site, a_journal_that_cannot_be_used_is_refused)
@@ -305,19 +321,17 @@ TEST_F(Site, no_secret_is_in_anything_that_is_written)
           "wifi set-ssid-password t password=\"gr33n-lit\"\n");
     std::string all;
     for (const char* const command :
-         {"check f", "plan f", "apply f --trace", "apply f --trace --json --resend-secrets --confirm 1 --yes",
-          "plan f --json --resend-secrets", "revert f.journal --trace --json", "apply f --resend-secrets"}) {
-        const bool file = std::string(command).find(" f ") != std::string::npos || std::string(command).ends_with(" f");
-        const Output output = workplace.run("vorcfg " + std::string(command) + (file ? " --vars vars" : ""));
+         {"check f --vars vars", "plan f --vars vars", "apply f --vars vars --trace", "plan f --vars vars",
+          "apply f --vars vars --trace --json --resend-secrets --confirm 60 --yes",
+          "plan f --vars vars --json --resend-secrets", "revert f.journal --trace --json",
+          "apply f --vars vars --resend-secrets", "report f.journal", "report f.journal --html",
+          "report f.journal --json"}) {
+        const Output output = workplace.run("vorcfg " + std::string(command));
         EXPECT_TRUE(output.exit_code == 0 || output.exit_code == 11) << command << '\n' << output.text;
         all += output.text;
     }
-    for (const char* const command : {"report f.journal", "report f.journal --html", "report f.journal --json"}) {
-        all += workplace.run("vorcfg " + std::string(command)).text;
-    }
     all += contents(workplace.path() / "f.journal");
-    EXPECT_NE(std::string::npos,
-              all.find("1 secret not compared") == std::string::npos ? all.find("secrets not compared") : 0);
+    EXPECT_NE(std::string::npos, all.find("; 5 secrets not compared")) << all;
     for (const std::string& secret : secrets) {
         EXPECT_EQ(std::string::npos, all.find(secret)) << secret;
     }

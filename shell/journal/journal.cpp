@@ -55,8 +55,13 @@ Journal::Journal(Journal&& other) noexcept
 
 Journal::~Journal()
 {
+    close();
+}
+
+void Journal::close()
+{
     if (descriptor_ >= 0) {
-        close(descriptor_);
+        ::close(std::exchange(descriptor_, -1));
     }
 }
 
@@ -211,9 +216,10 @@ void Journal::pend()
     append({{"pending", history_.entries().size() + 1}, {"at", stamp(now())}}, true);
 }
 
-void Journal::pend_until(const std::string& until)
+void Journal::pend_until(const std::string& until, int process)
 {
-    append({{"pending", history_.pending()->first}, {"until", until}, {"at", stamp(now())}}, true);
+    append({{"pending", history_.pending()->first}, {"until", until}, {"process", process}, {"at", stamp(now())}},
+           true);
 }
 
 void Journal::confirm()

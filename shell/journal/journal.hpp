@@ -33,11 +33,12 @@ public:
     std::uint64_t begin(const Said& said, const Place& place, const Entry* replaces, const Entry* takes_back = nullptr);
     void end(std::uint64_t number, const Verdict& verdict, std::optional<bool> done);
 
-    void pend();                               // what begins from now on waits to be confirmed
-    void pend_until(const std::string& until); // it has been made
+    void pend();                                            // what begins from now on waits to be confirmed
+    void pend_until(const std::string& until, int process); // it has been made, and this process waits
     void confirm();
     void taken_back();
     void sync();
+    void close(); // for others to decide about
 
 private:
     explicit Journal(std::string path) : path_(std::move(path)) {}

@@ -107,35 +107,37 @@ int take_back(Journal& journal, const Options& options)
     return exit;
 }
 
-// Whether the journal is as it was left: it is looked at whenever it changes.
 bool is_decided(const std::string& path)
 {
     return !Journal::read(path).history().pending().has_value();
 }
 
-// Of the process that waits. A journal in use is being decided about.
+// Of the process that waits: the journal is looked at whenever it changes. One
+// in use is being decided about.
 int wait_and_take_back(const std::string& path, const Options& options, Clock::time_point deadline)
 {
     const int changes = inotify_init1(IN_CLOEXEC);
     inotify_add_watch(changes, path.c_str(), IN_MODIFY);
-    while (!is_decided(path)) {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
-        pollfd change{changes, POLLIN, 0};
-        if (left > 0) {
+    while (true) {
+        try {
+            if (is_decided(path)) {
+                return exit_ok;
+            }
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+            if (left <= 0) {
+                Journal journal = Journal::reopen(path);
+                return journal.history().pending() ? take_back(journal, options) : exit_ok;
+            }
+            pollfd change{changes, POLLIN, 0};
             if (poll(&change, 1, static_cast<int>(left)) == 1) {
                 std::array<char, 4096> events{};
                 (void)!read(changes, events.data(), events.size());
             }
-            continue;
-        }
-        try {
-            Journal journal = Journal::reopen(path);
-            return journal.history().pending() ? take_back(journal, options) : exit_ok;
         } catch (const Complaint&) {
-            poll(nullptr, 0, 50);
+            constexpr int while_it_is_in_use_ms = 50;
+            poll(nullptr, 0, while_it_is_in_use_ms);
         }
     }
-    return exit_ok;
 }
 
 // The detached process: no terminal, no hang-up.
@@ -145,7 +147,7 @@ int wait_and_take_back(const std::string& path, const Options& options, Clock::t
     std::signal(SIGHUP, SIG_IGN);
     const int held = open(path.c_str(), O_RDWR | O_CLOEXEC);
     struct flock lock = waiting_lock(F_WRLCK);
-    const bool locked = fcntl(held, F_OFD_SETLK, &lock) == 0;
+    const bool locked = fcntl(held, F_OFD_SETLKW, &lock) == 0; // one that has been decided about may still be ending
     const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         dup2(nowhere, descriptor);
@@ -200,7 +202,6 @@ int wait_for_confirmation(Journal journal, const Options& options)
         return exit_ok;
     }
     const std::string until = stamp(now() + static_cast<std::time_t>(*options.confirm));
-    journal.pend_until(until);
     const Clock::time_point deadline = Clock::now() + std::chrono::seconds(*options.confirm);
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
@@ -210,9 +211,7 @@ int wait_for_confirmation(Journal journal, const Options& options)
     const pid_t waiter = fork();
     if (waiter == 0) {
         close(ends[0]);
-        {
-            const Journal closed = std::move(journal);
-        }
+        journal.close();
         wait_detached(path, options, ends[1], deadline);
     }
     close(ends[1]);
@@ -220,9 +219,8 @@ int wait_for_confirmation(Journal journal, const Options& options)
     if (waiter < 0 || read(ends[0], &ready, 1) != 1 || ready != 'y') {
         throw Complaint{fmt::format("nobody waits for the confirmation; {}", offer(path)), exit_journal};
     }
-    {
-        const Journal closed = std::move(journal);
-    }
+    journal.pend_until(until, waiter);
+    journal.close();
     vor::print_line(stdout, fmt::format("{}: waits for {} s, until {}; {}{}", vor::printable(path), *options.confirm,
                                         minute_of(until), is_interactive() ? "Enter or " : "", offer(path)));
     if (!is_interactive()) {

@@ -256,7 +256,7 @@ TEST_F(Site, a_journal_that_cannot_be_used_is_refused)
               "nothing was sent\n",
               apply("sed -i 's/\"at\":\"[^\"]*\"/\"at\":\"2027-01-15T08:00:00Z\"/' j; truncate -s -9 j"));
     EXPECT_EQ(messages, told(workplace).size());
-    EXPECT_EQ("f: 0 accepted, 0 sent, 0 unread, 0 unknown, 0 refused, 0 not made; 1 before\n",
+    EXPECT_EQ("f: 0 accepted, 0 sent, 0 unread, 0 unknown, 0 refused, 0 not made; 1 done before\n",
               workplace.run("vorcfg apply f --journal j --skip-unknown | tail -n 1").text);
     EXPECT_EQ(messages, told(workplace).size());
 }
@@ -287,9 +287,9 @@ TEST_F(Site, what_ends_it_from_outside_leaves_an_account)
               interrupted("batch", SIGINT));
     EXPECT_EQ("f:1: can set-id: unknown: interrupted, it may or may not have been done\n"
               "vorcfg: interrupted\n"
-              "f: 0 accepted, 0 sent, 0 unread, 1 unknown, 0 refused, 2 not made; 0 before\n13",
+              "f: 0 accepted, 0 sent, 0 unread, 1 unknown, 0 refused, 2 not made; 0 done before\n13",
               interrupted("apply", SIGHUP));
-    EXPECT_EQ("f: 3 accepted, 0 sent, 0 unread, 0 unknown, 0 refused, 0 not made; 0 before\n",
+    EXPECT_EQ("f: 3 accepted, 0 sent, 0 unread, 0 unknown, 0 refused, 0 not made; 0 done before\n",
               workplace.run("vorcfg apply f --retry-unknown | tail -n 1").text);
 
     // standard output closed or full, and a disk that takes half a record

@@ -106,7 +106,7 @@ std::string applied_text(const Shown& to, const Tally& tally, std::size_t left, 
                '\n';
     }
     const std::size_t other = tally.failed.size() - tally.unknown - tally.refused;
-    return fmt::format("{}: {} accepted, {} sent, {} unread, {} unknown, {} refused{}, {} not made; {} before\n",
+    return fmt::format("{}: {} accepted, {} sent, {} unread, {} unknown, {} refused{}, {} not made; {} done before\n",
                        vor::printable(to.file), tally.accepted, tally.sent, tally.unread, tally.unknown, tally.refused,
                        other != 0 ? fmt::format(", {} not delivered or not sent", other) : "", left, before);
 }

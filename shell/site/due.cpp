@@ -36,7 +36,6 @@ void Planner::add(const Planned& planned)
     Due line;
     line.line = planned.place.line;
     line.said = said(planned);
-    line.selected = selection_.holds(line.line, *planned.row);
     std::size_t secrets = 0;
     for (const Value& value : planned.values) {
         secrets = value.secret ? secrets * 31 + std::hash<std::string>()(value.text) : secrets;
@@ -118,7 +117,7 @@ bool Planner::find_following(const History& history)
             found = found || line.state == State::accepted || line.state == State::sent;
             line.state = line.state == State::accepted || line.state == State::sent ? State::again : line.state;
         }
-        line.due = line.selected && !stands(line);
+        line.due = selection_.holds(line) && !stands(line);
         if (line.due) {
             before = now;
         } else if (line.state != State::overtaken && known.last_done != nullptr) {
@@ -149,6 +148,9 @@ Plan Planner::against(const History& history)
         }
     }
     find_removed(history);
+    const auto is_left_out = [this](const Due& line) { return !selection_.holds(line); };
+    std::erase_if(lines, is_left_out);
+    std::erase_if(plan_.removed, is_left_out);
     return std::move(plan_);
 }
 

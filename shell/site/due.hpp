@@ -28,7 +28,6 @@ struct Due {
     Said said;
     State state{};
     bool due = false;                // to be made
-    bool selected = true;            // by --from and --only
     const Entry* before = nullptr;   // what stands
     const Entry* open = nullptr;     // what has no verdict
     const Entry* replaced = nullptr; // what stands, of this call or of one that it undoes
@@ -40,14 +39,14 @@ struct Selection {
     const Family* only = nullptr;
     bool resend_secrets = false;
 
-    bool holds(std::size_t line, const Row& row) const
+    bool holds(const Due& line) const
     {
-        return line >= from && (only == nullptr || row.family == only);
+        return line.line >= from && (only == nullptr || line.said.row->family == only);
     }
 };
 
 struct Plan {
-    std::vector<Due> lines;   // in the file's order
+    std::vector<Due> lines;   // those selected, in the file's order
     std::vector<Due> removed; // in the journal's
     std::size_t asking = 0;   // lines that change nothing: batch makes them
 

@@ -91,9 +91,6 @@ std::string json_of(const Due& line, const Shown& to)
     }
     json["state"] = name_of(line.state);
     json["due"] = line.due;
-    if (!line.selected) {
-        json["selected"] = false;
-    }
     if (line.before != nullptr) {
         json["was"] = {{"arguments", Json::parse(line.before->said.arguments)},
                        {"outcome", line.before->outcome},
@@ -138,9 +135,8 @@ std::string line_of(const Due& line, const Shown& to)
     const std::string place =
         line.line != 0 ? fmt::format("{}:{}", vor::printable(to.file), line.line) : vor::printable(to.journal);
     return fmt::format(
-        "{}: {}: {}{}{}\n", place, name_of(line.said), state_text(line),
-        line.said.secret && line.state != State::fresh && line.state != State::again ? "; secret not compared" : "",
-        line.selected ? "" : "; not selected");
+        "{}: {}: {}{}\n", place, name_of(line.said), state_text(line),
+        line.said.secret && line.state != State::fresh && line.state != State::again ? "; secret not compared" : "");
 }
 
 std::string lines_of(const Plan& plan, const Shown& to)

@@ -175,6 +175,24 @@ bool enter_pressed(int process)
     }
 }
 
+// What became of it without this process, as the journal has it.
+int tell_decision(const std::string& path, std::uint64_t first)
+{
+    const Journal journal = Journal::read(path);
+    bool taken_back = false;
+    for (const Entry& entry : journal.history().entries()) {
+        if (entry.number >= first && entry.takes_back) {
+            taken_back = true;
+            vor::print_line(stdout, fmt::format("{}:{}: {}: taken back, {}", vor::printable(entry.file), entry.line,
+                                                name_of(entry.said), entry.verdict));
+        }
+    }
+    vor::print_line(stdout, journal.history().pending()
+                                ? pending_text(journal)
+                                : fmt::format("{}: {}", vor::printable(path), taken_back ? "taken back" : "kept"));
+    return taken_back ? exit_ended : exit_ok;
+}
+
 } // namespace
 
 std::string pending_text(const Journal& journal)
@@ -220,6 +238,7 @@ int wait_for_confirmation(Journal journal, const Options& options)
         throw Complaint{fmt::format("nobody waits for the confirmation; {}", offer(path)), exit_journal};
     }
     journal.pend_until(until, waiter);
+    const std::uint64_t first = journal.history().pending()->first;
     journal.close();
     vor::print_line(stdout, fmt::format("{}: waits for {} s, until {}; {}{}", vor::printable(path), *options.confirm,
                                         minute_of(until), is_interactive() ? "Enter or " : "", offer(path)));
@@ -229,11 +248,7 @@ int wait_for_confirmation(Journal journal, const Options& options)
     if (enter_pressed(ends[0])) {
         return run_confirm(path, options);
     }
-    if (is_decided(path)) {
-        vor::print_line(stdout, fmt::format("{}: decided", vor::printable(path)));
-        return exit_ended;
-    }
-    return exit_ok;
+    return tell_decision(path, first);
 }
 
 int run_confirm(const std::string& path, const Options&)

@@ -22,6 +22,8 @@ public:
     // The next line's call, tried when it is read for the first time; none at the end. Throws a Complaint with its
     // place, and goes on behind it.
     std::optional<Planned> next();
+    // Reads no secret from standard input: nothing is going to be made.
+    void leave_input() { secrets_.leave_input(); }
     // Asks for the secrets that wait for a prompt, of all lines or of those wanted.
     void ask(const std::function<bool(std::size_t line)>& wanted = {});
     // To make what was tried: all lines, or those wanted.

@@ -55,6 +55,7 @@ int check(Batch& batch, const Options& options, const std::function<void(const P
 int run_check(const std::string& path, const Options& options)
 {
     Batch batch = batch_of(path, options);
+    batch.leave_input();
     std::size_t calls = 0;
     if (check(batch, options, [&](const Planned&) { calls++; }) != exit_ok) {
         return exit_usage;

@@ -119,6 +119,8 @@ public:
     {
     }
 
+    void leave_input() { batch_.leave_input(); }
+
     // The exit code of what is complained about.
     int read()
     {
@@ -216,6 +218,7 @@ private:
 int run_plan(const std::string& path, const Options& options)
 {
     Application application(path, options);
+    application.leave_input();
     const int exit = application.read();
     return exit != exit_ok ? exit : application.show();
 }

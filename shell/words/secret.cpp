@@ -139,6 +139,9 @@ static std::string read_secret(const Word& word, std::string_view name, const Se
 
 const std::string& Secrets::read(const Word& word, const std::string& name, std::size_t line)
 {
+    if (sources_.input_waits && sources_.standard_input && !word.quoted && word.text == "-") {
+        return word.text;
+    }
     if (sources_.prompts_wait && is_prompt(word)) {
         put_off_ = true;
         return word.text;

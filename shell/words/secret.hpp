@@ -22,6 +22,7 @@ struct SecretSources {
     bool literals = false;             // a batch file is its operator's own
     bool standard_input = true;        // false: the batch itself comes from there
     bool prompts_wait = false;         // until the whole batch has been checked
+    bool input_waits = false;          // the batch is only looked at
     std::filesystem::path directory{}; // what a file's name is relative to
     std::optional<Word> left_out{};    // stands where a line leaves its secret out
 };
@@ -37,6 +38,7 @@ public:
     // place is the line's number and the word's.
     const std::string& read(const Word& word, const std::string& name, std::size_t line);
 
+    void leave_input() { sources_.input_waits = true; }
     // Whether a prompt was put off; from now on none is.
     bool ask_now();
 

@@ -46,7 +46,8 @@ std::vector<std::string> told(const Workplace& workplace, std::size_t from = 0)
         if (from != 0) {
             from--;
         } else {
-            messages.push_back(text_of(each["call"]) + ' ' + text_of(each["object"]) + ' ' + each["values"].dump());
+            messages.push_back(text_of(each.value("call", Json())) + ' ' + text_of(each.value("object", Json())) + ' ' +
+                               each.value("values", Json()).dump());
         }
     }
     return messages;

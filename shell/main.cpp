@@ -6,10 +6,14 @@
 #include "complete/complete.hpp"
 #include "manual/manual.hpp"
 #include "prompt/prompt.hpp"
+#include "report/check.hpp"
 #include "report/help.hpp"
 #include "report/page.hpp"
 #include "report/run.hpp"
 #include "rows/families.hpp"
+#include "site/apply.hpp"
+#include "site/pending.hpp"
+#include "site/sheet.hpp"
 
 using namespace vorcfg;
 
@@ -57,6 +61,23 @@ const std::string& wanted_word(std::span<const Word> words, const char* wanted)
     return word != nullptr ? *word : throw Complaint{fmt::format("wanted: vorcfg {}", wanted)};
 }
 
+// Commands over one file.
+struct FileCommand {
+    const char* name;
+    const char* usage;
+    int (*run)(const std::string& file, const Options& options);
+};
+
+constexpr FileCommand file_commands[] = {
+    {"batch", "batch FILE", run_batch},
+    {"check", "check FILE", run_check},
+    {"plan", "plan FILE [--journal JOURNAL]", run_plan},
+    {"apply", "apply FILE [--journal JOURNAL]", run_apply},
+    {"confirm", "confirm JOURNAL", run_confirm},
+    {"revert", "revert JOURNAL", run_revert},
+    {"report", "report JOURNAL", run_report},
+};
+
 int run(const Options& options)
 {
     const std::span<const Word> words = options.words;
@@ -79,8 +100,10 @@ int run(const Options& options)
         const std::string found = search(word, options.json);
         return found.empty() ? throw Complaint{fmt::format("nothing is known of \"{}\"", word)} : print(found);
     }
-    if (command == "batch") {
-        return run_batch(wanted_word(words, "batch FILE"), options);
+    for (const FileCommand& each : file_commands) {
+        if (command == each.name) {
+            return each.run(wanted_word(words, each.usage), options);
+        }
     }
     if (command == "docs") {
         return print(page(wanted_word(words, "docs FAMILY")));

@@ -41,7 +41,7 @@ TEST_P(Completion, writes_lines_that_are_accepted)
         {"y\n", "ip enable-ip-routing: sent to ethmgr"},
         {"vorcfg gsm set-password 1 @tow\t1\n", "gsm set-password: accepted"},
         {"vorcfg --dry\tlist gp\t\n", "gpio set-value port_num value"},
-        {"vorcfg batch --dry-run exam\tsi\t\n", "shown only (dry run)"},
+        {"vorcfg batch --dry-run exam\tsit\t\n", "shown only (dry run)"},
     };
     for (const auto& [line, wanted] : lines) {
         terminal.type(line);

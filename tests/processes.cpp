@@ -183,11 +183,16 @@ Output Workplace::run(const std::string& command) const
     return result;
 }
 
-Gateway::Gateway(const Workplace& workplace, const std::vector<std::string>& options)
+Tool::Tool(const Workplace& workplace, const std::string& name, const std::vector<std::string>& options)
 {
-    std::vector<std::string> arguments{(workplace.path() / "bin/vorsim").string()};
+    std::vector<std::string> arguments{(workplace.path() / "bin" / name).string()};
     arguments.insert(arguments.end(), options.begin(), options.end());
     pid_ = start(arguments, workplace.environment(), workplace.path(), output_);
+}
+
+Gateway::Gateway(const Workplace& workplace, const std::vector<std::string>& options)
+    : Tool(workplace, "vorsim", options)
+{
     const std::string line = next_line();
     if (line.rfind("vorsim: ready", 0) != 0) {
         stop(SIGKILL);
@@ -195,7 +200,7 @@ Gateway::Gateway(const Workplace& workplace, const std::vector<std::string>& opt
     }
 }
 
-Gateway::~Gateway()
+Tool::~Tool()
 {
     stop(SIGTERM);
     if (output_ != -1) {
@@ -203,7 +208,7 @@ Gateway::~Gateway()
     }
 }
 
-std::string Gateway::next_line()
+std::string Tool::next_line()
 {
     std::size_t end = pending_.find('\n');
     while (end == std::string::npos) {
@@ -217,17 +222,22 @@ std::string Gateway::next_line()
     return line;
 }
 
-void Gateway::suspend() const
+void Tool::suspend() const
 {
-    kill(pid_, SIGSTOP);
+    signal(SIGSTOP);
 }
 
-void Gateway::resume() const
+void Tool::resume() const
 {
-    kill(pid_, SIGCONT);
+    signal(SIGCONT);
 }
 
-int Gateway::stop(int signal_number)
+void Tool::signal(int number) const
+{
+    kill(pid_, number);
+}
+
+int Tool::stop(int signal_number)
 {
     if (pid_ == -1) {
         return 0;

@@ -50,13 +50,13 @@ private:
     TemporaryDirectory directory_;
 };
 
-// A running vorsim; stopped by SIGTERM when it goes out of scope.
-class Gateway {
+// A running tool; stopped by SIGTERM when it goes out of scope.
+class Tool {
 public:
-    Gateway(const Workplace& workplace, const std::vector<std::string>& options);
-    ~Gateway();
-    Gateway(const Gateway&) = delete;
-    Gateway& operator=(const Gateway&) = delete;
+    Tool(const Workplace& workplace, const std::string& name, const std::vector<std::string>& options);
+    ~Tool();
+    Tool(const Tool&) = delete;
+    Tool& operator=(const Tool&) = delete;
 
     // The next line it prints, without its end; empty when it says nothing more in time.
     std::string next_line();
@@ -64,6 +64,7 @@ public:
     // It answers nothing until it goes on.
     void suspend() const;
     void resume() const;
+    void signal(int number) const;
     // Ends it by the signal; its exit code.
     int stop(int signal_number);
 
@@ -91,6 +92,12 @@ private:
     pid_t pid_ = -1;
     int terminal_ = -1;
     std::string pending_;
+};
+
+// A running vorsim, once it is ready.
+class Gateway : public Tool {
+public:
+    Gateway(const Workplace& workplace, const std::vector<std::string>& options);
 };
 
 } // namespace processes

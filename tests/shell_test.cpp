@@ -19,7 +19,10 @@ namespace {
 // What a batch comes to: its complaints, else its messages, one a line.
 std::string outcome_of(std::string lines)
 {
-    Batch batch(std::move(lines), "f", {.literals = true});
+    Variables variables;
+    variables.set("site=17");
+    variables.set("name=a \"b\" port_num=1 ${site} #");
+    Batch batch(std::move(lines), "f", {.literals = true}, std::move(variables));
     std::string complaints;
     std::string messages;
     for (bool more = true; more;) {
@@ -122,6 +125,47 @@ TEST(words, arrive_as_written)
         {"ip enable-ip-routing disable", "ethmgr (SAP 7) 0x700f one-way | enable_status 1 (disable)\n"},
         {"svc tp-set-app uplink telemetry 65535",
          "SAP 65535 (SAP 65535) 0xfffe029 one-way | 1 str \"uplink\" | 2 str \"telemetry\"\n"},
+    });
+}
+
+TEST(words, may_be_named)
+{
+    for (const char* const line :
+         {"gpio set-direction port_num=3 direction=1 option=0", "gpio set-direction 3 option=0 direction=\"1\""}) {
+        EXPECT_EQ(outcome_of("gpio set-direction 3 1 0"), outcome_of(line)) << line;
+    }
+    expect_outcomes({
+        {"ip set-dhcp-server-dns pool_name=lan dns_server=1.0.0.1 config_option=1 dns_server=1.0.0.2",
+         "ethmgr (SAP 7) 0x700b | option 1 | 9 str \"lan\" | 11 i16 2 | 12 i32 16777217 (1.0.0.1) | 12 i32 33554433 "
+         "(1.0.0.2)\n"},
+        {"hostname set-plat-hostname tower=17", "datamgr (SAP 10) 0xa00a one-way | 3 str \"tower=17\"\n"},
+        {"hostname set-plat-hostname hostname=hostname=x", "datamgr (SAP 10) 0xa00a one-way | 3 str \"hostname=x\"\n"},
+        {"hostname set-plat-hostname \"hostname=x\"", "datamgr (SAP 10) 0xa00a one-way | 3 str \"hostname=x\"\n"},
+        {"gpio set-direction 3 directoin=1 option=0", "f:1:22: no argument \"directoin\"; is it direction?\n"},
+        {"gpio set-direction 3 direction=1 x=0", "f:1:34: no argument \"x\"; is it port_num, direction or option?\n"},
+        {"gpio set-direction 3 direction=1 port_num=4 option=1", "f:1:34: port_num: is given twice\n"},
+        {"gpio set-direction 3 direction=1 direction=2 option=1", "f:1:34: direction: is given twice\n"},
+        {"gpio set-direction direction=1 option=70000 port_num=1",
+         "f:1:32: option: 70000 is out of range, -32768 to 32767 is accepted\n"},
+        {"gpio set-direction direction=1 option=1", "f:1:40: port_num: is missing\n"},
+        {"gpio set-direction direction=1 7", "f:1:32: a word without a name stands before those with one\n"},
+        {"gsm set-password 1 passwrod=hush option=1", "f:1:20: no argument \"********\"; is it password?\n"},
+    });
+}
+
+TEST(words, may_hold_variables)
+{
+    expect_outcomes({
+        {"hostname set-plat-hostname tower-${site}-${site}",
+         "datamgr (SAP 10) 0xa00a one-way | 3 str \"tower-17-17\"\n"},
+        {"hostname set-plat-hostname ${name}",
+         "datamgr (SAP 10) 0xa00a one-way | 3 str \"a \\\"b\\\" port_num=1 ${site} #\"\n"},
+        {"hostname set-plat-hostname \"$ ${site} $${site} $$x\"",
+         "datamgr (SAP 10) 0xa00a one-way | 3 str \"$ 17 ${site} $$x\"\n"},
+        {"gpio set-value ${site} ${siet}", "f:1:24: no variable siet; is it site?\n"},
+        {"gpio set-value 1 x${}", "f:1:19: ${ begins a variable, ${name}; $${ stands for the two characters\n"},
+        {"gpio set-value ${site}x 1",
+         "f:1:16: port_num: \"17x\" is no number; a number from 0 to 65535 is wanted, decimal or 0x\n"},
     });
 }
 

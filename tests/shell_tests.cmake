@@ -16,3 +16,7 @@ if(TARGET manual)
   target_compile_definitions(keyboard_test PRIVATE VOR_MANUAL="${CMAKE_BINARY_DIR}/man")
   add_dependencies(keyboard_test manual)
 endif()
+
+# Its journal, over both tools as processes.
+vor_test(site_test SOURCES site_test.cpp LIBRARIES vor_text)
+add_dependencies(site_test vorcfg vorsim)

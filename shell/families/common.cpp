@@ -15,7 +15,7 @@ FAMILY(common, part<vor_cfg_create_ipc_endpoint>("create-ipc-endpoint", "every c
                                                       {"mac_addr_str", result("mac_addr_byte")}, "00:1a:2b:3c:4d:5e")
            .on(Channel::none),
        call<ip_aton>("ip-aton", {"ip_address", result("ip")}, "192.168.1.10").on(Channel::none),
-       call<vor_system_restart>("system-restart", {"time_till_restart"}, "30").marked(confirmed | waits),
+       call<vor_system_restart>("system-restart", {"time_till_restart"}, "30").marked(confirmed | waits | acts),
        part<vor_restart_timer>("restart-timer", "common system-restart, by its timer; never callable from the shell"))
 
 } // namespace vorcfg

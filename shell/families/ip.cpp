@@ -67,16 +67,18 @@ FAMILY(
                                       {ipv4("def_gateway"), decimal<vor_uint16>("iface_num").object(), "config_option"},
                                       "192.168.1.1 0 1")
         .marked(cuts_link),
-    call<vor_cfg_show_route_status>("show-route-status", {decimal<vor_uchar>("iface_num").object()}, "0"),
+    call<vor_cfg_show_route_status>("show-route-status", {decimal<vor_uchar>("iface_num").object()}, "0").marked(acts),
     call<vor_cfg_enable_ip_routing>("enable-ip-routing", {decimal<vor_uint16>("enable_status").choices_of(routing)},
                                     "0")
         .marked(cuts_link),
     call<vor_cfg_set_via_route>("set-via-route", {ipv4("ip_address").object(), unsent("via_address")},
                                 "10.20.0.0 192.168.1.2")
+        .undone_by("remove-ip-route")
         .marked(cuts_link),
     call<vor_cfg_set_static_route>("set-static-route",
                                    {ipv4("ip_address").object(), decimal<vor_uint16>("interface_number")},
                                    "10.30.0.0 1")
+        .undone_by("remove-ip-route")
         .marked(cuts_link),
     call<vor_cfg_remove_ip_route>("remove-ip-route", {ipv4("ip_address").object()}, "10.30.0.0").marked(cuts_link))
 

@@ -11,10 +11,12 @@ FAMILY(mqtt,
                                             {object("service_name"), object("protocol"), "ip_address",
                                              port("port_number"), "server_type", "config_option"},
                                             "uplink 1 203.0.113.20 8883 1 1"),
-       call<vor_cfg_mqtt_activate_session>("activate-session", {object("service_name"), unsent("protocol")},
-                                           "uplink 1"),
+       call<vor_cfg_mqtt_activate_session>("activate-session", {object("service_name"), unsent("protocol")}, "uplink 1")
+           .marked(acts)
+           .undone_by("deactivate-session"),
        call<vor_cfg_mqtt_deactivate_session>("deactivate-session", {object("service_name"), unsent("protocol")},
-                                             "uplink 1"),
+                                             "uplink 1")
+           .marked(acts),
        call<vor_cfg_set_mqtt_application>("set-application",
                                           {object("service_name"), object("protocol"), "app_name", "config_option"},
                                           "uplink 1 telemetry 1"),

@@ -4,7 +4,7 @@ namespace vorcfg {
 
 FAMILY(snmp,
        call<vor_cfg_set_snmp_v2_server_community_name>("set-v2-server-community-name",
-                                                       {text("name").secret(), "mode", "option"}, "- 1 1"),
+                                                       {text("name").secret(), object("mode"), "option"}, "- 1 1"),
        call<vor_cfg_set_snmp_v2_trap_server>("set-v2-trap-server",
                                              {"ip_addr", text("community_name").secret(), "option"},
                                              "203.0.113.30 - 1"),

@@ -17,6 +17,9 @@ enum ExitCode : int {
     exit_no_input = 8,      // a file, a secret or a terminal cannot be read
     exit_contradiction = 9, // the call's code contradicts what was seen
     exit_no_output = 10,    // standard output cannot be written
+    exit_due = 11,          // a plan has something to do
+    exit_journal = 12,      // the journal cannot be used: in use, another gateway's, broken, a full disk
+    exit_ended = 13,        // ended by a signal, or taken back
 };
 
 // Each in words, as help and the manual tell them.
@@ -32,6 +35,9 @@ inline constexpr std::string_view exit_texts[] = {
     "a file, a secret or a terminal cannot be read",
     "a call contradicts what was seen",
     "standard output cannot be written",
+    "a plan has something to make",
+    "the journal cannot be used",
+    "interrupted, or taken back",
 };
 
 } // namespace vorcfg

@@ -160,6 +160,28 @@ Verdict judged_local(const Row& row, const Returned& back, const Observation& se
 
 } // namespace
 
+std::optional<bool> was_done(const Row& row, Outcome outcome, const Observation& seen)
+{
+    switch (outcome) {
+    case Outcome::accepted:
+    case Outcome::sent:
+    case Outcome::done:
+    case Outcome::nothing_to_do:
+        return true;
+    case Outcome::unread:
+        if (row.has(answer_unread) && seen.messages.back().answer_status.value_or(0) == 0) {
+            return true;
+        }
+        return std::nullopt;
+    case Outcome::unknown:
+    case Outcome::contradiction:
+        return std::nullopt;
+    default:
+        // of several messages, those before the last had been delivered
+        return seen.messages.size() > 1 ? std::nullopt : std::optional(false);
+    }
+}
+
 std::string_view name_of(Outcome outcome)
 {
     return outcomes[static_cast<std::size_t>(outcome)].name;

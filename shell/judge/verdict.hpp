@@ -33,6 +33,9 @@ struct Verdict {
 
 Verdict judged(const Row& row, const Returned& back, std::int32_t manager_errno, const Observation& seen);
 
+// Whether the gateway has done it, where that is known. What is sent one-way counts as done.
+std::optional<bool> was_done(const Row& row, Outcome outcome, const Observation& seen);
+
 std::string_view name_of(Outcome outcome);
 ExitCode exit_of(Outcome outcome);
 

@@ -1,17 +1,31 @@
 #include "make/capture.hpp"
 
+#include <algorithm>
 #include <cstdio>
 #include <sys/mman.h>
 #include <unistd.h>
 
 namespace vorcfg {
 
+Capture* Capture::begun_[3];
+
 // A file in memory takes any amount, where a pipe that nobody reads would
-// block. Without one the lines go where they always went.
-Capture::Capture(int wanted) : descriptor_(wanted)
+// block. Without one the lines go where they always went. Each descriptor has
+// one for good: to make it anew for every line of a long batch would be most of
+// what checking it takes.
+static int file_for(int descriptor)
 {
+    static int files[3] = {-1, -1, -1};
+    if (files[descriptor] < 0) {
+        files[descriptor] = memfd_create("vorcfg", MFD_CLOEXEC);
+    }
+    return files[descriptor];
+}
+
+Capture::Capture(int wanted) : descriptor_(wanted), file_(file_for(wanted))
+{
+    begun_[descriptor_] = this;
     std::fflush(nullptr);
-    file_ = memfd_create("vorcfg", MFD_CLOEXEC);
     before_ = file_ >= 0 ? dup(descriptor_) : -1;
     if (before_ >= 0) {
         dup2(file_, descriptor_);
@@ -20,10 +34,8 @@ Capture::Capture(int wanted) : descriptor_(wanted)
 
 Capture::~Capture()
 {
-    restore();
-    if (file_ >= 0) {
-        close(file_);
-    }
+    take();
+    begun_[descriptor_] = nullptr;
 }
 
 void Capture::restore()
@@ -36,16 +48,26 @@ void Capture::restore()
     }
 }
 
+void Capture::end_all()
+{
+    std::fflush(nullptr); // what was captured stays where it is: nobody looks for secrets in it any more
+    for (Capture* const capture : begun_) {
+        if (capture != nullptr) {
+            dup2(capture->before_, capture->descriptor_);
+        }
+    }
+}
+
 std::string Capture::take()
 {
     restore();
-    std::string text;
-    char block[4096];
-    off_t at = 0;
-    ssize_t got;
-    while (file_ >= 0 && (got = pread(file_, block, sizeof block, at)) > 0) {
-        text.append(block, static_cast<std::size_t>(got));
-        at += got;
+    const off_t size = file_ >= 0 ? lseek(file_, 0, SEEK_CUR) : 0;
+    std::string text(static_cast<std::size_t>(std::max<off_t>(size, 0)), '\0');
+    if (!text.empty()) {
+        const ssize_t got = pread(file_, text.data(), text.size(), 0);
+        text.resize(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+        (void)!ftruncate(file_, 0);
+        lseek(file_, 0, SEEK_SET);
     }
     return text;
 }

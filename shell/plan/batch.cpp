@@ -5,24 +5,42 @@
 
 namespace vorcfg {
 
-std::string read_batch(const std::string& path)
+Batch Batch::of(const std::string& path, Variables variables)
 {
-    return path == "-" ? content_of(stdin, "standard input") : content_of(std::fopen(path.c_str(), "re"), path);
+    const bool from_file = path != "-";
+    const std::string name = from_file ? path : "standard input";
+    return {content_of(from_file ? std::fopen(path.c_str(), "re") : stdin, name),
+            name,
+            {.literals = true,
+             .standard_input = from_file,
+             .prompts_wait = true,
+             .directory = std::filesystem::path(from_file ? path : "").parent_path()},
+            std::move(variables)};
 }
 
-Batch::Batch(std::string text, std::string name, SecretSources sources)
-    : text_(std::move(text)), name_(std::move(name)), secrets_(std::move(sources))
+Batch::Batch(std::string text, std::string name, SecretSources sources, Variables variables)
+    : text_(std::move(text)), name_(std::move(name)), secrets_(std::move(sources)), variables_(std::move(variables))
 {
     if (text_.starts_with("\xef\xbb\xbf")) { // a byte order mark
         text_.erase(0, 3);
     }
 }
 
-void Batch::rewind()
+void Batch::rewind(std::function<bool(std::size_t)> wanted)
 {
     at_ = 0;
     line_ = 0;
     tried_ = true;
+    wanted_ = std::move(wanted);
+}
+
+void Batch::ask(const std::function<bool(std::size_t)>& wanted)
+{
+    if (secrets_.ask_now()) {
+        rewind(wanted);
+        tried_ = false;
+        while (next()) {}
+    }
 }
 
 std::size_t column_of(const Complaint& complaint, const std::vector<Word>& words)
@@ -44,9 +62,12 @@ std::optional<Planned> Batch::next()
         const std::string_view line = std::string_view(text_).substr(at_, end - at_);
         at_ = end + 1;
         line_++;
+        if (wanted_ && !wanted_(line_)) {
+            continue;
+        }
         std::vector<Word> words;
         try {
-            words = words_of(line);
+            words = words_of(line, &variables_);
             if (!words.empty()) {
                 const std::size_t call = words.size() > 1 ? words[1].column : words[0].column;
                 Planned planned = plan(words, secrets_, {name_, line_, call});

@@ -1,12 +1,16 @@
 #include "plan/plan.hpp"
 
 #include <algorithm>
+#include <map>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include "make/session.hpp"
 #include "plan/reading.hpp"
 #include "rows/families.hpp"
+#include "text/nearest.hpp"
+#include "text/text.hpp"
 
 namespace vorcfg {
 
@@ -36,8 +40,87 @@ static std::vector<Word> with_secret(const Row& row, std::span<const Word> words
     return all;
 }
 
-Planned plan(std::span<const Word> words, Secrets& secrets, const Place& place)
+// Names stand behind the words without one; a text that only looks like one is a text.
+static const Argument* named_argument(const Row& row, const Word& word, bool after_a_name)
 {
+    if (word.named == 0) {
+        return nullptr;
+    }
+    const std::string_view name = std::string_view(word.text).substr(0, word.named);
+    std::vector<std::string> known;
+    for (const Argument& argument : row.arguments()) {
+        if (argument.is_given() && argument.name == name) {
+            return &argument;
+        }
+        if (argument.is_given()) {
+            known.emplace_back(argument.name);
+        }
+    }
+    const std::vector<std::string> near = vor::nearest(name, known);
+    if (!near.empty() || after_a_name || word.quoted) {
+        const bool hidden = std::ranges::any_of(row.arguments(), &Argument::is_secret); // it may be misplaced
+        throw Complaint{fmt::format("no argument \"{}\"{}", hidden ? vor::mask : name,
+                                    vor::suggestion(near, fmt::format("wanted: {}", fmt::join(known, " ")))),
+                        exit_usage,
+                        {},
+                        word.index};
+    }
+    return nullptr;
+}
+
+// The words in the order of their arguments, without names.
+static std::vector<Word> in_order(const Row& row, std::vector<Word> words, const SecretSources& sources)
+{
+    const auto is_named = [&](const Word& word) { return named_argument(row, word, false) != nullptr; };
+    const auto first = std::find_if(words.begin() + Reading::first_word, words.end(), is_named);
+    if (row.read != nullptr || first == words.end()) {
+        return with_secret(row, words, sources);
+    }
+    std::vector<Word> all(words.begin(), first);
+    std::vector<Word> listed;
+    std::size_t at = Reading::first_word;
+    std::map<std::string_view, Word> named;
+    for (auto word = first; word != words.end(); ++word) {
+        const Argument* const argument = named_argument(row, *word, true);
+        if (argument == nullptr) {
+            throw Complaint{"a word without a name stands before those with one", exit_usage, {}, word->index};
+        }
+        Word value = *word;
+        value.text.erase(0, value.named + 1);
+        value.named = 0;
+        if (argument->is_list) {
+            listed.push_back(std::move(value));
+        } else if (!named.emplace(argument->name, std::move(value)).second) {
+            throw Complaint{"is given twice", exit_usage, std::string(argument->name), word->index};
+        }
+    }
+    for (const Argument& argument : row.arguments()) {
+        if (!argument.is_given() || argument.is_list) {
+            continue;
+        }
+        const auto value = named.find(argument.name);
+        if (at++ < static_cast<std::size_t>(first - words.begin())) {
+            if (value != named.end()) {
+                throw Complaint{"is given twice", exit_usage, std::string(argument.name), value->second.index};
+            }
+        } else if (value != named.end()) {
+            all.push_back(std::move(value->second));
+        } else if (argument.is_secret && sources.left_out) {
+            all.push_back(*sources.left_out);
+        } else {
+            throw Complaint{"is missing", exit_usage, std::string(argument.name), words.size()};
+        }
+    }
+    all.insert(all.end(), listed.begin(), listed.end());
+    return all;
+}
+
+Planned plan(std::span<const Word> line, Secrets& secrets, const Place& place)
+{
+    std::vector<Word> words(line.begin(), line.end());
+    for (std::size_t i = 0; i < words.size(); i++) {
+        words[i].index = i;
+    }
     const Family& family = wanted_family(words[0].text);
     if (words.size() == 1) {
         throw Complaint{fmt::format("the call's name is missing; vorcfg {} --help lists them", family.name)};
@@ -48,8 +131,8 @@ Planned plan(std::span<const Word> words, Secrets& secrets, const Place& place)
             throw Complaint{
                 fmt::format("cannot be called on its own; what uses it: {}", row.used_by), exit_usage, {}, 1};
         }
-        const std::vector<Word> all = with_secret(row, words, secrets.sources());
-        Reading reading{row, all, place.line, secrets, {}};
+        const std::vector<Word> all = in_order(row, std::move(words), secrets.sources());
+        Reading reading{row, all, place, secrets, {}};
         (row.read != nullptr ? row.read : read_words)(reading);
         return {&row, std::move(reading.values), place};
     } catch (Complaint& complaint) {

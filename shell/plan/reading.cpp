@@ -12,11 +12,22 @@
 
 namespace vorcfg {
 
-static constexpr std::size_t result_room = 64;
-
 [[noreturn]] void Reading::complain(std::string text, std::size_t index, std::string_view argument) const
 {
-    throw Complaint{std::move(text), exit_usage, std::string(argument), index};
+    throw Complaint{std::move(text), exit_usage, std::string(argument), index_of(index)};
+}
+
+std::size_t Reading::index_of(std::size_t index) const
+{
+    return index < words.size() ? words[index].index : words.size();
+}
+
+// What a prompt for a secret calls it.
+static std::string secret_name(const Reading& reading, const Argument& argument)
+{
+    return reading.place.file.empty() ? std::string(argument.name)
+                                      : fmt::format("{}:{}: {}: {}", reading.place.file, reading.place.line,
+                                                    reading.row.full_name(), argument.name);
 }
 
 std::string Reading::shown(std::size_t index) const
@@ -83,7 +94,7 @@ Value Reading::value(const Argument& argument, std::size_t index)
 {
     Value value;
     value.secret = argument.is_secret;
-    value.word = index;
+    value.word = index_of(index);
     if (argument.is_number()) {
         value.number = read_number(*this, argument, index);
         value.text = argument.kind == Kind::decimal ? std::to_string(value.number) : "";
@@ -91,10 +102,10 @@ Value Reading::value(const Argument& argument, std::size_t index)
     }
     if (argument.is_secret) {
         try {
-            value.text = secrets.read(words[index], argument.name, line, index);
+            value.text = secrets.read(words[index], secret_name(*this, argument), place.line);
         } catch (Complaint& complaint) {
             complaint.argument = argument.name;
-            complaint.word = index;
+            complaint.word = index_of(index);
             throw;
         }
     } else {

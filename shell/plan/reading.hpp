@@ -7,14 +7,17 @@
 #include <vector>
 
 #include "rows/row.hpp"
+#include "words/complaint.hpp"
 #include "words/secret.hpp"
 
 namespace vorcfg {
 
+inline constexpr std::size_t result_room = 64; // of one that the call does not write
+
 struct Reading {
     const Row& row;
     std::span<const Word> words; // the whole line: the family's name is 0, the call's 1
-    std::size_t line;
+    const Place& place;
     Secrets& secrets;
     std::vector<Value> values;
     // Of a line with a secret no complaint repeats a word: who misplaces one puts the secret elsewhere.
@@ -25,6 +28,7 @@ struct Reading {
     // The value of an argument whose word stands at the index. Throws a Complaint that names it.
     Value value(const Argument& argument, std::size_t index);
 
+    std::size_t index_of(std::size_t index) const; // of a word in its line
     [[noreturn]] void complain(std::string text, std::size_t index, std::string_view argument = {}) const;
     std::string shown(std::size_t index) const;        // a word, or what stands for it
     std::string shown_quoted(std::size_t index) const; // the same between double quotes

@@ -45,6 +45,17 @@ constexpr Command command_rows[] = {
      "stands between double quotes, with \\\" and \\\\ for the two characters. The file is checked whole, and\n"
      "each call tried on a platform that sends nothing, before the first message. The first failure ends\n"
      "it, unless --keep-going is given; it ends with the code of the worst.\n"},
+    {"check", "check FILE", "complain about a file, without a gateway", ""},
+    {"plan", "plan FILE", "show what of a file the gateway has not accepted yet",
+     "Compares the file with the journal of what was accepted; sends nothing. Ends with 11 where there is\n"
+     "something to make. Nearly nothing can be read back from a gateway: what it holds is not known.\n"},
+    {"apply", "apply FILE", "make what the gateway has not accepted yet",
+     "In the file's order. Each call is in the journal before it is sent and its verdict after, so that\n"
+     "applying again goes on where the last time ended. With --confirm, all of it is taken back unless it\n"
+     "is confirmed in time.\n"},
+    {"confirm", "confirm JOURNAL", "keep what a confirmed apply has changed", ""},
+    {"revert", "revert JOURNAL", "take back at once what a confirmed apply has changed", ""},
+    {"report", "report JOURNAL", "print the hand-over sheet: what was accepted, by family and object", ""},
     {"list", "list [FAMILY]", "show every call",
      "With --json, all that is known of each: ranges, lengths, words, marks.\n"},
     {"search", "search WORD", "show the calls that a word leads to",

@@ -1,4 +1,5 @@
 #include "text/json.hpp"
+#include "plan/said.hpp"
 #include "report/report.hpp"
 #include "rows/contract.hpp"
 #include "rows/names.hpp"
@@ -89,37 +90,19 @@ Json json_of(const Message& message, const Planned& planned)
     return json;
 }
 
-Json value_of(const Argument& argument, const Value& value)
-{
-    if (argument.is_number()) {
-        return value.number;
-    }
-    return value.secret ? std::string(vor::mask) : value.text;
-}
-
 // The values by their arguments' names, and the words that stand for them.
 void add_arguments(Json& json, const Planned& planned)
 {
-    Json values = Json::object();
     Json words = Json::object();
     const auto arguments = planned.row->arguments();
-    for (std::size_t i = 0; i < arguments.size(); i++) {
-        const Argument& argument = arguments[i];
-        if (argument.is_list) {
-            values[argument.name] = Json::array();
-            for (std::size_t item = i; item < planned.values.size(); item++) {
-                values[argument.name].push_back(value_of(argument, planned.values[item]));
-            }
-        } else if (!argument.is_result() && planned.values[i].given) {
-            values[argument.name] = value_of(argument, planned.values[i]);
-            for (const Choice& choice : argument.choices) {
-                if (argument.is_number() && choice.number == planned.values[i].number) {
-                    words[argument.name] = choice.name;
-                }
+    for (std::size_t i = 0; i < arguments.size() && i < planned.values.size(); i++) {
+        for (const Choice& choice : arguments[i].choices) {
+            if (arguments[i].is_number() && planned.values[i].given && choice.number == planned.values[i].number) {
+                words[arguments[i].name] = choice.name;
             }
         }
     }
-    json["arguments"] = values;
+    json["arguments"] = values_json(planned, true);
     if (!words.empty()) {
         json["words"] = words;
     }
@@ -229,6 +212,11 @@ std::string json_of(const Tally& tally, const std::string& name, std::size_t lef
                         {"exit", tally.worst}});
 }
 
+std::string checked_json(const std::string& name, std::size_t calls)
+{
+    return line_of(Json{{"schema", schema}, {"check", name}, {"calls", calls}, {"exit", exit_ok}});
+}
+
 std::string json_of(const Row& row)
 {
     const CallContract& contract = contract_of(row);
@@ -246,11 +234,15 @@ std::string json_of(const Row& row)
                                                               {does_nothing, "does_nothing"},
                                                               {confirmed, "wants_yes"},
                                                               {waits, "waits"},
+                                                              {acts, "acts"},
                                                               {cuts_link, "cuts_link"}};
     for (const auto& [mark, name] : marks) {
         if (row.has(mark)) {
             json["marks"].push_back(name);
         }
+    }
+    if (!row.undone_by.empty()) {
+        json["undone_by"] = row.undone_by;
     }
     json["arguments"] = Json::array();
     for (const Argument& argument : row.arguments()) {

@@ -22,5 +22,6 @@ std::string json_of(const Planned& planned, const Report& report);
 std::string json_of(const Complaint& complaint);
 std::string json_of(const Tally& tally, const std::string& name, std::size_t left);
 std::string json_of(const Row& row);
+std::string checked_json(const std::string& name, std::size_t calls);
 
 } // namespace vorcfg

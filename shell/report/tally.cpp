@@ -25,6 +25,8 @@ bool Tally::count(const Planned& planned, Outcome outcome)
     } else if (exit_of(outcome) == exit_ok) {
         other++;
     } else {
+        unknown += outcome == Outcome::unknown ? 1 : 0;
+        refused += outcome == Outcome::refused ? 1 : 0;
         failed.push_back(planned.place.line);
         worst = worse(exit_of(outcome), worst);
         return false;

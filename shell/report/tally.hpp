@@ -16,7 +16,9 @@ struct Tally {
     unsigned sent = 0;
     unsigned unread = 0;
     unsigned dry = 0;
-    unsigned other = 0;              // done, nothing to do
+    unsigned other = 0;   // done, nothing to do
+    unsigned unknown = 0; // of those that failed
+    unsigned refused = 0;
     std::vector<std::size_t> failed; // their lines
     ExitCode worst = exit_ok;
 

@@ -29,6 +29,7 @@ enum class Kind : std::uint8_t {
 struct Choice {
     std::string_view name;
     std::int64_t number = 0;
+    bool asks = false; // makes its call a question, which changes nothing
 };
 
 struct Range {

@@ -22,6 +22,11 @@ std::span<const Argument> Row::arguments() const
     return family->arguments.subspan(first_argument, argument_count);
 }
 
+bool Row::undoes(const Row& other) const
+{
+    return family == other.family && (undone_by == other.name || other.undone_by == name);
+}
+
 std::string Row::full_name() const
 {
     return fmt::format("{} {}", family->name, name);
@@ -49,7 +54,8 @@ const Family& wanted_family(std::string_view name)
     if (const Family* const family = family_named(name)) {
         return *family;
     }
-    std::vector<std::string> known{"batch", "completion", "docs", "help", "list", "manual", "search"};
+    std::vector<std::string> known{"apply", "batch",  "check", "completion", "confirm", "docs",  "help",
+                                   "list",  "manual", "plan",  "report",     "revert",  "search"};
     std::vector<std::string> calls;
     for (const Family* const family : families()) {
         known.emplace_back(family->name);

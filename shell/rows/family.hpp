@@ -1,6 +1,8 @@
 // family.hpp: how a family's file says what its calls are.
 #pragma once
 
+#include <algorithm>
+
 #include "rows/binding.hpp"
 
 namespace vorcfg {
@@ -15,6 +17,12 @@ struct Draft {
     {
         Draft changed = *this;
         changed.row.marks |= marks;
+        return changed;
+    }
+    consteval Draft undone_by(std::string_view call) const
+    {
+        Draft changed = *this;
+        changed.row.undone_by = call;
         return changed;
     }
     consteval Draft on(Channel channel) const
@@ -122,6 +130,11 @@ consteval auto table(const Family* family, const Draft<Counts>&... drafts)
         }
     };
     (add(drafts), ...);
+    for (const Row& each : all.rows) {
+        if (!each.undone_by.empty() && std::ranges::find(all.rows, each.undone_by, &Row::name) == all.rows.end()) {
+            throw "a call is undone by one that its family has not";
+        }
+    }
     return all;
 }
 

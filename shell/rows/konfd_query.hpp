@@ -6,7 +6,7 @@
 
 namespace vorcfg::konfd_query {
 
-inline constexpr Choice operations[] = {{"set", 1}, {"check", 2}, {"unset", 3}};
+inline constexpr Choice operations[] = {{"set", 1}, {"check", 2, true}, {"unset", 3}};
 
 void read(Reading& reading);
 Returned make(const Row& row, std::span<Value> values);

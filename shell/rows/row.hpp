@@ -20,6 +20,7 @@ enum Marks : unsigned {
     does_nothing = 2,  // kept by the library so that programs link
     confirmed = 4,     // wants --yes
     waits = 8,         // what it starts ends with this process, which waits for it
+    acts = 16,         // does something each time, where others set a value
     cuts_link = 32,    // may end the connection that one works over: asks first at a terminal
 };
 
@@ -64,6 +65,7 @@ struct Row {
     Channel channel = Channel::manager;
     unsigned marks = 0;
     bool answers_record = false;
+    std::string_view undone_by; // a call of the family about the same object, which takes this one back and the reverse
     Returned (*make)(const Row& row, std::span<Value> values) = nullptr;
     // A call with words of its own, not one word an argument.
     void (*read)(Reading& reading) = nullptr;
@@ -72,6 +74,7 @@ struct Row {
     std::string_view used_by; // of a call that makes no sense on its own: what makes it
 
     constexpr bool has(Marks mark) const { return (marks & mark) != 0; }
+    bool undoes(const Row& other) const; // either way
     std::span<const Argument> arguments() const;
     std::string full_name() const; // "gpio set-value"
 };

@@ -18,6 +18,18 @@ static constexpr OptionRow rows[] = {
     {"--sap", "N", "the shell's own endpoint; by default a free one from 0x1000 up"},
     {"--yes", "", "for a call that wants to be confirmed; ask nothing", &Options::yes},
     {"--keep-going", "", "go on with a batch after a failure", &Options::keep_going},
+    {"--timeout", "SECONDS", "a call that takes longer is unknown"},
+    {"--set", "NAME=VALUE", "what ${NAME} stands for in a batch file", nullptr, true},
+    {"--vars", "FILE", "the same from a file, one NAME=VALUE a line", nullptr, true},
+    {"--journal", "FILE", "what a gateway accepted; by default the batch file's name and .journal", nullptr, true},
+    {"--gateway", "NAME", "the gateway that the journal is of; kept there", nullptr, true},
+    {"--from", "LINE", "plan and apply from this line on", nullptr, true},
+    {"--only", "FAMILY", "plan and apply the calls of one family", nullptr, true},
+    {"--retry-unknown", "", "make again what was begun and has no verdict", &Options::retry_unknown, true},
+    {"--skip-unknown", "", "leave out what was begun and has no verdict", &Options::skip_unknown, true},
+    {"--resend-secrets", "", "make accepted calls with a secret again", &Options::resend_secrets, true},
+    {"--confirm", "SECONDS", "take back what apply changed, unless it is confirmed in this time", nullptr, true},
+    {"--html", "", "a report as a page for a browser or a printer", &Options::html},
     {"--password-file", "FILE", "take the call's secret argument from a file"},
     {"--password-stdin", "", "take the call's secret argument from standard input"},
     {"--help", "", "help, also on a family, a call or a command", &Options::help},
@@ -46,13 +58,23 @@ std::optional<std::int64_t> number_of(std::string_view text)
     return negative ? -bounded : bounded;
 }
 
-static std::uint16_t sap_of(std::string_view text)
+template <class Number>
+static Number number_in(std::string_view option, std::string_view text, std::string_view what, Number least,
+                        Number most)
 {
     const auto number = number_of(text);
-    if (!number || *number < 0 || *number > UINT16_MAX) {
-        throw Complaint{fmt::format("--sap: \"{}\" is no SAP; a number from 0 to 65535 is wanted", text)};
+    if (!number || *number < least || *number > most) {
+        throw Complaint{
+            fmt::format("{}: \"{}\" is no {}; a number from {} to {} is wanted", option, text, what, least, most)};
     }
-    return static_cast<std::uint16_t>(*number);
+    return static_cast<Number>(*number);
+}
+
+// "120" and "120s"
+static unsigned seconds_of(std::string_view option, std::string_view text)
+{
+    return number_in<unsigned>(option, text.ends_with('s') ? text.substr(0, text.size() - 1) : text,
+                               "number of seconds", 1, 86400);
 }
 
 static void take(Options& options, const OptionRow& row, std::string_view value)
@@ -60,7 +82,23 @@ static void take(Options& options, const OptionRow& row, std::string_view value)
     if (row.flag != nullptr) {
         options.*row.flag = true;
     } else if (row.name == "--sap") {
-        options.sap = sap_of(value);
+        options.sap = number_in<std::uint16_t>(row.name, value, "SAP", 0, UINT16_MAX);
+    } else if (row.name == "--timeout") {
+        options.timeout = seconds_of(row.name, value);
+    } else if (row.name == "--confirm") {
+        options.confirm = seconds_of(row.name, value);
+    } else if (row.name == "--set") {
+        options.sets.emplace_back(value);
+    } else if (row.name == "--vars") {
+        options.vars.emplace_back(value);
+    } else if (row.name == "--journal") {
+        options.journal = value;
+    } else if (row.name == "--gateway") {
+        options.gateway = value;
+    } else if (row.name == "--from") {
+        options.from = number_in<std::uint32_t>(row.name, value, "line", 1, UINT32_MAX);
+    } else if (row.name == "--only") {
+        options.only = value;
     } else if (row.name == "--password-file") {
         options.password = Word{fmt::format("@{}", value)};
     } else {
@@ -89,7 +127,7 @@ Options options_of(std::span<char* const> arguments)
 {
     std::vector<Word> typed;
     for (const char* const argument : arguments) {
-        typed.push_back({argument});
+        typed.push_back({.text = argument, .named = named_length(argument)});
     }
     return options_of(std::move(typed), {});
 }
@@ -116,7 +154,7 @@ Options options_of(std::vector<Word> typed, Options options)
         const std::size_t equals = std::min(word.find('='), word.size());
         const std::string_view name = word == "-h" ? "--help" : word.substr(0, equals);
         const auto row = std::ranges::find(rows, name, &OptionRow::name);
-        if (row == std::end(rows)) {
+        if (row == std::end(rows) || (row->of_files && has_own_options(options.words))) {
             if (!has_own_options(options.words)) {
                 complain_unknown(name);
             }

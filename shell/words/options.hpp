@@ -20,7 +20,19 @@ struct Options {
     bool yes = false;
     bool keep_going = false;
     bool in_session = false; // of the prompt: its lines are its operator's own, as a batch's are
+    bool retry_unknown = false;
+    bool skip_unknown = false;
+    bool resend_secrets = false;
+    bool html = false;
     std::optional<std::uint16_t> sap;
+    std::optional<unsigned> timeout; // seconds
+    std::optional<unsigned> confirm;
+    std::vector<std::string> sets; // of variables
+    std::vector<std::string> vars; // files of them
+    std::string journal;
+    std::string gateway;
+    std::uint32_t from = 0;       // a line
+    std::string only;             // a family
     std::optional<Word> password; // --password-file, --password-stdin: in place of the secret argument
     std::vector<Word> words;
 };
@@ -30,6 +42,7 @@ struct OptionRow {
     std::string_view value; // what follows it, if anything does
     std::string_view about;
     bool Options::*flag = nullptr;
+    bool of_files = false; // means nothing to a call
 };
 
 std::span<const OptionRow> option_rows();

@@ -109,6 +109,11 @@ private:
     struct sigaction actions_[std::size(signals)]{};
 };
 
+static bool is_prompt(const Word& word)
+{
+    return !word.quoted && word.text == "?";
+}
+
 static std::string read_secret(const Word& word, std::string_view name, const SecretSources& sources)
 {
     if (!word.quoted && word.text.starts_with('@')) {
@@ -121,23 +126,36 @@ static std::string read_secret(const Word& word, std::string_view name, const Se
         }
         return line_from(STDIN_FILENO, "standard input");
     }
-    if (!word.quoted && word.text == "?") {
+    if (is_prompt(word)) {
         const Prompt prompt(name);
         return line_from(prompt.terminal, "the terminal");
     }
-    if (!sources.literals) {
+    if (!sources.literals || word.readable) {
         throw Complaint{"a secret is not taken from the command line, where others can read it; give @FILE, - for a "
                         "line of standard input, or '?' for a prompt"};
     }
     return word.text;
 }
 
-const std::string& Secrets::read(const Word& word, std::string_view name, std::size_t line, std::size_t index)
+const std::string& Secrets::read(const Word& word, const std::string& name, std::size_t line)
 {
-    const auto place = std::pair(line, index);
+    if (sources_.input_waits && sources_.standard_input && !word.quoted && word.text == "-") {
+        return word.text;
+    }
+    if (sources_.prompts_wait && is_prompt(word)) {
+        put_off_ = true;
+        return word.text;
+    }
+    const auto place = std::pair(line, word.index);
     const auto known = known_.find(place);
     return known != known_.end() ? known->second
                                  : known_.emplace(place, read_secret(word, name, sources_)).first->second;
+}
+
+bool Secrets::ask_now()
+{
+    sources_.prompts_wait = false;
+    return put_off_;
 }
 
 bool is_secret_source(const Word& word)

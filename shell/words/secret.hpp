@@ -21,6 +21,8 @@ std::string content_of(std::FILE* file, const std::string& name);
 struct SecretSources {
     bool literals = false;             // a batch file is its operator's own
     bool standard_input = true;        // false: the batch itself comes from there
+    bool prompts_wait = false;         // until the whole batch has been checked
+    bool input_waits = false;          // the batch is only looked at
     std::filesystem::path directory{}; // what a file's name is relative to
     std::optional<Word> left_out{};    // stands where a line leaves its secret out
 };
@@ -32,12 +34,17 @@ public:
 
     const SecretSources& sources() const { return sources_; }
 
-    // The secret that a word stands for: @FILE, - for a line of standard input, ? for a prompt. Its place is the
-    // line's number and the word's.
-    const std::string& read(const Word& word, std::string_view name, std::size_t line, std::size_t index);
+    // The secret that a word stands for: @FILE, - for a line of standard input, ? for a prompt that names it. Its
+    // place is the line's number and the word's.
+    const std::string& read(const Word& word, const std::string& name, std::size_t line);
+
+    void leave_input() { sources_.input_waits = true; }
+    // Whether a prompt was put off; from now on none is.
+    bool ask_now();
 
 private:
     SecretSources sources_;
+    bool put_off_ = false;
     std::map<std::pair<std::size_t, std::size_t>, std::string> known_;
 };
 

@@ -1,0 +1,62 @@
+// keeper.hpp: what ends a run from outside: a signal, or a call that does not
+// come back.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <csignal>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+namespace vorcfg {
+
+// While it is in scope, an interrupt, a hang-up or a termination ends no call
+// under way at once: a thread of its own waits for them. A call that does not
+// come back in time, or soon after a signal, is given up: `give_up` tells what
+// is known, with "no answer in time" or "interrupted", and its value ends the
+// process.
+class Keeper {
+public:
+    using GiveUp = std::function<int(const char* why)>;
+
+    Keeper(std::optional<unsigned> seconds, bool hang_up_ends, GiveUp give_up);
+    Keeper(const Keeper&) = delete;
+    Keeper& operator=(const Keeper&) = delete;
+    ~Keeper();
+
+    bool ended() const { return signalled_; } // no further call may begin
+    void rest(unsigned milliseconds);         // or until it is ended
+
+    // A call under way.
+    class Call {
+    public:
+        explicit Call(Keeper& keeper) : keeper_(keeper) { keeper_.set_under_way(true); }
+        Call(const Call&) = delete;
+        Call& operator=(const Call&) = delete;
+        ~Call() { keeper_.set_under_way(false); }
+
+    private:
+        Keeper& keeper_;
+    };
+
+private:
+    void set_under_way(bool under_way);
+    void give_up_after(unsigned seconds, unsigned milliseconds) const;
+    void watch();
+
+    const std::optional<unsigned> seconds_;
+    const GiveUp give_up_;
+    sigset_t before_{};
+    int signals_ = -1;
+    int timer_ = -1;
+    int end_ = -1;
+    std::mutex mutex_;
+    std::condition_variable signal_came_;
+    bool under_way_ = false;
+    std::atomic<bool> signalled_ = false;
+    std::thread thread_;
+};
+
+} // namespace vorcfg

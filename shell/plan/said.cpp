@@ -1,0 +1,189 @@
+#include "plan/said.hpp"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+#include "plan/reading.hpp"
+#include "text/text.hpp"
+
+namespace vorcfg {
+
+using vor::Json;
+
+namespace {
+
+bool is_utf8(const std::string& text)
+{
+    try {
+        return !Json(text).dump().empty();
+    } catch (const Json::exception&) {
+        return false;
+    }
+}
+
+// JSON holds no other text; one would be as good as the next.
+Json text_json(const std::string& text)
+{
+    return is_utf8(text) ? Json(text) : Json{{"bytes", vor::hexadecimal(text)}};
+}
+
+std::string text_in(const Json& json)
+{
+    if (json.is_string()) {
+        return json.get<std::string>();
+    }
+    std::string text;
+    const std::string digits = json.at("bytes").get<std::string>();
+    for (std::size_t i = 0; i < digits.size(); i += 3) {
+        text += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+    }
+    return text;
+}
+
+Json value_json(const Argument& argument, const Value& value, bool to_show)
+{
+    if (argument.is_number()) {
+        return value.number;
+    }
+    return value.secret ? Json(vor::mask) : to_show ? Json(value.text) : text_json(value.text);
+}
+
+Value value_in(const Argument& argument, const Json& json)
+{
+    Value value;
+    if (argument.is_number()) {
+        value.number = json.get<std::int64_t>();
+        value.text = argument.kind == Kind::decimal ? std::to_string(value.number) : "";
+    } else {
+        value.text = text_in(json);
+    }
+    return value;
+}
+
+std::string objects_of(const Said& said)
+{
+    const Json arguments = Json::parse(said.arguments);
+    Json objects = Json::array();
+    for (const Argument& argument : said.row->arguments()) {
+        if (argument.is_object && arguments.contains(argument.name)) {
+            objects.push_back(arguments[argument.name]);
+        }
+    }
+    return vor::dump(objects);
+}
+
+} // namespace
+
+Json values_json(const Planned& planned, bool masked)
+{
+    Json values = Json::object();
+    const auto arguments = planned.row->arguments();
+    const auto add = [&](Json& to, const Argument& argument, const Value& value) {
+        if (masked || !value.secret) {
+            to.push_back(value_json(argument, value, masked));
+        }
+    };
+    for (std::size_t i = 0; i < arguments.size(); i++) {
+        const Argument& argument = arguments[i];
+        Json items = Json::array();
+        if (argument.is_list) {
+            for (std::size_t item = i; item < planned.values.size(); item++) {
+                add(items, argument, planned.values[item]);
+            }
+            values[argument.name] = std::move(items);
+        } else if (!argument.is_result() && planned.values[i].given) {
+            add(items, argument, planned.values[i]);
+            if (!items.empty()) {
+                values[argument.name] = std::move(items[0]);
+            }
+        }
+    }
+    return values;
+}
+
+Said said(const Planned& planned)
+{
+    return {planned.row, vor::dump(values_json(planned, false)), std::ranges::any_of(planned.values, &Value::secret)};
+}
+
+Planned planned(const Said& said)
+{
+    const Json arguments = Json::parse(said.arguments);
+    Planned again{said.row, {}, {}};
+    for (const Argument& argument : said.row->arguments()) {
+        const auto value = arguments.find(argument.name);
+        if (argument.is_list) {
+            for (const Json& item : value != arguments.end() ? *value : Json::array()) {
+                again.values.push_back(value_in(argument, item));
+            }
+        } else if (argument.is_result()) {
+            again.values.emplace_back().text.resize(argument.kind == Kind::untouched ? result_room : 0);
+        } else if (value != arguments.end()) {
+            again.values.push_back(value_in(argument, *value));
+        } else if (argument.is_optional) {
+            again.values.emplace_back().given = false;
+        } else {
+            throw Complaint{fmt::format("{} is missing", argument.name)};
+        }
+    }
+    return again;
+}
+
+std::string subject_of(const Said& said, const Row& other)
+{
+    return fmt::format("{} {}", other.full_name(), objects_of(said));
+}
+
+std::string subject_of(const Said& said)
+{
+    return subject_of(said, *said.row);
+}
+
+bool changes_nothing(const Planned& planned)
+{
+    const Row& row = *planned.row;
+    if (row.channel == Channel::none || row.has(does_nothing) || row.answers_record) {
+        return true;
+    }
+    const auto arguments = row.arguments();
+    for (std::size_t i = 0; i < arguments.size() && i < planned.values.size(); i++) {
+        const auto asks = [&](const Choice& choice) {
+            return choice.asks && choice.number == planned.values[i].number;
+        };
+        if (arguments[i].is_result() || (planned.values[i].given && std::ranges::any_of(arguments[i].choices, asks))) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string shown(const Json& value)
+{
+    if (value.is_array()) {
+        std::string items;
+        for (const Json& item : value) {
+            items += fmt::format("{}{}", items.empty() ? "" : ", ", shown(item));
+        }
+        return fmt::format("[{}]", items);
+    }
+    if (!value.is_string()) {
+        return vor::dump(value);
+    }
+    const auto& text = value.get_ref<const std::string&>();
+    return text.empty() || text.find_first_of(" \t\"#") != std::string::npos ? vor::quoted(text) : vor::escaped(text);
+}
+
+std::string name_of(const Said& said)
+{
+    std::string name = said.row->full_name();
+    const Json arguments = Json::parse(said.arguments);
+    for (const Argument& argument : said.row->arguments()) {
+        if (argument.is_object && arguments.contains(argument.name)) {
+            name += ' ' + shown(arguments[argument.name]);
+        }
+    }
+    return name;
+}
+
+} // namespace vorcfg

@@ -1,0 +1,40 @@
+// said.hpp: what a call says, as it is kept, compared and made again.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "plan/plan.hpp"
+#include "text/json.hpp"
+
+namespace vorcfg {
+
+struct Said {
+    const Row* row = nullptr;
+    std::string arguments; // by their names, one JSON object; no secret in any form
+    bool secret = false;   // it has one
+
+    bool operator==(const Said&) const = default;
+};
+
+Said said(const Planned& planned);
+// The call again. Throws a Complaint where the arguments are none of this call.
+Planned planned(const Said& said);
+
+// What two calls share that are about the same thing: the call, and the arguments marked as its object.
+std::string subject_of(const Said& said);
+// The subject of another call about the same object.
+std::string subject_of(const Said& said, const Row& other);
+
+// Whether it asks, does nothing or stays on this machine: nothing that a gateway accepts.
+bool changes_nothing(const Planned& planned);
+
+// "ip set-ip-address 0"
+std::string name_of(const Said& said);
+// One argument as it is shown: 192.168.1.10, "Tower 17", [1, 2].
+std::string shown(const vor::Json& value);
+
+// The given values by their arguments' names; each secret as the mask, or left out.
+vor::Json values_json(const Planned& planned, bool masked);
+
+} // namespace vorcfg

@@ -1,0 +1,249 @@
+#include "site/apply.hpp"
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+
+#include <fmt/format.h>
+
+#include "journal/journal.hpp"
+#include "prompt/question.hpp"
+#include "report/check.hpp"
+#include "report/making.hpp"
+#include "report/report.hpp"
+#include "report/run.hpp"
+#include "rows/families.hpp"
+#include "site/pending.hpp"
+#include "site/show.hpp"
+#include "text/text.hpp"
+
+namespace vorcfg {
+
+namespace {
+
+std::string journal_of(const std::string& path, const Options& options)
+{
+    if (options.journal.empty() && path == "-") {
+        throw Complaint{"a file on standard input has no journal of its own; give --journal"};
+    }
+    return options.journal.empty() ? path + ".journal" : options.journal;
+}
+
+Selection selection_of(const Options& options)
+{
+    return {options.from, options.only.empty() ? nullptr : &wanted_family(options.only), options.resend_secrets};
+}
+
+// "ip set-ip-address 0 (lines 4, 7)" would help nobody; one line each does.
+std::string listed(const Plan& plan, const Shown& to, bool (*wanted)(const Due&))
+{
+    std::string text;
+    for (const Due& line : plan.lines) {
+        text += wanted(line) ? line_of(line, to) : "";
+    }
+    return text;
+}
+
+// The lines without a verdict are named and decided before anything is sent.
+void decide_unknown(Plan& plan, const Shown& to, const Options& options)
+{
+    const auto is_unknown = [](const Due& line) { return line.due && line.state == State::unknown; };
+    const auto unknown = std::ranges::count_if(plan.lines, is_unknown);
+    if (unknown == 0) {
+        return;
+    }
+    const bool ask = !options.retry_unknown && !options.skip_unknown;
+    if (!ask || !at_terminal()) {
+        vor::print(stdout, listed(plan, to, is_unknown));
+    }
+    if (ask && !at_terminal()) {
+        throw Complaint{fmt::format("{}: {} without a verdict; --retry-unknown makes them again, --skip-unknown leaves "
+                                    "them out; nothing was sent",
+                                    to.file, vor::counted(static_cast<std::uint64_t>(unknown), "line")),
+                        exit_unknown};
+    }
+    for (Due& line : plan.lines) {
+        if (is_unknown(line)) {
+            line.due = options.retry_unknown ||
+                       (ask && agreed(line_of(line, {to.file, to.journal, false}) + "Make it again?"));
+        }
+    }
+}
+
+bool stays(const Due& line)
+{
+    return line.due && !can_be_taken_back(line.said, line.replaced);
+}
+
+// Of a confirmed apply, what cannot be taken back wants a yes.
+void confirm_what_stays(const Plan& plan, const Shown& to, const Options& options)
+{
+    const std::string names = listed(plan, to, stays);
+    if (names.empty()) {
+        return;
+    }
+    vor::print(stdout, to.json ? names : "these cannot be taken back:\n" + names);
+    if (!options.yes && !(at_terminal() && agreed("Make them all the same?"))) {
+        throw Complaint{"what cannot be taken back is made only with --yes; nothing was sent"};
+    }
+}
+
+std::string applied_text(const Shown& to, const Tally& tally, std::size_t left, const Plan& plan)
+{
+    const std::size_t before = plan.count(State::accepted) + plan.count(State::sent);
+    if (to.json) {
+        return vor::dump(vor::Json{{"schema", schema},
+                                   {"apply", to.file},
+                                   {"journal", to.journal},
+                                   {"accepted", tally.accepted},
+                                   {"sent", tally.sent},
+                                   {"unread", tally.unread},
+                                   {"unknown", tally.unknown},
+                                   {"refused", tally.refused},
+                                   {"failed_lines", tally.failed},
+                                   {"not_made", left},
+                                   {"before", before},
+                                   {"exit", tally.worst}}) +
+               '\n';
+    }
+    const std::size_t other = tally.failed.size() - tally.unknown - tally.refused;
+    return fmt::format("{}: {} accepted, {} sent, {} unread, {} unknown, {} refused{}, {} not made; {} done before\n",
+                       vor::printable(to.file), tally.accepted, tally.sent, tally.unread, tally.unknown, tally.refused,
+                       other != 0 ? fmt::format(", {} not delivered or not sent", other) : "", left, before);
+}
+
+class Application {
+public:
+    Application(const std::string& path, const Options& options)
+        : options_(options), batch_(batch_of(path, options)),
+          path_(journal_of(path, options)), to_{batch_.name(), path_, options.json}
+    {
+    }
+
+    void leave_input() { batch_.leave_input(); }
+
+    // The exit code of what is complained about.
+    int read()
+    {
+        return check(batch_, options_, [&](const Planned& planned) {
+            if (!changes_nothing(planned)) {
+                check_confirmed(planned, options_);
+            }
+            planner_.add(planned);
+            if (planned.row->has(cuts_link)) {
+                cutting_.emplace(planned.place.line, named(planned));
+            }
+        });
+    }
+
+    int show()
+    {
+        const Journal journal = Journal::read(path_);
+        const Plan plan = planned_against(journal);
+        if (journal.history().pending()) {
+            vor::print_line(stderr, fmt::format("vorcfg: {}", pending_text(journal)));
+        }
+        vor::print(stdout, lines_of(plan, to_) + summary_of(plan, to_));
+        return plan.due() != 0 ? exit_due : exit_ok;
+    }
+
+    int make()
+    {
+        Journal journal = Journal::open(path_, options_.gateway);
+        check_nothing_pending(journal);
+        Plan plan = planned_against(journal);
+        decide_unknown(plan, to_, options_);
+        if (options_.confirm && plan.due() != 0) {
+            confirm_what_stays(plan, to_, options_);
+        }
+        std::vector<std::size_t> lines;
+        std::vector<std::string> cutting;
+        for (const Due& line : plan.lines) {
+            if (line.due) {
+                lines.push_back(line.line);
+                if (const auto found = cutting_.find(line.line); found != cutting_.end()) {
+                    cutting.push_back(found->second);
+                }
+            }
+        }
+        ask_before(cutting, options_);
+        const auto wanted = [&](std::size_t line) { return std::ranges::binary_search(lines, line); };
+        batch_.ask(wanted);
+        batch_.rewind(wanted);
+        if (options_.confirm && !lines.empty()) {
+            journal.pend();
+        }
+        const int exit = make(journal, plan, lines.size());
+        return options_.confirm && !lines.empty() ? std::max(exit, wait_for_confirmation(std::move(journal), options_))
+                                                  : exit;
+    }
+
+private:
+    Plan planned_against(const Journal& journal)
+    {
+        Plan plan = planner_.against(journal.history());
+        vor::print(stderr, warnings_of(plan, to_));
+        return plan;
+    }
+
+    int make(Journal& journal, const Plan& plan, std::size_t calls)
+    {
+        std::uint64_t number = 0;
+        Making making(options_, calls,
+                      [&](const Tally& tally, std::size_t left) { return applied_text(to_, tally, left, plan); },
+                      {.before =
+                           [&](const Planned& planned) {
+                               const Said says = said(planned);
+                               number = journal.begin(says, planned.place, journal.history().replaced_by(says));
+                           },
+                       .after =
+                           [&](const Planned& planned, const Report& report) {
+                               const Outcome outcome = report.verdict.outcome;
+                               journal.end(number, report.verdict, was_done(*planned.row, outcome, report.seen));
+                           },
+                       .hang_up_ends = !options_.confirm});
+        int exit = exit_ok;
+        try {
+            for (bool more = true; more;) {
+                auto planned = batch_.next();
+                more = planned && making.make(*planned);
+            }
+        } catch (const Complaint& complaint) { // a full disk, above all
+            exit = complain(complaint, options_.json);
+        }
+        journal.sync();
+        return std::max(exit, making.finish());
+    }
+
+    const Options& options_;
+    Batch batch_;
+    const std::string path_;
+    const Shown to_;
+    Planner planner_{selection_of(options_)};
+    std::map<std::size_t, std::string> cutting_; // the lines that may cut the link one works over
+};
+
+} // namespace
+
+int run_plan(const std::string& path, const Options& options)
+{
+    Application application(path, options);
+    application.leave_input();
+    const int exit = application.read();
+    return exit != exit_ok ? exit : application.show();
+}
+
+int run_apply(const std::string& path, const Options& options)
+{
+    if (options.dry_run) {
+        throw Complaint{"vorcfg plan shows what apply would make, vorcfg --dry-run batch the messages"};
+    }
+    if (options.retry_unknown && options.skip_unknown) {
+        throw Complaint{"one of --retry-unknown and --skip-unknown is enough"};
+    }
+    Application application(path, options);
+    const int exit = application.read();
+    return exit != exit_ok ? exit : application.make();
+}
+
+} // namespace vorcfg

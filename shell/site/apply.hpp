@@ -1,0 +1,13 @@
+// apply.hpp: the commands over a file and its journal.
+#pragma once
+
+#include <string>
+
+#include "words/options.hpp"
+
+namespace vorcfg {
+
+int run_plan(const std::string& path, const Options& options);
+int run_apply(const std::string& path, const Options& options);
+
+} // namespace vorcfg

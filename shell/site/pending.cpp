@@ -1,0 +1,274 @@
+#include "site/pending.hpp"
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+#include "journal/clock.hpp"
+#include "prompt/question.hpp"
+#include "report/making.hpp"
+#include "report/report.hpp"
+#include "report/run.hpp"
+#include "site/show.hpp"
+#include "text/text.hpp"
+
+namespace vorcfg {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+std::string offer(const std::string& path)
+{
+    return fmt::format("vorcfg confirm {0} keeps it, vorcfg revert {0} takes it back", path);
+}
+
+// The process that waits holds a lock far behind the journal's end: it goes
+// with the process, however that ends.
+struct flock waiting_lock(int type)
+{
+    struct flock lock {};
+    lock.l_type = static_cast<short>(type);
+    lock.l_whence = SEEK_SET;
+    lock.l_start = off_t(1) << 40;
+    lock.l_len = 1;
+    return lock;
+}
+
+bool somebody_waits(const std::string& path)
+{
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    struct flock lock = waiting_lock(F_WRLCK);
+    const bool waits = descriptor >= 0 && fcntl(descriptor, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+    close(descriptor);
+    return waits;
+}
+
+std::string taken_back_text(const std::string& path, const Tally& tally, std::size_t left, std::size_t kept)
+{
+    return fmt::format("{}: {} accepted, {} sent, {} unread, {} failed, {} not made: taken back{}\n",
+                       vor::printable(path), tally.accepted, tally.sent, tally.unread, tally.failed.size(), left,
+                       kept != 0 ? fmt::format("; {} cannot be taken back", kept) : "");
+}
+
+// Everything of it once more with what stood before, the last first.
+int take_back(Journal& journal, const Options& options)
+{
+    const std::vector<History::Undo> undos = journal.history().undos();
+    std::size_t kept = 0;
+    for (const History::Undo& undo : undos) {
+        if (undo.before == nullptr) {
+            kept++;
+            vor::print_line(stdout, fmt::format("{}:{}: {}: cannot be taken back", vor::printable(undo.entry->file),
+                                                undo.entry->line, name_of(undo.entry->said)));
+        }
+    }
+    Options going_on = options;
+    going_on.keep_going = true;
+    const Entry* undone = nullptr;
+    std::uint64_t number = 0;
+    const auto summary = [&](const Tally& tally, std::size_t left) {
+        return taken_back_text(journal.path(), tally, left, kept);
+    };
+    Making making(going_on, undos.size() - kept, summary,
+                  {.before =
+                       [&](const Planned& planned) {
+                           const Said says = said(planned);
+                           number = journal.begin(says, planned.place, journal.history().replaced_by(says), undone);
+                       },
+                   .after =
+                       [&](const Planned& planned, const Report& report) {
+                           const Outcome outcome = report.verdict.outcome;
+                           journal.end(number, report.verdict, was_done(*planned.row, outcome, report.seen));
+                       },
+                   .hang_up_ends = false});
+    for (const History::Undo& undo : undos) {
+        if (undo.before != nullptr) {
+            undone = undo.entry;
+            Planned planned = vorcfg::planned(undo.before->said);
+            planned.place = {undo.entry->file, undo.entry->line, 0};
+            if (!making.make(planned) && making.ended()) {
+                break;
+            }
+        }
+    }
+    const int exit = making.finish();
+    if (making.tally().failed.empty() && exit != exit_ended) {
+        journal.taken_back();
+    }
+    return exit;
+}
+
+bool is_decided(const std::string& path)
+{
+    return !Journal::read(path).history().pending().has_value();
+}
+
+// Of the process that waits: the journal is looked at whenever it changes. One
+// in use is being decided about.
+int wait_and_take_back(const std::string& path, const Options& options, Clock::time_point deadline)
+{
+    const int changes = inotify_init1(IN_CLOEXEC);
+    inotify_add_watch(changes, path.c_str(), IN_MODIFY);
+    while (true) {
+        try {
+            if (is_decided(path)) {
+                return exit_ok;
+            }
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+            if (left <= 0) {
+                Journal journal = Journal::reopen(path);
+                return journal.history().pending() ? take_back(journal, options) : exit_ok;
+            }
+            pollfd change{changes, POLLIN, 0};
+            if (poll(&change, 1, static_cast<int>(left)) == 1) {
+                std::array<char, 4096> events{};
+                (void)!read(changes, events.data(), events.size());
+            }
+        } catch (const Complaint&) {
+            constexpr int while_it_is_in_use_ms = 50;
+            poll(nullptr, 0, while_it_is_in_use_ms);
+        }
+    }
+}
+
+// The detached process: no terminal, no hang-up.
+[[noreturn]] void wait_detached(const std::string& path, const Options& options, int ready, Clock::time_point deadline)
+{
+    setsid();
+    std::signal(SIGHUP, SIG_IGN);
+    const int held = open(path.c_str(), O_RDWR | O_CLOEXEC);
+    struct flock lock = waiting_lock(F_WRLCK);
+    const bool locked = fcntl(held, F_OFD_SETLKW, &lock) == 0; // one that has been decided about may still be ending
+    const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        dup2(nowhere, descriptor);
+    }
+    (void)!write(ready, locked ? "y" : "n", 1);
+    std::_Exit(wait_and_take_back(path, options, deadline));
+}
+
+// Until Enter, or until the other process has ended; true: Enter.
+bool enter_pressed(int process)
+{
+    while (true) {
+        pollfd waits[] = {{STDIN_FILENO, POLLIN, 0}, {process, POLLIN, 0}};
+        if (poll(waits, std::size(waits), -1) < 0 && errno == EINTR) {
+            continue;
+        }
+        char byte;
+        if (waits[1].revents != 0 || (waits[0].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0 ||
+            (waits[0].revents != 0 && read(STDIN_FILENO, &byte, 1) != 1)) {
+            return false;
+        }
+        if (waits[0].revents != 0 && byte == '\n') {
+            return true;
+        }
+    }
+}
+
+// What became of it without this process, as the journal has it.
+int tell_decision(const std::string& path, std::uint64_t first)
+{
+    const Journal journal = Journal::read(path);
+    bool taken_back = false;
+    for (const Entry& entry : journal.history().entries()) {
+        if (entry.number >= first && entry.takes_back) {
+            taken_back = true;
+            vor::print_line(stdout, fmt::format("{}:{}: {}: taken back, {}", vor::printable(entry.file), entry.line,
+                                                name_of(entry.said), entry.verdict));
+        }
+    }
+    vor::print_line(stdout, journal.history().pending()
+                                ? pending_text(journal)
+                                : fmt::format("{}: {}", vor::printable(path), taken_back ? "taken back" : "kept"));
+    return taken_back ? exit_ended : exit_ok;
+}
+
+} // namespace
+
+std::string pending_text(const Journal& journal)
+{
+    const std::string& path = journal.path();
+    const std::string& until = journal.history().pending()->until;
+    if (somebody_waits(path)) {
+        return fmt::format("{}: a confirmed apply waits until {}; {}", path, minute_of(until), offer(path));
+    }
+    return fmt::format("{}: a confirmed apply was ended before it was confirmed; {}", path, offer(path));
+}
+
+void check_nothing_pending(const Journal& journal)
+{
+    if (journal.history().pending()) {
+        throw Complaint{pending_text(journal), exit_journal};
+    }
+}
+
+int wait_for_confirmation(Journal journal, const Options& options)
+{
+    const std::string path = journal.path();
+    if (journal.history().undos().empty()) { // nothing of it was done
+        journal.confirm();
+        return exit_ok;
+    }
+    const std::string until = stamp(now() + static_cast<std::time_t>(*options.confirm));
+    const Clock::time_point deadline = Clock::now() + std::chrono::seconds(*options.confirm);
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+        throw Complaint{fmt::format("nobody waits for the confirmation; {}", offer(path)), exit_journal};
+    }
+    std::fflush(nullptr);
+    const pid_t waiter = fork();
+    if (waiter == 0) {
+        close(ends[0]);
+        journal.close();
+        wait_detached(path, options, ends[1], deadline);
+    }
+    close(ends[1]);
+    char ready = 'n';
+    if (waiter < 0 || read(ends[0], &ready, 1) != 1 || ready != 'y') {
+        throw Complaint{fmt::format("nobody waits for the confirmation; {}", offer(path)), exit_journal};
+    }
+    journal.pend_until(until, waiter);
+    const std::uint64_t first = journal.history().pending()->first;
+    journal.close();
+    vor::print_line(stdout, fmt::format("{}: waits for {} s, until {}; {}{}", vor::printable(path), *options.confirm,
+                                        minute_of(until), at_terminal() ? "Enter or " : "", offer(path)));
+    if (!at_terminal()) {
+        return exit_ok;
+    }
+    if (enter_pressed(ends[0])) {
+        return run_confirm(path, options);
+    }
+    return tell_decision(path, first);
+}
+
+int run_confirm(const std::string& path, const Options&)
+{
+    Journal journal = Journal::reopen(path);
+    if (!journal.history().pending()) {
+        throw Complaint{fmt::format("{}: nothing waits to be confirmed", path), exit_journal};
+    }
+    journal.confirm();
+    vor::print_line(stdout, fmt::format("{}: kept", vor::printable(path)));
+    return exit_ok;
+}
+
+int run_revert(const std::string& path, const Options& options)
+{
+    Journal journal = Journal::reopen(path);
+    if (!journal.history().pending()) {
+        throw Complaint{fmt::format("{}: nothing waits to be taken back", path), exit_journal};
+    }
+    return take_back(journal, options);
+}
+
+} // namespace vorcfg

@@ -1,0 +1,201 @@
+#include "site/show.hpp"
+
+#include <algorithm>
+#include <set>
+
+#include <fmt/format.h>
+
+#include "journal/clock.hpp"
+#include "report/report.hpp"
+#include "text/text.hpp"
+
+namespace vorcfg {
+
+using vor::Json;
+
+namespace {
+
+std::string when_done(const Entry& entry)
+{
+    return fmt::format("{} {}", entry.outcome == name_of(Outcome::unread) ? "delivered" : entry.outcome,
+                       minute_of(entry.ended));
+}
+
+// "ip_address 192.168.1.11 (was 192.168.1.10), config_option 0 (was 1)"
+std::string changes_of(const Due& line)
+{
+    const Json now = Json::parse(line.said.arguments);
+    const Json before = Json::parse(line.before->said.arguments);
+    std::string text;
+    const auto add = [&](const std::string& name, const std::string& value, const std::string& was) {
+        text += fmt::format("{}{} {} (was {})", text.empty() ? "" : ", ", name, value, was);
+    };
+    for (const auto& [name, value] : now.items()) {
+        if (!before.contains(name)) {
+            add(name, shown(value), "not given");
+        } else if (before[name] != value) {
+            add(name, shown(value), shown(before[name]));
+        }
+    }
+    for (const auto& [name, value] : before.items()) {
+        if (!now.contains(name)) {
+            add(name, "not given", shown(value));
+        }
+    }
+    return text;
+}
+
+std::string open_text(const Entry& open)
+{
+    const std::string verdict = open.verdict.empty() ? "no verdict" : open.verdict;
+    return fmt::format("begun {}, {}", minute_of(open.begun), verdict);
+}
+
+std::string state_text(const Due& line)
+{
+    switch (line.state) {
+    case State::fresh:
+        return "new";
+    case State::changed:
+        return fmt::format("changed: {}; {}", changes_of(line), when_done(*line.before));
+    case State::again:
+        return fmt::format("again: {}; {}",
+                           line.said.row->has(acts) ? "follows from what is made before it"
+                                                    : "its secret is sent again",
+                           when_done(*line.before));
+    case State::unknown:
+        return fmt::format("unknown: {}", open_text(*line.open));
+    case State::accepted:
+        return fmt::format("accepted already, {}", minute_of(line.before->ended));
+    case State::sent:
+        return fmt::format("sent, no verdict comes, {}", minute_of(line.before->ended));
+    case State::overtaken:
+        return "overtaken by a later line";
+    case State::removed:
+        return fmt::format("no longer in the file; {}",
+                           line.before != nullptr ? when_done(*line.before) : open_text(*line.open));
+    }
+    return {};
+}
+
+std::string json_of(const Due& line, const Shown& to)
+{
+    Json json{{"schema", schema}, {"file", to.file}};
+    if (line.line != 0) {
+        json["line"] = line.line;
+    }
+    json["call"] = line.said.row->full_name();
+    json["arguments"] = Json::parse(line.said.arguments);
+    if (line.said.secret) {
+        json["secret"] = "not compared";
+    }
+    json["state"] = name_of(line.state);
+    json["due"] = line.due;
+    if (line.before != nullptr) {
+        json["was"] = {{"arguments", Json::parse(line.before->said.arguments)},
+                       {"outcome", line.before->outcome},
+                       {"at", line.before->ended}};
+    }
+    if (line.open != nullptr) {
+        json["begun"] = {{"arguments", Json::parse(line.open->said.arguments)}, {"at", line.open->begun}};
+    }
+    return vor::dump(json) + '\n';
+}
+
+bool is_settled(const Due& line)
+{
+    return line.state == State::accepted || line.state == State::sent || line.state == State::overtaken;
+}
+
+} // namespace
+
+std::string values_of(const Said& said)
+{
+    const Json arguments = Json::parse(said.arguments);
+    std::string text;
+    const auto add = [&](std::string_view name, const std::string& value) {
+        text += fmt::format("{}{} {}", text.empty() ? "" : ", ", name, value);
+    };
+    for (const Argument& argument : said.row->arguments()) {
+        const auto value = arguments.find(argument.name);
+        if (argument.is_secret) {
+            add(argument.name, std::string(vor::mask));
+        } else if (!argument.is_object && !argument.is_count && value != arguments.end()) {
+            add(argument.name, shown(*value));
+        }
+    }
+    return text;
+}
+
+std::string line_of(const Due& line, const Shown& to)
+{
+    if (to.json) {
+        return json_of(line, to);
+    }
+    const std::string place =
+        line.line != 0 ? fmt::format("{}:{}", vor::printable(to.file), line.line) : vor::printable(to.journal);
+    return fmt::format(
+        "{}: {}: {}{}\n", place, name_of(line.said), state_text(line),
+        line.said.secret && line.state != State::fresh && line.state != State::again ? "; secret not compared" : "");
+}
+
+std::string lines_of(const Plan& plan, const Shown& to)
+{
+    std::string text;
+    for (const auto* const lines : {&plan.lines, &plan.removed}) {
+        for (const Due& line : *lines) {
+            text += to.json || !is_settled(line) ? line_of(line, to) : "";
+        }
+    }
+    return text;
+}
+
+std::string summary_of(const Plan& plan, const Shown& to)
+{
+    const auto is_compared = [](const Due& line) { return line.said.secret && is_settled(line); };
+    const auto secrets = std::ranges::count_if(plan.lines, is_compared);
+    static constexpr State states[] = {State::fresh,    State::changed, State::again,     State::unknown,
+                                       State::accepted, State::sent,    State::overtaken, State::removed};
+    if (to.json) {
+        Json json{{"schema", schema}, {"plan", to.file}, {"journal", to.journal}, {"due", plan.due()}};
+        for (const State state : states) {
+            json[name_of(state)] = plan.count(state);
+        }
+        json["secrets_not_compared"] = secrets;
+        json["left_to_batch"] = plan.asking;
+        json["exit"] = plan.due() != 0 ? exit_due : exit_ok;
+        return vor::dump(json) + '\n';
+    }
+    std::string text = fmt::format("{}: {} to make", vor::printable(to.file), plan.due());
+    static constexpr std::string_view names[] = {"new",
+                                                 "changed",
+                                                 "made again",
+                                                 "unknown",
+                                                 "accepted already",
+                                                 "sent, no verdict comes",
+                                                 "overtaken",
+                                                 "no longer in the file"};
+    for (const State state : states) {
+        if (const std::size_t count = plan.count(state); count != 0) {
+            text += fmt::format("; {} {}", count, names[static_cast<std::size_t>(state)]);
+        }
+    }
+    text += secrets != 0 ? fmt::format("; {} not compared", vor::counted(static_cast<std::uint64_t>(secrets), "secret"))
+                         : "";
+    return text + (plan.asking != 0 ? fmt::format("; {} left to batch\n", plan.asking) : "\n");
+}
+
+std::string warnings_of(const Plan& plan, const Shown& to)
+{
+    std::string text;
+    std::set<std::string> said;
+    for (const Due& line : plan.lines) {
+        if (line.differs_from != 0 && said.insert(name_of(line.said)).second) {
+            text += fmt::format("{}:{}: warning: {}: line {} says something else about it\n", vor::printable(to.file),
+                                line.line, name_of(line.said), line.differs_from);
+        }
+    }
+    return text;
+}
+
+} // namespace vorcfg

@@ -1,0 +1,349 @@
+// vorcfg's journal: applies that are killed, confirmed, interrupted, and what no file may hold.
+#include <csignal>
+#include <fstream>
+#include <map>
+#include <random>
+#include <sstream>
+
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "processes.hpp"
+#include "text/json.hpp"
+
+using processes::contents;
+using processes::Gateway;
+using processes::Output;
+using processes::Tool;
+using processes::Workplace;
+using vor::Json;
+
+namespace {
+
+std::vector<Json> records(const std::filesystem::path& journal)
+{
+    std::vector<Json> all;
+    std::istringstream lines(contents(journal));
+    for (std::string line; std::getline(lines, line);) {
+        all.push_back(Json::parse(line, nullptr, false));
+    }
+    return all;
+}
+
+std::string text_of(const Json& json)
+{
+    return json.is_string() ? json.get<std::string>() : json.dump();
+}
+
+// What the gateway was told: its messages from a number on, as `call object values`.
+std::vector<std::string> told(const Workplace& workplace, std::size_t from = 0)
+{
+    std::vector<std::string> messages;
+    for (const Json& each : records(workplace.path() / "gateway.journal")) {
+        if (!each.contains("seq")) {
+            continue; // the head of the journal
+        }
+        if (from != 0) {
+            from--;
+        } else {
+            messages.push_back(text_of(each.value("call", Json())) + ' ' + text_of(each.value("object", Json())) + ' ' +
+                               each.value("values", Json()).dump());
+        }
+    }
+    return messages;
+}
+
+void write(const Workplace& workplace, const std::string& file, const std::string& text)
+{
+    std::ofstream(workplace.path() / file) << text;
+}
+
+// Runs vorcfg on a terminal, which goes away once it has shown a text.
+void hang_up(const Workplace& workplace, std::vector<std::string> arguments, const std::string& when)
+{
+    workplace.enter();
+    int terminal = -1;
+    const pid_t pid = forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (pid == 0) {
+        std::vector<char*> pointers;
+        arguments.insert(arguments.begin(), (workplace.path() / "bin/vorcfg").string());
+        for (std::string& argument : arguments) {
+            pointers.push_back(argument.data());
+        }
+        pointers.push_back(nullptr);
+        if (chdir(workplace.path().c_str()) == 0) {
+            execv(pointers[0], pointers.data());
+        }
+        std::_Exit(127);
+    }
+    std::string shown;
+    char byte;
+    while (shown.find(when) == std::string::npos && read(terminal, &byte, 1) == 1) {
+        shown += byte;
+    }
+    EXPECT_NE(std::string::npos, shown.find(when)) << shown;
+    close(terminal);
+    waitpid(pid, nullptr, 0);
+}
+
+class Site : public testing::Test {
+protected:
+    Workplace workplace;
+    Gateway gateway{workplace, {"--journal", "gateway.journal"}};
+};
+
+TEST_F(Site, killed_at_any_moment_ends_with_every_line_accepted_once)
+{
+    constexpr unsigned lines = 60;
+    std::string file;
+    for (unsigned i = 1; i <= lines; i++) {
+        file += "can set-id " + std::to_string(i) + " 7 1\n";
+    }
+    write(workplace, "f", file);
+    std::mt19937 random(17);
+    // how often each line was named before it was made again
+    std::map<unsigned, unsigned> repeated;
+    for (int round = 0; round < 20; round++) {
+        Tool apply(workplace, "vorcfg", {"apply", "f", "--retry-unknown", "--trace"});
+        std::string line = "none yet";
+        const auto read_line = [&] {
+            line = apply.next_line();
+            if (line.find(": unknown: begun") != std::string::npos) {
+                repeated[static_cast<unsigned>(std::stoul(line.substr(2)))]++;
+            }
+        };
+        for (auto left = random() % 16; left > 0; left--) {
+            read_line();
+        }
+        const bool between = random() % 2 == 0; // a message, and its answer
+        if (between) {
+            gateway.suspend();
+            while (!line.starts_with("> ")) {
+                read_line();
+            }
+        }
+        apply.stop(SIGKILL);
+        while (!line.empty()) { // what it still had said
+            read_line();
+        }
+        if (between) {
+            gateway.resume();
+        }
+    }
+    const Output plan = workplace.run("vorcfg plan f");
+    const Output last = workplace.run("vorcfg apply f --retry-unknown");
+    EXPECT_EQ(0, last.exit_code) << last.text;
+    EXPECT_EQ(0, workplace.run("vorcfg plan f").exit_code);
+    std::istringstream named(plan.text);
+    for (std::string line; std::getline(named, line);) {
+        if (line.find(": unknown: begun") != std::string::npos) {
+            repeated[static_cast<unsigned>(std::stoul(line.substr(2)))]++;
+        }
+    }
+    std::map<unsigned, unsigned> begun;
+    std::map<unsigned, unsigned> accepted;
+    std::map<unsigned, unsigned> line_of;
+    for (const Json& record : records(workplace.path() / "f.journal")) {
+        if (record.contains("begin")) {
+            line_of[record["begin"]] = record["line"];
+            begun[record["line"]]++;
+            EXPECT_EQ(0U, accepted[record["line"]]) << "made again though accepted: line " << record["line"];
+        } else if (record.contains("end") && record["done"] == true) {
+            accepted[line_of[record["end"]]]++;
+        }
+    }
+    std::map<unsigned, unsigned> received;
+    for (const std::string& message : told(workplace)) {
+        received[static_cast<unsigned>(std::stoul(message.substr(message.find("port ") + 5)))]++;
+    }
+    unsigned unknown = 0;
+    for (unsigned line = 1; line <= lines; line++) {
+        EXPECT_EQ(1U, accepted[line]) << line;
+        EXPECT_LE(begun[line], repeated[line] + 1) << "not named before it was made again: line " << line;
+        EXPECT_LE(received[line], begun[line]) << line;
+        EXPECT_GE(received[line], 1U) << line;
+        unknown += repeated[line];
+    }
+    EXPECT_GT(unknown, 0U) << "no kill hit a call under way";
+}
+
+TEST_F(Site, a_change_sends_what_changed_and_what_follows)
+{
+    EXPECT_EQ(0, workplace.run("vorcfg apply examples/site.conf").exit_code);
+    const std::size_t before = told(workplace).size();
+    workplace.run("sed -i 's/^ip set-ip-address 0 192.168.17.1 /ip set-ip-address 0 192.168.17.2 /;"
+                  "s/^mqtt set-qos-level 1/mqtt set-qos-level 2/;s/^can set-id 1 0x18ff50e5/can set-id 1 5/'"
+                  " examples/site.conf");
+    const Output plan = workplace.run("vorcfg plan examples/site.conf");
+    EXPECT_EQ(11, plan.exit_code);
+    EXPECT_NE(std::string::npos, plan.text.find("5 to make; 3 changed; 2 made again;")) << plan.text;
+    EXPECT_EQ(0, workplace.run("vorcfg apply examples/site.conf").exit_code);
+    EXPECT_EQ(
+        (std::vector<std::string>{
+            R"(vor_cfg_set_ip_address interface 0 {"interface_number":0,"config_option":1,"ip_address":"192.168.17.2","subnet_mask":"255.255.255.0"})",
+            R"(vor_cfg_show_route_status interface 1 {"iface_num":1})",
+            R"(vor_cfg_set_mqtt_qos_level session {"config_option":1,"qos":2})",
+            R"(vor_cfg_mqtt_activate_session service uplink {"service_name":"uplink"})",
+            R"(vor_cfg_set_can_id port 1 {"port_num":1,"can_id":5,"option":1})"}),
+        told(workplace, before));
+    EXPECT_EQ(0, workplace.run("vorcfg plan examples/site.conf").exit_code);
+}
+
+// The waiting process is seen by what it does to the journal.
+TEST_F(Site, a_confirmed_apply_is_taken_back_unless_it_is_confirmed)
+{
+    write(workplace, "f", "ip set-dhcp 1 1\ncan set-id 1 7 1\ncan set-baudrate 1 250000 1\n");
+    EXPECT_EQ(0, workplace.run("vorcfg apply f").exit_code);
+    write(workplace, "f",
+          "ip set-dhcp 1 0\ncan set-id 1 8 1\ncan set-baudrate 1 250000 1\nhostname set-plat-hostname t\n");
+    const Output refused = workplace.run("vorcfg apply f --confirm 1");
+    EXPECT_EQ(2, refused.exit_code);
+    EXPECT_NE(std::string::npos, refused.text.find("f:4: hostname set-plat-hostname: new")) << refused.text;
+    const std::size_t before = told(workplace).size();
+
+    hang_up(workplace, {"apply", "f", "--confirm", "1", "--yes"}, "waits for 1 s");
+    const Output gone = workplace.run("vorcfg apply f --confirm 1 --yes; echo $?");
+    EXPECT_NE(std::string::npos, gone.text.find("f.journal: a confirmed apply waits until")) << gone.text;
+    EXPECT_NE(std::string::npos, gone.text.find("12\n")) << gone.text;
+    workplace.run("tail -n +1 -f f.journal | grep -m 1 taken_back; flock f.journal true");
+    EXPECT_EQ((std::vector<std::string>{R"(vor_cfg_set_dhcp interface 1 {"interface_number":1,"config_option":0})",
+                                        R"(vor_cfg_set_can_id port 1 {"port_num":1,"can_id":8,"option":1})",
+                                        R"(vor_cfg_set_plat_hostname gateway {"hostname":"t"})",
+                                        R"(vor_cfg_set_can_id port 1 {"port_num":1,"can_id":7,"option":1})",
+                                        R"(vor_cfg_set_dhcp interface 1 {"interface_number":1,"config_option":1})"}),
+              told(workplace, before));
+
+    const std::size_t taken_back = told(workplace).size();
+    EXPECT_EQ(0, workplace.run("vorcfg apply f --confirm 1 --yes").exit_code);
+    EXPECT_EQ("f.journal: kept\n", workplace.run("vorcfg confirm f.journal").text);
+    EXPECT_EQ(0, workplace.run("vorcfg plan f").exit_code);
+    EXPECT_EQ(taken_back + 2, told(workplace).size());
+
+    // nobody waits any more
+    write(workplace, "f", "ip set-dhcp 1 1\ncan set-id 1 9 1\n");
+    EXPECT_EQ(0, workplace.run("vorcfg apply f --confirm 60").exit_code);
+    kill(records(workplace.path() / "f.journal").back()["process"].get<pid_t>(), SIGKILL);
+    workplace.run("until vorcfg plan f 2>&1 | grep -q ended; do :; done");
+    EXPECT_EQ("vorcfg: f.journal: a confirmed apply was ended before it was confirmed; vorcfg confirm f.journal keeps "
+              "it, vorcfg revert f.journal takes it back\n",
+              workplace.run("vorcfg apply f").text);
+    EXPECT_EQ("f:2: can set-id: accepted by canmgr\n"
+              "f:1: ip set-dhcp: accepted by ethmgr\n"
+              "f.journal: 2 accepted, 0 sent, 0 unread, 0 failed, 0 not made: taken back\n",
+              workplace.run("vorcfg revert f.journal").text);
+    EXPECT_EQ(11, workplace.run("vorcfg plan f").exit_code);
+}
+
+TEST_F(Site, a_journal_that_cannot_be_used_is_refused)
+{
+    write(workplace, "f", "can set-id 1 7 1\ncan set-id 2 7 1\n");
+    EXPECT_EQ(0, workplace.run("vorcfg apply f --gateway tower-17").exit_code);
+    const std::size_t messages = told(workplace).size();
+    const auto apply = [&](const std::string& before, const std::string& options = "") {
+        return workplace.run("cp f.journal j; " + before + "\nvorcfg apply f --journal j " + options).text;
+    };
+    EXPECT_EQ("vorcfg: j: is of gateway \"tower-17\", not of \"tower-18\"\n", apply("", "--gateway tower-18"));
+    EXPECT_EQ("vorcfg: j: line 1: a journal of version 2, and this vorcfg knows 1\n", apply("sed -i '1s/1/2/' j"));
+    EXPECT_EQ("vorcfg: j: line 3 is broken\n", apply("sed -i '3s/end/x\"/' j"));
+    EXPECT_EQ("vorcfg: j: line 4: call 2 has not begun\n", apply("sed -i '4s/.*//;4d' j"));
+    EXPECT_EQ("vorcfg: j: another vorcfg is at work with this journal\n", apply("exec 9<j; flock 9"));
+    EXPECT_EQ("vorcfg: j: line 1: is no journal\n", apply("cp f j; echo {} > j; cat f.journal >> j"));
+    EXPECT_EQ(messages, told(workplace).size());
+
+    // torn where the last verdict was being written
+    EXPECT_EQ("vorcfg: j: line 5 is torn and has been taken away\n"
+              "f:2: can set-id 2: unknown: begun 2027-01-15 08:00 UTC, no verdict\n"
+              "vorcfg: f: 1 line without a verdict; --retry-unknown makes them again, --skip-unknown leaves them out; "
+              "nothing was sent\n",
+              apply("sed -i 's/\"at\":\"[^\"]*\"/\"at\":\"2027-01-15T08:00:00Z\"/' j; truncate -s -9 j"));
+    EXPECT_EQ(messages, told(workplace).size());
+    EXPECT_EQ("f: 0 accepted, 0 sent, 0 unread, 0 unknown, 0 refused, 0 not made; 1 done before\n",
+              workplace.run("vorcfg apply f --journal j --skip-unknown | tail -n 1").text);
+    EXPECT_EQ(messages, told(workplace).size());
+}
+
+TEST_F(Site, what_ends_it_from_outside_leaves_an_account)
+{
+    write(workplace, "f", "can set-id 1 7 1\ncan set-id 2 7 1\ncan set-id 3 7 1\n");
+    const auto interrupted = [&](const std::string& command, int signal) {
+        gateway.suspend();
+        Tool tool(workplace, "vorcfg", {command, "f", "--trace"});
+        std::string text;
+        do {
+            text = tool.next_line();
+        } while (!text.empty() && !text.starts_with("> "));
+        tool.signal(signal);
+        tool.signal(signal);
+        text.clear();
+        for (std::string line = tool.next_line(); !line.empty(); line = tool.next_line()) {
+            text += line + '\n';
+        }
+        const int code = tool.stop(SIGTERM);
+        gateway.resume();
+        return text + std::to_string(code);
+    };
+    EXPECT_EQ("f:1: can set-id: unknown: interrupted, it may or may not have been done\n"
+              "vorcfg: interrupted\n"
+              "f: 0 accepted, 0 sent, 1 failed at line 1, 2 not made\n13",
+              interrupted("batch", SIGINT));
+    EXPECT_EQ("f:1: can set-id: unknown: interrupted, it may or may not have been done\n"
+              "vorcfg: interrupted\n"
+              "f: 0 accepted, 0 sent, 0 unread, 1 unknown, 0 refused, 2 not made; 0 done before\n13",
+              interrupted("apply", SIGHUP));
+    EXPECT_EQ("f: 3 accepted, 0 sent, 0 unread, 0 unknown, 0 refused, 0 not made; 0 done before\n",
+              workplace.run("vorcfg apply f --retry-unknown | tail -n 1").text);
+
+    // standard output closed or full, and a disk that takes half a record
+    EXPECT_EQ("f: 1 accepted, 0 sent, 0 failed, 2 not made\nvorcfg: standard output: No space left on device\n10\n",
+              workplace.run("vorcfg batch f > /dev/full; echo $?").text);
+    EXPECT_EQ("f: 1 accepted, 0 sent, 0 failed, 2 not made\nvorcfg: standard output: Broken pipe\n10\n",
+              workplace.run("mkfifo p; (exec 8<>p; exec 7>p; exec 8<&-; vorcfg batch f >&7; echo $? >&2)").text);
+    write(workplace, "many",
+          "can set-id 1 1 1\ncan set-id 2 1 1\ncan set-id 3 1 1\ncan set-id 4 1 1\n"
+          "can set-id 5 1 1\ncan set-id 6 1 1\ncan set-id 7 1 1\n");
+    const Output full = workplace.run("trap '' XFSZ; ulimit -f 1; vorcfg apply many 2>&1 | tail -n 2");
+    EXPECT_NE(std::string::npos, full.text.find("vorcfg: many.journal: ")) << full.text;
+    EXPECT_EQ(std::string::npos, full.text.find(" 0 not made;")) << full.text;
+    for (const Json& record : records(workplace.path() / "many.journal")) {
+        EXPECT_TRUE(record.is_object());
+    }
+}
+
+TEST_F(Site, no_secret_is_in_anything_that_is_written)
+{
+    const std::vector<std::string> secrets{"gr33n-lit", "gr33n-file", "gr33n-var", "gr33n-konfd"};
+    write(workplace, "17.key", "gr33n-file\n");
+    write(workplace, "vars", "site=17\nkey=gr33n-var\n");
+    write(workplace, "f",
+          "gsm set-password 1 gr33n-lit 1\n"
+          "ip set-interface-security-params 2 @${site}.key \"Tower ${site}\" 3 1\n"
+          "snmp set-v2-trap-server 203.0.113.30 community_name=${key} option=1\n"
+          "konfd query --set --line password gr33n-konfd --pattern password --path interface wlan0\n"
+          "wifi set-ssid-password t password=\"gr33n-lit\"\n");
+    std::string all;
+    for (const char* const command :
+         {"check f --vars vars", "plan f --vars vars", "apply f --vars vars --trace", "plan f --vars vars",
+          "apply f --vars vars --trace --json --resend-secrets --confirm 60 --yes",
+          "plan f --vars vars --json --resend-secrets", "revert f.journal --trace --json",
+          "apply f --vars vars --resend-secrets", "report f.journal", "report f.journal --html",
+          "report f.journal --json"}) {
+        const Output output = workplace.run("vorcfg " + std::string(command));
+        EXPECT_TRUE(output.exit_code == 0 || output.exit_code == 11) << command << '\n' << output.text;
+        all += output.text;
+    }
+    all += contents(workplace.path() / "f.journal");
+    EXPECT_NE(std::string::npos, all.find("; 5 secrets not compared")) << all;
+    for (const std::string& secret : secrets) {
+        EXPECT_EQ(std::string::npos, all.find(secret)) << secret;
+    }
+    const Output literal = workplace.run("vorcfg check f --set site=17 --set key=gr33n-var");
+    EXPECT_EQ(2, literal.exit_code);
+    EXPECT_NE(std::string::npos,
+              literal.text.find("f:3:38: community_name: a secret is not taken from the command line"))
+        << literal.text;
+}
+
+} // namespace

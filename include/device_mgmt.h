@@ -37,6 +37,7 @@
 #include <device_mgmt/time.h>
 #include <device_mgmt/towermon.h>
 #include <device_mgmt/types.h>
+#include <device_mgmt/version.h>
 #include <device_mgmt/wifimonitor.h>
 
 #endif

@@ -14,6 +14,7 @@ typedef struct _vor_canmgr_set_status_ {
     vor_int32 set_status;
 } VOR_CANMGR_SET_STATUS;
 VOR_LAYOUT(sizeof(VOR_CANMGR_SET_STATUS) == 4);
+VOR_LAYOUT(offsetof(VOR_CANMGR_SET_STATUS, set_status) == 0);
 
 /**
  * Names the data channel a peer feeds.

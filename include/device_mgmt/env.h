@@ -11,11 +11,13 @@ typedef struct _sdk_api_status_ {
     vor_int32 status;
 } VOR_SDK_API_STATUS;
 VOR_LAYOUT(sizeof(VOR_SDK_API_STATUS) == 4);
+VOR_LAYOUT(offsetof(VOR_SDK_API_STATUS, status) == 0);
 
 typedef struct _vor_env_info_ {
     vor_int16 system_temperature;
 } VOR_ENV_INFO;
 VOR_LAYOUT(sizeof(VOR_ENV_INFO) == 2);
+VOR_LAYOUT(offsetof(VOR_ENV_INFO, system_temperature) == 0);
 
 /**
  * Reads the board's temperature. Sets vor_errno to 0 first.

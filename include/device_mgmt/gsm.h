@@ -10,6 +10,7 @@ struct _vor_gsmmgr_set_status_ {
     vor_int32 set_status;
 };
 VOR_LAYOUT(sizeof(struct _vor_gsmmgr_set_status_) == 4);
+VOR_LAYOUT(offsetof(struct _vor_gsmmgr_set_status_, set_status) == 0);
 
 /**
  * Sets a port's access point name.

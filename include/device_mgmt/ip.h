@@ -22,6 +22,7 @@ typedef struct _vor_config_eth_ip_ {
     vor_uint32 subnet_mask; /* network byte order */
 } VOR_ETH_CONFIG_IP;
 VOR_LAYOUT(sizeof(VOR_ETH_CONFIG_IP) == 12);
+VOR_LAYOUT(offsetof(VOR_ETH_CONFIG_IP, eth_int_number) == 0);
 VOR_LAYOUT(offsetof(VOR_ETH_CONFIG_IP, eth_conf_option) == 1);
 VOR_LAYOUT(offsetof(VOR_ETH_CONFIG_IP, ip_address) == 4);
 VOR_LAYOUT(offsetof(VOR_ETH_CONFIG_IP, subnet_mask) == 8);
@@ -31,12 +32,15 @@ typedef struct _vor_config_dhcp_client_ {
     vor_char eth_conf_option;
 } VOR_ETH_DHCP_CLIENT_CONFIG;
 VOR_LAYOUT(sizeof(VOR_ETH_DHCP_CLIENT_CONFIG) == 2);
+VOR_LAYOUT(offsetof(VOR_ETH_DHCP_CLIENT_CONFIG, eth_int_number) == 0);
+VOR_LAYOUT(offsetof(VOR_ETH_DHCP_CLIENT_CONFIG, eth_conf_option) == 1);
 
 /* The meta-data byte of every request that takes a config_option. */
 typedef struct _eth_config_mode_ {
     vor_uchar mode;
 } ETH_CONFIG_MODE;
 VOR_LAYOUT(sizeof(ETH_CONFIG_MODE) == 1);
+VOR_LAYOUT(offsetof(ETH_CONFIG_MODE, mode) == 0);
 
 typedef struct _vor_eth_default_gw_config_ {
     vor_char gw_conf_option;
@@ -44,6 +48,7 @@ typedef struct _vor_eth_default_gw_config_ {
     vor_uint32 default_gw; /* network byte order */
 } VOR_ETH_DEFAULT_GW_CONFIG;
 VOR_LAYOUT(sizeof(VOR_ETH_DEFAULT_GW_CONFIG) == 8);
+VOR_LAYOUT(offsetof(VOR_ETH_DEFAULT_GW_CONFIG, gw_conf_option) == 0);
 VOR_LAYOUT(offsetof(VOR_ETH_DEFAULT_GW_CONFIG, iface_num) == 2);
 VOR_LAYOUT(offsetof(VOR_ETH_DEFAULT_GW_CONFIG, default_gw) == 4);
 
@@ -51,15 +56,19 @@ typedef struct _vor_interface_ {
     vor_char interface_num;
 } VOR_INTERFACE;
 VOR_LAYOUT(sizeof(VOR_INTERFACE) == 1);
+VOR_LAYOUT(offsetof(VOR_INTERFACE, interface_num) == 0);
 
 typedef enum _vor_eth_route_en_ { ENABLE = 0, DISABLE = 1 } VOR_ETH_ROUTE_EN;
 VOR_LAYOUT(sizeof(VOR_ETH_ROUTE_EN) == 4);
+VOR_LAYOUT(ENABLE == 0);
+VOR_LAYOUT(DISABLE == 1);
 
 typedef struct _vor_eth_route_via_ {
     vor_uint32 ip_address;     /* network byte order */
     vor_uint32 via_ip_address; /* written, but beyond the length sent */
 } VOR_ETH_ROUTE_VIA;
 VOR_LAYOUT(sizeof(VOR_ETH_ROUTE_VIA) == 8);
+VOR_LAYOUT(offsetof(VOR_ETH_ROUTE_VIA, ip_address) == 0);
 VOR_LAYOUT(offsetof(VOR_ETH_ROUTE_VIA, via_ip_address) == 4);
 
 typedef struct _vor_eth_static_route_ {
@@ -67,12 +76,14 @@ typedef struct _vor_eth_static_route_ {
     vor_uint32 ip_address; /* network byte order */
 } VOR_ETH_STATIC_ROUTE;
 VOR_LAYOUT(sizeof(VOR_ETH_STATIC_ROUTE) == 8);
+VOR_LAYOUT(offsetof(VOR_ETH_STATIC_ROUTE, device_no) == 0);
 VOR_LAYOUT(offsetof(VOR_ETH_STATIC_ROUTE, ip_address) == 4);
 
 typedef struct _vor_ip_set_status_ {
     vor_int32 set_status;
 } VOR_ETH_SET_STATUS;
 VOR_LAYOUT(sizeof(VOR_ETH_SET_STATUS) == 4);
+VOR_LAYOUT(offsetof(VOR_ETH_SET_STATUS, set_status) == 0);
 
 /* --- Interface addressing and access point ---------------------------- */
 

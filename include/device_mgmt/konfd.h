@@ -20,12 +20,18 @@ typedef struct _vor_cfg_proto_path_ {
         struct _vor_cfg_proto_path_* stqe_next;
     } elm_link;
 } VOR_CFG_PROTO_PATH;
+VOR_LAYOUT(sizeof(VOR_CFG_PROTO_PATH) == 2 * sizeof(void*));
+VOR_LAYOUT(offsetof(VOR_CFG_PROTO_PATH, path_elm) == 0);
+VOR_LAYOUT(offsetof(VOR_CFG_PROTO_PATH, elm_link) == sizeof(void*));
 
 /* A queue of path elements; stqh_last is where the next one is linked. */
 struct _path_head_ {
     struct _vor_cfg_proto_path_* stqh_first;
     struct _vor_cfg_proto_path_** stqh_last;
 };
+VOR_LAYOUT(sizeof(struct _path_head_) == 2 * sizeof(void*));
+VOR_LAYOUT(offsetof(struct _path_head_, stqh_first) == 0);
+VOR_LAYOUT(offsetof(struct _path_head_, stqh_last) == sizeof(void*));
 
 typedef struct _vor_cfg_proto_ {
     vor_uchar op;
@@ -34,6 +40,16 @@ typedef struct _vor_cfg_proto_ {
     vor_char* priority;
     struct _path_head_ path_head;
 } VOR_CFG_PROTO;
+VOR_LAYOUT(sizeof(VOR_CFG_PROTO) == 6 * sizeof(void*));
+VOR_LAYOUT(offsetof(VOR_CFG_PROTO, op) == 0);
+VOR_LAYOUT(offsetof(VOR_CFG_PROTO, line) == sizeof(void*));
+VOR_LAYOUT(offsetof(VOR_CFG_PROTO, pattern) == 2 * sizeof(void*));
+VOR_LAYOUT(offsetof(VOR_CFG_PROTO, priority) == 3 * sizeof(void*));
+VOR_LAYOUT(offsetof(VOR_CFG_PROTO, path_head) == 4 * sizeof(void*));
+
+/* Frees what vor_cfg_proto_get_command returned. libvorinfra's: link it too, as this library's pkg-config and CMake
+ * files do. */
+extern void vor_free(void* memory);
 
 /**
  * Makes an empty query.

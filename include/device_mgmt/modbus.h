@@ -15,6 +15,7 @@ typedef struct _vor_modbusmgr_set_status_ {
     vor_int32 set_status;
 } VOR_MODBUSMGR_SET_STATUS;
 VOR_LAYOUT(sizeof(VOR_MODBUSMGR_SET_STATUS) == 4);
+VOR_LAYOUT(offsetof(VOR_MODBUSMGR_SET_STATUS, set_status) == 0);
 
 /**
  * Names the data channel a serial slave feeds.

@@ -17,11 +17,13 @@ typedef struct _mqtt_config_mode_ {
     vor_uchar mode;
 } MQTT_CONFIG_MODE;
 VOR_LAYOUT(sizeof(MQTT_CONFIG_MODE) == 1);
+VOR_LAYOUT(offsetof(MQTT_CONFIG_MODE, mode) == 0);
 
 typedef struct _vor_mqtt_set_status_ {
     vor_int32 set_status;
 } VOR_MQTT_SET_STATUS;
 VOR_LAYOUT(sizeof(VOR_MQTT_SET_STATUS) == 4);
+VOR_LAYOUT(offsetof(VOR_MQTT_SET_STATUS, set_status) == 0);
 
 /**
  * Sets the credentials of an MQTT service.

@@ -10,6 +10,7 @@ typedef struct _vor_pcumgr_set_status_ {
     vor_int32 set_status;
 } VOR_PCUMGR_SET_STATUS;
 VOR_LAYOUT(sizeof(VOR_PCUMGR_SET_STATUS) == 4);
+VOR_LAYOUT(offsetof(VOR_PCUMGR_SET_STATUS, set_status) == 0);
 
 /**
  * Registers the unit's module.

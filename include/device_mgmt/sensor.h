@@ -15,6 +15,7 @@ typedef struct _vor_sensor_set_status_ {
     vor_int32 set_status;
 } VOR_SENSOR_SET_STAT;
 VOR_LAYOUT(sizeof(VOR_SENSOR_SET_STAT) == 4);
+VOR_LAYOUT(offsetof(VOR_SENSOR_SET_STAT, set_status) == 0);
 
 /**
  * Sets the template that formats a flow's data.

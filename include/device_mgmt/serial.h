@@ -18,6 +18,7 @@ typedef struct _vor_serialmgr_set_status_ {
     vor_int32 set_status;
 } VOR_SERIALMGR_SET_STATUS;
 VOR_LAYOUT(sizeof(VOR_SERIALMGR_SET_STATUS) == 4);
+VOR_LAYOUT(offsetof(VOR_SERIALMGR_SET_STATUS, set_status) == 0);
 
 /**
  * Sets how often a port is polled.

@@ -17,6 +17,7 @@ typedef struct _vor_snmp_set_status_ {
     vor_int32 set_status;
 } VOR_SNMP_SET_STATUS;
 VOR_LAYOUT(sizeof(VOR_SNMP_SET_STATUS) == 4);
+VOR_LAYOUT(offsetof(VOR_SNMP_SET_STATUS, set_status) == 0);
 
 /**
  * Sets an SNMPv2 community. One-way: the manager's verdict never comes back.

@@ -9,11 +9,11 @@
 #ifdef __cplusplus
 #define VOR_DECLARATIONS_BEGIN extern "C" { _Pragma("GCC visibility push(default)")
 #define VOR_DECLARATIONS_END _Pragma("GCC visibility pop") }
-#define VOR_LAYOUT(condition) static_assert(condition, "a record's layout is the wire's: " #condition)
+#define VOR_LAYOUT(condition) static_assert(condition, "programs and managers rely on it: " #condition)
 #else
 #define VOR_DECLARATIONS_BEGIN _Pragma("GCC visibility push(default)")
 #define VOR_DECLARATIONS_END _Pragma("GCC visibility pop")
-#define VOR_LAYOUT(condition) _Static_assert(condition, "a record's layout is the wire's: " #condition)
+#define VOR_LAYOUT(condition) _Static_assert(condition, "programs and managers rely on it: " #condition)
 #endif
 /* clang-format on */
 

@@ -4,7 +4,7 @@ set(CMAKE_SYSTEM_PROCESSOR ${processor})
 set(CMAKE_C_COMPILER ${triple}-gcc)
 set(CMAKE_CXX_COMPILER ${triple}-g++)
 
-set(CMAKE_FIND_ROOT_PATH /usr/${triple})
+list(APPEND CMAKE_FIND_ROOT_PATH /usr/${triple}) # behind those that the command line names
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)

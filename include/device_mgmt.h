@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * device_mgmt.h: every call of the device-management library.
  *
  * Bind an endpoint first (device_mgmt/common.h), then call. A call sends one
@@ -11,6 +12,7 @@
  */
 #ifndef DEVICE_MGMT_H
 #define DEVICE_MGMT_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/adc.h>
 #include <device_mgmt/can.h>

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * vorinfra.h: the platform library as this library calls it.
  *
  * Declarations only. On the gateway these operations are the platform's own;
@@ -7,6 +8,7 @@
  */
 #ifndef VORINFRA_H
 #define VORINFRA_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

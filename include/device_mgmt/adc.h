@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * adc.h: analogue inputs, held by the ADC manager (adcmgr, SAP 5).
  *
  * An input is a channel of a converter. The three answered setters set
@@ -6,6 +7,7 @@
  */
 #ifndef DEVICE_MGMT_ADC_H
 #define DEVICE_MGMT_ADC_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

@@ -1,10 +1,12 @@
-/*
+/**
+ * @file
  * can.h: CAN ports and peers, held by the CAN manager (canmgr, SAP 19).
  *
  * Every call sets vor_errno to 0 first.
  */
 #ifndef DEVICE_MGMT_CAN_H
 #define DEVICE_MGMT_CAN_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

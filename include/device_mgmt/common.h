@@ -1,6 +1,10 @@
-/* common.h: endpoints, text converters and the delayed restart. */
+/**
+ * @file
+ * common.h: endpoints, text converters and the delayed restart.
+ */
 #ifndef DEVICE_MGMT_COMMON_H
 #define DEVICE_MGMT_COMMON_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

@@ -1,10 +1,12 @@
-/*
+/**
+ * @file
  * debug.h: debug output of the managers and the platform's log file.
  *
  * Both messages are one-way; vor_errno is never touched.
  */
 #ifndef DEVICE_MGMT_DEBUG_H
 #define DEVICE_MGMT_DEBUG_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

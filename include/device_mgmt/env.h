@@ -1,6 +1,10 @@
-/* env.h: the board's temperature, read by the platform manager (platmgr, SAP 2). */
+/**
+ * @file
+ * env.h: the board's temperature, read by the platform manager (platmgr, SAP 2).
+ */
 #ifndef DEVICE_MGMT_ENV_H
 #define DEVICE_MGMT_ENV_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

@@ -1,10 +1,12 @@
-/*
+/**
+ * @file
  * gpio.h: digital inputs and outputs, held by the GPIO manager (gpiomgr, SAP 4).
  *
  * Every call but the statistics sets vor_errno to 0 first.
  */
 #ifndef DEVICE_MGMT_GPIO_H
 #define DEVICE_MGMT_GPIO_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

@@ -1,6 +1,10 @@
-/* gsm.h: the cellular data connection, held by the GSM manager (SAP 12). Every call sets vor_errno to 0 first. */
+/**
+ * @file
+ * gsm.h: the cellular data connection, held by the GSM manager (SAP 12). Every call sets vor_errno to 0 first.
+ */
 #ifndef DEVICE_MGMT_GSM_H
 #define DEVICE_MGMT_GSM_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

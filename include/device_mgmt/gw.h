@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * gw.h: where the gateway stands.
  *
  * Both go to the data manager (datamgr, SAP 10). Unlike everywhere else the
@@ -7,6 +8,7 @@
  */
 #ifndef DEVICE_MGMT_GW_H
 #define DEVICE_MGMT_GW_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * ip.h: interface addressing, access point, DHCP server and routing.
  *
  * All go to the Ethernet manager (ethmgr, SAP 7). Addresses are dotted-quad
@@ -8,6 +9,7 @@
  */
 #ifndef DEVICE_MGMT_IP_H
 #define DEVICE_MGMT_IP_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * konfd.h: the stored configuration, edited by text queries to konfd.
  *
  * Build a query with vor_cfg_proto_init, vor_cfg_proto_set_op and the setters,
@@ -9,6 +10,7 @@
  */
 #ifndef DEVICE_MGMT_KONFD_H
 #define DEVICE_MGMT_KONFD_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

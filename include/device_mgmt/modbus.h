@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * modbus.h: Modbus on serial lines and over TCP, held by the Modbus manager (modbusmgr, SAP 20).
  *
  * The manager checks baud rates, parities and register ranges. Every call sets
@@ -6,6 +7,7 @@
  */
 #ifndef DEVICE_MGMT_MODBUS_H
 #define DEVICE_MGMT_MODBUS_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

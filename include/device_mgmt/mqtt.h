@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * mqtt.h: MQTT services and sessions, held by the MQTT manager (mqttmgr, SAP 15).
  *
  * The topic, message, QoS, retain, keep-alive and clean-session calls name no
@@ -7,6 +8,7 @@
  */
 #ifndef DEVICE_MGMT_MQTT_H
 #define DEVICE_MGMT_MQTT_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

@@ -1,6 +1,10 @@
-/* pcu.h: the power-control unit, held by its manager (SAP 23). Both calls set vor_errno to 0 first. */
+/**
+ * @file
+ * pcu.h: the power-control unit, held by its manager (SAP 23). Both calls set vor_errno to 0 first.
+ */
 #ifndef DEVICE_MGMT_PCU_H
 #define DEVICE_MGMT_PCU_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * sensor.h: sensor flows and templates, held by the sensor manager (sensormgr, SAP 14).
  *
  * Each call sets or clears one association, as its set_flag says. Every call
@@ -6,6 +7,7 @@
  */
 #ifndef DEVICE_MGMT_SENSOR_H
 #define DEVICE_MGMT_SENSOR_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * serial.h: serial ports, held by the serial manager (serialmgr, SAP 16).
  *
  * No table of permitted speeds or formats stands on this side: the manager
@@ -9,6 +10,7 @@
  */
 #ifndef DEVICE_MGMT_SERIAL_H
 #define DEVICE_MGMT_SERIAL_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * snmp.h: the SNMP agent, held by the SNMP manager (snmpmgr, SAP 21).
  *
  * Every call sets vor_errno to 0 first. The two v2 calls and the switch are
@@ -7,6 +8,7 @@
  */
 #ifndef DEVICE_MGMT_SNMP_H
 #define DEVICE_MGMT_SNMP_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

@@ -1,10 +1,12 @@
-/*
+/**
+ * @file
  * sub1g.h: the sub-1 GHz radio, held by its manager (sub1gmgr, SAP 8).
  *
  * The three setters set vor_errno to 0 first.
  */
 #ifndef DEVICE_MGMT_SUB1G_H
 #define DEVICE_MGMT_SUB1G_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

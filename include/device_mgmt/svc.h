@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * svc.h: REST and protocol services, service chains, transport applications.
  *
  * All but the service chain are one-way: the manager's verdict never comes
@@ -6,6 +7,7 @@
  */
 #ifndef DEVICE_MGMT_SVC_H
 #define DEVICE_MGMT_SVC_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

@@ -1,6 +1,10 @@
-/* syslog.h: the remote syslog target, held by the platform manager (platmgr, SAP 2). */
+/**
+ * @file
+ * syslog.h: the remote syslog target, held by the platform manager (platmgr, SAP 2).
+ */
 #ifndef DEVICE_MGMT_SYSLOG_H
 #define DEVICE_MGMT_SYSLOG_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

@@ -1,6 +1,10 @@
-/* time.h: the gateway's clock, held by the NTP manager (ntpmgr, SAP 22). Both calls set vor_errno to 0 first. */
+/**
+ * @file
+ * time.h: the gateway's clock, held by the NTP manager (ntpmgr, SAP 22). Both calls set vor_errno to 0 first.
+ */
 #ifndef DEVICE_MGMT_TIME_H
 #define DEVICE_MGMT_TIME_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

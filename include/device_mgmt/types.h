@@ -1,6 +1,10 @@
-/* types.h: the scalars, return codes and macros that every header shares. */
+/**
+ * @file
+ * types.h: the scalars, return codes and macros that every header shares.
+ */
 #ifndef DEVICE_MGMT_TYPES_H
 #define DEVICE_MGMT_TYPES_H
+/* SPDX-License-Identifier: MIT */
 
 #include <stddef.h>
 #include <stdint.h>

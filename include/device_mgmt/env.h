@@ -26,8 +26,8 @@ VOR_LAYOUT(offsetof(VOR_ENV_INFO, system_temperature) == 0);
 /**
  * Reads the board's temperature. Sets vor_errno to 0 first.
  *
- * @param system_temp  where the reading goes, in the manager's unit; written only when 0 is returned, with 0 if the
- *                     manager accepted without a reading
+ * @param system_temp  where the reading goes, in the manager's unit (the simulator's tenths of a degree); written only
+ * when 0 is returned, with 0 if the manager accepted without a reading
  */
 vor_int32 vor_cfg_get_system_temperature(vor_int16* system_temp);
 

@@ -186,7 +186,8 @@ vor_int32 vor_cfg_get_interface_security_params(vor_uchar interface_number, vor_
  * @param lo_addr        lowest address, dotted quad
  * @param hi_addr        highest address, dotted quad
  * @param addr_range     passed to the manager as it is
- * @param config_option  its low 8 bits are passed to the manager
+ * @param config_option  its low 8 bits are passed to the manager: adds, changes or removes the setting, in the
+ *                       manager's coding
  */
 vor_int32 vor_cfg_set_dhcp_server_address_range(vor_char* pool_name, vor_char* lo_addr, vor_char* hi_addr,
                                                 vor_int32 addr_range, vor_int16 config_option);
@@ -206,17 +207,17 @@ vor_int32 vor_cfg_get_dhcp_server_address_range(vor_char* pool_name, vor_char* l
  *
  * @param pool_name       the pool, passed to the manager as it is
  * @param dns_server_num  how many addresses follow, at most 4
- * @param config_option   passed to the manager as it is
+ * @param config_option   adds, changes or removes the setting, in the manager's coding
  * @param ...             dns_server_num texts (vor_char*), dotted quads
  * @return the common codes; -1151 for more than 4 servers, before anything else happens
  */
 vor_int32 vor_cfg_set_dhcp_server_dns(vor_char* pool_name, vor_int16 dns_server_num, vor_char config_option, ...);
 
 /**
- * Creates, changes or removes a DHCP pool by its name.
+ * Names a DHCP pool.
  *
  * @param pool_name      the pool, passed to the manager as it is
- * @param config_option  passed to the manager as it is
+ * @param config_option  adds, changes or removes the setting, in the manager's coding
  */
 vor_int32 vor_cfg_set_dhcp_server_pool_name(vor_char* pool_name, vor_char config_option);
 
@@ -225,7 +226,7 @@ vor_int32 vor_cfg_set_dhcp_server_pool_name(vor_char* pool_name, vor_char config
  *
  * @param pool_name         the pool, passed to the manager as it is
  * @param interface_number  passed to the manager as it is, as a signed 16-bit number
- * @param config_option     passed to the manager as it is
+ * @param config_option     adds, changes or removes the setting, in the manager's coding
  */
 vor_int32 vor_cfg_set_dhcp_server_interface(vor_char* pool_name, vor_uint16 interface_number, vor_char config_option);
 
@@ -234,7 +235,7 @@ vor_int32 vor_cfg_set_dhcp_server_interface(vor_char* pool_name, vor_uint16 inte
  *
  * @param pool_name      the pool, passed to the manager as it is
  * @param subnet_mask    dotted quad
- * @param config_option  passed to the manager as it is
+ * @param config_option  adds, changes or removes the setting, in the manager's coding
  */
 vor_int32 vor_cfg_set_dhcp_server_subnet(vor_char* pool_name, vor_char* subnet_mask, vor_char config_option);
 
@@ -243,7 +244,7 @@ vor_int32 vor_cfg_set_dhcp_server_subnet(vor_char* pool_name, vor_char* subnet_m
  *
  * @param pool_name      the pool, passed to the manager as it is
  * @param def_router     dotted quad
- * @param config_option  passed to the manager as it is
+ * @param config_option  adds, changes or removes the setting, in the manager's coding
  */
 vor_int32 vor_cfg_set_dhcp_server_def_router(vor_char* pool_name, vor_char* def_router, vor_char config_option);
 
@@ -252,7 +253,7 @@ vor_int32 vor_cfg_set_dhcp_server_def_router(vor_char* pool_name, vor_char* def_
  *
  * @param pool_name      the pool, passed to the manager as it is
  * @param domain_name    passed to the manager as it is
- * @param config_option  passed to the manager as it is
+ * @param config_option  adds, changes or removes the setting, in the manager's coding
  */
 vor_int32 vor_cfg_set_dhcp_server_domain_name(vor_char* pool_name, vor_char* domain_name, vor_char config_option);
 
@@ -261,7 +262,7 @@ vor_int32 vor_cfg_set_dhcp_server_domain_name(vor_char* pool_name, vor_char* dom
  *
  * @param pool_name      the pool, passed to the manager as it is
  * @param lease_time     passed to the manager as it is, its unit too
- * @param config_option  passed to the manager as it is
+ * @param config_option  adds, changes or removes the setting, in the manager's coding
  */
 vor_int32 vor_cfg_set_dhcp_server_lease_time(vor_char* pool_name, vor_int32 lease_time, vor_char config_option);
 

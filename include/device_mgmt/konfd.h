@@ -64,7 +64,8 @@ VOR_CFG_PROTO* vor_cfg_proto_init(void);
  * Sets what the query does.
  *
  * @param handle  the query
- * @param value   1 sets (-s), 2 checks (-c), 3 unsets (-u); not checked here
+ * @param value   1 for -s, 2 for -c, 3 for -u; not checked here. What they do is konfd's to say; the simulator's
+ *                sets, checks and unsets
  * @return 0; -1 for a null handle
  */
 vor_int32 vor_cfg_proto_set_op(VOR_CFG_PROTO* handle, vor_uchar value);

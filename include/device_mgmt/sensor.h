@@ -25,7 +25,7 @@ VOR_LAYOUT(offsetof(VOR_SENSOR_SET_STAT, set_status) == 0);
  * @param sensor_name    passed to the manager as it is
  * @param flow_name      passed to the manager as it is
  * @param template_file  passed to the manager as it is
- * @param set_flag       passed to the manager as it is
+ * @param set_flag       sets or clears, in the manager's coding
  */
 vor_int32 vor_cfg_set_flow_data_template(vor_char* sensor_name, vor_char* flow_name, vor_char* template_file,
                                          vor_boolean set_flag);
@@ -36,7 +36,7 @@ vor_int32 vor_cfg_set_flow_data_template(vor_char* sensor_name, vor_char* flow_n
  * @param sensor_name    passed to the manager as it is
  * @param flow_name      passed to the manager as it is
  * @param template_file  passed to the manager as it is
- * @param set_flag       passed to the manager as it is
+ * @param set_flag       sets or clears, in the manager's coding
  */
 vor_int32 vor_cfg_set_flow_registration_template(vor_char* sensor_name, vor_char* flow_name, vor_char* template_file,
                                                  vor_boolean set_flag);
@@ -47,7 +47,7 @@ vor_int32 vor_cfg_set_flow_registration_template(vor_char* sensor_name, vor_char
  * @param sensor_name  passed to the manager as it is
  * @param flow_name    passed to the manager as it is
  * @param chain_name   passed to the manager as it is
- * @param set_flag     passed to the manager as it is
+ * @param set_flag     sets or clears, in the manager's coding
  */
 vor_int32 vor_cfg_set_sensor_flow_chain(vor_char* sensor_name, vor_char* flow_name, vor_char* chain_name,
                                         vor_boolean set_flag);
@@ -57,7 +57,7 @@ vor_int32 vor_cfg_set_sensor_flow_chain(vor_char* sensor_name, vor_char* flow_na
  *
  * @param sensor_name   passed to the manager as it is
  * @param channel_name  passed to the manager as it is
- * @param set_flag      passed to the manager as it is
+ * @param set_flag      sets or clears, in the manager's coding
  */
 vor_int32 vor_cfg_set_sensor_channel(vor_char* sensor_name, vor_char* channel_name, vor_boolean set_flag);
 

@@ -53,7 +53,7 @@ vor_int32 vor_cfg_set_serial_stopbits(vor_int16 port_num, vor_int16 stop_bits);
  * Sets a port's line speed.
  *
  * @param port_num  passed to the manager as it is
- * @param speed     bits per second, passed to the manager as it is
+ * @param speed     passed to the manager as it is, its unit too
  */
 vor_int32 vor_cfg_set_serial_speed(vor_int16 port_num, vor_int32 speed);
 

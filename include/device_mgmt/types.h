@@ -35,7 +35,7 @@ _Static_assert(_Alignof(uint64_t) == 8, "device_mgmt: 64-bit numbers are not ali
 
 typedef uint8_t vor_uchar;
 typedef char vor_char;
-typedef uint8_t vor_boolean; /* 0 false, 1 true */
+typedef uint8_t vor_boolean; /* 0 false, 1 true, where a call says no more of it */
 typedef uint8_t vor_bool;
 typedef int16_t vor_int16;
 typedef uint16_t vor_uint16;

@@ -16,6 +16,7 @@ file(GLOB call_tables CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/calls/*.cpp)
 add_executable(library_test
   ${call_tables}
   common_test.cpp
+  cpp_front_end_test.cpp
   konfd_talk_test.cpp
   konfd_test.cpp
   header_c11.c

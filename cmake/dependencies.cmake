@@ -1,33 +1,33 @@
-# GoogleTest, nlohmann-json and libfmt, as Debian's packages bring them.
-
-# Headers that serve any processor, out of the native include directory.
-set(third_party ${CMAKE_BINARY_DIR}/third_party)
-function(vor_take_headers name)
-  file(MAKE_DIRECTORY ${third_party})
-  file(CREATE_LINK /usr/include/${name} ${third_party}/${name} SYMBOLIC)
+# nlohmann-json and libfmt, of the sysroot or as Debian's packages bring them. Both are
+# headers alone, fit for any processor: those of this machine serve where the sysroot has none.
+function(vor_find_headers name probe)
+  find_path(${name}_HEADERS ${probe} DOC "The folder that holds ${probe}")
+  if(${name}_HEADERS)
+    set(found "${${name}_HEADERS}")
+  elseif(EXISTS /usr/include/${probe})
+    # a link in a folder of its own: nothing else of this machine's headers comes with it
+    get_filename_component(folder ${probe} DIRECTORY)
+    set(found "${PROJECT_BINARY_DIR}/third_party")
+    file(MAKE_DIRECTORY "${found}")
+    file(CREATE_LINK /usr/include/${folder} "${found}/${folder}" SYMBOLIC)
+  else()
+    message(FATAL_ERROR "vorcfg needs ${probe}: name its folder with -D${name}_HEADERS=...")
+  endif()
+  set(${name}_HEADERS_FOUND "${found}" PARENT_SCOPE)
 endfunction()
 
-if(CMAKE_CROSSCOMPILING)
-  # The package holds GoogleTest's sources.
-  set(INSTALL_GTEST OFF CACHE INTERNAL "")
-  add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
-  if(NOT TARGET GTest::gtest_main)
-    add_library(GTest::gtest ALIAS gtest)
-    add_library(GTest::gmock ALIAS gmock)
-    add_library(GTest::gtest_main ALIAS gtest_main)
-  endif()
-  vor_take_headers(nlohmann)
-  add_library(nlohmann_json INTERFACE)
-  target_include_directories(nlohmann_json SYSTEM INTERFACE ${third_party})
-  add_library(nlohmann_json::nlohmann_json ALIAS nlohmann_json)
-else()
-  find_package(GTest REQUIRED)
-  find_package(nlohmann_json REQUIRED)
-endif()
-include(GoogleTest)
+vor_find_headers(NLOHMANN_JSON nlohmann/json.hpp)
+add_library(vor_nlohmann_json INTERFACE)
+target_include_directories(vor_nlohmann_json SYSTEM INTERFACE "${NLOHMANN_JSON_HEADERS_FOUND}")
 
-vor_take_headers(fmt)
-add_library(fmt STATIC ${CMAKE_CURRENT_LIST_DIR}/fmt.cpp)
-target_compile_features(fmt PUBLIC cxx_std_20)
-target_include_directories(fmt SYSTEM PUBLIC ${third_party})
-add_library(fmt::fmt ALIAS fmt)
+vor_find_headers(FMT fmt/format-inl.h)
+add_library(vor_fmt STATIC "${CMAKE_CURRENT_LIST_DIR}/fmt.cpp")
+target_compile_features(vor_fmt PUBLIC cxx_std_20)
+target_include_directories(vor_fmt SYSTEM PUBLIC "${FMT_HEADERS_FOUND}")
+
+foreach(name IN ITEMS nlohmann_json::nlohmann_json fmt::fmt)
+  if(NOT TARGET ${name}) # else a project around this one has brought its own
+    string(REGEX REPLACE ".*::" "vor_" ours ${name})
+    add_library(${name} ALIAS ${ours})
+  endif()
+endforeach()

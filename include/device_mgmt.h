@@ -1,16 +1,39 @@
-/*
+/**
+ * @file
  * device_mgmt.h: every call of the device-management library.
  *
  * Bind an endpoint first (device_mgmt/common.h), then call. A call sends one
  * message to the manager that owns the setting and returns when the manager
  * has answered or the platform has failed; it checks no argument unless its
- * header says so. One thread at a time.
+ * header says so.
  *
  * "Passed to the manager as it is" means that the library neither checks nor
- * interprets the value: its codes and units are the manager's.
+ * interprets the value: its codes, its unit and its numbering are the
+ * manager's, and this contract lends them no meaning.
+ *
+ * Codes have names: vor_code, in device_mgmt/types.h. VOR_CODE_REFUSED stands
+ * for two things, and not every call sets vor_errno to 0 first. To tell them
+ * apart, set vor_errno to 0 before the call: if it is something else
+ * afterwards, that is the manager's status. Or ask
+ * vor_cfg_get_ipc_endpoint: null means that nothing was sent.
+ *
+ * How long a call may block is the platform's to say: the library sets no
+ * limit and cannot be interrupted. One-way calls do not wait for a manager.
+ *
+ * One thread at a time: the endpoint, the konfd socket and vor_errno are the
+ * process's, without locks. Any thread may be the one.
+ *
+ * Texts end with a zero byte; the library neither keeps nor changes them
+ * (that they are not const is the contract's age). A null text is not looked
+ * for (but device_mgmt/konfd.h refuses it): one that is an address or a number is sent as 0, one that is compared
+ * or copied (device_mgmt/debug.h) ends the program, and any other goes to the
+ * platform as it is, whose answer to it is the platform's.
+ *
+ * From C++ there is device_mgmt.hpp.
  */
 #ifndef DEVICE_MGMT_H
 #define DEVICE_MGMT_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/adc.h>
 #include <device_mgmt/can.h>
@@ -37,6 +60,7 @@
 #include <device_mgmt/time.h>
 #include <device_mgmt/towermon.h>
 #include <device_mgmt/types.h>
+#include <device_mgmt/version.h>
 #include <device_mgmt/wifimonitor.h>
 
 #endif

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * vorinfra.h: the platform library as this library calls it.
  *
  * Declarations only. On the gateway these operations are the platform's own;
@@ -7,6 +8,7 @@
  */
 #ifndef VORINFRA_H
 #define VORINFRA_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 
@@ -21,12 +23,20 @@ typedef struct _tlv_ {
     vor_uchar* data;
     vor_uint16 size;
 } TLV;
+VOR_LAYOUT(sizeof(TLV) == 3 * sizeof(void*));
+VOR_LAYOUT(offsetof(TLV, type) == 0);
+VOR_LAYOUT(offsetof(TLV, data) == sizeof(void*));
+VOR_LAYOUT(offsetof(TLV, size) == 2 * sizeof(void*));
 
 typedef struct _tlv_chain_ {
     TLV object[TLV_CHAIN_CAPACITY];
     vor_uint16 used;
     vor_uint16 total_sz; /* running size of the serialized chain */
 } TLV_CHAIN;
+VOR_LAYOUT(sizeof(TLV_CHAIN) == 151 * sizeof(void*));
+VOR_LAYOUT(offsetof(TLV_CHAIN, object) == 0);
+VOR_LAYOUT(offsetof(TLV_CHAIN, used) == 150 * sizeof(void*));
+VOR_LAYOUT(offsetof(TLV_CHAIN, total_sz) == 150 * sizeof(void*) + 2);
 
 /* All results ignored. The strings and bytes added must stay until the chain
  * is serialized. */
@@ -46,6 +56,10 @@ typedef struct _vor_ipc_handle_ {
     vor_uint32 bind_option;
     void* context; /* the platform's */
 } VOR_IPC_HANDLE;
+VOR_LAYOUT(sizeof(VOR_IPC_HANDLE) == sizeof(void*) + 8);
+VOR_LAYOUT(offsetof(VOR_IPC_HANDLE, sap_id) == 0);
+VOR_LAYOUT(offsetof(VOR_IPC_HANDLE, bind_option) == 4);
+VOR_LAYOUT(offsetof(VOR_IPC_HANDLE, context) == 8);
 
 typedef struct _vor_ipc_msg_ref_ {
     void* data_ptr; /* the message, beginning with its header */
@@ -53,6 +67,11 @@ typedef struct _vor_ipc_msg_ref_ {
     vor_uint16 meta_data_sz;
     vor_uint16 payload_sz;
 } VOR_IPC_MSG_REF;
+VOR_LAYOUT(sizeof(VOR_IPC_MSG_REF) == sizeof(void*) + 8);
+VOR_LAYOUT(offsetof(VOR_IPC_MSG_REF, data_ptr) == 0);
+VOR_LAYOUT(offsetof(VOR_IPC_MSG_REF, size) == sizeof(void*));
+VOR_LAYOUT(offsetof(VOR_IPC_MSG_REF, meta_data_sz) == sizeof(void*) + 2);
+VOR_LAYOUT(offsetof(VOR_IPC_MSG_REF, payload_sz) == sizeof(void*) + 4);
 
 /* The 16 bytes at the start of every message; meta-data and payload follow. */
 typedef struct _vor_ipc_msg_hdr_ {
@@ -63,6 +82,13 @@ typedef struct _vor_ipc_msg_hdr_ {
     vor_uint16 payload_sz;
     vor_uint16 meta_data_sz;
 } VOR_IPC_MSG_HDR;
+VOR_LAYOUT(sizeof(VOR_IPC_MSG_HDR) == 16);
+VOR_LAYOUT(offsetof(VOR_IPC_MSG_HDR, ipc_src_id) == 0);
+VOR_LAYOUT(offsetof(VOR_IPC_MSG_HDR, ipc_dest_id) == 2);
+VOR_LAYOUT(offsetof(VOR_IPC_MSG_HDR, opcode) == 4);
+VOR_LAYOUT(offsetof(VOR_IPC_MSG_HDR, flag) == 8);
+VOR_LAYOUT(offsetof(VOR_IPC_MSG_HDR, payload_sz) == 10);
+VOR_LAYOUT(offsetof(VOR_IPC_MSG_HDR, meta_data_sz) == 12);
 
 VOR_IPC_HANDLE* vor_ipc_bind(vor_uint16 sap, vor_uint16 bind_option); /* null: not bound */
 vor_bool vor_ipc_unbind(VOR_IPC_HANDLE* handle);
@@ -93,6 +119,11 @@ typedef struct _vor_unix_socket_ {
     vor_uint16 sock_type;
     vor_char* sock_path;
 } VOR_UNIX_SOCKET;
+VOR_LAYOUT(sizeof(VOR_UNIX_SOCKET) == sizeof(void*) + 8);
+VOR_LAYOUT(offsetof(VOR_UNIX_SOCKET, sock_fd) == 0);
+VOR_LAYOUT(offsetof(VOR_UNIX_SOCKET, sock_domain) == 4);
+VOR_LAYOUT(offsetof(VOR_UNIX_SOCKET, sock_type) == 6);
+VOR_LAYOUT(offsetof(VOR_UNIX_SOCKET, sock_path) == 8);
 
 void* vor_socket_create(vor_uchar domain, vor_uchar type, vor_uchar protocol); /* a VOR_UNIX_SOCKET, or null */
 vor_int32 vor_socket_config_unix(void* socket, vor_char* path);                /* -1: failed */
@@ -109,6 +140,9 @@ typedef struct _vor_timer_handle_ {
     VOR_TIMER_CALLBACK timer_func_callback;
     void* context;
 } VOR_TIMER_HANDLE;
+VOR_LAYOUT(sizeof(VOR_TIMER_HANDLE) == 2 * sizeof(void*));
+VOR_LAYOUT(offsetof(VOR_TIMER_HANDLE, timer_func_callback) == 0);
+VOR_LAYOUT(offsetof(VOR_TIMER_HANDLE, context) == sizeof(void*));
 
 VOR_TIMER_HANDLE* vor_timer_create(vor_uint32 option, void* context, VOR_TIMER_CALLBACK callback);
 vor_int32 vor_timer_start(VOR_TIMER_HANDLE* timer, vor_uint32 milliseconds, vor_uint32 option);

@@ -73,3 +73,9 @@ ensure_emulator_packages() {
 ensure_keyboard_packages() {
     ensure_packages zsh:zsh mandoc:mandoc libedit-dev:/usr/include/histedit.h
 }
+
+# For the library alone, on its other targets. armel and 64-bit RISC-V are built when their compilers are there.
+ensure_target_packages() {
+    ensure_arm_packages && ensure_emulator_packages &&
+        ensure_packages g++-aarch64-linux-gnu:aarch64-linux-gnu-g++ musl-tools:musl-gcc abigail-tools:abidiff
+}

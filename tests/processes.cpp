@@ -141,7 +141,7 @@ Workplace::Workplace()
     fs::create_directories(path() / "root/tmp");
     for (const char* tool : {"vorcfg", "vorsim"}) {
         const fs::path script = path() / "bin" / tool;
-        std::ofstream(script) << "#!/bin/sh\nexec " VOR_EMULATOR " " VOR_BUILD_DIR "/" << tool << " \"$@\"\n";
+        std::ofstream(script) << "#!/bin/sh\nexec " VOR_EMULATOR " \"" VOR_BUILD_DIR "/" << tool << "\" \"$@\"\n";
         fs::permissions(script, fs::perms::owner_all);
     }
     fs::copy(VOR_SOURCE_DIR "/examples", path() / "examples", fs::copy_options::recursive);

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * adc.h: analogue inputs, held by the ADC manager (adcmgr, SAP 5).
  *
  * An input is a channel of a converter. The three answered setters set
@@ -6,6 +7,7 @@
  */
 #ifndef DEVICE_MGMT_ADC_H
 #define DEVICE_MGMT_ADC_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 
@@ -16,6 +18,7 @@ typedef struct adc_pin_no {
     vor_uint16 channel_index;
 } ADC_PIN_NO;
 VOR_LAYOUT(sizeof(ADC_PIN_NO) == 4);
+VOR_LAYOUT(offsetof(ADC_PIN_NO, adc_index) == 0);
 VOR_LAYOUT(offsetof(ADC_PIN_NO, channel_index) == 2);
 
 typedef struct adc_pin_stats {
@@ -25,6 +28,7 @@ typedef struct adc_pin_stats {
     vor_uint64 interrupt_count;
 } ADC_PIN_STATS;
 VOR_LAYOUT(sizeof(ADC_PIN_STATS) == 24);
+VOR_LAYOUT(offsetof(ADC_PIN_STATS, logical_port_no) == 0);
 VOR_LAYOUT(offsetof(ADC_PIN_STATS, read_mode) == 2);
 VOR_LAYOUT(offsetof(ADC_PIN_STATS, polling_count) == 8);
 VOR_LAYOUT(offsetof(ADC_PIN_STATS, interrupt_count) == 16);
@@ -33,6 +37,7 @@ typedef struct _vor_adcmgr_set_status_ {
     vor_int32 set_status;
 } VOR_ADCMGR_SET_STATUS;
 VOR_LAYOUT(sizeof(VOR_ADCMGR_SET_STATUS) == 4);
+VOR_LAYOUT(offsetof(VOR_ADCMGR_SET_STATUS, set_status) == 0);
 
 /**
  * Has an input read by polling.

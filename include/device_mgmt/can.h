@@ -1,10 +1,12 @@
-/*
+/**
+ * @file
  * can.h: CAN ports and peers, held by the CAN manager (canmgr, SAP 19).
  *
  * Every call sets vor_errno to 0 first.
  */
 #ifndef DEVICE_MGMT_CAN_H
 #define DEVICE_MGMT_CAN_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 
@@ -14,6 +16,7 @@ typedef struct _vor_canmgr_set_status_ {
     vor_int32 set_status;
 } VOR_CANMGR_SET_STATUS;
 VOR_LAYOUT(sizeof(VOR_CANMGR_SET_STATUS) == 4);
+VOR_LAYOUT(offsetof(VOR_CANMGR_SET_STATUS, set_status) == 0);
 
 /**
  * Names the data channel a peer feeds.

@@ -1,6 +1,10 @@
-/* common.h: endpoints, text converters and the delayed restart. */
+/**
+ * @file
+ * common.h: endpoints, text converters and the delayed restart.
+ */
 #ifndef DEVICE_MGMT_COMMON_H
 #define DEVICE_MGMT_COMMON_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 
@@ -15,7 +19,8 @@ typedef struct _vor_unix_socket_ VOR_UNIX_SOCKET;
  * Signal SIGRTMIN + 5 is blocked in the calling thread and stays so. A second
  * bind replaces the endpoint without unbinding the first.
  *
- * @param sap  the service access point of this process, one that no manager has
+ * @param sap  the service access point of this process: one that no manager (0 to 24 and 240 are theirs) and no other
+ *             program has; which of the others an image leaves free is its platform's to say. The examples take 200
  * @return 0 bound; -1 failed: the line "ERROR : IPC Bind failed " is printed and no endpoint is left
  */
 vor_int16 vor_cfg_create_ipc_endpoint(vor_uint16 sap);

@@ -1,10 +1,12 @@
-/*
+/**
+ * @file
  * debug.h: debug output of the managers and the platform's log file.
  *
  * Both messages are one-way; vor_errno is never touched.
  */
 #ifndef DEVICE_MGMT_DEBUG_H
 #define DEVICE_MGMT_DEBUG_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 
@@ -16,6 +18,7 @@ typedef struct _log_info_ {
     vor_char proc_name[25];
 } LOG_INFO;
 VOR_LAYOUT(sizeof(LOG_INFO) == 32);
+VOR_LAYOUT(offsetof(LOG_INFO, log_level) == 0);
 VOR_LAYOUT(offsetof(LOG_INFO, sap_id) == 4);
 VOR_LAYOUT(offsetof(LOG_INFO, proc_name) == 6);
 
@@ -29,6 +32,7 @@ typedef struct _log_upload_file_ {
     vor_int32 upload_frequency;
 } LOG_UPLOAD_FILE_INFO;
 VOR_LAYOUT(sizeof(LOG_UPLOAD_FILE_INFO) == 260);
+VOR_LAYOUT(offsetof(LOG_UPLOAD_FILE_INFO, set_option) == 0);
 VOR_LAYOUT(offsetof(LOG_UPLOAD_FILE_INFO, name) == 4);
 VOR_LAYOUT(offsetof(LOG_UPLOAD_FILE_INFO, server) == 54);
 VOR_LAYOUT(offsetof(LOG_UPLOAD_FILE_INFO, user_name) == 104);

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * devicename.h: the gateway device's identity.
  *
  * All go to the tower-monitoring manager (SAP 240); answers carry a
@@ -6,6 +7,7 @@
  */
 #ifndef DEVICE_MGMT_DEVICENAME_H
 #define DEVICE_MGMT_DEVICENAME_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

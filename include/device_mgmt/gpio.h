@@ -1,10 +1,12 @@
-/*
+/**
+ * @file
  * gpio.h: digital inputs and outputs, held by the GPIO manager (gpiomgr, SAP 4).
  *
  * Every call but the statistics sets vor_errno to 0 first.
  */
 #ifndef DEVICE_MGMT_GPIO_H
 #define DEVICE_MGMT_GPIO_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 
@@ -14,6 +16,7 @@ typedef struct pin_no {
     vor_uint16 logical_port_no;
 } GPIO_PIN_NO;
 VOR_LAYOUT(sizeof(GPIO_PIN_NO) == 2);
+VOR_LAYOUT(offsetof(GPIO_PIN_NO, logical_port_no) == 0);
 
 typedef struct pin_stats {
     vor_uint16 logical_port_no;
@@ -22,6 +25,7 @@ typedef struct pin_stats {
     vor_uint64 interrupt_count;
 } GPIO_PIN_STATS;
 VOR_LAYOUT(sizeof(GPIO_PIN_STATS) == 24);
+VOR_LAYOUT(offsetof(GPIO_PIN_STATS, logical_port_no) == 0);
 VOR_LAYOUT(offsetof(GPIO_PIN_STATS, mode) == 2);
 VOR_LAYOUT(offsetof(GPIO_PIN_STATS, polling_count) == 8);
 VOR_LAYOUT(offsetof(GPIO_PIN_STATS, interrupt_count) == 16);
@@ -31,12 +35,14 @@ typedef struct _vor_gpio_port_set_ {
     vor_uint16 value;
 } VOR_GPIO_PORT_SET;
 VOR_LAYOUT(sizeof(VOR_GPIO_PORT_SET) == 4);
+VOR_LAYOUT(offsetof(VOR_GPIO_PORT_SET, gpio_sw_port) == 0);
 VOR_LAYOUT(offsetof(VOR_GPIO_PORT_SET, value) == 2);
 
 typedef struct _vor_gpiomgr_set_status_ {
     vor_int32 set_status;
 } VOR_GPIOMGR_SET_STATUS;
 VOR_LAYOUT(sizeof(VOR_GPIOMGR_SET_STATUS) == 4);
+VOR_LAYOUT(offsetof(VOR_GPIOMGR_SET_STATUS, set_status) == 0);
 
 /**
  * Sets a port's direction.

@@ -1,6 +1,10 @@
-/* gsm.h: the cellular data connection, held by the GSM manager (SAP 12). Every call sets vor_errno to 0 first. */
+/**
+ * @file
+ * gsm.h: the cellular data connection, held by the GSM manager (SAP 12). Every call sets vor_errno to 0 first.
+ */
 #ifndef DEVICE_MGMT_GSM_H
 #define DEVICE_MGMT_GSM_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 
@@ -10,6 +14,7 @@ struct _vor_gsmmgr_set_status_ {
     vor_int32 set_status;
 };
 VOR_LAYOUT(sizeof(struct _vor_gsmmgr_set_status_) == 4);
+VOR_LAYOUT(offsetof(struct _vor_gsmmgr_set_status_, set_status) == 0);
 
 /**
  * Sets a port's access point name.

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * gw.h: where the gateway stands.
  *
  * Both go to the data manager (datamgr, SAP 10). Unlike everywhere else the
@@ -7,6 +8,7 @@
  */
 #ifndef DEVICE_MGMT_GW_H
 #define DEVICE_MGMT_GW_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 
@@ -17,11 +19,13 @@ typedef struct _vor_lat_long_set_cmd_ {
     vor_boolean set;
 } VOR_LAT_LONG_SET_CMD;
 VOR_LAYOUT(sizeof(VOR_LAT_LONG_SET_CMD) == 1);
+VOR_LAYOUT(offsetof(VOR_LAT_LONG_SET_CMD, set) == 0);
 
 typedef struct _vor_lat_long_set_status_ {
     vor_int32 set_status; /* 1 accepted */
 } VOR_LAT_LONG_SET_STATUS;
 VOR_LAYOUT(sizeof(VOR_LAT_LONG_SET_STATUS) == 4);
+VOR_LAYOUT(offsetof(VOR_LAT_LONG_SET_STATUS, set_status) == 0);
 
 /**
  * Sets or clears the gateway's latitude.

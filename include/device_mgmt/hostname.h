@@ -1,6 +1,10 @@
-/* hostname.h: the gateway's host name, held by the data manager (datamgr, SAP 10). vor_errno is never touched. */
+/**
+ * @file
+ * hostname.h: the gateway's host name, held by the data manager (datamgr, SAP 10). vor_errno is never touched.
+ */
 #ifndef DEVICE_MGMT_HOSTNAME_H
 #define DEVICE_MGMT_HOSTNAME_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * ip.h: interface addressing, access point, DHCP server and routing.
  *
  * All go to the Ethernet manager (ethmgr, SAP 7). Addresses are dotted-quad
@@ -8,6 +9,7 @@
  */
 #ifndef DEVICE_MGMT_IP_H
 #define DEVICE_MGMT_IP_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 
@@ -22,6 +24,7 @@ typedef struct _vor_config_eth_ip_ {
     vor_uint32 subnet_mask; /* network byte order */
 } VOR_ETH_CONFIG_IP;
 VOR_LAYOUT(sizeof(VOR_ETH_CONFIG_IP) == 12);
+VOR_LAYOUT(offsetof(VOR_ETH_CONFIG_IP, eth_int_number) == 0);
 VOR_LAYOUT(offsetof(VOR_ETH_CONFIG_IP, eth_conf_option) == 1);
 VOR_LAYOUT(offsetof(VOR_ETH_CONFIG_IP, ip_address) == 4);
 VOR_LAYOUT(offsetof(VOR_ETH_CONFIG_IP, subnet_mask) == 8);
@@ -31,12 +34,15 @@ typedef struct _vor_config_dhcp_client_ {
     vor_char eth_conf_option;
 } VOR_ETH_DHCP_CLIENT_CONFIG;
 VOR_LAYOUT(sizeof(VOR_ETH_DHCP_CLIENT_CONFIG) == 2);
+VOR_LAYOUT(offsetof(VOR_ETH_DHCP_CLIENT_CONFIG, eth_int_number) == 0);
+VOR_LAYOUT(offsetof(VOR_ETH_DHCP_CLIENT_CONFIG, eth_conf_option) == 1);
 
 /* The meta-data byte of every request that takes a config_option. */
 typedef struct _eth_config_mode_ {
     vor_uchar mode;
 } ETH_CONFIG_MODE;
 VOR_LAYOUT(sizeof(ETH_CONFIG_MODE) == 1);
+VOR_LAYOUT(offsetof(ETH_CONFIG_MODE, mode) == 0);
 
 typedef struct _vor_eth_default_gw_config_ {
     vor_char gw_conf_option;
@@ -44,6 +50,7 @@ typedef struct _vor_eth_default_gw_config_ {
     vor_uint32 default_gw; /* network byte order */
 } VOR_ETH_DEFAULT_GW_CONFIG;
 VOR_LAYOUT(sizeof(VOR_ETH_DEFAULT_GW_CONFIG) == 8);
+VOR_LAYOUT(offsetof(VOR_ETH_DEFAULT_GW_CONFIG, gw_conf_option) == 0);
 VOR_LAYOUT(offsetof(VOR_ETH_DEFAULT_GW_CONFIG, iface_num) == 2);
 VOR_LAYOUT(offsetof(VOR_ETH_DEFAULT_GW_CONFIG, default_gw) == 4);
 
@@ -51,15 +58,19 @@ typedef struct _vor_interface_ {
     vor_char interface_num;
 } VOR_INTERFACE;
 VOR_LAYOUT(sizeof(VOR_INTERFACE) == 1);
+VOR_LAYOUT(offsetof(VOR_INTERFACE, interface_num) == 0);
 
 typedef enum _vor_eth_route_en_ { ENABLE = 0, DISABLE = 1 } VOR_ETH_ROUTE_EN;
 VOR_LAYOUT(sizeof(VOR_ETH_ROUTE_EN) == 4);
+VOR_LAYOUT(ENABLE == 0);
+VOR_LAYOUT(DISABLE == 1);
 
 typedef struct _vor_eth_route_via_ {
     vor_uint32 ip_address;     /* network byte order */
     vor_uint32 via_ip_address; /* written, but beyond the length sent */
 } VOR_ETH_ROUTE_VIA;
 VOR_LAYOUT(sizeof(VOR_ETH_ROUTE_VIA) == 8);
+VOR_LAYOUT(offsetof(VOR_ETH_ROUTE_VIA, ip_address) == 0);
 VOR_LAYOUT(offsetof(VOR_ETH_ROUTE_VIA, via_ip_address) == 4);
 
 typedef struct _vor_eth_static_route_ {
@@ -67,12 +78,14 @@ typedef struct _vor_eth_static_route_ {
     vor_uint32 ip_address; /* network byte order */
 } VOR_ETH_STATIC_ROUTE;
 VOR_LAYOUT(sizeof(VOR_ETH_STATIC_ROUTE) == 8);
+VOR_LAYOUT(offsetof(VOR_ETH_STATIC_ROUTE, device_no) == 0);
 VOR_LAYOUT(offsetof(VOR_ETH_STATIC_ROUTE, ip_address) == 4);
 
 typedef struct _vor_ip_set_status_ {
     vor_int32 set_status;
 } VOR_ETH_SET_STATUS;
 VOR_LAYOUT(sizeof(VOR_ETH_SET_STATUS) == 4);
+VOR_LAYOUT(offsetof(VOR_ETH_SET_STATUS, set_status) == 0);
 
 /* --- Interface addressing and access point ---------------------------- */
 
@@ -173,7 +186,8 @@ vor_int32 vor_cfg_get_interface_security_params(vor_uchar interface_number, vor_
  * @param lo_addr        lowest address, dotted quad
  * @param hi_addr        highest address, dotted quad
  * @param addr_range     passed to the manager as it is
- * @param config_option  its low 8 bits are passed to the manager
+ * @param config_option  its low 8 bits are passed to the manager: adds, changes or removes the setting, in the
+ *                       manager's coding
  */
 vor_int32 vor_cfg_set_dhcp_server_address_range(vor_char* pool_name, vor_char* lo_addr, vor_char* hi_addr,
                                                 vor_int32 addr_range, vor_int16 config_option);
@@ -193,17 +207,17 @@ vor_int32 vor_cfg_get_dhcp_server_address_range(vor_char* pool_name, vor_char* l
  *
  * @param pool_name       the pool, passed to the manager as it is
  * @param dns_server_num  how many addresses follow, at most 4
- * @param config_option   passed to the manager as it is
+ * @param config_option   adds, changes or removes the setting, in the manager's coding
  * @param ...             dns_server_num texts (vor_char*), dotted quads
  * @return the common codes; -1151 for more than 4 servers, before anything else happens
  */
 vor_int32 vor_cfg_set_dhcp_server_dns(vor_char* pool_name, vor_int16 dns_server_num, vor_char config_option, ...);
 
 /**
- * Creates, changes or removes a DHCP pool by its name.
+ * Names a DHCP pool.
  *
  * @param pool_name      the pool, passed to the manager as it is
- * @param config_option  passed to the manager as it is
+ * @param config_option  adds, changes or removes the setting, in the manager's coding
  */
 vor_int32 vor_cfg_set_dhcp_server_pool_name(vor_char* pool_name, vor_char config_option);
 
@@ -212,7 +226,7 @@ vor_int32 vor_cfg_set_dhcp_server_pool_name(vor_char* pool_name, vor_char config
  *
  * @param pool_name         the pool, passed to the manager as it is
  * @param interface_number  passed to the manager as it is, as a signed 16-bit number
- * @param config_option     passed to the manager as it is
+ * @param config_option     adds, changes or removes the setting, in the manager's coding
  */
 vor_int32 vor_cfg_set_dhcp_server_interface(vor_char* pool_name, vor_uint16 interface_number, vor_char config_option);
 
@@ -221,7 +235,7 @@ vor_int32 vor_cfg_set_dhcp_server_interface(vor_char* pool_name, vor_uint16 inte
  *
  * @param pool_name      the pool, passed to the manager as it is
  * @param subnet_mask    dotted quad
- * @param config_option  passed to the manager as it is
+ * @param config_option  adds, changes or removes the setting, in the manager's coding
  */
 vor_int32 vor_cfg_set_dhcp_server_subnet(vor_char* pool_name, vor_char* subnet_mask, vor_char config_option);
 
@@ -230,7 +244,7 @@ vor_int32 vor_cfg_set_dhcp_server_subnet(vor_char* pool_name, vor_char* subnet_m
  *
  * @param pool_name      the pool, passed to the manager as it is
  * @param def_router     dotted quad
- * @param config_option  passed to the manager as it is
+ * @param config_option  adds, changes or removes the setting, in the manager's coding
  */
 vor_int32 vor_cfg_set_dhcp_server_def_router(vor_char* pool_name, vor_char* def_router, vor_char config_option);
 
@@ -239,7 +253,7 @@ vor_int32 vor_cfg_set_dhcp_server_def_router(vor_char* pool_name, vor_char* def_
  *
  * @param pool_name      the pool, passed to the manager as it is
  * @param domain_name    passed to the manager as it is
- * @param config_option  passed to the manager as it is
+ * @param config_option  adds, changes or removes the setting, in the manager's coding
  */
 vor_int32 vor_cfg_set_dhcp_server_domain_name(vor_char* pool_name, vor_char* domain_name, vor_char config_option);
 
@@ -248,7 +262,7 @@ vor_int32 vor_cfg_set_dhcp_server_domain_name(vor_char* pool_name, vor_char* dom
  *
  * @param pool_name      the pool, passed to the manager as it is
  * @param lease_time     passed to the manager as it is, its unit too
- * @param config_option  passed to the manager as it is
+ * @param config_option  adds, changes or removes the setting, in the manager's coding
  */
 vor_int32 vor_cfg_set_dhcp_server_lease_time(vor_char* pool_name, vor_int32 lease_time, vor_char config_option);
 

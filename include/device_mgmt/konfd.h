@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * konfd.h: the stored configuration, edited by text queries to konfd.
  *
  * Build a query with vor_cfg_proto_init, vor_cfg_proto_set_op and the setters,
@@ -9,6 +10,7 @@
  */
 #ifndef DEVICE_MGMT_KONFD_H
 #define DEVICE_MGMT_KONFD_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 
@@ -20,12 +22,18 @@ typedef struct _vor_cfg_proto_path_ {
         struct _vor_cfg_proto_path_* stqe_next;
     } elm_link;
 } VOR_CFG_PROTO_PATH;
+VOR_LAYOUT(sizeof(VOR_CFG_PROTO_PATH) == 2 * sizeof(void*));
+VOR_LAYOUT(offsetof(VOR_CFG_PROTO_PATH, path_elm) == 0);
+VOR_LAYOUT(offsetof(VOR_CFG_PROTO_PATH, elm_link) == sizeof(void*));
 
 /* A queue of path elements; stqh_last is where the next one is linked. */
 struct _path_head_ {
     struct _vor_cfg_proto_path_* stqh_first;
     struct _vor_cfg_proto_path_** stqh_last;
 };
+VOR_LAYOUT(sizeof(struct _path_head_) == 2 * sizeof(void*));
+VOR_LAYOUT(offsetof(struct _path_head_, stqh_first) == 0);
+VOR_LAYOUT(offsetof(struct _path_head_, stqh_last) == sizeof(void*));
 
 typedef struct _vor_cfg_proto_ {
     vor_uchar op;
@@ -34,6 +42,16 @@ typedef struct _vor_cfg_proto_ {
     vor_char* priority;
     struct _path_head_ path_head;
 } VOR_CFG_PROTO;
+VOR_LAYOUT(sizeof(VOR_CFG_PROTO) == 6 * sizeof(void*));
+VOR_LAYOUT(offsetof(VOR_CFG_PROTO, op) == 0);
+VOR_LAYOUT(offsetof(VOR_CFG_PROTO, line) == sizeof(void*));
+VOR_LAYOUT(offsetof(VOR_CFG_PROTO, pattern) == 2 * sizeof(void*));
+VOR_LAYOUT(offsetof(VOR_CFG_PROTO, priority) == 3 * sizeof(void*));
+VOR_LAYOUT(offsetof(VOR_CFG_PROTO, path_head) == 4 * sizeof(void*));
+
+/* Frees what vor_cfg_proto_get_command returned. libvorinfra's: link it too, as this library's pkg-config and CMake
+ * files do. */
+extern void vor_free(void* memory);
 
 /**
  * Makes an empty query.
@@ -46,7 +64,8 @@ VOR_CFG_PROTO* vor_cfg_proto_init(void);
  * Sets what the query does.
  *
  * @param handle  the query
- * @param value   1 sets (-s), 2 checks (-c), 3 unsets (-u); not checked here
+ * @param value   1 for -s, 2 for -c, 3 for -u; not checked here. What they do is konfd's to say; the simulator's
+ *                sets, checks and unsets
  * @return 0; -1 for a null handle
  */
 vor_int32 vor_cfg_proto_set_op(VOR_CFG_PROTO* handle, vor_uchar value);

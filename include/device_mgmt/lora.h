@@ -1,6 +1,10 @@
-/* lora.h: LoRa ports, held by the LoRa manager (SAP 24). vor_errno is left alone at the start. */
+/**
+ * @file
+ * lora.h: LoRa ports, held by the LoRa manager (SAP 24). vor_errno is left alone at the start.
+ */
 #ifndef DEVICE_MGMT_LORA_H
 #define DEVICE_MGMT_LORA_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

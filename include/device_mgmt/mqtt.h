@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * mqtt.h: MQTT services and sessions, held by the MQTT manager (mqttmgr, SAP 15).
  *
  * The topic, message, QoS, retain, keep-alive and clean-session calls name no
@@ -7,6 +8,7 @@
  */
 #ifndef DEVICE_MGMT_MQTT_H
 #define DEVICE_MGMT_MQTT_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 
@@ -17,11 +19,13 @@ typedef struct _mqtt_config_mode_ {
     vor_uchar mode;
 } MQTT_CONFIG_MODE;
 VOR_LAYOUT(sizeof(MQTT_CONFIG_MODE) == 1);
+VOR_LAYOUT(offsetof(MQTT_CONFIG_MODE, mode) == 0);
 
 typedef struct _vor_mqtt_set_status_ {
     vor_int32 set_status;
 } VOR_MQTT_SET_STATUS;
 VOR_LAYOUT(sizeof(VOR_MQTT_SET_STATUS) == 4);
+VOR_LAYOUT(offsetof(VOR_MQTT_SET_STATUS, set_status) == 0);
 
 /**
  * Sets the credentials of an MQTT service.

@@ -1,6 +1,10 @@
-/* pcu.h: the power-control unit, held by its manager (SAP 23). Both calls set vor_errno to 0 first. */
+/**
+ * @file
+ * pcu.h: the power-control unit, held by its manager (SAP 23). Both calls set vor_errno to 0 first.
+ */
 #ifndef DEVICE_MGMT_PCU_H
 #define DEVICE_MGMT_PCU_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 
@@ -10,6 +14,7 @@ typedef struct _vor_pcumgr_set_status_ {
     vor_int32 set_status;
 } VOR_PCUMGR_SET_STATUS;
 VOR_LAYOUT(sizeof(VOR_PCUMGR_SET_STATUS) == 4);
+VOR_LAYOUT(offsetof(VOR_PCUMGR_SET_STATUS, set_status) == 0);
 
 /**
  * Registers the unit's module.

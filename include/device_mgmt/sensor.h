@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * sensor.h: sensor flows and templates, held by the sensor manager (sensormgr, SAP 14).
  *
  * Each call sets or clears one association, as its set_flag says. Every call
@@ -6,6 +7,7 @@
  */
 #ifndef DEVICE_MGMT_SENSOR_H
 #define DEVICE_MGMT_SENSOR_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 
@@ -15,6 +17,7 @@ typedef struct _vor_sensor_set_status_ {
     vor_int32 set_status;
 } VOR_SENSOR_SET_STAT;
 VOR_LAYOUT(sizeof(VOR_SENSOR_SET_STAT) == 4);
+VOR_LAYOUT(offsetof(VOR_SENSOR_SET_STAT, set_status) == 0);
 
 /**
  * Sets the template that formats a flow's data.
@@ -22,7 +25,7 @@ VOR_LAYOUT(sizeof(VOR_SENSOR_SET_STAT) == 4);
  * @param sensor_name    passed to the manager as it is
  * @param flow_name      passed to the manager as it is
  * @param template_file  passed to the manager as it is
- * @param set_flag       passed to the manager as it is
+ * @param set_flag       sets or clears, in the manager's coding
  */
 vor_int32 vor_cfg_set_flow_data_template(vor_char* sensor_name, vor_char* flow_name, vor_char* template_file,
                                          vor_boolean set_flag);
@@ -33,7 +36,7 @@ vor_int32 vor_cfg_set_flow_data_template(vor_char* sensor_name, vor_char* flow_n
  * @param sensor_name    passed to the manager as it is
  * @param flow_name      passed to the manager as it is
  * @param template_file  passed to the manager as it is
- * @param set_flag       passed to the manager as it is
+ * @param set_flag       sets or clears, in the manager's coding
  */
 vor_int32 vor_cfg_set_flow_registration_template(vor_char* sensor_name, vor_char* flow_name, vor_char* template_file,
                                                  vor_boolean set_flag);
@@ -44,7 +47,7 @@ vor_int32 vor_cfg_set_flow_registration_template(vor_char* sensor_name, vor_char
  * @param sensor_name  passed to the manager as it is
  * @param flow_name    passed to the manager as it is
  * @param chain_name   passed to the manager as it is
- * @param set_flag     passed to the manager as it is
+ * @param set_flag     sets or clears, in the manager's coding
  */
 vor_int32 vor_cfg_set_sensor_flow_chain(vor_char* sensor_name, vor_char* flow_name, vor_char* chain_name,
                                         vor_boolean set_flag);
@@ -54,7 +57,7 @@ vor_int32 vor_cfg_set_sensor_flow_chain(vor_char* sensor_name, vor_char* flow_na
  *
  * @param sensor_name   passed to the manager as it is
  * @param channel_name  passed to the manager as it is
- * @param set_flag      passed to the manager as it is
+ * @param set_flag      sets or clears, in the manager's coding
  */
 vor_int32 vor_cfg_set_sensor_channel(vor_char* sensor_name, vor_char* channel_name, vor_boolean set_flag);
 

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * serial.h: serial ports, held by the serial manager (serialmgr, SAP 16).
  *
  * No table of permitted speeds or formats stands on this side: the manager
@@ -9,6 +10,7 @@
  */
 #ifndef DEVICE_MGMT_SERIAL_H
 #define DEVICE_MGMT_SERIAL_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 
@@ -18,6 +20,7 @@ typedef struct _vor_serialmgr_set_status_ {
     vor_int32 set_status;
 } VOR_SERIALMGR_SET_STATUS;
 VOR_LAYOUT(sizeof(VOR_SERIALMGR_SET_STATUS) == 4);
+VOR_LAYOUT(offsetof(VOR_SERIALMGR_SET_STATUS, set_status) == 0);
 
 /**
  * Sets how often a port is polled.
@@ -50,7 +53,7 @@ vor_int32 vor_cfg_set_serial_stopbits(vor_int16 port_num, vor_int16 stop_bits);
  * Sets a port's line speed.
  *
  * @param port_num  passed to the manager as it is
- * @param speed     bits per second, passed to the manager as it is
+ * @param speed     passed to the manager as it is, its unit too
  */
 vor_int32 vor_cfg_set_serial_speed(vor_int16 port_num, vor_int32 speed);
 

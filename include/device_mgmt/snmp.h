@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * snmp.h: the SNMP agent, held by the SNMP manager (snmpmgr, SAP 21).
  *
  * Every call sets vor_errno to 0 first. The two v2 calls and the switch are
@@ -7,6 +8,7 @@
  */
 #ifndef DEVICE_MGMT_SNMP_H
 #define DEVICE_MGMT_SNMP_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 
@@ -17,6 +19,7 @@ typedef struct _vor_snmp_set_status_ {
     vor_int32 set_status;
 } VOR_SNMP_SET_STATUS;
 VOR_LAYOUT(sizeof(VOR_SNMP_SET_STATUS) == 4);
+VOR_LAYOUT(offsetof(VOR_SNMP_SET_STATUS, set_status) == 0);
 
 /**
  * Sets an SNMPv2 community. One-way: the manager's verdict never comes back.

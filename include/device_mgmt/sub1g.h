@@ -1,10 +1,12 @@
-/*
+/**
+ * @file
  * sub1g.h: the sub-1 GHz radio, held by its manager (sub1gmgr, SAP 8).
  *
  * The three setters set vor_errno to 0 first.
  */
 #ifndef DEVICE_MGMT_SUB1G_H
 #define DEVICE_MGMT_SUB1G_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 
@@ -14,6 +16,7 @@ typedef struct _vor_sub1gmgr_set_status_ {
     vor_int32 set_status;
 } VOR_SUB1GMGR_SET_STATUS;
 VOR_LAYOUT(sizeof(VOR_SUB1GMGR_SET_STATUS) == 4);
+VOR_LAYOUT(offsetof(VOR_SUB1GMGR_SET_STATUS, set_status) == 0);
 
 /* One byte per transceiver register, in the order of their addresses. */
 typedef struct _sub1g_config_reg {
@@ -77,8 +80,63 @@ typedef struct _sub1g_config_reg {
     vor_uchar pa_table;
 } SUB1G_CONFIG_REG;
 VOR_LAYOUT(sizeof(SUB1G_CONFIG_REG) == 58);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, iocfg2) == 0);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, iocfg1) == 1);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, iocfg0) == 2);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, fifothr) == 3);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, sync1) == 4);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, sync0) == 5);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, pktlen) == 6);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, pktctrl1) == 7);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, pktctrl0) == 8);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, addr) == 9);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, channr) == 10);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, fsctrl1) == 11);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, fsctrl0) == 12);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, freq2) == 13);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, freq1) == 14);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, freq0) == 15);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, mdmcfg4) == 16);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, mdmcfg3) == 17);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, mdmcfg2) == 18);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, mdmcfg1) == 19);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, mdmcfg0) == 20);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, deviatn) == 21);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, mcsm2) == 22);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, mcsm1) == 23);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, mcsm0) == 24);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, foccfg) == 25);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, bscfg) == 26);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, agcctrl2) == 27);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, agcctrl1) == 28);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, agcctrl0) == 29);
 VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, rsrvd_0x20) == 30);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, frend1) == 31);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, frend0) == 32);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, fscal3) == 33);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, fscal2) == 34);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, fscal1) == 35);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, fscal0) == 36);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, rsrvd_0x29) == 37);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, rsrvd_0x2A) == 38);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, rsrvd_0x2B) == 39);
 VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, test2) == 40);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, test1) == 41);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, test0) == 42);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, partnum) == 43);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, version) == 44);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, freqest) == 45);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, crc_reg) == 46);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, rssi) == 47);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, marcstate) == 48);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, rsrvd_0x36) == 49);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, rsrvd_0x37) == 50);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, pktstatus) == 51);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, rsrvd_0x39) == 52);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, txbytes) == 53);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, rxbytes) == 54);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, rsrvd_0x3C) == 55);
+VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, rsrvd_0x3D) == 56);
 VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, pa_table) == 57);
 
 /**

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * svc.h: REST and protocol services, service chains, transport applications.
  *
  * All but the service chain are one-way: the manager's verdict never comes
@@ -6,6 +7,7 @@
  */
 #ifndef DEVICE_MGMT_SVC_H
 #define DEVICE_MGMT_SVC_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 
@@ -16,11 +18,13 @@ typedef struct _svc_chain_mode_ {
     vor_uchar chain_mode;
 } SVC_CHAIN_MODE;
 VOR_LAYOUT(sizeof(SVC_CHAIN_MODE) == 1);
+VOR_LAYOUT(offsetof(SVC_CHAIN_MODE, chain_mode) == 0);
 
 typedef struct _svc_chain_configure_status_ {
     vor_int32 set_status;
 } SVC_CHAIN_CONFIGURE_STATUS;
 VOR_LAYOUT(sizeof(SVC_CHAIN_CONFIGURE_STATUS) == 4);
+VOR_LAYOUT(offsetof(SVC_CHAIN_CONFIGURE_STATUS, set_status) == 0);
 
 /**
  * Binds the REST service to an interface (restmgr, SAP 3).

@@ -1,6 +1,10 @@
-/* syslog.h: the remote syslog target, held by the platform manager (platmgr, SAP 2). */
+/**
+ * @file
+ * syslog.h: the remote syslog target, held by the platform manager (platmgr, SAP 2).
+ */
 #ifndef DEVICE_MGMT_SYSLOG_H
 #define DEVICE_MGMT_SYSLOG_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 
@@ -13,6 +17,7 @@ typedef struct _syslog_info_ {
     vor_uchar protocol;
 } SYSLOG_INFO;
 VOR_LAYOUT(sizeof(SYSLOG_INFO) == 12);
+VOR_LAYOUT(offsetof(SYSLOG_INFO, mode) == 0);
 VOR_LAYOUT(offsetof(SYSLOG_INFO, ip_address) == 4);
 VOR_LAYOUT(offsetof(SYSLOG_INFO, port_number) == 8);
 VOR_LAYOUT(offsetof(SYSLOG_INFO, protocol) == 10);
@@ -21,6 +26,7 @@ typedef struct _vor_rsyslog_configure_status_ {
     vor_int32 set_status;
 } RSYSLOG_CONFIGURE_STATUS;
 VOR_LAYOUT(sizeof(RSYSLOG_CONFIGURE_STATUS) == 4);
+VOR_LAYOUT(offsetof(RSYSLOG_CONFIGURE_STATUS, set_status) == 0);
 
 /**
  * Sets the syslog server. Sets vor_errno to 0 first.

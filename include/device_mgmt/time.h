@@ -1,6 +1,10 @@
-/* time.h: the gateway's clock, held by the NTP manager (ntpmgr, SAP 22). Both calls set vor_errno to 0 first. */
+/**
+ * @file
+ * time.h: the gateway's clock, held by the NTP manager (ntpmgr, SAP 22). Both calls set vor_errno to 0 first.
+ */
 #ifndef DEVICE_MGMT_TIME_H
 #define DEVICE_MGMT_TIME_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 
@@ -10,6 +14,7 @@ struct _vor_ntpmgr_set_status_ {
     vor_int32 set_status;
 };
 VOR_LAYOUT(sizeof(struct _vor_ntpmgr_set_status_) == 4);
+VOR_LAYOUT(offsetof(struct _vor_ntpmgr_set_status_, set_status) == 0);
 
 /**
  * Names the NTP server.

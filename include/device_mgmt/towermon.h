@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * towermon.h: the monitored objects of a tower site and the tower's identity.
  *
  * All go to the tower-monitoring manager (SAP 240), which creates, stores and
@@ -7,6 +8,7 @@
  */
 #ifndef DEVICE_MGMT_TOWERMON_H
 #define DEVICE_MGMT_TOWERMON_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

@@ -1,6 +1,10 @@
-/* types.h: the scalars, return codes and macros that every header shares. */
+/**
+ * @file
+ * types.h: the scalars, return codes and macros that every header shares.
+ */
 #ifndef DEVICE_MGMT_TYPES_H
 #define DEVICE_MGMT_TYPES_H
+/* SPDX-License-Identifier: MIT */
 
 #include <stddef.h>
 #include <stdint.h>
@@ -9,17 +13,29 @@
 #ifdef __cplusplus
 #define VOR_DECLARATIONS_BEGIN extern "C" { _Pragma("GCC visibility push(default)")
 #define VOR_DECLARATIONS_END _Pragma("GCC visibility pop") }
-#define VOR_LAYOUT(condition) static_assert(condition, "a record's layout is the wire's: " #condition)
+#define VOR_LAYOUT(condition) static_assert(condition, "programs and managers rely on it: " #condition)
 #else
 #define VOR_DECLARATIONS_BEGIN _Pragma("GCC visibility push(default)")
 #define VOR_DECLARATIONS_END _Pragma("GCC visibility pop")
-#define VOR_LAYOUT(condition) _Static_assert(condition, "a record's layout is the wire's: " #condition)
+#define VOR_LAYOUT(condition) _Static_assert(condition, "programs and managers rely on it: " #condition)
 #endif
 /* clang-format on */
 
+/* Records go out as they lie in memory. */
+#if !defined(__BYTE_ORDER__) || __BYTE_ORDER__ != __ORDER_LITTLE_ENDIAN__
+#error "device_mgmt: this processor is not little-endian, and the records that the managers read are"
+#endif
+#ifdef __cplusplus
+static_assert(alignof(uint64_t) == 8, "device_mgmt: 64-bit numbers are not aligned to 8 bytes here, and in the "
+                                      "records that the managers send they are (i386 is such a target)");
+#else
+_Static_assert(_Alignof(uint64_t) == 8, "device_mgmt: 64-bit numbers are not aligned to 8 bytes here, and in the "
+                                        "records that the managers send they are (i386 is such a target)");
+#endif
+
 typedef uint8_t vor_uchar;
 typedef char vor_char;
-typedef uint8_t vor_boolean; /* 0 false, 1 true */
+typedef uint8_t vor_boolean; /* 0 false, 1 true, where a call says no more of it */
 typedef uint8_t vor_bool;
 typedef int16_t vor_int16;
 typedef uint16_t vor_uint16;
@@ -28,20 +44,27 @@ typedef uint32_t vor_uint32;
 typedef uint64_t vor_uint64;
 typedef uint32_t vor_ip_address; /* IPv4, network byte order */
 
-/*
- * What the calls return. A family's header names a code only where it means
- * something else there.
- *
- *   0      success: the manager accepted, or a one-way message was handed over
- *  -1      no endpoint is bound, or the manager refused; its status is then
- *          in vor_errno
- *  -3      the platform refused the exchange or the send
- *  -4      no message buffer, no room in one, or an answer without a status
- *  -1001   latitude not accepted
- *  -1002   longitude not accepted
- *  -1151   more than four DNS servers
- *  -1500   a MAC address text that is not hexadecimal
+/**
+ * What the calls return, by name. A call's own text says where a code means something else for it.
  */
+typedef enum vor_code {
+    VOR_CODE_DONE = 0,                 /**< the manager accepted, or a one-way message was handed over */
+    VOR_CODE_REFUSED = -1,             /**< the manager refused (its status is in vor_errno), or no endpoint is bound */
+    VOR_CODE_UNDELIVERED = -3,         /**< the platform refused the exchange or the send */
+    VOR_CODE_UNREADABLE = -4,          /**< no message buffer, no room in one, or an answer without a status */
+    VOR_CODE_LATITUDE = -1001,         /**< latitude not accepted */
+    VOR_CODE_LONGITUDE = -1002,        /**< longitude not accepted */
+    VOR_CODE_TOO_MANY_SERVERS = -1151, /**< more than four DNS servers */
+    VOR_CODE_MAC_ADDRESS = -1500       /**< a MAC address text that is not hexadecimal */
+} vor_code;
+VOR_LAYOUT(VOR_CODE_DONE == 0);
+VOR_LAYOUT(VOR_CODE_REFUSED == -1);
+VOR_LAYOUT(VOR_CODE_UNDELIVERED == -3);
+VOR_LAYOUT(VOR_CODE_UNREADABLE == -4);
+VOR_LAYOUT(VOR_CODE_LATITUDE == -1001);
+VOR_LAYOUT(VOR_CODE_LONGITUDE == -1002);
+VOR_LAYOUT(VOR_CODE_TOO_MANY_SERVERS == -1151);
+VOR_LAYOUT(VOR_CODE_MAC_ADDRESS == -1500);
 
 VOR_DECLARATIONS_BEGIN
 

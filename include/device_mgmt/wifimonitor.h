@@ -1,6 +1,10 @@
-/* wifimonitor.h: the Wi-Fi monitor (SAP 18). */
+/**
+ * @file
+ * wifimonitor.h: the Wi-Fi monitor (SAP 18).
+ */
 #ifndef DEVICE_MGMT_WIFIMONITOR_H
 #define DEVICE_MGMT_WIFIMONITOR_H
+/* SPDX-License-Identifier: MIT */
 
 #include <device_mgmt/types.h>
 

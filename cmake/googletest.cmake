@@ -1,0 +1,13 @@
+# GoogleTest, as Debian's packages bring it: built for this machine, else from the package's sources.
+if(CMAKE_CROSSCOMPILING)
+  set(INSTALL_GTEST OFF CACHE INTERNAL "")
+  add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+  if(NOT TARGET GTest::gtest_main)
+    add_library(GTest::gtest ALIAS gtest)
+    add_library(GTest::gmock ALIAS gmock)
+    add_library(GTest::gtest_main ALIAS gtest_main)
+  endif()
+else()
+  find_package(GTest REQUIRED)
+endif()
+include(GoogleTest)

@@ -1,0 +1,23 @@
+# A manual page of section 3 per header, from the header itself.
+find_program(AWK awk)
+if(NOT AWK)
+  message(STATUS "device_mgmt: no awk, no manual pages")
+  return()
+endif()
+file(STRINGS ${PROJECT_SOURCE_DIR}/CHANGELOG.md date REGEX "^## [0-9.]+, " LIMIT_COUNT 1)
+string(REGEX REPLACE "^## [0-9.]+, " "" date "${date}")
+file(GLOB headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/device_mgmt.h
+  ${PROJECT_SOURCE_DIR}/include/device_mgmt/*.h)
+foreach(header IN LISTS headers)
+  get_filename_component(stem ${header} NAME_WE)
+  string(REGEX REPLACE "^(device_mgmt_)?device_mgmt$" "device_mgmt" page device_mgmt_${stem})
+  set(page ${CMAKE_CURRENT_BINARY_DIR}/man3/${page}.3)
+  add_custom_command(OUTPUT ${page}
+    COMMAND ${AWK} -v "date=${date}" -f ${CMAKE_CURRENT_SOURCE_DIR}/man.awk ${header} > ${page}
+    DEPENDS ${header} ${CMAKE_CURRENT_SOURCE_DIR}/man.awk ${PROJECT_SOURCE_DIR}/CHANGELOG.md
+    VERBATIM)
+  list(APPEND pages ${page})
+endforeach()
+file(MAKE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/man3)
+add_custom_target(device_mgmt_manual ALL DEPENDS ${pages})
+install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT development)

@@ -1,0 +1,111 @@
+// device_mgmt.hpp: what it takes, and how it tells that a call ended.
+#include <device_mgmt.hpp>
+#include <gtest/gtest.h>
+
+#include "fake_vorinfra/fake_vorinfra.hpp"
+
+namespace {
+
+using device_mgmt::call;
+using device_mgmt::Outcome;
+
+template <auto* Function>
+constexpr bool takes(auto... arguments)
+{
+    return requires
+    {
+        call<Function>(arguments...);
+    };
+}
+static_assert(takes<vor_cfg_set_gpio_direction>(3, 1, 0));
+static_assert(!takes<vor_cfg_set_gpio_direction>(3.5, 1, 0), "a fraction narrows");
+static_assert(!takes<vor_cfg_set_gpio_direction>(3L, 1, 0), "a long narrows");
+static_assert(!takes<vor_cfg_set_gpio_direction>(3, 1), "an argument is missing");
+static_assert(!takes<vor_cfg_set_plat_hostname>(5), "a number is no text");
+static_assert(!takes<vor_cfg_set_plat_hostname>(nullptr), "a null text");
+
+std::string told(const device_mgmt::Result& result)
+{
+    static constexpr const char* words[] = {"accepted", "sent", "refused", "not sent", "undelivered", "unreadable"};
+    return fake::text_of(words[static_cast<int>(result.outcome)], " ", result.code, " ", result.status, " ",
+                         result.misfit);
+}
+
+void begin(bool endpoint = true)
+{
+    fake::reset();
+    fake::script = {};
+    vor_cfg_set_ipc_endpoint(endpoint ? fake::handle() : nullptr);
+    vor_errno = 77; // of a call before
+}
+
+TEST(cpp_front_end, every_end_is_told_by_the_call_s_own_codes)
+{
+    begin(false);
+    EXPECT_EQ(told(call<vor_cfg_set_dhcp>(0, 1)), "not sent -1 0 0");
+    begin();
+    EXPECT_EQ(told(call<vor_cfg_set_dhcp>(0, 1)), "accepted 0 0 0");
+    fake::script.answer = {5, 0, 0, 0};
+    EXPECT_EQ(told(call<vor_cfg_set_dhcp>(0, 1)), "refused -1 5 0");
+    EXPECT_EQ(told(call<vor_cfg_set_gw_device_latitude_config>(1, "12.4N")), "refused -1001 0 0");
+    EXPECT_EQ(told(call<vor_cfg_set_serial_parity>(1, 2)), "unreadable -4 0 0");
+    EXPECT_EQ(told(call<vor_cfg_set_gpio_value>(1, 2)), "sent 0 0 0");
+    begin();
+    fake::script.exchange_result = fake::script.send_result = -9;
+    EXPECT_EQ(told(call<vor_cfg_set_dhcp>(0, 1)), "undelivered -3 0 0");
+    EXPECT_EQ(told(call<vor_cfg_set_snmp_server_enable>(1)), "undelivered -9 0 0");
+    begin();
+    fake::script.failing_buffer = 1;
+    EXPECT_EQ(told(call<vor_cfg_set_gpio_value>(1, 2)), "not sent -4 0 0");
+    begin();
+    EXPECT_EQ(told(call<vor_cfg_set_debug_info>(1, "all", "loud")), "not sent -1 0 0") << "an unknown level";
+}
+
+TEST(cpp_front_end, what_does_not_fit_is_not_sent)
+{
+    begin();
+    EXPECT_EQ(told(call<vor_cfg_set_ip_address>(256, "10.0.0.1", "255.0.0.0", 1)), "not sent 0 0 1");
+    EXPECT_EQ(told(call<vor_cfg_set_gpio_direction>(1, 40000, 0)), "not sent 0 0 2");
+    EXPECT_EQ(told(call<vor_cfg_set_can_id>(1, -1, 0)), "not sent 0 0 2");
+    EXPECT_EQ(told(call<vor_cfg_set_plat_hostname>(std::string_view("a\0b", 3))), "not sent 0 0 1");
+    EXPECT_EQ(told(call<vor_cfg_set_dhcp_server_dns>("p", 3, 1, "9.9.9.9")), "not sent 0 0 2") << "counted wrong";
+    EXPECT_EQ(told(call<vor_cfg_set_service_chain>(1, "c", 1, "a", "b")), "not sent 0 0 3");
+    EXPECT_EQ(fake::events(), "nothing");
+    EXPECT_EQ(told(call<vor_cfg_set_dhcp>(0, 200)), "accepted 0 0 0") << "a byte, whatever char's sign";
+}
+
+TEST(cpp_front_end, texts_of_every_kind_arrive_whole)
+{
+    begin();
+    const std::string text = "tower-17 north";
+    call<vor_cfg_set_plat_hostname>(text);
+    const std::string sent = fake::events();
+    for (int kind = 0; kind < 2; ++kind) {
+        begin();
+        kind == 0 ? call<vor_cfg_set_plat_hostname>("tower-17 north")
+                  : call<vor_cfg_set_plat_hostname>(std::string_view(text + "erly").substr(0, text.size()));
+        EXPECT_EQ(fake::events(), sent);
+    }
+}
+
+TEST(cpp_front_end, a_reading_is_a_copy_and_a_query_gives_all_back)
+{
+    begin();
+    fake::script.answer = std::vector<vor_uchar>(sizeof(GPIO_PIN_STATS), 7);
+    fake::script.dropped_buffers_stay = true;
+    const auto reading = call<vor_cfg_get_gpio_port_stats>(3);
+    ASSERT_TRUE(reading && reading.value);
+    EXPECT_EQ(reading.value->logical_port_no, 0x0707);
+
+    begin();
+    {
+        device_mgmt::Query query(1);
+        query.line("hostname", "tower-17").pattern("hostname").path("interface", "wlan0").path("port", "1");
+        EXPECT_EQ(query.command(), R"(-s -l "hostname tower-17" -r "^hostname$" "interface wlan0" "port 1")");
+        fake::script.replies = {"-o\n"};
+        EXPECT_EQ(told(query.send()), "accepted 0 0 0");
+    }
+    EXPECT_EQ(fake::live_allocations(), 0);
+}
+
+} // namespace

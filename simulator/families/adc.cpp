@@ -26,7 +26,7 @@ constexpr Row rows[] = {
     {settings, "vor_cfg_set_adc_channel_name", input,
      chain(adc_index, channel_index, text(6, "name"), int16(7, "set"))},
     {settings, "vor_cfg_reset_adc_config_mode", input, chain(adc_index, channel_index, mode, option), "mode"},
-    {request(0x5007), "vor_cfg_get_adc_port_stats", input, record(4, int16(0, "adc_index"), int16(2, "channel_index")),
+    {request(0x5007), "vor_cfg_get_adc_port_stats", input, record(4, uint16(0, "adc_index"), uint16(2, "channel_index")),
      port_stats},
 };
 

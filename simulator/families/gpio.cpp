@@ -22,8 +22,8 @@ constexpr Row rows[] = {
      chain(port_num, mode, uint32(4, "polling_freq"), option), "mode"},
     {settings, "vor_cfg_set_gpio_channel_name", "port {gpio_port}",
      chain(int16(1, "gpio_port"), text(5, "name"), int16(6, "set"))},
-    {one_way(0x4006), "vor_cfg_set_gpio_value", "port {port_num}", record(4, int16(0, "port_num"), int16(2, "value"))},
-    {request(0x4007), "vor_cfg_get_gpio_port_stats", "port {port_num}", record(2, int16(0, "port_num")), port_stats},
+    {one_way(0x4006), "vor_cfg_set_gpio_value", "port {port_num}", record(4, uint16(0, "port_num"), uint16(2, "value"))},
+    {request(0x4007), "vor_cfg_get_gpio_port_stats", "port {port_num}", record(2, uint16(0, "port_num")), port_stats},
 };
 
 } // namespace

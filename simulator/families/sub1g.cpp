@@ -31,7 +31,7 @@ Answer registers(const Decoded&, const State&, Measurements& measurements)
 
 constexpr Row rows[] = {
     {settings, "vor_cfg_set_sub1g_frequency", "interface {interface_num}",
-     chain(interface_num, uint16(2, "frequency"))},
+     chain(interface_num, int16(2, "frequency"))},
     {settings, "vor_cfg_sub1g_set_channel", "port {port_num}",
      chain(int16(1, "port_num"), text(3, "stream_name"), int16(4, "classifier"), text(5, "channel_name"))},
     {request(0x8009), "vor_cfg_get_reg_values", "registers", nothing, registers},

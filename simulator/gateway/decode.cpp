@@ -24,6 +24,16 @@ std::vector<const Row*> rows_for(std::int32_t sap, std::uint32_t id)
     return rows;
 }
 
+// Each branch widens from its own width: a common type of them all would lose the sign.
+std::int64_t number_shown(const Field& field, std::int32_t number)
+{
+    if (field.display == Display::signed_number) {
+        return number;
+    }
+    return field.kind == Kind::int32 ? std::int64_t{static_cast<std::uint32_t>(number)}
+                                     : std::int64_t{static_cast<std::uint16_t>(number)};
+}
+
 Value value_of(const Part& part, bool show_secrets)
 {
     const Field& field = *part.field;
@@ -39,9 +49,7 @@ Value value_of(const Part& part, bool show_secrets)
         const std::string address = vor::dotted(static_cast<std::uint32_t>(number));
         return {field.name, address, address};
     }
-    const std::int64_t shown = field.display == Display::signed_number ? number
-                               : field.kind == Kind::int32             ? static_cast<std::uint32_t>(number)
-                                                                       : static_cast<std::uint16_t>(number);
+    const std::int64_t shown = number_shown(field, number);
     return {field.name, std::to_string(shown), shown};
 }
 

@@ -26,7 +26,6 @@ struct Field {
     Display display{};
     std::uint16_t length{}; // a record's text: the bytes it has there
     std::string_view name{};
-    std::string_view argument{};              // what the call calls it, where that differs
     bool repeated{};                          // the last of a chain, any number of times
     std::string_view counted_by{};            // the field that says how many times
     std::optional<std::int32_t> only_value{}; // the row applies to this value alone
@@ -41,13 +40,6 @@ struct Field {
     {
         Field field = *this;
         field.display = Display::secret;
-        return field;
-    }
-    // The manager's name is one, whatever a call's argument is called.
-    constexpr Field from(std::string_view argument_name) const
-    {
-        Field field = *this;
-        field.argument = argument_name;
         return field;
     }
     constexpr Field repeats(std::string_view count = {}) const

@@ -32,6 +32,10 @@ Reply Konfd::refuse(const std::string& why)
 
 bool Konfd::carry_out(const Command& command, std::string& shown, std::string& why)
 {
+    if (command.operation != 0 && !settings_.lenient && !tree_.reaches(command.path)) {
+        why = "the path is not there";
+        return false;
+    }
     std::optional<Pattern> pattern;
     if (command.pattern) {
         pattern = Pattern::compile(*command.pattern);
@@ -62,7 +66,7 @@ bool Konfd::carry_out(const Command& command, std::string& shown, std::string& w
         break;
     }
     if (command.show) {
-        shown += tree_.text(command.path, show_secrets_);
+        shown += tree_.text(command.path, settings_.show_secrets);
     }
     return done;
 }
@@ -79,7 +83,7 @@ Reply Konfd::execute(std::string_view burst)
     bool good = true;
     bool changes = false;
     for (const Command& command : std::get<std::vector<Command>>(parsed)) {
-        commands += fmt::format("{}{}", commands.empty() ? "" : " | ", text_of(command, show_secrets_));
+        commands += fmt::format("{}{}", commands.empty() ? "" : " | ", text_of(command, settings_.show_secrets));
         changes = changes || command.operation != 0;
         good = carry_out(command, shown, why);
         if (!good) {

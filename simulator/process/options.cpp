@@ -32,6 +32,7 @@ const char* const help_text =
   --state FILE      write the state as JSON, at the start and when stopping
   --journal FILE    append one JSON object per message
   --show-secrets    passwords in clear, in lines, state, journal and konfd's answers
+  --lenient-konfd   konfd makes the paths that are not there
   --json            with show: JSON instead of text
   --help            print this
 
@@ -78,6 +79,8 @@ Options read_options(const std::vector<std::string>& arguments)
             options.state_file = value();
         } else if (option == "--journal") {
             options.journal_file = value();
+        } else if (option == "--lenient-konfd") {
+            options.lenient_konfd = true;
         } else if (option == "--show-secrets") {
             options.show_secrets = true;
         } else {

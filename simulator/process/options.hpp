@@ -20,6 +20,7 @@ struct Options {
     bool json = false;
     bool strict = false;
     bool show_secrets = false;
+    bool lenient_konfd = false;
     std::uint64_t seed = 1;
     std::vector<std::uint16_t> more_saps;
     std::optional<std::string> state_file;

@@ -48,7 +48,8 @@ Descriptor stop_signals()
 
 Server::Server(const Options& options)
     : options_(options), directory_(usable_directory()),
-      gateway_({.seed = options.seed, .show_secrets = options.show_secrets}), konfd_(options.show_secrets),
+      gateway_({.seed = options.seed, .show_secrets = options.show_secrets}),
+      konfd_({.show_secrets = options.show_secrets, .lenient = options.lenient_konfd}),
       journal_(options.journal_file ? Journal(*options.journal_file) : Journal()), signals_(stop_signals())
 {
     std::signal(SIGPIPE, SIG_IGN);

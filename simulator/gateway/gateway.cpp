@@ -82,9 +82,10 @@ Judgement Gateway::accept(const Message& message, const Decoded& decoded)
 Judgement Gateway::judge(const Message& message)
 {
     ++messages_;
-    const auto decoded = decode(message, show_secrets_);
-    const auto* const complaint = std::get_if<Complaint>(&decoded);
-    return complaint != nullptr ? refuse(message, *complaint) : accept(message, std::get<Decoded>(decoded));
+    const auto matched = match(message);
+    const auto* const complaint = std::get_if<Complaint>(&matched);
+    return complaint != nullptr ? refuse(message, *complaint)
+                                : accept(message, decode(message.sap, std::get<Match>(matched), show_secrets_));
 }
 
 } // namespace vorsim

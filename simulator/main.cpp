@@ -9,6 +9,8 @@
 
 #include <vorinfra_manager.h>
 
+#include "faults/parse.hpp"
+#include "process/commands.hpp"
 #include "process/control.hpp"
 #include "process/options.hpp"
 #include "process/server.hpp"
@@ -29,12 +31,27 @@ int show(const vorsim::Options& options)
     return 0;
 }
 
+int command(const std::string& request)
+{
+    const char* const directory = vorinfra_directory();
+    if (directory == nullptr) {
+        throw vorsim::UsageError("the platform directory cannot be used");
+    }
+    const std::string answer = vorsim::ask_running(directory, request);
+    const bool done = !answer.starts_with(vorsim::not_done);
+    vor::print(done ? stdout : stderr, done ? answer : fmt::format("vorsim: {}", answer));
+    return done ? 0 : 1;
+}
+
 int run(const std::vector<std::string>& arguments)
 {
     const vorsim::Options options = vorsim::read_options(arguments);
     if (options.help) {
         std::fputs(vorsim::help_text, stdout);
         return 0;
+    }
+    if (!options.command.empty()) {
+        return command(options.command);
     }
     return options.show ? show(options) : vorsim::Server(options).run();
 }
@@ -47,6 +64,9 @@ int main(int argc, char** argv)
         return run({argv + 1, argv + argc});
     } catch (const vorsim::UsageError& error) {
         vor::print_line(stderr, fmt::format("vorsim: {} (vorsim --help tells the options)", error.what()));
+        return 2;
+    } catch (const vorsim::faults::BadFile& error) {
+        vor::print_line(stderr, error.what());
         return 2;
     } catch (const std::exception& error) {
         vor::print_line(stderr, fmt::format("vorsim: {}", error.what()));

@@ -13,7 +13,7 @@ namespace vorsim {
 namespace {
 
 constexpr std::size_t most_clients = 16;
-constexpr std::size_t longest_request = 64;
+constexpr std::size_t longest_request = 4096;
 
 } // namespace
 

@@ -4,8 +4,6 @@
 #include <array>
 #include <cerrno>
 
-#include <linux/sockios.h>
-#include <sys/ioctl.h>
 #include <sys/socket.h>
 
 namespace vorsim {
@@ -13,17 +11,10 @@ namespace {
 
 constexpr std::size_t most_clients = 64;
 
-// Bytes sent that the client has not received yet.
-bool answer_unread(int descriptor)
-{
-    int bytes = 0;
-    return ioctl(descriptor, SIOCOUTQ, &bytes) == 0 && bytes > 0;
-}
-
 } // namespace
 
-KonfdServer::KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& path, OnReport on_report)
-    : loop_(loop), konfd_(konfd), listener_(path), on_report_(std::move(on_report))
+KonfdServer::KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& path, OnReply on_reply)
+    : loop_(loop), konfd_(konfd), listener_(path), on_reply_(std::move(on_reply))
 {
     loop_.watch(listener_.descriptor(), [this] { accept_client(); });
 }
@@ -57,12 +48,30 @@ void KonfdServer::read_commands(int descriptor)
     }
 }
 
-bool KonfdServer::answer(int descriptor, const std::vector<konfd::Reply>& replies)
+bool KonfdServer::answer(int descriptor, std::vector<konfd::Reply> replies)
 {
+    using faults::Hearing;
     std::string answers;
-    for (const konfd::Reply& reply : replies) {
-        on_report_(reply.report);
-        answers += reply.answer;
+    std::string rest; // of an answer that comes in halves, and what follows it
+    bool hangs_up = false;
+    for (konfd::Reply& reply : replies) {
+        const Hearing hearing = on_reply_(reply);
+        hangs_up = hangs_up || hearing == Hearing::hung_up;
+        if (hearing == Hearing::never || hangs_up) {
+            continue;
+        }
+        const bool halved = hearing == Hearing::split && !reply.answer.empty();
+        const std::size_t first = halves_.has(descriptor) || !rest.empty() ? 0 : halved ? 1 : reply.answer.size();
+        answers += reply.answer.substr(0, first);
+        rest += reply.answer.substr(first);
+    }
+    if (!rest.empty()) {
+        halves_.keep(descriptor, rest);
+    }
+    if (hangs_up) {
+        send_now(descriptor, answers);
+        drop_client(descriptor);
+        return false;
     }
     if (!answers.empty() && !send_now(descriptor, answers)) {
         drop_client(descriptor);
@@ -74,12 +83,13 @@ bool KonfdServer::answer(int descriptor, const std::vector<konfd::Reply>& replie
 void KonfdServer::drop_client(int descriptor)
 {
     loop_.forget(descriptor);
+    halves_.forget(descriptor);
     clients_.erase(descriptor);
 }
 
 std::optional<konfd::Time> KonfdServer::deadline() const
 {
-    std::optional<konfd::Time> first;
+    std::optional<konfd::Time> first = halves_.deadline();
     for (const auto& [descriptor, client] : clients_) {
         const auto deadline = client.session.deadline();
         if (deadline && (!first || *deadline < *first)) {
@@ -91,6 +101,7 @@ std::optional<konfd::Time> KonfdServer::deadline() const
 
 void KonfdServer::on_deadline()
 {
+    halves_.on_deadline();
     const auto now = std::chrono::steady_clock::now();
     for (auto next = clients_.begin(); next != clients_.end();) {
         auto& [descriptor, client] = *next++; // answering may drop it

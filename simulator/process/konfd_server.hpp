@@ -4,7 +4,9 @@
 #include <functional>
 #include <map>
 
+#include "faults/faults.hpp"
 #include "konfd/session.hpp"
+#include "process/halves.hpp"
 #include "process/loop.hpp"
 #include "process/unix_socket.hpp"
 
@@ -12,9 +14,10 @@ namespace vorsim {
 
 class KonfdServer {
 public:
-    using OnReport = std::function<void(const Report& report)>;
+    // Reports the reply, and may disturb it.
+    using OnReply = std::function<faults::Hearing(konfd::Reply& reply)>;
 
-    KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& path, OnReport on_report);
+    KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& path, OnReply on_reply);
 
     std::optional<konfd::Time> deadline() const;
     // Carries out what its sender left without an end.
@@ -29,13 +32,14 @@ private:
     void accept_client();
     void read_commands(int descriptor);
     // False: the client does not take its answers and was let go.
-    bool answer(int descriptor, const std::vector<konfd::Reply>& replies);
+    bool answer(int descriptor, std::vector<konfd::Reply> replies);
     void drop_client(int descriptor);
 
     Loop& loop_;
     konfd::Konfd& konfd_;
     Listener listener_;
-    OnReport on_report_;
+    OnReply on_reply_;
+    Halves halves_;
     std::map<int, Client> clients_;
 };
 

@@ -15,6 +15,9 @@
 
 #include <fmt/format.h>
 
+#include "faults/faults.hpp"
+#include "faults/parse.hpp"
+#include "process/commands.hpp"
 #include "tables/managers.hpp"
 #include "text/text.hpp"
 
@@ -48,11 +51,18 @@ Descriptor stop_signals()
 
 Server::Server(const Options& options)
     : options_(options), directory_(usable_directory()),
-      gateway_({.seed = options.seed, .show_secrets = options.show_secrets}),
+      gateway_({.seed = options.seed, .show_secrets = options.show_secrets}), faults_(options.seed),
+      managers_(loop_, [this](VOR_IPC_HANDLE* endpoint) { receive(endpoint); }),
+      outbox_([this](std::uint16_t sap) { return managers_.endpoint(sap); }), delays_(options.seed, options.delays),
       konfd_({.show_secrets = options.show_secrets, .lenient = options.lenient_konfd}),
       journal_(options.journal_file ? Journal(*options.journal_file) : Journal()), signals_(stop_signals())
 {
     std::signal(SIGPIPE, SIG_IGN);
+    if (options_.faults_file) {
+        for (faults::Rule& rule : faults::read_rules(*options_.faults_file)) {
+            faults_.add(std::move(rule), std::chrono::steady_clock::now());
+        }
+    }
     try {
         control_ = std::make_unique<Control>(loop_, control_path(directory_),
                                              [this](std::string_view request) { return show(request); });
@@ -63,25 +73,32 @@ Server::Server(const Options& options)
     for (const Manager& manager : managers) {
         saps.insert(manager.sap);
     }
+    for (const std::uint16_t sap : options_.without) {
+        saps.erase(sap);
+    }
     for (const std::uint16_t sap : saps) {
-        bind_manager(sap);
+        managers_.start(sap);
     }
     bind_konfd();
+    loop_.set_deadline(
+        [this] {
+            std::optional<Loop::Time> first = konfd_server_ ? konfd_server_->deadline() : std::nullopt;
+            for (const auto& deadline : {outbox_.deadline(), managers_.deadline()}) {
+                first = deadline ? std::min(*deadline, first.value_or(*deadline)) : first;
+            }
+            return first;
+        },
+        [this] {
+            if (konfd_server_) {
+                konfd_server_->on_deadline();
+            }
+            outbox_.on_deadline(std::chrono::steady_clock::now());
+            managers_.on_deadline(std::chrono::steady_clock::now());
+        });
     if (options_.state_file) {
         write_state(); // what cannot be written is better known now
     }
     loop_.watch(signals_.get(), [this] { loop_.stop(); });
-}
-
-void Server::bind_manager(std::uint16_t sap)
-{
-    Endpoint endpoint(vor_ipc_bind(sap, 0));
-    if (endpoint == nullptr) {
-        throw std::runtime_error(fmt::format("cannot serve SAP {} in {}", sap, directory_));
-    }
-    VOR_IPC_HANDLE* const handle = endpoint.get();
-    loop_.watch(vorinfra_descriptor(handle), [this, handle] { receive(handle); });
-    endpoints_.push_back(std::move(endpoint));
 }
 
 void Server::bind_konfd()
@@ -95,8 +112,8 @@ void Server::bind_konfd()
         if (rooted) {
             std::filesystem::create_directories(std::filesystem::path(path.data()).parent_path());
         }
-        konfd_server_ =
-            std::make_unique<KonfdServer>(loop_, konfd_, path.data(), [this](const Report& what) { report(what); });
+        konfd_server_ = std::make_unique<KonfdServer>(loop_, konfd_, path.data(),
+                                                      [this](konfd::Reply& each) { return reply(each); });
     } catch (const std::exception& error) {
         if (rooted) {
             throw;
@@ -105,22 +122,21 @@ void Server::bind_konfd()
         vor::print_line(
             stderr,
             fmt::format("vorsim: konfd is not served: {} (VORINFRA_ROOT gives it a place of its own)", error.what()));
-        return;
     }
-    loop_.set_deadline([this] { return konfd_server_->deadline(); }, [this] { konfd_server_->on_deadline(); });
 }
 
 void Server::receive(VOR_IPC_HANDLE* endpoint)
 {
     VORINFRA_MESSAGE message;
-    for (int turn = 0; turn < messages_in_turn; ++turn) {
+    const std::uint16_t sap = endpoint->sap_id;
+    for (int turn = 0; turn < messages_in_turn && managers_.endpoint(sap) == endpoint; ++turn) {
         const int received = vorinfra_receive(endpoint, &message);
         if (received == 0) {
             return;
         }
         if (received > 0) {
-            deliver(endpoint, message,
-                    gateway_.judge({.sap = endpoint->sap_id,
+            deliver(sap, message,
+                    gateway_.judge({.sap = sap,
                                     .source = message.source,
                                     .id = message.id,
                                     .answer_wanted = message.answer_wanted != 0,
@@ -130,14 +146,46 @@ void Server::receive(VOR_IPC_HANDLE* endpoint)
     }
 }
 
-void Server::deliver(VOR_IPC_HANDLE* endpoint, const VORINFRA_MESSAGE& message, Judgement judgement)
+void Server::deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Judgement judgement)
 {
-    if (judgement.answered && vorinfra_answer(endpoint, &message, judgement.answer_id, judgement.answer.data(),
-                                              static_cast<vor_uint16>(judgement.answer.size())) != 0) {
+    using Sent = Outbox::Sent;
+    const auto now = std::chrono::steady_clock::now();
+    faults::Delivery delivery;
+    if (const auto due = faults_.due({.sap = sap,
+                                      .client = message.source,
+                                      .id = message.id,
+                                      .call = judgement.call,
+                                      .object = judgement.object,
+                                      .answered = judgement.answered},
+                                     now)) {
+        delivery = faults::disturb(judgement, *due);
+    }
+    gateway_.settle(judgement);
+    if (delivery.way == faults::Delivery::Way::dying) {
+        managers_.stop_until(sap, now + delivery.wait);
+        outbox_.drop(sap);
+    } else {
+        delivery.wait += delays_.draw(sap);
+    }
+    const Sent sent = outbox_.send(sap, message, judgement, delivery, now);
+    if (sent == Sent::gone) {
         judgement.report.line += " (the asker is gone)";
         judgement.report.record["delivered"] = false;
+    } else if (sent == Sent::crowded) {
+        judgement.report.line += " (too many answers are late: this one is not)";
     }
     report(judgement.report);
+}
+
+faults::Hearing Server::reply(konfd::Reply& reply)
+{
+    const auto due = faults_.due({.konfd = true,
+                                  .object = reply.report.record["konfd"].get_ref<const std::string&>(),
+                                  .answered = !reply.answer.empty()},
+                                 std::chrono::steady_clock::now());
+    const auto hearing = due ? faults::disturb(reply, *due) : faults::Hearing::whole;
+    report(reply.report);
+    return hearing;
 }
 
 void Server::report(const Report& what)
@@ -171,8 +219,11 @@ Json Server::json() const
             {"konfd", konfd_.json()}};
 }
 
-std::string Server::show(std::string_view request) const
+std::string Server::show(std::string_view request)
 {
+    if (is_command(request)) {
+        return obey(request);
+    }
     return request == "show"        ? text()
            : request == "show json" ? fmt::format("{}\n", vor::dump(json(), 2))
                                     : "unknown request\n";
@@ -195,7 +246,7 @@ void Server::write_state() const
 
 int Server::run()
 {
-    vor::print_line(stdout, fmt::format("vorsim: ready, {} managers{} in {}", endpoints_.size(),
+    vor::print_line(stdout, fmt::format("vorsim: ready, {} managers{} in {}", managers_.count(),
                                         konfd_server_ != nullptr ? " and konfd" : ", no konfd,", directory_));
     loop_.run();
     if (options_.state_file) {

@@ -5,11 +5,14 @@
 
 #include <vorinfra_manager.h>
 
+#include "faults/plan.hpp"
 #include "gateway/gateway.hpp"
 #include "process/control.hpp"
 #include "process/journal.hpp"
 #include "process/konfd_server.hpp"
+#include "process/managers.hpp"
 #include "process/options.hpp"
+#include "process/outbox.hpp"
 
 namespace vorsim {
 
@@ -22,18 +25,14 @@ public:
     int run();
 
 private:
-    struct Unbind {
-        void operator()(VOR_IPC_HANDLE* handle) const { vor_ipc_unbind(handle); }
-    };
-    using Endpoint = std::unique_ptr<VOR_IPC_HANDLE, Unbind>;
-
-    void bind_manager(std::uint16_t sap);
     void bind_konfd();
     void receive(VOR_IPC_HANDLE* endpoint);
-    void deliver(VOR_IPC_HANDLE* endpoint, const VORINFRA_MESSAGE& message, Judgement judgement);
+    void deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Judgement judgement);
+    faults::Hearing reply(konfd::Reply& reply);
+    std::string obey(std::string_view request);
     void report(const Report& what);
     void write_state() const;
-    std::string show(std::string_view request) const;
+    std::string show(std::string_view request);
     std::string text() const;
     Json json() const;
 
@@ -41,10 +40,13 @@ private:
     std::string directory_;
     Loop loop_;
     Gateway gateway_;
+    faults::Plan faults_;
+    Managers managers_;
+    Outbox outbox_;
+    Delays delays_;
     konfd::Konfd konfd_;
     Journal journal_;
     std::unique_ptr<Control> control_;
-    std::vector<Endpoint> endpoints_;
     std::unique_ptr<KonfdServer> konfd_server_;
     Descriptor signals_;
 };

@@ -242,4 +242,23 @@ struct Row {
     }
 };
 
+// A measurement or a counter that can be set. The name is a pattern: * is any text.
+struct Reading {
+    std::string_view name{};
+    std::int64_t least{};
+    std::uint64_t most{};
+    bool counts{};
+
+    constexpr Reading() = default;
+    constexpr Reading(std::string_view named, std::int64_t from, std::uint64_t to, bool is_counter = false)
+        : name(named), least(from), most(to), counts(is_counter)
+    {
+    }
+    struct Counter {};
+    constexpr Reading(std::string_view named, Counter) : Reading(named, 0, UINT64_MAX, true) {}
+};
+
+// A counter of 64 bits.
+constexpr Reading::Counter counter{};
+
 } // namespace vorsim

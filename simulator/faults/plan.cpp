@@ -1,10 +1,17 @@
 #include "faults/plan.hpp"
 
+#include <stdexcept>
+
 #include <fmt/format.h>
 
 #include "text/text.hpp"
 
 namespace vorsim::faults {
+namespace {
+
+constexpr std::size_t most_rules = 1000;
+
+} // namespace
 
 std::string Due::text() const
 {
@@ -13,6 +20,9 @@ std::string Due::text() const
 
 unsigned Plan::add(Rule rule, Time now)
 {
+    if (entries_.size() == most_rules) {
+        throw std::runtime_error(fmt::format("there are {} faults already", most_rules));
+    }
     ++last_;
     Random random(seed_, fmt::format("fault {}", last_));
     entries_.emplace(last_, Entry{std::move(rule), random, now});

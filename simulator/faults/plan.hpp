@@ -24,7 +24,7 @@ class Plan {
 public:
     explicit Plan(std::uint64_t seed) : seed_(seed) {}
 
-    // The rule's number.
+    // The rule's number. Throws when there are too many.
     unsigned add(Rule rule, Time now);
     bool clear(unsigned number) { return entries_.erase(number) != 0; }
     void clear() { entries_.clear(); }

@@ -53,7 +53,7 @@ Judgement Gateway::refuse(const Message& message, const Complaint& complaint)
     return judgement;
 }
 
-Judgement Gateway::accept(const Message& message, const Decoded& decoded)
+Judgement Gateway::accept(const Message& message, Decoded decoded)
 {
     const Row& row = *decoded.row;
     Judgement judgement = begin(message);
@@ -75,7 +75,7 @@ Judgement Gateway::accept(const Message& message, const Decoded& decoded)
         record["answer"] = json_of(answer.values);
         return judgement;
     }
-    judgement.told = decoded;
+    judgement.told = std::move(decoded);
     if (!row.exchange.answered) {
         judgement.comes_to("no answer awaited");
         record["status"] = nullptr;

@@ -47,7 +47,7 @@ public:
 
 private:
     Judgement refuse(const Message& message, const Complaint& complaint);
-    Judgement accept(const Message& message, const Decoded& decoded);
+    Judgement accept(const Message& message, Decoded decoded);
 
     bool show_secrets_;
     State state_;

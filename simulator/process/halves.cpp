@@ -17,7 +17,7 @@ bool answer_unread(int descriptor)
 std::optional<Loop::Time> Halves::deadline() const
 {
     return rests_.empty() ? std::nullopt
-                          : std::optional(std::chrono::steady_clock::now() + std::chrono::milliseconds(2));
+                          : std::optional(std::chrono::steady_clock::now() + std::chrono::milliseconds(10));
 }
 
 void Halves::on_deadline()

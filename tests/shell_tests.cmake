@@ -16,3 +16,10 @@ if(TARGET manual)
   target_compile_definitions(keyboard_test PRIVATE VOR_MANUAL="${CMAKE_BINARY_DIR}/man")
   add_dependencies(keyboard_test manual)
 endif()
+
+# What the library sends, as vorsim shows it.
+vor_test(shown_values_test
+  SOURCES shown_values_test.cpp
+  LIBRARIES vorcfg_core device_mgmt vorinfra ${CMAKE_DL_LIBS})
+set_target_properties(shown_values_test PROPERTIES ENABLE_EXPORTS ON)
+add_dependencies(shown_values_test vorsim)

@@ -322,6 +322,28 @@ TEST(attack, by_many_objects_ends_in_complaints)
     EXPECT_FALSE(gateway.judge({.sap = 4, .id = 0x4006, .payload = again}).report.record.contains("complaint"));
 }
 
+TEST(attack, by_queries_of_many_ports_grows_nothing)
+{
+    vorsim::Gateway gateway({});
+    const auto polls = [&gateway](unsigned input) {
+        const std::uint8_t payload[] = {static_cast<std::uint8_t>(input >> 16), 0, static_cast<std::uint8_t>(input),
+                                        static_cast<std::uint8_t>(input >> 8)};
+        const auto record =
+            gateway.judge({.sap = 5, .id = 0x5007, .answer_wanted = true, .payload = payload}).report.record;
+        return record["answer"]["polling_count"].get<std::uint64_t>();
+    };
+    const std::uint64_t first = polls(0);
+    const long before = peak_of(getpid());
+    for (unsigned input = 1; input < 200'000; ++input) {
+        polls(input);
+    }
+    EXPECT_LT(peak_of(getpid()) - before, most_growth_kb);
+    EXPECT_GT(polls(0), first) << "the first to be asked for counts on";
+    EXPECT_THROW(gateway.measurements().set("adc 200/1 polling_count", 5), std::runtime_error);
+    gateway.measurements().set("adc 0/0 polling_count", 5);
+    EXPECT_EQ(5U, polls(0));
+}
+
 TEST_F(Attack, on_its_start_can_be_stopped)
 {
     place.run("mkdir -m 700 -p run");

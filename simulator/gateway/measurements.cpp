@@ -1,11 +1,20 @@
 #include "gateway/measurements.hpp"
 
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
-namespace vorsim {
+#include <fmt/format.h>
 
-// A new one begins anywhere below the bound.
+namespace vorsim {
+namespace {
+
+constexpr std::size_t most_streams = 4096; // more than a gateway has ports
+
+} // namespace
+
+// A new one begins anywhere below the bound. One beyond the limit begins anew
+// at every reading.
 Measurements::Stream& Measurements::stream(std::string_view name, std::uint64_t begins_below)
 {
     const auto found = streams_.find(name);
@@ -14,7 +23,7 @@ Measurements::Stream& Measurements::stream(std::string_view name, std::uint64_t 
     }
     Stream fresh{Random(seed_, name), 0, false};
     fresh.value = fresh.random.draw(begins_below);
-    return streams_.emplace(name, fresh).first->second;
+    return streams_.size() < most_streams ? streams_.emplace(name, fresh).first->second : unkept_.emplace(fresh);
 }
 
 std::uint64_t Measurements::count(std::string_view name, std::uint64_t step)
@@ -30,7 +39,7 @@ std::int64_t Measurements::measure(std::string_view name, std::int32_t middle, s
 {
     const std::int64_t least = std::int64_t{middle} - range;
     const std::int64_t most = std::int64_t{middle} + range;
-    const bool known = streams_.contains(name);
+    const bool known = is_known(name);
     Stream& measured = stream(name, static_cast<std::uint64_t>(most - least + 1));
     if (measured.set) {
         return static_cast<std::int64_t>(measured.value);
@@ -52,6 +61,10 @@ std::int64_t Measurements::constant(std::string_view name, std::int64_t value) c
 
 void Measurements::set(std::string_view name, std::uint64_t value)
 {
+    if (!is_known(name) && streams_.size() == most_streams) {
+        throw std::runtime_error(
+            fmt::format("no more than {} readings are kept (vorsim reset makes room)", most_streams));
+    }
     Stream& reading = stream(name, 1);
     reading.value = value;
     reading.set = true;

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -26,6 +27,7 @@ public:
     // One that stands still until it is set.
     std::int64_t constant(std::string_view name, std::int64_t value) const;
 
+    // Throws when no more readings can be kept.
     void set(std::string_view name, std::uint64_t value);
     void let_go(std::string_view name);
     // Counters grow so many times as fast.
@@ -38,10 +40,12 @@ private:
         bool set;
     };
     Stream& stream(std::string_view name, std::uint64_t begins_below);
+    bool is_known(std::string_view name) const { return streams_.find(name) != streams_.end(); }
 
     std::uint64_t seed_;
     std::uint64_t speed_ = 1;
     std::map<std::string, Stream, std::less<>> streams_;
+    std::optional<Stream> unkept_; // the last one beyond the limit
 };
 
 } // namespace vorsim

@@ -6,7 +6,6 @@
  *   cc manager.c -lvorinfra -o manager && ./manager &
  *   vorcfg gpio set-channel-name 3 door 1
  */
-#include <poll.h>
 #include <stdio.h>
 
 #include <vorinfra_manager.h>
@@ -39,20 +38,18 @@ int main(void)
 {
     static VORINFRA_MESSAGE message;
     VOR_IPC_HANDLE* const handle = vor_ipc_bind(gpiomgr, 0);
-    struct pollfd waiting = {vorinfra_descriptor(handle), POLLIN, 0};
 
     if (handle == NULL) {
         return 1; /* the platform has said why */
     }
     setvbuf(stdout, NULL, _IOLBF, 0);
     puts("manager: ready");
-    while (poll(&waiting, 1, -1) > 0) {
-        if (vorinfra_receive(handle, &message) == 1) {
+    for (;;) {
+        if (vorinfra_await(handle, &message) == 1) {
             const vor_int32 status = judge(&message);
             if (message.answer_wanted) {
                 vorinfra_answer(handle, &message, message.id, &status, sizeof status);
             }
         }
     }
-    return 1;
 }

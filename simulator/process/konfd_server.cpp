@@ -111,13 +111,10 @@ void KonfdServer::answer(Client& client, konfd::Exchange exchange)
         break;
     case faults::Hearing::hung_up:
         client.input.clear();
-        client.rest.clear();
         client.ended = true;
         break;
     default:
-        if (!client.rest.empty()) {
-            client.rest += answer;
-        } else if (hearing == faults::Hearing::split && !answer.empty()) {
+        if (hearing == faults::Hearing::split && !answer.empty()) {
             client.output += answer.front();
             client.rest = answer.substr(1);
             client.rest_due = std::chrono::steady_clock::now() + between_looks;
@@ -141,6 +138,8 @@ void KonfdServer::carry_on(int descriptor)
     }
     if (!client.output.empty()) {
         loop_.watch_writing(descriptor, [this, descriptor] { carry_on(descriptor); });
+    } else if (!client.rest.empty()) {
+        loop_.forget(descriptor);
     } else if (!client.input.empty()) {
         loop_.forget(descriptor);
         const bool goes_on = client.served % texts_in_turn != 0;
@@ -163,8 +162,10 @@ void KonfdServer::drop_client(int descriptor)
 // One that has more to say has its turn instead.
 std::optional<konfd::Time> KonfdServer::deadline_of(const Client& client)
 {
-    const auto quiet = client.input.empty() && !client.ended ? client.session.deadline() : std::nullopt;
-    return client.rest.empty() ? quiet : std::min(client.rest_due, quiet.value_or(client.rest_due));
+    if (!client.rest.empty()) {
+        return client.rest_due;
+    }
+    return client.input.empty() && !client.ended ? client.session.deadline() : std::nullopt;
 }
 
 std::optional<konfd::Time> KonfdServer::deadline() const
@@ -190,14 +191,12 @@ void KonfdServer::on_deadline()
         return;
     }
     auto& [descriptor, client] = *late;
-    if (!client.rest.empty() && client.rest_due == first) {
+    if (!client.rest.empty()) {
         client.rest_due = std::chrono::steady_clock::now() + between_looks;
         if (client.output.empty() && !answer_unread(descriptor)) {
-            send_now(descriptor, std::exchange(client.rest, {}));
+            client.output = std::exchange(client.rest, {});
         }
-        return;
-    }
-    if (auto exchange = client.session.time_out()) {
+    } else if (auto exchange = client.session.time_out()) {
         answer(client, std::move(*exchange));
     }
     carry_on(descriptor);

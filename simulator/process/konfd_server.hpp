@@ -36,7 +36,7 @@ private:
         std::chrono::system_clock::time_point arrived{};
         std::string input{};
         std::string output{};
-        std::string rest{}; // of an answer that comes in halves, and what follows it
+        std::string rest{}; // of an answer that comes in halves: nothing is received before it is sent
         Loop::Time rest_due{};
         bool answer_unread{};
         bool ended{}; // sends no more, or has gone

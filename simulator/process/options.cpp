@@ -74,10 +74,10 @@ A line "vorsim: ready, ..." tells that messages can be sent. SIGTERM and SIGINT
 stop the gateway and remove its sockets.
 
 exit codes: 0 stopped, or the command did its work; 1 failed (the journal could
-not be written on, nothing runs to be asked, a replay found differences); 2 bad
-usage or environment, or it could not start: a SAP or the directory is in use, a
-file cannot be written; 3 complaints under --strict, malformed and foreign
-messages among them.
+not be written on, nothing runs to be asked, it did not do what it was told, a
+replay found differences); 2 bad usage, rules or environment, or it could not
+start: a SAP or the directory is in use, a file cannot be written; 3 complaints
+under --strict, malformed and foreign messages among them, faults not.
 
 commands:
 )";

@@ -36,7 +36,7 @@ private:
         std::chrono::system_clock::time_point arrived{};
         std::string input{};
         std::string output{};
-        std::string rest{}; // of an answer that comes in halves: nothing is received before it is sent
+        std::string rest{}; // of an answer that comes in halves; nothing is received before
         Loop::Time rest_due{};
         bool answer_unread{};
         bool ended{}; // sends no more, or has gone

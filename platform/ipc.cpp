@@ -1,6 +1,7 @@
 // The exchange, as the configuration library makes it.
 #include <atomic>
 #include <cerrno>
+#include <cstring>
 
 #include "log.hpp"
 #include "message.hpp"
@@ -43,7 +44,15 @@ void discard_late(Endpoint& endpoint)
     endpoint.answer_missing = false;
 }
 
-bool await_answer(Endpoint& endpoint, vor_uint16 sap, Buffer& buffer)
+bool is_refusal(const Buffer& answer)
+{
+    return answer.header.meta_data_sz == refusal_size && answer.header.payload_sz == 0 &&
+           memcmp(answer.data, refusal, refusal_size) == 0;
+}
+
+enum class Awaited { answered, refused, nothing };
+
+Awaited await_answer(Endpoint& endpoint, vor_uint16 sap, Buffer& buffer)
 {
     const Deadline deadline(endpoint.timeout);
     int flags = 0; // the first receive blocks within the socket's own limit
@@ -52,16 +61,16 @@ bool await_answer(Endpoint& endpoint, vor_uint16 sap, Buffer& buffer)
         if (received == Received::message && buffer.header.flag == (answer_bit | endpoint.sequence) &&
             buffer.header.ipc_src_id == sap) {
             settle_answer(buffer);
-            return true;
+            return is_refusal(buffer) ? Awaited::refused : Awaited::answered;
         }
         if (received == Received::nothing && errno != EAGAIN && errno != EINTR) {
             complain("SAP %u cannot receive: error %d", endpoint.handle.sap_id, errno);
-            return false;
+            return Awaited::nothing;
         }
         flags = MSG_DONTWAIT;
     } while (deadline.wait(endpoint.descriptor, POLLIN) && deadline.remaining() > 0);
     errno = ETIMEDOUT;
-    return false;
+    return Awaited::nothing;
 }
 
 vor_uint16 next_sequence(vor_uint16 sequence)
@@ -98,9 +107,15 @@ vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_u
     if (!send_buffer(*endpoint, *request, *sent, sap, message_id, endpoint->sequence, payload_length)) {
         return VORINFRA_NOT_SENT;
     }
-    if (!await_answer(*endpoint, sap, *answer)) {
+    switch (await_answer(*endpoint, sap, *answer)) {
+    case Awaited::nothing:
         endpoint->answer_missing = true;
         return VORINFRA_NO_ANSWER;
+    case Awaited::refused:
+        errno = ECONNREFUSED;
+        return VORINFRA_NOT_SENT;
+    default:
+        break;
     }
     response->meta_data_sz = answer->header.meta_data_sz;
     response->payload_sz = answer->header.payload_sz;

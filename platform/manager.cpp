@@ -40,6 +40,17 @@ int receive(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message, int flags, const 
     return 1;
 }
 
+VOR_IPC_MSG_HDR answer_header(const Endpoint& endpoint, const VORINFRA_MESSAGE& request, vor_uint32 id)
+{
+    VOR_IPC_MSG_HDR header;
+    memset(&header, 0, sizeof header); // what lies behind its last field is sent, too
+    header.ipc_src_id = endpoint.handle.sap_id;
+    header.ipc_dest_id = request.source;
+    header.opcode = id;
+    header.flag = static_cast<vor_uint16>(answer_bit | request.sequence);
+    return header;
+}
+
 } // namespace
 
 int vorinfra_receive(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message)
@@ -70,12 +81,18 @@ int vorinfra_answer(VOR_IPC_HANDLE* handle, const VORINFRA_MESSAGE* request, vor
                  payload == nullptr ? "null pointer" : "at most 4096");
         return -1;
     }
-    VOR_IPC_MSG_HDR header;
-    memset(&header, 0, sizeof header); // what lies behind its last field is sent, too
-    header.ipc_src_id = own_sap;
-    header.ipc_dest_id = request->source;
-    header.opcode = id;
-    header.flag = static_cast<vor_uint16>(answer_bit | request->sequence);
+    VOR_IPC_MSG_HDR header = answer_header(*endpoint, *request, id);
     header.payload_sz = size;
     return send_message(*endpoint, header, payload, MSG_DONTWAIT) ? 0 : -1;
+}
+
+int vorinfra_refuse(VOR_IPC_HANDLE* handle, const VORINFRA_MESSAGE* request)
+{
+    const Endpoint* const endpoint = bound_endpoint(handle, "vorinfra_refuse");
+    if (endpoint == nullptr || !request->answer_wanted) {
+        return -1;
+    }
+    VOR_IPC_MSG_HDR header = answer_header(*endpoint, *request, request->id);
+    header.meta_data_sz = refusal_size;
+    return send_message(*endpoint, header, refusal, MSG_DONTWAIT) ? 0 : -1;
 }

@@ -12,6 +12,11 @@ namespace vorinfra {
 constexpr vor_uint16 answer_bit = 0x8000;
 constexpr vor_uint16 sequence_bits = 0x7fff;
 
+// An answer has no meta-data; one that is this and nothing more says that the
+// request was not taken.
+constexpr char refusal[] = "refused";
+constexpr vor_uint16 refusal_size = sizeof refusal - 1;
+
 enum class Received { message, nothing, garbage };
 
 // Sends to the header's destination. False: not sent, errno tells why.

@@ -63,6 +63,10 @@ int vorinfra_await(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message);
 int vorinfra_answer(VOR_IPC_HANDLE* handle, const VORINFRA_MESSAGE* request, vor_uint32 id, const void* payload,
                     vor_uint16 size);
 
+/* Lets `request` fail at its asker at once, as though nobody served the SAP.
+ * 0: sent; -1: the asker is gone, or awaits no answer. Never blocks. */
+int vorinfra_refuse(VOR_IPC_HANDLE* handle, const VORINFRA_MESSAGE* request);
+
 /* Reads the element at *cursor and moves it on. 1: read; 0: the end; -1: the
  * bytes are no chain. Start with cursor 0. */
 int vorinfra_next_element(const vor_uchar* chain, vor_uint16 size, vor_uint16* cursor, VORINFRA_ELEMENT* element);

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "client/commands.hpp"
+#include "faults/parse.hpp"
 #include "process/options.hpp"
 #include "process/server.hpp"
 #include "text/text.hpp"
@@ -23,6 +24,8 @@ std::unique_ptr<vorsim::Server> start(const vorsim::Options& options)
     try {
         return std::make_unique<vorsim::Server>(options);
     } catch (const vorsim::UsageError&) {
+        throw;
+    } catch (const vorsim::faults::BadFile&) {
         throw;
     } catch (const std::exception& error) {
         throw CannotStart(error.what());
@@ -54,6 +57,9 @@ int main(int argc, char** argv)
         return 2;
     } catch (const CannotStart& error) {
         vor::print_line(stderr, fmt::format("vorsim: {}", error.what()));
+        return 2;
+    } catch (const vorsim::faults::BadFile& error) {
+        vor::print_line(stderr, error.what());
         return 2;
     } catch (const std::exception& error) {
         vor::print_line(stderr, fmt::format("vorsim: {}", error.what()));

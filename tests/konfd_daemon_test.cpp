@@ -23,6 +23,8 @@ TEST(konfd, keeps_a_tree_in_order)
         const char* tree;
     };
     const Step steps[] = {
+        {"-s -l \"b 1\" -r \"^b \" \"x\"", "-e\n", ""},
+        {"-s -l \"x\"", "-o\n", "x\n"},
         {"-s -l \"b 1\" -r \"^b \" \"x\"", "-o\n", "x\n  b 1\n"},
         {"-s -l \"c 1\" -r \"^c \" \"x\"", "-o\n", "x\n  b 1\n  c 1\n"},
         {"-s -l \"b 2\" -r \"^b \" \"x\"", "-o\n", "x\n  b 2\n  c 1\n"}, // in the old line's place
@@ -36,7 +38,9 @@ TEST(konfd, keeps_a_tree_in_order)
         {"-c -r \"^deep\" \"x\" \"b 2\"", "-o\n", nullptr},
         {"-c -r \"^deep\" \"y\"", "-e\n", nullptr},
         {"-u -r \"^b \" \"x\"", "-o\n", "x\n  late\n  a\n"},
-        {"-u -r \"^b \" \"nowhere\"", "-o\n", "x\n  late\n  a\n"},
+        {"-u -r \"^b \" \"x\"", "-o\n", nullptr}, // none fitting
+        {"-u -r \"^b \" \"nowhere\"", "-e\n", nullptr},
+        {"-d \"nowhere\"", "-o\n", nullptr},
         {"-d \"x\"", "-o\nlate\na\n", nullptr},
         {"-d -s -l \"interface eth0\" -r \"interface eth1$\"", "-o\nx\n  late\n  a\ninterface eth0\n",
          "x\n  late\n  a\ninterface eth0\n"},
@@ -139,9 +143,18 @@ TEST(konfd, reads_and_matches_patterns_as_regcomp_does)
     EXPECT_GT(valid, 5'000);
 }
 
+TEST(konfd, makes_missing_paths_when_lenient)
+{
+    Konfd konfd({.lenient = true});
+    EXPECT_EQ("-e\n", konfd.execute("-c -l \"a\" \"x\"").answer);
+    EXPECT_EQ("-o\n", konfd.execute("-u -l \"a\" \"x\"").answer);
+    EXPECT_EQ("-o\n", konfd.execute("-s -l \"a\" \"x\"").answer);
+    EXPECT_EQ("x\n  a\n", konfd.text());
+}
+
 TEST(konfd, fills_up_and_goes_on)
 {
-    Konfd konfd;
+    Konfd konfd({.lenient = true});
     int kept = 0;
     while (kept < 10000 &&
            konfd.execute("-s -l \"" + std::string(1000, 'x') + std::to_string(kept) + "\"").answer == "-o\n") {
@@ -158,7 +171,7 @@ TEST(konfd, fills_up_and_goes_on)
 TEST(konfd, masks_secrets_in_lines_patterns_and_paths)
 {
     for (const bool shown : {false, true}) {
-        Konfd konfd(shown);
+        Konfd konfd({.show_secrets = shown, .lenient = true});
         std::string everything;
         for (const char* command :
              {"-s -l \"password hunter2\" -r \"^password hunter2$\" \"interface wlan0\"", "-d \"interface wlan0\"",
@@ -189,7 +202,7 @@ protected:
     }
     std::string heard() { return std::exchange(answers, {}); }
 
-    Konfd konfd;
+    Konfd konfd{{.lenient = true}};
     Session session{konfd};
     Time now{};
     std::string answers;

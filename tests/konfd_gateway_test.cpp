@@ -23,13 +23,20 @@ vor_char* text(const char* literal)
     return const_cast<vor_char*>(literal);
 }
 
-vor_int32 send_query(vor_uchar operation, const char* key, const char* value, const char* pattern)
+constexpr vor_uchar set = 1;
+constexpr vor_uchar check = 2;
+constexpr vor_uchar unset = 3;
+
+vor_int32 send_query(vor_uchar operation, const char* key, const char* value, const char* pattern,
+                     const char* interface = "eth1")
 {
     VOR_CFG_PROTO* const query = vor_cfg_proto_init();
     vor_cfg_proto_set_op(query, operation);
     vor_cfg_proto_set_line_string(query, text(key), text(value));
     vor_cfg_proto_set_pattern_string(query, 1, text(key), text(pattern));
-    vor_cfg_proto_append_path_elm(query, text("interface"), text("eth1"));
+    if (interface != nullptr) {
+        vor_cfg_proto_append_path_elm(query, text("interface"), text(interface));
+    }
     const vor_int32 code = vor_konfd_bi_dir_comm(query);
     // cleanup leaves the path's records to whoever wants no leak
     VOR_CFG_PROTO_PATH* const element = query->path_head.stqh_first;
@@ -42,11 +49,10 @@ vor_int32 send_query(vor_uchar operation, const char* key, const char* value, co
 // answer is left over for the next.
 TEST_F(KonfdGateway, answers_every_exchange_on_one_connection)
 {
-    constexpr vor_uchar set = 1;
-    constexpr vor_uchar check = 2;
-    constexpr vor_uchar unset = 3;
     ASSERT_EQ(vor_cfg_create_sock_endpoint(), 0);
     EXPECT_EQ(send_query(check, "mtu", "1400", "1400"), -1);
+    EXPECT_EQ(send_query(set, "mtu", "1400", "[0-9]+"), -1) << "there is no such interface";
+    EXPECT_EQ(send_query(set, "interface", "eth1", "eth1", nullptr), 0);
     EXPECT_EQ(send_query(set, "mtu", "1400", "[0-9]+"), 0);
     EXPECT_EQ(send_query(check, "mtu", "1400", "1400"), 0);
     EXPECT_EQ(send_query(set, "mtu", "1500", "[0-9]+"), 0);
@@ -59,6 +65,9 @@ TEST_F(KonfdGateway, answers_every_exchange_on_one_connection)
 
 TEST_F(KonfdGateway, takes_the_longest_wifi_network_whole)
 {
+    ASSERT_EQ(vor_cfg_create_sock_endpoint(), 0);
+    ASSERT_EQ(send_query(set, "interface", "wlan0", "wlan0", nullptr), 0);
+    vor_cfg_remove_sock_endpoint();
     const std::string ssid(32, 's');
     const std::string passphrase = std::string(62, 'p') + "!";
     EXPECT_EQ(vor_cfg_set_wifi_ssid_password(text(ssid.c_str()), text(passphrase.c_str())), 0);

@@ -400,7 +400,8 @@ TEST(process, secrets_come_from_files_and_standard_input_only)
              "< 0xc00a status 0\n"
              "gsm set-password: accepted by gsmmgr\n",
              0},
-            {"echo hush > secret; vorcfg --trace wifi set-ssid-password Tower17 --password-file secret",
+            {"vorcfg konfd query --set --line interface wlan0 --pattern interface wlan0 >bin/made; "
+             "echo hush > secret; vorcfg --trace wifi set-ssid-password Tower17 --password-file secret",
              "> konfd | 50 bytes | -s -l \"ssid Tower17\" -r \"^ssid \" \"interface wlan0\"\n"
              "> konfd | 70 bytes | -s -l \"password ********\" -r \"^password \" \"interface wlan0\" \"ssid Tower17\"\n"
              "< konfd -o\n"

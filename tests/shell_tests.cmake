@@ -20,3 +20,10 @@ endif()
 # Its journal, over both tools as processes.
 vor_test(site_test SOURCES site_test.cpp LIBRARIES vor_text)
 add_dependencies(site_test vorcfg vorsim)
+
+# What the library sends, as vorsim shows it.
+vor_test(shown_values_test
+  SOURCES shown_values_test.cpp
+  LIBRARIES vorcfg_core device_mgmt vorinfra ${CMAKE_DL_LIBS})
+set_target_properties(shown_values_test PROPERTIES ENABLE_EXPORTS ON)
+add_dependencies(shown_values_test vorsim)

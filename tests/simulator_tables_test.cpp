@@ -144,10 +144,9 @@ TEST(tables, name_declared_calls_and_their_arguments)
                 << row->call << " has no argument " << row->layout.lead;
             for (const Field& field : row->layout.fields()) {
                 // The arguments behind the dots have no names, and a record may hold what the call works out.
-                const std::string_view name = field.argument.empty() ? field.name : field.argument;
-                const bool in_record = row->layout.form == Form::record && call->record_members->contains(name);
-                EXPECT_TRUE(field.repeated ? call->any_number : is_argument(name) || in_record)
-                    << row->call << " has no argument " << name;
+                const bool in_record = row->layout.form == Form::record && call->record_members->contains(field.name);
+                EXPECT_TRUE(field.repeated ? call->any_number : is_argument(field.name) || in_record)
+                    << row->call << " has no argument " << field.name;
             }
         }
     }

@@ -65,12 +65,14 @@ Judgement send(Gateway& gateway, std::uint16_t sap, std::uint32_t id, const std:
 {
     const std::vector<std::uint8_t> payload = payload_of(words);
     const auto lead = static_cast<std::uint8_t>(option);
-    return gateway.judge({.sap = sap,
-                          .source = 4000,
-                          .id = id,
-                          .answer_wanted = waits,
-                          .meta_data = {&lead, option == none ? 0U : 1U},
-                          .payload = payload});
+    const Judgement judgement = gateway.judge({.sap = sap,
+                                               .source = 4000,
+                                               .id = id,
+                                               .answer_wanted = waits,
+                                               .meta_data = {&lead, option == none ? 0U : 1U},
+                                               .payload = payload});
+    gateway.settle(judgement);
+    return judgement;
 }
 
 std::int32_t status_of(const Judgement& judgement)

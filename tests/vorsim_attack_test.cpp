@@ -116,7 +116,7 @@ std::vector<std::string> hostile_texts()
 
 TEST(attack, by_a_text_has_a_bounded_work)
 {
-    vorsim::konfd::Konfd konfd;
+    vorsim::konfd::Konfd konfd({.lenient = true});
     for (int line = 0; line < 500; ++line) {
         konfd.execute("-s -l \"" + std::string(900, 'a') + std::to_string(line) + "\" \"a\"");
     }
@@ -137,7 +137,7 @@ TEST(attack, by_a_text_has_a_bounded_work)
 
 TEST_F(Attack, by_texts_and_unread_answers_grows_nothing)
 {
-    Gateway gateway(place, {});
+    Gateway gateway(place, {"--lenient-konfd"});
     const long before = peak_of(gateway.pid());
     const vorsim::Descriptor honest = konfd();
     for (int line = 0; line < 500; ++line) {
@@ -310,13 +310,36 @@ TEST(attack, by_many_objects_ends_in_complaints)
     nlohmann::ordered_json last;
     for (unsigned port = 0; port < 0x8000; ++port) {
         const std::uint8_t payload[] = {static_cast<std::uint8_t>(port), static_cast<std::uint8_t>(port >> 8), 1, 0};
-        last = gateway.judge({.sap = 4, .source = client_sap, .id = 0x4006, .payload = payload}).report.record;
+        const vorsim::Judgement judgement =
+            gateway.judge({.sap = 4, .source = client_sap, .id = 0x4006, .payload = payload});
+        gateway.settle(judgement);
+        last = judgement.report.record;
     }
     EXPECT_EQ("nothing more can be kept (vorsim reset makes room)", last.value("complaint", ""));
     EXPECT_GT(gateway.state().json()["gpiomgr"]["objects"].size(), 5'000U);
     EXPECT_LT(peak_of(getpid()) - before, most_growth_kb);
     const std::uint8_t again[] = {0, 0, 0, 0}; // what is there already may change
     EXPECT_FALSE(gateway.judge({.sap = 4, .id = 0x4006, .payload = again}).report.record.contains("complaint"));
+}
+
+TEST(attack, by_queries_of_many_ports_is_not_remembered)
+{
+    vorsim::Gateway gateway({});
+    const auto polls = [&gateway](unsigned input) {
+        const std::uint8_t payload[] = {static_cast<std::uint8_t>(input >> 16), 0, static_cast<std::uint8_t>(input),
+                                        static_cast<std::uint8_t>(input >> 8)};
+        const auto record =
+            gateway.judge({.sap = 5, .id = 0x5007, .answer_wanted = true, .payload = payload}).report.record;
+        return record["answer"]["polling_count"].get<std::uint64_t>();
+    };
+    const std::uint64_t first = polls(0);
+    for (unsigned input = 1; input < 3'000; ++input) {
+        polls(input); // two readings each
+    }
+    EXPECT_GT(polls(0), first) << "the first to be asked for counts on";
+    EXPECT_THROW(gateway.measurements().set("adc 200/1 polling_count", 5), std::runtime_error);
+    gateway.measurements().set("adc 0/0 polling_count", 5);
+    EXPECT_EQ(5U, polls(0));
 }
 
 TEST_F(Attack, on_its_start_can_be_stopped)

@@ -71,7 +71,7 @@ TEST_F(Vorsim, is_ready_shows_its_state_and_leaves_nothing_behind)
         EXPECT_EQ(0, ask(Bound(client_sap), 2, 0x2021));
         EXPECT_EQ(0U, gateway.next_line().find("platmgr(2) 0x2021 vor_cfg_get_system_temperature  board -> status=0"));
         KonfdClient client(konfd_path());
-        client.send("-s -l \"password hunter2\" \"interface wlan0\"\n");
+        client.send("-s -l \"interface wlan0\" -s -l \"password hunter2\" \"interface wlan0\"\n");
         EXPECT_EQ("-o\n", client.receive());
 
         EXPECT_EQ("vorsim: 1 message, 0 complaints\nkonfd\n  interface wlan0\n    password ********\n",
@@ -90,7 +90,8 @@ TEST_F(Vorsim, is_ready_shows_its_state_and_leaves_nothing_behind)
     ASSERT_TRUE(std::getline(records, record));
     EXPECT_EQ("vor_cfg_get_system_temperature", nlohmann::json::parse(record)["call"]);
     ASSERT_TRUE(std::getline(records, record));
-    EXPECT_EQ("-s -l \"password ********\" \"interface wlan0\"", nlohmann::json::parse(record)["konfd"]);
+    EXPECT_EQ("-s -l \"interface wlan0\" | -s -l \"password ********\" \"interface wlan0\"",
+              nlohmann::json::parse(record)["konfd"]);
     EXPECT_EQ(std::string::npos, contents(journal).find("hunter2"));
 }
 

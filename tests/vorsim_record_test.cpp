@@ -248,6 +248,37 @@ TEST_F(Record, of_the_sample_site_replayed_shows_no_difference)
     EXPECT_TRUE(contains(nobody.text, "is nobody receives"));
 }
 
+TEST_F(Record, of_the_sample_site_replayed_against_a_fault_shows_that_one_difference)
+{
+    {
+        Gateway gateway(place, {"--show-secrets", "--journal", in_place("journal")});
+        commission();
+        EXPECT_EQ(0, gateway.stop(SIGTERM));
+    }
+    const std::string rule = "towermon vor_cfg_towermon_obj_ups_alerts: status 7";
+    save("faults", rule + "\n");
+    Gateway gateway(place, {"--show-secrets", "--faults", in_place("faults")});
+    const Output output = place.run("vorsim replay journal");
+    EXPECT_EQ(1, output.exit_code);
+    EXPECT_TRUE(std::regex_match(
+        output.text, std::regex("journal:\\d+: vor_cfg_towermon_obj_ups_alerts ups ups-1: was id 0x[0-9a-f]+ status "
+                                "0, is id 0x[0-9a-f]+ status 7\n"
+                                "vorsim: \\d+ messages sent again, 1 difference\n")))
+        << output.text;
+    EXPECT_TRUE(contains(place.run("vorsim show").text, " messages, 0 complaints, 1 faulted\n"));
+    EXPECT_EQ(0, gateway.stop(SIGTERM));
+    // A fault stands in the journal with what travelled: sent again under the same faults, nothing differs.
+    save("faults", rule + "\nany 20th: refuse\nany 40th: id high\nkonfd 2nd: hang up\n");
+    for (const char* line : {"4 differences", "no difference"}) {
+        Gateway faulty(place, {"--show-secrets", "--faults", in_place("faults"), "--journal", in_place("faulted")});
+        const Output replayed = place.run("vorsim replay journal");
+        EXPECT_TRUE(contains(replayed.text, std::string(" sent again, ") + line)) << replayed.text;
+        EXPECT_EQ(0, faulty.stop(SIGTERM));
+        std::filesystem::rename(in_place("faulted"), in_place("journal"));
+    }
+    EXPECT_TRUE(contains(contents(in_place("journal")), R"("fault":{"number":1,"rule":")" + rule + R"("})"));
+}
+
 TEST_F(Record, names_the_lines_that_cannot_be_replayed)
 {
     {

@@ -9,8 +9,10 @@
 #include <sstream>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include "client/ask.hpp"
+#include "process/commands.hpp"
 #include "process/options.hpp"
 #include "record/filter.hpp"
 #include "text/text.hpp"
@@ -21,7 +23,7 @@ namespace {
 using Arguments = std::vector<std::string>;
 using std::chrono::milliseconds;
 
-struct Command {
+struct Row {
     std::string_view name;
     std::string_view operands;
     std::string_view does;
@@ -197,7 +199,35 @@ int quit(Arguments arguments)
     return 0;
 }
 
-constexpr Command commands[] = {
+int command(std::string_view name, const Arguments& words)
+{
+    const std::string rest = fmt::format("{}", fmt::join(words, " "));
+    command_of(fmt::format("{} {}", name, rest)); // what is wrong with it is said here
+    print(ask(Json::object({{"do", name}, {"words", rest}})));
+    return 0;
+}
+
+int fault(Arguments arguments)
+{
+    return command("fault", arguments);
+}
+
+int stop(Arguments arguments)
+{
+    return command("stop", arguments);
+}
+
+int start(Arguments arguments)
+{
+    return command("start", arguments);
+}
+
+int set(Arguments arguments)
+{
+    return command("set", arguments);
+}
+
+constexpr Row commands[] = {
     {"show", "[--json] [MANAGER[/OBJECT]]", "print what the running gateway has been told", show},
     {"watch", "[--json] [FILTER]...", "print its messages as they come", watch},
     {"wait", "--call NAME [--object O] [--within T]", "until such a message came (T: 500ms, 10s, 2m; default 10s)",
@@ -205,6 +235,15 @@ constexpr Command commands[] = {
     {"reset", "", "let it forget everything, counters included", reset},
     {"load", "FILE", "let it hold what a state file holds", load},
     {"quit", "", "stop it, and wait for its end", quit},
+    {"fault", "add RULE", "have it fail, as in \"canmgr: status 7, twice\"", fault},
+    {"fault", "list", "its rules, with how often each acted", fault},
+    {"fault", "clear [N]", "take one away, or all", fault},
+    {"stop", "MANAGER", "the manager is gone, until it is started", stop},
+    {"start", "MANAGER", "it is there again", start},
+    {"set", "READING VALUE",
+     "as in \"temperature 850\", \"port 3 polling_count 0\"; \"temperature wander\"\n"
+     "           lets it go, \"counting 100\" has all counters count so many times as fast",
+     set},
     {"decode", "[--json] [--bytes] [FILTER]... FILE", "print a journal", decode},
     {"replay", "[--state FILE] FILE", "send a journal's requests again and compare", replay},
 };
@@ -232,7 +271,7 @@ std::string operand(Arguments& arguments, const std::string& what)
 std::string help()
 {
     std::string text;
-    for (const Command& command : commands) {
+    for (const Row& command : commands) {
         text += fmt::format("       vorsim {}{}{}\n           {}\n", command.name, command.operands.empty() ? "" : " ",
                             command.operands, command.does);
     }
@@ -244,7 +283,7 @@ std::optional<int> run(const Arguments& arguments)
     if (arguments.empty()) {
         return {};
     }
-    const auto* const found = std::ranges::find(commands, arguments.front(), &Command::name);
+    const auto* const found = std::ranges::find(commands, arguments.front(), &Row::name);
     if (found == std::end(commands)) {
         return {};
     }

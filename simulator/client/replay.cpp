@@ -57,6 +57,7 @@ std::string answer_text(vor_uint32 id, std::string_view payload)
     return fmt::format("id {:#x} {}", id, payload.empty() ? "no payload" : hex(payload));
 }
 constexpr char no_answer[] = "no answer";
+constexpr char refused[] = "refused";
 
 // A SAP to send from.
 class Sender {
@@ -116,6 +117,9 @@ private:
                 continue;
             }
             std::memcpy(&header, bytes.data(), sizeof header);
+            if (header.flag == (answer_bit | sequence_) && header.meta_data_sz > 0) {
+                return refused; // no answer has meta-data
+            }
             if (header.flag == (answer_bit | sequence_)) {
                 return answer_text(
                     header.opcode,
@@ -229,7 +233,8 @@ private:
                     ? answer_text(
                           static_cast<vor_uint32>(std::stoul(data["answer_id"].get<std::string>(), nullptr, 16)),
                           bytes_in(data, "answer_payload"))
-                    : no_answer;
+                : data.value("refused", false) ? refused
+                                               : no_answer;
             const std::string is = sender(data.at("source").get<vor_uint16>()).exchange(data);
             if (was != is && data.value("delivered", true)) {
                 differ(fmt::format("{}: {}", journal_.place(record), name(data)), was, is);
@@ -247,7 +252,9 @@ private:
         const std::string is = konfd_.exchange(text);
         // One that shared its answer with the text before it has none of its own.
         const std::string sent = bytes_in(data, "answer_text");
-        const std::string was = sent.empty() ? data.at("answer").get<std::string>() + "\n" : sent;
+        const std::string was = !data.value("delivered", true) ? no_answer
+                                : sent.empty()                 ? data.at("answer").get<std::string>() + "\n"
+                                                               : sent;
         if (was != is) {
             differ(fmt::format("{}: {}", journal_.place(record), name(data)), vor::quoted(was, 60),
                    vor::quoted(is, 60));

@@ -20,18 +20,20 @@ Answer port_stats(const Decoded& decoded, const State& state, Measurements& meas
     return port_statistics(decoded, logical, "read_mode", state, measurements);
 }
 
+constexpr Reading readings[] = {{"adc * polling_count", counter}, {"adc * interrupt_count", counter}};
+
 constexpr Row rows[] = {
     {settings, "vor_cfg_set_adc_config_polling", input,
      chain(adc_index, channel_index, mode, uint32(5, "polling_freq"), option), "mode"},
     {settings, "vor_cfg_set_adc_channel_name", input,
      chain(adc_index, channel_index, text(6, "name"), int16(7, "set"))},
     {settings, "vor_cfg_reset_adc_config_mode", input, chain(adc_index, channel_index, mode, option), "mode"},
-    {request(0x5007), "vor_cfg_get_adc_port_stats", input, record(4, int16(0, "adc_index"), int16(2, "channel_index")),
-     port_stats},
+    {request(0x5007), "vor_cfg_get_adc_port_stats", input,
+     record(4, uint16(0, "adc_index"), uint16(2, "channel_index")), port_stats},
 };
 
 } // namespace
 
-extern const Family adc{"adcmgr", rows};
+extern const Family adc{"adcmgr", rows, readings};
 
 } // namespace vorsim::families

@@ -14,12 +14,14 @@ Answer temperature(const Decoded&, const State&, Measurements& measurements)
     return answer;
 }
 
+constexpr Reading readings[] = {{"temperature", INT16_MIN, INT16_MAX}};
+
 constexpr Row rows[] = {
     {request(0x2021), "vor_cfg_get_system_temperature", "board", nothing, temperature},
 };
 
 } // namespace
 
-extern const Family env{"platmgr", rows};
+extern const Family env{"platmgr", rows, readings};
 
 } // namespace vorsim::families

@@ -54,7 +54,7 @@ constexpr Row rows[] = {
     {request(0x7008), "vor_cfg_set_dhcp_server_lease_time", pool,
      option_and_chain(option, pool_name, int32(14, "lease_time"))},
     {one_way(0x700d), "vor_cfg_set_dhcp_server_dns_client", "interface {intr_num}",
-     chain(text(21, "def_search_domain"), int16(1, "intr_num"), dns_server_num, dns_servers)},
+     chain(text(21, "def_search_domain"), uint16(1, "intr_num"), dns_server_num, dns_servers)},
 
     {request(0x7010), "vor_cfg_set_default_gateway", "interface {iface_num}",
      record(8, byte(0, option), uint16(2, "iface_num"), address(4, "def_gateway"))},

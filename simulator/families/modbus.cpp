@@ -8,8 +8,10 @@ constexpr Exchange group = request(0x14006);
 constexpr Exchange tcp = request(0x14008);
 
 constexpr std::string_view serial_slave = "modbus port {modbus_port} slave {slave_id}";
-constexpr std::string_view group_register = "register group {reg_grp_name} register {reg_addr}";
-constexpr std::string_view group_query = "register group {reg_grp_name} query {query}";
+constexpr std::string_view group_register = "register group {grp_name} register {reg_addr}";
+constexpr std::string_view group_query = "register group {grp_name} query {query}";
+constexpr std::string_view polled_register = "register group {reg_grp_name} register {reg_addr}";
+constexpr std::string_view polled_query = "register group {reg_grp_name} query {query}";
 constexpr std::string_view tcp_slave = "service {service_name} slave {slave_id}";
 
 constexpr Field modbus_port = int16(65, "modbus_port");
@@ -26,9 +28,9 @@ constexpr Field service_name = text(82, "service_name");
 constexpr Field query = text(86, "query");
 constexpr Field dev_mode = int16(87, "dev_mode");
 
-// The same two, where a call has another name for them.
-constexpr Field grp_name = reg_grp_name.from("grp_name");
-constexpr Field option = set.from("option");
+// The same two elements, as other calls name them.
+constexpr Field grp_name = text(74, "grp_name");
+constexpr Field option = int16(79, "option");
 
 constexpr Row rows[] = {
     {port, "vor_cfg_set_modbus_channel_name", serial_slave, chain(modbus_port, channel_name, set, slave_id)},
@@ -39,9 +41,9 @@ constexpr Row rows[] = {
     {port, "vor_cfg_set_modbus_slave_id", serial_slave, chain(modbus_port, dev_mode, slave_id, set)},
     {port, "vor_cfg_set_modbus_reg_grp_name", serial_slave, chain(modbus_port, grp_name, option, slave_id)},
 
-    {group, "vor_cfg_set_modbus_config_polling", group_register,
+    {group, "vor_cfg_set_modbus_config_polling", polled_register,
      chain(reg_grp_name, reg_addr, opertn_type, mode, polling_freq, option), "mode"},
-    {group, "vor_cfg_set_modbus_query_config_polling", group_query,
+    {group, "vor_cfg_set_modbus_query_config_polling", polled_query,
      chain(reg_grp_name, query, opertn_type, mode, reg_type, polling_freq, option)},
     {group, "vor_cfg_reset_modbus_config_mode", group_register, chain(grp_name, reg_addr, opertn_type, mode, option),
      "mode"},

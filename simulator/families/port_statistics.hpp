@@ -14,13 +14,12 @@ namespace vorsim::families {
 inline Answer port_statistics(const Decoded& decoded, std::int32_t logical_port, std::string_view mode_name,
                               const State& state, Measurements& measurements)
 {
-    const std::string stream = fmt::format("{} {}", decoded.sap, decoded.object);
     const std::int32_t mode = state.latest(decoded.sap, decoded.object, "mode").value_or(0);
     Answer answer(24);
     answer.put(0, "logical_port_no", static_cast<std::uint16_t>(logical_port))
         .put(2, mode_name, static_cast<std::uint8_t>(mode))
-        .put(8, "polling_count", measurements.count(fmt::format("{} polls", stream), 40))
-        .put(16, "interrupt_count", measurements.count(fmt::format("{} interrupts", stream), 5));
+        .put(8, "polling_count", measurements.count(fmt::format("{} polling_count", decoded.object), 40))
+        .put(16, "interrupt_count", measurements.count(fmt::format("{} interrupt_count", decoded.object), 5));
     return answer;
 }
 

@@ -37,8 +37,7 @@ constexpr Exchange ups = request(0x15009);
 
 constexpr Row rows[] = {
     {aircon, "vor_cfg_towermon_obj_aircon_channel_name", "aircon {sensor_name}", channel(sensor_name)},
-    {battery, "vor_cfg_towermon_obj_battery_channel_name", "battery {battery_name}",
-     channel(battery_name.from("sensor_name"))},
+    {battery, "vor_cfg_towermon_obj_battery_channel_name", "battery {sensor_name}", channel(text(30, "sensor_name"))},
     {fan, "vor_cfg_towermon_obj_fan_channel_name", "fan {sensor_name}", channel(sensor_name)},
     {genset, "vor_cfg_towermon_obj_genset_channel_name", "genset {sensor_name}", channel(sensor_name)},
     {power_measurement, "vor_cfg_towermon_obj_power_measurement_channel_name", "power measurement {sensor_name}",

@@ -4,24 +4,19 @@
 
 #include <fmt/format.h>
 
-#include "gateway/match.hpp"
-#include "tables/families.hpp"
 #include "text/text.hpp"
 
 namespace vorsim {
 namespace {
 
-std::vector<const Row*> rows_for(std::int32_t sap, std::uint32_t id)
+// Each branch widens from its own width: a common type of them all would lose the sign.
+std::int64_t number_shown(const Field& field, std::int32_t number)
 {
-    std::vector<const Row*> rows;
-    for (const Family* family : all_families()) {
-        for (const Row& row : family->rows()) {
-            if (row.exchange.id == id && family->serves(row, sap)) {
-                rows.push_back(&row);
-            }
-        }
+    if (field.display == Display::signed_number) {
+        return number;
     }
-    return rows;
+    return field.kind == Kind::int32 ? std::int64_t{static_cast<std::uint32_t>(number)}
+                                     : std::int64_t{static_cast<std::uint16_t>(number)};
 }
 
 Value value_of(const Part& part, bool show_secrets)
@@ -39,9 +34,7 @@ Value value_of(const Part& part, bool show_secrets)
         const std::string address = vor::dotted(static_cast<std::uint32_t>(number));
         return {field.name, address, address};
     }
-    const std::int64_t shown = field.display == Display::signed_number ? number
-                               : field.kind == Kind::int32             ? static_cast<std::uint32_t>(number)
-                                                                       : static_cast<std::uint16_t>(number);
+    const std::int64_t shown = number_shown(field, number);
     return {field.name, std::to_string(shown), shown};
 }
 
@@ -78,79 +71,19 @@ std::string object_of(std::string_view pattern, std::vector<Value>& values)
     return object;
 }
 
-// What is wrong with the number of repeated elements; empty when nothing is.
-std::string wrong_count(const Decoded& decoded)
-{
-    const auto fields = decoded.row->layout.fields();
-    if (fields.empty() || fields.back().counted_by.empty()) {
-        return {};
-    }
-    const Field& list = fields.back();
-    const auto found = std::ranges::find(decoded.values, list.name, &Value::name);
-    const std::size_t present = found == decoded.values.end() ? 0 : found->data.size();
-    const std::int32_t announced = decoded.number(list.counted_by);
-    if (announced >= 0 && static_cast<std::size_t>(announced) == present) {
-        return {};
-    }
-    return fmt::format("{} is {}, but {} of {} follow", list.counted_by, announced, present, list.name);
-}
-
-std::string unknown(const Message& message)
-{
-    for (const Manager& other : managers) {
-        if (other.sap != message.sap && !rows_for(other.sap, message.id).empty()) {
-            return fmt::format("no such message here (it is one of {})", manager_label(other.sap));
-        }
-    }
-    return "no such message";
-}
-
 } // namespace
 
-std::variant<Decoded, Complaint> decode(const Message& message, bool show_secrets)
+Decoded decode(std::uint16_t sap, const Match& match, bool show_secrets)
 {
-    const std::vector<const Row*> rows = rows_for(message.sap, message.id);
-    if (rows.empty()) {
-        return Complaint{unknown_message, unknown(message)};
+    const Row& row = *match.row;
+    Decoded decoded{.sap = sap, .row = &row};
+    if (match.lead) {
+        decoded.values.push_back({row.layout.lead, std::to_string(*match.lead), *match.lead});
     }
-
-    const Layout& layout = rows.front()->layout; // the rows of one message share its form
-    const std::size_t meta_size = layout.form == Form::option_byte ? 1 : 0;
-    if (message.meta_data.size() != meta_size) {
-        return Complaint{wrong_elements,
-                         fmt::format("meta-data has {} bytes, expected {}", message.meta_data.size(), meta_size)};
-    }
-    Bytes payload = message.payload;
-    Bytes lead = message.meta_data;
-    if (layout.form == Form::flag_byte) {
-        if (payload.empty()) {
-            return Complaint{wrong_elements, fmt::format("payload is empty, expected the byte {}", layout.lead)};
-        }
-        lead = payload.first(1);
-        payload = payload.subspan(1);
-    }
-
-    const auto [row, parts, mismatch] = match(rows, payload);
-    if (row == nullptr) {
-        return Complaint{wrong_elements, mismatch};
-    }
-    if (row->exchange.answered != message.answer_wanted) {
-        return Complaint{wrong_manner, message.answer_wanted
-                                           ? fmt::format("{} waits for an answer to a one-way message", row->call)
-                                           : fmt::format("{} was sent one-way, but is to be answered", row->call)};
-    }
-
-    Decoded decoded{.sap = message.sap, .row = row};
-    if (!lead.empty()) {
-        decoded.values.push_back({layout.lead, std::to_string(lead[0]), lead[0]});
-    }
-    for (const Part& part : parts) {
+    for (const Part& part : match.parts) {
         add_value(decoded.values, *part.field, value_of(part, show_secrets));
     }
-    if (const std::string wrong = wrong_count(decoded); !wrong.empty()) {
-        return Complaint{wrong_elements, wrong};
-    }
-    decoded.object = object_of(row->object, decoded.values);
+    decoded.object = object_of(row.object, decoded.values);
     return decoded;
 }
 

@@ -24,12 +24,18 @@ Judgement begin(const Message& message)
         .report = {{}, {{"sap", message.sap}, {"source", message.source}, {"id", fmt::format("{:#x}", message.id)}}}};
 }
 
+} // namespace
+
 std::vector<std::uint8_t> status_answer(std::int32_t status)
 {
     return Answer(4).put(0, "status", status).bytes;
 }
 
-} // namespace
+void Judgement::comes_to(std::string_view outcome)
+{
+    report.line.resize(outcome_at);
+    report.line += fmt::format(" -> {}", outcome);
+}
 
 Judgement Gateway::refuse(const Message& message, const Complaint& complaint)
 {
@@ -38,22 +44,26 @@ Judgement Gateway::refuse(const Message& message, const Complaint& complaint)
     Judgement judgement = begin(message);
     judgement.answer = status_answer(status);
     judgement.report.line = fmt::format("strict: {}: {}", label_of(message), complaint.text);
+    judgement.outcome_at = judgement.report.line.size();
     if (message.answer_wanted) {
-        judgement.report.line += fmt::format(" -> status {}", status);
+        judgement.comes_to(fmt::format("status {}", status));
     }
     judgement.report.record["complaint"] = complaint.text;
     judgement.report.record["status"] = status;
     return judgement;
 }
 
-Judgement Gateway::accept(const Message& message, const Decoded& decoded)
+Judgement Gateway::accept(const Message& message, Decoded decoded)
 {
     const Row& row = *decoded.row;
     Judgement judgement = begin(message);
     auto& [line, record] = judgement.report;
+    judgement.call = row.call;
+    judgement.object = decoded.object;
     const std::string values = line_of(decoded.values);
-    line = fmt::format("{} {}  {}{}{} -> ", label_of(message), row.call, decoded.object, values.empty() ? "" : ": ",
-                       values);
+    line =
+        fmt::format("{} {}  {}{}{}", label_of(message), row.call, decoded.object, values.empty() ? "" : ": ", values);
+    judgement.outcome_at = line.size();
     record["call"] = row.call;
     record["object"] = decoded.object;
     record["values"] = json_of(decoded.values);
@@ -61,32 +71,41 @@ Judgement Gateway::accept(const Message& message, const Decoded& decoded)
     if (row.query != nullptr) {
         const Answer answer = row.query(decoded, state_, measurements_);
         judgement.answer = answer.bytes;
-        line += line_of(answer.values);
+        judgement.comes_to(line_of(answer.values));
         record["answer"] = json_of(answer.values);
         return judgement;
     }
-    if (!state_.keep(decoded)) {
+    if (!state_.has_room(decoded)) {
         return refuse(message, {no_room, "nothing more can be kept (vorsim reset makes room)"});
     }
+    judgement.told = std::move(decoded);
     if (!row.exchange.answered) {
-        line += "no answer awaited";
+        judgement.comes_to("no answer awaited");
         record["status"] = nullptr;
         return judgement;
     }
     const std::int32_t status = row.exchange.accepted;
     judgement.answer_id = row.exchange.answer_id;
     judgement.answer = status_answer(status);
-    line += fmt::format("status {}", status);
+    judgement.comes_to(fmt::format("status {}", status));
     record["status"] = status;
     return judgement;
+}
+
+void Gateway::settle(const Judgement& judgement)
+{
+    if (judgement.told) {
+        state_.keep(*judgement.told);
+    }
 }
 
 Judgement Gateway::judge(const Message& message)
 {
     ++messages_;
-    const auto decoded = decode(message, show_secrets_);
-    const auto* const complaint = std::get_if<Complaint>(&decoded);
-    return complaint != nullptr ? refuse(message, *complaint) : accept(message, std::get<Decoded>(decoded));
+    const auto matched = match(message);
+    const auto* const complaint = std::get_if<Complaint>(&matched);
+    return complaint != nullptr ? refuse(message, *complaint)
+                                : accept(message, decode(message.sap, std::get<Match>(matched), show_secrets_));
 }
 
 } // namespace vorsim

@@ -1,20 +1,31 @@
 // gateway.hpp: the managers' judgement of one message at a time.
 #pragma once
 
+#include <optional>
+
 #include "gateway/decode.hpp"
 #include "gateway/measurements.hpp"
 #include "gateway/state.hpp"
 
 namespace vorsim {
 
-// What is to happen about a message: the gateway decides, the server carries
-// it out. Whoever wants to disturb an answer does so between the two.
+// What is to happen about a message: the gateway decides, faults may disturb
+// it, then the gateway settles it and the server carries it out.
 struct Judgement {
     bool answered{};
     std::uint32_t answer_id{};
     std::vector<std::uint8_t> answer;
     Report report;
+    std::string_view call{}; // empty where the message was complained about
+    std::string object{};
+    std::optional<Decoded> told{}; // to be kept
+    std::size_t outcome_at{};      // where the line says what came of it
+
+    // Another outcome than the one judged.
+    void comes_to(std::string_view outcome);
 };
+
+std::vector<std::uint8_t> status_answer(std::int32_t status);
 
 class Gateway {
 public:
@@ -26,7 +37,10 @@ public:
     explicit Gateway(const Settings& settings) : show_secrets_(settings.show_secrets), measurements_(settings.seed) {}
 
     Judgement judge(const Message& message);
+    // Keeps what the judgement says is to be kept.
+    void settle(const Judgement& judgement);
 
+    Measurements& measurements() { return measurements_; }
     const State& state() const { return state_; }
     void hold(State state) { state_ = std::move(state); }
     std::uint64_t messages() const { return messages_; }
@@ -34,7 +48,7 @@ public:
 
 private:
     Judgement refuse(const Message& message, const Complaint& complaint);
-    Judgement accept(const Message& message, const Decoded& decoded);
+    Judgement accept(const Message& message, Decoded decoded);
 
     bool show_secrets_;
     State state_;

@@ -1,35 +1,42 @@
-// match.hpp: which of a message's rows a payload fits, and if none, why not.
+// match.hpp: the one place where a message is accepted or complained about.
 #pragma once
 
-#include <span>
-#include <string>
-#include <string_view>
-#include <vector>
+#include <variant>
 
-#include "tables/row.hpp"
+#include "gateway/fit.hpp"
 
 namespace vorsim {
 
-using Bytes = std::span<const std::uint8_t>;
-
-// An element or a field of the row, and what the message holds for it.
-struct Part {
-    const Field* field;
-    Bytes bytes;
-    std::int32_t number;
+// A message as it came in.
+struct Message {
+    std::uint16_t sap{}; // the manager it reached
+    std::uint16_t source{};
+    std::uint32_t id{};
+    bool answer_wanted{};
+    Bytes meta_data{};
+    Bytes payload{};
 };
 
-// A text's bytes up to its terminator.
-std::string_view text_in(const Part& part);
+// The statuses a complaint is answered with.
+enum Refusal : std::int32_t {
+    unknown_message = 2, // no such id at this manager
+    wrong_elements = 3,  // a tag, kind, order, length or fixed value
+    wrong_manner = 4,    // a request sent one-way, or a one-way message that waits
+    no_room = 5,         // right, but more than is kept
+};
 
-// The row that the payload fits, and its parts; or null and what is wrong.
+struct Complaint {
+    Refusal status{};
+    std::string text;
+};
+
+// An accepted message: its row and what it holds for it.
 struct Match {
     const Row* row{};
+    std::optional<std::uint8_t> lead{}; // the option or flag byte
     std::vector<Part> parts{};
-    std::string wrong{};
 };
 
-// The rows are those of one message: they share a form.
-Match match(const std::vector<const Row*>& rows, Bytes payload);
+std::variant<Match, Complaint> match(const Message& message);
 
 } // namespace vorsim

@@ -1,51 +1,81 @@
 #include "gateway/measurements.hpp"
 
 #include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+#include <fmt/format.h>
 
 namespace vorsim {
+namespace {
 
-// splitmix64
-std::uint64_t Measurements::Stream::draw(std::uint64_t below)
-{
-    state += 0x9e3779b97f4a7c15U;
-    std::uint64_t mixed = state;
-    mixed = (mixed ^ (mixed >> 30U)) * 0xbf58476d1ce4e5b9U;
-    mixed = (mixed ^ (mixed >> 27U)) * 0x94d049bb133111ebU;
-    return (mixed ^ (mixed >> 31U)) % below;
-}
+constexpr std::size_t most_streams = 4096; // more than a gateway has ports
 
-Measurements::Stream& Measurements::stream(std::string_view name)
+} // namespace
+
+// A new one begins anywhere below the bound. One beyond the limit begins anew
+// at every reading.
+Measurements::Stream& Measurements::stream(std::string_view name, std::uint64_t begins_below)
 {
     const auto found = streams_.find(name);
     if (found != streams_.end()) {
         return found->second;
     }
-    std::uint64_t hash = 0xcbf29ce484222325U ^ seed_; // FNV-1a over the name
-    for (const char character : name) {
-        hash = (hash ^ static_cast<unsigned char>(character)) * 0x100000001b3U;
-    }
-    return streams_.emplace(name, Stream{hash, 0, false}).first->second;
+    Stream fresh{Random(seed_, name), 0, false};
+    fresh.value = fresh.random.draw(begins_below);
+    return streams_.size() < most_streams ? streams_.emplace(name, fresh).first->second : unkept_.emplace(fresh);
 }
 
 std::uint64_t Measurements::count(std::string_view name, std::uint64_t step)
 {
-    Stream& counter = stream(name);
-    counter.value += static_cast<std::int64_t>(1 + counter.draw(step));
-    return static_cast<std::uint64_t>(counter.value);
+    Stream& counter = stream(name, 1000 * step);
+    if (!std::exchange(counter.set, false)) {
+        counter.value += speed_ * (1 + counter.random.draw(step));
+    }
+    return counter.value;
 }
 
-std::int32_t Measurements::measure(std::string_view name, std::int32_t middle, std::int32_t range, std::int32_t step)
+std::int64_t Measurements::measure(std::string_view name, std::int32_t middle, std::int32_t range, std::int32_t step)
 {
-    Stream& measured = stream(name);
-    if (!measured.started) {
-        measured.started = true;
-        measured.value = middle;
+    const std::int64_t least = std::int64_t{middle} - range;
+    const std::int64_t most = std::int64_t{middle} + range;
+    const bool known = is_known(name);
+    Stream& measured = stream(name, static_cast<std::uint64_t>(most - least + 1));
+    if (measured.set) {
+        return static_cast<std::int64_t>(measured.value);
     }
+    auto value = static_cast<std::int64_t>(measured.value) + (known ? 0 : least);
     // Never stands still: a frozen measurement looks like a dead sensor.
-    const auto moved = static_cast<std::int64_t>(1 + measured.draw(static_cast<std::uint64_t>(step)));
-    const bool up = measured.value <= middle - range || (measured.value < middle + range && measured.draw(2) == 0);
-    measured.value = std::clamp<std::int64_t>(measured.value + (up ? moved : -moved), middle - range, middle + range);
-    return static_cast<std::int32_t>(measured.value);
+    const auto moved = static_cast<std::int64_t>(1 + measured.random.draw(static_cast<std::uint64_t>(step)));
+    const bool up = value <= least || (value < most && measured.random.draw(2) == 0);
+    value = std::clamp(value + (up ? moved : -moved), least, most);
+    measured.value = static_cast<std::uint64_t>(value);
+    return value;
+}
+
+std::int64_t Measurements::constant(std::string_view name, std::int64_t value) const
+{
+    const auto found = streams_.find(name);
+    return found != streams_.end() && found->second.set ? static_cast<std::int64_t>(found->second.value) : value;
+}
+
+void Measurements::set(std::string_view name, std::uint64_t value)
+{
+    if (!is_known(name) && streams_.size() == most_streams) {
+        throw std::runtime_error(
+            fmt::format("no more than {} readings are kept (vorsim reset makes room)", most_streams));
+    }
+    Stream& reading = stream(name, 1);
+    reading.value = value;
+    reading.set = true;
+}
+
+void Measurements::let_go(std::string_view name)
+{
+    const auto found = streams_.find(name);
+    if (found != streams_.end()) {
+        found->second.set = false;
+    }
 }
 
 } // namespace vorsim

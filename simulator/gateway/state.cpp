@@ -14,6 +14,20 @@ constexpr std::size_t most_bytes = 4 << 20;
 constexpr std::size_t bytes_of_a_setting = 128;
 constexpr std::size_t bytes_of_a_value = 64;
 
+std::size_t size_of(const Decoded& decoded)
+{
+    std::size_t size = decoded.object.size() + bytes_of_a_setting;
+    for (const Value& value : decoded.values) {
+        size += value.name.size() + value.text.size() + bytes_of_a_value;
+    }
+    return size;
+}
+
+bool replaces(const Row& row, const Row& earlier)
+{
+    return row.slot.empty() ? earlier.call == row.call : earlier.slot == row.slot;
+}
+
 } // namespace
 
 bool State::Natural::operator()(const std::string& left, const std::string& right) const
@@ -21,31 +35,34 @@ bool State::Natural::operator()(const std::string& left, const std::string& righ
     return strverscmp(left.c_str(), right.c_str()) < 0;
 }
 
-bool State::keep(const Decoded& decoded)
+std::size_t State::freed_by(const Decoded& decoded) const
 {
-    const Row& row = *decoded.row;
-    std::size_t size = decoded.object.size() + bytes_of_a_setting;
-    for (const Value& value : decoded.values) {
-        size += value.name.size() + value.text.size() + bytes_of_a_value;
-    }
-    const auto is_replaced = [&row](const Setting& setting) {
-        return row.slot.empty() ? setting.row->call == row.call : setting.row->slot == row.slot;
-    };
     std::size_t freed = 0;
     if (const auto manager = managers_.find(decoded.sap); manager != managers_.end()) {
         if (const auto object = manager->second.find(decoded.object); object != manager->second.end()) {
             for (const Setting& setting : object->second) {
-                freed += is_replaced(setting) ? setting.size : 0;
+                freed += replaces(*decoded.row, *setting.row) ? setting.size : 0;
             }
         }
     }
-    if (size_ - freed + size > most_bytes) {
+    return freed;
+}
+
+bool State::has_room(const Decoded& decoded) const
+{
+    return size_ - freed_by(decoded) + size_of(decoded) <= most_bytes;
+}
+
+bool State::keep(const Decoded& decoded)
+{
+    if (!has_room(decoded)) {
         return false;
     }
+    const std::size_t size = size_of(decoded);
+    size_ += size - freed_by(decoded);
     Settings& settings = managers_[decoded.sap][decoded.object];
-    std::erase_if(settings, is_replaced);
-    settings.push_back({&row, decoded.values, size});
-    size_ += size - freed;
+    std::erase_if(settings, [&](const Setting& setting) { return replaces(*decoded.row, *setting.row); });
+    settings.push_back({decoded.row, decoded.values, size});
     return true;
 }
 

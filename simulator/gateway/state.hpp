@@ -13,6 +13,7 @@ namespace vorsim {
 class State {
 public:
     // False when that would be more than is kept.
+    bool has_room(const Decoded& decoded) const;
     bool keep(const Decoded& decoded);
 
     // The number last told to the object under this name, by whichever call.
@@ -34,6 +35,9 @@ private:
     };
     using Settings = std::vector<Setting>; // the latest told last
     using Objects = std::map<std::string, Settings, Natural>;
+
+    // What the settings take that it replaces.
+    std::size_t freed_by(const Decoded& decoded) const;
 
     std::map<std::uint16_t, Objects> managers_;
     std::size_t size_ = 0;

@@ -40,6 +40,11 @@ Reply Konfd::refuse(const std::string& why)
 
 bool Konfd::carry_out(const Command& command, Work& work, std::string& shown, std::string& why)
 {
+    const bool changes = command.operation == 's' || command.operation == 'u';
+    if (changes && !settings_.lenient && !tree_.reaches(command.path)) {
+        why = "the path is not there";
+        return false;
+    }
     // What the pattern fits is known before anything is changed.
     std::set<std::string> fitting;
     if (command.pattern) {
@@ -81,7 +86,7 @@ bool Konfd::carry_out(const Command& command, Work& work, std::string& shown, st
         break;
     }
     if (command.show) {
-        shown += tree_.text(command.path, show_secrets_);
+        shown += tree_.text(command.path, settings_.show_secrets);
         if (shown.size() > most_shown && command.operation != 0) {
             shown.resize(most_shown); // far more than is answered
         } else if (shown.size() > most_shown) {
@@ -108,7 +113,7 @@ Reply Konfd::execute(std::string_view burst)
     bool good = true;
     bool changes = false;
     for (const Command& command : std::get<std::vector<Command>>(parsed)) {
-        commands += fmt::format("{}{}", commands.empty() ? "" : " | ", text_of(command, show_secrets_));
+        commands += fmt::format("{}{}", commands.empty() ? "" : " | ", text_of(command, settings_.show_secrets));
         changes = changes || command.operation != 0;
         good = carry_out(command, work, shown, why);
         if (!good) {

@@ -18,7 +18,13 @@ struct Reply {
 
 class Konfd {
 public:
-    explicit Konfd(bool show_secrets = false) : show_secrets_(show_secrets) {}
+    struct Settings {
+        bool show_secrets = false;
+        bool lenient = false; // a path that is not there is made, or has nothing under it
+    };
+
+    Konfd() : Konfd(Settings()) {}
+    explicit Konfd(const Settings& settings) : settings_(settings) {}
 
     // Carries the commands out in order. One that cannot be read keeps the
     // whole burst from being carried out; one that fails stops it.
@@ -27,14 +33,14 @@ public:
     static Reply refuse(const std::string& why);
 
     const Tree& tree() const { return tree_; }
-    Json json() const { return tree_.json(show_secrets_); }
-    std::string text() const { return tree_.text({}, show_secrets_); }
+    Json json() const { return tree_.json(settings_.show_secrets); }
+    std::string text() const { return tree_.text({}, settings_.show_secrets); }
 
 private:
     // Adds what the command shows; tells why it failed.
     bool carry_out(const Command& command, Work& work, std::string& shown, std::string& why);
 
-    bool show_secrets_;
+    Settings settings_;
     Tree tree_;
 };
 

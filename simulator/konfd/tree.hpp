@@ -21,6 +21,7 @@ public:
     bool set(const Path& path, const std::string& line, const Matches& matches, std::optional<int> priority);
     // Takes the matching lines under the path away, with all under them.
     void unset(const Path& path, const Matches& matches);
+    bool reaches(const Path& path) const { return find(path) != nullptr; }
     bool has(const Path& path, const Matches& matches) const;
 
     // What is under the path, two blanks deeper for each level.

@@ -14,6 +14,7 @@ namespace {
 
 constexpr std::size_t most_clients = 64;
 constexpr int texts_in_turn = 8; // of one client, before another has its turn
+constexpr std::chrono::milliseconds between_looks{10};
 
 // Bytes sent that the client has not received yet.
 bool answer_unread(int descriptor)
@@ -88,22 +89,39 @@ bool KonfdServer::serve_one()
     turns_.pop_front();
     Client& client = clients_.at(descriptor);
     std::string_view bytes = client.input;
-    const auto exchange = bytes.empty()
-                              ? client.session.end()
-                              : client.session.receive(bytes, std::chrono::steady_clock::now(), client.answer_unread);
+    auto exchange = bytes.empty()
+                        ? client.session.end()
+                        : client.session.receive(bytes, std::chrono::steady_clock::now(), client.answer_unread);
     client.input.erase(0, client.input.size() - bytes.size());
     if (exchange) {
-        answer(client, *exchange);
+        answer(client, std::move(*exchange));
         ++client.served;
     }
     carry_on(descriptor);
     return !turns_.empty();
 }
 
-void KonfdServer::answer(Client& client, const konfd::Exchange& exchange)
+void KonfdServer::answer(Client& client, konfd::Exchange exchange)
 {
-    client.output += exchange.reply.answer;
-    on_exchange_({client.number, client.arrived, exchange});
+    KonfdExchange whole{client.number, client.arrived, std::move(exchange)};
+    const faults::Hearing hearing = on_exchange_(whole);
+    const std::string& answer = whole.exchange.reply.answer;
+    switch (hearing) {
+    case faults::Hearing::never:
+        break;
+    case faults::Hearing::hung_up:
+        client.input.clear();
+        client.ended = true;
+        break;
+    default:
+        if (hearing == faults::Hearing::split && !answer.empty()) {
+            client.output += answer.front();
+            client.rest = answer.substr(1);
+            client.rest_due = std::chrono::steady_clock::now() + between_looks;
+        } else {
+            client.output += answer;
+        }
+    }
 }
 
 void KonfdServer::carry_on(int descriptor)
@@ -120,6 +138,8 @@ void KonfdServer::carry_on(int descriptor)
     }
     if (!client.output.empty()) {
         loop_.watch_writing(descriptor, [this, descriptor] { carry_on(descriptor); });
+    } else if (!client.rest.empty()) {
+        loop_.forget(descriptor);
     } else if (!client.input.empty()) {
         loop_.forget(descriptor);
         const bool goes_on = client.served % texts_in_turn != 0;
@@ -142,6 +162,9 @@ void KonfdServer::drop_client(int descriptor)
 // One that has more to say has its turn instead.
 std::optional<konfd::Time> KonfdServer::deadline_of(const Client& client)
 {
+    if (!client.rest.empty()) {
+        return client.rest_due;
+    }
     return client.input.empty() && !client.ended ? client.session.deadline() : std::nullopt;
 }
 
@@ -157,7 +180,8 @@ std::optional<konfd::Time> KonfdServer::deadline() const
     return first;
 }
 
-// Carries out what its sender left without an end; one at a time, as above.
+// Carries out what its sender left without an end; one at a time, as above. Or
+// looks whether a first half was read: nothing tells.
 void KonfdServer::on_deadline()
 {
     const auto first = deadline();
@@ -166,10 +190,16 @@ void KonfdServer::on_deadline()
     if (late == clients_.end()) {
         return;
     }
-    if (const auto exchange = late->second.session.time_out()) {
-        answer(late->second, *exchange);
+    auto& [descriptor, client] = *late;
+    if (!client.rest.empty()) {
+        client.rest_due = std::chrono::steady_clock::now() + between_looks;
+        if (client.output.empty() && !answer_unread(descriptor)) {
+            client.output = std::exchange(client.rest, {});
+        }
+    } else if (auto exchange = client.session.time_out()) {
+        answer(client, std::move(*exchange));
     }
-    carry_on(late->first);
+    carry_on(descriptor);
 }
 
 } // namespace vorsim

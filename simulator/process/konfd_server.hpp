@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 
+#include "faults/faults.hpp"
 #include "konfd/session.hpp"
 #include "process/door.hpp"
 
@@ -20,7 +21,8 @@ struct KonfdExchange {
 
 class KonfdServer {
 public:
-    using OnExchange = std::function<void(const KonfdExchange& exchange)>;
+    // Records it, and may disturb the answer.
+    using OnExchange = std::function<faults::Hearing(KonfdExchange& exchange)>;
 
     KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& path, OnExchange on_exchange);
 
@@ -34,6 +36,8 @@ private:
         std::chrono::system_clock::time_point arrived{};
         std::string input{};
         std::string output{};
+        std::string rest{}; // of an answer that comes in halves; nothing is received before
+        Loop::Time rest_due{};
         bool answer_unread{};
         bool ended{}; // sends no more, or has gone
         int served{};
@@ -45,7 +49,7 @@ private:
     void receive(int descriptor);
     // One text; the managers have their turn before the next.
     bool serve_one();
-    void answer(Client& client, const konfd::Exchange& exchange);
+    void answer(Client& client, konfd::Exchange exchange);
     // Sends what can be sent; then goes on reading, or lets the client go.
     void carry_on(int descriptor);
     void drop_client(int descriptor);

@@ -1,9 +1,12 @@
 #include "process/options.hpp"
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
 
 #include <fmt/format.h>
+
+#include "faults/parse.hpp"
 
 namespace vorsim {
 namespace {
@@ -20,6 +23,29 @@ Number number_of(const std::string& option, const std::string& text)
     return number;
 }
 
+std::uint16_t manager_of(const std::string& option, const std::string& name)
+{
+    const auto sap = faults::sap_named(name);
+    if (!sap) {
+        throw UsageError(fmt::format("{} takes a manager's name or its SAP, not \"{}\"", option, name));
+    }
+    return *sap;
+}
+
+// "ethmgr=20ms..80ms", "ethmgr=50ms"
+std::pair<std::uint16_t, Delay> delay_of(const std::string& text)
+{
+    const std::size_t equals = std::min(text.find('='), text.size());
+    const std::string times = text.substr(std::min(equals + 1, text.size()));
+    const std::size_t dots = std::min(times.find(".."), times.size());
+    const auto least = faults::time_of(times.substr(0, dots));
+    const auto most = dots == times.size() ? least : faults::time_of(times.substr(dots + 2));
+    if (!least || !most || *least > *most) {
+        throw UsageError(fmt::format("--delay is \"{}\": expected such as ethmgr=20ms..80ms", text));
+    }
+    return {manager_of("--delay", text.substr(0, equals)), Delay{*least, *most}};
+}
+
 } // namespace
 
 const char* const help_text =
@@ -32,6 +58,10 @@ const char* const help_text =
   --state FILE      write the state as JSON, at the start and when stopping
   --journal FILE    append one JSON object per message
   --show-secrets    passwords in clear, in lines, state, journal and konfd's answers
+  --faults FILE     have the rules in the file, one a line, in force from the start
+  --without MANAGER leave the manager to a program of yours (repeatable)
+  --delay MANAGER=20ms..80ms  how long the manager takes for each answer
+  --lenient-konfd   konfd makes the paths that are not there
   --help            print this
 
 environment:
@@ -44,10 +74,10 @@ A line "vorsim: ready, ..." tells that messages can be sent. SIGTERM and SIGINT
 stop the gateway and remove its sockets.
 
 exit codes: 0 stopped, or the command did its work; 1 failed (the journal could
-not be written on, nothing runs to be asked, a replay found differences); 2 bad
-usage or environment, or it could not start: a SAP or the directory is in use, a
-file cannot be written; 3 complaints under --strict, malformed and foreign
-messages among them.
+not be written on, nothing runs to be asked, it did not do what it was told, a
+replay found differences); 2 bad usage, rules or environment, or it could not
+start: a SAP or the directory is in use, a file cannot be written; 3 complaints
+under --strict, malformed and foreign messages among them, faults not.
 
 commands:
 )";
@@ -75,6 +105,15 @@ Options read_options(const std::vector<std::string>& arguments)
             options.state_file = value();
         } else if (option == "--journal") {
             options.journal_file = value();
+        } else if (option == "--faults") {
+            options.faults_file = value();
+        } else if (option == "--without") {
+            options.without.push_back(manager_of(option, value()));
+        } else if (option == "--delay") {
+            const auto [sap, delay] = delay_of(value());
+            options.delays.insert_or_assign(sap, delay);
+        } else if (option == "--lenient-konfd") {
+            options.lenient_konfd = true;
         } else if (option == "--show-secrets") {
             options.show_secrets = true;
         } else {

@@ -2,10 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "process/managers.hpp"
 
 namespace vorsim {
 
@@ -18,10 +21,14 @@ struct Options {
     bool help = false;
     bool strict = false;
     bool show_secrets = false;
+    bool lenient_konfd = false;
     std::uint64_t seed = 1;
     std::vector<std::uint16_t> more_saps;
     std::optional<std::string> state_file;
     std::optional<std::string> journal_file;
+    std::optional<std::string> faults_file;
+    std::vector<std::uint16_t> without;    // the managers left to others
+    std::map<std::uint16_t, Delay> delays; // by manager
 };
 
 Options read_options(const std::vector<std::string>& arguments);

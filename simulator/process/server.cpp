@@ -15,6 +15,9 @@
 
 #include <fmt/format.h>
 
+#include "faults/faults.hpp"
+#include "faults/parse.hpp"
+#include "process/commands.hpp"
 #include "process/stop.hpp"
 #include "record/bytes.hpp"
 #include "record/reader.hpp"
@@ -71,9 +74,19 @@ std::string time_text(Arrival time)
     return fmt::format("{}.{:06}Z", text.data(), (since - seconds).count());
 }
 
-Message message_of(const Inlet& inlet, const VORINFRA_MESSAGE& message)
+Gateway::Settings gateway_settings(const Options& options)
 {
-    return {.sap = inlet.handle()->sap_id,
+    return {.seed = options.seed, .show_secrets = options.show_secrets};
+}
+
+konfd::Konfd::Settings konfd_settings(const Options& options)
+{
+    return {.show_secrets = options.show_secrets, .lenient = options.lenient_konfd};
+}
+
+Message message_of(std::uint16_t sap, const VORINFRA_MESSAGE& message)
+{
+    return {.sap = sap,
             .source = message.source,
             .id = message.id,
             .answer_wanted = message.answer_wanted != 0,
@@ -116,11 +129,21 @@ std::string section(const std::string& text, const std::string& manager, const s
 
 Server::Server(const Options& options)
     : options_(options), directory_(usable_directory()), stop_requests_(stop_requests()), out_(loop_, STDOUT_FILENO),
-      errors_(loop_, STDERR_FILENO), gateway_({.seed = options.seed, .show_secrets = options.show_secrets}),
-      konfd_(options.show_secrets), spare_(open("/dev/null", O_RDONLY | O_CLOEXEC))
+      errors_(loop_, STDERR_FILENO), gateway_(gateway_settings(options)), konfd_(konfd_settings(options)),
+      faults_(options.seed), managers_(loop_, [this](Inlet& inlet) { receive(inlet); }),
+      outbox_([this](std::uint16_t sap) {
+          const Inlet* const inlet = managers_.inlet(sap);
+          return inlet != nullptr ? inlet->handle() : nullptr;
+      }),
+      delays_(options.seed, options.delays), spare_(open("/dev/null", O_RDONLY | O_CLOEXEC))
 {
     std::signal(SIGPIPE, SIG_IGN);
     check_files(options_);
+    if (options_.faults_file) {
+        for (faults::Rule& rule : faults::read_rules(*options_.faults_file)) {
+            faults_.add(std::move(rule), std::chrono::steady_clock::now());
+        }
+    }
     loop_.in_turn([this] { return serve(); }); // before all that is asked about it
     try {
         control_ = std::make_unique<Control>(loop_, control_path(directory_),
@@ -128,13 +151,7 @@ Server::Server(const Options& options)
     } catch (const InUse&) {
         throw std::runtime_error(fmt::format("another vorsim runs in {}", directory_));
     }
-    std::set<std::uint16_t> saps(options_.more_saps.begin(), options_.more_saps.end());
-    for (const Manager& manager : managers) {
-        saps.insert(manager.sap);
-    }
-    for (const std::uint16_t sap : saps) {
-        bind_manager(sap);
-    }
+    bind_managers();
     bind_konfd();
     if (options_.journal_file) {
         journal_ = Journal(*options_.journal_file);
@@ -149,14 +166,24 @@ Server::Server(const Options& options)
     loop_.watch(stop_requests_.get(), [this] { loop_.stop(); });
 }
 
-void Server::bind_manager(std::uint16_t sap)
+void Server::bind_managers()
 {
-    auto inlet = std::make_unique<Inlet>(sap);
-    if (inlet->handle() == nullptr) {
-        throw std::runtime_error(fmt::format("cannot serve SAP {} in {}", sap, directory_));
+    std::set<std::uint16_t> saps(options_.more_saps.begin(), options_.more_saps.end());
+    for (const Manager& manager : managers) {
+        saps.insert(manager.sap);
     }
-    loop_.watch(inlet->descriptor(), [this, which = inlet.get()] { receive(*which); });
-    inlets_.push_back(std::move(inlet));
+    for (const std::uint16_t sap : options_.without) {
+        saps.erase(sap);
+    }
+    for (const std::uint16_t sap : saps) {
+        managers_.start(sap);
+    }
+    loop_.at([this] { return managers_.deadline(); },
+             [this] {
+                 managers_.on_deadline(std::chrono::steady_clock::now(),
+                                       [this](const std::string& why) { errors_.line(why); });
+             });
+    loop_.at([this] { return outbox_.deadline(); }, [this] { outbox_.on_deadline(std::chrono::steady_clock::now()); });
 }
 
 void Server::bind_konfd()
@@ -171,7 +198,7 @@ void Server::bind_konfd()
             std::filesystem::create_directories(std::filesystem::path(path.data()).parent_path());
         }
         konfd_server_ = std::make_unique<KonfdServer>(loop_, konfd_, path.data(),
-                                                      [this](const KonfdExchange& exchange) { deliver(exchange); });
+                                                      [this](KonfdExchange& exchange) { return deliver(exchange); });
     } catch (const std::exception& error) {
         if (rooted) {
             throw;
@@ -193,7 +220,7 @@ bool Server::serve()
 {
     for (int turn = 0; turn < messages_in_turn; ++turn) {
         Inlet* first = nullptr;
-        for (const auto& inlet : inlets_) {
+        for (const auto& [sap, inlet] : managers_.inlets()) {
             const auto next = inlet->known();
             if (next && *next <= horizon_ && (first == nullptr || *next < *first->known())) {
                 first = inlet.get();
@@ -202,8 +229,11 @@ bool Server::serve()
         if (first == nullptr) {
             break;
         }
+        const std::uint16_t sap = first->handle()->sap_id;
         take(*first);
-        first->next();
+        if (Inlet* const still = managers_.inlet(sap)) {
+            still->next();
+        }
     }
     horizon_ = std::chrono::system_clock::now();
     return false; // what is left is readable still
@@ -212,6 +242,7 @@ bool Server::serve()
 void Server::take(Inlet& inlet)
 {
     const Arrival arrived = *inlet.known();
+    const std::uint16_t sap = inlet.handle()->sap_id;
     VORINFRA_MESSAGE message;
     const int received = inlet.receive(message);
     if (std::ferror(stderr) != 0) { // the platform's own line found no room
@@ -223,20 +254,48 @@ void Server::take(Inlet& inlet)
         discard(inlet, arrived, answers ? "foreign" : "malformed",
                 answers ? "an answer that nobody awaits"
                         : fmt::format("{} bytes that are no message", inlet.datagram().size()));
-    } else if (received > 0 && message.destination != inlet.handle()->sap_id) {
+    } else if (received > 0 && message.destination != sap) {
         discard(inlet, arrived, "foreign", fmt::format("a message to SAP {}", message.destination));
     } else if (received > 0) {
-        deliver(inlet, message, arrived, gateway_.judge(message_of(inlet, message)));
+        deliver(sap, message, arrived, gateway_.judge(message_of(sap, message)));
     }
 }
 
-void Server::deliver(Inlet& inlet, const VORINFRA_MESSAGE& message, Arrival arrived, Judgement judgement)
+faults::Delivery Server::disturb(std::uint16_t sap, const VORINFRA_MESSAGE& message, Judgement& judgement)
 {
+    const auto now = std::chrono::steady_clock::now();
+    faults::Delivery delivery;
+    if (const auto due = faults_.due({.sap = sap,
+                                      .client = message.source,
+                                      .id = message.id,
+                                      .call = judgement.call,
+                                      .object = judgement.object,
+                                      .answered = judgement.answered},
+                                     now)) {
+        ++counters_.faulted;
+        delivery = faults::disturb(judgement, *due);
+    }
+    if (delivery.way == faults::Delivery::Way::dying) {
+        managers_.stop_until(sap, now + delivery.wait);
+        outbox_.drop(sap);
+    } else {
+        delivery.wait += delays_.draw(sap);
+    }
+    return delivery;
+}
+
+void Server::deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Arrival arrived, Judgement judgement)
+{
+    using Way = faults::Delivery::Way;
+    const faults::Delivery delivery = disturb(sap, message, judgement);
+    gateway_.settle(judgement);
     auto& [line, entry] = judgement.report;
-    if (judgement.answered && vorinfra_answer(inlet.handle(), &message, judgement.answer_id, judgement.answer.data(),
-                                              static_cast<vor_uint16>(judgement.answer.size())) != 0) {
+    const auto sent = outbox_.send(sap, message, judgement, delivery, std::chrono::steady_clock::now());
+    if (sent == Outbox::Sent::gone) {
         line += " (the asker is gone)";
         entry["delivered"] = false;
+    } else if (sent == Outbox::Sent::crowded) {
+        line += " (too many answers are late: this one is not)";
     }
     const bool accepted = !entry.contains("complaint");
     ++counters_.messages;
@@ -245,8 +304,10 @@ void Server::deliver(Inlet& inlet, const VORINFRA_MESSAGE& message, Arrival arri
     if (bytes_wanted()) {
         entry["awaits"] = message.answer_wanted != 0;
         entry["meta_data"] = hex({message.meta_data, message.meta_data_size});
-        entry["payload"] = payload_record(message_of(inlet, message), accepted, options_.show_secrets);
-        if (judgement.answered) {
+        entry["payload"] = payload_record(message_of(sap, message), accepted, options_.show_secrets);
+        if (judgement.answered && delivery.way == Way::refused) {
+            entry["refused"] = true;
+        } else if (judgement.answered && delivery.way != Way::never && delivery.way != Way::dying) {
             entry["answer_id"] = fmt::format("{:#x}", judgement.answer_id);
             entry["answer_payload"] = hex(judgement.answer);
         }
@@ -256,7 +317,7 @@ void Server::deliver(Inlet& inlet, const VORINFRA_MESSAGE& message, Arrival arri
     record(std::move(entry), arrived);
 }
 
-void Server::discard(Inlet& inlet, Arrival arrived, const char* what, const std::string& why)
+void Server::discard(const Inlet& inlet, Arrival arrived, const char* what, const std::string& why)
 {
     const std::uint16_t sap = inlet.handle()->sap_id;
     ++(std::string_view(what) == "foreign" ? counters_.foreign : counters_.malformed);
@@ -267,9 +328,17 @@ void Server::discard(Inlet& inlet, Arrival arrived, const char* what, const std:
            arrived);
 }
 
-void Server::deliver(const KonfdExchange& exchange)
+faults::Hearing Server::deliver(KonfdExchange& exchange)
 {
-    const auto& [text, reply] = exchange.exchange;
+    auto& [text, reply] = exchange.exchange;
+    auto hearing = faults::Hearing::whole;
+    if (const auto due = faults_.due({.konfd = true,
+                                      .object = reply.report.record["konfd"].get_ref<const std::string&>(),
+                                      .answered = !reply.answer.empty()},
+                                     std::chrono::steady_clock::now())) {
+        ++counters_.faulted;
+        hearing = faults::disturb(reply, *due);
+    }
     ++(reply.complained ? counters_.complained : counters_.accepted);
     out_.line(reply.report.line);
     Json entry = {{"client", exchange.client}};
@@ -277,10 +346,15 @@ void Server::deliver(const KonfdExchange& exchange)
     entry["complained"] = reply.complained;
     if (bytes_wanted()) {
         entry["text"] = konfd_record(text, options_.show_secrets);
-        entry["answer_text"] = hex(reply.answer);
+        const bool unheard = hearing == faults::Hearing::never || hearing == faults::Hearing::hung_up;
+        entry["answer_text"] = unheard ? "" : hex(reply.answer);
+        if (unheard) {
+            entry["delivered"] = false;
+        }
         entry["line"] = reply.report.line;
     }
     record(std::move(entry), exchange.arrived);
+    return hearing;
 }
 
 void Server::record(Json entry, Arrival arrived)
@@ -331,6 +405,9 @@ std::string Server::answer(const Json& request)
     if (what == "show") {
         return show(request);
     }
+    if (is_command(what)) {
+        return obey(fmt::format("{} {}", what, request.at("words").get<std::string>()));
+    }
     if (what == "reset") {
         reset();
     } else if (what == "load") {
@@ -376,8 +453,8 @@ std::string Server::show(const Json& request) const
 
 void Server::reset()
 {
-    gateway_ = Gateway({.seed = options_.seed, .show_secrets = options_.show_secrets});
-    konfd_ = konfd::Konfd(options_.show_secrets);
+    gateway_ = Gateway(gateway_settings(options_));
+    konfd_ = konfd::Konfd(konfd_settings(options_));
     counters_ = {};
     control_->forget_past();
 }
@@ -385,7 +462,7 @@ void Server::reset()
 void Server::load(const Json& document)
 {
     State state = stored_state(document.at("managers"));
-    konfd::Konfd konfd(options_.show_secrets);
+    konfd::Konfd konfd(konfd_settings(options_));
     store_konfd(konfd, document.value("konfd", Json::array()));
     gateway_.hold(std::move(state));
     konfd_ = std::move(konfd);
@@ -410,7 +487,7 @@ void Server::write_state() const
 
 int Server::run()
 {
-    out_.line(fmt::format("vorsim: ready, {} managers{} in {}", inlets_.size(),
+    out_.line(fmt::format("vorsim: ready, {} managers{} in {}", managers_.inlets().size(),
                           konfd_server_ != nullptr ? " and konfd" : ", no konfd,", directory_));
     loop_.run();
     spare_ = Descriptor();

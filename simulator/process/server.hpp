@@ -3,13 +3,15 @@
 
 #include <memory>
 
+#include "faults/plan.hpp"
 #include "gateway/gateway.hpp"
 #include "process/console.hpp"
 #include "process/control.hpp"
-#include "process/inlet.hpp"
 #include "process/journal.hpp"
 #include "process/konfd_server.hpp"
+#include "process/managers.hpp"
 #include "process/options.hpp"
+#include "process/outbox.hpp"
 #include "record/counters.hpp"
 
 namespace vorsim {
@@ -23,20 +25,23 @@ public:
     int run();
 
 private:
-    void bind_manager(std::uint16_t sap);
+    void bind_managers();
     void bind_konfd();
     // A message waits there. It is served in its turn: the earliest of all first.
     void receive(Inlet& inlet);
     bool serve();
     void take(Inlet& inlet);
-    void deliver(Inlet& inlet, const VORINFRA_MESSAGE& message, Arrival arrived, Judgement judgement);
-    void discard(Inlet& inlet, Arrival arrived, const char* what, const std::string& why);
-    void deliver(const KonfdExchange& exchange);
+    void deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Arrival arrived, Judgement judgement);
+    // What a fault makes of it; the manager may be gone then.
+    faults::Delivery disturb(std::uint16_t sap, const VORINFRA_MESSAGE& message, Judgement& judgement);
+    void discard(const Inlet& inlet, Arrival arrived, const char* what, const std::string& why);
+    faults::Hearing deliver(KonfdExchange& exchange);
     // Adds when it came and how long it took, for the journal and for those who watch.
     void record(Json entry, Arrival arrived);
     bool bytes_wanted() const { return journal_.kept() || control_->is_watched(); }
     void write_state() const;
     std::string answer(const Json& request);
+    std::string obey(std::string_view command);
     std::string show(const Json& request) const;
     void reset();
     void load(const Json& document);
@@ -51,11 +56,14 @@ private:
     Console errors_;
     Gateway gateway_;
     konfd::Konfd konfd_;
+    faults::Plan faults_;
+    Managers managers_;
+    Outbox outbox_;
+    Delays delays_;
     Counters counters_;   // since the last reset
     bool blamed_ = false; // ever
     std::uint64_t recorded_ = 0;
     std::unique_ptr<Control> control_;
-    std::vector<std::unique_ptr<Inlet>> inlets_;
     std::unique_ptr<KonfdServer> konfd_server_;
     Arrival horizon_{}; // what came until then is known, whatever its manager
     Journal journal_;

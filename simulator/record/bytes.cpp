@@ -10,7 +10,7 @@
 
 #include <vorinfra_manager.h>
 
-#include "gateway/match.hpp"
+#include "gateway/fit.hpp"
 #include "konfd/command.hpp"
 #include "tables/families.hpp"
 #include "text/text.hpp"
@@ -58,7 +58,7 @@ std::vector<const Row*> record_rows(std::uint16_t sap, std::uint32_t id)
 // sender's buffer held before, perhaps the password of an earlier message.
 std::string record_of(const std::vector<const Row*>& rows, Bytes payload)
 {
-    const Match found = match(rows, payload);
+    const Fitting found = fit(rows, payload);
     if (found.row == nullptr) {
         return payload.empty() ? "" : std::string(vor::mask);
     }

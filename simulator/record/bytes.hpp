@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-#include "gateway/decode.hpp"
+#include "gateway/match.hpp"
 
 namespace vorsim {
 

@@ -13,9 +13,13 @@ namespace vorsim {
 class Family {
 public:
     // The manager of every row that names none itself.
-    consteval Family(std::string_view manager, std::span<const Row> rows) : sap_(sap_of(manager)), rows_(rows) {}
+    consteval Family(std::string_view manager, std::span<const Row> rows, std::span<const Reading> readings = {})
+        : sap_(sap_of(manager)), rows_(rows), readings_(readings)
+    {
+    }
 
     std::span<const Row> rows() const { return rows_; }
+    std::span<const Reading> readings() const { return readings_; }
     // Whether the row's message may reach the manager.
     bool serves(const Row& row, std::int32_t sap) const
     {
@@ -26,6 +30,7 @@ public:
 private:
     std::uint16_t sap_;
     std::span<const Row> rows_;
+    std::span<const Reading> readings_;
 };
 
 std::span<const Family* const> all_families();

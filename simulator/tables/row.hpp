@@ -26,7 +26,6 @@ struct Field {
     Display display{};
     std::uint16_t length{}; // a record's text: the bytes it has there
     std::string_view name{};
-    std::string_view argument{};              // what the call calls it, where that differs
     bool repeated{};                          // the last of a chain, any number of times
     std::string_view counted_by{};            // the field that says how many times
     std::optional<std::int32_t> only_value{}; // the row applies to this value alone
@@ -41,13 +40,6 @@ struct Field {
     {
         Field field = *this;
         field.display = Display::secret;
-        return field;
-    }
-    // The manager's name is one, whatever a call's argument is called.
-    constexpr Field from(std::string_view argument_name) const
-    {
-        Field field = *this;
-        field.argument = argument_name;
         return field;
     }
     constexpr Field repeats(std::string_view count = {}) const
@@ -249,5 +241,24 @@ struct Row {
         return false;
     }
 };
+
+// A measurement or a counter that can be set. The name is a pattern: * is any text.
+struct Reading {
+    std::string_view name{};
+    std::int64_t least{};
+    std::uint64_t most{};
+    bool counts{};
+
+    constexpr Reading() = default;
+    constexpr Reading(std::string_view named, std::int64_t from, std::uint64_t to, bool is_counter = false)
+        : name(named), least(from), most(to), counts(is_counter)
+    {
+    }
+    struct Counter {};
+    constexpr Reading(std::string_view named, Counter) : Reading(named, 0, UINT64_MAX, true) {}
+};
+
+// A counter of 64 bits.
+constexpr Reading::Counter counter{};
 
 } // namespace vorsim

@@ -1,0 +1,100 @@
+#include "faults/faults.hpp"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+namespace vorsim::faults {
+namespace {
+
+void tell(Report& report, const Due& due)
+{
+    report.line += fmt::format(" ({})", due.text());
+    report.record["fault"] = {{"number", due.number}, {"rule", due.rule.text}};
+}
+
+} // namespace
+
+Delivery disturb(Judgement& judgement, const Due& due)
+{
+    using Kind = Action::Kind;
+    using Way = Delivery::Way;
+    constexpr std::uint32_t low_half = 0x1;
+    constexpr std::uint32_t high_half = 0x10000;
+
+    const Action& action = due.rule.action;
+    Report& report = judgement.report;
+    Delivery delivery;
+    switch (action.kind) {
+    case Kind::status: {
+        const auto status = static_cast<std::int32_t>(action.number);
+        judgement.answer = status_answer(status);
+        if (report.record.value("status", Json()) != status) {
+            judgement.told.reset(); // what is refused is not kept
+        }
+        report.record.erase("answer");
+        report.record["status"] = status;
+        judgement.comes_to(fmt::format("status {}", status));
+        break;
+    }
+    case Kind::id_low:
+        judgement.answer_id ^= low_half;
+        break;
+    case Kind::id_high:
+        judgement.answer_id ^= high_half;
+        break;
+    case Kind::id:
+        judgement.answer_id = static_cast<std::uint32_t>(action.number);
+        break;
+    case Kind::no_payload:
+        judgement.answer.clear();
+        break;
+    case Kind::short_payload:
+        judgement.answer.resize(std::min(judgement.answer.size(), static_cast<std::size_t>(action.number)));
+        break;
+    case Kind::late:
+        delivery = {Way::once, action.time};
+        break;
+    case Kind::doubled:
+        delivery.way = Way::twice;
+        break;
+    case Kind::swapped:
+        delivery.way = Way::behind_the_next;
+        break;
+    case Kind::never:
+        delivery.way = Way::never;
+        break;
+    case Kind::refuse:
+        judgement.told.reset();
+        delivery.way = Way::refused;
+        break;
+    case Kind::die:
+        delivery = {Way::dying, action.time};
+        break;
+    default:
+        break; // konfd's own
+    }
+    tell(report, due);
+    return delivery;
+}
+
+Hearing disturb(konfd::Reply& reply, const Due& due)
+{
+    tell(reply.report, due);
+    switch (due.rule.action.kind) {
+    case Action::Kind::answer:
+        reply.answer = fmt::format("{}\n", due.rule.action.text);
+        reply.report.record["answer"] = due.rule.action.text;
+        return Hearing::whole;
+    case Action::Kind::split:
+        return Hearing::split;
+    case Action::Kind::never:
+        return Hearing::never;
+    case Action::Kind::hang_up:
+        return Hearing::hung_up;
+    default:
+        return Hearing::whole;
+    }
+}
+
+} // namespace vorsim::faults

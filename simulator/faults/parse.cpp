@@ -1,0 +1,442 @@
+#include "faults/parse.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <fstream>
+#include <limits>
+#include <set>
+#include <span>
+
+#include <fmt/format.h>
+#include <fnmatch.h>
+
+#include "tables/families.hpp"
+#include "text/nearest.hpp"
+#include "text/text.hpp"
+
+namespace vorsim::faults {
+namespace {
+
+struct Token {
+    std::string text{};
+    std::size_t column{};
+    bool quoted{};
+
+    bool is(std::string_view word) const { return !quoted && text == word; }
+};
+
+constexpr std::string_view blanks = " \t\r";
+
+// Words, quoted texts, colons and commas; the last is empty and stands at the end.
+std::vector<Token> tokens_of(std::string_view line)
+{
+    std::vector<Token> tokens;
+    std::size_t at = line.find_first_not_of(blanks);
+    for (; at < line.size() && line[at] != '#'; at = line.find_first_not_of(blanks, at)) {
+        Token token{.column = at + 1, .quoted = line[at] == '"'};
+        if (token.quoted) {
+            for (++at; at < line.size() && line[at] != '"'; ++at) {
+                at += line[at] == '\\' && at + 1 < line.size() ? 1 : 0;
+                token.text += line[at];
+            }
+            if (at >= line.size()) {
+                throw Complaint(token.column, "this quote is not closed");
+            }
+            ++at;
+        } else if (line[at] == ':' || line[at] == ',') {
+            token.text = line[at++];
+        } else {
+            const std::size_t end = std::min(line.find_first_of(" \t\r:,\"#", at), line.size());
+            token.text = line.substr(at, end - at);
+            at = end;
+        }
+        tokens.push_back(std::move(token));
+    }
+    tokens.push_back({.text = {}, .column = std::min(at, line.size()) + 1});
+    return tokens;
+}
+
+template <class Number>
+std::optional<Number> number_in(std::string_view text)
+{
+    int base = 10;
+    if (text.starts_with("0x")) {
+        text.remove_prefix(2);
+        base = 16;
+    }
+    Number number{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
+    return error == std::errc{} && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
+}
+
+// The number of "2nd", "3rd" and "11th".
+std::optional<std::uint32_t> ordinal_in(std::string_view text)
+{
+    if (text.size() < 3) {
+        return {};
+    }
+    const std::string_view ending = text.substr(text.size() - 2);
+    const auto number = number_in<std::uint32_t>(text.substr(0, text.size() - 2));
+    constexpr std::string_view endings[] = {"st", "nd", "rd", "th"};
+    return number && *number > 0 && std::ranges::find(endings, ending) != std::end(endings) ? number : std::nullopt;
+}
+
+// The millionths of "1%" and "0.25%".
+std::optional<std::uint32_t> chance_in(std::string_view text)
+{
+    double percent = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), percent);
+    const bool good = error == std::errc{} && std::string_view(end, text.data() + text.size()) == "%" && percent > 0 &&
+                      percent <= 100;
+    return good ? std::optional(static_cast<std::uint32_t>(std::lround(percent * 10'000))) : std::nullopt;
+}
+
+std::vector<std::string> who_names()
+{
+    std::vector<std::string> names{"any", "konfd"};
+    for (const Manager& manager : managers) {
+        names.emplace_back(manager.name);
+    }
+    return names;
+}
+
+std::vector<std::string> call_names()
+{
+    std::set<std::string> names;
+    for (const Family* family : all_families()) {
+        for (const Row& row : family->rows()) {
+            names.emplace(row.call);
+        }
+    }
+    return {names.begin(), names.end()};
+}
+
+using Kind = Action::Kind;
+
+enum class Wants : std::uint8_t { nothing, number, time, text };
+
+// What may happen, in words.
+struct ActionRow {
+    std::string_view words;
+    Kind kind;
+    Wants wants;
+    bool manager; // befalls a manager's answers
+    bool konfd;   // befalls konfd's
+};
+
+constexpr ActionRow actions[] = {
+    {"status", Kind::status, Wants::number, true, false},
+    {"id low", Kind::id_low, Wants::nothing, true, false},
+    {"id high", Kind::id_high, Wants::nothing, true, false},
+    {"id", Kind::id, Wants::number, true, false},
+    {"no payload", Kind::no_payload, Wants::nothing, true, false},
+    {"short", Kind::short_payload, Wants::number, true, false},
+    {"late", Kind::late, Wants::time, true, false},
+    {"doubled", Kind::doubled, Wants::nothing, true, false},
+    {"swapped", Kind::swapped, Wants::nothing, true, false},
+    {"never", Kind::never, Wants::nothing, true, true},
+    {"refuse", Kind::refuse, Wants::nothing, true, false},
+    {"die", Kind::die, Wants::time, true, false},
+    {"answer", Kind::answer, Wants::text, false, true},
+    {"split", Kind::split, Wants::nothing, false, true},
+    {"hang up", Kind::hang_up, Wants::nothing, false, true},
+};
+
+std::string action_names(bool konfd)
+{
+    std::string names;
+    for (const ActionRow& row : actions) {
+        if (konfd ? row.konfd : row.manager) {
+            constexpr std::string_view arguments[] = {"", " N", " TIME", " \"TEXT\""};
+            names += fmt::format("{}{}{}", names.empty() ? "" : ", ", row.words,
+                                 arguments[static_cast<std::size_t>(row.wants)]);
+        }
+    }
+    return names;
+}
+
+class Parser {
+public:
+    explicit Parser(std::string_view line) : line_(line), tokens_(tokens_of(line)) {}
+
+    Rule run()
+    {
+        read_who();
+        while (!take(":")) {
+            read_condition();
+        }
+        const std::size_t begin = here().column - 1;
+        read_action();
+        const std::size_t end = here().column - 1;
+        if (take(",")) {
+            read_end();
+        }
+        if (!here().text.empty() || here().quoted) {
+            expected(rule_.end.times || rule_.end.time ? "the rule's end" : "a comma and how often, or the rule's end");
+        }
+        rule_.text = trimmed(line_.substr(tokens_.front().column - 1, here().column - tokens_.front().column));
+        rule_.action_text = trimmed(line_.substr(begin, end - begin));
+        return rule_;
+    }
+
+private:
+    const Token& here() const { return tokens_[at_]; }
+    bool take(std::string_view word)
+    {
+        const bool taken = here().is(word);
+        at_ += taken ? 1 : 0;
+        return taken;
+    }
+    Token next() { return at_ + 1 < tokens_.size() ? tokens_[at_++] : tokens_[at_]; }
+
+    static std::string trimmed(std::string_view text)
+    {
+        const std::size_t end = text.find_last_not_of(blanks);
+        return std::string(text.substr(0, end == text.npos ? 0 : end + 1));
+    }
+
+    [[noreturn]] void expected(const std::string& what, const std::string& otherwise = {}) const
+    {
+        const Token& found = here();
+        const std::string seen = found.text.empty() && !found.quoted ? "the rule ends here"
+                                 : found.quoted                      ? vor::quoted(found.text)
+                                                                     : fmt::format("\"{}\"", vor::escaped(found.text));
+        throw Complaint(found.column, fmt::format("{}; expected {}{}", seen, what, otherwise));
+    }
+
+    template <class Number>
+    Number number(const std::string& what)
+    {
+        const auto number = here().quoted ? std::nullopt : number_in<Number>(here().text);
+        if (!number) {
+            expected(what);
+        }
+        ++at_;
+        return *number;
+    }
+
+    std::uint16_t sap() { return number<std::uint16_t>("a number from 0 to 65535"); }
+
+    void read_who()
+    {
+        Concern& concern = rule_.concern;
+        if (take("any")) {
+            concern.who = Concern::Who::any;
+        } else if (take("konfd")) {
+            concern.who = Concern::Who::konfd;
+        } else if (take("SAP")) {
+            concern.sap = sap();
+        } else {
+            const auto named = here().quoted ? std::nullopt : sap_named(here().text);
+            if (!named) {
+                const auto near = vor::nearest(here().text, who_names());
+                expected("a manager, SAP N, any or konfd", near.empty() ? "" : vor::suggestion(near, ""));
+            }
+            concern.sap = *named;
+            ++at_;
+        }
+    }
+
+    void read_when(Concern::When when, std::optional<std::uint32_t> number, const std::string& what)
+    {
+        Concern& concern = rule_.concern;
+        if (!number) {
+            expected(what);
+        }
+        if (concern.when != Concern::When::always) {
+            expected("one of Nth, every Nth and chance N%, once");
+        }
+        concern.when = when;
+        concern.number = *number;
+        ++at_;
+    }
+
+    void read_condition()
+    {
+        Concern& concern = rule_.concern;
+        const bool konfd = concern.who == Concern::Who::konfd;
+        const Token& token = here();
+        if (token.quoted) {
+            if (!concern.object.empty() || token.text.empty()) {
+                expected(konfd ? "one text of konfd's commands" : "one object");
+            }
+            concern.object = next().text;
+        } else if (take("every")) {
+            read_when(Concern::When::every_nth, ordinal_in(here().text), "2nd, 3rd, 4th ...");
+        } else if (take("chance")) {
+            read_when(Concern::When::chance, chance_in(here().text), "a part of 100, such as 1%");
+        } else if (const auto ordinal = ordinal_in(token.text)) {
+            read_when(Concern::When::nth, ordinal, "");
+        } else if (!konfd && take("from")) {
+            if (!take("SAP") || concern.client) {
+                expected("SAP and the client's number, once");
+            }
+            concern.client = sap();
+        } else if (const auto id = number_in<std::uint32_t>(token.text);
+                   !konfd && id && !concern.id && concern.call.empty()) {
+            concern.id = id;
+            ++at_;
+        } else if (!konfd && !concern.id && concern.call.empty() && token.text.find('_') != token.text.npos) {
+            read_call();
+        } else {
+            expected(konfd ? "\"TEXT\", Nth, every Nth, chance N% or a colon"
+                           : "a call, an id, \"OBJECT\", from SAP N, Nth, every Nth, chance N% or a colon");
+        }
+    }
+
+    void read_call()
+    {
+        const std::vector<std::string> known = call_names();
+        const std::string& name = here().text;
+        const bool is_known = std::ranges::any_of(known, [&](const std::string& call) {
+            return fnmatch(name.c_str(), call.c_str(), 0) == 0 || fnmatch(call.c_str(), name.c_str(), 0) == 0;
+        });
+        if (!is_known) {
+            const auto near = vor::nearest(name, known);
+            expected("a call that sends a message", near.empty() ? "" : vor::suggestion(near, ""));
+        }
+        rule_.concern.call = next().text;
+    }
+
+    bool take_words(std::string_view words)
+    {
+        const std::size_t blank = words.find(' ');
+        const bool two = blank != words.npos;
+        if (!here().is(words.substr(0, blank)) || (two && !tokens_[at_ + 1].is(words.substr(blank + 1)))) {
+            return false;
+        }
+        at_ += two ? 2 : 1;
+        return true;
+    }
+
+    void read_action()
+    {
+        const bool konfd = rule_.concern.who == Concern::Who::konfd;
+        const auto row = std::ranges::find_if(
+            actions, [&](const ActionRow& one) { return (konfd ? one.konfd : one.manager) && take_words(one.words); });
+        if (row == std::end(actions)) {
+            expected(fmt::format("one of {}", action_names(konfd)));
+        }
+        Action& action = rule_.action;
+        action.kind = row->kind;
+        switch (row->wants) {
+        case Wants::number:
+            if (row->kind == Kind::status) {
+                action.number = number<std::int32_t>("a status, such as 7");
+            } else {
+                action.number = number<std::uint32_t>(row->kind == Kind::id ? "an id, such as 0x7003 (or low, high)"
+                                                                            : "how many bytes are left");
+                take("bytes");
+            }
+            break;
+        case Wants::time:
+            action.time = time();
+            break;
+        case Wants::text:
+            if (!here().quoted) {
+                expected("the text between double quotes");
+            }
+            action.text = next().text;
+            break;
+        default:
+            break;
+        }
+    }
+
+    Milliseconds time()
+    {
+        const auto time = here().quoted ? std::nullopt : time_of(here().text);
+        if (!time) {
+            expected("a time, such as 20ms, 4s or 2min");
+        }
+        ++at_;
+        return *time;
+    }
+
+    void read_end()
+    {
+        if (take("for")) {
+            rule_.end.time = time();
+        } else if (take("once")) {
+            rule_.end.times = 1;
+        } else if (take("twice")) {
+            rule_.end.times = 2;
+        } else if (const auto times = number_in<std::uint32_t>(here().text); times && *times > 0 && !here().quoted) {
+            ++at_;
+            if (!take("times")) {
+                expected("times");
+            }
+            rule_.end.times = times;
+        } else {
+            expected("once, twice, N times or for TIME");
+        }
+    }
+
+    std::string_view line_;
+    std::vector<Token> tokens_;
+    std::size_t at_ = 0;
+    Rule rule_;
+};
+
+} // namespace
+
+std::optional<Milliseconds> time_of(std::string_view word)
+{
+    struct Unit {
+        std::string_view name;
+        std::uint32_t milliseconds;
+    };
+    constexpr std::uint32_t longest = 24 * 3600 * 1000;
+    for (const Unit& unit : {Unit{"ms", 1}, Unit{"min", 60'000}, Unit{"s", 1000}}) {
+        if (word.ends_with(unit.name)) {
+            const auto number = number_in<std::uint32_t>(word.substr(0, word.size() - unit.name.size()));
+            return number && *number <= longest / unit.milliseconds
+                       ? std::optional(Milliseconds(std::uint64_t{*number} * unit.milliseconds))
+                       : std::nullopt;
+        }
+    }
+    return {};
+}
+
+std::optional<std::uint16_t> sap_named(std::string_view name)
+{
+    const auto found = std::ranges::find(managers, name, &Manager::name);
+    return found != managers.end() ? std::optional(found->sap) : number_in<std::uint16_t>(name);
+}
+
+Rule parse_rule(std::string_view line)
+{
+    return Parser(line).run();
+}
+
+std::vector<Rule> read_rules(const std::string& file)
+{
+    std::ifstream stream(file);
+    if (!stream) {
+        throw BadFile(fmt::format("{}: cannot be read: {}", file, std::strerror(errno)));
+    }
+    std::vector<Rule> rules;
+    std::string complaints;
+    std::size_t number = 1;
+    for (std::string line; std::getline(stream, line); ++number) {
+        const std::size_t begin = line.find_first_not_of(blanks);
+        if (begin == line.npos || line[begin] == '#') {
+            continue;
+        }
+        try {
+            rules.push_back(parse_rule(line));
+        } catch (const Complaint& complaint) {
+            complaints += fmt::format("{}{}:{}:{}: {}", complaints.empty() ? "" : "\n", file, number, complaint.column,
+                                      complaint.what());
+        }
+    }
+    if (!complaints.empty()) {
+        throw BadFile(complaints);
+    }
+    return rules;
+}
+
+} // namespace vorsim::faults

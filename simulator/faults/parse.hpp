@@ -1,0 +1,39 @@
+// parse.hpp: rules as sentences.
+//
+//   WHO [CALL|ID] ["OBJECT"] [from SAP N] [Nth | every Nth | chance N%]: ACTION[, END]
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "faults/rule.hpp"
+
+namespace vorsim::faults {
+
+// What is wrong with a rule, and where.
+struct Complaint : std::runtime_error {
+    Complaint(std::size_t at_column, const std::string& text) : std::runtime_error(text), column(at_column) {}
+    std::size_t column; // from 1 on
+};
+
+// Throws a Complaint.
+Rule parse_rule(std::string_view line);
+
+// A file that cannot be read, or all that is wrong with it, one FILE:LINE:COLUMN
+// a line.
+struct BadFile : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// One rule a line; # begins a comment. Throws a BadFile.
+std::vector<Rule> read_rules(const std::string& file);
+
+// "20ms", "4s", "2min"
+std::optional<Milliseconds> time_of(std::string_view word);
+
+// A manager's name, "SAP N" or "N".
+std::optional<std::uint16_t> sap_named(std::string_view name);
+
+} // namespace vorsim::faults

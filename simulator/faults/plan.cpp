@@ -1,0 +1,79 @@
+#include "faults/plan.hpp"
+
+#include <stdexcept>
+
+#include <fmt/format.h>
+
+#include "text/text.hpp"
+
+namespace vorsim::faults {
+namespace {
+
+constexpr std::size_t most_rules = 1000;
+
+} // namespace
+
+std::string Due::text() const
+{
+    return fmt::format("fault {}: {}", number, vor::printable(rule.action_text));
+}
+
+unsigned Plan::add(Rule rule, Time now)
+{
+    if (entries_.size() == most_rules) {
+        throw std::runtime_error(fmt::format("there are {} faults already", most_rules));
+    }
+    ++last_;
+    Random random(seed_, fmt::format("fault {}", last_));
+    entries_.emplace(last_, Entry{std::move(rule), random, now});
+    return last_;
+}
+
+bool Plan::Entry::over(Time now) const
+{
+    return (rule.end.times && acted >= *rule.end.times) || (rule.end.time && now >= since + *rule.end.time);
+}
+
+// Whether it is the n-th, an n-th, or drawn.
+bool Plan::Entry::meets()
+{
+    switch (rule.concern.when) {
+    case Concern::When::nth:
+        return concerned == rule.concern.number;
+    case Concern::When::every_nth:
+        return concerned % rule.concern.number == 0;
+    case Concern::When::chance:
+        return random.draw(1'000'000) < rule.concern.number;
+    default:
+        return true;
+    }
+}
+
+std::optional<Due> Plan::due(const Subject& subject, Time now)
+{
+    std::optional<Due> due;
+    for (auto& [number, entry] : entries_) {
+        if (!entry.rule.concern.covers(subject) || entry.over(now) ||
+            (!subject.answered && !entry.rule.action.befalls_one_way())) {
+            continue;
+        }
+        ++entry.concerned;
+        if (entry.meets() && !due) {
+            ++entry.acted;
+            due = Due{number, entry.rule};
+        }
+    }
+    return due;
+}
+
+std::string Plan::text(Time now) const
+{
+    std::string text;
+    for (const auto& [number, entry] : entries_) {
+        text += fmt::format("{}: {} (acted on {} of {}{})\n", number, vor::printable(entry.rule.text), entry.acted,
+                            vor::counted(entry.concerned, "message"), entry.over(now) ? ", over" : "");
+    }
+    return text;
+}
+
+} // namespace vorsim::faults

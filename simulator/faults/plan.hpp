@@ -1,0 +1,55 @@
+// plan.hpp: the rules in force: which of them is due for a message.
+#pragma once
+
+#include <map>
+#include <vector>
+
+#include "faults/rule.hpp"
+#include "values/random.hpp"
+
+namespace vorsim::faults {
+
+using Time = std::chrono::steady_clock::time_point;
+
+// A rule that is due.
+struct Due {
+    unsigned number{}; // the rule's, as it is listed
+    Rule rule;
+
+    // "fault 2: status 7"
+    std::string text() const;
+};
+
+class Plan {
+public:
+    explicit Plan(std::uint64_t seed) : seed_(seed) {}
+
+    // The rule's number. Throws when there are too many.
+    unsigned add(Rule rule, Time now);
+    bool clear(unsigned number) { return entries_.erase(number) != 0; }
+    void clear() { entries_.clear(); }
+
+    // Every rule counts the messages it concerns; the first that is due acts.
+    std::optional<Due> due(const Subject& subject, Time now);
+
+    // One line a rule, with how often it acted.
+    std::string text(Time now) const;
+
+private:
+    struct Entry {
+        Rule rule;
+        Random random;
+        Time since;
+        std::uint64_t concerned = 0;
+        std::uint64_t acted = 0;
+
+        bool over(Time now) const;
+        bool meets();
+    };
+
+    std::uint64_t seed_;
+    unsigned last_ = 0;
+    std::map<unsigned, Entry> entries_;
+};
+
+} // namespace vorsim::faults

@@ -1,0 +1,236 @@
+#include "gateway/fit.hpp"
+
+#include <algorithm>
+#include <cstring>
+
+#include <fmt/format.h>
+
+#include <vorinfra_manager.h>
+
+namespace vorsim {
+namespace {
+
+using Element = VORINFRA_ELEMENT;
+using Rows = std::vector<const Row*>;
+
+// ---- Kinds in words ---------------------------------------------------------
+
+constexpr std::string_view kind_name(Kind kind)
+{
+    constexpr std::string_view names[] = {"one raw byte", "int16", "int32", "string"};
+    return names[static_cast<std::size_t>(kind)];
+}
+
+std::string kind_name(const Element& element)
+{
+    switch (element.kind) {
+    case VORINFRA_INT16:
+        return "int16";
+    case VORINFRA_INT32:
+        return "int32";
+    case VORINFRA_STRING:
+        return "string";
+    default:
+        return fmt::format("{} raw bytes", element.size);
+    }
+}
+
+bool same_kind(const Element& element, const Field& field)
+{
+    switch (field.kind) {
+    case Kind::byte:
+        return element.kind == VORINFRA_RAW && element.size == 1;
+    case Kind::int16:
+        return element.kind == VORINFRA_INT16;
+    case Kind::int32:
+        return element.kind == VORINFRA_INT32;
+    default:
+        return element.kind == VORINFRA_STRING;
+    }
+}
+
+// "a or b", each once.
+class Alternatives {
+public:
+    void add(const std::string& alternative)
+    {
+        if (std::ranges::find(all_, alternative) == all_.end()) {
+            all_.push_back(alternative);
+        }
+    }
+    bool empty() const { return all_.empty(); }
+    std::string text() const { return fmt::format("{}", fmt::join(all_, " or ")); }
+
+private:
+    std::vector<std::string> all_;
+};
+
+// ---- Chains against rows ----------------------------------------------------
+
+// How far a chain fits a row.
+struct Reach {
+    std::size_t elements = 0; // that fit, from the first on
+    bool whole = false;
+    const Field* wanted = nullptr; // what the row has where it stopped; null: nothing more
+};
+
+bool fits(const Element& element, const Field& field)
+{
+    return element.tag == field.tag_or_offset && same_kind(element, field) &&
+           (!field.only_value || element.number == *field.only_value);
+}
+
+Reach compare(const Row& row, const std::vector<Element>& elements)
+{
+    const auto fields = row.layout.fields();
+    Reach reach;
+    std::size_t at = 0;
+    for (const Element& element : elements) {
+        if (at < fields.size() && fits(element, fields[at])) {
+            at += fields[at].repeated ? 0 : 1;
+            ++reach.elements;
+            continue;
+        }
+        reach.wanted = at < fields.size() ? &fields[at] : nullptr;
+        return reach;
+    }
+    reach.whole = at == fields.size() || fields[at].repeated;
+    reach.wanted = reach.whole ? nullptr : &fields[at];
+    return reach;
+}
+
+// Says what stands where the rows that fit furthest stop.
+std::string mismatch(const Rows& rows, const std::vector<Element>& elements)
+{
+    std::size_t furthest = 0;
+    for (const Row* row : rows) {
+        furthest = std::max(furthest, compare(*row, elements).elements);
+    }
+    const std::size_t number = furthest + 1;
+    const Element* const found = furthest < elements.size() ? &elements[furthest] : nullptr;
+    Alternatives expected;
+    for (const Row* row : rows) {
+        const Reach reach = compare(*row, elements);
+        if (reach.elements != furthest || reach.wanted == nullptr) {
+            continue;
+        }
+        const Field& wanted = *reach.wanted;
+        if (found == nullptr || found->tag != wanted.tag_or_offset) {
+            expected.add(fmt::format("tag {} {} ({})", wanted.tag_or_offset, kind_name(wanted.kind), wanted.name));
+        } else if (!same_kind(*found, wanted)) {
+            return fmt::format("element {} ({}, tag {}) is {}, expected {}", number, wanted.name, found->tag,
+                               kind_name(*found), kind_name(wanted.kind));
+        } else {
+            return fmt::format("element {} ({}, tag {}) is {}, expected {}", number, wanted.name, found->tag,
+                               found->number, *wanted.only_value);
+        }
+    }
+    if (found == nullptr) {
+        return furthest == 0 ? fmt::format("carries no element, expected {}", expected.text())
+                             : fmt::format("ends after element {}, expected {}", furthest, expected.text());
+    }
+    return expected.empty()
+               ? fmt::format("element {} (tag {} {}) is one too many", number, found->tag, kind_name(*found))
+               : fmt::format("element {} is tag {} {}, expected {}", number, found->tag, kind_name(*found),
+                             expected.text());
+}
+
+Fitting fit_chain(const Rows& rows, Bytes payload)
+{
+    std::vector<Element> elements;
+    std::uint16_t cursor = 0;
+    for (;;) {
+        Element element{};
+        const int read =
+            vorinfra_next_element(payload.data(), static_cast<std::uint16_t>(payload.size()), &cursor, &element);
+        if (read < 0) {
+            return {.wrong = fmt::format("payload is no chain behind element {}", elements.size())};
+        }
+        if (read == 0) {
+            break;
+        }
+        elements.push_back(element);
+    }
+    const auto row = std::ranges::find_if(rows, [&](const Row* one) { return compare(*one, elements).whole; });
+    if (row == rows.end()) {
+        return {.wrong = mismatch(rows, elements)};
+    }
+    Fitting fitting{.row = *row};
+    const auto fields = fitting.row->layout.fields();
+    for (std::size_t at = 0; at < elements.size(); ++at) {
+        const Field& field = fields[std::min(at, fields.size() - 1)];
+        const Bytes bytes(elements[at].value, elements[at].size);
+        fitting.parts.push_back({&field, bytes, field.kind == Kind::byte ? bytes[0] : elements[at].number});
+    }
+    return fitting;
+}
+
+// ---- Records ----------------------------------------------------------------
+
+std::int32_t number_in(const Field& field, Bytes bytes)
+{
+    std::int32_t wide = 0;
+    std::int16_t narrow = 0;
+    switch (field.kind) {
+    case Kind::byte:
+        return bytes[0];
+    case Kind::int16:
+        std::memcpy(&narrow, bytes.data(), sizeof narrow);
+        return narrow;
+    case Kind::int32:
+        std::memcpy(&wide, bytes.data(), sizeof wide);
+        return wide;
+    default:
+        return 0;
+    }
+}
+
+Fitting fit_record(const Rows& rows, Bytes payload)
+{
+    const std::uint16_t length = rows.front()->layout.length;
+    if (payload.size() != length) {
+        return {.wrong = fmt::format("payload has {} bytes, expected {}", payload.size(), length)};
+    }
+    Alternatives expected;
+    std::string wrong;
+    for (const Row* row : rows) {
+        Fitting fitting{.row = row};
+        bool applies = true;
+        for (const Field& field : row->layout.fields()) {
+            const Bytes bytes = payload.subspan(field.tag_or_offset, field.size());
+            const Part part{&field, bytes, number_in(field, bytes)};
+            fitting.parts.push_back(part);
+            if (field.only_value && part.number != *field.only_value) {
+                applies = false;
+                expected.add(std::to_string(*field.only_value));
+                wrong = fmt::format("{} is {}, expected {}", field.name, part.number, expected.text());
+            }
+        }
+        if (!applies) {
+            continue;
+        }
+        for (const Part& part : fitting.parts) {
+            if (part.field->kind == Kind::text && text_in(part).size() == part.field->length) {
+                return {.wrong =
+                            fmt::format("{} does not end within its {} bytes", part.field->name, part.field->length)};
+            }
+        }
+        return fitting;
+    }
+    return {.wrong = wrong};
+}
+
+} // namespace
+
+std::string_view text_in(const Part& part)
+{
+    const std::string_view text(reinterpret_cast<const char*>(part.bytes.data()), part.bytes.size());
+    return text.substr(0, text.find('\0'));
+}
+
+Fitting fit(const Rows& rows, Bytes payload)
+{
+    return rows.front()->layout.form == Form::record ? fit_record(rows, payload) : fit_chain(rows, payload);
+}
+
+} // namespace vorsim

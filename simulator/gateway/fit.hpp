@@ -1,0 +1,35 @@
+// fit.hpp: which of a message's rows a payload fits, and if none, why not.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tables/row.hpp"
+
+namespace vorsim {
+
+using Bytes = std::span<const std::uint8_t>;
+
+// An element or a field of the row, and what the message holds for it.
+struct Part {
+    const Field* field;
+    Bytes bytes;
+    std::int32_t number;
+};
+
+// A text's bytes up to its terminator.
+std::string_view text_in(const Part& part);
+
+// The row that the payload fits, and its parts; or null and what is wrong.
+struct Fitting {
+    const Row* row{};
+    std::vector<Part> parts{};
+    std::string wrong{};
+};
+
+// The rows are those of one message: they share a form.
+Fitting fit(const std::vector<const Row*>& rows, Bytes payload);
+
+} // namespace vorsim

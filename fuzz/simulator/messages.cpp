@@ -14,7 +14,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     while (!input.empty()) {
         const auto header = input.value<VOR_IPC_MSG_HDR>();
         const Bytes meta_data = input.take(std::min<std::size_t>(header.meta_data_sz, VORINFRA_DATA_MAX));
-        const Bytes payload = input.take(std::min<std::size_t>(header.payload_sz, VORINFRA_DATA_MAX - meta_data.size()));
+        const Bytes payload =
+            input.take(std::min<std::size_t>(header.payload_sz, VORINFRA_DATA_MAX - meta_data.size()));
         const std::uint64_t complaints = gateway.complaints();
         const Judgement judgement = gateway.judge({.sap = header.ipc_dest_id,
                                                    .source = header.ipc_src_id,

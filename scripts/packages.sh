@@ -63,3 +63,7 @@ ensure_arm_packages() {
 ensure_emulator_packages() {
     ensure_packages qemu-user:qemu-arm
 }
+
+ensure_fuzz_packages() {
+    ensure_packages clang:clang++ libclang-rt-14-dev:/usr/lib/llvm-14/lib/clang/14.0.6/include/fuzzer
+}

@@ -3,3 +3,6 @@ vor_test(simulator_test SOURCES simulator_test.cpp simulator_tables_test.cpp LIB
 vor_test(konfd_daemon_test SOURCES konfd_daemon_test.cpp LIBRARIES vorsim_core)
 vor_test(vorsim_process_test SOURCES vorsim_process_test.cpp LIBRARIES vorsim_core)
 add_dependencies(vorsim_process_test vorsim)
+
+vor_test(neighbour_test SOURCES neighbour_test.cpp LIBRARIES vorsim_core)
+add_dependencies(neighbour_test vorcfg vorsim)

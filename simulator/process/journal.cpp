@@ -6,9 +6,6 @@
 #include <cstring>
 #include <ctime>
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <fmt/format.h>
 
 #include "text/text.hpp"
@@ -30,8 +27,7 @@ std::string now_text()
 
 } // namespace
 
-Journal::Journal(const std::string& path)
-    : path_(path), file_(open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600))
+Journal::Journal(const std::string& path) : path_(path), file_(open_own(path))
 {
     if (file_.get() < 0) {
         throw std::runtime_error(fmt::format("cannot write the journal {}: {}", path, std::strerror(errno)));
@@ -45,8 +41,7 @@ void Journal::write(const Json& record)
     }
     Json entry = {{"seq", ++written_}, {"time", now_text()}};
     entry.update(record);
-    const std::string line = vor::dump(entry) + "\n";
-    if (::write(file_.get(), line.data(), line.size()) != static_cast<ssize_t>(line.size())) {
+    if (!write_all(file_.get(), vor::dump(entry) + "\n")) {
         failed_ = true;
         vor::print_line(stderr, fmt::format("vorsim: cannot write the journal {}: {}", path_, std::strerror(errno)));
     }

@@ -6,11 +6,9 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <set>
 
 #include <sys/signalfd.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <fmt/format.h>
@@ -182,12 +180,10 @@ void Server::write_state() const
 {
     const std::string path = *options_.state_file;
     const std::string unfinished = fmt::format("{}.part", path);
-    const mode_t before = umask(0077); // it may hold passwords in clear
-    std::ofstream file(unfinished, std::ios::trunc);
-    umask(before);
-    file << vor::dump(json(), 2) << "\n";
-    file.close();
-    if (!file || std::rename(unfinished.c_str(), path.c_str()) != 0) {
+    unlink(unfinished.c_str());                   // one left behind, or a link that was planted
+    const Descriptor file = open_own(unfinished); // it may hold passwords in clear
+    if (file.get() < 0 || !write_all(file.get(), vor::dump(json(), 2) + "\n") ||
+        std::rename(unfinished.c_str(), path.c_str()) != 0) {
         throw std::runtime_error(fmt::format("cannot write the state {}: {}", path, std::strerror(errno)));
     }
 }

@@ -4,7 +4,6 @@
 #include <cstring>
 #include <fstream>
 #include <functional>
-#include <vector>
 
 #include <fcntl.h>
 #include <grp.h>
@@ -14,7 +13,6 @@
 #include <sys/wait.h>
 
 #include "platform_fixture.hpp"
-#include "process/unix_socket.hpp"
 
 namespace {
 
@@ -139,7 +137,7 @@ TEST_F(Neighbour, a_planted_link_is_refused)
     if (geteuid() == 0) {
         fs::create_symlink(path("mine"), path("open/journal"));
         ASSERT_EQ(0, lchown(path("open/journal").c_str(), stranger, stranger));
-        EXPECT_TRUE(says("vorsim --journal open/journal", 1, "cannot write the journal open/journal"));
+        EXPECT_TRUE(says("timeout 2 vorsim --journal open/journal", 1, "cannot write the journal open/journal"));
     }
     EXPECT_EQ("mine", contents(path("mine")));
 }
@@ -185,9 +183,8 @@ TEST_F(Neighbour, no_descriptor_left_is_told)
     for (int descriptors = 4; fails_at(descriptors); descriptors++) {
         ASSERT_LT(descriptors, few);
     }
-    std::vector<vorsim::Descriptor> clients;
-    while (clients.size() < few) {
-        clients.push_back(vorsim::connect_to(path("root/tmp/konfd.socket")));
+    for (int client = 0; client < few; client++) {
+        connects(SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, path("root/tmp/konfd.socket"));
     }
     std::string line;
     do {

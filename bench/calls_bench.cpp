@@ -1,14 +1,17 @@
 // What a call costs on the development platform: the whole road to a manager
-// and back, beside a bare exchange of datagrams of the same sizes, both with
-// asker and answerer on one processor.
+// and back, beside other roads for the same sizes, asker and answerer on one
+// processor.
 #include <array>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <string>
+#include <vector>
 
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
 #include <poll.h>
 #include <sched.h>
 #include <sys/prctl.h>
@@ -16,6 +19,10 @@
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#ifdef WITH_SD_BUS
+#include <systemd/sd-bus.h>
+#endif
 
 #include <device_mgmt.h>
 #include <vorinfra_manager.h>
@@ -99,6 +106,55 @@ private:
     pid_t child_;
 };
 
+// A program that runs until this goes; what it prints goes to a file.
+class Process {
+public:
+    Process(std::vector<std::string> command, const char* output) : output_(output)
+    {
+        const int file = open(output, O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+        if (file < 0 || (child_ = fork()) < 0) {
+            fail("a program cannot start");
+        }
+        if (child_ == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            dup2(file, STDOUT_FILENO);
+            std::vector<char*> words;
+            for (std::string& word : command) {
+                words.push_back(word.data());
+            }
+            words.push_back(nullptr);
+            execvp(words[0], words.data());
+            _exit(127);
+        }
+        close(file);
+    }
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+    ~Process()
+    {
+        if (!ended_) {
+            kill(child_, SIGKILL);
+            waitpid(child_, nullptr, 0);
+        }
+    }
+
+    // It has printed its first line, and has not ended.
+    bool is_ready()
+    {
+        std::string line;
+        while (!ended_ && !std::getline(std::ifstream(output_), line)) {
+            ended_ = waitpid(child_, nullptr, WNOHANG) == child_;
+            usleep(1000);
+        }
+        return !ended_;
+    }
+
+private:
+    pid_t child_;
+    std::string output_;
+    bool ended_ = false;
+};
+
 void stay_on_one_processor()
 {
     cpu_set_t one;
@@ -109,56 +165,206 @@ void stay_on_one_processor()
     }
 }
 
-int bound_socket(const sockaddr_un& address)
+// --- Roads -----------------------------------------------------------------------
+
+using Request = std::array<char, request_size>;
+using Answer = std::array<char, answer_size>;
+
+int bound_socket(const sockaddr_un& address, int type = SOCK_DGRAM)
 {
-    const int descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    const int descriptor = socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
     if (descriptor < 0 || bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
         fail("bind");
     }
     return descriptor;
 }
 
-template <std::size_t size>
-bool send_bytes(int descriptor, const sockaddr_un& to, const std::array<char, size>& bytes)
+bool wait_for(int descriptor)
 {
-    return sendto(descriptor, bytes.data(), size, 0, reinterpret_cast<const sockaddr*>(&to), sizeof to) == size;
+    pollfd waiting{descriptor, POLLIN, 0};
+    return poll(&waiting, 1, -1) == 1;
 }
 
-void bare_datagrams(benchmark::State& state)
+template <class Bytes>
+bool send_to(int descriptor, const sockaddr_un& to, const Bytes& bytes)
+{
+    return sendto(descriptor, bytes.data(), bytes.size(), 0, reinterpret_cast<const sockaddr*>(&to), sizeof to) ==
+           static_cast<ssize_t>(bytes.size());
+}
+
+template <class Bytes>
+bool receive(int descriptor, Bytes& bytes)
+{
+    return recv(descriptor, bytes.data(), bytes.size(), 0) == static_cast<ssize_t>(bytes.size());
+}
+
+template <class Exchange>
+void repeat(benchmark::State& state, Exchange exchange)
+{
+    while (state.KeepRunning()) {
+        if (!exchange()) {
+            state.SkipWithError("no answer");
+            return;
+        }
+    }
+}
+
+// Datagrams to a path, each side in two system calls; with `polls` in three.
+void datagrams(benchmark::State& state, bool polls)
 {
     const Directory directory;
     const sockaddr_un asker = directory.address("asker");
     const sockaddr_un answerer = directory.address("answerer");
-    const std::array<char, request_size> request{};
-    const std::array<char, answer_size> answer{};
-    std::array<char, VORINFRA_DATA_MAX> buffer;
+    Request request{};
+    Answer answer{};
     const int descriptor = bound_socket(asker);
     const Answerer child([&] { return bound_socket(answerer); },
                          [&](int own) {
-                             if (recv(own, buffer.data(), buffer.size(), 0) != request_size ||
-                                 !send_bytes(own, asker, answer)) {
+                             if ((polls && !wait_for(own)) || !receive(own, request) || !send_to(own, asker, answer)) {
                                  _exit(1);
                              }
                          });
-    while (state.KeepRunning()) {
-        if (!send_bytes(descriptor, answerer, request) ||
-            recv(descriptor, buffer.data(), buffer.size(), 0) != answer_size) {
-            state.SkipWithError("no answer");
-            break;
-        }
-    }
+    repeat(state, [&] {
+        return send_to(descriptor, answerer, request) && (!polls || wait_for(descriptor)) &&
+               receive(descriptor, answer);
+    });
     close(descriptor);
 }
 
-void answered_call(benchmark::State& state)
+// A connected pair: the kernel looks nothing up.
+void packets(benchmark::State& state, bool polls)
+{
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) {
+        fail("socketpair");
+    }
+    Request request{};
+    Answer answer{};
+    const Answerer child([&] { return ends[1]; },
+                         [&](int own) {
+                             if ((polls && !wait_for(own)) || !receive(own, request) ||
+                                 send(own, answer.data(), answer.size(), 0) < 0) {
+                                 _exit(1);
+                             }
+                         });
+    repeat(state, [&] {
+        return send(ends[0], request.data(), request.size(), 0) > 0 && (!polls || wait_for(ends[0])) &&
+               receive(ends[0], answer);
+    });
+    close(ends[0]);
+    close(ends[1]);
+}
+
+#ifdef WITH_SD_BUS
+constexpr char bus_name[] = "org.example.Manager";
+constexpr char bus_path[] = "/manager";
+
+int answer_call(sd_bus_message* call, void*, sd_bus_error*)
+{
+    return sd_bus_reply_method_return(call, "i", 0);
+}
+
+const sd_bus_vtable methods[] = {SD_BUS_VTABLE_START(0),
+                                 SD_BUS_METHOD("Set", "sui", "i", answer_call, SD_BUS_VTABLE_UNPRIVILEGED),
+                                 SD_BUS_VTABLE_END};
+
+void serve(sd_bus* bus)
+{
+    while (sd_bus_process(bus, nullptr) > 0) {}
+    sd_bus_wait(bus, UINT64_MAX);
+}
+
+void call_over(benchmark::State& state, sd_bus* bus, const char* name)
+{
+    repeat(state, [&] {
+        sd_bus_message* reply = nullptr;
+        const int result =
+            sd_bus_call_method(bus, name, bus_path, bus_name, "Set", nullptr, &reply, "sui", ntp_server, 123U, 1);
+        sd_bus_message_unref(reply);
+        return result >= 0;
+    });
+    sd_bus_flush_close_unref(bus);
+}
+
+sd_bus* bus_on(int descriptor, bool server)
+{
+    sd_bus* bus = nullptr;
+    sd_id128_t id{};
+    if (sd_bus_new(&bus) < 0 || sd_bus_set_fd(bus, descriptor, descriptor) < 0 ||
+        (server && sd_bus_set_server(bus, 1, id) < 0) || sd_bus_set_anonymous(bus, 1) < 0 || sd_bus_start(bus) < 0) {
+        fail("sd-bus");
+    }
+    return bus;
+}
+
+void sd_bus_directly(benchmark::State& state)
+{
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
+        fail("socketpair");
+    }
+    const Answerer child(
+        [&] {
+            sd_bus* const bus = bus_on(ends[1], true);
+            sd_bus_add_object_vtable(bus, nullptr, bus_path, bus_name, methods, nullptr);
+            return bus;
+        },
+        serve);
+    call_over(state, bus_on(ends[0], false), nullptr);
+}
+
+sd_bus* bus_at(const std::string& address)
+{
+    sd_bus* bus = nullptr;
+    if (sd_bus_new(&bus) < 0 || sd_bus_set_address(bus, address.c_str()) < 0 || sd_bus_set_bus_client(bus, 1) < 0 ||
+        sd_bus_start(bus) < 0) {
+        fail("sd-bus");
+    }
+    return bus;
+}
+
+void sd_bus_over_a_bus(benchmark::State& state)
+{
+    const Directory directory;
+    const std::string address = std::string("unix:path=") + directory.address("bus").sun_path;
+    Process daemon({"dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address=1", "--address=" + address},
+                   directory.address("output").sun_path);
+    if (!daemon.is_ready()) {
+        state.SkipWithError("no dbus-daemon");
+        return;
+    }
+    const Answerer child(
+        [&] {
+            sd_bus* const bus = bus_at(address);
+            sd_bus_add_object_vtable(bus, nullptr, bus_path, bus_name, methods, nullptr);
+            sd_bus_request_name(bus, bus_name, 0);
+            return bus;
+        },
+        serve);
+    call_over(state, bus_at(address), bus_name);
+}
+#endif
+
+// --- Ours -------------------------------------------------------------------------
+
+void call_repeatedly(benchmark::State& state)
+{
+    if (vor_cfg_create_ipc_endpoint(asker_sap) != 0) {
+        state.SkipWithError("no endpoint");
+        return;
+    }
+    repeat(state, [] { return vor_set_ntp_server(ntp_server, 123, 1) == 0; });
+    vor_cfg_remove_ipc_endpoint();
+}
+
+void to_the_smallest_manager(benchmark::State& state)
 {
     const Directory directory;
     const Answerer manager([] { return vor_ipc_bind(ntp_sap, 0); },
                            [](VOR_IPC_HANDLE* handle) {
                                static VORINFRA_MESSAGE message;
                                constexpr vor_int32 accepted = 0;
-                               pollfd waiting{vorinfra_descriptor(handle), POLLIN, 0};
-                               if (poll(&waiting, 1, -1) == 1 && vorinfra_receive(handle, &message) == 1) {
+                               if (vorinfra_await(handle, &message) == 1) {
                                    if (message.payload_size + sizeof(VOR_IPC_MSG_HDR) != request_size) {
                                        std::fputs("the two exchanges differ in size\n", stderr);
                                        _exit(1);
@@ -166,17 +372,22 @@ void answered_call(benchmark::State& state)
                                    vorinfra_answer(handle, &message, message.id, &accepted, sizeof accepted);
                                }
                            });
-    if (vor_cfg_create_ipc_endpoint(asker_sap) != 0) {
-        state.SkipWithError("no endpoint");
+    call_repeatedly(state);
+}
+
+void to_vorsim(benchmark::State& state, bool journal)
+{
+    const Directory directory;
+    std::vector<std::string> command{VORSIM};
+    if (journal) {
+        command.insert(command.end(), {"--journal", directory.address("journal").sun_path});
+    }
+    Process gateway(command, directory.address("output").sun_path);
+    if (!gateway.is_ready()) {
+        state.SkipWithError("vorsim does not start");
         return;
     }
-    while (state.KeepRunning()) {
-        if (vor_set_ntp_server(ntp_server, 123, 1) != 0) {
-            state.SkipWithError("not accepted");
-            break;
-        }
-    }
-    vor_cfg_remove_ipc_endpoint();
+    call_repeatedly(state);
 }
 
 void serialized_chain(benchmark::State& state)
@@ -215,8 +426,17 @@ void konfd_command(benchmark::State& state)
     vor_cfg_proto_cleanup(query);
 }
 
-BENCHMARK(bare_datagrams)->UseRealTime();
-BENCHMARK(answered_call)->UseRealTime();
+BENCHMARK_CAPTURE(packets, connected, false)->UseRealTime();
+BENCHMARK_CAPTURE(packets, connected_polled, true)->UseRealTime();
+BENCHMARK_CAPTURE(datagrams, by_path, false)->UseRealTime();
+BENCHMARK_CAPTURE(datagrams, by_path_polled, true)->UseRealTime();
+BENCHMARK(to_the_smallest_manager)->UseRealTime();
+BENCHMARK_CAPTURE(to_vorsim, without_journal, false)->UseRealTime();
+BENCHMARK_CAPTURE(to_vorsim, with_journal, true)->UseRealTime();
+#ifdef WITH_SD_BUS
+BENCHMARK(sd_bus_directly)->UseRealTime();
+BENCHMARK(sd_bus_over_a_bus)->UseRealTime();
+#endif
 BENCHMARK(serialized_chain);
 BENCHMARK(konfd_command);
 

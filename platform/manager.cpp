@@ -7,16 +7,18 @@
 
 using namespace vorinfra;
 
-int vorinfra_receive(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message)
+namespace {
+
+int receive(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message, int flags, const char* operation)
 {
-    const Endpoint* const endpoint = bound_endpoint(handle, "vorinfra_receive");
+    const Endpoint* const endpoint = bound_endpoint(handle, operation);
     if (endpoint == nullptr) {
         return -1;
     }
     VOR_IPC_MSG_HDR header;
     Received received;
     do {
-        received = receive_message(*endpoint, header, message->data, MSG_DONTWAIT);
+        received = receive_message(*endpoint, header, message->data, flags);
     } while (received == Received::nothing && errno == EINTR);
     if (received != Received::message) {
         return received == Received::nothing ? 0 : -1;
@@ -36,6 +38,18 @@ int vorinfra_receive(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message)
     message->payload = message->data + header.meta_data_sz;
     message->payload_size = header.payload_sz;
     return 1;
+}
+
+} // namespace
+
+int vorinfra_receive(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message)
+{
+    return receive(handle, message, MSG_DONTWAIT, "vorinfra_receive");
+}
+
+int vorinfra_await(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message)
+{
+    return receive(handle, message, 0, "vorinfra_await");
 }
 
 int vorinfra_answer(VOR_IPC_HANDLE* handle, const VORINFRA_MESSAGE* request, vor_uint32 id, const void* payload,

@@ -55,6 +55,9 @@ int vorinfra_descriptor(const VOR_IPC_HANDLE* handle);
  * (reported on standard error, dropped). Never blocks. */
 int vorinfra_receive(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message);
 
+/* The same, but waits for a message as long as VORINFRA_TIMEOUT_MS: for a manager that has nothing else to do. */
+int vorinfra_await(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message);
+
 /* Answers `request` with a message of the given id (usually the request's own).
  * 0: sent; -1: the asker is gone or does not listen. Never blocks. */
 int vorinfra_answer(VOR_IPC_HANDLE* handle, const VORINFRA_MESSAGE* request, vor_uint32 id, const void* payload,

@@ -3,7 +3,11 @@
 #include <sys/prctl.h>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
+#include "complete/complete.hpp"
+#include "manual/manual.hpp"
+#include "prompt/prompt.hpp"
 #include "report/help.hpp"
 #include "report/page.hpp"
 #include "report/run.hpp"
@@ -13,7 +17,7 @@ using namespace vorcfg;
 
 namespace {
 
-int print(const std::string& text)
+int print(std::string_view text)
 {
     std::fwrite(text.data(), 1, text.size(), stdout);
     return exit_ok;
@@ -83,8 +87,22 @@ int run(const Options& options)
     if (command == "docs") {
         return print(page(wanted_word(words, "docs FAMILY")));
     }
+    if (command == "completion") {
+        return print(completion_script(wanted_word(words, "completion SHELL")));
+    }
+    if (command == "manual") {
+        const std::string* const page = word_behind(words, "manual [PAGE]");
+        return print(page != nullptr ? manual(*page, !options.in_session)
+                                     : fmt::format("{}\n", fmt::join(manual_pages(), "\n")));
+    }
+    if (command == "complete") { // asked by the completion scripts
+        return print(completions(words.subspan(1)));
+    }
+    if (words.empty()) {
+        return run_prompt(options, run);
+    }
     if (words.size() < 2) {
-        std::fputs((words.empty() ? help() : help(wanted_family(command))).c_str(), stderr);
+        std::fputs(help(wanted_family(command)).c_str(), stderr);
         return exit_usage;
     }
     return run_call(options);

@@ -1,42 +1,46 @@
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include <fmt/format.h>
 
-#include <vorinfra_manager.h>
-
-#include "process/control.hpp"
+#include "client/commands.hpp"
 #include "process/options.hpp"
 #include "process/server.hpp"
 #include "text/text.hpp"
 
 namespace {
 
-int show(const vorsim::Options& options)
+struct CannotStart : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// What cannot be begun is told like bad usage: nothing was done.
+std::unique_ptr<vorsim::Server> start(const vorsim::Options& options)
 {
-    const char* const directory = vorinfra_directory();
-    if (directory == nullptr) {
-        throw vorsim::UsageError("the platform directory cannot be used");
+    try {
+        return std::make_unique<vorsim::Server>(options);
+    } catch (const vorsim::UsageError&) {
+        throw;
+    } catch (const std::exception& error) {
+        throw CannotStart(error.what());
     }
-    const std::string answer = vorsim::ask_running(directory, options.json ? "show json" : "show");
-    if (std::fputs(answer.c_str(), stdout) < 0 || std::fflush(stdout) != 0) {
-        throw std::runtime_error(fmt::format("cannot write to standard output: {}", std::strerror(errno)));
-    }
-    return 0;
 }
 
 int run(const std::vector<std::string>& arguments)
 {
+    if (const auto code = vorsim::client::run(arguments)) {
+        return *code;
+    }
     const vorsim::Options options = vorsim::read_options(arguments);
     if (options.help) {
         std::fputs(vorsim::help_text, stdout);
+        std::fputs(vorsim::client::help().c_str(), stdout);
         return 0;
     }
-    return options.show ? show(options) : vorsim::Server(options).run();
+    return start(options)->run();
 }
 
 } // namespace
@@ -47,6 +51,9 @@ int main(int argc, char** argv)
         return run({argv + 1, argv + argc});
     } catch (const vorsim::UsageError& error) {
         vor::print_line(stderr, fmt::format("vorsim: {} (vorsim --help tells the options)", error.what()));
+        return 2;
+    } catch (const CannotStart& error) {
+        vor::print_line(stderr, fmt::format("vorsim: {}", error.what()));
         return 2;
     } catch (const std::exception& error) {
         vor::print_line(stderr, fmt::format("vorsim: {}", error.what()));

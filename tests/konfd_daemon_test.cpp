@@ -1,4 +1,8 @@
 // The simulator's konfd: commands, the tree they leave, and clients' streams.
+#include <random>
+
+#include <regex.h>
+
 #include <gtest/gtest.h>
 
 #include "konfd/session.hpp"
@@ -98,6 +102,43 @@ TEST(konfd, is_not_harmed_by_a_pattern)
     }
 }
 
+// The C library is the measure, where a back reference does not part the two.
+TEST(konfd, reads_and_matches_patterns_as_regcomp_does)
+{
+    constexpr const char* pieces[] = {
+        "a",    "b",     "a",     "_",    ".",    "*",           "+",       "?",       "(",         ")",      "|",
+        "[ab]", "[^a]",  "[a-c]", "[]a]", "[a-]", "[",           "-",       "^",       "$",         "{2}",    "{1,2}",
+        "{,2}", "{0}",   "{1,}",  "{,}",  "{",    "}",           "\\b",     "\\w",     "\\S",       "\\`",    "\\.",
+        "\\",   "[--a]", "[b-a]", "()",   ",",    "[[:alpha:]]", "[[.a.]]", "[[=a=]]", "[[:foo:]]", "[a-a-b]"};
+    std::mt19937 random(5); // NOLINT: the same patterns every time
+    const auto below = [&random](std::size_t end) { return random() % end; };
+    int valid = 0;
+    for (int round = 0; round < 20'000; ++round) {
+        std::string expression;
+        for (std::size_t left = 1 + below(6); left > 0; --left) {
+            expression += pieces[below(std::size(pieces))];
+        }
+        regex_t theirs;
+        const bool taken = regcomp(&theirs, expression.c_str(), REG_EXTENDED | REG_NOSUB) == 0;
+        const auto ours = Pattern::compile(expression);
+        ASSERT_EQ(taken, ours.has_value()) << expression;
+        for (int line = 0; taken && line < 4; ++line) {
+            std::string text;
+            for (std::size_t left = below(7); left > 0; --left) {
+                text += "aabb _1c-"[below(9)];
+            }
+            Work work(100'000);
+            ASSERT_EQ(regexec(&theirs, text.c_str(), 0, nullptr, 0) == 0, ours->matches(text, work))
+                << expression << " on " << text;
+        }
+        if (taken) {
+            regfree(&theirs);
+            ++valid;
+        }
+    }
+    EXPECT_GT(valid, 5'000);
+}
+
 TEST(konfd, fills_up_and_goes_on)
 {
     Konfd konfd;
@@ -135,7 +176,9 @@ class Client : public testing::Test {
 protected:
     void send(const std::string& bytes, bool answer_unread = false)
     {
-        take(session.receive(bytes, now, answer_unread));
+        for (std::string_view left = bytes; !left.empty();) {
+            take(session.receive(left, now, answer_unread));
+        }
     }
     void wait(std::chrono::milliseconds time)
     {
@@ -152,12 +195,7 @@ protected:
     std::string answers;
 
 private:
-    void take(const std::vector<Reply>& replies)
-    {
-        for (const Reply& reply : replies) {
-            answers += reply.answer;
-        }
-    }
+    void take(const std::optional<Exchange>& exchange) { answers += exchange ? exchange->reply.answer : ""; }
 };
 
 TEST_F(Client, is_answered_once_for_each_ended_text)

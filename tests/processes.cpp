@@ -8,12 +8,14 @@
 #include <fstream>
 #include <map>
 #include <poll.h>
+#include <pty.h>
 #include <spawn.h>
 #include <sstream>
 #include <stdexcept>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 extern char** environ;
 
@@ -150,12 +152,13 @@ std::vector<std::string> Workplace::environment() const
     std::vector<std::string> variables;
     for (char** variable = environ; *variable != nullptr; ++variable) {
         const std::string text = *variable;
-        if (text.rfind("VORINFRA_", 0) != 0 && text.rfind("PATH=", 0) != 0) {
+        if (text.rfind("VORINFRA_", 0) != 0 && text.rfind("PATH=", 0) != 0 && text.rfind("XDG_STATE_HOME=", 0) != 0) {
             variables.push_back(text);
         }
     }
     const char* const search = std::getenv("PATH");
     variables.push_back("PATH=" + (path() / "bin").string() + ":" + (search != nullptr ? search : "/usr/bin:/bin"));
+    variables.push_back("XDG_STATE_HOME=" + (path() / "state").string());
     for (const auto& [name, value] : platform_settings(path())) {
         variables.push_back(name + "=" + value);
     }
@@ -233,6 +236,74 @@ int Gateway::stop(int signal_number)
     const int code = exit_code(pid_);
     pid_ = -1;
     return code;
+}
+
+Terminal::Terminal(const Workplace& workplace, const std::vector<std::string>& command)
+{
+    std::vector<std::string> environment = workplace.environment();
+    std::erase_if(environment, [](const std::string& each) { return each.starts_with("TERM="); });
+    environment.emplace_back("TERM=vt100");
+    std::vector<char*> variables;
+    for (std::string& variable : environment) {
+        variables.push_back(variable.data());
+    }
+    variables.push_back(nullptr);
+    std::vector<std::string> words = command;
+    std::vector<char*> arguments;
+    for (std::string& word : words) {
+        arguments.push_back(word.data());
+    }
+    arguments.push_back(nullptr);
+    const std::string directory = workplace.path().string();
+    const winsize size{24, 200, 0, 0};
+    pid_ = forkpty(&terminal_, nullptr, nullptr, &size);
+    if (pid_ == -1) {
+        fail("forkpty");
+    }
+    if (pid_ == 0) {
+        if (chdir(directory.c_str()) == 0) {
+            execve(arguments[0], arguments.data(), variables.data());
+        }
+        _exit(127);
+    }
+    fcntl(terminal_, F_SETFD, FD_CLOEXEC);
+}
+
+Terminal::~Terminal()
+{
+    close(terminal_);
+    if (pid_ != -1) {
+        kill(pid_, SIGKILL);
+        exit_code(pid_);
+    }
+}
+
+void Terminal::type(const std::string& text) const
+{
+    if (write(terminal_, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+        fail("terminal");
+    }
+}
+
+std::string Terminal::shown_until(const std::string& wanted)
+{
+    while (pending_.find(wanted) == std::string::npos) {
+        if (!read_more(terminal_, pending_)) {
+            return std::exchange(pending_, {});
+        }
+    }
+    const std::size_t end = pending_.find(wanted) + wanted.size();
+    std::string shown = pending_.substr(0, end);
+    pending_.erase(0, end);
+    return shown;
+}
+
+Output Terminal::rest()
+{
+    while (read_more(terminal_, pending_)) {}
+    const int code = exit_code(pid_);
+    pid_ = -1;
+    return {std::exchange(pending_, {}), code};
 }
 
 } // namespace processes

@@ -60,6 +60,7 @@ public:
 
     // The next line it prints, without its end; empty when it says nothing more in time.
     std::string next_line();
+    pid_t pid() const { return pid_; }
     // It answers nothing until it goes on.
     void suspend() const;
     void resume() const;
@@ -69,6 +70,26 @@ public:
 private:
     pid_t pid_ = -1;
     int output_ = -1;
+    std::string pending_;
+};
+
+// A program at a terminal of its own, in a workplace; hung up when it goes out of scope.
+class Terminal {
+public:
+    Terminal(const Workplace& workplace, const std::vector<std::string>& command);
+    ~Terminal();
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+
+    void type(const std::string& text) const;
+    // All that was shown since the last such text, up to the wanted one; everything where that does not come.
+    std::string shown_until(const std::string& wanted);
+    // What is shown until the program ends, and its exit code.
+    Output rest();
+
+private:
+    pid_t pid_ = -1;
+    int terminal_ = -1;
     std::string pending_;
 };
 

@@ -325,9 +325,6 @@ TEST(process, outcomes_have_their_exit_codes)
           2},
          {"printf 'ip set-dhcp 0 1\\n  common system-restart 0\\n' > f; vorcfg batch f",
           "f:2:10: is made only with --yes\n", 2}});
-    const processes::Output site = workplace.run("vorcfg batch examples/site.conf | tail -n 1");
-    EXPECT_EQ("examples/site.conf: 130 accepted, 22 sent, 4 delivered with their verdict unread, 0 failed\n",
-              site.text);
 }
 
 TEST(process, names_are_suggested)

@@ -4,3 +4,15 @@ vor_test(shell_test
   LIBRARIES vorcfg_core device_mgmt vorinfra ${CMAKE_DL_LIBS})
 set_target_properties(shell_test PROPERTIES ENABLE_EXPORTS ON)
 add_dependencies(shell_test vorcfg vorsim)
+
+# vorcfg at a terminal: its prompt, and its completion in the shells themselves.
+vor_test(keyboard_test SOURCES keyboard_test.cpp)
+add_dependencies(keyboard_test vorcfg vorsim)
+if(DEVICE_MGMT_PROMPT AND HISTEDIT_INCLUDE_DIR)
+  target_compile_definitions(keyboard_test PRIVATE VOR_EDITED)
+endif()
+
+if(TARGET manual)
+  target_compile_definitions(keyboard_test PRIVATE VOR_MANUAL="${CMAKE_BINARY_DIR}/man")
+  add_dependencies(keyboard_test manual)
+endif()

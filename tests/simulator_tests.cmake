@@ -6,3 +6,8 @@ add_dependencies(vorsim_process_test vorsim)
 
 vor_test(neighbour_test SOURCES neighbour_test.cpp LIBRARIES vorinfra)
 add_dependencies(neighbour_test vorcfg vorsim)
+
+vor_test(vorsim_record_test SOURCES vorsim_record_test.cpp LIBRARIES vorsim_core)
+add_dependencies(vorsim_record_test vorsim vorcfg)
+vor_test(vorsim_attack_test SOURCES vorsim_attack_test.cpp LIBRARIES vorsim_core)
+add_dependencies(vorsim_attack_test vorsim)

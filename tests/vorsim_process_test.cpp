@@ -86,6 +86,8 @@ TEST_F(Vorsim, is_ready_shows_its_state_and_leaves_nothing_behind)
     std::istringstream records(contents(journal));
     std::string record;
     ASSERT_TRUE(std::getline(records, record));
+    EXPECT_EQ(2, nlohmann::json::parse(record)["journal"]);
+    ASSERT_TRUE(std::getline(records, record));
     EXPECT_EQ("vor_cfg_get_system_temperature", nlohmann::json::parse(record)["call"]);
     ASSERT_TRUE(std::getline(records, record));
     EXPECT_EQ("-s -l \"password ********\" \"interface wlan0\"", nlohmann::json::parse(record)["konfd"]);
@@ -106,12 +108,12 @@ TEST_F(Vorsim, says_what_it_cannot_do)
         {"vorsim --frob", 2, "unknown option \"--frob\""},
         {"vorsim --sap 65536", 2, "--sap is \"65536\": must be a number from 0 to 65535"},
         {"vorsim --seed", 2, "--seed needs a value"},
-        {"vorsim show --strict", 2, "show takes --json only"},
+        {"vorsim show --strict", 2, "show takes --json and one MANAGER[/OBJECT]"},
         {"VORINFRA_DIR=relative vorsim", 2, "must be an absolute path"},
         {"VORINFRA_ROOT=relative vorsim", 2, "must be an absolute path"},
         {"vorsim show", 1, "no vorsim runs in"},
-        {"vorsim --journal /nowhere/journal", 1, "cannot write the journal /nowhere/journal"},
-        {"vorsim --state /nowhere/state", 1, "cannot write the state /nowhere/state"},
+        {"vorsim --journal /nowhere/journal", 2, "cannot write the journal /nowhere/journal"},
+        {"vorsim --state /nowhere/state", 2, "cannot write the state /nowhere/state"},
         {"vorsim --help", 0, "exit codes:"},
     };
     for (const auto& [command, code, message] : table) {
@@ -121,7 +123,7 @@ TEST_F(Vorsim, says_what_it_cannot_do)
     }
     Gateway gateway(place, {});
     const Output second = place.run("vorsim");
-    EXPECT_EQ(1, second.exit_code);
+    EXPECT_EQ(2, second.exit_code);
     EXPECT_NE(std::string::npos, second.text.find("another vorsim runs in")) << second.text;
     EXPECT_EQ(0, ask(Bound(client_sap), 2, 0x2021)) << "the first is not disturbed";
 }

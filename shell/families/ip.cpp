@@ -9,19 +9,24 @@ FAMILY(
     call<vor_cfg_set_ip_address>("set-ip-address",
                                  {number("interface_number").between(0, 2).object(), ipv4("ip_address"),
                                   ipv4("subnet_mask"), "config_option"},
-                                 "0 192.168.1.10 255.255.255.0 1"),
+                                 "0 192.168.1.10 255.255.255.0 1")
+        .marked(cuts_link),
     call<vor_cfg_set_ipv6_address>("set-ipv6-address", {object("interface_number"), "ip_address", "config_option"},
-                                   "0 fd00:17::10 1"),
-    call<vor_cfg_set_dhcp>("set-dhcp", {object("interface_number"), "config_option"}, "1 1"),
-    call<vor_cfg_set_ipv6_dhcp>("set-ipv6-dhcp", {object("interface_number"), "config_option"}, "1 1"),
+                                   "0 fd00:17::10 1")
+        .marked(cuts_link),
+    call<vor_cfg_set_dhcp>("set-dhcp", {object("interface_number"), "config_option"}, "1 1").marked(cuts_link),
+    call<vor_cfg_set_ipv6_dhcp>("set-ipv6-dhcp", {object("interface_number"), "config_option"}, "1 1")
+        .marked(cuts_link),
     call<vor_cfg_set_interface_security_params>("set-interface-security-params",
                                                 {object("interface_number"), text("password").secret(), "ssid",
                                                  "encryption_protocol", "config_option"},
-                                                "2 - \"Tower 17\" 3 1"),
+                                                "2 - \"Tower 17\" 3 1")
+        .marked(cuts_link),
     call<vor_cfg_set_access_point_params>("set-access-point-params",
                                           {object("intr_num"), text("passwd").secret(), "ssid", "protocol",
                                            "country_code", "config_option"},
-                                          "2 - \"Tower 17 service\" 3 91 1"),
+                                          "2 - \"Tower 17 service\" 3 91 1")
+        .marked(cuts_link),
     stub<vor_cfg_get_ip_address>("get-ip-address",
                                  {unsent("interface_number"), untouched("ip_address"), untouched("subnet_mask")}, "0"),
     stub<vor_cfg_get_interface_security_params>("get-interface-security-params",
@@ -60,15 +65,19 @@ FAMILY(
                                              "tower17.example 0 192.168.1.1"),
     call<vor_cfg_set_default_gateway>("set-default-gateway",
                                       {ipv4("def_gateway"), decimal<vor_uint16>("iface_num").object(), "config_option"},
-                                      "192.168.1.1 0 1"),
+                                      "192.168.1.1 0 1")
+        .marked(cuts_link),
     call<vor_cfg_show_route_status>("show-route-status", {decimal<vor_uchar>("iface_num").object()}, "0"),
     call<vor_cfg_enable_ip_routing>("enable-ip-routing", {decimal<vor_uint16>("enable_status").choices_of(routing)},
-                                    "0"),
+                                    "0")
+        .marked(cuts_link),
     call<vor_cfg_set_via_route>("set-via-route", {ipv4("ip_address").object(), unsent("via_address")},
-                                "10.20.0.0 192.168.1.2"),
+                                "10.20.0.0 192.168.1.2")
+        .marked(cuts_link),
     call<vor_cfg_set_static_route>("set-static-route",
                                    {ipv4("ip_address").object(), decimal<vor_uint16>("interface_number")},
-                                   "10.30.0.0 1"),
-    call<vor_cfg_remove_ip_route>("remove-ip-route", {ipv4("ip_address").object()}, "10.30.0.0"))
+                                   "10.30.0.0 1")
+        .marked(cuts_link),
+    call<vor_cfg_remove_ip_route>("remove-ip-route", {ipv4("ip_address").object()}, "10.30.0.0").marked(cuts_link))
 
 } // namespace vorcfg

@@ -13,6 +13,7 @@ FAMILY(konfd, part<vor_cfg_proto_init>("proto-init", "konfd query"),
        part<vor_cfg_proto_get_command>("proto-get-command", "konfd query, through vor_konfd_bi_dir_comm"),
        part<vor_konfd_bi_dir_comm>("bi-dir-comm", "konfd query"),
        call<vor_cfg_set_interface_ip>("set-interface-ip", {object("interface"), "ip_address"}, "eth1 192.168.2.10")
+           .marked(cuts_link)
            .on(Channel::konfd),
        konfd_query::row("query", "--set --line mtu 1400 --pattern mtu \"[0-9]+\" --path interface eth1"))
 

@@ -5,6 +5,7 @@ namespace vorcfg {
 FAMILY_OF("konfd", wifi, "the stored Wi-Fi network",
           call<vor_cfg_set_wifi_ssid_password>("set-ssid-password", {"ssid", text("password").secret()},
                                                "\"Tower 17\" -")
+              .marked(cuts_link)
               .on(Channel::konfd))
 
 } // namespace vorcfg

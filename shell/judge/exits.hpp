@@ -1,6 +1,8 @@
 // exits.hpp: the exit codes, the shell's contract with scripts.
 #pragma once
 
+#include <string_view>
+
 namespace vorcfg {
 
 enum ExitCode : int {
@@ -15,6 +17,21 @@ enum ExitCode : int {
     exit_no_input = 8,      // a file, a secret or a terminal cannot be read
     exit_contradiction = 9, // the call's code contradicts what was seen
     exit_no_output = 10,    // standard output cannot be written
+};
+
+// Each in words, as help and the manual tell them.
+inline constexpr std::string_view exit_texts[] = {
+    "accepted, sent one-way, or done",
+    "refused by the manager or konfd",
+    "bad usage, a bad argument or a bad file; nothing was sent",
+    "not delivered",
+    "nothing was sent",
+    "delivered, the verdict cannot be read",
+    "unknown: no answer in time",
+    "no endpoint, the platform cannot be used",
+    "a file, a secret or a terminal cannot be read",
+    "a call contradicts what was seen",
+    "standard output cannot be written",
 };
 
 } // namespace vorcfg

@@ -25,8 +25,7 @@ void Batch::rewind()
     tried_ = true;
 }
 
-// The column of the word complained about; behind the last for one that is missing.
-static std::size_t column_of(const Complaint& complaint, const std::vector<Word>& words)
+std::size_t column_of(const Complaint& complaint, const std::vector<Word>& words)
 {
     if (complaint.place.column != 0) {
         return complaint.place.column;

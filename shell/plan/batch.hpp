@@ -9,6 +9,9 @@
 
 namespace vorcfg {
 
+// The column of the word complained about; behind the last for one that is missing.
+std::size_t column_of(const Complaint& complaint, const std::vector<Word>& words);
+
 std::string read_batch(const std::string& path); // - is standard input
 
 // The calls of a batch, one after the other; none is kept, so that a batch of

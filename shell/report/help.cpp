@@ -37,15 +37,9 @@ std::string filled(std::string_view text, std::size_t indent)
     return out + '\n';
 }
 
-struct Command {
-    std::string_view name;
-    std::string_view usage;
-    std::string_view about;
-    std::string_view more;
-};
-
-constexpr Command commands[] = {
+constexpr Command command_rows[] = {
     {"", "FAMILY CALL ARGUMENT...", "make a call", ""},
+    {"", "", "take lines from standard input, at a terminal with a prompt", ""},
     {"batch", "batch FILE", "make every call of a file; - is standard input",
      "One call a line, as on the command line behind `vorcfg`. # begins a comment; a text with blanks\n"
      "stands between double quotes, with \\\" and \\\\ for the two characters. The file is checked whole, and\n"
@@ -58,6 +52,10 @@ constexpr Command commands[] = {
     {"help", "help [FAMILY [CALL]]", "show a family's calls, a call's arguments; also --help behind them", ""},
     {"docs", "docs FAMILY", "print a family's reference page",
      "Makes every example of the family against the running gateway; nothing is printed unless each succeeds.\n"},
+    {"manual", "manual [PAGE]", "print a manual page, or name them all",
+     "To read it: vorcfg manual vorcfg-gpio.1 | man -l -\n"},
+    {"completion", "completion SHELL", "print the completion for bash or zsh",
+     "For the session: source <(vorcfg completion bash)\n"},
 };
 
 std::string option_text(const OptionRow& row)
@@ -104,10 +102,15 @@ std::string listed(bool json, Wanted wanted)
 
 } // namespace
 
+std::span<const Command> commands()
+{
+    return command_rows;
+}
+
 std::string help()
 {
-    std::string text = "vorcfg changes a gateway's settings, one call or one batch file at a time.\n\n";
-    for (const Command& command : commands) {
+    std::string text = fmt::format("vorcfg {}.\n\n", about_vorcfg);
+    for (const Command& command : command_rows) {
         text += fmt::format("  vorcfg {:<26} {}\n", command.usage, command.about);
     }
     text += "\nFamilies:\n";
@@ -118,21 +121,17 @@ std::string help()
     for (const OptionRow& row : option_rows()) {
         text += fmt::format("  {:<22}{}\n", option_text(row), row.about);
     }
-    return text + "\nNumbers are decimal or 0x. A secret is given as @FILE, - (a line of standard\n"
-                  "input) or ? (a prompt); left out, it is asked for.\n"
-                  "\nExit codes:\n"
-                  "  0 accepted, sent one-way, or done    5 delivered, the verdict cannot be read\n"
-                  "  1 refused by the manager             6 unknown: no answer in time\n"
-                  "  2 bad usage or argument              7 no endpoint, platform unusable\n"
-                  "  3 not delivered                      8 a file or secret cannot be read\n"
-                  "  4 nothing was sent                   9 a call contradicts what was seen\n"
-                  "                                      10 output cannot be written\n";
+    text += fmt::format("\n{}\nExit codes:\n", about_words);
+    for (std::size_t code = 0; code < std::size(exit_texts); code++) {
+        text += fmt::format("  {:>2} {}\n", code, exit_texts[code]);
+    }
+    return text;
 }
 
 std::string help_on_command(std::string_view name)
 {
-    const auto command = std::ranges::find(commands, name, &Command::name);
-    if (name.empty() || command == std::end(commands)) {
+    const auto command = std::ranges::find(command_rows, name, &Command::name);
+    if (name.empty() || command == std::end(command_rows)) {
         return "";
     }
     return fmt::format("vorcfg {}: {}\n{}{}", command->usage, command->about, command->more.empty() ? "" : "\n",
@@ -166,8 +165,9 @@ std::string help(const Row& row)
     if (!row.used_by.empty()) {
         return text + fmt::format("Not called on its own; what uses it: {}\n", row.used_by);
     }
-    text += row.has(answer_unread) ? "The call never reads the manager's answer: no verdict can be had.\n" : "";
-    text += row.has(confirmed) ? "Wants --yes.\n" : "";
+    for (const std::string_view remark : remarks_of(row)) {
+        text += fmt::format("{}\n", remark);
+    }
     text += row.usage_help;
     for (const Argument& argument : row.arguments()) {
         if (row.read != nullptr || !argument.is_given()) {

@@ -242,8 +242,11 @@ std::string json_of(const Row& row)
         json["usage"] = row.usage;
     }
     json["marks"] = Json::array();
-    static constexpr std::pair<Marks, const char*> marks[] = {
-        {answer_unread, "answer_unread"}, {does_nothing, "does_nothing"}, {confirmed, "wants_yes"}, {waits, "waits"}};
+    static constexpr std::pair<Marks, const char*> marks[] = {{answer_unread, "answer_unread"},
+                                                              {does_nothing, "does_nothing"},
+                                                              {confirmed, "wants_yes"},
+                                                              {waits, "waits"},
+                                                              {cuts_link, "cuts_link"}};
     for (const auto& [mark, name] : marks) {
         if (row.has(mark)) {
             json["marks"].push_back(name);

@@ -1,10 +1,15 @@
 #include "report/run.hpp"
 
+#include <csignal>
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
 
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
 #include "plan/batch.hpp"
+#include "prompt/question.hpp"
 #include "report/report.hpp"
 #include "text/text.hpp"
 
@@ -19,6 +24,17 @@ void check_confirmed(const Planned& planned, const Options& options)
     }
 }
 
+// Asked once, and only where someone sits who can answer.
+void ask_before(const std::vector<std::string>& cutting, const Options& options)
+{
+    if (cutting.empty() || options.yes || options.dry_run || !at_terminal()) {
+        return;
+    }
+    if (!agreed(fmt::format("{} may cut the link that you work over; go on?", fmt::join(cutting, ", ")))) {
+        throw Complaint{"nothing was sent"};
+    }
+}
+
 // What a call started ends with this process.
 void wait_for(const Row& row, const Report& report)
 {
@@ -30,7 +46,9 @@ void wait_for(const Row& row, const Report& report)
                "vorcfg: the timer ends with this process, which waits until it is due; interrupt to call the timer "
                "off\n");
     timespec rest{static_cast<time_t>(milliseconds / 1000), static_cast<long>(milliseconds % 1000) * 1000000};
+    const auto before = std::signal(SIGINT, SIG_DFL); // the prompt ignores it
     nanosleep(&rest, nullptr);
+    std::signal(SIGINT, before);
 }
 
 Report make(Session& session, Planned& planned, const Options& options)
@@ -40,8 +58,13 @@ Report make(Session& session, Planned& planned, const Options& options)
     return report;
 }
 
-// Every line of the batch; how many calls it has. Complaints are said, and the exit code is the worst.
-int check(Batch& batch, const Options& options, std::size_t& calls)
+struct Checked {
+    std::size_t calls = 0;
+    std::vector<std::string> cutting; // the lines that may cut the link
+};
+
+// Every line of the batch. Complaints are said, and the exit code is the worst.
+int check(Batch& batch, const Options& options, Checked& checked)
 {
     int exit = exit_ok;
     for (bool more = true; more;) {
@@ -50,7 +73,11 @@ int check(Batch& batch, const Options& options, std::size_t& calls)
             more = planned.has_value();
             if (more) {
                 check_confirmed(*planned, options);
-                calls++;
+                checked.calls++;
+                if (planned->row->has(cuts_link)) {
+                    checked.cutting.push_back(
+                        fmt::format("{} (line {})", planned->row->full_name(), planned->place.line));
+                }
             }
         } catch (const Complaint& complaint) {
             exit = complain(complaint, options.json);
@@ -71,10 +98,15 @@ int complain(const Complaint& complaint, bool json)
 
 int run_call(const Options& options)
 {
-    Secrets secrets({.left_out = options.password.value_or(Word{"?"})});
+    Secrets secrets({.literals = options.in_session,
+                     .standard_input = !options.in_session,
+                     .left_out = options.password.value_or(Word{"?"})});
     Planned planned = plan(options.words, secrets);
     check_confirmed(planned, options);
     rehearse(planned);
+    if (planned.row->has(cuts_link)) {
+        ask_before({planned.row->full_name()}, options);
+    }
     Session session({options.dry_run, options.trace}, options.sap);
     const Report report = make(session, planned, options);
     wait_for(*planned.row, report);
@@ -84,14 +116,19 @@ int run_call(const Options& options)
 int run_batch(const std::string& path, const Options& options)
 {
     const bool from_file = path != "-";
+    if (!from_file && options.in_session) {
+        throw Complaint{"standard input is the session itself"};
+    }
     Batch batch(read_batch(path), from_file ? path : "standard input",
                 {.literals = true,
                  .standard_input = from_file,
                  .directory = std::filesystem::path(from_file ? path : "").parent_path()});
-    std::size_t left = 0;
-    if (const int exit = check(batch, options, left); exit != exit_ok) {
+    Checked checked;
+    if (const int exit = check(batch, options, checked); exit != exit_ok) {
         return exit;
     }
+    ask_before(checked.cutting, options);
+    std::size_t left = checked.calls;
     Session session({options.dry_run, options.trace}, options.sap);
     Tally tally;
     while (auto planned = batch.next()) {

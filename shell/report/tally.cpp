@@ -4,8 +4,7 @@
 
 namespace vorcfg {
 
-// The worst of several failures is what leaves the site least known.
-static ExitCode worse(ExitCode one, ExitCode other)
+ExitCode worse(ExitCode one, ExitCode other)
 {
     static constexpr ExitCode order[] = {exit_ok,      exit_unread,  exit_not_sent,      exit_usage,
                                          exit_refused, exit_unknown, exit_not_delivered, exit_contradiction,

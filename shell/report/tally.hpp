@@ -8,6 +8,9 @@
 
 namespace vorcfg {
 
+// The worst of several failures is what leaves the site least known.
+ExitCode worse(ExitCode one, ExitCode other);
+
 struct Tally {
     unsigned accepted = 0;
     unsigned sent = 0;

@@ -49,7 +49,7 @@ const Family& wanted_family(std::string_view name)
     if (const Family* const family = family_named(name)) {
         return *family;
     }
-    std::vector<std::string> known{"batch", "docs", "help", "list", "search"};
+    std::vector<std::string> known{"batch", "completion", "docs", "help", "list", "manual", "search"};
     std::vector<std::string> calls;
     for (const Family* const family : families()) {
         known.emplace_back(family->name);

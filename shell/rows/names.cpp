@@ -27,6 +27,22 @@ std::string summary_of(const Row& row)
     return row.read != nullptr ? "Edits the stored configuration with one query." : contract_of(row).summary();
 }
 
+std::vector<std::string_view> remarks_of(const Row& row)
+{
+    static constexpr std::pair<Marks, std::string_view> remarks[] = {
+        {answer_unread, "The call never reads the manager's answer: no verdict can be had."},
+        {confirmed, "Wants --yes."},
+        {cuts_link, "May cut the link that one works over: at a terminal it asks first, unless --yes is given."},
+    };
+    std::vector<std::string_view> found;
+    for (const auto& [mark, text] : remarks) {
+        if (row.has(mark)) {
+            found.push_back(text);
+        }
+    }
+    return found;
+}
+
 std::string_view type_name(const Argument& argument)
 {
     static constexpr std::string_view names[] = {

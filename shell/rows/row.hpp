@@ -20,6 +20,7 @@ enum Marks : unsigned {
     does_nothing = 2,  // kept by the library so that programs link
     confirmed = 4,     // wants --yes
     waits = 8,         // what it starts ends with this process, which waits for it
+    cuts_link = 32,    // may end the connection that one works over: asks first at a terminal
 };
 
 // An argument as it was given. Of a result, the room for it.

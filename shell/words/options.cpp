@@ -16,7 +16,7 @@ static constexpr OptionRow rows[] = {
     {"--trace", "", "show each message and its answer on standard error", &Options::trace},
     {"--dry-run", "", "show the exact messages, send nothing; needs no gateway", &Options::dry_run},
     {"--sap", "N", "the shell's own endpoint; by default a free one from 0x1000 up"},
-    {"--yes", "", "for a call that wants to be confirmed", &Options::yes},
+    {"--yes", "", "for a call that wants to be confirmed; ask nothing", &Options::yes},
     {"--keep-going", "", "go on with a batch after a failure", &Options::keep_going},
     {"--password-file", "FILE", "take the call's secret argument from a file"},
     {"--password-stdin", "", "take the call's secret argument from standard input"},
@@ -87,10 +87,22 @@ static bool has_own_options(const std::vector<Word>& words)
 
 Options options_of(std::span<char* const> arguments)
 {
-    Options options;
+    std::vector<Word> typed;
+    for (const char* const argument : arguments) {
+        typed.push_back({argument});
+    }
+    return options_of(std::move(typed), {});
+}
+
+Options options_of(std::vector<Word> typed, Options options)
+{
     bool over = false;
-    for (std::size_t i = 0; i < arguments.size(); i++) {
-        const std::string_view word = arguments[i];
+    for (std::size_t i = 0; i < typed.size(); i++) {
+        const std::string_view word = typed[i].text;
+        if (typed[i].quoted) {
+            options.words.push_back(std::move(typed[i]));
+            continue;
+        }
         if (!over && word == "--") {
             over = true;
             continue;
@@ -98,7 +110,7 @@ Options options_of(std::span<char* const> arguments)
         // a negative number, or - for standard input, is a word
         const bool is_word = !word.starts_with("--") && word != "-h" && !options.words.empty();
         if (over || !word.starts_with('-') || is_word) {
-            options.words.push_back({std::string(word)});
+            options.words.push_back(std::move(typed[i]));
             continue;
         }
         const std::size_t equals = std::min(word.find('='), word.size());
@@ -108,7 +120,7 @@ Options options_of(std::span<char* const> arguments)
             if (!has_own_options(options.words)) {
                 complain_unknown(name);
             }
-            options.words.push_back({std::string(word)});
+            options.words.push_back(std::move(typed[i]));
             continue;
         }
         std::string_view value;
@@ -118,10 +130,10 @@ Options options_of(std::span<char* const> arguments)
             }
             value = word.substr(equals + 1);
         } else if (!row->value.empty()) {
-            if (++i == arguments.size()) {
+            if (++i == typed.size()) {
                 throw Complaint{fmt::format("{}: its value is missing", name)};
             }
-            value = arguments[i];
+            value = typed[i].text;
         }
         take(options, *row, value);
     }

@@ -23,6 +23,7 @@ enum Refusal : std::int32_t {
     unknown_message = 2, // no such id at this manager
     wrong_elements = 3,  // a tag, kind, order, length or fixed value
     wrong_manner = 4,    // a request sent one-way, or a one-way message that waits
+    no_room = 5,         // right, but more than is kept
 };
 
 struct Complaint {

@@ -65,7 +65,9 @@ Judgement Gateway::accept(const Message& message, const Decoded& decoded)
         record["answer"] = json_of(answer.values);
         return judgement;
     }
-    state_.keep(decoded);
+    if (!state_.keep(decoded)) {
+        return refuse(message, {no_room, "nothing more can be kept (vorsim reset makes room)"});
+    }
     if (!row.exchange.answered) {
         line += "no answer awaited";
         record["status"] = nullptr;

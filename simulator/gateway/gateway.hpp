@@ -28,6 +28,7 @@ public:
     Judgement judge(const Message& message);
 
     const State& state() const { return state_; }
+    void hold(State state) { state_ = std::move(state); }
     std::uint64_t messages() const { return messages_; }
     std::uint64_t complaints() const { return complaints_; }
 

@@ -12,7 +12,8 @@ namespace vorsim {
 
 class State {
 public:
-    void keep(const Decoded& decoded);
+    // False when that would be more than is kept.
+    bool keep(const Decoded& decoded);
 
     // The number last told to the object under this name, by whichever call.
     std::optional<std::int32_t> latest(std::uint16_t sap, const std::string& object, std::string_view name) const;
@@ -25,6 +26,7 @@ private:
     struct Setting {
         const Row* row;
         std::vector<Value> values;
+        std::size_t size{}; // in bytes, as shown
     };
     // "port 2" before "port 10".
     struct Natural {
@@ -34,6 +36,7 @@ private:
     using Objects = std::map<std::string, Settings, Natural>;
 
     std::map<std::uint16_t, Objects> managers_;
+    std::size_t size_ = 0;
 };
 
 } // namespace vorsim

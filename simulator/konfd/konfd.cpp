@@ -1,8 +1,8 @@
 #include "konfd/konfd.hpp"
 
-#include <fmt/format.h>
+#include <set>
 
-#include "konfd/pattern.hpp"
+#include <fmt/format.h>
 
 namespace vorsim::konfd {
 namespace {
@@ -10,6 +10,12 @@ namespace {
 // What a client of the configuration library receives at once. More would wait
 // in its socket and be taken for the next answer.
 constexpr std::size_t longest_answer = 50;
+// What one text may cost.
+constexpr std::size_t most_commands = 64;
+constexpr std::size_t most_shown = 1 << 20;
+constexpr std::uint64_t most_work = 4'000'000;
+
+constexpr char not_there[] = "it is not there";
 
 Reply reply_to(const std::string& commands, bool good, const std::string& why)
 {
@@ -27,22 +33,35 @@ Reply reply_to(const std::string& commands, bool good, const std::string& why)
 
 Reply Konfd::refuse(const std::string& why)
 {
-    return reply_to("(unread)", false, why);
+    Reply reply = reply_to("(unread)", false, why);
+    reply.complained = true;
+    return reply;
 }
 
-bool Konfd::carry_out(const Command& command, std::string& shown, std::string& why)
+bool Konfd::carry_out(const Command& command, Work& work, std::string& shown, std::string& why)
 {
-    std::optional<Pattern> pattern;
+    // What the pattern fits is known before anything is changed.
+    std::set<std::string> fitting;
     if (command.pattern) {
-        pattern = Pattern::compile(*command.pattern);
+        const auto pattern = Pattern::compile(*command.pattern);
         if (!pattern) {
             why = "the pattern is no regular expression, or too much of one";
             return false;
         }
+        tree_.has(command.path, [&](const std::string& line) {
+            if (pattern->matches(line, work)) {
+                fitting.insert(line);
+            }
+            return false;
+        });
+        if (work.exhausted()) {
+            why = "the patterns are too much work";
+            return false;
+        }
     }
-    const auto matches_pattern = [&pattern](const std::string& line) { return pattern && pattern->matches(line); };
+    const auto matches_pattern = [&](const std::string& line) { return fitting.contains(line); };
     const auto matches_all = [&](const std::string& line) {
-        return (!pattern || pattern->matches(line)) && (!command.line || *command.line == line);
+        return (!command.pattern || matches_pattern(line)) && (!command.line || *command.line == line);
     };
 
     bool done = true;
@@ -56,13 +75,19 @@ bool Konfd::carry_out(const Command& command, std::string& shown, std::string& w
         break;
     case 'c':
         done = tree_.has(command.path, matches_all);
-        why = done ? "" : "it is not there";
+        why = done ? "" : not_there;
         break;
     default:
         break;
     }
     if (command.show) {
         shown += tree_.text(command.path, show_secrets_);
+        if (shown.size() > most_shown && command.operation != 0) {
+            shown.resize(most_shown); // far more than is answered
+        } else if (shown.size() > most_shown) {
+            why = fmt::format("what is to be shown has more than {} bytes", most_shown);
+            return false;
+        }
     }
     return done;
 }
@@ -73,6 +98,10 @@ Reply Konfd::execute(std::string_view burst)
     if (const auto* const complaint = std::get_if<Complaint>(&parsed)) {
         return refuse(complaint->text);
     }
+    if (std::get<std::vector<Command>>(parsed).size() > most_commands) {
+        return refuse(fmt::format("more than {} commands in one text", most_commands));
+    }
+    Work work(most_work);
     std::string commands;
     std::string shown;
     std::string why;
@@ -81,16 +110,20 @@ Reply Konfd::execute(std::string_view burst)
     for (const Command& command : std::get<std::vector<Command>>(parsed)) {
         commands += fmt::format("{}{}", commands.empty() ? "" : " | ", text_of(command, show_secrets_));
         changes = changes || command.operation != 0;
-        good = carry_out(command, shown, why);
+        good = carry_out(command, work, shown, why);
         if (!good) {
             break;
         }
     }
     Reply reply = reply_to(commands, good, why);
+    reply.complained = !good && why != not_there;
     if (good) {
         reply.answer += shown;
     }
     if (changes && reply.answer.size() > longest_answer) {
+        const std::string cut = fmt::format("cut to {} of {} bytes", longest_answer, reply.answer.size());
+        reply.report.line += fmt::format(" ({})", cut);
+        reply.report.record["shown"] = cut;
         reply.answer.resize(longest_answer);
     }
     return reply;

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "konfd/command.hpp"
+#include "konfd/pattern.hpp"
 #include "konfd/tree.hpp"
 
 namespace vorsim::konfd {
@@ -12,6 +13,7 @@ namespace vorsim::konfd {
 struct Reply {
     std::string answer; // "-o" or "-e", what was to be shown, and a line end
     Report report;
+    bool complained = false; // a check that finds nothing is no complaint
 };
 
 class Konfd {
@@ -30,7 +32,7 @@ public:
 
 private:
     // Adds what the command shows; tells why it failed.
-    bool carry_out(const Command& command, std::string& shown, std::string& why);
+    bool carry_out(const Command& command, Work& work, std::string& shown, std::string& why);
 
     bool show_secrets_;
     Tree tree_;

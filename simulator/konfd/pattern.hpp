@@ -1,29 +1,58 @@
 // pattern.hpp: a client's regular expression, kept from doing harm.
 #pragma once
 
-#include <memory>
+#include <bitset>
+#include <cstdint>
 #include <optional>
 #include <string>
-
-#include <regex.h>
+#include <string_view>
+#include <vector>
 
 namespace vorsim::konfd {
 
-// A POSIX extended regular expression, without back references.
-class Pattern {
+// How much matching may cost, counted in states looked at.
+class Work {
 public:
-    // Nothing when it is none, or would take too much to match.
-    static std::optional<Pattern> compile(const std::string& expression);
+    explicit Work(std::uint64_t steps) : left_(steps) {}
 
-    bool matches(const std::string& line) const;
+    void spend(std::uint64_t steps) { left_ = left_ > steps ? left_ - steps : 0; }
+    bool exhausted() const { return left_ == 0; }
 
 private:
-    struct Free {
-        void operator()(regex_t* expression) const;
-    };
-    explicit Pattern(std::unique_ptr<regex_t, Free> expression) : expression_(std::move(expression)) {}
+    std::uint64_t left_;
+};
 
-    std::unique_ptr<regex_t, Free> expression_;
+// A POSIX extended regular expression, without back references: what the C
+// library's regcomp takes in the C locale. All its states go through a line
+// together, so that the time is linear in the line whatever the pattern, and
+// the memory is the program's.
+class Pattern {
+public:
+    // Nothing when it is none, or too large a one.
+    static std::optional<Pattern> compile(std::string_view expression);
+
+    // Whether it is found in the line. False, too, when the work is used up.
+    bool matches(std::string_view line, Work& work) const;
+
+    enum class Operation : std::uint8_t {
+        bytes,  // one of a set
+        split,  // both ways
+        jump,   // one way
+        assert, // a place between two bytes
+        done,
+    };
+    enum class Place : std::uint8_t { line_begin, line_end, word_edge, no_word_edge, word_begin, word_end };
+    struct Instruction {
+        Operation operation{};
+        Place place{};
+        std::uint16_t first{};  // the next instruction, or the set's number
+        std::uint16_t second{}; // of a split
+    };
+    using Bytes = std::bitset<256>;
+
+private:
+    std::vector<Instruction> program_;
+    std::vector<Bytes> sets_;
 };
 
 } // namespace vorsim::konfd

@@ -1,5 +1,7 @@
 #include "konfd/session.hpp"
 
+#include <utility>
+
 #include <fmt/format.h>
 
 namespace vorsim::konfd {
@@ -17,13 +19,12 @@ bool ends_text(char character)
 
 } // namespace
 
-Reply Session::execute()
+Exchange Session::execute()
 {
     Reply reply =
         too_long_ ? Konfd::refuse(fmt::format("a text of more than {} bytes", longest_text)) : konfd_->execute(text_);
-    text_.clear();
     too_long_ = false;
-    return reply;
+    return {std::exchange(text_, {}), std::move(reply)};
 }
 
 std::chrono::milliseconds Session::wait() const
@@ -38,16 +39,18 @@ std::chrono::milliseconds Session::wait() const
     return last.operation == 's' && last.line->starts_with("ssid ") ? patience : quiet;
 }
 
-std::vector<Reply> Session::receive(std::string_view bytes, Time now, bool answer_unread)
+std::optional<Exchange> Session::receive(std::string_view& bytes, Time now, bool answer_unread)
 {
-    std::vector<Reply> replies;
     const bool anew = text_.empty() && !too_long_;
-    for (const char byte : bytes) {
+    deadline_.reset();
+    while (!bytes.empty()) {
+        const char byte = bytes.front();
+        bytes.remove_prefix(1);
         const bool empty = text_.empty() && !too_long_;
         if (ends_text(byte)) {
             if (!empty) {
-                replies.push_back(execute());
                 answered_unended_ = false;
+                return execute();
             }
         } else if (too_long_ || (empty && is_blank(byte))) {
             continue; // nothing to keep; blanks follow the terminator of a padded query
@@ -58,27 +61,26 @@ std::vector<Reply> Session::receive(std::string_view bytes, Time now, bool answe
             text_ += byte;
         }
     }
-    deadline_.reset();
     if (!text_.empty() || too_long_) {
         deadline_ = now + wait();
         continues_ = anew ? answer_unread && answered_unended_ : continues_;
     }
-    return replies;
+    return {};
 }
 
-std::vector<Reply> Session::time_out()
+std::optional<Exchange> Session::time_out()
 {
     deadline_.reset();
     if (text_.empty() && !too_long_) {
         return {};
     }
-    Reply reply = execute();
+    Exchange exchange = execute();
     answered_unended_ = true;
     if (continues_) {
-        reply.report.line += " (one answer for both)";
-        reply.answer.clear();
+        exchange.reply.report.line += " (one answer for both)";
+        exchange.reply.answer.clear();
     }
-    return {reply};
+    return exchange;
 }
 
 } // namespace vorsim::konfd

@@ -14,7 +14,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "konfd/konfd.hpp"
 
@@ -26,21 +25,28 @@ constexpr std::chrono::milliseconds quiet{10};
 constexpr std::chrono::milliseconds patience{1000};
 constexpr std::size_t longest_text = 16384;
 
+// A text and what came of it.
+struct Exchange {
+    std::string text; // without its end; empty where it was too long to be kept
+    Reply reply;
+};
+
 class Session {
 public:
     explicit Session(Konfd& konfd) : konfd_(&konfd) {}
 
-    // Bytes came in; answer_unread: the client has yet to read an earlier answer.
-    std::vector<Reply> receive(std::string_view bytes, Time now, bool answer_unread);
+    // Takes from the bytes that came in, up to the end of the first text;
+    // answer_unread: the client has yet to read an earlier answer.
+    std::optional<Exchange> receive(std::string_view& bytes, Time now, bool answer_unread);
     // The deadline has passed.
-    std::vector<Reply> time_out();
+    std::optional<Exchange> time_out();
     // The client sends no more.
-    std::vector<Reply> end() { return time_out(); }
+    std::optional<Exchange> end() { return time_out(); }
 
     std::optional<Time> deadline() const { return deadline_; }
 
 private:
-    Reply execute();
+    Exchange execute();
     std::chrono::milliseconds wait() const;
 
     Konfd* konfd_;

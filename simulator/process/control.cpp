@@ -1,19 +1,24 @@
 #include "process/control.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
+#include <utility>
 
 #include <sys/socket.h>
-#include <sys/time.h>
 
 #include <fmt/format.h>
+
+#include "text/text.hpp"
 
 namespace vorsim {
 namespace {
 
 constexpr std::size_t most_clients = 16;
-constexpr std::size_t longest_request = 64;
+constexpr std::ptrdiff_t most_watching = 12;
+constexpr std::size_t longest_request = 1 << 23;
+constexpr std::size_t most_unread = 1 << 18; // of one that watches
+constexpr std::size_t most_seen = 4096;
 
 } // namespace
 
@@ -23,83 +28,171 @@ std::string control_path(const std::string& directory)
 }
 
 Control::Control(Loop& loop, const std::string& path, Handler answer_to)
-    : loop_(loop), listener_(path), answer_to_(std::move(answer_to))
+    : loop_(loop), answer_to_(std::move(answer_to)),
+      door_(
+          loop, path, [this](bool no_descriptor) { return make_room(no_descriptor); },
+          [this](Descriptor socket) { welcome(std::move(socket)); })
 {
-    loop_.watch(listener_.descriptor(), [this] { accept_client(); });
+    loop_.in_turn([this] { return answer_all(); });
 }
 
-void Control::accept_client()
+bool Control::make_room(bool no_descriptor)
 {
-    Descriptor socket = listener_.accept();
-    const int descriptor = socket.get();
-    if (descriptor < 0 || clients_.size() == most_clients) {
-        return;
+    if (clients_.size() < most_clients && !no_descriptor) {
+        return true;
     }
-    clients_.emplace(descriptor, Client{std::move(socket), {}, {}});
+    const auto idle = longest_idle(clients_);
+    if (idle != clients_.end()) {
+        drop_client(idle->first);
+    }
+    return clients_.size() < most_clients;
+}
+
+void Control::welcome(Descriptor socket)
+{
+    const int descriptor = socket.get();
+    clients_.emplace(descriptor, Client{.socket = std::move(socket), .active = std::chrono::steady_clock::now()});
     loop_.watch(descriptor, [this, descriptor] { read_request(descriptor); });
 }
 
 void Control::read_request(int descriptor)
 {
     Client& client = clients_.at(descriptor);
-    std::array<char, longest_request> bytes{};
+    std::array<char, 65536> bytes; // NOLINT: filled by the receive
     const ssize_t size = recv(descriptor, bytes.data(), bytes.size(), MSG_DONTWAIT);
     if (size < 0 && (errno == EAGAIN || errno == EINTR)) {
         return;
     }
-    client.request.append(bytes.data(), size > 0 ? static_cast<std::size_t>(size) : 0);
-    const std::size_t end = client.request.find('\n');
-    if (end == client.request.npos) {
-        if (size <= 0 || client.request.size() > longest_request) {
+    if (size <= 0 || client.wish != Wish::answer) {
+        drop_client(descriptor); // it has left, or talks into what it watches
+        return;
+    }
+    client.active = std::chrono::steady_clock::now();
+    client.input.append(bytes.data(), static_cast<std::size_t>(size));
+    const std::size_t end = std::string_view(bytes.data(), static_cast<std::size_t>(size)).find('\n');
+    if (end == std::string_view::npos) {
+        if (client.input.size() > longest_request) {
             drop_client(descriptor);
         }
         return;
     }
-    client.answer = answer_to_(std::string_view(client.request).substr(0, end));
-    loop_.watch_writing(descriptor, [this, descriptor] { write_answer(descriptor); });
+    loop_.forget(descriptor);
+    fresh_.push_back(descriptor);
 }
 
-void Control::write_answer(int descriptor)
+bool Control::answer_all()
 {
-    std::string& answer = clients_.at(descriptor).answer;
-    const ssize_t sent = send(descriptor, answer.data(), answer.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
-    if (sent < 0 && (errno == EAGAIN || errno == EINTR)) {
+    for (const int descriptor : std::exchange(asked_, std::exchange(fresh_, {}))) {
+        const auto client = clients_.find(descriptor);
+        if (client != clients_.end()) {
+            client->second.output = answer_to(client->second, std::exchange(client->second.input, {}));
+            write_some(descriptor);
+        }
+    }
+    return !asked_.empty();
+}
+
+std::string Control::answer_to(Client& client, const std::string& request)
+{
+    try {
+        const Json asked = Json::parse(request);
+        const std::string what = asked.at("do");
+        if (what == "watch" || what == "wait") {
+            subscribe(client, asked);
+            return client.output;
+        }
+        if (what == "quit") { // its connection tells by its end that all is over
+            client.wish = Wish::one;
+        }
+        return fmt::format("+{}", answer_to_(asked));
+    } catch (const Json::exception&) {
+        return "-the request cannot be understood\n";
+    } catch (const std::exception& error) {
+        return fmt::format("-{}\n", error.what());
+    }
+}
+
+void Control::subscribe(Client& client, const Json& request)
+{
+    const auto watches = [](const auto& one) { return one.second.wish != Wish::answer; };
+    if (std::ranges::count_if(clients_, watches) == most_watching) {
+        throw std::runtime_error(fmt::format("{} watch or wait already", most_watching));
+    }
+    if (request.at("do") == "watch") {
+        client.wish = Wish::all;
+        client.output = "+\n";
         return;
     }
-    if (sent < 0 || static_cast<std::size_t>(sent) == answer.size()) {
+    client.call = request.at("call").get<std::string>();
+    client.object = request.value("object", "");
+    const bool there = std::ranges::any_of(seen_, [&client](const auto& one) {
+        return one.first == client.call && (client.object.empty() || one.second == client.object);
+    });
+    client.wish = there ? Wish::answer : Wish::one;
+    client.output = there ? "+\n" : "?\n";
+}
+
+bool Control::is_watched() const
+{
+    return std::ranges::any_of(clients_, [](const auto& one) { return one.second.wish == Wish::all; });
+}
+
+void Control::publish(const Json& record)
+{
+    const std::string call = record.value("call", "");
+    const std::string object = record.value("object", "");
+    if (!call.empty() && seen_.size() < most_seen) {
+        seen_.emplace(call, object);
+    }
+    const std::string line = is_watched() ? vor::dump(record) + "\n" : "";
+    for (auto next = clients_.begin(); next != clients_.end();) {
+        const int descriptor = next->first;
+        Client& client = (next++)->second; // writing may drop it
+        if (client.wish == Wish::all && client.output.size() + line.size() > most_unread) {
+            ++client.lost;
+            continue;
+        }
+        if (client.wish == Wish::all) {
+            const bool idle = client.output.empty();
+            client.output += client.lost > 0 ? fmt::format("{{\"lost\":{}}}\n", std::exchange(client.lost, 0)) : "";
+            client.output += line;
+            if (idle) {
+                write_some(descriptor);
+            }
+        } else if (client.wish == Wish::one && !call.empty() && client.call == call &&
+                   (client.object.empty() || client.object == object)) {
+            client.wish = Wish::answer;
+            client.output += "+\n";
+            write_some(descriptor);
+        }
+    }
+}
+
+void Control::write_some(int descriptor)
+{
+    Client& client = clients_.at(descriptor);
+    const ssize_t sent = send(descriptor, client.output.data(), client.output.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (sent < 0 && errno != EAGAIN && errno != EINTR) {
         drop_client(descriptor);
         return;
     }
-    answer.erase(0, static_cast<std::size_t>(sent));
+    client.active = sent > 0 ? std::chrono::steady_clock::now() : client.active;
+    client.output.erase(0, static_cast<std::size_t>(std::max<ssize_t>(sent, 0)));
+    if (!client.output.empty()) {
+        loop_.watch_writing(descriptor, [this, descriptor] { write_some(descriptor); });
+    } else if (client.wish == Wish::answer) {
+        drop_client(descriptor);
+    } else {
+        loop_.watch(descriptor, [this, descriptor] { read_request(descriptor); });
+    }
 }
 
 void Control::drop_client(int descriptor)
 {
     loop_.forget(descriptor);
+    std::erase(fresh_, descriptor);
+    std::erase(asked_, descriptor);
     clients_.erase(descriptor);
-}
-
-std::string ask_running(const std::string& directory, const std::string& request)
-{
-    const Descriptor socket = connect_to(control_path(directory));
-    if (socket.get() < 0) {
-        throw std::runtime_error(fmt::format("no vorsim runs in {}", directory));
-    }
-    const timeval limit{5, 0};
-    setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-    if (!send_now(socket.get(), request + "\n")) {
-        throw std::runtime_error(fmt::format("the vorsim in {} does not listen", directory));
-    }
-    std::string answer;
-    std::array<char, 4096> bytes{};
-    ssize_t size = 0;
-    while ((size = recv(socket.get(), bytes.data(), bytes.size(), 0)) > 0) {
-        answer.append(bytes.data(), static_cast<std::size_t>(size));
-    }
-    if (size < 0 || answer.empty()) {
-        throw std::runtime_error(fmt::format("the vorsim in {} does not answer", directory));
-    }
-    return answer;
 }
 
 } // namespace vorsim

@@ -1,44 +1,67 @@
-// control.hpp: how `vorsim show` asks the running gateway.
+// control.hpp: how the running gateway is asked, watched and told.
+//
+// A request is one line of JSON, {"do": WHAT, ...}; the answer is "+" and what
+// was asked for, or "-" and why not, to the connection's end. {"do": "watch"}
+// gets a line of JSON for every message until it leaves, {"do": "wait", "call":
+// NAME, "object": TEXT} "?" where none was yet, then "+" at the first such message.
 #pragma once
 
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 
-#include "process/loop.hpp"
-#include "process/unix_socket.hpp"
+#include "process/door.hpp"
+#include "values/value.hpp"
 
 namespace vorsim {
 
 // The control socket of the gateway in this directory.
 std::string control_path(const std::string& directory);
 
-// One request line a connection, answered to the connection's end.
 class Control {
 public:
-    using Handler = std::function<std::string(std::string_view request)>;
+    // What it throws is the answer, too.
+    using Handler = std::function<std::string(const Json& request)>;
 
     Control(Loop& loop, const std::string& path, Handler answer_to);
 
+    // A record for those who watch or wait.
+    void publish(const Json& record);
+    bool is_watched() const;
+    // What came before is waited for no more.
+    void forget_past() { seen_.clear(); }
+
 private:
+    enum class Wish : std::uint8_t { answer, all, one };
     struct Client {
         Descriptor socket;
-        std::string request;
-        std::string answer;
+        Loop::Time active;
+        std::string input{};
+        std::string output{};
+        Wish wish{};
+        std::string call{}; // of the one
+        std::string object{};
+        std::uint64_t lost{};
     };
+    using Clients = std::map<int, Client>;
 
-    void accept_client();
+    bool make_room(bool no_descriptor);
+    void welcome(Descriptor socket);
     void read_request(int descriptor);
-    void write_answer(int descriptor);
+    bool answer_all();
+    std::string answer_to(Client& client, const std::string& request);
+    void subscribe(Client& client, const Json& request);
+    void write_some(int descriptor);
     void drop_client(int descriptor);
 
     Loop& loop_;
-    Listener listener_;
     Handler answer_to_;
-    std::map<int, Client> clients_;
+    Clients clients_;
+    std::vector<int> fresh_; // clients that asked in this turn: what was sent to managers before is served first
+    std::vector<int> asked_; // in the one before
+    std::set<std::pair<std::string, std::string>> seen_; // calls and objects
+    Door door_;
 };
-
-// Asks the gateway that runs in the directory; throws when none answers.
-std::string ask_running(const std::string& directory, const std::string& request);
 
 } // namespace vorsim

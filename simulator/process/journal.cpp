@@ -1,49 +1,106 @@
 #include "process/journal.hpp"
 
-#include <array>
 #include <cerrno>
-#include <cstdio>
+#include <csignal>
 #include <cstring>
-#include <ctime>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <fmt/format.h>
 
-#include "text/text.hpp"
+#include "text/json.hpp"
 
 namespace vorsim {
 namespace {
 
-// "2024-05-01T12:00:00.123Z"
-std::string now_text()
+constexpr off_t longest_line = 1 << 23;
+
+// A line that a killed process left unfinished is taken away, not added to.
+void remove_torn_line(int file, off_t size)
 {
-    timespec now{};
-    clock_gettime(CLOCK_REALTIME, &now);
-    tm parts{};
-    gmtime_r(&now.tv_sec, &parts);
-    std::array<char, 32> seconds{};
-    std::strftime(seconds.data(), seconds.size(), "%Y-%m-%dT%H:%M:%S", &parts);
-    return fmt::format("{}.{:03}Z", seconds.data(), now.tv_nsec / 1'000'000);
+    char byte = '\n';
+    char first = 0;
+    off_t begin = size;
+    while (begin > 0 && size - begin < longest_line && pread(file, &byte, 1, begin - 1) == 1 && byte != '\n') {
+        first = byte;
+        --begin;
+    }
+    if (begin == size) {
+        return;
+    }
+    if (first != '{') {
+        throw std::runtime_error("it is no journal");
+    }
+    if (ftruncate(file, begin) != 0) {
+        throw std::runtime_error(std::strerror(errno));
+    }
+}
+
+void take_over(int file)
+{
+    struct stat status {};
+    if (fstat(file, &status) != 0) {
+        throw std::runtime_error(std::strerror(errno));
+    }
+    if (!S_ISREG(status.st_mode)) {
+        throw std::runtime_error("it is no file");
+    }
+    if (status.st_uid != geteuid()) {
+        throw std::runtime_error(fmt::format("it belongs to user {}", status.st_uid));
+    }
+    if (status.st_nlink != 1) {
+        throw std::runtime_error("it has a second name");
+    }
+    if (fchmod(file, 0600) != 0) {
+        throw std::runtime_error(std::strerror(errno));
+    }
+    remove_torn_line(file, status.st_size);
 }
 
 } // namespace
 
-Journal::Journal(const std::string& path) : path_(path), file_(open_own(path))
+Journal::Journal(const std::string& path) : path_(path)
 {
+    constexpr int flags = O_RDWR | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    file_ = Descriptor(open(path.c_str(), flags));
+    if (file_.get() < 0 && errno == ENOENT) {
+        file_ = Descriptor(open(path.c_str(), flags | O_CREAT | O_EXCL, 0600));
+        made_ = file_.get() >= 0;
+    }
     if (file_.get() < 0) {
-        throw std::runtime_error(fmt::format("cannot write the journal {}: {}", path, std::strerror(errno)));
+        throw std::runtime_error(fmt::format("cannot write the journal {}: {}", path,
+                                             errno == ELOOP ? "it is a link" : std::strerror(errno)));
+    }
+    try {
+        take_over(file_.get());
+    } catch (const std::exception& error) {
+        throw std::runtime_error(fmt::format("cannot write the journal {}: {}", path, error.what()));
+    }
+    std::signal(SIGXFSZ, SIG_IGN); // a limit is told by the write
+}
+
+Journal::~Journal()
+{
+    struct stat status {};
+    if (made_ && file_.get() >= 0 && fstat(file_.get(), &status) == 0 && status.st_size == 0) {
+        unlink(path_.c_str());
     }
 }
 
 void Journal::write(const Json& record)
 {
-    if (file_.get() < 0 || failed_) {
+    if (!kept()) {
         return;
     }
-    Json entry = {{"seq", ++written_}, {"time", now_text()}};
-    entry.update(record);
-    if (!write_all(file_.get(), vor::dump(entry) + "\n")) {
-        failed_ = true;
-        vor::print_line(stderr, fmt::format("vorsim: cannot write the journal {}: {}", path_, std::strerror(errno)));
+    const std::string line = vor::dump(record) + "\n";
+    const off_t end = lseek(file_.get(), 0, SEEK_END);
+    const ssize_t written = ::write(file_.get(), line.data(), line.size());
+    if (written != static_cast<ssize_t>(line.size())) {
+        const int error = written < 0 ? errno : ENOSPC;
+        [[maybe_unused]] const int whole = ftruncate(file_.get(), end); // no part of a line stays
+        why_ = fmt::format("vorsim: cannot write the journal {}: {}", path_, std::strerror(error));
     }
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <utility>
 
 #include <linux/sockios.h>
 #include <sys/ioctl.h>
@@ -12,6 +13,7 @@ namespace vorsim {
 namespace {
 
 constexpr std::size_t most_clients = 64;
+constexpr int texts_in_turn = 8; // of one client, before another has its turn
 
 // Bytes sent that the client has not received yet.
 bool answer_unread(int descriptor)
@@ -22,66 +24,132 @@ bool answer_unread(int descriptor)
 
 } // namespace
 
-KonfdServer::KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& path, OnReport on_report)
-    : loop_(loop), konfd_(konfd), listener_(path), on_report_(std::move(on_report))
+KonfdServer::KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& path, OnExchange on_exchange)
+    : loop_(loop), konfd_(konfd), on_exchange_(std::move(on_exchange)),
+      door_(
+          loop, path, [this](bool no_descriptor) { return make_room(no_descriptor); },
+          [this](Descriptor socket) { welcome(std::move(socket)); })
 {
-    loop_.watch(listener_.descriptor(), [this] { accept_client(); });
+    loop_.in_turn([this] { return serve_one(); });
+    loop_.at([this] { return deadline(); }, [this] { on_deadline(); });
 }
 
-void KonfdServer::accept_client()
+bool KonfdServer::make_room(bool no_descriptor)
 {
-    Descriptor socket = listener_.accept();
-    const int descriptor = socket.get();
-    if (descriptor < 0 || clients_.size() == most_clients) {
-        return; // one too many finds its connection closed
+    if (clients_.size() < most_clients && !no_descriptor) {
+        return true;
     }
-    clients_.emplace(descriptor, Client{std::move(socket), konfd::Session(konfd_)});
-    loop_.watch(descriptor, [this, descriptor] { read_commands(descriptor); });
+    const auto idle = longest_idle(clients_);
+    if (idle != clients_.end()) {
+        drop_client(idle->first);
+    }
+    return clients_.size() < most_clients;
 }
 
-void KonfdServer::read_commands(int descriptor)
+void KonfdServer::welcome(Descriptor socket)
 {
-    konfd::Session& session = clients_.at(descriptor).session;
-    const bool unread = answer_unread(descriptor);
-    std::array<char, 4096> bytes{}; // at most so much before the others have their turn
+    const int descriptor = socket.get();
+    clients_.emplace(descriptor, Client{.socket = std::move(socket),
+                                        .session = konfd::Session(konfd_),
+                                        .number = ++welcomed_,
+                                        .active = std::chrono::steady_clock::now()});
+    loop_.watch(descriptor, [this, descriptor] { receive(descriptor); });
+}
+
+void KonfdServer::receive(int descriptor)
+{
+    Client& client = clients_.at(descriptor);
+    client.answer_unread = answer_unread(descriptor);
+    std::array<char, 4096> bytes{};
     const ssize_t size = recv(descriptor, bytes.data(), bytes.size(), MSG_DONTWAIT);
-    if (size > 0) {
-        answer(descriptor, session.receive({bytes.data(), static_cast<std::size_t>(size)},
-                                           std::chrono::steady_clock::now(), unread));
-    } else if (size == 0) {
-        if (answer(descriptor, session.end())) {
+    if (size < 0) {
+        if (errno != EAGAIN && errno != EINTR) {
             drop_client(descriptor);
         }
-    } else if (errno != EAGAIN && errno != EINTR) {
-        drop_client(descriptor);
+        return;
     }
+    client.active = std::chrono::steady_clock::now();
+    client.arrived = std::chrono::system_clock::now();
+    client.input.assign(bytes.data(), static_cast<std::size_t>(size));
+    client.ended = size == 0;
+    loop_.forget(descriptor);
+    fresh_.push_back(descriptor);
 }
 
-bool KonfdServer::answer(int descriptor, const std::vector<konfd::Reply>& replies)
+bool KonfdServer::serve_one()
 {
-    std::string answers;
-    for (const konfd::Reply& reply : replies) {
-        on_report_(reply.report);
-        answers += reply.answer;
+    const auto come = std::exchange(fresh_, {});
+    if (turns_.empty()) {
+        turns_.assign(come.begin(), come.end());
+        return !turns_.empty();
     }
-    if (!answers.empty() && !send_now(descriptor, answers)) {
+    turns_.insert(turns_.end(), come.begin(), come.end());
+    const int descriptor = turns_.front();
+    turns_.pop_front();
+    Client& client = clients_.at(descriptor);
+    std::string_view bytes = client.input;
+    const auto exchange = bytes.empty()
+                              ? client.session.end()
+                              : client.session.receive(bytes, std::chrono::steady_clock::now(), client.answer_unread);
+    client.input.erase(0, client.input.size() - bytes.size());
+    if (exchange) {
+        answer(client, *exchange);
+        ++client.served;
+    }
+    carry_on(descriptor);
+    return !turns_.empty();
+}
+
+void KonfdServer::answer(Client& client, const konfd::Exchange& exchange)
+{
+    client.output += exchange.reply.answer;
+    on_exchange_({client.number, client.arrived, exchange});
+}
+
+void KonfdServer::carry_on(int descriptor)
+{
+    Client& client = clients_.at(descriptor);
+    if (!client.output.empty()) {
+        const ssize_t sent = send(descriptor, client.output.data(), client.output.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (sent < 0 && errno != EAGAIN && errno != EINTR) {
+            client.ended = true; // what it has sent is carried out nevertheless
+            client.output.clear();
+        }
+        client.output.erase(0, static_cast<std::size_t>(std::max<ssize_t>(sent, 0)));
+        client.active = sent > 0 ? std::chrono::steady_clock::now() : client.active;
+    }
+    if (!client.output.empty()) {
+        loop_.watch_writing(descriptor, [this, descriptor] { carry_on(descriptor); });
+    } else if (!client.input.empty()) {
+        loop_.forget(descriptor);
+        const bool goes_on = client.served % texts_in_turn != 0;
+        turns_.insert(goes_on ? turns_.begin() : turns_.end(), descriptor);
+    } else if (client.ended) {
         drop_client(descriptor);
-        return false;
+    } else {
+        loop_.watch(descriptor, [this, descriptor] { receive(descriptor); });
     }
-    return true;
 }
 
 void KonfdServer::drop_client(int descriptor)
 {
     loop_.forget(descriptor);
+    std::erase(turns_, descriptor);
+    std::erase(fresh_, descriptor);
     clients_.erase(descriptor);
+}
+
+// One that has more to say has its turn instead.
+std::optional<konfd::Time> KonfdServer::deadline_of(const Client& client)
+{
+    return client.input.empty() && !client.ended ? client.session.deadline() : std::nullopt;
 }
 
 std::optional<konfd::Time> KonfdServer::deadline() const
 {
     std::optional<konfd::Time> first;
     for (const auto& [descriptor, client] : clients_) {
-        const auto deadline = client.session.deadline();
+        const auto deadline = deadline_of(client);
         if (deadline && (!first || *deadline < *first)) {
             first = deadline;
         }
@@ -89,15 +157,19 @@ std::optional<konfd::Time> KonfdServer::deadline() const
     return first;
 }
 
+// Carries out what its sender left without an end; one at a time, as above.
 void KonfdServer::on_deadline()
 {
-    const auto now = std::chrono::steady_clock::now();
-    for (auto next = clients_.begin(); next != clients_.end();) {
-        auto& [descriptor, client] = *next++; // answering may drop it
-        if (client.session.deadline().value_or(konfd::Time::max()) <= now) {
-            answer(descriptor, client.session.time_out());
-        }
+    const auto first = deadline();
+    const auto late =
+        std::ranges::find_if(clients_, [&first](const auto& one) { return first && deadline_of(one.second) == first; });
+    if (late == clients_.end()) {
+        return;
     }
+    if (const auto exchange = late->second.session.time_out()) {
+        answer(late->second, *exchange);
+    }
+    carry_on(late->first);
 }
 
 } // namespace vorsim

@@ -1,6 +1,7 @@
 #include "process/loop.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <system_error>
 
@@ -44,37 +45,58 @@ void Loop::forget(int descriptor)
     }
 }
 
-void Loop::set_deadline(std::function<std::optional<Time>()> next, Handler on_deadline)
+void Loop::at(std::function<std::optional<Time>()> next, Handler on_deadline)
 {
-    next_deadline_ = std::move(next);
-    on_deadline_ = std::move(on_deadline);
+    deadlines_.push_back({std::move(next), std::move(on_deadline)});
+}
+
+void Loop::in_turn(std::function<bool()> work)
+{
+    work_.push_back(std::move(work));
 }
 
 int Loop::milliseconds_left() const
 {
-    const auto next = next_deadline_ ? next_deadline_() : std::nullopt;
-    if (!next) {
+    std::optional<Time> first;
+    for (const Deadline& deadline : deadlines_) {
+        const auto next = deadline.next();
+        first = next && first ? std::min(*next, *first) : next ? next : first;
+    }
+    if (!first) {
         return -1;
     }
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(*next - std::chrono::steady_clock::now());
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(*first - std::chrono::steady_clock::now());
     return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, 60000));
+}
+
+void Loop::act_on_deadlines()
+{
+    for (const Deadline& deadline : deadlines_) {
+        if (deadline.next().value_or(Time::max()) <= std::chrono::steady_clock::now()) {
+            deadline.act();
+        }
+    }
 }
 
 void Loop::run()
 {
+    bool more = false;
     while (running_) {
-        epoll_event events[32];
-        const int count = epoll_wait(poll_.get(), events, 32, milliseconds_left());
-        for (int at = 0; at < count && running_; ++at) {
-            const auto found = handlers_.find(events[at].data.fd);
+        std::array<epoll_event, 256> events; // all that is ready, so that none is overlooked for another
+        const int count =
+            epoll_wait(poll_.get(), events.data(), static_cast<int>(events.size()), more ? 0 : milliseconds_left());
+        for (int at = 0; at < count; ++at) {
+            const auto found = handlers_.find(events[static_cast<std::size_t>(at)].data.fd);
             if (found != handlers_.end()) {
                 const auto handler = found->second; // it may forget itself
                 (*handler)();
             }
         }
-        if (on_deadline_) {
-            on_deadline_();
+        more = false;
+        for (const auto& work : work_) {
+            more = work() || more;
         }
+        act_on_deadlines();
     }
 }
 

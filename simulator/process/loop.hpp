@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "process/unix_socket.hpp"
 
@@ -24,19 +25,27 @@ public:
     void forget(int descriptor);
 
     // When to wake although nothing came in, and what to do then.
-    void set_deadline(std::function<std::optional<Time>()> next, Handler on_deadline);
+    void at(std::function<std::optional<Time>()> next, Handler on_deadline);
+    // What is done in every turn, a bounded piece at a time. True: there is more.
+    void in_turn(std::function<bool()> work);
 
     void run();
     void stop() { running_ = false; }
 
 private:
+    struct Deadline {
+        std::function<std::optional<Time>()> next;
+        Handler act;
+    };
+
     void add(int descriptor, std::uint32_t events, Handler handler);
     int milliseconds_left() const;
+    void act_on_deadlines();
 
     Descriptor poll_;
     std::map<int, std::shared_ptr<Handler>> handlers_;
-    std::function<std::optional<Time>()> next_deadline_;
-    Handler on_deadline_;
+    std::vector<Deadline> deadlines_;
+    std::vector<std::function<bool()>> work_;
     bool running_ = true;
 };
 

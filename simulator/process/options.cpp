@@ -24,7 +24,7 @@ Number number_of(const std::string& option, const std::string& text)
 
 const char* const help_text =
     R"(usage: vorsim [OPTION]...        be the gateway: all managers and konfd
-       vorsim show [--json]      print what the running gateway has been told
+       vorsim COMMAND ...        as told below
 
   --sap N           serve one more SAP for transport applications (repeatable)
   --strict          exit with 3 when any message was not as the tables say
@@ -32,7 +32,6 @@ const char* const help_text =
   --state FILE      write the state as JSON, at the start and when stopping
   --journal FILE    append one JSON object per message
   --show-secrets    passwords in clear, in lines, state, journal and konfd's answers
-  --json            with show: JSON instead of text
   --help            print this
 
 environment:
@@ -44,9 +43,13 @@ environment:
 A line "vorsim: ready, ..." tells that messages can be sent. SIGTERM and SIGINT
 stop the gateway and remove its sockets.
 
-exit codes: 0 stopped or shown; 1 failed (a SAP is in use, a file cannot be
-written, nothing runs to be shown); 2 a bad option or environment; 3 complaints
-under --strict.
+exit codes: 0 stopped, or the command did its work; 1 failed (the journal could
+not be written on, nothing runs to be asked, a replay found differences); 2 bad
+usage or environment, or it could not start: a SAP or the directory is in use, a
+file cannot be written; 3 complaints under --strict, malformed and foreign
+messages among them.
+
+commands:
 )";
 
 Options read_options(const std::vector<std::string>& arguments)
@@ -62,12 +65,6 @@ Options read_options(const std::vector<std::string>& arguments)
         };
         if (option == "--help" || option == "-h") {
             options.help = true;
-        } else if (option == "show" && argument == arguments.begin()) {
-            options.show = true;
-        } else if (options.show && option != "--json") {
-            throw UsageError(fmt::format("show takes --json only, not \"{}\"", option));
-        } else if (options.show) {
-            options.json = true;
         } else if (option == "--sap") {
             options.more_saps.push_back(number_of<std::uint16_t>("--sap", value()));
         } else if (option == "--seed") {

@@ -16,8 +16,6 @@ struct UsageError : std::runtime_error {
 
 struct Options {
     bool help = false;
-    bool show = false; // ask the running gateway instead of being one
-    bool json = false;
     bool strict = false;
     bool show_secrets = false;
     std::uint64_t seed = 1;

@@ -4,20 +4,28 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <set>
 
-#include <sys/signalfd.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <fmt/format.h>
 
+#include "process/stop.hpp"
+#include "record/bytes.hpp"
+#include "record/reader.hpp"
+#include "record/stored.hpp"
 #include "tables/managers.hpp"
 #include "text/text.hpp"
 
 namespace vorsim {
 namespace {
+
+namespace fs = std::filesystem;
 
 constexpr char konfd_socket[] = "/tmp/konfd.socket";
 constexpr int messages_in_turn = 64;
@@ -31,28 +39,92 @@ std::string usable_directory()
     return directory;
 }
 
-// SIGTERM and SIGINT as readable events.
-Descriptor stop_signals()
+// Two files, neither of them a folder.
+void check_files(const Options& options)
 {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGTERM);
-    sigaddset(&signals, SIGINT);
-    sigprocmask(SIG_BLOCK, &signals, nullptr);
-    return Descriptor(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+    std::error_code ignored;
+    for (const auto* file : {&options.state_file, &options.journal_file}) {
+        if (*file && fs::is_directory(**file, ignored)) {
+            throw UsageError(fmt::format("{} is a folder", **file));
+        }
+    }
+    if (!options.state_file || !options.journal_file) {
+        return;
+    }
+    const fs::path state = fs::weakly_canonical(fs::absolute(*options.state_file), ignored);
+    const fs::path journal = fs::weakly_canonical(fs::absolute(*options.journal_file), ignored);
+    if (state == journal || fs::equivalent(state, journal, ignored)) {
+        throw UsageError(fmt::format("--state and --journal are one file: {}", *options.state_file));
+    }
+}
+
+// "2024-05-01T12:00:00.123456Z"
+std::string time_text(Arrival time)
+{
+    const auto since = std::chrono::floor<std::chrono::microseconds>(time.time_since_epoch());
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(since);
+    const auto whole = static_cast<std::time_t>(seconds.count());
+    tm parts{};
+    gmtime_r(&whole, &parts);
+    std::array<char, 32> text{};
+    std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S", &parts);
+    return fmt::format("{}.{:06}Z", text.data(), (since - seconds).count());
+}
+
+Message message_of(const Inlet& inlet, const VORINFRA_MESSAGE& message)
+{
+    return {.sap = inlet.handle()->sap_id,
+            .source = message.source,
+            .id = message.id,
+            .answer_wanted = message.answer_wanted != 0,
+            .meta_data = {message.meta_data, message.meta_data_size},
+            .payload = {message.payload, message.payload_size}};
+}
+
+// Whether the datagram has the form of a message.
+bool is_message(const std::vector<std::uint8_t>& datagram)
+{
+    VOR_IPC_MSG_HDR header{};
+    if (datagram.size() < sizeof header) {
+        return false;
+    }
+    std::memcpy(&header, datagram.data(), sizeof header);
+    return datagram.size() == sizeof header + std::size_t{header.meta_data_sz} + header.payload_sz;
+}
+
+// The lines that concern one manager, or one of its objects.
+std::string section(const std::string& text, const std::string& manager, const std::string& object)
+{
+    std::string found;
+    bool in_manager = false;
+    bool in_object = object.empty();
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = text.find('\n', begin) + 1;
+        const std::string_view line(text.data() + begin, end - begin);
+        begin = end;
+        if (!line.starts_with(" ")) {
+            in_manager = line.substr(0, line.find_first_of("(\n")) == manager;
+        } else if (in_manager && !line.starts_with("   ") && !object.empty()) {
+            in_object = line.substr(2, line.size() - 3) == object;
+        }
+        found += in_manager && (in_object || !line.starts_with(" ")) ? line : "";
+    }
+    return found;
 }
 
 } // namespace
 
 Server::Server(const Options& options)
-    : options_(options), directory_(usable_directory()),
-      gateway_({.seed = options.seed, .show_secrets = options.show_secrets}), konfd_(options.show_secrets),
-      journal_(options.journal_file ? Journal(*options.journal_file) : Journal()), signals_(stop_signals())
+    : options_(options), directory_(usable_directory()), stop_requests_(stop_requests()), out_(loop_, STDOUT_FILENO),
+      errors_(loop_, STDERR_FILENO), gateway_({.seed = options.seed, .show_secrets = options.show_secrets}),
+      konfd_(options.show_secrets), spare_(open("/dev/null", O_RDONLY | O_CLOEXEC))
 {
     std::signal(SIGPIPE, SIG_IGN);
+    check_files(options_);
+    loop_.in_turn([this] { return serve(); }); // before all that is asked about it
     try {
         control_ = std::make_unique<Control>(loop_, control_path(directory_),
-                                             [this](std::string_view request) { return show(request); });
+                                             [this](const Json& request) { return answer(request); });
     } catch (const InUse&) {
         throw std::runtime_error(fmt::format("another vorsim runs in {}", directory_));
     }
@@ -64,21 +136,27 @@ Server::Server(const Options& options)
         bind_manager(sap);
     }
     bind_konfd();
+    if (options_.journal_file) {
+        journal_ = Journal(*options_.journal_file);
+    }
     if (options_.state_file) {
         write_state(); // what cannot be written is better known now
     }
-    loop_.watch(signals_.get(), [this] { loop_.stop(); });
+    journal_.write({{"journal", journal_version},
+                    {"time", time_text(std::chrono::system_clock::now())},
+                    {"seed", options_.seed},
+                    {"secrets", options_.show_secrets}});
+    loop_.watch(stop_requests_.get(), [this] { loop_.stop(); });
 }
 
 void Server::bind_manager(std::uint16_t sap)
 {
-    Endpoint endpoint(vor_ipc_bind(sap, 0));
-    if (endpoint == nullptr) {
+    auto inlet = std::make_unique<Inlet>(sap);
+    if (inlet->handle() == nullptr) {
         throw std::runtime_error(fmt::format("cannot serve SAP {} in {}", sap, directory_));
     }
-    VOR_IPC_HANDLE* const handle = endpoint.get();
-    loop_.watch(vorinfra_descriptor(handle), [this, handle] { receive(handle); });
-    endpoints_.push_back(std::move(endpoint));
+    loop_.watch(inlet->descriptor(), [this, which = inlet.get()] { receive(*which); });
+    inlets_.push_back(std::move(inlet));
 }
 
 void Server::bind_konfd()
@@ -92,62 +170,139 @@ void Server::bind_konfd()
         if (rooted) {
             std::filesystem::create_directories(std::filesystem::path(path.data()).parent_path());
         }
-        konfd_server_ =
-            std::make_unique<KonfdServer>(loop_, konfd_, path.data(), [this](const Report& what) { report(what); });
+        konfd_server_ = std::make_unique<KonfdServer>(loop_, konfd_, path.data(),
+                                                      [this](const KonfdExchange& exchange) { deliver(exchange); });
     } catch (const std::exception& error) {
         if (rooted) {
             throw;
         }
         // The real path may be a real konfd's.
-        vor::print_line(
-            stderr,
+        errors_.line(
             fmt::format("vorsim: konfd is not served: {} (VORINFRA_ROOT gives it a place of its own)", error.what()));
-        return;
     }
-    loop_.set_deadline([this] { return konfd_server_->deadline(); }, [this] { konfd_server_->on_deadline(); });
 }
 
-void Server::receive(VOR_IPC_HANDLE* endpoint)
+void Server::receive(Inlet& inlet)
 {
-    VORINFRA_MESSAGE message;
+    horizon_ = std::max(horizon_, inlet.next().value_or(Arrival{}));
+}
+
+// What arrived after the horizon waits for the next turn: only then is it known
+// that nothing came before it at another manager.
+bool Server::serve()
+{
     for (int turn = 0; turn < messages_in_turn; ++turn) {
-        const int received = vorinfra_receive(endpoint, &message);
-        if (received == 0) {
-            return;
+        Inlet* first = nullptr;
+        for (const auto& inlet : inlets_) {
+            const auto next = inlet->known();
+            if (next && *next <= horizon_ && (first == nullptr || *next < *first->known())) {
+                first = inlet.get();
+            }
         }
-        if (received > 0) {
-            deliver(endpoint, message,
-                    gateway_.judge({.sap = endpoint->sap_id,
-                                    .source = message.source,
-                                    .id = message.id,
-                                    .answer_wanted = message.answer_wanted != 0,
-                                    .meta_data = {message.meta_data, message.meta_data_size},
-                                    .payload = {message.payload, message.payload_size}}));
+        if (first == nullptr) {
+            break;
         }
+        take(*first);
+        first->next();
+    }
+    horizon_ = std::chrono::system_clock::now();
+    return false; // what is left is readable still
+}
+
+void Server::take(Inlet& inlet)
+{
+    const Arrival arrived = *inlet.known();
+    VORINFRA_MESSAGE message;
+    const int received = inlet.receive(message);
+    if (std::ferror(stderr) != 0) { // the platform's own line found no room
+        std::clearerr(stderr);
+        errors_.count_lost(1);
+    }
+    if (received < 0) {
+        const bool answers = is_message(inlet.datagram());
+        discard(inlet, arrived, answers ? "foreign" : "malformed",
+                answers ? "an answer that nobody awaits"
+                        : fmt::format("{} bytes that are no message", inlet.datagram().size()));
+    } else if (received > 0 && message.destination != inlet.handle()->sap_id) {
+        discard(inlet, arrived, "foreign", fmt::format("a message to SAP {}", message.destination));
+    } else if (received > 0) {
+        deliver(inlet, message, arrived, gateway_.judge(message_of(inlet, message)));
     }
 }
 
-void Server::deliver(VOR_IPC_HANDLE* endpoint, const VORINFRA_MESSAGE& message, Judgement judgement)
+void Server::deliver(Inlet& inlet, const VORINFRA_MESSAGE& message, Arrival arrived, Judgement judgement)
 {
-    if (judgement.answered && vorinfra_answer(endpoint, &message, judgement.answer_id, judgement.answer.data(),
+    auto& [line, entry] = judgement.report;
+    if (judgement.answered && vorinfra_answer(inlet.handle(), &message, judgement.answer_id, judgement.answer.data(),
                                               static_cast<vor_uint16>(judgement.answer.size())) != 0) {
-        judgement.report.line += " (the asker is gone)";
-        judgement.report.record["delivered"] = false;
+        line += " (the asker is gone)";
+        entry["delivered"] = false;
     }
-    report(judgement.report);
+    const bool accepted = !entry.contains("complaint");
+    ++counters_.messages;
+    ++(accepted ? counters_.accepted : counters_.complained);
+    out_.line(line);
+    if (bytes_wanted()) {
+        entry["awaits"] = message.answer_wanted != 0;
+        entry["meta_data"] = hex({message.meta_data, message.meta_data_size});
+        entry["payload"] = payload_record(message_of(inlet, message), accepted, options_.show_secrets);
+        if (judgement.answered) {
+            entry["answer_id"] = fmt::format("{:#x}", judgement.answer_id);
+            entry["answer_payload"] = hex(judgement.answer);
+        }
+        entry["line"] = line;
+    }
+    entry["complained"] = !accepted;
+    record(std::move(entry), arrived);
 }
 
-void Server::report(const Report& what)
+void Server::discard(Inlet& inlet, Arrival arrived, const char* what, const std::string& why)
 {
-    vor::print_line(stdout, what.line);
-    journal_.write(what.record);
+    const std::uint16_t sap = inlet.handle()->sap_id;
+    ++(std::string_view(what) == "foreign" ? counters_.foreign : counters_.malformed);
+    record({{"sap", sap},
+            {what, why},
+            {"datagram", datagram_record(inlet.datagram(), options_.show_secrets)},
+            {"line", fmt::format("{}: {}: {}", what, manager_label(sap), why)}},
+           arrived);
+}
+
+void Server::deliver(const KonfdExchange& exchange)
+{
+    const auto& [text, reply] = exchange.exchange;
+    ++(reply.complained ? counters_.complained : counters_.accepted);
+    out_.line(reply.report.line);
+    Json entry = {{"client", exchange.client}};
+    entry.update(reply.report.record);
+    entry["complained"] = reply.complained;
+    if (bytes_wanted()) {
+        entry["text"] = konfd_record(text, options_.show_secrets);
+        entry["answer_text"] = hex(reply.answer);
+        entry["line"] = reply.report.line;
+    }
+    record(std::move(entry), exchange.arrived);
+}
+
+void Server::record(Json entry, Arrival arrived)
+{
+    blamed_ = blamed_ || !counters_.blameless();
+    const auto took = std::chrono::system_clock::now() - arrived;
+    Json whole = {{"seq", ++recorded_},
+                  {"time", time_text(arrived)},
+                  {"took", std::chrono::duration_cast<std::chrono::microseconds>(took).count()}};
+    whole.update(entry);
+    const bool failed = journal_.failed();
+    journal_.write(whole);
+    if (journal_.failed() && !failed) {
+        errors_.line(journal_.why());
+    }
+    control_->publish(whole);
 }
 
 std::string Server::text() const
 {
     const std::string konfd = konfd_.text();
-    std::string text = fmt::format("vorsim: {}, {}\n{}", vor::counted(gateway_.messages(), "message"),
-                                   vor::counted(gateway_.complaints(), "complaint"), gateway_.state().text());
+    std::string text = gateway_.state().text();
     if (!konfd.empty()) {
         text += "konfd\n";
         for (std::size_t begin = 0; begin < konfd.size();) {
@@ -162,44 +317,110 @@ std::string Server::text() const
 Json Server::json() const
 {
     return {{"schema", 1},
-            {"messages", gateway_.messages()},
-            {"complaints", gateway_.complaints()},
+            {"messages", counters_.messages},
+            {"complaints", counters_.complained},
+            {"counters", counters_.json()},
+            {"lines_lost", out_.lost() + errors_.lost()},
             {"managers", gateway_.state().json()},
             {"konfd", konfd_.json()}};
 }
 
-std::string Server::show(std::string_view request) const
+std::string Server::answer(const Json& request)
 {
-    return request == "show"        ? text()
-           : request == "show json" ? fmt::format("{}\n", vor::dump(json(), 2))
-                                    : "unknown request\n";
+    const std::string what = request.at("do");
+    if (what == "show") {
+        return show(request);
+    }
+    if (what == "reset") {
+        reset();
+    } else if (what == "load") {
+        load(request.at("state"));
+    } else if (what == "quit") {
+        loop_.stop();
+    } else {
+        throw std::runtime_error(fmt::format("\"{}\" is nothing that can be asked for", what));
+    }
+    return "";
+}
+
+std::string Server::show(const Json& request) const
+{
+    const std::string manager = request.value("manager", "");
+    const std::string object = request.value("object", "");
+    const auto nothing_held = [&] {
+        return std::runtime_error(
+            fmt::format("nothing is held for {}{}{}", manager, object.empty() ? "" : "/", object));
+    };
+    if (!request.value("json", false)) {
+        const std::uint64_t lost = out_.lost() + errors_.lost();
+        const std::string lines = lost > 0 ? fmt::format(", {} lost", vor::counted(lost, "line")) : "";
+        const std::string all = text();
+        const std::string part = manager.empty() ? all : section(all, manager, object);
+        if (!manager.empty() && std::ranges::count(part, '\n') < 2) {
+            throw nothing_held();
+        }
+        return manager.empty() ? fmt::format("vorsim: {}{}\n{}", counters_.text(), lines, part) : part;
+    }
+    Json shown = json();
+    if (manager == "konfd") {
+        shown = shown["konfd"];
+    } else if (!manager.empty()) {
+        const Json held = shown["managers"];
+        if (!held.contains(manager) || (!object.empty() && !held[manager]["objects"].contains(object))) {
+            throw nothing_held();
+        }
+        shown = object.empty() ? held[manager] : held[manager]["objects"][object];
+    }
+    return fmt::format("{}\n", vor::dump(shown, 2));
+}
+
+void Server::reset()
+{
+    gateway_ = Gateway({.seed = options_.seed, .show_secrets = options_.show_secrets});
+    konfd_ = konfd::Konfd(options_.show_secrets);
+    counters_ = {};
+    control_->forget_past();
+}
+
+void Server::load(const Json& document)
+{
+    State state = stored_state(document.at("managers"));
+    konfd::Konfd konfd(options_.show_secrets);
+    store_konfd(konfd, document.value("konfd", Json::array()));
+    gateway_.hold(std::move(state));
+    konfd_ = std::move(konfd);
 }
 
 // Never a half-written file under the name.
 void Server::write_state() const
 {
     const std::string path = *options_.state_file;
-    const std::string unfinished = fmt::format("{}.part", path);
-    unlink(unfinished.c_str());                   // one left behind, or a link that was planted
-    const Descriptor file = open_own(unfinished); // it may hold passwords in clear
-    if (file.get() < 0 || !write_all(file.get(), vor::dump(json(), 2) + "\n") ||
+    std::string unfinished = fmt::format("{}.XXXXXX", path);
+    const Descriptor file(mkostemp(unfinished.data(), O_CLOEXEC)); // its owner's alone: it may hold passwords in clear
+    const std::string text = vor::dump(json(), 2) + "\n";
+    if (file.get() < 0 || write(file.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()) ||
         std::rename(unfinished.c_str(), path.c_str()) != 0) {
-        throw std::runtime_error(fmt::format("cannot write the state {}: {}", path, std::strerror(errno)));
+        const int error = errno;
+        if (file.get() >= 0) {
+            unlink(unfinished.c_str());
+        }
+        throw std::runtime_error(fmt::format("cannot write the state {}: {}", path, std::strerror(error)));
     }
 }
 
 int Server::run()
 {
-    vor::print_line(stdout, fmt::format("vorsim: ready, {} managers{} in {}", endpoints_.size(),
-                                        konfd_server_ != nullptr ? " and konfd" : ", no konfd,", directory_));
+    out_.line(fmt::format("vorsim: ready, {} managers{} in {}", inlets_.size(),
+                          konfd_server_ != nullptr ? " and konfd" : ", no konfd,", directory_));
     loop_.run();
+    spare_ = Descriptor();
     if (options_.state_file) {
         write_state();
     }
     if (journal_.failed()) {
         return 1;
     }
-    return options_.strict && gateway_.complaints() > 0 ? 3 : 0;
+    return options_.strict && blamed_ ? 3 : 0;
 }
 
 } // namespace vorsim

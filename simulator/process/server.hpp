@@ -3,50 +3,63 @@
 
 #include <memory>
 
-#include <vorinfra_manager.h>
-
 #include "gateway/gateway.hpp"
+#include "process/console.hpp"
 #include "process/control.hpp"
+#include "process/inlet.hpp"
 #include "process/journal.hpp"
 #include "process/konfd_server.hpp"
 #include "process/options.hpp"
+#include "record/counters.hpp"
 
 namespace vorsim {
 
 class Server {
 public:
-    // Binds everything; throws when it cannot.
+    // Binds everything and opens its files; throws when it cannot, and leaves nothing.
     explicit Server(const Options& options);
 
     // Until a signal ends it. Returns the exit code.
     int run();
 
 private:
-    struct Unbind {
-        void operator()(VOR_IPC_HANDLE* handle) const { vor_ipc_unbind(handle); }
-    };
-    using Endpoint = std::unique_ptr<VOR_IPC_HANDLE, Unbind>;
-
     void bind_manager(std::uint16_t sap);
     void bind_konfd();
-    void receive(VOR_IPC_HANDLE* endpoint);
-    void deliver(VOR_IPC_HANDLE* endpoint, const VORINFRA_MESSAGE& message, Judgement judgement);
-    void report(const Report& what);
+    // A message waits there. It is served in its turn: the earliest of all first.
+    void receive(Inlet& inlet);
+    bool serve();
+    void take(Inlet& inlet);
+    void deliver(Inlet& inlet, const VORINFRA_MESSAGE& message, Arrival arrived, Judgement judgement);
+    void discard(Inlet& inlet, Arrival arrived, const char* what, const std::string& why);
+    void deliver(const KonfdExchange& exchange);
+    // Adds when it came and how long it took, for the journal and for those who watch.
+    void record(Json entry, Arrival arrived);
+    bool bytes_wanted() const { return journal_.kept() || control_->is_watched(); }
     void write_state() const;
-    std::string show(std::string_view request) const;
+    std::string answer(const Json& request);
+    std::string show(const Json& request) const;
+    void reset();
+    void load(const Json& document);
     std::string text() const;
     Json json() const;
 
     Options options_;
     std::string directory_;
     Loop loop_;
+    Descriptor stop_requests_;
+    Console out_;
+    Console errors_;
     Gateway gateway_;
     konfd::Konfd konfd_;
-    Journal journal_;
+    Counters counters_;   // since the last reset
+    bool blamed_ = false; // ever
+    std::uint64_t recorded_ = 0;
     std::unique_ptr<Control> control_;
-    std::vector<Endpoint> endpoints_;
+    std::vector<std::unique_ptr<Inlet>> inlets_;
     std::unique_ptr<KonfdServer> konfd_server_;
-    Descriptor signals_;
+    Arrival horizon_{}; // what came until then is known, whatever its manager
+    Journal journal_;
+    Descriptor spare_; // for the state's file, when none is left
 };
 
 } // namespace vorsim

@@ -1,18 +1,14 @@
 #include "process/unix_socket.hpp"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
-#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <fmt/format.h>
-
-#include "text/text.hpp"
 
 namespace vorsim {
 namespace {
@@ -64,39 +60,10 @@ Descriptor::~Descriptor()
     }
 }
 
-Descriptor open_own(const std::string& path)
-{
-    constexpr int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC;
-    const auto trusted = [](const struct stat& status) { return status.st_uid == geteuid() || status.st_uid == 0; };
-    struct stat status {};
-    Descriptor file(open(path.c_str(), flags | O_NOFOLLOW, 0600));
-    if (file.get() < 0 && errno == ELOOP && lstat(path.c_str(), &status) == 0 && trusted(status)) {
-        file = Descriptor(open(path.c_str(), flags, 0600));
-    }
-    if (file.get() >= 0 && (fstat(file.get(), &status) != 0 || !trusted(status))) {
-        file = Descriptor();
-        errno = EPERM;
-    }
-    return file;
-}
-
-bool write_all(int descriptor, std::string_view bytes)
-{
-    while (!bytes.empty()) {
-        const ssize_t written = write(descriptor, bytes.data(), bytes.size());
-        if (written < 0 && errno != EINTR) {
-            return false;
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
-    }
-    return true;
-}
-
 Listener::Listener(std::string path) : socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0))
 {
     const sockaddr_un address = address_of(path);
-    spare_ = Descriptor(socket_.get() < 0 ? -1 : fcntl(socket_.get(), F_DUPFD_CLOEXEC, 0));
-    if (spare_.get() < 0) {
+    if (socket_.get() < 0) {
         fail(fmt::format("no socket for {}", path));
     }
     clear_dead_owner(path);
@@ -119,16 +86,9 @@ Listener::~Listener()
     }
 }
 
-Descriptor Listener::accept()
+Descriptor Listener::accept() const
 {
-    Descriptor client(accept4(socket_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-    if (client.get() < 0 && (errno == EMFILE || errno == ENFILE)) { // it would wait, and wake the loop, for ever
-        vor::print_line(stderr, fmt::format("vorsim: no descriptor left for a client of {}: it is let go", path_));
-        spare_ = Descriptor();
-        Descriptor(accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC));
-        spare_ = Descriptor(fcntl(socket_.get(), F_DUPFD_CLOEXEC, 0));
-    }
-    return client;
+    return Descriptor(accept4(socket_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
 }
 
 Descriptor connect_to(const std::string& path)

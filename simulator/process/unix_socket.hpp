@@ -3,7 +3,6 @@
 
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <utility>
 
 namespace vorsim {
@@ -25,13 +24,6 @@ private:
     int descriptor_;
 };
 
-// Opened for appending, made when missing, for its owner alone. Nothing inside, with errno set, where somebody else may
-// have put what is there: a link or a file of another user's but root's.
-Descriptor open_own(const std::string& path);
-
-// All of it, or false with errno set.
-bool write_all(int descriptor, std::string_view bytes);
-
 // The path is served already, by a process that lives.
 struct InUse : std::runtime_error {
     using std::runtime_error::runtime_error;
@@ -42,21 +34,17 @@ class Listener {
 public:
     // Takes a dead owner's path over. Throws InUse, or runtime_error.
     explicit Listener(std::string path);
-    Listener(Listener&& other) noexcept
-        : path_(std::exchange(other.path_, {})), socket_(std::move(other.socket_)), spare_(std::move(other.spare_))
-    {
-    }
+    Listener(Listener&& other) noexcept : path_(std::exchange(other.path_, {})), socket_(std::move(other.socket_)) {}
     Listener& operator=(Listener&&) = delete;
     ~Listener();
 
     int descriptor() const { return socket_.get(); }
-    // The next client, not blocking; -1 inside when there is none, or no descriptor for it: then it was let go.
-    Descriptor accept();
+    // The next client, not blocking; -1 inside when there is none.
+    Descriptor accept() const;
 
 private:
     std::string path_;
     Descriptor socket_;
-    Descriptor spare_; // given up for a client that there is no descriptor for
 };
 
 // Connected, or -1 inside with errno set.

@@ -1,0 +1,214 @@
+// libedit is loaded when a terminal asks for it: linked, it would be loaded at every call.
+#include <algorithm>
+#include <clocale>
+#include <cstdio>
+#include <cwchar>
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <fmt/format.h>
+#include <histedit.h>
+
+#include "complete/complete.hpp"
+#include "prompt/history.hpp"
+#include "prompt/lines.hpp"
+#include "prompt/waiting.hpp"
+#include "text/text.hpp"
+#include "words/complaint.hpp"
+
+namespace vorcfg {
+
+namespace {
+
+template <class Function>
+bool find(void* library, const char* name, Function*& function)
+{
+    function = reinterpret_cast<Function*>(dlsym(library, name));
+    return function != nullptr;
+}
+
+// What is used of libedit.
+struct Editor {
+    decltype(::el_init)* init;
+    decltype(::el_set)* set;
+    decltype(::el_gets)* gets;
+    decltype(::el_line)* line;
+    decltype(::el_insertstr)* insert;
+    decltype(::history_init)* history_init;
+    decltype(::history_end)* history_end;
+    decltype(::history)* history;
+
+    bool load()
+    {
+        void* library = nullptr;
+        for (const char* const name : {"libedit.so.2", "libedit.so.0", "libedit.so"}) {
+            library = library == nullptr ? dlopen(name, RTLD_NOW | RTLD_LOCAL) : library;
+        }
+        return library != nullptr && find(library, "el_init", init) && find(library, "el_set", set) &&
+               find(library, "el_gets", gets) && find(library, "el_line", line) &&
+               find(library, "el_insertstr", insert) && find(library, "history_init", history_init) &&
+               find(library, "history_end", history_end) && find(library, "history", history);
+    }
+};
+
+Editor editor;
+Waiting* waiting = nullptr; // while a line is edited
+
+// One key, of however many bytes; what is no character stands for itself.
+int next_key(EditLine*, wchar_t* key)
+{
+    std::mbstate_t state{};
+    for (;;) {
+        char byte = 0;
+        const ssize_t got = waiting->wait() ? read(STDIN_FILENO, &byte, 1) : -1;
+        if (got != 1) {
+            return static_cast<int>(got);
+        }
+        const std::size_t length = std::mbrtowc(key, &byte, 1, &state);
+        if (length == static_cast<std::size_t>(-1)) {
+            *key = static_cast<unsigned char>(byte);
+            return 1;
+        }
+        if (length != static_cast<std::size_t>(-2)) {
+            return 1;
+        }
+    }
+}
+
+char* prompt(EditLine*)
+{
+    static std::string text = prompt_text;
+    return text.data();
+}
+
+// What would have to be quoted is not offered: a quoted word is a text, whatever it begins with.
+bool stands_plain(const Candidate& candidate)
+{
+    return !candidate.word.empty() && candidate.word.find_first_of(" \t\"#") == std::string::npos;
+}
+
+std::string shared_beginning(const std::vector<Candidate>& candidates)
+{
+    std::string shared = candidates.front().word;
+    for (const Candidate& candidate : candidates) {
+        const auto [end, other] = std::ranges::mismatch(shared, candidate.word);
+        shared.erase(end, shared.end());
+    }
+    return shared;
+}
+
+unsigned char complete(EditLine* line, int)
+{
+    const LineInfo* const typed = editor.line(line);
+    const std::string_view text(typed->buffer, static_cast<std::size_t>(typed->cursor - typed->buffer));
+    std::vector<Word> words;
+    try {
+        words = words_of(text);
+    } catch (const Complaint&) {
+        return CC_ERROR;
+    }
+    if (text.empty() || text.back() == ' ' || text.back() == '\t') {
+        words.emplace_back();
+    }
+    if (words.empty() || words.back().quoted) {
+        return CC_ERROR;
+    }
+    const std::vector<Candidate> all = candidates(words);
+    std::vector<Candidate> plain;
+    std::ranges::copy_if(all, std::back_inserter(plain), stands_plain);
+    const std::string shared = plain.empty() ? "" : shared_beginning(plain);
+    const bool only = plain.size() == 1;
+    const std::string more =
+        shared.substr(std::min(words.back().text.size(), shared.size())) + (only && is_whole(shared) ? " " : "");
+    if (!more.empty()) {
+        return editor.insert(line, more.c_str()) == 0 ? CC_REFRESH : CC_ERROR;
+    }
+    if (all.empty()) {
+        return CC_ERROR;
+    }
+    std::string list = "\n";
+    for (const Candidate& candidate : all) {
+        list += fmt::format("  {:<24}  {}\n", candidate.word, candidate.hint);
+    }
+    vor::print(stdout, list);
+    return CC_REDISPLAY;
+}
+
+class EditedLines : public Lines {
+public:
+    EditedLines() : line_(only_line()), remembered_(editor.history_init())
+    {
+        HistEvent event;
+        editor.history(remembered_, &event, H_SETSIZE, static_cast<int>(History::most));
+        editor.history(remembered_, &event, H_SETUNIQUE, 1);
+        for (const std::string& line : history_.read()) {
+            editor.history(remembered_, &event, H_ENTER, line.c_str());
+        }
+        editor.set(line_, EL_PROMPT, prompt);
+        editor.set(line_, EL_EDITOR, "emacs");
+        editor.set(line_, EL_SIGNAL, 1);
+        editor.set(line_, EL_GETCFN, next_key);
+        // else Ctrl-C would take away the key that a wait has just told of
+        editor.set(line_, EL_SETTY, "-d", "+noflsh", nullptr);
+        editor.set(line_, EL_HIST, editor.history, remembered_);
+        editor.set(line_, EL_ADDFN, "vorcfg-complete", "complete the word", complete);
+        editor.set(line_, EL_BIND, "\t", "vorcfg-complete", nullptr);
+        editor.set(line_, EL_BIND, "^R", "em-inc-search-prev", nullptr);
+    }
+    EditedLines(const EditedLines&) = delete;
+    EditedLines& operator=(const EditedLines&) = delete;
+    ~EditedLines() override { editor.history_end(remembered_); }
+
+    std::optional<std::string> next() override
+    {
+        Waiting for_keys;
+        waiting = &for_keys;
+        editor.set(line_, EL_PREP_TERM, 1); // before the prompt shows: Ctrl-D is a key from then on
+        int size = 0;
+        const char* const text = editor.gets(line_, &size);
+        waiting = nullptr;
+        if (text == nullptr || size <= 0) {
+            vor::print(stdout, "\n");
+            return for_keys.was_interrupted() ? std::optional<std::string>("") : std::nullopt;
+        }
+        std::string line(text, static_cast<std::size_t>(size));
+        line.erase(std::min(line.find_first_of("\r\n"), line.size()));
+        return line;
+    }
+
+    void keep(const std::string& line) override
+    {
+        if (line != last_) {
+            HistEvent event;
+            editor.history(remembered_, &event, H_ENTER, line.c_str());
+            history_.add(line);
+            last_ = line;
+        }
+    }
+
+private:
+    // Kept until the process ends: libedit forgets to free the names of the functions added to it.
+    static EditLine* only_line()
+    {
+        static EditLine* const line = editor.init("vorcfg", stdin, stdout, stderr);
+        return line;
+    }
+
+    History history_;
+    EditLine* const line_;
+    ::History* const remembered_;
+    std::string last_;
+};
+
+} // namespace
+
+std::unique_ptr<Lines> edited_lines()
+{
+    if (!editor.load()) {
+        return nullptr;
+    }
+    std::setlocale(LC_CTYPE, "");
+    return std::make_unique<EditedLines>();
+}
+
+} // namespace vorcfg

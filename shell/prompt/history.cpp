@@ -1,0 +1,120 @@
+#include "prompt/history.hpp"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+#include "report/help.hpp"
+#include "rows/families.hpp"
+#include "words/complaint.hpp"
+#include "words/secret.hpp"
+
+namespace vorcfg {
+
+namespace {
+
+constexpr std::string_view name = "history";
+
+// Of a call with words of its own, the key that a secret follows tells.
+bool may_hold_secret(const Row& row, const std::vector<Word>& words)
+{
+    const bool named =
+        std::ranges::any_of(words, [](const Word& word) { return word.text.find("password") != std::string::npos; });
+    return row.read != nullptr ? named : std::ranges::any_of(row.arguments(), &Argument::is_secret);
+}
+
+std::filesystem::path state_directory()
+{
+    const auto of = [](const char* variable) {
+        const char* const value = std::getenv(variable);
+        return std::filesystem::path(value != nullptr ? value : "");
+    };
+    const std::filesystem::path state = of("XDG_STATE_HOME");
+    const std::filesystem::path home = of("HOME");
+    return state.is_absolute() ? state / "vorcfg" : home.is_absolute() ? home / ".local/state/vorcfg" : "";
+}
+
+void append(const std::string& path, int flags, std::string_view text)
+{
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC | flags, S_IRUSR | S_IWUSR);
+    if (file >= 0) {
+        [[maybe_unused]] const ssize_t written =
+            fchmod(file, S_IRUSR | S_IWUSR) == 0 ? write(file, text.data(), text.size()) : -1;
+        close(file);
+    }
+}
+
+} // namespace
+
+// A line that is not understood may have its secret anywhere.
+bool may_be_kept(std::string_view line)
+{
+    try {
+        std::vector<Word> words = words_of(line);
+        std::erase_if(words, [](const Word& word) { return !word.quoted && word.text.starts_with("--"); });
+        if (words.empty()) {
+            return false;
+        }
+        if (std::ranges::find(commands(), words[0].text, &Command::name) != commands().end()) {
+            return true;
+        }
+        const Row* const row = words.size() > 1 ? row_named(words[0].text, words[1].text) : nullptr;
+        return row != nullptr && !may_hold_secret(*row, words_of(line));
+    } catch (const Complaint&) {
+        return false;
+    }
+}
+
+History::History()
+{
+    const std::filesystem::path directory = state_directory();
+    std::error_code failed;
+    if (directory.empty()) {
+        return;
+    }
+    std::filesystem::create_directories(directory.parent_path(), failed);
+    if (mkdir(directory.c_str(), S_IRWXU) == 0 || std::filesystem::is_directory(directory, failed)) {
+        path_ = directory / name;
+    }
+}
+
+std::vector<std::string> History::read() const
+{
+    std::vector<std::string> lines;
+    try {
+        const std::string text = content_of(path_.empty() ? nullptr : std::fopen(path_.c_str(), "re"), path_);
+        for (std::size_t at = 0; at < text.size();) {
+            const std::size_t end = std::min(text.find('\n', at), text.size());
+            lines.push_back(text.substr(at, end - at));
+            at = end + 1;
+        }
+    } catch (const Complaint&) {
+        return {};
+    }
+    if (lines.size() > 2 * most) { // cut now and then, not at every line
+        lines.erase(lines.begin(), lines.end() - most);
+        std::string text;
+        for (const std::string& line : lines) {
+            text += line + '\n';
+        }
+        const std::string made = fmt::format("{}.{}", path_, getpid());
+        append(made, O_EXCL, text);
+        std::rename(made.c_str(), path_.c_str());
+    }
+    return lines;
+}
+
+void History::add(const std::string& line) const
+{
+    if (!path_.empty()) {
+        append(path_, O_APPEND, line + '\n');
+    }
+}
+
+} // namespace vorcfg

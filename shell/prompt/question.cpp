@@ -1,0 +1,38 @@
+#include "prompt/question.hpp"
+
+#include <fcntl.h>
+#include <string>
+#include <unistd.h>
+
+#include "prompt/waiting.hpp"
+
+namespace vorcfg {
+
+bool at_terminal()
+{
+    return isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
+}
+
+bool agreed(std::string_view question)
+{
+    const int terminal = open("/dev/tty", O_RDWR | O_CLOEXEC);
+    if (terminal < 0) {
+        return false;
+    }
+    Waiting for_answer;
+    dprintf(terminal, "%.*s [y/N] ", static_cast<int>(question.size()), question.data());
+    std::string answer;
+    char byte;
+    ssize_t got = -1;
+    while (for_answer.wait(terminal) && (got = read(terminal, &byte, 1)) == 1 && byte != '\n') {
+        answer += byte;
+    }
+    if (got != 1 || for_answer.was_interrupted()) {
+        dprintf(terminal, "\n");
+        answer.clear();
+    }
+    close(terminal);
+    return answer == "y" || answer == "yes" || answer == "Y";
+}
+
+} // namespace vorcfg

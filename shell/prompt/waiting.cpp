@@ -1,0 +1,41 @@
+#include "prompt/waiting.hpp"
+
+#include <cerrno>
+#include <poll.h>
+#include <termios.h>
+
+namespace vorcfg {
+
+static volatile std::sig_atomic_t interrupt_came;
+
+Waiting::Waiting()
+{
+    sigset_t interrupt;
+    sigemptyset(&interrupt);
+    sigaddset(&interrupt, SIGINT);
+    sigprocmask(SIG_BLOCK, &interrupt, &before_);
+}
+
+Waiting::~Waiting()
+{
+    sigprocmask(SIG_SETMASK, &before_, nullptr);
+}
+
+bool Waiting::wait(int input)
+{
+    struct sigaction comes {};
+    struct sigaction before {};
+    comes.sa_handler = [](int) { interrupt_came = 1; };
+    interrupt_came = 0;
+    sigaction(SIGINT, &comes, &before);
+    pollfd waited{input, POLLIN, 0};
+    while (ppoll(&waited, 1, nullptr, &before_) < 0 && errno == EINTR && interrupt_came == 0) {}
+    sigaction(SIGINT, &before, nullptr);
+    interrupted_ = interrupt_came != 0;
+    if (interrupted_) {
+        tcflush(input, TCIFLUSH);
+    }
+    return !interrupted_;
+}
+
+} // namespace vorcfg

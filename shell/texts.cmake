@@ -1,0 +1,10 @@
+# Writes files as texts of C++: cmake -D OUTPUT=FILE -D NAME=ARRAY -D FILES=FILE... -P texts.cmake
+set(text "// Made by the build.\n#pragma once\n\n#include \"rows/text.hpp\"\n\nnamespace vorcfg {\n\n")
+string(APPEND text "static constexpr Text ${NAME}[] = {\n")
+foreach(file IN LISTS FILES)
+  get_filename_component(stem ${file} NAME_WE)
+  file(READ ${file} content)
+  string(APPEND text "    {\"${stem}\", R\"text(${content})text\"},\n")
+endforeach()
+string(APPEND text "};\n\n} // namespace vorcfg\n")
+file(WRITE ${OUTPUT} "${text}")

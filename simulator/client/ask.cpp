@@ -1,0 +1,76 @@
+#include "client/ask.hpp"
+
+#include <array>
+#include <cerrno>
+
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <fmt/format.h>
+
+#include <vorinfra_manager.h>
+
+#include "process/control.hpp"
+#include "process/options.hpp"
+#include "text/json.hpp"
+
+namespace vorsim::client {
+namespace {
+
+constexpr std::chrono::milliseconds patience{10000};
+
+}
+
+std::string directory()
+{
+    const char* const directory = vorinfra_directory();
+    if (directory == nullptr) {
+        throw UsageError("the platform directory cannot be used");
+    }
+    return directory;
+}
+
+Asked::Asked(const Json& request) : socket_(connect_to(control_path(directory())))
+{
+    if (socket_.get() < 0) {
+        throw std::runtime_error(fmt::format("no vorsim runs in {}", directory()));
+    }
+    const std::string line = vor::dump(request) + "\n";
+    for (std::size_t at = 0; at < line.size();) {
+        pollfd room{socket_.get(), POLLOUT, 0};
+        const bool ready = poll(&room, 1, static_cast<int>(patience.count())) == 1;
+        const ssize_t sent =
+            ready ? send(socket_.get(), line.data() + at, line.size() - at, MSG_NOSIGNAL | MSG_DONTWAIT) : -1;
+        if (sent < 0 && errno != EAGAIN && errno != EINTR) {
+            throw std::runtime_error(fmt::format("the vorsim in {} does not listen", directory()));
+        }
+        at += sent > 0 ? static_cast<std::size_t>(sent) : 0;
+    }
+}
+
+std::string Asked::receive(std::chrono::milliseconds within)
+{
+    pollfd waiting{socket_.get(), POLLIN, 0};
+    std::array<char, 65536> bytes; // NOLINT: filled by the receive
+    if (poll(&waiting, 1, static_cast<int>(within.count())) != 1) {
+        throw std::runtime_error(fmt::format("the vorsim in {} does not answer", directory()));
+    }
+    const ssize_t size = recv(socket_.get(), bytes.data(), bytes.size(), 0);
+    return {bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
+}
+
+std::string ask(const Json& request)
+{
+    Asked asked(request);
+    std::string answer;
+    for (std::string more = asked.receive(patience); !more.empty(); more = asked.receive(patience)) {
+        answer += more;
+    }
+    if (answer.empty() || answer[0] == '-') {
+        throw std::runtime_error(answer.empty() ? fmt::format("the vorsim in {} does not answer", directory())
+                                                : answer.substr(1, answer.find('\n') - 1));
+    }
+    return answer.substr(1);
+}
+
+} // namespace vorsim::client

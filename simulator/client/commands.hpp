@@ -1,0 +1,26 @@
+// commands.hpp: what vorsim does beside being the gateway: it asks, watches,
+// sets and ends the running one, and reads journals.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vorsim::client {
+
+// The exit code; nothing when the first argument is no command.
+std::optional<int> run(const std::vector<std::string>& arguments);
+
+// "vorsim show ...   what it does", a line each.
+std::string help();
+
+// Each in a file of its own.
+int decode(std::vector<std::string> arguments);
+int replay(std::vector<std::string> arguments);
+
+// A line to standard output; throws when that fails.
+void print(const std::string& text);
+// What stands at the front and is no option, taken off; throws when nothing does.
+std::string operand(std::vector<std::string>& arguments, const std::string& what);
+
+} // namespace vorsim::client

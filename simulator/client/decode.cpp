@@ -1,0 +1,86 @@
+#include <cstdio>
+
+#include <fmt/format.h>
+
+#include "client/commands.hpp"
+#include "process/options.hpp"
+#include "record/filter.hpp"
+#include "record/reader.hpp"
+#include "text/text.hpp"
+
+namespace vorsim::client {
+namespace {
+
+// A record of the first version has no line of its own.
+std::string line_of_old(const Json& data)
+{
+    const std::string what =
+        data.contains("konfd") ? fmt::format("konfd {}", data.value("konfd", ""))
+        : data.contains("call")
+            ? fmt::format("{} {} {}", data.value("id", ""), data.value("call", ""), data.value("object", ""))
+            : fmt::format("strict: {}: {}", data.value("id", ""), data.value("complaint", ""));
+    const auto verdict = data.contains("status")   ? fmt::format("status {}", data["status"].dump())
+                         : data.contains("answer") ? data["answer"].dump()
+                                                   : "";
+    return fmt::format("{} -> {}", what, verdict);
+}
+
+std::string bytes(const Json& data)
+{
+    std::string text;
+    for (const char* name :
+         {"meta_data", "payload", "answer_id", "answer_payload", "text", "answer_text", "datagram"}) {
+        if (data.contains(name)) {
+            text += fmt::format("    {} {}\n", name, data[name].get<std::string>());
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+int decode(std::vector<std::string> arguments)
+{
+    Filter filter;
+    bool json = false;
+    bool with_bytes = false;
+    std::string path;
+    while (!arguments.empty()) {
+        const bool is_json = arguments.front() == "--json";
+        if (is_json || arguments.front() == "--bytes") {
+            (is_json ? json : with_bytes) = true;
+            arguments.erase(arguments.begin());
+        } else if (!filter.take(arguments)) {
+            if (!path.empty()) {
+                throw UsageError(fmt::format("\"{}\" is too much here", arguments.front()));
+            }
+            path = operand(arguments, "FILE");
+        }
+    }
+    if (path.empty()) {
+        throw UsageError("FILE is missing");
+    }
+    JournalReader journal(path);
+    while (const auto record = journal.next()) {
+        const Json& data = record->data;
+        if (!filter.passes(data)) {
+            continue;
+        }
+        if (json) {
+            print(vor::dump(data) + "\n");
+            continue;
+        }
+        const std::string took = data.contains("took") ? fmt::format(" {} us", data["took"].dump()) : "";
+        print(fmt::format("{} {}{}  {}\n", data.value("seq", 0), data.value("time", ""), took,
+                          data.contains("line") ? data.value("line", "") : line_of_old(data)));
+        if (with_bytes) {
+            print(bytes(data));
+        }
+    }
+    if (journal.torn()) {
+        vor::print_line(stderr, fmt::format("vorsim: {}: the last line was never finished; it is left out", path));
+    }
+    return 0;
+}
+
+} // namespace vorsim::client

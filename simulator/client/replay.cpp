@@ -1,0 +1,332 @@
+// Sends a journal's requests again, one after the other, and compares.
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <memory>
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <fmt/format.h>
+
+#include <vorinfra_manager.h>
+
+#include "client/ask.hpp"
+#include "client/commands.hpp"
+#include "process/options.hpp"
+#include "record/bytes.hpp"
+#include "record/reader.hpp"
+#include "text/text.hpp"
+
+namespace vorsim::client {
+namespace {
+
+constexpr int patience_ms = 5000;
+constexpr vor_uint16 answer_bit = 0x8000;
+
+// A name in the record whose bytes are not there to be sent.
+struct Unsendable : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+std::string bytes_in(const Json& data, const char* name)
+{
+    if (!data.contains(name)) {
+        throw Unsendable(fmt::format("has no {}", name));
+    }
+    const std::string text = data[name];
+    const auto bytes = bytes_of_hex(text);
+    if (!bytes) {
+        throw Unsendable(is_masked(text) ? "is masked (--show-secrets writes a journal that can be replayed)"
+                                         : fmt::format("has a damaged {}", name));
+    }
+    return *bytes;
+}
+
+// "id 0x7003, 00000000", or that there was none.
+std::string answer_text(vor_uint32 id, std::string_view payload)
+{
+    std::int32_t status = 0;
+    if (payload.size() == sizeof status) {
+        std::memcpy(&status, payload.data(), sizeof status);
+        return fmt::format("id {:#x} status {}", id, status);
+    }
+    return fmt::format("id {:#x} {}", id, payload.empty() ? "no payload" : hex(payload));
+}
+constexpr char no_answer[] = "no answer";
+
+// A SAP to send from.
+class Sender {
+public:
+    explicit Sender(vor_uint16 sap) : endpoint_(vor_ipc_bind(sap, 0)), sap_(sap)
+    {
+        if (endpoint_ == nullptr) {
+            throw std::runtime_error(fmt::format("cannot send from SAP {}", sap));
+        }
+    }
+
+    // Nothing sent leaves an answer behind it: what comes late is thrown away.
+    bool send(vor_uint16 sap, const std::string& datagram)
+    {
+        sockaddr_un to{};
+        to.sun_family = AF_UNIX;
+        const std::string path = fmt::format("{}/sap-{}", directory(), sap);
+        path.copy(to.sun_path, sizeof to.sun_path - 1);
+        return sendto(vorinfra_descriptor(endpoint_.get()), datagram.data(), datagram.size(), MSG_NOSIGNAL,
+                      reinterpret_cast<const sockaddr*>(&to), sizeof to) >= 0;
+    }
+
+    std::string exchange(const Json& data)
+    {
+        const std::string meta_data = bytes_in(data, "meta_data");
+        const std::string payload = bytes_in(data, "payload");
+        const bool awaits = data.value("awaits", false);
+        VOR_IPC_MSG_HDR header;
+        std::memset(&header, 0, sizeof header); // what lies behind its last field is sent, too
+        header.ipc_src_id = sap_;
+        header.ipc_dest_id = data.at("sap").get<vor_uint16>();
+        header.opcode = static_cast<vor_uint32>(std::stoul(data.at("id").get<std::string>(), nullptr, 16));
+        sequence_ = static_cast<vor_uint16>(sequence_ % 0x7fff + 1);
+        header.flag = awaits ? sequence_ : vor_uint16{0};
+        header.payload_sz = static_cast<vor_uint16>(payload.size());
+        header.meta_data_sz = static_cast<vor_uint16>(meta_data.size());
+        const std::string head(reinterpret_cast<const char*>(&header), sizeof header);
+        if (!send(header.ipc_dest_id, head + meta_data + payload)) {
+            return fmt::format("nobody receives ({})", std::strerror(errno));
+        }
+        return awaits ? receive() : no_answer;
+    }
+
+private:
+    struct Unbind {
+        void operator()(VOR_IPC_HANDLE* handle) const { vor_ipc_unbind(handle); }
+    };
+
+    std::string receive()
+    {
+        pollfd waiting{vorinfra_descriptor(endpoint_.get()), POLLIN, 0};
+        std::array<char, sizeof(VOR_IPC_MSG_HDR) + VORINFRA_DATA_MAX> bytes; // NOLINT: filled by the receive
+        while (poll(&waiting, 1, patience_ms) == 1) {
+            const ssize_t size = recv(waiting.fd, bytes.data(), bytes.size(), MSG_DONTWAIT);
+            VOR_IPC_MSG_HDR header;
+            if (size < static_cast<ssize_t>(sizeof header)) {
+                continue;
+            }
+            std::memcpy(&header, bytes.data(), sizeof header);
+            if (header.flag == (answer_bit | sequence_)) {
+                return answer_text(
+                    header.opcode,
+                    std::string_view(bytes.data(), static_cast<std::size_t>(size)).substr(sizeof header));
+            }
+        }
+        return no_answer;
+    }
+
+    std::unique_ptr<VOR_IPC_HANDLE, Unbind> endpoint_;
+    vor_uint16 sap_;
+    vor_uint16 sequence_ = 0;
+};
+
+// konfd, spoken to with ended texts only: each is answered once.
+class Konfd {
+public:
+    std::string exchange(const std::string& text)
+    {
+        const std::string ended = text + "\n";
+        if (socket_.get() < 0) {
+            std::array<char, 4096> path{};
+            const bool usable = vorinfra_rooted_path("/tmp/konfd.socket", path.data(), path.size()) == 0;
+            socket_ = usable ? connect_to(path.data()) : Descriptor();
+        }
+        if (!send_now(socket_.get(), ended)) {
+            return "nobody receives";
+        }
+        // What a check or a showing answers comes at once; more may be under way.
+        std::string answer;
+        pollfd waiting{socket_.get(), POLLIN, 0};
+        while (poll(&waiting, 1, answer.empty() ? patience_ms : 0) == 1) {
+            std::array<char, 65536> bytes; // NOLINT: filled by the receive
+            const ssize_t size = recv(socket_.get(), bytes.data(), bytes.size(), 0);
+            if (size <= 0) {
+                socket_ = Descriptor();
+                break;
+            }
+            answer.append(bytes.data(), static_cast<std::size_t>(size));
+        }
+        return answer.empty() ? no_answer : answer;
+    }
+
+private:
+    Descriptor socket_;
+};
+
+class Replay {
+public:
+    explicit Replay(const std::string& path) : journal_(path) {}
+
+    void run()
+    {
+        while (const auto record = journal_.next()) {
+            try {
+                send_again(*record);
+                ++sent_;
+            } catch (const Unsendable& why) {
+                refuse(*record, why.what());
+            } catch (const Json::exception&) {
+                refuse(*record, "is damaged");
+            }
+        }
+        if (journal_.torn()) {
+            vor::print_line(stderr, "vorsim: the last line was never finished; it is left out");
+        }
+    }
+
+    void differ(const std::string& where, const std::string& was, const std::string& is)
+    {
+        ++differences_;
+        print(fmt::format("{}: was {}, is {}\n", where, was, is));
+    }
+
+    int end() const
+    {
+        print(fmt::format("vorsim: {} sent again, {}{}\n", vor::counted(sent_, "message"),
+                          differences_ == 0 ? "no difference" : vor::counted(differences_, "difference"),
+                          refused_ == 0 ? "" : fmt::format(", {} refused", vor::counted(refused_, "line"))));
+        return differences_ + refused_ == 0 ? 0 : 1;
+    }
+
+private:
+    void refuse(const Record& record, const std::string& why)
+    {
+        ++refused_;
+        vor::print_line(stderr, fmt::format("{}: {} {}", journal_.place(record), name(record.data), why));
+    }
+
+    static std::string name(const Json& data)
+    {
+        return data.contains("konfd") ? fmt::format("konfd {}", data.value("konfd", ""))
+               : data.contains("call")
+                   ? fmt::format("{} {}", data.value("call", ""), data.value("object", ""))
+                   : fmt::format("message {} to SAP {}", data.value("id", "without an id"), data.value("sap", 0));
+    }
+
+    void send_again(const Record& record)
+    {
+        const Json& data = record.data;
+        if (record.version < journal_version) {
+            throw Unsendable(fmt::format("is of version {}, which kept no bytes", record.version));
+        }
+        if (data.contains("konfd")) {
+            compare_konfd(record);
+        } else if (data.contains("datagram")) {
+            sender(0xfffe).send(data.at("sap").get<vor_uint16>(), bytes_in(data, "datagram"));
+        } else {
+            const std::string was =
+                data.contains("answer_id") && data.value("delivered", true)
+                    ? answer_text(
+                          static_cast<vor_uint32>(std::stoul(data["answer_id"].get<std::string>(), nullptr, 16)),
+                          bytes_in(data, "answer_payload"))
+                    : no_answer;
+            const std::string is = sender(data.at("source").get<vor_uint16>()).exchange(data);
+            if (was != is && data.value("delivered", true)) {
+                differ(fmt::format("{}: {}", journal_.place(record), name(data)), was, is);
+            }
+        }
+    }
+
+    void compare_konfd(const Record& record)
+    {
+        const Json& data = record.data;
+        const std::string text = bytes_in(data, "text");
+        if (text.empty()) {
+            throw Unsendable("was too long to be kept");
+        }
+        const std::string is = konfd_.exchange(text);
+        // One that shared its answer with the text before it has none of its own.
+        const std::string sent = bytes_in(data, "answer_text");
+        const std::string was = sent.empty() ? data.at("answer").get<std::string>() + "\n" : sent;
+        if (was != is) {
+            differ(fmt::format("{}: {}", journal_.place(record), name(data)), vor::quoted(was, 60),
+                   vor::quoted(is, 60));
+        }
+    }
+
+    Sender& sender(vor_uint16 sap)
+    {
+        auto& sender = senders_[sap];
+        if (sender == nullptr) {
+            sender = std::make_unique<Sender>(sap);
+        }
+        return *sender;
+    }
+
+    JournalReader journal_;
+    std::map<vor_uint16, std::unique_ptr<Sender>> senders_;
+    Konfd konfd_;
+    std::uint64_t sent_ = 0;
+    std::uint64_t refused_ = 0;
+    std::uint64_t differences_ = 0;
+};
+
+void compare_held(Replay& replay, const Json& was, const Json& is, const std::string& path)
+{
+    const bool differs =
+        was.type() != is.type() || (!was.is_structured() && was != is) || (was.is_array() && was.size() != is.size());
+    if (differs) {
+        replay.differ(path, vor::dump(was), vor::dump(is));
+    } else if (was.is_array()) {
+        for (std::size_t at = 0; at < was.size(); ++at) {
+            compare_held(replay, was[at], is[at], fmt::format("{}/{}", path, at));
+        }
+    } else if (was.is_object()) {
+        for (const auto& [key, value] : was.items()) {
+            if (is.contains(key)) {
+                compare_held(replay, value, is[key], fmt::format("{}/{}", path, key));
+            } else {
+                replay.differ(fmt::format("{}/{}", path, key), vor::dump(value), "not held");
+            }
+        }
+        for (const auto& [key, value] : is.items()) {
+            if (!was.contains(key)) {
+                replay.differ(fmt::format("{}/{}", path, key), "not held", vor::dump(value));
+            }
+        }
+    }
+}
+
+} // namespace
+
+int replay(std::vector<std::string> arguments)
+{
+    std::string state;
+    if (!arguments.empty() && arguments.front() == "--state") {
+        arguments.erase(arguments.begin());
+        state = operand(arguments, "FILE behind --state");
+    }
+    const std::string path = operand(arguments, "FILE");
+    if (!arguments.empty()) {
+        throw UsageError(fmt::format("\"{}\" is too much here", arguments.front()));
+    }
+    Json held;
+    if (!state.empty()) {
+        std::ifstream file(state);
+        held = Json::parse(file, nullptr, false);
+        if (!held.is_object() || !held.contains("managers")) {
+            throw std::runtime_error(fmt::format("{} is no state", state));
+        }
+    }
+    Replay replay(path);
+    replay.run();
+    if (!state.empty()) {
+        const Json now = Json::parse(ask(Json::object({{"do", "show"}, {"json", true}})));
+        for (const char* part : {"managers", "konfd"}) {
+            compare_held(replay, held[part], now[part], part);
+        }
+    }
+    return replay.end();
+}
+
+} // namespace vorsim::client

@@ -1,0 +1,52 @@
+// door.hpp: a listening socket whose callers may be more than there is room for.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "process/loop.hpp"
+#include "process/unix_socket.hpp"
+
+namespace vorsim {
+
+// A caller that finds no room, or no descriptor left, waits outside; nobody
+// spins meanwhile.
+class Door {
+public:
+    // Frees a place where one is needed and can be had; one is needed at any
+    // rate when there is no descriptor left. False: all are in use.
+    using MakeRoom = std::function<bool(bool no_descriptor)>;
+    using OnClient = std::function<void(Descriptor socket)>;
+
+    Door(Loop& loop, const std::string& path, MakeRoom make_room, OnClient on_client);
+
+private:
+    void open();
+    void accept_client();
+    void close_for_a_while();
+
+    Loop& loop_;
+    Listener listener_;
+    MakeRoom make_room_;
+    OnClient on_client_;
+    std::optional<Loop::Time> opens_at_;
+};
+
+// Without a word for so long, a client may lose its place to another.
+inline constexpr std::chrono::milliseconds idle_for{2000};
+
+// The client that has been idle longest, and long enough; else the end.
+template <class Clients>
+auto longest_idle(Clients& clients)
+{
+    auto found = clients.end();
+    for (auto client = clients.begin(); client != clients.end(); ++client) {
+        const bool longer = found == clients.end() || client->second.active < found->second.active;
+        if (longer && std::chrono::steady_clock::now() - client->second.active >= idle_for) {
+            found = client;
+        }
+    }
+    return found;
+}
+
+} // namespace vorsim

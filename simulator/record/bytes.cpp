@@ -1,0 +1,199 @@
+#include "record/bytes.hpp"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cstring>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <vorinfra_manager.h>
+
+#include "gateway/match.hpp"
+#include "konfd/command.hpp"
+#include "tables/families.hpp"
+#include "text/text.hpp"
+
+namespace vorsim {
+namespace {
+
+bool is_secret(const Field& field)
+{
+    return field.display == Display::secret;
+}
+
+constexpr std::int32_t any_sap = -1;
+constexpr std::string_view meaningless = "--"; // a byte that is not told
+
+// The layouts under which the message may carry a secret.
+std::vector<const Layout*> secret_layouts(std::int32_t sap, std::uint32_t id)
+{
+    std::vector<const Layout*> layouts;
+    for (const Family* family : all_families()) {
+        for (const Row& row : family->rows()) {
+            if (row.exchange.id == id && (sap == any_sap || family->serves(row, sap)) &&
+                std::ranges::any_of(row.layout.fields(), is_secret)) {
+                layouts.push_back(&row.layout);
+            }
+        }
+    }
+    return layouts;
+}
+
+std::vector<const Row*> record_rows(std::uint16_t sap, std::uint32_t id)
+{
+    std::vector<const Row*> rows;
+    for (const Family* family : all_families()) {
+        for (const Row& row : family->rows()) {
+            if (row.exchange.id == id && family->serves(row, sap) && row.layout.form == Form::record) {
+                rows.push_back(&row);
+            }
+        }
+    }
+    return rows;
+}
+
+// Behind a text's end, and where the message means nothing, lies what the
+// sender's buffer held before, perhaps the password of an earlier message.
+std::string record_of(const std::vector<const Row*>& rows, Bytes payload)
+{
+    const Match found = match(rows, payload);
+    if (found.row == nullptr) {
+        return payload.empty() ? "" : std::string(vor::mask);
+    }
+    std::vector<std::string> bytes(payload.size(), std::string(meaningless));
+    for (const Part& part : found.parts) {
+        const std::size_t at = part.field->tag_or_offset;
+        const bool text = part.field->kind == Kind::text;
+        const std::size_t size = text ? std::min(text_in(part).size() + 1, part.bytes.size()) : part.bytes.size();
+        for (std::size_t byte = 0; byte < size; ++byte) {
+            bytes[at + byte] = is_secret(*part.field) ? "" : hex(part.bytes.subspan(byte, 1));
+        }
+        if (is_secret(*part.field)) {
+            bytes[at] = vor::mask;
+            std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(at + 1), part.bytes.size() - 1, "");
+        }
+    }
+    return fmt::format("{}", fmt::join(bytes, ""));
+}
+
+std::string masked_chain(const std::vector<const Layout*>& layouts, Bytes chain, bool accepted)
+{
+    const auto names_secret = [&layouts](std::uint16_t tag) {
+        return std::ranges::any_of(layouts, [tag](const Layout* layout) {
+            return std::ranges::any_of(
+                layout->fields(), [tag](const Field& field) { return is_secret(field) && field.tag_or_offset == tag; });
+        });
+    };
+    std::string text;
+    std::uint16_t cursor = 0;
+    for (;;) {
+        const std::uint16_t begin = cursor;
+        VORINFRA_ELEMENT element{};
+        const int read =
+            vorinfra_next_element(chain.data(), static_cast<std::uint16_t>(chain.size()), &cursor, &element);
+        if (read < 0) {
+            return text + std::string(vor::mask);
+        }
+        if (read == 0) {
+            return text;
+        }
+        const Bytes whole = chain.subspan(begin, static_cast<std::size_t>(cursor - begin));
+        const bool number = element.kind == VORINFRA_INT16 || element.kind == VORINFRA_INT32;
+        const bool masked = names_secret(element.tag) || (!accepted && !number);
+        text += masked ? hex(whole.first(2)) + std::string(vor::mask) : hex(whole);
+    }
+}
+
+constexpr std::string_view secret_words[] = {"passw", "passphrase", "psk", "secret"};
+
+} // namespace
+
+std::string hex(Bytes bytes)
+{
+    return fmt::format("{:02x}", fmt::join(bytes, ""));
+}
+
+std::string hex(std::string_view text)
+{
+    return hex(Bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
+}
+
+std::optional<std::string> bytes_of_hex(std::string_view text)
+{
+    std::string bytes;
+    for (; text.size() > 1; text.remove_prefix(2)) {
+        unsigned char byte = 0;
+        const char* const end = text.data() + 2;
+        if (!text.starts_with(meaningless) && std::from_chars(text.data(), end, byte, 16).ptr != end) {
+            return {};
+        }
+        bytes += static_cast<char>(byte);
+    }
+    return text.empty() ? std::optional(bytes) : std::nullopt;
+}
+
+bool is_masked(std::string_view text)
+{
+    return text.find(vor::mask) != text.npos;
+}
+
+std::string payload_record(const Message& message, bool accepted, bool show_secrets)
+{
+    if (show_secrets) {
+        return hex(message.payload);
+    }
+    if (const auto rows = record_rows(message.sap, message.id); !rows.empty()) {
+        return record_of(rows, message.payload);
+    }
+    const auto layouts = secret_layouts(message.sap, message.id);
+    if (layouts.empty()) {
+        const bool elsewhere = !accepted && !secret_layouts(any_sap, message.id).empty(); // sent to the wrong manager
+        return elsewhere ? std::string(vor::mask) : hex(message.payload);
+    }
+    const Layout& layout = *layouts.front(); // the rows of one message share its form
+    const std::size_t lead = layout.form == Form::flag_byte && !message.payload.empty() ? 1 : 0;
+    return hex(message.payload.first(lead)) + masked_chain(layouts, message.payload.subspan(lead), accepted);
+}
+
+std::string datagram_record(Bytes datagram, bool show_secrets)
+{
+    VOR_IPC_MSG_HDR header{};
+    if (show_secrets || datagram.size() <= sizeof header) {
+        return hex(datagram);
+    }
+    std::memcpy(&header, datagram.data(), sizeof header);
+    return secret_layouts(any_sap, header.opcode).empty() ? hex(datagram)
+                                                          : hex(datagram.first(sizeof header)) + std::string(vor::mask);
+}
+
+std::string konfd_record(std::string_view text, bool show_secrets)
+{
+    std::string lower(text);
+    std::ranges::transform(lower, lower.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    std::size_t first = text.npos;
+    for (const std::string_view word : secret_words) {
+        first = std::min(first, lower.find(word));
+    }
+    if (show_secrets || first == text.npos) {
+        return hex(text);
+    }
+    const auto parsed = konfd::parse(text);
+    if (!std::holds_alternative<std::vector<konfd::Command>>(parsed)) {
+        return hex(text.substr(0, first)) + std::string(vor::mask);
+    }
+    // Between quotes stands what konfd itself masks.
+    std::string record;
+    for (bool inside = false; !text.empty(); inside = !inside) {
+        const std::size_t end = std::min(text.find('"'), text.size());
+        const std::string_view part = text.substr(0, end);
+        const std::string shown = inside ? konfd::without_secret(part) : std::string(part);
+        record += shown == part ? hex(part) : hex(part.substr(0, part.find(' ') + 1)) + std::string(vor::mask);
+        record += end < text.size() ? hex(text.substr(end, 1)) : "";
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return record;
+}
+
+} // namespace vorsim

@@ -1,0 +1,52 @@
+#include "record/reader.hpp"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+
+#include <fmt/format.h>
+
+namespace vorsim {
+
+JournalReader::JournalReader(const std::string& path) : path_(path), file_(path)
+{
+    if (!file_ || std::filesystem::is_directory(path)) {
+        throw std::runtime_error(
+            fmt::format("cannot read the journal {}: {}", path, std::strerror(file_ ? EISDIR : errno)));
+    }
+}
+
+std::optional<Record> JournalReader::next()
+{
+    std::string text;
+    while (std::getline(file_, text)) {
+        ++line_;
+        if (file_.eof()) {
+            torn_ = true;
+            return {};
+        }
+        Json data = Json::parse(text, nullptr, false);
+        if (!data.is_object()) {
+            throw std::runtime_error(fmt::format("{}:{}: no record of a journal", path_, line_));
+        }
+        const auto begins = data.find("journal");
+        if (begins == data.end()) {
+            return Record{line_, version_, std::move(data)};
+        }
+        version_ = begins->is_number_integer() ? begins->get<int>() : 0;
+        if (version_ < 1 || version_ > journal_version) {
+            throw std::runtime_error(
+                fmt::format("{}:{}: a journal of version {}, which this vorsim does not know: it reads 1 to {}", path_,
+                            line_, begins->dump(), journal_version));
+        }
+    }
+    return {};
+}
+
+std::string JournalReader::place(const Record& record) const
+{
+    return fmt::format("{}:{}", path_, record.line);
+}
+
+} // namespace vorsim

@@ -1,0 +1,40 @@
+// reader.hpp: a journal's records, one at a time.
+#pragma once
+
+#include <cstdint>
+#include <fstream>
+#include <optional>
+#include <string>
+
+#include "values/value.hpp"
+
+namespace vorsim {
+
+inline constexpr int journal_version = 2; // 1 had no first record, and no bytes
+
+struct Record {
+    std::uint64_t line{};
+    int version{}; // of the journal that it stands in
+    Json data;
+};
+
+class JournalReader {
+public:
+    // Throws when there is no such file.
+    explicit JournalReader(const std::string& path);
+
+    // Throws, with file and line, for what is no record, and for a journal of
+    // a version that is not known. A last line that was never finished is none.
+    std::optional<Record> next();
+    bool torn() const { return torn_; }
+    std::string place(const Record& record) const;
+
+private:
+    std::string path_;
+    std::ifstream file_;
+    std::uint64_t line_ = 0;
+    int version_ = 1;
+    bool torn_ = false;
+};
+
+} // namespace vorsim

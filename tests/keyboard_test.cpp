@@ -1,0 +1,161 @@
+// vorcfg at a terminal: completion asked for by the shells themselves, and its own prompt.
+#include <csignal>
+#include <fstream>
+#include <optional>
+
+#include <gtest/gtest.h>
+
+#include "processes.hpp"
+
+namespace {
+
+struct Shell {
+    const char* name;
+    std::vector<std::string> command;
+    const char* start;
+};
+
+void PrintTo(const Shell& shell, std::ostream* out)
+{
+    *out << shell.name;
+}
+
+class Completion : public testing::TestWithParam<Shell> {};
+
+// Each line is typed, with tabs, and taken by the gateway as completed.
+TEST_P(Completion, writes_lines_that_are_accepted)
+{
+    if (!std::filesystem::exists(GetParam().command.front())) {
+        GTEST_SKIP() << GetParam().name << " is missing";
+    }
+    const processes::Workplace workplace;
+    processes::Gateway gateway(workplace, {"--strict"});
+    std::ofstream(workplace.path() / "tower key") << "gr33n-m0nsoon\n";
+    processes::Terminal terminal(workplace, GetParam().command);
+    terminal.type(std::string(GetParam().start) + "source <(vorcfg completion " + GetParam().name +
+                  "); echo rea''dy\n");
+    ASSERT_NE(terminal.shown_until("ready").find("ready"), std::string::npos);
+    const std::pair<const char*, const char*> lines[] = {
+        {"vorcfg gpi\tset-val\t5 1\n", "gpio set-value: sent to gpiomgr"},
+        {"vorcfg ip enable-ip-routing dis\t\n", "go on? [y/N] "},
+        {"y\n", "ip enable-ip-routing: sent to ethmgr"},
+        {"vorcfg gsm set-password 1 @tow\t1\n", "gsm set-password: accepted"},
+        {"vorcfg --dry\tlist gp\t\n", "gpio set-value port_num value"},
+        {"vorcfg batch --dry-run exam\tsi\t\n", "shown only (dry run)"},
+    };
+    for (const auto& [line, wanted] : lines) {
+        terminal.type(line);
+        const std::string shown = terminal.shown_until(wanted);
+        EXPECT_NE(shown.find(wanted), std::string::npos) << line << shown;
+    }
+    EXPECT_EQ(gateway.stop(SIGTERM), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    shells, Completion,
+    testing::Values(Shell{"bash", {"/bin/bash", "--norc", "--noprofile", "-i"}, ""},
+                    Shell{"zsh", {"/bin/zsh", "-f", "-i"}, "autoload -U compinit; compinit -u -D; "}),
+    [](const auto& each) { return each.param.name; });
+
+constexpr char up[] = "\x1b[A";
+constexpr char ctrl_c[] = "\x03";
+constexpr char ctrl_d[] = "\x04";
+constexpr char ready[] = "vorcfg> ";
+
+class Prompt : public testing::Test {
+protected:
+    // What one line brings, up to the next prompt.
+    std::string typed(const std::string& line) const
+    {
+        terminal_->type(line);
+        return terminal_->shown_until(ready);
+    }
+    void begin()
+    {
+        terminal_.emplace(workplace_, std::vector<std::string>{workplace_.path() / "bin/vorcfg"});
+        terminal_->shown_until(ready);
+    }
+    void end()
+    {
+        terminal_->type(ctrl_d);
+        EXPECT_EQ(terminal_->rest().exit_code, 0);
+    }
+
+    const processes::Workplace workplace_;
+    mutable std::optional<processes::Terminal> terminal_;
+};
+
+TEST_F(Prompt, asks_before_a_call_that_may_cut_the_link)
+{
+    processes::Gateway gateway(workplace_, {"--strict"});
+    begin();
+    for (const std::string no : {"n\n", "\n", ctrl_c}) {
+        terminal_->type("ip set-dhcp 0 1\n");
+        terminal_->shown_until("go on? [y/N] ");
+        EXPECT_NE(typed(no).find("nothing was sent"), std::string::npos);
+    }
+    terminal_->type("ip set-dhcp 1 1\n");
+    terminal_->shown_until("go on? [y/N] ");
+    EXPECT_NE(typed("y\n").find("ip set-dhcp: accepted by ethmgr"), std::string::npos);
+    EXPECT_NE(typed("ip set-dhcp 2 1 --yes\n").find("ip set-dhcp: accepted by ethmgr"), std::string::npos);
+    end();
+    EXPECT_NE(gateway.next_line().find("interface 1"), std::string::npos) << "sent without a yes";
+}
+
+TEST_F(Prompt, goes_on_after_an_interrupt_and_a_fault)
+{
+    begin();
+    EXPECT_EQ(typed(std::string("gpio set-value 5 1") + ctrl_c).find("not delivered"), std::string::npos);
+    EXPECT_NE(typed("gpio set-value 5\n").find("value: is missing"), std::string::npos);
+    EXPECT_NE(typed("help gpio\n").find("Drives an output."), std::string::npos);
+    end();
+}
+
+#ifdef VOR_EDITED
+TEST_F(Prompt, completes_and_lists)
+{
+    begin();
+    EXPECT_NE(typed("gpi\tset-v\t5 1 --dry\t\n").find("gpio set-value: dry run"), std::string::npos);
+    EXPECT_NE(typed("gpio set\t\t").find("Has a port read by interrupt."), std::string::npos);
+    terminal_->type(ctrl_c);
+    terminal_->shown_until(ready);
+    end();
+}
+
+TEST_F(Prompt, remembers_no_line_with_a_secret)
+{
+    begin();
+    typed("gpio set-value 5 1 --dry-run\n");
+    for (const char* const line :
+         {"gsm set-password 1 gr33n 1", "gsm set-pasword 1 gr33n 1", "gms set-password 1 gr33n 1",
+          "wifi set-ssid-password gr33n \"", "konfd query --set --line password gr33n --pattern password"}) {
+        typed(std::string(line) + " --dry-run\n");
+    }
+    end();
+    const auto file = workplace_.path() / "state/vorcfg/history";
+    EXPECT_EQ(processes::contents(file), "gpio set-value 5 1 --dry-run\n");
+    EXPECT_EQ(std::filesystem::status(file).permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    begin();
+    EXPECT_NE(typed(std::string(up) + "\n").find("gpio set-value: dry run"), std::string::npos);
+    end();
+}
+#endif
+
+#ifdef VOR_MANUAL
+// Pages refer to each other; where they are not installed, they are not found.
+TEST(manual, is_clean)
+{
+    if (!std::filesystem::exists("/usr/bin/mandoc")) {
+        GTEST_SKIP() << "mandoc is missing";
+    }
+    const processes::Workplace workplace;
+    const std::string pages = VOR_MANUAL "/man?/*.?";
+    EXPECT_EQ(workplace.run("mandoc -T lint " + pages + " | grep -v 'referenced manual not found: Xr vor'").text, "");
+    EXPECT_EQ(workplace.run("ls " + pages + " | wc -l").text, workplace.run("vorcfg manual | wc -l").text);
+    const std::string page = workplace.run("mandoc -T ascii " VOR_MANUAL "/man1/vorcfg-gsm.1 | sed 's/.\b//g'").text;
+    EXPECT_NE(page.find("vorcfg gsm set-password gsm_port password option"), std::string::npos) << page;
+}
+#endif
+
+} // namespace

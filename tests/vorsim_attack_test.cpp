@@ -1,0 +1,332 @@
+// What was tried against vorsim: it stays small, and an honest client is served.
+#include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include <sys/file.h>
+#include <sys/wait.h>
+
+#include <nlohmann/json.hpp>
+
+#include "gateway/gateway.hpp"
+#include "konfd/konfd.hpp"
+#include "platform_fixture.hpp"
+#include "process/unix_socket.hpp"
+
+namespace {
+
+using processes::Gateway;
+using processes::Workplace;
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr long most_growth_kb = 400'000; // what is freed is kept by the sanitizer
+#else
+constexpr long most_growth_kb = 60'000;
+#endif
+
+class Attack : public testing::Test {
+protected:
+    Attack() { place.enter(); }
+
+    std::string in_place(const std::string& name) const { return (place.path() / name).string(); }
+    vorsim::Descriptor konfd() const { return vorsim::connect_to(in_place("root/tmp/konfd.socket")); }
+
+    Workplace place;
+};
+
+// The most memory that the process ever had, in kilobytes.
+long peak_of(pid_t pid)
+{
+    std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+    for (std::string word; status >> word;) {
+        if (word == "VmHWM:") {
+            long kilobytes = 0;
+            status >> kilobytes;
+            return kilobytes;
+        }
+    }
+    return 0;
+}
+
+// The processor time that the process took, in ticks.
+long ticks_of(pid_t pid)
+{
+    std::istringstream text(processes::contents("/proc/" + std::to_string(pid) + "/stat"));
+    std::string word;
+    for (int field = 1; field < 14; ++field) {
+        text >> word;
+    }
+    long user = 0;
+    long system = 0;
+    text >> user >> system;
+    return user + system;
+}
+
+bool send_all(int descriptor, const std::string& bytes)
+{
+    return send(descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
+}
+
+// A line, or what came before the connection's end.
+std::string line_from(int descriptor)
+{
+    std::string line;
+    char byte = 0;
+    pollfd waiting{descriptor, POLLIN, 0};
+    while (poll(&waiting, 1, 30'000) == 1 && recv(descriptor, &byte, 1, 0) == 1) {
+        line += byte;
+        if (byte == '\n') {
+            break;
+        }
+    }
+    return line;
+}
+
+int ask(VOR_IPC_HANDLE* front_end)
+{
+    Message request;
+    Message response;
+    return vor_ipc_request_response(front_end, 2, 0x2021, &request.ref, &response.ref, 0, 0);
+}
+
+// Texts of konfd that cost the old engine gigabytes or half a minute each.
+std::vector<std::string> hostile_texts()
+{
+    std::vector<std::string> texts;
+    for (const char* pattern : {"(\\ba?\\b){60}z", "(\\ba?\\b){150}z", "((a{99}){99}){99}", "(((a{0}){99}){99}){99}",
+                                "((((a*)*)*)*)*b", "(a|b|ab)*(a|b|ab)*(a|b|ab)*c"}) {
+        texts.push_back(std::string("-c -r \"") + pattern + "\"");
+    }
+    std::string patterns;
+    for (int pattern = 0; pattern < 60; ++pattern) {
+        patterns += "-u -r \"(.*a){30}(.*b){30}(.*c){30}z\" \"a\"";
+    }
+    texts.push_back(patterns);
+    std::string shows;
+    for (int show = 0; show < 1000; ++show) {
+        shows += "-d\"a\"";
+    }
+    texts.push_back(shows);
+    return texts;
+}
+
+TEST(attack, by_a_text_has_a_bounded_work)
+{
+    vorsim::konfd::Konfd konfd;
+    for (int line = 0; line < 500; ++line) {
+        konfd.execute("-s -l \"" + std::string(900, 'a') + std::to_string(line) + "\" \"a\"");
+    }
+    const std::string before = konfd.text();
+    for (const std::string& text : hostile_texts()) {
+        EXPECT_EQ("-e\n", konfd.execute(text).answer) << text.substr(0, 60);
+    }
+    EXPECT_EQ(before, konfd.text());
+    EXPECT_EQ("the patterns are too much work",
+              konfd.execute("-u -r \"(.*a){30}(.*b){30}z\" \"a\"").report.record["complaint"]);
+    EXPECT_EQ("-o\n", konfd.execute("-u -r \"^a+7$\" \"a\"").answer) << "an honest pattern over all lines";
+    // What is shown is shown whole, or refused.
+    EXPECT_GT(konfd.execute("-d \"a\"").answer.size(), 400'000U);
+    const vorsim::konfd::Reply twice = konfd.execute("-d \"a\" -d \"a\" -d \"a\"");
+    EXPECT_EQ("-e\n", twice.answer);
+    EXPECT_EQ("what is to be shown has more than 1048576 bytes", twice.report.record["complaint"]);
+}
+
+TEST_F(Attack, by_texts_and_unread_answers_grows_nothing)
+{
+    Gateway gateway(place, {});
+    const long before = peak_of(gateway.pid());
+    const vorsim::Descriptor honest = konfd();
+    for (int line = 0; line < 500; ++line) {
+        send_all(honest.get(), "-s -l \"" + std::string(900, 'a') + std::to_string(line) + "\" \"a\"\n");
+        ASSERT_EQ("-o\n", line_from(honest.get()));
+    }
+    std::vector<vorsim::Descriptor> attackers;
+    for (int attacker = 0; attacker < 20; ++attacker) {
+        attackers.push_back(konfd());
+        for (const std::string& text : hostile_texts()) {
+            send_all(attackers.back().get(), text + "\n");
+        }
+        send_all(attackers.back().get(), "-d\n-d\n-d\n-d\n"); // half a megabyte each, never read
+    }
+    const Bound front_end(client_sap);
+    for (int question = 0; question < 20; ++question) {
+        EXPECT_EQ(0, ask(front_end));
+        send_all(honest.get(), "-c -l \"a\"\n");
+        EXPECT_EQ("-o\n", line_from(honest.get()));
+    }
+    EXPECT_LT(peak_of(gateway.pid()) - before, most_growth_kb);
+    EXPECT_EQ(0, gateway.stop(SIGTERM));
+}
+
+// The most answers that others had between a client's sending and its answer,
+// by the gateway's own times.
+std::size_t longest_wait(const std::string& journal, unsigned source)
+{
+    struct Served {
+        std::string arrived;
+        unsigned source;
+    };
+    std::vector<Served> all;
+    std::istringstream lines(journal);
+    std::size_t longest = 0;
+    for (std::string line; std::getline(lines, line);) {
+        const auto record = nlohmann::json::parse(line);
+        if (!record.contains("seq")) {
+            continue;
+        }
+        all.push_back({record["time"], record.value("source", 0U)});
+        if (all.back().source != source) {
+            continue;
+        }
+        // Those before it in the journal that came in after it overtook it.
+        std::size_t overtaken = 0;
+        for (auto other = all.rbegin() + 1; other != all.rend() && overtaken < 1000; ++other) {
+            if (other->arrived <= all.back().arrived) {
+                break;
+            }
+            ++overtaken;
+        }
+        longest = std::max(longest, overtaken);
+    }
+    return longest;
+}
+
+TEST_F(Attack, by_six_floods_lets_an_honest_client_wait_for_few_answers)
+{
+    Gateway gateway(place, {"--journal", in_place("journal")});
+    std::vector<pid_t> floods;
+    for (vor_uint16 flood = 0; flood < 6; ++flood) {
+        const pid_t child = fork();
+        if (child == 0) {
+            const Bound busy(static_cast<vor_uint16>(210 + flood));
+            const vorsim::Descriptor talker = konfd();
+            std::string texts;
+            for (int text = 0; text < 300; ++text) {
+                texts += "-d\"x\"\n";
+            }
+            while (true) {
+                send(talker.get(), texts.data(), texts.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+                for (int one_way = 0; one_way < 20; ++one_way) {
+                    Message message;
+                    vor_ipc_send(busy, static_cast<vor_uint16>(flood % 2 == 0 ? 10 : 2), 0xa00a, &message.ref, 0, 0);
+                }
+                ask(busy);
+            }
+        }
+        floods.push_back(child);
+    }
+    {
+        const Bound honest(client_sap);
+        std::thread reader([&gateway] {
+            while (!gateway.next_line().empty()) {}
+        });
+        for (int question = 0; question < 200; ++question) {
+            EXPECT_EQ(0, ask(honest));
+        }
+        for (const pid_t flood : floods) {
+            kill(flood, SIGKILL);
+            waitpid(flood, nullptr, 0);
+        }
+        EXPECT_EQ(0, place.run("vorsim quit").exit_code);
+        reader.join();
+    }
+    EXPECT_LE(longest_wait(processes::contents(in_place("journal")), client_sap), 8U);
+}
+
+TEST_F(Attack, by_output_that_nobody_reads_stops_nothing)
+{
+    Gateway gateway(place, {});
+    const Bound front_end(client_sap);
+    for (int question = 0; question < 3000; ++question) { // far more than a pipe holds
+        ASSERT_EQ(0, ask(front_end));
+    }
+    EXPECT_TRUE(contains(place.run("vorsim show").text, " lines lost\n"));
+    std::string said;
+    for (std::string line = gateway.next_line(); said.empty(); line = gateway.next_line()) {
+        said = line.find(" lost here: nobody read what was written") != line.npos ? line : "";
+        ASSERT_EQ(0, ask(front_end));
+    }
+    EXPECT_EQ(0U, said.find("vorsim: ")) << said;
+    EXPECT_EQ(0, gateway.stop(SIGTERM)) << "nor is it deaf";
+}
+
+TEST_F(Attack, by_idle_clients_leaves_room_for_others)
+{
+    const Gateway gateway(place, {});
+    std::vector<vorsim::Descriptor> idle;
+    for (int client = 0; client < 64; ++client) {
+        idle.push_back(konfd());
+        ASSERT_GE(idle.back().get(), 0);
+    }
+    for (int client = 0; client < 16; ++client) {
+        idle.push_back(vorsim::connect_to(in_place("run/vorsim.control")));
+    }
+    const vorsim::Descriptor honest = konfd();
+    send_all(honest.get(), "-d\n");
+    EXPECT_EQ("-o\n", line_from(honest.get()));
+    EXPECT_EQ(0, place.run("vorsim show").exit_code);
+}
+
+TEST_F(Attack, by_taking_all_descriptors_makes_it_wait_without_spinning)
+{
+    std::filesystem::rename(in_place("bin/vorsim"), in_place("bin/all"));
+    std::ofstream(in_place("bin/vorsim")) << "#!/bin/sh\nulimit -n 56\nexec all \"$@\"\n";
+    std::filesystem::permissions(in_place("bin/vorsim"), std::filesystem::perms::owner_all);
+    Gateway gateway(place, {"--state", in_place("state")});
+    const vorsim::Descriptor watcher = vorsim::connect_to(in_place("run/vorsim.control"));
+    send_all(watcher.get(), "{\"do\":\"watch\"}\n");
+    EXPECT_EQ("+\n", line_from(watcher.get()));
+    const Bound front_end(client_sap);
+    std::vector<vorsim::Descriptor> many;
+    for (int client = 0; client < 60; ++client) { // until its descriptors are gone, and some more
+        vorsim::Descriptor one(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+        sockaddr_un to{};
+        to.sun_family = AF_UNIX;
+        in_place("root/tmp/konfd.socket").copy(to.sun_path, sizeof to.sun_path - 1);
+        connect(one.get(), reinterpret_cast<sockaddr*>(&to), sizeof to);
+        many.push_back(std::move(one));
+        EXPECT_EQ(0, ask(front_end));
+    }
+    const long before = ticks_of(gateway.pid());
+    // The last one outside is let in when the first has been idle long enough: a wait of seconds.
+    const vorsim::Descriptor last = konfd();
+    send_all(last.get(), "-d\n");
+    EXPECT_EQ("-o\n", line_from(last.get()));
+    EXPECT_LT(ticks_of(gateway.pid()) - before, sysconf(_SC_CLK_TCK) / 2);
+    EXPECT_EQ(0, ask(front_end));
+    EXPECT_EQ(0, gateway.stop(SIGTERM));
+    EXPECT_TRUE(contains(processes::contents(in_place("state")), "\"messages\": 61"))
+        << "its file is written nevertheless";
+}
+
+TEST(attack, by_many_objects_ends_in_complaints)
+{
+    vorsim::Gateway gateway({});
+    const long before = peak_of(getpid());
+    nlohmann::ordered_json last;
+    for (unsigned port = 0; port < 0x8000; ++port) {
+        const std::uint8_t payload[] = {static_cast<std::uint8_t>(port), static_cast<std::uint8_t>(port >> 8), 1, 0};
+        last = gateway.judge({.sap = 4, .source = client_sap, .id = 0x4006, .payload = payload}).report.record;
+    }
+    EXPECT_EQ("nothing more can be kept (vorsim reset makes room)", last.value("complaint", ""));
+    EXPECT_GT(gateway.state().json()["gpiomgr"]["objects"].size(), 5'000U);
+    EXPECT_LT(peak_of(getpid()) - before, most_growth_kb);
+    const std::uint8_t again[] = {0, 0, 0, 0}; // what is there already may change
+    EXPECT_FALSE(gateway.judge({.sap = 4, .id = 0x4006, .payload = again}).report.record.contains("complaint"));
+}
+
+TEST_F(Attack, on_its_start_can_be_stopped)
+{
+    place.run("mkdir -m 700 -p run");
+    const vorsim::Descriptor directory(open(in_place("run").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    ASSERT_EQ(0, flock(directory.get(), LOCK_EX)); // every SAP's binding waits for it
+    const auto stopped = place.run("vorsim >said 2>&1 & until [ -e run/vorsim.control ]; do :; done; kill $!; wait $!");
+    EXPECT_EQ(1, stopped.exit_code);
+    EXPECT_TRUE(contains(processes::contents(in_place("said")), "did not come to an end in time"));
+}
+
+} // namespace

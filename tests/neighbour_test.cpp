@@ -120,7 +120,7 @@ TEST_F(Neighbour, another_user_reaches_nothing_of_a_gateway)
 TEST_F(Neighbour, a_planted_link_is_refused)
 {
     std::ofstream(path("mine")) << "mine";
-    for (const char* const link : {"open/state.part", "open/run", "open/vorsim.control", "open/sap-7"}) {
+    for (const char* const link : {"open/state", "open/run", "open/vorsim.control", "open/sap-7"}) {
         fs::create_directories(path("open"));
         fs::create_symlink(path("mine"), path(link));
     }
@@ -133,26 +133,17 @@ TEST_F(Neighbour, a_planted_link_is_refused)
     EXPECT_TRUE(says("VORINFRA_DIR=" + path("open/run") + " vorsim", 2, "it is a symbolic link"));
     fs::permissions(path("open"), fs::perms(0700));
     EXPECT_TRUE(says("VORINFRA_DIR=" + path("open") + " vorcfg --sap 7 gpio set-direction 3 1 0", 7, "is no socket"));
-    EXPECT_TRUE(says("VORINFRA_DIR=" + path("open") + " vorsim", 1, "exists and is no socket"));
-    if (geteuid() == 0) {
-        fs::create_symlink(path("mine"), path("open/journal"));
-        ASSERT_EQ(0, lchown(path("open/journal").c_str(), stranger, stranger));
-        EXPECT_TRUE(says("timeout 2 vorsim --journal open/journal", 1, "cannot write the journal open/journal"));
-    }
+    EXPECT_TRUE(says("VORINFRA_DIR=" + path("open") + " vorsim", 2, "exists and is no socket"));
     EXPECT_EQ("mine", contents(path("mine")));
 }
 
 TEST_F(Neighbour, a_full_disk_is_told)
 {
     EXPECT_TRUE(says("vorcfg list > /dev/full", 10, "vorcfg: standard output: No space left on device"));
-    EXPECT_TRUE(says("trap '' XFSZ; ulimit -f 0; vorsim --state state", 1, // no file may grow
+    EXPECT_TRUE(says("trap '' XFSZ; ulimit -f 0; vorsim --state state", 2, // no file may grow
                      "cannot write the state state: File too large"));
-    Gateway gateway(place, {"--journal", "/dev/full"});
-    EXPECT_TRUE(says("vorcfg gpio set-direction 3 1 0", 0, "accepted"));
+    const Gateway gateway(place, {});
     EXPECT_TRUE(says("vorsim show > /dev/full", 1, "cannot write to standard output: No space left on device"));
-    gateway.next_line();
-    EXPECT_EQ("vorsim: cannot write the journal /dev/full: No space left on device", gateway.next_line());
-    EXPECT_EQ(1, gateway.stop(SIGTERM));
 }
 
 TEST_F(Neighbour, no_descriptor_left_is_told)
@@ -169,9 +160,9 @@ TEST_F(Neighbour, no_descriptor_left_is_told)
     };
     constexpr int few = 40;
     limit("vorsim", 10);
-    EXPECT_TRUE(says("vorsim", 1, "Too many open files\nvorsim: cannot serve SAP"));
-    limit("vorsim", few);
-    Gateway gateway(place, {});
+    EXPECT_TRUE(says("vorsim", 2, "Too many open files\nvorsim: cannot serve SAP"));
+    limit("vorsim", 1000);
+    const Gateway gateway(place, {});
     const auto fails_at = [&](int descriptors) {
         limit("vorcfg", descriptors);
         const Output output = place.run("vorcfg batch calls");
@@ -183,15 +174,6 @@ TEST_F(Neighbour, no_descriptor_left_is_told)
     for (int descriptors = 4; fails_at(descriptors); descriptors++) {
         ASSERT_LT(descriptors, few);
     }
-    for (int client = 0; client < few; client++) {
-        connects(SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, path("root/tmp/konfd.socket"));
-    }
-    std::string line;
-    do {
-        line = gateway.next_line();
-    } while (line.starts_with("gpiomgr"));
-    EXPECT_EQ("vorsim: no descriptor left for a client of " + path("root/tmp/konfd.socket") + ": it is let go", line);
-    EXPECT_EQ(0, gateway.stop(SIGTERM));
 }
 
 // Of a process that is made to die while it has been told a passphrase, and the manager does not answer.

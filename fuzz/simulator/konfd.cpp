@@ -74,7 +74,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                 check(*exchange);
             }
         }
-        if (!expected.unended.empty()) {
+        if (!bytes.empty() && !expected.unended.empty()) {
             const auto parsed = parse(expected.unended);
             const auto* const complaint = std::get_if<Complaint>(&parsed);
             const bool cut = complaint != nullptr && complaint->incomplete && expected.unended.size() <= longest_text;

@@ -47,7 +47,11 @@ Endpoint* bound_endpoint(const VOR_IPC_HANDLE* handle, const char* operation)
 const Endpoint* newest_endpoint()
 {
     const Lock lock(guard);
-    return endpoints;
+    const Endpoint* own = endpoints;
+    while (own != nullptr && pthread_equal(own->binder, pthread_self()) == 0) {
+        own = own->next;
+    }
+    return own != nullptr ? own : endpoints;
 }
 
 namespace {
@@ -162,6 +166,7 @@ bool open_endpoint(Endpoint& endpoint, vor_uint16 sap, vor_uint16 bind_option)
     endpoint.handle = {sap, bind_option, &endpoint};
     endpoint.descriptor = descriptor.get();
     endpoint.timeout = *timeout;
+    endpoint.binder = pthread_self();
     endpoint.sequence = random_sequence();
     if (!bind_socket(endpoint)) {
         return false;

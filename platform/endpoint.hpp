@@ -13,6 +13,7 @@ struct Endpoint {
     Endpoint* next;
     int descriptor;
     int timeout;         // milliseconds
+    pthread_t binder;    // the thread whose endpoint it is
     vor_uint16 sequence; // of the last request
     bool answer_missing; // of an earlier request; it may still come
     dev_t device;        // with the inode: the socket's file, which
@@ -24,6 +25,7 @@ struct Endpoint {
 // operation, when there is none.
 Endpoint* bound_endpoint(const VOR_IPC_HANDLE* handle, const char* operation);
 
-const Endpoint* newest_endpoint(); // null: none is bound
+// The newest that the calling thread has bound; else the newest of all. Null: none is bound.
+const Endpoint* newest_endpoint();
 
 } // namespace vorinfra

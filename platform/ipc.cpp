@@ -17,7 +17,7 @@ std::atomic<unsigned> undelivered;
 bool send_buffer(Endpoint& endpoint, VOR_IPC_MSG_REF& message, Buffer& buffer, vor_uint16 sap, vor_uint32 message_id,
                  vor_uint16 sequence, vor_uint16 payload_length)
 {
-    buffer.holder = &endpoint;
+    buffer.holder.store(&endpoint, std::memory_order_relaxed);
     if (buffer.unsendable) {
         complain("message 0x%x to SAP %u is not sent: its chain was refused", static_cast<unsigned>(message_id), sap);
         errno = EMSGSIZE;
@@ -96,7 +96,7 @@ vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_u
     if (answer == nullptr) {
         return VORINFRA_NOT_SENT;
     }
-    answer->holder = endpoint;
+    answer->holder.store(endpoint, std::memory_order_relaxed);
     answer->answer = true;
     response->meta_data_sz = 0;
     response->payload_sz = 0;

@@ -1,6 +1,7 @@
 #include "message.hpp"
 
-#include <bitset>
+#include <array>
+#include <atomic>
 #include <cerrno>
 #include <sys/socket.h>
 #include <sys/uio.h>
@@ -11,11 +12,11 @@ namespace vorinfra {
 
 namespace {
 
-std::bitset<0x10000> traced;
+std::array<std::atomic<unsigned char>, 0x10000> traced; // by SAP; any thread may switch
 
 void trace(const char* what, const VOR_IPC_MSG_HDR& header)
 {
-    if (traced[header.ipc_src_id] || traced[header.ipc_dest_id]) {
+    if (traced[header.ipc_src_id] != 0 || traced[header.ipc_dest_id] != 0) {
         const bool answer = (header.flag & answer_bit) != 0;
         log_line(log_messages, "%s: SAP %u to %u, id 0x%x, %s %u, meta-data %u, payload %u", what, header.ipc_src_id,
                  header.ipc_dest_id, static_cast<unsigned>(header.opcode), answer ? "answer" : "request",
@@ -27,7 +28,7 @@ void trace(const char* what, const VOR_IPC_MSG_HDR& header)
 
 void toggle_trace(vor_uint16 sap)
 {
-    traced.flip(sap);
+    traced[sap] ^= 1;
 }
 
 namespace {

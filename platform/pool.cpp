@@ -124,7 +124,7 @@ void take_back_buffers(const Endpoint* holder)
     const Lock lock(guard);
     for (unsigned i = 0; i < block_count; i++) {
         for (Buffer* buffer = blocks[i]; buffer != blocks[i] + block_size(i); buffer++) {
-            if (buffer->taken && buffer->holder == holder) {
+            if (buffer->taken && buffer->holder.load(std::memory_order_relaxed) == holder) {
                 give_back(buffer);
             }
         }
@@ -160,7 +160,7 @@ vor_int32 vor_ipc_get_buffer(VOR_IPC_MSG_REF* message)
         memset(buffer->data, first_use_pattern, sizeof buffer->data);
         buffer->touched = true;
     }
-    buffer->holder = holder;
+    buffer->holder.store(holder, std::memory_order_relaxed);
     buffer->taken = true;
     buffer->answer = false;
     buffer->unsendable = false;

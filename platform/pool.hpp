@@ -1,6 +1,7 @@
 // pool.hpp: the message buffers.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 
 #include "vorinfra_manager.h"
@@ -20,7 +21,7 @@ struct alignas(record_alignment) Buffer {
     vor_uchar data[VORINFRA_DATA_MAX];
     vor_uchar behind[record_alignment + margin]; // of an answer
 
-    const Endpoint* holder; // whose unbinding takes it back
+    std::atomic<const Endpoint*> holder; // whose unbinding takes it back; any may look
     Buffer* next_free;
     bool touched; // taken before
     bool taken;

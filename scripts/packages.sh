@@ -69,6 +69,10 @@ ensure_emulator_packages() {
     ensure_packages qemu-user:qemu-arm
 }
 
+ensure_fuzz_packages() {
+    ensure_packages clang:clang++ libclang-rt-14-dev:/usr/lib/llvm-14/lib/clang/14.0.6/include/fuzzer
+}
+
 # Without one of these the tests that need it are left out.
 ensure_keyboard_packages() {
     ensure_packages zsh:zsh mandoc:mandoc libedit-dev:/usr/include/histedit.h

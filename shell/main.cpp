@@ -1,5 +1,7 @@
 #include <cstdio>
 
+#include <sys/prctl.h>
+
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
@@ -133,6 +135,7 @@ int run(const Options& options)
 
 int main(int argc, char** argv)
 {
+    prctl(PR_SET_DUMPABLE, 0); // no core, and no other process, gets to see a secret
     bool json = false;
     try {
         const Options options = options_of({argv + 1, argv + argc});

@@ -1,3 +1,6 @@
 vor_test(platform_test
   SOURCES platform_test.cpp platform_local_test.cpp
   LIBRARIES vorinfra)
+
+# Built alone in the preset thread.
+vor_test(thread_test SOURCES thread_test.cpp LIBRARIES vorinfra)

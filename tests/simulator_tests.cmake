@@ -4,6 +4,10 @@ vor_test(faults_test SOURCES faults_test.cpp LIBRARIES vorsim_core)
 vor_test(konfd_daemon_test SOURCES konfd_daemon_test.cpp LIBRARIES vorsim_core)
 vor_test(vorsim_process_test SOURCES vorsim_process_test.cpp LIBRARIES vorsim_core)
 add_dependencies(vorsim_process_test vorsim)
+
+vor_test(neighbour_test SOURCES neighbour_test.cpp LIBRARIES vorinfra)
+add_dependencies(neighbour_test vorcfg vorsim)
+
 vor_test(vorsim_record_test SOURCES vorsim_record_test.cpp LIBRARIES vorsim_core)
 add_dependencies(vorsim_record_test vorsim vorcfg)
 vor_test(vorsim_attack_test SOURCES vorsim_attack_test.cpp LIBRARIES vorsim_core)

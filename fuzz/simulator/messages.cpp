@@ -1,0 +1,40 @@
+// Messages as vorsim's managers find them: one behind the other, each its header, its meta-data and its payload.
+#include <vorinfra_manager.h>
+
+#include "gateway/gateway.hpp"
+#include "input.hpp"
+
+using namespace vorsim;
+using namespace fuzz;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    Input input(data, size);
+    Gateway gateway({});
+    while (!input.empty()) {
+        const auto header = input.value<VOR_IPC_MSG_HDR>();
+        const Bytes meta_data = input.take(std::min<std::size_t>(header.meta_data_sz, VORINFRA_DATA_MAX));
+        const Bytes payload =
+            input.take(std::min<std::size_t>(header.payload_sz, VORINFRA_DATA_MAX - meta_data.size()));
+        const std::uint64_t complaints = gateway.complaints();
+        const Judgement judgement = gateway.judge({.sap = header.ipc_dest_id,
+                                                   .source = header.ipc_src_id,
+                                                   .id = header.opcode,
+                                                   .answer_wanted = header.flag != 0,
+                                                   .meta_data = meta_data,
+                                                   .payload = payload});
+        require(judgement.answered == (header.flag != 0), "who waits is answered");
+        require(!judgement.answered || judgement.answer.size() >= sizeof(vor_int32), "an answer has a status");
+        require(judgement.answer.size() <= VORINFRA_DATA_MAX, "an answer fits a message");
+        require_shown(judgement.report.line);
+        require_shown(vor::dump(judgement.report.record));
+        require((gateway.complaints() != complaints) == judgement.report.record.contains("complaint"),
+                "a complaint is counted");
+    }
+    const std::string state = vor::dump(gateway.state().json());
+    require(Json::parse(state).dump() == Json::parse(vor::dump(Json::parse(state))).dump(), "the state is JSON");
+    for (const char character : gateway.state().text()) {
+        require(character == '\n' || static_cast<unsigned char>(character) >= 0x20, "the state is text");
+    }
+    return 0;
+}

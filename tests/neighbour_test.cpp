@@ -1,0 +1,231 @@
+// A gateway among hostile neighbours: another user, planted links, a full disk, no descriptor left, a core.
+#include <array>
+#include <csignal>
+#include <cstring>
+#include <fstream>
+#include <functional>
+
+#include <fcntl.h>
+#include <grp.h>
+#include <sys/file.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+#include "platform_fixture.hpp"
+
+namespace {
+
+using processes::contents;
+using processes::Gateway;
+using processes::Output;
+using processes::Workplace;
+
+constexpr uid_t stranger = 65534;
+
+// What a child process comes to: its wait status.
+int status_of(const std::function<void()>& action)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        action();
+        _exit(0);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    return status;
+}
+
+// What the stranger's action failed with; 0: it did not.
+int error_as_stranger(const std::function<bool()>& action)
+{
+    return WEXITSTATUS(status_of([&] {
+        if (setgroups(0, nullptr) != 0 || setgid(stranger) != 0 || setuid(stranger) != 0) {
+            _exit(255);
+        }
+        errno = 0;
+        _exit(action() ? 0 : errno);
+    }));
+}
+
+class Neighbour : public testing::Test {
+protected:
+    std::string path(const std::string& name) const { return (place.path() / name).string(); }
+
+    // What a line says and its exit code, as "CODE: text".
+    testing::AssertionResult says(const std::string& command, int code, const std::string& text) const
+    {
+        const Output output = place.run(command);
+        if (output.exit_code == code && output.text.find(text) != std::string::npos) {
+            return testing::AssertionSuccess();
+        }
+        return testing::AssertionFailure() << command << ": exit code " << output.exit_code << ": " << output.text;
+    }
+
+    Workplace place;
+};
+
+using Way = std::function<bool(const std::string& path)>;
+
+bool connects(int type, const std::string& path)
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    return connect(socket(AF_UNIX, type, 0), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+}
+
+bool binds(const std::string& path)
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    return bind(socket(AF_UNIX, SOCK_DGRAM, 0), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+}
+
+TEST_F(Neighbour, another_user_reaches_nothing_of_a_gateway)
+{
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can be another user";
+    }
+    fs::permissions(place.path(), fs::perms(0755)); // what protects a gateway is its own
+    fs::permissions(path("root/tmp"), fs::perms(01777));
+    Gateway gateway(place, {"--journal", "journal", "--state", "state"});
+    const struct {
+        const char* what;
+        const char* where;
+        Way way;
+    } table[] = {
+        {"list", "run", [](auto& at) { return open(at.c_str(), O_RDONLY | O_DIRECTORY) >= 0; }},
+        {"block", "run", [](auto& at) { return flock(open(at.c_str(), O_RDONLY), LOCK_EX | LOCK_NB) == 0; }},
+        {"fill", "run/file", [](auto& at) { return open(at.c_str(), O_CREAT | O_WRONLY, 0600) >= 0; }},
+        {"send to a manager", "run/sap-7", [](auto& at) { return connects(SOCK_DGRAM, at); }},
+        {"answer for a manager", "run/sap-999", binds},
+        {"take a manager away", "run/sap-7", [](auto& at) { return unlink(at.c_str()) == 0; }},
+        {"ask for the state", "run/vorsim.control", [](auto& at) { return connects(SOCK_STREAM, at); }},
+        {"speak to konfd", "root/tmp/konfd.socket", [](auto& at) { return connects(SOCK_STREAM, at); }},
+        {"take konfd away", "root/tmp/konfd.socket", [](auto& at) { return unlink(at.c_str()) == 0; }},
+        {"read the journal", "journal", [](auto& at) { return open(at.c_str(), O_RDONLY) >= 0; }},
+        {"write the journal", "journal", [](auto& at) { return open(at.c_str(), O_WRONLY) >= 0; }},
+        {"read the state", "state", [](auto& at) { return open(at.c_str(), O_RDONLY) >= 0; }},
+    };
+    for (const auto& [what, where, way] : table) {
+        const int error = error_as_stranger([&way = way, at = path(where)] { return way(at); });
+        EXPECT_TRUE(error == EACCES || error == EPERM || error == EBADF) << what << ": " << std::strerror(error);
+    }
+    EXPECT_TRUE(says("vorcfg gpio set-direction 3 1 0", 0, "accepted"));
+}
+
+// In a directory that others may write to, where a name points to may be their choice.
+TEST_F(Neighbour, a_planted_link_is_refused)
+{
+    std::ofstream(path("mine")) << "mine";
+    for (const char* const link : {"open/state", "open/run", "open/vorsim.control", "open/sap-7"}) {
+        fs::create_directories(path("open"));
+        fs::create_symlink(path("mine"), path(link));
+    }
+    fs::permissions(path("open"), fs::perms(01777));
+    {
+        Gateway gateway(place, {"--state", "open/state"});
+        EXPECT_EQ(0, gateway.stop(SIGTERM));
+    }
+    EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(path("open/state"))));
+    EXPECT_TRUE(says("VORINFRA_DIR=" + path("open/run") + " vorsim", 2, "it is a symbolic link"));
+    fs::permissions(path("open"), fs::perms(0700));
+    EXPECT_TRUE(says("VORINFRA_DIR=" + path("open") + " vorcfg --sap 7 gpio set-direction 3 1 0", 7, "is no socket"));
+    EXPECT_TRUE(says("VORINFRA_DIR=" + path("open") + " vorsim", 2, "exists and is no socket"));
+    EXPECT_EQ("mine", contents(path("mine")));
+}
+
+TEST_F(Neighbour, a_full_disk_is_told)
+{
+    EXPECT_TRUE(says("vorcfg list > /dev/full", 10, "vorcfg: standard output: No space left on device"));
+    EXPECT_TRUE(says("trap '' XFSZ; ulimit -f 0; vorsim --state state", 2, // no file may grow
+                     "cannot write the state state: File too large"));
+    const Gateway gateway(place, {});
+    EXPECT_TRUE(says("vorsim show > /dev/full", 1, "cannot write to standard output: No space left on device"));
+}
+
+TEST_F(Neighbour, no_descriptor_left_is_told)
+{
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer needs descriptors to look at an object";
+#endif
+    std::ofstream(path("calls")) << "gpio set-direction 3 1 0\n";
+    const auto limit = [this](const std::string& tool, int descriptors) {
+        std::string script = contents(path("bin/" + tool));
+        const std::size_t begin = script.find('\n') + 1;
+        script.replace(begin, script.find("exec ") - begin, "ulimit -Sn " + std::to_string(descriptors) + "\n");
+        std::ofstream(path("bin/" + tool)) << script;
+    };
+    constexpr int few = 40;
+    limit("vorsim", 10);
+    EXPECT_TRUE(says("vorsim", 2, "Too many open files\nvorsim: cannot serve SAP"));
+    limit("vorsim", 1000);
+    const Gateway gateway(place, {});
+    const auto fails_at = [&](int descriptors) {
+        limit("vorcfg", descriptors);
+        const Output output = place.run("vorcfg batch calls");
+        EXPECT_EQ(output.exit_code != 0, output.text.find("Too many open files") != std::string::npos)
+            << descriptors << ": " << output.text;
+        return output.exit_code != 0;
+    };
+    EXPECT_FALSE(fails_at(few));
+    for (int descriptors = 4; fails_at(descriptors); descriptors++) {
+        ASSERT_LT(descriptors, few);
+    }
+}
+
+// Of a process that is made to die while it has been told a passphrase, and the manager does not answer.
+bool leaves_a_core(const std::function<void()>& dying, int ready)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        const rlimit any{RLIM_INFINITY, RLIM_INFINITY};
+        setrlimit(RLIMIT_CORE, &any);
+        dying();
+        _exit(1);
+    }
+    char byte;
+    EXPECT_EQ(1, read(ready, &byte, 1));
+    kill(child, SIGABRT);
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status));
+    return WCOREDUMP(status);
+}
+
+TEST_F(Neighbour, a_passphrase_is_in_no_core)
+{
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer forbids cores";
+#endif
+    const Gateway gateway(place, {});
+    gateway.suspend();
+    place.enter();
+    std::ofstream(path("secret")) << "Monsoon-17";
+    int ready[2];
+    ASSERT_EQ(0, pipe2(ready, O_CLOEXEC));
+    const auto enter = [&] { // the directory and what a traced call says
+        dup2(open(path("secret").c_str(), O_RDONLY | O_CLOEXEC), STDIN_FILENO);
+        dup2(ready[1], STDERR_FILENO);
+        return chdir(place.path().c_str());
+    };
+    const auto any_program = [&] {
+        if (enter() == 0 && write(ready[1], "", 1) == 1) {
+            pause();
+        }
+    };
+    const auto shell = [&] {
+        if (enter() == 0) {
+            execl("bin/vorcfg", "vorcfg", "--trace", "gsm", "set-password", "1", "-", "1", nullptr);
+        }
+    };
+    if (!leaves_a_core(any_program, ready[0])) {
+        GTEST_SKIP() << "no program leaves a core here";
+    }
+    EXPECT_FALSE(leaves_a_core(shell, ready[0]));
+    gateway.resume();
+}
+
+} // namespace

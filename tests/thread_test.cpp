@@ -1,0 +1,134 @@
+// What several threads, and several processes, may do with the platform at once. ThreadSanitizer watches.
+#include <array>
+#include <atomic>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+#include <sys/wait.h>
+
+#include "platform_fixture.hpp"
+
+namespace {
+
+constexpr int rounds = 40;
+constexpr vor_uint16 managers = 3;
+
+// A manager that answers each request with its own bytes.
+class Echo {
+public:
+    explicit Echo(vor_uint16 sap) : endpoint_(sap), thread_([this] { serve(); }) {}
+    Echo(const Echo&) = delete;
+    Echo& operator=(const Echo&) = delete;
+    ~Echo()
+    {
+        done_ = true;
+        thread_.join();
+    }
+
+private:
+    void serve()
+    {
+        VORINFRA_MESSAGE message;
+        pollfd polled{vorinfra_descriptor(endpoint_), POLLIN, 0};
+        while (!done_) {
+            if (poll(&polled, 1, 20) == 1 && vorinfra_receive(endpoint_, &message) == 1 && message.answer_wanted) {
+                vorinfra_answer(endpoint_, &message, message.id, message.payload, message.payload_size);
+            }
+        }
+    }
+
+    const Bound endpoint_;
+    std::atomic<bool> done_{false};
+    std::thread thread_;
+};
+
+// A client's exchanges on an endpoint of its own; how many were answered with what was asked.
+int exchanges(vor_uint16 sap)
+{
+    int right = 0;
+    for (int round = 0; round < rounds; round++) {
+        const Bound client(sap);
+        for (vor_uint16 manager = 1; manager <= managers; manager++) {
+            Message request;
+            Message response;
+            TLV_CHAIN chain;
+            vor_int32 size = 0;
+            vor_tlv_chain_init(&chain);
+            vor_tlv_chain_add_vor_int32(&chain, sap, round);
+            vor_tlv_chain_serialize(&chain, request.payload(), &size);
+            vor_ipc_send(client, 99, 2, &request.ref, 0, 0); // to nobody
+            const vor_int32 result = vor_ipc_request_response(client, manager, 1, &request.ref, &response.ref,
+                                                              static_cast<vor_uint16>(size), 0);
+            const void* const answer = response.payload();
+            right += result == 0 && answer != nullptr &&
+                     std::memcmp(answer, request.payload(), static_cast<size_t>(size)) == 0;
+        }
+    }
+    return right;
+}
+
+constexpr int all = rounds * managers;
+
+// Each holds its own buffers while the others bind and unbind, which takes back theirs.
+TEST_F(PlatformTest, threads_with_endpoints_of_their_own_do_not_meet)
+{
+    const std::array<Echo, managers> echoes{Echo(1), Echo(2), Echo(3)};
+    std::array<int, 4> right{};
+    std::vector<std::thread> clients;
+    for (size_t client = 0; client < right.size(); client++) {
+        clients.emplace_back([&, client] { right[client] = exchanges(static_cast<vor_uint16>(200 + client)); });
+    }
+    std::thread others([] {
+        const Bound own(300);
+        for (int round = 0; round < rounds; round++) {
+            vor_ipc_debug(own, 1); // a trace on and off
+            vor_timer_start(vor_timer_create(0, nullptr, nullptr), 1000, 0);
+            vorinfra_timers(nullptr, 0);
+            vorinfra_buffers_taken();
+            vorinfra_messages_undelivered();
+            vor_dbg_log(1, "nothing");
+        }
+    });
+    for (std::thread& client : clients) {
+        client.join();
+    }
+    others.join();
+    EXPECT_EQ((std::array{all, all, all, all}), right);
+}
+
+TEST_F(PlatformTest, a_buffer_outlives_the_endpoint_of_another_thread)
+{
+    const Bound own(client_sap);
+    VOR_IPC_HANDLE* newest = nullptr;
+    std::thread([&newest] { newest = vor_ipc_bind(201, 0); }).join();
+    Message message;
+    EXPECT_EQ(1, vor_ipc_unbind(newest));
+    EXPECT_NE(nullptr, message.payload());
+}
+
+TEST_F(PlatformTest, processes_with_endpoints_of_their_own_do_not_meet)
+{
+    ASSERT_NE(nullptr, vorinfra_directory());
+    int start[2];
+    ASSERT_EQ(0, pipe(start));
+    std::vector<pid_t> clients;
+    for (vor_uint16 sap = 200; sap < 203; sap++) { // before there are threads
+        clients.push_back(fork());
+        if (clients.back() == 0) {
+            char byte;
+            close(start[1]);
+            _exit(read(start[0], &byte, 1) == 0 && exchanges(sap) == all ? 0 : 1);
+        }
+    }
+    const std::array<Echo, managers> echoes{Echo(1), Echo(2), Echo(3)};
+    close(start[0]);
+    close(start[1]);
+    for (const pid_t client : clients) {
+        int status = -1;
+        EXPECT_EQ(client, waitpid(client, &status, 0));
+        EXPECT_EQ(0, status);
+    }
+}
+
+} // namespace

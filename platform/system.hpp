@@ -74,7 +74,7 @@ inline bool limit_blocking(int descriptor, int option, int milliseconds) // SO_R
 {
     timeval limit{};
     limit.tv_sec = milliseconds / 1000;
-    limit.tv_usec = suseconds_t(milliseconds % 1000) * 1000;
+    limit.tv_usec = static_cast<suseconds_t>(milliseconds % 1000) * 1000;
     return setsockopt(descriptor, SOL_SOCKET, option, &limit, sizeof limit) == 0;
 }
 

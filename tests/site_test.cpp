@@ -92,7 +92,7 @@ void hang_up(const Workplace& workplace, std::vector<std::string> arguments, con
 class Site : public testing::Test {
 protected:
     Workplace workplace;
-    Gateway gateway{workplace, {"--journal", "gateway.journal"}};
+    Gateway gateway{workplace, {"--journal", "gateway.journal", "--lenient-konfd"}};
 };
 
 TEST_F(Site, killed_at_any_moment_ends_with_every_line_accepted_once)

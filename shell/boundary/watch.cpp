@@ -39,8 +39,10 @@ void Boundary::add(const TLV_CHAIN* to, Element element)
     }
 }
 
+namespace {
+
 // The data that a message of the platform's holds, of one taken and given back.
-static std::size_t room_of_platform()
+std::size_t room_of_platform()
 {
     VOR_IPC_MSG_REF message{};
     if (pass<vor_ipc_get_buffer>(&message) != 0) {
@@ -51,7 +53,7 @@ static std::size_t room_of_platform()
     return size > sizeof(VOR_IPC_MSG_HDR) ? size - sizeof(VOR_IPC_MSG_HDR) : 0;
 }
 
-static void take_size(Message& message, const Chain& chain, std::optional<std::size_t>& room)
+void take_size(Message& message, const Chain& chain, std::optional<std::size_t>& room)
 {
     if (!room) {
         room = room_of_platform();
@@ -65,6 +67,8 @@ static void take_size(Message& message, const Chain& chain, std::optional<std::s
         message.room = *room;
     }
 }
+
+} // namespace
 
 Message& Boundary::begin(Way way, vor_uint16 sap, vor_uint32 id, const VOR_IPC_MSG_REF* sent, vor_uint16 length)
 {
@@ -112,7 +116,7 @@ void Boundary::take_answer(Message& message, VOR_IPC_MSG_REF* response)
     VOR_IPC_MSG_HDR header;
     std::memcpy(&header, response->data_ptr, sizeof header);
     message.answer_id = header.opcode;
-    const void* const payload = pass<vor_ipc_get_payload_ptr>(response, vor_uint16(0));
+    const void* const payload = pass<vor_ipc_get_payload_ptr>(response, static_cast<vor_uint16>(0));
     if (watch->row.answers_record) {
         trace(fmt::format("0x{:x} {}", header.opcode, payload != nullptr ? "record" : "empty"));
     } else if (payload == nullptr || header.payload_sz < sizeof(vor_int32)) {

@@ -228,7 +228,7 @@ private:
         if (!argument.is_secret) {
             return;
         }
-        const std::string_view typed = std::string_view(current_).substr(name.size());
+        const std::string_view typed = std::string_view{current_}.substr(name.size());
         if (typed.starts_with('@')) {
             offer_files(fmt::format("{}@", name), typed.substr(1), false);
             return;

@@ -2,14 +2,18 @@
 
 namespace vorcfg {
 
-static constexpr Choice switches[] = {{"off", 0}, {"on", 1}};
-static constexpr Choice levels[] = {{"error"}, {"warning"}, {"info"}, {"all"}, {"ipc"}};
-static constexpr Choice tasks[] = {
+namespace {
+
+constexpr Choice switches[] = {{"off", 0}, {"on", 1}};
+constexpr Choice levels[] = {{"error"}, {"warning"}, {"info"}, {"all"}, {"ipc"}};
+constexpr Choice tasks[] = {
     {"sysmgr"},    {"platmgr"}, {"restmgr"}, {"gpiomgr"}, {"adcmgr"},    {"blemgr"},    {"ethmgr"},
     {"svcmgr"},    {"datamgr"}, {"appmgr"},  {"mqttmgr"}, {"serialmgr"}, {"sensormgr"}, {"sub1gmgr"},
     {"modbusmgr"}, {"canmgr"},  {"ntpmgr"},  {"snmpmgr"}, {"all"},
 };
-static constexpr Choice log_options[] = {{"server", 1}, {"file-name", 2}, {"frequency", 3}};
+constexpr Choice log_options[] = {{"server", 1}, {"file-name", 2}, {"frequency", 3}};
+
+} // namespace
 
 FAMILY(debug,
        call<vor_cfg_set_debug_info>("set-info",

@@ -2,7 +2,11 @@
 
 namespace vorcfg {
 
-static constexpr Choice routing[] = {{"enable", 0}, {"disable", 1}};
+namespace {
+
+constexpr Choice routing[] = {{"enable", 0}, {"disable", 1}};
+
+} // namespace
 
 FAMILY(
     ip,

@@ -11,17 +11,21 @@ namespace vorcfg {
 
 using vor::Json;
 
-static Said said_in(const Json& record)
+namespace {
+
+Said said_in(const Json& record)
 {
     const auto call = record.at("call").get<std::string>();
     const std::size_t blank = std::min(call.find(' '), call.size());
     const Row* const row =
-        row_named(call.substr(0, blank), std::string_view(call).substr(std::min(blank + 1, call.size())));
+        row_named(call.substr(0, blank), std::string_view{call}.substr(std::min(blank + 1, call.size())));
     if (row == nullptr) {
         throw Complaint{fmt::format("no call \"{}\" is known", call)};
     }
     return {row, vor::dump(record.at("arguments")), record.contains("secret")};
 }
+
+} // namespace
 
 bool can_be_taken_back(const Said& said, const Entry* before)
 {
@@ -29,14 +33,16 @@ bool can_be_taken_back(const Said& said, const Entry* before)
            !before->said.row->has(acts);
 }
 
-static std::optional<std::uint64_t> number_in(const Json& record, const char* name)
+namespace {
+
+std::optional<std::uint64_t> number_in(const Json& record, const char* name)
 {
     return record.contains(name) ? std::optional(record[name].get<std::uint64_t>()) : std::nullopt;
 }
 
 // The other calls of the family that undo this one, or are undone by it.
 template <class Action>
-static void for_opposites(const Said& said, Action action)
+void for_opposites(const Said& said, Action action)
 {
     for (const Row& other : said.row->family->rows) {
         if (said.row->undoes(other)) {
@@ -44,6 +50,8 @@ static void for_opposites(const Said& said, Action action)
         }
     }
 }
+
+} // namespace
 
 void History::begin(const Json& record)
 {
@@ -54,7 +62,7 @@ void History::begin(const Json& record)
     }
     entry.said = said_in(record);
     entry.file = record.value("file", "");
-    entry.line = record.value("line", std::size_t(0));
+    entry.line = record.value("line", static_cast<std::size_t>(0));
     entry.begun = record.at("at").get<std::string>();
     entry.replaces = number_in(record, "replaces");
     entry.takes_back = number_in(record, "takes_back");

@@ -123,7 +123,7 @@ void Journal::load(bool repair)
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = text.find('\n', at);
         number++;
-        const std::string_view line = std::string_view(text).substr(at, end - at);
+        const std::string_view line = std::string_view{text}.substr(at, end - at);
         const bool last = end == std::string::npos || end + 1 == text.size();
         if (end == std::string::npos || (last && number > 1 && !Json::accept(line))) {
             vor::print_line(stderr, fmt::format("vorcfg: {}: line {} is torn{}", path_, number,

@@ -9,11 +9,13 @@ namespace vorcfg {
 
 Capture* Capture::begun_[3];
 
+namespace {
+
 // A file in memory takes any amount, where a pipe that nobody reads would
 // block. Without one the lines go where they always went. Each descriptor has
 // one for good: to make it anew for every line of a long batch would be most of
 // what checking it takes.
-static int file_for(int descriptor)
+int file_for(int descriptor)
 {
     static int files[3] = {-1, -1, -1};
     if (files[descriptor] < 0) {
@@ -21,6 +23,8 @@ static int file_for(int descriptor)
     }
     return files[descriptor];
 }
+
+} // namespace
 
 Capture::Capture(int wanted) : descriptor_(wanted), file_(file_for(wanted))
 {

@@ -1,19 +1,29 @@
 #include "make/keeper.hpp"
 
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <cstring>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/signalfd.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
 
+#include <fmt/format.h>
+
+#include "words/complaint.hpp"
+
 namespace vorcfg {
 
+namespace {
+
 // After a signal, a call has this long to come back with what became of it.
-static constexpr unsigned grace_ms = 1000;
+constexpr unsigned grace_ms = 1000;
 // The platform is told the same time and should be the first to give up.
-static constexpr unsigned platform_first_ms = 300;
+constexpr unsigned platform_first_ms = 300;
+
+} // namespace
 
 Keeper::Keeper(std::optional<unsigned> seconds, bool hang_up_ends, GiveUp give_up)
     : seconds_(seconds), give_up_(std::move(give_up))
@@ -35,6 +45,9 @@ Keeper::Keeper(std::optional<unsigned> seconds, bool hang_up_ends, GiveUp give_u
     signals_ = signalfd(-1, &set, SFD_CLOEXEC);
     timer_ = timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC);
     end_ = eventfd(0, EFD_CLOEXEC);
+    if (signals_ < 0 || timer_ < 0 || end_ < 0) {
+        throw Complaint{fmt::format("cannot wait for signals: {}", std::strerror(errno)), exit_unusable};
+    }
     thread_ = std::thread([this] { watch(); });
 }
 
@@ -51,7 +64,7 @@ Keeper::~Keeper()
 void Keeper::give_up_after(unsigned seconds, unsigned milliseconds) const
 {
     itimerspec wanted{};
-    wanted.it_value = {time_t(seconds), long(milliseconds) * 1'000'000};
+    wanted.it_value = {static_cast<time_t>(seconds), static_cast<long>(milliseconds) * 1'000'000};
     timerfd_settime(timer_, 0, &wanted, nullptr);
 }
 

@@ -104,12 +104,12 @@ void add(Mdoc& page, const Section& section)
 std::string help_page(std::string_view tool, std::string_view text)
 {
     const Help help(text);
-    Mdoc page(tool, 1, help.usage.empty() ? tool : std::string_view(help.usage.front().second));
+    Mdoc page(tool, 1, help.usage.empty() ? tool : std::string_view{help.usage.front().second});
     page.section("synopsis");
     for (const auto& [usage, about] : help.usage) {
         page.macro("Nm", tool);
         if (usage.size() > tool.size()) {
-            page.macro("Ar", std::string_view(usage).substr(tool.size() + 1));
+            page.macro("Ar", std::string_view{usage}.substr(tool.size() + 1));
         }
     }
     add(page, help.description);

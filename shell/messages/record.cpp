@@ -30,69 +30,71 @@ struct Record {
 #field, offsetof(record, field), sizeof(record::field), FieldKind::kind                                        \
     }
 
-static constexpr RecordField eth_config_ip[] = {
+namespace {
+
+constexpr RecordField eth_config_ip[] = {
     FIELD(VOR_ETH_CONFIG_IP, eth_int_number, uint8),
     FIELD(VOR_ETH_CONFIG_IP, eth_conf_option, uint8),
     FIELD(VOR_ETH_CONFIG_IP, ip_address, address),
     FIELD(VOR_ETH_CONFIG_IP, subnet_mask, address),
 };
-static constexpr RecordField eth_dhcp_client[] = {
+constexpr RecordField eth_dhcp_client[] = {
     FIELD(VOR_ETH_DHCP_CLIENT_CONFIG, eth_int_number, uint8),
     FIELD(VOR_ETH_DHCP_CLIENT_CONFIG, eth_conf_option, uint8),
 };
-static constexpr RecordField default_gateway[] = {
+constexpr RecordField default_gateway[] = {
     FIELD(VOR_ETH_DEFAULT_GW_CONFIG, gw_conf_option, uint8),
     FIELD(VOR_ETH_DEFAULT_GW_CONFIG, iface_num, uint16),
     FIELD(VOR_ETH_DEFAULT_GW_CONFIG, default_gw, address),
 };
-static constexpr RecordField interface[] = {FIELD(VOR_INTERFACE, interface_num, uint8)};
-static constexpr RecordField route_switch[] = {{"enable_status", 0, sizeof(std::uint32_t), FieldKind::uint32}};
-static constexpr RecordField route_via[] = {FIELD(VOR_ETH_ROUTE_VIA, ip_address, address)};
-static constexpr RecordField static_route[] = {
+constexpr RecordField interface[] = {FIELD(VOR_INTERFACE, interface_num, uint8)};
+constexpr RecordField route_switch[] = {{"enable_status", 0, sizeof(std::uint32_t), FieldKind::uint32}};
+constexpr RecordField route_via[] = {FIELD(VOR_ETH_ROUTE_VIA, ip_address, address)};
+constexpr RecordField static_route[] = {
     FIELD(VOR_ETH_STATIC_ROUTE, device_no, uint16),
     FIELD(VOR_ETH_STATIC_ROUTE, ip_address, address),
 };
-static constexpr RecordField removed_route[] = {FIELD(VOR_ETH_STATIC_ROUTE, ip_address, address)};
-static constexpr RecordField syslog_info[] = {
+constexpr RecordField removed_route[] = {FIELD(VOR_ETH_STATIC_ROUTE, ip_address, address)};
+constexpr RecordField syslog_info[] = {
     FIELD(SYSLOG_INFO, mode, uint8),
     FIELD(SYSLOG_INFO, ip_address, address),
     FIELD(SYSLOG_INFO, port_number, uint16),
     FIELD(SYSLOG_INFO, protocol, uint8),
 };
-static constexpr RecordField log_info[] = {
+constexpr RecordField log_info[] = {
     FIELD(LOG_INFO, log_level, int32),
     FIELD(LOG_INFO, sap_id, uint16),
     FIELD(LOG_INFO, proc_name, text),
 };
-static constexpr RecordField log_server[] = {
+constexpr RecordField log_server[] = {
     FIELD(LOG_UPLOAD_FILE_INFO, set_option, int32), FIELD(LOG_UPLOAD_FILE_INFO, name, text),
     FIELD(LOG_UPLOAD_FILE_INFO, server, text),      FIELD(LOG_UPLOAD_FILE_INFO, user_name, text),
     FIELD(LOG_UPLOAD_FILE_INFO, password, secret),
 };
-static constexpr RecordField log_name[] = {
+constexpr RecordField log_name[] = {
     FIELD(LOG_UPLOAD_FILE_INFO, set_option, int32),
     FIELD(LOG_UPLOAD_FILE_INFO, name, text),
     FIELD(LOG_UPLOAD_FILE_INFO, file_name, text),
 };
-static constexpr RecordField log_frequency[] = {
+constexpr RecordField log_frequency[] = {
     FIELD(LOG_UPLOAD_FILE_INFO, set_option, int32),
     FIELD(LOG_UPLOAD_FILE_INFO, name, text),
     FIELD(LOG_UPLOAD_FILE_INFO, upload_frequency, int32),
 };
-static constexpr RecordField gpio_set[] = {
+constexpr RecordField gpio_set[] = {
     FIELD(VOR_GPIO_PORT_SET, gpio_sw_port, uint16),
     FIELD(VOR_GPIO_PORT_SET, value, uint16),
 };
-static constexpr RecordField gpio_pin[] = {FIELD(GPIO_PIN_NO, logical_port_no, uint16)};
-static constexpr RecordField adc_pin[] = {
+constexpr RecordField gpio_pin[] = {FIELD(GPIO_PIN_NO, logical_port_no, uint16)};
+constexpr RecordField adc_pin[] = {
     FIELD(ADC_PIN_NO, adc_index, uint16),
     FIELD(ADC_PIN_NO, channel_index, uint16),
 };
-static constexpr RecordField restart[] = {{"seconds", 0, sizeof(std::int16_t), FieldKind::int16}};
+constexpr RecordField restart[] = {{"seconds", 0, sizeof(std::int16_t), FieldKind::int16}};
 
-static constexpr std::uint32_t log_file_id = 0x2028;
+constexpr std::uint32_t log_file_id = 0x2028;
 
-static constexpr Record records[] = {
+constexpr Record records[] = {
     {0, 12, restart},
     {0, 27, log_info},
     {2, 0x2012, syslog_info},
@@ -112,20 +114,20 @@ static constexpr Record records[] = {
 };
 
 template <class T>
-static std::string number_text(const char* at)
+std::string number_text(const char* at)
 {
     T value;
     std::memcpy(&value, at, sizeof value);
     return fmt::format("{}", value);
 }
 
-static std::string address_text(const char* at)
+std::string address_text(const char* at)
 {
     char text[INET_ADDRSTRLEN];
     return inet_ntop(AF_INET, at, text, sizeof text);
 }
 
-static Field field_of(const RecordField& field, const std::string& record)
+Field field_of(const RecordField& field, const std::string& record)
 {
     const char* const at = record.data() + field.offset;
     if (field.offset + field.size > record.size()) {
@@ -154,7 +156,7 @@ static Field field_of(const RecordField& field, const std::string& record)
 
 // Log-file fields that the option does not name hold what the buffer held, of
 // whomever it was: they are not shown.
-static std::span<const RecordField> log_fields(const std::string& record)
+std::span<const RecordField> log_fields(const std::string& record)
 {
     std::int32_t option;
     std::memcpy(&option, record.data(), sizeof option);
@@ -169,6 +171,8 @@ static std::span<const RecordField> log_fields(const std::string& record)
         return {};
     }
 }
+
+} // namespace
 
 std::optional<std::vector<Field>> fields_of(const Message& message)
 {

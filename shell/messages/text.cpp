@@ -10,17 +10,21 @@
 
 namespace vorcfg {
 
+namespace {
+
 struct ManagerName {
     std::uint16_t sap;
     std::string_view name;
 };
 
-static constexpr ManagerName managers[] = {
+constexpr ManagerName managers[] = {
     {0, "the platform"}, {1, "sysmgr"},     {2, "platmgr"},  {3, "restmgr"},    {4, "gpiomgr"},      {5, "adcmgr"},
     {6, "blemgr"},       {7, "ethmgr"},     {8, "sub1gmgr"}, {9, "svcmgr"},     {10, "datamgr"},     {12, "gsmmgr"},
     {13, "appmgr"},      {14, "sensormgr"}, {15, "mqttmgr"}, {16, "serialmgr"}, {18, "wifimonitor"}, {19, "canmgr"},
     {20, "modbusmgr"},   {21, "snmpmgr"},   {22, "ntpmgr"},  {23, "pcumgr"},    {24, "loramgr"},     {240, "towermon"},
 };
+
+} // namespace
 
 std::string manager_name(std::uint16_t sap)
 {
@@ -28,8 +32,10 @@ std::string manager_name(std::uint16_t sap)
     return found != std::end(managers) ? std::string(found->name) : fmt::format("SAP {}", sap);
 }
 
+namespace {
+
 // The word that stands for a number, behind it.
-static std::string choice_text(std::string_view name, std::string_view number, const Row& row)
+std::string choice_text(std::string_view name, std::string_view number, const Row& row)
 {
     for (const Argument& argument : row.arguments()) {
         for (const Choice& choice : argument.choices) {
@@ -41,7 +47,7 @@ static std::string choice_text(std::string_view name, std::string_view number, c
     return "";
 }
 
-static std::string field_text(const Field& field, const Row& row)
+std::string field_text(const Field& field, const Row& row)
 {
     switch (field.kind) {
     case Field::Kind::number:
@@ -56,7 +62,7 @@ static std::string field_text(const Field& field, const Row& row)
     return fmt::format(" | {} {}", field.name, vor::mask);
 }
 
-static std::string record_text(const Message& message, const Row& row, std::span<const Value> values)
+std::string record_text(const Message& message, const Row& row, std::span<const Value> values)
 {
     const auto fields = fields_of(message);
     if (!fields) {
@@ -72,7 +78,7 @@ static std::string record_text(const Message& message, const Row& row, std::span
 }
 
 // An address goes out as a number; the argument that it came from says so.
-static std::string number_text(const Element& element, std::span<const Value> values)
+std::string number_text(const Element& element, std::span<const Value> values)
 {
     for (const Value& value : values) {
         in_addr address{};
@@ -85,7 +91,7 @@ static std::string number_text(const Element& element, std::span<const Value> va
     return fmt::format("{}", element.number);
 }
 
-static std::string element_text(const Element& element, std::span<const Value> values)
+std::string element_text(const Element& element, std::span<const Value> values)
 {
     switch (element.kind) {
     case Element::Kind::int16:
@@ -102,7 +108,7 @@ static std::string element_text(const Element& element, std::span<const Value> v
 }
 
 // What follows the word "password" within double quotes.
-static std::string without_passwords(std::string_view text)
+std::string without_passwords(std::string_view text)
 {
     static constexpr std::string_view word = "password ";
     std::string masked;
@@ -118,6 +124,8 @@ static std::string without_passwords(std::string_view text)
     }
     return masked.append(text);
 }
+
+} // namespace
 
 std::string without_secrets(std::string_view text, std::span<const Value> values)
 {

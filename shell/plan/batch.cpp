@@ -59,7 +59,7 @@ std::optional<Planned> Batch::next()
 {
     while (at_ < text_.size()) {
         const std::size_t end = std::min(text_.find('\n', at_), text_.size());
-        const std::string_view line = std::string_view(text_).substr(at_, end - at_);
+        const std::string_view line = std::string_view{text_}.substr(at_, end - at_);
         at_ = end + 1;
         line_++;
         if (wanted_ && !wanted_(line_)) {

@@ -14,8 +14,10 @@
 
 namespace vorcfg {
 
+namespace {
+
 // A line may leave its secret out where something else says where it comes from.
-static std::vector<Word> with_secret(const Row& row, std::span<const Word> words, const SecretSources& sources)
+std::vector<Word> with_secret(const Row& row, std::span<const Word> words, const SecretSources& sources)
 {
     std::vector<Word> all(words.begin(), words.end());
     if (!sources.left_out) {
@@ -41,12 +43,12 @@ static std::vector<Word> with_secret(const Row& row, std::span<const Word> words
 }
 
 // Names stand behind the words without one; a text that only looks like one is a text.
-static const Argument* named_argument(const Row& row, const Word& word, bool after_a_name)
+const Argument* named_argument(const Row& row, const Word& word, bool after_a_name)
 {
     if (word.named == 0) {
         return nullptr;
     }
-    const std::string_view name = std::string_view(word.text).substr(0, word.named);
+    const std::string_view name = std::string_view{word.text}.substr(0, word.named);
     std::vector<std::string> known;
     for (const Argument& argument : row.arguments()) {
         if (argument.is_given() && argument.name == name) {
@@ -69,7 +71,7 @@ static const Argument* named_argument(const Row& row, const Word& word, bool aft
 }
 
 // The words in the order of their arguments, without names.
-static std::vector<Word> in_order(const Row& row, std::vector<Word> words, const SecretSources& sources)
+std::vector<Word> in_order(const Row& row, std::vector<Word> words, const SecretSources& sources)
 {
     const auto is_named = [&](const Word& word) { return named_argument(row, word, false) != nullptr; };
     const auto first = std::find_if(words.begin() + Reading::first_word, words.end(), is_named);
@@ -115,6 +117,8 @@ static std::vector<Word> in_order(const Row& row, std::vector<Word> words, const
     return all;
 }
 
+} // namespace
+
 Planned plan(std::span<const Word> line, Secrets& secrets, const Place& place)
 {
     std::vector<Word> words(line.begin(), line.end());
@@ -141,8 +145,10 @@ Planned plan(std::span<const Word> line, Secrets& secrets, const Place& place)
     }
 }
 
+namespace {
+
 // What of a message that is too long is to be cut: the list, or the longest text.
-static std::size_t most_of(const Planned& planned, Unfit unfit)
+std::size_t most_of(const Planned& planned, Unfit unfit)
 {
     const auto arguments = planned.row->arguments();
     std::size_t longest = 0;
@@ -151,6 +157,8 @@ static std::size_t most_of(const Planned& planned, Unfit unfit)
     }
     return unfit == Unfit::elements ? arguments.size() - 1 : longest;
 }
+
+} // namespace
 
 void rehearse(Planned& planned)
 {

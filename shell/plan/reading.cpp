@@ -22,13 +22,17 @@ std::size_t Reading::index_of(std::size_t index) const
     return index < words.size() ? words[index].index : words.size();
 }
 
+namespace {
+
 // What a prompt for a secret calls it.
-static std::string secret_name(const Reading& reading, const Argument& argument)
+std::string secret_name(const Reading& reading, const Argument& argument)
 {
     return reading.place.file.empty() ? std::string(argument.name)
                                       : fmt::format("{}:{}: {}: {}", reading.place.file, reading.place.line,
                                                     reading.row.full_name(), argument.name);
 }
+
+} // namespace
 
 std::string Reading::shown(std::size_t index) const
 {
@@ -40,13 +44,15 @@ std::string Reading::shown_quoted(std::size_t index) const
     return hides_words ? std::string(vor::mask) : vor::quoted(words[index].text);
 }
 
-static const Choice* choice_named(const Argument& argument, std::string_view name)
+namespace {
+
+const Choice* choice_named(const Argument& argument, std::string_view name)
 {
     const auto found = std::ranges::find(argument.choices, name, &Choice::name);
     return found != argument.choices.end() ? &*found : nullptr;
 }
 
-static std::int64_t read_number(const Reading& reading, const Argument& argument, std::size_t index)
+std::int64_t read_number(const Reading& reading, const Argument& argument, std::size_t index)
 {
     const std::string& text = reading.words[index].text;
     if (const Choice* const choice = choice_named(argument, text)) {
@@ -65,7 +71,7 @@ static std::int64_t read_number(const Reading& reading, const Argument& argument
     return *number;
 }
 
-static void check_text(const Reading& reading, const Argument& argument, const std::string& text, std::size_t index)
+void check_text(const Reading& reading, const Argument& argument, const std::string& text, std::size_t index)
 {
     const auto complain = [&](std::string why) { reading.complain(std::move(why), index, argument.name); };
     if (!argument.choices.empty() && choice_named(argument, text) == nullptr) {
@@ -89,6 +95,8 @@ static void check_text(const Reading& reading, const Argument& argument, const s
         }
     }
 }
+
+} // namespace
 
 Value Reading::value(const Argument& argument, std::size_t index)
 {
@@ -115,13 +123,17 @@ Value Reading::value(const Argument& argument, std::size_t index)
     return value;
 }
 
+namespace {
+
 // "name [member...]"
-static std::string wanted(const Row& row)
+std::string wanted(const Row& row)
 {
     const std::string usage = usage_of(row);
     const std::size_t call = row.full_name().size() + 1;
     return call < usage.size() ? usage.substr(call) : "no argument";
 }
+
+} // namespace
 
 void read_words(Reading& reading)
 {

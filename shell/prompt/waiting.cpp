@@ -6,7 +6,11 @@
 
 namespace vorcfg {
 
-static volatile std::sig_atomic_t interrupt_came;
+namespace {
+
+volatile std::sig_atomic_t interrupt_came;
+
+} // namespace
 
 Waiting::Waiting()
 {

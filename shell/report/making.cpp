@@ -12,8 +12,12 @@
 
 namespace vorcfg {
 
+namespace {
+
 // From so many calls on, a terminal shows how far they are.
-static constexpr std::size_t long_file = 20;
+constexpr std::size_t long_file = 20;
+
+} // namespace
 
 // What a call started ends with this process.
 void wait_for(const Row& row, const Report& report, const std::function<void(unsigned)>& rest)
@@ -26,13 +30,17 @@ void wait_for(const Row& row, const Report& report, const std::function<void(uns
     }
 }
 
-static const Options& told_to_platform(const Options& options)
+namespace {
+
+const Options& told_to_platform(const Options& options)
 {
     if (options.timeout) {
         setenv("VORINFRA_TIMEOUT_MS", std::to_string(*options.timeout * 1000).c_str(), 1);
     }
     return options;
 }
+
+} // namespace
 
 Making::Making(const Options& options, std::size_t calls, Summary summary, Hooks hooks)
     : options_(told_to_platform(options)), summary_(std::move(summary)), hooks_(std::move(hooks)), calls_(calls),

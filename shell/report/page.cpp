@@ -61,7 +61,7 @@ std::string example_text(const Row& row, std::string& faults)
     const std::string text = text_of(planned, report);
     const Outcome outcome = report.verdict.outcome;
     if (exit_of(outcome) != exit_ok && !(outcome == Outcome::unread && row.has(answer_unread))) {
-        faults += fmt::format("\n{}", std::string_view(text).substr(0, text.size() - 1));
+        faults += fmt::format("\n{}", std::string_view{text}.substr(0, text.size() - 1));
     }
     return fmt::format("```console\n$ {}\n{}```\n\n", example_line(row), text);
 }

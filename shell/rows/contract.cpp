@@ -8,7 +8,9 @@
 
 namespace vorcfg {
 
-static std::string_view trimmed(std::string_view text)
+namespace {
+
+std::string_view trimmed(std::string_view text)
 {
     const std::size_t first = text.find_first_not_of(" \t\n*");
     if (first == std::string_view::npos) {
@@ -17,7 +19,7 @@ static std::string_view trimmed(std::string_view text)
     return text.substr(first, text.find_last_not_of(" \t\n") + 1 - first);
 }
 
-static void join(std::string& text, std::string_view more)
+void join(std::string& text, std::string_view more)
 {
     if (!text.empty() && !more.empty()) {
         text += ' ';
@@ -26,7 +28,7 @@ static void join(std::string& text, std::string_view more)
 }
 
 // The lines of a comment without their stars.
-static std::vector<std::string> lines_of_comment(std::string_view comment)
+std::vector<std::string> lines_of_comment(std::string_view comment)
 {
     std::vector<std::string> lines;
     std::istringstream stream{std::string(comment)};
@@ -37,7 +39,7 @@ static std::vector<std::string> lines_of_comment(std::string_view comment)
 }
 
 // Runs of lines, an empty line or the end between them.
-static std::vector<std::string> paragraphs_of(std::string_view comment)
+std::vector<std::string> paragraphs_of(std::string_view comment)
 {
     std::vector<std::string> paragraphs(1);
     for (const std::string& line : lines_of_comment(comment)) {
@@ -52,7 +54,7 @@ static std::vector<std::string> paragraphs_of(std::string_view comment)
     return paragraphs;
 }
 
-static void read_tag(CallContract& call, std::string_view text)
+void read_tag(CallContract& call, std::string_view text)
 {
     static constexpr std::string_view param = "@param ";
     static constexpr std::string_view returns = "@return ";
@@ -65,7 +67,7 @@ static void read_tag(CallContract& call, std::string_view text)
     }
 }
 
-static CallContract read_call(std::string_view comment, std::string_view declaration)
+CallContract read_call(std::string_view comment, std::string_view declaration)
 {
     CallContract call;
     call.returned = "the common codes";
@@ -89,7 +91,7 @@ static CallContract read_call(std::string_view comment, std::string_view declara
     return call;
 }
 
-static HeaderContract read_header(std::string_view text)
+HeaderContract read_header(std::string_view text)
 {
     HeaderContract header;
     header.paragraphs = paragraphs_of(text.substr(2, text.find("*/") - 2));
@@ -103,6 +105,8 @@ static HeaderContract read_header(std::string_view text)
     return header;
 }
 
+} // namespace
+
 std::string CallContract::summary() const
 {
     const std::string& first = paragraphs.empty() ? symbol : paragraphs.front();
@@ -113,8 +117,8 @@ std::string CallContract::summary() const
 std::string_view CallContract::about(const Argument& argument) const
 {
     const auto found = std::ranges::find(arguments, argument.is_list ? "..." : argument.name,
-                                         [](const auto& each) { return std::string_view(each.first); });
-    return found != arguments.end() ? std::string_view(found->second) : std::string_view();
+                                         [](const auto& each) { return std::string_view{each.first}; });
+    return found != arguments.end() ? std::string_view{found->second} : std::string_view{};
 }
 
 const HeaderContract& contract_of(const Family& family)

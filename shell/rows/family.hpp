@@ -122,8 +122,8 @@ consteval auto table(const Family* family, const Draft<Counts>&... drafts)
     const auto add = [&](const auto& draft) {
         all.rows[row] = draft.row;
         all.rows[row].family = family;
-        all.rows[row].first_argument = std::uint16_t(at);
-        all.rows[row].argument_count = std::uint16_t(draft.arguments.size());
+        all.rows[row].first_argument = static_cast<std::uint16_t>(at);
+        all.rows[row].argument_count = static_cast<std::uint16_t>(draft.arguments.size());
         row++;
         for (const Argument& argument : draft.arguments) {
             all.arguments[at++] = argument;

@@ -11,9 +11,11 @@
 
 namespace vorcfg::konfd_query {
 
+namespace {
+
 enum Part : std::size_t { operation, line_key, line_value, pattern_key, pattern_value, priority, path };
 
-static constexpr std::int64_t unset = 3;
+constexpr std::int64_t unset = 3;
 
 struct Option {
     std::string_view name;
@@ -22,23 +24,27 @@ struct Option {
     std::size_t most;
 };
 
-static constexpr Option options[] = {
+constexpr Option options[] = {
     {"--line", line_key, 2, 2},
     {"--pattern", pattern_key, 1, 2},
     {"--path", path, 2, 2},
     {"--priority", priority, 1, 1},
 };
 
+} // namespace
+
 // --- Its words ------------------------------------------------------------------
 
-static Argument argument_of(Part first, std::size_t taken)
+namespace {
+
+Argument argument_of(Part first, std::size_t taken)
 {
     return arguments[first == path ? first : first + taken];
 }
 
 // Reads the words of one option, and says where the next one begins. What
 // follows the key "password" is a secret.
-static std::size_t read_option(Reading& reading, const Option& option, std::size_t at)
+std::size_t read_option(Reading& reading, const Option& option, std::size_t at)
 {
     std::size_t taken = 0;
     bool secret_follows = false;
@@ -64,6 +70,8 @@ static std::size_t read_option(Reading& reading, const Option& option, std::size
     }
     return at + 1 + taken;
 }
+
+} // namespace
 
 void read(Reading& reading)
 {
@@ -128,7 +136,9 @@ struct Cleanup {
 
 using Query = std::unique_ptr<VOR_CFG_PROTO, Cleanup>;
 
-static Query built(std::span<Value> values)
+namespace {
+
+Query built(std::span<Value> values)
 {
     Query query(vor_cfg_proto_init());
     if (query == nullptr) {
@@ -149,6 +159,8 @@ static Query built(std::span<Value> values)
     }
     return query;
 }
+
+} // namespace
 
 Returned make(const Row&, std::span<Value> values)
 {

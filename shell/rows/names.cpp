@@ -65,7 +65,9 @@ std::string accepted(const Argument& argument)
     return fmt::format("{} to {}{}{}", argument.range.least, argument.range.most, words.empty() ? "" : ", or ", words);
 }
 
-static std::string choices_text(const Argument& argument)
+namespace {
+
+std::string choices_text(const Argument& argument)
 {
     std::string words;
     for (const Choice& choice : argument.choices) {
@@ -74,6 +76,8 @@ static std::string choices_text(const Argument& argument)
     }
     return words;
 }
+
+} // namespace
 
 std::string kind_text(const Argument& argument)
 {

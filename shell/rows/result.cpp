@@ -7,10 +7,14 @@
 
 namespace vorcfg {
 
-static Field counted(std::string_view name, auto number)
+namespace {
+
+Field counted(std::string_view name, auto number)
 {
     return {std::string(name), std::to_string(number)};
 }
+
+} // namespace
 
 void append_field(Fields& fields, std::string_view name, const vor_int16* number)
 {
@@ -52,8 +56,10 @@ void append_fields(Fields& fields, const ADC_PIN_STATS& record)
     fields.push_back(counted("interrupt_count", record.interrupt_count));
 }
 
+namespace {
+
 // The registers in the order of their addresses, as the record has them.
-static constexpr const char* registers[] = {
+constexpr const char* registers[] = {
     "iocfg2",     "iocfg1",     "iocfg0",     "fifothr",   "sync1",      "sync0",      "pktlen",     "pktctrl1",
     "pktctrl0",   "addr",       "channr",     "fsctrl1",   "fsctrl0",    "freq2",      "freq1",      "freq0",
     "mdmcfg4",    "mdmcfg3",    "mdmcfg2",    "mdmcfg1",   "mdmcfg0",    "deviatn",    "mcsm2",      "mcsm1",
@@ -64,6 +70,8 @@ static constexpr const char* registers[] = {
     "rsrvd_0x3D", "pa_table",
 };
 static_assert(std::size(registers) == sizeof(SUB1G_CONFIG_REG), "one name per byte of the record");
+
+} // namespace
 
 void append_fields(Fields& fields, const SUB1G_CONFIG_REG& record)
 {

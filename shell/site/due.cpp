@@ -72,11 +72,15 @@ void Planner::find_overtaken()
     }
 }
 
-static State state_of(const Entry& entry)
+namespace {
+
+State state_of(const Entry& entry)
 {
     return entry.outcome == name_of(Outcome::sent) || entry.outcome == name_of(Outcome::unread) ? State::sent
                                                                                                 : State::accepted;
 }
+
+} // namespace
 
 void Planner::judge(Due& line, const History& history) const
 {
@@ -97,10 +101,14 @@ void Planner::judge(Due& line, const History& history) const
     }
 }
 
-static bool stands(const Due& line)
+namespace {
+
+bool stands(const Due& line)
 {
     return line.state == State::accepted || line.state == State::sent || line.state == State::overtaken;
 }
+
+} // namespace
 
 // Acts follow from what is made now, or has been made since they were done
 // last, of their family and before them in the file.

@@ -11,7 +11,9 @@
 
 namespace vorcfg {
 
-static constexpr OptionRow rows[] = {
+namespace {
+
+constexpr OptionRow rows[] = {
     {"--json", "", "one JSON object per call, and per complaint", &Options::json},
     {"--trace", "", "show each message and its answer on standard error", &Options::trace},
     {"--dry-run", "", "show the exact messages, send nothing; needs no gateway", &Options::dry_run},
@@ -36,6 +38,8 @@ static constexpr OptionRow rows[] = {
     {"--version", "", "the version", &Options::version},
 };
 
+} // namespace
+
 std::span<const OptionRow> option_rows()
 {
     return rows;
@@ -58,9 +62,10 @@ std::optional<std::int64_t> number_of(std::string_view text)
     return negative ? -bounded : bounded;
 }
 
+namespace {
+
 template <class Number>
-static Number number_in(std::string_view option, std::string_view text, std::string_view what, Number least,
-                        Number most)
+Number number_in(std::string_view option, std::string_view text, std::string_view what, Number least, Number most)
 {
     const auto number = number_of(text);
     if (!number || *number < least || *number > most) {
@@ -71,13 +76,13 @@ static Number number_in(std::string_view option, std::string_view text, std::str
 }
 
 // "120" and "120s"
-static unsigned seconds_of(std::string_view option, std::string_view text)
+unsigned seconds_of(std::string_view option, std::string_view text)
 {
     return number_in<unsigned>(option, text.ends_with('s') ? text.substr(0, text.size() - 1) : text,
                                "number of seconds", 1, 86400);
 }
 
-static void take(Options& options, const OptionRow& row, std::string_view value)
+void take(Options& options, const OptionRow& row, std::string_view value)
 {
     if (row.flag != nullptr) {
         options.*row.flag = true;
@@ -106,6 +111,8 @@ static void take(Options& options, const OptionRow& row, std::string_view value)
     }
 }
 
+} // namespace
+
 [[noreturn]] static void complain_unknown(std::string_view name)
 {
     std::vector<std::string> known;
@@ -117,11 +124,15 @@ static void take(Options& options, const OptionRow& row, std::string_view value)
                     vor::suggestion(vor::nearest(name, known), "put -- before a text that begins with two dashes"))};
 }
 
+namespace {
+
 // `konfd query` has options of its own.
-static bool has_own_options(const std::vector<Word>& words)
+bool has_own_options(const std::vector<Word>& words)
 {
     return words.size() >= 2 && words[0].text == "konfd" && words[1].text == "query";
 }
+
+} // namespace
 
 Options options_of(std::span<char* const> arguments)
 {

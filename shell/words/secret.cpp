@@ -13,7 +13,9 @@
 
 namespace vorcfg {
 
-static std::string one_line(std::string text, const std::string& source)
+namespace {
+
+std::string one_line(std::string text, const std::string& source)
 {
     if (text.ends_with('\n')) {
         text.pop_back();
@@ -26,6 +28,8 @@ static std::string one_line(std::string text, const std::string& source)
     }
     return text;
 }
+
+} // namespace
 
 std::string content_of(std::FILE* file, const std::string& name)
 {
@@ -44,8 +48,10 @@ std::string content_of(std::FILE* file, const std::string& name)
     return content;
 }
 
+namespace {
+
 // Byte by byte: what follows the line is the next secret's.
-static std::string line_from(int descriptor, const char* source)
+std::string line_from(int descriptor, const char* source)
 {
     std::string line;
     char byte;
@@ -59,9 +65,9 @@ static std::string line_from(int descriptor, const char* source)
     return one_line(line, source);
 }
 
-static volatile std::sig_atomic_t interrupted;
+volatile std::sig_atomic_t interrupted;
 
-static void interrupt(int signal)
+void interrupt(int signal)
 {
     interrupted = signal;
 }
@@ -81,9 +87,9 @@ public:
             sigaction(signals[i], &action, &actions_[i]);
         }
         termios quiet = before_;
-        quiet.c_lflag &= tcflag_t(~tcflag_t(ECHO));
+        quiet.c_lflag &= static_cast<tcflag_t>(~static_cast<tcflag_t>(ECHO));
         tcsetattr(terminal, TCSAFLUSH, &quiet);
-        dprintf(terminal, "%.*s: ", int(name.size()), name.data());
+        dprintf(terminal, "%.*s: ", static_cast<int>(name.size()), name.data());
     }
     Prompt(const Prompt&) = delete;
     Prompt& operator=(const Prompt&) = delete;
@@ -109,12 +115,12 @@ private:
     struct sigaction actions_[std::size(signals)]{};
 };
 
-static bool is_prompt(const Word& word)
+bool is_prompt(const Word& word)
 {
     return !word.quoted && word.text == "?";
 }
 
-static std::string read_secret(const Word& word, std::string_view name, const SecretSources& sources)
+std::string read_secret(const Word& word, std::string_view name, const SecretSources& sources)
 {
     if (!word.quoted && word.text.starts_with('@')) {
         const std::string path = (sources.directory / word.text.substr(1)).string();
@@ -136,6 +142,8 @@ static std::string read_secret(const Word& word, std::string_view name, const Se
     }
     return word.text;
 }
+
+} // namespace
 
 const std::string& Secrets::read(const Word& word, const std::string& name, std::size_t line)
 {

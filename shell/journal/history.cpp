@@ -155,7 +155,8 @@ std::vector<History::Undo> History::undos() const
                 undone.insert(*entry->takes_back);
             }
         } else if (entry->done.value_or(true) && !undone.contains(entry->number)) {
-            const Entry* const before = entry->replaces ? &entries_[*entry->replaces - 1] : nullptr;
+            const Entry* const before =
+                entry->replaces ? &entries_[static_cast<std::size_t>(*entry->replaces - 1)] : nullptr;
             undos.push_back({&*entry, can_be_taken_back(entry->said, before) ? before : nullptr});
         }
     }

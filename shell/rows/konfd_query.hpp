@@ -17,7 +17,7 @@ inline constexpr Argument arguments[] = {
     text("line_key").optional(),
     text("line_value").optional(),
     text("pattern_key").object(),
-    text("pattern_value").optional(),
+    text("pattern_value").optional().object(),
     decimal<vor_int32>("priority").optional(),
     text("path").list(most_listed).object(), // key and value in turn
 };

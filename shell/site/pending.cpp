@@ -38,7 +38,7 @@ struct flock waiting_lock(int type)
     struct flock lock {};
     lock.l_type = static_cast<short>(type);
     lock.l_whence = SEEK_SET;
-    lock.l_start = static_cast<off_t>(1) << 40;
+    lock.l_start = static_cast<off_t>(1) << 30;
     lock.l_len = 1;
     return lock;
 }

@@ -139,7 +139,7 @@ public:
     EditedLines() : line_(only_line()), remembered_(editor.history_init())
     {
         HistEvent event;
-        editor.history(remembered_, &event, H_SETSIZE, static_cast<int>(History::most));
+        editor.history(remembered_, &event, H_SETSIZE, static_cast<int>(LineHistory::most));
         editor.history(remembered_, &event, H_SETUNIQUE, 1);
         for (const std::string& line : history_.read()) {
             editor.history(remembered_, &event, H_ENTER, line.c_str());
@@ -194,7 +194,7 @@ private:
         return line;
     }
 
-    History history_;
+    LineHistory history_;
     EditLine* const line_;
     ::History* const remembered_;
     std::string last_;

@@ -71,7 +71,7 @@ bool may_be_kept(std::string_view line)
     }
 }
 
-History::History()
+LineHistory::LineHistory()
 {
     const std::filesystem::path directory = state_directory();
     std::error_code failed;
@@ -84,7 +84,7 @@ History::History()
     }
 }
 
-std::vector<std::string> History::read() const
+std::vector<std::string> LineHistory::read() const
 {
     std::vector<std::string> lines;
     try {
@@ -110,7 +110,7 @@ std::vector<std::string> History::read() const
     return lines;
 }
 
-void History::add(const std::string& line) const
+void LineHistory::add(const std::string& line) const
 {
     if (!path_.empty()) {
         append(path_, O_APPEND, line + '\n');

@@ -11,11 +11,11 @@ namespace vorcfg {
 bool may_be_kept(std::string_view line);
 
 // vorcfg/history in XDG_STATE_HOME, or in ~/.local/state. A file that cannot be had is no fault: nothing is kept.
-class History {
+class LineHistory {
 public:
     static constexpr std::size_t most = 1000; // lines remembered
 
-    History();
+    LineHistory();
     std::vector<std::string> read() const; // oldest first
     // Behind what other sessions added.
     void add(const std::string& line) const;

@@ -166,8 +166,9 @@ TEST_F(Neighbour, no_descriptor_left_is_told)
     const auto fails_at = [&](int descriptors) {
         limit("vorcfg", descriptors);
         const Output output = place.run("vorcfg batch calls");
-        EXPECT_EQ(output.exit_code != 0, output.text.find("Too many open files") != std::string::npos)
-            << descriptors << ": " << output.text;
+        const bool told = output.text.find("Too many open files") != std::string::npos ||
+                          output.text.find("open shared object file: Error 24") != std::string::npos; // the loader's
+        EXPECT_EQ(output.exit_code != 0, told) << descriptors << ": " << output.text;
         return output.exit_code != 0;
     };
     EXPECT_FALSE(fails_at(few));

@@ -54,6 +54,7 @@ pid_t start(const std::vector<std::string>& arguments, const std::vector<std::st
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, ends[1], STDERR_FILENO);
+    posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1); // whatever a runner left open
     posix_spawn_file_actions_addchdir_np(&actions, directory.c_str());
     std::vector<char*> argument_pointers;
     for (const std::string& argument : arguments) {

@@ -20,7 +20,7 @@
 namespace vorcfg {
 
 // What is known of a message while the library still builds it.
-struct Draft {
+struct Unsent {
     const void* message = nullptr; // its data_ptr
     const vor_uchar* meta_data = nullptr;
     const vor_uchar* payload = nullptr;
@@ -46,7 +46,7 @@ struct Captured {
 struct Boundary {
     Watch* watch = nullptr; // the one in scope
     int depth = 0;          // how many of the platform's own operations are under way
-    std::vector<Draft> drafts;
+    std::vector<Unsent> unsent;
     Chain chain; // the library builds one at a time
     Captured captured;
     std::optional<std::size_t> room; // of the platform's messages, 0 where it does not say
@@ -54,7 +54,7 @@ struct Boundary {
     bool watching() const { return watch != nullptr && depth == 0; }
     bool captures() const { return watching() && watch->settings.capture; }
 
-    Draft& draft_of(const VOR_IPC_MSG_REF* message);
+    Unsent& unsent_of(const VOR_IPC_MSG_REF* message);
     bool is_secret(const char* text) const;
     void add(const TLV_CHAIN* to, Element element);
 

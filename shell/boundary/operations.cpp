@@ -135,7 +135,7 @@ void* vor_ipc_get_meta_data_ptr(VOR_IPC_MSG_REF* message)
     void* const found = boundary().captures() ? static_cast<vor_uchar*>(message->data_ptr) + header_size
                                               : pass<vor_ipc_get_meta_data_ptr>(message);
     if (boundary().watching()) {
-        boundary().draft_of(message).meta_data = static_cast<vor_uchar*>(found);
+        boundary().unsent_of(message).meta_data = static_cast<vor_uchar*>(found);
     }
     return found;
 }
@@ -145,7 +145,7 @@ void* vor_ipc_get_payload_ptr(VOR_IPC_MSG_REF* message, vor_uint16 offset)
     void* const found = boundary().captures() ? static_cast<vor_uchar*>(message->data_ptr) + header_size + offset
                                               : pass<vor_ipc_get_payload_ptr>(message, offset);
     if (boundary().watching()) {
-        Draft& draft = boundary().draft_of(message);
+        Unsent& draft = boundary().unsent_of(message);
         if (draft.payload == nullptr) { // a second pointer looks further into the same payload
             draft.payload = static_cast<vor_uchar*>(found);
         }
@@ -156,7 +156,7 @@ void* vor_ipc_get_payload_ptr(VOR_IPC_MSG_REF* message, vor_uint16 offset)
 void vor_ipc_drop_msg_buf(VOR_IPC_MSG_REF* message)
 {
     if (boundary().watching()) {
-        std::erase_if(boundary().drafts, [&](const Draft& draft) { return draft.message == message->data_ptr; });
+        std::erase_if(boundary().unsent, [&](const Unsent& one) { return one.message == message->data_ptr; });
     }
     if (!boundary().captures()) {
         pass<vor_ipc_drop_msg_buf>(message);

@@ -20,10 +20,10 @@ VOR_IPC_HANDLE* captured_endpoint()
     return &boundary().captured.handle;
 }
 
-Draft& Boundary::draft_of(const VOR_IPC_MSG_REF* message)
+Unsent& Boundary::unsent_of(const VOR_IPC_MSG_REF* message)
 {
-    const auto found = std::ranges::find(drafts, message->data_ptr, &Draft::message);
-    return found != drafts.end() ? *found : drafts.emplace_back(Draft{message->data_ptr, nullptr, nullptr});
+    const auto found = std::ranges::find(unsent, message->data_ptr, &Unsent::message);
+    return found != unsent.end() ? *found : unsent.emplace_back(Unsent{message->data_ptr, nullptr, nullptr});
 }
 
 bool Boundary::is_secret(const char* text) const
@@ -76,7 +76,7 @@ Message& Boundary::begin(Way way, vor_uint16 sap, vor_uint32 id, const VOR_IPC_M
     message.way = way;
     message.sap = sap;
     message.id = id;
-    const Draft& draft = draft_of(sent);
+    const Unsent& draft = unsent_of(sent);
     if (draft.meta_data != nullptr) {
         message.option = *draft.meta_data;
     }
@@ -130,7 +130,7 @@ void Boundary::take_answer(Message& message, VOR_IPC_MSG_REF* response)
 Watch::Watch(Settings wanted, const Row& called, std::span<const Value> given)
     : settings(wanted), row(called), values(given)
 {
-    boundary().drafts.clear();
+    boundary().unsent.clear();
     boundary().chain = {};
     boundary().watch = this;
 }

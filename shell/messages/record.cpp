@@ -10,6 +10,8 @@
 
 namespace vorcfg {
 
+namespace {
+
 enum class FieldKind : std::uint8_t { uint8, uint16, int16, uint32, int32, address, text, secret };
 
 struct RecordField {
@@ -29,8 +31,6 @@ struct Record {
     {                                                                                                                  \
 #field, offsetof(record, field), sizeof(record::field), FieldKind::kind                                        \
     }
-
-namespace {
 
 constexpr RecordField eth_config_ip[] = {
     FIELD(VOR_ETH_CONFIG_IP, eth_int_number, uint8),

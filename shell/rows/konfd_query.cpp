@@ -119,6 +119,8 @@ void read(Reading& reading)
 
 // --- The calls ------------------------------------------------------------------
 
+namespace {
+
 // The library's clean-up leaves the path's records to whoever wants them.
 struct Cleanup {
     void operator()(VOR_CFG_PROTO* query) const
@@ -135,8 +137,6 @@ struct Cleanup {
 };
 
 using Query = std::unique_ptr<VOR_CFG_PROTO, Cleanup>;
-
-namespace {
 
 Query built(std::span<Value> values)
 {

@@ -28,23 +28,14 @@ bool answer_unread(int descriptor)
 KonfdServer::KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& path, OnExchange on_exchange)
     : loop_(loop), konfd_(konfd), on_exchange_(std::move(on_exchange)),
       door_(
-          loop, path, [this](bool no_descriptor) { return make_room(no_descriptor); },
+          loop, path, [this](bool no_descriptor) {
+              return make_room_among(clients_, most_clients, no_descriptor,
+                                     [this](int descriptor) { drop_client(descriptor); });
+          },
           [this](Descriptor socket) { welcome(std::move(socket)); })
 {
     loop_.in_turn([this] { return serve_one(); });
     loop_.at([this] { return deadline(); }, [this] { on_deadline(); });
-}
-
-bool KonfdServer::make_room(bool no_descriptor)
-{
-    if (clients_.size() < most_clients && !no_descriptor) {
-        return true;
-    }
-    const auto idle = longest_idle(clients_);
-    if (idle != clients_.end()) {
-        drop_client(idle->first);
-    }
-    return clients_.size() < most_clients;
 }
 
 void KonfdServer::welcome(Descriptor socket)

@@ -44,7 +44,6 @@ private:
     };
     using Clients = std::map<int, Client>;
 
-    bool make_room(bool no_descriptor);
     void welcome(Descriptor socket);
     void receive(int descriptor);
     // One text; the managers have their turn before the next.

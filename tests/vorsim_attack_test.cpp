@@ -30,7 +30,11 @@ constexpr long most_growth_kb = 60'000;
 
 class Attack : public testing::Test {
 protected:
-    Attack() { place.enter(); }
+    Attack()
+    {
+        place.enter();
+        setenv("VORINFRA_TIMEOUT_MS", "30000", 1); // waits are counted in answers
+    }
 
     std::string in_place(const std::string& name) const { return (place.path() / name).string(); }
     vorsim::Descriptor konfd() const { return vorsim::connect_to(in_place("root/tmp/konfd.socket")); }

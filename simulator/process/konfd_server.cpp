@@ -13,7 +13,6 @@ namespace vorsim {
 namespace {
 
 constexpr std::size_t most_clients = 64;
-constexpr int texts_in_turn = 8; // of one client, before another has its turn
 constexpr std::chrono::milliseconds between_looks{10};
 
 // Bytes sent that the client has not received yet.
@@ -86,7 +85,6 @@ bool KonfdServer::serve_one()
     client.input.erase(0, client.input.size() - bytes.size());
     if (exchange) {
         answer(client, std::move(*exchange));
-        ++client.served;
     }
     carry_on(descriptor);
     return !turns_.empty();
@@ -133,8 +131,7 @@ void KonfdServer::carry_on(int descriptor)
         loop_.forget(descriptor);
     } else if (!client.input.empty()) {
         loop_.forget(descriptor);
-        const bool goes_on = client.served % texts_in_turn != 0;
-        turns_.insert(goes_on ? turns_.begin() : turns_.end(), descriptor);
+        turns_.push_back(descriptor);
     } else if (client.ended) {
         drop_client(descriptor);
     } else {

@@ -40,7 +40,6 @@ private:
         Loop::Time rest_due{};
         bool answer_unread{};
         bool ended{}; // sends no more, or has gone
-        int served{};
     };
     using Clients = std::map<int, Client>;
 

@@ -6,8 +6,6 @@
 #include <link.h>
 #include <signal.h>
 
-extern "C" const char* header_c11_calls(void);
-
 namespace {
 
 const Row calls[] = {
@@ -76,11 +74,6 @@ TEST(frame, only_the_fake_platform_is_loaded)
     dl_iterate_phdr(count, &platforms);
     EXPECT_EQ(platforms, file_of(reinterpret_cast<void*>(&vor_ipc_bind)));
     EXPECT_EQ(file_of(reinterpret_cast<void*>(&vor_ipc_bind)), file_of(reinterpret_cast<void*>(&fake::reset)));
-}
-
-TEST(frame, a_c11_front_end_calls_every_family)
-{
-    EXPECT_STREQ(header_c11_calls(), nullptr);
 }
 
 TEST(frame, a_long_chain_goes_out_with_its_length_cut_to_16_bits)

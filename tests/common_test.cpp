@@ -6,9 +6,7 @@
 #include <link.h>
 #include <signal.h>
 
-namespace {
-
-const Row calls[] = {
+CALLS(common) = {
     CALL(
         vor_system_restart(5),
         "sap 0 id 0xc one-way record 2: 05 00; timer 0 null; log 32768 ` System restart in 5 seconds\\n`; start 5000 0",
@@ -20,6 +18,8 @@ const Row calls[] = {
     SENDS(vor_system_restart(-1), "sap 0 id 0xc one-way record 2: ff ff; timer 0 null; "
                                   "log 32768 ` System restart in -1 seconds\\n`; start 4294966296 0"),
 };
+
+namespace {
 
 bool signal_blocked()
 {
@@ -41,8 +41,6 @@ std::vector<char> exactly(const char* text)
 }
 
 } // namespace
-
-CALL_TESTS(common, calls)
 
 TEST(restart, a_missing_timer_goes_unnoticed)
 {

@@ -11,7 +11,9 @@ char* letters()
     return text.data();
 }
 
-const Row calls[] = {
+} // namespace
+
+CALLS(debug) = {
     CALL(vor_cfg_set_debug_info(1, "ethmgr"_t, "info"_t),
          "sap 0 id 0x1b one-way record 32: 04 00 00 00 07 00 'ethmgr' 00 a5*19", sent_record_text_read_first),
     SENDS(vor_cfg_set_debug_info(0, "ethmgr"_t, "info"_t),
@@ -43,10 +45,6 @@ const Row calls[] = {
     SENDS(vor_cfg_set_log_file(3, letters<300>(), ""_t, ""_t, ""_t, ""_t, 70000),
           "sap 2 id 0x2028 one-way record 260: 03 00 00 00 6e*252 70 11 01 00"),
 };
-
-} // namespace
-
-CALL_TESTS(debug, calls)
 
 TEST(debug, every_manager_has_its_number)
 {

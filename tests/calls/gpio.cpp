@@ -1,8 +1,6 @@
 #include "calls.hpp"
 
-namespace {
-
-const Row calls[] = {
+CALLS(gpio) = {
     CALL(vor_cfg_set_gpio_direction(200, -3, 1), "sap 4 id 0x4004 | 1 i16 200 | 2 i16 -3 | 6 i16 1", answered_low_half),
     CALL(vor_cfg_set_gpio_config_interrupt(200, -3, 255, 1),
          "sap 4 id 0x4004 | 1 i16 200 | 3 i16 -3 | 7 i32 255 | 6 i16 1", answered_low_half),
@@ -13,10 +11,6 @@ const Row calls[] = {
     CALL(vor_cfg_set_gpio_value(200, -3), "sap 4 id 0x4006 one-way record 4: c8 00 fd ff", sent_record_errno_cleared),
     CALL(vor_cfg_get_gpio_port_stats(-3), "sap 4 id 0x4007 record 2: fd ff", fetched_by_record),
 };
-
-} // namespace
-
-CALL_TESTS(gpio, calls)
 
 TEST(gpio, statistics_are_read_from_the_answer_handed_back)
 {

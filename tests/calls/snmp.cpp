@@ -1,8 +1,6 @@
 #include "calls.hpp"
 
-namespace {
-
-const Row calls[] = {
+CALLS(snmp) = {
     CALL(vor_cfg_set_snmp_v2_server_community_name("public"_t, 200, 201),
          "sap 21 id 0x15017 one-way | 1 str 'public' | 2 i16 200 | 4 i16 201", sent_chain_holding_two),
     CALL(vor_cfg_set_snmp_v2_trap_server("10.0.0.9"_t, "public"_t, 200),
@@ -23,7 +21,3 @@ const Row calls[] = {
          lone_dropped),
     CALL(vor_cfg_set_snmp_server_v3_engine_id("8000"_t), "sap 21 id 0x15001 | 41 str '8000'", lone_dropped),
 };
-
-} // namespace
-
-CALL_TESTS(snmp, calls)

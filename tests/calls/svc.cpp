@@ -1,8 +1,6 @@
 #include "calls.hpp"
 
-namespace {
-
-const Row calls[] = {
+CALLS(svc) = {
     CALL(vor_cfg_rest_set_bind_addr("rest"_t, "eth1"_t), "sap 3 id 0x3002 one-way | 1 str 'rest' | 6 str 'eth1'",
          sent_chain),
     CALL(vor_cfg_rest_set_app("rest"_t, "portal"_t), "sap 3 id 0x3002 one-way | 1 str 'rest' | 4 str 'portal'",
@@ -17,10 +15,6 @@ const Row calls[] = {
          sent_chain),
     SENDS(vor_cfg_tp_set_app("tcp"_t, nullptr, -2), "sap 65534 id 0xfffe029 one-way | 1 str 'tcp' | 2 str null"),
 };
-
-} // namespace
-
-CALL_TESTS(svc, calls)
 
 TEST(svc, a_full_chain_goes_out_whole)
 {

@@ -14,7 +14,7 @@ protected:
 
     std::string in_place(const std::string& name) const { return (place.path() / name).string(); }
     std::string held(const std::string& name) const { return processes::contents(in_place(name)); }
-    nlohmann::json shown() const { return nlohmann::json::parse(place.run("vorsim show --json").text); }
+    nlohmann::json state() const { return nlohmann::json::parse(place.run("vorsim show --json").text); }
 
     const processes::Workplace place;
     const std::string konfd_path = in_place("root/tmp/konfd.socket");

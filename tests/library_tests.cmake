@@ -3,7 +3,8 @@
 add_library(fake_vorinfra SHARED
   fake_vorinfra/messages.cpp
   fake_vorinfra/system.cpp
-  fake_vorinfra/text.cpp)
+  fake_vorinfra/text.cpp
+  ${PROJECT_SOURCE_DIR}/platform/wrappers.cpp)
 # Under the platform's name, so that the library binds to it; first on the test's path, so that it is found.
 set_target_properties(fake_vorinfra PROPERTIES
   OUTPUT_NAME vorinfra

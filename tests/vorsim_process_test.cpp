@@ -24,7 +24,7 @@ TEST_F(Vorsim, is_ready_shows_its_state_and_leaves_nothing_behind)
 
         EXPECT_EQ("vorsim: 1 message, 0 complaints\nkonfd\n  interface wlan0\n    password ********\n",
                   place.run("vorsim show").text);
-        const auto last = shown();
+        const auto last = state();
         EXPECT_EQ(1, last["schema"]);
         EXPECT_EQ(0, gateway.stop(signal_number));
         EXPECT_TRUE(fs::is_empty(in_place("run")));

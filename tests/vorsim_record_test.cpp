@@ -82,7 +82,7 @@ TEST_F(Record, holds_what_was_no_message_and_fails_a_strict_run)
     tell(7, datagram(200, 7, 0x7003, 0x8001, "late"));
     tell(7, datagram(200, 9, 0x7003, 0));
     EXPECT_EQ("vorsim: 0 messages, 0 complaints, 1 malformed, 2 foreign\n", place.run("vorsim show").text);
-    EXPECT_EQ(R"({"accepted":0,"complained":0,"faulted":0,"foreign":2,"malformed":1})", shown()["counters"].dump());
+    EXPECT_EQ(R"({"accepted":0,"complained":0,"faulted":0,"foreign":2,"malformed":1})", state()["counters"].dump());
     EXPECT_EQ(3, gateway.stop(SIGTERM));
     const std::string decoded = place.run("vorsim decode --bytes --complaints --manager ethmgr journal").text;
     EXPECT_TRUE(contains(decoded, "malformed: ethmgr(7): 3 bytes that are no message\n    datagram 616263\n"));
@@ -230,7 +230,7 @@ TEST_F(Record, is_asked_for_by_scripts)
 {
     Gateway gateway(place, {"--show-secrets", "--state", "state"});
     commission();
-    const auto kept = shown();
+    const auto kept = state();
     EXPECT_EQ(0U, place.run("vorsim show datamgr/gateway")
                       .text.find("datamgr(10)\n  gateway\n    vor_cfg_set_plat_hostname  hostname=\"tower-17\"\n"));
     EXPECT_FALSE(contains(place.run("vorsim show datamgr/gateway").text, "(7)"));
@@ -244,7 +244,7 @@ TEST_F(Record, is_asked_for_by_scripts)
                          "vorsim: no vor_cfg_set_plat_hostname of gateway within 1 ms\n"},
                         {wait + "& vorcfg hostname set-plat-hostname tower-18 && wait $!", 0, ""},
                         {"vorsim load kept", 0, ""}});
-    const auto loaded = shown();
+    const auto loaded = state();
     EXPECT_EQ(kept["managers"], loaded["managers"]);
     EXPECT_EQ(kept["konfd"], loaded["konfd"]);
     EXPECT_EQ(0, place.run("vorsim quit").exit_code);

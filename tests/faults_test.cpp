@@ -114,25 +114,17 @@ std::string acts(const std::string& rule, const std::vector<Subject>& messages, 
 
 TEST(rules, act_on_what_they_concern)
 {
-    Subject other = baudrate;
-    other.sap = 7;
-    other.client = 201;
-    other.id = 0x7003;
-    other.call = "vor_cfg_set_ip_address";
-    other.object = "interface 1";
-    Subject complained = baudrate;
-    complained.call = {};
-    complained.object = {};
+    const Subject other{.sap = 7,
+                        .client = 201,
+                        .id = 0x7003,
+                        .call = "vor_cfg_set_ip_address",
+                        .object = "interface 1",
+                        .answered = true};
+    const Subject complained{.sap = 19, .client = 200, .id = 0x13003, .answered = true};
     Subject one_way = baudrate;
     one_way.answered = false;
-    Subject konfd;
-    konfd.konfd = true;
-    konfd.object = "-s -l \"mtu 1400\" \"interface eth1\"";
-    konfd.answered = true;
-    Subject fan;
-    fan.sap = 240;
-    fan.call = "vor_cfg_towermon_obj_*_physical_id";
-    fan.answered = true;
+    const Subject konfd{.konfd = true, .object = "-s -l \"mtu 1400\" \"interface eth1\"", .answered = true};
+    const Subject fan{.sap = 240, .call = "vor_cfg_towermon_obj_*_physical_id", .answered = true};
     const std::vector<Subject> all{baudrate, other, complained, one_way, konfd, fan};
     const std::pair<const char*, const char*> table[] = {
         {"canmgr: never", "x.x..."},

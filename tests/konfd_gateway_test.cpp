@@ -63,18 +63,4 @@ TEST_F(KonfdGateway, answers_every_exchange_on_one_connection)
     vor_cfg_remove_sock_endpoint();
 }
 
-TEST_F(KonfdGateway, takes_the_longest_wifi_network_whole)
-{
-    ASSERT_EQ(vor_cfg_create_sock_endpoint(), 0);
-    ASSERT_EQ(send_query(set, "interface", "wlan0", "wlan0", nullptr), 0);
-    vor_cfg_remove_sock_endpoint();
-    const std::string ssid(32, 's');
-    const std::string passphrase = std::string(62, 'p') + "!";
-    EXPECT_EQ(vor_cfg_set_wifi_ssid_password(text(ssid.c_str()), text(passphrase.c_str())), 0);
-    EXPECT_NE(held().find("\n    ssid " + ssid + "\n      password " + passphrase + "\n"), std::string::npos) << held();
-    // and once more: the first answer is not taken for the second's
-    EXPECT_EQ(vor_cfg_set_wifi_ssid_password(text("short"), text("12345678")), 0);
-    EXPECT_EQ(held().find(ssid), std::string::npos) << held();
-}
-
 } // namespace

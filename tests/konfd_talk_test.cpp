@@ -245,6 +245,8 @@ TEST(konfd, where_a_fixed_command_gives_up)
         End network, address;
     } rows[] = {
         {"no fault", [] {}, {0, 7}, {0, 8}},
+        {"no memory", [] { fail_allocation(1); }, {-1, 0}, {-1, 0}},
+        {"no memory for the second", [] { fail_allocation(2); }, {-1, 4}, {-1, 5}},
         {"no socket", [] { fake::script.socket_missing = true; }, {-1, 1}, {-1, 1}},
         {"no path", [] { fake::script.config_result = -1; }, {-1, 2}, {-1, 2}},
         {"no connection", [] { fake::script.connect_result = -1; }, {-1, 3}, {-1, 3}},
@@ -280,26 +282,6 @@ TEST(konfd, where_a_fixed_command_gives_up)
             << row.what;
         EXPECT_EQ(vor_cfg_get_sock_endpoint() != nullptr, row.address.steps > 1 && row.address.steps < 8) << row.what;
         EXPECT_EQ(fake::live_allocations(), 0) << row.what;
-    }
-}
-
-TEST(konfd, a_fixed_command_without_memory_ends_where_it_is_made)
-{
-    const struct {
-        vor_int32 (*store)();
-        const char* steps[3]; // without the first, the second, no allocation
-    } rows[] = {
-        {store_network, {"-1: ", "-1: socket unix connect send", "0: socket unix connect send send recv close"}},
-        {store_address,
-         {"-1: ", "-1: socket unix connect send recv", "0: socket unix connect send recv send recv close"}},
-    };
-    for (const auto& row : rows) {
-        for (int nth = 1; nth <= 3; ++nth) {
-            begin_talk({"-o", "-o"});
-            fail_allocation(nth);
-            EXPECT_EQ(steps(row.store()), row.steps[nth - 1]) << "failing allocation " << nth;
-            EXPECT_EQ(fake::live_allocations(), 0);
-        }
     }
 }
 

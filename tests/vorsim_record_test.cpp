@@ -1,11 +1,9 @@
 // What vorsim remembers: its journal, sent again, and its state, asked for.
 #include <csignal>
-#include <cstring>
 #include <fstream>
 #include <regex>
 
-#include <sys/stat.h>
-
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include "gateway_fixture.hpp"
@@ -38,13 +36,7 @@ protected:
 std::string datagram(vor_uint16 source, vor_uint16 destination, vor_uint32 id, vor_uint16 flag,
                      const std::string& payload = {})
 {
-    VOR_IPC_MSG_HDR header;
-    std::memset(&header, 0, sizeof header);
-    header.ipc_src_id = source;
-    header.ipc_dest_id = destination;
-    header.opcode = id;
-    header.flag = flag;
-    header.payload_sz = static_cast<vor_uint16>(payload.size());
+    const VOR_IPC_MSG_HDR header{source, destination, id, flag, static_cast<vor_uint16>(payload.size()), 0};
     return std::string(reinterpret_cast<const char*>(&header), sizeof header) + payload;
 }
 
@@ -94,14 +86,7 @@ TEST_F(Record, masks_secrets_in_bytes_unless_asked)
 {
     // The texts of the site that must not be read by others.
     const std::string passwords[] = {"maintenance-17", "service-17-monsoon"};
-    const auto in_hex = [](const std::string& text) {
-        std::string hex;
-        for (const char byte : text) {
-            const char digits[] = "0123456789abcdef";
-            hex += {digits[byte >> 4], digits[byte & 15]};
-        }
-        return hex;
-    };
+    const auto in_hex = [](const std::string& text) { return fmt::format("{:02x}", fmt::join(text, "")); };
     for (const bool shown : {false, true}) {
         const std::string journal = shown ? "shown" : "masked";
         std::vector<std::string> options{"--journal", journal};

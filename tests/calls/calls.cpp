@@ -4,7 +4,6 @@
 #include <cstring>
 #include <iterator>
 #include <sstream>
-#include <sys/mman.h>
 #include <unistd.h>
 
 namespace {
@@ -147,21 +146,9 @@ std::string outcome(const std::string& returned)
 
 std::string printed_by(const std::function<void()>& action)
 {
-    std::fflush(stdout);
-    const int file = memfd_create("printed", MFD_CLOEXEC);
-    const int standard_output = dup(STDOUT_FILENO);
-    if (file < 0 || standard_output < 0 || dup2(file, STDOUT_FILENO) < 0) {
-        return "standard output cannot be caught";
-    }
+    testing::internal::CaptureStdout();
     action();
-    std::fflush(stdout);
-    dup2(standard_output, STDOUT_FILENO);
-    close(standard_output);
-    std::string text(static_cast<size_t>(lseek(file, 0, SEEK_END)), '\0');
-    const auto got = pread(file, text.data(), text.size(), 0);
-    close(file);
-    text.resize(got < 0 ? 0 : static_cast<size_t>(got));
-    return text;
+    return testing::internal::GetCapturedStdout();
 }
 
 namespace {

@@ -4,6 +4,7 @@
 #include <future>
 #include <sstream>
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include "processes.hpp"
@@ -28,8 +29,15 @@ struct Felt {
     const char* rule;
     std::string command;
     int exit;
-    const char* verdict;
+    std::string verdict;
 };
+
+std::string unread(unsigned message, const char* carried, int code)
+{
+    return fmt::format("delivered to canmgr, its answer is not what this call reads (message {:#x}, its answer carried "
+                       "{}) (code {})",
+                       message, carried, code);
+}
 
 TEST(faults, are_felt_with_the_verdict_that_they_must_have)
 {
@@ -42,21 +50,11 @@ TEST(faults, are_felt_with_the_verdict_that_they_must_have)
     const Felt table[] = {
         {"canmgr: status 7", baudrate, 1, "refused by canmgr: status 7"},
         {"canmgr: status -7", baudrate, 1, "refused by canmgr: status -7"},
-        {"canmgr: id low", baudrate, 5,
-         "delivered to canmgr, its answer is not what this call reads (message 0x13002, its answer carried status 0) "
-         "(code -4)"},
-        {"canmgr: id high", baudrate, 5,
-         "delivered to canmgr, its answer is not what this call reads (message 0x3003, its answer carried status 0) "
-         "(code -4)"},
-        {"canmgr: id 1", baudrate, 5,
-         "delivered to canmgr, its answer is not what this call reads (message 0x1, its answer carried status 0) (code "
-         "-4)"},
-        {"canmgr: no payload", baudrate, 5,
-         "delivered to canmgr, its answer is not what this call reads (message 0x13003, its answer carried no status) "
-         "(code -4)"},
-        {"canmgr: short 2 bytes", baudrate, 5,
-         "delivered to canmgr, its answer is not what this call reads (message 0x13003, its answer carried no status) "
-         "(code -1)"},
+        {"canmgr: id low", baudrate, 5, unread(0x13002, "status 0", -4)},
+        {"canmgr: id high", baudrate, 5, unread(0x3003, "status 0", -4)},
+        {"canmgr: id 1", baudrate, 5, unread(1, "status 0", -4)},
+        {"canmgr: no payload", baudrate, 5, unread(0x13003, "no status", -4)},
+        {"canmgr: short 2 bytes", baudrate, 5, unread(0x13003, "no status", -1)},
         {"canmgr: late 20ms", baudrate, 0, "accepted by canmgr"},
         {"canmgr: late 1min", impatient + baudrate, 6, nothing_came},
         {"canmgr: doubled", baudrate, 0, "accepted by canmgr"},

@@ -171,34 +171,25 @@ TEST(konfd, a_long_network_name_and_passphrase_arrive_whole)
 
 TEST(konfd, an_interface_address_is_shown_stored_and_told)
 {
-    const struct {
-        const char *address, *command;
-        int length;
-    } rows[] = {
-        {"dhcp", R"(-s -l "ip-address dhcp" -r "^ip-address" "interface eth1")", 57},
-        {"10.0.0.9", R"(-s -l "ip-address 10.0.0.9" -r "^ip-address" "interface eth1")", 61},
-    };
-    for (const auto& row : rows) {
-        begin_talk({"-e", "-o"});
-        fake::script.socket_sends = {{1, 0x10005}, {2, 0x8000}};
-        const auto printed = printed_by([&] { vor_cfg_set_interface_ip("eth1"_t, const_cast<char*>(row.address)); });
-        EXPECT_EQ(fake::events(), connected + send_line(46, R"(-d -s -l "interface eth0" -r "interface eth1$")") +
-                                      "; recv 9 50 0; " + send_line(row.length, row.command) +
-                                      "; recv 9 50 0; close 1");
-        EXPECT_EQ(printed, "The konf_command is: -d -s -l \"interface eth0\" -r \"interface eth1$\" \n"
-                           "The socket created\n"
-                           "got socket \n"
-                           "The command to konfd socket sent ret is 5\n"
-                           "Start to recieve the responseStart to recieve the responseStart to recieve the response"
-                           "The response from konfd socket received\n"
-                           "The konf_command in vor_cfg_set_interface_ip is interface eth1 ip-address dhcp\n"
-                           "The konf_command is: " +
-                               std::string(row.command) +
-                               " \n"
-                               "The command to konfd socket sent ret is -32768\n"
-                               "Start to reciev the responseThe response from konfd socket received\n"
-                               "The konfd socket removed\n");
-    }
+    const std::string command = R"(-s -l "ip-address dhcp" -r "^ip-address" "interface eth1")";
+    begin_talk({"-e", "-o"});
+    fake::script.socket_sends = {{1, 0x10005}, {2, 0x8000}};
+    const auto printed = printed_by([] { vor_cfg_set_interface_ip("eth1"_t, "dhcp"_t); });
+    EXPECT_EQ(fake::events(), connected + send_line(46, R"(-d -s -l "interface eth0" -r "interface eth1$")") +
+                                  "; recv 9 50 0; " + send_line(57, command) + "; recv 9 50 0; close 1");
+    EXPECT_EQ(printed, "The konf_command is: -d -s -l \"interface eth0\" -r \"interface eth1$\" \n"
+                       "The socket created\n"
+                       "got socket \n"
+                       "The command to konfd socket sent ret is 5\n"
+                       "Start to recieve the responseStart to recieve the responseStart to recieve the response"
+                       "The response from konfd socket received\n"
+                       "The konf_command in vor_cfg_set_interface_ip is interface eth1 ip-address dhcp\n"
+                       "The konf_command is: " +
+                           command +
+                           " \n"
+                           "The command to konfd socket sent ret is -32768\n"
+                           "Start to reciev the responseThe response from konfd socket received\n"
+                           "The konfd socket removed\n");
 }
 
 TEST(konfd, a_send_that_fails_is_told_too)

@@ -173,11 +173,6 @@ TEST(words, that_no_terminal_should_see_are_spelt_out)
 {
     EXPECT_EQ("datamgr (SAP 10) 0xa00a one-way | 3 str \"\\x1b[31mtür\\xc2\\x9b\\x9b\\xc0\\xaf\\xed\\xa0\\x80\"\n",
               outcome_of("\xef\xbb\xbfhostname set-plat-hostname \x1b[31mtür\xc2\x9b\x9b\xc0\xaf\xed\xa0\x80"));
-    EXPECT_EQ("no\\x1b \\xff\nthing\\x0d", vor::printable("no\x1b \xff\nthing\r"));
-    Complaint complaint{"a\"b\\c\n\x01é\xff\xc0\xaf\xed\xa0\x80\xc2\x9b"};
-    EXPECT_EQ("{\"schema\":2,\"complaint\":\"a\\\"b\\\\c\\n\\u0001é������\\u009b\",\"exit\":2}"
-              "\n",
-              json_of(complaint));
 }
 
 TEST(options, stand_anywhere_before_the_dashes)

@@ -192,13 +192,11 @@ void check_outcomes(const std::vector<Row>& rows)
 
 class RowsTest : public testing::Test {
 public:
-    using Check = void (*)(const std::vector<Row>&);
-    RowsTest(Check check, const std::vector<Row>& rows) : check_(check), rows_(rows) {}
-    void TestBody() override { check_(rows_); }
+    explicit RowsTest(std::function<void()> body) : body_(std::move(body)) {}
+    void TestBody() override { body_(); }
 
 private:
-    const Check check_;
-    const std::vector<Row> rows_;
+    const std::function<void()> body_;
 };
 
 } // namespace
@@ -208,6 +206,6 @@ Calls::Calls(const char* family, std::vector<Row> rows)
     for (const auto& [suite, check] :
          {std::pair{"requests", &check_requests}, std::pair{"outcomes", &check_outcomes}}) {
         testing::RegisterTest(suite, family, nullptr, nullptr, __FILE__, __LINE__,
-                              [check, rows]() -> testing::Test* { return new RowsTest(check, rows); });
+                              [=]() -> testing::Test* { return new RowsTest([=] { check(rows); }); });
     }
 }

@@ -15,18 +15,3 @@ CALLS(svc) = {
          sent_chain),
     SENDS(vor_cfg_tp_set_app("tcp"_t, nullptr, -2), "sap 65534 id 0xfffe029 one-way | 1 str 'tcp' | 2 str null"),
 };
-
-TEST(svc, a_full_chain_goes_out_whole)
-{
-    std::string expected = "sap 9 id 0x9004 option 0x01 | 1 str 'c'";
-    for (int i = 0; i < 49; ++i) {
-        expected += " | 2 str 'm'";
-    }
-    begin_call();
-    [&]<size_t... i>(std::index_sequence<i...>)
-    {
-        EXPECT_EQ(outcome(vor_cfg_set_service_chain(1, "c"_t, 49, (static_cast<void>(i), "m"_t)...)), "0:eQPm1cxaqp");
-    }
-    (std::make_index_sequence<49>());
-    EXPECT_EQ(fake::events(), expected);
-}

@@ -56,13 +56,14 @@ TEST_F(PlatformTest, wrong_references_are_told_and_ignored)
     VOR_IPC_MSG_REF copy = message.ref;
     char elsewhere[16];
     VOR_IPC_MSG_REF foreign{elsewhere, 16, 0, 0};
-    VOR_IPC_MSG_REF inside{message.payload(), 16, 0, 0};
+    Message taken;
+    VOR_IPC_MSG_REF inside{taken.payload(), 16, 0, 0};
     vor_ipc_drop_msg_buf(&message.ref);
     for (VOR_IPC_MSG_REF* const wrong : {&message.ref, &copy, &foreign, &inside}) {
         EXPECT_TRUE(contains(errors_of([&] { vor_ipc_drop_msg_buf(wrong); }), "vor_ipc_drop_msg_buf"));
         EXPECT_TRUE(contains(errors_of([&] { EXPECT_EQ(nullptr, vor_ipc_get_payload_ptr(wrong, 0)); }), "payload"));
     }
-    EXPECT_EQ(0U, vorinfra_buffers_taken());
+    EXPECT_EQ(1U, vorinfra_buffers_taken());
 }
 
 TEST_F(PlatformTest, unbinding_takes_back_its_buffers_only)

@@ -10,8 +10,9 @@
 
 #include <functional>
 #include <optional>
-#include <span>
 #include <string>
+#include <utility>
+#include <vector>
 
 struct Row {
     const char* call;
@@ -27,14 +28,21 @@ struct Row {
 // One more request of a call that has its row.
 #define SENDS(call, sends)                                                                                             \
     Row { #call, [] { return shown(call); }, sends }
-
-#define CALL_TESTS(family, rows)                                                                                       \
-    TEST(requests, family) { check_requests(rows); }                                                                   \
-    TEST(outcomes, family) { check_outcomes(rows); }
+// One family's rows: CALLS(can) = {...};
+#define CALLS(family) const Calls family##_calls = FamilyName{#family}
 // clang-format on
 
-void check_requests(std::span<const Row> rows);
-void check_outcomes(std::span<const Row> rows);
+// Rows that are tested: what they send by requests.FAMILY, how they go by outcomes.FAMILY.
+class Calls {
+public:
+    Calls(const char* family, std::vector<Row> rows);
+};
+
+struct FamilyName {
+    const char* text;
+
+    Calls operator=(std::vector<Row> rows) const { return {text, std::move(rows)}; }
+};
 
 std::string shown(vor_int32 code);
 std::string shown(const void* record); // null, or the answer's payload

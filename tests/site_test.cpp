@@ -260,7 +260,7 @@ TEST_F(Site, a_journal_that_cannot_be_used_is_refused)
               "nothing was sent\n",
               apply("sed -i 's/\"at\":\"[^\"]*\"/\"at\":\"2027-01-15T08:00:00Z\"/' j; truncate -s -9 j"));
     EXPECT_EQ(messages, told(workplace).size());
-    EXPECT_EQ("f: 0 accepted, 0 sent, 0 unread, 0 unknown, 0 refused, 0 not made; 1 done before\n",
+    EXPECT_EQ("f: 0 accepted, 0 sent, 0 unread, 0 unknown, 0 refused, 0 not made; 1 done before; 1 left unknown\n",
               workplace.run("vorcfg apply f --journal j --skip-unknown | tail -n 1").text);
     EXPECT_EQ(messages, told(workplace).size());
 }

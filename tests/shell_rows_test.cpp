@@ -191,6 +191,22 @@ bool is_turned(const Row& row, const Argument& argument)
     return turned.contains({row.symbol, argument.name});
 }
 
+// With something for each argument that the line sends, and nothing for those that it does not.
+Line fitted(const Row& row, Line line)
+{
+    const auto arguments = row.arguments();
+    for (std::size_t i = 0; i < arguments.size(); i++) {
+        const auto decides = std::ranges::find(arguments, arguments[i].decided_by, &Argument::name);
+        if (decides != arguments.end()) {
+            const std::string& word = line[2 + static_cast<std::size_t>(decides - arguments.begin())].text;
+            const Choice& sent_at = arguments[i].decided_at;
+            const bool sent = word == sent_at.name || word == std::to_string(sent_at.number);
+            line[2 + i] = {sent ? "7" : arguments[i].is_number() ? "0" : "", true};
+        }
+    }
+    return line;
+}
+
 // The example, and the example with each word of its worded arguments: some calls look at an argument for one word
 // and not for another.
 std::vector<Line> variants(const Row& row)
@@ -201,6 +217,7 @@ std::vector<Line> variants(const Row& row)
         for (const Choice& choice : argument.choices) {
             lines.push_back(lines.front());
             lines.back()[at].text = choice.name;
+            lines.back() = fitted(row, lines.back());
         }
         at += argument.is_given() ? 1 : 0;
     }
@@ -223,7 +240,7 @@ std::string fault_of_number(const Row& row, const Argument& argument, Line line,
     }
     for (const auto& [word, number] : accepted) {
         line[at].text = word;
-        const Trial trial = tried(line);
+        const Trial trial = tried(argument.choices.empty() ? line : fitted(row, line));
         if (trial.complaint) {
             return word + " is refused: " + trial.complaint->text;
         }
@@ -242,9 +259,9 @@ std::string fault_of_number(const Row& row, const Argument& argument, Line line,
     }
     for (const Choice& choice : argument.choices) {
         line[at].text = choice.name;
-        const std::string bytes = bytes_of(tried(line).messages);
+        const std::string bytes = bytes_of(tried(fitted(row, line)).messages);
         line[at].text = std::to_string(choice.number);
-        if (bytes != bytes_of(tried(line).messages)) {
+        if (bytes.empty() || bytes != bytes_of(tried(fitted(row, line)).messages)) {
             return std::string(choice.name) + " is not " + line[at].text;
         }
     }

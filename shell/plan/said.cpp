@@ -121,7 +121,7 @@ Planned planned(const Said& said)
             again.values.emplace_back().text.resize(argument.kind == Kind::untouched ? result_room : 0);
         } else if (value != arguments.end()) {
             again.values.push_back(value_in(argument, *value));
-        } else if (argument.is_optional) {
+        } else if (argument.is_optional || !argument.decided_by.empty()) {
             again.values.emplace_back().given = false;
         } else {
             throw Complaint{fmt::format("{} is missing", argument.name)};
@@ -148,10 +148,12 @@ bool changes_nothing(const Planned& planned)
     }
     const auto arguments = row.arguments();
     for (std::size_t i = 0; i < arguments.size() && i < planned.values.size(); i++) {
-        const auto asks = [&](const Choice& choice) {
-            return choice.asks && choice.number == planned.values[i].number;
+        const auto is_idle = [&](const Choice& choice) {
+            return choice.idle && (arguments[i].is_number() ? choice.number == planned.values[i].number
+                                                            : choice.name == planned.values[i].text);
         };
-        if (arguments[i].is_result() || (planned.values[i].given && std::ranges::any_of(arguments[i].choices, asks))) {
+        if (arguments[i].is_result() ||
+            (planned.values[i].given && std::ranges::any_of(arguments[i].choices, is_idle))) {
             return true;
         }
     }

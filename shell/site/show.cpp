@@ -27,19 +27,14 @@ std::string changes_of(const Due& line)
     const Json now = Json::parse(line.said.arguments);
     const Json before = Json::parse(line.before->said.arguments);
     std::string text;
-    const auto add = [&](const std::string& name, const std::string& value, const std::string& was) {
-        text += fmt::format("{}{} {} (was {})", text.empty() ? "" : ", ", name, value, was);
-    };
-    for (const auto& [name, value] : now.items()) {
-        if (!before.contains(name)) {
-            add(name, shown(value), "not given");
-        } else if (before[name] != value) {
-            add(name, shown(value), shown(before[name]));
-        }
-    }
-    for (const auto& [name, value] : before.items()) {
-        if (!now.contains(name)) {
-            add(name, "not given", shown(value));
+    for (const Argument& argument : line.said.row->arguments()) {
+        const auto value_in = [&](const Json& json) {
+            const auto value = json.find(argument.name);
+            return value != json.end() ? shown(argument, *value) : "not given";
+        };
+        if (!argument.is_count && value_in(now) != value_in(before)) {
+            text += fmt::format("{}{} {} (was {})", text.empty() ? "" : ", ", argument.name, value_in(now),
+                                value_in(before));
         }
     }
     return text;
@@ -145,10 +140,10 @@ std::string values_of(const Said& said)
     };
     for (const Argument& argument : said.row->arguments()) {
         const auto value = arguments.find(argument.name);
-        if (argument.is_secret) {
+        if (argument.is_secret && said.secret) {
             add(argument.name, std::string(vor::mask));
         } else if (!argument.is_object && !argument.is_count && value != arguments.end()) {
-            add(argument.name, shown(*value));
+            add(argument.name, shown(argument, *value));
         }
     }
     return text;

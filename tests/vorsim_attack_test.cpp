@@ -25,7 +25,10 @@ constexpr long most_growth_kb = 400'000; // what is freed is kept by the sanitiz
 constexpr long most_growth_kb = 60'000;
 #endif
 
-class Attack : public GatewayTest {};
+class Attack : public GatewayTest {
+protected:
+    Attack() { setenv("VORINFRA_TIMEOUT_MS", "30000", 1); } // waits are counted in answers
+};
 
 // The most memory that the process ever had, in kilobytes.
 long peak_of(pid_t pid)

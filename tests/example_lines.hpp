@@ -1,6 +1,7 @@
 // example_lines.hpp: the lines that a row's example makes, to be varied.
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <set>
 #include <string>
@@ -52,6 +53,22 @@ inline Line example_of(const Row& row)
     return words;
 }
 
+// With something for each argument that the line sends, and nothing for those that it does not.
+inline Line fitted(const Row& row, Line line)
+{
+    const auto given = given_arguments(row);
+    for (const auto& [argument, at] : given) {
+        const auto decides = std::ranges::find_if(
+            given, [&decided = argument](const auto& one) { return one.first.name == decided.decided_by; });
+        if (decides != given.end()) {
+            const std::string& word = line[decides->second].text;
+            const bool sent = word == argument.decided_at.name || word == std::to_string(argument.decided_at.number);
+            line[at] = {sent ? "7" : argument.is_number() ? "0" : "", true};
+        }
+    }
+    return line;
+}
+
 // The example, and the example with each word of its worded arguments: some calls look at an argument for one word
 // and not for another.
 inline std::vector<Line> variants(const Row& row)
@@ -61,6 +78,7 @@ inline std::vector<Line> variants(const Row& row)
         for (const Choice& choice : argument.choices) {
             lines.push_back(lines.front());
             lines.back()[at].text = choice.name;
+            lines.back() = fitted(row, lines.back());
         }
     }
     return lines;

@@ -140,7 +140,7 @@ std::string fault_of_number(const Row& row, const Argument& argument, Line line,
     std::set<std::string> seen;
     for (const std::int64_t number : {argument.range.least, argument.range.most}) {
         line[at].text = std::to_string(number);
-        const Trial trial = tried(line);
+        const Trial trial = tried(argument.choices.empty() ? line : fitted(row, line));
         if (trial.complaint || !seen.insert(bytes_of(trial.messages)).second) {
             return line[at].text + " is refused, or sends what another number sends";
         }
@@ -156,9 +156,9 @@ std::string fault_of_number(const Row& row, const Argument& argument, Line line,
     }
     for (const Choice& choice : argument.choices) {
         line[at].text = choice.name;
-        const std::string bytes = bytes_of(tried(line).messages);
+        const std::string bytes = bytes_of(tried(fitted(row, line)).messages);
         line[at].text = std::to_string(choice.number);
-        if (bytes != bytes_of(tried(line).messages)) {
+        if (bytes.empty() || bytes != bytes_of(tried(fitted(row, line)).messages)) {
             return std::string(choice.name) + " is not " + line[at].text;
         }
     }

@@ -78,7 +78,8 @@ TEST(words, are_complained_about_with_what_is_accepted)
          "f:1:20: set_option: ******** is out of range, 1 to 3, or server, file-name, frequency is accepted\n"},
     });
     const std::string long_name(5000, 'x');
-    EXPECT_EQ("f:1:28: hostname: does not fit: a message holds 4096 bytes\n",
+    EXPECT_EQ("f:1:28: hostname: does not fit: 5000 bytes of text, and a message holds 4096 with what stands around "
+              "them\n",
               outcome_of("hostname set-plat-hostname " + long_name));
 }
 
@@ -150,6 +151,13 @@ TEST(words, may_be_named)
         {"gpio set-direction direction=1 option=1", "f:1:40: port_num: is missing\n"},
         {"gpio set-direction direction=1 7", "f:1:32: a word without a name stands before those with one\n"},
         {"gsm set-password 1 passwrod=hush option=1", "f:1:20: no argument \"********\"; is it password?\n"},
+        {"debug set-log-file set_option=frequency name=site-log upload_frequency=60",
+         "platmgr (SAP 2) 0x2028 one-way | set_option 3 (frequency) | name \"site-log\" | upload_frequency 60\n"},
+        {"debug set-log-file frequency name=site-log",
+         "f:1:43: upload_frequency: is missing; wanted: set_option name log_file_name ip_address user_name password "
+         "upload_frequency\n"},
+        {"debug set-log-file file-name site-log t.log \"\" \"\" hush 0",
+         "f:1:51: password: is sent only where set_option is server; \"\" stands for it here\n"},
     });
 }
 
@@ -351,6 +359,20 @@ TEST(process, outcomes_have_their_exit_codes)
              "f:2:10: is made only with --yes\n", 2}});
 }
 
+TEST(process, files_without_end_are_refused)
+{
+    expect(processes::Workplace(),
+           {{"ulimit -v 400000; vorcfg batch /dev/zero", "vorcfg: /dev/zero: line 1 has more than 65536 bytes\n", 2},
+            {"ulimit -v 400000; vorcfg < /dev/zero", "vorcfg: a line of more than 65536 bytes\n", 2},
+            {"yes | vorcfg check -", "vorcfg: standard input has more than 64 MiB\n", 2},
+            {"vorcfg gsm set-password 1 @/dev/zero 1",
+             "vorcfg: gsm set-password: password: /dev/zero: line 1 has more than 65536 bytes\n", 2},
+            {"printf 'gpio set-value 1 ${x}\\r\\n' > f; vorcfg plan f --set x=1 --journal /dev/null",
+             "vorcfg: /dev/null: is no file\n", 12},
+            {"printf '\\357\\273\\277x=1\\r\\n' > v; vorcfg check f --vars v", "f: 1 call, nothing to complain about\n",
+             0}});
+}
+
 TEST(process, names_are_suggested)
 {
     const processes::Workplace workplace;
@@ -385,7 +407,15 @@ TEST(process, secrets_come_from_files_and_standard_input_only)
             {"printf 'one\\ntwo\\n' | vorcfg snmp set-v2-server-community-name - 1 1",
              "snmp set-v2-server-community-name: sent to snmpmgr one-way, no verdict will come\n", 0},
             {"vorcfg gsm set-password 1 @nowhere 1",
-             "vorcfg: gsm set-password: password: cannot read nowhere: No such file or directory\n", 8}});
+             "vorcfg: gsm set-password: password: cannot read nowhere: No such file or directory\n", 8},
+            {": > secret; vorcfg gsm set-password 1 @secret 1",
+             "vorcfg: gsm set-password: password: secret holds nothing; an empty secret is \"\" in a batch file\n", 8},
+            {"printf '\\357\\273\\277hush' > secret; vorcfg gsm set-password 1 @secret 1",
+             "vorcfg: gsm set-password: password: secret begins with a byte order mark; save it as plain text\n", 8},
+            {"printf 'hush\\r\\n' | vorcfg gsm set-password 1 - 1",
+             "vorcfg: gsm set-password: password: standard input ends with a carriage return; save it with lines that "
+             "end as here\n",
+             8}});
     EXPECT_EQ(0, gateway.stop(SIGTERM));
 }
 

@@ -104,8 +104,9 @@ TEST_F(Vorsim, answers_a_pair_once_though_its_second_half_comes_late)
     pollfd answered{client.get(), POLLIN, 0};
     ASSERT_EQ(1, poll(&answered, 1, 10'000)); // and unread
     client.send("-s -l \"b\"");
-    client.send_no_more();
+    place.run("until vorsim show | grep -q '^  b'; do :; done"); // it is carried out
     EXPECT_EQ("-o\n", client.line());
+    client.send_no_more();
     EXPECT_EQ("", client.line());
 }
 

@@ -86,6 +86,7 @@ TEST(konfd, refuses_what_it_cannot_read_and_changes_nothing)
         EXPECT_EQ(why, reply.report.record.value("complaint", "")) << command;
     }
     EXPECT_EQ("", konfd.text());
+    EXPECT_EQ("-o\n", konfd.execute("-s -l \"" + std::string(1024, 'x') + '"').answer) << "the longest";
 }
 
 // The C library is the measure, where a back reference does not part the two.

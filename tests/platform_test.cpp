@@ -172,8 +172,11 @@ TEST_F(PlatformTest, sap_has_one_owner)
         EXPECT_TRUE(fs::exists(socket_file(manager_sap)));
     }
     EXPECT_FALSE(fs::exists(socket_file(manager_sap)));
-
-    std::ofstream(socket_file(manager_sap)) << "mine";
+    {
+        const Bound robbed(manager_sap);
+        fs::remove(socket_file(manager_sap));
+        std::ofstream(socket_file(manager_sap)) << "mine";
+    }
     EXPECT_TRUE(contains(errors_of([] { EXPECT_EQ(nullptr, Bound(manager_sap)); }), "is no socket"));
     EXPECT_EQ(4U, fs::file_size(socket_file(manager_sap)));
 }

@@ -206,6 +206,8 @@ TEST(konfd, queries_are_built_from_options)
         {"--unset --pattern a --path b c --path d e", "konfd | 29 bytes | -u -r \"^a$\" \"b c\" \"d e\"\n"},
         {"--set --line password \"hush hush\" --pattern password",
          "konfd | 46 bytes | -s -l \"password ********\" -r \"^password$\"\n"},
+        {"--set --line password @nowhere --pattern password",
+         "f:1:35: line_value: cannot read nowhere: No such file or directory\n"},
         {"--set --line password hush hush --pattern password",
          "f:1:40: unknown word ********; wanted: --set|--check|--unset --line KEY VALUE --pattern KEY [VALUE] [--path "
          "KEY VALUE]... [--priority N]\n"},

@@ -86,6 +86,16 @@ TEST_F(Vorsim, takes_the_sockets_of_a_dead_one_over)
     Stream(konfd_path).send("-d\n");
 }
 
+TEST_F(Vorsim, answers_twice_where_a_fault_says_so)
+{
+    const Gateway gateway(place, {});
+    place.run("vorsim fault add 'any: doubled'");
+    const Bound front_end(client_sap);
+    EXPECT_EQ(0, ask(front_end));
+    pollfd again{vorinfra_descriptor(front_end), POLLIN, 0};
+    EXPECT_EQ(1, poll(&again, 1, 10'000));
+}
+
 TEST_F(Vorsim, answers_a_pair_once_though_its_second_half_comes_late)
 {
     const Gateway gateway(place, {"--lenient-konfd"});
@@ -94,8 +104,9 @@ TEST_F(Vorsim, answers_a_pair_once_though_its_second_half_comes_late)
     pollfd answered{client.get(), POLLIN, 0};
     ASSERT_EQ(1, poll(&answered, 1, 10'000)); // and unread
     client.send("-s -l \"b\"");
-    client.send_no_more();
+    place.run("until vorsim show | grep -q '^  b'; do :; done"); // it is carried out
     EXPECT_EQ("-o\n", client.line());
+    client.send_no_more();
     EXPECT_EQ("", client.line());
 }
 

@@ -40,7 +40,7 @@ TEST_P(Completion, writes_lines_that_are_accepted)
         {"vorcfg ip enable-ip-routing dis\t\n", "go on? [y/N] "},
         {"y\n", "ip enable-ip-routing: sent to ethmgr"},
         {"vorcfg gsm set-password 1 @tow\t1\n", "gsm set-password: accepted"},
-        {"vorcfg --dry\tlist gp\t\n", "gpio set-value port_num value"},
+        {"vorcfg --tra\tlist gp\t\n", "gpio set-value port_num value"},
         {"vorcfg batch --dry-run exam\tsit\t\n", "shown only (dry run)"},
     };
     for (const auto& [line, wanted] : lines) {

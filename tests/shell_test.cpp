@@ -384,6 +384,8 @@ TEST(process, names_are_suggested)
             {"vorcfg gpio vale 1 1", "vorcfg: gpio has no call \"vale\"; is it set-value?\n", 2},
             {"vorcfg gpio blink", "vorcfg: gpio has no call \"blink\"; vorcfg gpio --help lists them\n", 2},
             {"vorcfg --drry-run", "vorcfg: unknown option --drry-run; is it --dry-run?\n", 2},
+            {"vorcfg gpio set-value 5 1 --confirm 60", "vorcfg: --confirm is for apply, not for a call\n", 2},
+            {"vorcfg batch f --from 3", "vorcfg: --from is for plan, apply, not for batch\n", 2},
             {"vorcfg -x", "vorcfg: unknown option -x; put -- before a text that begins with two dashes\n", 2},
             {"vorcfg search nothing-such", "vorcfg: nothing is known of \"nothing-such\"\n", 2}});
 }
@@ -409,7 +411,7 @@ TEST(process, secrets_come_from_files_and_standard_input_only)
             {"vorcfg gsm set-password 1 @nowhere 1",
              "vorcfg: gsm set-password: password: cannot read nowhere: No such file or directory\n", 8},
             {": > secret; vorcfg gsm set-password 1 @secret 1",
-             "vorcfg: gsm set-password: password: secret holds nothing; an empty secret is \"\" in a batch file\n", 8},
+             "vorcfg: gsm set-password: password: secret has no secret; an empty one is \"\" in a batch file\n", 8},
             {"printf '\\357\\273\\277hush' > secret; vorcfg gsm set-password 1 @secret 1",
              "vorcfg: gsm set-password: password: secret begins with a byte order mark; save it as plain text\n", 8},
             {"printf 'hush\\r\\n' | vorcfg gsm set-password 1 - 1",

@@ -265,6 +265,7 @@ TEST_F(Site, a_journal_that_cannot_be_used_is_refused)
         return workplace.run("cp f.journal j; " + before + "\nvorcfg apply f --journal j " + options).text;
     };
     EXPECT_EQ("vorcfg: j: is of gateway \"tower-17\", not of \"tower-18\"\n", apply("", "--gateway tower-18"));
+    EXPECT_EQ(12, workplace.run("vorcfg plan f --gateway tower-18").exit_code);
     EXPECT_EQ("vorcfg: j: line 1: a journal of version 2, and this vorcfg knows 1\n", apply("sed -i '1s/1/2/' j"));
     EXPECT_EQ("vorcfg: j: line 3 is broken\n", apply("sed -i '3s/end/x\"/' j"));
     EXPECT_EQ("vorcfg: j: line 4: call 2 has not begun\n", apply("sed -i '4s/.*//;4d' j"));

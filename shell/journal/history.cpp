@@ -22,7 +22,7 @@ Said said_in(const Json& record)
     if (row == nullptr) {
         throw Complaint{fmt::format("no call \"{}\" is known", call)};
     }
-    return {row, vor::dump(record.at("arguments")), record.contains("secret")};
+    return said(*row, record.at("arguments"), record.contains("secret"));
 }
 
 } // namespace
@@ -88,7 +88,6 @@ void History::end(const Json& record)
 void History::note(const Entry& entry)
 {
     Known& known = known_[subject_of(entry.said)];
-    known.touched = entry.number;
     if (entry.done.value_or(true) == false) {
         const auto forget = [&](Known& each) { each.open = each.open == &entry ? nullptr : each.open; };
         forget(known);

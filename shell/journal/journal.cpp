@@ -110,9 +110,7 @@ Journal Journal::open(const std::string& path, const std::string& gateway)
     }
     journal.load(true);
     const std::string& known = journal.history_.gateway();
-    if (!gateway.empty() && !known.empty() && known != gateway) {
-        complain(path, fmt::format("is of gateway {}, not of {}", vor::quoted(known), vor::quoted(gateway)));
-    }
+    journal.check_gateway(gateway);
     if (journal.size_ == 0) {
         journal.append({{"vorcfg_journal", version}, {"gateway", gateway}, {"at", stamp(now())}}, true);
         sync_directory(path);
@@ -120,6 +118,14 @@ Journal Journal::open(const std::string& path, const std::string& gateway)
         journal.append({{"gateway", gateway}, {"at", stamp(now())}}, true);
     }
     return journal;
+}
+
+void Journal::check_gateway(const std::string& wanted) const
+{
+    const std::string& known = history_.gateway();
+    if (!wanted.empty() && !known.empty() && known != wanted) {
+        complain(path_, fmt::format("is of gateway {}, not of {}", vor::quoted(known), vor::quoted(wanted)));
+    }
 }
 
 // Every line ends; one that does not was torn by what ended the process or the

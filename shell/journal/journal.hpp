@@ -26,6 +26,8 @@ public:
     Journal& operator=(const Journal&) = delete;
     ~Journal();
 
+    void check_gateway(const std::string& wanted) const; // no name: any
+
     const History& history() const { return history_; }
     const std::string& path() const { return path_; }
 

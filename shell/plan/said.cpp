@@ -92,7 +92,18 @@ Json values_json(const Planned& planned, bool masked)
 
 Said said(const Planned& planned)
 {
-    return {planned.row, vor::dump(values_json(planned, false)), std::ranges::any_of(planned.values, &Value::secret)};
+    return said(*planned.row, values_json(planned, false), std::ranges::any_of(planned.values, &Value::secret));
+}
+
+Said said(const Row& row, const Json& arguments, bool secret)
+{
+    Json objects = Json::array();
+    for (const Argument& argument : row.arguments()) {
+        if (argument.is_object && arguments.contains(argument.name)) {
+            objects.push_back(arguments[argument.name]);
+        }
+    }
+    return {&row, vor::dump(arguments), vor::dump(objects), secret};
 }
 
 Planned planned(const Said& said)
@@ -118,21 +129,9 @@ Planned planned(const Said& said)
     return again;
 }
 
-Json objects_of(const Said& said)
-{
-    const Json arguments = Json::parse(said.arguments);
-    Json objects = Json::array();
-    for (const Argument& argument : said.row->arguments()) {
-        if (argument.is_object && arguments.contains(argument.name)) {
-            objects.push_back(arguments[argument.name]);
-        }
-    }
-    return objects;
-}
-
 std::string subject_of(const Said& said, const Row& other)
 {
-    return fmt::format("{} {}", other.full_name(), vor::dump(objects_of(said)));
+    return fmt::format("{} {}", other.full_name(), said.objects);
 }
 
 std::string subject_of(const Said& said)

@@ -12,17 +12,18 @@ namespace vorcfg {
 struct Said {
     const Row* row = nullptr;
     std::string arguments; // those that are sent, by their names, one JSON object; no secret in any form
+    std::string objects;   // of those, what it is about: one JSON array
     bool secret = false;   // it has one
 
     bool operator==(const Said&) const = default;
 };
 
 Said said(const Planned& planned);
+// The same of what was kept.
+Said said(const Row& row, const vor::Json& arguments, bool secret);
 // The call again. Throws a Complaint where the arguments are none of this call.
 Planned planned(const Said& said);
 
-// The arguments that name what it is about, in their order.
-vor::Json objects_of(const Said& said);
 // What two calls share that are about the same thing: the call, and the arguments marked as its object.
 std::string subject_of(const Said& said);
 // The subject of another call about the same object.

@@ -145,6 +145,7 @@ public:
     int show()
     {
         const Journal journal = Journal::read(path_);
+        journal.check_gateway(options_.gateway);
         const Plan plan = planned_against(journal);
         if (journal.history().pending()) {
             vor::print_line(stderr, fmt::format("vorcfg: {}", pending_text(journal)));

@@ -65,7 +65,7 @@ std::map<const Row*, std::vector<Subject>> subjects_of(const History& history)
     for (const auto& [subject, known] : history.subjects()) {
         const Entry* const entry = known.standing != nullptr ? known.standing : known.open;
         if (entry != nullptr && subject_of(entry->said) == subject) {
-            subjects[entry->said.row].push_back({objects_of(entry->said), entry, &known});
+            subjects[entry->said.row].push_back({vor::Json::parse(entry->said.objects), entry, &known});
         }
     }
     for (auto& [row, each] : subjects) {

@@ -23,7 +23,7 @@ std::string one_line(std::string text, const std::string& source)
         text.pop_back();
     }
     const char* const wrong =
-        text.empty()                           ? "holds nothing; an empty secret is \"\" in a batch file"
+        text.empty()                           ? "has no secret; an empty one is \"\" in a batch file"
         : text.starts_with(byte_order_mark)    ? "begins with a byte order mark; save it as plain text"
         : text.ends_with('\r')                 ? "ends with a carriage return; save it with lines that end as here"
         : text.find('\n') != std::string::npos ? "holds more than one line"

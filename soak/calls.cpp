@@ -1,6 +1,7 @@
 #include "calls.hpp"
 
 #include <algorithm>
+#include <iterator>
 
 #include <fmt/format.h>
 
@@ -11,21 +12,18 @@
 
 namespace {
 
-std::vector<const Row*>& taken_rows()
+std::vector<Row>& taken_rows()
 {
-    static std::vector<const Row*> rows;
+    static std::vector<Row> rows;
     return rows;
 }
 
 } // namespace
 
-RowsTaken::RowsTaken(std::span<const Row> rows)
+Calls::Calls(const char*, std::vector<Row> rows)
 {
-    for (const Row& row : rows) {
-        if (!row.strip.empty()) {
-            taken_rows().push_back(&row);
-        }
-    }
+    std::erase_if(rows, [](const Row& row) { return row.strip.empty(); });
+    std::ranges::move(rows, std::back_inserter(taken_rows()));
 }
 
 std::string shown(vor_int32 code)
@@ -100,9 +98,9 @@ std::string Outcome::text() const
 std::vector<Call> all_calls()
 {
     std::vector<Call> calls;
-    for (const ::Row* row : taken_rows()) {
-        calls.push_back({row->call, [row](const std::string&) { return row->make(); },
-                         [row](const Made& made) { return expected_of(*row, made); }});
+    for (const ::Row& row : taken_rows()) {
+        calls.push_back({row.call, [row](const std::string&) { return row.make(); },
+                         [row](const Made& made) { return expected_of(row, made); }});
     }
     for (const vorcfg::Family* family : vorcfg::families()) {
         for (const vorcfg::Row& row : family->rows) {

@@ -88,24 +88,6 @@ TEST(konfd, refuses_what_it_cannot_read_and_changes_nothing)
     EXPECT_EQ("", konfd.text());
 }
 
-TEST(konfd, is_not_harmed_by_a_pattern)
-{
-    std::string nested = "a";
-    for (int depth = 0; depth < 40; ++depth) {
-        nested = "(" + nested + ")+";
-    }
-    Konfd konfd;
-    const std::string line = "-s -l \"" + std::string(1000, 'a') + "\" -r ";
-    for (const std::string& pattern :
-         {nested, std::string("((a{99}){99}){99}"), std::string("(a*)\\1"), std::string(5000, '('),
-          std::string("a{2}{99}{99}{99}"), std::string("[[:alpha:]")}) {
-        EXPECT_EQ("-e\n", konfd.execute(line + '"' + pattern + '"').answer) << pattern;
-    }
-    for (const char* pattern : {"^(a|b)*c{2,30}$", "^[]a[:digit:]{}(]+ ", "\\(x\\)", "(a+)+$", "^ssid .{1,32}$"}) {
-        EXPECT_EQ("-o\n", konfd.execute(line + '"' + pattern + '"').answer) << pattern;
-    }
-}
-
 // The C library is the measure, where a back reference does not part the two.
 TEST(konfd, reads_and_matches_patterns_as_regcomp_does)
 {

@@ -42,10 +42,10 @@ public:
 
 private:
     explicit Journal(std::string path) : path_(std::move(path)) {}
+    bool open_file(int flags);
     void load(bool repair);
     void take(std::string_view line, std::size_t number);
     void append(const vor::Json& record, bool synced);
-    void write_header();
 
     std::string path_;
     int descriptor_ = -1;

@@ -66,18 +66,6 @@ Value value_in(const Argument& argument, const Json& json)
     return value;
 }
 
-std::string objects_of(const Said& said)
-{
-    const Json arguments = Json::parse(said.arguments);
-    Json objects = Json::array();
-    for (const Argument& argument : said.row->arguments()) {
-        if (argument.is_object && arguments.contains(argument.name)) {
-            objects.push_back(arguments[argument.name]);
-        }
-    }
-    return vor::dump(objects);
-}
-
 } // namespace
 
 Json values_json(const Planned& planned, bool masked)
@@ -85,7 +73,7 @@ Json values_json(const Planned& planned, bool masked)
     Json values = Json::object();
     const auto arguments = planned.row->arguments();
     const auto add = [&](Json& to, const Argument& argument, const Value& value) {
-        if (masked || !value.secret) {
+        if (masked || (!value.secret && argument.is_sent)) {
             to.push_back(value_json(argument, value, masked));
         }
     };
@@ -126,7 +114,7 @@ try {
             again.values.emplace_back().text.resize(argument.kind == Kind::untouched ? result_room : 0);
         } else if (value != arguments.end()) {
             again.values.push_back(value_in(argument, *value));
-        } else if (argument.is_optional) {
+        } else if (argument.is_optional || !argument.decided_by.empty() || !argument.is_sent) {
             again.values.emplace_back().given = false;
         } else {
             throw Complaint{fmt::format("{} is missing", argument.name)};
@@ -137,9 +125,21 @@ try {
     throw Complaint{fmt::format("{} are no arguments of {}", said.arguments, said.row->full_name())};
 }
 
+Json objects_of(const Said& said)
+{
+    const Json arguments = Json::parse(said.arguments);
+    Json objects = Json::array();
+    for (const Argument& argument : said.row->arguments()) {
+        if (argument.is_object && arguments.contains(argument.name)) {
+            objects.push_back(arguments[argument.name]);
+        }
+    }
+    return objects;
+}
+
 std::string subject_of(const Said& said, const Row& other)
 {
-    return fmt::format("{} {}", other.full_name(), objects_of(said));
+    return fmt::format("{} {}", other.full_name(), vor::dump(objects_of(said)));
 }
 
 std::string subject_of(const Said& said)
@@ -155,27 +155,30 @@ bool changes_nothing(const Planned& planned)
     }
     const auto arguments = row.arguments();
     for (std::size_t i = 0; i < arguments.size() && i < planned.values.size(); i++) {
-        const auto asks = [&](const Choice& choice) {
-            return choice.asks && choice.number == planned.values[i].number;
+        const auto is_idle = [&](const Choice& choice) {
+            return choice.idle && (arguments[i].is_number() ? choice.number == planned.values[i].number
+                                                            : choice.name == planned.values[i].text);
         };
-        if (arguments[i].is_result() || (planned.values[i].given && std::ranges::any_of(arguments[i].choices, asks))) {
+        if (arguments[i].is_result() ||
+            (planned.values[i].given && std::ranges::any_of(arguments[i].choices, is_idle))) {
             return true;
         }
     }
     return false;
 }
 
-std::string shown(const Json& value)
+std::string shown(const Argument& argument, const Json& value)
 {
     if (value.is_array()) {
         std::string items;
         for (const Json& item : value) {
-            items += fmt::format("{}{}", items.empty() ? "" : ", ", shown(item));
+            items += fmt::format("{}{}", items.empty() ? "" : ", ", shown(argument, item));
         }
         return fmt::format("[{}]", items);
     }
     if (!value.is_string()) {
-        return vor::dump(value);
+        const auto named = std::ranges::find(argument.choices, value.get<std::int64_t>(), &Choice::number);
+        return named != argument.choices.end() ? std::string(named->name) : vor::dump(value);
     }
     const auto& text = value.get_ref<const std::string&>();
     return text.empty() || text.find_first_of(" \t\"#") != std::string::npos ? vor::quoted(text) : vor::escaped(text);
@@ -187,7 +190,7 @@ std::string name_of(const Said& said)
     const Json arguments = Json::parse(said.arguments);
     for (const Argument& argument : said.row->arguments()) {
         if (argument.is_object && arguments.contains(argument.name)) {
-            name += ' ' + shown(arguments[argument.name]);
+            name += ' ' + shown(argument, arguments[argument.name]);
         }
     }
     return name;

@@ -30,22 +30,13 @@ std::string control_path(const std::string& directory)
 Control::Control(Loop& loop, const std::string& path, Handler answer_to)
     : loop_(loop), answer_to_(std::move(answer_to)),
       door_(
-          loop, path, [this](bool no_descriptor) { return make_room(no_descriptor); },
+          loop, path, [this](bool no_descriptor) {
+              return make_room_among(clients_, most_clients, no_descriptor,
+                                     [this](int descriptor) { drop_client(descriptor); });
+          },
           [this](Descriptor socket) { welcome(std::move(socket)); })
 {
     loop_.in_turn([this] { return answer_all(); });
-}
-
-bool Control::make_room(bool no_descriptor)
-{
-    if (clients_.size() < most_clients && !no_descriptor) {
-        return true;
-    }
-    const auto idle = longest_idle(clients_);
-    if (idle != clients_.end()) {
-        drop_client(idle->first);
-    }
-    return clients_.size() < most_clients;
 }
 
 void Control::welcome(Descriptor socket)

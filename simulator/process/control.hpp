@@ -47,7 +47,6 @@ private:
     };
     using Clients = std::map<int, Client>;
 
-    bool make_room(bool no_descriptor);
     void welcome(Descriptor socket);
     void read_request(int descriptor);
     bool answer_all();

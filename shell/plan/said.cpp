@@ -1,6 +1,7 @@
 #include "plan/said.hpp"
 
 #include <algorithm>
+#include <charconv>
 
 #include <fmt/format.h>
 
@@ -34,9 +35,13 @@ std::string text_in(const Json& json)
         return json.get<std::string>();
     }
     std::string text;
-    const std::string digits = json.at("bytes").get<std::string>();
-    for (std::size_t i = 0; i < digits.size(); i += 3) {
-        text += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+    const auto digits = json.at("bytes").get<std::string>();
+    for (const char* at = digits.data(); at < digits.data() + digits.size(); at += 3) {
+        unsigned char byte = 0;
+        if (std::from_chars(at, at + 2, byte, 16).ptr != at + 2) {
+            throw Complaint{fmt::format("{} are no bytes", vor::quoted(digits))};
+        }
+        text += static_cast<char>(byte);
     }
     return text;
 }
@@ -107,7 +112,7 @@ Said said(const Row& row, const Json& arguments, bool secret)
 }
 
 Planned planned(const Said& said)
-{
+try {
     const Json arguments = Json::parse(said.arguments);
     Planned again{said.row, {}, {}};
     for (const Argument& argument : said.row->arguments()) {
@@ -127,6 +132,8 @@ Planned planned(const Said& said)
         }
     }
     return again;
+} catch (const Json::exception&) {
+    throw Complaint{fmt::format("{} are no arguments of {}", said.arguments, said.row->full_name())};
 }
 
 std::string subject_of(const Said& said, const Row& other)

@@ -13,6 +13,9 @@ add_dependencies(vorsim_record_test vorsim vorcfg)
 vor_test(vorsim_attack_test SOURCES vorsim_attack_test.cpp LIBRARIES vorsim_core)
 add_dependencies(vorsim_attack_test vorsim)
 
+vor_test(page_test SOURCES page_test.cpp LIBRARIES vorsim_core)
+add_dependencies(page_test vorsim vorcfg)
+
 # Faults as clients feel them, beside the library, and a manager that is not vorsim's.
 vor_test(faults_felt_test SOURCES faults_felt_test.cpp LIBRARIES device_mgmt vorsim_core)
 add_executable(manager ${PROJECT_SOURCE_DIR}/examples/manager.c)

@@ -215,7 +215,8 @@ Http::Http(Loop& loop, int listener, Handler answer_to) : loop_(loop), answer_to
         if (library().get_timeout(daemon_, &milliseconds) != MHD_YES) {
             return {};
         }
-        return std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+        return milliseconds == 0 ? Loop::Time() // at once
+                                 : std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
     };
     loop_.at(next, [this] { library().run(daemon_); });
 }

@@ -61,10 +61,11 @@ function message(record) {
   const who = record.sap === undefined ? "konfd" : names.get(record.sap) ?? `sap ${record.sap}`;
   const item = make("li", { className: [wrong && "complaint", record.fault && "fault"].filter(Boolean).join(" ") },
     make("div", { className: "head" },
-      make("time", { dateTime: record.time, title: record.time }, record.time.slice(11, 23)),
-      make("b", {}, who),
-      make("span", { className: "call" }, record.call ?? record.id ?? ""),
-      make("span", { className: "object" }, record.object ?? ""),
+      make("div", { className: "what" },
+        make("time", { dateTime: record.time, title: record.time }, record.time.slice(11, 23)),
+        make("b", {}, who),
+        make("span", { className: "call" }, record.call ?? record.id ?? ""),
+        make("span", { className: "object" }, record.object ?? "")),
       make("span", { className: "outcome" }, outcome(record))));
   if (record.konfd !== undefined) {
     item.append(make("div", { className: "line" }, record.konfd));
@@ -135,16 +136,18 @@ function draw(id, data, elements) {
   }
 }
 
-function counter(number, what, className = "") {
-  return make("li", { className: number > 0 ? className : "" }, make("b", {}, String(number)), ` ${what}`);
+const counted = (number, what) => `${number} ${what}${number === 1 ? "" : "s"}`;
+
+function counter(text, className = "") {
+  const [digits, words] = text.split(" ");
+  return make("li", { className: digits === "0" ? "" : className }, make("b", {}, digits), ` ${words}`);
 }
 
-function counters(state) {
-  const { malformed, foreign, faulted } = state.counters;
-  return [counter(state.messages, "messages"), counter(state.complaints, "complaints", "bad"),
-    ...(malformed ? [counter(malformed, "malformed", "bad")] : []),
-    ...(foreign ? [counter(foreign, "foreign", "bad")] : []),
-    ...(faulted ? [counter(faulted, "faulted", "fault")] : [])];
+function counters({ messages, complaints, counters: { malformed, foreign, faulted } }) {
+  return [counter(counted(messages, "message")), counter(counted(complaints, "complaint"), "bad"),
+    ...(malformed ? [counter(`${malformed} malformed`, "bad")] : []),
+    ...(foreign ? [counter(`${foreign} foreign`, "bad")] : []),
+    ...(faulted ? [counter(`${faulted} faulted`, "fault")] : [])];
 }
 
 function button(text, command) {
@@ -159,7 +162,7 @@ function objects(held) {
 function manager({ name, sap, served }, held) {
   const count = Object.keys(held).length;
   const title = [make("b", {}, name), " ", make("small", {},
-    [`SAP ${sap}`, ...(served ? [] : ["stopped"]), ...(count ? [`${count} ${count === 1 ? "object" : "objects"}`] : [])]
+    [`SAP ${sap}`, ...(served ? [] : ["stopped"]), ...(count ? [counted(count, "object")] : [])]
       .join(" · "))];
   const body = count === 0 ? make("span", {}, ...title)
     : make("details", { open: opened.has(name) }, make("summary", {}, ...title), ...objects(held));
@@ -169,8 +172,9 @@ function manager({ name, sap, served }, held) {
 }
 
 function rule(one) {
-  return make("li", { className: one.over ? "over" : "" }, make("small", {}, String(one.number)), make("code", {}, one.rule),
-    make("small", {}, `acted on ${one.acted} of ${one.concerned}${one.over ? ", over" : ""}`),
+  return make("li", { className: one.over ? "over" : "" }, make("small", {}, String(one.number)),
+    make("div", {}, make("code", {}, one.rule), make("br"),
+      make("small", {}, `acted on ${one.acted} of ${counted(one.concerned, "message")}${one.over ? ", over" : ""}`)),
     ...button("clear", `fault clear ${one.number}`));
 }
 

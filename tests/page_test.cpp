@@ -233,7 +233,8 @@ TEST(page, shows_and_switches_in_a_browser_and_nothing_for_another_site)
                  {{"width", 390}, {"height", 844}, {"deviceScaleFactor", 1}, {"mobile", true}});
     browser.open(page.link);
     EXPECT_EQ(true, browser.in_page("document.getElementById('connection').textContent === 'live'"));
-    page.place.run("vorcfg konfd query --set --line img '<img src=x>'; vorcfg can set-baudrate 1 250000 1");
+    page.place.run(
+        "vorcfg konfd query --set --line img '<img src=x>' --pattern img x; vorcfg can set-baudrate 1 250000 1");
     EXPECT_EQ("canmgr", browser.in_page("document.querySelector('#list b')?.textContent"));
     EXPECT_EQ(true, browser.in_page("document.getElementById('served').textContent.includes('baudrate=\"250000\"')"));
     EXPECT_EQ(true, browser.in_page("document.getElementById('tree').textContent === 'img <img src=x>'"))

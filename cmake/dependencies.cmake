@@ -1,26 +1,26 @@
 # nlohmann-json and libfmt, of the sysroot or as Debian's packages bring them. Both are
 # headers alone, fit for any processor: those of this machine serve where the sysroot has none.
-function(vor_find_headers name probe)
+function(vor_find_headers name probe whose)
   find_path(${name}_HEADERS ${probe} DOC "The folder that holds ${probe}")
   if(${name}_HEADERS)
     set(found "${${name}_HEADERS}")
   elseif(EXISTS /usr/include/${probe})
     # a link in a folder of its own: nothing else of this machine's headers comes with it
-    get_filename_component(folder ${probe} DIRECTORY)
+    string(REGEX REPLACE "/.*" "" linked ${probe})
     set(found "${PROJECT_BINARY_DIR}/third_party")
     file(MAKE_DIRECTORY "${found}")
-    file(CREATE_LINK /usr/include/${folder} "${found}/${folder}" SYMBOLIC)
+    file(CREATE_LINK /usr/include/${linked} "${found}/${linked}" SYMBOLIC)
   else()
-    message(FATAL_ERROR "vorcfg needs ${probe}: name its folder with -D${name}_HEADERS=...")
+    message(FATAL_ERROR "${whose} needs ${probe}: name its folder with -D${name}_HEADERS=...")
   endif()
   set(${name}_HEADERS_FOUND "${found}" PARENT_SCOPE)
 endfunction()
 
-vor_find_headers(NLOHMANN_JSON nlohmann/json.hpp)
+vor_find_headers(NLOHMANN_JSON nlohmann/json.hpp vorcfg)
 add_library(vor_nlohmann_json INTERFACE)
 target_include_directories(vor_nlohmann_json SYSTEM INTERFACE "${NLOHMANN_JSON_HEADERS_FOUND}")
 
-vor_find_headers(FMT fmt/format-inl.h)
+vor_find_headers(FMT fmt/format-inl.h vorcfg)
 add_library(vor_fmt STATIC "${CMAKE_CURRENT_LIST_DIR}/fmt.cpp")
 target_compile_features(vor_fmt PUBLIC cxx_std_20)
 target_include_directories(vor_fmt SYSTEM PUBLIC "${FMT_HEADERS_FOUND}")

@@ -53,7 +53,8 @@ ensure_packages() { # package:probe...
 # What each step needs, and what tells that it is there: a command or a file.
 ensure_build_packages() {
     ensure_packages cmake:cmake ninja-build:ninja g++:g++ nlohmann-json3-dev:/usr/include/nlohmann/json.hpp \
-        libgtest-dev:/usr/include/gtest/gtest.h libfmt-dev:/usr/include/fmt/format.h
+        libgtest-dev:/usr/include/gtest/gtest.h libfmt-dev:/usr/include/fmt/format.h \
+        libmicrohttpd-dev:/usr/include/microhttpd.h
 }
 
 ensure_arm_packages() {
@@ -74,8 +75,8 @@ ensure_fuzz_packages() {
 }
 
 # Without one of these the tests that need it are left out.
-ensure_keyboard_packages() {
-    ensure_packages zsh:zsh mandoc:mandoc libedit-dev:/usr/include/histedit.h
+ensure_optional_packages() {
+    ensure_packages zsh:zsh mandoc:mandoc libedit-dev:/usr/include/histedit.h chromium:chromium
 }
 
 # For the library alone, on its other targets. armel and 64-bit RISC-V are built when their compilers are there.

@@ -8,6 +8,7 @@
 
 #include "client/commands.hpp"
 #include "faults/parse.hpp"
+#include "page/process.hpp"
 #include "process/options.hpp"
 #include "process/server.hpp"
 #include "text/text.hpp"
@@ -19,10 +20,11 @@ struct CannotStart : std::runtime_error {
 };
 
 // What cannot be begun is told like bad usage: nothing was done.
-std::unique_ptr<vorsim::Server> start(const vorsim::Options& options)
+template <class Thing, class... Arguments>
+std::unique_ptr<Thing> start(const Arguments&... arguments)
 {
     try {
-        return std::make_unique<vorsim::Server>(options);
+        return std::make_unique<Thing>(arguments...);
     } catch (const vorsim::UsageError&) {
         throw;
     } catch (const vorsim::faults::BadFile&) {
@@ -43,7 +45,20 @@ int run(const std::vector<std::string>& arguments)
         std::fputs(vorsim::client::help().c_str(), stdout);
         return 0;
     }
-    return start(options)->run();
+    std::unique_ptr<vorsim::page::Process> page;
+    if (options.http) {
+        page = start<vorsim::page::Process>(*options.http, options.http_control);
+    }
+    const auto server = start<vorsim::Server>(options);
+    if (page != nullptr) {
+        page->open();
+        server->accompany({.announcement = fmt::format("vorsim: the page is at {}", page->link()),
+                           .descriptor = page->descriptor(),
+                           .fate = [&page] { return page->fate(); }});
+    }
+    const int code = server->run();
+    page.reset(); // before the sockets go, by which others know the end
+    return code;
 }
 
 } // namespace

@@ -13,6 +13,9 @@ add_dependencies(vorsim_record_test vorsim vorcfg)
 vor_test(vorsim_attack_test AGAINST_THE_CLOCK SOURCES vorsim_attack_test.cpp LIBRARIES vorsim_core)
 add_dependencies(vorsim_attack_test vorsim)
 
+vor_test(page_test AGAINST_THE_CLOCK SOURCES page_test.cpp LIBRARIES vorsim_core)
+add_dependencies(page_test vorsim vorcfg)
+
 # Faults as clients feel them, and a manager that is not vorsim's.
 vor_test(faults_felt_test AGAINST_THE_CLOCK SOURCES faults_felt_test.cpp LIBRARIES vorsim_core)
 add_executable(manager ${PROJECT_SOURCE_DIR}/examples/manager.c)

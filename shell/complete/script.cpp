@@ -13,7 +13,7 @@ namespace vorcfg {
 std::vector<std::string_view> completed_shells()
 {
     std::vector<std::string_view> shells;
-    for (const Text& script : script_texts) {
+    for (const vor::BuiltIn& script : script_texts) {
         shells.push_back(script.stem);
     }
     return shells;
@@ -21,7 +21,7 @@ std::vector<std::string_view> completed_shells()
 
 std::string_view completion_script(std::string_view shell)
 {
-    const auto found = std::ranges::find(script_texts, shell, &Text::stem);
+    const auto found = std::ranges::find(script_texts, shell, &vor::BuiltIn::stem);
     if (found == std::end(script_texts)) {
         throw Complaint{
             fmt::format("no completion for \"{}\"; wanted: {}", shell, fmt::join(completed_shells(), ", "))};

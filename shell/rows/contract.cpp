@@ -128,7 +128,7 @@ const HeaderContract& contract_of(const Family& family)
     if (known != read.end()) {
         return known->second;
     }
-    const auto text = std::ranges::find(header_texts, family.header, &Text::stem);
+    const auto text = std::ranges::find(header_texts, family.header, &vor::BuiltIn::stem);
     return read.emplace(family.header, text != std::end(header_texts) ? read_header(text->text) : HeaderContract())
         .first->second;
 }

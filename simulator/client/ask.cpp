@@ -59,6 +59,26 @@ std::string Asked::receive(std::chrono::milliseconds within)
     return {bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
 }
 
+Watch::Watch() : asked_(Json::object({{"do", "watch"}})) {}
+
+bool Watch::read(const std::function<void(const Json& record)>& on_record)
+{
+    const std::string more = asked_.receive(std::chrono::milliseconds(-1));
+    text_ += more;
+    std::size_t begin = 0;
+    for (std::size_t end = 0; (end = text_.find('\n', begin)) != text_.npos; begin = end + 1) {
+        const std::string line = text_.substr(begin, end - begin);
+        if (begun_) {
+            on_record(Json::parse(line));
+        } else if (line != "+") {
+            throw std::runtime_error(line.substr(1));
+        }
+        begun_ = true;
+    }
+    text_.erase(0, begin);
+    return !more.empty();
+}
+
 std::string ask(const Json& request)
 {
     Asked asked(request);

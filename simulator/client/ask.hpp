@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -21,9 +22,26 @@ public:
 
     // More of the answer in time; empty at its end. Throws when nothing comes.
     std::string receive(std::chrono::milliseconds within);
+    int descriptor() const { return socket_.get(); }
 
 private:
     Descriptor socket_;
+};
+
+// The messages of the running gateway from now on.
+class Watch {
+public:
+    Watch();
+
+    // Readable when there is more.
+    int descriptor() const { return asked_.descriptor(); }
+    // Waits for more; false at the gateway's end. Throws what the gateway has against it.
+    bool read(const std::function<void(const Json& record)>& on_record);
+
+private:
+    Asked asked_;
+    std::string text_;
+    bool begun_ = false;
 };
 
 // The whole answer; throws what the gateway has against it.

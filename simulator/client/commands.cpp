@@ -110,23 +110,8 @@ int watch(Arguments arguments)
             throw UsageError(fmt::format("watch takes --json and {}, not \"{}\"", filter_help, arguments.front()));
         }
     }
-    Asked asked(Json::object({{"do", "watch"}}));
-    std::string text;
-    bool begun = false;
-    for (std::string more = asked.receive(milliseconds(-1)); !more.empty(); more = asked.receive(milliseconds(-1))) {
-        text += more;
-        std::size_t begin = 0;
-        for (std::size_t end = 0; (end = text.find('\n', begin)) != text.npos; begin = end + 1) {
-            const std::string line = text.substr(begin, end - begin);
-            if (begun) {
-                show_watched(Json::parse(line), filter, json);
-            } else if (line != "+") {
-                throw std::runtime_error(line.substr(1));
-            }
-            begun = true;
-        }
-        text.erase(0, begin);
-    }
+    Watch watch;
+    while (watch.read([&](const Json& record) { show_watched(record, filter, json); })) {}
     return 0;
 }
 

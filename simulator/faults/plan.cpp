@@ -76,4 +76,17 @@ std::string Plan::text(Time now) const
     return text;
 }
 
+Json Plan::json(Time now) const
+{
+    Json rules = Json::array();
+    for (const auto& [number, entry] : entries_) {
+        rules.push_back({{"number", number},
+                         {"rule", entry.rule.text},
+                         {"acted", entry.acted},
+                         {"concerned", entry.concerned},
+                         {"over", entry.over(now)}});
+    }
+    return rules;
+}
+
 } // namespace vorsim::faults

@@ -6,6 +6,7 @@
 
 #include "faults/rule.hpp"
 #include "values/random.hpp"
+#include "values/value.hpp"
 
 namespace vorsim::faults {
 
@@ -34,6 +35,7 @@ public:
 
     // One line a rule, with how often it acted.
     std::string text(Time now) const;
+    Json json(Time now) const;
 
 private:
     struct Entry {

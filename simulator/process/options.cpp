@@ -62,6 +62,9 @@ const char* const help_text =
   --without MANAGER leave the manager to a program of yours (repeatable)
   --delay MANAGER=20ms..80ms  how long the manager takes for each answer
   --lenient-konfd   konfd makes the paths that are not there
+  --http PORT       a page to look at, for browsers of this machine; its link is
+                    printed behind the ready line (0: on a port that is free)
+  --http-control    have the page switch faults and managers, too
   --help            print this
 
 environment:
@@ -76,7 +79,7 @@ stop the gateway and remove its sockets.
 exit codes: 0 stopped, or the command did its work; 1 failed (the journal could
 not be written on, nothing runs to be asked, it did not do what it was told, a
 replay found differences); 2 bad usage, rules or environment, or it could not
-start: a SAP or the directory is in use, a file cannot be written; 3 complaints
+start: a SAP, the directory or the port is in use, a file cannot be written; 3 complaints
 under --strict, malformed and foreign messages among them, faults not.
 
 commands:
@@ -116,9 +119,16 @@ Options read_options(const std::vector<std::string>& arguments)
             options.lenient_konfd = true;
         } else if (option == "--show-secrets") {
             options.show_secrets = true;
+        } else if (option == "--http") {
+            options.http = number_of<std::uint16_t>("--http", value());
+        } else if (option == "--http-control") {
+            options.http_control = true;
         } else {
             throw UsageError(fmt::format("unknown option \"{}\"", option));
         }
+    }
+    if (options.http_control && !options.http) {
+        throw UsageError("--http-control needs --http PORT");
     }
     return options;
 }

@@ -29,6 +29,8 @@ struct Options {
     std::optional<std::string> faults_file;
     std::vector<std::uint16_t> without;    // the managers left to others
     std::map<std::uint16_t, Delay> delays; // by manager
+    std::optional<std::uint16_t> http;     // the page's port; 0: the system chooses
+    bool http_control = false;
 };
 
 Options read_options(const std::vector<std::string>& arguments);

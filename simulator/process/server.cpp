@@ -412,11 +412,32 @@ Json Server::json() const
             {"konfd", konfd_.json()}};
 }
 
+Json Server::overview() const
+{
+    Json all = json();
+    std::map<std::uint16_t, bool> served;
+    for (const Manager& manager : managers) {
+        served[manager.sap] = false;
+    }
+    for (const auto& [sap, inlet] : managers_.inlets()) {
+        served[sap] = true;
+    }
+    for (const auto& [sap, is_served] : served) {
+        all["served"].push_back({{"name", manager_key(sap)}, {"sap", sap}, {"served", is_served}});
+    }
+    all["konfd_served"] = konfd_server_ != nullptr;
+    all["faults"] = faults_.json(std::chrono::steady_clock::now());
+    return all;
+}
+
 std::string Server::answer(const Json& request)
 {
     const std::string what = request.at("do");
     if (what == "show") {
         return show(request);
+    }
+    if (what == "overview") {
+        return vor::dump(overview());
     }
     if (is_command(what)) {
         return obey(fmt::format("{} {}", what, request.at("words").get<std::string>()));
@@ -498,10 +519,22 @@ void Server::write_state() const
     }
 }
 
+void Server::accompany(const Companion& companion)
+{
+    announcement_ = companion.announcement;
+    loop_.watch(companion.descriptor, [this, companion] {
+        loop_.forget(companion.descriptor);
+        errors_.line(companion.fate());
+    });
+}
+
 int Server::run()
 {
     out_.line(fmt::format("vorsim: ready, {} managers{} in {}", managers_.inlets().size(),
                           konfd_server_ != nullptr ? " and konfd" : ", no konfd,", directory_));
+    if (!announcement_.empty()) {
+        out_.line(announcement_);
+    }
     loop_.run();
     spare_ = Descriptor();
     if (options_.state_file) {

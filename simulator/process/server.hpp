@@ -1,6 +1,7 @@
 // server.hpp: the gateway as a process.
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "faults/plan.hpp"
@@ -16,11 +17,19 @@
 
 namespace vorsim {
 
+// A process that serves beside the gateway.
+struct Companion {
+    std::string announcement;          // a line behind the ready line
+    int descriptor;                    // readable when it has ended
+    std::function<std::string()> fate; // the line to say then
+};
+
 class Server {
 public:
     // Binds everything and opens its files; throws when it cannot, and leaves nothing.
     explicit Server(const Options& options);
 
+    void accompany(const Companion& companion);
     // Until a signal ends it. Returns the exit code.
     int run();
 
@@ -48,9 +57,12 @@ private:
     void load(const Json& document);
     std::string text() const;
     Json json() const;
+    // The state, and beside it who is served and the faults in force.
+    Json overview() const;
 
     Options options_;
     std::string directory_;
+    std::string announcement_; // the companion's
     Loop loop_;
     Descriptor stop_requests_;
     Console out_;

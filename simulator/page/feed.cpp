@@ -1,0 +1,50 @@
+#include "page/feed.hpp"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+namespace vorsim::page {
+namespace {
+
+constexpr std::size_t most_events = 1000;
+constexpr std::size_t most_bytes = 1 << 20;
+constexpr std::size_t most_at_once = 1 << 16;
+
+constexpr const char* bytes[] = {"meta_data",   "payload",  "answer_id", "answer_payload",
+                                 "answer_text", "datagram", "text",      "awaits"};
+
+} // namespace
+
+void Feed::add(const Json& record)
+{
+    if (!record.contains("seq")) { // how many were lost shows in the numbers
+        return;
+    }
+    Json shown = record;
+    for (const char* const name : bytes) {
+        shown.erase(name);
+    }
+    events_.push_back({record["seq"].get<std::uint64_t>(), vor::dump(shown)});
+    size_ += events_.back().data.size();
+    while (events_.size() > most_events || (size_ > most_bytes && events_.size() > 1)) {
+        size_ -= events_.front().data.size();
+        events_.pop_front();
+    }
+}
+
+std::string Feed::after(std::uint64_t& seen) const
+{
+    std::string text;
+    auto event = std::ranges::upper_bound(events_, seen, {}, &Event::number);
+    for (; event != events_.end() && text.size() < most_at_once; ++event) {
+        if (seen != 0 && event->number > seen + 1) {
+            text += fmt::format("event: lost\ndata: {}\n\n", event->number - seen - 1);
+        }
+        seen = event->number;
+        text += fmt::format("id: {}\ndata: {}\n\n", seen, event->data);
+    }
+    return text;
+}
+
+} // namespace vorsim::page

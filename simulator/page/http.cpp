@@ -1,0 +1,262 @@
+// libmicrohttpd is loaded when a page is served: linked, it would be loaded by every command.
+#include "page/http.hpp"
+
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
+
+#include <dlfcn.h>
+#include <sys/socket.h>
+
+#include <fmt/format.h>
+#include <microhttpd.h>
+
+namespace vorsim::page {
+namespace {
+
+constexpr char library_name[] = "libmicrohttpd.so.12";
+constexpr std::ptrdiff_t most_clients = 48; // beyond that the oldest that is no stream makes room
+constexpr unsigned most_at_once = 64;
+constexpr unsigned idle_seconds = 15;
+constexpr std::size_t memory_of_client = 1 << 15;
+constexpr std::size_t longest_body = 1 << 13;
+
+constexpr std::pair<const char*, const char*> headers[] = {
+    {"Cache-Control", "no-store"},
+    {"Content-Security-Policy", "default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; "
+                                "img-src data:; base-uri 'none'; form-action 'none'; frame-ancestors 'none'"},
+    {"Cross-Origin-Opener-Policy", "same-origin"},
+    {"Cross-Origin-Resource-Policy", "same-origin"},
+    {"Referrer-Policy", "no-referrer"},
+    {"X-Content-Type-Options", "nosniff"},
+    {"X-Frame-Options", "DENY"},
+};
+
+// What is used of the library.
+struct Library {
+    decltype(::MHD_start_daemon)* start_daemon;
+    decltype(::MHD_stop_daemon)* stop_daemon;
+    decltype(::MHD_get_daemon_info)* get_daemon_info;
+    decltype(::MHD_get_timeout)* get_timeout;
+    decltype(::MHD_run)* run;
+    decltype(::MHD_get_connection_info)* get_connection_info;
+    decltype(::MHD_lookup_connection_value)* lookup_connection_value;
+    decltype(::MHD_suspend_connection)* suspend_connection;
+    decltype(::MHD_resume_connection)* resume_connection;
+    decltype(::MHD_create_response_from_buffer)* create_response_from_buffer;
+    decltype(::MHD_create_response_from_callback)* create_response_from_callback;
+    decltype(::MHD_add_response_header)* add_response_header;
+    decltype(::MHD_queue_response)* queue_response;
+    decltype(::MHD_destroy_response)* destroy_response;
+
+    Library()
+    {
+        void* const library = dlopen(library_name, RTLD_NOW | RTLD_LOCAL);
+        if (library == nullptr) {
+            throw std::runtime_error(fmt::format("--http needs {} (Debian package libmicrohttpd12)", library_name));
+        }
+        find(library, "MHD_start_daemon", start_daemon);
+        find(library, "MHD_stop_daemon", stop_daemon);
+        find(library, "MHD_get_daemon_info", get_daemon_info);
+        find(library, "MHD_get_timeout", get_timeout);
+        find(library, "MHD_run", run);
+        find(library, "MHD_get_connection_info", get_connection_info);
+        find(library, "MHD_lookup_connection_value", lookup_connection_value);
+        find(library, "MHD_suspend_connection", suspend_connection);
+        find(library, "MHD_resume_connection", resume_connection);
+        find(library, "MHD_create_response_from_buffer", create_response_from_buffer);
+        find(library, "MHD_create_response_from_callback", create_response_from_callback);
+        find(library, "MHD_add_response_header", add_response_header);
+        find(library, "MHD_queue_response", queue_response);
+        find(library, "MHD_destroy_response", destroy_response);
+    }
+
+    template <class Function>
+    static void find(void* library, const char* name, Function*& function)
+    {
+        function = reinterpret_cast<Function*>(dlsym(library, name));
+        if (function == nullptr) {
+            throw std::runtime_error(fmt::format("{} has no {}", library_name, name));
+        }
+    }
+};
+
+const Library& library()
+{
+    static const Library loaded;
+    return loaded;
+}
+
+std::string value_of(MHD_Connection* connection, MHD_ValueKind kind, const char* name)
+{
+    const char* const value = library().lookup_connection_value(connection, kind, name);
+    return value != nullptr ? value : "";
+}
+
+} // namespace
+
+struct Http::Client {
+    MHD_Connection* connection;
+    int descriptor;
+    Source stream{};
+    std::string unsent{};   // of the stream
+    bool suspended = false; // the stream is, for want of more
+    bool ended = false;     // by us
+};
+
+// What the library calls.
+struct Callbacks {
+    static Http& http(void* http) { return *static_cast<Http*>(http); }
+
+    static Http::Client& client(Http& http, MHD_Connection* connection)
+    {
+        return *std::ranges::find(http.clients_, connection, &Http::Client::connection);
+    }
+
+    static void on_connection(void* where, MHD_Connection* connection, void**, MHD_ConnectionNotificationCode code)
+    {
+        Http& http = Callbacks::http(where);
+        if (code == MHD_CONNECTION_NOTIFY_CLOSED) {
+            std::erase_if(http.clients_, [&](const auto& one) { return one.connection == connection; });
+            return;
+        }
+        const auto* const info = library().get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
+        http.make_room();
+        http.clients_.push_back({.connection = connection, .descriptor = info->connect_fd});
+    }
+
+    static MHD_Result on_request(void* where, MHD_Connection* connection, const char* path, const char* method,
+                                 const char*, const char* upload, std::size_t* upload_size, void** state)
+    {
+        if (*state == nullptr) {
+            *state = new Request{.method = method,
+                                 .path = path,
+                                 .host = value_of(connection, MHD_HEADER_KIND, "Host"),
+                                 .origin = value_of(connection, MHD_HEADER_KIND, "Origin"),
+                                 .token = value_of(connection, MHD_GET_ARGUMENT_KIND, "token"),
+                                 .last_event = value_of(connection, MHD_HEADER_KIND, "Last-Event-ID")};
+            return MHD_YES;
+        }
+        Request& request = *static_cast<Request*>(*state);
+        if (*upload_size > 0) {
+            request.body.append(upload, *upload_size);
+            *upload_size = 0;
+            return request.body.size() <= longest_body ? MHD_YES : MHD_NO;
+        }
+        Http& http = Callbacks::http(where);
+        return send(client(http, connection), http.answer_to_(request));
+    }
+
+    static void on_completed(void*, MHD_Connection*, void** state, MHD_RequestTerminationCode)
+    {
+        delete static_cast<Request*>(*state);
+        *state = nullptr;
+    }
+
+    static MHD_Result send(Http::Client& client, Answer answer)
+    {
+        MHD_Response* response = nullptr;
+        if (answer.stream) {
+            client.stream = std::move(answer.stream);
+            response = library().create_response_from_callback(MHD_SIZE_UNKNOWN, 4096, on_room, &client, nullptr);
+        } else {
+            response =
+                library().create_response_from_buffer(answer.body.size(), answer.body.data(), MHD_RESPMEM_MUST_COPY);
+        }
+        if (response == nullptr) {
+            return MHD_NO;
+        }
+        for (const auto& [name, value] : headers) {
+            library().add_response_header(response, name, value);
+        }
+        library().add_response_header(response, "Content-Type", answer.type.c_str());
+        const MHD_Result queued = library().queue_response(client.connection, answer.status, response);
+        library().destroy_response(response);
+        return queued;
+    }
+
+    static ssize_t on_room(void* where, std::uint64_t, char* buffer, std::size_t room)
+    {
+        Http::Client& client = *static_cast<Http::Client*>(where);
+        if (client.unsent.empty()) {
+            client.unsent = client.stream();
+        }
+        if (client.unsent.empty()) {
+            client.suspended = true;
+            library().suspend_connection(client.connection);
+            return 0;
+        }
+        const std::size_t size = client.unsent.copy(buffer, room);
+        client.unsent.erase(0, size);
+        return static_cast<ssize_t>(size);
+    }
+};
+
+void Http::require()
+{
+    library();
+}
+
+Http::Http(Loop& loop, int listener, Handler answer_to) : loop_(loop), answer_to_(std::move(answer_to))
+{
+    daemon_ = library().start_daemon(
+        MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr, Callbacks::on_request, this,
+        MHD_OPTION_LISTEN_SOCKET, listener, MHD_OPTION_CONNECTION_LIMIT, most_at_once, MHD_OPTION_CONNECTION_TIMEOUT,
+        idle_seconds, MHD_OPTION_CONNECTION_MEMORY_LIMIT, memory_of_client, MHD_OPTION_STRICT_FOR_CLIENT, 1,
+        MHD_OPTION_NOTIFY_CONNECTION, Callbacks::on_connection, this, MHD_OPTION_NOTIFY_COMPLETED,
+        Callbacks::on_completed, this, MHD_OPTION_END);
+    if (daemon_ == nullptr) {
+        throw std::runtime_error("the HTTP server cannot be started");
+    }
+    const auto* const info = library().get_daemon_info(daemon_, MHD_DAEMON_INFO_EPOLL_FD);
+    loop_.watch(info->epoll_fd, [this] { library().run(daemon_); });
+    const auto next = [this]() -> std::optional<Loop::Time> {
+        MHD_UNSIGNED_LONG_LONG milliseconds = 0;
+        if (library().get_timeout(daemon_, &milliseconds) != MHD_YES) {
+            return {};
+        }
+        return milliseconds == 0 ? Loop::Time() // at once
+                                 : std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    };
+    loop_.at(next, [this] { library().run(daemon_); });
+}
+
+Http::~Http()
+{
+    wake(true); // suspended ones are not ended
+    library().stop_daemon(daemon_);
+}
+
+void Http::make_room()
+{
+    if (std::ranges::count(clients_, false, &Client::ended) < most_clients) {
+        return;
+    }
+    const auto oldest = std::ranges::find_if(clients_, [](const Client& one) { return !one.stream && !one.ended; });
+    if (oldest != clients_.end()) {
+        oldest->ended = true;
+        shutdown(oldest->descriptor, SHUT_RDWR); // the library takes its end for the client's
+    }
+}
+
+void Http::wake(bool beat)
+{
+    for (Client& client : clients_) {
+        if (client.stream && beat && client.unsent.empty()) {
+            client.unsent = ":\n\n";
+        }
+        if (client.suspended) {
+            client.suspended = false;
+            library().resume_connection(client.connection);
+        }
+    }
+    library().run(daemon_);
+}
+
+std::size_t Http::streams() const
+{
+    const auto streams = [](const Client& one) { return one.stream != nullptr; };
+    return static_cast<std::size_t>(std::ranges::count_if(clients_, streams));
+}
+
+} // namespace vorsim::page

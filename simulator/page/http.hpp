@@ -1,0 +1,65 @@
+// http.hpp: HTTP on a loop, as libmicrohttpd serves it; what any client may take of it is bounded.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <list>
+#include <optional>
+#include <string>
+
+#include "process/loop.hpp"
+
+struct MHD_Connection;
+struct MHD_Daemon;
+
+namespace vorsim::page {
+
+struct Request {
+    std::string method;
+    std::string path;
+    std::string host;
+    std::string origin; // empty: none was told
+    std::string token;
+    std::string last_event; // the last that the client has seen; empty: none
+    std::string body{};
+};
+
+// What is streamed: more of it each time; empty: nothing for now.
+using Source = std::function<std::string()>;
+
+struct Answer {
+    unsigned status = 200;
+    std::string type = "text/plain; charset=utf-8";
+    std::string body{};
+    Source stream{}; // instead of the body
+};
+
+class Http {
+public:
+    using Handler = std::function<Answer(const Request& request)>;
+
+    // Loads the library; throws when it cannot be had.
+    static void require();
+
+    Http(Loop& loop, int listener, Handler answer_to);
+    ~Http();
+    Http(const Http&) = delete;
+    Http& operator=(const Http&) = delete;
+
+    // The sources have more; `beat` has the streams say something at any rate, so that a dead one is noticed.
+    void wake(bool beat = false);
+    std::size_t streams() const;
+
+private:
+    struct Client;
+    friend struct Callbacks;
+
+    void make_room();
+
+    Loop& loop_;
+    Handler answer_to_;
+    std::list<Client> clients_; // the oldest first
+    MHD_Daemon* daemon_ = nullptr;
+};
+
+} // namespace vorsim::page

@@ -1,0 +1,187 @@
+#include "page/site.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <stdexcept>
+
+#include <fmt/format.h>
+
+#include "page_files.hpp" // of the files in files/, by the build
+#include "process/commands.hpp"
+#include "process/options.hpp"
+
+namespace vorsim::page {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::size_t most_streams = 16;
+constexpr auto state_lasts = 200ms;
+constexpr auto between_beats = 2s;
+
+constexpr unsigned bad_request = 400;
+constexpr unsigned forbidden = 403;
+constexpr unsigned not_found = 404;
+constexpr unsigned not_allowed = 405;
+constexpr unsigned conflict = 409;
+constexpr unsigned unavailable = 503;
+
+struct File {
+    std::string_view path;
+    std::string_view stem;
+    const char* type;
+};
+constexpr File files[] = {
+    {"/", "index", "text/html; charset=utf-8"},
+    {"/style.css", "style", "text/css; charset=utf-8"},
+    {"/script.js", "script", "text/javascript; charset=utf-8"},
+};
+
+// Takes as long wherever they differ.
+bool equal_in_constant_time(std::string_view left, std::string_view right)
+{
+    unsigned difference = left.size() == right.size() ? 0 : 1;
+    for (std::size_t at = 0; at < std::min(left.size(), right.size()); ++at) {
+        difference |= static_cast<unsigned char>(left[at] ^ right[at]);
+    }
+    return difference == 0;
+}
+
+} // namespace
+
+Site::Site(Loop& loop, int listener, Settings settings)
+    : settings_(std::move(settings)), loop_(loop), next_beat_(std::chrono::steady_clock::now()),
+      http_(loop, listener, [this](const Request& request) { return answer(request); })
+{
+    loop_.at([this] { return next_beat_; },
+             [this] {
+                 next_beat_ = std::chrono::steady_clock::now() + between_beats;
+                 if (watch_ == nullptr) {
+                     watch();
+                 }
+                 http_.wake(true);
+             });
+}
+
+void Site::watch()
+{
+    try {
+        watch_ = std::make_unique<client::Watch>();
+        loop_.watch(watch_->descriptor(), [this] { listen(); });
+    } catch (const std::exception&) {
+        watch_.reset(); // at the next beat again
+    }
+}
+
+void Site::listen()
+{
+    bool more = false;
+    try {
+        more = watch_->read([this](const Json& record) { feed_.add(record); });
+    } catch (const std::exception&) {
+        more = false; // too many watch: at the next beat again
+    }
+    if (!more) {
+        loop_.forget(watch_->descriptor());
+        watch_.reset();
+    }
+    http_.wake();
+}
+
+// A name that resolves to this machine is no name of ours: another site's page could have made it.
+std::optional<Answer> Site::refusal(const Request& request) const
+{
+    const std::string hosts[] = {fmt::format("127.0.0.1:{}", settings_.port),
+                                 fmt::format("localhost:{}", settings_.port)};
+    const auto ours = [&](std::string_view scheme, std::string_view name) {
+        return std::ranges::any_of(hosts,
+                                   [&](const std::string& host) { return name == fmt::format("{}{}", scheme, host); });
+    };
+    if (!ours("", request.host)) {
+        return Answer{.status = forbidden, .body = fmt::format("this is {}, and no other host\n", hosts[0])};
+    }
+    if (!request.origin.empty() && !ours("http://", request.origin)) {
+        return Answer{.status = forbidden, .body = "another site's page is not answered\n"};
+    }
+    if (request.method != "GET" && request.method != "POST") {
+        return Answer{.status = not_allowed, .body = "GET and POST are answered\n"};
+    }
+    return {};
+}
+
+Answer Site::answer(const Request& request)
+{
+    if (auto refused = refusal(request)) {
+        return std::move(*refused);
+    }
+    const bool reads = request.method == "GET";
+    const auto* const file = std::ranges::find(files, request.path, &File::path);
+    if (reads && file != std::end(files)) {
+        return {.type = file->type,
+                .body = std::string(std::ranges::find(page_files, file->stem, &vor::BuiltIn::stem)->text)};
+    }
+    if (!equal_in_constant_time(request.token, settings_.token)) {
+        return {.status = forbidden, .body = "the link's token is missing, or of another run of vorsim\n"};
+    }
+    if (reads && request.path == "/state") {
+        return state();
+    }
+    if (reads && request.path == "/events") {
+        return events(request);
+    }
+    if (!reads && request.path == "/command") {
+        return settings_.control
+                   ? obey(request.body)
+                   : Answer{.status = forbidden, .body = "only to be looked at: --http-control was not given\n"};
+    }
+    return {.status = not_found, .body = "there is no such page\n"};
+}
+
+Answer Site::state()
+{
+    const auto now = std::chrono::steady_clock::now();
+    try {
+        if (now - state_time_ >= state_lasts) {
+            state_ = client::ask(Json::object({{"do", "overview"}}));
+            state_time_ = std::chrono::steady_clock::now();
+        }
+    } catch (const std::exception& error) {
+        return {.status = unavailable, .body = fmt::format("{}\n", error.what())};
+    }
+    return {.type = "application/json",
+            .body = fmt::format("{{\"control\":{},\"gateway\":{}}}\n", settings_.control, state_)};
+}
+
+Answer Site::events(const Request& request)
+{
+    if (http_.streams() >= most_streams) {
+        return {.status = unavailable, .body = fmt::format("{} look on already\n", most_streams)};
+    }
+    std::uint64_t seen = 0;
+    std::from_chars(request.last_event.data(), request.last_event.data() + request.last_event.size(), seen);
+    return {.type = "text/event-stream", .stream = [this, seen]() mutable { return feed_.after(seen); }};
+}
+
+// What vorsim's own command line takes, in the same words.
+Answer Site::obey(const std::string& command) const
+{
+    const std::string name = command.substr(0, command.find(' '));
+    Json request = {{"do", name}};
+    if (is_command(name)) {
+        try {
+            command_of(command); // what is wrong with it is said here
+        } catch (const UsageError& error) {
+            return {.status = bad_request, .body = fmt::format("{}\n", error.what())};
+        }
+        request["words"] = command.substr(std::min(command.size(), name.size() + 1));
+    } else if (command != "reset") {
+        return {.status = bad_request, .body = "expected fault, stop, start, set or reset\n"};
+    }
+    try {
+        return {.body = client::ask(request)};
+    } catch (const std::exception& error) {
+        return {.status = conflict, .body = fmt::format("{}\n", error.what())};
+    }
+}
+
+} // namespace vorsim::page

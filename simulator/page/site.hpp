@@ -1,0 +1,46 @@
+// site.hpp: what the page answers, and to whom.
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "client/ask.hpp"
+#include "page/feed.hpp"
+#include "page/http.hpp"
+
+namespace vorsim::page {
+
+struct Settings {
+    std::uint16_t port{};
+    std::string token;
+    bool control{}; // faults and managers can be switched
+};
+
+class Site {
+public:
+    Site(Loop& loop, int listener, Settings settings);
+
+private:
+    Answer answer(const Request& request);
+    // What is against the request, if anything.
+    std::optional<Answer> refusal(const Request& request) const;
+    Answer state();
+    Answer events(const Request& request);
+    Answer obey(const std::string& command) const;
+    // Listens to the gateway, again where that came to an end.
+    void watch();
+    void listen();
+
+    Settings settings_;
+    Loop& loop_;
+    Feed feed_;
+    std::unique_ptr<client::Watch> watch_;
+    Loop::Time next_beat_;
+    std::string state_; // as of a moment ago, for all who ask
+    Loop::Time state_time_{};
+    Http http_;
+};
+
+} // namespace vorsim::page

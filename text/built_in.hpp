@@ -1,0 +1,13 @@
+// built_in.hpp: a file that is built into a tool.
+#pragma once
+
+#include <string_view>
+
+namespace vor {
+
+struct BuiltIn {
+    std::string_view stem; // its name, up to the first dot
+    std::string_view text;
+};
+
+} // namespace vor

@@ -192,7 +192,7 @@ void Journal::append(const Json& record, bool synced)
     history_.take(record);
 }
 
-std::uint64_t Journal::begin(const Said& said, const Place& place, const Entry* replaces, const Entry* takes_back)
+void Journal::begin(const Said& said, const Place& place, const Entry* replaces, const Entry* takes_back)
 {
     const std::uint64_t number = history_.entries().size() + 1;
     Json record{{"begin", number}, {"at", stamp(now())}, {"by", user()}};
@@ -212,13 +212,12 @@ std::uint64_t Journal::begin(const Said& said, const Place& place, const Entry* 
         record["takes_back"] = takes_back->number;
     }
     append(record, true);
-    return number;
 }
 
 // On disk with the next call that begins, or at the end.
-void Journal::end(std::uint64_t number, const Verdict& verdict, std::optional<bool> done)
+void Journal::end(const Verdict& verdict, std::optional<bool> done)
 {
-    append({{"end", number},
+    append({{"end", history_.entries().size()},
             {"at", stamp(now())},
             {"outcome", name_of(verdict.outcome)},
             {"verdict", verdict.text},

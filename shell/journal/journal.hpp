@@ -31,9 +31,9 @@ public:
     const History& history() const { return history_; }
     const std::string& path() const { return path_; }
 
-    // What is about to be sent, on disk when this returns; its number.
-    std::uint64_t begin(const Said& said, const Place& place, const Entry* replaces, const Entry* takes_back = nullptr);
-    void end(std::uint64_t number, const Verdict& verdict, std::optional<bool> done);
+    // What is about to be sent, on disk when this returns; and what became of it.
+    void begin(const Said& said, const Place& place, const Entry* replaces, const Entry* takes_back = nullptr);
+    void end(const Verdict& verdict, std::optional<bool> done);
 
     void pend();                                            // what begins from now on waits to be confirmed
     void pend_until(const std::string& until, int process); // it has been made, and this process waits

@@ -9,7 +9,6 @@
 #include "journal/journal.hpp"
 #include "prompt/question.hpp"
 #include "report/check.hpp"
-#include "report/making.hpp"
 #include "report/report.hpp"
 #include "report/run.hpp"
 #include "rows/families.hpp"
@@ -196,20 +195,9 @@ private:
 
     int make(Journal& journal, const Plan& plan, std::size_t calls)
     {
-        std::uint64_t number = 0;
-        Making making(options_, calls,
-                      [&](const Tally& tally, std::size_t left) { return applied_text(to_, tally, left, plan); },
-                      {.before =
-                           [&](const Planned& planned) {
-                               const Said says = said(planned);
-                               number = journal.begin(says, planned.place, journal.history().replaced_by(says));
-                           },
-                       .after =
-                           [&](const Planned& planned, const Report& report) {
-                               const Outcome outcome = report.verdict.outcome;
-                               journal.end(number, report.verdict, was_done(*planned.row, outcome, report.seen));
-                           },
-                       .hang_up_ends = !options_.confirm});
+        const Entry* const nothing = nullptr;
+        const auto summary = [&](const Tally& tally, std::size_t left) { return applied_text(to_, tally, left, plan); };
+        Making making(options_, calls, summary, journaled(journal, !options_.confirm, nothing));
         int exit = exit_ok;
         try {
             for (bool more = true; more;) {

@@ -14,7 +14,6 @@
 
 #include "journal/clock.hpp"
 #include "prompt/question.hpp"
-#include "report/making.hpp"
 #include "report/report.hpp"
 #include "report/run.hpp"
 #include "site/show.hpp"
@@ -74,22 +73,10 @@ int take_back(Journal& journal, const Options& options)
     Options going_on = options;
     going_on.keep_going = true;
     const Entry* undone = nullptr;
-    std::uint64_t number = 0;
     const auto summary = [&](const Tally& tally, std::size_t left) {
         return taken_back_text(journal.path(), tally, left, kept);
     };
-    Making making(going_on, undos.size() - kept, summary,
-                  {.before =
-                       [&](const Planned& planned) {
-                           const Said says = said(planned);
-                           number = journal.begin(says, planned.place, journal.history().replaced_by(says), undone);
-                       },
-                   .after =
-                       [&](const Planned& planned, const Report& report) {
-                           const Outcome outcome = report.verdict.outcome;
-                           journal.end(number, report.verdict, was_done(*planned.row, outcome, report.seen));
-                       },
-                   .hang_up_ends = false});
+    Making making(going_on, undos.size() - kept, summary, journaled(journal, false, undone));
     for (const History::Undo& undo : undos) {
         if (undo.before != nullptr) {
             undone = undo.entry;
@@ -194,6 +181,20 @@ int tell_decision(const std::string& path, std::uint64_t first)
 }
 
 } // namespace
+
+Making::Hooks journaled(Journal& journal, bool hang_up_ends, const Entry* const& undone)
+{
+    return {.before =
+                [&](const Planned& planned) {
+                    const Said says = said(planned);
+                    journal.begin(says, planned.place, journal.history().replaced_by(says), undone);
+                },
+            .after =
+                [&](const Planned& planned, const Report& report) {
+                    journal.end(report.verdict, was_done(*planned.row, report.verdict.outcome, report.seen));
+                },
+            .hang_up_ends = hang_up_ends};
+}
 
 std::string pending_text(const Journal& journal)
 {

@@ -5,9 +5,13 @@
 #include <string>
 
 #include "journal/journal.hpp"
+#include "report/making.hpp"
 #include "words/options.hpp"
 
 namespace vorcfg {
+
+// Has each call in the journal before it is sent, and its verdict after; `undone` is the entry it takes back, if any.
+Making::Hooks journaled(Journal& journal, bool hang_up_ends, const Entry* const& undone);
 
 // Refuses to go on where one waits.
 void check_nothing_pending(const Journal& journal);

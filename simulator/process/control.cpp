@@ -30,7 +30,8 @@ std::string control_path(const std::string& directory)
 Control::Control(Loop& loop, const std::string& path, Handler answer_to)
     : loop_(loop), answer_to_(std::move(answer_to)),
       door_(
-          loop, path, [this](bool no_descriptor) {
+          loop, path,
+          [this](bool no_descriptor) {
               return make_room_among(clients_, most_clients, no_descriptor,
                                      [this](int descriptor) { drop_client(descriptor); });
           },

@@ -42,7 +42,9 @@ int main()
     std::printf("statistics: port %d\n", statistics.value ? statistics.value->logical_port_no : -1);
 
     device_mgmt::Query query(1);
-    query.line("hostname", "tower-17").pattern("hostname").path("interface", "wlan0");
+    query.add<vor_cfg_proto_set_line_string>("hostname", "tower-17")
+        .add<vor_cfg_proto_set_pattern_string>(2, "hostname", "")
+        .add<vor_cfg_proto_append_path_elm>("interface", "wlan0");
     std::printf("konfd: %s\n", query.command().value_or("not whole").c_str());
     tell("konfd", query.send());
 }

@@ -7,24 +7,21 @@
  *
  * Texts are literals, std::string or std::string_view. An argument of another
  * kind, or a number too wide for its parameter, does not compile; one that does
- * not fit is told with the call unmade. The library's rule stands: one thread at
- * a time.
+ * not fit, a null pointer too, is told with the call unmade. The library's rule
+ * stands: one thread at a time.
  */
 #ifndef DEVICE_MGMT_HPP
 #define DEVICE_MGMT_HPP
 /* SPDX-License-Identifier: MIT */
 
 #include <concepts>
-#include <cstddef>
 #include <device_mgmt.h>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <tuple>
 #include <type_traits>
 #include <utility>
-#include <vector>
 
 namespace device_mgmt {
 
@@ -39,13 +36,13 @@ enum class Outcome {
 
 struct Result {
     Outcome outcome = Outcome::not_sent;
-    vor_int32 code = 0;     ///< as the call returned it
+    vor_int32 code = 0;     ///< as the call returned it; VOR_CODE_REFUSED where no record came
     vor_int32 status = 0;   ///< the manager's, when it refused with one
     std::size_t misfit = 0; ///< the argument that did not fit, from 1; the call was not made
     explicit operator bool() const { return outcome == Outcome::accepted || outcome == Outcome::sent; }
 };
 
-/// The result of a query that returns a record: a copy of it, when there was one.
+/// The result of a call that returns a record: a copy of it, when there was one.
 template <class Record>
 struct Reading : Result {
     std::optional<Record> value;
@@ -53,12 +50,12 @@ struct Reading : Result {
 
 namespace detail {
 
-template <auto* Function>
+template <auto*>
 struct Name {
 };
 
 template <auto* Function, auto*... Others>
-inline constexpr bool is_one_of = (std::is_same_v<Name<Function>, Name<Others>> || ...);
+inline constexpr bool is_one_of = (std::same_as<Name<Function>, Name<Others>> || ...);
 
 template <auto* Function>
 inline constexpr bool one_way =
@@ -75,9 +72,12 @@ template <auto* Function>
 inline constexpr bool by_konfd = is_one_of<Function, vor_konfd_bi_dir_comm, vor_cfg_set_wifi_ssid_password,
                                            vor_cfg_set_interface_ip, vor_cfg_create_sock_endpoint>;
 
-/// The place of the number that counts the texts behind, from 0.
+/// The place of the number that counts the texts behind, from 0; a call without such texts has 0.
 template <auto* Function>
-inline constexpr std::size_t count_at = is_one_of<Function, vor_cfg_set_dhcp_server_dns> ? 1 : 2;
+inline constexpr std::size_t count_at =
+    is_one_of<Function, vor_cfg_set_dhcp_server_dns>                                     ? 1
+    : is_one_of<Function, vor_cfg_set_service_chain, vor_cfg_set_dhcp_server_dns_client> ? 2
+                                                                                         : 0;
 
 template <auto* Function>
 Outcome outcome_of(vor_int32 code)
@@ -85,17 +85,20 @@ Outcome outcome_of(vor_int32 code)
     switch (code) {
     case VOR_CODE_DONE:
         return one_way<Function> ? Outcome::sent : Outcome::accepted;
-    case VOR_CODE_REFUSED:
-        return vor_errno != 0                                               ? Outcome::refused
-               : by_konfd<Function>                                         ? Outcome::unreadable
-               : one_way<Function> || vor_cfg_get_ipc_endpoint() == nullptr ? Outcome::not_sent
-                                                                            : Outcome::unreadable;
     case VOR_CODE_LATITUDE:
     case VOR_CODE_LONGITUDE:
         return Outcome::refused;
     case VOR_CODE_TOO_MANY_SERVERS:
     case VOR_CODE_MAC_ADDRESS:
         return Outcome::not_sent;
+    case VOR_CODE_REFUSED:
+        if (vor_errno != 0) {
+            return Outcome::refused;
+        }
+        if (!by_konfd<Function> && vor_cfg_get_ipc_endpoint() == nullptr) {
+            return Outcome::not_sent;
+        }
+        [[fallthrough]];
     case VOR_CODE_UNREADABLE:
         return one_way<Function> ? Outcome::not_sent : Outcome::unreadable;
     default:
@@ -103,110 +106,100 @@ Outcome outcome_of(vor_int32 code)
     }
 }
 
-/// What one parameter takes. Pointers go as they are, null too.
+/// What a parameter takes. An int is let through for literals, and looked at when the program runs.
+template <class Given, class Parameter>
+concept Taken = !std::same_as<Given, std::nullptr_t> &&
+                (std::integral<Parameter>
+                     ? std::integral<Given> && (sizeof(Given) <= sizeof(int) || sizeof(Given) <= sizeof(Parameter))
+                 : std::same_as<Parameter, vor_char*> ? std::convertible_to<Given, std::string_view>
+                                                      : std::convertible_to<Given, Parameter>);
+
+/// What one parameter is given.
 template <class Parameter>
 struct Argument {
-    Parameter value;
+    Parameter value{};
     bool fits = true;
-    Argument(Parameter given) : value(given) {}
-};
+    std::string text; // the value's copy, with its end
 
-template <std::integral Parameter>
-struct Argument<Parameter> {
-    Parameter value;
-    bool fits;
-    // an int is let through for literals, and looked at when the program runs
-    template <std::integral Given>
-    requires(sizeof(Given) <= sizeof(int) || sizeof(Given) <= sizeof(Parameter)) Argument(Given given)
-        : value(static_cast<Parameter>(given)),
-          fits(static_cast<Given>(value) == given && (value < Parameter{}) == (given < Given{}))
+    Argument(Argument&&) = delete;
+    template <Taken<Parameter> Given>
+    Argument(const Given& given)
     {
+        if constexpr (std::is_pointer_v<Given>) {
+            fits = given != nullptr;
+        }
         if constexpr (std::same_as<Parameter, char>) { // a byte: its sign is the processor's
-            fits = given <= 255 && (std::unsigned_integral<Given> || static_cast<long long>(given) >= -128);
+            fits = std::in_range<signed char>(+given) || std::in_range<unsigned char>(+given);
+        } else if constexpr (std::integral<Parameter>) {
+            fits = std::in_range<Parameter>(+given);
+        }
+        if constexpr (std::same_as<Parameter, vor_char*>) {
+            text = fits ? std::string_view(given) : std::string_view();
+            value = text.data();
+            fits = fits && text.find('\0') == text.npos;
+        } else {
+            value = static_cast<Parameter>(given);
         }
     }
 };
 
-template <>
-struct Argument<vor_char*> {
-    std::string text;
-    bool fits = true;
-    vor_char* value;
-    Argument(std::string_view given) : text(given), fits(text.find('\0') == text.npos), value(text.data()) {}
-    Argument(const std::string& given) : Argument(std::string_view(given)) {}
-    Argument(const char* given) : Argument(std::string_view(given != nullptr ? given : "")) { fits = given != nullptr; }
-    Argument(std::nullptr_t) = delete;
-    Argument(const Argument&) = delete;
-    Argument& operator=(const Argument&) = delete;
-};
-
-template <class Returned>
-using Told = std::conditional_t<std::is_pointer_v<Returned>, Reading<std::remove_pointer_t<Returned>>, Result>;
-
-template <auto* Function, class Returned>
-Told<Returned> made(auto&&... arguments)
-{
-    static_assert(std::is_pointer_v<Returned> || std::same_as<Returned, vor_int32> || std::same_as<Returned, vor_int16>,
+template <auto* Function, class Returned, class... Parameters>
+struct Call {
+    static constexpr bool record = std::same_as<Returned, ADC_PIN_STATS*> || std::same_as<Returned, GPIO_PIN_STATS*>;
+    static_assert(record || std::same_as<Returned, vor_int32> || std::same_as<Returned, vor_int16>,
                   "this call returns no code: call it as it is");
-    Told<Returned> result;
-    std::size_t fitting = 0;
-    if (!((arguments.fits && ++fitting != 0) && ...)) {
-        result.misfit = fitting + 1;
-        return result;
-    }
-    vor_errno = 0; // a status found there afterwards is this call's
-    if constexpr (std::is_pointer_v<Returned>) {
-        if (const auto* const record = Function(arguments.value...)) {
-            result.value = *record; // at once: its buffer is given back already
+
+    static auto make(Argument<Parameters>... arguments, const Taken<vor_char*> auto&... texts)
+    {
+        if constexpr (count_at<Function> != 0) {
+            auto& count = std::get<count_at<Function>>(std::tie(arguments...));
+            count.fits = count.fits && static_cast<std::size_t>(count.value) == sizeof...(texts);
         }
-        result.outcome = result.value                            ? Outcome::accepted
-                         : vor_cfg_get_ipc_endpoint() == nullptr ? Outcome::not_sent
-                                                                 : Outcome::unreadable;
-    } else {
-        result.code = Function(arguments.value...);
+        return made(arguments..., Argument<vor_char*>(texts)...);
+    }
+
+    static auto made(auto&&... arguments)
+    {
+        std::conditional_t<record, Reading<std::remove_pointer_t<Returned>>, Result> result;
+        std::size_t fitting = 0;
+        if (!((arguments.fits && ++fitting != 0) && ...)) {
+            result.misfit = fitting + 1;
+            return result;
+        }
+        vor_errno = 0; // a status found there afterwards is this call's
+        const auto returned = Function(arguments.value...);
+        if constexpr (!record) {
+            result.code = returned;
+        } else if (returned != nullptr) {
+            result.value = *returned; // at once: its buffer is given back already
+        } else {
+            result.code = VOR_CODE_REFUSED;
+        }
         result.outcome = outcome_of<Function>(result.code);
         result.status = result.outcome == Outcome::refused ? vor_errno : 0;
+        return result;
     }
-    return result;
-}
-
-template <auto* Function, class Type = std::remove_pointer_t<decltype(Function)>>
-struct Call;
-
-template <auto* Function, class Returned, class... Parameters>
-struct Call<Function, Returned(Parameters...)> {
-    static Told<Returned> make(Argument<Parameters>... arguments) { return made<Function, Returned>(arguments...); }
 };
 
 template <auto* Function, class Returned, class... Parameters>
-struct Call<Function, Returned(Parameters..., ...)> {
-    static Told<Returned> make(Argument<Parameters>... arguments,
-                               const std::convertible_to<std::string_view> auto&... texts)
-    {
-        auto& count = std::get<count_at<Function>>(std::tie(arguments...));
-        count.fits = count.fits && static_cast<std::size_t>(count.value) == sizeof...(texts);
-        return made<Function, Returned>(arguments..., Argument<vor_char*>(texts)...);
-    }
-};
+Call<Function, Returned, Parameters...> call_of(Returned (*)(Parameters...));
+template <auto* Function, class Returned, class... Parameters>
+Call<Function, Returned, Parameters...> call_of(Returned (*)(Parameters..., ...));
 
 } // namespace detail
 
 /// Makes a call and tells how it ended. vor_errno begins at 0.
 template <auto* Function>
-auto call(const auto&... arguments) requires requires
+auto call(const auto&... arguments) -> decltype(decltype(detail::call_of<Function>(Function))::make(arguments...))
 {
-    detail::Call<Function>::make(arguments...);
-}
-{
-    return detail::Call<Function>::make(arguments...);
+    return decltype(detail::call_of<Function>(Function))::make(arguments...);
 }
 
 /// This process's endpoint, while it lives.
 class Endpoint {
 public:
     explicit Endpoint(vor_uint16 sap) : bound_(vor_cfg_create_ipc_endpoint(sap) == VOR_CODE_DONE) {}
-    Endpoint(const Endpoint&) = delete;
-    Endpoint& operator=(const Endpoint&) = delete;
+    Endpoint(Endpoint&&) = delete;
     ~Endpoint()
     {
         if (bound_) {
@@ -219,66 +212,55 @@ private:
     bool bound_;
 };
 
-/// A query to konfd, with everything it holds.
+/// A query to konfd. It gives back everything it holds.
 class Query {
 public:
-    explicit Query(vor_uchar operation) : query_(vor_cfg_proto_init())
+    explicit Query(vor_uchar operation) : query_(vor_cfg_proto_init()) { add<vor_cfg_proto_set_op>(operation); }
+    Query(Query&&) = delete;
+    ~Query()
     {
-        vor_cfg_proto_set_op(query_.get(), operation);
+        VOR_CFG_PROTO_PATH* element = query_ != nullptr ? query_->path_head.stqh_first : nullptr;
+        vor_cfg_proto_cleanup(query_); // frees the elements' texts and leaves them
+        while (element != nullptr) {
+            vor_free(std::exchange(element, element->elm_link.stqe_next));
+        }
     }
-    Query& pattern(std::string_view key) { return add<vor_cfg_proto_set_pattern_string>(2, key, ""); }
-    Query& pattern(std::string_view key, std::string_view value)
+
+    /// One of the setters, with what it takes behind the query: add<vor_cfg_proto_set_line_string>("key", "value").
+    template <auto* Setter>
+    Query& add(const auto&... arguments)
     {
-        return add<vor_cfg_proto_set_pattern_string>(1, key, value);
+        whole_ = call<Setter>(query_, arguments...) && whole_;
+        return *this;
     }
-    Query& line(std::string_view key, std::string_view value) { return add<vor_cfg_proto_set_line_string>(key, value); }
-    Query& priority(std::string_view value) { return add<vor_cfg_proto_set_priority_string>(value); }
-    Query& path(std::string_view key, std::string_view value) { return add<vor_cfg_proto_append_path_elm>(key, value); }
 
     /// The command's text; none when the query is not whole.
     std::optional<std::string> command() const
     {
         vor_int32 length = 0;
-        const std::unique_ptr<vor_char, decltype(&vor_free)> text(vor_cfg_proto_get_command(query_.get(), &length),
-                                                                  &vor_free);
-        return text && whole_ ? std::optional<std::string>(text.get()) : std::nullopt;
+        vor_char* const rendered = whole_ ? vor_cfg_proto_get_command(query_, &length) : nullptr;
+        std::optional<std::string> text;
+        if (rendered != nullptr) {
+            text = rendered;
+            vor_free(rendered);
+        }
+        return text;
     }
 
     /// Connects, asks konfd, and disconnects.
-    Result send()
+    Result send() const
     {
-        Result result;
-        if (whole_ && command()) {
-            result = call<vor_cfg_create_sock_endpoint>();
-            result = result ? call<vor_konfd_bi_dir_comm>(query_.get()) : Result{Outcome::undelivered, result.code};
-            vor_cfg_remove_sock_endpoint();
+        if (!command()) {
+            return {};
         }
+        Result result = call<vor_cfg_create_sock_endpoint>();
+        result = result ? call<vor_konfd_bi_dir_comm>(query_) : Result{Outcome::undelivered, result.code};
+        vor_cfg_remove_sock_endpoint();
         return result;
     }
 
 private:
-    template <auto* Setter>
-    Query& add(auto... arguments)
-    {
-        whole_ = call<Setter>(query_.get(), arguments...) && whole_;
-        return *this;
-    }
-
-    struct Release {
-        void operator()(VOR_CFG_PROTO* query) const
-        {
-            std::vector<VOR_CFG_PROTO_PATH*> elements; // the cleanup frees their texts and leaves them
-            for (VOR_CFG_PROTO_PATH* each = query->path_head.stqh_first; each != nullptr;) {
-                elements.push_back(each);
-                each = each->elm_link.stqe_next;
-            }
-            vor_cfg_proto_cleanup(query);
-            for (VOR_CFG_PROTO_PATH* const each : elements) {
-                vor_free(each);
-            }
-        }
-    };
-    std::unique_ptr<VOR_CFG_PROTO, Release> query_;
+    VOR_CFG_PROTO* query_;
     bool whole_ = true;
 };
 

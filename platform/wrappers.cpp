@@ -1,24 +1,9 @@
-// The system library under the platform's names.
+// The rest of the system library under the platform's names.
 #include <cstdlib>
 #include <cstring>
 #include <endian.h>
 
 #include <vorinfra.h>
-
-void* vor_malloc(vor_uint32 size)
-{
-    return malloc(size);
-}
-
-void vor_free(void* memory)
-{
-    free(memory);
-}
-
-void* vor_realloc(void* memory, vor_uint32 size)
-{
-    return realloc(memory, size);
-}
 
 void* vor_memcpy(void* destination, const void* source, vor_uint32 size)
 {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdio>
 
 #include <sys/prctl.h>
@@ -89,6 +90,10 @@ int run(const Options& options)
     }
     if (options.help) {
         return print_help(words);
+    }
+    if (!words.empty()) {
+        const bool known = std::ranges::find(commands(), command, &Command::name) != commands().end();
+        check_given(options, known ? command : "a call");
     }
     if (command == "help") {
         return print_help(words.subspan(1));

@@ -70,6 +70,7 @@ TEST(cpp_front_end, what_does_not_fit_is_not_sent)
     EXPECT_EQ(told(call<vor_cfg_set_plat_hostname>(std::string_view("a\0b", 3))), "not sent 0 0 1");
     EXPECT_EQ(told(call<vor_cfg_set_dhcp_server_dns>("p", 3, 1, "9.9.9.9")), "not sent 0 0 2") << "counted wrong";
     EXPECT_EQ(told(call<vor_cfg_set_service_chain>(1, "c", 1, "a", "b")), "not sent 0 0 3");
+    EXPECT_EQ(told(call<vor_cfg_get_system_temperature>(static_cast<vor_int16*>(nullptr))), "not sent 0 0 1");
     EXPECT_EQ(fake::events(), "nothing");
     EXPECT_EQ(told(call<vor_cfg_set_dhcp>(0, 200)), "accepted 0 0 0") << "a byte, whatever char's sign";
 }
@@ -100,7 +101,10 @@ TEST(cpp_front_end, a_reading_is_a_copy_and_a_query_gives_all_back)
     begin();
     {
         device_mgmt::Query query(1);
-        query.line("hostname", "tower-17").pattern("hostname").path("interface", "wlan0").path("port", "1");
+        query.add<vor_cfg_proto_set_line_string>("hostname", "tower-17")
+            .add<vor_cfg_proto_set_pattern_string>(2, "hostname", "")
+            .add<vor_cfg_proto_append_path_elm>("interface", "wlan0")
+            .add<vor_cfg_proto_append_path_elm>("port", "1");
         EXPECT_EQ(query.command(), R"(-s -l "hostname tower-17" -r "^hostname$" "interface wlan0" "port 1")");
         fake::script.replies = {"-o\n"};
         EXPECT_EQ(told(query.send()), "accepted 0 0 0");

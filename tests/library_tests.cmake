@@ -3,7 +3,8 @@
 add_library(fake_vorinfra SHARED
   fake_vorinfra/messages.cpp
   fake_vorinfra/system.cpp
-  fake_vorinfra/text.cpp)
+  fake_vorinfra/text.cpp
+  ${PROJECT_SOURCE_DIR}/platform/wrappers.cpp)
 # Under the platform's name, so that the library binds to it; first on the test's path, so that it is found.
 set_target_properties(fake_vorinfra PROPERTIES
   OUTPUT_NAME vorinfra
@@ -19,7 +20,6 @@ add_executable(library_test
   cpp_front_end_test.cpp
   konfd_talk_test.cpp
   konfd_test.cpp
-  header_c11.c
   abi/signatures.c)
 # Two libraries bear the platform's name: the path's order is ours to say, not CMake's to work out.
 set_target_properties(library_test PROPERTIES
@@ -29,7 +29,8 @@ set_target_properties(library_test PROPERTIES
   C_EXTENSIONS OFF)
 target_link_options(library_test PRIVATE
   LINKER:-rpath,${CMAKE_CURRENT_BINARY_DIR}/fake LINKER:-rpath,$<TARGET_FILE_DIR:device_mgmt>)
-set_source_files_properties(header_c11.c abi/signatures.c PROPERTIES COMPILE_OPTIONS -Wpedantic)
+set_source_files_properties(abi/signatures.c PROPERTIES COMPILE_OPTIONS -Wpedantic)
+vor_precompile(library_test functional gtest/gtest.h nlohmann/json.hpp sstream)
 target_link_libraries(library_test PRIVATE fake_vorinfra device_mgmt GTest::gtest_main vor_warnings ${CMAKE_DL_LIBS})
 
 gtest_discover_tests(library_test DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 60 LABELS library_test)

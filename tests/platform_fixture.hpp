@@ -91,13 +91,29 @@ protected:
     TLV_CHAIN chain{};
 };
 
+inline sockaddr_un address_of(const std::string& path)
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    return address;
+}
+
 // A plain socket at a path, as a process that cares for nothing makes it.
 inline int raw_socket(const std::string& path, int type)
 {
     const int descriptor = socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    EXPECT_EQ(0, bind(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address)) << path;
+    const sockaddr_un address = address_of(path);
+    EXPECT_EQ(0, bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address)) << path;
     return descriptor;
+}
+
+// A datagram of any bytes, from nobody.
+inline void send_raw(const std::string& path, const std::string& bytes)
+{
+    const int descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    const sockaddr_un to = address_of(path);
+    EXPECT_EQ(static_cast<ssize_t>(bytes.size()),
+              sendto(descriptor, bytes.data(), bytes.size(), 0, reinterpret_cast<const sockaddr*>(&to), sizeof to));
+    close(descriptor);
 }

@@ -3,4 +3,4 @@ vor_test(platform_test
   LIBRARIES vorinfra)
 
 # Built alone in the preset thread.
-vor_test(thread_test SOURCES thread_test.cpp LIBRARIES vorinfra)
+vor_test(thread_test AGAINST_THE_CLOCK SOURCES thread_test.cpp LIBRARIES vorinfra)

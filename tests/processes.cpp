@@ -41,6 +41,17 @@ int exit_code(pid_t pid)
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
+// As the kernel takes words and variables: the last is null.
+std::vector<char*> pointers_to(const std::vector<std::string>& texts)
+{
+    std::vector<char*> pointers;
+    for (const std::string& text : texts) {
+        pointers.push_back(const_cast<char*>(text.c_str()));
+    }
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
 // Starts a program with standard output and error in one pipe and no input.
 pid_t start(const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
             const std::filesystem::path& directory, int& output)
@@ -56,19 +67,9 @@ pid_t start(const std::vector<std::string>& arguments, const std::vector<std::st
     posix_spawn_file_actions_adddup2(&actions, ends[1], STDERR_FILENO);
     posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1); // whatever a runner left open
     posix_spawn_file_actions_addchdir_np(&actions, directory.c_str());
-    std::vector<char*> argument_pointers;
-    for (const std::string& argument : arguments) {
-        argument_pointers.push_back(const_cast<char*>(argument.c_str()));
-    }
-    argument_pointers.push_back(nullptr);
-    std::vector<char*> environment_pointers;
-    for (const std::string& variable : environment) {
-        environment_pointers.push_back(const_cast<char*>(variable.c_str()));
-    }
-    environment_pointers.push_back(nullptr);
     pid_t pid = -1;
-    const int error = posix_spawn(&pid, arguments[0].c_str(), &actions, nullptr, argument_pointers.data(),
-                                  environment_pointers.data());
+    const int error = posix_spawn(&pid, arguments[0].c_str(), &actions, nullptr, pointers_to(arguments).data(),
+                                  pointers_to(environment).data());
     posix_spawn_file_actions_destroy(&actions);
     close(ends[1]);
     if (error != 0) {
@@ -254,17 +255,8 @@ Terminal::Terminal(const Workplace& workplace, const std::vector<std::string>& c
     std::vector<std::string> environment = workplace.environment();
     std::erase_if(environment, [](const std::string& each) { return each.starts_with("TERM="); });
     environment.emplace_back("TERM=vt100");
-    std::vector<char*> variables;
-    for (std::string& variable : environment) {
-        variables.push_back(variable.data());
-    }
-    variables.push_back(nullptr);
-    std::vector<std::string> words = command;
-    std::vector<char*> arguments;
-    for (std::string& word : words) {
-        arguments.push_back(word.data());
-    }
-    arguments.push_back(nullptr);
+    const std::vector<char*> variables = pointers_to(environment);
+    const std::vector<char*> arguments = pointers_to(command);
     const std::string directory = workplace.path().string();
     const winsize size{24, 200, 0, 0};
     pid_ = forkpty(&terminal_, nullptr, nullptr, &size);

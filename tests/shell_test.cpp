@@ -78,7 +78,8 @@ TEST(words, are_complained_about_with_what_is_accepted)
          "f:1:20: set_option: ******** is out of range, 1 to 3, or server, file-name, frequency is accepted\n"},
     });
     const std::string long_name(5000, 'x');
-    EXPECT_EQ("f:1:28: hostname: does not fit: a message holds 4096 bytes\n",
+    EXPECT_EQ("f:1:28: hostname: does not fit: 5000 bytes of text, and a message holds 4096 with what stands around "
+              "them\n",
               outcome_of("hostname set-plat-hostname " + long_name));
 }
 
@@ -150,6 +151,13 @@ TEST(words, may_be_named)
         {"gpio set-direction direction=1 option=1", "f:1:40: port_num: is missing\n"},
         {"gpio set-direction direction=1 7", "f:1:32: a word without a name stands before those with one\n"},
         {"gsm set-password 1 passwrod=hush option=1", "f:1:20: no argument \"********\"; is it password?\n"},
+        {"debug set-log-file set_option=frequency name=site-log upload_frequency=60",
+         "platmgr (SAP 2) 0x2028 one-way | set_option 3 (frequency) | name \"site-log\" | upload_frequency 60\n"},
+        {"debug set-log-file frequency name=site-log",
+         "f:1:43: upload_frequency: is missing; wanted: set_option name log_file_name ip_address user_name password "
+         "upload_frequency\n"},
+        {"debug set-log-file file-name site-log t.log \"\" \"\" hush 0",
+         "f:1:51: password: is sent only where set_option is server; \"\" stands for it here\n"},
     });
 }
 
@@ -173,11 +181,6 @@ TEST(words, that_no_terminal_should_see_are_spelt_out)
 {
     EXPECT_EQ("datamgr (SAP 10) 0xa00a one-way | 3 str \"\\x1b[31mtür\\xc2\\x9b\\x9b\\xc0\\xaf\\xed\\xa0\\x80\"\n",
               outcome_of("\xef\xbb\xbfhostname set-plat-hostname \x1b[31mtür\xc2\x9b\x9b\xc0\xaf\xed\xa0\x80"));
-    EXPECT_EQ("no\\x1b \\xff\nthing\\x0d", vor::printable("no\x1b \xff\nthing\r"));
-    Complaint complaint{"a\"b\\c\n\x01é\xff\xc0\xaf\xed\xa0\x80\xc2\x9b"};
-    EXPECT_EQ("{\"schema\":2,\"complaint\":\"a\\\"b\\\\c\\n\\u0001é������\\u009b\",\"exit\":2}"
-              "\n",
-              json_of(complaint));
 }
 
 TEST(options, stand_anywhere_before_the_dashes)
@@ -203,6 +206,8 @@ TEST(konfd, queries_are_built_from_options)
         {"--unset --pattern a --path b c --path d e", "konfd | 29 bytes | -u -r \"^a$\" \"b c\" \"d e\"\n"},
         {"--set --line password \"hush hush\" --pattern password",
          "konfd | 46 bytes | -s -l \"password ********\" -r \"^password$\"\n"},
+        {"--set --line password @nowhere --pattern password",
+         "f:1:35: line_value: cannot read nowhere: No such file or directory\n"},
         {"--set --line password hush hush --pattern password",
          "f:1:40: unknown word ********; wanted: --set|--check|--unset --line KEY VALUE --pattern KEY [VALUE] [--path "
          "KEY VALUE]... [--priority N]\n"},
@@ -232,38 +237,26 @@ TEST(konfd, passwords_are_masked_wherever_a_command_has_them)
 
 // --- Verdicts -----------------------------------------------------------------
 
-Message request(bool delivered, std::optional<std::int32_t> status = {}, std::uint32_t answer_id = 0x4004)
+Message by(Way way, bool delivered)
 {
     Message message;
+    message.way = way;
     message.sap = 4;
-    message.id = 0x4004;
     message.delivered = delivered;
+    return message;
+}
+
+Message request(std::optional<std::int32_t> status)
+{
+    Message message = by(Way::request, true);
     message.answer_status = status;
-    if (delivered) {
-        message.answer_id = answer_id;
-    }
     return message;
 }
 
-Message one_way(bool delivered)
+Message konfd_command(const char* answer)
 {
-    Message message = request(delivered);
-    message.way = Way::one_way;
-    return message;
-}
-
-Message changed(Message message, bool Message::*flag)
-{
-    message.*flag = true;
-    return message;
-}
-
-Message konfd_command(bool delivered, std::optional<std::string> answer)
-{
-    Message message;
-    message.way = Way::konfd;
-    message.delivered = delivered;
-    message.answer = std::move(answer);
+    Message message = by(Way::konfd, true);
+    message.answer = answer;
     return message;
 }
 
@@ -273,8 +266,12 @@ TEST(verdict, tells_what_was_seen)
     const Row& unread = *row_named("serial", "set-parity");
     const Row& stub = *row_named("ip", "get-ip-address");
     const Row& stored = *row_named("konfd", "set-interface-ip");
-    const Message timed_out = changed(request(false), &Message::timed_out);
-    const Message unserved = changed(one_way(false), &Message::unserved);
+    const Message one_way = by(Way::one_way, true);
+    const Message unsent = by(Way::one_way, false);
+    Message unserved = unsent;
+    unserved.unserved = true;
+    Message timed_out = by(Way::request, false);
+    timed_out.timed_out = true;
     struct VerdictCase {
         const Row& row;
         std::int32_t code;
@@ -283,28 +280,28 @@ TEST(verdict, tells_what_was_seen)
         const char* name;
         int exit;
     } const cases[] = {
-        {setter, 0, 0, {request(true, 0)}, "accepted", 0},
-        {setter, -1, 7, {request(true, 7)}, "refused", 1},
-        {setter, -1001, 0, {request(true, 0)}, "refused", 1},
-        {setter, -1, 0, {request(true, 7, 0x4009)}, "unread", 5},
-        {setter, -4, 0, {request(true, {})}, "unread", 5},
-        {setter, -3, 0, {request(false)}, "not delivered", 3},
+        {setter, 0, 0, {request(0)}, "accepted", 0},
+        {setter, -1, 7, {request(7)}, "refused", 1},
+        {setter, -1001, 0, {request(0)}, "refused", 1},
+        {setter, -1, 0, {request(7)}, "unread", 5},
+        {setter, -4, 0, {request({})}, "unread", 5},
+        {setter, -3, 0, {by(Way::request, false)}, "not delivered", 3},
         {setter, -3, 0, {timed_out}, "unknown", 6},
         {setter, -4, 0, {}, "not sent", 4},
-        {setter, 0, 0, {one_way(true)}, "sent", 0},
+        {setter, 0, 0, {one_way}, "sent", 0},
         {setter, 0, 0, {unserved}, "not delivered", 3},
-        {setter, 0, 0, {one_way(false)}, "not delivered", 3},
-        {setter, -3, 0, {one_way(true)}, "contradiction", 9},
-        {setter, 0, 0, {request(true, 0), one_way(true)}, "accepted", 0},
-        {setter, 0, 0, {request(true, 0), unserved}, "not delivered", 3},
-        {setter, -3, 0, {request(true, 0), one_way(false)}, "not delivered", 3},
-        {unread, -4, 0, {request(true, 0)}, "unread", 5},
+        {setter, 0, 0, {unsent}, "not delivered", 3},
+        {setter, -3, 0, {one_way}, "contradiction", 9},
+        {setter, 0, 0, {request(0), one_way}, "accepted", 0},
+        {setter, 0, 0, {request(0), unserved}, "not delivered", 3},
+        {setter, -3, 0, {request(0), unsent}, "not delivered", 3},
+        {unread, -4, 0, {request(0)}, "unread", 5},
         {stub, 0, 0, {}, "nothing to do", 0},
-        {stored, 0, 0, {konfd_command(true, "-o")}, "accepted", 0},
-        {stored, -1, 0, {konfd_command(true, "-e")}, "refused", 1},
-        {stored, -1, 0, {konfd_command(true, {})}, "unknown", 6},
-        {stored, -1, 0, {konfd_command(false, {})}, "not delivered", 3},
-        {stored, -1, 0, {konfd_command(true, "-o")}, "contradiction", 9},
+        {stored, 0, 0, {konfd_command("-o")}, "accepted", 0},
+        {stored, -1, 0, {konfd_command("-e")}, "refused", 1},
+        {stored, -1, 0, {by(Way::konfd, true)}, "unknown", 6},
+        {stored, -1, 0, {by(Way::konfd, false)}, "not delivered", 3},
+        {stored, -1, 0, {konfd_command("-o")}, "contradiction", 9},
     };
     for (const VerdictCase& each : cases) {
         Returned back;
@@ -338,11 +335,7 @@ TEST(process, outcomes_have_their_exit_codes)
 {
     const processes::Workplace workplace;
     expect(workplace,
-           {{"vorcfg ip set-ip-address 0 192.168.1.10 255.255.255.0 1",
-             "ip set-ip-address: not delivered: exchange refused (code -3); is ethmgr running?\n", 3},
-            {"vorcfg ip set-ip-address 3 192.168.1.10 255.255.255.0 1",
-             "vorcfg: ip set-ip-address: interface_number: 3 is out of range, 0 to 2 is accepted\n", 2},
-            {"vorcfg common ip-aton 1.2.3", "common ip-aton: not taken by the call (code -1)\n", 2},
+           {{"vorcfg common ip-aton 1.2.3", "common ip-aton: not taken by the call (code -1)\n", 2},
             {"vorcfg batch nowhere", "vorcfg: cannot read nowhere: No such file or directory\n", 8},
             {"vorcfg batch bin", "vorcfg: cannot read bin: Is a directory\n", 8},
             {"vorcfg batch - < bin", "vorcfg: cannot read standard input: Is a directory\n", 8},
@@ -354,21 +347,30 @@ TEST(process, outcomes_have_their_exit_codes)
              3},
             {"vorcfg --dry-run batch f | tail -n 1", "f: 0 accepted, 0 sent, 3 shown only (dry run), 0 failed\n", 0}});
     processes::Gateway gateway(workplace, {});
-    expect(
-        workplace,
-        {{"vorcfg ip set-ip-address 0 192.168.1.10 255.255.255.0 1", "ip set-ip-address: accepted by ethmgr\n", 0},
-         {"vorcfg serial set-parity 1 0",
-          "serial set-parity: delivered to serialmgr, verdict unread by this call (its answer carried status 0)\n", 5},
-         {"vorcfg common system-restart 0", "vorcfg: common system-restart: is made only with --yes\n", 2},
-         {"vorcfg syslog get-sysloginfo", "syslog get-sysloginfo: nothing to do: this call does nothing\n", 0},
-         {"printf 'ip set-dhcp 0 1\\nserial set-parity 1 0\\nip set-dhcp 0 300\\ngpio set-value 2 1\\n' > f; "
-          "vorcfg --json batch f",
-          "{\"schema\":2,\"file\":\"f\",\"line\":3,\"column\":15,\"call\":\"ip "
-          "set-dhcp\",\"argument\":\"config_option\",\"complaint\":\"300 is out of range, 0 to 255 is "
-          "accepted\",\"exit\":2}\n",
-          2},
-         {"printf 'ip set-dhcp 0 1\\n  common system-restart 0\\n' > f; vorcfg batch f",
-          "f:2:10: is made only with --yes\n", 2}});
+    expect(workplace,
+           {{"vorcfg common system-restart 0", "vorcfg: common system-restart: is made only with --yes\n", 2},
+            {"printf 'ip set-dhcp 0 1\\nserial set-parity 1 0\\nip set-dhcp 0 300\\ngpio set-value 2 1\\n' > f; "
+             "vorcfg --json batch f",
+             "{\"schema\":2,\"file\":\"f\",\"line\":3,\"column\":15,\"call\":\"ip "
+             "set-dhcp\",\"argument\":\"config_option\",\"complaint\":\"300 is out of range, 0 to 255 is "
+             "accepted\",\"exit\":2}\n",
+             2},
+            {"printf 'ip set-dhcp 0 1\\n  common system-restart 0\\n' > f; vorcfg batch f",
+             "f:2:10: is made only with --yes\n", 2}});
+}
+
+TEST(process, files_without_end_are_refused)
+{
+    expect(processes::Workplace(),
+           {{"ulimit -v 400000; vorcfg batch /dev/zero", "vorcfg: /dev/zero: line 1 has more than 65536 bytes\n", 2},
+            {"ulimit -v 400000; vorcfg < /dev/zero", "vorcfg: a line of more than 65536 bytes\n", 2},
+            {"yes | vorcfg check -", "vorcfg: standard input has more than 64 MiB\n", 2},
+            {"vorcfg gsm set-password 1 @/dev/zero 1",
+             "vorcfg: gsm set-password: password: /dev/zero: line 1 has more than 65536 bytes\n", 2},
+            {"printf 'gpio set-value 1 ${x}\\r\\n' > f; vorcfg plan f --set x=1 --journal /dev/null",
+             "vorcfg: /dev/null: is no file\n", 12},
+            {"printf '\\357\\273\\277x=1\\r\\n' > v; vorcfg check f --vars v", "f: 1 call, nothing to complain about\n",
+             0}});
 }
 
 TEST(process, names_are_suggested)
@@ -382,6 +384,8 @@ TEST(process, names_are_suggested)
             {"vorcfg gpio vale 1 1", "vorcfg: gpio has no call \"vale\"; is it set-value?\n", 2},
             {"vorcfg gpio blink", "vorcfg: gpio has no call \"blink\"; vorcfg gpio --help lists them\n", 2},
             {"vorcfg --drry-run", "vorcfg: unknown option --drry-run; is it --dry-run?\n", 2},
+            {"vorcfg gpio set-value 5 1 --confirm 60", "vorcfg: --confirm is for apply, not for a call\n", 2},
+            {"vorcfg batch f --from 3", "vorcfg: --from is for plan, apply, not for batch\n", 2},
             {"vorcfg -x", "vorcfg: unknown option -x; put -- before a text that begins with two dashes\n", 2},
             {"vorcfg search nothing-such", "vorcfg: nothing is known of \"nothing-such\"\n", 2}});
 }
@@ -391,16 +395,7 @@ TEST(process, secrets_come_from_files_and_standard_input_only)
     const processes::Workplace workplace;
     processes::Gateway gateway(workplace, {"--strict"});
     expect(workplace,
-           {{"vorcfg gsm set-password 1 hush 1",
-             "vorcfg: gsm set-password: password: a secret is not taken from the command line, where others can read "
-             "it; give @FILE, - for a line of standard input, or '?' for a prompt\n",
-             2},
-            {"echo hush | vorcfg --trace gsm set-password 1 - 1",
-             "> gsmmgr (SAP 12) 0xc00a | 1 i16 1 | 3 str ******** | 8 i16 1\n"
-             "< 0xc00a status 0\n"
-             "gsm set-password: accepted by gsmmgr\n",
-             0},
-            {"vorcfg konfd query --set --line interface wlan0 --pattern interface wlan0 >bin/made; "
+           {{"vorcfg konfd query --set --line interface wlan0 --pattern interface wlan0 >bin/made; "
              "echo hush > secret; vorcfg --trace wifi set-ssid-password Tower17 --password-file secret",
              "> konfd | 50 bytes | -s -l \"ssid Tower17\" -r \"^ssid \" \"interface wlan0\"\n"
              "> konfd | 70 bytes | -s -l \"password ********\" -r \"^password \" \"interface wlan0\" \"ssid Tower17\"\n"
@@ -414,19 +409,16 @@ TEST(process, secrets_come_from_files_and_standard_input_only)
             {"printf 'one\\ntwo\\n' | vorcfg snmp set-v2-server-community-name - 1 1",
              "snmp set-v2-server-community-name: sent to snmpmgr one-way, no verdict will come\n", 0},
             {"vorcfg gsm set-password 1 @nowhere 1",
-             "vorcfg: gsm set-password: password: cannot read nowhere: No such file or directory\n", 8}});
+             "vorcfg: gsm set-password: password: cannot read nowhere: No such file or directory\n", 8},
+            {": > secret; vorcfg gsm set-password 1 @secret 1",
+             "vorcfg: gsm set-password: password: secret has no secret; an empty one is \"\" in a batch file\n", 8},
+            {"printf '\\357\\273\\277hush' > secret; vorcfg gsm set-password 1 @secret 1",
+             "vorcfg: gsm set-password: password: secret begins with a byte order mark; save it as plain text\n", 8},
+            {"printf 'hush\\r\\n' | vorcfg gsm set-password 1 - 1",
+             "vorcfg: gsm set-password: password: standard input ends with a carriage return; save it with lines that "
+             "end as here\n",
+             8}});
     EXPECT_EQ(0, gateway.stop(SIGTERM));
-}
-
-TEST(process, a_manager_that_stops_leaves_its_call_unknown)
-{
-    const processes::Workplace workplace;
-    processes::Gateway gateway(workplace, {});
-    gateway.suspend();
-    expect(workplace,
-           {{"VORINFRA_TIMEOUT_MS=200 vorcfg ip set-dhcp 0 1",
-             "ip set-dhcp: unknown: no answer from ethmgr in time, it may or may not have been done (code -3)\n", 6}});
-    gateway.resume();
 }
 
 TEST(process, shells_run_side_by_side)

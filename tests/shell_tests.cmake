@@ -18,7 +18,7 @@ if(TARGET manual)
 endif()
 
 # Its journal, over both tools as processes.
-vor_test(site_test SOURCES site_test.cpp LIBRARIES vor_text)
+vor_test(site_test AGAINST_THE_CLOCK SOURCES site_test.cpp LIBRARIES vor_text)
 add_dependencies(site_test vorcfg vorsim)
 
 # What the library sends, as vorsim shows it.

@@ -1,7 +1,6 @@
 // What was tried against vorsim: it stays small, and an honest client is served.
 #include <algorithm>
 #include <csignal>
-#include <cstring>
 #include <fcntl.h>
 #include <fstream>
 #include <sstream>
@@ -13,14 +12,12 @@
 #include <nlohmann/json.hpp>
 
 #include "gateway/gateway.hpp"
+#include "gateway_fixture.hpp"
 #include "konfd/konfd.hpp"
-#include "platform_fixture.hpp"
-#include "process/unix_socket.hpp"
 
 namespace {
 
 using processes::Gateway;
-using processes::Workplace;
 
 #if defined(__SANITIZE_ADDRESS__)
 constexpr long most_growth_kb = 400'000; // what is freed is kept by the sanitizer
@@ -28,14 +25,9 @@ constexpr long most_growth_kb = 400'000; // what is freed is kept by the sanitiz
 constexpr long most_growth_kb = 60'000;
 #endif
 
-class Attack : public testing::Test {
+class Attack : public GatewayTest {
 protected:
-    Attack() { place.enter(); }
-
-    std::string in_place(const std::string& name) const { return (place.path() / name).string(); }
-    vorsim::Descriptor konfd() const { return vorsim::connect_to(in_place("root/tmp/konfd.socket")); }
-
-    Workplace place;
+    Attack() { setenv("VORINFRA_TIMEOUT_MS", "30000", 1); } // waits are counted in answers
 };
 
 // The most memory that the process ever had, in kilobytes.
@@ -66,40 +58,14 @@ long ticks_of(pid_t pid)
     return user + system;
 }
 
-bool send_all(int descriptor, const std::string& bytes)
-{
-    return send(descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
-}
-
-// A line, or what came before the connection's end.
-std::string line_from(int descriptor)
-{
-    std::string line;
-    char byte = 0;
-    pollfd waiting{descriptor, POLLIN, 0};
-    while (poll(&waiting, 1, 30'000) == 1 && recv(descriptor, &byte, 1, 0) == 1) {
-        line += byte;
-        if (byte == '\n') {
-            break;
-        }
-    }
-    return line;
-}
-
-int ask(VOR_IPC_HANDLE* front_end)
-{
-    Message request;
-    Message response;
-    return vor_ipc_request_response(front_end, 2, 0x2021, &request.ref, &response.ref, 0, 0);
-}
-
 // Texts of konfd that cost the old engine gigabytes or half a minute each.
 std::vector<std::string> hostile_texts()
 {
     std::vector<std::string> texts;
-    for (const char* pattern : {"(\\ba?\\b){60}z", "(\\ba?\\b){150}z", "((a{99}){99}){99}", "(((a{0}){99}){99}){99}",
-                                "((((a*)*)*)*)*b", "(a|b|ab)*(a|b|ab)*(a|b|ab)*c"}) {
-        texts.push_back(std::string("-c -r \"") + pattern + "\"");
+    for (const std::string& pattern : std::initializer_list<std::string>{
+             "(\\ba?\\b){60}z", "(\\ba?\\b){150}z", "((a{99}){99}){99}", "(((a{0}){99}){99}){99}", "((((a*)*)*)*)*b",
+             "(a|b|ab)*(a|b|ab)*(a|b|ab)*c", "(a*)\\1", std::string(60, '(') + "a" + std::string(60, ')')}) {
+        texts.push_back("-c -r \"" + pattern + "\"");
     }
     std::string patterns;
     for (int pattern = 0; pattern < 60; ++pattern) {
@@ -139,24 +105,24 @@ TEST_F(Attack, by_texts_and_unread_answers_grows_nothing)
 {
     Gateway gateway(place, {"--lenient-konfd"});
     const long before = peak_of(gateway.pid());
-    const vorsim::Descriptor honest = konfd();
+    const Stream honest(konfd_path);
     for (int line = 0; line < 500; ++line) {
-        send_all(honest.get(), "-s -l \"" + std::string(900, 'a') + std::to_string(line) + "\" \"a\"\n");
-        ASSERT_EQ("-o\n", line_from(honest.get()));
+        honest.send("-s -l \"" + std::string(900, 'a') + std::to_string(line) + "\" \"a\"\n");
+        ASSERT_EQ("-o\n", honest.line());
     }
-    std::vector<vorsim::Descriptor> attackers;
+    std::vector<Stream> attackers;
     for (int attacker = 0; attacker < 20; ++attacker) {
-        attackers.push_back(konfd());
+        attackers.emplace_back(konfd_path);
         for (const std::string& text : hostile_texts()) {
-            send_all(attackers.back().get(), text + "\n");
+            attackers.back().send(text + "\n");
         }
-        send_all(attackers.back().get(), "-d\n-d\n-d\n-d\n"); // half a megabyte each, never read
+        attackers.back().send("-d\n-d\n-d\n-d\n"); // half a megabyte each, never read
     }
     const Bound front_end(client_sap);
     for (int question = 0; question < 20; ++question) {
         EXPECT_EQ(0, ask(front_end));
-        send_all(honest.get(), "-c -l \"a\"\n");
-        EXPECT_EQ("-o\n", line_from(honest.get()));
+        honest.send("-c -l \"a\"\n");
+        EXPECT_EQ("-o\n", honest.line());
     }
     EXPECT_LT(peak_of(gateway.pid()) - before, most_growth_kb);
     EXPECT_EQ(0, gateway.stop(SIGTERM));
@@ -197,13 +163,13 @@ std::size_t longest_wait(const std::string& journal, unsigned source)
 
 TEST_F(Attack, by_six_floods_lets_an_honest_client_wait_for_few_answers)
 {
-    Gateway gateway(place, {"--journal", in_place("journal")});
+    Gateway gateway(place, {"--journal", "journal"});
     std::vector<pid_t> floods;
     for (vor_uint16 flood = 0; flood < 6; ++flood) {
         const pid_t child = fork();
         if (child == 0) {
             const Bound busy(static_cast<vor_uint16>(210 + flood));
-            const vorsim::Descriptor talker = konfd();
+            const Stream talker(konfd_path);
             std::string texts;
             for (int text = 0; text < 300; ++text) {
                 texts += "-d\"x\"\n";
@@ -234,7 +200,7 @@ TEST_F(Attack, by_six_floods_lets_an_honest_client_wait_for_few_answers)
         EXPECT_EQ(0, place.run("vorsim quit").exit_code);
         reader.join();
     }
-    EXPECT_LE(longest_wait(processes::contents(in_place("journal")), client_sap), 8U);
+    EXPECT_LE(longest_wait(held("journal"), client_sap), 8U);
 }
 
 TEST_F(Attack, by_output_that_nobody_reads_stops_nothing)
@@ -257,50 +223,43 @@ TEST_F(Attack, by_output_that_nobody_reads_stops_nothing)
 TEST_F(Attack, by_idle_clients_leaves_room_for_others)
 {
     const Gateway gateway(place, {});
-    std::vector<vorsim::Descriptor> idle;
-    for (int client = 0; client < 64; ++client) {
-        idle.push_back(konfd());
-        ASSERT_GE(idle.back().get(), 0);
+    std::vector<Stream> idle;
+    for (int client = 0; client < 80; ++client) {
+        idle.emplace_back(client < 64 ? konfd_path : in_place("run/vorsim.control"));
     }
-    for (int client = 0; client < 16; ++client) {
-        idle.push_back(vorsim::connect_to(in_place("run/vorsim.control")));
-    }
-    const vorsim::Descriptor honest = konfd();
-    send_all(honest.get(), "-d\n");
-    EXPECT_EQ("-o\n", line_from(honest.get()));
+    const Stream honest(konfd_path);
+    honest.send("-d\n");
+    EXPECT_EQ("-o\n", honest.line());
     EXPECT_EQ(0, place.run("vorsim show").exit_code);
 }
 
 TEST_F(Attack, by_taking_all_descriptors_makes_it_wait_without_spinning)
 {
-    std::filesystem::rename(in_place("bin/vorsim"), in_place("bin/all"));
+    fs::rename(in_place("bin/vorsim"), in_place("bin/all"));
     std::ofstream(in_place("bin/vorsim")) << "#!/bin/sh\nulimit -n 56\nexec all \"$@\"\n";
-    std::filesystem::permissions(in_place("bin/vorsim"), std::filesystem::perms::owner_all);
-    Gateway gateway(place, {"--state", in_place("state")});
-    const vorsim::Descriptor watcher = vorsim::connect_to(in_place("run/vorsim.control"));
-    send_all(watcher.get(), "{\"do\":\"watch\"}\n");
-    EXPECT_EQ("+\n", line_from(watcher.get()));
+    fs::permissions(in_place("bin/vorsim"), fs::perms::owner_all);
+    Gateway gateway(place, {"--state", "state"});
+    const Stream watcher(in_place("run/vorsim.control"));
+    watcher.send("{\"do\":\"watch\"}\n");
+    EXPECT_EQ("+\n", watcher.line());
     const Bound front_end(client_sap);
     std::vector<vorsim::Descriptor> many;
     for (int client = 0; client < 60; ++client) { // until its descriptors are gone, and some more
         vorsim::Descriptor one(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-        sockaddr_un to{};
-        to.sun_family = AF_UNIX;
-        in_place("root/tmp/konfd.socket").copy(to.sun_path, sizeof to.sun_path - 1);
-        connect(one.get(), reinterpret_cast<sockaddr*>(&to), sizeof to);
+        const sockaddr_un to = address_of(konfd_path);
+        connect(one.get(), reinterpret_cast<const sockaddr*>(&to), sizeof to);
         many.push_back(std::move(one));
         EXPECT_EQ(0, ask(front_end));
     }
     const long before = ticks_of(gateway.pid());
     // The last one outside is let in when the first has been idle long enough: a wait of seconds.
-    const vorsim::Descriptor last = konfd();
-    send_all(last.get(), "-d\n");
-    EXPECT_EQ("-o\n", line_from(last.get()));
+    const Stream last(konfd_path);
+    last.send("-d\n");
+    EXPECT_EQ("-o\n", last.line());
     EXPECT_LT(ticks_of(gateway.pid()) - before, sysconf(_SC_CLK_TCK) / 2);
     EXPECT_EQ(0, ask(front_end));
     EXPECT_EQ(0, gateway.stop(SIGTERM));
-    EXPECT_TRUE(contains(processes::contents(in_place("state")), "\"messages\": 61"))
-        << "its file is written nevertheless";
+    EXPECT_TRUE(contains(held("state"), "\"messages\": 61")) << "its file is written nevertheless";
 }
 
 TEST(attack, by_many_objects_ends_in_complaints)
@@ -349,7 +308,7 @@ TEST_F(Attack, on_its_start_can_be_stopped)
     ASSERT_EQ(0, flock(directory.get(), LOCK_EX)); // every SAP's binding waits for it
     const auto stopped = place.run("vorsim >said 2>&1 & until [ -e run/vorsim.control ]; do :; done; kill $!; wait $!");
     EXPECT_EQ(1, stopped.exit_code);
-    EXPECT_TRUE(contains(processes::contents(in_place("said")), "did not come to an end in time"));
+    EXPECT_TRUE(contains(held("said"), "did not come to an end in time"));
 }
 
 } // namespace

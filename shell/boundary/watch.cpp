@@ -58,11 +58,11 @@ void take_size(Message& message, const Chain& chain, std::optional<std::size_t>&
     if (!room) {
         room = room_of_platform();
     }
-    message.size = chain.size + (message.option || message.flag ? 1 : 0);
+    const std::size_t size = chain.size + (message.option || message.flag ? 1 : 0);
     if (chain.elements.size() > TLV_CHAIN_CAPACITY) {
         message.unfit = Unfit::elements;
         message.room = TLV_CHAIN_CAPACITY;
-    } else if (chain.refused || (*room != 0 && message.size > *room)) {
+    } else if (chain.refused || (*room != 0 && size > *room)) {
         message.unfit = Unfit::bytes;
         message.room = *room;
     }

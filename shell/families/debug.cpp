@@ -5,13 +5,18 @@ namespace vorcfg {
 namespace {
 
 constexpr Choice switches[] = {{"off", 0}, {"on", 1}};
-constexpr Choice levels[] = {{"error"}, {"warning"}, {"info"}, {"all"}, {"ipc"}};
+constexpr Choice levels[] = {{"error"}, {"warning"}, {"info"}, {"all"}, {"ipc", 0, true}};
 constexpr Choice tasks[] = {
     {"sysmgr"},    {"platmgr"}, {"restmgr"}, {"gpiomgr"}, {"adcmgr"},    {"blemgr"},    {"ethmgr"},
     {"svcmgr"},    {"datamgr"}, {"appmgr"},  {"mqttmgr"}, {"serialmgr"}, {"sensormgr"}, {"sub1gmgr"},
     {"modbusmgr"}, {"canmgr"},  {"ntpmgr"},  {"snmpmgr"}, {"all"},
 };
 constexpr Choice log_options[] = {{"server", 1}, {"file-name", 2}, {"frequency", 3}};
+
+consteval Argument sent_for(const Choice& option, Argument argument)
+{
+    return argument.only_where("set_option", option);
+}
 
 } // namespace
 
@@ -22,9 +27,12 @@ FAMILY(debug,
                                     "1 ethmgr info"),
        call<vor_cfg_set_log_file>("set-log-file",
                                   {number("set_option").between(1, 3).choices_of(log_options).object(),
-                                   text("name").at_most(49).object(), text("log_file_name").at_most(49),
-                                   text("ip_address").at_most(49), text("user_name").at_most(49),
-                                   text("password").secret().at_most(49), "upload_frequency"},
+                                   text("name").at_most(49).object(),
+                                   sent_for(log_options[1], text("log_file_name").at_most(49)),
+                                   sent_for(log_options[0], text("ip_address").at_most(49)),
+                                   sent_for(log_options[0], text("user_name").at_most(49)),
+                                   sent_for(log_options[0], text("password").secret().at_most(49)),
+                                   sent_for(log_options[2], "upload_frequency")},
                                   "1 site-log \"\" 192.168.1.5 tower17 - 0"))
 
 } // namespace vorcfg

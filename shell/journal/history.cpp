@@ -22,7 +22,10 @@ Said said_in(const Json& record)
     if (row == nullptr) {
         throw Complaint{fmt::format("no call \"{}\" is known", call)};
     }
-    return {row, vor::dump(record.at("arguments")), record.contains("secret")};
+    if (!record.at("arguments").is_object()) {
+        throw Complaint{"its arguments have no names"};
+    }
+    return said(*row, record["arguments"], record.contains("secret"));
 }
 
 } // namespace
@@ -35,9 +38,17 @@ bool can_be_taken_back(const Said& said, const Entry* before)
 
 namespace {
 
-std::optional<std::uint64_t> number_in(const Json& record, const char* name)
+// The number of a call that began before.
+std::optional<std::uint64_t> number_in(const Json& record, const char* name, std::uint64_t own)
 {
-    return record.contains(name) ? std::optional(record[name].get<std::uint64_t>()) : std::nullopt;
+    if (!record.contains(name)) {
+        return {};
+    }
+    const auto number = record[name].get<std::uint64_t>();
+    if (number == 0 || number >= own) {
+        throw Complaint{fmt::format("call {} has not begun", number)};
+    }
+    return number;
 }
 
 // The other calls of the family that undo this one, or are undone by it.
@@ -64,8 +75,8 @@ void History::begin(const Json& record)
     entry.file = record.value("file", "");
     entry.line = record.value("line", static_cast<std::size_t>(0));
     entry.begun = record.at("at").get<std::string>();
-    entry.replaces = number_in(record, "replaces");
-    entry.takes_back = number_in(record, "takes_back");
+    entry.replaces = number_in(record, "replaces", entry.number);
+    entry.takes_back = number_in(record, "takes_back", entry.number);
     note(entries_.emplace_back(std::move(entry)));
 }
 
@@ -88,7 +99,6 @@ void History::end(const Json& record)
 void History::note(const Entry& entry)
 {
     Known& known = known_[subject_of(entry.said)];
-    known.touched = entry.number;
     if (entry.done.value_or(true) == false) {
         const auto forget = [&](Known& each) { each.open = each.open == &entry ? nullptr : each.open; };
         forget(known);

@@ -34,7 +34,6 @@ struct Known {
     const Entry* standing = nullptr; // done last, and not undone since
     const Entry* open = nullptr;     // begun since, with no verdict that says whether it was done
     const Entry* last_done = nullptr;
-    std::uint64_t touched = 0; // the number of the last entry
 };
 
 // A confirmed apply that is neither confirmed nor taken back.

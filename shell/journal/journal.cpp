@@ -65,11 +65,21 @@ void Journal::close()
     }
 }
 
+// Neither a device, whose rights would be changed, nor a pipe, which would never end.
+bool Journal::open_file(int flags)
+{
+    descriptor_ = ::open(path_.c_str(), flags | O_NONBLOCK | O_CLOEXEC, 0600);
+    struct stat found {};
+    if (descriptor_ >= 0 && fstat(descriptor_, &found) == 0 && !S_ISREG(found.st_mode)) {
+        complain(path_, "is no file");
+    }
+    return descriptor_ >= 0;
+}
+
 Journal Journal::read(const std::string& path)
 {
     Journal journal(path);
-    journal.descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (journal.descriptor_ >= 0) {
+    if (journal.open_file(O_RDONLY)) {
         journal.load(false);
     } else if (errno != ENOENT) {
         complain(path, std::strerror(errno));
@@ -89,8 +99,7 @@ Journal Journal::reopen(const std::string& path)
 Journal Journal::open(const std::string& path, const std::string& gateway)
 {
     Journal journal(path);
-    journal.descriptor_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-    if (journal.descriptor_ < 0) {
+    if (!journal.open_file(O_RDWR | O_CREAT | O_APPEND)) {
         complain(path, std::strerror(errno));
     }
     if (flock(journal.descriptor_, LOCK_EX | LOCK_NB) != 0) {
@@ -101,9 +110,7 @@ Journal Journal::open(const std::string& path, const std::string& gateway)
     }
     journal.load(true);
     const std::string& known = journal.history_.gateway();
-    if (!gateway.empty() && !known.empty() && known != gateway) {
-        complain(path, fmt::format("is of gateway {}, not of {}", vor::quoted(known), vor::quoted(gateway)));
-    }
+    journal.check_gateway(gateway);
     if (journal.size_ == 0) {
         journal.append({{"vorcfg_journal", version}, {"gateway", gateway}, {"at", stamp(now())}}, true);
         sync_directory(path);
@@ -113,12 +120,20 @@ Journal Journal::open(const std::string& path, const std::string& gateway)
     return journal;
 }
 
+void Journal::check_gateway(const std::string& wanted) const
+{
+    const std::string& known = history_.gateway();
+    if (!wanted.empty() && !known.empty() && known != wanted) {
+        complain(path_, fmt::format("is of gateway {}, not of {}", vor::quoted(known), vor::quoted(wanted)));
+    }
+}
+
 // Every line ends; one that does not was torn by what ended the process or the
 // machine, before anything that it announces was sent.
 void Journal::load(bool repair)
 {
     const int copy = dup(descriptor_);
-    const std::string text = content_of(copy < 0 ? nullptr : fdopen(copy, "r"), path_);
+    const std::string text = content_of(copy < 0 ? nullptr : fdopen(copy, "r"), path_, unbounded);
     std::size_t number = 0;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = text.find('\n', at);

@@ -26,6 +26,8 @@ public:
     Journal& operator=(const Journal&) = delete;
     ~Journal();
 
+    void check_gateway(const std::string& wanted) const; // no name: any
+
     const History& history() const { return history_; }
     const std::string& path() const { return path_; }
 
@@ -42,10 +44,10 @@ public:
 
 private:
     explicit Journal(std::string path) : path_(std::move(path)) {}
+    bool open_file(int flags);
     void load(bool repair);
     void take(std::string_view line, std::size_t number);
     void append(const vor::Json& record, bool synced);
-    void write_header();
 
     std::string path_;
     int descriptor_ = -1;

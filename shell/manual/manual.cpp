@@ -64,7 +64,7 @@ std::string tool_manual()
     page.paragraph("The options stand anywhere before a --, which ends them.").begin_list();
     for (const OptionRow& row : option_rows()) {
         page.item(fmt::format("{}{}{}", row.name, row.value.empty() ? "" : " ", row.value),
-                  fmt::format("{}.", row.about));
+                  fmt::format("{}{}{}.", row.about, row.commands.empty() ? "" : "; for ", row.commands));
     }
     page.end_list().paragraph("The families, each with a page of its own:").begin_list();
     for (const Family* const family : families()) {
@@ -95,7 +95,8 @@ std::string batch_manual()
     const auto command = std::ranges::find(commands(), "batch", &Command::name);
     Mdoc page("vorcfg-batch", 5, "files of calls for vorcfg");
     page.section("description").paragraph(command->more);
-    page.paragraph(about_words).paragraph(about_batch_secrets);
+    page.paragraph(about_batch_words).paragraph(about_variables);
+    page.paragraph(about_words).paragraph(about_batch_secrets).paragraph(about_bytes);
     page.section("examples").literal(batch_example());
     page.see_also({{"vorcfg", 1}});
     return page.take();

@@ -38,7 +38,6 @@ struct Message {
     std::size_t counted = 0; // the bytes sent of it
 
     Unfit unfit = Unfit::no; // what the platform's messages have no room for
-    std::size_t size = 0;    // of a captured chain
     std::size_t room = 0;    // then: how much fits
     bool delivered = false;
     bool timed_out = false;
@@ -60,7 +59,7 @@ std::string described(const Message& message, const Row& row, std::span<const Va
 // A konfd command, or what the library prints of one, with the secrets in it masked.
 std::string without_secrets(std::string_view text, std::span<const Value> values);
 
-// "4101 bytes, and a message holds 4096"
+// "5000 bytes of text, and a message holds 4096 with what stands around them"
 std::string unfit_text(const Message& message);
 
 } // namespace vorcfg

@@ -148,8 +148,11 @@ std::string unfit_text(const Message& message)
     if (message.unfit == Unfit::elements) {
         return fmt::format("{} elements, and a message holds {}", message.elements.size(), message.room);
     }
-    return message.size == 0 ? fmt::format("a message holds {} bytes", message.room)
-                             : fmt::format("{} bytes, and a message holds {}", message.size, message.room);
+    std::size_t bytes = 0;
+    for (const Element& element : message.elements) {
+        bytes += element.bytes.size();
+    }
+    return fmt::format("{} bytes of text, and a message holds {} with what stands around them", bytes, message.room);
 }
 
 std::string described(const Message& message, const Row& row, std::span<const Value> values)

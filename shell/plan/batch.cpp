@@ -21,9 +21,6 @@ Batch Batch::of(const std::string& path, Variables variables)
 Batch::Batch(std::string text, std::string name, SecretSources sources, Variables variables)
     : text_(std::move(text)), name_(std::move(name)), secrets_(std::move(sources)), variables_(std::move(variables))
 {
-    if (text_.starts_with("\xef\xbb\xbf")) { // a byte order mark
-        text_.erase(0, 3);
-    }
 }
 
 void Batch::rewind(std::function<bool(std::size_t)> wanted)

@@ -123,7 +123,30 @@ Value Reading::value(const Argument& argument, std::size_t index)
     return value;
 }
 
+bool Reading::is_sent(const Argument& argument) const
+{
+    const auto decides = [&](const Argument& other) { return other.name == argument.decided_by; };
+    const auto other = std::ranges::find_if(row.arguments(), decides);
+    return other == row.arguments().end() ||
+           values[static_cast<std::size_t>(other - row.arguments().begin())].number == argument.decided_at.number;
+}
+
 namespace {
+
+// Of an argument that does not go out; one that is asked for need not be.
+Value unsent_value(const Reading& reading, const Argument& argument, std::size_t index)
+{
+    const Word& word = reading.words[index];
+    const std::string_view nothing = argument.is_number() ? "0" : "";
+    if (word.text != nothing && !word.left_out && !(argument.is_secret && word.text == "?")) {
+        reading.complain(fmt::format("is sent only where {} is {}; {} stands for it here", argument.decided_by,
+                                     argument.decided_at.name, argument.is_number() ? "0" : "\"\""),
+                         index, argument.name);
+    }
+    Value value;
+    value.given = false;
+    return value;
+}
 
 // "name [member...]"
 std::string wanted(const Row& row)
@@ -150,10 +173,11 @@ void read_words(Reading& reading)
             Value& value = reading.values.emplace_back();
             value.text.resize(argument.kind == Kind::untouched ? result_room : 0);
             count = argument.is_count ? &value : count;
-        } else if (next >= reading.words.size()) {
+        } else if (next >= reading.words.size() || (reading.words[next].left_out && reading.is_sent(argument))) {
             reading.complain(fmt::format("is missing; wanted: {}", wanted(reading.row)), next, argument.name);
         } else {
-            reading.values.push_back(reading.value(argument, next));
+            reading.values.push_back(reading.is_sent(argument) ? reading.value(argument, next)
+                                                               : unsent_value(reading, argument, next));
             next++;
         }
     }

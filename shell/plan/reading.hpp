@@ -27,6 +27,8 @@ struct Reading {
 
     // The value of an argument whose word stands at the index. Throws a Complaint that names it.
     Value value(const Argument& argument, std::size_t index);
+    // Whether it goes out, as an argument before it decides.
+    bool is_sent(const Argument& argument) const;
 
     std::size_t index_of(std::size_t index) const; // of a word in its line
     [[noreturn]] void complain(std::string text, std::size_t index, std::string_view argument = {}) const;

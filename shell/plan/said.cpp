@@ -1,6 +1,7 @@
 #include "plan/said.hpp"
 
 #include <algorithm>
+#include <charconv>
 
 #include <fmt/format.h>
 
@@ -34,9 +35,13 @@ std::string text_in(const Json& json)
         return json.get<std::string>();
     }
     std::string text;
-    const std::string digits = json.at("bytes").get<std::string>();
-    for (std::size_t i = 0; i < digits.size(); i += 3) {
-        text += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+    const auto digits = json.at("bytes").get<std::string>();
+    for (const char* at = digits.data(); at < digits.data() + digits.size(); at += 3) {
+        unsigned char byte = 0;
+        if (std::from_chars(at, at + 2, byte, 16).ptr != at + 2) {
+            throw Complaint{fmt::format("{} are no bytes", vor::quoted(digits))};
+        }
+        text += static_cast<char>(byte);
     }
     return text;
 }
@@ -61,18 +66,6 @@ Value value_in(const Argument& argument, const Json& json)
     return value;
 }
 
-std::string objects_of(const Said& said)
-{
-    const Json arguments = Json::parse(said.arguments);
-    Json objects = Json::array();
-    for (const Argument& argument : said.row->arguments()) {
-        if (argument.is_object && arguments.contains(argument.name)) {
-            objects.push_back(arguments[argument.name]);
-        }
-    }
-    return vor::dump(objects);
-}
-
 } // namespace
 
 Json values_json(const Planned& planned, bool masked)
@@ -80,7 +73,7 @@ Json values_json(const Planned& planned, bool masked)
     Json values = Json::object();
     const auto arguments = planned.row->arguments();
     const auto add = [&](Json& to, const Argument& argument, const Value& value) {
-        if (masked || !value.secret) {
+        if (masked || (!value.secret && argument.is_sent)) {
             to.push_back(value_json(argument, value, masked));
         }
     };
@@ -104,11 +97,22 @@ Json values_json(const Planned& planned, bool masked)
 
 Said said(const Planned& planned)
 {
-    return {planned.row, vor::dump(values_json(planned, false)), std::ranges::any_of(planned.values, &Value::secret)};
+    return said(*planned.row, values_json(planned, false), std::ranges::any_of(planned.values, &Value::secret));
+}
+
+Said said(const Row& row, const Json& arguments, bool secret)
+{
+    Json objects = Json::array();
+    for (const Argument& argument : row.arguments()) {
+        if (argument.is_object && arguments.contains(argument.name)) {
+            objects.push_back(arguments[argument.name]);
+        }
+    }
+    return {&row, vor::dump(arguments), vor::dump(objects), secret};
 }
 
 Planned planned(const Said& said)
-{
+try {
     const Json arguments = Json::parse(said.arguments);
     Planned again{said.row, {}, {}};
     for (const Argument& argument : said.row->arguments()) {
@@ -121,18 +125,20 @@ Planned planned(const Said& said)
             again.values.emplace_back().text.resize(argument.kind == Kind::untouched ? result_room : 0);
         } else if (value != arguments.end()) {
             again.values.push_back(value_in(argument, *value));
-        } else if (argument.is_optional) {
+        } else if (argument.is_optional || !argument.decided_by.empty() || !argument.is_sent) {
             again.values.emplace_back().given = false;
         } else {
             throw Complaint{fmt::format("{} is missing", argument.name)};
         }
     }
     return again;
+} catch (const Json::exception&) {
+    throw Complaint{fmt::format("{} are no arguments of {}", said.arguments, said.row->full_name())};
 }
 
 std::string subject_of(const Said& said, const Row& other)
 {
-    return fmt::format("{} {}", other.full_name(), objects_of(said));
+    return fmt::format("{} {}", other.full_name(), said.objects);
 }
 
 std::string subject_of(const Said& said)
@@ -148,27 +154,30 @@ bool changes_nothing(const Planned& planned)
     }
     const auto arguments = row.arguments();
     for (std::size_t i = 0; i < arguments.size() && i < planned.values.size(); i++) {
-        const auto asks = [&](const Choice& choice) {
-            return choice.asks && choice.number == planned.values[i].number;
+        const auto is_idle = [&](const Choice& choice) {
+            return choice.idle && (arguments[i].is_number() ? choice.number == planned.values[i].number
+                                                            : choice.name == planned.values[i].text);
         };
-        if (arguments[i].is_result() || (planned.values[i].given && std::ranges::any_of(arguments[i].choices, asks))) {
+        if (arguments[i].is_result() ||
+            (planned.values[i].given && std::ranges::any_of(arguments[i].choices, is_idle))) {
             return true;
         }
     }
     return false;
 }
 
-std::string shown(const Json& value)
+std::string shown(const Argument& argument, const Json& value)
 {
     if (value.is_array()) {
         std::string items;
         for (const Json& item : value) {
-            items += fmt::format("{}{}", items.empty() ? "" : ", ", shown(item));
+            items += fmt::format("{}{}", items.empty() ? "" : ", ", shown(argument, item));
         }
         return fmt::format("[{}]", items);
     }
     if (!value.is_string()) {
-        return vor::dump(value);
+        const auto named = std::ranges::find(argument.choices, value.get<std::int64_t>(), &Choice::number);
+        return named != argument.choices.end() ? std::string(named->name) : vor::dump(value);
     }
     const auto& text = value.get_ref<const std::string&>();
     return text.empty() || text.find_first_of(" \t\"#") != std::string::npos ? vor::quoted(text) : vor::escaped(text);
@@ -180,7 +189,7 @@ std::string name_of(const Said& said)
     const Json arguments = Json::parse(said.arguments);
     for (const Argument& argument : said.row->arguments()) {
         if (argument.is_object && arguments.contains(argument.name)) {
-            name += ' ' + shown(arguments[argument.name]);
+            name += ' ' + shown(argument, arguments[argument.name]);
         }
     }
     return name;

@@ -1,9 +1,12 @@
 #include <cstdio>
-#include <cstdlib>
+
+#include <fmt/format.h>
 
 #include "prompt/lines.hpp"
 #include "prompt/waiting.hpp"
 #include "text/text.hpp"
+#include "words/complaint.hpp"
+#include "words/secret.hpp"
 
 namespace vorcfg {
 
@@ -12,9 +15,6 @@ namespace {
 class PlainLines : public Lines {
 public:
     explicit PlainLines(bool prompted) : prompted_(prompted) {}
-    PlainLines(const PlainLines&) = delete;
-    PlainLines& operator=(const PlainLines&) = delete;
-    ~PlainLines() override { std::free(line_); }
 
     std::optional<std::string> next() override
     {
@@ -32,20 +32,18 @@ public:
 private:
     std::optional<std::string> read()
     {
-        const ssize_t size = getline(&line_, &room_, stdin);
-        if (size < 0) {
-            return std::nullopt;
+        std::string line;
+        int byte;
+        while ((byte = std::getc(stdin)) != EOF && byte != '\n') {
+            line += static_cast<char>(byte);
+            if (line.size() > Bounds().line) {
+                throw Complaint{fmt::format("a line of more than {} bytes", Bounds().line)};
+            }
         }
-        std::string line(line_, static_cast<std::size_t>(size));
-        if (line.ends_with('\n')) {
-            line.pop_back();
-        }
-        return line;
+        return byte == EOF && line.empty() ? std::nullopt : std::optional(std::move(line));
     }
 
     const bool prompted_;
-    char* line_ = nullptr;
-    std::size_t room_ = 0;
 };
 
 } // namespace

@@ -139,6 +139,9 @@ Json json_of(const Argument& argument, const CallContract& contract)
     mark("counted", argument.is_count);
     mark("result", argument.is_result());
     mark("never_sent", !argument.is_sent);
+    if (!argument.decided_by.empty()) {
+        json["sent_only_where"] = {{argument.decided_by, argument.decided_at.number}};
+    }
     if (const auto about = contract.about(argument); !about.empty()) {
         json["about"] = about;
     }

@@ -1,5 +1,6 @@
 #include "report/making.hpp"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <unistd.h>
@@ -57,7 +58,9 @@ void Making::tell(const Planned& planned, const Report& report)
         const std::size_t made = calls_ - left_;
         progress = fmt::format("[{}/{} {:.0f}/s] ", made, calls_, static_cast<double>(made) / passed.count());
     }
+    errno = 0;
     vor::print(stdout, progress + (options_.json ? json_of(planned, report) : text_of(planned, report)));
+    output_error_ = output_error_ != 0 || std::ferror(stdout) == 0 ? output_error_ : errno;
 }
 
 bool Making::make(Planned& planned)
@@ -107,6 +110,7 @@ int Making::finish()
     }
     // whoever closed standard output is told on the other one
     vor::print(std::ferror(stdout) != 0 ? stderr : stdout, summary_(tally_, left_));
+    errno = output_error_; // for who complains of it in the end
     return std::ferror(stdout) != 0 ? exit_no_output : ended ? exit_ended : tally_.worst;
 }
 

@@ -48,6 +48,7 @@ private:
     std::size_t left_;
     Tally tally_;
     const Planned* under_way_ = nullptr;
+    int output_error_ = 0; // of standard output, an errno
     Session session_;
     Keeper keeper_;
 };

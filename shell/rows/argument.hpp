@@ -29,7 +29,7 @@ enum class Kind : std::uint8_t {
 struct Choice {
     std::string_view name;
     std::int64_t number = 0;
-    bool asks = false; // makes its call a question, which changes nothing
+    bool idle = false; // its call changes nothing on the gateway
 };
 
 struct Range {
@@ -56,6 +56,8 @@ struct Argument {
     std::uint16_t most_listed = 0;
     Range range{};                 // the numbers that reach the manager unchanged
     std::span<const Choice> choices{};
+    std::string_view decided_by{}; // an argument before it: this one is sent only where that is `decided_at`
+    Choice decided_at{};
 
     constexpr Argument() = default;
     constexpr Argument(const char* its_name, Kind its_kind = Kind::by_type) : name(its_name), kind(its_kind) {}
@@ -67,6 +69,7 @@ struct Argument {
     constexpr Argument counted() const { auto a = *this; a.is_count = true; return a; }
     constexpr Argument at_most(std::uint16_t bytes) const { auto a = *this; a.most_bytes = bytes; return a; }
     constexpr Argument between(std::int64_t least, std::int64_t most) const { auto a = *this; a.range = {least, most}; return a; }
+    constexpr Argument only_where(std::string_view other, Choice is) const { auto a = *this; a.decided_by = other; a.decided_at = is; return a; }
     template <class T> // what the call cuts it to
     constexpr Argument fits() const { auto a = *this; a.range = range_of<T>; return a; }
     constexpr Argument choices_of(std::span<const Choice> words) const { auto a = *this; a.choices = words; return a; }

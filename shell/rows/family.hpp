@@ -72,6 +72,10 @@ consteval auto call(std::string_view name, const Argument (&arguments)[size], st
     draft.row.answers_record = Bound::answers_record;
     draft.row.make = Bound::make;
     for (std::size_t i = 0; i < size; i++) {
+        const auto decides = [&](const Argument& other) { return other.name == arguments[i].decided_by; };
+        if (!arguments[i].decided_by.empty() && std::none_of(arguments, arguments + i, decides)) {
+            throw "what decides whether an argument is sent stands before it";
+        }
         draft.arguments[i] = bound(arguments[i], Bound::types[i], Bound::has_list && i + 1 == size);
     }
     return draft;

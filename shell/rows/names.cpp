@@ -98,6 +98,9 @@ std::string kind_text(const Argument& argument)
     }
     text += argument.is_secret ? "; a secret: @FILE, - or ?" : "";
     text += argument.is_sent ? "" : "; never sent";
+    text += argument.decided_by.empty()
+                ? ""
+                : fmt::format("; sent only where {} is {}", argument.decided_by, argument.decided_at.name);
     return text;
 }
 

@@ -65,7 +65,7 @@ struct Row {
     Channel channel = Channel::manager;
     unsigned marks = 0;
     bool answers_record = false;
-    std::string_view undone_by; // a call of the family about the same object, which takes this one back and the reverse
+    std::string_view undone_by; // a call of the family about the same object: the later of the two stands
     Returned (*make)(const Row& row, std::span<Value> values) = nullptr;
     // A call with words of its own, not one word an argument.
     void (*read)(Reading& reading) = nullptr;

@@ -91,6 +91,8 @@ void confirm_what_stays(const Plan& plan, const Shown& to, const Options& option
 std::string applied_text(const Shown& to, const Tally& tally, std::size_t left, const Plan& plan)
 {
     const std::size_t before = plan.count(State::accepted) + plan.count(State::sent);
+    const auto is_left_unknown = [](const Due& line) { return line.state == State::unknown && !line.due; };
+    const auto left_unknown = std::ranges::count_if(plan.lines, is_left_unknown);
     if (to.json) {
         return vor::dump(vor::Json{{"schema", schema},
                                    {"apply", to.file},
@@ -102,14 +104,18 @@ std::string applied_text(const Shown& to, const Tally& tally, std::size_t left, 
                                    {"refused", tally.refused},
                                    {"failed_lines", tally.failed},
                                    {"not_made", left},
+                                   {"left_unknown", left_unknown},
                                    {"before", before},
+                                   {"secrets_not_compared", count_not_compared(plan)},
                                    {"exit", tally.worst}}) +
                '\n';
     }
     const std::size_t other = tally.failed.size() - tally.unknown - tally.refused;
-    return fmt::format("{}: {} accepted, {} sent, {} unread, {} unknown, {} refused{}, {} not made; {} done before\n",
-                       vor::printable(to.file), tally.accepted, tally.sent, tally.unread, tally.unknown, tally.refused,
-                       other != 0 ? fmt::format(", {} not delivered or not sent", other) : "", left, before);
+    return fmt::format(
+        "{}: {} accepted, {} sent, {} unread, {} unknown, {} refused{}, {} not made; {} done before{}{}\n",
+        vor::printable(to.file), tally.accepted, tally.sent, tally.unread, tally.unknown, tally.refused,
+        other != 0 ? fmt::format(", {} not delivered or not sent", other) : "", left, before,
+        left_unknown != 0 ? fmt::format("; {} left unknown", left_unknown) : "", not_compared_text(plan));
 }
 
 class Application {
@@ -139,6 +145,7 @@ public:
     int show()
     {
         const Journal journal = Journal::read(path_);
+        journal.check_gateway(options_.gateway);
         const Plan plan = planned_against(journal);
         if (journal.history().pending()) {
             vor::print_line(stderr, fmt::format("vorcfg: {}", pending_text(journal)));
@@ -170,6 +177,7 @@ public:
         const auto wanted = [&](std::size_t line) { return std::ranges::binary_search(lines, line); };
         batch_.ask(wanted);
         batch_.rewind(wanted);
+        vor::print(stdout, listed(plan, to_, is_not_compared));
         if (options_.confirm && !lines.empty()) {
             journal.pend();
         }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <vector>
 
 #include <fmt/format.h>
@@ -52,25 +53,44 @@ SheetLine sheet_line(const Entry& entry, const Known& known)
     return {name, values_of(entry.said), unread ? "sent, no verdict comes" : entry.outcome, minute_of(entry.ended)};
 }
 
+struct Subject {
+    vor::Json objects;
+    const Entry* entry;
+    const Known* known;
+};
+
+std::map<const Row*, std::vector<Subject>> subjects_of(const History& history)
+{
+    std::map<const Row*, std::vector<Subject>> subjects;
+    for (const auto& [subject, known] : history.subjects()) {
+        const Entry* const entry = known.standing != nullptr ? known.standing : known.open;
+        if (entry != nullptr && subject_of(entry->said) == subject) {
+            subjects[entry->said.row].push_back({vor::Json::parse(entry->said.objects), entry, &known});
+        }
+    }
+    for (auto& [row, each] : subjects) {
+        std::ranges::sort(each, {}, &Subject::objects); // numbers as numbers
+    }
+    return subjects;
+}
+
 // The calls of a family in the order of its rows, those of one call in the order of their objects.
 Sheet sheet_of(const Journal& journal)
 {
     const History& history = journal.history();
+    const auto subjects = subjects_of(history);
     Sheet sheet;
     sheet.title = history.gateway().empty() ? std::filesystem::path(journal.path()).stem().string() : history.gateway();
     for (const Family* const family : families()) {
         Section section{family, {}};
         for (const Row& row : family->rows) {
-            for (const auto& [subject, known] : history.subjects()) {
-                const Entry* const entry = known.standing != nullptr ? known.standing : known.open;
-                if (entry == nullptr || entry->said.row != &row || subject_of(entry->said) != subject) {
-                    continue;
-                }
-                section.lines.push_back(sheet_line(*entry, known));
-                (section.lines.back().open ? sheet.open : sheet.settled)++;
-                const std::string& when = section.lines.back().when;
-                sheet.first = sheet.first.empty() ? when : std::min(sheet.first, when);
-                sheet.last = std::max(sheet.last, when);
+            const auto known = subjects.find(&row);
+            for (const Subject& each : known != subjects.end() ? known->second : std::vector<Subject>()) {
+                section.lines.push_back(sheet_line(*each.entry, *each.known));
+                const SheetLine& line = section.lines.back();
+                (line.open ? sheet.open : sheet.settled)++;
+                sheet.first = sheet.first.empty() ? line.when : std::min(sheet.first, line.when);
+                sheet.last = std::max(sheet.last, line.when);
             }
         }
         if (!section.lines.empty()) {
@@ -84,7 +104,8 @@ std::string counts_of(const Sheet& sheet)
 {
     std::string text = vor::counted(sheet.settled, "setting");
     text += sheet.open != 0 ? fmt::format(", {} unknown", sheet.open) : "";
-    return sheet.first.empty() ? text : fmt::format("{}, {} to {}", text, sheet.first, sheet.last);
+    text += sheet.first.empty() ? "" : ", " + sheet.first;
+    return sheet.first == sheet.last ? text : fmt::format("{} to {}", text, sheet.last);
 }
 
 constexpr const char* meaning = "What the gateway accepted, and when; what it holds now cannot be read back.";
@@ -129,27 +150,42 @@ std::string html(std::string_view text)
 
 constexpr const char* style = R"(
 body { font: 15px/1.45 system-ui, sans-serif; max-width: 62em; margin: 2em auto; padding: 0 1em; color: #1b1f24; }
-h1 { font-size: 1.6em; margin: 0; }
-p { color: #57606a; margin: .3em 0 1.6em; }
-h2 { font-size: 1.05em; margin: 1.8em 0 .4em; }
-h2 span { font-weight: normal; color: #57606a; }
-table { border-collapse: collapse; width: 100%; }
+h1 { font-size: 1.6em; margin: 0; overflow-wrap: anywhere; }
+p { margin: .3em 0 0; }
+p, th, h2 span, footer { color: #57606a; }
+table { border-collapse: collapse; table-layout: fixed; width: 100%; margin-top: 1.6em; }
 td, th { text-align: left; vertical-align: top; padding: .3em .8em .3em 0; border-bottom: 1px solid #d8dee4; }
-th { font-size: .8em; color: #57606a; font-weight: normal; }
-td:nth-child(1) { width: 26%; font-weight: 600; overflow-wrap: anywhere; }
-td:nth-child(2) { overflow-wrap: anywhere; }
-td:nth-child(3) { width: 20%; }
-td:nth-child(4) { width: 16%; white-space: nowrap; font-variant-numeric: tabular-nums; }
+td { overflow-wrap: anywhere; }
+th { font-size: .8em; font-weight: normal; }
+th[colspan] { border: 0; padding-bottom: 0; font-size: 1em; }
+h2 { font-size: 1.05em; margin: 0; color: #1b1f24; }
+h2 span { font-weight: normal; }
+col:nth-child(1) { width: 26%; }
+col:nth-child(3) { width: 19%; }
+col:nth-child(4) { width: 13em; }
+td:nth-child(1) { font-weight: 600; }
+td:nth-child(4) { font-variant-numeric: tabular-nums; }
 tr.open td { background: #fff3cd; }
 footer { margin-top: 3em; display: flex; gap: 3em; }
-footer div { flex: 1; border-top: 1px solid #1b1f24; padding-top: .3em; color: #57606a; }
+footer div { flex: 1; border-top: 1px solid; padding-top: .3em; }
+@media screen and (max-width: 48em) {
+  table, tbody, tr, td, thead { display: block; }
+  thead tr + tr { display: none; }
+  tbody tr { border-bottom: 1px solid #d8dee4; padding: .4em 0; }
+  td { border: 0; padding: 0 .3em; }
+  td:nth-child(3)::after { content: ","; }
+  td:nth-child(3), td:nth-child(4) { display: inline-block; padding-right: 0; }
+}
 @media print {
-  @page { margin: 15mm; }
-  body { font-size: 10px; margin: 0; max-width: none; }
-  h2 { break-after: avoid; }
+  @page { margin: 15mm; @bottom-right { content: counter(page) " / " counter(pages); font: 9px sans-serif; } }
+  body { font-size: 10px; margin: 0; padding: 0; max-width: none; }
+  body, p, th, h2, h2 span, footer { color: #000; }
+  td, th { border-color: #888; }
   tr, footer { break-inside: avoid; }
-  thead { display: table-header-group; }
-  tr.open td { font-style: italic; }
+  thead { display: table-header-group; break-inside: avoid; break-after: avoid; }
+  tr.open td { background: none; font-style: italic; }
+  tr.open td:first-child::before { content: "! "; }
+  footer { margin-top: 6em; }
 }
 )";
 
@@ -160,8 +196,11 @@ std::string html_of(const Sheet& sheet)
                                    "<style>{1}</style>\n</head>\n<body>\n<h1>{0}</h1>\n<p>{2}<br>{3}</p>\n",
                                    html(sheet.title), style, html(counts_of(sheet)), meaning);
     for (const Section& section : sheet.sections) {
-        text += fmt::format("<h2>{} <span>{}</span></h2>\n<table>\n<thead><tr><th>Call and object</th><th>Value</th>"
-                            "<th>Verdict</th><th>When</th></tr></thead>\n<tbody>\n",
+        // the family's name within the head, which each page repeats
+        text += fmt::format("<table>\n<colgroup><col><col><col><col></colgroup>\n<thead>\n"
+                            "<tr><th colspan=\"4\"><h2>{} <span>{}</span></h2></th></tr>\n"
+                            "<tr><th>Call and object</th><th>Value</th><th>Verdict</th><th>When</th></tr>\n"
+                            "</thead>\n<tbody>\n",
                             section.family->name, html(about(*section.family)));
         for (const SheetLine& line : section.lines) {
             text += fmt::format("<tr{}><td>{}</td><td>{}</td><td>{}</td><td>{}</td></tr>\n",

@@ -27,19 +27,14 @@ std::string changes_of(const Due& line)
     const Json now = Json::parse(line.said.arguments);
     const Json before = Json::parse(line.before->said.arguments);
     std::string text;
-    const auto add = [&](const std::string& name, const std::string& value, const std::string& was) {
-        text += fmt::format("{}{} {} (was {})", text.empty() ? "" : ", ", name, value, was);
-    };
-    for (const auto& [name, value] : now.items()) {
-        if (!before.contains(name)) {
-            add(name, shown(value), "not given");
-        } else if (before[name] != value) {
-            add(name, shown(value), shown(before[name]));
-        }
-    }
-    for (const auto& [name, value] : before.items()) {
-        if (!now.contains(name)) {
-            add(name, "not given", shown(value));
+    for (const Argument& argument : line.said.row->arguments()) {
+        const auto value_in = [&](const Json& json) {
+            const auto value = json.find(argument.name);
+            return value != json.end() ? shown(argument, *value) : "not given";
+        };
+        if (!argument.is_count && value_in(now) != value_in(before)) {
+            text += fmt::format("{}{} {} (was {})", text.empty() ? "" : ", ", argument.name, value_in(now),
+                                value_in(before));
         }
     }
     return text;
@@ -107,7 +102,34 @@ bool is_settled(const Due& line)
     return line.state == State::accepted || line.state == State::sent || line.state == State::overtaken;
 }
 
+std::string secret_text(const Due& line)
+{
+    if (is_not_compared(line)) {
+        return "; secret not compared, --resend-secrets sends it again";
+    }
+    return line.said.secret && (line.state == State::changed || line.state == State::unknown) ? "; secret not compared"
+                                                                                              : "";
+}
+
 } // namespace
+
+bool is_not_compared(const Due& line)
+{
+    return line.said.secret && (line.state == State::accepted || line.state == State::sent);
+}
+
+std::size_t count_not_compared(const Plan& plan)
+{
+    return static_cast<std::size_t>(std::ranges::count_if(plan.lines, is_not_compared));
+}
+
+std::string not_compared_text(const Plan& plan)
+{
+    const std::size_t secrets = count_not_compared(plan);
+    return secrets != 0 ? fmt::format("; {} not compared, --resend-secrets sends {} again",
+                                      vor::counted(secrets, "secret"), secrets == 1 ? "it" : "them")
+                        : "";
+}
 
 std::string values_of(const Said& said)
 {
@@ -118,10 +140,10 @@ std::string values_of(const Said& said)
     };
     for (const Argument& argument : said.row->arguments()) {
         const auto value = arguments.find(argument.name);
-        if (argument.is_secret) {
+        if (argument.is_secret && said.secret) {
             add(argument.name, std::string(vor::mask));
         } else if (!argument.is_object && !argument.is_count && value != arguments.end()) {
-            add(argument.name, shown(*value));
+            add(argument.name, shown(argument, *value));
         }
     }
     return text;
@@ -134,9 +156,7 @@ std::string line_of(const Due& line, const Shown& to)
     }
     const std::string place =
         line.line != 0 ? fmt::format("{}:{}", vor::printable(to.file), line.line) : vor::printable(to.journal);
-    return fmt::format(
-        "{}: {}: {}{}\n", place, name_of(line.said), state_text(line),
-        line.said.secret && line.state != State::fresh && line.state != State::again ? "; secret not compared" : "");
+    return fmt::format("{}: {}: {}{}\n", place, name_of(line.said), state_text(line), secret_text(line));
 }
 
 std::string lines_of(const Plan& plan, const Shown& to)
@@ -144,7 +164,7 @@ std::string lines_of(const Plan& plan, const Shown& to)
     std::string text;
     for (const auto* const lines : {&plan.lines, &plan.removed}) {
         for (const Due& line : *lines) {
-            text += to.json || !is_settled(line) ? line_of(line, to) : "";
+            text += to.json || !is_settled(line) || is_not_compared(line) ? line_of(line, to) : "";
         }
     }
     return text;
@@ -152,8 +172,6 @@ std::string lines_of(const Plan& plan, const Shown& to)
 
 std::string summary_of(const Plan& plan, const Shown& to)
 {
-    const auto is_compared = [](const Due& line) { return line.said.secret && is_settled(line); };
-    const auto secrets = std::ranges::count_if(plan.lines, is_compared);
     static constexpr State states[] = {State::fresh,    State::changed, State::again,     State::unknown,
                                        State::accepted, State::sent,    State::overtaken, State::removed};
     if (to.json) {
@@ -161,7 +179,7 @@ std::string summary_of(const Plan& plan, const Shown& to)
         for (const State state : states) {
             json[name_of(state)] = plan.count(state);
         }
-        json["secrets_not_compared"] = secrets;
+        json["secrets_not_compared"] = count_not_compared(plan);
         json["left_to_batch"] = plan.asking;
         json["exit"] = plan.due() != 0 ? exit_due : exit_ok;
         return vor::dump(json) + '\n';
@@ -180,8 +198,7 @@ std::string summary_of(const Plan& plan, const Shown& to)
             text += fmt::format("; {} {}", count, names[static_cast<std::size_t>(state)]);
         }
     }
-    text += secrets != 0 ? fmt::format("; {} not compared", vor::counted(static_cast<std::uint64_t>(secrets), "secret"))
-                         : "";
+    text += not_compared_text(plan);
     return text + (plan.asking != 0 ? fmt::format("; {} left to batch\n", plan.asking) : "\n");
 }
 

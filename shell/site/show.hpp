@@ -18,6 +18,11 @@ std::string lines_of(const Plan& plan, const Shown& shown);
 std::string summary_of(const Plan& plan, const Shown& shown);
 
 std::string line_of(const Due& line, const Shown& shown);
+// Accepted, and its secret may have changed since.
+bool is_not_compared(const Due& line);
+std::size_t count_not_compared(const Plan& plan);
+// "; 1 secret not compared, --resend-secrets sends it"
+std::string not_compared_text(const Plan& plan);
 // What a file says twice, and differently.
 std::string warnings_of(const Plan& plan, const Shown& shown);
 // "ip_address 192.168.1.10, subnet_mask 255.255.255.0", without what names the object

@@ -36,7 +36,10 @@ bool is_digit(char c)
 // Reads the words of one line, from left to right.
 class Splitter {
 public:
-    Splitter(std::string_view line, Variables* variables) : line_(line), variables_(variables) {}
+    Splitter(std::string_view line, Variables* variables)
+        : line_(line.substr(line.starts_with(byte_order_mark) ? byte_order_mark.size() : 0)), variables_(variables)
+    {
+    }
 
     std::vector<Word> words()
     {

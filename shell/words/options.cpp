@@ -16,22 +16,24 @@ namespace {
 constexpr OptionRow rows[] = {
     {"--json", "", "one JSON object per call, and per complaint", &Options::json},
     {"--trace", "", "show each message and its answer on standard error", &Options::trace},
-    {"--dry-run", "", "show the exact messages, send nothing; needs no gateway", &Options::dry_run},
+    {"--dry-run", "", "show the exact messages, send nothing; needs no gateway", &Options::dry_run,
+     "a call, batch, apply"},
     {"--sap", "N", "the shell's own endpoint; by default a free one from 0x1000 up"},
     {"--yes", "", "for a call that wants to be confirmed; ask nothing", &Options::yes},
-    {"--keep-going", "", "go on with a batch after a failure", &Options::keep_going},
-    {"--timeout", "SECONDS", "a call that takes longer is unknown"},
-    {"--set", "NAME=VALUE", "what ${NAME} stands for in a batch file", nullptr, true},
-    {"--vars", "FILE", "the same from a file, one NAME=VALUE a line", nullptr, true},
-    {"--journal", "FILE", "what a gateway accepted; by default the batch file's name and .journal", nullptr, true},
-    {"--gateway", "NAME", "the gateway that the journal is of; kept there", nullptr, true},
-    {"--from", "LINE", "plan and apply from this line on", nullptr, true},
-    {"--only", "FAMILY", "plan and apply the calls of one family", nullptr, true},
-    {"--retry-unknown", "", "make again what was begun and has no verdict", &Options::retry_unknown, true},
-    {"--skip-unknown", "", "leave out what was begun and has no verdict", &Options::skip_unknown, true},
-    {"--resend-secrets", "", "make accepted calls with a secret again", &Options::resend_secrets, true},
-    {"--confirm", "SECONDS", "take back what apply changed, unless it is confirmed in this time", nullptr, true},
-    {"--html", "", "a report as a page for a browser or a printer", &Options::html},
+    {"--keep-going", "", "go on with a batch after a failure", &Options::keep_going, "batch, apply"},
+    {"--timeout", "SECONDS", "a call that takes longer is unknown", nullptr, "batch, apply, revert"},
+    {"--set", "NAME=VALUE", "what ${NAME} stands for in a batch file", nullptr, "batch, check, plan, apply"},
+    {"--vars", "FILE", "the same from a file, one NAME=VALUE a line", nullptr, "batch, check, plan, apply"},
+    {"--journal", "FILE", "what a gateway accepted; by default the batch file's name and .journal", nullptr,
+     "plan, apply"},
+    {"--gateway", "NAME", "the gateway that the journal is of; kept there", nullptr, "plan, apply"},
+    {"--from", "LINE", "plan and apply from this line on", nullptr, "plan, apply"},
+    {"--only", "FAMILY", "plan and apply the calls of one family", nullptr, "plan, apply"},
+    {"--retry-unknown", "", "make again what was begun and has no verdict", &Options::retry_unknown, "apply"},
+    {"--skip-unknown", "", "leave out what was begun and has no verdict", &Options::skip_unknown, "apply"},
+    {"--resend-secrets", "", "make accepted calls with a secret again", &Options::resend_secrets, "plan, apply"},
+    {"--confirm", "SECONDS", "take back what apply changed, unless it is confirmed in this time", nullptr, "apply"},
+    {"--html", "", "a report as a page for a browser or a printer", &Options::html, "report"},
     {"--password-file", "FILE", "take the call's secret argument from a file"},
     {"--password-stdin", "", "take the call's secret argument from standard input"},
     {"--help", "", "help, also on a family, a call or a command", &Options::help},
@@ -126,6 +128,13 @@ void take(Options& options, const OptionRow& row, std::string_view value)
 
 namespace {
 
+constexpr std::string_view a_call = "a call";
+
+bool means_something(const OptionRow& row, std::string_view command)
+{
+    return row.commands.empty() || row.commands.find(command) != std::string_view::npos;
+}
+
 // `konfd query` has options of its own.
 bool has_own_options(const std::vector<Word>& words)
 {
@@ -146,6 +155,7 @@ Options options_of(std::span<char* const> arguments)
 Options options_of(std::vector<Word> typed, Options options)
 {
     bool over = false;
+    options.given.clear();
     for (std::size_t i = 0; i < typed.size(); i++) {
         const std::string_view word = typed[i].text;
         if (typed[i].quoted) {
@@ -165,7 +175,7 @@ Options options_of(std::vector<Word> typed, Options options)
         const std::size_t equals = std::min(word.find('='), word.size());
         const std::string_view name = word == "-h" ? "--help" : word.substr(0, equals);
         const auto row = std::ranges::find(rows, name, &OptionRow::name);
-        if (row == std::end(rows) || (row->of_files && has_own_options(options.words))) {
+        if (row == std::end(rows) || (!means_something(*row, a_call) && has_own_options(options.words))) {
             if (!has_own_options(options.words)) {
                 complain_unknown(name);
             }
@@ -185,8 +195,18 @@ Options options_of(std::vector<Word> typed, Options options)
             value = typed[i].text;
         }
         take(options, *row, value);
+        options.given.push_back(&*row);
     }
     return options;
+}
+
+void check_given(const Options& options, std::string_view command)
+{
+    for (const OptionRow* const row : options.given) {
+        if (!means_something(*row, command)) {
+            throw Complaint{fmt::format("{} is for {}, not for {}", row->name, row->commands, command)};
+        }
+    }
 }
 
 } // namespace vorcfg

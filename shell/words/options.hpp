@@ -11,6 +11,8 @@
 
 namespace vorcfg {
 
+struct OptionRow;
+
 struct Options {
     bool help = false;
     bool version = false;
@@ -35,6 +37,7 @@ struct Options {
     std::string only;             // a family
     std::optional<Word> password; // --password-file, --password-stdin: in place of the secret argument
     std::vector<Word> words;
+    std::vector<const OptionRow*> given; // on this line
 };
 
 struct OptionRow {
@@ -42,10 +45,13 @@ struct OptionRow {
     std::string_view value; // what follows it, if anything does
     std::string_view about;
     bool Options::*flag = nullptr;
-    bool of_files = false; // means nothing to a call
+    std::string_view commands{}; // that it means something to; empty: all
 };
 
 std::span<const OptionRow> option_rows();
+
+// Throws a Complaint about an option that means nothing to the command, which "a call" is too.
+void check_given(const Options& options, std::string_view command);
 
 // Options stand anywhere before a `--`; those of a call with words of its own
 // are left among the words.

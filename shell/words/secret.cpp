@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <memory>
 #include <termios.h>
 #include <unistd.h>
 
@@ -15,36 +16,51 @@ namespace vorcfg {
 
 namespace {
 
+// Nothing of it is taken away silently but the line's end: what an editor adds would be part of the secret.
 std::string one_line(std::string text, const std::string& source)
 {
     if (text.ends_with('\n')) {
         text.pop_back();
     }
-    if (text.ends_with('\r')) {
-        text.pop_back();
-    }
-    if (text.find_first_of(std::string_view("\n\0", 2)) != std::string::npos) {
-        throw Complaint{fmt::format("{} holds more than one line of text, or a zero byte", source), exit_no_input};
+    const char* const wrong =
+        text.empty()                           ? "has no secret; an empty one is \"\" in a batch file"
+        : text.starts_with(byte_order_mark)    ? "begins with a byte order mark; save it as plain text"
+        : text.ends_with('\r')                 ? "ends with a carriage return; save it with lines that end as here"
+        : text.find('\n') != std::string::npos ? "holds more than one line"
+        : text.find('\0') != std::string::npos ? "holds a zero byte"
+                                               : nullptr;
+    if (wrong != nullptr) {
+        throw Complaint{fmt::format("{} {}", source, wrong), exit_no_input};
     }
     return text;
 }
 
 } // namespace
 
-std::string content_of(std::FILE* file, const std::string& name)
+std::string content_of(std::FILE* file, const std::string& name, const Bounds& bounds)
 {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> closed(file, std::fclose);
     std::string content;
-    if (file != nullptr) {
-        char bytes[4096];
-        std::size_t got;
-        while ((got = std::fread(bytes, 1, sizeof bytes, file)) != 0) {
-            content.append(bytes, got);
+    char bytes[4096];
+    std::size_t got = 0;
+    std::size_t number = 1;
+    std::size_t line = 0; // how much of it is read
+    while (file != nullptr && (got = std::fread(bytes, 1, sizeof bytes, file)) != 0) {
+        for (const char byte : std::string_view{bytes, got}) {
+            line = byte == '\n' ? 0 : line + 1;
+            if (line > bounds.line) {
+                throw Complaint{fmt::format("{}: line {} has more than {} bytes", name, number, bounds.line)};
+            }
+            number += byte == '\n' ? 1 : 0;
+        }
+        content.append(bytes, got);
+        if (content.size() > bounds.file) {
+            throw Complaint{fmt::format("{} has more than {} MiB", name, bounds.file >> 20)};
         }
     }
     if (file == nullptr || std::ferror(file) != 0) { // a directory can be opened, but not read
         throw Complaint{fmt::format("cannot read {}: {}", name, std::strerror(errno)), exit_no_input};
     }
-    std::fclose(file);
     return content;
 }
 
@@ -58,6 +74,9 @@ std::string line_from(int descriptor, const char* source)
     ssize_t got;
     while ((got = ::read(descriptor, &byte, 1)) == 1 && byte != '\n') {
         line += byte;
+        if (line.size() > Bounds().line) {
+            throw Complaint{fmt::format("a line of more than {} bytes from {}", Bounds().line, source), exit_no_input};
+        }
     }
     if (got != 1 && line.empty()) {
         throw Complaint{fmt::format("nothing to read from {}", source), exit_no_input};

@@ -26,7 +26,9 @@ void Variables::read(const std::string& path)
 {
     const std::string text = content_of(std::fopen(path.c_str(), "re"), path);
     std::size_t number = 0;
-    for (std::string_view left = text; !left.empty();) {
+    std::string_view left = text;
+    left.remove_prefix(left.starts_with(byte_order_mark) ? byte_order_mark.size() : 0);
+    while (!left.empty()) {
         const std::size_t end = std::min(left.find('\n'), left.size());
         const std::string_view line = left.substr(0, end);
         left.remove_prefix(std::min(end + 1, left.size()));

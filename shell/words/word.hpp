@@ -10,6 +10,8 @@ namespace vorcfg {
 
 class Variables;
 
+inline constexpr std::string_view byte_order_mark = "\xef\xbb\xbf"; // some editors begin a file with it
+
 // How many bytes of the text are a name: letters, digits and _, no digit first.
 std::size_t name_length(std::string_view text);
 // The same of name=, else 0.
@@ -22,6 +24,7 @@ struct Word {
     std::size_t named = 0;  // the length of the name, where name= stands in front
     bool readable = false;  // holds what stands on the command line
     std::size_t index = 0;  // among the words of its line
+    bool left_out = false;  // stands where none was typed
 };
 
 // The words of one line. `"` opens a text in which \" and \\ stand for the

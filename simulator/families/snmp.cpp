@@ -17,10 +17,10 @@ constexpr Row credential(std::uint16_t tag, std::string_view object, std::int32_
 }
 
 constexpr Row rows[] = {
-    {v2, "vor_cfg_set_snmp_v2_server_community_name", "community {name}",
-     chain(text(1, "name"), int16(2, "mode"), option)},
+    {v2, "vor_cfg_set_snmp_v2_server_community_name", "community mode {mode}",
+     chain(text(1, "name").secret(), int16(2, "mode"), option)},
     {v2, "vor_cfg_set_snmp_v2_trap_server", "trap {ip_addr}",
-     chain(text(3, "ip_addr"), text(5, "community_name"), option)},
+     chain(text(3, "ip_addr"), text(5, "community_name").secret(), option)},
     credential(33, "v3 credential mode 1 option {option}", 1),
     credential(34, "v3 credential mode 1 option {option}", 2),
     credential(35, "v3 credential mode 1 option {option}", 3),

@@ -19,47 +19,47 @@ namespace {
 
 constexpr std::size_t most_pending = 1 << 16;
 
+} // namespace
+
 // Writing to it blocks nobody any more. The terminal or pipe is opened anew for
 // that, since a flag on the descriptor would be felt by whoever else holds it.
-void keep_from_blocking(int descriptor)
+Console::Kind Console::keep_from_blocking(int descriptor)
 {
     struct stat status {};
-    if (fstat(descriptor, &status) != 0 || !(S_ISFIFO(status.st_mode) || S_ISCHR(status.st_mode))) {
-        return;
+    if (fstat(descriptor, &status) != 0 || S_ISSOCK(status.st_mode)) {
+        return S_ISSOCK(status.st_mode) ? Kind::socket : Kind::asked_first;
+    }
+    if (!S_ISFIFO(status.st_mode) && !S_ISCHR(status.st_mode)) {
+        return Kind::file;
     }
     const std::string path = fmt::format("/proc/self/fd/{}", descriptor);
     const Descriptor own(open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    if (own.get() >= 0) {
-        dup2(own.get(), descriptor);
-    }
+    return own.get() >= 0 && dup2(own.get(), descriptor) == descriptor ? Kind::file : Kind::asked_first;
 }
 
 // As much as is taken without waiting; -1 for nothing, errno tells why.
-ssize_t write_some(int descriptor, std::string_view bytes)
+ssize_t Console::write_some(std::string_view bytes) const
 {
-    const ssize_t sent = send(descriptor, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
-    if (sent >= 0 || errno != ENOTSOCK) {
-        return sent;
+    if (kind_ == Kind::socket) {
+        return send(descriptor_, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     }
-    pollfd room{descriptor, POLLOUT, 0};
-    if (poll(&room, 1, 0) == 0) {
+    pollfd room{descriptor_, POLLOUT, 0};
+    if (kind_ == Kind::asked_first && poll(&room, 1, 0) == 0) {
         errno = EAGAIN;
         return -1;
     }
-    return write(descriptor, bytes.data(), std::min<std::size_t>(bytes.size(), PIPE_BUF));
+    return write(descriptor_, bytes.data(), std::min<std::size_t>(bytes.size(), PIPE_BUF));
 }
 
-} // namespace
-
-Console::Console(Loop& loop, int descriptor) : loop_(loop), descriptor_(descriptor)
+Console::Console(Loop& loop, int descriptor)
+    : loop_(loop), descriptor_(descriptor), kind_(keep_from_blocking(descriptor))
 {
-    keep_from_blocking(descriptor);
 }
 
 void Console::flush()
 {
     while (!pending_.empty() && !gone_) {
-        const ssize_t written = write_some(descriptor_, pending_);
+        const ssize_t written = write_some(pending_);
         if (written > 0) {
             pending_.erase(0, static_cast<std::size_t>(written));
         } else if (errno != EINTR) {

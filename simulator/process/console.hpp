@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include <sys/types.h>
+
 #include "process/loop.hpp"
 
 namespace vorsim {
@@ -23,11 +25,17 @@ public:
     void flush();
 
 private:
+    // What must be done so that writing does not wait.
+    enum class Kind : std::uint8_t { asked_first, socket, file };
+
+    static Kind keep_from_blocking(int descriptor);
+    ssize_t write_some(std::string_view bytes) const;
     void say_lost();
     void on_writable();
 
     Loop& loop_;
     int descriptor_;
+    Kind kind_;
     bool waits_ = false;
     bool full_ = false;
     bool gone_ = false; // its reader is

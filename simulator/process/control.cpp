@@ -30,22 +30,13 @@ std::string control_path(const std::string& directory)
 Control::Control(Loop& loop, const std::string& path, Handler answer_to)
     : loop_(loop), answer_to_(std::move(answer_to)),
       door_(
-          loop, path, [this](bool no_descriptor) { return make_room(no_descriptor); },
+          loop, path, [this](bool no_descriptor) {
+              return make_room_among(clients_, most_clients, no_descriptor,
+                                     [this](int descriptor) { drop_client(descriptor); });
+          },
           [this](Descriptor socket) { welcome(std::move(socket)); })
 {
     loop_.in_turn([this] { return answer_all(); });
-}
-
-bool Control::make_room(bool no_descriptor)
-{
-    if (clients_.size() < most_clients && !no_descriptor) {
-        return true;
-    }
-    const auto idle = longest_idle(clients_);
-    if (idle != clients_.end()) {
-        drop_client(idle->first);
-    }
-    return clients_.size() < most_clients;
 }
 
 void Control::welcome(Descriptor socket)
@@ -137,32 +128,40 @@ bool Control::is_watched() const
     return std::ranges::any_of(clients_, [](const auto& one) { return one.second.wish == Wish::all; });
 }
 
-void Control::publish(const Json& record)
+void Control::note(const std::string& call, const std::string& object)
 {
-    const std::string call = record.value("call", "");
-    const std::string object = record.value("object", "");
     if (!call.empty() && seen_.size() < most_seen) {
         seen_.emplace(call, object);
     }
+    for (auto next = clients_.begin(); next != clients_.end();) {
+        const int descriptor = next->first;
+        Client& client = (next++)->second; // writing may drop it
+        if (client.wish == Wish::one && !call.empty() && client.call == call &&
+            (client.object.empty() || client.object == object)) {
+            client.wish = Wish::answer;
+            client.output += "+\n";
+            write_some(descriptor);
+        }
+    }
+}
+
+void Control::publish(const Json& record)
+{
     const std::string line = is_watched() ? vor::dump(record) + "\n" : "";
     for (auto next = clients_.begin(); next != clients_.end();) {
         const int descriptor = next->first;
         Client& client = (next++)->second; // writing may drop it
-        if (client.wish == Wish::all && client.output.size() + line.size() > most_unread) {
+        if (client.wish != Wish::all) {
+            continue;
+        }
+        if (client.output.size() + line.size() > most_unread) {
             ++client.lost;
             continue;
         }
-        if (client.wish == Wish::all) {
-            const bool idle = client.output.empty();
-            client.output += client.lost > 0 ? fmt::format("{{\"lost\":{}}}\n", std::exchange(client.lost, 0)) : "";
-            client.output += line;
-            if (idle) {
-                write_some(descriptor);
-            }
-        } else if (client.wish == Wish::one && !call.empty() && client.call == call &&
-                   (client.object.empty() || client.object == object)) {
-            client.wish = Wish::answer;
-            client.output += "+\n";
+        const bool idle = client.output.empty();
+        client.output += client.lost > 0 ? fmt::format("{{\"lost\":{}}}\n", std::exchange(client.lost, 0)) : "";
+        client.output += line;
+        if (idle) {
             write_some(descriptor);
         }
     }

@@ -26,7 +26,8 @@ public:
 
     Control(Loop& loop, const std::string& path, Handler answer_to);
 
-    // A record for those who watch or wait.
+    // A message for those who wait for it, its record for those who watch.
+    void note(const std::string& call, const std::string& object);
     void publish(const Json& record);
     bool is_watched() const;
     // What came before is waited for no more.
@@ -46,7 +47,6 @@ private:
     };
     using Clients = std::map<int, Client>;
 
-    bool make_room(bool no_descriptor);
     void welcome(Descriptor socket);
     void read_request(int descriptor);
     bool answer_all();

@@ -1,6 +1,7 @@
 // door.hpp: a listening socket whose callers may be more than there is room for.
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <string>
 
@@ -35,18 +36,19 @@ private:
 // Without a word for so long, a client may lose its place to another.
 inline constexpr std::chrono::milliseconds idle_for{2000};
 
-// The client that has been idle longest, and long enough; else the end.
-template <class Clients>
-auto longest_idle(Clients& clients)
+// Lets go of the client that has been idle longest, and long enough, where one
+// is asked for. False: there is room for no further one.
+template <class Clients, class Drop>
+bool make_room_among(Clients& clients, std::size_t most, bool no_descriptor, Drop drop)
 {
-    auto found = clients.end();
-    for (auto client = clients.begin(); client != clients.end(); ++client) {
-        const bool longer = found == clients.end() || client->second.active < found->second.active;
-        if (longer && std::chrono::steady_clock::now() - client->second.active >= idle_for) {
-            found = client;
-        }
+    if (clients.size() < most && !no_descriptor) {
+        return true;
     }
-    return found;
+    const auto idle = std::ranges::min_element(clients, {}, [](const auto& one) { return one.second.active; });
+    if (idle != clients.end() && std::chrono::steady_clock::now() - idle->second.active >= idle_for) {
+        drop(idle->first);
+    }
+    return clients.size() < most;
 }
 
 } // namespace vorsim

@@ -13,7 +13,6 @@ namespace vorsim {
 namespace {
 
 constexpr std::size_t most_clients = 64;
-constexpr int texts_in_turn = 8; // of one client, before another has its turn
 constexpr std::chrono::milliseconds between_looks{10};
 
 // Bytes sent that the client has not received yet.
@@ -28,23 +27,14 @@ bool answer_unread(int descriptor)
 KonfdServer::KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& path, OnExchange on_exchange)
     : loop_(loop), konfd_(konfd), on_exchange_(std::move(on_exchange)),
       door_(
-          loop, path, [this](bool no_descriptor) { return make_room(no_descriptor); },
+          loop, path, [this](bool no_descriptor) {
+              return make_room_among(clients_, most_clients, no_descriptor,
+                                     [this](int descriptor) { drop_client(descriptor); });
+          },
           [this](Descriptor socket) { welcome(std::move(socket)); })
 {
     loop_.in_turn([this] { return serve_one(); });
     loop_.at([this] { return deadline(); }, [this] { on_deadline(); });
-}
-
-bool KonfdServer::make_room(bool no_descriptor)
-{
-    if (clients_.size() < most_clients && !no_descriptor) {
-        return true;
-    }
-    const auto idle = longest_idle(clients_);
-    if (idle != clients_.end()) {
-        drop_client(idle->first);
-    }
-    return clients_.size() < most_clients;
 }
 
 void KonfdServer::welcome(Descriptor socket)
@@ -95,7 +85,6 @@ bool KonfdServer::serve_one()
     client.input.erase(0, client.input.size() - bytes.size());
     if (exchange) {
         answer(client, std::move(*exchange));
-        ++client.served;
     }
     carry_on(descriptor);
     return !turns_.empty();
@@ -142,8 +131,7 @@ void KonfdServer::carry_on(int descriptor)
         loop_.forget(descriptor);
     } else if (!client.input.empty()) {
         loop_.forget(descriptor);
-        const bool goes_on = client.served % texts_in_turn != 0;
-        turns_.insert(goes_on ? turns_.begin() : turns_.end(), descriptor);
+        turns_.push_back(descriptor);
     } else if (client.ended) {
         drop_client(descriptor);
     } else {

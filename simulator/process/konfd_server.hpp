@@ -40,11 +40,9 @@ private:
         Loop::Time rest_due{};
         bool answer_unread{};
         bool ended{}; // sends no more, or has gone
-        int served{};
     };
     using Clients = std::map<int, Client>;
 
-    bool make_room(bool no_descriptor);
     void welcome(Descriptor socket);
     void receive(int descriptor);
     // One text; the managers have their turn before the next.

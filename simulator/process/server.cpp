@@ -360,11 +360,24 @@ faults::Hearing Server::deliver(KonfdExchange& exchange)
 void Server::record(Json entry, Arrival arrived)
 {
     blamed_ = blamed_ || !counters_.blameless();
+    ++recorded_;
+    const std::string call = entry.value("call", "");
+    const std::string object = entry.value("object", "");
+    if (bytes_wanted()) {
+        write_down(std::move(entry), arrived);
+    }
+    control_->note(call, object);
+}
+
+void Server::write_down(Json entry, Arrival arrived)
+{
     const auto took = std::chrono::system_clock::now() - arrived;
-    Json whole = {{"seq", ++recorded_},
+    Json whole = {{"seq", recorded_},
                   {"time", time_text(arrived)},
                   {"took", std::chrono::duration_cast<std::chrono::microseconds>(took).count()}};
-    whole.update(entry);
+    for (auto& [name, value] : entry.items()) {
+        whole[name] = std::move(value);
+    }
     const bool failed = journal_.failed();
     journal_.write(whole);
     if (journal_.failed() && !failed) {

@@ -47,6 +47,7 @@ private:
     faults::Hearing deliver(KonfdExchange& exchange);
     // Adds when it came and how long it took, for the journal and for those who watch.
     void record(Json entry, Arrival arrived);
+    void write_down(Json entry, Arrival arrived);
     bool bytes_wanted() const { return journal_.kept() || control_->is_watched(); }
     void write_state() const;
     std::string answer(const Json& request);

@@ -1,8 +1,6 @@
 #include "calls.hpp"
 
-namespace {
-
-const Row calls[] = {
+CALLS(adc) = {
     CALL(vor_cfg_set_adc_config_polling(200, -3, 4, 0xffffffff, 1),
          "sap 5 id 0x5004 | 1 i16 200 | 2 i16 -3 | 3 i16 4 | 5 i32 -1 | 7 i16 1", answered_low_half),
     CALL(vor_cfg_set_adc_config_interrupt(200, -3, 4, 255, 1), "nothing", nothing),
@@ -12,7 +10,3 @@ const Row calls[] = {
     CALL(vor_cfg_reset_adc_config_mode(200, -3, 4, 1), "sap 5 id 0x5004 | 1 i16 200 | 2 i16 -3 | 3 i16 4 | 7 i16 1",
          answered_low_half),
 };
-
-} // namespace
-
-CALL_TESTS(adc, calls)

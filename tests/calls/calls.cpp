@@ -4,7 +4,6 @@
 #include <cstring>
 #include <iterator>
 #include <sstream>
-#include <sys/mman.h>
 #include <unistd.h>
 
 namespace {
@@ -145,7 +144,16 @@ std::string outcome(const std::string& returned)
     return returned + ":" + fake::steps();
 }
 
-void check_requests(std::span<const Row> rows)
+std::string printed_by(const std::function<void()>& action)
+{
+    testing::internal::CaptureStdout();
+    action();
+    return testing::internal::GetCapturedStdout();
+}
+
+namespace {
+
+void check_requests(const std::vector<Row>& rows)
 {
     for (const Row& row : rows) {
         begin_call();
@@ -160,7 +168,7 @@ void check_requests(std::span<const Row> rows)
     }
 }
 
-void check_outcomes(std::span<const Row> rows)
+void check_outcomes(const std::vector<Row>& rows)
 {
     for (const Row& row : rows) {
         if (row.strip.empty()) {
@@ -182,21 +190,22 @@ void check_outcomes(std::span<const Row> rows)
     }
 }
 
-std::string printed_by(const std::function<void()>& action)
+class RowsTest : public testing::Test {
+public:
+    explicit RowsTest(std::function<void()> body) : body_(std::move(body)) {}
+    void TestBody() override { body_(); }
+
+private:
+    const std::function<void()> body_;
+};
+
+} // namespace
+
+Calls::Calls(const char* family, std::vector<Row> rows)
 {
-    std::fflush(stdout);
-    const int file = memfd_create("printed", MFD_CLOEXEC);
-    const int standard_output = dup(STDOUT_FILENO);
-    if (file < 0 || standard_output < 0 || dup2(file, STDOUT_FILENO) < 0) {
-        return "standard output cannot be caught";
+    for (const auto& [suite, check] :
+         {std::pair{"requests", &check_requests}, std::pair{"outcomes", &check_outcomes}}) {
+        testing::RegisterTest(suite, family, nullptr, nullptr, __FILE__, __LINE__,
+                              [=]() -> testing::Test* { return new RowsTest([=] { check(rows); }); });
     }
-    action();
-    std::fflush(stdout);
-    dup2(standard_output, STDOUT_FILENO);
-    close(standard_output);
-    std::string text(static_cast<size_t>(lseek(file, 0, SEEK_END)), '\0');
-    const auto got = pread(file, text.data(), text.size(), 0);
-    close(file);
-    text.resize(got < 0 ? 0 : static_cast<size_t>(got));
-    return text;
 }

@@ -10,8 +10,9 @@
 
 #include <functional>
 #include <optional>
-#include <span>
 #include <string>
+#include <utility>
+#include <vector>
 
 struct Row {
     const char* call;
@@ -27,14 +28,28 @@ struct Row {
 // One more request of a call that has its row.
 #define SENDS(call, sends)                                                                                             \
     Row { #call, [] { return shown(call); }, sends }
-
-#define CALL_TESTS(family, rows)                                                                                       \
-    TEST(requests, family) { check_requests(rows); }                                                                   \
-    TEST(outcomes, family) { check_outcomes(rows); }
+// One family's rows: CALLS(can) = {...};
+#define CALLS(family) const Calls family##_calls = FamilyName{#family}
 // clang-format on
 
-void check_requests(std::span<const Row> rows);
-void check_outcomes(std::span<const Row> rows);
+// Rows that are tested: what they send by requests.FAMILY, how they go by outcomes.FAMILY.
+class Calls {
+public:
+    Calls(const char* family, std::vector<Row> rows);
+};
+
+struct FamilyName {
+    const char* text;
+
+    Calls operator=(std::vector<Row> rows) const { return {text, std::move(rows)}; }
+};
+
+#ifdef ROWS_ALONE // for the soak: it takes the rows, and the tests beside them are templates that nobody wants
+#undef TEST
+#define TEST(suite, name)                                                                                              \
+    template <class>                                                                                                   \
+    void suite##_##name()
+#endif
 
 std::string shown(vor_int32 code);
 std::string shown(const void* record); // null, or the answer's payload

@@ -4,13 +4,11 @@ namespace {
 
 vor_int16 temperature = 0;
 
-const Row calls[] = {
-    CALL(vor_cfg_get_system_temperature(&temperature), "sap 2 id 0x2021 empty", answered_with_reading),
-};
-
 } // namespace
 
-CALL_TESTS(env, calls)
+CALLS(env) = {
+    CALL(vor_cfg_get_system_temperature(&temperature), "sap 2 id 0x2021 empty", answered_with_reading),
+};
 
 TEST(env, temperature_stands_behind_the_status)
 {

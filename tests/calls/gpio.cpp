@@ -1,8 +1,6 @@
 #include "calls.hpp"
 
-namespace {
-
-const Row calls[] = {
+CALLS(gpio) = {
     CALL(vor_cfg_set_gpio_direction(200, -3, 1), "sap 4 id 0x4004 | 1 i16 200 | 2 i16 -3 | 6 i16 1", answered_low_half),
     CALL(vor_cfg_set_gpio_config_interrupt(200, -3, 255, 1),
          "sap 4 id 0x4004 | 1 i16 200 | 3 i16 -3 | 7 i32 255 | 6 i16 1", answered_low_half),
@@ -13,20 +11,3 @@ const Row calls[] = {
     CALL(vor_cfg_set_gpio_value(200, -3), "sap 4 id 0x4006 one-way record 4: c8 00 fd ff", sent_record_errno_cleared),
     CALL(vor_cfg_get_gpio_port_stats(-3), "sap 4 id 0x4007 record 2: fd ff", fetched_by_record),
 };
-
-} // namespace
-
-CALL_TESTS(gpio, calls)
-
-TEST(gpio, statistics_are_read_from_the_answer_handed_back)
-{
-    begin_call();
-    fake::script.dropped_buffers_stay = true;
-    fake::script.answer = {3, 0, 2, 0, 0, 0, 0, 0, 1, 2, 0, 0, 0, 0, 0, 128, 5, 0, 0, 0, 0, 0, 0, 0};
-    const GPIO_PIN_STATS* statistics = vor_cfg_get_gpio_port_stats(9);
-    ASSERT_NE(statistics, nullptr);
-    EXPECT_EQ(statistics->logical_port_no, 3);
-    EXPECT_EQ(statistics->mode, 2);
-    EXPECT_EQ(statistics->polling_count, 0x8000000000000201u);
-    EXPECT_EQ(statistics->interrupt_count, 5u);
-}

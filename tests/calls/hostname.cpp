@@ -1,11 +1,5 @@
 #include "calls.hpp"
 
-namespace {
-
-const Row calls[] = {
+CALLS(hostname) = {
     CALL(vor_cfg_set_plat_hostname("gw-17"_t), "sap 10 id 0xa00a one-way | 3 str 'gw-17'", sent_chain_unchecked),
 };
-
-} // namespace
-
-CALL_TESTS(hostname, calls)

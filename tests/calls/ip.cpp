@@ -1,8 +1,6 @@
 #include "calls.hpp"
 
-namespace {
-
-const Row calls[] = {
+CALLS(ip) = {
     // set_ip_address alone reads its texts as inet_aton does.
     CALL(vor_cfg_set_ip_address(0, "192.168.1.10"_t, "255.255.255.0"_t, 200),
          "sap 7 id 0x7003 record 12: 00 c8 a5 a5 c0 a8 01 0a ff ff ff 00", record_errno_cleared),
@@ -77,10 +75,6 @@ const Row calls[] = {
     SENDS(vor_cfg_set_static_route("x"_t, "-1"_t), "sap 7 id 0x7011 one-way record 8: ff ff a5 a5 00*4"),
     CALL(vor_cfg_remove_ip_route("10.0.0.1"_t), "sap 7 id 0x7013 one-way record 8: a5*4 0a 00 00 01", sent_record),
 };
-
-} // namespace
-
-CALL_TESTS(ip, calls)
 
 TEST(ip, an_address_is_answered_under_the_other_id_too)
 {

@@ -1,16 +1,10 @@
 #include "calls.hpp"
 
-namespace {
-
-const Row calls[] = {
+CALLS(lora) = {
     CALL(tarn_cfg_lora_set_channel(200, "meter"_t, 1), "sap 24 id 0x18003 | 1 i16 200 | 2 str 'meter'",
          lone_dropped_errno_left, 0x10004),
     SENDS(tarn_cfg_lora_set_channel(-3, "meter"_t, 0), "sap 24 id 0x18003 | 1 i16 -3 | 2 str 'meter'"),
 };
-
-} // namespace
-
-CALL_TESTS(lora, calls)
 
 TEST(lora, an_answer_under_the_requests_own_id_is_not_read)
 {

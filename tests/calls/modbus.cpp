@@ -1,8 +1,6 @@
 #include "calls.hpp"
 
-namespace {
-
-const Row calls[] = {
+CALLS(modbus) = {
     CALL(vor_cfg_set_modbus_channel_name(200, "meter"_t, 0xffffffff, 201),
          "sap 20 id 0x14003 | 65 i16 200 | 68 str 'meter' | 79 i16 201 | 73 i32 -1", answered_place_kept),
     CALL(vor_cfg_set_modbus_baudrate(200, "9600"_t, 70000, 201),
@@ -46,7 +44,3 @@ const Row calls[] = {
     CALL(vor_cfg_set_modbus_tcp_channel_name("mb"_t, "meter"_t, 0xffffffff, 201),
          "sap 20 id 0x14008 | 82 str 'mb' | 68 str 'meter' | 79 i16 201 | 73 i32 -1", answered_place_kept),
 };
-
-} // namespace
-
-CALL_TESTS(modbus, calls)

@@ -1,8 +1,6 @@
 #include "calls.hpp"
 
-namespace {
-
-const Row calls[] = {
+CALLS(mqtt) = {
     CALL(vor_cfg_set_mqtt_username_and_password("up"_t, 200, "bob"_t, "secret"_t, 201),
          "sap 15 id 0xf005 option 0xc9 | 10 str 'up' | 6 i16 200 | 12 str 'bob' | 13 str 'secret'",
          option_request_last_empty_dropped),
@@ -28,7 +26,3 @@ const Row calls[] = {
     CALL(vor_cfg_set_mqtt_clean_session_flag(65537, 201), "sap 15 id 0xf005 option 0xc9 | 4 i16 1",
          option_request_last),
 };
-
-} // namespace
-
-CALL_TESTS(mqtt, calls)

@@ -1,8 +1,6 @@
 #include "calls.hpp"
 
-namespace {
-
-const Row calls[] = {
+CALLS(serial) = {
     CALL(vor_cfg_set_serial_polling(200, 0xffffffff, -3), "sap 16 id 0x10004 | 1 i16 200 | 17 i32 -1 | 16 i16 -3",
          answered),
     CALL(vor_cfg_set_serial_databits(200, -3), "sap 16 id 0x10004 | 1 i16 200 | 3 i16 -3", lone_dropped_never_matches),
@@ -13,9 +11,4 @@ const Row calls[] = {
     CALL(vor_cfg_set_serial_parity(200, -3), "sap 16 id 0x10004 | 1 i16 200 | 7 i16 -3", lone_dropped_never_matches),
     CALL(vor_cfg_serial_set_channel(200, "meter"_t, 1), "sap 16 id 0x10004 | 1 i16 200 | 2 str 'meter'",
          lone_dropped_errno_left),
-    SENDS(vor_cfg_serial_set_channel(200, "meter"_t, 0), "sap 16 id 0x10004 | 1 i16 200 | 2 str 'meter'"),
 };
-
-} // namespace
-
-CALL_TESTS(serial, calls)

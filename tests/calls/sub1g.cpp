@@ -4,17 +4,15 @@ namespace {
 
 SUB1G_CONFIG_REG* register_file = nullptr;
 
-const Row calls[] = {
+} // namespace
+
+CALLS(sub1g) = {
     CALL(vor_cfg_set_sub1g_frequency(200, -3), "sap 8 id 0x8004 | 1 i16 200 | 2 i16 -3", lone_dropped_low_half),
     CALL(vor_cfg_sub1g_set_channel(200, "s"_t, 255, "level"_t),
          "sap 8 id 0x8004 | 1 i16 200 | 3 str 's' | 4 i16 255 | 5 str 'level'", lone_dropped_low_half_place_dropped),
     CALL(vor_cfg_get_reg_values(&register_file), "sap 8 id 0x8009 empty", fetched_by_empty),
     CALL(vor_cfg_set_sub1g_power(200, -3), "sap 8 id 0x800b | 1 i16 200 | 9 i16 -3", lone_dropped_low_half),
 };
-
-} // namespace
-
-CALL_TESTS(sub1g, calls)
 
 TEST(sub1g, registers_are_stored_only_from_an_answer_of_their_own)
 {

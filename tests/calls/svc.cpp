@@ -1,8 +1,6 @@
 #include "calls.hpp"
 
-namespace {
-
-const Row calls[] = {
+CALLS(svc) = {
     CALL(vor_cfg_rest_set_bind_addr("rest"_t, "eth1"_t), "sap 3 id 0x3002 one-way | 1 str 'rest' | 6 str 'eth1'",
          sent_chain),
     CALL(vor_cfg_rest_set_app("rest"_t, "portal"_t), "sap 3 id 0x3002 one-way | 1 str 'rest' | 4 str 'portal'",
@@ -17,22 +15,3 @@ const Row calls[] = {
          sent_chain),
     SENDS(vor_cfg_tp_set_app("tcp"_t, nullptr, -2), "sap 65534 id 0xfffe029 one-way | 1 str 'tcp' | 2 str null"),
 };
-
-} // namespace
-
-CALL_TESTS(svc, calls)
-
-TEST(svc, a_full_chain_goes_out_whole)
-{
-    std::string expected = "sap 9 id 0x9004 option 0x01 | 1 str 'c'";
-    for (int i = 0; i < 49; ++i) {
-        expected += " | 2 str 'm'";
-    }
-    begin_call();
-    [&]<size_t... i>(std::index_sequence<i...>)
-    {
-        EXPECT_EQ(outcome(vor_cfg_set_service_chain(1, "c"_t, 49, (static_cast<void>(i), "m"_t)...)), "0:eQPm1cxaqp");
-    }
-    (std::make_index_sequence<49>());
-    EXPECT_EQ(fake::events(), expected);
-}

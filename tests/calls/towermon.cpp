@@ -1,8 +1,6 @@
 #include "calls.hpp"
 
-namespace {
-
-const Row calls[] = {
+CALLS(towermon) = {
     CALL(vor_cfg_towermon_obj_aircon_channel_name("o"_t, "ch"_t, 200),
          "sap 240 id 0x15003 | 19 str 'o' | 6 str 'ch' | 4 i16 200", answered),
     CALL(vor_cfg_towermon_obj_battery_channel_name("o"_t, "ch"_t, 200),
@@ -70,7 +68,3 @@ const Row calls[] = {
     CALL(vor_cfg_towermon_set_tower_location("hill"_t, 200), "sap 240 id 0x15012 | 25 str 'hill'", answered),
     CALL(vor_cfg_towermon_set_tower_id(0xffffffff, 200), "sap 240 id 0x15013 | 26 i32 -1", answered),
 };
-
-} // namespace
-
-CALL_TESTS(towermon, calls)

@@ -2,9 +2,7 @@
 #include "state.hpp"
 
 #include <algorithm>
-#include <arpa/inet.h>
 #include <cstdarg>
-#include <cstdlib>
 #include <cstring>
 
 namespace fake {
@@ -155,39 +153,4 @@ void vor_free(void* memory)
     if (memory != nullptr && state.memory.erase(memory) == 0) {
         note("free of memory that is not the platform's");
     }
-}
-
-void* vor_memcpy(void* destination, const void* source, vor_uint32 size)
-{
-    return std::memcpy(destination, source, size);
-}
-
-void* vor_memset(void* memory, vor_int32 value, vor_uint32 size)
-{
-    return std::memset(memory, value, size);
-}
-
-vor_char* vor_strcpy(vor_char* destination, const vor_char* source)
-{
-    return std::strcpy(destination, source);
-}
-
-vor_int32 vor_strcmp(const vor_char* left, const vor_char* right)
-{
-    return std::strcmp(left, right);
-}
-
-vor_int32 vor_strlen(const vor_char* string)
-{
-    return static_cast<vor_int32>(std::strlen(string));
-}
-
-vor_int32 vor_atoi(const vor_char* string)
-{
-    return std::atoi(string);
-}
-
-vor_uint32 vor_htobe32(vor_uint32 value)
-{
-    return htonl(value);
 }

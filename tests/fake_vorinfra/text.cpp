@@ -46,16 +46,10 @@ std::string spelt(const std::string& text)
 {
     std::string result;
     for (const char c : text) {
-        switch (c) {
-        case '\n':
-            result += "\\n";
-            break;
-        case '\0':
-            result += "\\0";
-            break;
-        default:
-            result += printable(static_cast<vor_uchar>(c)) ? c : '?';
-        }
+        result += c == '\n'                              ? "\\n"
+                  : c == '\0'                            ? "\\0"
+                  : printable(static_cast<vor_uchar>(c)) ? std::string(1, c)
+                                                         : "?";
     }
     return result;
 }

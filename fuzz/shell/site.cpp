@@ -1,0 +1,126 @@
+// A site file of any bytes and its variables, planned and made: what was made is not to be made again.
+#include <fstream>
+
+#include "input.hpp"
+#include "judge/verdict.hpp"
+#include "processes.hpp"
+#include "report/report.hpp"
+#include "site/due.hpp"
+#include "site/show.hpp"
+
+using namespace vorcfg;
+using namespace fuzz;
+
+namespace {
+
+const std::string site_name = "site";
+const std::string journal_name = "journal";
+
+void require_told(const Complaint& complaint)
+{
+    require(!complaint.text.empty(), "a complaint says what is wrong");
+    require(vor::Json::accept(json_of(complaint)), "a complaint is told in JSON");
+}
+
+Variables variables_of(const std::string& path, Input& input)
+{
+    Variables variables;
+    for (int given = input.byte() % 3; given > 0; --given) {
+        try {
+            variables.set(input.text());
+        } catch (const Complaint& complaint) {
+            require_told(complaint);
+        }
+    }
+    const std::string file = input.text();
+    std::ofstream(path, std::ios::binary) << file;
+    try {
+        variables.read(path);
+    } catch (const Complaint& complaint) {
+        require(complaint.place.line > 0 && complaint.place.column > 0, "a variable has its place");
+        require_told(complaint);
+    }
+    return variables;
+}
+
+std::vector<Planned> calls_in(Batch& batch)
+{
+    std::vector<Planned> calls;
+    for (;;) {
+        try {
+            auto planned = batch.next();
+            if (!planned) {
+                return calls;
+            }
+            calls.push_back(std::move(*planned));
+        } catch (const Complaint& complaint) {
+            require_told(complaint);
+        }
+    }
+}
+
+Plan plan_of(const std::vector<Planned>& calls, const History& history)
+{
+    Planner planner({});
+    for (const Planned& call : calls) {
+        planner.add(call);
+    }
+    return planner.against(history);
+}
+
+// As an apply writes it down.
+void make(const Plan& plan, History& history)
+{
+    for (const Due& line : plan.lines) {
+        const std::size_t number = history.entries().size() + 1;
+        if (line.due) {
+            history.take({{"begin", number},
+                          {"at", ""},
+                          {"call", line.said.row->full_name()},
+                          {"arguments", vor::Json::parse(line.said.arguments)},
+                          {line.said.secret ? "secret" : "file", ""}});
+            history.take({{"end", number},
+                          {"at", ""},
+                          {"outcome", name_of(Outcome::accepted)},
+                          {"verdict", ""},
+                          {"done", true}});
+        }
+    }
+}
+
+void require_shown_plan(const Plan& plan)
+{
+    for (const bool json : {false, true}) {
+        const Shown shown{site_name, journal_name, json};
+        for (const char character : lines_of(plan, shown) + summary_of(plan, shown) + warnings_of(plan, shown)) {
+            require(character == '\n' || (static_cast<unsigned char>(character) >= 0x20 && character != 0x7f),
+                    "no control character is shown");
+        }
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    static const processes::TemporaryDirectory place;
+    Input input(data, size);
+    Variables variables = variables_of((place.path() / "vars").string(), input);
+    const Bytes rest = input.take(size);
+    std::string text(rest.begin(), rest.end());
+    std::ranges::replace(text, '@', 'a'); // no secret of this machine's files, and nobody is asked
+    std::ranges::replace(text, '?', 'q');
+    Batch batch(text, site_name, {.literals = true, .standard_input = false}, std::move(variables));
+    const std::vector<Planned> calls = calls_in(batch);
+    batch.unused_variables();
+
+    History history;
+    const Plan fresh = plan_of(calls, history);
+    require_shown_plan(fresh);
+    require(fresh.due() + fresh.asking <= calls.size(), "a line is one call");
+    make(fresh, history);
+    const Plan again = plan_of(calls, history);
+    require_shown_plan(again);
+    require(again.due() == 0, "what was accepted is not to be made again");
+    return 0;
+}

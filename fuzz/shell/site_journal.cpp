@@ -1,0 +1,56 @@
+// A site's journal of any bytes: read, repaired, taken back, made again; or a complaint that names its line.
+#include <fstream>
+
+#include "input.hpp"
+#include "journal/journal.hpp"
+#include "processes.hpp"
+#include "site/due.hpp"
+#include "site/show.hpp"
+
+using namespace vorcfg;
+using namespace fuzz;
+
+namespace {
+
+const std::string file_name = "file";
+
+void check_history(const History& history)
+{
+    for (const Entry& entry : history.entries()) {
+        name_of(entry.said);
+        try {
+            require(said(planned(entry.said)).row == entry.said.row, "what was made can be made again");
+        } catch (const Complaint& complaint) {
+            require(!complaint.text.empty(), "or it is said why not");
+        }
+    }
+    for (const History::Undo& undo : history.undos()) {
+        require(undo.entry != nullptr && (undo.before == nullptr || undo.before->number < undo.entry->number),
+                "what stood before a call was made before it");
+    }
+    const Shown shown{file_name, file_name, true};
+    const Plan plan = Planner({}).against(history);
+    require(plan.due() == 0, "an empty file has nothing to make");
+    require(!summary_of(plan, shown).empty() && lines_of(plan, shown).find('\0') == std::string::npos,
+            "a plan can be shown");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    static const processes::TemporaryDirectory place;
+    const std::string path = (place.path() / "journal").string();
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+    try {
+        const Journal read = Journal::read(path);
+        check_history(read.history());
+        const std::size_t entries = Journal::reopen(path).history().entries().size();
+        require(entries == read.history().entries().size(), "a repair loses nothing that was read");
+        require(Journal::read(path).history().entries().size() == entries, "a repair is one");
+    } catch (const Complaint& complaint) {
+        require(complaint.text.find(path) != std::string::npos, "the place is said");
+    }
+    return 0;
+}

@@ -1,0 +1,90 @@
+// Fault rules of any text, a line each: what is read, what it says of itself, and what it does to a message and to an
+// answer of konfd.
+#include <array>
+
+#include "faults/faults.hpp"
+#include "faults/parse.hpp"
+#include "input.hpp"
+
+using namespace vorsim;
+using namespace vorsim::faults;
+using namespace fuzz;
+
+namespace {
+
+constexpr std::int32_t status = 3;
+
+void disturb_a_message(const Due& due)
+{
+    Judgement judgement;
+    judgement.answered = true;
+    judgement.answer = status_answer(status);
+    judgement.report.record["status"] = status;
+    judgement.told.emplace();
+    const Delivery delivery = disturb(judgement, due);
+    require(judgement.answer.size() <= sizeof status, "no answer grows");
+    require(delivery.wait >= Milliseconds(0), "no answer comes before its request");
+    require_shown(judgement.report.line);
+    require_shown(vor::dump(judgement.report.record));
+}
+
+void disturb_konfd(const Due& due)
+{
+    konfd::Reply reply;
+    reply.answer = "-o\n";
+    disturb(reply, due);
+    require_shown(reply.report.line);
+    require_shown(vor::dump(reply.report.record));
+}
+
+// Of as many messages as it can count, none is disturbed twice, and no more than its end allows.
+void check_rule(const Rule& rule)
+{
+    constexpr int messages = 8;
+    Plan plan(1);
+    const Time now{};
+    plan.add(rule, now);
+    const bool konfd = rule.concern.who == Concern::Who::konfd;
+    const Subject subject{.konfd = konfd,
+                          .sap = rule.concern.sap,
+                          .client = rule.concern.client.value_or(200),
+                          .id = rule.concern.id.value_or(7),
+                          .call = "vor_cfg_set_can_id",
+                          .object = rule.concern.object,
+                          .answered = true};
+    unsigned acted = 0;
+    for (int message = 0; message < messages; ++message) {
+        if (const auto due = plan.due(subject, now)) {
+            ++acted;
+            require_shown(due->text());
+            konfd ? disturb_konfd(*due) : disturb_a_message(*due);
+        }
+    }
+    require(acted <= rule.end.times.value_or(messages), "a rule ends");
+    require(rule.concern.when != Concern::When::nth || acted <= 1, "there is one n-th");
+    std::string text = plan.text(now);
+    require(!text.empty() && text.back() == '\n', "a rule is listed");
+    text.pop_back();
+    require_shown(text);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    std::string_view left(reinterpret_cast<const char*>(data), size);
+    while (!left.empty()) {
+        const std::string_view line = left.substr(0, left.find('\n'));
+        left.remove_prefix(std::min(line.size() + 1, left.size()));
+        try {
+            const Rule rule = parse_rule(line);
+            check_rule(rule);
+            require(parse_rule(rule.text).text == rule.text, "a rule reads as it is listed");
+        } catch (const vorsim::faults::Complaint& complaint) {
+            require(complaint.column >= 1 && complaint.column <= line.size() + 1, "a complaint has its column");
+            require(complaint.what()[0] != '\0', "a complaint says what is wrong");
+            require_shown(complaint.what());
+        }
+    }
+    return 0;
+}

@@ -1,0 +1,115 @@
+#include "calls.hpp"
+
+#include <algorithm>
+#include <iterator>
+
+#include <fmt/format.h>
+
+#include "calls/calls.hpp"
+#include "expected.hpp"
+#include "plan/batch.hpp"
+#include "rows/families.hpp"
+
+namespace {
+
+std::vector<Row>& taken_rows()
+{
+    static std::vector<Row> rows;
+    return rows;
+}
+
+} // namespace
+
+Calls::Calls(const char*, std::vector<Row> rows)
+{
+    std::erase_if(rows, [](const Row& row) { return row.strip.empty(); });
+    std::ranges::move(rows, std::back_inserter(taken_rows()));
+}
+
+std::string shown(vor_int32 code)
+{
+    return std::to_string(code);
+}
+
+std::string shown(const void* record)
+{
+    return record == nullptr ? "null" : "answer";
+}
+
+char* operator""_t(const char* text, size_t)
+{
+    return const_cast<char*>(text);
+}
+
+namespace soak {
+namespace {
+
+const Outcome agreed{"0", errno_before, 0};
+const Outcome not_agreed{"-1", errno_before, 0};
+
+std::vector<Outcome> expected_of_konfd(const Made& made)
+{
+    const Records& records = *made.records;
+    const bool whole = !records.empty() && std::ranges::all_of(records, [](const Record& record) {
+        return record.answered && !record.delayed && record.answer.size() > 1;
+    });
+    std::vector<Outcome> all{whole && records.back().answer.starts_with("-o") ? agreed : not_agreed};
+    if (made.overdue) {
+        all.push_back(not_agreed);
+    }
+    return all;
+}
+
+std::vector<Outcome> expected_of_none(const Made& made)
+{
+    return made.records->empty() ? std::vector{agreed} : std::vector<Outcome>{};
+}
+
+// A row of vorcfg with its example's words.
+Call call_of(const vorcfg::Row& row)
+{
+    std::string line = fmt::format("{} {}", row.full_name(), row.example);
+    if (line.ends_with(" -")) { // a secret, which a batch may hold
+        line.replace(line.size() - 1, 1, "secret");
+    }
+    auto planned = vorcfg::Batch(line, std::string(row.symbol), {.literals = true, .standard_input = false}).next();
+    const bool konfd = row.channel == vorcfg::Channel::konfd;
+    const auto make = [given = std::move(planned->values), &row, konfd](const std::string& tag) {
+        auto values = given;
+        for (vorcfg::Value& value : values) {
+            value.text += konfd && !value.text.empty() ? tag : "";
+        }
+        const vorcfg::Returned back = row.make(row, values);
+        if (vor_cfg_get_sock_endpoint() != nullptr) { // a call that fails leaves its connection open
+            vor_cfg_remove_sock_endpoint();
+        }
+        return std::to_string(back.succeeded() ? 0 : -1);
+    };
+    return {std::string(row.symbol), make, konfd ? expected_of_konfd : expected_of_none};
+}
+
+} // namespace
+
+std::string Outcome::text() const
+{
+    return fmt::format("{}, vor_errno {}, {} buffers kept", code, manager_errno, kept);
+}
+
+std::vector<Call> all_calls()
+{
+    std::vector<Call> calls;
+    for (const ::Row& row : taken_rows()) {
+        calls.push_back({row.call, [row](const std::string&) { return row.make(); },
+                         [row](const Made& made) { return expected_of(row, made); }});
+    }
+    for (const vorcfg::Family* family : vorcfg::families()) {
+        for (const vorcfg::Row& row : family->rows) {
+            if (row.channel != vorcfg::Channel::manager && row.make != nullptr && row.used_by.empty()) {
+                calls.push_back(call_of(row));
+            }
+        }
+    }
+    return calls;
+}
+
+} // namespace soak

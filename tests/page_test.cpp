@@ -21,11 +21,17 @@ using vorsim::Descriptor;
 std::string read_until(const Descriptor& socket, std::string_view wanted)
 {
     std::string text;
-    const auto patience = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    const auto patience = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     pollfd waiting{socket.get(), POLLIN, 0};
-    for (char byte = 0; !text.ends_with(wanted) && std::chrono::steady_clock::now() < patience &&
-                        poll(&waiting, 1, 60'000) == 1 && recv(socket.get(), &byte, 1, 0) == 1;) {
-        text += byte;
+    for (char bytes[4096]; std::chrono::steady_clock::now() < patience && poll(&waiting, 1, 20'000) == 1;) {
+        const ssize_t size = recv(socket.get(), bytes, sizeof bytes, MSG_PEEK);
+        const std::size_t before = text.size();
+        text.append(bytes, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+        const std::size_t found = text.find(wanted, before - std::min(before, wanted.size()));
+        text.resize(std::min(text.size(), found + std::min(wanted.size(), text.npos - found)));
+        if (recv(socket.get(), bytes, text.size() - before, 0) <= 0 || found != text.npos) {
+            break;
+        }
     }
     return text;
 }

@@ -1,45 +1,13 @@
 #include "calls.hpp"
 
 #include <algorithm>
-#include <iterator>
 
 #include <fmt/format.h>
 
-#include "calls/calls.hpp"
 #include "expected.hpp"
 #include "plan/batch.hpp"
 #include "rows/families.hpp"
-
-namespace {
-
-std::vector<Row>& taken_rows()
-{
-    static std::vector<Row> rows;
-    return rows;
-}
-
-} // namespace
-
-Calls::Calls(const char*, std::vector<Row> rows)
-{
-    std::erase_if(rows, [](const Row& row) { return row.strip.empty(); });
-    std::ranges::move(rows, std::back_inserter(taken_rows()));
-}
-
-std::string shown(vor_int32 code)
-{
-    return std::to_string(code);
-}
-
-std::string shown(const void* record)
-{
-    return record == nullptr ? "null" : "answer";
-}
-
-char* operator""_t(const char* text, size_t)
-{
-    return const_cast<char*>(text);
-}
+#include "rows_alone.hpp"
 
 namespace soak {
 namespace {
@@ -98,7 +66,7 @@ std::string Outcome::text() const
 std::vector<Call> all_calls()
 {
     std::vector<Call> calls;
-    for (const ::Row& row : taken_rows()) {
+    for (const ::Row& row : rows_alone()) {
         calls.push_back({row.call, [row](const std::string&) { return row.make(); },
                          [row](const Made& made) { return expected_of(row, made); }});
     }

@@ -42,3 +42,10 @@ add_test(NAME library_exports
 add_test(NAME library_refuses_frames
   COMMAND ${CMAKE_COMMAND} -D COMPILER=${CMAKE_CXX_COMPILER} -D SOURCE=${PROJECT_SOURCE_DIR}
           -D PLACE=${CMAKE_CURRENT_BINARY_DIR}/refused_frames -P ${CMAKE_CURRENT_SOURCE_DIR}/refused_frames.cmake)
+
+# The rows of its tests, for those that make the calls against vorsim.
+list(FILTER call_tables EXCLUDE REGEX "/(calls|texts).cpp$")
+add_library(rows_alone OBJECT ${call_tables} rows_alone.cpp)
+target_compile_definitions(rows_alone PRIVATE ROWS_ALONE)
+target_include_directories(rows_alone PUBLIC ${CMAKE_CURRENT_SOURCE_DIR} PRIVATE ${PROJECT_SOURCE_DIR}/include)
+target_link_libraries(rows_alone PRIVATE GTest::gtest vor_warnings)

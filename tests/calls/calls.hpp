@@ -44,7 +44,7 @@ struct FamilyName {
     Calls operator=(std::vector<Row> rows) const { return {text, std::move(rows)}; }
 };
 
-#ifdef ROWS_ALONE // for the soak: it takes the rows, and the tests beside them are templates that nobody wants
+#ifdef ROWS_ALONE // the tests beside the rows are templates that nobody wants
 #undef TEST
 #define TEST(suite, name)                                                                                              \
     template <class>                                                                                                   \

@@ -15,13 +15,15 @@ std::string label_of(const Message& message)
     return fmt::format("{} {:#x}", manager_label(message.sap), message.id);
 }
 
-Judgement begin(const Message& message)
+Judgement begin(const Message& message, Detail detail)
 {
-    return {
-        .answered = message.answer_wanted,
-        .answer_id = message.id,
-        .answer = {},
-        .report = {{}, {{"sap", message.sap}, {"source", message.source}, {"id", fmt::format("{:#x}", message.id)}}}};
+    Judgement judgement{
+        .answered = message.answer_wanted, .answer_id = message.id, .answer = {}, .report = {{}, Json::object()}};
+    if (detail == Detail::recorded) {
+        judgement.report.record = {
+            {"sap", message.sap}, {"source", message.source}, {"id", fmt::format("{:#x}", message.id)}};
+    }
+    return judgement;
 }
 
 } // namespace
@@ -37,11 +39,11 @@ void Judgement::comes_to(std::string_view outcome)
     report.line += fmt::format(" -> {}", outcome);
 }
 
-Judgement Gateway::refuse(const Message& message, const Complaint& complaint)
+Judgement Gateway::refuse(const Message& message, const Complaint& complaint, Detail detail)
 {
     ++complaints_;
     const auto status = static_cast<std::int32_t>(complaint.status);
-    Judgement judgement = begin(message);
+    Judgement judgement = begin(message, detail);
     judgement.answer = status_answer(status);
     judgement.report.line = fmt::format("strict: {}: {}", label_of(message), complaint.text);
     judgement.outcome_at = judgement.report.line.size();
@@ -53,10 +55,10 @@ Judgement Gateway::refuse(const Message& message, const Complaint& complaint)
     return judgement;
 }
 
-Judgement Gateway::accept(const Message& message, Decoded decoded)
+Judgement Gateway::accept(const Message& message, Decoded decoded, Detail detail)
 {
     const Row& row = *decoded.row;
-    Judgement judgement = begin(message);
+    Judgement judgement = begin(message, detail);
     auto& [line, record] = judgement.report;
     judgement.call = row.call;
     judgement.object = decoded.object;
@@ -64,19 +66,23 @@ Judgement Gateway::accept(const Message& message, Decoded decoded)
     line =
         fmt::format("{} {}  {}{}{}", label_of(message), row.call, decoded.object, values.empty() ? "" : ": ", values);
     judgement.outcome_at = line.size();
-    record["call"] = row.call;
-    record["object"] = decoded.object;
-    record["values"] = json_of(decoded.values);
+    if (detail == Detail::recorded) {
+        record["call"] = row.call;
+        record["object"] = decoded.object;
+        record["values"] = json_of(decoded.values);
+    }
 
     if (row.query != nullptr) {
         const Answer answer = row.query(decoded, state_, measurements_);
         judgement.answer = answer.bytes;
         judgement.comes_to(line_of(answer.values));
-        record["answer"] = json_of(answer.values);
+        if (detail == Detail::recorded) {
+            record["answer"] = json_of(answer.values);
+        }
         return judgement;
     }
     if (!state_.has_room(decoded)) {
-        return refuse(message, {no_room, "nothing more can be kept (vorsim reset makes room)"});
+        return refuse(message, {no_room, "nothing more can be kept (vorsim reset makes room)"}, detail);
     }
     judgement.told = std::move(decoded);
     if (!row.exchange.answered) {
@@ -99,13 +105,13 @@ void Gateway::settle(const Judgement& judgement)
     }
 }
 
-Judgement Gateway::judge(const Message& message)
+Judgement Gateway::judge(const Message& message, Detail detail)
 {
     ++messages_;
     const auto matched = match(message);
     const auto* const complaint = std::get_if<Complaint>(&matched);
-    return complaint != nullptr ? refuse(message, *complaint)
-                                : accept(message, decode(message.sap, std::get<Match>(matched), show_secrets_));
+    return complaint != nullptr ? refuse(message, *complaint, detail)
+                                : accept(message, decode(message.sap, std::get<Match>(matched), show_secrets_), detail);
 }
 
 } // namespace vorsim

@@ -25,6 +25,10 @@ struct Judgement {
     void comes_to(std::string_view outcome);
 };
 
+// What of a judgement nobody will write down, or watch, is not put together:
+// of its record the outcome alone.
+enum class Detail : std::uint8_t { recorded, outcome };
+
 std::vector<std::uint8_t> status_answer(std::int32_t status);
 
 class Gateway {
@@ -36,7 +40,7 @@ public:
 
     explicit Gateway(const Settings& settings) : show_secrets_(settings.show_secrets), measurements_(settings.seed) {}
 
-    Judgement judge(const Message& message);
+    Judgement judge(const Message& message, Detail detail = Detail::recorded);
     // Keeps what the judgement says is to be kept.
     void settle(const Judgement& judgement);
 
@@ -47,8 +51,8 @@ public:
     std::uint64_t complaints() const { return complaints_; }
 
 private:
-    Judgement refuse(const Message& message, const Complaint& complaint);
-    Judgement accept(const Message& message, Decoded decoded);
+    Judgement refuse(const Message& message, const Complaint& complaint, Detail detail);
+    Judgement accept(const Message& message, Decoded decoded, Detail detail);
 
     bool show_secrets_;
     State state_;

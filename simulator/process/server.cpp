@@ -257,7 +257,8 @@ void Server::take(Inlet& inlet)
     } else if (received > 0 && message.destination != sap) {
         discard(inlet, arrived, "foreign", fmt::format("a message to SAP {}", message.destination));
     } else if (received > 0) {
-        deliver(sap, message, arrived, gateway_.judge(message_of(sap, message)));
+        deliver(sap, message, arrived,
+                gateway_.judge(message_of(sap, message), bytes_wanted() ? Detail::recorded : Detail::outcome));
     }
 }
 
@@ -314,7 +315,7 @@ void Server::deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Arrival
         entry["line"] = line;
     }
     entry["complained"] = !accepted;
-    record(std::move(entry), arrived);
+    record(std::move(entry), arrived, judgement.call, judgement.object);
 }
 
 void Server::discard(const Inlet& inlet, Arrival arrived, const char* what, const std::string& why)
@@ -357,16 +358,14 @@ faults::Hearing Server::deliver(KonfdExchange& exchange)
     return hearing;
 }
 
-void Server::record(Json entry, Arrival arrived)
+void Server::record(Json entry, Arrival arrived, std::string_view call, const std::string& object)
 {
     blamed_ = blamed_ || !counters_.blameless();
     ++recorded_;
-    const std::string call = entry.value("call", "");
-    const std::string object = entry.value("object", "");
     if (bytes_wanted()) {
         write_down(std::move(entry), arrived);
     }
-    control_->note(call, object);
+    control_->note(std::string(call), object);
 }
 
 void Server::write_down(Json entry, Arrival arrived)

@@ -46,7 +46,7 @@ private:
     void discard(const Inlet& inlet, Arrival arrived, const char* what, const std::string& why);
     faults::Hearing deliver(KonfdExchange& exchange);
     // Adds when it came and how long it took, for the journal and for those who watch.
-    void record(Json entry, Arrival arrived);
+    void record(Json entry, Arrival arrived, std::string_view call = {}, const std::string& object = {});
     void write_down(Json entry, Arrival arrived);
     bool bytes_wanted() const { return journal_.kept() || control_->is_watched(); }
     void write_state() const;

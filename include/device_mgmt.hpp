@@ -149,7 +149,8 @@ struct Call {
     static_assert(record || std::same_as<Returned, vor_int32> || std::same_as<Returned, vor_int16>,
                   "this call returns no code: call it as it is");
 
-    static auto make(Argument<Parameters>... arguments, const Taken<vor_char*> auto&... texts)
+    static auto make(Argument<Parameters>... arguments,
+                     const Taken<vor_char*> auto&... texts) requires(count_at<Function> != 0 || sizeof...(texts) == 0)
     {
         if constexpr (count_at<Function> != 0) {
             auto& count = std::get<count_at<Function>>(std::tie(arguments...));
@@ -195,10 +196,13 @@ auto call(const auto&... arguments) -> decltype(decltype(detail::call_of<Functio
     return decltype(detail::call_of<Function>(Function))::make(arguments...);
 }
 
-/// This process's endpoint, while it lives.
+/// This process's endpoint, while it lives; false where it has one already, or none can be had.
 class Endpoint {
 public:
-    explicit Endpoint(vor_uint16 sap) : bound_(vor_cfg_create_ipc_endpoint(sap) == VOR_CODE_DONE) {}
+    explicit Endpoint(const std::integral auto& sap)
+        : bound_(vor_cfg_get_ipc_endpoint() == nullptr && call<vor_cfg_create_ipc_endpoint>(sap))
+    {
+    }
     Endpoint(Endpoint&&) = delete;
     ~Endpoint()
     {
@@ -215,7 +219,10 @@ private:
 /// A query to konfd. It gives back everything it holds.
 class Query {
 public:
-    explicit Query(vor_uchar operation) : query_(vor_cfg_proto_init()) { add<vor_cfg_proto_set_op>(operation); }
+    explicit Query(const std::integral auto& operation) : query_(vor_cfg_proto_init())
+    {
+        add<vor_cfg_proto_set_op>(operation);
+    }
     Query(Query&&) = delete;
     ~Query()
     {

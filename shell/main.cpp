@@ -113,6 +113,9 @@ int run(const Options& options)
         }
     }
     if (command == "docs") {
+        if (!options.yes) {
+            throw Complaint{"docs makes the family's examples on the gateway that it finds; --yes says that it may"};
+        }
         return print(page(wanted_word(words, "docs FAMILY")));
     }
     if (command == "completion") {

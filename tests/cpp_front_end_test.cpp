@@ -71,6 +71,10 @@ TEST(cpp_front_end, what_does_not_fit_is_not_sent)
     EXPECT_EQ(told(call<vor_cfg_set_dhcp_server_dns>("p", 3, 1, "9.9.9.9")), "not sent 0 0 2") << "counted wrong";
     EXPECT_EQ(told(call<vor_cfg_set_service_chain>(1, "c", 1, "a", "b")), "not sent 0 0 3");
     EXPECT_EQ(told(call<vor_cfg_get_system_temperature>(static_cast<vor_int16*>(nullptr))), "not sent 0 0 1");
+    EXPECT_EQ(device_mgmt::Query(257).command(), std::nullopt);
+    EXPECT_FALSE(device_mgmt::Endpoint(65736));
+    EXPECT_FALSE(device_mgmt::Endpoint(201)) << "there is one already";
+    EXPECT_NE(vor_cfg_get_ipc_endpoint(), nullptr) << "which stays";
     EXPECT_EQ(fake::events(), "nothing");
     EXPECT_EQ(told(call<vor_cfg_set_dhcp>(0, 200)), "accepted 0 0 0") << "a byte, whatever char's sign";
 }

@@ -256,6 +256,34 @@ TEST_F(Site, a_confirmed_apply_is_taken_back_unless_it_is_confirmed)
     EXPECT_EQ(11, workplace.run("vorcfg plan f").exit_code);
 }
 
+TEST_F(Site, bytes_that_are_no_text_are_accepted_once_and_taken_back)
+{
+    write(workplace, "f",
+          "gpio set-channel-name 3 d\xff"
+          "or 1\n");
+    EXPECT_EQ(0, workplace.run("vorcfg apply f").exit_code);
+    EXPECT_EQ(0, workplace.run("vorcfg plan f").exit_code);
+    EXPECT_EQ(0, workplace.run("vorcfg report f.journal").exit_code);
+    write(workplace, "f",
+          "gpio set-channel-name 3 d\xfe"
+          "or 1\nmodbus set-config-polling e\xfen 40001 3 1 1000 1\n");
+    EXPECT_EQ(0, workplace.run("vorcfg apply f --confirm 60 --yes").exit_code);
+    const Output reverted = workplace.run("vorcfg revert f.journal");
+    EXPECT_EQ(0, reverted.exit_code) << reverted.text;
+    EXPECT_NE(std::string::npos, told(workplace).back().find("d\xef\xbf\xbd"
+                                                             "or"))
+        << told(workplace).back();
+}
+
+TEST_F(Site, what_is_never_sent_in_an_older_journal_changes_nothing)
+{
+    write(workplace, "f", "devicename set-device-name gateway-17 1\n");
+    EXPECT_EQ(0, workplace.run("vorcfg apply f").exit_code);
+    workplace.run("sed -i 's/\"device_name\":\"gateway-17\"/&,\"option\":2/' f.journal");
+    EXPECT_EQ(0, workplace.run("vorcfg plan f").exit_code);
+    EXPECT_EQ(std::string::npos, workplace.run("vorcfg report f.journal").text.find("option"));
+}
+
 TEST_F(Site, a_journal_that_cannot_be_used_is_refused)
 {
     write(workplace, "f", "can set-id 1 7 1\ncan set-id 2 7 1\n");
@@ -271,17 +299,20 @@ TEST_F(Site, a_journal_that_cannot_be_used_is_refused)
     EXPECT_EQ("vorcfg: j: line 4: call 2 has not begun\n", apply("sed -i '4s/.*//;4d' j"));
     EXPECT_EQ("vorcfg: j: another vorcfg is at work with this journal\n", apply("exec 9<j; flock 9"));
     EXPECT_EQ("vorcfg: j: line 1: is no journal\n", apply("cp f j; echo {} > j; cat f.journal >> j"));
+    EXPECT_EQ("vorcfg: j: line 2: option is null, which is no value\n",
+              apply("sed -i '2s/\"option\":1/\"option\":null/' j"));
     EXPECT_EQ(messages, told(workplace).size());
 
     // torn where the last verdict was being written
     EXPECT_EQ("vorcfg: j: line 5 is torn and has been taken away\n"
+              "vorcfg: j is of gateway \"tower-17\"; --gateway says which one this is\n"
               "f:2: can set-id 2: unknown: begun 2027-01-15 08:00 UTC, no verdict\n"
               "vorcfg: f: 1 line without a verdict; --retry-unknown makes them again, --skip-unknown leaves them out; "
               "nothing was sent\n",
               apply("sed -i 's/\"at\":\"[^\"]*\"/\"at\":\"2027-01-15T08:00:00Z\"/' j; truncate -s -9 j"));
     EXPECT_EQ(messages, told(workplace).size());
     EXPECT_EQ("f: 0 accepted, 0 sent, 0 unread, 0 unknown, 0 refused, 0 not made; 1 done before; 1 left unknown\n",
-              workplace.run("vorcfg apply f --journal j --skip-unknown | tail -n 1").text);
+              workplace.run("vorcfg apply f --journal j --gateway tower-17 --skip-unknown | tail -n 1").text);
     EXPECT_EQ(messages, told(workplace).size());
 }
 

@@ -81,7 +81,7 @@ private:
     // The value of an option, or a command's word, as the usage names it.
     void offer_named(std::string_view name, std::string_view before, std::string_view typed)
     {
-        if (name == "FILE") {
+        if (name == "FILE" || name == "JOURNAL") {
             offer_files(before, typed, before.empty());
         } else if (name == "FAMILY") {
             offer_families();

@@ -23,13 +23,27 @@ std::string stamp(std::time_t time)
     return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts)};
 }
 
-std::string minute_of(std::string_view stamp)
+namespace {
+
+std::string cut(std::string_view stamp, std::size_t end)
 {
     constexpr std::size_t day = 10;
+    return stamp.size() < end ? std::string(stamp)
+                              : fmt::format("{} {} UTC", stamp.substr(0, day), stamp.substr(day + 1, end - day - 1));
+}
+
+} // namespace
+
+std::string minute_of(std::string_view stamp)
+{
     constexpr std::size_t minute = 16;
-    return stamp.size() < minute
-               ? std::string(stamp)
-               : fmt::format("{} {} UTC", stamp.substr(0, day), stamp.substr(day + 1, minute - day - 1));
+    return cut(stamp, minute);
+}
+
+std::string second_of(std::string_view stamp)
+{
+    constexpr std::size_t second = 19;
+    return cut(stamp, second);
 }
 
 } // namespace vorcfg

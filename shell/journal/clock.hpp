@@ -13,5 +13,7 @@ std::time_t now();
 std::string stamp(std::time_t time); // "2026-05-12T10:04:00Z"
 // "2026-05-12 10:04 UTC", of a stamp
 std::string minute_of(std::string_view stamp);
+// "2026-05-12 10:04:00 UTC"
+std::string second_of(std::string_view stamp);
 
 } // namespace vorcfg

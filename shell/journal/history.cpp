@@ -13,6 +13,12 @@ using vor::Json;
 
 namespace {
 
+bool is_value(const Json& value)
+{
+    return value.is_number_integer() || value.is_string() ||
+           (value.is_object() && value.size() == 1 && value.contains("bytes") && value["bytes"].is_string());
+}
+
 Said said_in(const Json& record)
 {
     const auto call = record.at("call").get<std::string>();
@@ -24,6 +30,11 @@ Said said_in(const Json& record)
     }
     if (!record.at("arguments").is_object()) {
         throw Complaint{"its arguments have no names"};
+    }
+    for (const auto& [name, value] : record["arguments"].items()) {
+        if (!(value.is_array() ? std::ranges::all_of(value, is_value) : is_value(value))) {
+            throw Complaint{fmt::format("{} is {}, which is no value", name, vor::dump(value))};
+        }
     }
     return said(*row, record["arguments"], record.contains("secret"));
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <unistd.h>
 
 #include <fmt/format.h>
 
@@ -125,7 +126,11 @@ std::string manual(std::string_view page, bool standard_input)
         throw Complaint{"the help of vorsim is read from standard input, which is the session itself"};
     }
     if (page == "vorsim.1") {
-        return help_page("vorsim", content_of(stdin, "standard input"));
+        const std::string text = isatty(STDIN_FILENO) == 0 ? content_of(stdin, "standard input") : "";
+        if (text.empty()) {
+            throw Complaint{"the help of vorsim is wanted on standard input: vorsim --help | vorcfg manual vorsim.1"};
+        }
+        return help_page("vorsim", text);
     }
     for (const Family* const family : families()) {
         if (page == fmt::format("vorcfg-{}.1", family->name)) {

@@ -100,9 +100,15 @@ Said said(const Planned& planned)
     return said(*planned.row, values_json(planned, false), std::ranges::any_of(planned.values, &Value::secret));
 }
 
-Said said(const Row& row, const Json& arguments, bool secret)
+Said said(const Row& row, Json arguments, bool secret)
 {
     Json objects = Json::array();
+    for (const Argument& argument : row.arguments()) { // an older journal may have what is never sent
+        if (!argument.is_sent || (!argument.decided_by.empty() &&
+                                  arguments.value(argument.decided_by, Json()) != argument.decided_at.number)) {
+            arguments.erase(std::string(argument.name));
+        }
+    }
     for (const Argument& argument : row.arguments()) {
         if (argument.is_object && arguments.contains(argument.name)) {
             objects.push_back(arguments[argument.name]);
@@ -175,9 +181,12 @@ std::string shown(const Argument& argument, const Json& value)
         }
         return fmt::format("[{}]", items);
     }
-    if (!value.is_string()) {
+    if (value.is_number_integer()) {
         const auto named = std::ranges::find(argument.choices, value.get<std::int64_t>(), &Choice::number);
         return named != argument.choices.end() ? std::string(named->name) : vor::dump(value);
+    }
+    if (!value.is_string()) { // bytes that are no text
+        return vor::dump(value);
     }
     const auto& text = value.get_ref<const std::string&>();
     return text.empty() || text.find_first_of(" \t\"#") != std::string::npos ? vor::quoted(text) : vor::escaped(text);

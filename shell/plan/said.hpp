@@ -20,7 +20,7 @@ struct Said {
 
 Said said(const Planned& planned);
 // The same of what was kept.
-Said said(const Row& row, const vor::Json& arguments, bool secret);
+Said said(const Row& row, vor::Json arguments, bool secret);
 // The call again. Throws a Complaint where the arguments are none of this call.
 Planned planned(const Said& said);
 

@@ -58,7 +58,16 @@ int run_prompt(const Options& given, int (*run)(const Options&))
     }
     ExitCode worst = exit_ok;
     std::size_t number = 0;
-    while (const auto line = lines->next()) {
+    const auto next = [&]() -> std::optional<std::string> {
+        try {
+            return lines->next();
+        } catch (Complaint& complaint) {
+            complaint.place = {"standard input", number + 1, 1};
+            complaint.text += "; it and what follows it is not read";
+            throw;
+        }
+    };
+    while (const auto line = next()) {
         number++;
         if (may_be_kept(*line)) {
             lines->keep(*line);

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "prompt/waiting.hpp"
+#include "words/complaint.hpp"
 
 namespace vorcfg {
 
@@ -27,11 +28,12 @@ bool agreed(std::string_view question)
     while (for_answer.wait(terminal) && (got = read(terminal, &byte, 1)) == 1 && byte != '\n') {
         answer += byte;
     }
-    if (got != 1 || for_answer.was_interrupted()) {
-        dprintf(terminal, "\n");
-        answer.clear();
-    }
+    const bool left = got != 1 || for_answer.was_interrupted();
+    dprintf(terminal, "%s", left ? "\n" : "");
     close(terminal);
+    if (left) { // Ctrl-C and Ctrl-D answer nothing
+        throw Complaint{"interrupted; nothing was sent", exit_ended};
+    }
     return answer == "y" || answer == "yes" || answer == "Y";
 }
 

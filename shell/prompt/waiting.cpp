@@ -1,7 +1,6 @@
 #include "prompt/waiting.hpp"
 
 #include <cerrno>
-#include <poll.h>
 #include <termios.h>
 
 namespace vorcfg {
@@ -27,18 +26,23 @@ Waiting::~Waiting()
 
 bool Waiting::wait(int input)
 {
+    pollfd waited{input, POLLIN, 0};
+    if (!wait({&waited, 1})) {
+        tcflush(input, TCIFLUSH);
+    }
+    return !interrupted_;
+}
+
+bool Waiting::wait(std::span<pollfd> inputs)
+{
     struct sigaction comes {};
     struct sigaction before {};
     comes.sa_handler = [](int) { interrupt_came = 1; };
     interrupt_came = 0;
     sigaction(SIGINT, &comes, &before);
-    pollfd waited{input, POLLIN, 0};
-    while (ppoll(&waited, 1, nullptr, &before_) < 0 && errno == EINTR && interrupt_came == 0) {}
+    while (ppoll(inputs.data(), inputs.size(), nullptr, &before_) < 0 && errno == EINTR && interrupt_came == 0) {}
     sigaction(SIGINT, &before, nullptr);
     interrupted_ = interrupt_came != 0;
-    if (interrupted_) {
-        tcflush(input, TCIFLUSH);
-    }
     return !interrupted_;
 }
 

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <csignal>
+#include <poll.h>
+#include <span>
 #include <unistd.h>
 
 namespace vorcfg {
@@ -16,6 +18,7 @@ public:
 
     // False where Ctrl-C ended it.
     bool wait(int input = STDIN_FILENO);
+    bool wait(std::span<pollfd> inputs);
     bool was_interrupted() const { return interrupted_; }
 
 private:

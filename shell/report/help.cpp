@@ -61,8 +61,9 @@ constexpr Command command_rows[] = {
     {"search", "search WORD", "show the calls that a word leads to",
      "Looks at the calls' names, their arguments and what the contract says of them.\n"},
     {"help", "help [FAMILY [CALL]]", "show a family's calls, a call's arguments; also --help behind them", ""},
-    {"docs", "docs FAMILY", "print a family's reference page",
-     "Makes every example of the family against the running gateway; nothing is printed unless each succeeds.\n"},
+    {"docs", "docs FAMILY --yes", "print a family's reference page",
+     "Makes every example of the family on the running gateway, which holds them afterwards: a simulated one's work.\n"
+     "Nothing is printed unless each succeeds.\n"},
     {"manual", "manual [PAGE]", "print a manual page, or name them all",
      "To read it: vorcfg manual vorcfg-gpio.1 | man -l -\n"},
     {"completion", "completion SHELL", "print the completion for bash or zsh",

@@ -99,7 +99,11 @@ int Making::give_up(const char* why)
     left_--;
     tally_.count(*under_way_, Outcome::unknown);
     tell(*under_way_, report);
-    return finish();
+    const int exit = finish();
+    if (hooks_.given_up) {
+        hooks_.given_up();
+    }
+    return exit;
 }
 
 int Making::finish()
@@ -109,7 +113,9 @@ int Making::finish()
         vor::print(stderr, "vorcfg: interrupted\n");
     }
     // whoever closed standard output is told on the other one
+    errno = 0;
     vor::print(std::ferror(stdout) != 0 ? stderr : stdout, summary_(tally_, left_));
+    output_error_ = output_error_ == 0 ? errno : output_error_;
     errno = output_error_; // for who complains of it in the end
     return std::ferror(stdout) != 0 ? exit_no_output : ended ? exit_ended : tally_.worst;
 }

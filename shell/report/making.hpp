@@ -21,6 +21,7 @@ public:
     struct Hooks {
         std::function<void(const Planned&)> before{};
         std::function<void(const Planned&, const Report&)> after{};
+        std::function<void()> given_up{}; // the process ends in the middle of a call
         bool hang_up_ends = true;
     };
     // `summary` tells what it came to and how many calls are left.

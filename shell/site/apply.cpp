@@ -145,6 +145,7 @@ public:
     {
         const Journal journal = Journal::read(path_);
         journal.check_gateway(options_.gateway);
+        tell_gateway(journal);
         const Plan plan = planned_against(journal);
         if (journal.history().pending()) {
             vor::print_line(stderr, fmt::format("vorcfg: {}", pending_text(journal)));
@@ -157,6 +158,7 @@ public:
     {
         Journal journal = Journal::open(path_, options_.gateway);
         check_nothing_pending(journal);
+        tell_gateway(journal);
         Plan plan = planned_against(journal);
         decide_unknown(plan, to_, options_);
         if (options_.confirm && plan.due() != 0) {
@@ -186,6 +188,15 @@ public:
     }
 
 private:
+    // Whoever does not say which gateway it is, is told whose journal is used.
+    void tell_gateway(const Journal& journal) const
+    {
+        if (options_.gateway.empty() && !journal.history().gateway().empty()) {
+            vor::print_line(stderr, fmt::format("vorcfg: {} is of gateway {}; --gateway says which one this is", path_,
+                                                vor::quoted(journal.history().gateway())));
+        }
+    }
+
     Plan planned_against(const Journal& journal)
     {
         Plan plan = planner_.against(journal.history());
@@ -197,7 +208,11 @@ private:
     {
         const Entry* const nothing = nullptr;
         const auto summary = [&](const Tally& tally, std::size_t left) { return applied_text(to_, tally, left, plan); };
-        Making making(options_, calls, summary, journaled(journal, !options_.confirm, nothing));
+        Making::Hooks hooks = journaled(journal, !options_.confirm, nothing);
+        if (options_.confirm) {
+            hooks.given_up = [&] { vor::print_line(stderr, fmt::format("vorcfg: {}", pending_text(journal))); };
+        }
+        Making making(options_, calls, summary, std::move(hooks));
         int exit = exit_ok;
         try {
             for (bool more = true; more;) {

@@ -8,12 +8,14 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/inotify.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <fmt/format.h>
 
 #include "journal/clock.hpp"
 #include "prompt/question.hpp"
+#include "prompt/waiting.hpp"
 #include "report/report.hpp"
 #include "report/run.hpp"
 #include "site/show.hpp"
@@ -53,38 +55,56 @@ bool somebody_waits(const std::string& path)
 
 std::string taken_back_text(const std::string& path, const Tally& tally, std::size_t left, std::size_t kept)
 {
-    return fmt::format("{}: {} accepted, {} sent, {} unread, {} failed, {} not made: taken back{}\n",
-                       vor::printable(path), tally.accepted, tally.sent, tally.unread, tally.failed.size(), left,
+    return fmt::format("{}: {} accepted, {} sent, {} unread, {} failed, {} not made: {}{}\n", vor::printable(path),
+                       tally.accepted, tally.sent, tally.unread, tally.failed.size(), left,
+                       tally.failed.empty() && left == 0 ? "taken back" : "not all is taken back",
                        kept != 0 ? fmt::format("; {} cannot be taken back", kept) : "");
+}
+
+struct TakingBack {
+    const Entry* undone;
+    Planned planned;
+};
+
+// What is to be made, all of it known before the first call; of the rest it is
+// said why it is left.
+std::vector<TakingBack> calls_back(const History& history, std::size_t& kept)
+{
+    std::vector<TakingBack> calls;
+    for (const History::Undo& undo : history.undos()) {
+        std::string why;
+        try {
+            if (undo.before != nullptr) {
+                calls.push_back({undo.entry, planned(undo.before->said)});
+                calls.back().planned.place = {undo.entry->file, undo.entry->line, 0};
+                continue;
+            }
+        } catch (const Complaint& complaint) { // what another version kept
+            why = ": " + complaint.text;
+        }
+        kept++;
+        vor::print_line(stdout, fmt::format("{}:{}: {}: cannot be taken back{}", vor::printable(undo.entry->file),
+                                            undo.entry->line, name_of(undo.entry->said), why));
+    }
+    return calls;
 }
 
 // Everything of it once more with what stood before, the last first.
 int take_back(Journal& journal, const Options& options)
 {
-    const std::vector<History::Undo> undos = journal.history().undos();
     std::size_t kept = 0;
-    for (const History::Undo& undo : undos) {
-        if (undo.before == nullptr) {
-            kept++;
-            vor::print_line(stdout, fmt::format("{}:{}: {}: cannot be taken back", vor::printable(undo.entry->file),
-                                                undo.entry->line, name_of(undo.entry->said)));
-        }
-    }
+    std::vector<TakingBack> calls = calls_back(journal.history(), kept);
     Options going_on = options;
     going_on.keep_going = true;
     const Entry* undone = nullptr;
     const auto summary = [&](const Tally& tally, std::size_t left) {
         return taken_back_text(journal.path(), tally, left, kept);
     };
-    Making making(going_on, undos.size() - kept, summary, journaled(journal, false, undone));
-    for (const History::Undo& undo : undos) {
-        if (undo.before != nullptr) {
-            undone = undo.entry;
-            Planned planned = vorcfg::planned(undo.before->said);
-            planned.place = {undo.entry->file, undo.entry->line, 0};
-            if (!making.make(planned) && making.ended()) {
-                break;
-            }
+    Making making(going_on, calls.size(), summary, journaled(journal, false, undone));
+    for (TakingBack& call : calls) {
+        undone = call.undone;
+        if (!making.make(call.planned) && making.ended()) {
+            break;
         }
     }
     const int exit = making.finish();
@@ -143,22 +163,30 @@ int wait_and_take_back(const std::string& path, const Options& options, Clock::t
     std::_Exit(wait_and_take_back(path, options, deadline));
 }
 
-// Until Enter, or until the other process has ended; true: Enter.
-bool enter_pressed(int process)
+enum class Left { enter, interrupted, alone };
+
+// Until an empty line, Ctrl-C, or until the other process has ended or this one has no terminal any more.
+Left wait_at_terminal(int process)
 {
+    Waiting for_enter;
+    bool empty = true;
     while (true) {
         pollfd waits[] = {{STDIN_FILENO, POLLIN, 0}, {process, POLLIN, 0}};
-        if (poll(waits, std::size(waits), -1) < 0 && errno == EINTR) {
-            continue;
+        if (!for_enter.wait(waits)) {
+            return Left::interrupted;
         }
         char byte;
         if (waits[1].revents != 0 || (waits[0].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0 ||
             (waits[0].revents != 0 && read(STDIN_FILENO, &byte, 1) != 1)) {
-            return false;
+            return Left::alone;
+        }
+        if (waits[0].revents != 0 && byte == '\n' && empty) {
+            return Left::enter;
         }
         if (waits[0].revents != 0 && byte == '\n') {
-            return true;
+            vor::print_line(stdout, "Enter alone keeps it");
         }
+        empty = waits[0].revents == 0 ? empty : byte == '\n';
     }
 }
 
@@ -201,7 +229,15 @@ std::string pending_text(const Journal& journal)
     const std::string& path = journal.path();
     const std::string& until = journal.history().pending()->until;
     if (somebody_waits(path)) {
-        return fmt::format("{}: a confirmed apply waits until {}; {}", path, minute_of(until), offer(path));
+        return fmt::format("{}: a confirmed apply waits until {}; {}", path, second_of(until), offer(path));
+    }
+    const std::uint64_t first = journal.history().pending()->first;
+    if (std::ranges::any_of(journal.history().entries(),
+                            [&](const Entry& entry) { return entry.takes_back && entry.number >= first; })) {
+        return fmt::format(
+            "{0}: a confirmed apply is taken back in part; vorcfg revert {0} goes on, vorcfg confirm {0} "
+            "keeps what stands",
+            path);
     }
     return fmt::format("{}: a confirmed apply was ended before it was confirmed; {}", path, offer(path));
 }
@@ -241,15 +277,23 @@ int wait_for_confirmation(Journal journal, const Options& options)
     journal.pend_until(until, waiter);
     const std::uint64_t first = journal.history().pending()->first;
     journal.close();
+    if (at_terminal()) {
+        tcflush(STDIN_FILENO, TCIFLUSH); // what was typed before answers nothing
+    }
     vor::print_line(stdout, fmt::format("{}: waits for {} s, until {}; {}{}", vor::printable(path), *options.confirm,
-                                        minute_of(until), at_terminal() ? "Enter or " : "", offer(path)));
+                                        second_of(until), at_terminal() ? "Enter or " : "", offer(path)));
     if (!at_terminal()) {
         return exit_ok;
     }
-    if (enter_pressed(ends[0])) {
+    switch (wait_at_terminal(ends[0])) {
+    case Left::enter:
         return run_confirm(path, options);
+    case Left::interrupted:
+        vor::print_line(stderr, fmt::format("\nvorcfg: {}", pending_text(Journal::read(path))));
+        return exit_ended;
+    default:
+        return tell_decision(path, first);
     }
-    return tell_decision(path, first);
 }
 
 int run_confirm(const std::string& path, const Options&)

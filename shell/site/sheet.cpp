@@ -41,6 +41,7 @@ struct Sheet {
     std::size_t open = 0;
     std::string first;
     std::string last;
+    std::string note; // of what may not stay
 };
 
 SheetLine sheet_line(const Entry& entry, const Known& known)
@@ -97,6 +98,9 @@ Sheet sheet_of(const Journal& journal)
             sheet.sections.push_back(std::move(section));
         }
     }
+    if (history.pending()) {
+        sheet.note = "A confirmed apply is neither confirmed nor taken back: what stands here may not stay.";
+    }
     return sheet;
 }
 
@@ -113,6 +117,7 @@ constexpr const char* meaning = "What the gateway accepted, and when; what it ho
 std::string text_of(const Sheet& sheet)
 {
     std::string text = fmt::format("{}: {}\n{}\n", vor::printable(sheet.title), counts_of(sheet), meaning);
+    text += sheet.note.empty() ? "" : sheet.note + '\n';
     for (const Section& section : sheet.sections) {
         text += fmt::format("\n{}: {}\n", section.family->name, about(*section.family));
         std::size_t width = 0;
@@ -193,8 +198,9 @@ std::string html_of(const Sheet& sheet)
 {
     std::string text = fmt::format("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
                                    "<meta name=\"viewport\" content=\"width=device-width\">\n<title>{0}</title>\n"
-                                   "<style>{1}</style>\n</head>\n<body>\n<h1>{0}</h1>\n<p>{2}<br>{3}</p>\n",
-                                   html(sheet.title), style, html(counts_of(sheet)), meaning);
+                                   "<style>{1}</style>\n</head>\n<body>\n<h1>{0}</h1>\n<p>{2}<br>{3}{4}</p>\n",
+                                   html(sheet.title), style, html(counts_of(sheet)), meaning,
+                                   sheet.note.empty() ? "" : fmt::format("<br><b>{}</b>", sheet.note));
     for (const Section& section : sheet.sections) {
         // the family's name within the head, which each page repeats
         text += fmt::format("<table>\n<colgroup><col><col><col><col></colgroup>\n<thead>\n"
@@ -215,6 +221,7 @@ std::string html_of(const Sheet& sheet)
 std::string json_of(const Sheet& sheet)
 {
     vor::Json json{{"schema", schema}, {"report", sheet.title}, {"settled", sheet.settled}, {"unknown", sheet.open}};
+    json["pending"] = !sheet.note.empty();
     json["lines"] = vor::Json::array();
     for (const Section& section : sheet.sections) {
         for (const SheetLine& line : section.lines) {
@@ -232,6 +239,9 @@ std::string json_of(const Sheet& sheet)
 
 int run_report(const std::string& path, const Options& options)
 {
+    if (options.json && options.html) {
+        throw Complaint{"one of --json and --html is enough"};
+    }
     if (!std::filesystem::exists(path)) {
         throw Complaint{fmt::format("{}: there is no such journal", path), exit_journal};
     }

@@ -16,8 +16,7 @@ namespace {
 constexpr OptionRow rows[] = {
     {"--json", "", "one JSON object per call, and per complaint", &Options::json},
     {"--trace", "", "show each message and its answer on standard error", &Options::trace},
-    {"--dry-run", "", "show the exact messages, send nothing; needs no gateway", &Options::dry_run,
-     "a call, batch, apply"},
+    {"--dry-run", "", "show the exact messages, send nothing; needs no gateway", &Options::dry_run, "a call, batch"},
     {"--sap", "N", "the shell's own endpoint; by default a free one from 0x1000 up"},
     {"--yes", "", "for a call that wants to be confirmed; ask nothing", &Options::yes},
     {"--keep-going", "", "go on with a batch after a failure", &Options::keep_going, "batch, apply"},
@@ -132,7 +131,8 @@ constexpr std::string_view a_call = "a call";
 
 bool means_something(const OptionRow& row, std::string_view command)
 {
-    return row.commands.empty() || row.commands.find(command) != std::string_view::npos;
+    return row.commands.empty() ||
+           fmt::format(", {}, ", row.commands).find(fmt::format(", {}, ", command)) != std::string::npos;
 }
 
 // `konfd query` has options of its own.
@@ -193,6 +193,9 @@ Options options_of(std::vector<Word> typed, Options options)
                 throw Complaint{fmt::format("{}: its value is missing", name)};
             }
             value = typed[i].text;
+        }
+        if (!row->value.empty() && value.empty()) {
+            throw Complaint{fmt::format("{}: its value is empty", name)};
         }
         take(options, *row, value);
         options.given.push_back(&*row);

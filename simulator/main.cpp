@@ -4,6 +4,9 @@
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <fmt/format.h>
 
 #include "client/commands.hpp"
@@ -32,6 +35,16 @@ std::unique_ptr<Thing> start(const Arguments&... arguments)
     } catch (const std::exception& error) {
         throw CannotStart(error.what());
     }
+}
+
+// One that the starter closed would become a socket's, and be written on.
+void keep_standard_descriptors()
+{
+    int descriptor = STDIN_FILENO;
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
+        descriptor = open("/dev/null", O_RDWR | O_CLOEXEC);
+    }
+    close(descriptor);
 }
 
 int run(const std::vector<std::string>& arguments)
@@ -65,6 +78,7 @@ int run(const std::vector<std::string>& arguments)
 
 int main(int argc, char** argv)
 {
+    keep_standard_descriptors();
     try {
         return run({argv + 1, argv + argc});
     } catch (const vorsim::UsageError& error) {

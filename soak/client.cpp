@@ -92,7 +92,8 @@ private:
     {
         VOR_IPC_MSG_REF mark;
         vor_ipc_get_buffer(&mark);
-        vor_ipc_send(handle_, mark_sap, ++marks_, &mark, 0, 0);
+        ++marks_;
+        while (vor_ipc_send(handle_, mark_sap, marks_, &mark, 0, 0) != 0 && part_.shared.gateway == gateway_) {}
         vor_ipc_drop_msg_buf(&mark);
         Records records;
         while (part_.shared.gateway == gateway_) {

@@ -328,7 +328,8 @@ TEST_P(Page, is_what_the_rows_and_the_header_say)
     const processes::Workplace workplace;
     processes::Gateway gateway(workplace, {"--strict"});
     const std::string page = processes::contents(source / "docs/calls" / (GetParam() + ".md"));
-    EXPECT_EQ(page, workplace.run("vorcfg --yes docs " + GetParam()).text) << "print it anew: docs/testing.md tells how";
+    EXPECT_EQ(page, workplace.run("vorcfg --yes docs " + GetParam()).text)
+        << "print it anew: docs/testing.md tells how";
     EXPECT_EQ(0, gateway.stop(SIGTERM));
 }
 

@@ -4,6 +4,7 @@ string(APPEND text "static constexpr vor::BuiltIn ${NAME}[] = {\n")
 foreach(file IN LISTS FILES)
   get_filename_component(stem ${file} NAME_WE)
   file(READ ${file} content)
+  # a header's first line, for Doxygen alone
   string(REGEX REPLACE "^/[*][*]\n [*] @file" "/*" content "${content}")
   string(APPEND text "    {\"${stem}\", R\"text(${content})text\"},\n")
 endforeach()

@@ -38,9 +38,6 @@ std::string Feed::after(std::uint64_t& seen) const
     std::string text;
     auto event = std::ranges::upper_bound(events_, seen, {}, &Event::number);
     for (; event != events_.end() && text.size() < most_at_once; ++event) {
-        if (seen != 0 && event->number > seen + 1) {
-            text += fmt::format("event: lost\ndata: {}\n\n", event->number - seen - 1);
-        }
         seen = event->number;
         text += fmt::format("id: {}\ndata: {}\n\n", seen, event->data);
     }

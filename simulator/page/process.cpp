@@ -105,6 +105,7 @@ Process::Process(std::uint16_t port, bool control)
     socket_ = Descriptor(ends[0]);
     const Descriptor childs_end(ends[1]);
     const pid_t parent = getpid();
+    std::signal(SIGCHLD, SIG_DFL); // whoever starts us may not want to know of his own; we do
     child_ = fork();
     if (child_ < 0) {
         fail("no process for the page");

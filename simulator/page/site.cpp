@@ -17,6 +17,8 @@ using namespace std::chrono_literals;
 
 constexpr std::size_t most_streams = 16;
 constexpr auto state_lasts = 200ms;
+constexpr int state_share = 10; // of its time the gateway spends at most one part on telling what it holds
+constexpr std::uint16_t http_port = 80;
 constexpr auto between_beats = 2s;
 
 constexpr unsigned bad_request = 400;
@@ -91,8 +93,9 @@ void Site::listen()
 // A name that resolves to this machine is no name of ours: another site's page could have made it.
 std::optional<Answer> Site::refusal(const Request& request) const
 {
-    const std::string hosts[] = {fmt::format("127.0.0.1:{}", settings_.port),
-                                 fmt::format("localhost:{}", settings_.port)};
+    const std::string port =
+        settings_.port == http_port ? "" : fmt::format(":{}", settings_.port); // left out by clients
+    const std::string hosts[] = {"127.0.0.1" + port, "localhost" + port};
     const auto ours = [&](std::string_view scheme, std::string_view name) {
         return std::ranges::any_of(hosts,
                                    [&](const std::string& host) { return name == fmt::format("{}{}", scheme, host); });
@@ -141,15 +144,17 @@ Answer Site::state()
 {
     const auto now = std::chrono::steady_clock::now();
     try {
-        if (now - state_time_ >= state_lasts) {
+        if (now >= state_due_) {
             state_ = client::ask(Json::object({{"do", "overview"}}));
-            state_time_ = std::chrono::steady_clock::now();
+            const auto end = std::chrono::steady_clock::now();
+            state_due_ = end + std::max<Loop::Time::duration>(state_lasts, state_share * (end - now));
         }
     } catch (const std::exception& error) {
         return {.status = unavailable, .body = fmt::format("{}\n", error.what())};
     }
     return {.type = "application/json",
-            .body = fmt::format("{{\"control\":{},\"gateway\":{}}}\n", settings_.control, state_)};
+            .body = fmt::format("{{\"control\":{},\"watched\":{},\"gateway\":{}}}\n", settings_.control,
+                                watch_ != nullptr, state_)};
 }
 
 Answer Site::events(const Request& request)
@@ -163,8 +168,9 @@ Answer Site::events(const Request& request)
 }
 
 // What vorsim's own command line takes, in the same words.
-Answer Site::obey(const std::string& command) const
+Answer Site::obey(const std::string& command)
 {
+    state_due_ = {}; // what is asked next is asked about what this makes of it
     const std::string name = command.substr(0, command.find(' '));
     Json request = {{"do", name}};
     if (is_command(name)) {

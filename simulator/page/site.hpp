@@ -28,7 +28,7 @@ private:
     std::optional<Answer> refusal(const Request& request) const;
     Answer state();
     Answer events(const Request& request);
-    Answer obey(const std::string& command) const;
+    Answer obey(const std::string& command);
     // Listens to the gateway, again where that came to an end.
     void watch();
     void listen();
@@ -39,7 +39,7 @@ private:
     std::unique_ptr<client::Watch> watch_;
     Loop::Time next_beat_;
     std::string state_; // as of a moment ago, for all who ask
-    Loop::Time state_time_{};
+    Loop::Time state_due_{};
     Http http_;
 };
 

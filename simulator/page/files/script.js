@@ -103,19 +103,24 @@ function refilter() {
   }
 }
 
+function gap(count) {
+  list(Object.assign(make("li", { className: "gap" }, `${count} not shown: too many at once`), { words: "" }));
+}
+
 function listen() {
   const events = new EventSource(`/events?token=${token}`);
   events.onopen = () => connection("live");
   events.onmessage = (event) => {
     const record = JSON.parse(event.data);
     if (record.seq > seen) {
+      if (seen !== 0 && record.seq > seen + 1) {
+        gap(record.seq - seen - 1);
+      }
       seen = record.seq;
       list(message(record));
       refreshSoon();
     }
   };
-  events.addEventListener("lost", (event) =>
-    list(Object.assign(make("li", { className: "gap" }, `${event.data} not shown: too many at once`), { words: "" })));
   events.onerror = () => {
     connection("not connected");
     if (events.readyState === EventSource.CLOSED) { // refused: it does not try again by itself
@@ -182,7 +187,7 @@ function branch({ line, under }) {
   return make("li", {}, line, ...(under.length > 0 ? [make("ul", {}, ...under.map(branch))] : []));
 }
 
-function show({ control: may, gateway }) {
+function show({ control: may, watched, gateway }) {
   control = may;
   for (const element of document.querySelectorAll(".control")) {
     element.hidden = !control;
@@ -199,6 +204,7 @@ function show({ control: may, gateway }) {
 
 // --- Asked and told -----------------------------------------------------------
 
+const unserved = "The page is not served any more, or the connection broke.";
 let waiting = false;
 
 function refreshSoon() {
@@ -215,10 +221,11 @@ async function refresh() {
     if (!answer.ok) {
       throw new Error(await answer.text());
     }
-    show(await answer.json());
-    notice("");
+    const state = await answer.json();
+    show(state);
+    notice(state.watched ? "" : "Messages are not shown: too many watch the gateway already.");
   } catch (error) {
-    notice(error instanceof TypeError ? "The gateway has ended." : error.message);
+    notice(error instanceof TypeError ? unserved : error.message);
   }
 }
 
@@ -230,7 +237,7 @@ async function tell(command) {
     told = answer.ok;
     output.textContent = await answer.text();
   } catch {
-    output.textContent = "The gateway has ended.";
+    output.textContent = unserved;
   }
   output.className = told ? "" : "wrong";
   output.hidden = output.textContent === "";

@@ -105,7 +105,7 @@ struct Http::Client {
 };
 
 // What the library calls.
-struct Callbacks {
+struct Http::Callbacks {
     static Http& http(void* http) { return *static_cast<Http*>(http); }
 
     static Http::Client& client(Http& http, MHD_Connection* connection)

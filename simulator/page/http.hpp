@@ -52,7 +52,7 @@ public:
 
 private:
     struct Client;
-    friend struct Callbacks;
+    struct Callbacks;
 
     void make_room();
 

@@ -27,7 +27,8 @@ bool answer_unread(int descriptor)
 KonfdServer::KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& path, OnExchange on_exchange)
     : loop_(loop), konfd_(konfd), on_exchange_(std::move(on_exchange)),
       door_(
-          loop, path, [this](bool no_descriptor) {
+          loop, path,
+          [this](bool no_descriptor) {
               return make_room_among(clients_, most_clients, no_descriptor,
                                      [this](int descriptor) { drop_client(descriptor); });
           },

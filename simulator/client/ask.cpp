@@ -1,7 +1,9 @@
 #include "client/ask.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -52,7 +54,7 @@ std::string Asked::receive(std::chrono::milliseconds within)
 {
     pollfd waiting{socket_.get(), POLLIN, 0};
     std::array<char, 65536> bytes; // NOLINT: filled by the receive
-    if (poll(&waiting, 1, static_cast<int>(within.count())) != 1) {
+    if (poll(&waiting, 1, static_cast<int>(std::min<std::int64_t>(within.count(), INT_MAX))) != 1) {
         throw std::runtime_error(fmt::format("the vorsim in {} does not answer", directory()));
     }
     const ssize_t size = recv(socket_.get(), bytes.data(), bytes.size(), 0);

@@ -17,6 +17,7 @@ namespace {
 constexpr std::size_t most_clients = 16;
 constexpr std::ptrdiff_t most_watching = 12;
 constexpr std::size_t longest_request = 1 << 23;
+constexpr int deepest_request = 10000;       // of what is copied and shown by recursion
 constexpr std::size_t most_unread = 1 << 18; // of one that watches
 constexpr std::size_t most_seen = 4096;
 
@@ -87,7 +88,9 @@ bool Control::answer_all()
 std::string Control::answer_to(Client& client, const std::string& request)
 {
     try {
-        const Json asked = Json::parse(request);
+        const Json asked = Json::parse(request, [](int depth, Json::parse_event_t, Json&) {
+            return depth <= deepest_request ? true : throw std::runtime_error("the request is nested too deep");
+        });
         const std::string what = asked.at("do");
         if (what == "watch" || what == "wait") {
             subscribe(client, asked);

@@ -1,8 +1,10 @@
 #include "process/journal.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <string_view>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -38,6 +40,18 @@ void remove_torn_line(int file, off_t size)
     }
 }
 
+// As one of this version or of the first does, as far as that was written.
+bool begins_as_a_journal(int file)
+{
+    char bytes[10] = {};
+    const ssize_t size = pread(file, bytes, sizeof bytes, 0);
+    const std::string_view begin(bytes, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    const auto agree = [&](std::string_view known) {
+        return known.substr(0, begin.size()) == begin.substr(0, known.size());
+    };
+    return size >= 0 && (agree("{\"journal\":") || agree("{\"seq\":"));
+}
+
 void take_over(int file)
 {
     struct stat status {};
@@ -52,6 +66,9 @@ void take_over(int file)
     }
     if (status.st_nlink != 1) {
         throw std::runtime_error("it has a second name");
+    }
+    if (!begins_as_a_journal(file)) {
+        throw std::runtime_error("it is no journal");
     }
     if (fchmod(file, 0600) != 0) {
         throw std::runtime_error(std::strerror(errno));

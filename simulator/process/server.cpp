@@ -51,6 +51,12 @@ void check_files(const Options& options)
             throw UsageError(fmt::format("{} is a folder", **file));
         }
     }
+    if (options.state_file) {
+        const fs::file_type is = fs::symlink_status(*options.state_file, ignored).type();
+        if (is != fs::file_type::not_found && is != fs::file_type::regular && is != fs::file_type::symlink) {
+            throw UsageError(fmt::format("{} is no plain file", *options.state_file));
+        }
+    }
     if (!options.state_file || !options.journal_file) {
         return;
     }

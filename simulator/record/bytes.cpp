@@ -41,6 +41,15 @@ std::vector<const Layout*> secret_layouts(std::int32_t sap, std::uint32_t id)
     return layouts;
 }
 
+bool is_known(std::int32_t sap, std::uint32_t id)
+{
+    return std::ranges::any_of(all_families(), [&](const Family* family) {
+        return std::ranges::any_of(family->rows(), [&](const Row& row) {
+            return row.exchange.id == id && (sap == any_sap || family->serves(row, sap));
+        });
+    });
+}
+
 std::vector<const Row*> record_rows(std::uint16_t sap, std::uint32_t id)
 {
     std::vector<const Row*> rows;
@@ -150,7 +159,10 @@ std::string payload_record(const Message& message, bool accepted, bool show_secr
     const auto layouts = secret_layouts(message.sap, message.id);
     if (layouts.empty()) {
         const bool elsewhere = !accepted && !secret_layouts(any_sap, message.id).empty(); // sent to the wrong manager
-        return elsewhere ? std::string(vor::mask) : hex(message.payload);
+        const bool unknown = !accepted && !is_known(message.sap, message.id); // perhaps a known one's id, misspelt
+        return elsewhere ? std::string(vor::mask)
+               : unknown ? masked_chain({}, message.payload, false)
+                         : hex(message.payload);
     }
     const Layout& layout = *layouts.front(); // the rows of one message share its form
     const std::size_t lead = layout.form == Form::flag_byte && !message.payload.empty() ? 1 : 0;
@@ -164,8 +176,8 @@ std::string datagram_record(Bytes datagram, bool show_secrets)
         return hex(datagram);
     }
     std::memcpy(&header, datagram.data(), sizeof header);
-    return secret_layouts(any_sap, header.opcode).empty() ? hex(datagram)
-                                                          : hex(datagram.first(sizeof header)) + std::string(vor::mask);
+    const bool plain = is_known(any_sap, header.opcode) && secret_layouts(any_sap, header.opcode).empty();
+    return plain ? hex(datagram) : hex(datagram.first(sizeof header)) + std::string(vor::mask);
 }
 
 std::string konfd_record(std::string_view text, bool show_secrets)

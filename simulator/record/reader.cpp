@@ -1,5 +1,6 @@
 #include "record/reader.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -15,13 +16,17 @@ JournalReader::JournalReader(const std::string& path) : path_(path), file_(path)
         throw std::runtime_error(
             fmt::format("cannot read the journal {}: {}", path, std::strerror(file_ ? EISDIR : errno)));
     }
+    std::error_code no_file; // a pipe has no size, and an end of its own
+    const auto size = std::filesystem::file_size(path, no_file);
+    left_ = no_file ? left_ : size;
 }
 
 std::optional<Record> JournalReader::next()
 {
     std::string text;
-    while (std::getline(file_, text)) {
+    while (left_ > 0 && std::getline(file_, text)) {
         ++line_;
+        left_ -= std::min<std::uintmax_t>(left_, text.size() + 1);
         if (file_.eof()) {
             torn_ = true;
             return {};

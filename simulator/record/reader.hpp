@@ -34,6 +34,7 @@ private:
     std::ifstream file_;
     std::uint64_t line_ = 0;
     int version_ = 1;
+    std::uintmax_t left_ = UINTMAX_MAX; // of what it held when it was opened: it may be written on
     bool torn_ = false;
 };
 

@@ -92,48 +92,6 @@ struct Sent {
 constexpr bool request = true;
 constexpr bool one_way = false;
 
-TEST(messages, are_told_with_their_object_and_values)
-{
-    const Sent table[] = {
-        {7, 0x7003, "hex 00010000c0a8010affffff00", request, none,
-         "ethmgr(7) 0x7003 vor_cfg_set_ip_address  interface 0: config_option=1 ip_address=192.168.1.10 "
-         "subnet_mask=255.255.255.0 -> status 0"},
-        {7, 0x7015, "9 str lan | 1 i16 -1", request, 255,
-         "ethmgr(7) 0x7015 vor_cfg_set_dhcp_server_interface  pool lan: config_option=255 interface_number=65535 -> "
-         "status 0"},
-        {7, 0x700d, "21 str site | 1 i16 1 | 11 i16 0", one_way, none,
-         "ethmgr(7) 0x700d vor_cfg_set_dhcp_server_dns_client  interface 1: def_search_domain=\"site\" "
-         "dns_server_num=0 -> no answer awaited"},
-        {7, 0x7013, "hex a5a5a5a50a000000", one_way, none,
-         "ethmgr(7) 0x7013 vor_cfg_remove_ip_route  route 10.0.0.0 -> no answer awaited"},
-        {0, 27, "hex 0400000007006574686d677200000000000000000000000000000000000000a5", one_way, none,
-         "system(0) 0x1b vor_cfg_set_debug_info  module ethmgr: log_level=4 sap_id=7 -> no answer awaited"},
-        {9, 0x9004, "1 str c | 2 str a | 2 str b", request, 1,
-         "svcmgr(9) 0x9004 vor_cfg_set_service_chain  chain c: mode=1 member=\"a\",\"b\" -> status 0"},
-        {9, 0x9004, "1 str c", request, 1, "svcmgr(9) 0x9004 vor_cfg_set_service_chain  chain c: mode=1 -> status 0"},
-        {15, 0xf005, "10 str s | 6 i16 2 | 7 str 10.0.0.9 | 8 i16 -1 | 32 raw \x07", request, 0,
-         "mqttmgr(15) 0xf005 vor_cfg_set_mqtt_server_config  service s: config_option=0 protocol=2 "
-         "ip_address=\"10.0.0.9\" port_number=65535 server_type=7 -> status 0"},
-        {240, 0x15003, "6 str g | 23 i16 3", request, none,
-         "towermon(240) 0x15003 vor_cfg_towermon_obj_*_physical_id  object g: id=3 -> status 0"},
-        {240, 0x15003, "19 str cool | 6 str ch | 4 i16 1", request, none,
-         "towermon(240) 0x15003 vor_cfg_towermon_obj_aircon_channel_name  aircon cool: channel_name=\"ch\" option=1 -> "
-         "status 0"},
-        {240, 0x15016, "29 i32 -1", request, none,
-         "towermon(240) 0x15016 vor_cfg_set_device_id  device: sensor_id=4294967295 -> status 0"},
-        {77, 0x0fffe029, "1 str svc | 2 str app", one_way, none,
-         "sap(77) 0xfffe029 vor_cfg_tp_set_app  service svc: app_name=\"app\" -> no answer awaited"},
-        {10, 0xa00a, "3 str a\x1b[2J\"\xff", one_way, none,
-         "datamgr(10) 0xa00a vor_cfg_set_plat_hostname  gateway: hostname=\"a\\x1b[2J\\\"\\xff\" -> no answer awaited"},
-    };
-    Gateway gateway({});
-    for (const Sent& sent : table) {
-        EXPECT_EQ(sent.line, send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option).report.line);
-    }
-    EXPECT_EQ(0U, gateway.complaints());
-    EXPECT_EQ(std::size(table), gateway.messages());
-}
-
 TEST(messages, that_the_tables_do_not_know_are_complained_about)
 {
     const Sent table[] = {
@@ -184,22 +142,6 @@ TEST(messages, that_the_tables_do_not_know_are_complained_about)
     }
     EXPECT_EQ(std::size(table), gateway.complaints());
     EXPECT_EQ("", gateway.state().text()) << "what is complained about is not kept";
-}
-
-TEST(answers, bear_the_id_and_status_their_call_expects)
-{
-    Gateway gateway({});
-    const Judgement lora = send(gateway, 24, 0x18003, "1 i16 1 | 2 str ch");
-    EXPECT_EQ(0x10004U, lora.answer_id);
-    EXPECT_EQ(0, status_of(lora));
-
-    std::vector<std::uint8_t> payload = payload_of("1 str 52.5");
-    payload.insert(payload.begin(), 1);
-    const Judgement latitude = gateway.judge({.sap = 10, .id = 0xa008, .answer_wanted = true, .payload = payload});
-    EXPECT_EQ(1, status_of(latitude));
-    EXPECT_EQ("datamgr(10) 0xa008 vor_cfg_set_gw_device_latitude_config  gateway: set=1 latitude=\"52.5\" -> status 1",
-              latitude.report.line);
-    EXPECT_NE(1, status_of(send(gateway, 10, 0xa009, "hex 01"))) << "refused, in the calls that take 1 for accepted";
 }
 
 TEST(measurements, move_from_call_to_call_and_are_the_seeds_own)

@@ -1,9 +1,7 @@
 // A site's journal of any bytes: read, repaired, taken back, made again; or a complaint that names its line.
-#include <fstream>
-
+#include "file.hpp"
 #include "input.hpp"
 #include "journal/journal.hpp"
-#include "processes.hpp"
 #include "site/due.hpp"
 #include "site/show.hpp"
 
@@ -39,10 +37,7 @@ void check_history(const History& history)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    static const processes::TemporaryDirectory place;
-    const std::string path = (place.path() / "journal").string();
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+    const std::string path = file_of(data, size);
     try {
         const Journal read = Journal::read(path);
         check_history(read.history());

@@ -1,9 +1,8 @@
 // A journal of any bytes, read as it is for a replay; and each of its lines as a stored state.
-#include <fstream>
 #include <stdexcept>
 
+#include "file.hpp"
 #include "input.hpp"
-#include "processes.hpp"
 #include "record/bytes.hpp"
 #include "record/reader.hpp"
 #include "record/stored.hpp"
@@ -29,10 +28,7 @@ void restore(const Json& state)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    static const processes::TemporaryDirectory place;
-    const std::string path = (place.path() / "journal").string();
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+    const std::string path = file_of(data, size);
     JournalReader reader(path);
     std::uint64_t line = 0;
     try {

@@ -3,16 +3,16 @@
 
 #include <sys/prctl.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <fmt/ranges.h>
 
-#include "complete/complete.hpp"
-#include "manual/manual.hpp"
+#include "call/check.hpp"
+#include "call/run.hpp"
+#include "help/complete.hpp"
+#include "help/help.hpp"
+#include "help/manual.hpp"
+#include "help/page.hpp"
 #include "prompt/prompt.hpp"
-#include "report/check.hpp"
-#include "report/help.hpp"
-#include "report/page.hpp"
-#include "report/run.hpp"
 #include "rows/families.hpp"
 #include "site/apply.hpp"
 #include "site/pending.hpp"

@@ -7,13 +7,13 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "client/commands.hpp"
 #include "faults/parse.hpp"
 #include "page/process.hpp"
-#include "process/options.hpp"
-#include "process/server.hpp"
+#include "server/options.hpp"
+#include "server/server.hpp"
 #include "text/text.hpp"
 
 namespace {

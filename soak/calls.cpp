@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
+#include "call/batch.hpp"
 #include "expected.hpp"
-#include "plan/batch.hpp"
 #include "rows/families.hpp"
 #include "rows_alone.hpp"
 

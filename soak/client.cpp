@@ -6,7 +6,7 @@
 #include <optional>
 #include <thread>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <fmt/ranges.h>
 
 #include <device_mgmt/common.h>

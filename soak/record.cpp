@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace soak {
 namespace {
@@ -41,10 +41,10 @@ Record record_of(const vor::Json& json)
     record.awaited = json.value("awaits", false);
     record.answered = record.answered && json.contains("answer_id");
     record.sap = json.value("sap", std::uint16_t{0});
-    record.id = number(json.at("id"));
+    record.id = number(json.at("id").string());
     if (record.answered) {
-        record.answer_id = number(json.at("answer_id"));
-        record.answer = bytes_of(json.at("answer_payload"));
+        record.answer_id = number(json.at("answer_id").string());
+        record.answer = bytes_of(json.at("answer_payload").string());
     }
     return record;
 }

@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "input/words.hpp"
 #include "rows/families.hpp"
-#include "words/word.hpp"
 
 namespace vorcfg {
 

@@ -4,7 +4,7 @@
 #include <future>
 #include <sstream>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gtest/gtest.h>
 
 #include "processes.hpp"

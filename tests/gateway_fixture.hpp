@@ -3,10 +3,10 @@
 
 #include <cstring>
 
-#include <nlohmann/json.hpp>
+#include "text/json.hpp"
 
 #include "platform_fixture.hpp"
-#include "process/unix_socket.hpp"
+#include "sockets/unix_socket.hpp"
 
 class GatewayTest : public testing::Test {
 protected:
@@ -14,7 +14,7 @@ protected:
 
     std::string in_place(const std::string& name) const { return (place.path() / name).string(); }
     std::string held(const std::string& name) const { return processes::contents(in_place(name)); }
-    nlohmann::json state() const { return nlohmann::json::parse(place.run("vorsim show --json").text); }
+    vor::Json state() const { return vor::Json::parse(place.run("vorsim show --json").text); }
 
     const processes::Workplace place;
     const std::string konfd_path = in_place("root/tmp/konfd.socket");

@@ -160,9 +160,9 @@ TEST(konfd, masks_secrets_in_lines_patterns_and_paths)
              {"-s -l \"password hunter2\" -r \"^password hunter2$\" \"interface wlan0\"", "-d \"interface wlan0\"",
               "-c -r \"^passphrase hunter2\" \"PSK hunter2\"", "-s -l \"password hunter2"}) {
             const Reply reply = konfd.execute(command);
-            everything += reply.report.line + reply.report.record.dump() + reply.answer;
+            everything += reply.report.line + vor::dump(reply.report.record) + reply.answer;
         }
-        everything += konfd.text() + konfd.json().dump();
+        everything += konfd.text() + vor::dump(konfd.json());
         EXPECT_EQ(shown, everything.find("hunter2") != std::string::npos) << everything;
     }
 }

@@ -30,7 +30,7 @@ set_target_properties(library_test PROPERTIES
 target_link_options(library_test PRIVATE
   LINKER:-rpath,${CMAKE_CURRENT_BINARY_DIR}/fake LINKER:-rpath,$<TARGET_FILE_DIR:device_mgmt>)
 set_source_files_properties(abi/signatures.c PROPERTIES COMPILE_OPTIONS -Wpedantic)
-vor_precompile(library_test functional gtest/gtest.h nlohmann/json.hpp sstream)
+vor_precompile(library_test functional gtest/gtest.h sstream)
 target_link_libraries(library_test PRIVATE fake_vorinfra device_mgmt GTest::gtest_main vor_warnings ${CMAKE_DL_LIBS})
 
 gtest_discover_tests(library_test DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 60 LABELS library_test)

@@ -5,16 +5,16 @@
 #include <netinet/in.h>
 #include <sys/wait.h>
 
-#include <fmt/format.h>
-#include <nlohmann/json.hpp>
+#include "text/json.hpp"
+#include <fmt/core.h>
 
 #include "platform_fixture.hpp"
-#include "process/unix_socket.hpp"
+#include "sockets/unix_socket.hpp"
 
 namespace {
 
-using Json = nlohmann::json;
 using processes::Gateway;
+using vor::Json;
 using vorsim::Descriptor;
 
 // Up to and with the wanted text, or what came before the end.
@@ -196,11 +196,11 @@ public:
         if (!session_.empty()) {
             request["sessionId"] = session_;
         }
-        EXPECT_TRUE(vorsim::send_now(socket_.get(), request.dump() + '\0'));
+        EXPECT_TRUE(vorsim::send_now(socket_.get(), vor::dump(request) + '\0'));
         for (std::string text; !(text = read_until(socket_, std::string_view("", 1))).empty();) {
-            const Json told = Json::parse(text.c_str(), nullptr, false);
-            if (told.is_discarded() || told.value("id", 0) == last_) {
-                return told.value("result", Json::object());
+            const auto told = Json::read(text.c_str());
+            if (!told || told->value("id", 0) == last_) {
+                return told && told->contains("result") ? told->at("result") : Json::object();
             }
         }
         return Json::object();
@@ -214,7 +214,9 @@ public:
                                               expression);
         const Json told =
             call("Runtime.evaluate", {{"expression", until}, {"awaitPromise", true}, {"returnByValue", true}});
-        return told.contains("exceptionDetails") ? told["exceptionDetails"] : told["result"].value("value", Json());
+        const Json* const value =
+            told.contains("exceptionDetails") ? &told["exceptionDetails"] : told["result"].find("value");
+        return value != nullptr ? *value : Json();
     }
     void open(const std::string& link)
     {
@@ -265,7 +267,7 @@ TEST(page, shows_and_switches_in_a_browser_and_nothing_for_another_site)
         fmt::format(fmt::runtime(fetch), "/command", "{method: 'POST', mode: 'no-cors', body: 'fault clear'}"));
     EXPECT_TRUE(contains(page.place.run("vorsim fault list").text, "1: canmgr: status 7")) << "and switches nothing";
     browser.open(fmt::format("http://evil.example{}", page.link.substr(page.link.rfind(':'))));
-    EXPECT_TRUE(contains(browser.in_page("document.body.innerText").dump(), "no other host"));
+    EXPECT_TRUE(contains(vor::dump(browser.in_page("document.body.innerText")), "no other host"));
 }
 
 } // namespace

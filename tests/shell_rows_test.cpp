@@ -6,10 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include "call/session.hpp"
 #include "example_lines.hpp"
-#include "make/session.hpp"
+#include "output/output.hpp"
 #include "processes.hpp"
-#include "report/report.hpp"
 #include "rows/contract.hpp"
 #include "text/text.hpp"
 

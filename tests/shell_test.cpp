@@ -4,13 +4,13 @@
 
 #include <gtest/gtest.h>
 
-#include "judge/verdict.hpp"
-#include "plan/batch.hpp"
+#include "call/batch.hpp"
+#include "call/verdict.hpp"
+#include "input/options.hpp"
+#include "output/output.hpp"
 #include "processes.hpp"
-#include "report/report.hpp"
 #include "rows/families.hpp"
 #include "text/text.hpp"
-#include "words/options.hpp"
 
 using namespace vorcfg;
 

@@ -6,11 +6,11 @@
 
 #include <gtest/gtest.h>
 
+#include "call/prepare.hpp"
+#include "call/session.hpp"
 #include "example_lines.hpp"
-#include "make/session.hpp"
-#include "plan/plan.hpp"
+#include "input/secret.hpp"
 #include "processes.hpp"
-#include "words/secret.hpp"
 
 using namespace vorcfg;
 

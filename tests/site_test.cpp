@@ -25,14 +25,14 @@ std::vector<Json> records(const std::filesystem::path& journal)
     std::vector<Json> all;
     std::istringstream lines(contents(journal));
     for (std::string line; std::getline(lines, line);) {
-        all.push_back(Json::parse(line, nullptr, false));
+        all.push_back(Json::read(line).value_or(Json()));
     }
     return all;
 }
 
 std::string text_of(const Json& json)
 {
-    return json.is_string() ? json.get<std::string>() : json.dump();
+    return json.is_string() ? json.string() : vor::dump(json);
 }
 
 // What the gateway was told: its messages from a number on, as `call object values`.
@@ -46,8 +46,11 @@ std::vector<std::string> told(const Workplace& workplace, std::size_t from = 0)
         if (from != 0) {
             from--;
         } else {
-            messages.push_back(text_of(each.value("call", Json())) + ' ' + text_of(each.value("object", Json())) + ' ' +
-                               each.value("values", Json()).dump());
+            const auto held = [&each](const char* name) {
+                const Json* const found = each.find(name);
+                return found != nullptr ? text_of(*found) : std::string("null");
+            };
+            messages.push_back(held("call") + ' ' + held("object") + ' ' + held("values"));
         }
     }
     return messages;
@@ -124,11 +127,12 @@ TEST_F(Site, killed_at_any_moment_ends_with_every_line_accepted_once)
     std::map<unsigned, unsigned> line_of;
     for (const Json& record : records(workplace.path() / "f.journal")) {
         if (record.contains("begin")) {
-            line_of[record["begin"]] = record["line"];
-            begun[record["line"]]++;
-            EXPECT_EQ(0U, accepted[record["line"]]) << "made again though accepted: line " << record["line"];
-        } else if (record.contains("end") && record["done"] == true) {
-            accepted[line_of[record["end"]]]++;
+            const auto line = record["line"].number<unsigned>();
+            line_of[record["begin"].number<unsigned>()] = line;
+            begun[line]++;
+            EXPECT_EQ(0U, accepted[line]) << "made again though accepted: line " << line;
+        } else if (record.contains("end") && record["done"] == Json(true)) {
+            accepted[line_of[record["end"].number<unsigned>()]]++;
         }
     }
     std::map<unsigned, unsigned> received;
@@ -244,7 +248,7 @@ TEST_F(Site, a_confirmed_apply_is_taken_back_unless_it_is_confirmed)
     // nobody waits any more
     write(workplace, "f", "ip set-dhcp 1 1\ncan set-id 1 9 1\n");
     EXPECT_EQ(0, workplace.run("vorcfg apply f --confirm 60").exit_code);
-    kill(records(workplace.path() / "f.journal").back()["process"].get<pid_t>(), SIGKILL);
+    kill(records(workplace.path() / "f.journal").back()["process"].number<pid_t>(), SIGKILL);
     workplace.run("until vorcfg plan f 2>&1 | grep -q ended; do :; done");
     EXPECT_EQ("vorcfg: f.journal: a confirmed apply was ended before it was confirmed; vorcfg confirm f.journal keeps "
               "it, vorcfg revert f.journal takes it back\n",

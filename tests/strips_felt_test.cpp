@@ -1,4 +1,5 @@
 // The library's outcome strips, end to end: every call under a fault of vorsim's for each column.
+#include <algorithm>
 #include <iterator>
 #include <sstream>
 

@@ -9,7 +9,7 @@
 #include <sys/file.h>
 #include <sys/wait.h>
 
-#include <nlohmann/json.hpp>
+#include "text/json.hpp"
 
 #include "gateway/gateway.hpp"
 #include "gateway_fixture.hpp"
@@ -140,11 +140,11 @@ std::size_t longest_wait(const std::string& journal, unsigned source)
     std::istringstream lines(journal);
     std::size_t longest = 0;
     for (std::string line; std::getline(lines, line);) {
-        const auto record = nlohmann::json::parse(line);
+        const auto record = vor::Json::parse(line);
         if (!record.contains("seq")) {
             continue;
         }
-        all.push_back({record["time"], record.value("source", 0U)});
+        all.push_back({record["time"].string(), record.value("source", 0U)});
         if (all.back().source != source) {
             continue;
         }
@@ -266,7 +266,7 @@ TEST(attack, by_many_objects_ends_in_complaints)
 {
     vorsim::Gateway gateway({});
     const long before = peak_of(getpid());
-    nlohmann::ordered_json last;
+    vor::Json last;
     for (unsigned port = 0; port < 0x8000; ++port) {
         const std::uint8_t payload[] = {static_cast<std::uint8_t>(port), static_cast<std::uint8_t>(port >> 8), 1, 0};
         const vorsim::Judgement judgement =
@@ -289,7 +289,7 @@ TEST(attack, by_queries_of_many_ports_is_not_remembered)
                                         static_cast<std::uint8_t>(input >> 8)};
         const auto record =
             gateway.judge({.sap = 5, .id = 0x5007, .answer_wanted = true, .payload = payload}).report.record;
-        return record["answer"]["polling_count"].get<std::uint64_t>();
+        return record["answer"]["polling_count"].number<std::uint64_t>();
     };
     const std::uint64_t first = polls(0);
     for (unsigned input = 1; input < 3'000; ++input) {

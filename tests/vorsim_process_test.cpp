@@ -28,7 +28,7 @@ TEST_F(Vorsim, is_ready_shows_its_state_and_leaves_nothing_behind)
         EXPECT_EQ(0, gateway.stop(signal_number));
         EXPECT_TRUE(fs::is_empty(in_place("run")));
         EXPECT_FALSE(fs::exists(konfd_path));
-        EXPECT_EQ(last, nlohmann::json::parse(held("state")));
+        EXPECT_EQ(last, vor::Json::parse(held("state")));
     }
     EXPECT_TRUE(contains(held("journal"), R"("konfd":"-s -l \"interface wlan0\" | -s -l \"password ********\")"));
     EXPECT_FALSE(contains(held("journal"), "hunter2"));

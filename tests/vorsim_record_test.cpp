@@ -3,8 +3,8 @@
 #include <fstream>
 #include <regex>
 
+#include "text/json.hpp"
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include "gateway_fixture.hpp"
 
@@ -62,7 +62,7 @@ TEST_F(Record, is_in_the_order_of_arrival_across_managers)
     for (int round = 0; round < rounds; ++round) {
         for (const int sap : {20, 4, 15, 7, 2}) {
             ASSERT_TRUE(std::getline(journal, line));
-            EXPECT_EQ(sap, nlohmann::json::parse(line)["sap"]) << line;
+            EXPECT_EQ(sap, vor::Json::parse(line)["sap"].number<int>()) << line;
         }
     }
 }
@@ -75,7 +75,7 @@ TEST_F(Record, holds_what_was_no_message_and_fails_a_strict_run)
     tell(7, datagram(200, 7, 0x7003, 0x8001, "late"));
     tell(7, datagram(200, 9, 0x7003, 0));
     EXPECT_EQ("vorsim: 0 messages, 0 complaints, 2 malformed, 2 foreign\n", place.run("vorsim show").text);
-    EXPECT_EQ(R"({"accepted":0,"complained":0,"faulted":0,"foreign":2,"malformed":2})", state()["counters"].dump());
+    EXPECT_EQ(R"({"accepted":0,"complained":0,"malformed":2,"foreign":2,"faulted":0})", vor::dump(state()["counters"]));
     EXPECT_EQ(3, gateway.stop(SIGTERM));
     const std::string decoded = place.run("vorsim decode --bytes --complaints --manager ethmgr journal").text;
     EXPECT_TRUE(contains(decoded, "malformed: ethmgr(7): 3 bytes that are no message\n    datagram 616263\n"));
@@ -240,7 +240,7 @@ TEST_F(Record, is_asked_for_by_scripts)
     EXPECT_EQ(kept["konfd"], loaded["konfd"]);
     EXPECT_EQ(0, place.run("vorsim quit").exit_code);
     EXPECT_FALSE(fs::exists(in_place("run/vorsim.control"))) << "all is over when it returns";
-    EXPECT_EQ(loaded["managers"], nlohmann::json::parse(held("state"))["managers"]);
+    EXPECT_EQ(loaded["managers"], vor::Json::parse(held("state"))["managers"]);
 }
 
 TEST_F(Record, is_watched_from_a_second_terminal)

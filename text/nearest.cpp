@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <fmt/ranges.h>
 
 namespace vor {

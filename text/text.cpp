@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace vor {
 namespace {

@@ -1,8 +1,8 @@
 // A batch file of any bytes: every line is a call that was tried, or a complaint at its place.
-#include "plan/batch.hpp"
+#include "call/batch.hpp"
+#include "call/session.hpp"
 #include "input.hpp"
-#include "make/session.hpp"
-#include "report/report.hpp"
+#include "output/output.hpp"
 #include "text/json.hpp"
 
 using namespace vorcfg;
@@ -41,14 +41,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                 calls++;
                 const Report report = Session({.capture = true}, std::nullopt).make(*planned);
                 require_text(text_of(*planned, report));
-                require(vor::Json::accept(json_of(*planned, report)), "a call is told in JSON");
+                require(vor::Json::read(json_of(*planned, report)).has_value(), "a call is told in JSON");
             }
         } catch (const Complaint& complaint) {
             complained = true;
             moves_on(complaint.place);
             require(!complaint.text.empty(), "a complaint says what is wrong");
             require_text(text_of(complaint));
-            require(vor::Json::accept(json_of(complaint)), "a complaint is told in JSON");
+            require(vor::Json::read(json_of(complaint)).has_value(), "a complaint is told in JSON");
         }
     }
     if (!complained) {

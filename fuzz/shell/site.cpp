@@ -1,11 +1,11 @@
 // A site file of any bytes and its variables, planned and made: what was made is not to be made again.
 #include <fstream>
 
+#include "call/verdict.hpp"
 #include "input.hpp"
-#include "judge/verdict.hpp"
+#include "output/output.hpp"
 #include "processes.hpp"
-#include "report/report.hpp"
-#include "site/due.hpp"
+#include "site/diff.hpp"
 #include "site/show.hpp"
 
 using namespace vorcfg;
@@ -19,7 +19,7 @@ const std::string journal_name = "journal";
 void require_told(const Complaint& complaint)
 {
     require(!complaint.text.empty(), "a complaint says what is wrong");
-    require(vor::Json::accept(json_of(complaint)), "a complaint is told in JSON");
+    require(vor::Json::read(json_of(complaint)).has_value(), "a complaint is told in JSON");
 }
 
 // No secret of this machine's files, and nobody is asked.

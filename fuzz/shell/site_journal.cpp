@@ -1,8 +1,8 @@
 // A site's journal of any bytes: read, repaired, taken back, made again; or a complaint that names its line.
 #include "file.hpp"
 #include "input.hpp"
-#include "journal/journal.hpp"
-#include "site/due.hpp"
+#include "site/diff.hpp"
+#include "site/journal.hpp"
 #include "site/show.hpp"
 
 using namespace vorcfg;

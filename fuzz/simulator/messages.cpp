@@ -32,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                 "a complaint is counted");
     }
     const std::string state = vor::dump(gateway.state().json());
-    require(Json::parse(state).dump() == Json::parse(vor::dump(Json::parse(state))).dump(), "the state is JSON");
+    require(vor::dump(Json::parse(state)) == state, "the state is JSON");
     for (const char character : gateway.state().text()) {
         require(character == '\n' || static_cast<unsigned char>(character) >= 0x20, "the state is text");
     }

@@ -6,15 +6,15 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <histedit.h>
 
-#include "complete/complete.hpp"
+#include "help/complete.hpp"
+#include "input/complaint.hpp"
+#include "input/waiting.hpp"
 #include "prompt/history.hpp"
 #include "prompt/lines.hpp"
-#include "prompt/waiting.hpp"
 #include "text/text.hpp"
-#include "words/complaint.hpp"
 
 namespace vorcfg {
 

@@ -8,12 +8,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
-#include "report/help.hpp"
+#include "help/help.hpp"
+#include "input/complaint.hpp"
+#include "input/secret.hpp"
 #include "rows/families.hpp"
-#include "words/complaint.hpp"
-#include "words/secret.hpp"
 
 namespace vorcfg {
 

@@ -1,12 +1,12 @@
 #include <cstdio>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
+#include "input/complaint.hpp"
+#include "input/secret.hpp"
+#include "input/waiting.hpp"
 #include "prompt/lines.hpp"
-#include "prompt/waiting.hpp"
 #include "text/text.hpp"
-#include "words/complaint.hpp"
-#include "words/secret.hpp"
 
 namespace vorcfg {
 

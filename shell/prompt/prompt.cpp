@@ -3,15 +3,15 @@
 #include <csignal>
 #include <cstdio>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
-#include "plan/batch.hpp"
+#include "call/batch.hpp"
+#include "call/run.hpp"
+#include "help/help.hpp"
+#include "input/question.hpp"
+#include "output/tally.hpp"
 #include "prompt/history.hpp"
 #include "prompt/lines.hpp"
-#include "prompt/question.hpp"
-#include "report/help.hpp"
-#include "report/run.hpp"
-#include "report/tally.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {

@@ -1,7 +1,7 @@
 // prompt.hpp: vorcfg without words: line after line, from a terminal or a pipe.
 #pragma once
 
-#include "words/options.hpp"
+#include "input/options.hpp"
 
 namespace vorcfg {
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <vector>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
+#include "input/complaint.hpp"
 #include "text/nearest.hpp"
-#include "words/complaint.hpp"
 
 #include "family_list.hpp" // of the files in families/, by the build
 

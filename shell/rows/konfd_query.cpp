@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <memory>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <vorinfra.h>
 
-#include "plan/reading.hpp"
-#include "words/complaint.hpp"
+#include "input/complaint.hpp"
+#include "rows/reading.hpp"
 
 namespace vorcfg::konfd_query {
 

@@ -1,6 +1,6 @@
 #include "rows/names.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <fmt/ranges.h>
 
 #include "rows/contract.hpp"

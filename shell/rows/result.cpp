@@ -1,7 +1,7 @@
 // What calls write into their results and answer as records, field by field.
 #include <arpa/inet.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "rows/binding.hpp"
 

@@ -4,14 +4,14 @@
 #include <cstdio>
 #include <map>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
-#include "journal/journal.hpp"
-#include "prompt/question.hpp"
-#include "report/check.hpp"
-#include "report/report.hpp"
-#include "report/run.hpp"
+#include "call/check.hpp"
+#include "call/run.hpp"
+#include "input/question.hpp"
+#include "output/output.hpp"
 #include "rows/families.hpp"
+#include "site/journal.hpp"
 #include "site/pending.hpp"
 #include "site/show.hpp"
 #include "text/text.hpp"
@@ -101,7 +101,7 @@ std::string applied_text(const Shown& to, const Tally& tally, std::size_t left, 
                                    {"unread", tally.unread},
                                    {"unknown", tally.unknown},
                                    {"refused", tally.refused},
-                                   {"failed_lines", tally.failed},
+                                   {"failed_lines", vor::Json::array(tally.failed)},
                                    {"not_made", left},
                                    {"left_unknown", left_unknown},
                                    {"before", before},

@@ -11,13 +11,13 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
-#include "journal/clock.hpp"
-#include "prompt/question.hpp"
-#include "prompt/waiting.hpp"
-#include "report/report.hpp"
-#include "report/run.hpp"
+#include "call/run.hpp"
+#include "input/question.hpp"
+#include "input/waiting.hpp"
+#include "output/output.hpp"
+#include "site/clock.hpp"
 #include "site/show.hpp"
 #include "text/text.hpp"
 

@@ -4,9 +4,9 @@
 
 #include <string>
 
-#include "journal/journal.hpp"
-#include "report/making.hpp"
-#include "words/options.hpp"
+#include "call/runner.hpp"
+#include "input/options.hpp"
+#include "site/journal.hpp"
 
 namespace vorcfg {
 

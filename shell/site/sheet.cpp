@@ -6,13 +6,13 @@
 #include <map>
 #include <vector>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
-#include "journal/clock.hpp"
-#include "journal/journal.hpp"
-#include "report/report.hpp"
+#include "output/output.hpp"
 #include "rows/contract.hpp"
 #include "rows/families.hpp"
+#include "site/clock.hpp"
+#include "site/journal.hpp"
 #include "site/pending.hpp"
 #include "site/show.hpp"
 #include "text/text.hpp"
@@ -60,6 +60,16 @@ struct Subject {
     const Known* known;
 };
 
+// Numbers as numbers.
+bool is_before(const vor::Json& one, const vor::Json& other)
+{
+    const auto before = [](const vor::Json& left, const vor::Json& right) {
+        return left.is_integer() && right.is_integer() ? left.number<std::int64_t>() < right.number<std::int64_t>()
+                                                       : vor::dump(left) < vor::dump(right);
+    };
+    return std::ranges::lexicographical_compare(one.elements(), other.elements(), before);
+}
+
 std::map<const Row*, std::vector<Subject>> subjects_of(const History& history)
 {
     std::map<const Row*, std::vector<Subject>> subjects;
@@ -70,7 +80,7 @@ std::map<const Row*, std::vector<Subject>> subjects_of(const History& history)
         }
     }
     for (auto& [row, each] : subjects) {
-        std::ranges::sort(each, {}, &Subject::objects); // numbers as numbers
+        std::ranges::sort(each, is_before, &Subject::objects);
     }
     return subjects;
 }

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "words/options.hpp"
+#include "input/options.hpp"
 
 namespace vorcfg {
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <set>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
-#include "journal/clock.hpp"
-#include "report/report.hpp"
+#include "output/output.hpp"
+#include "site/clock.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
@@ -29,8 +29,8 @@ std::string changes_of(const Due& line)
     std::string text;
     for (const Argument& argument : line.said.row->arguments()) {
         const auto value_in = [&](const Json& json) {
-            const auto value = json.find(argument.name);
-            return value != json.end() ? shown(argument, *value) : "not given";
+            const Json* const value = json.find(argument.name);
+            return value != nullptr ? shown(argument, *value) : "not given";
         };
         if (!argument.is_count && value_in(now) != value_in(before)) {
             text += fmt::format("{}{} {} (was {})", text.empty() ? "" : ", ", argument.name, value_in(now),
@@ -139,10 +139,10 @@ std::string values_of(const Said& said)
         text += fmt::format("{}{} {}", text.empty() ? "" : ", ", name, value);
     };
     for (const Argument& argument : said.row->arguments()) {
-        const auto value = arguments.find(argument.name);
+        const Json* const value = arguments.find(argument.name);
         if (argument.is_secret && said.secret) {
             add(argument.name, std::string(vor::mask));
-        } else if (!argument.is_object && !argument.is_count && value != arguments.end()) {
+        } else if (!argument.is_object && !argument.is_count && value != nullptr) {
             add(argument.name, shown(argument, *value));
         }
     }

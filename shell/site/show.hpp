@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "site/due.hpp"
+#include "site/diff.hpp"
 
 namespace vorcfg {
 

@@ -8,12 +8,12 @@
 #include <poll.h>
 #include <sys/socket.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <vorinfra_manager.h>
 
-#include "process/control.hpp"
-#include "process/options.hpp"
+#include "server/control.hpp"
+#include "server/options.hpp"
 #include "text/json.hpp"
 
 namespace vorsim::client {
@@ -61,7 +61,7 @@ std::string Asked::receive(std::chrono::milliseconds within)
     return {bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
 }
 
-Watch::Watch() : asked_(Json::object({{"do", "watch"}})) {}
+Watch::Watch() : asked_(Json({{"do", "watch"}})) {}
 
 bool Watch::read(const std::function<void(const Json& record)>& on_record)
 {

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "process/unix_socket.hpp"
+#include "sockets/unix_socket.hpp"
 #include "values/value.hpp"
 
 namespace vorsim::client {

@@ -8,13 +8,13 @@
 #include <fstream>
 #include <sstream>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <fmt/ranges.h>
 
 #include "client/ask.hpp"
-#include "process/commands.hpp"
-#include "process/options.hpp"
 #include "record/filter.hpp"
+#include "server/commands.hpp"
+#include "server/options.hpp"
 #include "text/text.hpp"
 
 namespace vorsim::client {
@@ -93,7 +93,7 @@ void show_watched(const Json& record, const Filter& filter, bool json)
 {
     if (record.contains("lost")) {
         vor::print_line(stderr, fmt::format("vorsim: {} not shown: not read in time",
-                                            vor::counted(record["lost"].get<std::uint64_t>(), "message")));
+                                            vor::counted(record["lost"].number<std::uint64_t>(), "message")));
     } else if (filter.passes(record)) {
         print(json ? vor::dump(record) + "\n" : record.value("line", "") + "\n");
     }
@@ -141,10 +141,9 @@ int wait(Arguments arguments)
             answer = answer.size() > 2 ? answer.substr(2) : asked.receive(within);
         }
     } catch (const std::runtime_error&) {
-        throw std::runtime_error(
-            fmt::format("no {}{} within {} ms", request["call"].get<std::string>(),
-                        request.contains("object") ? fmt::format(" of {}", request["object"].get<std::string>()) : "",
-                        within.count()));
+        throw std::runtime_error(fmt::format(
+            "no {}{} within {} ms", request["call"].string(),
+            request.contains("object") ? fmt::format(" of {}", request["object"].string()) : "", within.count()));
     }
     if (!answer.starts_with("+")) {
         throw std::runtime_error(answer.empty() ? "the gateway has ended" : answer.substr(1, answer.find('\n') - 1));
@@ -155,7 +154,7 @@ int wait(Arguments arguments)
 int reset(Arguments arguments)
 {
     nothing_more(arguments);
-    ask(Json::object({{"do", "reset"}}));
+    ask(Json({{"do", "reset"}}));
     return 0;
 }
 
@@ -169,18 +168,18 @@ int load(Arguments arguments)
     if (!file || !text) {
         throw std::runtime_error(fmt::format("cannot read the state {}", path));
     }
-    const Json state = Json::parse(text.str(), nullptr, false);
+    const Json state = Json::read(text.str()).value_or(Json());
     if (!state.is_object() || state.value("schema", 0) != 1) {
         throw std::runtime_error(fmt::format("{} is no state of a schema that is known (1)", path));
     }
-    ask(Json::object({{"do", "load"}, {"state", state}}));
+    ask(Json({{"do", "load"}, {"state", state}}));
     return 0;
 }
 
 int quit(Arguments arguments)
 {
     nothing_more(arguments);
-    ask(Json::object({{"do", "quit"}}));
+    ask(Json({{"do", "quit"}}));
     return 0;
 }
 
@@ -188,7 +187,7 @@ int command(std::string_view name, const Arguments& words)
 {
     const std::string rest = fmt::format("{}", fmt::join(words, " "));
     command_of(fmt::format("{} {}", name, rest)); // what is wrong with it is said here
-    print(ask(Json::object({{"do", name}, {"words", rest}})));
+    print(ask(Json({{"do", name}, {"words", rest}})));
     return 0;
 }
 

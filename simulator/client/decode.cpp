@@ -1,11 +1,11 @@
 #include <cstdio>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "client/commands.hpp"
-#include "process/options.hpp"
 #include "record/filter.hpp"
 #include "record/reader.hpp"
+#include "server/options.hpp"
 #include "text/text.hpp"
 
 namespace vorsim::client {
@@ -19,8 +19,8 @@ std::string line_of_old(const Json& data)
         : data.contains("call")
             ? fmt::format("{} {} {}", data.value("id", ""), data.value("call", ""), data.value("object", ""))
             : fmt::format("strict: {}: {}", data.value("id", ""), data.value("complaint", ""));
-    const auto verdict = data.contains("status")   ? fmt::format("status {}", data["status"].dump())
-                         : data.contains("answer") ? data["answer"].dump()
+    const auto verdict = data.contains("status")   ? fmt::format("status {}", vor::dump(data["status"]))
+                         : data.contains("answer") ? vor::dump(data["answer"])
                                                    : "";
     return fmt::format("{} -> {}", what, verdict);
 }
@@ -31,7 +31,7 @@ std::string bytes(const Json& data)
     for (const char* name :
          {"meta_data", "payload", "answer_id", "answer_payload", "text", "answer_text", "datagram"}) {
         if (data.contains(name)) {
-            text += fmt::format("    {} {}\n", name, data[name].get<std::string>());
+            text += fmt::format("    {} {}\n", name, data[name].string());
         }
     }
     return text;
@@ -70,7 +70,7 @@ int decode(std::vector<std::string> arguments)
             print(vor::dump(data) + "\n");
             continue;
         }
-        const std::string took = data.contains("took") ? fmt::format(" {} us", data["took"].dump()) : "";
+        const std::string took = data.contains("took") ? fmt::format(" {} us", vor::dump(data["took"])) : "";
         print(fmt::format("{} {}{}  {}\n", data.value("seq", 0), data.value("time", ""), took,
                           data.contains("line") ? data.value("line", "") : line_of_old(data)));
         if (with_bytes) {

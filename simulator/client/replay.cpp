@@ -5,20 +5,21 @@
 #include <fstream>
 #include <map>
 #include <memory>
+#include <sstream>
 
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <vorinfra_manager.h>
 
 #include "client/ask.hpp"
 #include "client/commands.hpp"
-#include "process/options.hpp"
 #include "record/bytes.hpp"
 #include "record/reader.hpp"
+#include "server/options.hpp"
 #include "text/text.hpp"
 
 namespace vorsim::client {
@@ -37,7 +38,7 @@ std::string bytes_in(const Json& data, const char* name)
     if (!data.contains(name)) {
         throw Unsendable(fmt::format("has no {}", name));
     }
-    const std::string text = data[name];
+    const std::string text = data[name].string();
     const auto bytes = bytes_of_hex(text);
     if (!bytes) {
         throw Unsendable(is_masked(text) ? "is masked (--show-secrets writes a journal that can be replayed)"
@@ -88,8 +89,8 @@ public:
         VOR_IPC_MSG_HDR header;
         std::memset(&header, 0, sizeof header); // what lies behind its last field is sent, too
         header.ipc_src_id = sap_;
-        header.ipc_dest_id = data.at("sap").get<vor_uint16>();
-        header.opcode = static_cast<vor_uint32>(std::stoul(data.at("id").get<std::string>(), nullptr, 16));
+        header.ipc_dest_id = data.at("sap").number<vor_uint16>();
+        header.opcode = static_cast<vor_uint32>(std::stoul(data.at("id").string(), nullptr, 16));
         sequence_ = static_cast<vor_uint16>(sequence_ % 0x7fff + 1);
         header.flag = awaits ? sequence_ : vor_uint16{0};
         header.payload_sz = static_cast<vor_uint16>(payload.size());
@@ -179,7 +180,7 @@ public:
                 ++sent_;
             } catch (const Unsendable& why) {
                 refuse(*record, why.what());
-            } catch (const Json::exception&) {
+            } catch (const vor::JsonError&) {
                 refuse(*record, "is damaged");
             }
         }
@@ -226,16 +227,15 @@ private:
         if (data.contains("konfd")) {
             compare_konfd(record);
         } else if (data.contains("datagram")) {
-            sender(0xfffe).send(data.at("sap").get<vor_uint16>(), bytes_in(data, "datagram"));
+            sender(0xfffe).send(data.at("sap").number<vor_uint16>(), bytes_in(data, "datagram"));
         } else {
             const std::string was =
                 data.contains("answer_id") && data.value("delivered", true)
-                    ? answer_text(
-                          static_cast<vor_uint32>(std::stoul(data["answer_id"].get<std::string>(), nullptr, 16)),
-                          bytes_in(data, "answer_payload"))
+                    ? answer_text(static_cast<vor_uint32>(std::stoul(data["answer_id"].string(), nullptr, 16)),
+                                  bytes_in(data, "answer_payload"))
                 : data.value("refused", false) ? refused
                                                : no_answer;
-            const std::string is = sender(data.at("source").get<vor_uint16>()).exchange(data);
+            const std::string is = sender(data.at("source").number<vor_uint16>()).exchange(data);
             if (was != is && data.value("delivered", true)) {
                 differ(fmt::format("{}: {}", journal_.place(record), name(data)), was, is);
             }
@@ -253,7 +253,7 @@ private:
         // One that shared its answer with the text before it has none of its own.
         const std::string sent = bytes_in(data, "answer_text");
         const std::string was = !data.value("delivered", true) ? no_answer
-                                : sent.empty()                 ? data.at("answer").get<std::string>() + "\n"
+                                : sent.empty()                 ? data.at("answer").string() + "\n"
                                                                : sent;
         if (was != is) {
             differ(fmt::format("{}: {}", journal_.place(record), name(data)), vor::quoted(was, 60),
@@ -280,23 +280,23 @@ private:
 
 void compare_held(Replay& replay, const Json& was, const Json& is, const std::string& path)
 {
-    const bool differs =
-        was.type() != is.type() || (!was.is_structured() && was != is) || (was.is_array() && was.size() != is.size());
+    const bool differs = was.type() != is.type() || (!was.is_array() && !was.is_object() && was != is) ||
+                         (was.is_array() && was.size() != is.size());
     if (differs) {
         replay.differ(path, vor::dump(was), vor::dump(is));
     } else if (was.is_array()) {
         for (std::size_t at = 0; at < was.size(); ++at) {
-            compare_held(replay, was[at], is[at], fmt::format("{}/{}", path, at));
+            compare_held(replay, was.elements()[at], is.elements()[at], fmt::format("{}/{}", path, at));
         }
     } else if (was.is_object()) {
-        for (const auto& [key, value] : was.items()) {
+        for (const auto& [key, value] : was.members()) {
             if (is.contains(key)) {
                 compare_held(replay, value, is[key], fmt::format("{}/{}", path, key));
             } else {
                 replay.differ(fmt::format("{}/{}", path, key), vor::dump(value), "not held");
             }
         }
-        for (const auto& [key, value] : is.items()) {
+        for (const auto& [key, value] : is.members()) {
             if (!was.contains(key)) {
                 replay.differ(fmt::format("{}/{}", path, key), "not held", vor::dump(value));
             }
@@ -320,7 +320,9 @@ int replay(std::vector<std::string> arguments)
     Json held;
     if (!state.empty()) {
         std::ifstream file(state);
-        held = Json::parse(file, nullptr, false);
+        std::ostringstream text;
+        text << file.rdbuf();
+        held = Json::read(text.str()).value_or(Json());
         if (!held.is_object() || !held.contains("managers")) {
             throw std::runtime_error(fmt::format("{} is no state", state));
         }
@@ -328,9 +330,9 @@ int replay(std::vector<std::string> arguments)
     Replay replay(path);
     replay.run();
     if (!state.empty()) {
-        const Json now = Json::parse(ask(Json::object({{"do", "show"}, {"json", true}})));
+        const Json now = Json::parse(ask(Json({{"do", "show"}, {"json", true}})));
         for (const char* part : {"managers", "konfd"}) {
-            compare_held(replay, held[part], now[part], part);
+            compare_held(replay, held.at(part), now.at(part), part);
         }
     }
     return replay.end();

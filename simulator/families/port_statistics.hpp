@@ -1,7 +1,7 @@
 // port_statistics.hpp: the counters that digital and analogue inputs answer alike.
 #pragma once
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "gateway/answer.hpp"
 #include "gateway/decoded.hpp"

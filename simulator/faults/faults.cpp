@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace vorsim::faults {
 namespace {
@@ -29,7 +29,7 @@ Delivery disturb(Judgement& judgement, const Due& due)
     case Kind::status: {
         const auto status = static_cast<std::int32_t>(action.number);
         judgement.answer = status_answer(status);
-        if (report.record.value("status", Json()) != status) {
+        if (report.record.find("status") == nullptr || report.record["status"] != Json(status)) {
             judgement.told.reset(); // what is refused is not kept
         }
         report.record.erase("answer");

@@ -10,7 +10,7 @@
 #include <set>
 #include <span>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <fnmatch.h>
 
 #include "tables/families.hpp"

@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "text/text.hpp"
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "text/text.hpp"
 
@@ -64,7 +64,7 @@ std::string object_of(std::string_view pattern, std::vector<Value>& values)
         const std::size_t close = pattern.find('}', open);
         const auto value = std::ranges::find(values, pattern.substr(open + 1, close - open - 1), &Value::name);
         value->in_object = true;
-        const std::string text = value->data.is_string() ? vor::escaped(value->data.get<std::string>()) : value->text;
+        const std::string text = value->data.is_string() ? vor::escaped(value->data.string()) : value->text;
         object += text.empty() ? "\"\"" : text;
         pattern.remove_prefix(close + 1);
     }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <vorinfra_manager.h>
 

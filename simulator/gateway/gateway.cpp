@@ -1,6 +1,6 @@
 #include "gateway/gateway.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "gateway/answer.hpp"
 #include "tables/managers.hpp"

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace vorsim {
 namespace {

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <fnmatch.h>
 
 #include "tables/families.hpp"

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "tables/managers.hpp"
 
@@ -78,8 +78,8 @@ std::optional<std::int32_t> State::latest(std::uint16_t sap, const std::string& 
     }
     for (auto setting = found->second.rbegin(); setting != found->second.rend(); ++setting) {
         for (const Value& value : setting->values) {
-            if (value.name == name && value.data.is_number()) {
-                return value.data.get<std::int32_t>();
+            if (value.name == name && value.data.is_integer()) {
+                return value.data.number<std::int32_t>();
             }
         }
     }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "text/text.hpp"
 #include "values/value.hpp"

@@ -2,7 +2,7 @@
 
 #include <set>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace vorsim::konfd {
 namespace {

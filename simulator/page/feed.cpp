@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace vorsim::page {
 namespace {
@@ -25,7 +25,7 @@ void Feed::add(const Json& record)
     for (const char* const name : bytes) {
         shown.erase(name);
     }
-    events_.push_back({record["seq"].get<std::uint64_t>(), vor::dump(shown)});
+    events_.push_back({record["seq"].number<std::uint64_t>(), vor::dump(shown)});
     size_ += events_.back().data.size();
     while (events_.size() > most_events || (size_ > most_bytes && events_.size() > 1)) {
         size_ -= events_.front().data.size();

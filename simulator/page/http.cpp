@@ -8,7 +8,7 @@
 #include <dlfcn.h>
 #include <sys/socket.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <microhttpd.h>
 
 namespace vorsim::page {

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "process/loop.hpp"
+#include "sockets/loop.hpp"
 
 struct MHD_Connection;
 struct MHD_Daemon;

@@ -7,7 +7,7 @@
 #include <sys/types.h>
 
 #include "page/site.hpp"
-#include "process/unix_socket.hpp"
+#include "sockets/unix_socket.hpp"
 
 namespace vorsim::page {
 

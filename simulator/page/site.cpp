@@ -4,11 +4,11 @@
 #include <charconv>
 #include <stdexcept>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "page_files.hpp" // of the files in files/, by the build
-#include "process/commands.hpp"
-#include "process/options.hpp"
+#include "server/commands.hpp"
+#include "server/options.hpp"
 
 namespace vorsim::page {
 namespace {
@@ -145,7 +145,7 @@ Answer Site::state()
     const auto now = std::chrono::steady_clock::now();
     try {
         if (now >= state_due_) {
-            state_ = client::ask(Json::object({{"do", "overview"}}));
+            state_ = client::ask(Json({{"do", "overview"}}));
             const auto end = std::chrono::steady_clock::now();
             state_due_ = end + std::max<Loop::Time::duration>(state_lasts, state_share * (end - now));
         }

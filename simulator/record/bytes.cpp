@@ -5,7 +5,7 @@
 #include <charconv>
 #include <cstring>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <fmt/ranges.h>
 
 #include <vorinfra_manager.h>

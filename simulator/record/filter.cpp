@@ -1,8 +1,8 @@
 #include "record/filter.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
-#include "process/options.hpp"
+#include "server/options.hpp"
 #include "tables/managers.hpp"
 
 namespace vorsim {
@@ -23,7 +23,7 @@ bool is_complaint(const Json& record)
 bool Filter::passes(const Json& record) const
 {
     const auto number = [&record](const char* name) {
-        return record.contains(name) ? record[name].dump() : std::string();
+        return record.contains(name) ? vor::dump(record[name]) : std::string();
     };
     return (!manager || *manager == manager_of(record) || *manager == number("sap")) &&
            (!call || *call == record.value("call", "")) && (!object || *object == record.value("object", "")) &&

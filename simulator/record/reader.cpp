@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace vorsim {
 
@@ -31,19 +31,19 @@ std::optional<Record> JournalReader::next()
             torn_ = true;
             return {};
         }
-        Json data = Json::parse(text, nullptr, false);
-        if (!data.is_object()) {
+        std::optional<Json> data = Json::read(text);
+        if (!data || !data->is_object()) {
             throw std::runtime_error(fmt::format("{}:{}: no record of a journal", path_, line_));
         }
-        const auto begins = data.find("journal");
-        if (begins == data.end()) {
-            return Record{line_, version_, std::move(data)};
+        const Json* const begins = data->find("journal");
+        if (begins == nullptr) {
+            return Record{line_, version_, std::move(*data)};
         }
-        version_ = begins->is_number_integer() ? begins->get<int>() : 0;
+        version_ = begins->is_integer() ? begins->number<int>() : 0;
         if (version_ < 1 || version_ > journal_version) {
             throw std::runtime_error(
                 fmt::format("{}:{}: a journal of version {}, which this vorsim does not know: it reads 1 to {}", path_,
-                            line_, begins->dump(), journal_version));
+                            line_, vor::dump(*begins), journal_version));
         }
     }
     return {};

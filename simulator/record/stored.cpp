@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <fmt/ranges.h>
 
 #include "tables/families.hpp"
@@ -28,13 +28,12 @@ std::vector<std::string_view> value_names(const Row& row)
 bool has_these(const Row& row, const Json& values)
 {
     const auto names = value_names(row);
-    const auto known = [&names](const auto& item) { return std::ranges::find(names, item.key()) != names.end(); };
+    const auto known = [&names](const auto& item) { return std::ranges::find(names, item.name) != names.end(); };
     const auto shown = [&](std::string_view name) {
         const auto fields = row.layout.fields();
         return values.contains(name) || (!fields.empty() && fields.back().repeated && fields.back().name == name);
     };
-    const auto items = values.items();
-    return std::all_of(items.begin(), items.end(), known) && std::ranges::all_of(names, shown);
+    return std::ranges::all_of(values.members(), known) && std::ranges::all_of(names, shown);
 }
 
 const Row* row_of(std::uint16_t sap, const std::string& call, const Json& values)
@@ -52,9 +51,9 @@ const Row* row_of(std::uint16_t sap, const std::string& call, const Json& values
 std::string text_of(const Field* field, const Json& data)
 {
     if (!data.is_string()) {
-        return data.dump();
+        return vor::dump(data);
     }
-    const std::string text = data;
+    const std::string& text = data.string();
     const bool plain = field != nullptr && (field->display == Display::address || field->display == Display::secret);
     return plain ? text : vor::quoted(text, longest_in_line);
 }
@@ -73,7 +72,7 @@ Value value_of(const Row& row, std::string_view name, const Json& data)
         return value;
     }
     std::vector<std::string> texts;
-    for (const Json& one : data) {
+    for (const Json& one : data.elements()) {
         texts.push_back(text_of(field, one));
     }
     value.text = fmt::format("{}", fmt::join(texts, ","));
@@ -82,8 +81,8 @@ Value value_of(const Row& row, std::string_view name, const Json& data)
 
 void store_lines(konfd::Konfd& konfd, const Json& lines, const std::string& path, int depth)
 {
-    for (const Json& one : lines) {
-        const std::string line = one.at("line");
+    for (const Json& one : lines.elements()) {
+        const std::string& line = one.at("line").string();
         if (line.ends_with(vor::mask) && konfd::without_secret(line) == line && line != vor::mask) {
             throw std::runtime_error(
                 fmt::format("konfd's line \"{}\" is masked (--show-secrets writes a state that can be loaded)", line));
@@ -93,7 +92,9 @@ void store_lines(konfd::Konfd& konfd, const Json& lines, const std::string& path
             throw std::runtime_error(
                 fmt::format("konfd's line {} cannot be stored", vor::quoted(line, longest_in_line)));
         }
-        store_lines(konfd, one.value("under", Json::array()), fmt::format("{} \"{}\"", path, line), depth + 1);
+        if (const Json* const under = one.find("under")) {
+            store_lines(konfd, *under, fmt::format("{} \"{}\"", path, line), depth + 1);
+        }
     }
 }
 
@@ -102,10 +103,10 @@ void store_lines(konfd::Konfd& konfd, const Json& lines, const std::string& path
 State stored_state(const Json& held)
 {
     State state;
-    for (const auto& [key, manager] : held.items()) {
-        const std::uint16_t sap = manager.at("sap");
-        for (const auto& [object, calls] : manager.at("objects").items()) {
-            for (const auto& [call, values] : calls.items()) {
+    for (const auto& [key, manager] : held.members()) {
+        const auto sap = manager.at("sap").number<std::uint16_t>();
+        for (const auto& [object, calls] : manager.at("objects").members()) {
+            for (const auto& [call, values] : calls.members()) {
                 const Row* const row = row_of(sap, call, values);
                 if (row == nullptr) {
                     throw std::runtime_error(

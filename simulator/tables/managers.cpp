@@ -1,6 +1,6 @@
 #include "tables/managers.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace vorsim {
 namespace {

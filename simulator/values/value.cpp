@@ -1,6 +1,6 @@
 #include "values/value.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace vorsim {
 

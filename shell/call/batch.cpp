@@ -1,0 +1,84 @@
+#include "call/batch.hpp"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace vorcfg {
+
+Batch Batch::of(const std::string& path, Variables variables)
+{
+    const bool from_file = path != "-";
+    const std::string name = from_file ? path : "standard input";
+    return {content_of(from_file ? std::fopen(path.c_str(), "re") : stdin, name),
+            name,
+            {.literals = true,
+             .standard_input = from_file,
+             .prompts_wait = true,
+             .directory = std::filesystem::path(from_file ? path : "").parent_path()},
+            std::move(variables)};
+}
+
+Batch::Batch(std::string text, std::string name, SecretSources sources, Variables variables)
+    : text_(std::move(text)), name_(std::move(name)), secrets_(std::move(sources)), variables_(std::move(variables))
+{
+}
+
+void Batch::rewind(std::function<bool(std::size_t)> wanted)
+{
+    at_ = 0;
+    line_ = 0;
+    tried_ = true;
+    wanted_ = std::move(wanted);
+}
+
+void Batch::ask(const std::function<bool(std::size_t)>& wanted)
+{
+    if (secrets_.ask_now()) {
+        rewind(wanted);
+        tried_ = false;
+        while (next()) {}
+    }
+}
+
+std::size_t column_of(const Complaint& complaint, const std::vector<Word>& words)
+{
+    if (complaint.place.column != 0) {
+        return complaint.place.column;
+    }
+    if (complaint.word == Complaint::no_word) {
+        return words.empty() ? 1 : words.front().column;
+    }
+    return complaint.word < words.size() ? words[complaint.word].column
+                                         : words.back().column + words.back().text.size();
+}
+
+std::optional<Planned> Batch::next()
+{
+    while (at_ < text_.size()) {
+        const std::size_t end = std::min(text_.find('\n', at_), text_.size());
+        const std::string_view line = std::string_view{text_}.substr(at_, end - at_);
+        at_ = end + 1;
+        line_++;
+        if (wanted_ && !wanted_(line_)) {
+            continue;
+        }
+        std::vector<Word> words;
+        try {
+            words = words_of(line, &variables_);
+            if (!words.empty()) {
+                const std::size_t call = words.size() > 1 ? words[1].column : words[0].column;
+                Planned planned = plan(words, secrets_, {name_, line_, call});
+                if (!tried_) {
+                    rehearse(planned);
+                }
+                return planned;
+            }
+        } catch (Complaint& complaint) {
+            complaint.place = {name_, line_, column_of(complaint, words)};
+            throw;
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace vorcfg

@@ -1,0 +1,49 @@
+// batch.hpp: files of calls, one a line.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "call/prepare.hpp"
+#include "input/variables.hpp"
+
+namespace vorcfg {
+
+// The column of the word complained about; behind the last for one that is missing.
+std::size_t column_of(const Complaint& complaint, const std::vector<Word>& words);
+
+// The calls of a batch, one after the other; none is kept, so that a batch of
+// any length takes no more memory than its text and its secrets.
+class Batch {
+public:
+    Batch(std::string text, std::string name, SecretSources sources, Variables variables = {});
+    // A file; - is standard input.
+    static Batch of(const std::string& path, Variables variables);
+
+    // The next line's call, tried when it is read for the first time; none at the end. Throws a Complaint with its
+    // place, and goes on behind it.
+    std::optional<Planned> next();
+    // Reads no secret from standard input: nothing is going to be made.
+    void leave_input() { secrets_.leave_input(); }
+    // Asks for the secrets that wait for a prompt, of all lines or of those wanted.
+    void ask(const std::function<bool(std::size_t line)>& wanted = {});
+    // To make what was tried: all lines, or those wanted.
+    void rewind(std::function<bool(std::size_t line)> wanted = {});
+
+    std::vector<Complaint> unused_variables() const { return variables_.unused(name_); }
+    const std::string& name() const { return name_; }
+
+private:
+    std::string text_;
+    std::string name_;
+    Secrets secrets_;
+    Variables variables_;
+    std::function<bool(std::size_t)> wanted_;
+    std::size_t at_ = 0;
+    std::size_t line_ = 0;
+    bool tried_ = false; // every call, by the first reading
+};
+
+} // namespace vorcfg

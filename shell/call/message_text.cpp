@@ -1,0 +1,183 @@
+// Messages in words.
+#include "call/message.hpp"
+
+#include <algorithm>
+#include <arpa/inet.h>
+
+#include <fmt/core.h>
+
+#include "text/text.hpp"
+
+namespace vorcfg {
+
+namespace {
+
+struct ManagerName {
+    std::uint16_t sap;
+    std::string_view name;
+};
+
+constexpr ManagerName managers[] = {
+    {0, "the platform"}, {1, "sysmgr"},     {2, "platmgr"},  {3, "restmgr"},    {4, "gpiomgr"},      {5, "adcmgr"},
+    {6, "blemgr"},       {7, "ethmgr"},     {8, "sub1gmgr"}, {9, "svcmgr"},     {10, "datamgr"},     {12, "gsmmgr"},
+    {13, "appmgr"},      {14, "sensormgr"}, {15, "mqttmgr"}, {16, "serialmgr"}, {18, "wifimonitor"}, {19, "canmgr"},
+    {20, "modbusmgr"},   {21, "snmpmgr"},   {22, "ntpmgr"},  {23, "pcumgr"},    {24, "loramgr"},     {240, "towermon"},
+};
+
+} // namespace
+
+std::string manager_name(std::uint16_t sap)
+{
+    const auto found = std::ranges::find(managers, sap, &ManagerName::sap);
+    return found != std::end(managers) ? std::string(found->name) : fmt::format("SAP {}", sap);
+}
+
+namespace {
+
+// The word that stands for a number, behind it.
+std::string choice_text(std::string_view name, std::string_view number, const Row& row)
+{
+    for (const Argument& argument : row.arguments()) {
+        for (const Choice& choice : argument.choices) {
+            if (argument.is_number() && argument.name == name && std::to_string(choice.number) == number) {
+                return fmt::format(" ({})", choice.name);
+            }
+        }
+    }
+    return "";
+}
+
+std::string field_text(const Field& field, const Row& row)
+{
+    switch (field.kind) {
+    case Field::Kind::number:
+        return fmt::format(" | {} {}{}", field.name, field.text, choice_text(field.name, field.text, row));
+    case Field::Kind::word:
+        return fmt::format(" | {} {}", field.name, field.text);
+    case Field::Kind::text:
+        return fmt::format(" | {} {}", field.name, vor::quoted(field.text));
+    case Field::Kind::secret:
+        break;
+    }
+    return fmt::format(" | {} {}", field.name, vor::mask);
+}
+
+std::string record_text(const Message& message, const Row& row, std::span<const Value> values)
+{
+    const auto fields = fields_of(message);
+    if (!fields) {
+        const bool holds_secret = std::ranges::any_of(values, &Value::secret);
+        return fmt::format(" | {} bytes {}", message.record.size(),
+                           holds_secret ? std::string(vor::mask) : vor::hexadecimal(message.record));
+    }
+    std::string text;
+    for (const Field& field : *fields) {
+        text += field_text(field, row);
+    }
+    return text;
+}
+
+// An address goes out as a number; the argument that it came from says so.
+std::string number_text(const Element& element, std::span<const Value> values)
+{
+    for (const Value& value : values) {
+        in_addr address{};
+        if (element.kind == Element::Kind::int32 && value.text.find('.') != std::string::npos &&
+            inet_pton(AF_INET, value.text.c_str(), &address) == 1 &&
+            address.s_addr == static_cast<std::uint32_t>(element.number)) {
+            return fmt::format("{} ({})", element.number, value.text);
+        }
+    }
+    return fmt::format("{}", element.number);
+}
+
+std::string element_text(const Element& element, std::span<const Value> values)
+{
+    switch (element.kind) {
+    case Element::Kind::int16:
+        return fmt::format(" | {} i16 {}", element.tag, number_text(element, values));
+    case Element::Kind::int32:
+        return fmt::format(" | {} i32 {}", element.tag, number_text(element, values));
+    case Element::Kind::raw:
+        return fmt::format(" | {} raw {}", element.tag, vor::hexadecimal(element.bytes));
+    case Element::Kind::text:
+        break;
+    }
+    return fmt::format(" | {} str {}", element.tag,
+                       element.secret ? std::string(vor::mask) : vor::quoted(element.bytes));
+}
+
+// What follows the word "password" within double quotes.
+std::string without_passwords(std::string_view text)
+{
+    static constexpr std::string_view word = "password ";
+    std::string masked;
+    for (std::size_t at = text.find(word); at != std::string_view::npos; at = text.find(word)) {
+        const bool begins = at > 0 && (text[at - 1] == '"' || text[at - 1] == '^');
+        masked += text.substr(0, at + word.size());
+        text.remove_prefix(at + word.size());
+        const std::size_t end = std::min(text.find('"'), text.size());
+        if (begins && end != 0) {
+            masked += vor::mask;
+            text.remove_prefix(end);
+        }
+    }
+    return masked.append(text);
+}
+
+} // namespace
+
+std::string without_secrets(std::string_view text, std::span<const Value> values)
+{
+    std::string masked = without_passwords(text);
+    for (const Value& value : values) {
+        for (std::size_t at = 0; value.secret && !value.text.empty();) {
+            at = masked.find(value.text, at);
+            if (at == std::string::npos) {
+                break;
+            }
+            masked.replace(at, value.text.size(), vor::mask);
+            at += vor::mask.size();
+        }
+    }
+    return masked;
+}
+
+std::string unfit_text(const Message& message)
+{
+    if (message.unfit == Unfit::elements) {
+        return fmt::format("{} elements, and a message holds {}", message.elements.size(), message.room);
+    }
+    std::size_t bytes = 0;
+    for (const Element& element : message.elements) {
+        bytes += element.bytes.size();
+    }
+    return fmt::format("{} bytes of text, and a message holds {} with what stands around them", bytes, message.room);
+}
+
+std::string described(const Message& message, const Row& row, std::span<const Value> values)
+{
+    if (message.way == Way::konfd) {
+        return fmt::format("konfd | {} bytes | {}", message.counted,
+                           vor::printable(without_secrets(message.command, values)));
+    }
+    std::string text = fmt::format("{} (SAP {}) 0x{:x}{}", manager_name(message.sap), message.sap, message.id,
+                                   message.way == Way::one_way ? " one-way" : "");
+    if (message.option) {
+        text += fmt::format(" | option {}", *message.option);
+    }
+    if (message.flag) {
+        text += fmt::format(" | flag {}", *message.flag);
+    }
+    for (const Element& element : message.elements) {
+        text += element_text(element, values);
+    }
+    if (!message.record.empty()) {
+        text += record_text(message, row, values);
+    } else if (message.elements.empty()) {
+        text += " | empty";
+    }
+    return text;
+}
+
+} // namespace vorcfg

@@ -1,0 +1,190 @@
+#include "call/prepare.hpp"
+
+#include <algorithm>
+#include <map>
+
+#include <fmt/core.h>
+#include <fmt/ranges.h>
+
+#include "call/session.hpp"
+#include "rows/families.hpp"
+#include "rows/reading.hpp"
+#include "text/nearest.hpp"
+#include "text/text.hpp"
+
+namespace vorcfg {
+
+namespace {
+
+// A line may leave its secret out where something else says where it comes from.
+std::vector<Word> with_secret(const Row& row, std::span<const Word> words, const SecretSources& sources)
+{
+    std::vector<Word> all(words.begin(), words.end());
+    if (!sources.left_out) {
+        return all;
+    }
+    std::size_t at = 0;
+    std::size_t wanted = Reading::first_word;
+    for (const Argument& argument : row.arguments()) {
+        at = argument.is_secret ? wanted : at;
+        wanted += argument.is_given() && !argument.is_list ? 1 : 0;
+    }
+    const bool asked_for = sources.left_out->text != "?";
+    if (at == 0) {
+        if (asked_for) {
+            throw Complaint{"has no secret argument"};
+        }
+    } else if (all.size() + 1 == wanted && !(at < all.size() && is_secret_source(all[at]))) {
+        all.insert(all.begin() + static_cast<std::ptrdiff_t>(at), *sources.left_out);
+    } else if (asked_for) {
+        throw Complaint{"the secret is given twice, or another argument is missing"};
+    }
+    return all;
+}
+
+// Names stand behind the words without one; a text that only looks like one is a text.
+const Argument* named_argument(const Row& row, const Word& word, bool after_a_name)
+{
+    if (word.named == 0) {
+        return nullptr;
+    }
+    const std::string_view name = std::string_view{word.text}.substr(0, word.named);
+    std::vector<std::string> known;
+    for (const Argument& argument : row.arguments()) {
+        if (argument.is_given() && argument.name == name) {
+            return &argument;
+        }
+        if (argument.is_given()) {
+            known.emplace_back(argument.name);
+        }
+    }
+    const std::vector<std::string> near = vor::nearest(name, known);
+    if (!near.empty() || after_a_name || word.quoted) {
+        const bool hidden = std::ranges::any_of(row.arguments(), &Argument::is_secret); // it may be misplaced
+        throw Complaint{fmt::format("no argument \"{}\"{}", hidden ? vor::mask : name,
+                                    vor::suggestion(near, fmt::format("wanted: {}", fmt::join(known, " ")))),
+                        exit_usage,
+                        {},
+                        word.index};
+    }
+    return nullptr;
+}
+
+// The words in the order of their arguments, without names.
+std::vector<Word> in_order(const Row& row, std::vector<Word> words, const SecretSources& sources)
+{
+    const auto is_named = [&](const Word& word) { return named_argument(row, word, false) != nullptr; };
+    const auto first = std::find_if(words.begin() + Reading::first_word, words.end(), is_named);
+    if (row.read != nullptr || first == words.end()) {
+        return with_secret(row, words, sources);
+    }
+    std::vector<Word> all(words.begin(), first);
+    std::vector<Word> listed;
+    std::size_t at = Reading::first_word;
+    std::map<std::string_view, Word> named;
+    for (auto word = first; word != words.end(); ++word) {
+        const Argument* const argument = named_argument(row, *word, true);
+        if (argument == nullptr) {
+            throw Complaint{"a word without a name stands before those with one", exit_usage, {}, word->index};
+        }
+        Word value = *word;
+        value.text.erase(0, value.named + 1);
+        value.named = 0;
+        if (argument->is_list) {
+            listed.push_back(std::move(value));
+        } else if (!named.emplace(argument->name, std::move(value)).second) {
+            throw Complaint{"is given twice", exit_usage, std::string(argument->name), word->index};
+        }
+    }
+    for (const Argument& argument : row.arguments()) {
+        if (!argument.is_given() || argument.is_list) {
+            continue;
+        }
+        const auto value = named.find(argument.name);
+        if (at++ < static_cast<std::size_t>(first - words.begin())) {
+            if (value != named.end()) {
+                throw Complaint{"is given twice", exit_usage, std::string(argument.name), value->second.index};
+            }
+        } else if (value != named.end()) {
+            all.push_back(std::move(value->second));
+        } else if (argument.is_secret && sources.left_out) {
+            all.push_back(*sources.left_out);
+        } else if (!argument.decided_by.empty()) {
+            all.push_back({.text = {}, .index = words.size(), .left_out = true});
+        } else {
+            throw Complaint{"is missing", exit_usage, std::string(argument.name), words.size()};
+        }
+    }
+    all.insert(all.end(), listed.begin(), listed.end());
+    return all;
+}
+
+} // namespace
+
+Planned plan(std::span<const Word> line, Secrets& secrets, const Place& place)
+{
+    std::vector<Word> words(line.begin(), line.end());
+    for (std::size_t i = 0; i < words.size(); i++) {
+        words[i].index = i;
+    }
+    const Family& family = wanted_family(words[0].text);
+    if (words.size() == 1) {
+        throw Complaint{fmt::format("the call's name is missing; vorcfg {} --help lists them", family.name)};
+    }
+    const Row& row = wanted_row(words[0].text, words[1].text);
+    try {
+        if (row.make == nullptr) {
+            throw Complaint{
+                fmt::format("cannot be called on its own; what uses it: {}", row.used_by), exit_usage, {}, 1};
+        }
+        const std::vector<Word> all = in_order(row, std::move(words), secrets.sources());
+        Reading reading{row, all, place, secrets, {}};
+        (row.read != nullptr ? row.read : read_words)(reading);
+        return {&row, std::move(reading.values), place};
+    } catch (Complaint& complaint) {
+        complaint.call = row.full_name();
+        throw;
+    }
+}
+
+namespace {
+
+// What of a message that is too long is to be cut: the list, or the longest text.
+std::size_t most_of(const Planned& planned, Unfit unfit)
+{
+    const auto arguments = planned.row->arguments();
+    std::size_t longest = 0;
+    for (std::size_t i = 0; i < planned.values.size(); i++) {
+        longest = planned.values[i].text.size() > planned.values[longest].text.size() ? i : longest;
+    }
+    return unfit == Unfit::elements ? arguments.size() - 1 : longest;
+}
+
+} // namespace
+
+void rehearse(Planned& planned)
+{
+    if (planned.row->channel == Channel::none) {
+        return;
+    }
+    const Report report = Session({.capture = true}, std::nullopt).make(planned);
+    Complaint complaint;
+    complaint.call = planned.row->full_name();
+    for (const Message& message : report.seen.messages) {
+        if (message.unfit != Unfit::no) {
+            const auto arguments = planned.row->arguments();
+            const std::size_t value = most_of(planned, message.unfit);
+            complaint.text = fmt::format("does not fit: {}", unfit_text(message));
+            complaint.argument = arguments[std::min(value, arguments.size() - 1)].name;
+            complaint.word = planned.values[value].word;
+            throw complaint;
+        }
+    }
+    if (report.seen.messages.empty() && !report.back.succeeded()) {
+        complaint.text = fmt::format("the library refuses this, nothing would be sent (code {})", *report.back.code);
+        complaint.word = 1;
+        throw complaint;
+    }
+}
+
+} // namespace vorcfg

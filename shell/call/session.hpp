@@ -1,0 +1,41 @@
+// session.hpp: calls made, one after the other, over one endpoint.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "call/prepare.hpp"
+#include "call/verdict.hpp"
+#include "call/watch.hpp"
+
+namespace vorcfg {
+
+struct Report {
+    Verdict verdict;
+    Returned back;
+    std::int32_t manager_errno = 0;
+    Observation seen;
+    std::vector<std::string> library; // the lines the library printed
+};
+
+// The endpoint is bound at the first call that needs it.
+class Session {
+public:
+    Session(Watch::Settings settings, std::optional<std::uint16_t> sap) : settings_(settings), sap_(sap) {}
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+    ~Session();
+
+    Report make(Planned& planned);
+
+private:
+    bool bind(std::string& complaints);
+    bool bind_to(std::uint16_t sap, std::string& complaints);
+
+    const Watch::Settings settings_;
+    const std::optional<std::uint16_t> sap_;
+    bool bound_ = false;
+};
+
+} // namespace vorcfg

@@ -1,0 +1,203 @@
+#include "call/verdict.hpp"
+
+#include <algorithm>
+
+#include <fmt/core.h>
+
+#include "text/text.hpp"
+
+namespace vorcfg {
+
+namespace {
+
+struct OutcomeRow {
+    std::string_view name;
+    ExitCode exit;
+};
+
+constexpr OutcomeRow outcomes[] = {
+    {"accepted", exit_ok},
+    {"sent", exit_ok},
+    {"done", exit_ok},
+    {"nothing to do", exit_ok},
+    {"dry run", exit_ok},
+    {"refused", exit_refused},
+    {"rejected", exit_usage},
+    {"not delivered", exit_not_delivered},
+    {"not sent", exit_not_sent},
+    {"unread", exit_unread},
+    {"unknown", exit_unknown},
+    {"no endpoint", exit_unusable},
+    {"contradiction", exit_contradiction},
+};
+
+std::string code_text(const Returned& back)
+{
+    return back.code ? fmt::format(" (code {})", *back.code) : "";
+}
+
+std::string status_text(const Message& message)
+{
+    return message.answer_status ? fmt::format("its answer carried status {}", *message.answer_status)
+                                 : "its answer carried no status";
+}
+
+bool refused(const Returned& back, std::int32_t manager_errno, const Message& message)
+{
+    static constexpr vor_int32 refusals[] = {-1001, -1002};
+    const vor_int32 code = back.code.value_or(0);
+    const bool by_status = code == -1 && manager_errno != 0 && message.answer_status == manager_errno;
+    return message.answer_status && (by_status || std::ranges::find(refusals, code) != std::end(refusals));
+}
+
+std::string timer_text(const Observation& seen)
+{
+    return seen.timer ? fmt::format("; timer of {} ms started", *seen.timer) : "";
+}
+
+Verdict undelivered(const Message& message, const Returned& back, const Observation& seen)
+{
+    const std::string manager = manager_name(message.sap);
+    if (message.timed_out) {
+        return {Outcome::unknown, fmt::format("unknown: no answer from {} in time, it may or may not have been done{}",
+                                              manager, code_text(back))};
+    }
+    if (message.unserved) {
+        return {Outcome::not_delivered,
+                fmt::format("not delivered: nobody listens{}; is {} running?", timer_text(seen), manager)};
+    }
+    return {Outcome::not_delivered, fmt::format("not delivered: {} refused{}; {}",
+                                                message.way == Way::request ? "exchange" : "send", code_text(back),
+                                                message.unfit == Unfit::no ? fmt::format("is {} running?", manager)
+                                                                           : "the message is too long")};
+}
+
+Verdict answered(const Row& row, const Returned& back, std::int32_t manager_errno, const Message& message)
+{
+    const std::string manager = manager_name(message.sap);
+    if (back.succeeded()) {
+        return {Outcome::accepted, fmt::format("{} by {}", back.fields.empty() ? "accepted" : "answered", manager)};
+    }
+    if (refused(back, manager_errno, message)) {
+        return {Outcome::refused, fmt::format("refused by {}: status {}", manager, *message.answer_status)};
+    }
+    if (row.has(answer_unread)) {
+        return {Outcome::unread,
+                fmt::format("delivered to {}, verdict unread by this call ({})", manager, status_text(message))};
+    }
+    return {Outcome::unread, fmt::format("delivered to {}, its answer is not what this call reads (message 0x{:x}{}){}",
+                                         manager, message.answer_id.value_or(0),
+                                         row.answers_record ? "" : ", " + status_text(message), code_text(back))};
+}
+
+Verdict judged_konfd(const Returned& back, const Observation& seen)
+{
+    const std::string code = code_text(back);
+    if (back.code == 0) {
+        return {Outcome::accepted, "accepted by konfd"};
+    }
+    if (seen.unconnected) {
+        return {Outcome::not_delivered, fmt::format("not delivered: no connection{}; is konfd running?", code)};
+    }
+    if (seen.messages.empty()) {
+        return {Outcome::not_sent, fmt::format("nothing was sent{}", code)};
+    }
+    const Message& last = seen.messages.back();
+    if (!last.delivered) {
+        return {Outcome::not_delivered, fmt::format("not delivered: send refused{}", code)};
+    }
+    if (!last.answer) {
+        return {Outcome::unknown,
+                fmt::format("unknown: no answer from konfd in time, it may or may not have been done{}", code)};
+    }
+    if (*last.answer != "-o") {
+        return {Outcome::refused, fmt::format("refused by konfd: answer {}", vor::quoted(*last.answer))};
+    }
+    return {Outcome::contradiction, fmt::format("konfd agreed, yet the call failed{}", code)};
+}
+
+Verdict judged_messages(const Row& row, const Returned& back, std::int32_t manager_errno, const Observation& seen)
+{
+    const Message& last = seen.messages.back();
+    const bool notice = seen.messages.size() > 1;
+    const std::string first_manager = manager_name(seen.messages.front().sap);
+    if (!last.delivered && notice) {
+        return {Outcome::not_delivered,
+                fmt::format("accepted by {}, but the notice to SAP {} was {}", first_manager, last.sap,
+                            last.unserved ? "not delivered: nobody listens" : "refused" + code_text(back))};
+    }
+    if (!last.delivered) {
+        return undelivered(last, back, seen);
+    }
+    if (last.way == Way::request) {
+        return answered(row, back, manager_errno, last);
+    }
+    const std::string manager = manager_name(last.sap);
+    if (!back.succeeded()) {
+        return {Outcome::contradiction, fmt::format("sent to {}, yet the call failed{}", manager, code_text(back))};
+    }
+    if (notice) {
+        return {Outcome::accepted, fmt::format("accepted by {}, notice sent to SAP {}", first_manager, last.sap)};
+    }
+    return {Outcome::sent, fmt::format("sent to {} one-way, no verdict will come{}", manager, timer_text(seen))};
+}
+
+Verdict judged_local(const Row& row, const Returned& back, const Observation& seen)
+{
+    if (row.has(does_nothing)) {
+        return {Outcome::nothing_to_do, "nothing to do: this call does nothing"};
+    }
+    if (seen.trace_switched) {
+        return {Outcome::done,
+                fmt::format("done: the platform's own trace of SAP {} is switched", *seen.trace_switched)};
+    }
+    if (row.channel != Channel::none) {
+        return {Outcome::not_sent, fmt::format("nothing was sent{}", code_text(back))};
+    }
+    return back.succeeded() ? Verdict{Outcome::done, "done"}
+                            : Verdict{Outcome::rejected, fmt::format("not taken by the call{}", code_text(back))};
+}
+
+} // namespace
+
+std::optional<bool> was_done(const Row& row, Outcome outcome, const Observation& seen)
+{
+    switch (outcome) {
+    case Outcome::accepted:
+    case Outcome::sent:
+    case Outcome::done:
+    case Outcome::nothing_to_do:
+        return true;
+    case Outcome::unread:
+        if (row.has(answer_unread) && seen.messages.back().answer_status.value_or(0) == 0) {
+            return true;
+        }
+        return std::nullopt;
+    case Outcome::unknown:
+    case Outcome::contradiction:
+        return std::nullopt;
+    default:
+        // of several messages, those before the last had been delivered
+        return seen.messages.size() > 1 ? std::nullopt : std::optional(false);
+    }
+}
+
+std::string_view name_of(Outcome outcome)
+{
+    return outcomes[static_cast<std::size_t>(outcome)].name;
+}
+
+ExitCode exit_of(Outcome outcome)
+{
+    return outcomes[static_cast<std::size_t>(outcome)].exit;
+}
+
+Verdict judged(const Row& row, const Returned& back, std::int32_t manager_errno, const Observation& seen)
+{
+    if (row.channel == Channel::konfd) {
+        return judged_konfd(back, seen);
+    }
+    return seen.messages.empty() ? judged_local(row, back, seen) : judged_messages(row, back, manager_errno, seen);
+}
+
+} // namespace vorcfg

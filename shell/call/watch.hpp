@@ -1,0 +1,46 @@
+// watch.hpp: the platform boundary, watched. The shell defines the platform's
+// message, chain, socket and timer operations itself (the executable's symbols
+// come first) and passes them on, so it knows what was really sent and
+// answered, on any platform library.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "call/message.hpp"
+
+namespace vorcfg {
+
+struct Observation {
+    std::vector<Message> messages;
+    std::optional<std::uint16_t> trace_switched; // the module whose platform trace was switched
+    std::optional<std::uint32_t> timer;          // milliseconds
+    bool unconnected = false;                    // konfd's socket could not be had
+};
+
+// The endpoint of calls that are only captured.
+VOR_IPC_HANDLE* captured_endpoint();
+
+// Watches until it goes out of scope.
+class Watch {
+public:
+    struct Settings {
+        bool capture = false; // nothing reaches the platform: every exchange is accepted on the spot
+        bool trace = false;   // each message on standard error, as it goes out
+    };
+
+    // The call's values tell what is a secret; a record answered has no status in front.
+    Watch(Settings wanted, const Row& row, std::span<const Value> values);
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+    ~Watch();
+
+    const Settings settings;
+    const Row& row;
+    const std::span<const Value> values;
+    Observation seen;
+};
+
+} // namespace vorcfg

@@ -1,0 +1,116 @@
+#include "call/watchdog.hpp"
+
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/signalfd.h>
+#include <sys/timerfd.h>
+#include <unistd.h>
+
+#include <fmt/core.h>
+
+#include "input/complaint.hpp"
+
+namespace vorcfg {
+
+namespace {
+
+// After a signal, a call has this long to come back with what became of it.
+constexpr unsigned grace_ms = 1000;
+// The platform is told the same time and should be the first to give up.
+constexpr unsigned platform_first_ms = 300;
+
+} // namespace
+
+Keeper::Keeper(std::optional<unsigned> seconds, bool hang_up_ends, GiveUp give_up)
+    : seconds_(seconds), give_up_(std::move(give_up))
+{
+    std::signal(SIGPIPE, SIG_IGN);
+    if (!hang_up_ends) {
+        std::signal(SIGHUP, SIG_IGN);
+    }
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int each : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction action {};
+        sigaction(each, nullptr, &action);
+        if (action.sa_handler != SIG_IGN) { // under nohup, say
+            sigaddset(&set, each);
+        }
+    }
+    pthread_sigmask(SIG_BLOCK, &set, &before_);
+    signals_ = signalfd(-1, &set, SFD_CLOEXEC);
+    timer_ = timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC);
+    end_ = eventfd(0, EFD_CLOEXEC);
+    if (signals_ < 0 || timer_ < 0 || end_ < 0) {
+        throw Complaint{fmt::format("cannot wait for signals: {}", std::strerror(errno)), exit_unusable};
+    }
+    thread_ = std::thread([this] { watch(); });
+}
+
+Keeper::~Keeper()
+{
+    eventfd_write(end_, 1);
+    thread_.join();
+    for (const int descriptor : {signals_, timer_, end_}) {
+        close(descriptor);
+    }
+    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+}
+
+void Keeper::give_up_after(unsigned seconds, unsigned milliseconds) const
+{
+    itimerspec wanted{};
+    wanted.it_value = {static_cast<time_t>(seconds), static_cast<long>(milliseconds) * 1'000'000};
+    timerfd_settime(timer_, 0, &wanted, nullptr);
+}
+
+void Keeper::set_under_way(bool under_way)
+{
+    const std::lock_guard lock(mutex_);
+    under_way_ = under_way;
+    if (seconds_) {
+        give_up_after(under_way ? *seconds_ : 0, under_way ? platform_first_ms : 0);
+    }
+}
+
+void Keeper::rest(unsigned milliseconds)
+{
+    std::unique_lock lock(mutex_);
+    signal_came_.wait_for(lock, std::chrono::milliseconds(milliseconds), [this] { return ended(); });
+}
+
+void Keeper::watch()
+{
+    while (true) {
+        pollfd waits[] = {{signals_, POLLIN, 0}, {timer_, POLLIN, 0}, {end_, POLLIN, 0}};
+        if (poll(waits, std::size(waits), -1) < 0) {
+            continue;
+        }
+        if (waits[2].revents != 0) {
+            return;
+        }
+        const bool again = signalled_;
+        const bool signal = waits[0].revents != 0;
+        if (signal) {
+            signalfd_siginfo taken{};
+            (void)!read(signals_, &taken, sizeof taken);
+            signalled_ = true;
+        }
+        const std::lock_guard lock(mutex_);
+        signal_came_.notify_all();
+        if (signal && !again) {
+            give_up_after(grace_ms / 1000, grace_ms % 1000);
+        } else if (under_way_) { // the other thread is in the library, and comes no further than the lock
+            std::_Exit(give_up_(signalled_ ? "interrupted" : "no answer in time"));
+        } else {
+            std::uint64_t expirations = 0;
+            (void)!(waits[1].revents != 0 ? read(timer_, &expirations, sizeof expirations) : 0);
+        }
+    }
+}
+
+} // namespace vorcfg

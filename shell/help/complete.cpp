@@ -1,0 +1,269 @@
+#include "help/complete.hpp"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include <fmt/core.h>
+
+#include "help/files.hpp"
+#include "help/help.hpp"
+#include "help/manual.hpp"
+#include "input/options.hpp"
+#include "rows/contract.hpp"
+#include "rows/families.hpp"
+#include "rows/names.hpp"
+
+namespace vorcfg {
+
+namespace {
+
+class Completion {
+public:
+    explicit Completion(std::span<const Word> words)
+    {
+        if (!words.empty()) {
+            current_ = words.back().text;
+            take(words.first(words.size() - 1));
+        }
+    }
+
+    std::vector<Candidate> found()
+    {
+        if (pending_ != nullptr) {
+            offer_value(*pending_, "", current_);
+        } else if (!over_ && current_.starts_with("--")) {
+            offer_options();
+        } else {
+            offer_word();
+        }
+        return std::move(found_);
+    }
+
+private:
+    // The words before; an option whose value is the current one is pending.
+    void take(std::span<const Word> words)
+    {
+        for (const Word& word : words) {
+            if (pending_ != nullptr) {
+                pending_ = nullptr;
+            } else if (!over_ && word.text == "--") {
+                over_ = true;
+            } else if (const OptionRow* const row = over_ ? nullptr : option_named(word.text)) {
+                pending_ = row->value.empty() ? nullptr : row;
+            } else if (over_ || !word.text.starts_with("--") || call() != nullptr) {
+                before_.push_back(word.text);
+            }
+        }
+    }
+
+    static const OptionRow* option_named(std::string_view name)
+    {
+        const auto found = std::ranges::find(option_rows(), name, &OptionRow::name);
+        return found != option_rows().end() ? &*found : nullptr;
+    }
+
+    const Row* call() const { return before_.size() >= 2 ? row_named(before_[0], before_[1]) : nullptr; }
+
+    void offer(std::string word, std::string_view hint)
+    {
+        if (!word.empty() && word.starts_with(current_)) {
+            found_.push_back({std::move(word), std::string(hint)});
+        }
+    }
+
+    void offer_files(std::string_view before, std::string_view typed, bool home)
+    {
+        for (const std::string& path : paths_that_begin(typed, home)) {
+            offer(fmt::format("{}{}", before, path), "");
+        }
+    }
+
+    // The value of an option, or a command's word, as the usage names it.
+    void offer_named(std::string_view name, std::string_view before, std::string_view typed)
+    {
+        if (name == "FILE" || name == "JOURNAL") {
+            offer_files(before, typed, before.empty());
+        } else if (name == "FAMILY") {
+            offer_families();
+        } else if (name == "CALL" && before_.size() >= 2) {
+            offer_calls(before_[1]);
+        } else if (name == "PAGE") {
+            for (const std::string& page : manual_pages()) {
+                offer(page, "");
+            }
+        } else if (name == "SHELL") {
+            for (const std::string_view shell : completed_shells()) {
+                offer(std::string(shell), "");
+            }
+        }
+    }
+
+    void offer_value(const OptionRow& row, std::string_view before, std::string_view typed)
+    {
+        offer_named(row.value, before, typed);
+    }
+
+    void offer_options()
+    {
+        const std::size_t equals = current_.find('=');
+        if (equals != std::string::npos) {
+            if (const OptionRow* const row = option_named(current_.substr(0, equals))) {
+                offer_value(*row, current_.substr(0, equals + 1), current_.substr(equals + 1));
+            }
+            return;
+        }
+        if (const Row* const row = call(); row != nullptr && row->read != nullptr) {
+            offer_own_options(*row);
+        }
+        for (const OptionRow& row : option_rows()) {
+            offer(std::string(row.name), row.about);
+        }
+    }
+
+    // Those that the usage of a call with words of its own names.
+    void offer_own_options(const Row& row)
+    {
+        static constexpr std::string_view letters = "abcdefghijklmnopqrstuvwxyz-";
+        for (std::size_t at = row.usage.find("--"); at != std::string_view::npos;) {
+            const std::size_t end = std::min(row.usage.find_first_not_of(letters, at), row.usage.size());
+            offer(std::string(row.usage.substr(at, end - at)), "");
+            at = row.usage.find("--", end);
+        }
+    }
+
+    void offer_families()
+    {
+        for (const Family* const family : families()) {
+            offer(std::string(family->name), about(*family));
+        }
+    }
+
+    void offer_calls(std::string_view family)
+    {
+        if (const Family* const known = family_named(family)) {
+            for (const Row& row : known->rows) {
+                offer(std::string(row.name), summary_of(row));
+            }
+        }
+    }
+
+    void offer_word()
+    {
+        if (before_.empty()) {
+            offer_families();
+            for (const Command& command : commands()) {
+                offer(std::string(command.name), command.about);
+            }
+        } else if (const auto command = std::ranges::find(commands(), before_[0], &Command::name);
+                   command != commands().end()) {
+            offer_word_of(*command);
+        } else if (const Row* const row = call()) {
+            offer_argument(*row);
+        } else if (before_.size() == 1) {
+            offer_calls(before_[0]);
+        }
+    }
+
+    // "help [FAMILY [CALL]]": the word that stands where the current one does.
+    void offer_word_of(const Command& command)
+    {
+        std::string usage(command.usage);
+        std::erase_if(usage, [](char c) { return c == '[' || c == ']'; });
+        const std::vector<Word> names = words_of(usage);
+        if (before_.size() < names.size()) {
+            offer_named(names[before_.size()].text, "", current_);
+        }
+    }
+
+    static const Argument* argument_named(const Row& row, std::string_view word)
+    {
+        const std::size_t equals = word.find('=');
+        const auto found = std::ranges::find_if(row.arguments(), [&](const Argument& each) {
+            return equals != std::string_view::npos && each.is_given() && each.name == word.substr(0, equals);
+        });
+        return found != row.arguments().end() ? &*found : nullptr;
+    }
+
+    void offer_argument(const Row& row)
+    {
+        if (row.read != nullptr) {
+            offer_own_options(row);
+            return;
+        }
+        if (const Argument* const named = argument_named(row, current_)) {
+            offer_value_of(*named, current_.substr(0, named->name.size() + 1));
+            return;
+        }
+        std::vector<const Argument*> left;
+        for (const Argument& argument : row.arguments()) {
+            if (argument.is_given()) {
+                left.push_back(&argument);
+            }
+        }
+        for (std::size_t i = 2; i < before_.size() && !left.empty(); i++) {
+            const Argument* const named = argument_named(row, before_[i]);
+            const auto given = named != nullptr ? std::ranges::find(left, named) : left.begin();
+            if (given != left.end() && !(*given)->is_list) {
+                left.erase(given);
+            }
+        }
+        if (left.empty()) {
+            return;
+        }
+        offer_value_of(*left.front(), "");
+        for (const Argument* const argument : left) {
+            if (!argument->is_list) {
+                offer(fmt::format("{}=", argument->name), kind_text(*argument));
+            }
+        }
+        found_.push_back({"", fmt::format("{}: {}", left.front()->name, kind_text(*left.front()))});
+    }
+
+    void offer_value_of(const Argument& argument, std::string_view name)
+    {
+        for (const Choice& choice : argument.choices) {
+            offer(fmt::format("{}{}", name, choice.name),
+                  argument.is_number() ? std::to_string(choice.number) : std::string());
+        }
+        if (!argument.is_secret) {
+            return;
+        }
+        const std::string_view typed = std::string_view{current_}.substr(name.size());
+        if (typed.starts_with('@')) {
+            offer_files(fmt::format("{}@", name), typed.substr(1), false);
+            return;
+        }
+        offer(fmt::format("{}@", name), "a file");
+        offer(fmt::format("{}-", name), "a line of standard input");
+        offer(fmt::format("{}?", name), "a prompt");
+    }
+
+    std::string current_;
+    std::vector<std::string> before_;
+    const OptionRow* pending_ = nullptr;
+    bool over_ = false; // a -- stood there
+    std::vector<Candidate> found_;
+};
+
+} // namespace
+
+std::vector<Candidate> candidates(std::span<const Word> words)
+{
+    return Completion(words).found();
+}
+
+bool is_whole(std::string_view word)
+{
+    return !word.ends_with('/') && !word.ends_with('=') && !word.ends_with('@');
+}
+
+std::string completions(std::span<const Word> words)
+{
+    std::string text;
+    for (const Candidate& candidate : candidates(words)) {
+        text += fmt::format("{}\t{}\n", candidate.word, candidate.hint);
+    }
+    return text;
+}
+
+} // namespace vorcfg

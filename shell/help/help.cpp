@@ -1,0 +1,210 @@
+#include "help/help.hpp"
+
+#include <algorithm>
+#include <cctype>
+
+#include <fmt/core.h>
+
+#include "input/options.hpp"
+#include "output/output.hpp"
+#include "rows/contract.hpp"
+#include "rows/families.hpp"
+#include "rows/names.hpp"
+
+namespace vorcfg {
+
+namespace {
+
+constexpr std::size_t line_width = 100;
+
+// Fills lines up, each begun with so many blanks.
+std::string filled(std::string_view text, std::size_t indent)
+{
+    std::string out;
+    std::size_t column = 0;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find(' '), text.size());
+        const std::string_view word = text.substr(0, end);
+        text.remove_prefix(std::min(end + 1, text.size()));
+        if (column != 0 && column + 1 + word.size() > line_width) {
+            out += '\n';
+            column = 0;
+        }
+        out += column == 0 ? std::string(indent, ' ') : " ";
+        column = (column == 0 ? indent : column + 1) + word.size();
+        out += word;
+    }
+    return out + '\n';
+}
+
+constexpr Command command_rows[] = {
+    {"", "FAMILY CALL ARGUMENT...", "make a call", ""},
+    {"", "", "take lines from standard input, at a terminal with a prompt", ""},
+    {"batch", "batch FILE", "make every call of a file; - is standard input",
+     "One call a line, as on the command line behind `vorcfg`. # begins a comment; a text with blanks\n"
+     "stands between double quotes, with \\\" and \\\\ for the two characters. The file is checked whole, and\n"
+     "each call tried on a platform that sends nothing, before the first message. The first failure ends\n"
+     "it, unless --keep-going is given; it ends with the code of the worst.\n"},
+    {"check", "check FILE", "complain about a file, without a gateway", ""},
+    {"plan", "plan FILE", "show what of a file the gateway has not accepted yet",
+     "Compares the file with the journal of what was accepted; sends nothing. Ends with 11 where there is\n"
+     "something to make. Nearly nothing can be read back from a gateway: what it holds is not known.\n"},
+    {"apply", "apply FILE", "make what the gateway has not accepted yet",
+     "In the file's order. Each call is in the journal before it is sent and its verdict after, so that\n"
+     "applying again goes on where the last time ended. With --confirm, all of it is taken back unless it\n"
+     "is confirmed in time.\n"},
+    {"confirm", "confirm JOURNAL", "keep what a confirmed apply has changed", ""},
+    {"revert", "revert JOURNAL", "take back at once what a confirmed apply has changed", ""},
+    {"report", "report JOURNAL", "print the hand-over sheet: what was accepted, by family and object", ""},
+    {"list", "list [FAMILY]", "show every call",
+     "With --json, all that is known of each: ranges, lengths, words, marks.\n"},
+    {"search", "search WORD", "show the calls that a word leads to",
+     "Looks at the calls' names, their arguments and what the contract says of them.\n"},
+    {"help", "help [FAMILY [CALL]]", "show a family's calls, a call's arguments; also --help behind them", ""},
+    {"docs", "docs FAMILY --yes", "print a family's reference page",
+     "Makes every example of the family on the running gateway, which holds them afterwards: a simulated one's work.\n"
+     "Nothing is printed unless each succeeds.\n"},
+    {"manual", "manual [PAGE]", "print a manual page, or name them all",
+     "To read it: vorcfg manual vorcfg-gpio.1 | man -l -\n"},
+    {"completion", "completion SHELL", "print the completion for bash or zsh",
+     "For the session: source <(vorcfg completion bash)\n"},
+};
+
+std::string option_text(const OptionRow& row)
+{
+    return row.value.empty() ? std::string(row.name) : fmt::format("{} {}", row.name, row.value);
+}
+
+std::string folded(std::string_view text)
+{
+    std::string out(text);
+    std::ranges::transform(out, out.begin(),
+                           [](unsigned char c) { return c == '_' ? '-' : static_cast<char>(std::tolower(c)); });
+    return out;
+}
+
+bool holds(const Row& row, const std::string& word)
+{
+    const auto has = [&](std::string_view text) { return folded(text).find(word) != std::string::npos; };
+    const CallContract& contract = contract_of(row);
+    return has(row.full_name()) || has(row.symbol) || std::ranges::any_of(contract.paragraphs, has) ||
+           std::ranges::any_of(row.arguments(),
+                               [&](const Argument& each) { return has(each.name) || has(contract.about(each)); });
+}
+
+template <class Wanted>
+std::string listed(bool json, Wanted wanted)
+{
+    std::string text;
+    for (const Family* const family : families()) {
+        for (const Row& row : family->rows) {
+            if (!wanted(row)) {
+                continue;
+            }
+            if (json) {
+                text += json_of(row);
+            } else {
+                text += usage_of(row);
+                text += row.used_by.empty() ? "\n" : fmt::format(" (not on its own; used by: {})\n", row.used_by);
+            }
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+std::span<const Command> commands()
+{
+    return command_rows;
+}
+
+std::string help()
+{
+    std::string text = fmt::format("vorcfg {}.\n\n", about_vorcfg);
+    for (const Command& command : command_rows) {
+        text += fmt::format("  vorcfg {:<26} {}\n", command.usage, command.about);
+    }
+    text += "\nFamilies:\n";
+    for (const Family* const family : families()) {
+        text += fmt::format("  {:<13}{}\n", family->name, about(*family));
+    }
+    text += "\nOptions:\n";
+    for (const OptionRow& row : option_rows()) {
+        text += fmt::format("  {:<22}{}\n", option_text(row), row.about);
+    }
+    text += fmt::format("\n{}\nExit codes:\n", about_words);
+    for (std::size_t code = 0; code < std::size(exit_texts); code++) {
+        text += fmt::format("  {:>2} {}\n", code, exit_texts[code]);
+    }
+    return text;
+}
+
+std::string help_on_command(std::string_view name)
+{
+    const auto command = std::ranges::find(command_rows, name, &Command::name);
+    if (name.empty() || command == std::end(command_rows)) {
+        return "";
+    }
+    return fmt::format("vorcfg {}: {}\n{}{}", command->usage, command->about, command->more.empty() ? "" : "\n",
+                       command->more);
+}
+
+std::string help(const Family& family)
+{
+    std::string text = fmt::format("vorcfg {}: {}\n\n", family.name, about(family));
+    std::size_t width = 0;
+    for (const Row& row : family.rows) {
+        width = std::max(width, row.name.size() + 2);
+    }
+    for (const Row& row : family.rows) {
+        text += fmt::format("  {:<{}}{}\n", row.name, width, summary_of(row));
+    }
+    return text;
+}
+
+std::string help(const Row& row)
+{
+    const CallContract& contract = contract_of(row);
+    std::string text = fmt::format("vorcfg {}\n\n", usage_of(row));
+    if (row.read != nullptr) {
+        text += filled(summary_of(row), 0);
+    } else {
+        for (const std::string& paragraph : contract.paragraphs) {
+            text += filled(paragraph, 0);
+        }
+    }
+    if (!row.used_by.empty()) {
+        return text + fmt::format("Not called on its own; what uses it: {}\n", row.used_by);
+    }
+    for (const std::string_view remark : remarks_of(row)) {
+        text += fmt::format("{}\n", remark);
+    }
+    text += row.usage_help;
+    for (const Argument& argument : row.arguments()) {
+        if (row.read != nullptr || !argument.is_given()) {
+            continue;
+        }
+        text += fmt::format("\n  {}\n{}", argument.name, filled(kind_text(argument), 6));
+        if (const std::string_view meaning = contract.about(argument); !meaning.empty()) {
+            text += filled(meaning, 6);
+        }
+    }
+    if (row.read == nullptr) {
+        text += '\n' + filled(fmt::format("The library returns {}.", contract.returned), 0);
+    }
+    return text +
+           fmt::format("\nExample: vorcfg {}{}{}\n", row.full_name(), row.example.empty() ? "" : " ", row.example);
+}
+
+std::string list(const Family* family, bool json)
+{
+    return listed(json, [&](const Row& row) { return family == nullptr || row.family == family; });
+}
+
+std::string search(std::string_view word, bool json)
+{
+    return listed(json, [wanted = folded(word)](const Row& row) { return holds(row, wanted); });
+}
+
+} // namespace vorcfg

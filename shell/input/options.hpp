@@ -1,0 +1,65 @@
+// options.hpp: the command line, taken apart.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "input/words.hpp"
+
+namespace vorcfg {
+
+struct OptionRow;
+
+struct Options {
+    bool help = false;
+    bool version = false;
+    bool json = false;
+    bool trace = false;
+    bool dry_run = false;
+    bool yes = false;
+    bool keep_going = false;
+    bool in_session = false; // of the prompt: its lines are its operator's own, as a batch's are
+    bool retry_unknown = false;
+    bool skip_unknown = false;
+    bool resend_secrets = false;
+    bool html = false;
+    std::optional<std::uint16_t> sap;
+    std::optional<unsigned> timeout; // seconds
+    std::optional<unsigned> confirm;
+    std::vector<std::string> sets; // of variables
+    std::vector<std::string> vars; // files of them
+    std::string journal;
+    std::string gateway;
+    std::uint32_t from = 0;       // a line
+    std::string only;             // a family
+    std::optional<Word> password; // --password-file, --password-stdin: in place of the secret argument
+    std::vector<Word> words;
+    std::vector<const OptionRow*> given; // on this line
+};
+
+struct OptionRow {
+    std::string_view name;
+    std::string_view value; // what follows it, if anything does
+    std::string_view about;
+    bool Options::*flag = nullptr;
+    std::string_view commands{}; // that it means something to; empty: all
+};
+
+std::span<const OptionRow> option_rows();
+
+// Throws a Complaint about an option that means nothing to the command, which "a call" is too.
+void check_given(const Options& options, std::string_view command);
+
+// Options stand anywhere before a `--`; those of a call with words of its own
+// are left among the words.
+Options options_of(std::span<char* const> arguments);
+// Those of one line, besides those given before it; a quoted word is none.
+Options options_of(std::vector<Word> typed, Options options);
+
+// Decimal, or hexadecimal with 0x.
+std::optional<std::int64_t> number_of(std::string_view text);
+
+} // namespace vorcfg

@@ -1,0 +1,193 @@
+#include "input/secret.hpp"
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <memory>
+#include <termios.h>
+#include <unistd.h>
+
+#include <fmt/core.h>
+
+#include "input/complaint.hpp"
+
+namespace vorcfg {
+
+namespace {
+
+// Nothing of it is taken away silently but the line's end: what an editor adds would be part of the secret.
+std::string one_line(std::string text, const std::string& source)
+{
+    if (text.ends_with('\n')) {
+        text.pop_back();
+    }
+    const char* const wrong =
+        text.empty()                           ? "has no secret; an empty one is \"\" in a batch file"
+        : text.starts_with(byte_order_mark)    ? "begins with a byte order mark; save it as plain text"
+        : text.ends_with('\r')                 ? "ends with a carriage return; save it with lines that end as here"
+        : text.find('\n') != std::string::npos ? "holds more than one line"
+        : text.find('\0') != std::string::npos ? "holds a zero byte"
+                                               : nullptr;
+    if (wrong != nullptr) {
+        throw Complaint{fmt::format("{} {}", source, wrong), exit_no_input};
+    }
+    return text;
+}
+
+} // namespace
+
+std::string content_of(std::FILE* file, const std::string& name, const Bounds& bounds)
+{
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> closed(file, std::fclose);
+    std::string content;
+    char bytes[4096];
+    std::size_t got = 0;
+    std::size_t number = 1;
+    std::size_t line = 0; // how much of it is read
+    while (file != nullptr && (got = std::fread(bytes, 1, sizeof bytes, file)) != 0) {
+        for (const char byte : std::string_view{bytes, got}) {
+            line = byte == '\n' ? 0 : line + 1;
+            if (line > bounds.line) {
+                throw Complaint{fmt::format("{}: line {} has more than {} bytes", name, number, bounds.line)};
+            }
+            number += byte == '\n' ? 1 : 0;
+        }
+        content.append(bytes, got);
+        if (content.size() > bounds.file) {
+            throw Complaint{fmt::format("{} has more than {} MiB", name, bounds.file >> 20)};
+        }
+    }
+    if (file == nullptr || std::ferror(file) != 0) { // a directory can be opened, but not read
+        throw Complaint{fmt::format("cannot read {}: {}", name, std::strerror(errno)), exit_no_input};
+    }
+    return content;
+}
+
+namespace {
+
+// Byte by byte: what follows the line is the next secret's.
+std::string line_from(int descriptor, const char* source)
+{
+    std::string line;
+    char byte;
+    ssize_t got;
+    while ((got = ::read(descriptor, &byte, 1)) == 1 && byte != '\n') {
+        line += byte;
+        if (line.size() > Bounds().line) {
+            throw Complaint{fmt::format("a line of more than {} bytes from {}", Bounds().line, source), exit_no_input};
+        }
+    }
+    if (got != 1 && line.empty()) {
+        throw Complaint{fmt::format("nothing to read from {}", source), exit_no_input};
+    }
+    return one_line(line, source);
+}
+
+volatile std::sig_atomic_t interrupted;
+
+void interrupt(int signal)
+{
+    interrupted = signal;
+}
+
+// The terminal with its echo off, put right again whatever happens.
+class Prompt {
+public:
+    explicit Prompt(std::string_view name) : terminal(open("/dev/tty", O_RDWR | O_CLOEXEC))
+    {
+        if (terminal < 0 || tcgetattr(terminal, &before_) != 0) {
+            throw Complaint{"no terminal to ask on; give @FILE, or - for standard input", exit_no_input};
+        }
+        struct sigaction action {};
+        for (std::size_t i = 0; i < std::size(signals); i++) {
+            // without SA_RESTART, so that the read ends; stopped and continued, it would go on with its echo
+            action.sa_handler = signals[i] == SIGTSTP ? SIG_IGN : interrupt;
+            sigaction(signals[i], &action, &actions_[i]);
+        }
+        termios quiet = before_;
+        quiet.c_lflag &= static_cast<tcflag_t>(~static_cast<tcflag_t>(ECHO));
+        tcsetattr(terminal, TCSAFLUSH, &quiet);
+        dprintf(terminal, "%.*s: ", static_cast<int>(name.size()), name.data());
+    }
+    Prompt(const Prompt&) = delete;
+    Prompt& operator=(const Prompt&) = delete;
+
+    ~Prompt()
+    {
+        tcsetattr(terminal, TCSAFLUSH, &before_);
+        dprintf(terminal, "\n");
+        close(terminal);
+        for (std::size_t i = 0; i < std::size(signals); i++) {
+            sigaction(signals[i], &actions_[i], nullptr);
+        }
+        if (interrupted != 0) {
+            raise(interrupted);
+        }
+    }
+
+    const int terminal;
+
+private:
+    static constexpr int signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP};
+    termios before_{};
+    struct sigaction actions_[std::size(signals)]{};
+};
+
+bool is_prompt(const Word& word)
+{
+    return !word.quoted && word.text == "?";
+}
+
+std::string read_secret(const Word& word, std::string_view name, const SecretSources& sources)
+{
+    if (!word.quoted && word.text.starts_with('@')) {
+        const std::string path = (sources.directory / word.text.substr(1)).string();
+        return one_line(content_of(std::fopen(path.c_str(), "re"), path), path);
+    }
+    if (!word.quoted && word.text == "-") {
+        if (!sources.standard_input) {
+            throw Complaint{"standard input is the batch itself"};
+        }
+        return line_from(STDIN_FILENO, "standard input");
+    }
+    if (is_prompt(word)) {
+        const Prompt prompt(name);
+        return line_from(prompt.terminal, "the terminal");
+    }
+    if (!sources.literals || word.readable) {
+        throw Complaint{"a secret is not taken from the command line, where others can read it; give @FILE, - for a "
+                        "line of standard input, or '?' for a prompt"};
+    }
+    return word.text;
+}
+
+} // namespace
+
+const std::string& Secrets::read(const Word& word, const std::string& name, std::size_t line)
+{
+    if (sources_.input_waits && sources_.standard_input && !word.quoted && word.text == "-") {
+        return word.text;
+    }
+    if (sources_.prompts_wait && is_prompt(word)) {
+        put_off_ = true;
+        return word.text;
+    }
+    const auto place = std::pair(line, word.index);
+    const auto known = known_.find(place);
+    return known != known_.end() ? known->second
+                                 : known_.emplace(place, read_secret(word, name, sources_)).first->second;
+}
+
+bool Secrets::ask_now()
+{
+    sources_.prompts_wait = false;
+    return put_off_;
+}
+
+bool is_secret_source(const Word& word)
+{
+    return !word.quoted && (word.text.starts_with('@') || word.text == "-" || word.text == "?");
+}
+
+} // namespace vorcfg

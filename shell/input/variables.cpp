@@ -1,0 +1,104 @@
+#include "input/variables.hpp"
+
+#include <algorithm>
+
+#include <fmt/core.h>
+
+#include "input/secret.hpp"
+#include "input/words.hpp"
+
+namespace vorcfg {
+
+void Variables::set(std::string_view definition)
+{
+    const std::size_t length = named_length(definition);
+    if (length == 0) {
+        throw Complaint{fmt::format("--set: \"{}\" is no name=value", definition)};
+    }
+    const std::string name(definition.substr(0, length));
+    if (const auto known = known_.find(name); known != known_.end() && known->second.on_command_line) {
+        throw Complaint{fmt::format("--set: {} is given twice", name)};
+    }
+    known_[name] = {std::string(definition.substr(length + 1)), true, {}};
+}
+
+void Variables::read(const std::string& path)
+{
+    const std::string text = content_of(std::fopen(path.c_str(), "re"), path);
+    std::size_t number = 0;
+    std::string_view left = text;
+    left.remove_prefix(left.starts_with(byte_order_mark) ? byte_order_mark.size() : 0);
+    while (!left.empty()) {
+        const std::size_t end = std::min(left.find('\n'), left.size());
+        const std::string_view line = left.substr(0, end);
+        left.remove_prefix(std::min(end + 1, left.size()));
+        number++;
+        const std::size_t first = line.find_first_not_of(" \t\r");
+        if (first == std::string_view::npos || line[first] == '#') {
+            continue;
+        }
+        const auto complain = [&](std::string why, std::size_t at) {
+            throw Complaint{std::move(why), exit_usage, {}, Complaint::no_word, {}, {path, number, at + 1}};
+        };
+        const std::size_t length = named_length(line.substr(first));
+        const std::size_t equals = first + length;
+        if (length == 0) {
+            complain("name=value is wanted", first);
+        }
+        std::vector<Word> words;
+        try {
+            words = words_of(line.substr(equals + 1));
+        } catch (const Complaint& complaint) {
+            complain(complaint.text, equals + complaint.place.column);
+        }
+        if (words.size() > 1) {
+            complain("a text with blanks stands between double quotes", equals + words[1].column);
+        }
+        const std::string name(line.substr(first, length));
+        const auto known = known_.find(name);
+        if (known != known_.end() && !known->second.on_command_line) {
+            complain(fmt::format("{} is given twice", name), first);
+        }
+        if (known == known_.end()) {
+            known_[name] = {words.empty() ? "" : words[0].text, false, {path, number, first + 1}};
+        }
+    }
+}
+
+const Variable* Variables::use(std::string_view name)
+{
+    const auto known = known_.find(name);
+    if (known == known_.end()) {
+        return nullptr;
+    }
+    known->second.used = true;
+    return &known->second;
+}
+
+std::vector<std::string> Variables::names() const
+{
+    std::vector<std::string> names;
+    for (const auto& [name, variable] : known_) {
+        names.push_back(name);
+    }
+    return names;
+}
+
+std::vector<Complaint> Variables::unused(const std::string& batch) const
+{
+    std::vector<Complaint> complaints;
+    for (const auto& [name, variable] : known_) {
+        if (!variable.used) {
+            complaints.push_back(
+                {fmt::format("{}{} is used nowhere in {}", variable.on_command_line ? "--set: " : "", name, batch),
+                 exit_usage,
+                 {},
+                 Complaint::no_word,
+                 {},
+                 variable.place});
+        }
+    }
+    return complaints;
+}
+
+} // namespace vorcfg

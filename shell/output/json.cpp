@@ -1,0 +1,257 @@
+#include "text/json.hpp"
+#include "call/call_key.hpp"
+#include "output/output.hpp"
+#include "rows/contract.hpp"
+#include "rows/names.hpp"
+#include "text/text.hpp"
+
+namespace vorcfg {
+
+namespace {
+
+using vor::Json;
+
+std::string line_of(const Json& json)
+{
+    return vor::dump(json) + '\n';
+}
+
+Json json_of(const Field& field)
+{
+    switch (field.kind) {
+    case Field::Kind::number:
+        return std::stoll(field.text);
+    case Field::Kind::secret:
+        return vor::mask;
+    default:
+        return field.text;
+    }
+}
+
+Json json_of(const std::vector<Field>& fields)
+{
+    Json json = Json::object();
+    for (const Field& field : fields) {
+        json[field.name] = json_of(field);
+    }
+    return json;
+}
+
+Json json_of(const Element& element)
+{
+    static constexpr const char* kinds[] = {"i16", "i32", "str", "raw"};
+    Json json{{"tag", element.tag}, {"kind", kinds[static_cast<std::size_t>(element.kind)]}};
+    if (element.kind == Element::Kind::text) {
+        json["value"] = element.secret ? std::string(vor::mask) : element.bytes;
+    } else if (element.kind == Element::Kind::raw) {
+        json["value"] = Json::array(std::vector<std::uint8_t>(element.bytes.begin(), element.bytes.end()));
+    } else {
+        json["value"] = element.number;
+    }
+    return json;
+}
+
+Json json_of(const Message& message, const Planned& planned)
+{
+    static constexpr const char* ways[] = {"request", "one-way", "konfd"};
+    Json json{{"way", ways[static_cast<std::size_t>(message.way)]},
+              {"text", described(message, *planned.row, planned.values)}};
+    if (message.way == Way::konfd) {
+        json["command"] = without_secrets(message.command, planned.values);
+        json["bytes"] = message.counted;
+    } else {
+        json["sap"] = message.sap;
+        json["id"] = message.id;
+    }
+    if (message.option) {
+        json["option"] = *message.option;
+    }
+    if (message.flag) {
+        json["flag"] = *message.flag;
+    }
+    if (message.chain) {
+        json["elements"] = Json::array();
+        for (const Element& element : message.elements) {
+            json["elements"].push_back(json_of(element));
+        }
+    } else if (const auto fields = fields_of(message); fields && !message.record.empty()) {
+        json["fields"] = json_of(*fields);
+    }
+    json["delivered"] = message.timed_out ? Json() : Json(message.delivered); // null: nobody knows
+    if (message.answer_id) {
+        json["answer_id"] = *message.answer_id;
+    }
+    if (message.answer_status) {
+        json["answer_status"] = *message.answer_status;
+    }
+    if (message.answer) {
+        json["answer"] = *message.answer;
+    }
+    return json;
+}
+
+// The values by their arguments' names, and the words that stand for them.
+void add_arguments(Json& json, const Planned& planned)
+{
+    Json words = Json::object();
+    const auto arguments = planned.row->arguments();
+    for (std::size_t i = 0; i < arguments.size() && i < planned.values.size(); i++) {
+        for (const Choice& choice : arguments[i].choices) {
+            if (arguments[i].is_number() && planned.values[i].given && choice.number == planned.values[i].number) {
+                words[arguments[i].name] = choice.name;
+            }
+        }
+    }
+    json["arguments"] = values_json(planned, true);
+    if (!words.empty()) {
+        json["words"] = words;
+    }
+}
+
+Json json_of(const Argument& argument, const CallContract& contract)
+{
+    Json json{{"name", argument.name}, {"type", type_name(argument)}};
+    const auto mark = [&](const char* name, bool set) {
+        if (set) {
+            json[name] = true;
+        }
+    };
+    if (argument.is_number() && !argument.is_count) {
+        json["least"] = argument.range.least;
+        json["most"] = argument.range.most;
+    }
+    if (argument.most_bytes != 0) {
+        json["most_bytes"] = argument.most_bytes;
+    }
+    if (argument.is_list) {
+        json["most_listed"] = argument.most_listed;
+    }
+    if (!argument.choices.empty()) {
+        json["words"] = Json::object();
+        for (const Choice& choice : argument.choices) {
+            json["words"][choice.name] = argument.is_number() ? Json(choice.number) : Json(choice.name);
+        }
+    }
+    mark("secret", argument.is_secret);
+    mark("object", argument.is_object);
+    mark("list", argument.is_list);
+    mark("optional", argument.is_optional);
+    mark("counted", argument.is_count);
+    mark("result", argument.is_result());
+    mark("never_sent", !argument.is_sent);
+    if (!argument.decided_by.empty()) {
+        json["sent_only_where"] = Json({{std::string(argument.decided_by), argument.decided_at.number}});
+    }
+    if (const auto about = contract.about(argument); !about.empty()) {
+        json["about"] = about;
+    }
+    return json;
+}
+
+} // namespace
+
+std::string json_of(const Planned& planned, const Report& report)
+{
+    Json json{{"schema", schema}};
+    if (!planned.place.file.empty()) {
+        json["file"] = planned.place.file;
+        json["line"] = planned.place.line;
+    }
+    json["call"] = planned.row->full_name();
+    add_arguments(json, planned);
+    json["outcome"] = name_of(report.verdict.outcome);
+    json["verdict"] = report.verdict.text;
+    json["exit"] = exit_of(report.verdict.outcome);
+    if (report.back.code && report.verdict.outcome != Outcome::no_endpoint) {
+        json["code"] = *report.back.code;
+    }
+    if (report.manager_errno != 0) {
+        json["status"] = report.manager_errno;
+    }
+    json["messages"] = Json::array();
+    for (const Message& message : report.seen.messages) {
+        json["messages"].push_back(json_of(message, planned));
+    }
+    json["library"] = Json::array();
+    for (const std::string& line : report.library) {
+        json["library"].push_back(line);
+    }
+    if (!report.back.fields.empty() && report.verdict.outcome != Outcome::dry_run) {
+        json["result"] = json_of(report.back.fields);
+    }
+    return line_of(json);
+}
+
+std::string json_of(const Complaint& complaint)
+{
+    Json json{{"schema", schema}};
+    if (!complaint.place.file.empty()) {
+        json["file"] = complaint.place.file;
+        json["line"] = complaint.place.line;
+        json["column"] = complaint.place.column;
+    }
+    if (!complaint.call.empty()) {
+        json["call"] = complaint.call;
+    }
+    if (!complaint.argument.empty()) {
+        json["argument"] = complaint.argument;
+    }
+    json["complaint"] = complaint.text;
+    json["exit"] = complaint.exit;
+    return line_of(json);
+}
+
+std::string json_of(const Tally& tally, const std::string& name, std::size_t left)
+{
+    return line_of(Json{{"schema", schema},
+                        {"batch", name},
+                        {"accepted", tally.accepted},
+                        {"sent", tally.sent},
+                        {"unread", tally.unread},
+                        {"dry_run", tally.dry},
+                        {"done", tally.other},
+                        {"failed_lines", Json::array(tally.failed)},
+                        {"not_made", left},
+                        {"exit", tally.worst}});
+}
+
+std::string checked_json(const std::string& name, std::size_t calls)
+{
+    return line_of(Json{{"schema", schema}, {"check", name}, {"calls", calls}, {"exit", exit_ok}});
+}
+
+std::string json_of(const Row& row)
+{
+    const CallContract& contract = contract_of(row);
+    Json json{{"schema", schema},     {"family", row.family->name}, {"name", row.name},
+              {"symbol", row.symbol}, {"summary", summary_of(row)}, {"callable", row.make != nullptr}};
+    if (!row.used_by.empty()) {
+        json["used_by"] = row.used_by;
+        return line_of(json);
+    }
+    if (!row.usage.empty()) {
+        json["usage"] = row.usage;
+    }
+    json["marks"] = Json::array();
+    static constexpr std::pair<Marks, const char*> marks[] = {{answer_unread, "answer_unread"},
+                                                              {does_nothing, "does_nothing"},
+                                                              {confirmed, "wants_yes"},
+                                                              {waits, "waits"},
+                                                              {acts, "acts"},
+                                                              {cuts_link, "cuts_link"}};
+    for (const auto& [mark, name] : marks) {
+        if (row.has(mark)) {
+            json["marks"].push_back(name);
+        }
+    }
+    if (!row.undone_by.empty()) {
+        json["undone_by"] = row.undone_by;
+    }
+    json["arguments"] = Json::array();
+    for (const Argument& argument : row.arguments()) {
+        json["arguments"].push_back(json_of(argument, contract));
+    }
+    return line_of(json);
+}
+
+} // namespace vorcfg

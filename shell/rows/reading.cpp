@@ -1,0 +1,200 @@
+#include "rows/reading.hpp"
+
+#include <algorithm>
+#include <arpa/inet.h>
+
+#include <fmt/core.h>
+
+#include "input/complaint.hpp"
+#include "input/options.hpp"
+#include "rows/names.hpp"
+#include "text/text.hpp"
+
+namespace vorcfg {
+
+[[noreturn]] void Reading::complain(std::string text, std::size_t index, std::string_view argument) const
+{
+    throw Complaint{std::move(text), exit_usage, std::string(argument), index_of(index)};
+}
+
+std::size_t Reading::index_of(std::size_t index) const
+{
+    return index < words.size() ? words[index].index : words.size();
+}
+
+namespace {
+
+// What a prompt for a secret calls it.
+std::string secret_name(const Reading& reading, const Argument& argument)
+{
+    return reading.place.file.empty() ? std::string(argument.name)
+                                      : fmt::format("{}:{}: {}: {}", reading.place.file, reading.place.line,
+                                                    reading.row.full_name(), argument.name);
+}
+
+} // namespace
+
+std::string Reading::shown(std::size_t index) const
+{
+    return hides_words ? std::string(vor::mask) : words[index].text;
+}
+
+std::string Reading::shown_quoted(std::size_t index) const
+{
+    return hides_words ? std::string(vor::mask) : vor::quoted(words[index].text);
+}
+
+namespace {
+
+const Choice* choice_named(const Argument& argument, std::string_view name)
+{
+    const auto found = std::ranges::find(argument.choices, name, &Choice::name);
+    return found != argument.choices.end() ? &*found : nullptr;
+}
+
+std::int64_t read_number(const Reading& reading, const Argument& argument, std::size_t index)
+{
+    const std::string& text = reading.words[index].text;
+    if (const Choice* const choice = choice_named(argument, text)) {
+        return choice->number;
+    }
+    const auto number = number_of(text);
+    if (!number) {
+        reading.complain(fmt::format("{} is no number; a number from {} is wanted, decimal or 0x",
+                                     reading.shown_quoted(index), accepted(argument)),
+                         index, argument.name);
+    }
+    if (*number < argument.range.least || *number > argument.range.most) {
+        reading.complain(fmt::format("{} is out of range, {} is accepted", reading.shown(index), accepted(argument)),
+                         index, argument.name);
+    }
+    return *number;
+}
+
+void check_text(const Reading& reading, const Argument& argument, const std::string& text, std::size_t index)
+{
+    const auto complain = [&](std::string why) { reading.complain(std::move(why), index, argument.name); };
+    if (!argument.choices.empty() && choice_named(argument, text) == nullptr) {
+        complain(fmt::format("{} is unknown; wanted: {}", reading.shown_quoted(index), accepted(argument)));
+    }
+    if (argument.kind == Kind::ipv4) {
+        in_addr address;
+        if (inet_pton(AF_INET, text.c_str(), &address) != 1) {
+            complain(fmt::format("{} is no IPv4 address such as 192.168.1.10", reading.shown_quoted(index)));
+        }
+    }
+    if (argument.most_bytes != 0 && text.size() > argument.most_bytes) {
+        complain(fmt::format("{} bytes are too many, {} fit", text.size(), argument.most_bytes));
+    }
+    if (reading.row.channel == Channel::konfd) {
+        if (text.find('"') != std::string::npos) {
+            complain("a double quote would break the command's quoting; konfd has no way to escape it");
+        }
+        if (std::ranges::any_of(text, [](char c) { return static_cast<unsigned char>(c) < ' '; })) {
+            complain("a control character would end the command early");
+        }
+    }
+}
+
+} // namespace
+
+Value Reading::value(const Argument& argument, std::size_t index)
+{
+    Value value;
+    value.secret = argument.is_secret;
+    value.word = index_of(index);
+    if (argument.is_number()) {
+        value.number = read_number(*this, argument, index);
+        value.text = argument.kind == Kind::decimal ? std::to_string(value.number) : "";
+        return value;
+    }
+    if (argument.is_secret) {
+        try {
+            value.text = secrets.read(words[index], secret_name(*this, argument), place.line);
+        } catch (Complaint& complaint) {
+            complaint.argument = argument.name;
+            complaint.word = index_of(index);
+            throw;
+        }
+    } else {
+        value.text = words[index].text;
+    }
+    check_text(*this, argument, value.text, index);
+    return value;
+}
+
+bool Reading::is_sent(const Argument& argument) const
+{
+    const auto decides = [&](const Argument& other) { return other.name == argument.decided_by; };
+    const auto other = std::ranges::find_if(row.arguments(), decides);
+    return other == row.arguments().end() ||
+           values[static_cast<std::size_t>(other - row.arguments().begin())].number == argument.decided_at.number;
+}
+
+namespace {
+
+// Of an argument that does not go out; one that is asked for need not be.
+Value unsent_value(const Reading& reading, const Argument& argument, std::size_t index)
+{
+    const Word& word = reading.words[index];
+    const std::string_view nothing = argument.is_number() ? "0" : "";
+    if (word.text != nothing && !word.left_out && !(argument.is_secret && word.text == "?")) {
+        reading.complain(fmt::format("is sent only where {} is {}; {} stands for it here", argument.decided_by,
+                                     argument.decided_at.name, argument.is_number() ? "0" : "\"\""),
+                         index, argument.name);
+    }
+    Value value;
+    value.given = false;
+    return value;
+}
+
+// "name [member...]"
+std::string wanted(const Row& row)
+{
+    const std::string usage = usage_of(row);
+    const std::size_t call = row.full_name().size() + 1;
+    return call < usage.size() ? usage.substr(call) : "no argument";
+}
+
+} // namespace
+
+void read_words(Reading& reading)
+{
+    const auto arguments = reading.row.arguments();
+    reading.hides_words = std::ranges::any_of(arguments, &Argument::is_secret);
+    std::size_t next = Reading::first_word;
+    Value* count = nullptr;
+    reading.values.reserve(arguments.size());
+    for (const Argument& argument : arguments) {
+        if (argument.is_list) {
+            break;
+        }
+        if (!argument.is_given()) {
+            Value& value = reading.values.emplace_back();
+            value.text.resize(argument.kind == Kind::untouched ? result_room : 0);
+            count = argument.is_count ? &value : count;
+        } else if (next >= reading.words.size() || (reading.words[next].left_out && reading.is_sent(argument))) {
+            reading.complain(fmt::format("is missing; wanted: {}", wanted(reading.row)), next, argument.name);
+        } else {
+            reading.values.push_back(reading.is_sent(argument) ? reading.value(argument, next)
+                                                               : unsent_value(reading, argument, next));
+            next++;
+        }
+    }
+    const std::size_t listed = reading.words.size() - next;
+    const std::size_t most = arguments.empty() ? 0 : arguments.back().most_listed;
+    if (listed > most) {
+        const std::string why = most != 0 ? fmt::format("more than {} in the list", most)
+                                          : fmt::format("one argument too many: {}", reading.shown_quoted(next));
+        reading.complain(fmt::format("{}; wanted: {}", why, wanted(reading.row)), next + most,
+                         most != 0 ? arguments.back().name : std::string_view());
+    }
+    if (count != nullptr) {
+        count->number = static_cast<std::int64_t>(listed);
+    }
+    for (; next < reading.words.size(); next++) {
+        reading.values.push_back(reading.value(arguments.back(), next));
+    }
+}
+
+} // namespace vorcfg

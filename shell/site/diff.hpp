@@ -1,0 +1,77 @@
+// due.hpp: a file against a journal: what of it the gateway has not accepted yet.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "call/batch.hpp"
+#include "site/history.hpp"
+
+namespace vorcfg {
+
+enum class State {
+    fresh,     // nothing of it was ever accepted
+    changed,   // something else was
+    again,     // accepted; an act that follows from what is made before it, or a secret that is to be sent again
+    unknown,   // begun, no verdict
+    accepted,  // or needed no verdict
+    sent,      // one-way, or its verdict is never read
+    overtaken, // a later line about the same thing was accepted
+    removed,   // accepted, and not in the file any more
+};
+
+std::string_view name_of(State state);
+
+struct Due {
+    std::size_t line = 0; // 0: not in the file
+    Said said;
+    State state{};
+    bool due = false;                // to be made
+    const Entry* before = nullptr;   // what stands
+    const Entry* open = nullptr;     // what has no verdict
+    const Entry* replaced = nullptr; // what stands, of this call or of one that it undoes
+    std::size_t differs_from = 0;    // a line that says something else about the same thing
+};
+
+struct Selection {
+    std::size_t from = 0;
+    const Family* only = nullptr;
+    bool resend_secrets = false;
+
+    bool holds(const Due& line) const
+    {
+        return line.line >= from && (only == nullptr || line.said.row->family == only);
+    }
+};
+
+struct Plan {
+    std::vector<Due> lines;   // those selected, in the file's order
+    std::vector<Due> removed; // in the journal's
+    std::size_t asking = 0;   // lines that change nothing: batch makes them
+
+    std::size_t count(State state) const;
+    std::size_t due() const;
+};
+
+// Takes the lines of a file one by one.
+class Planner {
+public:
+    explicit Planner(Selection selection) : selection_(selection) {}
+
+    void add(const Planned& planned);
+    Plan against(const History& history);
+
+private:
+    void find_overtaken();
+    void judge(Due& line, const History& history) const;
+    bool find_following(const History& history);
+    void find_removed(const History& history);
+
+    const Selection selection_;
+    Plan plan_;
+    std::vector<std::size_t> overtaken_by_; // per line: the next about the same thing, or its own index
+    std::vector<std::size_t> secrets_;      // per line: a fingerprint of its secrets, within this process
+};
+
+} // namespace vorcfg

@@ -1,0 +1,199 @@
+#include "server/control.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <utility>
+
+#include <sys/socket.h>
+
+#include <fmt/core.h>
+
+#include "text/text.hpp"
+
+namespace vorsim {
+namespace {
+
+constexpr std::size_t most_clients = 16;
+constexpr std::ptrdiff_t most_watching = 12;
+constexpr std::size_t longest_request = 1 << 23;
+constexpr std::size_t deepest_request = 10000; // of what is copied and shown by recursion
+constexpr std::size_t most_unread = 1 << 18;   // of one that watches
+constexpr std::size_t most_seen = 4096;
+
+} // namespace
+
+std::string control_path(const std::string& directory)
+{
+    return fmt::format("{}/vorsim.control", directory);
+}
+
+Control::Control(Loop& loop, const std::string& path, Handler answer_to)
+    : loop_(loop), answer_to_(std::move(answer_to)),
+      door_(
+          loop, path,
+          [this](bool no_descriptor) {
+              return make_room_among(clients_, most_clients, no_descriptor,
+                                     [this](int descriptor) { drop_client(descriptor); });
+          },
+          [this](Descriptor socket) { welcome(std::move(socket)); })
+{
+    loop_.in_turn([this] { return answer_all(); });
+}
+
+void Control::welcome(Descriptor socket)
+{
+    const int descriptor = socket.get();
+    clients_.emplace(descriptor, Client{.socket = std::move(socket), .active = std::chrono::steady_clock::now()});
+    loop_.watch(descriptor, [this, descriptor] { read_request(descriptor); });
+}
+
+void Control::read_request(int descriptor)
+{
+    Client& client = clients_.at(descriptor);
+    std::array<char, 65536> bytes; // NOLINT: filled by the receive
+    const ssize_t size = recv(descriptor, bytes.data(), bytes.size(), MSG_DONTWAIT);
+    if (size < 0 && (errno == EAGAIN || errno == EINTR)) {
+        return;
+    }
+    if (size <= 0 || client.wish != Wish::answer) {
+        drop_client(descriptor); // it has left, or talks into what it watches
+        return;
+    }
+    client.active = std::chrono::steady_clock::now();
+    client.input.append(bytes.data(), static_cast<std::size_t>(size));
+    const std::size_t end = std::string_view(bytes.data(), static_cast<std::size_t>(size)).find('\n');
+    if (end == std::string_view::npos) {
+        if (client.input.size() > longest_request) {
+            drop_client(descriptor);
+        }
+        return;
+    }
+    loop_.forget(descriptor);
+    fresh_.push_back(descriptor);
+}
+
+bool Control::answer_all()
+{
+    for (const int descriptor : std::exchange(asked_, std::exchange(fresh_, {}))) {
+        const auto client = clients_.find(descriptor);
+        if (client != clients_.end()) {
+            client->second.output = answer_to(client->second, std::exchange(client->second.input, {}));
+            write_some(descriptor);
+        }
+    }
+    return !asked_.empty();
+}
+
+std::string Control::answer_to(Client& client, const std::string& request)
+{
+    try {
+        const Json asked = Json::parse(request, deepest_request);
+        const std::string what = asked.at("do").string();
+        if (what == "watch" || what == "wait") {
+            subscribe(client, asked);
+            return client.output;
+        }
+        if (what == "quit") { // its connection tells by its end that all is over
+            client.wish = Wish::one;
+        }
+        return fmt::format("+{}", answer_to_(asked));
+    } catch (const vor::JsonError&) {
+        return "-the request cannot be understood\n";
+    } catch (const std::exception& error) {
+        return fmt::format("-{}\n", error.what());
+    }
+}
+
+void Control::subscribe(Client& client, const Json& request)
+{
+    const auto watches = [](const auto& one) { return one.second.wish != Wish::answer; };
+    if (std::ranges::count_if(clients_, watches) == most_watching) {
+        throw std::runtime_error(fmt::format("{} watch or wait already", most_watching));
+    }
+    if (request.at("do") == Json("watch")) {
+        client.wish = Wish::all;
+        client.output = "+\n";
+        return;
+    }
+    client.call = request.at("call").string();
+    client.object = request.value("object", "");
+    const bool there = std::ranges::any_of(seen_, [&client](const auto& one) {
+        return one.first == client.call && (client.object.empty() || one.second == client.object);
+    });
+    client.wish = there ? Wish::answer : Wish::one;
+    client.output = there ? "+\n" : "?\n";
+}
+
+bool Control::is_watched() const
+{
+    return std::ranges::any_of(clients_, [](const auto& one) { return one.second.wish == Wish::all; });
+}
+
+void Control::note(const std::string& call, const std::string& object)
+{
+    if (!call.empty() && seen_.size() < most_seen) {
+        seen_.emplace(call, object);
+    }
+    for (auto next = clients_.begin(); next != clients_.end();) {
+        const int descriptor = next->first;
+        Client& client = (next++)->second; // writing may drop it
+        if (client.wish == Wish::one && !call.empty() && client.call == call &&
+            (client.object.empty() || client.object == object)) {
+            client.wish = Wish::answer;
+            client.output += "+\n";
+            write_some(descriptor);
+        }
+    }
+}
+
+void Control::publish(const Json& record)
+{
+    const std::string line = is_watched() ? vor::dump(record) + "\n" : "";
+    for (auto next = clients_.begin(); next != clients_.end();) {
+        const int descriptor = next->first;
+        Client& client = (next++)->second; // writing may drop it
+        if (client.wish != Wish::all) {
+            continue;
+        }
+        if (client.output.size() + line.size() > most_unread) {
+            ++client.lost;
+            continue;
+        }
+        const bool idle = client.output.empty();
+        client.output += client.lost > 0 ? fmt::format("{{\"lost\":{}}}\n", std::exchange(client.lost, 0)) : "";
+        client.output += line;
+        if (idle) {
+            write_some(descriptor);
+        }
+    }
+}
+
+void Control::write_some(int descriptor)
+{
+    Client& client = clients_.at(descriptor);
+    const ssize_t sent = send(descriptor, client.output.data(), client.output.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (sent < 0 && errno != EAGAIN && errno != EINTR) {
+        drop_client(descriptor);
+        return;
+    }
+    client.active = sent > 0 ? std::chrono::steady_clock::now() : client.active;
+    client.output.erase(0, static_cast<std::size_t>(std::max<ssize_t>(sent, 0)));
+    if (!client.output.empty()) {
+        loop_.watch_writing(descriptor, [this, descriptor] { write_some(descriptor); });
+    } else if (client.wish == Wish::answer) {
+        drop_client(descriptor);
+    } else {
+        loop_.watch(descriptor, [this, descriptor] { read_request(descriptor); });
+    }
+}
+
+void Control::drop_client(int descriptor)
+{
+    loop_.forget(descriptor);
+    std::erase(fresh_, descriptor);
+    std::erase(asked_, descriptor);
+    clients_.erase(descriptor);
+}
+
+} // namespace vorsim

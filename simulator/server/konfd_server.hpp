@@ -1,0 +1,68 @@
+// konfd_server.hpp: konfd's socket and its clients.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+
+#include "faults/faults.hpp"
+#include "konfd/session.hpp"
+#include "sockets/listener.hpp"
+
+namespace vorsim {
+
+// A text that a client sent, and what it was answered.
+struct KonfdExchange {
+    std::uint64_t client{}; // numbered as they come
+    std::chrono::system_clock::time_point arrived;
+    konfd::Exchange exchange;
+};
+
+class KonfdServer {
+public:
+    // Records it, and may disturb the answer.
+    using OnExchange = std::function<faults::Hearing(KonfdExchange& exchange)>;
+
+    KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& path, OnExchange on_exchange);
+
+private:
+    // One that has bytes to be read, or an answer to be taken, is not received from.
+    struct Client {
+        Descriptor socket;
+        konfd::Session session;
+        std::uint64_t number{};
+        Loop::Time active;
+        std::chrono::system_clock::time_point arrived{};
+        std::string input{};
+        std::string output{};
+        std::string rest{}; // of an answer that comes in halves; nothing is received before
+        Loop::Time rest_due{};
+        bool answer_unread{};
+        bool ended{}; // sends no more, or has gone
+    };
+    using Clients = std::map<int, Client>;
+
+    void welcome(Descriptor socket);
+    void receive(int descriptor);
+    // One text; the managers have their turn before the next.
+    bool serve_one();
+    void answer(Client& client, konfd::Exchange exchange);
+    // Sends what can be sent; then goes on reading, or lets the client go.
+    void carry_on(int descriptor);
+    void drop_client(int descriptor);
+    static std::optional<konfd::Time> deadline_of(const Client& client);
+    std::optional<konfd::Time> deadline() const;
+    void on_deadline();
+
+    Loop& loop_;
+    konfd::Konfd& konfd_;
+    OnExchange on_exchange_;
+    Clients clients_;
+    std::deque<int> turns_;  // clients with input
+    std::vector<int> fresh_; // those whose came in this turn: what was sent to managers before it is served first
+    std::uint64_t welcomed_ = 0;
+    Door door_;
+};
+
+} // namespace vorsim

@@ -1,0 +1,89 @@
+#include "server/managers.hpp"
+
+#include <stdexcept>
+
+#include <fmt/core.h>
+
+#include "tables/managers.hpp"
+
+namespace vorsim {
+
+void Managers::start(std::uint16_t sap)
+{
+    back_.erase(sap);
+    if (inlets_.contains(sap)) {
+        return;
+    }
+    auto inlet = std::make_unique<Inlet>(sap);
+    if (inlet->handle() == nullptr) {
+        throw std::runtime_error(fmt::format("cannot serve SAP {} in {}", sap, vorinfra_directory()));
+    }
+    loop_.watch(inlet->descriptor(), [this, which = inlet.get()] { on_readable_(*which); });
+    inlets_.emplace(sap, std::move(inlet));
+}
+
+void Managers::stop(std::uint16_t sap)
+{
+    back_.erase(sap);
+    const auto found = inlets_.find(sap);
+    if (found != inlets_.end()) {
+        loop_.forget(found->second->descriptor());
+        inlets_.erase(found);
+    }
+}
+
+void Managers::stop_until(std::uint16_t sap, Loop::Time back)
+{
+    stop(sap);
+    back_[sap] = back;
+}
+
+Inlet* Managers::inlet(std::uint16_t sap) const
+{
+    const auto found = inlets_.find(sap);
+    return found == inlets_.end() ? nullptr : found->second.get();
+}
+
+std::optional<Loop::Time> Managers::deadline() const
+{
+    std::optional<Loop::Time> first;
+    for (const auto& [sap, back] : back_) {
+        first = std::min(back, first.value_or(back));
+    }
+    return first;
+}
+
+void Managers::on_deadline(Loop::Time now, const Complain& complain)
+{
+    for (auto next = back_.begin(); next != back_.end();) {
+        const auto [sap, back] = *next++; // starting takes it away
+        if (back > now) {
+            continue;
+        }
+        try {
+            start(sap);
+        } catch (const std::exception& error) {
+            complain(fmt::format("vorsim: {} does not come back: {}", manager_key(sap), error.what()));
+        }
+    }
+}
+
+Delays::Delays(std::uint64_t seed, const std::map<std::uint16_t, Delay>& delays)
+{
+    for (const auto& [sap, delay] : delays) {
+        drawn_.emplace(sap, Drawn{delay, Random(seed, fmt::format("delay {}", sap))});
+    }
+}
+
+faults::Milliseconds Delays::draw(std::uint16_t sap)
+{
+    const auto found = drawn_.find(sap);
+    if (found == drawn_.end()) {
+        return {};
+    }
+    auto& [delay, random] = found->second;
+    const auto span = static_cast<std::uint64_t>((delay.most - delay.least).count());
+    return delay.least + faults::Milliseconds(random.draw(span + 1));
+}
+
+} // namespace vorsim

@@ -1,0 +1,65 @@
+// managers.hpp: the managers that are there, and how they come and go.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+
+#include "faults/rule.hpp"
+#include "sockets/endpoint.hpp"
+#include "sockets/loop.hpp"
+#include "values/random.hpp"
+
+namespace vorsim {
+
+class Managers {
+public:
+    using OnReadable = std::function<void(Inlet& inlet)>;
+    using Complain = std::function<void(const std::string& why)>;
+    using Inlets = std::map<std::uint16_t, std::unique_ptr<Inlet>>;
+
+    Managers(Loop& loop, OnReadable on_readable) : loop_(loop), on_readable_(std::move(on_readable)) {}
+
+    // Throws when somebody else serves the SAP.
+    void start(std::uint16_t sap);
+    void stop(std::uint16_t sap);
+    // Stopped, and back at the time.
+    void stop_until(std::uint16_t sap, Loop::Time back);
+
+    // Null: not served.
+    Inlet* inlet(std::uint16_t sap) const;
+    const Inlets& inlets() const { return inlets_; }
+
+    std::optional<Loop::Time> deadline() const;
+    // Starts those that are to be back; complains of one that cannot.
+    void on_deadline(Loop::Time now, const Complain& complain);
+
+private:
+    Loop& loop_;
+    OnReadable on_readable_;
+    Inlets inlets_;
+    std::map<std::uint16_t, Loop::Time> back_;
+};
+
+// How long a manager takes for each answer, drawn from the seed.
+struct Delay {
+    faults::Milliseconds least;
+    faults::Milliseconds most;
+};
+
+class Delays {
+public:
+    Delays(std::uint64_t seed, const std::map<std::uint16_t, Delay>& delays);
+
+    faults::Milliseconds draw(std::uint16_t sap);
+
+private:
+    struct Drawn {
+        Delay delay;
+        Random random;
+    };
+    std::map<std::uint16_t, Drawn> drawn_;
+};
+
+} // namespace vorsim

@@ -1,0 +1,123 @@
+#include "sockets/console.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fmt/core.h>
+
+#include "text/text.hpp"
+
+namespace vorsim {
+namespace {
+
+constexpr std::size_t most_pending = 1 << 16;
+
+} // namespace
+
+// Writing to it blocks nobody any more. The terminal or pipe is opened anew for
+// that, since a flag on the descriptor would be felt by whoever else holds it.
+Console::Kind Console::keep_from_blocking(int descriptor)
+{
+    struct stat status {};
+    if (fstat(descriptor, &status) != 0 || S_ISSOCK(status.st_mode)) {
+        return S_ISSOCK(status.st_mode) ? Kind::socket : Kind::asked_first;
+    }
+    if (!S_ISFIFO(status.st_mode) && !S_ISCHR(status.st_mode)) {
+        return Kind::file;
+    }
+    const std::string path = fmt::format("/proc/self/fd/{}", descriptor);
+    const Descriptor own(open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    return own.get() >= 0 && dup2(own.get(), descriptor) == descriptor ? Kind::file : Kind::asked_first;
+}
+
+// As much as is taken without waiting; -1 for nothing, errno tells why.
+ssize_t Console::write_some(std::string_view bytes) const
+{
+    if (kind_ == Kind::socket) {
+        return send(descriptor_, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+    }
+    pollfd room{descriptor_, POLLOUT, 0};
+    if (kind_ == Kind::asked_first && poll(&room, 1, 0) == 0) {
+        errno = EAGAIN;
+        return -1;
+    }
+    return write(descriptor_, bytes.data(), std::min<std::size_t>(bytes.size(), PIPE_BUF));
+}
+
+Console::Console(Loop& loop, int descriptor)
+    : loop_(loop), descriptor_(descriptor), kind_(keep_from_blocking(descriptor))
+{
+}
+
+void Console::flush()
+{
+    while (!pending_.empty() && !gone_) {
+        const ssize_t written = write_some(pending_);
+        if (written > 0) {
+            pending_.erase(0, static_cast<std::size_t>(written));
+        } else if (errno != EINTR) {
+            gone_ = errno != EAGAIN;
+            break;
+        }
+    }
+    if (gone_) {
+        pending_.clear();
+    }
+}
+
+// Full once, it takes nothing until there is room for a good deal.
+void Console::say_lost()
+{
+    full_ = full_ && pending_.size() > most_pending / 2;
+    if (!full_ && lost_ > told_) {
+        pending_ +=
+            fmt::format("vorsim: {} lost here: nobody read what was written\n", vor::counted(lost_ - told_, "line"));
+        told_ = lost_;
+    }
+}
+
+void Console::on_writable()
+{
+    flush();
+    say_lost();
+    if (pending_.empty() && waits_) {
+        waits_ = false;
+        loop_.forget(descriptor_);
+    }
+}
+
+void Console::line(std::string_view text)
+{
+    if (gone_) {
+        return;
+    }
+    say_lost();
+    full_ = full_ || pending_.size() + text.size() > most_pending;
+    if (full_) {
+        ++lost_;
+        return;
+    }
+    pending_ += text;
+    pending_ += '\n';
+    if (!waits_) {
+        flush();
+    }
+    if (!pending_.empty() && !waits_) {
+        waits_ = true;
+        loop_.watch_writing(descriptor_, [this] { on_writable(); });
+    }
+}
+
+void Console::count_lost(std::uint64_t lines)
+{
+    lost_ += lines;
+}
+
+} // namespace vorsim

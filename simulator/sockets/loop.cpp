@@ -1,0 +1,103 @@
+#include "sockets/loop.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <system_error>
+
+#include <sys/epoll.h>
+
+namespace vorsim {
+
+Loop::Loop() : poll_(epoll_create1(EPOLL_CLOEXEC))
+{
+    if (poll_.get() < 0) {
+        throw std::system_error(errno, std::generic_category(), "epoll_create1");
+    }
+}
+
+void Loop::add(int descriptor, std::uint32_t events, Handler handler)
+{
+    epoll_event event{};
+    event.events = events;
+    event.data.fd = descriptor;
+    const bool known = handlers_.contains(descriptor);
+    if (epoll_ctl(poll_.get(), known ? EPOLL_CTL_MOD : EPOLL_CTL_ADD, descriptor, &event) != 0) {
+        throw std::system_error(errno, std::generic_category(), "epoll_ctl");
+    }
+    handlers_[descriptor] = std::make_shared<Handler>(std::move(handler));
+}
+
+void Loop::watch(int descriptor, Handler on_readable)
+{
+    add(descriptor, EPOLLIN, std::move(on_readable));
+}
+
+void Loop::watch_writing(int descriptor, Handler on_writable)
+{
+    add(descriptor, EPOLLOUT, std::move(on_writable));
+}
+
+void Loop::forget(int descriptor)
+{
+    if (handlers_.erase(descriptor) != 0) {
+        epoll_ctl(poll_.get(), EPOLL_CTL_DEL, descriptor, nullptr);
+    }
+}
+
+void Loop::at(std::function<std::optional<Time>()> next, Handler on_deadline)
+{
+    deadlines_.push_back({std::move(next), std::move(on_deadline)});
+}
+
+void Loop::in_turn(std::function<bool()> work)
+{
+    work_.push_back(std::move(work));
+}
+
+int Loop::milliseconds_left() const
+{
+    std::optional<Time> first;
+    for (const Deadline& deadline : deadlines_) {
+        const auto next = deadline.next();
+        first = next && first ? std::min(*next, *first) : next ? next : first;
+    }
+    if (!first) {
+        return -1;
+    }
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(*first - std::chrono::steady_clock::now());
+    return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, 60000));
+}
+
+void Loop::act_on_deadlines()
+{
+    for (const Deadline& deadline : deadlines_) {
+        if (deadline.next().value_or(Time::max()) <= std::chrono::steady_clock::now()) {
+            deadline.act();
+        }
+    }
+}
+
+void Loop::run()
+{
+    bool more = false;
+    while (running_) {
+        std::array<epoll_event, 256> events; // all that is ready, so that none is overlooked for another
+        const int count =
+            epoll_wait(poll_.get(), events.data(), static_cast<int>(events.size()), more ? 0 : milliseconds_left());
+        for (int at = 0; at < count; ++at) {
+            const auto found = handlers_.find(events[static_cast<std::size_t>(at)].data.fd);
+            if (found != handlers_.end()) {
+                const auto handler = found->second; // it may forget itself
+                (*handler)();
+            }
+        }
+        more = false;
+        for (const auto& work : work_) {
+            more = work() || more;
+        }
+        act_on_deadlines();
+    }
+}
+
+} // namespace vorsim

@@ -1,0 +1,52 @@
+// loop.hpp: the one place vorsim waits.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "sockets/unix_socket.hpp"
+
+namespace vorsim {
+
+class Loop {
+public:
+    using Handler = std::function<void()>;
+    using Time = std::chrono::steady_clock::time_point;
+
+    Loop();
+
+    void watch(int descriptor, Handler on_readable);
+    void watch_writing(int descriptor, Handler on_writable);
+    void forget(int descriptor);
+
+    // When to wake although nothing came in, and what to do then.
+    void at(std::function<std::optional<Time>()> next, Handler on_deadline);
+    // What is done in every turn, a bounded piece at a time. True: there is more.
+    void in_turn(std::function<bool()> work);
+
+    void run();
+    void stop() { running_ = false; }
+
+private:
+    struct Deadline {
+        std::function<std::optional<Time>()> next;
+        Handler act;
+    };
+
+    void add(int descriptor, std::uint32_t events, Handler handler);
+    int milliseconds_left() const;
+    void act_on_deadlines();
+
+    Descriptor poll_;
+    std::map<int, std::shared_ptr<Handler>> handlers_;
+    std::vector<Deadline> deadlines_;
+    std::vector<std::function<bool()>> work_;
+    bool running_ = true;
+};
+
+} // namespace vorsim

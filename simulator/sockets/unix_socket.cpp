@@ -1,0 +1,112 @@
+#include "sockets/unix_socket.hpp"
+
+#include <cerrno>
+#include <cstring>
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <fmt/core.h>
+
+namespace vorsim {
+namespace {
+
+sockaddr_un address_of(const std::string& path)
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path) {
+        throw std::runtime_error(
+            fmt::format("the socket path {} is too long: at most {} characters", path, sizeof address.sun_path - 1));
+    }
+    std::memcpy(address.sun_path, path.data(), path.size());
+    return address;
+}
+
+[[noreturn]] void fail(const std::string& what)
+{
+    throw std::runtime_error(fmt::format("{}: {}", what, std::strerror(errno)));
+}
+
+// Leaves the path free, or throws.
+void clear_dead_owner(const std::string& path)
+{
+    struct stat status {};
+    if (lstat(path.c_str(), &status) != 0) {
+        return;
+    }
+    if (!S_ISSOCK(status.st_mode)) {
+        throw std::runtime_error(fmt::format("{} exists and is no socket", path));
+    }
+    if (connect_to(path).get() >= 0 || errno != ECONNREFUSED) {
+        throw InUse(fmt::format("{} is served by another process", path));
+    }
+    if (status.st_uid != geteuid()) {
+        throw std::runtime_error(fmt::format("{} belongs to user {}", path, status.st_uid));
+    }
+    if (unlink(path.c_str()) != 0 && errno != ENOENT) {
+        fail(fmt::format("cannot remove {}", path));
+    }
+}
+
+} // namespace
+
+Descriptor::~Descriptor()
+{
+    if (descriptor_ >= 0) {
+        close(descriptor_);
+    }
+}
+
+Listener::Listener(std::string path) : socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0))
+{
+    const sockaddr_un address = address_of(path);
+    if (socket_.get() < 0) {
+        fail(fmt::format("no socket for {}", path));
+    }
+    clear_dead_owner(path);
+    const mode_t before = umask(0077);
+    const int bound = bind(socket_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    umask(before);
+    if (bound != 0) {
+        fail(fmt::format("cannot bind {}", path));
+    }
+    path_ = std::move(path); // from here on it is ours to remove
+    if (listen(socket_.get(), 16) != 0) {
+        fail(fmt::format("cannot listen at {}", path_));
+    }
+}
+
+Listener::~Listener()
+{
+    if (!path_.empty()) {
+        unlink(path_.c_str());
+    }
+}
+
+Descriptor Listener::accept() const
+{
+    return Descriptor(accept4(socket_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+}
+
+Descriptor connect_to(const std::string& path)
+{
+    const sockaddr_un address = address_of(path);
+    Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (socket.get() < 0 || connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+        const int error = errno;
+        socket = Descriptor();
+        errno = error;
+    }
+    return socket;
+}
+
+bool send_now(int descriptor, const std::string& bytes)
+{
+    return send(descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT) ==
+           static_cast<ssize_t>(bytes.size());
+}
+
+} // namespace vorsim

@@ -123,7 +123,7 @@ int run(const Options& options)
     }
     if (command == "manual") {
         const std::string* const page = word_behind(words, "manual [PAGE]");
-        return print(page != nullptr ? manual(*page, !options.in_session)
+        return print(page != nullptr ? manual(*page)
                                      : fmt::format("{}\n", fmt::join(manual_pages(), "\n")));
     }
     if (command == "complete") { // asked by the completion scripts

@@ -1,23 +1,13 @@
 // help.hpp: what there is to call, and how.
 #pragma once
 
-#include <span>
 #include <string>
 #include <string_view>
 
+#include "input/command.hpp"
 #include "rows/row.hpp"
 
 namespace vorcfg {
-
-// What may stand first on a line in place of a family; the first row is a call itself, without a name.
-struct Command {
-    std::string_view name;
-    std::string_view usage;
-    std::string_view about;
-    std::string_view more;
-};
-
-std::span<const Command> commands();
 
 // What help and the manual both say.
 inline constexpr std::string_view about_vorcfg = "changes a gateway's settings, one call or one batch file at a time";
@@ -52,7 +42,7 @@ inline constexpr std::string_view about_prompt =
 std::string help();
 std::string help(const Family& family);
 std::string help(const Row& row);
-std::string help_on_command(std::string_view name); // empty: none of that name
+std::string help(const Command& command);
 
 // Every call, of one family where it is named, or of those that hold the word.
 std::string list(const Family* family, bool json);

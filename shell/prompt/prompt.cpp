@@ -6,10 +6,10 @@
 #include <fmt/core.h>
 
 #include "call/batch.hpp"
-#include "call/run.hpp"
+#include "call/runner.hpp"
 #include "help/help.hpp"
 #include "input/question.hpp"
-#include "output/tally.hpp"
+#include "output/output.hpp"
 #include "prompt/history.hpp"
 #include "prompt/lines.hpp"
 #include "text/text.hpp"

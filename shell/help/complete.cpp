@@ -6,8 +6,8 @@
 #include <fmt/core.h>
 
 #include "help/files.hpp"
-#include "help/help.hpp"
 #include "help/manual.hpp"
+#include "input/command.hpp"
 #include "input/options.hpp"
 #include "rows/contract.hpp"
 #include "rows/families.hpp"
@@ -154,8 +154,7 @@ private:
             for (const Command& command : commands()) {
                 offer(std::string(command.name), command.about);
             }
-        } else if (const auto command = std::ranges::find(commands(), before_[0], &Command::name);
-                   command != commands().end()) {
+        } else if (const Command* const command = command_named(before_[0])) {
             offer_word_of(*command);
         } else if (const Row* const row = call()) {
             offer_argument(*row);

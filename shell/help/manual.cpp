@@ -8,7 +8,7 @@
 
 #include <fmt/core.h>
 
-#include "help/help.hpp"
+#include "input/command.hpp"
 #include "input/complaint.hpp"
 #include "input/exit_codes.hpp"
 #include "input/options.hpp"

@@ -6,13 +6,13 @@
 #include <fmt/core.h>
 
 #include "call/batch.hpp"
-#include "call/run.hpp"
+#include "call/runner.hpp"
 #include "help/help.hpp"
 #include "input/complaint.hpp"
 #include "input/question.hpp"
 #include "input/secret.hpp"
 #include "input/waiting.hpp"
-#include "output/tally.hpp"
+#include "output/output.hpp"
 #include "prompt/history.hpp"
 #include "text/text.hpp"
 

@@ -13,7 +13,6 @@
 
 #include <fmt/core.h>
 
-#include "call/run.hpp"
 #include "input/question.hpp"
 #include "input/waiting.hpp"
 #include "output/output.hpp"
@@ -100,7 +99,8 @@ int take_back(Journal& journal, const Options& options)
     const auto summary = [&](const Tally& tally, std::size_t left) {
         return taken_back_text(journal.path(), tally, left, kept);
     };
-    Making making(going_on, calls.size(), summary, journaled(journal, false, undone));
+    Account account(going_on, calls.size(), summary);
+    Making making(going_on, calls.size(), account, journaled(journal, false, undone));
     for (TakingBack& call : calls) {
         undone = call.undone;
         if (!making.make(call.planned) && making.ended()) {

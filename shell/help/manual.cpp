@@ -85,6 +85,12 @@ std::string literal(std::string_view lines)
     return fmt::format(".Bd -literal -offset indent\n{}{}.Ed\n", escaped(lines), lines.ends_with('\n') ? "" : "\n");
 }
 
+// An item of a list, in a sentence.
+std::string item(std::string_view tag, std::string_view text)
+{
+    return fmt::format(".It {}\n{}", tag, filled(fmt::format("{}.", text)));
+}
+
 // The day that SOURCE_DATE_EPOCH says, else today.
 std::string day()
 {
@@ -118,24 +124,22 @@ std::vector<std::pair<std::string_view, std::string>> fillings()
         synopsis += ".Nm\n.Op Ar OPTION ...\n";
         if (!macros.empty()) {
             synopsis += fmt::format(".{}\n", macros);
-            listed +=
-                fmt::format(".It {}\n{}{}", macros, filled(fmt::format("{}.", command.about)), filled(command.more));
+            listed += item(macros, command.about) + filled(command.more);
         }
     }
     std::string options;
     for (const OptionRow& row : option_rows()) {
         const std::string value = row.value.empty() ? "" : " Ar " + argument(row.value);
-        options +=
-            fmt::format(".It Fl {}{}\n{}", escaped(row.name.substr(1)), value,
-                        filled(fmt::format("{}{}{}.", row.about, row.commands.empty() ? "" : "; for ", row.commands)));
+        options += item(fmt::format("Fl {}{}", escaped(row.name.substr(1)), value),
+                        fmt::format("{}{}{}", row.about, row.commands.empty() ? "" : "; for ", row.commands));
     }
     std::string known;
     for (const Family* const family : families()) {
-        known += fmt::format(".It {}\n{}", family->name, filled(fmt::format("{}.", about(*family))));
+        known += item(family->name, about(*family));
     }
     std::string exits;
     for (std::size_t code = 0; code < std::size(exit_texts); code++) {
-        exits += fmt::format(".It {}\n{}", code, filled(fmt::format("{}.", exit_texts[code])));
+        exits += item(std::to_string(code), exit_texts[code]);
     }
     return {{"@DATE@", day()},        {"@SYNOPSIS@\n", synopsis}, {"@COMMANDS@\n", listed},
             {"@OPTIONS@\n", options}, {"@FAMILIES@\n", known},    {"@EXIT_STATUS@\n", exits}};
@@ -158,8 +162,8 @@ std::string arguments_of(const Row& row, const CallContract& contract)
     for (const Argument& each : row.arguments()) {
         if (each.is_given()) {
             const std::string_view meaning = contract.about(each);
-            items += fmt::format(".It Ar {}\n{}{}", each.name, filled(kind_text(each) + '.'),
-                                 meaning.empty() ? "" : filled(fmt::format("{}.", meaning)));
+            items += item(fmt::format("Ar {}", each.name), kind_text(each));
+            items += meaning.empty() ? "" : filled(fmt::format("{}.", meaning));
         }
     }
     return items.empty() ? "" : fmt::format(".Bl -tag -width Ds\n{}.El\n", items);

@@ -1,7 +1,9 @@
 #include "call/session.hpp"
 
+#include <algorithm>
 #include <unistd.h>
 
+#include <device_mgmt/common.h>
 #include <fmt/core.h>
 
 #include "call/capture.hpp"

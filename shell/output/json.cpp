@@ -74,7 +74,7 @@ Json json_of(const Message& message, const Planned& planned)
         for (const Element& element : message.elements) {
             json["elements"].push_back(json_of(element));
         }
-    } else if (const auto fields = fields_of(message); fields && !message.record.empty()) {
+    } else if (const auto fields = fields_of(message, *planned.row)) {
         json["fields"] = json_of(*fields);
     }
     json["delivered"] = message.timed_out ? Json() : Json(message.delivered); // null: nobody knows

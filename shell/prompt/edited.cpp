@@ -11,7 +11,7 @@
 
 #include "help/complete.hpp"
 #include "input/complaint.hpp"
-#include "input/waiting.hpp"
+#include "input/terminal.hpp"
 #include "prompt/history.hpp"
 #include "prompt/lines.hpp"
 #include "text/text.hpp"

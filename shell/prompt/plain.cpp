@@ -4,7 +4,7 @@
 
 #include "input/complaint.hpp"
 #include "input/secret.hpp"
-#include "input/waiting.hpp"
+#include "input/terminal.hpp"
 #include "prompt/lines.hpp"
 #include "text/text.hpp"
 

@@ -8,7 +8,7 @@
 #include "call/batch.hpp"
 #include "call/runner.hpp"
 #include "help/help.hpp"
-#include "input/question.hpp"
+#include "input/terminal.hpp"
 #include "output/output.hpp"
 #include "prompt/history.hpp"
 #include "prompt/lines.hpp"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <type_traits>
 
 #include <fmt/core.h>
 
@@ -10,42 +11,6 @@
 #include "text/parse.hpp"
 
 namespace vorcfg {
-
-namespace {
-
-constexpr OptionRow rows[] = {
-    {{"--json", "", "one JSON object per call, and per complaint"}, &Options::json},
-    {{"--trace", "", "show each message and its answer on standard error"}, &Options::trace},
-    {{"--dry-run", "", "show the exact messages, send nothing; needs no gateway"}, &Options::dry_run, "a call, batch"},
-    {{"--sap", "N", "the shell's own endpoint; by default a free one from 0x1000 up"}},
-    {{"--yes", "", "for a call that wants to be confirmed; ask nothing"}, &Options::yes},
-    {{"--keep-going", "", "go on with a batch after a failure"}, &Options::keep_going, "batch, apply"},
-    {{"--timeout", "SECONDS", "a call that takes longer is unknown"}, nullptr, "batch, apply, revert"},
-    {{"--set", "NAME=VALUE", "what ${NAME} stands for in a batch file"}, nullptr, "batch, check, plan, apply"},
-    {{"--vars", "FILE", "the same from a file, one NAME=VALUE a line"}, nullptr, "batch, check, plan, apply"},
-    {{"--journal", "FILE", "what a gateway accepted; by default the batch file's name and .journal"},
-     nullptr,
-     "plan, apply"},
-    {{"--gateway", "NAME", "the gateway that the journal is of; kept there"}, nullptr, "plan, apply"},
-    {{"--from", "LINE", "plan and apply from this line on"}, nullptr, "plan, apply"},
-    {{"--only", "FAMILY", "plan and apply the calls of one family"}, nullptr, "plan, apply"},
-    {{"--retry-unknown", "", "make again what was begun and has no verdict"}, &Options::retry_unknown, "apply"},
-    {{"--skip-unknown", "", "leave out what was begun and has no verdict"}, &Options::skip_unknown, "apply"},
-    {{"--resend-secrets", "", "make accepted calls with a secret again"}, &Options::resend_secrets, "plan, apply"},
-    {{"--confirm", "SECONDS", "take back what apply changed, unless it is confirmed in this time"}, nullptr, "apply"},
-    {{"--html", "", "a report as a page for a browser or a printer"}, &Options::html, "report"},
-    {{"--password-file", "FILE", "take the call's secret argument from a file"}},
-    {{"--password-stdin", "", "take the call's secret argument from standard input"}},
-    {{"--help", "", "help, also on a family, a call or a command"}, &Options::help},
-    {{"--version", "", "the version"}, &Options::version},
-};
-
-} // namespace
-
-std::span<const OptionRow> option_rows()
-{
-    return rows;
-}
 
 namespace {
 
@@ -66,45 +31,94 @@ std::uint32_t number_in(const OptionRow& row, std::string_view text, std::string
     return *number;
 }
 
-unsigned seconds_in(const OptionRow& row, std::string_view text)
+// A flag, a text, or one more of them.
+template <auto Member>
+void take(Options& options, const OptionRow&, std::string_view value)
+{
+    auto& taken = options.*Member;
+    if constexpr (std::is_same_v<decltype(taken), bool&>) {
+        taken = true;
+    } else if constexpr (std::is_same_v<decltype(taken), std::string&>) {
+        taken = value;
+    } else {
+        taken.emplace_back(value);
+    }
+}
+
+template <auto Member>
+void take_seconds(Options& options, const OptionRow& row, std::string_view value)
 {
     using std::chrono::seconds;
     constexpr unsigned day = 86400;
-    const auto time = vor::time_in(text, vor::Bare::seconds);
-    if (!time || time->count() == 0 || *time % seconds(1) != seconds(0)) {
-        complain_number(row, text, "number of seconds", 1, day);
+    const auto time = vor::time_in(value, vor::Bare::seconds);
+    if (!time || time->count() <= 0 || *time % seconds(1) != seconds(0)) {
+        complain_number(row, value, "number of seconds", 1, day);
     }
-    return static_cast<unsigned>(std::chrono::duration_cast<seconds>(*time).count());
+    options.*Member = static_cast<unsigned>(std::chrono::duration_cast<seconds>(*time).count());
 }
 
-void take(Options& options, const OptionRow& row, std::string_view value)
+void take_sap(Options& options, const OptionRow& row, std::string_view value)
 {
-    if (row.flag != nullptr) {
-        options.*row.flag = true;
-    } else if (row.name == "--sap") {
-        options.sap = static_cast<std::uint16_t>(number_in(row, value, "SAP", 0, UINT16_MAX));
-    } else if (row.name == "--timeout") {
-        options.timeout = seconds_in(row, value);
-    } else if (row.name == "--confirm") {
-        options.confirm = seconds_in(row, value);
-    } else if (row.name == "--set") {
-        options.sets.emplace_back(value);
-    } else if (row.name == "--vars") {
-        options.vars.emplace_back(value);
-    } else if (row.name == "--journal") {
-        options.journal = value;
-    } else if (row.name == "--gateway") {
-        options.gateway = value;
-    } else if (row.name == "--from") {
-        options.from = number_in(row, value, "line", 1, UINT32_MAX);
-    } else if (row.name == "--only") {
-        options.only = value;
-    } else if (row.name == "--password-file") {
-        options.password = Word{{fmt::format("@{}", value)}};
-    } else {
-        options.password = Word{{"-"}};
-    }
+    options.sap = static_cast<std::uint16_t>(number_in(row, value, "SAP", 0, UINT16_MAX));
 }
+
+void take_line(Options& options, const OptionRow& row, std::string_view value)
+{
+    options.from = number_in(row, value, "line", 1, UINT32_MAX);
+}
+
+void take_password(Options& options, const OptionRow& row, std::string_view value)
+{
+    options.password = Word{{row.value.empty() ? "-" : fmt::format("@{}", value)}};
+}
+
+constexpr OptionRow rows[] = {
+    {{"--json", "", "one JSON object per call, and per complaint"}, take<&Options::json>},
+    {{"--trace", "", "show each message and its answer on standard error"}, take<&Options::trace>},
+    {{"--dry-run", "", "show the exact messages, send nothing; needs no gateway"},
+     take<&Options::dry_run>,
+     "a call, batch"},
+    {{"--sap", "N", "the shell's own endpoint; by default a free one from 0x1000 up"}, take_sap},
+    {{"--yes", "", "for a call that wants to be confirmed; ask nothing"}, take<&Options::yes>},
+    {{"--keep-going", "", "go on with a batch after a failure"}, take<&Options::keep_going>, "batch, apply"},
+    {{"--timeout", "SECONDS", "a call that takes longer is unknown"},
+     take_seconds<&Options::timeout>,
+     "batch, apply, revert"},
+    {{"--set", "NAME=VALUE", "what ${NAME} stands for in a batch file"},
+     take<&Options::sets>,
+     "batch, check, plan, apply"},
+    {{"--vars", "FILE", "the same from a file, one NAME=VALUE a line"},
+     take<&Options::vars>,
+     "batch, check, plan, apply"},
+    {{"--journal", "FILE", "what a gateway accepted; by default the batch file's name and .journal"},
+     take<&Options::journal>,
+     "plan, apply"},
+    {{"--gateway", "NAME", "the gateway that the journal is of; kept there"}, take<&Options::gateway>, "plan, apply"},
+    {{"--from", "LINE", "plan and apply from this line on"}, take_line, "plan, apply"},
+    {{"--only", "FAMILY", "plan and apply the calls of one family"}, take<&Options::only>, "plan, apply"},
+    {{"--retry-unknown", "", "make again what was begun and has no verdict"}, take<&Options::retry_unknown>, "apply"},
+    {{"--skip-unknown", "", "leave out what was begun and has no verdict"}, take<&Options::skip_unknown>, "apply"},
+    {{"--resend-secrets", "", "make accepted calls with a secret again"},
+     take<&Options::resend_secrets>,
+     "plan, apply"},
+    {{"--confirm", "SECONDS", "take back what apply changed, unless it is confirmed in this time"},
+     take_seconds<&Options::confirm>,
+     "apply"},
+    {{"--html", "", "a report as a page for a browser or a printer"}, take<&Options::html>, "report"},
+    {{"--password-file", "FILE", "take the call's secret argument from a file"}, take_password},
+    {{"--password-stdin", "", "take the call's secret argument from standard input"}, take_password},
+    {{"--help", "", "help, also on a family, a call or a command"}, take<&Options::help>},
+    {{"--version", "", "the version"}, take<&Options::version>},
+};
+
+} // namespace
+
+std::span<const OptionRow> option_rows()
+{
+    return rows;
+}
+
+namespace {
 
 [[noreturn]] void complain_unknown(std::string_view name)
 {
@@ -185,7 +199,7 @@ try {
         if (!row->value.empty() && !option.value && used == typed.size()) {
             throw Complaint{fmt::format("{}: its value is missing", row->name)};
         }
-        take(options, *row, option.value_of(*row, std::span(texts).subspan(used), used));
+        row->take(options, *row, option.value_of(*row, std::span(texts).subspan(used), used));
         options.given.push_back(row);
     }
     return options;

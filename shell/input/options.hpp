@@ -42,7 +42,7 @@ struct Options {
 };
 
 struct OptionRow : vor::Option {
-    bool Options::*flag = nullptr;
+    void (*take)(Options& options, const OptionRow& row, std::string_view value);
     std::string_view commands{}; // that it means something to; empty: all
 };
 

@@ -82,7 +82,7 @@ int run_call(const Options& options)
     }
     Secrets secrets({.literals = options.in_session,
                      .standard_input = !options.in_session,
-                     .left_out = options.password.value_or(Word{"?"})});
+                     .left_out = options.password.value_or(Word{{"?"}})});
     Planned planned = plan(options.words, secrets);
     check_confirmed(planned, options);
     rehearse(planned);

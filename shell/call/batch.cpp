@@ -8,7 +8,7 @@
 #include <fmt/ranges.h>
 
 #include "call/session.hpp"
-#include "input/question.hpp"
+#include "input/terminal.hpp"
 
 namespace vorcfg {
 

@@ -109,7 +109,7 @@ std::vector<Word> in_order(const Row& row, std::vector<Word> words, const Secret
         } else if (argument.is_secret && sources.left_out) {
             all.push_back(*sources.left_out);
         } else if (!argument.decided_by.empty()) {
-            all.push_back({.text = {}, .index = words.size(), .left_out = true});
+            all.push_back({{}, words.size(), true});
         } else {
             throw Complaint{"is missing", exit_usage, std::string(argument.name), words.size()};
         }

@@ -9,7 +9,7 @@
 
 #include "help/complete.hpp"
 #include "input/complaint.hpp"
-#include "input/waiting.hpp"
+#include "input/terminal.hpp"
 #include "prompt/history.hpp"
 #include "prompt/prompt.hpp"
 #include "text/text.hpp"

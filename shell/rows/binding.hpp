@@ -72,8 +72,6 @@ constexpr Range whole_range(Type type)
 // A family whose calls answer a record has an `append_fields` for it.
 using Fields = std::vector<Field>;
 void append_field(Fields& fields, std::string_view name, std::int64_t number);
-void append_field(Fields& fields, std::string_view name, const vor_int16* number);
-void append_field(Fields& fields, std::string_view name, const vor_uint16* number);
 void append_field(Fields& fields, std::string_view name, const vor_ip_address* address);
 void append_field(Fields& fields, std::string_view name, const vor_uchar* mac);
 
@@ -103,7 +101,11 @@ struct Slot<T*> {
     void append(Returned& back, const Argument& argument) const
     {
         if (argument.kind == Kind::result) {
-            append_field(back.fields, argument.name, room.data());
+            if constexpr (sizeof(T) == 2) {
+                append_field(back.fields, argument.name, room.front());
+            } else {
+                append_field(back.fields, argument.name, room.data());
+            }
         }
     }
 };

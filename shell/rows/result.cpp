@@ -1,9 +1,8 @@
 // What calls write into their results, field by field.
-#include <arpa/inet.h>
-
 #include <fmt/core.h>
 
 #include "rows/binding.hpp"
+#include "text/text.hpp"
 
 namespace vorcfg {
 
@@ -12,20 +11,9 @@ void append_field(Fields& fields, std::string_view name, std::int64_t number)
     fields.push_back({std::string(name), std::to_string(number)});
 }
 
-void append_field(Fields& fields, std::string_view name, const vor_int16* number)
-{
-    append_field(fields, name, *number);
-}
-
-void append_field(Fields& fields, std::string_view name, const vor_uint16* number)
-{
-    append_field(fields, name, *number);
-}
-
 void append_field(Fields& fields, std::string_view name, const vor_ip_address* address)
 {
-    char text[INET_ADDRSTRLEN];
-    fields.push_back({std::string(name), inet_ntop(AF_INET, address, text, sizeof text), Field::Kind::word});
+    fields.push_back({std::string(name), vor::dotted(*address), Field::Kind::word});
 }
 
 void append_field(Fields& fields, std::string_view name, const vor_uchar* mac)

@@ -7,7 +7,7 @@
 #include <fmt/core.h>
 
 #include "call/batch.hpp"
-#include "input/question.hpp"
+#include "input/terminal.hpp"
 #include "output/output.hpp"
 #include "rows/families.hpp"
 #include "site/journal.hpp"

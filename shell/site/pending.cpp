@@ -13,8 +13,7 @@
 
 #include <fmt/core.h>
 
-#include "input/question.hpp"
-#include "input/waiting.hpp"
+#include "input/terminal.hpp"
 #include "output/output.hpp"
 #include "site/clock.hpp"
 #include "site/show.hpp"

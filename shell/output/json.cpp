@@ -3,6 +3,7 @@
 #include "output/output.hpp"
 #include "rows/contract.hpp"
 #include "rows/names.hpp"
+#include "text/parse.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
@@ -20,7 +21,8 @@ Json json_of(const Field& field)
 {
     switch (field.kind) {
     case Field::Kind::number:
-        return std::stoll(field.text);
+        return field.text.starts_with('-') ? Json(vor::number_in<std::int64_t>(field.text).value_or(0))
+                                           : Json(vor::number_in<std::uint64_t>(field.text).value_or(0));
     case Field::Kind::secret:
         return vor::mask;
     default:

@@ -260,7 +260,7 @@ Line read_line(std::string_view text)
     each_member(line.record, take, true);
     if (line.record.kind == Record::Kind::message) {
         for (const char* const name : {"sap", "source", "id"}) {
-            line.damage += json.contains(name) ? "" : fmt::format("there is no \"{}\"", name);
+            line.complete = line.complete && json.contains(name);
         }
     }
     if (line.record.line.empty()) {

@@ -32,6 +32,7 @@ struct Line {
     std::optional<std::uint64_t> lost{};  // in place of so many records
     Record record{};                      // else
     std::string damage{};                 // what is wrong with it
+    bool complete = true;                 // a message says where it came from, where it went, and what it is
 };
 // Throws a JsonError for what is no JSON object.
 Line read_line(std::string_view text);

@@ -238,7 +238,7 @@ Line read_line(std::string_view text)
 {
     const Json json = Json::parse(text);
     json.members();
-    Line line{.text = vor::dump(json)};
+    Line line{.text = std::string(text)};
     if (const Json* const version = json.find("journal")) {
         line.version = vor::dump(*version);
         return line;
@@ -267,6 +267,11 @@ Line read_line(std::string_view text)
         line.record.line = line_of_old(json, line.record);
     }
     return line;
+}
+
+std::string rewritten(const Line& line)
+{
+    return vor::dump(Json::parse(line.text));
 }
 
 } // namespace vorsim

@@ -27,7 +27,7 @@ std::string lost_line(std::uint64_t lost);
 
 // A line that was read.
 struct Line {
-    std::string text{};                   // on one line, as it is written
+    std::string text{};                   // as it came
     std::optional<std::string> version{}; // a journal begins, of this one
     std::optional<std::uint64_t> lost{};  // in place of so many records
     Record record{};                      // else
@@ -36,6 +36,8 @@ struct Line {
 };
 // Throws a JsonError for what is no JSON object.
 Line read_line(std::string_view text);
+// The same line as vorsim writes it, whoever wrote it.
+std::string rewritten(const Line& line);
 
 vor::Json json_of(const std::vector<Value>& values);
 // Throws a JsonError for what is neither text nor whole number, nor a list of those.

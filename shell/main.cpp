@@ -14,9 +14,7 @@
 #include "help/page.hpp"
 #include "prompt/prompt.hpp"
 #include "rows/families.hpp"
-#include "site/apply.hpp"
-#include "site/pending.hpp"
-#include "site/sheet.hpp"
+#include "site/commands.hpp"
 
 using namespace vorcfg;
 

@@ -1,5 +1,4 @@
 #include "text/json.hpp"
-#include "call/call_key.hpp"
 #include "output/output.hpp"
 #include "rows/contract.hpp"
 #include "rows/names.hpp"
@@ -90,7 +89,33 @@ Json json_of(const Message& message, const Planned& planned)
     return json;
 }
 
-// The values by their arguments' names, and the words that stand for them.
+Json json_of(const Argument& argument, const Value& value)
+{
+    if (argument.is_number()) {
+        return value.number;
+    }
+    return value.secret ? Json(vor::mask) : Json(value.text);
+}
+
+// The given values by their arguments' names.
+Json values_json(const Planned& planned)
+{
+    Json values = Json::object();
+    const auto arguments = planned.row->arguments();
+    for (std::size_t i = 0; i < arguments.size(); i++) {
+        if (arguments[i].is_list) {
+            Json& items = values[arguments[i].name] = Json::array();
+            for (std::size_t item = i; item < planned.values.size(); item++) {
+                items.push_back(json_of(arguments[i], planned.values[item]));
+            }
+        } else if (!arguments[i].is_result() && planned.values[i].given) {
+            values[arguments[i].name] = json_of(arguments[i], planned.values[i]);
+        }
+    }
+    return values;
+}
+
+// The values, and the words that stand for them.
 void add_arguments(Json& json, const Planned& planned)
 {
     Json words = Json::object();
@@ -102,7 +127,7 @@ void add_arguments(Json& json, const Planned& planned)
             }
         }
     }
-    json["arguments"] = values_json(planned, true);
+    json["arguments"] = values_json(planned);
     if (!words.empty()) {
         json["words"] = words;
     }

@@ -33,7 +33,7 @@ std::string shown(const Argument& argument, const KeptValue& value)
         const auto named = std::ranges::find(argument.choices, *number, &Choice::number);
         return named != argument.choices.end() ? std::string(named->name) : std::to_string(*number);
     }
-    if (const auto* const bytes = std::get_if<Bytes>(&value)) {
+    if (const auto* const bytes = std::get_if<RawText>(&value)) {
         return fmt::format(R"({{"bytes":"{}"}})", vor::hexadecimal(bytes->text)); // as the journal has it
     }
     const auto& text = std::get<std::string>(value);
@@ -45,7 +45,7 @@ KeptValue kept(const Argument& argument, const Value& value)
     if (argument.is_number()) {
         return value.number;
     }
-    return vor::is_utf8(value.text) ? KeptValue(value.text) : KeptValue(Bytes{value.text});
+    return vor::is_utf8(value.text) ? KeptValue(value.text) : KeptValue(RawText{value.text});
 }
 
 Value value_of(const CallKey& key, const Argument& argument, const KeptValue& kept)
@@ -60,7 +60,7 @@ Value value_of(const CallKey& key, const Argument& argument, const KeptValue& ke
         value.number = *number;
         value.text = argument.kind == Kind::decimal ? std::to_string(*number) : "";
     } else {
-        const auto* const bytes = std::get_if<Bytes>(&kept);
+        const auto* const bytes = std::get_if<RawText>(&kept);
         value.text = bytes != nullptr ? bytes->text : std::get<std::string>(kept);
     }
     return value;

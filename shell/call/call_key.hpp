@@ -12,13 +12,13 @@
 namespace vorcfg {
 
 // A text that is no UTF-8.
-struct Bytes {
+struct RawText {
     std::string text;
 
-    auto operator<=>(const Bytes&) const = default;
+    auto operator<=>(const RawText&) const = default;
 };
 
-using KeptValue = std::variant<std::int64_t, Bytes, std::string>;
+using KeptValue = std::variant<std::int64_t, RawText, std::string>;
 using KeptValues = std::vector<KeptValue>;
 
 struct CallKey {

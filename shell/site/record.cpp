@@ -25,7 +25,7 @@ constexpr int version = 1;
 // JSON holds no text that is no UTF-8; one would be as good as the next.
 Json json_of(const KeptValue& value)
 {
-    if (const auto* const bytes = std::get_if<Bytes>(&value)) {
+    if (const auto* const bytes = std::get_if<RawText>(&value)) {
         return {{"bytes", vor::hexadecimal(bytes->text)}};
     }
     const auto* const number = std::get_if<std::int64_t>(&value);
@@ -33,9 +33,9 @@ Json json_of(const KeptValue& value)
 }
 
 // "0a ff"
-Bytes bytes_in(std::string_view digits)
+RawText bytes_in(std::string_view digits)
 {
-    Bytes bytes;
+    RawText bytes;
     for (std::size_t at = 0; at + 2 <= digits.size(); at += 3) {
         unsigned char byte = 0;
         std::from_chars(digits.data() + at, digits.data() + at + 2, byte, 16);
@@ -62,7 +62,7 @@ KeptValue value_in(std::string_view name, const Json& json)
         return json.string();
     }
     const Json* const digits = json.size() == 1 ? json.find("bytes") : nullptr;
-    Bytes bytes = digits != nullptr && digits->is_string() ? bytes_in(digits->string()) : Bytes();
+    RawText bytes = digits != nullptr && digits->is_string() ? bytes_in(digits->string()) : RawText();
     if (digits == nullptr || *digits != Json(vor::hexadecimal(bytes.text))) {
         throw Complaint{fmt::format("{} is {}, which is no value", name, vor::dump(json))};
     }

@@ -35,8 +35,8 @@ CallKey key_of(const Row& row, std::vector<KeptValues> values, bool secret);
 // The call again. Throws a Complaint where the values are none of this call.
 Planned planned(const CallKey& key);
 
-// What two calls share that are about the same thing: the call, and the arguments marked as its object. Those of one
-// call are in order: numbers as numbers.
+// What two calls share that are about the same thing: the call, and the arguments marked as its object. Those of a
+// family are in the order of its rows, those of a call in that of their objects, numbers as numbers.
 struct Subject {
     const Row* row = nullptr;
     std::vector<KeptValues> objects;

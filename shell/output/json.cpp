@@ -89,27 +89,24 @@ Json json_of(const Message& message, const Planned& planned)
     return json;
 }
 
-Json json_of(const Argument& argument, const Value& value)
-{
-    if (argument.is_number()) {
-        return value.number;
-    }
-    return value.secret ? Json(vor::mask) : Json(value.text);
-}
-
 // The given values by their arguments' names.
 Json values_json(const Planned& planned)
 {
     Json values = Json::object();
     const auto arguments = planned.row->arguments();
     for (std::size_t i = 0; i < arguments.size(); i++) {
-        if (arguments[i].is_list) {
-            Json& items = values[arguments[i].name] = Json::array();
+        const Argument& argument = arguments[i];
+        const auto json_at = [&](std::size_t index) {
+            const Value& value = planned.values[index];
+            return argument.is_number() ? Json(value.number) : Json(value.secret ? std::string(vor::mask) : value.text);
+        };
+        if (argument.is_list) {
+            Json& items = values[argument.name] = Json::array();
             for (std::size_t item = i; item < planned.values.size(); item++) {
-                items.push_back(json_of(arguments[i], planned.values[item]));
+                items.push_back(json_at(item));
             }
-        } else if (!arguments[i].is_result() && planned.values[i].given) {
-            values[arguments[i].name] = json_of(arguments[i], planned.values[i]);
+        } else if (!argument.is_result() && planned.values[i].given) {
+            values[argument.name] = json_at(i);
         }
     }
     return values;

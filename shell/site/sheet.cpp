@@ -42,16 +42,14 @@ Sheet sheet_of(const Journal& journal)
     sheet.title = history.gateway().empty() ? std::filesystem::path(journal.path()).stem().string() : history.gateway();
     for (const Family* const family : families()) {
         SheetSection section{family, {}};
-        for (const Row& row : family->rows) {
-            for (const Known* const each : known) {
-                if (each->latest()->begun.key.row != &row) {
-                    continue;
-                }
-                const SheetLine& line = section.lines.emplace_back(line_of(*each));
-                (line.open ? sheet.open : sheet.settled)++;
-                sheet.first = sheet.first.empty() ? line.when : std::min(sheet.first, line.when);
-                sheet.last = std::max(sheet.last, line.when);
+        for (const Known* const each : known) {
+            if (each->latest()->begun.key.row->family != family) {
+                continue;
             }
+            const SheetLine& line = section.lines.emplace_back(line_of(*each));
+            (line.open ? sheet.open : sheet.settled)++;
+            sheet.first = sheet.first.empty() ? line.when : std::min(sheet.first, line.when);
+            sheet.last = std::max(sheet.last, line.when);
         }
         if (!section.lines.empty()) {
             sheet.sections.push_back(std::move(section));

@@ -17,9 +17,7 @@
 #include "output/output.hpp"
 #include "prompt/prompt.hpp"
 #include "rows/families.hpp"
-#include "site/apply.hpp"
-#include "site/pending.hpp"
-#include "site/sheet.hpp"
+#include "site/commands.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {

@@ -286,12 +286,4 @@ std::string dump(const Json& json, int indent)
     return out;
 }
 
-bool is_utf8(std::string_view text)
-try {
-    nlohmann::json(text).dump();
-    return true;
-} catch (const nlohmann::json::exception&) {
-    return false;
-}
-
 } // namespace vor

@@ -147,6 +147,4 @@ struct Json::Member {
 // Always UTF-8, whatever bytes the texts hold, and no control character raw.
 std::string dump(const Json& json, int indent = -1);
 
-bool is_utf8(std::string_view text);
-
 } // namespace vor

@@ -9,12 +9,11 @@
 namespace vor {
 namespace {
 
-// The length of the UTF-8 character beyond ASCII that begins here; 0 for none
-// and for control characters.
+// The length of the UTF-8 character beyond ASCII that begins here; 0 for none.
 std::size_t character_length(std::string_view text)
 {
     const auto first = static_cast<unsigned char>(text[0]);
-    const std::size_t length = first < 0xc3 ? 0 : first < 0xe0 ? 2 : first < 0xf0 ? 3 : first < 0xf5 ? 4 : 0;
+    const std::size_t length = first < 0xc2 ? 0 : first < 0xe0 ? 2 : first < 0xf0 ? 3 : first < 0xf5 ? 4 : 0;
     if (length == 0 || text.size() < length) {
         return 0;
     }
@@ -68,7 +67,8 @@ std::string spelt(std::string_view text, std::size_t longest, std::string (*spel
         if (characters == longest) {
             return fmt::format("{}... ({} bytes)", out, text.size());
         }
-        const std::size_t length = character_length(text.substr(at));
+        constexpr char controls = '\xc2'; // begins the second set of them
+        const std::size_t length = text[at] == controls ? 0 : character_length(text.substr(at));
         out += length == 0 ? spelt_byte(text[at]) : std::string(text.substr(at, length));
         at += std::max<std::size_t>(length, 1);
     }
@@ -76,6 +76,18 @@ std::string spelt(std::string_view text, std::size_t longest, std::string (*spel
 }
 
 } // namespace
+
+bool is_utf8(std::string_view text)
+{
+    while (!text.empty()) {
+        const std::size_t length = static_cast<unsigned char>(text[0]) < 0x80 ? 1 : character_length(text);
+        if (length == 0) {
+            return false;
+        }
+        text.remove_prefix(length);
+    }
+    return true;
+}
 
 std::string escaped(std::string_view text, std::size_t longest)
 {

@@ -11,6 +11,8 @@ namespace vor {
 
 inline constexpr std::string_view mask = "********"; // of a secret, whatever its length
 
+bool is_utf8(std::string_view text);
+
 // They become \n, \x1b and the like; beyond `longest` characters the rest is told by its length.
 std::string escaped(std::string_view text, std::size_t longest = std::string_view::npos);
 // The same between double quotes.

@@ -15,20 +15,22 @@ const std::string file_name = "file";
 void check_history(const History& history)
 {
     for (const Entry& entry : history.entries()) {
-        name_of(entry.said);
+        name_of(entry.begun.key);
         try {
-            require(said(planned(entry.said)).row == entry.said.row, "what was made can be made again");
+            require(key_of(planned(entry.begun.key)).values == entry.begun.key.values,
+                    "what was made can be made again");
         } catch (const Complaint& complaint) {
             require(!complaint.text.empty(), "or it is said why not");
         }
     }
     for (const History::Undo& undo : history.undos()) {
-        require(undo.entry != nullptr && (undo.before == nullptr || undo.before->number < undo.entry->number),
+        require(undo.entry != nullptr &&
+                    (undo.before == nullptr || undo.before->begun.number < undo.entry->begun.number),
                 "what stood before a call was made before it");
     }
     const Shown shown{file_name, file_name, true};
     const Plan plan = Planner({}).against(history);
-    require(plan.due() == 0, "an empty file has nothing to make");
+    require(plan.tally().due == 0, "an empty file has nothing to make");
     require(!summary_of(plan, shown).empty() && lines_of(plan, shown).find('\0') == std::string::npos,
             "a plan can be shown");
 }

@@ -1,7 +1,6 @@
 #include "call/call_key.hpp"
 
 #include <algorithm>
-#include <charconv>
 
 #include <fmt/core.h>
 
@@ -10,140 +9,128 @@
 
 namespace vorcfg {
 
-using vor::Json;
-
 namespace {
 
-// JSON holds no other text; one would be as good as the next.
-Json text_json(const std::string& text)
+bool is_object_of(const CallKey& key, std::size_t index)
 {
-    return vor::is_utf8(text) ? Json(text) : Json{{"bytes", vor::hexadecimal(text)}};
+    const Argument& argument = key.row->arguments()[index];
+    return argument.is_object && (argument.is_list || !key.values[index].empty());
 }
 
-std::string text_in(const Json& json)
+bool goes_out(const CallKey& key, const Argument& argument)
 {
-    if (json.is_string()) {
-        return json.string();
+    if (!argument.is_sent || argument.is_result() || argument.decided_by.empty()) {
+        return argument.is_sent && !argument.is_result();
     }
-    std::string text;
-    const auto digits = json.at("bytes").string();
-    for (const char* at = digits.data(); at < digits.data() + digits.size(); at += 3) {
-        unsigned char byte = 0;
-        if (std::from_chars(at, at + 2, byte, 16).ptr != at + 2) {
-            throw Complaint{fmt::format("{} are no bytes", vor::quoted(digits))};
-        }
-        text += static_cast<char>(byte);
-    }
-    return text;
+    const auto arguments = key.row->arguments();
+    const auto decides = std::ranges::find(arguments, argument.decided_by, &Argument::name);
+    return key.values[static_cast<std::size_t>(decides - arguments.begin())] == KeptValues{argument.decided_at.number};
 }
 
-Json value_json(const Argument& argument, const Value& value, bool to_show)
+std::string shown(const Argument& argument, const KeptValue& value)
+{
+    if (const auto* const number = std::get_if<std::int64_t>(&value)) {
+        const auto named = std::ranges::find(argument.choices, *number, &Choice::number);
+        return named != argument.choices.end() ? std::string(named->name) : std::to_string(*number);
+    }
+    if (const auto* const bytes = std::get_if<RawText>(&value)) {
+        return fmt::format(R"({{"bytes":"{}"}})", vor::hexadecimal(bytes->text)); // as the journal has it
+    }
+    const auto& text = std::get<std::string>(value);
+    return text.empty() || text.find_first_of(" \t\"#") != std::string::npos ? vor::quoted(text) : vor::escaped(text);
+}
+
+KeptValue kept(const Argument& argument, const Value& value)
 {
     if (argument.is_number()) {
         return value.number;
     }
-    return value.secret ? Json(vor::mask) : to_show ? Json(value.text) : text_json(value.text);
+    return vor::is_utf8(value.text) ? KeptValue(value.text) : KeptValue(RawText{value.text});
 }
 
-Value value_in(const Argument& argument, const Json& json)
+Value value_of(const CallKey& key, const Argument& argument, const KeptValue& kept)
 {
     Value value;
-    if (argument.is_number()) {
-        value.number = json.number<std::int64_t>();
-        value.text = argument.kind == Kind::decimal ? std::to_string(value.number) : "";
+    const auto* const number = std::get_if<std::int64_t>(&kept);
+    if (argument.is_number() != (number != nullptr)) {
+        throw Complaint{
+            fmt::format("{} {} is no argument of {}", argument.name, shown(argument, kept), key.row->full_name())};
+    }
+    if (number != nullptr) {
+        value.number = *number;
+        value.text = argument.kind == Kind::decimal ? std::to_string(*number) : "";
     } else {
-        value.text = text_in(json);
+        const auto* const bytes = std::get_if<RawText>(&kept);
+        value.text = bytes != nullptr ? bytes->text : std::get<std::string>(kept);
     }
     return value;
 }
 
 } // namespace
 
-Json values_json(const Planned& planned, bool masked)
+CallKey key_of(const Planned& planned)
 {
-    Json values = Json::object();
-    const auto arguments = planned.row->arguments();
-    const auto add = [&](Json& to, const Argument& argument, const Value& value) {
-        if (masked || (!value.secret && argument.is_sent)) {
-            to.push_back(value_json(argument, value, masked));
-        }
-    };
-    for (std::size_t i = 0; i < arguments.size(); i++) {
-        const Argument& argument = arguments[i];
-        Json items = Json::array();
-        if (argument.is_list) {
-            for (std::size_t item = i; item < planned.values.size(); item++) {
-                add(items, argument, planned.values[item]);
-            }
-            values[argument.name] = std::move(items);
-        } else if (!argument.is_result() && planned.values[i].given) {
-            add(items, argument, planned.values[i]);
-            if (!items.empty()) {
-                values[argument.name] = items.elements().front();
+    std::vector<KeptValues> values;
+    for (const Argument& argument : planned.row->arguments()) {
+        const std::size_t begin = values.size();
+        const std::size_t end = argument.is_list ? planned.values.size() : begin + 1;
+        KeptValues& sent = values.emplace_back();
+        for (std::size_t i = begin; i < end; i++) {
+            const Value& value = planned.values[i];
+            if (value.given && !value.secret) {
+                sent.push_back(kept(argument, value));
             }
         }
     }
-    return values;
+    return key_of(*planned.row, std::move(values), std::ranges::any_of(planned.values, &Value::secret));
 }
 
-Said said(const Planned& planned)
+CallKey key_of(const Row& row, std::vector<KeptValues> values, bool secret)
 {
-    return said(*planned.row, values_json(planned, false), std::ranges::any_of(planned.values, &Value::secret));
-}
-
-Said said(const Row& row, Json arguments, bool secret)
-{
-    Json objects = Json::array();
-    const auto is_decided = [&arguments](const Argument& argument) {
-        const Json* const decides = arguments.find(argument.decided_by);
-        return decides != nullptr && *decides == Json(argument.decided_at.number);
-    };
-    for (const Argument& argument : row.arguments()) { // an older journal may have what is never sent
-        if (!argument.is_sent || (!argument.decided_by.empty() && !is_decided(argument))) {
-            arguments.erase(argument.name);
+    CallKey key{&row, std::move(values), secret};
+    for (std::size_t i = 0; i < key.values.size(); i++) { // an older journal may have what is never sent
+        if (!goes_out(key, row.arguments()[i])) {
+            key.values[i].clear();
         }
     }
-    for (const Argument& argument : row.arguments()) {
-        if (argument.is_object && arguments.contains(argument.name)) {
-            objects.push_back(arguments[argument.name]);
-        }
-    }
-    return {&row, vor::dump(arguments), vor::dump(objects), secret};
+    return key;
 }
 
-Planned planned(const Said& said)
-try {
-    const Json arguments = Json::parse(said.arguments);
-    Planned again{said.row, {}, {}};
-    for (const Argument& argument : said.row->arguments()) {
-        const Json* const value = arguments.find(argument.name);
-        if (argument.is_list) {
-            for (std::size_t i = 0; value != nullptr && i < value->size(); i++) {
-                again.values.push_back(value_in(argument, value->elements()[i]));
-            }
-        } else if (argument.is_result()) {
-            again.values.emplace_back().text.resize(argument.kind == Kind::untouched ? result_room : 0);
-        } else if (value != nullptr) {
-            again.values.push_back(value_in(argument, *value));
-        } else if (argument.is_optional || !argument.decided_by.empty() || !argument.is_sent) {
-            again.values.emplace_back().given = false;
-        } else {
+Planned planned(const CallKey& key)
+{
+    Planned again{key.row, {}, {}};
+    for (std::size_t i = 0; i < key.values.size(); i++) {
+        const Argument& argument = key.row->arguments()[i];
+        for (const KeptValue& kept : key.values[i]) {
+            again.values.push_back(value_of(key, argument, kept));
+        }
+        if (argument.is_list || !key.values[i].empty()) {
+            continue;
+        }
+        Value& left_out = again.values.emplace_back();
+        left_out.given = argument.is_result();
+        left_out.text.resize(argument.kind == Kind::untouched ? result_room : 0);
+        if (argument.is_sent && !argument.is_result() && !argument.is_optional && argument.decided_by.empty()) {
             throw Complaint{fmt::format("{} is missing", argument.name)};
         }
     }
     return again;
-} catch (const vor::JsonError&) {
-    throw Complaint{fmt::format("{} are no arguments of {}", said.arguments, said.row->full_name())};
 }
 
-std::string subject_of(const Said& said, const Row& other)
+Subject subject_of(const CallKey& key, const Row& other)
 {
-    return fmt::format("{} {}", other.full_name(), said.objects);
+    Subject subject{&other, {}};
+    for (std::size_t i = 0; i < key.values.size(); i++) {
+        if (is_object_of(key, i)) {
+            subject.objects.push_back(key.values[i]);
+        }
+    }
+    return subject;
 }
 
-std::string subject_of(const Said& said)
+Subject subject_of(const CallKey& key)
 {
-    return subject_of(said, *said.row);
+    return subject_of(key, *key.row);
 }
 
 bool changes_nothing(const Planned& planned)
@@ -166,33 +153,24 @@ bool changes_nothing(const Planned& planned)
     return false;
 }
 
-std::string shown(const Argument& argument, const Json& value)
+std::string shown(const Argument& argument, const KeptValues& values)
 {
-    if (value.is_array()) {
-        std::string items;
-        for (const Json& item : value.elements()) {
-            items += fmt::format("{}{}", items.empty() ? "" : ", ", shown(argument, item));
-        }
-        return fmt::format("[{}]", items);
+    if (!argument.is_list) {
+        return values.empty() ? "not given" : shown(argument, values.front());
     }
-    if (value.is_integer()) {
-        const auto named = std::ranges::find(argument.choices, value.number<std::int64_t>(), &Choice::number);
-        return named != argument.choices.end() ? std::string(named->name) : vor::dump(value);
+    std::string items;
+    for (const KeptValue& value : values) {
+        items += fmt::format("{}{}", items.empty() ? "" : ", ", shown(argument, value));
     }
-    if (!value.is_string()) { // bytes that are no text
-        return vor::dump(value);
-    }
-    const auto& text = value.string();
-    return text.empty() || text.find_first_of(" \t\"#") != std::string::npos ? vor::quoted(text) : vor::escaped(text);
+    return fmt::format("[{}]", items);
 }
 
-std::string name_of(const Said& said)
+std::string name_of(const CallKey& key)
 {
-    std::string name = said.row->full_name();
-    const Json arguments = Json::parse(said.arguments);
-    for (const Argument& argument : said.row->arguments()) {
-        if (argument.is_object && arguments.contains(argument.name)) {
-            name += ' ' + shown(argument, arguments[argument.name]);
+    std::string name = key.row->full_name();
+    for (std::size_t i = 0; i < key.values.size(); i++) {
+        if (is_object_of(key, i)) {
+            name += ' ' + shown(key.row->arguments()[i], key.values[i]);
         }
     }
     return name;

@@ -1,43 +1,60 @@
-// said.hpp: what a call says, as it is kept, compared and made again.
+// call_key.hpp: what a call says, as it is kept, compared and made again.
 #pragma once
 
+#include <compare>
+#include <cstdint>
 #include <string>
-#include <string_view>
+#include <variant>
+#include <vector>
 
 #include "call/prepare.hpp"
-#include "text/json.hpp"
 
 namespace vorcfg {
 
-struct Said {
-    const Row* row = nullptr;
-    std::string arguments; // those that are sent, by their names, one JSON object; no secret in any form
-    std::string objects;   // of those, what it is about: one JSON array
-    bool secret = false;   // it has one
+// A text that is no UTF-8.
+struct RawText {
+    std::string text;
 
-    bool operator==(const Said&) const = default;
+    auto operator<=>(const RawText&) const = default;
 };
 
-Said said(const Planned& planned);
-// The same of what was kept.
-Said said(const Row& row, vor::Json arguments, bool secret);
-// The call again. Throws a Complaint where the arguments are none of this call.
-Planned planned(const Said& said);
+using KeptValue = std::variant<std::int64_t, RawText, std::string>;
+using KeptValues = std::vector<KeptValue>;
 
-// What two calls share that are about the same thing: the call, and the arguments marked as its object.
-std::string subject_of(const Said& said);
+struct CallKey {
+    const Row* row = nullptr;
+    std::vector<KeptValues> values; // one per argument: none, one or a list of what is sent; no secret in any form
+    bool secret = false;            // it has one
+
+    bool operator==(const CallKey&) const = default;
+};
+
+CallKey key_of(const Planned& planned);
+// The same of what was kept.
+CallKey key_of(const Row& row, std::vector<KeptValues> values, bool secret);
+// The call again. Throws a Complaint where the values are none of this call.
+Planned planned(const CallKey& key);
+
+// What two calls share that are about the same thing: the call, and the arguments marked as its object. Those of a
+// family are in the order of its rows, those of a call in that of their objects, numbers as numbers.
+struct Subject {
+    const Row* row = nullptr;
+    std::vector<KeptValues> objects;
+
+    auto operator<=>(const Subject&) const = default;
+};
+
+Subject subject_of(const CallKey& key);
 // The subject of another call about the same object.
-std::string subject_of(const Said& said, const Row& other);
+Subject subject_of(const CallKey& key, const Row& other);
 
 // Whether it asks, does nothing or stays on this machine: nothing that a gateway accepts.
 bool changes_nothing(const Planned& planned);
 
 // "ip set-ip-address 0"
-std::string name_of(const Said& said);
-// One argument as it is shown: 192.168.1.10, "Tower 17", [1, 2], or the word that stands for a number.
-std::string shown(const Argument& argument, const vor::Json& value);
-
-// The given values by their arguments' names: all, each secret as the mask; or those that are sent, without secrets.
-vor::Json values_json(const Planned& planned, bool masked);
+std::string name_of(const CallKey& key);
+// One argument as it is shown: 192.168.1.10, "Tower 17", [1, 2], the word that stands for a number, or that it is not
+// given.
+std::string shown(const Argument& argument, const KeptValues& values);
 
 } // namespace vorcfg

@@ -20,7 +20,6 @@ struct Bounds {
     std::size_t file = std::size_t{64} << 20;
     std::size_t line = std::size_t{64} << 10;
 };
-inline constexpr Bounds unbounded{SIZE_MAX, SIZE_MAX};
 
 // All that a just opened file holds; closes it. Throws a Complaint that says of which name it could not be opened or
 // read, or where it is too long.

@@ -1,5 +1,4 @@
 #include "text/json.hpp"
-#include "call/call_key.hpp"
 #include "output/output.hpp"
 #include "rows/contract.hpp"
 #include "rows/names.hpp"
@@ -92,7 +91,30 @@ Json json_of(const Message& message, const Planned& planned)
     return json;
 }
 
-// The values by their arguments' names, and the words that stand for them.
+// The given values by their arguments' names.
+Json values_json(const Planned& planned)
+{
+    Json values = Json::object();
+    const auto arguments = planned.row->arguments();
+    for (std::size_t i = 0; i < arguments.size(); i++) {
+        const Argument& argument = arguments[i];
+        const auto json_at = [&](std::size_t index) {
+            const Value& value = planned.values[index];
+            return argument.is_number() ? Json(value.number) : Json(value.secret ? std::string(vor::mask) : value.text);
+        };
+        if (argument.is_list) {
+            Json& items = values[argument.name] = Json::array();
+            for (std::size_t item = i; item < planned.values.size(); item++) {
+                items.push_back(json_at(item));
+            }
+        } else if (!argument.is_result() && planned.values[i].given) {
+            values[argument.name] = json_at(i);
+        }
+    }
+    return values;
+}
+
+// The values, and the words that stand for them.
 void add_arguments(Json& json, const Planned& planned)
 {
     Json words = Json::object();
@@ -104,7 +126,7 @@ void add_arguments(Json& json, const Planned& planned)
             }
         }
     }
-    json["arguments"] = values_json(planned, true);
+    json["arguments"] = values_json(planned);
     if (!words.empty()) {
         json["words"] = words;
     }

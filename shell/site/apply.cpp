@@ -1,5 +1,3 @@
-#include "site/apply.hpp"
-
 #include <algorithm>
 #include <cstdio>
 #include <map>
@@ -10,7 +8,7 @@
 #include "input/terminal.hpp"
 #include "output/output.hpp"
 #include "rows/families.hpp"
-#include "site/journal.hpp"
+#include "site/commands.hpp"
 #include "site/pending.hpp"
 #include "site/show.hpp"
 #include "text/text.hpp"
@@ -50,11 +48,12 @@ void decide_unknown(Plan& plan, const Shown& to, const Options& options)
     if (unknown == 0) {
         return;
     }
-    const bool ask = !options.retry_unknown && !options.skip_unknown;
-    if (!ask || !at_terminal()) {
+    const bool is_said = options.retry_unknown || options.skip_unknown;
+    const bool ask = !is_said && at_terminal();
+    if (!ask) {
         vor::print(stdout, listed(plan, to, is_unknown));
     }
-    if (ask && !at_terminal()) {
+    if (!is_said && !ask) {
         throw Complaint{fmt::format("{}: {} without a verdict; --retry-unknown makes them again, --skip-unknown leaves "
                                     "them out; nothing was sent",
                                     to.file, vor::counted(static_cast<std::uint64_t>(unknown), "line")),
@@ -70,7 +69,7 @@ void decide_unknown(Plan& plan, const Shown& to, const Options& options)
 
 bool stays(const Due& line)
 {
-    return line.due && !can_be_taken_back(line.said, line.replaced);
+    return line.due && !can_be_taken_back(line.key, line.replaced);
 }
 
 // Of a confirmed apply, what cannot be taken back wants a yes.
@@ -84,36 +83,6 @@ void confirm_what_stays(const Plan& plan, const Shown& to, const Options& option
     if (!options.yes && !(at_terminal() && agreed("Make them all the same?"))) {
         throw Complaint{"what cannot be taken back is made only with --yes; nothing was sent"};
     }
-}
-
-std::string applied_text(const Shown& to, const Tally& tally, std::size_t left, const Plan& plan)
-{
-    const std::size_t before = plan.count(State::accepted) + plan.count(State::sent);
-    const auto is_left_unknown = [](const Due& line) { return line.state == State::unknown && !line.due; };
-    const auto left_unknown = std::ranges::count_if(plan.lines, is_left_unknown);
-    if (to.json) {
-        return vor::dump(vor::Json{{"schema", schema},
-                                   {"apply", to.file},
-                                   {"journal", to.journal},
-                                   {"accepted", tally.accepted},
-                                   {"sent", tally.sent},
-                                   {"unread", tally.unread},
-                                   {"unknown", tally.unknown},
-                                   {"refused", tally.refused},
-                                   {"failed_lines", vor::Json::array(tally.failed)},
-                                   {"not_made", left},
-                                   {"left_unknown", left_unknown},
-                                   {"before", before},
-                                   {"secrets_not_compared", count_not_compared(plan)},
-                                   {"exit", tally.worst}}) +
-               '\n';
-    }
-    const std::size_t other = tally.failed.size() - tally.unknown - tally.refused;
-    return fmt::format(
-        "{}: {} accepted, {} sent, {} unread, {} unknown, {} refused{}, {} not made; {} done before{}{}\n",
-        vor::printable(to.file), tally.accepted, tally.sent, tally.unread, tally.unknown, tally.refused,
-        other != 0 ? fmt::format(", {} not delivered or not sent", other) : "", left, before,
-        left_unknown != 0 ? fmt::format("; {} left unknown", left_unknown) : "", not_compared_text(plan));
 }
 
 class Application {
@@ -151,7 +120,7 @@ public:
             vor::print_line(stderr, fmt::format("vorcfg: {}", pending_text(journal)));
         }
         vor::print(stdout, lines_of(plan, to_) + summary_of(plan, to_));
-        return plan.due() != 0 ? exit_due : exit_ok;
+        return plan.tally().due != 0 ? exit_due : exit_ok;
     }
 
     int make()
@@ -161,7 +130,7 @@ public:
         tell_gateway(journal);
         Plan plan = planned_against(journal);
         decide_unknown(plan, to_, options_);
-        if (options_.confirm && plan.due() != 0) {
+        if (options_.confirm && plan.tally().due != 0) {
             confirm_what_stays(plan, to_, options_);
         }
         std::vector<std::size_t> lines;
@@ -178,7 +147,7 @@ public:
         const auto wanted = [&](std::size_t line) { return std::ranges::binary_search(lines, line); };
         batch_.ask(wanted);
         batch_.rewind(wanted);
-        vor::print(stdout, listed(plan, to_, is_not_compared));
+        vor::print(stdout, listed(plan, to_, [](const Due& line) { return line.is_not_compared(); }));
         if (options_.confirm && !lines.empty()) {
             journal.pend();
         }
@@ -206,9 +175,11 @@ private:
 
     int make(Journal& journal, const Plan& plan, std::size_t calls)
     {
-        const Entry* const nothing = nullptr;
-        const auto summary = [&](const Tally& tally, std::size_t left) { return applied_text(to_, tally, left, plan); };
-        Making::Hooks hooks = journaled(journal, !options_.confirm, nothing);
+        const auto summary = [&](const Tally& tally, std::size_t left) { return applied_text(plan, tally, left, to_); };
+        Making::Hooks hooks{
+            .before = [&](const Planned& planned) { journal.begin(planned); },
+            .after = [&](const Planned& planned, const Report& report) { journal.end(planned, report); },
+            .hang_up_ends = !options_.confirm};
         if (options_.confirm) {
             hooks.given_up = [&] { vor::print_line(stderr, fmt::format("vorcfg: {}", pending_text(journal))); };
         }

@@ -3,28 +3,33 @@
 #include <algorithm>
 #include <map>
 #include <set>
-#include <unordered_map>
 
 #include "call/verdict.hpp"
 
 namespace vorcfg {
 
-std::string_view name_of(State state)
+bool Due::stands() const
 {
-    static constexpr std::string_view names[] = {"new",      "changed", "again",     "unknown",
-                                                 "accepted", "sent",    "overtaken", "removed"};
-    return names[static_cast<std::size_t>(state)];
+    return state == State::accepted || state == State::sent || state == State::overtaken;
 }
 
-std::size_t Plan::count(State state) const
+bool Due::is_not_compared() const
 {
-    const auto is = [&](const Due& line) { return line.state == state; };
-    return static_cast<std::size_t>(std::ranges::count_if(lines, is) + std::ranges::count_if(removed, is));
+    return key.secret && (state == State::accepted || state == State::sent);
 }
 
-std::size_t Plan::due() const
+PlanTally Plan::tally() const
 {
-    return static_cast<std::size_t>(std::ranges::count_if(lines, &Due::due));
+    PlanTally tally;
+    for (const auto* const some : {&lines, &removed}) {
+        for (const Due& line : *some) {
+            tally.lines[static_cast<std::size_t>(line.state)]++;
+            tally.due += line.due ? 1 : 0;
+            tally.left_unknown += line.state == State::unknown && !line.due ? 1 : 0;
+            tally.not_compared += line.is_not_compared() ? 1 : 0;
+        }
+    }
+    return tally;
 }
 
 void Planner::add(const Planned& planned)
@@ -35,7 +40,7 @@ void Planner::add(const Planned& planned)
     }
     Due line;
     line.line = planned.place.line;
-    line.said = said(planned);
+    line.key = key_of(planned);
     std::size_t secrets = 0;
     for (const Value& value : planned.values) {
         secrets = value.secret ? secrets * 31 + std::hash<std::string>()(value.text) : secrets;
@@ -47,24 +52,23 @@ void Planner::add(const Planned& planned)
 // From the last line to the first: which later line is about the same thing, or undoes this one.
 void Planner::find_overtaken()
 {
-    std::unordered_map<std::string, std::size_t> next;
+    std::map<Subject, std::size_t> next;
     overtaken_by_.resize(plan_.lines.size());
     for (std::size_t i = plan_.lines.size(); i-- > 0;) {
         Due& line = plan_.lines[i];
-        const std::string subject = subject_of(line.said);
+        const Subject subject = subject_of(line.key);
         std::size_t by = i;
-        const auto look = [&](const std::string& wanted) {
+        const auto look = [&](const Subject& wanted) {
             const auto later = next.find(wanted);
             by = later != next.end() && (by == i || later->second < by) ? later->second : by;
         };
         look(subject);
-        if (by != i && !line.said.row->has(acts) &&
-            (line.said != plan_.lines[by].said || secrets_[i] != secrets_[by])) {
+        if (by != i && !line.key.row->has(acts) && (line.key != plan_.lines[by].key || secrets_[i] != secrets_[by])) {
             line.differs_from = plan_.lines[by].line;
         }
-        for (const Row& other : line.said.row->family->rows) {
-            if (line.said.row->undoes(other)) {
-                look(subject_of(line.said, other));
+        for (const Row& other : line.key.row->family->rows) {
+            if (line.key.row->undoes(other)) {
+                look(subject_of(line.key, other));
             }
         }
         overtaken_by_[i] = by;
@@ -76,39 +80,31 @@ namespace {
 
 State state_of(const Entry& entry)
 {
-    return entry.outcome == name_of(Outcome::sent) || entry.outcome == name_of(Outcome::unread) ? State::sent
-                                                                                                : State::accepted;
+    return entry.ended.outcome == name_of(Outcome::sent) || entry.ended.outcome == name_of(Outcome::unread)
+               ? State::sent
+               : State::accepted;
 }
 
 } // namespace
 
 void Planner::judge(Due& line, const History& history) const
 {
-    const Known& known = history.of(subject_of(line.said));
+    const Known& known = history.of(subject_of(line.key));
     line.before = known.standing;
     line.open = known.open;
-    line.replaced = history.replaced_by(line.said);
+    line.replaced = history.replaced_by(line.key);
     if (known.open != nullptr) {
         line.state = State::unknown;
     } else if (known.standing == nullptr) {
         line.state = State::fresh;
-    } else if (known.standing->said != line.said) {
+    } else if (known.standing->begun.key != line.key) {
         line.state = State::changed;
-    } else if (line.said.secret && selection_.resend_secrets) {
+    } else if (line.key.secret && selection_.resend_secrets) {
         line.state = State::again;
     } else {
         line.state = state_of(*known.standing);
     }
 }
-
-namespace {
-
-bool stands(const Due& line)
-{
-    return line.state == State::accepted || line.state == State::sent || line.state == State::overtaken;
-}
-
-} // namespace
 
 // Acts follow from what is made now, or has been made since they were done
 // last, of their family and before them in the file.
@@ -119,17 +115,17 @@ bool Planner::find_following(const History& history)
     bool found = false;
     for (std::size_t i = 0; i < plan_.lines.size(); i++) {
         Due& line = plan_.lines[i];
-        const Known& known = history.of(subject_of(line.said));
-        std::uint64_t& before = last[line.said.row->family];
-        if (line.said.row->has(acts) && known.last_done != nullptr && before > known.last_done->number) {
+        const Known& known = history.of(subject_of(line.key));
+        std::uint64_t& before = last[line.key.row->family];
+        if (line.key.row->has(acts) && known.last_done != nullptr && before > known.last_done->begun.number) {
             found = found || line.state == State::accepted || line.state == State::sent;
             line.state = line.state == State::accepted || line.state == State::sent ? State::again : line.state;
         }
-        line.due = selection_.holds(line) && !stands(line);
+        line.due = selection_.holds(line) && !line.stands();
         if (line.due) {
             before = now;
         } else if (line.state != State::overtaken && known.last_done != nullptr) {
-            before = std::max(before, known.last_done->number);
+            before = std::max(before, known.last_done->begun.number);
         }
     }
     return found;
@@ -141,7 +137,7 @@ Plan Planner::against(const History& history)
     find_overtaken();
     for (std::size_t i = lines.size(); i-- > 0;) {
         judge(lines[i], history);
-        if (overtaken_by_[i] != i && stands(lines[overtaken_by_[i]]) && lines[i].state != State::unknown) {
+        if (overtaken_by_[i] != i && lines[overtaken_by_[i]].stands() && lines[i].state != State::unknown) {
             lines[i].state = State::overtaken;
         }
     }
@@ -150,7 +146,7 @@ Plan Planner::against(const History& history)
         for (std::size_t i = lines.size(); i-- > 0;) {
             Due& line = lines[i];
             const Due& later = lines[overtaken_by_[i]];
-            if (line.state == State::overtaken && later.state == State::again && line.said.row != later.said.row) {
+            if (line.state == State::overtaken && later.state == State::again && line.key.row != later.key.row) {
                 line.state = State::again;
             }
         }
@@ -164,18 +160,20 @@ Plan Planner::against(const History& history)
 
 void Planner::find_removed(const History& history)
 {
-    std::set<std::string> subjects;
+    std::set<Subject> subjects;
     for (const Due& line : plan_.lines) {
-        subjects.insert(subject_of(line.said));
+        subjects.insert(subject_of(line.key));
     }
-    for (const auto& [subject, known] : history.subjects()) {
-        const Entry* const entry = known.standing != nullptr ? known.standing : known.open;
-        if (entry != nullptr && subject == subject_of(entry->said) && !subjects.contains(subject)) {
+    for (const Known* const known : history.known()) {
+        const CallKey& key = known->latest()->begun.key;
+        if (!subjects.contains(subject_of(key))) {
             plan_.removed.push_back(
-                {.said = entry->said, .state = State::removed, .before = known.standing, .open = known.open});
+                {.key = key, .state = State::removed, .before = known->standing, .open = known->open});
         }
     }
-    const auto number = [](const Due& line) { return (line.before != nullptr ? line.before : line.open)->number; };
+    const auto number = [](const Due& line) {
+        return (line.before != nullptr ? line.before : line.open)->begun.number;
+    };
     std::ranges::sort(plan_.removed, {}, number);
 }
 

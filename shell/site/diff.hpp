@@ -1,7 +1,8 @@
-// due.hpp: a file against a journal: what of it the gateway has not accepted yet.
+// diff.hpp: a file against a journal: what of it the gateway has not accepted yet.
 #pragma once
 
-#include <string>
+#include <array>
+#include <iterator>
 #include <string_view>
 #include <vector>
 
@@ -21,17 +22,35 @@ enum class State {
     removed,   // accepted, and not in the file any more
 };
 
-std::string_view name_of(State state);
+struct StateName {
+    State state;
+    std::string_view name;  // in JSON
+    std::string_view words; // in a summary
+};
+
+inline constexpr StateName states[] = {{State::fresh, "new", "new"},
+                                       {State::changed, "changed", "changed"},
+                                       {State::again, "again", "made again"},
+                                       {State::unknown, "unknown", "unknown"},
+                                       {State::accepted, "accepted", "accepted already"},
+                                       {State::sent, "sent", "sent, no verdict comes"},
+                                       {State::overtaken, "overtaken", "overtaken"},
+                                       {State::removed, "removed", "no longer in the file"}};
 
 struct Due {
     std::size_t line = 0; // 0: not in the file
-    Said said;
+    CallKey key;
     State state{};
     bool due = false;                // to be made
     const Entry* before = nullptr;   // what stands
     const Entry* open = nullptr;     // what has no verdict
     const Entry* replaced = nullptr; // what stands, of this call or of one that it undoes
     std::size_t differs_from = 0;    // a line that says something else about the same thing
+
+    // It has been made, or is not to be.
+    bool stands() const;
+    // Accepted, and its secret may have changed since.
+    bool is_not_compared() const;
 };
 
 struct Selection {
@@ -39,10 +58,17 @@ struct Selection {
     const Family* only = nullptr;
     bool resend_secrets = false;
 
-    bool holds(const Due& line) const
-    {
-        return line.line >= from && (only == nullptr || line.said.row->family == only);
-    }
+    bool holds(const Due& line) const { return line.line >= from && (only == nullptr || line.key.row->family == only); }
+};
+
+// What a plan comes to.
+struct PlanTally {
+    std::array<std::size_t, std::size(states)> lines{}; // by their states, those removed among them
+    std::size_t due = 0;
+    std::size_t left_unknown = 0; // and not due
+    std::size_t not_compared = 0;
+
+    std::size_t operator[](State state) const { return lines[static_cast<std::size_t>(state)]; }
 };
 
 struct Plan {
@@ -50,8 +76,7 @@ struct Plan {
     std::vector<Due> removed; // in the journal's
     std::size_t asking = 0;   // lines that change nothing: batch makes them
 
-    std::size_t count(State state) const;
-    std::size_t due() const;
+    PlanTally tally() const;
 };
 
 // Takes the lines of a file one by one.

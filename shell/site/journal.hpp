@@ -1,12 +1,14 @@
-// journal.hpp: the file that keeps what a gateway accepted: one JSON object a
-// line, each on disk before what it announces is done.
+// journal.hpp: the file that keeps what a gateway accepted: a record a line,
+// each on disk before what it announces is done.
 #pragma once
 
 #include <string>
-#include <string_view>
+#include <unistd.h>
+#include <utility>
 
 #include "call/session.hpp"
 #include "site/history.hpp"
+#include "text/json_lines.hpp"
 
 namespace vorcfg {
 
@@ -21,37 +23,29 @@ public:
     // The same of one that must be there.
     static Journal reopen(const std::string& path);
 
-    Journal(Journal&& other) noexcept;
-    Journal(const Journal&) = delete;
-    Journal& operator=(const Journal&) = delete;
-    ~Journal();
-
     void check_gateway(const std::string& wanted) const; // no name: any
 
     const History& history() const { return history_; }
     const std::string& path() const { return path_; }
 
     // What is about to be sent, on disk when this returns; and what became of it.
-    void begin(const Said& said, const Place& place, const Entry* replaces, const Entry* takes_back = nullptr);
-    void end(const Verdict& verdict, std::optional<bool> done);
+    void begin(const Planned& planned, const Entry* takes_back = nullptr);
+    void end(const Planned& planned, const Report& report);
 
     void pend();                                            // what begins from now on waits to be confirmed
     void pend_until(const std::string& until, int process); // it has been made, and this process waits
-    void confirm();
-    void taken_back();
-    void sync();
-    void close(); // for others to decide about
+    void decide(bool kept);                                 // or taken back
+    void sync() { fdatasync(file_.descriptor()); }
+    void close() { file_.close(); } // for others to decide about
 
 private:
     explicit Journal(std::string path) : path_(std::move(path)) {}
-    bool open_file(int flags);
+    static Journal open(const std::string& path, const std::string& gateway, int flags);
     void load(bool repair);
-    void take(std::string_view line, std::size_t number);
-    void append(const vor::Json& record, bool synced);
+    void append(const Record& record, bool on_disk = true);
 
     std::string path_;
-    int descriptor_ = -1;
-    std::size_t size_ = 0;
+    vor::JsonLines file_;
     History history_;
 };
 

@@ -1,9 +1,9 @@
 #include "site/pending.hpp"
 
 #include <array>
-#include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
@@ -15,8 +15,7 @@
 
 #include "input/terminal.hpp"
 #include "output/output.hpp"
-#include "site/clock.hpp"
-#include "site/show.hpp"
+#include "site/commands.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
@@ -49,68 +48,6 @@ bool somebody_waits(const std::string& path)
     const bool waits = descriptor >= 0 && fcntl(descriptor, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
     close(descriptor);
     return waits;
-}
-
-std::string taken_back_text(const std::string& path, const Tally& tally, std::size_t left, std::size_t kept)
-{
-    return fmt::format("{}: {} accepted, {} sent, {} unread, {} failed, {} not made: {}{}\n", vor::printable(path),
-                       tally.accepted, tally.sent, tally.unread, tally.failed.size(), left,
-                       tally.failed.empty() && left == 0 ? "taken back" : "not all is taken back",
-                       kept != 0 ? fmt::format("; {} cannot be taken back", kept) : "");
-}
-
-struct TakingBack {
-    const Entry* undone;
-    Planned planned;
-};
-
-// What is to be made, all of it known before the first call; of the rest it is
-// said why it is left.
-std::vector<TakingBack> calls_back(const History& history, std::size_t& kept)
-{
-    std::vector<TakingBack> calls;
-    for (const History::Undo& undo : history.undos()) {
-        std::string why;
-        try {
-            if (undo.before != nullptr) {
-                calls.push_back({undo.entry, planned(undo.before->said)});
-                calls.back().planned.place = {undo.entry->file, undo.entry->line, 0};
-                continue;
-            }
-        } catch (const Complaint& complaint) { // what another version kept
-            why = ": " + complaint.text;
-        }
-        kept++;
-        vor::print_line(stdout, fmt::format("{}:{}: {}: cannot be taken back{}", vor::printable(undo.entry->file),
-                                            undo.entry->line, name_of(undo.entry->said), why));
-    }
-    return calls;
-}
-
-// Everything of it once more with what stood before, the last first.
-int take_back(Journal& journal, const Options& options)
-{
-    std::size_t kept = 0;
-    std::vector<TakingBack> calls = calls_back(journal.history(), kept);
-    Options going_on = options;
-    going_on.keep_going = true;
-    const Entry* undone = nullptr;
-    const auto summary = [&](const Tally& tally, std::size_t left) {
-        return taken_back_text(journal.path(), tally, left, kept);
-    };
-    Account account(going_on, calls.size(), summary);
-    Making making(going_on, calls.size(), account, journaled(journal, false, undone));
-    for (TakingBack& call : calls) {
-        undone = call.undone;
-        if (!making.make(call.planned) && making.ended()) {
-            break;
-        }
-    }
-    const int exit = making.finish();
-    if (making.tally().failed.empty() && exit != exit_ended) {
-        journal.taken_back();
-    }
-    return exit;
 }
 
 bool is_decided(const std::string& path)
@@ -162,77 +99,103 @@ int wait_and_take_back(const std::string& path, const Options& options, Clock::t
     std::_Exit(wait_and_take_back(path, options, deadline));
 }
 
+struct Waiter {
+    pid_t process;
+    int end; // ready to be read when it has ended
+};
+
+// When this returns, it holds its lock.
+Waiter start_waiting(Journal& journal, const Options& options, Clock::time_point deadline)
+{
+    const Complaint nobody{fmt::format("nobody waits for the confirmation; {}", offer(journal.path())), exit_journal};
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+        throw Complaint(nobody);
+    }
+    std::fflush(nullptr);
+    const pid_t process = fork();
+    if (process == 0) {
+        close(ends[0]);
+        journal.close();
+        wait_detached(journal.path(), options, ends[1], deadline);
+    }
+    close(ends[1]);
+    char ready = 'n';
+    if (process < 0 || read(ends[0], &ready, 1) != 1 || ready != 'y') {
+        throw Complaint(nobody);
+    }
+    return {process, ends[0]};
+}
+
 enum class Left { enter, interrupted, alone };
 
 // Until an empty line, Ctrl-C, or until the other process has ended or this one has no terminal any more.
-Left wait_at_terminal(int process)
+Left wait_at_terminal(const Waiter& waiter)
 {
     Waiting for_enter;
     bool empty = true;
     while (true) {
-        pollfd waits[] = {{STDIN_FILENO, POLLIN, 0}, {process, POLLIN, 0}};
+        pollfd waits[] = {{STDIN_FILENO, POLLIN, 0}, {waiter.end, POLLIN, 0}};
         if (!for_enter.wait(waits)) {
             return Left::interrupted;
         }
-        char byte;
-        if (waits[1].revents != 0 || (waits[0].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0 ||
-            (waits[0].revents != 0 && read(STDIN_FILENO, &byte, 1) != 1)) {
+        if (waits[1].revents != 0 || (waits[0].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0) {
             return Left::alone;
         }
-        if (waits[0].revents != 0 && byte == '\n' && empty) {
+        if (waits[0].revents == 0) {
+            continue;
+        }
+        char byte;
+        if (read(STDIN_FILENO, &byte, 1) != 1) {
+            return Left::alone;
+        }
+        if (byte == '\n' && empty) {
             return Left::enter;
         }
-        if (waits[0].revents != 0 && byte == '\n') {
+        if (byte == '\n') {
             vor::print_line(stdout, "Enter alone keeps it");
         }
-        empty = waits[0].revents == 0 ? empty : byte == '\n';
+        empty = byte == '\n';
     }
+}
+
+// The calls of a confirmed apply that undo others of it.
+std::vector<const Entry*> taken_back(const History& history, std::uint64_t first)
+{
+    std::vector<const Entry*> entries;
+    for (const Entry& entry : history.entries()) {
+        if (entry.begun.number >= first && entry.begun.takes_back) {
+            entries.push_back(&entry);
+        }
+    }
+    return entries;
 }
 
 // What became of it without this process, as the journal has it.
 int tell_decision(const std::string& path, std::uint64_t first)
 {
     const Journal journal = Journal::read(path);
-    bool taken_back = false;
-    for (const Entry& entry : journal.history().entries()) {
-        if (entry.number >= first && entry.takes_back) {
-            taken_back = true;
-            vor::print_line(stdout, fmt::format("{}:{}: {}: taken back, {}", vor::printable(entry.file), entry.line,
-                                                name_of(entry.said), entry.verdict));
-        }
+    const auto undone = taken_back(journal.history(), first);
+    for (const Entry* const entry : undone) {
+        vor::print_line(stdout, fmt::format("{}:{}: {}: taken back, {}", vor::printable(entry->begun.file),
+                                            entry->begun.line, name_of(entry->begun.key), entry->ended.verdict));
     }
-    vor::print_line(stdout, journal.history().pending()
-                                ? pending_text(journal)
-                                : fmt::format("{}: {}", vor::printable(path), taken_back ? "taken back" : "kept"));
-    return taken_back ? exit_ended : exit_ok;
+    const std::string decision = undone.empty() ? "kept" : "taken back";
+    vor::print_line(stdout, journal.history().pending() ? pending_text(journal)
+                                                        : fmt::format("{}: {}", vor::printable(path), decision));
+    return undone.empty() ? exit_ok : exit_ended;
 }
 
 } // namespace
 
-Making::Hooks journaled(Journal& journal, bool hang_up_ends, const Entry* const& undone)
-{
-    return {.before =
-                [&](const Planned& planned) {
-                    const Said says = said(planned);
-                    journal.begin(says, planned.place, journal.history().replaced_by(says), undone);
-                },
-            .after =
-                [&](const Planned& planned, const Report& report) {
-                    journal.end(report.verdict, was_done(*planned.row, report.verdict.outcome, report.seen));
-                },
-            .hang_up_ends = hang_up_ends};
-}
-
 std::string pending_text(const Journal& journal)
 {
     const std::string& path = journal.path();
-    const std::string& until = journal.history().pending()->until;
+    const ApplyPending& pending = *journal.history().pending();
     if (somebody_waits(path)) {
-        return fmt::format("{}: a confirmed apply waits until {}; {}", path, second_of(until), offer(path));
+        return fmt::format("{}: a confirmed apply waits until {}; {}", path, second_of(pending.until), offer(path));
     }
-    const std::uint64_t first = journal.history().pending()->first;
-    if (std::ranges::any_of(journal.history().entries(),
-                            [&](const Entry& entry) { return entry.takes_back && entry.number >= first; })) {
+    if (!taken_back(journal.history(), pending.first).empty()) {
         return fmt::format(
             "{0}: a confirmed apply is taken back in part; vorcfg revert {0} goes on, vorcfg confirm {0} "
             "keeps what stands",
@@ -252,39 +215,25 @@ int wait_for_confirmation(Journal journal, const Options& options)
 {
     const std::string path = journal.path();
     if (journal.history().undos().empty()) { // nothing of it was done
-        journal.confirm();
+        journal.decide(true);
         return exit_ok;
     }
-    const std::string until = stamp(now() + static_cast<std::time_t>(*options.confirm));
-    const Clock::time_point deadline = Clock::now() + std::chrono::seconds(*options.confirm);
-    std::array<int, 2> ends{};
-    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-        throw Complaint{fmt::format("nobody waits for the confirmation; {}", offer(path)), exit_journal};
-    }
-    std::fflush(nullptr);
-    const pid_t waiter = fork();
-    if (waiter == 0) {
-        close(ends[0]);
-        journal.close();
-        wait_detached(path, options, ends[1], deadline);
-    }
-    close(ends[1]);
-    char ready = 'n';
-    if (waiter < 0 || read(ends[0], &ready, 1) != 1 || ready != 'y') {
-        throw Complaint{fmt::format("nobody waits for the confirmation; {}", offer(path)), exit_journal};
-    }
-    journal.pend_until(until, waiter);
+    const std::chrono::seconds time(*options.confirm);
+    const std::string until = stamp(time);
+    const Waiter waiter = start_waiting(journal, options, Clock::now() + time);
+    journal.pend_until(until, waiter.process);
     const std::uint64_t first = journal.history().pending()->first;
     journal.close();
-    if (at_terminal()) {
+    const bool asks = at_terminal();
+    if (asks) {
         tcflush(STDIN_FILENO, TCIFLUSH); // what was typed before answers nothing
     }
     vor::print_line(stdout, fmt::format("{}: waits for {} s, until {}; {}{}", vor::printable(path), *options.confirm,
-                                        second_of(until), at_terminal() ? "Enter or " : "", offer(path)));
-    if (!at_terminal()) {
+                                        second_of(until), asks ? "Enter or " : "", offer(path)));
+    if (!asks) {
         return exit_ok;
     }
-    switch (wait_at_terminal(ends[0])) {
+    switch (wait_at_terminal(waiter)) {
     case Left::enter:
         return run_confirm(path, options);
     case Left::interrupted:
@@ -301,18 +250,9 @@ int run_confirm(const std::string& path, const Options&)
     if (!journal.history().pending()) {
         throw Complaint{fmt::format("{}: nothing waits to be confirmed", path), exit_journal};
     }
-    journal.confirm();
+    journal.decide(true);
     vor::print_line(stdout, fmt::format("{}: kept", vor::printable(path)));
     return exit_ok;
-}
-
-int run_revert(const std::string& path, const Options& options)
-{
-    Journal journal = Journal::reopen(path);
-    if (!journal.history().pending()) {
-        throw Complaint{fmt::format("{}: nothing waits to be taken back", path), exit_journal};
-    }
-    return take_back(journal, options);
 }
 
 } // namespace vorcfg

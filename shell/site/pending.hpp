@@ -4,14 +4,10 @@
 
 #include <string>
 
-#include "call/runner.hpp"
 #include "input/options.hpp"
 #include "site/journal.hpp"
 
 namespace vorcfg {
-
-// Has each call in the journal before it is sent, and its verdict after; `undone` is the entry it takes back, if any.
-Making::Hooks journaled(Journal& journal, bool hang_up_ends, const Entry* const& undone);
 
 // Refuses to go on where one waits.
 void check_nothing_pending(const Journal& journal);
@@ -21,7 +17,7 @@ std::string pending_text(const Journal& journal);
 // Waits in a process of its own, which outlives the terminal, and on a terminal for Enter. The journal is closed.
 int wait_for_confirmation(Journal journal, const Options& options);
 
-int run_confirm(const std::string& path, const Options& options);
-int run_revert(const std::string& path, const Options& options);
+// Everything of it once more with what stood before, the last first.
+int take_back(Journal& journal, const Options& options);
 
 } // namespace vorcfg

@@ -1,6 +1,5 @@
 #include "record/reader.hpp"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -13,43 +12,33 @@
 
 namespace vorsim {
 
-JournalReader::JournalReader(const std::string& path) : path_(path), file_(path)
+JournalReader::JournalReader(const std::string& path) : path_(path), file_(std::fopen(path.c_str(), "re"))
 {
-    if (!file_ || std::filesystem::is_directory(path)) {
+    if (!file_.is_open() || std::filesystem::is_directory(path)) {
         throw std::runtime_error(
-            fmt::format("cannot read the journal {}: {}", path, std::strerror(file_ ? EISDIR : errno)));
+            fmt::format("cannot read the journal {}: {}", path, std::strerror(file_.is_open() ? EISDIR : errno)));
     }
-    std::error_code no_file; // a pipe has no size, and an end of its own
-    const auto size = std::filesystem::file_size(path, no_file);
-    left_ = no_file ? left_ : size;
 }
 
 std::optional<JournalLine> JournalReader::next()
 {
     constexpr std::string_view versions[] = {"1", "2"};
     static_assert(std::size(versions) == journal_version);
-    std::string text;
-    while (left_ > 0 && std::getline(file_, text)) {
-        ++line_;
-        left_ -= std::min<std::uintmax_t>(left_, text.size() + 1);
-        if (file_.eof()) {
-            torn_ = true;
-            return {};
-        }
+    for (auto text = file_.next(); text && !torn(); text = file_.next()) {
         Line line;
         try {
-            line = read_line(text);
+            line = read_line(*text);
         } catch (const std::exception&) {
-            throw std::runtime_error(fmt::format("{}:{}: no record of a journal", path_, line_));
+            throw std::runtime_error(fmt::format("{}:{}: no record of a journal", path_, file_.number()));
         }
         if (!line.version) {
-            return JournalLine{std::move(line), line_, version_};
+            return JournalLine{std::move(line), file_.number(), version_};
         }
         const auto* const known = std::ranges::find(versions, *line.version);
         if (known == std::end(versions)) {
             throw std::runtime_error(
                 fmt::format("{}:{}: a journal of version {}, which this vorsim does not know: it reads 1 to {}", path_,
-                            line_, *line.version, journal_version));
+                            file_.number(), *line.version, journal_version));
         }
         version_ = static_cast<int>(known - versions) + 1;
     }

@@ -2,11 +2,11 @@
 #pragma once
 
 #include <cstdint>
-#include <fstream>
 #include <optional>
 #include <string>
 
 #include "record/json.hpp"
+#include "text/json_lines.hpp"
 
 namespace vorsim {
 
@@ -23,16 +23,13 @@ public:
     // Throws, with file and line, for what is no record, and for a journal of
     // a version that is not known. A last line that was never finished is none.
     std::optional<JournalLine> next();
-    bool torn() const { return torn_; }
+    bool torn() const { return file_.torn(); }
     std::string place(const JournalLine& line) const;
 
 private:
     std::string path_;
-    std::ifstream file_;
-    std::uint64_t line_ = 0;
+    vor::JsonLines file_;
     int version_ = 1;
-    std::uintmax_t left_ = UINTMAX_MAX; // of what it held when it was opened: it may be written on
-    bool torn_ = false;
 };
 
 } // namespace vorsim

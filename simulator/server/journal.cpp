@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
+#include <filesystem>
 #include <string_view>
 
 #include <fcntl.h>
@@ -14,29 +14,6 @@
 
 namespace vorsim {
 namespace {
-
-constexpr off_t longest_line = 1 << 23;
-
-// A line that a killed process left unfinished is taken away, not added to.
-void remove_torn_line(int file, off_t size)
-{
-    char byte = '\n';
-    char first = 0;
-    off_t begin = size;
-    while (begin > 0 && size - begin < longest_line && pread(file, &byte, 1, begin - 1) == 1 && byte != '\n') {
-        first = byte;
-        --begin;
-    }
-    if (begin == size) {
-        return;
-    }
-    if (first != '{') {
-        throw std::runtime_error("it is no journal");
-    }
-    if (ftruncate(file, begin) != 0) {
-        throw std::runtime_error(std::strerror(errno));
-    }
-}
 
 // As one of this version or of the first does, as far as that was written.
 bool begins_as_a_journal(int file)
@@ -50,14 +27,13 @@ bool begins_as_a_journal(int file)
     return size >= 0 && (agree("{\"journal\":") || agree("{\"seq\":"));
 }
 
-void take_over(int file)
+// A link, or what has a second name, may be another's file.
+vor::JsonLines taken_over(const std::string& path, bool made)
 {
+    vor::JsonLines file(path, O_RDWR | O_APPEND | O_NOFOLLOW | (made ? O_CREAT | O_EXCL : 0));
     struct stat status {};
-    if (fstat(file, &status) != 0) {
-        throw std::runtime_error(std::strerror(errno));
-    }
-    if (!S_ISREG(status.st_mode)) {
-        throw std::runtime_error("it is no file");
+    if (fstat(file.descriptor(), &status) != 0) {
+        throw vor::FileError(errno);
     }
     if (status.st_uid != geteuid()) {
         throw std::runtime_error(fmt::format("it belongs to user {}", status.st_uid));
@@ -65,41 +41,59 @@ void take_over(int file)
     if (status.st_nlink != 1) {
         throw std::runtime_error("it has a second name");
     }
-    if (!begins_as_a_journal(file)) {
+    if (!begins_as_a_journal(file.descriptor())) {
         throw std::runtime_error("it is no journal");
     }
-    if (fchmod(file, 0600) != 0) {
-        throw std::runtime_error(std::strerror(errno));
+    if (fchmod(file.descriptor(), 0600) != 0) {
+        throw vor::FileError(errno);
     }
-    remove_torn_line(file, status.st_size);
+    while (const auto line = file.next()) {
+        if (file.torn() && !line->starts_with('{')) {
+            throw std::runtime_error("it is no journal");
+        }
+        if (file.torn()) { // what a killed process left unfinished is not added to
+            file.take_away();
+        }
+    }
+    return file;
+}
+
+std::string reason(const vor::FileError& error)
+{
+    switch (error.error) {
+    case 0:
+        return "it is no file";
+    case ELOOP:
+        return "it is a link";
+    default:
+        return error.what();
+    }
+}
+
+std::string cannot_write(const std::string& path, std::string_view why)
+{
+    return fmt::format("cannot write the journal {}: {}", path, why);
 }
 
 } // namespace
 
 Journal::Journal(const std::string& path) : path_(path)
 {
-    constexpr int flags = O_RDWR | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-    file_ = Descriptor(open(path.c_str(), flags));
-    if (file_.get() < 0 && errno == ENOENT) {
-        file_ = Descriptor(open(path.c_str(), flags | O_CREAT | O_EXCL, 0600));
-        made_ = file_.get() >= 0;
-    }
-    if (file_.get() < 0) {
-        throw std::runtime_error(fmt::format("cannot write the journal {}: {}", path,
-                                             errno == ELOOP ? "it is a link" : std::strerror(errno)));
-    }
+    std::error_code ignored;
+    made_ = !std::filesystem::exists(std::filesystem::symlink_status(path, ignored));
     try {
-        take_over(file_.get());
-    } catch (const std::exception& error) {
-        throw std::runtime_error(fmt::format("cannot write the journal {}: {}", path, error.what()));
+        file_ = taken_over(path, made_);
+    } catch (const vor::FileError& error) {
+        throw std::runtime_error(cannot_write(path, reason(error)));
+    } catch (const std::runtime_error& error) {
+        throw std::runtime_error(cannot_write(path, error.what()));
     }
     std::signal(SIGXFSZ, SIG_IGN); // a limit is told by the write
 }
 
 Journal::~Journal()
 {
-    struct stat status {};
-    if (made_ && file_.get() >= 0 && fstat(file_.get(), &status) == 0 && status.st_size == 0) {
+    if (made_ && file_.is_open() && file_.empty()) {
         unlink(path_.c_str());
     }
 }
@@ -109,13 +103,10 @@ void Journal::write(const std::string& line)
     if (!kept()) {
         return;
     }
-    const std::string ended = line + "\n";
-    const off_t end = lseek(file_.get(), 0, SEEK_END);
-    const ssize_t written = ::write(file_.get(), ended.data(), ended.size());
-    if (written != static_cast<ssize_t>(ended.size())) {
-        const int error = written < 0 ? errno : ENOSPC;
-        [[maybe_unused]] const int whole = ftruncate(file_.get(), end); // no part of a line stays
-        why_ = fmt::format("vorsim: cannot write the journal {}: {}", path_, std::strerror(error));
+    try {
+        file_.append(line);
+    } catch (const vor::FileError& error) {
+        why_ = fmt::format("vorsim: {}", cannot_write(path_, error.what()));
     }
 }
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "sockets/unix_socket.hpp"
+#include "text/json_lines.hpp"
 
 namespace vorsim {
 
@@ -18,14 +18,14 @@ public:
     // A file of its own that holds nothing goes with it.
     ~Journal();
 
-    bool kept() const { return file_.get() >= 0 && !failed(); }
+    bool kept() const { return file_.is_open() && !failed(); }
     bool failed() const { return !why_.empty(); }
     const std::string& why() const { return why_; }
     void write(const std::string& line); // without its end
 
 private:
     std::string path_;
-    Descriptor file_;
+    vor::JsonLines file_;
     bool made_ = false;
     std::string why_;
 };

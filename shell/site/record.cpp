@@ -1,0 +1,285 @@
+#include "site/record.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdlib>
+#include <ctime>
+#include <pwd.h>
+#include <unistd.h>
+
+#include <fmt/core.h>
+
+#include "rows/families.hpp"
+#include "text/json.hpp"
+#include "text/parse.hpp"
+#include "text/text.hpp"
+
+namespace vorcfg {
+
+using vor::Json;
+
+namespace {
+
+constexpr int version = 1;
+
+// JSON holds no text that is no UTF-8; one would be as good as the next.
+Json json_of(const KeptValue& value)
+{
+    if (const auto* const bytes = std::get_if<RawText>(&value)) {
+        return {{"bytes", vor::hexadecimal(bytes->text)}};
+    }
+    const auto* const number = std::get_if<std::int64_t>(&value);
+    return number != nullptr ? Json(*number) : Json(std::get<std::string>(value));
+}
+
+// "0a ff"
+RawText bytes_in(std::string_view digits)
+{
+    RawText bytes;
+    for (std::size_t at = 0; at + 2 <= digits.size(); at += 3) {
+        unsigned char byte = 0;
+        std::from_chars(digits.data() + at, digits.data() + at + 2, byte, 16);
+        bytes.text += static_cast<char>(byte);
+    }
+    return bytes;
+}
+
+Json json_of(const KeptValues& values)
+{
+    Json json = Json::array();
+    for (const KeptValue& value : values) {
+        json.push_back(json_of(value));
+    }
+    return json;
+}
+
+KeptValue value_in(std::string_view name, const Json& json)
+{
+    if (json.type() == Json::Type::integer) {
+        return json.number<std::int64_t>();
+    }
+    if (json.is_string()) {
+        return json.string();
+    }
+    const Json* const digits = json.size() == 1 ? json.find("bytes") : nullptr;
+    RawText bytes = digits != nullptr && digits->is_string() ? bytes_in(digits->string()) : RawText();
+    if (digits == nullptr || *digits != Json(vor::hexadecimal(bytes.text))) {
+        throw Complaint{fmt::format("{} is {}, which is no value", name, vor::dump(json))};
+    }
+    return bytes;
+}
+
+KeptValues values_in(const Argument& argument, const Json& json)
+{
+    if (!argument.is_list || !json.is_array()) {
+        return {value_in(argument.name, json)};
+    }
+    KeptValues values;
+    for (const Json& element : json.elements()) {
+        values.push_back(value_in(argument.name, element));
+    }
+    return values;
+}
+
+CallKey key_in(const Json& json)
+{
+    const auto call = json.at("call").string();
+    const std::size_t blank = std::min(call.find(' '), call.size());
+    const Row* const row =
+        row_named(call.substr(0, blank), std::string_view{call}.substr(std::min(blank + 1, call.size())));
+    if (row == nullptr) {
+        throw Complaint{fmt::format("no call \"{}\" is known", call)};
+    }
+    const Json& arguments = json.at("arguments");
+    if (!arguments.is_object()) {
+        throw Complaint{"its arguments have no names"};
+    }
+    std::vector<KeptValues> values;
+    for (const Argument& argument : row->arguments()) {
+        const Json* const value = arguments.find(argument.name);
+        values.push_back(value != nullptr ? values_in(argument, *value) : KeptValues());
+    }
+    return key_of(*row, std::move(values), json.contains("secret"));
+}
+
+std::optional<std::uint64_t> number_in(const Json& json, const char* name)
+{
+    const Json* const number = json.find(name);
+    return number != nullptr ? std::optional(number->number<std::uint64_t>()) : std::nullopt;
+}
+
+std::string user()
+{
+    const passwd* const entry = getpwuid(getuid());
+    return entry != nullptr ? entry->pw_name : std::to_string(getuid());
+}
+
+Json json_of(const GatewayNamed& record)
+{
+    Json json = Json::object();
+    if (record.is_first) {
+        json["vorcfg_journal"] = version;
+    }
+    json["gateway"] = record.gateway;
+    json["at"] = stamp();
+    return json;
+}
+
+Json json_of(const CallBegun& record)
+{
+    Json json{{"begin", record.number}, {"at", record.at}, {"by", user()}};
+    if (!record.file.empty()) {
+        json["file"] = record.file;
+        json["line"] = record.line;
+    }
+    json["call"] = record.key.row->full_name();
+    json["arguments"] = values_json(record.key);
+    if (record.key.secret) {
+        json["secret"] = true;
+    }
+    if (record.replaces) {
+        json["replaces"] = *record.replaces;
+    }
+    if (record.takes_back) {
+        json["takes_back"] = *record.takes_back;
+    }
+    return json;
+}
+
+Json json_of(const CallEnded& record)
+{
+    return {{"end", record.number},
+            {"at", record.at},
+            {"outcome", record.outcome},
+            {"verdict", record.verdict},
+            {"done", record.done ? Json(*record.done) : Json()}};
+}
+
+Json json_of(const ApplyPending& record)
+{
+    Json json{{"pending", record.first}};
+    if (!record.until.empty()) {
+        json["until"] = record.until;
+        json["process"] = record.process;
+    }
+    json["at"] = stamp();
+    return json;
+}
+
+Json json_of(const ApplyDecided& record)
+{
+    return {{record.kept ? "confirmed" : "taken_back", true}, {"at", stamp()}, {"by", user()}};
+}
+
+void check_first(const Json& json)
+{
+    const Json* const known = json.find("vorcfg_journal");
+    if (known == nullptr) {
+        throw Complaint{"is no journal"};
+    }
+    if (*known != Json(version)) {
+        throw Complaint{fmt::format("a journal of version {}, and this vorcfg knows {}", vor::dump(*known), version)};
+    }
+}
+
+Record record_in(const Json& json)
+{
+    if (json.contains("begin")) {
+        return CallBegun{.number = json["begin"].number<std::uint64_t>(),
+                         .at = json.at("at").string(),
+                         .file = json.value("file", ""),
+                         .line = json.value("line", std::size_t{0}),
+                         .key = key_in(json),
+                         .replaces = number_in(json, "replaces"),
+                         .takes_back = number_in(json, "takes_back")};
+    }
+    if (json.contains("end")) {
+        const Json& done = json.at("done");
+        return CallEnded{.number = json["end"].number<std::uint64_t>(),
+                         .at = json.at("at").string(),
+                         .outcome = json.at("outcome").string(),
+                         .verdict = json.at("verdict").string(),
+                         .done = done.is_null() ? std::nullopt : std::optional(done.boolean())};
+    }
+    if (json.contains("pending")) {
+        return ApplyPending{json["pending"].number<std::uint64_t>(), json.value("until", ""), json.value("process", 0)};
+    }
+    if (json.contains("confirmed") || json.contains("taken_back")) {
+        return ApplyDecided{json.contains("confirmed")};
+    }
+    if (json.contains("gateway")) {
+        return GatewayNamed{json["gateway"].string(), json.contains("vorcfg_journal")};
+    }
+    throw Complaint{"no record of this version"};
+}
+
+} // namespace
+
+Json values_json(const CallKey& key)
+{
+    Json values = Json::object();
+    for (std::size_t i = 0; i < key.values.size(); i++) {
+        const Argument& argument = key.row->arguments()[i];
+        Json items = json_of(key.values[i]);
+        if (argument.is_list || !items.empty()) {
+            values[argument.name] = argument.is_list ? std::move(items) : items.elements().front();
+        }
+    }
+    return values;
+}
+
+std::string text_of(const Record& record)
+{
+    return vor::dump(std::visit([](const auto& each) { return json_of(each); }, record));
+}
+
+std::optional<Record> record_in(std::string_view line, bool is_first)
+try {
+    const Json json = Json::parse(line);
+    if (is_first) {
+        check_first(json);
+    }
+    return record_in(json);
+} catch (const vor::JsonError&) {
+    return {};
+}
+
+bool is_json(std::string_view line)
+{
+    return Json::read(line).has_value();
+}
+
+std::string stamp(std::chrono::seconds from_now)
+{
+    const char* const fixed = std::getenv("SOURCE_DATE_EPOCH");
+    const auto set = fixed != nullptr ? vor::number_in<std::time_t>(fixed) : std::nullopt;
+    const std::time_t time = set.value_or(std::time(nullptr)) + static_cast<std::time_t>(from_now.count());
+    std::tm parts{};
+    gmtime_r(&time, &parts);
+    char text[32];
+    return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts)};
+}
+
+namespace {
+
+std::string cut(std::string_view stamp, std::string_view example)
+{
+    const std::size_t day = example.find('T');
+    return stamp.size() < example.size()
+               ? std::string(stamp)
+               : fmt::format("{} {} UTC", stamp.substr(0, day), stamp.substr(day + 1, example.size() - day - 1));
+}
+
+} // namespace
+
+std::string minute_of(std::string_view stamp)
+{
+    return cut(stamp, "2026-05-12T10:04");
+}
+
+std::string second_of(std::string_view stamp)
+{
+    return cut(stamp, "2026-05-12T10:04:00");
+}
+
+} // namespace vorcfg

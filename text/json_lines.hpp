@@ -1,0 +1,52 @@
+// json_lines.hpp: a file of JSON lines, to which lines are added and which is read from its beginning.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace vor {
+
+struct FileError : std::runtime_error {
+    explicit FileError(int why);
+
+    int error; // an errno; 0: it is a device, a pipe or a folder
+};
+
+class JsonLines {
+public:
+    JsonLines() = default;
+    // With the flags of open(2): a file and nothing else; a new one is its owner's alone. Throws a FileError.
+    JsonLines(const std::string& path, int flags);
+    // To read whatever was opened, a pipe above all.
+    explicit JsonLines(std::FILE* file) : file_(file, std::fclose) {}
+
+    bool is_open() const { return file_ != nullptr; }
+    int descriptor() const { return fileno(file_.get()); }
+    bool empty() const;
+    void close() { file_.reset(); }
+
+    // The next line of what the file held when the first was read, without its end. Throws a FileError.
+    std::optional<std::string> next();
+    std::uint64_t number() const { return number_; } // of the line read last
+    bool torn() const { return torn_; }              // it does not end: what wrote it was ended
+    bool at_end() const { return left_ == 0; }       // it is the last
+    void take_away();                                // and all behind it
+
+    // The whole line, on disk when this returns if it is to be; or nothing of it, and a FileError.
+    void append(std::string_view line, bool on_disk = false);
+
+private:
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file_{nullptr, nullptr};
+    std::uint64_t number_ = 0;
+    std::uintmax_t begin_ = 0; // of the line read last
+    std::uintmax_t end_ = 0;
+    std::optional<std::uintmax_t> left_; // to be read
+    bool torn_ = false;
+};
+
+} // namespace vor

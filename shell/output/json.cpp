@@ -3,6 +3,7 @@
 #include "output/output.hpp"
 #include "rows/contract.hpp"
 #include "rows/names.hpp"
+#include "text/parse.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
@@ -19,8 +20,10 @@ std::string line_of(const Json& json)
 Json json_of(const Field& field)
 {
     switch (field.kind) {
-    case Field::Kind::number:
-        return std::stoll(field.text);
+    case Field::Kind::number: { // of any width
+        const auto integer = vor::integer_in(field.text);
+        return integer->negative ? Json(integer->bounded()) : Json(integer->magnitude);
+    }
     case Field::Kind::secret:
         return vor::mask;
     default:

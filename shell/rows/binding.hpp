@@ -71,7 +71,12 @@ constexpr Range whole_range(Type type)
 // What calls write into their results, as fields. Six bytes are a MAC address.
 // A family whose calls answer a record has an `append_fields` for it.
 using Fields = std::vector<Field>;
-void append_field(Fields& fields, std::string_view name, std::int64_t number);
+template <class Number>
+requires std::is_integral_v<Number>
+void append_field(Fields& fields, std::string_view name, Number number)
+{
+    fields.push_back({std::string(name), std::to_string(number)});
+}
 void append_field(Fields& fields, std::string_view name, const vor_ip_address* address);
 void append_field(Fields& fields, std::string_view name, const vor_uchar* mac);
 

@@ -6,11 +6,6 @@
 
 namespace vorcfg {
 
-void append_field(Fields& fields, std::string_view name, std::int64_t number)
-{
-    fields.push_back({std::string(name), std::to_string(number)});
-}
-
 void append_field(Fields& fields, std::string_view name, const vor_ip_address* address)
 {
     fields.push_back({std::string(name), vor::dotted(*address), Field::Kind::word});

@@ -20,10 +20,9 @@ std::string line_of(const Json& json)
 Json json_of(const Field& field)
 {
     switch (field.kind) {
-    case Field::Kind::number: { // of any width
-        const auto integer = vor::integer_in(field.text);
-        return integer->negative ? Json(integer->bounded()) : Json(integer->magnitude);
-    }
+    case Field::Kind::number:
+        return field.text.starts_with('-') ? Json(vor::number_in<std::int64_t>(field.text).value_or(0))
+                                           : Json(vor::number_in<std::uint64_t>(field.text).value_or(0));
     case Field::Kind::secret:
         return vor::mask;
     default:

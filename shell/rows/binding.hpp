@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <concepts>
 #include <string>
 #include <tuple>
 #include <type_traits>
@@ -71,9 +72,7 @@ constexpr Range whole_range(Type type)
 // What calls write into their results, as fields. Six bytes are a MAC address.
 // A family whose calls answer a record has an `append_fields` for it.
 using Fields = std::vector<Field>;
-template <class Number>
-requires std::is_integral_v<Number>
-void append_field(Fields& fields, std::string_view name, Number number)
+void append_field(Fields& fields, std::string_view name, std::integral auto number)
 {
     fields.push_back({std::string(name), std::to_string(number)});
 }

@@ -41,20 +41,26 @@ std::string bytes(const Json& data)
 
 int decode(std::vector<std::string> arguments)
 {
+    static constexpr vor::Option own[] = {{"--json", "", ""}, {"--bytes", "", ""}};
     Filter filter;
     bool json = false;
     bool with_bytes = false;
     std::string path;
-    while (!arguments.empty()) {
-        const bool is_json = arguments.front() == "--json";
-        if (is_json || arguments.front() == "--bytes") {
-            (is_json ? json : with_bytes) = true;
-            arguments.erase(arguments.begin());
-        } else if (!filter.take(arguments)) {
-            if (!path.empty()) {
-                throw UsageError(fmt::format("\"{}\" is too much here", arguments.front()));
-            }
-            path = operand(arguments, "FILE");
+    const std::vector<std::string_view> words(arguments.begin(), arguments.end());
+    for (std::span<const std::string_view> left = words; !left.empty();) {
+        if (const auto option = vor::option_in<vor::Option>(own, left)) {
+            (option->row->name == "--json" ? json : with_bytes) = true;
+            left = left.subspan(option->used);
+        } else if (const auto wanted = vor::option_in(filter_options(), left)) {
+            filter.set(*wanted->row, wanted->value);
+            left = left.subspan(wanted->used);
+        } else if (left.front().starts_with("-")) {
+            throw UsageError(fmt::format("unknown option \"{}\"", left.front()));
+        } else if (!path.empty()) {
+            throw UsageError(fmt::format("\"{}\" is too much here", left.front()));
+        } else {
+            path = left.front();
+            left = left.subspan(1);
         }
     }
     if (path.empty()) {

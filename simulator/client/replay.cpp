@@ -330,7 +330,7 @@ int replay(std::vector<std::string> arguments)
     Replay replay(path);
     replay.run();
     if (!state.empty()) {
-        const Json now = Json::parse(ask(Json({{"do", "show"}, {"json", true}})));
+        const Json now = Json::parse(ask("show --json"));
         for (const char* part : {"managers", "konfd"}) {
             compare_held(replay, held.at(part), now.at(part), part);
         }

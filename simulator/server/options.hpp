@@ -4,18 +4,17 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <stdexcept>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "server/managers.hpp"
+#include "text/options.hpp"
 
 namespace vorsim {
 
 // What the command line or the environment got wrong: exit code 2.
-struct UsageError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
+using UsageError = vor::OptionError;
 
 struct Options {
     bool help = false;
@@ -33,8 +32,15 @@ struct Options {
     bool http_control = false;
 };
 
+struct OptionRow : vor::Option {
+    void (*take)(Options& options, std::string_view value);
+};
+
+// In the order in which they are told.
+std::span<const OptionRow> option_rows();
 Options read_options(const std::vector<std::string>& arguments);
 
-extern const char* const help_text;
+// What --help prints, but for the commands.
+std::string help_text();
 
 } // namespace vorsim

@@ -1,0 +1,33 @@
+#include "server/world.hpp"
+
+#include <fmt/core.h>
+
+namespace vorsim {
+
+std::string World::text() const
+{
+    const std::string lines = konfd.text();
+    std::string text = gateway.state().text();
+    if (!lines.empty()) {
+        text += "konfd\n";
+        for (std::size_t begin = 0; begin < lines.size();) {
+            const std::size_t end = lines.find('\n', begin) + 1;
+            text += fmt::format("  {}", lines.substr(begin, end - begin));
+            begin = end;
+        }
+    }
+    return text;
+}
+
+Json World::json(std::uint64_t lines_lost) const
+{
+    return {{"schema", 1},
+            {"messages", counters.messages},
+            {"complaints", counters.complained},
+            {"counters", counters.json()},
+            {"lines_lost", lines_lost},
+            {"managers", gateway.state().json()},
+            {"konfd", konfd.json()}};
+}
+
+} // namespace vorsim

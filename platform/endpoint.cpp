@@ -56,7 +56,6 @@ const Endpoint* newest_endpoint()
 
 namespace {
 
-// Makes way for a new socket: a file whose owner died is removed.
 // The process that holds the lock on a file, as the kernel lists it; 0: nobody any more.
 int lock_holder(int descriptor)
 {
@@ -94,6 +93,7 @@ bool lock(int directory, const Endpoint& endpoint)
     return true;
 }
 
+// Makes way for a new socket: a file whose owner died is removed.
 bool vacate(const sockaddr_un& address, vor_uint16 sap)
 {
     struct stat status;

@@ -85,6 +85,11 @@ vor_uint16 next_sequence(vor_uint16 sequence)
 
 using namespace vorinfra;
 
+vor_int32 vor_ipc_get_buffer(VOR_IPC_MSG_REF* message)
+{
+    return message != nullptr && take_buffer(newest_endpoint(), *message) ? 0 : -1;
+}
+
 vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 message_id,
                                    VOR_IPC_MSG_REF* request, VOR_IPC_MSG_REF* response, vor_uint16 payload_length,
                                    vor_uint16)

@@ -1,14 +1,9 @@
 #include "log.hpp"
 
-#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 
-#include "settings.hpp"
-
 namespace vorinfra {
-
-namespace {
 
 // Composed first and written at once, so that lines of several processes on
 // one terminal do not mix. What is too long loses its end, never its line end.
@@ -26,13 +21,6 @@ void write_line(const char* format, va_list arguments)
     fputs(line, stderr);
 }
 
-bool wanted(vor_uint16 levels)
-{
-    return (log_levels().value_or(0) & levels) != 0;
-}
-
-} // namespace
-
 void complain(const char* format, ...)
 {
     va_list arguments;
@@ -41,24 +29,4 @@ void complain(const char* format, ...)
     va_end(arguments);
 }
 
-void log_line(vor_uint16 levels, const char* format, ...)
-{
-    if (wanted(levels)) {
-        va_list arguments;
-        va_start(arguments, format);
-        write_line(format, arguments);
-        va_end(arguments);
-    }
-}
-
 } // namespace vorinfra
-
-void vor_dbg_log(vor_uint16 level_mask, const char* format, ...)
-{
-    if (vorinfra::wanted(level_mask)) {
-        va_list arguments;
-        va_start(arguments, format);
-        vorinfra::write_line(format, arguments);
-        va_end(arguments);
-    }
-}

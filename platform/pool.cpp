@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "endpoint.hpp"
 #include "log.hpp"
 #include "system.hpp"
 #include "vorinfra_inspect.h"
@@ -131,17 +130,9 @@ void take_back_buffers(const Endpoint* holder)
     }
 }
 
-} // namespace vorinfra
-
-using namespace vorinfra;
-
-vor_int32 vor_ipc_get_buffer(VOR_IPC_MSG_REF* message)
+bool take_buffer(const Endpoint* holder, VOR_IPC_MSG_REF& message)
 {
-    if (message == nullptr) {
-        return -1;
-    }
-    *message = {};
-    const Endpoint* const holder = newest_endpoint();
+    message = {};
     const Lock lock(guard);
     if (free_first == nullptr) {
         grow();
@@ -149,7 +140,7 @@ vor_int32 vor_ipc_get_buffer(VOR_IPC_MSG_REF* message)
     Buffer* const buffer = free_first;
     if (buffer == nullptr) {
         complain("no message buffer: %u are taken, and there is no memory for more", taken_count);
-        return -1;
+        return false;
     }
     free_first = buffer->next_free;
     if (free_first == nullptr) {
@@ -169,9 +160,13 @@ vor_int32 vor_ipc_get_buffer(VOR_IPC_MSG_REF* message)
                  "leak",
                  taken_count);
     }
-    *message = {&buffer->header, sizeof buffer->header + sizeof buffer->data, 0, 0};
-    return 0;
+    message = {&buffer->header, sizeof buffer->header + sizeof buffer->data, 0, 0};
+    return true;
 }
+
+} // namespace vorinfra
+
+using namespace vorinfra;
 
 void vor_ipc_drop_msg_buf(VOR_IPC_MSG_REF* message)
 {

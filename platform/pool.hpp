@@ -50,6 +50,8 @@ Buffer* referenced_buffer(const VOR_IPC_MSG_REF* message, const char* operation)
 // Puts the payload of an answer just received where it is looked for, with no status behind its end.
 void settle_answer(Buffer& buffer);
 
+// False, with a complaint: there is no memory for another.
+bool take_buffer(const Endpoint* holder, VOR_IPC_MSG_REF& message);
 void take_back_buffers(const Endpoint* holder);
 
 } // namespace vorinfra

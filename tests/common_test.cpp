@@ -1,4 +1,6 @@
 // Endpoints, text converters, the delayed restart, and what all calls have in common.
+#include <device_mgmt.h>
+
 #include "calls/calls.hpp"
 
 #include <cstring>

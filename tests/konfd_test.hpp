@@ -1,6 +1,9 @@
 // konfd_test.hpp: a query under test.
 #pragma once
 
+#include <device_mgmt/common.h>
+#include <device_mgmt/konfd.h>
+
 #include "calls/calls.hpp"
 
 class Query {

@@ -30,7 +30,7 @@ set_target_properties(library_test PROPERTIES
 target_link_options(library_test PRIVATE
   LINKER:-rpath,${CMAKE_CURRENT_BINARY_DIR}/fake LINKER:-rpath,$<TARGET_FILE_DIR:device_mgmt>)
 set_source_files_properties(abi/signatures.c PROPERTIES COMPILE_OPTIONS -Wpedantic)
-vor_precompile(library_test functional gtest/gtest.h sstream)
+vor_precompile(library_test filesystem fmt/core.h functional gtest/gtest.h map optional sstream string vector)
 target_link_libraries(library_test PRIVATE fake_vorinfra device_mgmt GTest::gtest_main vor_warnings ${CMAKE_DL_LIBS})
 
 gtest_discover_tests(library_test DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 60 LABELS library_test)
@@ -49,3 +49,7 @@ add_library(rows_alone OBJECT ${call_tables} rows_alone.cpp)
 target_compile_definitions(rows_alone PRIVATE ROWS_ALONE)
 target_include_directories(rows_alone PUBLIC ${CMAKE_CURRENT_SOURCE_DIR} PRIVATE ${PROJECT_SOURCE_DIR}/include)
 target_link_libraries(rows_alone PRIVATE GTest::gtest vor_warnings)
+# position independent as a program's objects are, so that the programs' precompiled headers serve
+set_target_properties(rows_alone PROPERTIES POSITION_INDEPENDENT_CODE OFF)
+target_compile_options(rows_alone PRIVATE -fPIE)
+vor_precompile(rows_alone REUSE_FROM library_test)

@@ -3,6 +3,7 @@
 #include <iterator>
 #include <sstream>
 
+#include <device_mgmt/common.h>
 #include <gtest/gtest.h>
 
 #include "calls/strips.hpp"

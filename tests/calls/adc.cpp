@@ -1,3 +1,5 @@
+#include <device_mgmt/adc.h>
+
 #include "calls.hpp"
 
 CALLS(adc) = {

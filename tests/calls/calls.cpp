@@ -6,6 +6,8 @@
 #include <sstream>
 #include <unistd.h>
 
+#include <device_mgmt/common.h>
+
 namespace {
 
 constexpr const char* legend =

@@ -5,7 +5,7 @@
 #include "../fake_vorinfra/fake_vorinfra.hpp"
 #include "strips.hpp"
 
-#include <device_mgmt.h>
+#include <device_mgmt/types.h>
 #include <gtest/gtest.h>
 
 #include <functional>

@@ -1,3 +1,5 @@
+#include <device_mgmt/debug.h>
+
 #include "calls.hpp"
 
 #include <string>

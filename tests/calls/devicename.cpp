@@ -1,3 +1,5 @@
+#include <device_mgmt/devicename.h>
+
 #include "calls.hpp"
 
 CALLS(devicename) = {

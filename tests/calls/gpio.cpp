@@ -1,3 +1,5 @@
+#include <device_mgmt/gpio.h>
+
 #include "calls.hpp"
 
 CALLS(gpio) = {

@@ -1,3 +1,5 @@
+#include <device_mgmt/gw.h>
+
 #include "calls.hpp"
 
 CALLS(gw) = {

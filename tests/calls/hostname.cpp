@@ -1,3 +1,5 @@
+#include <device_mgmt/hostname.h>
+
 #include "calls.hpp"
 
 CALLS(hostname) = {

@@ -1,3 +1,5 @@
+#include <device_mgmt/ip.h>
+
 #include "calls.hpp"
 
 CALLS(ip) = {

@@ -1,3 +1,5 @@
+#include <device_mgmt/modbus.h>
+
 #include "calls.hpp"
 
 CALLS(modbus) = {

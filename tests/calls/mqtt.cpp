@@ -1,3 +1,5 @@
+#include <device_mgmt/mqtt.h>
+
 #include "calls.hpp"
 
 CALLS(mqtt) = {

@@ -1,3 +1,5 @@
+#include <device_mgmt/pcu.h>
+
 #include "calls.hpp"
 
 CALLS(pcu) = {

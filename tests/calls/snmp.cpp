@@ -1,3 +1,5 @@
+#include <device_mgmt/snmp.h>
+
 #include "calls.hpp"
 
 CALLS(snmp) = {

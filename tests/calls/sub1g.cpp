@@ -1,3 +1,5 @@
+#include <device_mgmt/sub1g.h>
+
 #include "calls.hpp"
 
 namespace {

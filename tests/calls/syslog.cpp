@@ -1,3 +1,5 @@
+#include <device_mgmt/syslog.h>
+
 #include "calls.hpp"
 
 CALLS(syslog) = {

@@ -1,3 +1,5 @@
+#include <device_mgmt/towermon.h>
+
 #include "calls.hpp"
 
 CALLS(towermon) = {

@@ -1,3 +1,5 @@
+#include <device_mgmt/wifimonitor.h>
+
 #include "calls.hpp"
 
 CALLS(wifimonitor) = {

@@ -32,7 +32,7 @@ std::string directory()
     return directory;
 }
 
-Asked::Asked(const Json& request) : socket_(connect_to(control_path(directory())))
+Asked::Asked(const vor::Json& request) : socket_(connect_to(control_path(directory())))
 {
     if (socket_.get() < 0) {
         throw std::runtime_error(fmt::format("no vorsim runs in {}", directory()));
@@ -61,9 +61,9 @@ std::string Asked::receive(std::chrono::milliseconds within)
     return {bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
 }
 
-Watch::Watch() : asked_(Json({{"do", "watch"}})) {}
+Watch::Watch() : asked_(vor::Json({{"do", "watch"}})) {}
 
-bool Watch::read(const std::function<void(const Json& record)>& on_record)
+bool Watch::read(const std::function<void(const Line& line)>& on_line)
 {
     const std::string more = asked_.receive(std::chrono::milliseconds(-1));
     text_ += more;
@@ -71,7 +71,7 @@ bool Watch::read(const std::function<void(const Json& record)>& on_record)
     for (std::size_t end = 0; (end = text_.find('\n', begin)) != text_.npos; begin = end + 1) {
         const std::string line = text_.substr(begin, end - begin);
         if (begun_) {
-            on_record(Json::parse(line));
+            on_line(read_line(line));
         } else if (line != "+") {
             throw std::runtime_error(line.substr(1));
         }
@@ -81,7 +81,7 @@ bool Watch::read(const std::function<void(const Json& record)>& on_record)
     return !more.empty();
 }
 
-std::string ask(const Json& request)
+std::string ask(const vor::Json& request)
 {
     Asked asked(request);
     std::string answer;

@@ -6,8 +6,8 @@
 #include <optional>
 #include <string>
 
+#include "record/json.hpp"
 #include "sockets/unix_socket.hpp"
-#include "values/value.hpp"
 
 namespace vorsim::client {
 
@@ -18,7 +18,7 @@ std::string directory();
 class Asked {
 public:
     // Throws when no gateway runs in the directory.
-    explicit Asked(const Json& request);
+    explicit Asked(const vor::Json& request);
 
     // More of the answer in time; empty at its end. Throws when nothing comes.
     std::string receive(std::chrono::milliseconds within);
@@ -36,7 +36,7 @@ public:
     // Readable when there is more.
     int descriptor() const { return asked_.descriptor(); }
     // Waits for more; false at the gateway's end. Throws what the gateway has against it.
-    bool read(const std::function<void(const Json& record)>& on_record);
+    bool read(const std::function<void(const Line& line)>& on_line);
 
 private:
     Asked asked_;
@@ -45,6 +45,6 @@ private:
 };
 
 // The whole answer; throws what the gateway has against it.
-std::string ask(const Json& request);
+std::string ask(const vor::Json& request);
 
 } // namespace vorsim::client

@@ -15,11 +15,13 @@
 #include "record/filter.hpp"
 #include "server/commands.hpp"
 #include "server/options.hpp"
+#include "text/json.hpp"
 #include "text/text.hpp"
 
 namespace vorsim::client {
 namespace {
 
+using vor::Json;
 using Arguments = std::vector<std::string>;
 using std::chrono::milliseconds;
 
@@ -89,13 +91,13 @@ int show(Arguments arguments)
     return 0;
 }
 
-void show_watched(const Json& record, const Filter& filter, bool json)
+void show_watched(const Line& line, const Filter& filter, bool json)
 {
-    if (record.contains("lost")) {
-        vor::print_line(stderr, fmt::format("vorsim: {} not shown: not read in time",
-                                            vor::counted(record["lost"].number<std::uint64_t>(), "message")));
-    } else if (filter.passes(record)) {
-        print(json ? vor::dump(record) + "\n" : record.value("line", "") + "\n");
+    if (line.lost) {
+        vor::print_line(stderr,
+                        fmt::format("vorsim: {} not shown: not read in time", vor::counted(*line.lost, "message")));
+    } else if (filter.passes(line.record)) {
+        print((json ? line.text : line.record.line) + "\n");
     }
 }
 
@@ -111,7 +113,7 @@ int watch(Arguments arguments)
         }
     }
     Watch watch;
-    while (watch.read([&](const Json& record) { show_watched(record, filter, json); })) {}
+    while (watch.read([&](const Line& line) { show_watched(line, filter, json); })) {}
     return 0;
 }
 

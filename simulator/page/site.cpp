@@ -9,6 +9,7 @@
 #include "page_files.hpp" // of the files in files/, by the build
 #include "server/commands.hpp"
 #include "server/options.hpp"
+#include "text/json.hpp"
 
 namespace vorsim::page {
 namespace {
@@ -79,7 +80,7 @@ void Site::listen()
 {
     bool more = false;
     try {
-        more = watch_->read([this](const Json& record) { feed_.add(record); });
+        more = watch_->read([this](const Line& line) { feed_.add(line); });
     } catch (const std::exception&) {
         more = false; // too many watch: at the next beat again
     }
@@ -145,7 +146,7 @@ Answer Site::state()
     const auto now = std::chrono::steady_clock::now();
     try {
         if (now >= state_due_) {
-            state_ = client::ask(Json({{"do", "overview"}}));
+            state_ = client::ask(vor::Json({{"do", "overview"}}));
             const auto end = std::chrono::steady_clock::now();
             state_due_ = end + std::max<Loop::Time::duration>(state_lasts, state_share * (end - now));
         }
@@ -172,7 +173,7 @@ Answer Site::obey(const std::string& command)
 {
     state_due_ = {}; // what is asked next is asked about what this makes of it
     const std::string name = command.substr(0, command.find(' '));
-    Json request = {{"do", name}};
+    vor::Json request = {{"do", name}};
     if (is_command(name)) {
         try {
             command_of(command); // what is wrong with it is said here

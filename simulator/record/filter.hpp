@@ -1,12 +1,11 @@
 // filter.hpp: which records somebody wants to see.
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "values/value.hpp"
+#include "values/record.hpp"
 
 namespace vorsim {
 
@@ -17,7 +16,7 @@ struct Filter {
     std::optional<std::string> source;
     bool complaints = false; // what --strict would not let pass
 
-    bool passes(const Json& record) const;
+    bool passes(const Record& record) const;
     // Takes an option of its own off the front; false when it is none.
     bool take(std::vector<std::string>& arguments);
 };

@@ -9,6 +9,7 @@
 
 #include <fmt/core.h>
 
+#include "record/json.hpp"
 #include "text/text.hpp"
 
 namespace vorsim {
@@ -88,7 +89,7 @@ bool Control::answer_all()
 std::string Control::answer_to(Client& client, const std::string& request)
 {
     try {
-        const Json asked = Json::parse(request, deepest_request);
+        const vor::Json asked = vor::Json::parse(request, deepest_request);
         const std::string what = asked.at("do").string();
         if (what == "watch" || what == "wait") {
             subscribe(client, asked);
@@ -105,13 +106,13 @@ std::string Control::answer_to(Client& client, const std::string& request)
     }
 }
 
-void Control::subscribe(Client& client, const Json& request)
+void Control::subscribe(Client& client, const vor::Json& request)
 {
     const auto watches = [](const auto& one) { return one.second.wish != Wish::answer; };
     if (std::ranges::count_if(clients_, watches) == most_watching) {
         throw std::runtime_error(fmt::format("{} watch or wait already", most_watching));
     }
-    if (request.at("do") == Json("watch")) {
+    if (request.at("do") == vor::Json("watch")) {
         client.wish = Wish::all;
         client.output = "+\n";
         return;
@@ -147,22 +148,21 @@ void Control::note(const std::string& call, const std::string& object)
     }
 }
 
-void Control::publish(const Json& record)
+void Control::publish(const std::string& line)
 {
-    const std::string line = is_watched() ? vor::dump(record) + "\n" : "";
     for (auto next = clients_.begin(); next != clients_.end();) {
         const int descriptor = next->first;
         Client& client = (next++)->second; // writing may drop it
         if (client.wish != Wish::all) {
             continue;
         }
-        if (client.output.size() + line.size() > most_unread) {
+        if (client.output.size() + line.size() >= most_unread) {
             ++client.lost;
             continue;
         }
         const bool idle = client.output.empty();
-        client.output += client.lost > 0 ? fmt::format("{{\"lost\":{}}}\n", std::exchange(client.lost, 0)) : "";
-        client.output += line;
+        client.output += client.lost > 0 ? lost_line(std::exchange(client.lost, 0)) + "\n" : "";
+        client.output += line + "\n";
         if (idle) {
             write_some(descriptor);
         }

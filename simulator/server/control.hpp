@@ -12,7 +12,7 @@
 #include <string>
 
 #include "sockets/listener.hpp"
-#include "values/value.hpp"
+#include "text/json.hpp"
 
 namespace vorsim {
 
@@ -22,13 +22,13 @@ std::string control_path(const std::string& directory);
 class Control {
 public:
     // What it throws is the answer, too.
-    using Handler = std::function<std::string(const Json& request)>;
+    using Handler = std::function<std::string(const vor::Json& request)>;
 
     Control(Loop& loop, const std::string& path, Handler answer_to);
 
-    // A message for those who wait for it, its record for those who watch.
+    // A message for those who wait for it, its record's line for those who watch.
     void note(const std::string& call, const std::string& object);
-    void publish(const Json& record);
+    void publish(const std::string& line);
     bool is_watched() const;
     // What came before is waited for no more.
     void forget_past() { seen_.clear(); }
@@ -51,7 +51,7 @@ private:
     void read_request(int descriptor);
     bool answer_all();
     std::string answer_to(Client& client, const std::string& request);
-    void subscribe(Client& client, const Json& request);
+    void subscribe(Client& client, const vor::Json& request);
     void write_some(int descriptor);
     void drop_client(int descriptor);
 

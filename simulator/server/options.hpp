@@ -9,13 +9,12 @@
 #include <vector>
 
 #include "server/managers.hpp"
+#include "text/options.hpp"
 
 namespace vorsim {
 
 // What the command line or the environment got wrong: exit code 2.
-struct UsageError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
+using UsageError = vor::OptionError;
 
 struct Options {
     bool help = false;

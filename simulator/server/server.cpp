@@ -18,14 +18,18 @@
 #include "faults/faults.hpp"
 #include "faults/parse.hpp"
 #include "record/bytes.hpp"
-#include "record/reader.hpp"
+#include "record/json.hpp"
 #include "record/stored.hpp"
 #include "server/commands.hpp"
 #include "sockets/signals.hpp"
 #include "tables/managers.hpp"
+#include "text/json.hpp"
 #include "text/text.hpp"
 
 namespace vorsim {
+
+using vor::Json;
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -165,10 +169,7 @@ Server::Server(const Options& options)
     if (options_.state_file) {
         write_state(); // what cannot be written is better known now
     }
-    journal_.write({{"journal", journal_version},
-                    {"time", time_text(std::chrono::system_clock::now())},
-                    {"seed", options_.seed},
-                    {"secrets", options_.show_secrets}});
+    journal_.write(journal_head(time_text(std::chrono::system_clock::now()), options_.seed, options_.show_secrets));
     loop_.watch(stop_requests_.get(), [this] { loop_.stop(); });
 }
 
@@ -257,14 +258,13 @@ void Server::take(Inlet& inlet)
     }
     if (received < 0) {
         const bool answers = is_message(inlet.datagram());
-        discard(inlet, arrived, answers ? "foreign" : "malformed",
+        discard(inlet, arrived, answers ? Record::Kind::foreign : Record::Kind::malformed,
                 answers ? "an answer that nobody awaits"
                         : fmt::format("{} bytes that are no message", inlet.datagram().size()));
     } else if (received > 0 && message.destination != sap) {
-        discard(inlet, arrived, "foreign", fmt::format("a message to SAP {}", message.destination));
+        discard(inlet, arrived, Record::Kind::foreign, fmt::format("a message to SAP {}", message.destination));
     } else if (received > 0) {
-        deliver(sap, message, arrived,
-                gateway_.judge(message_of(sap, message), bytes_wanted() ? Detail::recorded : Detail::outcome));
+        deliver(sap, message, arrived, gateway_.judge(message_of(sap, message)));
     }
 }
 
@@ -275,8 +275,8 @@ faults::Delivery Server::disturb(std::uint16_t sap, const VORINFRA_MESSAGE& mess
     if (const auto due = faults_.due({.sap = sap,
                                       .client = message.source,
                                       .id = message.id,
-                                      .call = judgement.call,
-                                      .object = judgement.object,
+                                      .call = judgement.record.call,
+                                      .object = judgement.record.object,
                                       .answered = judgement.answered},
                                      now)) {
         ++counters_.faulted;
@@ -296,100 +296,82 @@ void Server::deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Arrival
     using Way = faults::Delivery::Way;
     const faults::Delivery delivery = disturb(sap, message, judgement);
     gateway_.settle(judgement);
-    auto& [line, entry] = judgement.report;
+    Record& record = judgement.record;
     const auto sent = outbox_.send(sap, message, judgement, delivery, std::chrono::steady_clock::now());
     if (sent == Outbox::Sent::gone) {
-        line += " (the asker is gone)";
-        entry["delivered"] = false;
+        record.line += " (the asker is gone)";
+        record.delivered = false;
     } else if (sent == Outbox::Sent::crowded) {
-        line += " (too many answers are late: this one is not)";
+        record.line += " (too many answers are late: this one is not)";
     }
-    const bool accepted = !entry.contains("complaint");
     ++counters_.messages;
-    ++(accepted ? counters_.accepted : counters_.complained);
-    out_.line(line);
+    ++(record.complained ? counters_.complained : counters_.accepted);
+    out_.line(record.line);
     if (bytes_wanted()) {
-        entry["awaits"] = message.answer_wanted != 0;
-        entry["meta_data"] = hex({message.meta_data, message.meta_data_size});
-        entry["payload"] = payload_record(message_of(sap, message), accepted, options_.show_secrets);
-        if (judgement.answered && delivery.way == Way::refused) {
-            entry["refused"] = true;
-        } else if (judgement.answered && delivery.way != Way::never && delivery.way != Way::dying) {
-            entry["answer_id"] = fmt::format("{:#x}", judgement.answer_id);
-            entry["answer_payload"] = hex(judgement.answer);
+        record.meta_data = hex({message.meta_data, message.meta_data_size});
+        record.payload = payload_record(message_of(sap, message), !record.complained, options_.show_secrets);
+        record.refused = judgement.answered && delivery.way == Way::refused;
+        if (judgement.answered && !record.refused && delivery.way != Way::never && delivery.way != Way::dying) {
+            record.answer_id = judgement.answer_id;
+            record.answer_payload = hex(judgement.answer);
         }
-        entry["line"] = line;
     }
-    entry["complained"] = !accepted;
-    record(std::move(entry), arrived, judgement.call, judgement.object);
+    write_down(record, arrived);
 }
 
-void Server::discard(const Inlet& inlet, Arrival arrived, const char* what, const std::string& why)
+void Server::discard(const Inlet& inlet, Arrival arrived, Record::Kind kind, const std::string& why)
 {
-    const std::uint16_t sap = inlet.handle()->sap_id;
-    ++(std::string_view(what) == "foreign" ? counters_.foreign : counters_.malformed);
-    record({{"sap", sap},
-            {what, why},
-            {"datagram", datagram_record(inlet.datagram(), options_.show_secrets)},
-            {"line", fmt::format("{}: {}: {}", what, manager_label(sap), why)}},
-           arrived);
+    const bool foreign = kind == Record::Kind::foreign;
+    ++(foreign ? counters_.foreign : counters_.malformed);
+    Record record{.kind = kind};
+    record.sap = inlet.handle()->sap_id;
+    record.why = why;
+    record.line = fmt::format("{}: {}: {}", foreign ? "foreign" : "malformed", manager_label(record.sap), why);
+    if (bytes_wanted()) {
+        record.datagram = datagram_record(inlet.datagram(), options_.show_secrets);
+    }
+    write_down(record, arrived);
 }
 
 faults::Hearing Server::deliver(KonfdExchange& exchange)
 {
     auto& [text, reply] = exchange.exchange;
+    Record& record = reply.record;
     auto hearing = faults::Hearing::whole;
-    if (const auto due = faults_.due(
-            {.konfd = true, .object = reply.report.record["konfd"].string(), .answered = !reply.answer.empty()},
-            std::chrono::steady_clock::now())) {
+    if (const auto due = faults_.due({.konfd = true, .object = record.commands, .answered = !reply.answer.empty()},
+                                     std::chrono::steady_clock::now())) {
         ++counters_.faulted;
         hearing = faults::disturb(reply, *due);
     }
-    ++(reply.complained ? counters_.complained : counters_.accepted);
-    out_.line(reply.report.line);
-    Json entry = {{"client", exchange.client}};
-    for (const auto& [name, value] : reply.report.record.members()) {
-        entry[name] = value;
-    }
-    entry["complained"] = reply.complained;
+    ++(record.complained ? counters_.complained : counters_.accepted);
+    out_.line(record.line);
+    record.client = exchange.client;
     if (bytes_wanted()) {
-        entry["text"] = konfd_record(text, options_.show_secrets);
-        const bool unheard = hearing == faults::Hearing::never || hearing == faults::Hearing::hung_up;
-        entry["answer_text"] = unheard ? "" : hex(reply.answer);
-        if (unheard) {
-            entry["delivered"] = false;
-        }
-        entry["line"] = reply.report.line;
+        record.delivered = hearing != faults::Hearing::never && hearing != faults::Hearing::hung_up;
+        record.text = konfd_record(text, options_.show_secrets);
+        record.answer_text = record.delivered ? hex(reply.answer) : "";
     }
-    record(std::move(entry), exchange.arrived);
+    write_down(record, exchange.arrived);
     return hearing;
 }
 
-void Server::record(Json entry, Arrival arrived, std::string_view call, const std::string& object)
+void Server::write_down(Record& record, Arrival arrived)
 {
     blamed_ = blamed_ || !counters_.blameless();
-    ++recorded_;
+    record.seq = ++recorded_;
     if (bytes_wanted()) {
-        write_down(std::move(entry), arrived);
+        const auto took = std::chrono::system_clock::now() - arrived;
+        record.time = time_text(arrived);
+        record.took = std::chrono::duration_cast<std::chrono::microseconds>(took).count();
+        const std::string line = json_line(record);
+        const bool failed = journal_.failed();
+        journal_.write(line);
+        if (journal_.failed() && !failed) {
+            errors_.line(journal_.why());
+        }
+        control_->publish(line);
     }
-    control_->note(std::string(call), object);
-}
-
-void Server::write_down(Json entry, Arrival arrived)
-{
-    const auto took = std::chrono::system_clock::now() - arrived;
-    Json whole = {{"seq", recorded_},
-                  {"time", time_text(arrived)},
-                  {"took", std::chrono::duration_cast<std::chrono::microseconds>(took).count()}};
-    for (const auto& [name, value] : entry.members()) {
-        whole[name] = value;
-    }
-    const bool failed = journal_.failed();
-    journal_.write(whole);
-    if (journal_.failed() && !failed) {
-        errors_.line(journal_.why());
-    }
-    control_->publish(whole);
+    control_->note(record.call, record.object);
 }
 
 std::string Server::text() const
@@ -409,13 +391,7 @@ std::string Server::text() const
 
 Json Server::json() const
 {
-    return {{"schema", 1},
-            {"messages", counters_.messages},
-            {"complaints", counters_.complained},
-            {"counters", counters_.json()},
-            {"lines_lost", out_.lost() + errors_.lost()},
-            {"managers", gateway_.state().json()},
-            {"konfd", konfd_.json()}};
+    return json_of(counters_, out_.lost() + errors_.lost(), gateway_.state(), konfd_);
 }
 
 Json Server::overview() const
@@ -432,7 +408,7 @@ Json Server::overview() const
         all["served"].push_back({{"name", manager_key(sap)}, {"sap", sap}, {"served", is_served}});
     }
     all["konfd_served"] = konfd_server_ != nullptr;
-    all["faults"] = faults_.json(std::chrono::steady_clock::now());
+    all["faults"] = json_of(faults_.list(std::chrono::steady_clock::now()));
     return all;
 }
 

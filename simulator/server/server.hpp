@@ -43,22 +43,21 @@ private:
     void deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Arrival arrived, Judgement judgement);
     // What a fault makes of it; the manager may be gone then.
     faults::Delivery disturb(std::uint16_t sap, const VORINFRA_MESSAGE& message, Judgement& judgement);
-    void discard(const Inlet& inlet, Arrival arrived, const char* what, const std::string& why);
+    void discard(const Inlet& inlet, Arrival arrived, Record::Kind kind, const std::string& why);
     faults::Hearing deliver(KonfdExchange& exchange);
-    // Adds when it came and how long it took, for the journal and for those who watch.
-    void record(Json entry, Arrival arrived, std::string_view call = {}, const std::string& object = {});
-    void write_down(Json entry, Arrival arrived);
+    // Adds its number, when it came and how long it took, for the journal and for those who watch.
+    void write_down(Record& record, Arrival arrived);
     bool bytes_wanted() const { return journal_.kept() || control_->is_watched(); }
     void write_state() const;
-    std::string answer(const Json& request);
+    std::string answer(const vor::Json& request);
     std::string obey(std::string_view command);
-    std::string show(const Json& request) const;
+    std::string show(const vor::Json& request) const;
     void reset();
-    void load(const Json& document);
+    void load(const vor::Json& document);
     std::string text() const;
-    Json json() const;
+    vor::Json json() const;
     // The state, and beside it who is served and the faults in force.
-    Json overview() const;
+    vor::Json overview() const;
 
     Options options_;
     std::string directory_;

@@ -6,6 +6,9 @@
 #include <gtest/gtest.h>
 
 #include "konfd/session.hpp"
+#include "record/json.hpp"
+#include "record/stored.hpp"
+#include "text/json.hpp"
 
 namespace {
 
@@ -83,7 +86,7 @@ TEST(konfd, refuses_what_it_cannot_read_and_changes_nothing)
     for (const auto& [command, why] : table) {
         const Reply reply = konfd.execute(command);
         EXPECT_EQ("-e\n", reply.answer) << command;
-        EXPECT_EQ(why, reply.report.record.value("complaint", "")) << command;
+        EXPECT_EQ(why, reply.record.complaint) << command;
     }
     EXPECT_EQ("", konfd.text());
     EXPECT_EQ("-o\n", konfd.execute("-s -l \"" + std::string(1024, 'x') + '"').answer) << "the longest";
@@ -160,9 +163,9 @@ TEST(konfd, masks_secrets_in_lines_patterns_and_paths)
              {"-s -l \"password hunter2\" -r \"^password hunter2$\" \"interface wlan0\"", "-d \"interface wlan0\"",
               "-c -r \"^passphrase hunter2\" \"PSK hunter2\"", "-s -l \"password hunter2"}) {
             const Reply reply = konfd.execute(command);
-            everything += reply.report.line + vor::dump(reply.report.record) + reply.answer;
+            everything += reply.record.line + vorsim::json_line(reply.record) + reply.answer;
         }
-        everything += konfd.text() + vor::dump(konfd.json());
+        everything += konfd.text() + vor::dump(vorsim::json_of(konfd));
         EXPECT_EQ(shown, everything.find("hunter2") != std::string::npos) << everything;
     }
 }

@@ -11,28 +11,17 @@
 #include <gtest/gtest.h>
 
 #include "gateway/answer.hpp"
-#include "gateway/decoded.hpp"
+#include "gateway/decode.hpp"
 #include "gateway/measurements.hpp"
 #include "gateway/state.hpp"
 #include "processes.hpp"
-#include "tables/families.hpp"
+#include "tables/managers.hpp"
 
 namespace {
 
 using vorsim::Field;
 using vorsim::Form;
 using vorsim::Row;
-
-std::vector<const Row*> all_rows()
-{
-    std::vector<const Row*> rows;
-    for (const vorsim::Family* family : vorsim::all_families()) {
-        for (const Row& row : family->rows()) {
-            rows.push_back(&row);
-        }
-    }
-    return rows;
-}
 
 // A call as its header declares it, and all that the header declares.
 struct Declared {
@@ -91,27 +80,26 @@ TEST(tables, tell_every_message_from_its_siblings)
 {
     for (const vorsim::Manager& manager : vorsim::managers) {
         std::vector<const Row*> earlier;
-        for (const vorsim::Family* family : vorsim::all_families()) {
-            for (const Row& row : family->rows()) {
-                if (!family->serves(row, manager.sap)) {
-                    continue;
-                }
-                for (const Row* sibling : earlier) {
-                    if (sibling->exchange.id == row.exchange.id) {
-                        EXPECT_FALSE(same_elements(*sibling, row)) << sibling->call << " and " << row.call;
-                        EXPECT_EQ(sibling->layout.form, row.layout.form) << sibling->call << " and " << row.call;
-                        EXPECT_EQ(sibling->layout.length, row.layout.length) << sibling->call << " and " << row.call;
-                    }
-                }
-                earlier.push_back(&row);
+        for (const auto& listed : vorsim::all_rows()) {
+            if (!listed.serves(manager.sap)) {
+                continue;
             }
+            const Row& row = *listed.row;
+            for (const Row* sibling : earlier) {
+                if (sibling->exchange.id == row.exchange.id) {
+                    EXPECT_FALSE(same_elements(*sibling, row)) << sibling->call << " and " << row.call;
+                    EXPECT_EQ(sibling->layout.form, row.layout.form) << sibling->call << " and " << row.call;
+                    EXPECT_EQ(sibling->layout.length, row.layout.length) << sibling->call << " and " << row.call;
+                }
+            }
+            earlier.push_back(&row);
         }
     }
 }
 
 TEST(tables, name_declared_calls_and_their_arguments)
 {
-    for (const Row* row : all_rows()) {
+    for (const auto& [row, manager] : vorsim::all_rows()) {
         const std::vector<Declared> calls = matching(row->call);
         EXPECT_FALSE(calls.empty()) << row->call << " is declared nowhere";
         for (const Declared& call : calls) {
@@ -132,7 +120,7 @@ TEST(tables, answer_with_the_fields_of_the_declared_records)
 {
     const vorsim::State state;
     vorsim::Measurements measurements(1);
-    for (const Row* row : all_rows()) {
+    for (const auto& [row, manager] : vorsim::all_rows()) {
         if (row->query == nullptr) {
             continue;
         }

@@ -10,6 +10,9 @@
 #include <vorinfra_manager.h>
 
 #include "gateway/gateway.hpp"
+#include "record/json.hpp"
+#include "record/stored.hpp"
+#include "text/json.hpp"
 #include "text/text.hpp"
 
 namespace {
@@ -137,7 +140,7 @@ TEST(messages, that_the_tables_do_not_know_are_complained_about)
     Gateway gateway({});
     for (const Sent& sent : table) {
         const Judgement judgement = send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option);
-        EXPECT_EQ(sent.line, judgement.report.line);
+        EXPECT_EQ(sent.line, judgement.record.line);
         EXPECT_NE(0, status_of(judgement)) << sent.line;
     }
     EXPECT_EQ(std::size(table), gateway.complaints());
@@ -147,7 +150,9 @@ TEST(messages, that_the_tables_do_not_know_are_complained_about)
 TEST(measurements, move_from_call_to_call_and_are_the_seeds_own)
 {
     const auto polls = [](const Judgement& judgement) {
-        return judgement.report.record["answer"]["polling_count"].number<int>();
+        const auto& values = judgement.record.answer_values;
+        const auto found = std::ranges::find(values, "polling_count", &vorsim::Value::name);
+        return static_cast<int>(*found->held<std::uint64_t>());
     };
     Gateway gateway({.seed = 5});
     Gateway twin({.seed = 5});
@@ -194,7 +199,7 @@ TEST(state, holds_the_latest_by_object)
               "  route 10.0.0.0\n"
               "    vor_cfg_remove_ip_route\n",
               gateway.state().text());
-    const vorsim::Json gpio = gateway.state().json()["gpiomgr"];
+    const vor::Json gpio = vorsim::json_of(gateway.state())["gpiomgr"];
     EXPECT_EQ(4, gpio["sap"]);
     EXPECT_EQ("door", gpio["objects"]["port 2"]["vor_cfg_set_gpio_channel_name"]["name"]);
     EXPECT_FALSE(gpio["objects"].contains("port 7"));
@@ -214,8 +219,8 @@ TEST(secrets, appear_nowhere_unless_asked_for)
         Gateway gateway({.show_secrets = shown});
         for (const Sent& sent : table) {
             const Judgement judgement = send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option);
-            const std::string everything = judgement.report.line + vor::dump(judgement.report.record) +
-                                           gateway.state().text() + vor::dump(gateway.state().json());
+            const std::string everything = judgement.record.line + vorsim::json_line(judgement.record) +
+                                           gateway.state().text() + vor::dump(vorsim::json_of(gateway.state()));
             EXPECT_EQ(shown, everything.find("hunter2") != std::string::npos) << everything;
             EXPECT_EQ(!shown, everything.find("********") != std::string::npos) << everything;
         }
@@ -241,7 +246,7 @@ TEST(texts, of_any_bytes_are_harmless_in_lines_and_json)
             for (const char third : {'a', '\x80', '\xbf'}) {
                 const std::string bytes{static_cast<char>(first), static_cast<char>(second), third};
                 std::string line = vor::escaped(bytes);
-                const std::string json = vor::dump(vorsim::Json(bytes));
+                const std::string json = vor::dump(vor::Json(bytes));
                 EXPECT_TRUE(harmless(json.substr(1, json.size() - 2))) << json;
                 std::ranges::replace(line, '\\', '/'); // \x1b is no escape of JSON's
                 std::erase(line, '"');
@@ -263,7 +268,7 @@ TEST(log_file, reads_the_fields_of_its_option_only)
     };
     Gateway gateway({});
     const auto judge = [&gateway](const std::vector<std::uint8_t>& payload) {
-        return gateway.judge({.sap = 2, .id = 0x2028, .payload = payload}).report.line;
+        return gateway.judge({.sap = 2, .id = 0x2028, .payload = payload}).record.line;
     };
     EXPECT_EQ("platmgr(2) 0x2028 vor_cfg_set_log_file  log boot: set_option=2 log_file_name=\"a.log\" -> no answer "
               "awaited",

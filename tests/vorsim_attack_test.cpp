@@ -91,14 +91,13 @@ TEST(attack, by_a_text_has_a_bounded_work)
         EXPECT_EQ("-e\n", konfd.execute(text).answer) << text.substr(0, 60);
     }
     EXPECT_EQ(before, konfd.text());
-    EXPECT_EQ("the patterns are too much work",
-              konfd.execute("-u -r \"(.*a){30}(.*b){30}z\" \"a\"").report.record["complaint"]);
+    EXPECT_EQ("the patterns are too much work", konfd.execute("-u -r \"(.*a){30}(.*b){30}z\" \"a\"").record.complaint);
     EXPECT_EQ("-o\n", konfd.execute("-u -r \"^a+7$\" \"a\"").answer) << "an honest pattern over all lines";
     // What is shown is shown whole, or refused.
     EXPECT_GT(konfd.execute("-d \"a\"").answer.size(), 400'000U);
     const vorsim::konfd::Reply twice = konfd.execute("-d \"a\" -d \"a\" -d \"a\"");
     EXPECT_EQ("-e\n", twice.answer);
-    EXPECT_EQ("what is to be shown has more than 1048576 bytes", twice.report.record["complaint"]);
+    EXPECT_EQ("what is to be shown has more than 1048576 bytes", twice.record.complaint);
 }
 
 TEST_F(Attack, by_texts_and_unread_answers_grows_nothing)
@@ -266,19 +265,19 @@ TEST(attack, by_many_objects_ends_in_complaints)
 {
     vorsim::Gateway gateway({});
     const long before = peak_of(getpid());
-    vor::Json last;
+    std::string last;
     for (unsigned port = 0; port < 0x8000; ++port) {
         const std::uint8_t payload[] = {static_cast<std::uint8_t>(port), static_cast<std::uint8_t>(port >> 8), 1, 0};
         const vorsim::Judgement judgement =
             gateway.judge({.sap = 4, .source = client_sap, .id = 0x4006, .payload = payload});
         gateway.settle(judgement);
-        last = judgement.report.record;
+        last = judgement.record.complaint;
     }
-    EXPECT_EQ("nothing more can be kept (vorsim reset makes room)", last.value("complaint", ""));
-    EXPECT_GT(gateway.state().json()["gpiomgr"]["objects"].size(), 5'000U);
+    EXPECT_EQ("nothing more can be kept (vorsim reset makes room)", last);
+    EXPECT_GT(gateway.state().managers().at(4).size(), 5'000U);
     EXPECT_LT(peak_of(getpid()) - before, most_growth_kb);
     const std::uint8_t again[] = {0, 0, 0, 0}; // what is there already may change
-    EXPECT_FALSE(gateway.judge({.sap = 4, .id = 0x4006, .payload = again}).report.record.contains("complaint"));
+    EXPECT_FALSE(gateway.judge({.sap = 4, .id = 0x4006, .payload = again}).record.complained);
 }
 
 TEST(attack, by_queries_of_many_ports_is_not_remembered)
@@ -287,9 +286,9 @@ TEST(attack, by_queries_of_many_ports_is_not_remembered)
     const auto polls = [&gateway](unsigned input) {
         const std::uint8_t payload[] = {static_cast<std::uint8_t>(input >> 16), 0, static_cast<std::uint8_t>(input),
                                         static_cast<std::uint8_t>(input >> 8)};
-        const auto record =
-            gateway.judge({.sap = 5, .id = 0x5007, .answer_wanted = true, .payload = payload}).report.record;
-        return record["answer"]["polling_count"].number<std::uint64_t>();
+        const auto values =
+            gateway.judge({.sap = 5, .id = 0x5007, .answer_wanted = true, .payload = payload}).record.answer_values;
+        return *std::ranges::find(values, "polling_count", &vorsim::Value::name)->held<std::uint64_t>();
     };
     const std::uint64_t first = polls(0);
     for (unsigned input = 1; input < 3'000; ++input) {

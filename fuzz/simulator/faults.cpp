@@ -5,6 +5,7 @@
 #include "faults/faults.hpp"
 #include "faults/parse.hpp"
 #include "input.hpp"
+#include "record/json.hpp"
 
 using namespace vorsim;
 using namespace vorsim::faults;
@@ -19,13 +20,12 @@ void disturb_a_message(const Due& due)
     Judgement judgement;
     judgement.answered = true;
     judgement.answer = status_answer(status);
-    judgement.report.record["status"] = status;
-    judgement.told.emplace();
+    judgement.record.status = status;
     const Delivery delivery = disturb(judgement, due);
     require(judgement.answer.size() <= sizeof status, "no answer grows");
     require(delivery.wait >= Milliseconds(0), "no answer comes before its request");
-    require_shown(judgement.report.line);
-    require_shown(vor::dump(judgement.report.record));
+    require_shown(judgement.record.line);
+    require_shown(json_line(judgement.record));
 }
 
 void disturb_konfd(const Due& due)
@@ -33,8 +33,8 @@ void disturb_konfd(const Due& due)
     konfd::Reply reply;
     reply.answer = "-o\n";
     disturb(reply, due);
-    require_shown(reply.report.line);
-    require_shown(vor::dump(reply.report.record));
+    require_shown(reply.record.line);
+    require_shown(json_line(reply.record));
 }
 
 // Of as many messages as it can count, none is disturbed twice, and no more than its end allows.

@@ -6,19 +6,20 @@
 #include "record/bytes.hpp"
 #include "record/reader.hpp"
 #include "record/stored.hpp"
+#include "text/json.hpp"
 
 using namespace vorsim;
 using namespace fuzz;
 
 namespace {
 
-void restore(const Json& state)
+void restore(const vor::Json& state)
 {
     try {
-        require(vor::Json::read(vor::dump(stored_state(state).json())).has_value(), "what is stored can be shown");
+        require(vor::Json::read(vor::dump(json_of(stored_state(state)))).has_value(), "what is stored can be shown");
         konfd::Konfd konfd;
         store_konfd(konfd, state);
-        require(vor::Json::read(vor::dump(konfd.json())).has_value(), "what is stored can be shown");
+        require(vor::Json::read(vor::dump(json_of(konfd))).has_value(), "what is stored can be shown");
     } catch (const std::exception& error) {
         require(error.what()[0] != '\0', "it is said what is wrong");
     }
@@ -30,19 +31,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     const std::string path = file_of(data, size);
     JournalReader reader(path);
-    std::uint64_t line = 0;
+    std::uint64_t number = 0;
     try {
-        while (const auto record = reader.next()) {
-            require(record->line > line, "every line has its turn");
-            line = record->line;
-            require(record->version >= 1 && record->version <= journal_version, "its version is known");
-            for (const auto& part : record->data) {
+        while (const auto line = reader.next()) {
+            require(line->number > number, "every line has its turn");
+            number = line->number;
+            require(line->of_version >= 1 && line->of_version <= journal_version, "its version is known");
+            const vor::Json json = vor::Json::parse(line->text);
+            for (const auto& [name, part] : json.members()) {
                 if (part.is_string()) {
                     const auto bytes = bytes_of_hex(part.string());
                     require(!bytes || bytes_of_hex(hex(*bytes)) == bytes, "bytes are themselves");
                 }
             }
-            restore(record->data);
+            const std::string written = json_line(line->record);
+            require(json_line(read_line(written).record) == written, "what is written is read");
+            restore(json);
         }
     } catch (const std::exception& error) {
         require(std::string_view(error.what()).find("journal") != std::string_view::npos, "the place is said");

@@ -4,6 +4,9 @@
 
 #include "input.hpp"
 #include "konfd/session.hpp"
+#include "record/json.hpp"
+#include "record/stored.hpp"
+#include "text/json.hpp"
 
 using namespace vorsim::konfd;
 using namespace fuzz;
@@ -30,10 +33,10 @@ struct Expected {
 
 void check(const Exchange& exchange)
 {
-    const auto& [answer, report, complained] = exchange.reply;
+    const auto& [answer, record] = exchange.reply;
     require(answer.empty() || answer.starts_with("-o\n") || answer.starts_with("-e\n"), "an answer is -o or -e");
-    require_shown(report.line);
-    require_shown(vor::dump(report.record));
+    require_shown(record.line);
+    require_shown(vorsim::json_line(record));
 }
 
 } // namespace
@@ -84,6 +87,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const std::string text = konfd.text();
     require(text.empty() || text.back() == '\n', "the tree is lines");
-    require(!vor::dump(konfd.json()).empty(), "the tree is JSON");
+    require(!vor::dump(vorsim::json_of(konfd)).empty(), "the tree is JSON");
     return 0;
 }

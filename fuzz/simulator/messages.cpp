@@ -3,6 +3,9 @@
 
 #include "gateway/gateway.hpp"
 #include "input.hpp"
+#include "record/json.hpp"
+#include "record/stored.hpp"
+#include "text/json.hpp"
 
 using namespace vorsim;
 using namespace fuzz;
@@ -26,13 +29,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         require(judgement.answered == (header.flag != 0), "who waits is answered");
         require(!judgement.answered || judgement.answer.size() >= sizeof(vor_int32), "an answer has a status");
         require(judgement.answer.size() <= VORINFRA_DATA_MAX, "an answer fits a message");
-        require_shown(judgement.report.line);
-        require_shown(vor::dump(judgement.report.record));
-        require((gateway.complaints() != complaints) == judgement.report.record.contains("complaint"),
-                "a complaint is counted");
+        require_shown(judgement.record.line);
+        require_shown(json_line(judgement.record));
+        require((gateway.complaints() != complaints) == judgement.record.complained, "a complaint is counted");
     }
-    const std::string state = vor::dump(gateway.state().json());
-    require(vor::dump(Json::parse(state)) == state, "the state is JSON");
+    const std::string state = vor::dump(json_of(gateway.state()));
+    require(vor::dump(vor::Json::parse(state)) == state, "the state is JSON");
     for (const char character : gateway.state().text()) {
         require(character == '\n' || static_cast<unsigned char>(character) >= 0x20, "the state is text");
     }

@@ -1,4 +1,9 @@
 #include <cstdio>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <vector>
 
 #include <fmt/core.h>
 
@@ -6,34 +11,27 @@
 #include "record/filter.hpp"
 #include "record/reader.hpp"
 #include "server/options.hpp"
+#include "text/options.hpp"
 #include "text/text.hpp"
 
 namespace vorsim::client {
 namespace {
 
-// A record of the first version has no line of its own.
-std::string line_of_old(const Json& data)
-{
-    const std::string what =
-        data.contains("konfd") ? fmt::format("konfd {}", data.value("konfd", ""))
-        : data.contains("call")
-            ? fmt::format("{} {} {}", data.value("id", ""), data.value("call", ""), data.value("object", ""))
-            : fmt::format("strict: {}: {}", data.value("id", ""), data.value("complaint", ""));
-    const auto verdict = data.contains("status")   ? fmt::format("status {}", vor::dump(data["status"]))
-                         : data.contains("answer") ? vor::dump(data["answer"])
-                                                   : "";
-    return fmt::format("{} -> {}", what, verdict);
-}
-
-std::string bytes(const Json& data)
+std::string bytes(const Record& record)
 {
     std::string text;
-    for (const char* name :
-         {"meta_data", "payload", "answer_id", "answer_payload", "text", "answer_text", "datagram"}) {
-        if (data.contains(name)) {
-            text += fmt::format("    {} {}\n", name, data[name].string());
-        }
+    const auto add = [&text](const char* name, const std::optional<std::string>& bytes) {
+        text += bytes ? fmt::format("    {} {}\n", name, *bytes) : "";
+    };
+    add("meta_data", record.meta_data);
+    add("payload", record.payload);
+    if (record.answer_id) {
+        text += fmt::format("    answer_id {:#x}\n", *record.answer_id);
     }
+    add("answer_payload", record.answer_payload);
+    add("text", record.text);
+    add("answer_text", record.answer_text);
+    add("datagram", record.datagram);
     return text;
 }
 
@@ -49,7 +47,8 @@ int decode(std::vector<std::string> arguments)
     const std::vector<std::string_view> words(arguments.begin(), arguments.end());
     for (std::span<const std::string_view> left = words; !left.empty();) {
         if (const auto option = vor::option_in<vor::Option>(own, left)) {
-            (option->row->name == "--json" ? json : with_bytes) = true;
+            bool& wanted = option->row->name == "--json" ? json : with_bytes;
+            wanted = true;
             left = left.subspan(option->used);
         } else if (const auto wanted = vor::option_in(filter_options(), left)) {
             filter.set(*wanted->row, wanted->value);
@@ -67,20 +66,22 @@ int decode(std::vector<std::string> arguments)
         throw UsageError("FILE is missing");
     }
     JournalReader journal(path);
-    while (const auto record = journal.next()) {
-        const Json& data = record->data;
-        if (!filter.passes(data)) {
+    while (const auto line = journal.next()) {
+        const Record& record = line->record;
+        if (!line->damage.empty() && !json) {
+            throw std::runtime_error(fmt::format("{}: {}", journal.place(*line), line->damage));
+        }
+        if (!filter.passes(record)) {
             continue;
         }
         if (json) {
-            print(vor::dump(data) + "\n");
+            print(line->text + "\n");
             continue;
         }
-        const std::string took = data.contains("took") ? fmt::format(" {} us", vor::dump(data["took"])) : "";
-        print(fmt::format("{} {}{}  {}\n", data.value("seq", 0), data.value("time", ""), took,
-                          data.contains("line") ? data.value("line", "") : line_of_old(data)));
+        const std::string took = record.took ? fmt::format(" {} us", *record.took) : "";
+        print(fmt::format("{} {}{}  {}\n", record.seq, record.time, took, record.line));
         if (with_bytes) {
-            print(bytes(data));
+            print(bytes(record));
         }
     }
     if (journal.torn()) {

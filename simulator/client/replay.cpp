@@ -20,10 +20,13 @@
 #include "record/bytes.hpp"
 #include "record/reader.hpp"
 #include "server/options.hpp"
+#include "text/json.hpp"
 #include "text/text.hpp"
 
 namespace vorsim::client {
 namespace {
+
+using vor::Json;
 
 constexpr int patience_ms = 5000;
 constexpr vor_uint16 answer_bit = 0x8000;
@@ -33,16 +36,15 @@ struct Unsendable : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-std::string bytes_in(const Json& data, const char* name)
+std::string bytes_in(const std::optional<std::string>& text, const char* name)
 {
-    if (!data.contains(name)) {
+    if (!text) {
         throw Unsendable(fmt::format("has no {}", name));
     }
-    const std::string text = data[name].string();
-    const auto bytes = bytes_of_hex(text);
+    const auto bytes = bytes_of_hex(*text);
     if (!bytes) {
-        throw Unsendable(is_masked(text) ? "is masked (--show-secrets writes a journal that can be replayed)"
-                                         : fmt::format("has a damaged {}", name));
+        throw Unsendable(is_masked(*text) ? "is masked (--show-secrets writes a journal that can be replayed)"
+                                          : fmt::format("has a damaged {}", name));
     }
     return *bytes;
 }
@@ -81,25 +83,24 @@ public:
                       reinterpret_cast<const sockaddr*>(&to), sizeof to) >= 0;
     }
 
-    std::string exchange(const Json& data)
+    std::string exchange(const Record& record)
     {
-        const std::string meta_data = bytes_in(data, "meta_data");
-        const std::string payload = bytes_in(data, "payload");
-        const bool awaits = data.value("awaits", false);
+        const std::string meta_data = bytes_in(record.meta_data, "meta_data");
+        const std::string payload = bytes_in(record.payload, "payload");
         VOR_IPC_MSG_HDR header;
         std::memset(&header, 0, sizeof header); // what lies behind its last field is sent, too
         header.ipc_src_id = sap_;
-        header.ipc_dest_id = data.at("sap").number<vor_uint16>();
-        header.opcode = static_cast<vor_uint32>(std::stoul(data.at("id").string(), nullptr, 16));
+        header.ipc_dest_id = record.sap;
+        header.opcode = record.id;
         sequence_ = static_cast<vor_uint16>(sequence_ % 0x7fff + 1);
-        header.flag = awaits ? sequence_ : vor_uint16{0};
+        header.flag = record.awaits ? sequence_ : vor_uint16{0};
         header.payload_sz = static_cast<vor_uint16>(payload.size());
         header.meta_data_sz = static_cast<vor_uint16>(meta_data.size());
         const std::string head(reinterpret_cast<const char*>(&header), sizeof header);
         if (!send(header.ipc_dest_id, head + meta_data + payload)) {
             return fmt::format("nobody receives ({})", std::strerror(errno));
         }
-        return awaits ? receive() : no_answer;
+        return record.awaits ? receive() : no_answer;
     }
 
 private:
@@ -174,14 +175,14 @@ public:
 
     void run()
     {
-        while (const auto record = journal_.next()) {
+        while (const auto line = journal_.next()) {
             try {
-                send_again(*record);
+                send_again(*line);
                 ++sent_;
             } catch (const Unsendable& why) {
-                refuse(*record, why.what());
-            } catch (const vor::JsonError&) {
-                refuse(*record, "is damaged");
+                ++refused_;
+                vor::print_line(stderr,
+                                fmt::format("{}: {} {}", journal_.place(*line), name(line->record), why.what()));
             }
         }
         if (journal_.torn()) {
@@ -204,59 +205,64 @@ public:
     }
 
 private:
-    void refuse(const Record& record, const std::string& why)
+    static std::string name(const Record& record)
     {
-        ++refused_;
-        vor::print_line(stderr, fmt::format("{}: {} {}", journal_.place(record), name(record.data), why));
-    }
-
-    static std::string name(const Json& data)
-    {
-        return data.contains("konfd") ? fmt::format("konfd {}", data.value("konfd", ""))
-               : data.contains("call")
-                   ? fmt::format("{} {}", data.value("call", ""), data.value("object", ""))
-                   : fmt::format("message {} to SAP {}", data.value("id", "without an id"), data.value("sap", 0));
-    }
-
-    void send_again(const Record& record)
-    {
-        const Json& data = record.data;
-        if (record.version < journal_version) {
-            throw Unsendable(fmt::format("is of version {}, which kept no bytes", record.version));
+        if (record.kind == Record::Kind::konfd) {
+            return fmt::format("konfd {}", record.commands);
         }
-        if (data.contains("konfd")) {
-            compare_konfd(record);
-        } else if (data.contains("datagram")) {
-            sender(0xfffe).send(data.at("sap").number<vor_uint16>(), bytes_in(data, "datagram"));
-        } else {
-            const std::string was =
-                data.contains("answer_id") && data.value("delivered", true)
-                    ? answer_text(static_cast<vor_uint32>(std::stoul(data["answer_id"].string(), nullptr, 16)),
-                                  bytes_in(data, "answer_payload"))
-                : data.value("refused", false) ? refused
-                                               : no_answer;
-            const std::string is = sender(data.at("source").number<vor_uint16>()).exchange(data);
-            if (was != is && data.value("delivered", true)) {
-                differ(fmt::format("{}: {}", journal_.place(record), name(data)), was, is);
-            }
+        return record.call.empty() ? fmt::format("message {:#x} to SAP {}", record.id, record.sap)
+                                   : fmt::format("{} {}", record.call, record.object);
+    }
+
+    void send_again(const JournalLine& line)
+    {
+        const Record& record = line.record;
+        if (line.of_version < journal_version) {
+            throw Unsendable(fmt::format("is of version {}, which kept no bytes", line.of_version));
+        }
+        if (!line.damage.empty()) {
+            throw Unsendable("is damaged");
+        }
+        switch (record.kind) {
+        case Record::Kind::message:
+            compare_message(line);
+            break;
+        case Record::Kind::konfd:
+            compare_konfd(line);
+            break;
+        default:
+            sender(0xfffe).send(record.sap, bytes_in(record.datagram, "datagram"));
         }
     }
 
-    void compare_konfd(const Record& record)
+    void compare_message(const JournalLine& line)
     {
-        const Json& data = record.data;
-        const std::string text = bytes_in(data, "text");
+        const Record& record = line.record;
+        std::string was = record.refused ? refused : no_answer;
+        if (record.answer_id && record.delivered) {
+            was = answer_text(*record.answer_id, bytes_in(record.answer_payload, "answer_payload"));
+        }
+        const std::string is = sender(record.source).exchange(record);
+        if (was != is && record.delivered) {
+            differ(fmt::format("{}: {}", journal_.place(line), name(record)), was, is);
+        }
+    }
+
+    void compare_konfd(const JournalLine& line)
+    {
+        const Record& record = line.record;
+        const std::string text = bytes_in(record.text, "text");
         if (text.empty()) {
             throw Unsendable("was too long to be kept");
         }
         const std::string is = konfd_.exchange(text);
         // One that shared its answer with the text before it has none of its own.
-        const std::string sent = bytes_in(data, "answer_text");
-        const std::string was = !data.value("delivered", true) ? no_answer
-                                : sent.empty()                 ? data.at("answer").string() + "\n"
-                                                               : sent;
+        std::string was = bytes_in(record.answer_text, "answer_text");
+        if (was.empty()) {
+            was = record.delivered ? record.answer + "\n" : no_answer;
+        }
         if (was != is) {
-            differ(fmt::format("{}: {}", journal_.place(record), name(data)), vor::quoted(was, 60),
+            differ(fmt::format("{}: {}", journal_.place(line), name(record)), vor::quoted(was, 60),
                    vor::quoted(is, 60));
         }
     }

@@ -1,10 +1,8 @@
 // port_statistics.hpp: the counters that digital and analogue inputs answer alike.
 #pragma once
 
-#include <fmt/core.h>
-
 #include "gateway/answer.hpp"
-#include "gateway/decoded.hpp"
+#include "gateway/decode.hpp"
 #include "gateway/measurements.hpp"
 #include "gateway/state.hpp"
 
@@ -18,8 +16,8 @@ inline Answer port_statistics(const Decoded& decoded, std::int32_t logical_port,
     Answer answer(24);
     answer.put(0, "logical_port_no", static_cast<std::uint16_t>(logical_port))
         .put(2, mode_name, static_cast<std::uint8_t>(mode))
-        .put(8, "polling_count", measurements.count(fmt::format("{} polling_count", decoded.object), 40))
-        .put(16, "interrupt_count", measurements.count(fmt::format("{} interrupt_count", decoded.object), 5));
+        .put(8, "polling_count", measurements.count(decoded.object + " polling_count", 40))
+        .put(16, "interrupt_count", measurements.count(decoded.object + " interrupt_count", 5));
     return answer;
 }
 

@@ -7,10 +7,10 @@
 namespace vorsim::faults {
 namespace {
 
-void tell(Report& report, const Due& due)
+void tell(Record& record, const Due& due)
 {
-    report.line += fmt::format(" ({})", due.text());
-    report.record["fault"] = {{"number", due.number}, {"rule", due.rule.text}};
+    record.line += fmt::format(" ({})", due.text());
+    record.fault = {due.number, due.rule.text};
 }
 
 } // namespace
@@ -23,17 +23,17 @@ Delivery disturb(Judgement& judgement, const Due& due)
     constexpr std::uint32_t high_half = 0x10000;
 
     const Action& action = due.rule.action;
-    Report& report = judgement.report;
+    Record& record = judgement.record;
     Delivery delivery;
     switch (action.kind) {
     case Kind::status: {
         const auto status = static_cast<std::int32_t>(action.number);
         judgement.answer = status_answer(status);
-        if (report.record.find("status") == nullptr || report.record["status"] != Json(status)) {
-            judgement.told.reset(); // what is refused is not kept
+        if (record.status != status) {
+            judgement.told = nullptr; // what is refused is not kept
         }
-        report.record.erase("answer");
-        report.record["status"] = status;
+        record.answer_values.clear();
+        record.status = status;
         judgement.comes_to(fmt::format("status {}", status));
         break;
     }
@@ -65,7 +65,7 @@ Delivery disturb(Judgement& judgement, const Due& due)
         delivery.way = Way::never;
         break;
     case Kind::refuse:
-        judgement.told.reset();
+        judgement.told = nullptr;
         delivery.way = Way::refused;
         break;
     case Kind::die:
@@ -74,17 +74,17 @@ Delivery disturb(Judgement& judgement, const Due& due)
     default:
         break; // konfd's own
     }
-    tell(report, due);
+    tell(record, due);
     return delivery;
 }
 
 Hearing disturb(konfd::Reply& reply, const Due& due)
 {
-    tell(reply.report, due);
+    tell(reply.record, due);
     switch (due.rule.action.kind) {
     case Action::Kind::answer:
         reply.answer = fmt::format("{}\n", due.rule.action.text);
-        reply.report.record["answer"] = due.rule.action.text;
+        reply.record.answer = due.rule.action.text;
         return Hearing::whole;
     case Action::Kind::split:
         return Hearing::split;

@@ -11,7 +11,7 @@
 #include <fmt/core.h>
 #include <fnmatch.h>
 
-#include "tables/families.hpp"
+#include "tables/managers.hpp"
 #include "text/nearest.hpp"
 #include "text/parse.hpp"
 #include "text/text.hpp"
@@ -72,10 +72,8 @@ std::vector<std::string> who_names()
 std::vector<std::string> call_names()
 {
     std::set<std::string> names;
-    for (const Family* family : all_families()) {
-        for (const Row& row : family->rows()) {
-            names.emplace(row.call);
-        }
+    for (const ListedRow& listed : all_rows()) {
+        names.emplace(listed.row->call);
     }
     return {names.begin(), names.end()};
 }

@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include <fmt/core.h>
+#include <fnmatch.h>
 
 #include "text/text.hpp"
 
@@ -12,6 +13,21 @@ namespace {
 constexpr std::size_t most_rules = 1000;
 
 } // namespace
+
+bool Concern::covers(const Subject& subject) const
+{
+    if (subject.konfd || who == Who::konfd) {
+        return subject.konfd && who == Who::konfd && subject.object.find(object) != subject.object.npos;
+    }
+    // A row may stand for several calls, or a rule for several rows.
+    const auto fits = [](const std::string& pattern, const std::string& name) {
+        return fnmatch(pattern.c_str(), name.c_str(), 0) == 0;
+    };
+    const std::string sent(subject.call);
+    return (who == Who::any || sap == subject.sap) && id.value_or(subject.id) == subject.id &&
+           (call.empty() || fits(call, sent) || fits(sent, call)) && (object.empty() || object == subject.object) &&
+           client.value_or(subject.client) == subject.client;
+}
 
 std::string Due::text() const
 {
@@ -66,27 +82,23 @@ std::optional<Due> Plan::due(const Subject& subject, Time now)
     return due;
 }
 
+std::vector<Plan::Listed> Plan::list(Time now) const
+{
+    std::vector<Listed> rules;
+    for (const auto& [number, entry] : entries_) {
+        rules.push_back({number, entry.rule.text, entry.acted, entry.concerned, entry.over(now)});
+    }
+    return rules;
+}
+
 std::string Plan::text(Time now) const
 {
     std::string text;
-    for (const auto& [number, entry] : entries_) {
-        text += fmt::format("{}: {} (acted on {} of {}{})\n", number, vor::printable(entry.rule.text), entry.acted,
-                            vor::counted(entry.concerned, "message"), entry.over(now) ? ", over" : "");
+    for (const Listed& rule : list(now)) {
+        text += fmt::format("{}: {} (acted on {} of {}{})\n", rule.number, vor::printable(rule.rule), rule.acted,
+                            vor::counted(rule.concerned, "message"), rule.over ? ", over" : "");
     }
     return text;
-}
-
-Json Plan::json(Time now) const
-{
-    Json rules = Json::array();
-    for (const auto& [number, entry] : entries_) {
-        rules.push_back({{"number", number},
-                         {"rule", entry.rule.text},
-                         {"acted", entry.acted},
-                         {"concerned", entry.concerned},
-                         {"over", entry.over(now)}});
-    }
-    return rules;
 }
 
 } // namespace vorsim::faults

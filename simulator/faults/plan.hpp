@@ -6,7 +6,6 @@
 
 #include "faults/rule.hpp"
 #include "values/random.hpp"
-#include "values/value.hpp"
 
 namespace vorsim::faults {
 
@@ -33,9 +32,16 @@ public:
     // Every rule counts the messages it concerns; the first that is due acts.
     std::optional<Due> due(const Subject& subject, Time now);
 
+    struct Listed {
+        unsigned number{};
+        std::string rule{};
+        std::uint64_t acted{};
+        std::uint64_t concerned{};
+        bool over{};
+    };
+    std::vector<Listed> list(Time now) const;
     // One line a rule, with how often it acted.
     std::string text(Time now) const;
-    Json json(Time now) const;
 
 private:
     struct Entry {

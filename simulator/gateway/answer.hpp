@@ -2,8 +2,10 @@
 #pragma once
 
 #include <algorithm>
+#include <concepts>
 #include <cstdint>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "values/value.hpp"
@@ -17,12 +19,13 @@ struct Answer {
     explicit Answer(std::size_t size) : bytes(size) {}
 
     // Writes a number into the record, in the gateway's byte order.
-    template <class Number>
+    template <std::integral Number>
     Answer& put(std::size_t offset, std::string_view name, Number number)
     {
         const auto* const from = reinterpret_cast<const std::uint8_t*>(&number);
         std::copy(from, from + sizeof number, bytes.begin() + static_cast<std::ptrdiff_t>(offset));
-        values.push_back({name, std::to_string(number), number});
+        using Widest = std::conditional_t<std::is_signed_v<Number>, std::int64_t, std::uint64_t>;
+        values.push_back({std::string(name), std::to_string(number), static_cast<Widest>(number)});
         return *this;
     }
 };

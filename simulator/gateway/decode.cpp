@@ -1,9 +1,11 @@
 #include "gateway/decode.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include <fmt/core.h>
 
+#include "gateway/match.hpp"
 #include "text/text.hpp"
 
 namespace vorsim {
@@ -22,33 +24,32 @@ std::int64_t number_shown(const Field& field, std::int32_t number)
 Value value_of(const Part& part, bool show_secrets)
 {
     const Field& field = *part.field;
+    std::string name(field.name);
     if (field.kind == Kind::text) {
-        const std::string_view text = text_in(part);
+        const std::string text(text_in(part));
         if (field.display == Display::secret && !show_secrets) {
-            return {field.name, std::string(vor::mask), vor::mask};
+            return {std::move(name), std::string(vor::mask), std::string(vor::mask)};
         }
-        return {field.name, vor::quoted(text, longest_in_line), text};
+        return {std::move(name), vor::quoted(text, longest_in_line), text};
     }
     const std::int32_t number = part.number;
     if (field.display == Display::address) {
         const std::string address = vor::dotted(static_cast<std::uint32_t>(number));
-        return {field.name, address, address};
+        return {std::move(name), address, address};
     }
     const std::int64_t shown = number_shown(field, number);
-    return {field.name, std::to_string(shown), shown};
+    return {std::move(name), std::to_string(shown), shown};
 }
 
-void add_value(std::vector<Value>& values, const Field& field, Value value)
+// One of several of the same name.
+void add_to_list(std::vector<Value>& values, const Value& value)
 {
-    if (!field.repeated) {
-        values.push_back(std::move(value));
-        return;
+    if (values.empty() || values.back().name != value.name) {
+        values.push_back({value.name, "", List()});
     }
-    if (values.empty() || values.back().name != field.name) {
-        values.push_back({field.name, "", Json::array()});
-    }
-    values.back().text += (values.back().text.empty() ? "" : ",") + value.text;
-    values.back().data.push_back(std::move(value.data));
+    Value& list = values.back();
+    list.text += (list.text.empty() ? "" : ",") + value.text;
+    std::get<List>(list.data).push_back(std::get<Scalar>(value.data));
 }
 
 // The object's text with the values in place of their names.
@@ -64,7 +65,8 @@ std::string object_of(std::string_view pattern, std::vector<Value>& values)
         const std::size_t close = pattern.find('}', open);
         const auto value = std::ranges::find(values, pattern.substr(open + 1, close - open - 1), &Value::name);
         value->in_object = true;
-        const std::string text = value->data.is_string() ? vor::escaped(value->data.string()) : value->text;
+        const auto* const held = value->held<std::string>();
+        const std::string text = held != nullptr ? vor::escaped(*held) : value->text;
         object += text.empty() ? "\"\"" : text;
         pattern.remove_prefix(close + 1);
     }
@@ -78,13 +80,36 @@ Decoded decode(std::uint16_t sap, const Match& match, bool show_secrets)
     const Row& row = *match.row;
     Decoded decoded{.sap = sap, .row = &row};
     if (match.lead) {
-        decoded.values.push_back({row.layout.lead, std::to_string(*match.lead), *match.lead});
+        decoded.values.push_back(
+            {std::string(row.layout.lead), std::to_string(*match.lead), std::int64_t{*match.lead}});
     }
     for (const Part& part : match.parts) {
-        add_value(decoded.values, *part.field, value_of(part, show_secrets));
+        Value value = value_of(part, show_secrets);
+        if (part.field->repeated) {
+            add_to_list(decoded.values, value);
+        } else {
+            decoded.values.push_back(std::move(value));
+        }
     }
     decoded.object = object_of(row.object, decoded.values);
     return decoded;
+}
+
+std::int32_t Decoded::number(std::string_view name) const
+{
+    const auto found = std::ranges::find(values, name, &Value::name);
+    return found == values.end() ? 0 : static_cast<std::int32_t>(*found->held<std::int64_t>());
+}
+
+std::string line_of(const std::vector<Value>& values)
+{
+    std::string line;
+    for (const Value& value : values) {
+        if (!value.in_object) {
+            line += fmt::format("{}{}={}", line.empty() ? "" : " ", value.name, value.text);
+        }
+    }
+    return line;
 }
 
 } // namespace vorsim

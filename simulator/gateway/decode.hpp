@@ -1,11 +1,32 @@
-// decode.hpp: an accepted message in names and values.
+// decode.hpp: one message as its manager understands it, in names and values.
 #pragma once
 
-#include "gateway/decoded.hpp"
-#include "gateway/match.hpp"
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "values/value.hpp"
 
 namespace vorsim {
 
+struct Match;
+struct Row;
+
+struct Decoded {
+    std::uint16_t sap{}; // the manager it reached
+    const Row* row{};
+    std::string object{};
+    std::vector<Value> values{};
+
+    // A number the message is known to carry.
+    std::int32_t number(std::string_view name) const;
+};
+
+// An accepted message.
 Decoded decode(std::uint16_t sap, const Match& match, bool show_secrets);
+
+// "name=value ..." of what the object does not tell.
+std::string line_of(const std::vector<Value>& values);
 
 } // namespace vorsim

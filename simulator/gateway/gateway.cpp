@@ -1,5 +1,7 @@
 #include "gateway/gateway.hpp"
 
+#include <utility>
+
 #include <fmt/core.h>
 
 #include "gateway/answer.hpp"
@@ -15,15 +17,21 @@ std::string label_of(const Message& message)
     return fmt::format("{} {:#x}", manager_label(message.sap), message.id);
 }
 
-Judgement begin(const Message& message, Detail detail)
+Judgement begin(const Message& message)
 {
-    Judgement judgement{
-        .answered = message.answer_wanted, .answer_id = message.id, .answer = {}, .report = {{}, Json::object()}};
-    if (detail == Detail::recorded) {
-        judgement.report.record = {
-            {"sap", message.sap}, {"source", message.source}, {"id", fmt::format("{:#x}", message.id)}};
-    }
+    Judgement judgement{.answered = message.answer_wanted, .answer_id = message.id};
+    judgement.record.sap = message.sap;
+    judgement.record.source = message.source;
+    judgement.record.id = message.id;
+    judgement.record.awaits = message.answer_wanted;
     return judgement;
+}
+
+// The line up to what came of it.
+void say(Judgement& judgement, std::string line)
+{
+    judgement.outcome_at = line.size();
+    judgement.record.line = std::move(line);
 }
 
 } // namespace
@@ -35,83 +43,72 @@ std::vector<std::uint8_t> status_answer(std::int32_t status)
 
 void Judgement::comes_to(std::string_view outcome)
 {
-    report.line.resize(outcome_at);
-    report.line += fmt::format(" -> {}", outcome);
+    record.line.resize(outcome_at);
+    record.line += fmt::format(" -> {}", outcome);
 }
 
-Judgement Gateway::refuse(const Message& message, const Complaint& complaint, Detail detail)
+Judgement Gateway::refuse(const Message& message, const Complaint& complaint)
 {
     ++complaints_;
-    const auto status = static_cast<std::int32_t>(complaint.status);
-    Judgement judgement = begin(message, detail);
-    judgement.answer = status_answer(status);
-    judgement.report.line = fmt::format("strict: {}: {}", label_of(message), complaint.text);
-    judgement.outcome_at = judgement.report.line.size();
+    Judgement judgement = begin(message);
+    judgement.record.status = complaint.status;
+    judgement.record.complaint = complaint.text;
+    judgement.record.complained = true;
+    judgement.answer = status_answer(complaint.status);
+    say(judgement, fmt::format("strict: {}: {}", label_of(message), complaint.text));
     if (message.answer_wanted) {
-        judgement.comes_to(fmt::format("status {}", status));
+        judgement.comes_to(fmt::format("status {}", static_cast<std::int32_t>(complaint.status)));
     }
-    judgement.report.record["complaint"] = complaint.text;
-    judgement.report.record["status"] = status;
     return judgement;
 }
 
-Judgement Gateway::accept(const Message& message, Decoded decoded, Detail detail)
+Judgement Gateway::accept(const Message& message, Decoded decoded)
 {
     const Row& row = *decoded.row;
-    Judgement judgement = begin(message, detail);
-    auto& [line, record] = judgement.report;
-    judgement.call = row.call;
-    judgement.object = decoded.object;
+    if (row.query == nullptr && !state_.has_room(decoded)) {
+        return refuse(message, {no_room, "nothing more can be kept (vorsim reset makes room)"});
+    }
+    Judgement judgement = begin(message);
+    Record& record = judgement.record;
     const std::string values = line_of(decoded.values);
-    line =
-        fmt::format("{} {}  {}{}{}", label_of(message), row.call, decoded.object, values.empty() ? "" : ": ", values);
-    judgement.outcome_at = line.size();
-    if (detail == Detail::recorded) {
-        record["call"] = row.call;
-        record["object"] = decoded.object;
-        record["values"] = json_of(decoded.values);
-    }
-
+    say(judgement,
+        fmt::format("{} {}  {}{}{}", label_of(message), row.call, decoded.object, values.empty() ? "" : ": ", values));
     if (row.query != nullptr) {
-        const Answer answer = row.query(decoded, state_, measurements_);
-        judgement.answer = answer.bytes;
+        Answer answer = row.query(decoded, state_, measurements_);
+        judgement.answer = std::move(answer.bytes);
         judgement.comes_to(line_of(answer.values));
-        if (detail == Detail::recorded) {
-            record["answer"] = json_of(answer.values);
-        }
-        return judgement;
-    }
-    if (!state_.has_room(decoded)) {
-        return refuse(message, {no_room, "nothing more can be kept (vorsim reset makes room)"}, detail);
-    }
-    judgement.told = std::move(decoded);
-    if (!row.exchange.answered) {
+        record.answer_values = std::move(answer.values);
+    } else if (row.exchange.answered) {
+        judgement.told = &row;
+        judgement.answer_id = row.exchange.answer_id;
+        judgement.answer = status_answer(row.exchange.accepted);
+        judgement.comes_to(fmt::format("status {}", row.exchange.accepted));
+        record.status = row.exchange.accepted;
+    } else {
+        judgement.told = &row;
         judgement.comes_to("no answer awaited");
-        record["status"] = nullptr;
-        return judgement;
     }
-    const std::int32_t status = row.exchange.accepted;
-    judgement.answer_id = row.exchange.answer_id;
-    judgement.answer = status_answer(status);
-    judgement.comes_to(fmt::format("status {}", status));
-    record["status"] = status;
+    record.call = row.call;
+    record.object = std::move(decoded.object);
+    record.values = std::move(decoded.values);
     return judgement;
 }
 
 void Gateway::settle(const Judgement& judgement)
 {
-    if (judgement.told) {
-        state_.keep(*judgement.told);
+    if (judgement.told != nullptr) {
+        const Record& told = judgement.record;
+        state_.keep({.sap = told.sap, .row = judgement.told, .object = told.object, .values = told.values});
     }
 }
 
-Judgement Gateway::judge(const Message& message, Detail detail)
+Judgement Gateway::judge(const Message& message)
 {
     ++messages_;
     const auto matched = match(message);
     const auto* const complaint = std::get_if<Complaint>(&matched);
-    return complaint != nullptr ? refuse(message, *complaint, detail)
-                                : accept(message, decode(message.sap, std::get<Match>(matched), show_secrets_), detail);
+    return complaint != nullptr ? refuse(message, *complaint)
+                                : accept(message, decode(message.sap, std::get<Match>(matched), show_secrets_));
 }
 
 } // namespace vorsim

@@ -1,11 +1,14 @@
 // gateway.hpp: the managers' judgement of one message at a time.
 #pragma once
 
-#include <optional>
+#include <cstdint>
+#include <string_view>
+#include <vector>
 
-#include "gateway/decode.hpp"
+#include "gateway/match.hpp"
 #include "gateway/measurements.hpp"
 #include "gateway/state.hpp"
+#include "values/record.hpp"
 
 namespace vorsim {
 
@@ -14,20 +17,14 @@ namespace vorsim {
 struct Judgement {
     bool answered{};
     std::uint32_t answer_id{};
-    std::vector<std::uint8_t> answer;
-    Report report;
-    std::string_view call{}; // empty where the message was complained about
-    std::string object{};
-    std::optional<Decoded> told{}; // to be kept
-    std::size_t outcome_at{};      // where the line says what came of it
+    std::vector<std::uint8_t> answer{};
+    Record record{};
+    const Row* told{};        // whose values are to be kept
+    std::size_t outcome_at{}; // where the line says what came of it
 
     // Another outcome than the one judged.
     void comes_to(std::string_view outcome);
 };
-
-// What of a judgement nobody will write down, or watch, is not put together:
-// of its record the outcome alone.
-enum class Detail : std::uint8_t { recorded, outcome };
 
 std::vector<std::uint8_t> status_answer(std::int32_t status);
 
@@ -40,7 +37,7 @@ public:
 
     explicit Gateway(const Settings& settings) : show_secrets_(settings.show_secrets), measurements_(settings.seed) {}
 
-    Judgement judge(const Message& message, Detail detail = Detail::recorded);
+    Judgement judge(const Message& message);
     // Keeps what the judgement says is to be kept.
     void settle(const Judgement& judgement);
 
@@ -51,8 +48,8 @@ public:
     std::uint64_t complaints() const { return complaints_; }
 
 private:
-    Judgement refuse(const Message& message, const Complaint& complaint, Detail detail);
-    Judgement accept(const Message& message, Decoded decoded, Detail detail);
+    Judgement refuse(const Message& message, const Complaint& complaint);
+    Judgement accept(const Message& message, Decoded decoded);
 
     bool show_secrets_;
     State state_;

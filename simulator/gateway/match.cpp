@@ -4,28 +4,15 @@
 
 #include <fmt/core.h>
 
-#include "tables/families.hpp"
+#include "tables/managers.hpp"
 
 namespace vorsim {
 namespace {
 
-std::vector<const Row*> rows_for(std::int32_t sap, std::uint32_t id)
-{
-    std::vector<const Row*> rows;
-    for (const Family* family : all_families()) {
-        for (const Row& row : family->rows()) {
-            if (row.exchange.id == id && family->serves(row, sap)) {
-                rows.push_back(&row);
-            }
-        }
-    }
-    return rows;
-}
-
 std::string unknown(const Message& message)
 {
     for (const Manager& other : managers) {
-        if (other.sap != message.sap && !rows_for(other.sap, message.id).empty()) {
+        if (other.sap != message.sap && !rows_of(message.id, other.sap).empty()) {
             return fmt::format("no such message here (it is one of {})", manager_label(other.sap));
         }
     }
@@ -53,7 +40,7 @@ std::string wrong_count(const Row& row, const std::vector<Part>& parts)
 
 std::variant<Match, Complaint> match(const Message& message)
 {
-    const std::vector<const Row*> rows = rows_for(message.sap, message.id);
+    const std::vector<const Row*> rows = rows_of(message.id, message.sap);
     if (rows.empty()) {
         return Complaint{unknown_message, unknown(message)};
     }

@@ -16,27 +16,33 @@
 namespace vorsim {
 namespace {
 
+std::vector<const Reading*> all_readings()
+{
+    std::vector<const Reading*> all;
+    for (const Family* family : all_families()) {
+        for (const Reading& reading : family->readings()) {
+            all.push_back(&reading);
+        }
+    }
+    return all;
+}
+
 std::vector<std::string> names()
 {
     std::vector<std::string> names;
-    for (const Family* family : all_families()) {
-        for (const Reading& reading : family->readings()) {
-            names.emplace_back(reading.name);
-        }
+    for (const Reading* reading : all_readings()) {
+        names.emplace_back(reading->name);
     }
     return names;
 }
 
 const Reading* find(const std::string& name)
 {
-    for (const Family* family : all_families()) {
-        for (const Reading& reading : family->readings()) {
-            if (fnmatch(std::string(reading.name).c_str(), name.c_str(), 0) == 0) {
-                return &reading;
-            }
-        }
-    }
-    return nullptr;
+    const auto all = all_readings();
+    const auto found = std::ranges::find_if(all, [&name](const Reading* reading) {
+        return fnmatch(std::string(reading->name).c_str(), name.c_str(), 0) == 0;
+    });
+    return found == all.end() ? nullptr : *found;
 }
 
 } // namespace

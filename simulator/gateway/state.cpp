@@ -1,10 +1,12 @@
 #include "gateway/state.hpp"
 
 #include <cstring>
+#include <utility>
 
 #include <fmt/core.h>
 
 #include "tables/managers.hpp"
+#include "tables/row.hpp"
 
 namespace vorsim {
 namespace {
@@ -35,14 +37,22 @@ bool State::Natural::operator()(const std::string& left, const std::string& righ
     return strverscmp(left.c_str(), right.c_str()) < 0;
 }
 
+const State::Settings* State::held(std::uint16_t sap, const std::string& object) const
+{
+    const auto manager = managers_.find(sap);
+    if (manager == managers_.end()) {
+        return nullptr;
+    }
+    const auto found = manager->second.find(object);
+    return found == manager->second.end() ? nullptr : &found->second;
+}
+
 std::size_t State::freed_by(const Decoded& decoded) const
 {
     std::size_t freed = 0;
-    if (const auto manager = managers_.find(decoded.sap); manager != managers_.end()) {
-        if (const auto object = manager->second.find(decoded.object); object != manager->second.end()) {
-            for (const Setting& setting : object->second) {
-                freed += replaces(*decoded.row, *setting.row) ? setting.size : 0;
-            }
+    if (const Settings* const settings = held(decoded.sap, decoded.object)) {
+        for (const Setting& setting : *settings) {
+            freed += replaces(*decoded.row, *setting.row) ? setting.size : 0;
         }
     }
     return freed;
@@ -53,7 +63,7 @@ bool State::has_room(const Decoded& decoded) const
     return size_ - freed_by(decoded) + size_of(decoded) <= most_bytes;
 }
 
-bool State::keep(const Decoded& decoded)
+bool State::keep(Decoded decoded)
 {
     if (!has_room(decoded)) {
         return false;
@@ -62,24 +72,21 @@ bool State::keep(const Decoded& decoded)
     size_ += size - freed_by(decoded);
     Settings& settings = managers_[decoded.sap][decoded.object];
     std::erase_if(settings, [&](const Setting& setting) { return replaces(*decoded.row, *setting.row); });
-    settings.push_back({decoded.row, decoded.values, size});
+    settings.push_back({decoded.row, std::move(decoded.values), size});
     return true;
 }
 
 std::optional<std::int32_t> State::latest(std::uint16_t sap, const std::string& object, std::string_view name) const
 {
-    const auto manager = managers_.find(sap);
-    if (manager == managers_.end()) {
+    const Settings* const settings = held(sap, object);
+    if (settings == nullptr) {
         return {};
     }
-    const auto found = manager->second.find(object);
-    if (found == manager->second.end()) {
-        return {};
-    }
-    for (auto setting = found->second.rbegin(); setting != found->second.rend(); ++setting) {
+    for (auto setting = settings->rbegin(); setting != settings->rend(); ++setting) {
         for (const Value& value : setting->values) {
-            if (value.name == name && value.data.is_integer()) {
-                return value.data.number<std::int32_t>();
+            const auto* const number = value.held<std::int64_t>();
+            if (value.name == name && number != nullptr && std::in_range<std::int32_t>(*number)) {
+                return static_cast<std::int32_t>(*number);
             }
         }
     }
@@ -100,22 +107,6 @@ std::string State::text() const
         }
     }
     return text;
-}
-
-Json State::json() const
-{
-    Json all = Json::object();
-    for (const auto& [sap, objects] : managers_) {
-        Json by_object = Json::object();
-        for (const auto& [object, settings] : objects) {
-            Json& calls = by_object[object] = Json::object();
-            for (const Setting& setting : settings) {
-                calls[std::string(setting.row->call)] = json_of(setting.values);
-            }
-        }
-        all[manager_key(sap)] = {{"sap", sap}, {"objects", std::move(by_object)}};
-    }
-    return all;
 }
 
 } // namespace vorsim

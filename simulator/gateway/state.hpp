@@ -1,29 +1,19 @@
 // state.hpp: what every manager has been told, by object.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "gateway/decoded.hpp"
+#include "gateway/decode.hpp"
 
 namespace vorsim {
 
 class State {
 public:
-    // False when that would be more than is kept.
-    bool has_room(const Decoded& decoded) const;
-    bool keep(const Decoded& decoded);
-
-    // The number last told to the object under this name, by whichever call.
-    std::optional<std::int32_t> latest(std::uint16_t sap, const std::string& object, std::string_view name) const;
-
-    std::string text() const;
-    // {"ethmgr": {"sap": 7, "objects": {"interface 0": {"vor_cfg_set_dhcp": {...}}}}}
-    Json json() const;
-
-private:
     struct Setting {
         const Row* row;
         std::vector<Value> values;
@@ -35,11 +25,25 @@ private:
     };
     using Settings = std::vector<Setting>; // the latest told last
     using Objects = std::map<std::string, Settings, Natural>;
+    using Managers = std::map<std::uint16_t, Objects>;
 
+    // False when that would be more than is kept.
+    bool has_room(const Decoded& decoded) const;
+    bool keep(Decoded decoded);
+
+    const Managers& managers() const { return managers_; }
+    // The number last told to the object under this name, by whichever call.
+    std::optional<std::int32_t> latest(std::uint16_t sap, const std::string& object, std::string_view name) const;
+
+    std::string text() const;
+
+private:
+    // Null: nothing is held.
+    const Settings* held(std::uint16_t sap, const std::string& object) const;
     // What the settings take that it replaces.
     std::size_t freed_by(const Decoded& decoded) const;
 
-    std::map<std::uint16_t, Objects> managers_;
+    Managers managers_;
     std::size_t size_ = 0;
 };
 

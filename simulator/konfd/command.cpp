@@ -12,7 +12,7 @@ namespace vorsim::konfd {
 namespace {
 
 constexpr std::size_t deepest_path = 16;
-constexpr std::size_t longest_word = 1024; // matching a pattern takes the square of a line's length
+constexpr std::size_t longest_word = 1024;
 constexpr std::string_view operations = "scud";
 constexpr std::string_view options = "scudlrp";
 

@@ -19,13 +19,18 @@ constexpr char not_there[] = "it is not there";
 
 Reply reply_to(const std::string& commands, bool good, const std::string& why)
 {
-    const std::string answer = good ? "-o" : "-e";
-    Reply reply{fmt::format("{}\n", answer),
-                {fmt::format("konfd {} -> {}", commands, answer), {{"konfd", commands}, {"answer", answer}}}};
+    Reply reply;
+    Record& record = reply.record;
+    record.kind = Record::Kind::konfd;
+    record.commands = commands;
+    record.answer = good ? "-o" : "-e";
+    record.line = fmt::format("konfd {} -> {}", commands, record.answer);
     if (!good) {
-        reply.report.line += fmt::format(": {}", why);
-        reply.report.record["complaint"] = why;
+        record.line += fmt::format(": {}", why);
+        record.complaint = why;
+        record.complained = why != not_there;
     }
+    reply.answer = fmt::format("{}\n", record.answer);
     return reply;
 }
 
@@ -33,9 +38,7 @@ Reply reply_to(const std::string& commands, bool good, const std::string& why)
 
 Reply Konfd::refuse(const std::string& why)
 {
-    Reply reply = reply_to("(unread)", false, why);
-    reply.complained = true;
-    return reply;
+    return reply_to("(unread)", false, why);
 }
 
 bool Konfd::carry_out(const Command& command, Work& work, std::string& shown, std::string& why)
@@ -121,14 +124,12 @@ Reply Konfd::execute(std::string_view burst)
         }
     }
     Reply reply = reply_to(commands, good, why);
-    reply.complained = !good && why != not_there;
     if (good) {
         reply.answer += shown;
     }
     if (changes && reply.answer.size() > longest_answer) {
-        const std::string cut = fmt::format("cut to {} of {} bytes", longest_answer, reply.answer.size());
-        reply.report.line += fmt::format(" ({})", cut);
-        reply.report.record["shown"] = cut;
+        reply.record.shown = fmt::format("cut to {} of {} bytes", longest_answer, reply.answer.size());
+        reply.record.line += fmt::format(" ({})", reply.record.shown);
         reply.answer.resize(longest_answer);
     }
     return reply;

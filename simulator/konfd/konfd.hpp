@@ -3,17 +3,18 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "konfd/command.hpp"
 #include "konfd/pattern.hpp"
 #include "konfd/tree.hpp"
+#include "values/record.hpp"
 
 namespace vorsim::konfd {
 
 struct Reply {
     std::string answer; // "-o" or "-e", what was to be shown, and a line end
-    Report report;
-    bool complained = false; // a check that finds nothing is no complaint
+    Record record;
 };
 
 class Konfd {
@@ -33,7 +34,7 @@ public:
     static Reply refuse(const std::string& why);
 
     const Tree& tree() const { return tree_; }
-    Json json() const { return tree_.json(settings_.show_secrets); }
+    std::vector<Tree::Node> lines() const { return tree_.lines(settings_.show_secrets); }
     std::string text() const { return tree_.text({}, settings_.show_secrets); }
 
 private:

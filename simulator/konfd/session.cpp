@@ -77,7 +77,7 @@ std::optional<Exchange> Session::time_out()
     Exchange exchange = execute();
     answered_unended_ = true;
     if (continues_) {
-        exchange.reply.report.line += " (one answer for both)";
+        exchange.reply.record.line += " (one answer for both)";
         exchange.reply.answer.clear();
     }
     return exchange;

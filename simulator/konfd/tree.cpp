@@ -18,6 +18,14 @@ std::string shown(const std::string& line, bool show_secrets)
     return show_secrets ? line : without_secret(line);
 }
 
+void mask(std::vector<Tree::Node>& nodes)
+{
+    for (Tree::Node& node : nodes) {
+        node.line = without_secret(node.line);
+        mask(node.children);
+    }
+}
+
 } // namespace
 
 std::size_t Tree::Node::size() const
@@ -124,20 +132,13 @@ std::string Tree::text(const Path& path, bool show_secrets) const
     return text;
 }
 
-Json Tree::json_under(const Node& node, bool show_secrets)
+std::vector<Tree::Node> Tree::lines(bool show_secrets) const
 {
-    Json lines = Json::array();
-    for (const Node& child : node.children) {
-        lines.push_back({{"line", shown(child.line, show_secrets)},
-                         {"priority", child.priority},
-                         {"under", json_under(child, show_secrets)}});
+    std::vector<Node> lines = root_.children;
+    if (!show_secrets) {
+        mask(lines);
     }
     return lines;
-}
-
-Json Tree::json(bool show_secrets) const
-{
-    return json_under(root_, show_secrets);
 }
 
 } // namespace vorsim::konfd

@@ -6,8 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "values/value.hpp"
-
 namespace vorsim::konfd {
 
 using Path = std::vector<std::string>;
@@ -15,6 +13,14 @@ using Matches = std::function<bool(const std::string& line)>;
 
 class Tree {
 public:
+    struct Node {
+        std::string line{};
+        int priority = 0;
+        std::vector<Node> children{};
+
+        std::size_t size() const;
+    };
+
     // Puts the line under the path, made where missing, in place of the lines
     // that match. The line itself, when already there, keeps what is under it.
     // False when the tree is full.
@@ -26,22 +32,13 @@ public:
 
     // What is under the path, two blanks deeper for each level.
     std::string text(const Path& path, bool show_secrets) const;
-    // [{"line": "interface wlan0", "priority": 0, "under": [...]}]
-    Json json(bool show_secrets) const;
+    // All of it, secrets masked unless they are to be shown.
+    std::vector<Node> lines(bool show_secrets) const;
 
 private:
-    struct Node {
-        std::string line;
-        int priority = 0;
-        std::vector<Node> children;
-
-        std::size_t size() const;
-    };
-
     const Node* find(const Path& path) const;
     static void insert_in_order(std::vector<Node>& nodes, Node node);
     static void add_text(std::string& text, const Node& node, std::size_t depth, bool show_secrets);
-    static Json json_under(const Node& node, bool show_secrets);
 
     Node root_;
 };

@@ -11,21 +11,14 @@ constexpr std::size_t most_events = 1000;
 constexpr std::size_t most_bytes = 1 << 20;
 constexpr std::size_t most_at_once = 1 << 16;
 
-constexpr const char* bytes[] = {"meta_data",   "payload",  "answer_id", "answer_payload",
-                                 "answer_text", "datagram", "text",      "awaits"};
-
 } // namespace
 
-void Feed::add(const Json& record)
+void Feed::add(const Line& line)
 {
-    if (!record.contains("seq")) { // how many were lost shows in the numbers
+    if (line.lost) {
         return;
     }
-    Json shown = record;
-    for (const char* const name : bytes) {
-        shown.erase(name);
-    }
-    events_.push_back({record["seq"].number<std::uint64_t>(), vor::dump(shown)});
+    events_.push_back({line.record.seq, json_line(line.record, Extent::without_bytes)});
     size_ += events_.back().data.size();
     while (events_.size() > most_events || (size_ > most_bytes && events_.size() > 1)) {
         size_ -= events_.front().data.size();

@@ -6,13 +6,14 @@
 #include <deque>
 #include <string>
 
-#include "values/value.hpp"
+#include "record/json.hpp"
 
 namespace vorsim::page {
 
 class Feed {
 public:
-    void add(const Json& record);
+    // How many were lost shows in the numbers.
+    void add(const Line& line);
 
     // Some of what came after the message that was seen last, which then moves on; empty: nothing did.
     std::string after(std::uint64_t& seen) const;

@@ -6,6 +6,7 @@
 #include <fmt/core.h>
 
 #include "page_files.hpp" // of the files in files/, by the build
+#include "record/json.hpp"
 #include "server/commands.hpp"
 #include "text/parse.hpp"
 
@@ -80,7 +81,7 @@ void Site::listen()
     try {
         more = watch_->read([this](client::Watch::What what, std::string_view line) {
             if (what == client::Watch::What::message) {
-                feed_.add(Json::parse(line));
+                feed_.add(read_line(line));
             }
         });
     } catch (const std::exception&) {

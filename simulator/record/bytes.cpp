@@ -12,7 +12,7 @@
 
 #include "gateway/fit.hpp"
 #include "konfd/command.hpp"
-#include "tables/families.hpp"
+#include "tables/managers.hpp"
 #include "text/text.hpp"
 
 namespace vorsim {
@@ -23,44 +23,18 @@ bool is_secret(const Field& field)
     return field.display == Display::secret;
 }
 
-constexpr std::int32_t any_sap = -1;
 constexpr std::string_view meaningless = "--"; // a byte that is not told
 
-// The layouts under which the message may carry a secret.
-std::vector<const Layout*> secret_layouts(std::int32_t sap, std::uint32_t id)
+// The layouts under which one of them may carry a secret.
+std::vector<const Layout*> secret_layouts(const std::vector<const Row*>& rows)
 {
     std::vector<const Layout*> layouts;
-    for (const Family* family : all_families()) {
-        for (const Row& row : family->rows()) {
-            if (row.exchange.id == id && (sap == any_sap || family->serves(row, sap)) &&
-                std::ranges::any_of(row.layout.fields(), is_secret)) {
-                layouts.push_back(&row.layout);
-            }
+    for (const Row* row : rows) {
+        if (std::ranges::any_of(row->layout.fields(), is_secret)) {
+            layouts.push_back(&row->layout);
         }
     }
     return layouts;
-}
-
-bool is_known(std::int32_t sap, std::uint32_t id)
-{
-    return std::ranges::any_of(all_families(), [&](const Family* family) {
-        return std::ranges::any_of(family->rows(), [&](const Row& row) {
-            return row.exchange.id == id && (sap == any_sap || family->serves(row, sap));
-        });
-    });
-}
-
-std::vector<const Row*> record_rows(std::uint16_t sap, std::uint32_t id)
-{
-    std::vector<const Row*> rows;
-    for (const Family* family : all_families()) {
-        for (const Row& row : family->rows()) {
-            if (row.exchange.id == id && family->serves(row, sap) && row.layout.form == Form::record) {
-                rows.push_back(&row);
-            }
-        }
-    }
-    return rows;
 }
 
 // Behind a text's end, and where the message means nothing, lies what the
@@ -153,16 +127,21 @@ std::string payload_record(const Message& message, bool accepted, bool show_secr
     if (show_secrets) {
         return hex(message.payload);
     }
-    if (const auto rows = record_rows(message.sap, message.id); !rows.empty()) {
+    const auto rows = rows_of(message.id, message.sap);
+    if (!rows.empty() && rows.front()->layout.form == Form::record) {
         return record_of(rows, message.payload);
     }
-    const auto layouts = secret_layouts(message.sap, message.id);
+    const auto layouts = secret_layouts(rows);
+    if (layouts.empty() && !accepted) {
+        if (!secret_layouts(rows_of(message.id)).empty()) { // sent to the wrong manager
+            return std::string(vor::mask);
+        }
+        if (rows.empty()) { // perhaps a known one's id, misspelt
+            return masked_chain({}, message.payload, false);
+        }
+    }
     if (layouts.empty()) {
-        const bool elsewhere = !accepted && !secret_layouts(any_sap, message.id).empty(); // sent to the wrong manager
-        const bool unknown = !accepted && !is_known(message.sap, message.id); // perhaps a known one's id, misspelt
-        return elsewhere ? std::string(vor::mask)
-               : unknown ? masked_chain({}, message.payload, false)
-                         : hex(message.payload);
+        return hex(message.payload);
     }
     const Layout& layout = *layouts.front(); // the rows of one message share its form
     const std::size_t lead = layout.form == Form::flag_byte && !message.payload.empty() ? 1 : 0;
@@ -176,7 +155,8 @@ std::string datagram_record(Bytes datagram, bool show_secrets)
         return hex(datagram);
     }
     std::memcpy(&header, datagram.data(), sizeof header);
-    const bool plain = is_known(any_sap, header.opcode) && secret_layouts(any_sap, header.opcode).empty();
+    const auto rows = rows_of(header.opcode);
+    const bool plain = !rows.empty() && secret_layouts(rows).empty();
     return plain ? hex(datagram) : hex(datagram.first(sizeof header)) + std::string(vor::mask);
 }
 

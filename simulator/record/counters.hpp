@@ -7,7 +7,6 @@
 #include <fmt/core.h>
 
 #include "text/text.hpp"
-#include "values/value.hpp"
 
 namespace vorsim {
 
@@ -31,14 +30,6 @@ struct Counters {
             text += number > 0 ? fmt::format(", {} {}", number, what) : "";
         }
         return text;
-    }
-    Json json() const
-    {
-        return {{"accepted", accepted},
-                {"complained", complained},
-                {"malformed", malformed},
-                {"foreign", foreign},
-                {"faulted", faulted}};
     }
 };
 

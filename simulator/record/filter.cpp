@@ -5,28 +5,18 @@
 #include "tables/managers.hpp"
 
 namespace vorsim {
-namespace {
 
-std::string manager_of(const Json& record)
+bool Filter::passes(const Record& record) const
 {
-    return record.contains("konfd") ? "konfd" : manager_key(record.value("sap", std::uint16_t{}));
-}
-
-bool is_complaint(const Json& record)
-{
-    return record.contains("malformed") || record.contains("foreign") || record.value("complained", false);
-}
-
-} // namespace
-
-bool Filter::passes(const Json& record) const
-{
-    const auto number = [&record](const char* name) {
-        return record.contains(name) ? vor::dump(record[name]) : std::string();
+    const bool message = record.kind == Record::Kind::message;
+    const bool konfd = record.kind == Record::Kind::konfd;
+    const bool complaint = record.complained || !(message || konfd);
+    const auto is_manager = [&](const std::string& name) {
+        return konfd ? name == "konfd" : name == manager_key(record.sap) || name == std::to_string(record.sap);
     };
-    return (!manager || *manager == manager_of(record) || *manager == number("sap")) &&
-           (!call || *call == record.value("call", "")) && (!object || *object == record.value("object", "")) &&
-           (!source || *source == number("source")) && (!complaints || is_complaint(record));
+    return (!manager || is_manager(*manager)) && (!call || *call == record.call) &&
+           (!object || *object == record.object) &&
+           (!source || (message && *source == std::to_string(record.source))) && (!complaints || complaint);
 }
 
 void Filter::set(const FilterOption& option, std::string_view value)

@@ -1,14 +1,13 @@
 // filter.hpp: which records somebody wants to see.
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
 #include "text/options.hpp"
-#include "values/value.hpp"
+#include "values/record.hpp"
 
 namespace vorsim {
 
@@ -21,7 +20,7 @@ struct Filter {
     std::optional<std::string> source;
     bool complaints = false; // what --strict would not let pass
 
-    bool passes(const Json& record) const;
+    bool passes(const Record& record) const;
     void set(const FilterOption& option, std::string_view value);
 };
 

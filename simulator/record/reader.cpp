@@ -4,7 +4,10 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <iterator>
 #include <stdexcept>
+#include <string_view>
+#include <utility>
 
 #include <fmt/core.h>
 
@@ -21,8 +24,10 @@ JournalReader::JournalReader(const std::string& path) : path_(path), file_(path)
     left_ = no_file ? left_ : size;
 }
 
-std::optional<Record> JournalReader::next()
+std::optional<JournalLine> JournalReader::next()
 {
+    constexpr std::string_view versions[] = {"1", "2"};
+    static_assert(std::size(versions) == journal_version);
     std::string text;
     while (left_ > 0 && std::getline(file_, text)) {
         ++line_;
@@ -31,27 +36,29 @@ std::optional<Record> JournalReader::next()
             torn_ = true;
             return {};
         }
-        std::optional<Json> data = Json::read(text);
-        if (!data || !data->is_object()) {
+        Line line;
+        try {
+            line = read_line(text);
+        } catch (const std::exception&) {
             throw std::runtime_error(fmt::format("{}:{}: no record of a journal", path_, line_));
         }
-        const Json* const begins = data->find("journal");
-        if (begins == nullptr) {
-            return Record{line_, version_, std::move(*data)};
+        if (!line.version) {
+            return JournalLine{std::move(line), line_, version_};
         }
-        version_ = begins->is_integer() ? begins->number<int>() : 0;
-        if (version_ < 1 || version_ > journal_version) {
+        const auto* const known = std::ranges::find(versions, *line.version);
+        if (known == std::end(versions)) {
             throw std::runtime_error(
                 fmt::format("{}:{}: a journal of version {}, which this vorsim does not know: it reads 1 to {}", path_,
-                            line_, vor::dump(*begins), journal_version));
+                            line_, *line.version, journal_version));
         }
+        version_ = static_cast<int>(known - versions) + 1;
     }
     return {};
 }
 
-std::string JournalReader::place(const Record& record) const
+std::string JournalReader::place(const JournalLine& line) const
 {
-    return fmt::format("{}:{}", path_, record.line);
+    return fmt::format("{}:{}", path_, line.number);
 }
 
 } // namespace vorsim

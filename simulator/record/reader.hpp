@@ -6,16 +6,13 @@
 #include <optional>
 #include <string>
 
-#include "values/value.hpp"
+#include "record/json.hpp"
 
 namespace vorsim {
 
-inline constexpr int journal_version = 2; // 1 had no first record, and no bytes
-
-struct Record {
-    std::uint64_t line{};
-    int version{}; // of the journal that it stands in
-    Json data;
+struct JournalLine : Line {
+    std::uint64_t number{};
+    int of_version{}; // the journal that it stands in
 };
 
 class JournalReader {
@@ -25,9 +22,9 @@ public:
 
     // Throws, with file and line, for what is no record, and for a journal of
     // a version that is not known. A last line that was never finished is none.
-    std::optional<Record> next();
+    std::optional<JournalLine> next();
     bool torn() const { return torn_; }
-    std::string place(const Record& record) const;
+    std::string place(const JournalLine& line) const;
 
 private:
     std::string path_;

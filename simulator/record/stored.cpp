@@ -2,14 +2,19 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 #include <fmt/core.h>
-#include <fmt/ranges.h>
 
-#include "tables/families.hpp"
+#include "record/json.hpp"
+#include "tables/managers.hpp"
+#include "text/json.hpp"
 #include "text/text.hpp"
 
 namespace vorsim {
+
+using vor::Json;
+
 namespace {
 
 std::vector<std::string_view> value_names(const Row& row)
@@ -38,44 +43,37 @@ bool has_these(const Row& row, const Json& values)
 
 const Row* row_of(std::uint16_t sap, const std::string& call, const Json& values)
 {
-    for (const Family* family : all_families()) {
-        for (const Row& row : family->rows()) {
-            if (row.call == call && family->serves(row, sap) && has_these(row, values)) {
-                return &row;
-            }
-        }
-    }
-    return nullptr;
+    const auto all = all_rows();
+    const auto found = std::ranges::find_if(all, [&](const ListedRow& listed) {
+        return listed.row->call == call && listed.serves(sap) && has_these(*listed.row, values);
+    });
+    return found == all.end() ? nullptr : found->row;
 }
 
-std::string text_of(const Field* field, const Json& data)
-{
-    if (!data.is_string()) {
-        return vor::dump(data);
-    }
-    const std::string& text = data.string();
-    const bool plain = field != nullptr && (field->display == Display::address || field->display == Display::secret);
-    return plain ? text : vor::quoted(text, longest_in_line);
-}
-
-Value value_of(const Row& row, std::string_view name, const Json& data)
+Value value_of(const Row& row, std::string_view name, const Json& json)
 {
     const auto fields = row.layout.fields();
-    const auto found = std::ranges::find(fields, name, &Field::name);
-    const Field* const field = found == fields.end() ? nullptr : &*found;
-    Value value{.name = name,
+    const auto field = std::ranges::find(fields, name, &Field::name);
+    const bool plain =
+        field != fields.end() && (field->display == Display::address || field->display == Display::secret);
+    Value value{.name = std::string(name),
                 .text = {},
-                .data = data,
+                .data = data_of(json),
                 .in_object = row.object.find(fmt::format("{{{}}}", name)) != row.object.npos};
-    if (!data.is_array()) {
-        value.text = text_of(field, data);
-        return value;
+    const auto add = [&](const Scalar& scalar) {
+        const auto* const text = std::get_if<std::string>(&scalar);
+        value.text += value.text.empty() ? "" : ",";
+        if (text == nullptr) {
+            std::visit([&](const auto& held) { value.text += fmt::format("{}", held); }, scalar);
+        } else {
+            value.text += plain ? *text : vor::quoted(*text, longest_in_line);
+        }
+    };
+    if (const auto* const list = std::get_if<List>(&value.data)) {
+        std::ranges::for_each(*list, add);
+    } else {
+        add(std::get<Scalar>(value.data));
     }
-    std::vector<std::string> texts;
-    for (const Json& one : data.elements()) {
-        texts.push_back(text_of(field, one));
-    }
-    value.text = fmt::format("{}", fmt::join(texts, ","));
     return value;
 }
 
@@ -98,7 +96,70 @@ void store_lines(konfd::Konfd& konfd, const Json& lines, const std::string& path
     }
 }
 
+Json json_of(const std::vector<konfd::Tree::Node>& nodes)
+{
+    Json lines = Json::array();
+    for (const konfd::Tree::Node& node : nodes) {
+        lines.push_back({{"line", node.line}, {"priority", node.priority}, {"under", json_of(node.children)}});
+    }
+    return lines;
+}
+
+Json json_of(const Counters& counters)
+{
+    return {{"accepted", counters.accepted},
+            {"complained", counters.complained},
+            {"malformed", counters.malformed},
+            {"foreign", counters.foreign},
+            {"faulted", counters.faulted}};
+}
+
 } // namespace
+
+Json json_of(const State& state)
+{
+    Json all = Json::object();
+    for (const auto& [sap, objects] : state.managers()) {
+        Json by_object = Json::object();
+        for (const auto& [object, settings] : objects) {
+            Json& calls = by_object[object] = Json::object();
+            for (const State::Setting& setting : settings) {
+                calls[setting.row->call] = json_of(setting.values);
+            }
+        }
+        all[manager_key(sap)] = {{"sap", sap}, {"objects", std::move(by_object)}};
+    }
+    return all;
+}
+
+Json json_of(const Counters& counters, std::uint64_t lines_lost, const State& state, const konfd::Konfd& konfd)
+{
+    return {{"schema", 1},
+            {"messages", counters.messages},
+            {"complaints", counters.complained},
+            {"counters", json_of(counters)},
+            {"lines_lost", lines_lost},
+            {"managers", json_of(state)},
+            {"konfd", json_of(konfd)}};
+}
+
+Json json_of(const konfd::Konfd& konfd)
+{
+    return json_of(konfd.lines());
+}
+
+Json json_of(const std::vector<faults::Plan::Listed>& rules)
+{
+    Json all = Json::array();
+    for (const faults::Plan::Listed& rule : rules) {
+        all.push_back({{"number", rule.number},
+                       {"rule", rule.rule},
+                       {"acted", rule.acted},
+                       {"concerned", rule.concerned},
+                       {"over", rule.over}});
+    }
+    return all;
+}
 
 State stored_state(const Json& held)
 {
@@ -118,7 +179,7 @@ State stored_state(const Json& held)
                         decoded.values.push_back(value_of(*row, name, values[name]));
                     }
                 }
-                if (!state.keep(decoded)) {
+                if (!state.keep(std::move(decoded))) {
                     throw std::runtime_error("the state is more than can be kept");
                 }
             }

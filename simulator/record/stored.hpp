@@ -1,14 +1,31 @@
-// stored.hpp: a state, read back from the JSON that it is shown as.
+// stored.hpp: all that the gateway holds as JSON, and read back from it.
 #pragma once
 
+#include <cstdint>
+#include <vector>
+
+#include "faults/plan.hpp"
 #include "gateway/state.hpp"
 #include "konfd/konfd.hpp"
+#include "record/counters.hpp"
+
+namespace vor {
+class Json;
+}
 
 namespace vorsim {
 
+// {"ethmgr": {"sap": 7, "objects": {"interface 0": {"vor_cfg_set_dhcp": {...}}}}}
+vor::Json json_of(const State& state);
+// [{"line": "interface wlan0", "priority": 0, "under": [...]}]
+vor::Json json_of(const konfd::Konfd& konfd);
+vor::Json json_of(const std::vector<faults::Plan::Listed>& rules);
+// The document of a state file.
+vor::Json json_of(const Counters& counters, std::uint64_t lines_lost, const State& state, const konfd::Konfd& konfd);
+
 // Both throw for what is no such state, and say where.
-State stored_state(const Json& held);
+State stored_state(const vor::Json& held);
 // What was masked cannot be stored again.
-void store_konfd(konfd::Konfd& konfd, const Json& lines);
+void store_konfd(konfd::Konfd& konfd, const vor::Json& lines);
 
 } // namespace vorsim

@@ -9,6 +9,7 @@
 
 #include <fmt/core.h>
 
+#include "text/json.hpp"
 #include "text/text.hpp"
 
 namespace vorsim {
@@ -168,16 +169,15 @@ void Control::note(const std::string& call, const std::string& object)
     }
 }
 
-void Control::publish(const Json& record)
+void Control::publish(const Record& record, const std::string& json)
 {
-    const std::string json = is_watched() ? vor::dump(record) : "";
     for (auto next = clients_.begin(); next != clients_.end();) {
         const int descriptor = next->first;
         Client& client = (next++)->second; // writing may drop it
         if (client.wish != Wish::all || !client.all.filter.passes(record)) {
             continue;
         }
-        const std::string line = fmt::format("+{}\n", client.all.json ? json : record.value("line", ""));
+        const std::string line = fmt::format("+{}\n", client.all.json ? json : record.line);
         if (client.output.size() + line.size() > most_unread) {
             ++client.lost;
             continue;

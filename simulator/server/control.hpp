@@ -17,7 +17,7 @@
 
 #include "server/commands.hpp"
 #include "sockets/listener.hpp"
-#include "values/value.hpp"
+#include "values/record.hpp"
 
 namespace vorsim {
 
@@ -36,7 +36,7 @@ public:
 
     // A message for those who wait for it, its record for those who watch.
     void note(const std::string& call, const std::string& object);
-    void publish(const Json& record);
+    void publish(const Record& record, const std::string& json);
     bool is_watched() const;
     // What came before is waited for no more.
     void forget_past() { seen_.clear(); }

@@ -15,6 +15,8 @@
 namespace vorsim {
 namespace {
 
+using vor::Json;
+
 constexpr std::size_t deepest_state = 10000; // of what is copied and shown by recursion
 
 // The lines that concern one manager, or one of its objects.
@@ -83,7 +85,7 @@ std::string Handlers::operator()(const Overview&) const
         all["served"].push_back({{"name", manager_key(sap)}, {"sap", sap}, {"served", is_served}});
     }
     all["konfd_served"] = konfd_served_;
-    all["faults"] = world_.faults.json(std::chrono::steady_clock::now());
+    all["faults"] = json_of(world_.faults.list(std::chrono::steady_clock::now()));
     return vor::dump(all);
 }
 

@@ -12,8 +12,6 @@
 
 #include <fmt/core.h>
 
-#include "text/json.hpp"
-
 namespace vorsim {
 namespace {
 
@@ -106,15 +104,15 @@ Journal::~Journal()
     }
 }
 
-void Journal::write(const Json& record)
+void Journal::write(const std::string& line)
 {
     if (!kept()) {
         return;
     }
-    const std::string line = vor::dump(record) + "\n";
+    const std::string ended = line + "\n";
     const off_t end = lseek(file_.get(), 0, SEEK_END);
-    const ssize_t written = ::write(file_.get(), line.data(), line.size());
-    if (written != static_cast<ssize_t>(line.size())) {
+    const ssize_t written = ::write(file_.get(), ended.data(), ended.size());
+    if (written != static_cast<ssize_t>(ended.size())) {
         const int error = written < 0 ? errno : ENOSPC;
         [[maybe_unused]] const int whole = ftruncate(file_.get(), end); // no part of a line stays
         why_ = fmt::format("vorsim: cannot write the journal {}: {}", path_, std::strerror(error));

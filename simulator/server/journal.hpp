@@ -4,7 +4,6 @@
 #include <string>
 
 #include "sockets/unix_socket.hpp"
-#include "values/value.hpp"
 
 namespace vorsim {
 
@@ -22,7 +21,7 @@ public:
     bool kept() const { return file_.get() >= 0 && !failed(); }
     bool failed() const { return !why_.empty(); }
     const std::string& why() const { return why_; }
-    void write(const Json& record);
+    void write(const std::string& line); // without its end
 
 private:
     std::string path_;

@@ -105,15 +105,13 @@ void Messages::take(Inlet& inlet)
     }
     if (received < 0) {
         const bool answers = is_message(inlet.datagram());
-        discard(inlet, arrived, answers ? "foreign" : "malformed",
+        discard(inlet, arrived, answers ? Record::Kind::foreign : Record::Kind::malformed,
                 answers ? "an answer that nobody awaits"
                         : fmt::format("{} bytes that are no message", inlet.datagram().size()));
     } else if (received > 0 && message.destination != sap) {
-        discard(inlet, arrived, "foreign", fmt::format("a message to SAP {}", message.destination));
+        discard(inlet, arrived, Record::Kind::foreign, fmt::format("a message to SAP {}", message.destination));
     } else if (received > 0) {
-        deliver(sap, message, arrived,
-                world_.gateway.judge(message_of(sap, message),
-                                     recorder_.bytes_wanted() ? Detail::recorded : Detail::outcome));
+        deliver(sap, message, arrived, world_.gateway.judge(message_of(sap, message)));
     }
 }
 
@@ -124,8 +122,8 @@ faults::Delivery Messages::disturb(std::uint16_t sap, const VORINFRA_MESSAGE& me
     if (const auto due = world_.faults.due({.sap = sap,
                                             .client = message.source,
                                             .id = message.id,
-                                            .call = judgement.call,
-                                            .object = judgement.object,
+                                            .call = judgement.record.call,
+                                            .object = judgement.record.object,
                                             .answered = judgement.answered},
                                            now)) {
         ++world_.counters.faulted;
@@ -145,72 +143,63 @@ void Messages::deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Arriv
     using Way = faults::Delivery::Way;
     const faults::Delivery delivery = disturb(sap, message, judgement);
     world_.gateway.settle(judgement);
-    auto& [line, entry] = judgement.report;
+    Record& record = judgement.record;
     const auto sent = outbox_.send(sap, message, judgement, delivery, std::chrono::steady_clock::now());
     if (sent == Outbox::Sent::gone) {
-        line += " (the asker is gone)";
-        entry["delivered"] = false;
+        record.line += " (the asker is gone)";
+        record.delivered = false;
     } else if (sent == Outbox::Sent::crowded) {
-        line += " (too many answers are late: this one is not)";
+        record.line += " (too many answers are late: this one is not)";
     }
-    const bool accepted = !entry.contains("complaint");
     ++world_.counters.messages;
-    ++(accepted ? world_.counters.accepted : world_.counters.complained);
-    recorder_.out().line(line);
+    ++(record.complained ? world_.counters.complained : world_.counters.accepted);
+    recorder_.out().line(record.line);
     if (recorder_.bytes_wanted()) {
-        entry["awaits"] = message.answer_wanted != 0;
-        entry["meta_data"] = hex({message.meta_data, message.meta_data_size});
-        entry["payload"] = payload_record(message_of(sap, message), accepted, show_secrets_);
-        if (judgement.answered && delivery.way == Way::refused) {
-            entry["refused"] = true;
-        } else if (judgement.answered && delivery.way != Way::never && delivery.way != Way::dying) {
-            entry["answer_id"] = fmt::format("{:#x}", judgement.answer_id);
-            entry["answer_payload"] = hex(judgement.answer);
+        record.meta_data = hex({message.meta_data, message.meta_data_size});
+        record.payload = payload_record(message_of(sap, message), !record.complained, show_secrets_);
+        record.refused = judgement.answered && delivery.way == Way::refused;
+        if (judgement.answered && !record.refused && delivery.way != Way::never && delivery.way != Way::dying) {
+            record.answer_id = judgement.answer_id;
+            record.answer_payload = hex(judgement.answer);
         }
-        entry["line"] = line;
     }
-    entry["complained"] = !accepted;
-    recorder_.record(std::move(entry), arrived, judgement.call, judgement.object);
+    recorder_.write_down(record, arrived);
 }
 
-void Messages::discard(const Inlet& inlet, Arrival arrived, const char* what, const std::string& why)
+void Messages::discard(const Inlet& inlet, Arrival arrived, Record::Kind kind, const std::string& why)
 {
-    const std::uint16_t sap = inlet.handle()->sap_id;
-    ++(std::string_view(what) == "foreign" ? world_.counters.foreign : world_.counters.malformed);
-    recorder_.record({{"sap", sap},
-                      {what, why},
-                      {"datagram", datagram_record(inlet.datagram(), show_secrets_)},
-                      {"line", fmt::format("{}: {}: {}", what, manager_label(sap), why)}},
-                     arrived);
+    const bool foreign = kind == Record::Kind::foreign;
+    ++(foreign ? world_.counters.foreign : world_.counters.malformed);
+    Record record{.kind = kind};
+    record.sap = inlet.handle()->sap_id;
+    record.why = why;
+    record.line = fmt::format("{}: {}: {}", foreign ? "foreign" : "malformed", manager_label(record.sap), why);
+    if (recorder_.bytes_wanted()) {
+        record.datagram = datagram_record(inlet.datagram(), show_secrets_);
+    }
+    recorder_.write_down(record, arrived);
 }
 
 faults::Hearing Messages::deliver(KonfdExchange& exchange)
 {
     auto& [text, reply] = exchange.exchange;
+    Record& record = reply.record;
     auto hearing = faults::Hearing::whole;
-    if (const auto due = world_.faults.due(
-            {.konfd = true, .object = reply.report.record["konfd"].string(), .answered = !reply.answer.empty()},
-            std::chrono::steady_clock::now())) {
+    if (const auto due =
+            world_.faults.due({.konfd = true, .object = record.commands, .answered = !reply.answer.empty()},
+                              std::chrono::steady_clock::now())) {
         ++world_.counters.faulted;
         hearing = faults::disturb(reply, *due);
     }
-    ++(reply.complained ? world_.counters.complained : world_.counters.accepted);
-    recorder_.out().line(reply.report.line);
-    Json entry = {{"client", exchange.client}};
-    for (const auto& [name, value] : reply.report.record.members()) {
-        entry[name] = value;
-    }
-    entry["complained"] = reply.complained;
+    ++(record.complained ? world_.counters.complained : world_.counters.accepted);
+    recorder_.out().line(record.line);
+    record.client = exchange.client;
     if (recorder_.bytes_wanted()) {
-        entry["text"] = konfd_record(text, show_secrets_);
-        const bool unheard = hearing == faults::Hearing::never || hearing == faults::Hearing::hung_up;
-        entry["answer_text"] = unheard ? "" : hex(reply.answer);
-        if (unheard) {
-            entry["delivered"] = false;
-        }
-        entry["line"] = reply.report.line;
+        record.delivered = hearing != faults::Hearing::never && hearing != faults::Hearing::hung_up;
+        record.text = konfd_record(text, show_secrets_);
+        record.answer_text = record.delivered ? hex(reply.answer) : "";
     }
-    recorder_.record(std::move(entry), exchange.arrived);
+    recorder_.write_down(record, exchange.arrived);
     return hearing;
 }
 

@@ -35,7 +35,7 @@ private:
     void deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Arrival arrived, Judgement judgement);
     // What a fault makes of it; the manager may be gone then.
     faults::Delivery disturb(std::uint16_t sap, const VORINFRA_MESSAGE& message, Judgement& judgement);
-    void discard(const Inlet& inlet, Arrival arrived, const char* what, const std::string& why);
+    void discard(const Inlet& inlet, Arrival arrived, Record::Kind kind, const std::string& why);
 
     World& world_;
     Recorder& recorder_;

@@ -8,7 +8,7 @@
 
 #include <fmt/core.h>
 
-#include "record/reader.hpp"
+#include "record/json.hpp"
 
 namespace vorsim {
 namespace {
@@ -35,37 +35,26 @@ Recorder::Recorder(Loop& loop, Control& control, const Counters& counters)
 
 void Recorder::begin_journal(std::uint64_t seed, bool show_secrets)
 {
-    journal_.write({{"journal", journal_version},
-                    {"time", time_text(std::chrono::system_clock::now())},
-                    {"seed", seed},
-                    {"secrets", show_secrets}});
+    journal_.write(journal_head(time_text(std::chrono::system_clock::now()), seed, show_secrets));
 }
 
-void Recorder::record(Json entry, Arrival arrived, std::string_view call, const std::string& object)
+void Recorder::write_down(Record& record, Arrival arrived)
 {
     blamed_ = blamed_ || !counters_.blameless();
-    ++recorded_;
+    record.seq = ++recorded_;
     if (bytes_wanted()) {
-        write_down(std::move(entry), arrived);
+        const auto took = std::chrono::system_clock::now() - arrived;
+        record.time = time_text(arrived);
+        record.took = std::chrono::duration_cast<std::chrono::microseconds>(took).count();
+        const std::string line = json_line(record);
+        const bool failed = journal_.failed();
+        journal_.write(line);
+        if (journal_.failed() && !failed) {
+            errors_.line(journal_.why());
+        }
+        control_.publish(record, line);
     }
-    control_.note(std::string(call), object);
-}
-
-void Recorder::write_down(Json entry, Arrival arrived)
-{
-    const auto took = std::chrono::system_clock::now() - arrived;
-    Json whole = {{"seq", recorded_},
-                  {"time", time_text(arrived)},
-                  {"took", std::chrono::duration_cast<std::chrono::microseconds>(took).count()}};
-    for (const auto& [name, value] : entry.members()) {
-        whole[name] = value;
-    }
-    const bool failed = journal_.failed();
-    journal_.write(whole);
-    if (journal_.failed() && !failed) {
-        errors_.line(journal_.why());
-    }
-    control_.publish(whole);
+    control_.note(record.call, record.object);
 }
 
 } // namespace vorsim

@@ -1,14 +1,15 @@
 // recorder.hpp: what is said and written down of all that reaches the gateway.
 #pragma once
 
+#include <cstdint>
 #include <string>
-#include <string_view>
 
 #include "record/counters.hpp"
 #include "server/control.hpp"
 #include "server/journal.hpp"
 #include "sockets/console.hpp"
 #include "sockets/endpoint.hpp"
+#include "values/record.hpp"
 
 namespace vorsim {
 
@@ -24,17 +25,15 @@ public:
     Console& errors() { return errors_; }
     std::uint64_t lines_lost() const { return out_.lost() + errors_.lost(); }
 
-    // Somebody reads what record() is told beyond the outcome.
+    // Somebody reads the bytes.
     bool bytes_wanted() const { return journal_.kept() || control_.is_watched(); }
-    // Adds when it came and how long it took, for the journal and for those who watch.
-    void record(Json entry, Arrival arrived, std::string_view call = {}, const std::string& object = {});
+    // Adds its number, when it came and how long it took, for the journal and for those who watch.
+    void write_down(Record& record, Arrival arrived);
 
     bool blamed() const { return blamed_; }
     bool journal_failed() const { return journal_.failed(); }
 
 private:
-    void write_down(Json entry, Arrival arrived);
-
     Control& control_;
     const Counters& counters_;
     Console out_;

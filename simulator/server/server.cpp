@@ -17,6 +17,7 @@
 
 #include "faults/parse.hpp"
 #include "tables/managers.hpp"
+#include "text/json.hpp"
 
 namespace vorsim {
 namespace {

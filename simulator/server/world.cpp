@@ -2,6 +2,9 @@
 
 #include <fmt/core.h>
 
+#include "record/stored.hpp"
+#include "text/json.hpp"
+
 namespace vorsim {
 
 std::string World::text() const
@@ -19,15 +22,9 @@ std::string World::text() const
     return text;
 }
 
-Json World::json(std::uint64_t lines_lost) const
+vor::Json World::json(std::uint64_t lines_lost) const
 {
-    return {{"schema", 1},
-            {"messages", counters.messages},
-            {"complaints", counters.complained},
-            {"counters", counters.json()},
-            {"lines_lost", lines_lost},
-            {"managers", gateway.state().json()},
-            {"konfd", konfd.json()}};
+    return json_of(counters, lines_lost, gateway.state(), konfd);
 }
 
 } // namespace vorsim

@@ -9,6 +9,10 @@
 #include "konfd/konfd.hpp"
 #include "record/counters.hpp"
 
+namespace vor {
+class Json;
+}
+
 namespace vorsim {
 
 struct World {
@@ -28,7 +32,7 @@ struct World {
 
     // What it holds.
     std::string text() const;
-    Json json(std::uint64_t lines_lost) const;
+    vor::Json json(std::uint64_t lines_lost) const;
 
     Gateway gateway;
     konfd::Konfd konfd;

@@ -5,7 +5,6 @@
 
 #include <span>
 
-#include "tables/managers.hpp"
 #include "tables/row.hpp"
 
 namespace vorsim {
@@ -20,11 +19,10 @@ public:
 
     std::span<const Row> rows() const { return rows_; }
     std::span<const Reading> readings() const { return readings_; }
-    // Whether the row's message may reach the manager.
-    bool serves(const Row& row, std::int32_t sap) const
+    // Of one of its rows: a SAP, or any.
+    std::int32_t manager_of(const Row& row) const
     {
-        const std::int32_t manager = row.exchange.manager;
-        return manager == any_manager || sap == (manager == family_manager ? sap_ : manager);
+        return row.exchange.manager == family_manager ? sap_ : row.exchange.manager;
     }
 
 private:

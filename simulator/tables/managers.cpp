@@ -1,6 +1,10 @@
 #include "tables/managers.hpp"
 
+#include <algorithm>
+
 #include <fmt/core.h>
+
+#include "tables/families.hpp"
 
 namespace vorsim {
 namespace {
@@ -24,6 +28,31 @@ std::string manager_key(std::uint16_t sap)
 {
     const std::string_view name = name_of(sap);
     return name.empty() ? fmt::format("sap {}", sap) : std::string(name);
+}
+
+std::span<const ListedRow> all_rows()
+{
+    static const std::vector<ListedRow> all = [] {
+        std::vector<ListedRow> rows;
+        for (const Family* family : all_families()) {
+            for (const Row& row : family->rows()) {
+                rows.push_back({&row, family->manager_of(row)});
+            }
+        }
+        return rows;
+    }();
+    return all;
+}
+
+std::vector<const Row*> rows_of(std::uint32_t id, std::optional<std::uint16_t> sap)
+{
+    std::vector<const Row*> rows;
+    for (const ListedRow& listed : all_rows()) {
+        if (listed.row->exchange.id == id && (!sap || listed.serves(*sap))) {
+            rows.push_back(listed.row);
+        }
+    }
+    return rows;
 }
 
 } // namespace vorsim

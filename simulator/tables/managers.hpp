@@ -1,36 +1,31 @@
-// managers.hpp: the daemons behind the SAPs, each named and numbered here alone.
+// managers.hpp: the managers and their rows, all together.
 #pragma once
 
-#include <algorithm>
-#include <array>
 #include <cstdint>
+#include <optional>
+#include <span>
 #include <string>
-#include <string_view>
+#include <vector>
+
+#include "tables/row.hpp"
 
 namespace vorsim {
-
-struct Manager {
-    std::uint16_t sap{};
-    std::string_view name{};
-};
-
-inline constexpr auto managers = std::to_array<Manager>({
-    {0, "system"},     {2, "platmgr"},      {3, "restmgr"},    {4, "gpiomgr"},    {5, "adcmgr"},     {7, "ethmgr"},
-    {8, "sub1gmgr"},   {9, "svcmgr"},       {10, "datamgr"},   {12, "gsmmgr"},    {14, "sensormgr"}, {15, "mqttmgr"},
-    {16, "serialmgr"}, {18, "wifimonitor"}, {19, "canmgr"},    {20, "modbusmgr"}, {21, "snmpmgr"},   {22, "ntpmgr"},
-    {23, "pcumgr"},    {24, "loramgr"},     {240, "towermon"},
-});
-
-// A name that is no manager's does not compile.
-consteval std::uint16_t sap_of(std::string_view name)
-{
-    const auto found = std::ranges::find(managers, name, &Manager::name);
-    return found == managers.end() ? throw "no such manager" : found->sap;
-}
 
 // "ethmgr(7)"; "sap(77)" for a SAP that is no manager's.
 std::string manager_label(std::uint16_t sap);
 // "ethmgr"; "sap 77" for a SAP that is no manager's.
 std::string manager_key(std::uint16_t sap);
+
+// A row, and the manager that its message may reach.
+struct ListedRow {
+    const Row* row;
+    std::int32_t manager; // or any
+
+    bool serves(std::uint16_t sap) const { return manager == any_manager || manager == sap; }
+};
+
+std::span<const ListedRow> all_rows();
+// Those of a message that reached the manager, or any.
+std::vector<const Row*> rows_of(std::uint32_t id, std::optional<std::uint16_t> sap = {});
 
 } // namespace vorsim

@@ -10,7 +10,7 @@
 #include <span>
 #include <string_view>
 
-#include "tables/managers.hpp"
+#include "tables/saps.hpp"
 
 namespace vorsim {
 
@@ -189,6 +189,12 @@ class Measurements;
 // What a query answers; a setting answers its status alone.
 using Query = Answer (*)(const Decoded& decoded, const State& state, Measurements& measurements);
 
+// Nowhere defined: what a row that breaks the rules runs into.
+void the_object_names_no_field_of_the_message();
+void a_field_lies_outside_the_record();
+void only_the_last_element_repeats();
+void the_count_names_no_field_of_the_message();
+
 // One accepted form of one message. The object is what the message concerns:
 // text with field names in braces. Of the calls that share a slot an object
 // keeps the latest only (a route added, then removed). A row that breaks these
@@ -208,18 +214,18 @@ struct Row {
         for (std::size_t at = object.find('{'); at != object.npos; at = object.find('{', at + 1)) {
             const std::size_t end = object.find('}', at);
             if (end == object.npos || !names(object.substr(at + 1, end - at - 1))) {
-                throw "the object names no field of the message";
+                the_object_names_no_field_of_the_message();
             }
         }
         for (const Field& field : layout.fields()) {
             if (layout.form == Form::record && field.tag_or_offset + field.size() > layout.length) {
-                throw "a field lies outside the record";
+                a_field_lies_outside_the_record();
             }
             if (field.repeated && &field != &layout.fields().back()) {
-                throw "only the last element repeats";
+                only_the_last_element_repeats();
             }
             if (!field.counted_by.empty() && !names(field.counted_by)) {
-                throw "the count names no field of the message";
+                the_count_names_no_field_of_the_message();
             }
         }
     }

@@ -1,35 +1,31 @@
 // value.hpp: named values, for people and for programs.
 #pragma once
 
+#include <cstdint>
 #include <string>
-#include <string_view>
+#include <variant>
 #include <vector>
-
-#include "text/json.hpp"
 
 namespace vorsim {
 
-using vor::Json;
-
 inline constexpr std::size_t longest_in_line = 80; // of a text
+
+using Scalar = std::variant<std::int64_t, std::uint64_t, std::string>;
+using List = std::vector<Scalar>;
 
 // Ready to be shown: a secret is masked already.
 struct Value {
-    std::string_view name;
+    std::string name;
     std::string text;
-    Json data;
+    std::variant<Scalar, List> data;
     bool in_object{}; // told by the object's own text
-};
 
-// What came of something, for people and for the journal.
-// NOLINTNEXTLINE(bugprone-exception-escape): the JSON library's destructor may run out of memory
-struct Report {
-    std::string line;
-    Json record;
+    // What it holds of this type; null where that is something else.
+    template <class Type>
+    const Type* held() const
+    {
+        return std::get_if<Type>(std::get_if<Scalar>(&data));
+    }
 };
-
-Json json_of(const std::vector<Value>& values);
-// "name=value ..." of what the object does not tell.
-std::string line_of(const std::vector<Value>& values);
 
 } // namespace vorsim

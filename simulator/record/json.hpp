@@ -1,0 +1,43 @@
+// json.hpp: records as lines of JSON, of the journal and of what is watched.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "values/record.hpp"
+
+namespace vor {
+class Json;
+}
+
+namespace vorsim {
+
+inline constexpr int journal_version = 2; // 1 had no first line of its own, and no bytes
+
+// What a journal begins with.
+std::string journal_head(const std::string& time, std::uint64_t seed, bool show_secrets);
+
+enum class Extent : std::uint8_t { whole, without_bytes };
+std::string json_line(const Record& record, Extent extent = Extent::whole);
+// In place of so many records that were not read in time.
+std::string lost_line(std::uint64_t lost);
+
+// A line that was read.
+struct Line {
+    std::string text{};                   // on one line, as it is written
+    std::optional<std::string> version{}; // a journal begins, of this one
+    std::optional<std::uint64_t> lost{};  // in place of so many records
+    Record record{};                      // else
+    std::string damage{};                 // what is wrong with it
+};
+// Throws a JsonError for what is no JSON object.
+Line read_line(std::string_view text);
+
+vor::Json json_of(const std::vector<Value>& values);
+// Throws a JsonError for what is neither text nor whole number, nor a list of those.
+std::variant<Scalar, List> data_of(const vor::Json& json);
+
+} // namespace vorsim

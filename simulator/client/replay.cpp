@@ -210,8 +210,11 @@ private:
         if (record.kind == Record::Kind::konfd) {
             return fmt::format("konfd {}", record.commands);
         }
-        return record.call.empty() ? fmt::format("message {:#x} to SAP {}", record.id, record.sap)
-                                   : fmt::format("{} {}", record.call, record.object);
+        if (!record.call.empty()) {
+            return fmt::format("{} {}", record.call, record.object);
+        }
+        const std::string id = record.kind == Record::Kind::message ? fmt::format("{:#x}", record.id) : "without an id";
+        return fmt::format("message {} to SAP {}", id, record.sap);
     }
 
     void send_again(const JournalLine& line)

@@ -4,6 +4,8 @@
 
 #include <fmt/core.h>
 
+#include "record/json.hpp"
+
 namespace vorsim::page {
 namespace {
 
@@ -13,12 +15,9 @@ constexpr std::size_t most_at_once = 1 << 16;
 
 } // namespace
 
-void Feed::add(const Line& line)
+void Feed::add(const Record& record)
 {
-    if (line.lost) {
-        return;
-    }
-    events_.push_back({line.record.seq, json_line(line.record, Extent::without_bytes)});
+    events_.push_back({record.seq, json_line(record, Extent::without_bytes)});
     size_ += events_.back().data.size();
     while (events_.size() > most_events || (size_ > most_bytes && events_.size() > 1)) {
         size_ -= events_.front().data.size();

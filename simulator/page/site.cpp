@@ -81,7 +81,7 @@ void Site::listen()
     try {
         more = watch_->read([this](client::Watch::What what, std::string_view line) {
             if (what == client::Watch::What::message) {
-                feed_.add(read_line(line));
+                feed_.add(read_line(line).record);
             }
         });
     } catch (const std::exception&) {

@@ -26,7 +26,7 @@ struct Row {
     std::string_view name;
     std::string_view operands;
     std::string_view about;
-    int (*run)(Arguments arguments);
+    int (*run)(const Arguments& arguments);
 };
 
 constexpr Row rows[] = {
@@ -79,17 +79,6 @@ void print(const std::string& text)
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
         throw std::runtime_error(fmt::format("cannot write to standard output: {}", std::strerror(errno)));
     }
-}
-
-std::string operand(Arguments& arguments, const std::string& what)
-{
-    if (arguments.empty() || arguments.front().starts_with("-")) {
-        throw UsageError(arguments.empty() ? fmt::format("{} is missing", what)
-                                           : fmt::format("unknown option \"{}\"", arguments.front()));
-    }
-    const std::string word = arguments.front();
-    arguments.erase(arguments.begin());
-    return word;
 }
 
 std::string help()

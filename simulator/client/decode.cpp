@@ -1,6 +1,5 @@
 #include <cstdio>
 #include <optional>
-#include <span>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -10,8 +9,7 @@
 #include "client/commands.hpp"
 #include "record/filter.hpp"
 #include "record/reader.hpp"
-#include "server/options.hpp"
-#include "text/options.hpp"
+#include "server/operands.hpp"
 #include "text/text.hpp"
 
 namespace vorsim::client {
@@ -37,29 +35,22 @@ std::string bytes(const Record& record)
 
 } // namespace
 
-int decode(std::vector<std::string> arguments)
+int decode(const std::vector<std::string>& arguments)
 {
-    static constexpr vor::Option own[] = {{"--json", "", ""}, {"--bytes", "", ""}};
     Filter filter;
     bool json = false;
     bool with_bytes = false;
     std::string path;
-    const std::vector<std::string_view> words(arguments.begin(), arguments.end());
-    for (std::span<const std::string_view> left = words; !left.empty();) {
-        if (const auto option = vor::option_in<vor::Option>(own, left)) {
-            bool& wanted = option->row->name == "--json" ? json : with_bytes;
-            wanted = true;
-            left = left.subspan(option->used);
-        } else if (const auto wanted = vor::option_in(filter_options(), left)) {
-            filter.set(*wanted->row, wanted->value);
-            left = left.subspan(wanted->used);
-        } else if (left.front().starts_with("-")) {
-            throw UsageError(fmt::format("unknown option \"{}\"", left.front()));
-        } else if (!path.empty()) {
-            throw UsageError(fmt::format("\"{}\" is too much here", left.front()));
-        } else {
-            path = left.front();
-            left = left.subspan(1);
+    for (Operands operands(arguments); !operands.empty();) {
+        if (operands.take_option(json_option)) {
+            json = true;
+        } else if (operands.take_option({"--bytes", "", ""})) {
+            with_bytes = true;
+        } else if (!operands.take_filter(filter)) {
+            if (!path.empty()) {
+                operands.end();
+            }
+            path = operands.take("FILE");
         }
     }
     if (path.empty()) {

@@ -6,7 +6,7 @@
 #include <fmt/core.h>
 
 #include "faults/parse.hpp"
-#include "text/options.hpp"
+#include "server/operands.hpp"
 #include "text/parse.hpp"
 #include "text/text.hpp"
 
@@ -17,55 +17,21 @@ using Carries = CommandRow::Carries;
 
 constexpr std::size_t longest_line = 4000;
 
-// The operands of a command, taken one after the other.
-class Operands {
-public:
-    explicit Operands(std::string_view text) : words_(vor::words_in(text))
-    {
-        for (const vor::Word& word : words_) {
-            left_.push_back(word.text);
-        }
+std::vector<std::string> words_of(std::string_view text)
+{
+    std::vector<std::string> words;
+    for (vor::Word& word : vor::words_in(text)) {
+        words.push_back(std::move(word.text));
     }
-
-    bool empty() const { return at_ == left_.size(); }
-    std::string_view front() const { return left_[at_]; }
-    std::string_view take() { return left_[at_++]; }
-    // The option in front, where it is one of these; null where it is not.
-    template <class Row>
-    const Row* take_option(std::span<const Row> rows, std::string_view& value)
-    {
-        const auto option = vor::option_in(rows, std::span<const std::string_view>(left_).subspan(at_));
-        if (!option) {
-            return nullptr;
-        }
-        at_ += option->used;
-        value = option->value;
-        return option->row;
-    }
-    bool take_json()
-    {
-        static constexpr vor::Option json[] = {{"--json", "", ""}};
-        std::string_view none;
-        return take_option(std::span<const vor::Option>(json), none) != nullptr;
-    }
-    void end() const
-    {
-        if (!empty()) {
-            throw UsageError(fmt::format("\"{}\" is too much here", front()));
-        }
-    }
-
-private:
-    std::vector<vor::Word> words_;
-    std::vector<std::string_view> left_;
-    std::size_t at_ = 0;
-};
+    return words;
+}
 
 Command read_show(std::string_view text)
 {
+    const auto words = words_of(text);
     Show show;
-    for (Operands operands(text); !operands.empty();) {
-        if (operands.take_json()) {
+    for (Operands operands(words); !operands.empty();) {
+        if (operands.take_option(json_option)) {
             show.json = true;
             continue;
         }
@@ -82,49 +48,41 @@ Command read_show(std::string_view text)
 
 Command read_watch(std::string_view text)
 {
+    const auto words = words_of(text);
     Watch watch;
-    for (Operands operands(text); !operands.empty();) {
-        std::string_view value;
-        if (operands.take_json()) {
+    for (Operands operands(words); !operands.empty();) {
+        if (operands.take_option(json_option)) {
             watch.json = true;
-        } else if (const auto* const option = operands.take_option(filter_options(), value)) {
-            watch.filter.set(*option, value);
-        } else {
+        } else if (!operands.take_filter(watch.filter)) {
             throw UsageError(fmt::format("watch takes --json and {}, not \"{}\"", filter_help(), operands.front()));
         }
     }
     return watch;
 }
 
-struct WaitOption : vor::Option {
-    void (*take)(Wait& wait, std::string_view value);
-};
-
-void take_within(Wait& wait, std::string_view value)
+std::chrono::milliseconds time_within(std::string_view text)
 {
-    const auto time = vor::time_in(value);
+    const auto time = vor::time_in(text);
     if (!time) {
-        throw UsageError(fmt::format("--within is \"{}\": must be a time such as 500ms, 10s or 2m", value));
+        throw UsageError(fmt::format("--within is \"{}\": must be a time such as 500ms, 10s or 2m", text));
     }
-    wait.within = *time;
+    return *time;
 }
-
-constexpr WaitOption wait_options[] = {
-    {{"--call", "NAME", ""}, [](Wait& wait, std::string_view value) { wait.call = value; }},
-    {{"--object", "O", ""}, [](Wait& wait, std::string_view value) { wait.object = value; }},
-    {{"--within", "T", ""}, take_within},
-};
 
 Command read_wait(std::string_view text)
 {
+    const auto words = words_of(text);
     Wait wait;
-    for (Operands operands(text); !operands.empty();) {
-        std::string_view value;
-        const auto* const option = operands.take_option(std::span<const WaitOption>(wait_options), value);
-        if (option == nullptr) {
+    for (Operands operands(words); !operands.empty();) {
+        if (const auto call = operands.take_option({"--call", "NAME", ""})) {
+            wait.call = *call;
+        } else if (const auto object = operands.take_option({"--object", "O", ""})) {
+            wait.object = *object;
+        } else if (const auto within = operands.take_option({"--within", "T", ""})) {
+            wait.within = time_within(*within);
+        } else {
             throw UsageError(fmt::format("wait takes --call, --object and --within, not \"{}\"", operands.front()));
         }
-        option->take(wait, value);
     }
     if (wait.call.empty()) {
         throw UsageError("wait needs --call NAME");
@@ -135,17 +93,16 @@ Command read_wait(std::string_view text)
 template <class Plain>
 Command read_plain(std::string_view text)
 {
-    Operands(text).end();
+    const auto words = words_of(text);
+    Operands(words).end();
     return Request(Plain());
 }
 
 Command read_load(std::string_view text)
 {
-    Operands operands(text);
-    if (operands.empty() || operands.front().starts_with("-")) {
-        throw UsageError(operands.empty() ? "FILE is missing" : fmt::format("unknown option \"{}\"", operands.front()));
-    }
-    Load load{.file = std::string(operands.take()), .document = {}};
+    const auto words = words_of(text);
+    Operands operands(words);
+    Load load{.file = std::string(operands.take("FILE")), .document = {}};
     operands.end();
     return Request(std::move(load));
 }
@@ -210,69 +167,34 @@ Command read_setting(std::string_view text)
     }
 }
 
+Command read_stop(std::string_view text)
+{
+    return Request(Switch(StopManager{manager_in("stop", text)}));
+}
+
+Command read_start(std::string_view text)
+{
+    return Request(Switch(StartManager{manager_in("start", text)}));
+}
+
 constexpr CommandRow rows[] = {
-    {.name = "show",
-     .operands = "[--json] [MANAGER[/OBJECT]]",
-     .about = "print what the running gateway has been told",
-     .read = read_show},
-    {.name = "overview", .operands = "", .about = "", .read = read_plain<Overview>},
-    {.name = "watch",
-     .operands = "[--json] [FILTER]...",
-     .about = "print its messages as they come",
-     .read = read_watch,
-     .carries = Carries::stream},
-    {.name = "wait",
-     .operands = "--call NAME [--object O] [--within T]",
-     .about = "until such a message came (T: 500ms, 10s, 2m; default 10s)",
-     .read = read_wait},
-    {.name = "reset",
-     .operands = "",
-     .about = "let it forget everything, counters included",
-     .read = read_plain<Reset>,
-     .on_page = true},
-    {.name = "load",
-     .operands = "FILE",
-     .about = "let it hold what a state file holds",
-     .read = read_load,
-     .carries = Carries::document},
-    {.name = "quit", .operands = "", .about = "stop it, and wait for its end", .read = read_plain<Quit>},
-    {.name = "fault add",
-     .operands = "RULE",
-     .about = "have it fail, as in \"canmgr: status 7, twice\"",
-     .read = read_add_fault,
-     .sentence = true,
-     .on_page = true},
-    {.name = "fault list",
-     .operands = "",
-     .about = "its rules, with how often each acted",
-     .read = read_list_faults,
-     .sentence = true,
-     .on_page = true},
-    {.name = "fault clear",
-     .operands = "[N]",
-     .about = "take one away, or all",
-     .read = read_clear_faults,
-     .sentence = true,
-     .on_page = true},
-    {.name = "stop",
-     .operands = "MANAGER",
-     .about = "the manager is gone, until it is started",
-     .read = [](std::string_view text) -> Command { return Request(Switch(StopManager{manager_in("stop", text)})); },
-     .sentence = true,
-     .on_page = true},
-    {.name = "start",
-     .operands = "MANAGER",
-     .about = "it is there again",
-     .read = [](std::string_view text) -> Command { return Request(Switch(StartManager{manager_in("start", text)})); },
-     .sentence = true,
-     .on_page = true},
-    {.name = "set",
-     .operands = "READING VALUE",
-     .about = "as in \"temperature 850\", \"port 3 polling_count 0\"; \"temperature wander\"\n"
-              "           lets it go, \"counting 100\" has all counters count so many times as fast",
-     .read = read_setting,
-     .sentence = true,
-     .on_page = true},
+    {"show", "[--json] [MANAGER[/OBJECT]]", "print what the running gateway has been told", read_show},
+    {"overview", "", "", read_plain<Overview>},
+    {"watch", "[--json] [FILTER]...", "print its messages as they come", read_watch, Carries::stream},
+    {"wait", "--call NAME [--object O] [--within T]", "until such a message came (T: 500ms, 10s, 2m; default 10s)",
+     read_wait},
+    {"reset", "", "let it forget everything, counters included", read_plain<Reset>, Carries::line, true},
+    {"load", "FILE", "let it hold what a state file holds", read_load, Carries::document},
+    {"quit", "", "stop it, and wait for its end", read_plain<Quit>},
+    {"fault add", "RULE", "have it fail, as in \"canmgr: status 7, twice\"", read_add_fault, Carries::line, true, true},
+    {"fault list", "", "its rules, with how often each acted", read_list_faults, Carries::line, true, true},
+    {"fault clear", "[N]", "take one away, or all", read_clear_faults, Carries::line, true, true},
+    {"stop", "MANAGER", "the manager is gone, until it is started", read_stop, Carries::line, true, true},
+    {"start", "MANAGER", "it is there again", read_start, Carries::line, true, true},
+    {"set", "READING VALUE",
+     "as in \"temperature 850\", \"port 3 polling_count 0\"; \"temperature wander\"\n"
+     "           lets it go, \"counting 100\" has all counters count so many times as fast",
+     read_setting, Carries::line, true, true},
 };
 
 // Whether the line is of that name, which is then taken off.

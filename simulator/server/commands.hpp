@@ -68,9 +68,9 @@ struct CommandRow {
     std::string_view operands;
     std::string_view about; // empty: a program's to ask for
     Command (*read)(std::string_view operands);
-    bool sentence = false; // the operands are taken as they stand, else they are words
+    Carries carries = Carries::line;
     bool on_page = false;  // a page that may switch may do so
-    Carries carries{};
+    bool sentence = false; // the operands are taken as they stand, else they are words
 };
 
 std::span<const CommandRow> command_rows();

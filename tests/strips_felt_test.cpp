@@ -10,6 +10,7 @@
 #include "client/ask.hpp"
 #include "processes.hpp"
 #include "rows_alone.hpp"
+#include "text/json.hpp"
 
 namespace {
 

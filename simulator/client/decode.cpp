@@ -66,7 +66,7 @@ int decode(const std::vector<std::string>& arguments)
             continue;
         }
         if (json) {
-            print(line->text + "\n");
+            print(rewritten(*line) + "\n");
             continue;
         }
         const std::string took = record.took ? fmt::format(" {} us", *record.took) : "";

@@ -223,7 +223,7 @@ private:
         if (line.of_version < journal_version) {
             throw Unsendable(fmt::format("is of version {}, which kept no bytes", line.of_version));
         }
-        if (!line.damage.empty()) {
+        if (!line.damage.empty() || !line.complete) {
             throw Unsendable("is damaged");
         }
         switch (record.kind) {

@@ -233,7 +233,7 @@ Line read_line(std::string_view text)
 {
     const Json json = Json::parse(text);
     json.members();
-    Line line{.text = vor::dump(json)};
+    Line line{.text = std::string(text)};
     if (const Json* const version = json.find("journal")) {
         line.version = vor::dump(*version);
         return line;
@@ -251,13 +251,18 @@ Line read_line(std::string_view text)
     each_member(line.record, take, true);
     if (line.record.kind == Record::Kind::message) {
         for (const char* const name : {"sap", "source", "id"}) {
-            line.damage += json.contains(name) ? "" : fmt::format("there is no \"{}\"", name);
+            line.complete = line.complete && json.contains(name);
         }
     }
     if (line.record.line.empty()) {
         line.record.line = line_of_old(json, line.record);
     }
     return line;
+}
+
+std::string rewritten(const Line& line)
+{
+    return vor::dump(Json::parse(line.text));
 }
 
 } // namespace vorsim

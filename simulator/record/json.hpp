@@ -25,13 +25,16 @@ std::string json_line(const Record& record, Extent extent = Extent::whole);
 
 // A line that was read.
 struct Line {
-    std::string text{};                   // on one line, as it is written
+    std::string text{};                   // as it came
     std::optional<std::string> version{}; // a journal begins, of this one
     Record record{};                      // else
     std::string damage{};                 // what is wrong with it
+    bool complete = true;                 // a message says where it came from, where it went, and what it is
 };
 // Throws a JsonError for what is no JSON object.
 Line read_line(std::string_view text);
+// The same line as vorsim writes it, whoever wrote it.
+std::string rewritten(const Line& line);
 
 vor::Json json_of(const std::vector<Value>& values);
 // Throws a JsonError for what is neither text nor whole number, nor a list of those.

@@ -1,10 +1,9 @@
 #include "page/feed.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include <fmt/core.h>
-
-#include "record/json.hpp"
 
 namespace vorsim::page {
 namespace {
@@ -15,9 +14,9 @@ constexpr std::size_t most_at_once = 1 << 16;
 
 } // namespace
 
-void Feed::add(const Record& record)
+void Feed::add(std::uint64_t number, std::string data)
 {
-    events_.push_back({record.seq, json_line(record, Extent::without_bytes)});
+    events_.push_back({number, std::move(data)});
     size_ += events_.back().data.size();
     while (events_.size() > most_events || (size_ > most_bytes && events_.size() > 1)) {
         size_ -= events_.front().data.size();

@@ -6,7 +6,6 @@
 #include <fmt/core.h>
 
 #include "page_files.hpp" // of the files in files/, by the build
-#include "record/json.hpp"
 #include "server/commands.hpp"
 #include "text/parse.hpp"
 
@@ -68,7 +67,7 @@ Site::Site(Loop& loop, int listener, Settings settings)
 void Site::watch()
 {
     try {
-        watch_ = std::make_unique<client::Watch>("watch --json");
+        watch_ = std::make_unique<client::Watch>("events");
         loop_.watch(watch_->descriptor(), [this] { listen(); });
     } catch (const std::exception&) {
         watch_.reset(); // at the next beat again
@@ -81,7 +80,9 @@ void Site::listen()
     try {
         more = watch_->read([this](client::Watch::What what, std::string_view line) {
             if (what == client::Watch::What::message) {
-                feed_.add(read_line(line).record);
+                const std::size_t blank = line.find(' ');
+                feed_.add(vor::number_in<std::uint64_t>(line.substr(0, blank)).value_or(0),
+                          std::string(line.substr(blank + 1)));
             }
         });
     } catch (const std::exception&) {

@@ -52,12 +52,19 @@ Command read_watch(std::string_view text)
     Watch watch;
     for (Operands operands(words); !operands.empty();) {
         if (operands.take_option(json_option)) {
-            watch.json = true;
+            watch.as = Watch::As::json;
         } else if (!operands.take_filter(watch.filter)) {
             throw UsageError(fmt::format("watch takes --json and {}, not \"{}\"", filter_help(), operands.front()));
         }
     }
     return watch;
+}
+
+Command read_events(std::string_view text)
+{
+    const auto words = words_of(text);
+    Operands(words).end();
+    return Watch{.as = Watch::As::event, .filter = {}};
 }
 
 std::chrono::milliseconds time_within(std::string_view text)
@@ -181,6 +188,7 @@ constexpr CommandRow rows[] = {
     {"show", "[--json] [MANAGER[/OBJECT]]", "print what the running gateway has been told", read_show},
     {"overview", "", "", read_plain<Overview>},
     {"watch", "[--json] [FILTER]...", "print its messages as they come", read_watch, Carries::stream},
+    {"events", "", "", read_events, Carries::stream},
     {"wait", "--call NAME [--object O] [--within T]", "until such a message came (T: 500ms, 10s, 2m; default 10s)",
      read_wait},
     {"reset", "", "let it forget everything, counters included", read_plain<Reset>, Carries::line, true},

@@ -49,7 +49,8 @@ using Switch = std::variant<AddFault, ListFaults, ClearFaults, StopManager, Star
 using Request = std::variant<Show, Overview, Reset, Load, Quit, Switch>;
 
 struct Watch {
-    bool json = false;
+    enum class As : std::uint8_t { line, json, event }; // an event: its number, a blank, and JSON without the bytes
+    As as = As::line;
     Filter filter;
 };
 struct Wait {

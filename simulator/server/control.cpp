@@ -9,6 +9,7 @@
 
 #include <fmt/core.h>
 
+#include "record/json.hpp"
 #include "text/json.hpp"
 #include "text/text.hpp"
 
@@ -171,13 +172,23 @@ void Control::note(const std::string& call, const std::string& object)
 
 void Control::publish(const Record& record, const std::string& json)
 {
+    const auto text_for = [&](const Watch& wanted) {
+        switch (wanted.as) {
+        case Watch::As::json:
+            return json;
+        case Watch::As::event:
+            return fmt::format("{} {}", record.seq, json_line(record, Extent::without_bytes));
+        default:
+            return record.line;
+        }
+    };
     for (auto next = clients_.begin(); next != clients_.end();) {
         const int descriptor = next->first;
         Client& client = (next++)->second; // writing may drop it
         if (client.wish != Wish::all || !client.all.filter.passes(record)) {
             continue;
         }
-        const std::string line = fmt::format("+{}\n", client.all.json ? json : record.line);
+        const std::string line = fmt::format("+{}\n", text_for(client.all));
         if (client.output.size() + line.size() > most_unread) {
             ++client.lost;
             continue;

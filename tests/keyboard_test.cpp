@@ -2,6 +2,7 @@
 #include <csignal>
 #include <fstream>
 #include <optional>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -153,8 +154,22 @@ TEST(manual, is_clean)
     const std::string pages = "'" VOR_MANUAL "'/man?/*.?";
     EXPECT_EQ(workplace.run("mandoc -T lint " + pages + " | grep -v 'referenced manual not found: Xr vor'").text, "");
     EXPECT_EQ(workplace.run("ls " + pages + " | wc -l").text, workplace.run("vorcfg manual | wc -l").text);
-    const std::string page = workplace.run("mandoc -T ascii '" VOR_MANUAL "'/man1/vorcfg-gsm.1 | sed 's/.\b//g'").text;
-    EXPECT_NE(page.find("vorcfg gsm set-password gsm_port password option"), std::string::npos) << page;
+    const auto shown = [&](const std::string& page) {
+        return workplace.run("vorcfg manual " + page + " | mandoc -T ascii | sed 's/.\b//g'").text;
+    };
+    EXPECT_NE(shown("vorcfg-gsm.1").find("vorcfg gsm set-password gsm_port password option"), std::string::npos);
+    // written by hand
+    EXPECT_EQ(workplace.run("vorcfg manual vorcfg-batch.5 | sed '1,/^.Bd/d; /^.Ed/,$d' | vorcfg check -").text,
+              "standard input: 4 calls, nothing to complain about\n");
+    std::istringstream names(workplace
+                                 .run("vorsim --help | grep -oE '^  (--[a-z-]+|     vorsim [a-z]+( [a-z]+)?)' | "
+                                      "sed 's/^ *//; s/vorsim //'")
+                                 .text);
+    ASSERT_FALSE(names.str().empty());
+    const std::string vorsim = shown("vorsim.1");
+    for (std::string name; std::getline(names, name);) {
+        EXPECT_NE(vorsim.find("\n     " + name), std::string::npos) << name;
+    }
 }
 #endif
 

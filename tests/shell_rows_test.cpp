@@ -93,7 +93,7 @@ std::string bytes_of(const std::vector<Message>& messages)
     return bytes;
 }
 
-bool carries(const Message& message, std::int64_t number)
+bool carries(const Message& message, const Row& row, std::int64_t number)
 {
     const auto is = [&](const Element& element) {
         const auto bits = static_cast<std::uint32_t>(number);
@@ -107,16 +107,16 @@ bool carries(const Message& message, std::int64_t number)
             return element.bytes == std::string(1, static_cast<char>(bits)) && number <= UINT8_MAX;
         }
     };
-    const auto fields = fields_of(message).value_or(std::vector<Field>());
+    const auto fields = fields_of(message, row).value_or(std::vector<Field>());
     return std::ranges::any_of(message.elements, is) || message.option == number || message.flag == number ||
            message.sap == number ||
            std::ranges::any_of(fields, [&](const Field& field) { return field.text == std::to_string(number); }) ||
            message.command.find(std::to_string(number)) != std::string::npos;
 }
 
-bool carries(const Message& message, const std::string& text)
+bool carries(const Message& message, const Row& row, const std::string& text)
 {
-    const auto fields = fields_of(message).value_or(std::vector<Field>());
+    const auto fields = fields_of(message, row).value_or(std::vector<Field>());
     return std::ranges::any_of(message.elements, [&](const Element& each) { return each.bytes == text; }) ||
            message.record.find(text + '\0') != std::string::npos || message.command.find(text) != std::string::npos ||
            std::ranges::any_of(fields, [&](const Field& field) { return field.text == text; });
@@ -125,7 +125,8 @@ bool carries(const Message& message, const std::string& text)
 template <class Value>
 bool arrives(const Trial& trial, const Value& value)
 {
-    return std::ranges::any_of(trial.messages, [&](const Message& message) { return carries(message, value); });
+    return std::ranges::any_of(trial.messages,
+                               [&](const Message& message) { return carries(message, *trial.planned.row, value); });
 }
 
 std::string complaint_about(const Line& line)

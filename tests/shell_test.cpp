@@ -374,6 +374,17 @@ TEST(process, files_without_end_are_refused)
              0}});
 }
 
+TEST(options, take_whole_seconds_in_any_unit)
+{
+    const auto seconds = [](const std::string& text) { return options_of(words_of("--timeout " + text), {}).timeout; };
+    for (const char* const text : {"7200", "7200s", "0x1c20", "120m", "120min", "2h", "7200000ms"}) {
+        EXPECT_EQ(7200U, seconds(text)) << text;
+    }
+    for (const char* const text : {"0", "500ms", "86401", "25h", "2hours", "s", "-1"}) {
+        EXPECT_THROW(seconds(text), Complaint) << text;
+    }
+}
+
 TEST(process, names_are_suggested)
 {
     const processes::Workplace workplace;

@@ -8,7 +8,7 @@ add_dependencies(shell_test vorcfg vorsim)
 # vorcfg at a terminal: its prompt, and its completion in the shells themselves.
 vor_test(keyboard_test SOURCES keyboard_test.cpp)
 add_dependencies(keyboard_test vorcfg vorsim)
-if(DEVICE_MGMT_PROMPT AND HISTEDIT_INCLUDE_DIR)
+if(VORCFG_EDITED)
   target_compile_definitions(keyboard_test PRIVATE VOR_EDITED)
 endif()
 

@@ -2,7 +2,7 @@
 set(text "// Made by the build.\n#pragma once\n\n#include \"text/built_in.hpp\"\n\nnamespace ${SPACE} {\n\n")
 string(APPEND text "static constexpr vor::BuiltIn ${NAME}[] = {\n")
 foreach(file IN LISTS FILES)
-  get_filename_component(stem ${file} NAME_WE)
+  get_filename_component(stem ${file} NAME_WLE)
   file(READ ${file} content)
   # a header's first line, for Doxygen alone
   string(REGEX REPLACE "^/[*][*]\n [*] @file" "/*" content "${content}")

@@ -8,8 +8,6 @@ namespace vor {
 
 namespace {
 
-constexpr std::string_view byte_order_mark = "\xef\xbb\xbf"; // some editors begin a file with it
-
 bool is_blank(char c)
 {
     return c == ' ' || c == '\t' || c == '\r';

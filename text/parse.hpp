@@ -45,6 +45,8 @@ std::optional<Number> number_in(std::string_view text)
 enum class Bare : bool { refused, seconds };
 std::optional<std::chrono::milliseconds> time_in(std::string_view text, Bare bare = Bare::refused);
 
+inline constexpr std::string_view byte_order_mark = "\xef\xbb\xbf"; // some editors begin a file with it
+
 // How many bytes of the text are a name: letters, digits and _, no digit first.
 std::size_t name_length(std::string_view text);
 // The same of name=, else 0.

@@ -25,5 +25,4 @@ FILES:${PN}-tools = "${bindir}/vorcfg ${datadir}/bash-completion ${datadir}/zsh"
 # the platform library has no version in its name, and no package of ours has it
 RDEPENDS:${PN} = "vorinfra"
 RDEPENDS:${PN}-tools = "vorinfra"
-RRECOMMENDS:${PN}-tools = "${@bb.utils.contains('PACKAGECONFIG', 'prompt', 'libedit', '', d)}"
 COMPATIBLE_HOST = "(arm|aarch64|x86_64|riscv64).*-linux.*"

@@ -2,21 +2,15 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
+
+#include <fmt/core.h>
+#include <fmt/ranges.h>
+
+#include "call/session.hpp"
+#include "input/terminal.hpp"
 
 namespace vorcfg {
-
-Batch Batch::of(const std::string& path, Variables variables)
-{
-    const bool from_file = path != "-";
-    const std::string name = from_file ? path : "standard input";
-    return {content_of(from_file ? std::fopen(path.c_str(), "re") : stdin, name),
-            name,
-            {.literals = true,
-             .standard_input = from_file,
-             .prompts_wait = true,
-             .directory = std::filesystem::path(from_file ? path : "").parent_path()},
-            std::move(variables)};
-}
 
 Batch::Batch(std::string text, std::string name, SecretSources sources, Variables variables)
     : text_(std::move(text)), name_(std::move(name)), secrets_(std::move(sources)), variables_(std::move(variables))
@@ -79,6 +73,77 @@ std::optional<Planned> Batch::next()
         }
     }
     return std::nullopt;
+}
+
+Batch batch_of(const std::string& path, const Options& options)
+{
+    if (options.password) {
+        throw Complaint{
+            "--password-file and --password-stdin are for one call; a line of a batch says itself where its "
+            "secret is: @FILE, - or ?"};
+    }
+    if (path == "-" && options.in_session) {
+        throw Complaint{"standard input is the session itself"};
+    }
+    Variables variables;
+    for (const std::string& definition : options.sets) {
+        variables.set(definition);
+    }
+    for (const std::string& file : options.vars) {
+        variables.read(file);
+    }
+    const bool from_file = path != "-";
+    const std::string name = from_file ? path : "standard input";
+    return {content_of(from_file ? std::fopen(path.c_str(), "re") : stdin, name),
+            name,
+            {.literals = true,
+             .standard_input = from_file,
+             .prompts_wait = true,
+             .directory = std::filesystem::path(from_file ? path : "").parent_path()},
+            std::move(variables)};
+}
+
+void check_confirmed(const Planned& planned, const Options& options)
+{
+    if (planned.row->has(confirmed) && !options.yes && !options.dry_run) {
+        throw Complaint{"is made only with --yes", exit_usage, {}, 1, planned.row->full_name(), planned.place};
+    }
+}
+
+std::string named(const Planned& planned)
+{
+    return fmt::format("{} (line {})", planned.row->full_name(), planned.place.line);
+}
+
+void ask_before(const std::vector<std::string>& cutting, const Options& options)
+{
+    if (cutting.empty() || options.yes || options.dry_run || !at_terminal()) {
+        return;
+    }
+    if (!agreed(fmt::format("{} may cut the link that you work over; go on?", fmt::join(cutting, ", ")))) {
+        throw Complaint{"nothing was sent"};
+    }
+}
+
+int check(Batch& batch, const std::function<void(const Planned&)>& each,
+          const std::function<int(const Complaint&)>& complain)
+{
+    int exit = exit_ok;
+    for (bool more = true; more;) {
+        try {
+            const auto planned = batch.next();
+            more = planned.has_value();
+            if (more) {
+                each(*planned);
+            }
+        } catch (const Complaint& complaint) {
+            exit = complain(complaint);
+        }
+    }
+    for (const Complaint& complaint : batch.unused_variables()) {
+        exit = complain(complaint);
+    }
+    return exit;
 }
 
 } // namespace vorcfg

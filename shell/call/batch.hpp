@@ -5,8 +5,10 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "call/prepare.hpp"
+#include "input/options.hpp"
 #include "input/variables.hpp"
 
 namespace vorcfg {
@@ -19,8 +21,6 @@ std::size_t column_of(const Complaint& complaint, const std::vector<Word>& words
 class Batch {
 public:
     Batch(std::string text, std::string name, SecretSources sources, Variables variables = {});
-    // A file; - is standard input.
-    static Batch of(const std::string& path, Variables variables);
 
     // The next line's call, tried when it is read for the first time; none at the end. Throws a Complaint with its
     // place, and goes on behind it.
@@ -45,5 +45,18 @@ private:
     std::size_t line_ = 0;
     bool tried_ = false; // every call, by the first reading
 };
+
+// The file that the options are about; - is standard input.
+Batch batch_of(const std::string& path, const Options& options);
+
+// Reads it whole: what is in order goes to `each`. The exit code of the last complaint.
+int check(Batch& batch, const std::function<void(const Planned&)>& each,
+          const std::function<int(const Complaint&)>& complain);
+
+// A call that wants --yes.
+void check_confirmed(const Planned& planned, const Options& options);
+// Of the calls that may cut the link one works over: asked once, and only where someone sits who can answer.
+void ask_before(const std::vector<std::string>& cutting, const Options& options);
+std::string named(const Planned& planned); // "ip set-dhcp (line 7)"
 
 } // namespace vorcfg

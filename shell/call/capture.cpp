@@ -2,14 +2,17 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <mutex>
 #include <sys/mman.h>
 #include <unistd.h>
 
 namespace vorcfg {
 
-Capture* Capture::begun_[3];
-
 namespace {
+
+// Of the captures under way. Who ends them all keeps it: then nobody begins or ends another.
+std::mutex mutex;
+Capture* begun[3]; // of the descriptors up to standard error
 
 // A file in memory takes any amount, where a pipe that nobody reads would
 // block. Without one the lines go where they always went. Each descriptor has
@@ -28,7 +31,8 @@ int file_for(int descriptor)
 
 Capture::Capture(int wanted) : descriptor_(wanted), file_(file_for(wanted))
 {
-    begun_[descriptor_] = this;
+    const std::lock_guard lock(mutex);
+    begun[descriptor_] = this;
     std::fflush(nullptr);
     before_ = file_ >= 0 ? dup(descriptor_) : -1;
     if (before_ >= 0) {
@@ -39,24 +43,16 @@ Capture::Capture(int wanted) : descriptor_(wanted), file_(file_for(wanted))
 Capture::~Capture()
 {
     take();
-    begun_[descriptor_] = nullptr;
-}
-
-void Capture::restore()
-{
-    if (before_ >= 0) {
-        std::fflush(nullptr);
-        dup2(before_, descriptor_);
-        close(before_);
-        before_ = -1;
-    }
+    const std::lock_guard lock(mutex);
+    begun[descriptor_] = nullptr;
 }
 
 void Capture::end_all()
 {
+    mutex.lock();
     std::fflush(nullptr); // what was captured stays where it is: nobody looks for secrets in it any more
-    for (Capture* const capture : begun_) {
-        if (capture != nullptr) {
+    for (const Capture* const capture : begun) {
+        if (capture != nullptr && capture->before_ >= 0) {
             dup2(capture->before_, capture->descriptor_);
         }
     }
@@ -64,7 +60,13 @@ void Capture::end_all()
 
 std::string Capture::take()
 {
-    restore();
+    const std::lock_guard lock(mutex);
+    if (before_ >= 0) {
+        std::fflush(nullptr);
+        dup2(before_, descriptor_);
+        close(before_);
+        before_ = -1;
+    }
     const off_t size = file_ >= 0 ? lseek(file_, 0, SEEK_CUR) : 0;
     std::string text(static_cast<std::size_t>(std::max<off_t>(size, 0)), '\0');
     if (!text.empty()) {

@@ -17,16 +17,13 @@ public:
 
     std::string take(); // ends the capture
 
-    // Ends every capture, for one who speaks while a call does not come back.
+    // Ends every capture, for good: of one who speaks while a call does not come back.
     static void end_all();
 
 private:
-    void restore();
-
     int descriptor_;
     int file_;
     int before_ = -1;
-    static Capture* begun_[3]; // of the descriptors up to standard error
 };
 
 std::vector<std::string> lines_of(std::string_view text);

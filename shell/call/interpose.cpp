@@ -5,7 +5,7 @@
 #include <chrono>
 #include <cstring>
 
-#include "call/interpose.hpp"
+#include "call/boundary.hpp"
 #include "text/text.hpp"
 
 using namespace vorcfg;

@@ -49,8 +49,8 @@ struct Message {
 
 std::string manager_name(std::uint16_t sap);
 
-// A record's fields by their names; none of a record that is not known.
-std::optional<std::vector<Field>> fields_of(const Message& message);
+// The fields of the record, as the call's row names them; none, where it does not.
+std::optional<std::vector<Field>> fields_of(const Message& message, const Row& row);
 
 // A message in one line: `ethmgr (SAP 7) 0x7018 | option 1 | 1 i16 0 | 22 str "fe80::1"`. The call it belongs to tells
 // which numbers are addresses, what words stand for them, and what is secret.

@@ -6,7 +6,6 @@
 #include <fmt/core.h>
 #include <fmt/ranges.h>
 
-#include "call/session.hpp"
 #include "rows/families.hpp"
 #include "rows/reading.hpp"
 #include "text/nearest.hpp"
@@ -110,7 +109,7 @@ std::vector<Word> in_order(const Row& row, std::vector<Word> words, const Secret
         } else if (argument.is_secret && sources.left_out) {
             all.push_back(*sources.left_out);
         } else if (!argument.decided_by.empty()) {
-            all.push_back({.text = {}, .index = words.size(), .left_out = true});
+            all.push_back({{}, words.size(), true});
         } else {
             throw Complaint{"is missing", exit_usage, std::string(argument.name), words.size()};
         }
@@ -144,46 +143,6 @@ Planned plan(std::span<const Word> line, Secrets& secrets, const Place& place)
     } catch (Complaint& complaint) {
         complaint.call = row.full_name();
         throw;
-    }
-}
-
-namespace {
-
-// What of a message that is too long is to be cut: the list, or the longest text.
-std::size_t most_of(const Planned& planned, Unfit unfit)
-{
-    const auto arguments = planned.row->arguments();
-    std::size_t longest = 0;
-    for (std::size_t i = 0; i < planned.values.size(); i++) {
-        longest = planned.values[i].text.size() > planned.values[longest].text.size() ? i : longest;
-    }
-    return unfit == Unfit::elements ? arguments.size() - 1 : longest;
-}
-
-} // namespace
-
-void rehearse(Planned& planned)
-{
-    if (planned.row->channel == Channel::none) {
-        return;
-    }
-    const Report report = Session({.capture = true}, std::nullopt).make(planned);
-    Complaint complaint;
-    complaint.call = planned.row->full_name();
-    for (const Message& message : report.seen.messages) {
-        if (message.unfit != Unfit::no) {
-            const auto arguments = planned.row->arguments();
-            const std::size_t value = most_of(planned, message.unfit);
-            complaint.text = fmt::format("does not fit: {}", unfit_text(message));
-            complaint.argument = arguments[std::min(value, arguments.size() - 1)].name;
-            complaint.word = planned.values[value].word;
-            throw complaint;
-        }
-    }
-    if (report.seen.messages.empty() && !report.back.succeeded()) {
-        complaint.text = fmt::format("the library refuses this, nothing would be sent (code {})", *report.back.code);
-        complaint.word = 1;
-        throw complaint;
     }
 }
 

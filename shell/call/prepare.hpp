@@ -1,4 +1,4 @@
-// plan.hpp: from the words of a line to a call that is ready to be made.
+// prepare.hpp: from the words of a line to a call that is ready to be made.
 #pragma once
 
 #include <span>
@@ -18,9 +18,5 @@ struct Planned {
 
 // The call that a line means. Throws a Complaint that names the word.
 Planned plan(std::span<const Word> words, Secrets& secrets, const Place& place = {});
-
-// Tries the call against a platform that only captures: what the library
-// itself refuses is complained about before anything is sent.
-void rehearse(Planned& planned);
 
 } // namespace vorcfg

@@ -1,24 +1,44 @@
 #include "call/runner.hpp"
 
-#include <cerrno>
-#include <cstdio>
+#include <algorithm>
 #include <cstdlib>
-#include <unistd.h>
 
 #include <fmt/core.h>
 
 #include "call/capture.hpp"
-#include "output/output.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
 
-namespace {
+ExitCode worse(ExitCode one, ExitCode other)
+{
+    static constexpr ExitCode order[] = {exit_ok,      exit_unread,  exit_not_sent,      exit_usage,
+                                         exit_refused, exit_unknown, exit_not_delivered, exit_contradiction,
+                                         exit_unusable};
+    return std::ranges::find(order, one) > std::ranges::find(order, other) ? one : other;
+}
 
-// From so many calls on, a terminal shows how far they are.
-constexpr std::size_t long_file = 20;
-
-} // namespace
+bool Tally::count(const Planned& planned, Outcome outcome)
+{
+    if (outcome == Outcome::accepted) {
+        accepted++;
+    } else if (outcome == Outcome::sent) {
+        sent++;
+    } else if (outcome == Outcome::unread && planned.row->has(answer_unread)) {
+        unread++;
+    } else if (outcome == Outcome::dry_run) {
+        dry++;
+    } else if (exit_of(outcome) == exit_ok) {
+        other++;
+    } else {
+        unknown += outcome == Outcome::unknown ? 1 : 0;
+        refused += outcome == Outcome::refused ? 1 : 0;
+        failed.push_back(planned.place.line);
+        worst = worse(exit_of(outcome), worst);
+        return false;
+    }
+    return true;
+}
 
 // What a call started ends with this process.
 void wait_for(const Row& row, const Report& report, const std::function<void(unsigned)>& rest)
@@ -43,24 +63,11 @@ const Options& told_to_platform(const Options& options)
 
 } // namespace
 
-Making::Making(const Options& options, std::size_t calls, Summary summary, Hooks hooks)
-    : options_(told_to_platform(options)), summary_(std::move(summary)), hooks_(std::move(hooks)), calls_(calls),
-      left_(calls), session_({options.dry_run, options.trace}, options.sap),
+Making::Making(const Options& options, std::size_t calls, Teller& teller, Hooks hooks)
+    : options_(told_to_platform(options)), teller_(teller), hooks_(std::move(hooks)), left_(calls),
+      session_({options.dry_run, options.trace}, options.sap),
       keeper_(options.timeout, hooks_.hang_up_ends, [this](const char* why) { return give_up(why); })
 {
-}
-
-void Making::tell(const Planned& planned, const Report& report)
-{
-    std::string progress;
-    if (calls_ >= long_file && !options_.json && isatty(STDOUT_FILENO) == 1) {
-        const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begun_;
-        const std::size_t made = calls_ - left_;
-        progress = fmt::format("[{}/{} {:.0f}/s] ", made, calls_, static_cast<double>(made) / passed.count());
-    }
-    errno = 0;
-    vor::print(stdout, progress + (options_.json ? json_of(planned, report) : text_of(planned, report)));
-    output_error_ = output_error_ != 0 || std::ferror(stdout) == 0 ? output_error_ : errno;
 }
 
 bool Making::make(Planned& planned)
@@ -79,18 +86,19 @@ bool Making::make(Planned& planned)
     }
     left_--;
     const bool success = tally_.count(planned, report.verdict.outcome);
-    tell(planned, report);
+    const bool heard = teller_.tell(planned, report, left_);
     if (hooks_.after) {
         hooks_.after(planned, report);
     }
-    if (std::ferror(stdout) != 0 || (!success && !options_.keep_going)) {
+    if (!heard || (!success && !options_.keep_going)) {
         return false;
     }
     wait_for(*planned.row, report, [this](unsigned milliseconds) { keeper_.rest(milliseconds); });
     return !keeper_.ended();
 }
 
-// Called by the keeper's thread, while this one is in the library.
+// On the keeper's thread, while this one is in the library: it counts and tells, and nothing else. All that it looks
+// at stands still, since the call comes back no further than to the keeper's lock.
 int Making::give_up(const char* why)
 {
     Capture::end_all();
@@ -98,7 +106,7 @@ int Making::give_up(const char* why)
     report.verdict = {Outcome::unknown, fmt::format("unknown: {}, it may or may not have been done", why)};
     left_--;
     tally_.count(*under_way_, Outcome::unknown);
-    tell(*under_way_, report);
+    teller_.tell(*under_way_, report, left_);
     const int exit = finish();
     if (hooks_.given_up) {
         hooks_.given_up();
@@ -108,16 +116,7 @@ int Making::give_up(const char* why)
 
 int Making::finish()
 {
-    const bool ended = keeper_.ended() && left_ != 0;
-    if (ended) {
-        vor::print(stderr, "vorcfg: interrupted\n");
-    }
-    // whoever closed standard output is told on the other one
-    errno = 0;
-    vor::print(std::ferror(stdout) != 0 ? stderr : stdout, summary_(tally_, left_));
-    output_error_ = output_error_ == 0 ? errno : output_error_;
-    errno = output_error_; // for who complains of it in the end
-    return std::ferror(stdout) != 0 ? exit_no_output : ended ? exit_ended : tally_.worst;
+    return teller_.finish(tally_, left_, keeper_.ended() && left_ != 0);
 }
 
 } // namespace vorcfg

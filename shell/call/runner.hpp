@@ -1,20 +1,47 @@
-// making.hpp: calls made one after the other and told as they are, to the end,
-// the first failure, or what ends them from outside.
+// runner.hpp: calls made one after the other, to the end, the first failure,
+// or what ends them from outside.
 #pragma once
 
-#include <chrono>
 #include <functional>
-#include <string>
+#include <vector>
 
 #include "call/session.hpp"
 #include "call/watchdog.hpp"
 #include "input/options.hpp"
-#include "output/tally.hpp"
 
 namespace vorcfg {
 
+// The worst of several failures is what leaves the site least known.
+ExitCode worse(ExitCode one, ExitCode other);
+
+// What a run came to.
+struct Tally {
+    unsigned accepted = 0;
+    unsigned sent = 0;
+    unsigned unread = 0;
+    unsigned dry = 0;
+    unsigned other = 0;   // done, nothing to do
+    unsigned unknown = 0; // of those that failed
+    unsigned refused = 0;
+    std::vector<std::size_t> failed; // their lines
+    ExitCode worst = exit_ok;
+
+    // Whether the call was no failure.
+    bool count(const Planned& planned, Outcome outcome);
+};
+
 // Where a call started something that ends with this process: until it is due.
 void wait_for(const Row& row, const Report& report, const std::function<void(unsigned milliseconds)>& rest);
+
+// Who tells of a run.
+class Teller {
+public:
+    virtual ~Teller() = default;
+    // A call, and how many are left; whether anybody can still be told.
+    virtual bool tell(const Planned& planned, const Report& report, std::size_t left) = 0;
+    // What it came to, `interrupted` or not; the exit code.
+    virtual int finish(const Tally& tally, std::size_t left, bool interrupted) = 0;
+};
 
 class Making {
 public:
@@ -24,32 +51,26 @@ public:
         std::function<void()> given_up{}; // the process ends in the middle of a call
         bool hang_up_ends = true;
     };
-    // `summary` tells what it came to and how many calls are left.
-    using Summary = std::function<std::string(const Tally& tally, std::size_t left)>;
 
-    Making(const Options& options, std::size_t calls, Summary summary, Hooks hooks);
+    Making(const Options& options, std::size_t calls, Teller& teller, Hooks hooks);
 
     // Whether to go on.
     bool make(Planned& planned);
-    // The summary; the exit code.
+    // Told what it came to; the exit code.
     int finish();
 
     const Tally& tally() const { return tally_; }
     bool ended() const { return keeper_.ended(); } // from outside
 
 private:
-    void tell(const Planned& planned, const Report& report);
     int give_up(const char* why);
 
     const Options& options_;
-    const Summary summary_;
+    Teller& teller_;
     const Hooks hooks_;
-    const std::size_t calls_;
-    const std::chrono::steady_clock::time_point begun_ = std::chrono::steady_clock::now();
     std::size_t left_;
     Tally tally_;
     const Planned* under_way_ = nullptr;
-    int output_error_ = 0; // of standard output, an errno
     Session session_;
     Keeper keeper_;
 };

@@ -1,7 +1,9 @@
 #include "call/session.hpp"
 
+#include <algorithm>
 #include <unistd.h>
 
+#include <device_mgmt/common.h>
 #include <fmt/core.h>
 
 #include "call/capture.hpp"
@@ -111,6 +113,46 @@ Report Session::make(Planned& planned)
     report.verdict = captured ? Verdict{Outcome::dry_run, "dry run, nothing sent"}
                               : judged(row, report.back, report.manager_errno, report.seen);
     return report;
+}
+
+namespace {
+
+// What of a message that is too long is to be cut: the list, or the longest text.
+std::size_t most_of(const Planned& planned, Unfit unfit)
+{
+    const auto arguments = planned.row->arguments();
+    std::size_t longest = 0;
+    for (std::size_t i = 0; i < planned.values.size(); i++) {
+        longest = planned.values[i].text.size() > planned.values[longest].text.size() ? i : longest;
+    }
+    return unfit == Unfit::elements ? arguments.size() - 1 : longest;
+}
+
+} // namespace
+
+void rehearse(Planned& planned)
+{
+    if (planned.row->channel == Channel::none) {
+        return;
+    }
+    const Report report = Session({.capture = true}, std::nullopt).make(planned);
+    Complaint complaint;
+    complaint.call = planned.row->full_name();
+    for (const Message& message : report.seen.messages) {
+        if (message.unfit != Unfit::no) {
+            const auto arguments = planned.row->arguments();
+            const std::size_t value = most_of(planned, message.unfit);
+            complaint.text = fmt::format("does not fit: {}", unfit_text(message));
+            complaint.argument = arguments[std::min(value, arguments.size() - 1)].name;
+            complaint.word = planned.values[value].word;
+            throw complaint;
+        }
+    }
+    if (report.seen.messages.empty() && !report.back.succeeded()) {
+        complaint.text = fmt::format("the library refuses this, nothing would be sent (code {})", *report.back.code);
+        complaint.word = 1;
+        throw complaint;
+    }
 }
 
 } // namespace vorcfg

@@ -38,4 +38,8 @@ private:
     bool bound_ = false;
 };
 
+// Tries the call against a platform that only captures: what the library
+// itself refuses is complained about before anything is sent.
+void rehearse(Planned& planned);
+
 } // namespace vorcfg

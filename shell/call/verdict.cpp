@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <device_mgmt/types.h>
 #include <fmt/core.h>
 
 #include "text/text.hpp"
@@ -44,9 +45,9 @@ std::string status_text(const Message& message)
 
 bool refused(const Returned& back, std::int32_t manager_errno, const Message& message)
 {
-    static constexpr vor_int32 refusals[] = {-1001, -1002};
-    const vor_int32 code = back.code.value_or(0);
-    const bool by_status = code == -1 && manager_errno != 0 && message.answer_status == manager_errno;
+    static constexpr std::int32_t refusals[] = {VOR_CODE_LATITUDE, VOR_CODE_LONGITUDE};
+    const std::int32_t code = back.code.value_or(0);
+    const bool by_status = code == VOR_CODE_REFUSED && manager_errno != 0 && message.answer_status == manager_errno;
     return message.answer_status && (by_status || std::ranges::find(refusals, code) != std::end(refusals));
 }
 

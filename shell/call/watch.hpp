@@ -9,6 +9,8 @@
 #include <span>
 #include <vector>
 
+#include <vorinfra.h>
+
 #include "call/message.hpp"
 
 namespace vorcfg {

@@ -43,7 +43,7 @@ Keeper::Keeper(std::optional<unsigned> seconds, bool hang_up_ends, GiveUp give_u
     }
     pthread_sigmask(SIG_BLOCK, &set, &before_);
     signals_ = signalfd(-1, &set, SFD_CLOEXEC);
-    timer_ = timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC);
+    timer_ = timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK);
     end_ = eventfd(0, EFD_CLOEXEC);
     if (signals_ < 0 || timer_ < 0 || end_ < 0) {
         throw Complaint{fmt::format("cannot wait for signals: {}", std::strerror(errno)), exit_unusable};
@@ -102,13 +102,12 @@ void Keeper::watch()
         }
         const std::lock_guard lock(mutex_);
         signal_came_.notify_all();
+        std::uint64_t expirations = 0; // of the call under way: each begins and ends with the timer set anew
+        const bool late = read(timer_, &expirations, sizeof expirations) == sizeof expirations;
         if (signal && !again) {
             give_up_after(grace_ms / 1000, grace_ms % 1000);
-        } else if (under_way_) { // the other thread is in the library, and comes no further than the lock
+        } else if (under_way_ && (signal || late)) { // the other thread comes no further than the lock
             std::_Exit(give_up_(signalled_ ? "interrupted" : "no answer in time"));
-        } else {
-            std::uint64_t expirations = 0;
-            (void)!(waits[1].revents != 0 ? read(timer_, &expirations, sizeof expirations) : 0);
         }
     }
 }

@@ -1,4 +1,4 @@
-// keeper.hpp: what ends a run from outside: a signal, or a call that does not
+// watchdog.hpp: what ends a run from outside: a signal, or a call that does not
 // come back.
 #pragma once
 

@@ -1,6 +1,22 @@
+#include <device_mgmt/adc.h>
+
 #include "rows/family.hpp"
 
 namespace vorcfg {
+
+void append_fields(Fields& fields, const ADC_PIN_STATS& record)
+{
+    append_field(fields, "logical_port_no", record.logical_port_no);
+    append_field(fields, "read_mode", record.read_mode);
+    append_field(fields, "polling_count", record.polling_count);
+    append_field(fields, "interrupt_count", record.interrupt_count);
+}
+
+namespace {
+
+constexpr RecordField pin[] = {FIELD(ADC_PIN_NO, adc_index), FIELD(ADC_PIN_NO, channel_index)};
+
+} // namespace
 
 FAMILY(adc,
        call<vor_cfg_set_adc_config_polling>("set-config-polling",
@@ -15,7 +31,8 @@ FAMILY(adc,
        call<vor_cfg_get_adc_port_stats>("get-port-stats",
                                         {number("adc_index").fits<vor_uint16>().object(),
                                          number("channel_index").fits<vor_uint16>().object()},
-                                        "1 2"),
+                                        "1 2")
+           .sends(pin),
        call<vor_cfg_set_adc_channel_name>("set-channel-name",
                                           {object("adc_index"), object("channel_index"), "name", "set"},
                                           "1 2 battery-voltage 1"),

@@ -1,6 +1,14 @@
+#include <device_mgmt/common.h>
+
 #include "rows/family.hpp"
 
 namespace vorcfg {
+
+namespace {
+
+constexpr RecordField notice[] = {record_field<vor_int16>("seconds", 0)};
+
+} // namespace
 
 FAMILY(common, part<vor_cfg_create_ipc_endpoint>("create-ipc-endpoint", "every call that asks a manager"),
        part<vor_cfg_remove_ipc_endpoint>("remove-ipc-endpoint", "every call that asks a manager"),
@@ -15,7 +23,9 @@ FAMILY(common, part<vor_cfg_create_ipc_endpoint>("create-ipc-endpoint", "every c
                                                       {"mac_addr_str", result("mac_addr_byte")}, "00:1a:2b:3c:4d:5e")
            .on(Channel::none),
        call<ip_aton>("ip-aton", {"ip_address", result("ip")}, "192.168.1.10").on(Channel::none),
-       call<vor_system_restart>("system-restart", {"time_till_restart"}, "30").marked(confirmed | waits | acts),
+       call<vor_system_restart>("system-restart", {"time_till_restart"}, "30")
+           .marked(confirmed | waits | acts)
+           .sends(notice),
        part<vor_restart_timer>("restart-timer", "common system-restart, by its timer; never callable from the shell"))
 
 } // namespace vorcfg

@@ -1,3 +1,5 @@
+#include <device_mgmt/gsm.h>
+
 #include "rows/family.hpp"
 
 namespace vorcfg {

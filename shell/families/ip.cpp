@@ -1,3 +1,5 @@
+#include <device_mgmt/ip.h>
+
 #include "rows/family.hpp"
 
 namespace vorcfg {
@@ -5,6 +7,20 @@ namespace vorcfg {
 namespace {
 
 constexpr Choice routing[] = {{"enable", 0}, {"disable", 1}};
+
+constexpr RecordField address[] = {FIELD(VOR_ETH_CONFIG_IP, eth_int_number), FIELD(VOR_ETH_CONFIG_IP, eth_conf_option),
+                                   FIELD(VOR_ETH_CONFIG_IP, ip_address), FIELD(VOR_ETH_CONFIG_IP, subnet_mask)};
+constexpr RecordField dhcp_client[] = {FIELD(VOR_ETH_DHCP_CLIENT_CONFIG, eth_int_number),
+                                       FIELD(VOR_ETH_DHCP_CLIENT_CONFIG, eth_conf_option)};
+constexpr RecordField gateway[] = {FIELD(VOR_ETH_DEFAULT_GW_CONFIG, gw_conf_option),
+                                   FIELD(VOR_ETH_DEFAULT_GW_CONFIG, iface_num),
+                                   FIELD(VOR_ETH_DEFAULT_GW_CONFIG, default_gw)};
+constexpr RecordField interface[] = {FIELD(VOR_INTERFACE, interface_num)};
+constexpr RecordField route_switch[] = {record_field<vor_uint32>("enable_status", 0).as(RecordField::Kind::number)};
+constexpr RecordField route_via[] = {FIELD(VOR_ETH_ROUTE_VIA, ip_address)};
+constexpr RecordField static_route[] = {FIELD(VOR_ETH_STATIC_ROUTE, device_no),
+                                        FIELD(VOR_ETH_STATIC_ROUTE, ip_address)};
+constexpr RecordField removed_route[] = {FIELD(VOR_ETH_STATIC_ROUTE, ip_address)};
 
 } // namespace
 
@@ -14,12 +30,16 @@ FAMILY(
                                  {number("interface_number").between(0, 2).object(), ipv4("ip_address"),
                                   ipv4("subnet_mask"), "config_option"},
                                  "0 192.168.1.10 255.255.255.0 1")
+        .sends(address)
         .marked(cuts_link),
     call<vor_cfg_set_ipv6_address>("set-ipv6-address", {object("interface_number"), "ip_address", "config_option"},
                                    "0 fd00:17::10 1")
         .marked(cuts_link),
-    call<vor_cfg_set_dhcp>("set-dhcp", {object("interface_number"), "config_option"}, "1 1").marked(cuts_link),
+    call<vor_cfg_set_dhcp>("set-dhcp", {object("interface_number"), "config_option"}, "1 1")
+        .sends(dhcp_client)
+        .marked(cuts_link),
     call<vor_cfg_set_ipv6_dhcp>("set-ipv6-dhcp", {object("interface_number"), "config_option"}, "1 1")
+        .sends(dhcp_client)
         .marked(cuts_link),
     call<vor_cfg_set_interface_security_params>("set-interface-security-params",
                                                 {object("interface_number"), text("password").secret(), "ssid",
@@ -70,20 +90,28 @@ FAMILY(
     call<vor_cfg_set_default_gateway>("set-default-gateway",
                                       {ipv4("def_gateway"), decimal<vor_uint16>("iface_num").object(), "config_option"},
                                       "192.168.1.1 0 1")
+        .sends(gateway)
         .marked(cuts_link),
-    call<vor_cfg_show_route_status>("show-route-status", {decimal<vor_uchar>("iface_num").object()}, "0").marked(acts),
+    call<vor_cfg_show_route_status>("show-route-status", {decimal<vor_uchar>("iface_num").object()}, "0")
+        .sends(interface)
+        .marked(acts),
     call<vor_cfg_enable_ip_routing>("enable-ip-routing", {decimal<vor_uint16>("enable_status").choices_of(routing)},
                                     "0")
+        .sends(route_switch)
         .marked(cuts_link),
     call<vor_cfg_set_via_route>("set-via-route", {ipv4("ip_address").object(), unsent("via_address")},
                                 "10.20.0.0 192.168.1.2")
+        .sends(route_via)
         .undone_by("remove-ip-route")
         .marked(cuts_link),
     call<vor_cfg_set_static_route>("set-static-route",
                                    {ipv4("ip_address").object(), decimal<vor_uint16>("interface_number")},
                                    "10.30.0.0 1")
+        .sends(static_route)
         .undone_by("remove-ip-route")
         .marked(cuts_link),
-    call<vor_cfg_remove_ip_route>("remove-ip-route", {ipv4("ip_address").object()}, "10.30.0.0").marked(cuts_link))
+    call<vor_cfg_remove_ip_route>("remove-ip-route", {ipv4("ip_address").object()}, "10.30.0.0")
+        .sends(removed_route)
+        .marked(cuts_link))
 
 } // namespace vorcfg

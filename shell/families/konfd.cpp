@@ -1,3 +1,5 @@
+#include <device_mgmt/konfd.h>
+
 #include "rows/family.hpp"
 #include "rows/konfd_query.hpp"
 

@@ -1,3 +1,5 @@
+#include <device_mgmt/lora.h>
+
 #include "rows/family.hpp"
 
 namespace vorcfg {

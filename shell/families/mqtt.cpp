@@ -1,3 +1,5 @@
+#include <device_mgmt/mqtt.h>
+
 #include "rows/family.hpp"
 
 namespace vorcfg {

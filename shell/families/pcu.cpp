@@ -1,3 +1,5 @@
+#include <device_mgmt/pcu.h>
+
 #include "rows/family.hpp"
 
 namespace vorcfg {

@@ -1,3 +1,5 @@
+#include <device_mgmt/snmp.h>
+
 #include "rows/family.hpp"
 
 namespace vorcfg {

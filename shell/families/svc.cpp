@@ -1,3 +1,5 @@
+#include <device_mgmt/svc.h>
+
 #include "rows/family.hpp"
 
 namespace vorcfg {

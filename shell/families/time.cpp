@@ -1,3 +1,5 @@
+#include <device_mgmt/time.h>
+
 #include "rows/family.hpp"
 
 namespace vorcfg {

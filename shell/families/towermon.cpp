@@ -1,3 +1,5 @@
+#include <device_mgmt/towermon.h>
+
 #include "rows/family.hpp"
 
 namespace vorcfg {

@@ -2,20 +2,50 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 
 #include <fmt/core.h>
+#include <fmt/ranges.h>
 
-#include "help/files.hpp"
-#include "help/help.hpp"
 #include "help/manual.hpp"
+#include "input/command.hpp"
+#include "input/complaint.hpp"
 #include "input/options.hpp"
 #include "rows/contract.hpp"
 #include "rows/families.hpp"
 #include "rows/names.hpp"
+#include "text/text.hpp"
+
+#include "script_texts.hpp" // of the files in scripts/, by the build
 
 namespace vorcfg {
 
 namespace {
+
+// The files whose names begin as typed, sorted, a directory with a slash behind it; one that begins with a dot only
+// where that is typed. Where `home` says so, ~/ is the home directory, as the shell will read it.
+std::vector<std::string> paths_that_begin(std::string_view typed, bool home)
+{
+    namespace fs = std::filesystem;
+    const std::size_t slash = typed.rfind('/');
+    const std::string directory(typed.substr(0, slash == std::string_view::npos ? 0 : slash + 1));
+    const std::string_view begin = typed.substr(directory.size());
+    fs::path place = directory.empty() ? "." : directory;
+    if (const char* const at_home = std::getenv("HOME"); home && directory.starts_with("~/") && at_home != nullptr) {
+        place = fs::path(at_home) / directory.substr(2);
+    }
+    std::vector<std::string> paths;
+    std::error_code ignored;
+    for (fs::directory_iterator each(place, ignored), end; each != end; each.increment(ignored)) {
+        const std::string name = each->path().filename().string();
+        const bool shown = name.starts_with(begin) && (begin.starts_with('.') || !name.starts_with('.'));
+        if (shown && vor::printable(name) == name && name.find('\n') == std::string::npos) {
+            paths.push_back(directory + name + (each->is_directory(ignored) ? "/" : ""));
+        }
+    }
+    std::ranges::sort(paths);
+    return paths;
+}
 
 class Completion {
 public:
@@ -154,8 +184,7 @@ private:
             for (const Command& command : commands()) {
                 offer(std::string(command.name), command.about);
             }
-        } else if (const auto command = std::ranges::find(commands(), before_[0], &Command::name);
-                   command != commands().end()) {
+        } else if (const Command* const command = command_named(before_[0])) {
             offer_word_of(*command);
         } else if (const Row* const row = call()) {
             offer_argument(*row);
@@ -264,6 +293,25 @@ std::string completions(std::span<const Word> words)
         text += fmt::format("{}\t{}\n", candidate.word, candidate.hint);
     }
     return text;
+}
+
+std::vector<std::string_view> completed_shells()
+{
+    std::vector<std::string_view> shells;
+    for (const vor::BuiltIn& script : script_texts) {
+        shells.push_back(script.stem);
+    }
+    return shells;
+}
+
+std::string_view completion_script(std::string_view shell)
+{
+    const auto found = std::ranges::find(script_texts, shell, &vor::BuiltIn::stem);
+    if (found == std::end(script_texts)) {
+        throw Complaint{
+            fmt::format("no completion for \"{}\"; wanted: {}", shell, fmt::join(completed_shells(), ", "))};
+    }
+    return found->text;
 }
 
 } // namespace vorcfg

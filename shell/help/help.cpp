@@ -15,6 +15,11 @@ namespace vorcfg {
 
 namespace {
 
+constexpr std::string_view about_vorcfg = "changes a gateway's settings, one call or one batch file at a time";
+constexpr std::string_view about_words =
+    "Numbers are decimal or 0x. A secret is given as @FILE, - (a line of standard\n"
+    "input) or ? (a prompt); left out on the command line, it is asked for.\n";
+
 constexpr std::size_t line_width = 100;
 
 // Fills lines up, each begun with so many blanks.
@@ -36,39 +41,6 @@ std::string filled(std::string_view text, std::size_t indent)
     }
     return out + '\n';
 }
-
-constexpr Command command_rows[] = {
-    {"", "FAMILY CALL ARGUMENT...", "make a call", ""},
-    {"", "", "take lines from standard input, at a terminal with a prompt", ""},
-    {"batch", "batch FILE", "make every call of a file; - is standard input",
-     "One call a line, as on the command line behind `vorcfg`. # begins a comment; a text with blanks\n"
-     "stands between double quotes, with \\\" and \\\\ for the two characters. The file is checked whole, and\n"
-     "each call tried on a platform that sends nothing, before the first message. The first failure ends\n"
-     "it, unless --keep-going is given; it ends with the code of the worst.\n"},
-    {"check", "check FILE", "complain about a file, without a gateway", ""},
-    {"plan", "plan FILE", "show what of a file the gateway has not accepted yet",
-     "Compares the file with the journal of what was accepted; sends nothing. Ends with 11 where there is\n"
-     "something to make. Nearly nothing can be read back from a gateway: what it holds is not known.\n"},
-    {"apply", "apply FILE", "make what the gateway has not accepted yet",
-     "In the file's order. Each call is in the journal before it is sent and its verdict after, so that\n"
-     "applying again goes on where the last time ended. With --confirm, all of it is taken back unless it\n"
-     "is confirmed in time.\n"},
-    {"confirm", "confirm JOURNAL", "keep what a confirmed apply has changed", ""},
-    {"revert", "revert JOURNAL", "take back at once what a confirmed apply has changed", ""},
-    {"report", "report JOURNAL", "print the hand-over sheet: what was accepted, by family and object", ""},
-    {"list", "list [FAMILY]", "show every call",
-     "With --json, all that is known of each: ranges, lengths, words, marks.\n"},
-    {"search", "search WORD", "show the calls that a word leads to",
-     "Looks at the calls' names, their arguments and what the contract says of them.\n"},
-    {"help", "help [FAMILY [CALL]]", "show a family's calls, a call's arguments; also --help behind them", ""},
-    {"docs", "docs FAMILY --yes", "print a family's reference page",
-     "Makes every example of the family on the running gateway, which holds them afterwards: a simulated one's work.\n"
-     "Nothing is printed unless each succeeds.\n"},
-    {"manual", "manual [PAGE]", "print a manual page, or name them all",
-     "To read it: vorcfg manual vorcfg-gpio.1 | man -l -\n"},
-    {"completion", "completion SHELL", "print the completion for bash or zsh",
-     "For the session: source <(vorcfg completion bash)\n"},
-};
 
 std::string option_text(const OptionRow& row)
 {
@@ -114,15 +86,10 @@ std::string listed(bool json, Wanted wanted)
 
 } // namespace
 
-std::span<const Command> commands()
-{
-    return command_rows;
-}
-
 std::string help()
 {
     std::string text = fmt::format("vorcfg {}.\n\n", about_vorcfg);
-    for (const Command& command : command_rows) {
+    for (const Command& command : commands()) {
         text += fmt::format("  vorcfg {:<26} {}\n", command.usage, command.about);
     }
     text += "\nFamilies:\n";
@@ -140,14 +107,10 @@ std::string help()
     return text;
 }
 
-std::string help_on_command(std::string_view name)
+std::string help(const Command& command)
 {
-    const auto command = std::ranges::find(command_rows, name, &Command::name);
-    if (name.empty() || command == std::end(command_rows)) {
-        return "";
-    }
-    return fmt::format("vorcfg {}: {}\n{}{}", command->usage, command->about, command->more.empty() ? "" : "\n",
-                       command->more);
+    return fmt::format("vorcfg {}: {}\n{}{}", command.usage, command.about, command.more.empty() ? "" : "\n",
+                       command.more);
 }
 
 std::string help(const Family& family)

@@ -1,140 +1,248 @@
 #include "help/manual.hpp"
 
 #include <algorithm>
-#include <cstdio>
-#include <unistd.h>
+#include <cctype>
+#include <cstdlib>
+#include <ctime>
+#include <utility>
 
 #include <fmt/core.h>
 
-#include "help/family_page.hpp"
-#include "help/help.hpp"
-#include "help/help_page.hpp"
-#include "help/mdoc.hpp"
+#include "input/command.hpp"
 #include "input/complaint.hpp"
 #include "input/exit_codes.hpp"
 #include "input/options.hpp"
-#include "input/secret.hpp"
 #include "rows/contract.hpp"
 #include "rows/families.hpp"
+#include "rows/names.hpp"
 #include "text/nearest.hpp"
+
+#include "manual_texts.hpp" // of the pages, by the build
 
 namespace vorcfg {
 
 namespace {
 
-// "batch FILE": the command, then what stands behind it.
-void add_usage(Mdoc& page, std::string_view usage)
+std::string replaced(std::string text, std::string_view from, std::string_view to)
 {
-    page.macro("Nm", "vorcfg").macro("Op", "OPTION...");
-    if (usage.empty()) {
-        return;
-    }
-    const std::size_t name = usage.find_first_not_of("abcdefghijklmnopqrstuvwxyz-");
-    if (name != 0) {
-        page.macro("Cm", usage.substr(0, name));
-        usage.remove_prefix(std::min(usage.find_first_not_of(' ', std::min(name, usage.size())), usage.size()));
-    }
-    if (!usage.empty()) {
-        page.macro("Ar", usage);
-    }
-}
-
-void add_exits(Mdoc& page)
-{
-    page.section("exit status").begin_list();
-    for (std::size_t code = 0; code < std::size(exit_texts); code++) {
-        page.item(std::to_string(code), fmt::format("{}.", exit_texts[code]));
-    }
-    page.end_list();
-}
-
-std::string tool_manual()
-{
-    Mdoc page("vorcfg", 1, about_vorcfg);
-    page.section("synopsis");
-    for (const Command& command : commands()) {
-        add_usage(page, command.usage);
-    }
-    page.section("description").paragraph(about_verdicts).begin_list();
-    for (const Command& command : commands()) {
-        if (!command.usage.empty()) {
-            page.item(command.usage, fmt::format("{}.", command.about)).text(command.more);
-        }
-    }
-    page.end_list().paragraph(about_prompt).paragraph(about_words);
-    page.paragraph("The options stand anywhere before a --, which ends them.").begin_list();
-    for (const OptionRow& row : option_rows()) {
-        page.item(fmt::format("{}{}{}", row.name, row.value.empty() ? "" : " ", row.value),
-                  fmt::format("{}{}{}.", row.about, row.commands.empty() ? "" : "; for ", row.commands));
-    }
-    page.end_list().paragraph("The families, each with a page of its own:").begin_list();
-    for (const Family* const family : families()) {
-        page.item(family->name, fmt::format("{}.", about(*family)));
-    }
-    page.end_list().section("environment").begin_list();
-    page.item("VORINFRA_DIR", "The directory of the development platform's sockets.");
-    page.item("XDG_STATE_HOME", "Where vorcfg/history is kept, the lines typed before; else ~/.local/state.");
-    page.end_list();
-    add_exits(page);
-    page.see_also({{"vorsim", 1}, {"vorcfg-batch", 5}});
-    return page.take();
-}
-
-// An example of each of some families, as a file would have them.
-std::string batch_example()
-{
-    std::string text = "# a site\n";
-    for (const std::string_view name : {"hostname", "gpio", "syslog", "ip"}) {
-        const Row& row = wanted_family(name).rows.front();
-        text += fmt::format("{} {}\n", row.full_name(), row.example);
+    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
+        text.replace(at, from.size(), to);
     }
     return text;
 }
 
-std::string batch_manual()
+// As it is to be read; a line that began with a dot or a quote would be a request.
+std::string escaped(std::string_view text)
 {
-    const auto command = std::ranges::find(commands(), "batch", &Command::name);
-    Mdoc page("vorcfg-batch", 5, "files of calls for vorcfg");
-    page.section("description").paragraph(command->more);
-    page.paragraph(about_batch_words).paragraph(about_variables);
-    page.paragraph(about_words).paragraph(about_batch_secrets).paragraph(about_bytes);
-    page.section("examples").literal(batch_example());
-    page.see_also({{"vorcfg", 1}});
-    return page.take();
+    std::string out = fmt::format("\n{}", text);
+    for (const auto& [from, to] : {std::pair{"\\", "\\e"}, {"-", "\\-"}, {"\n.", "\n\\&."}, {"\n'", "\n\\&'"}}) {
+        out = replaced(std::move(out), from, to);
+    }
+    return out.substr(1);
+}
+
+// All as one argument of a macro: a word by itself may be a macro's name.
+std::string argument(std::string_view text)
+{
+    return fmt::format("\"\\&{}\"", replaced(escaped(text), "\"", "\"\""));
+}
+
+// Lines filled up, each sentence begun on one of its own.
+std::string filled(std::string_view text)
+{
+    std::string out;
+    std::size_t column = 0;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find_first_of(" \n"), text.size());
+        const std::string word = escaped(text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
+        if (word.empty()) {
+            continue;
+        }
+        if (column != 0) {
+            const bool ends = column + 1 + word.size() > 78;
+            out += ends ? '\n' : ' ';
+            column = ends ? 0 : column + 1;
+        }
+        out += word;
+        column += word.size();
+        const std::size_t last = word.find_last_not_of("\")'");
+        if (last != std::string::npos && last != 0 && std::string_view(".?!").find(word[last]) != std::string::npos) {
+            out += '\n';
+            column = 0;
+        }
+    }
+    return column == 0 ? out : out + '\n';
+}
+
+std::string paragraph(std::string_view text)
+{
+    return ".Pp\n" + filled(text);
+}
+
+std::string literal(std::string_view lines)
+{
+    return fmt::format(".Bd -literal -offset indent\n{}{}.Ed\n", escaped(lines), lines.ends_with('\n') ? "" : "\n");
+}
+
+// An item of a list, in a sentence.
+std::string item(std::string_view tag, std::string_view text)
+{
+    return fmt::format(".It {}\n{}", tag, filled(fmt::format("{}.", text)));
+}
+
+// The day that SOURCE_DATE_EPOCH says, else today.
+std::string day()
+{
+    const char* const given = std::getenv("SOURCE_DATE_EPOCH");
+    const std::time_t when =
+        given != nullptr ? static_cast<std::time_t>(std::strtoll(given, nullptr, 10)) : std::time(nullptr);
+    std::tm parts{};
+    gmtime_r(&when, &parts);
+    char text[32];
+    return {text, std::strftime(text, sizeof text, "%B %-d, %Y", &parts)};
+}
+
+// "Cm batch Ar FILE"
+std::string usage_macros(std::string_view name, std::string_view usage)
+{
+    std::string macros = name.empty() ? "" : "Cm " + escaped(name);
+    const std::string_view behind = usage.substr(std::min(name.empty() ? 0 : name.size() + 1, usage.size()));
+    if (!behind.empty()) {
+        macros += fmt::format("{}Ar {}", macros.empty() ? "" : " ", argument(behind));
+    }
+    return macros;
+}
+
+// What a page has where it says @SYNOPSIS@ or the like.
+std::vector<std::pair<std::string_view, std::string>> fillings()
+{
+    std::string synopsis;
+    std::string listed;
+    for (const Command& command : commands()) {
+        const std::string macros = usage_macros(command.name, command.usage);
+        synopsis += ".Nm\n.Op Ar OPTION ...\n";
+        if (!macros.empty()) {
+            synopsis += fmt::format(".{}\n", macros);
+            listed += item(macros, command.about) + filled(command.more);
+        }
+    }
+    std::string options;
+    for (const OptionRow& row : option_rows()) {
+        const std::string value = row.value.empty() ? "" : " Ar " + argument(row.value);
+        options += item(fmt::format("Fl {}{}", escaped(row.name.substr(1)), value),
+                        fmt::format("{}{}{}", row.about, row.commands.empty() ? "" : "; for ", row.commands));
+    }
+    std::string known;
+    for (const Family* const family : families()) {
+        known += item(family->name, about(*family));
+    }
+    std::string exits;
+    for (std::size_t code = 0; code < std::size(exit_texts); code++) {
+        exits += item(std::to_string(code), exit_texts[code]);
+    }
+    return {{"@DATE@", day()},        {"@SYNOPSIS@\n", synopsis}, {"@COMMANDS@\n", listed},
+            {"@OPTIONS@\n", options}, {"@FAMILIES@\n", known},    {"@EXIT_STATUS@\n", exits}};
+}
+
+// The header's text, without the file's name before it.
+std::string without_file(std::string text)
+{
+    const std::size_t name = text.find(".h: ");
+    if (name != std::string::npos && name < text.find(' ')) {
+        text.erase(0, name + 4);
+        text[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(text[0])));
+    }
+    return text;
+}
+
+std::string arguments_of(const Row& row, const CallContract& contract)
+{
+    std::string items;
+    for (const Argument& each : row.arguments()) {
+        if (each.is_given()) {
+            const std::string_view meaning = contract.about(each);
+            items += item(fmt::format("Ar {}", each.name), kind_text(each));
+            items += meaning.empty() ? "" : filled(fmt::format("{}.", meaning));
+        }
+    }
+    return items.empty() ? "" : fmt::format(".Bl -tag -width Ds\n{}.El\n", items);
+}
+
+std::string section_of(const Row& row)
+{
+    const CallContract& contract = contract_of(row);
+    std::string text = fmt::format(".Ss {}\n", escaped(row.full_name()));
+    if (row.read != nullptr) {
+        text += filled(summary_of(row)) + literal(row.usage_help);
+    } else {
+        text += literal(contract.declaration);
+        for (const std::string& each : contract.paragraphs) {
+            text += paragraph(each);
+        }
+    }
+    if (!row.used_by.empty()) {
+        return text + paragraph(fmt::format("Not called on its own; what uses it: {}.", row.used_by));
+    }
+    for (const std::string_view remark : remarks_of(row)) {
+        text += paragraph(remark);
+    }
+    if (row.read == nullptr) {
+        text += arguments_of(row, contract) + paragraph(fmt::format("The library returns {}.", contract.returned));
+    }
+    return text + literal(fmt::format("vorcfg {}{}{}", row.full_name(), row.example.empty() ? "" : " ", row.example));
+}
+
+std::string page_of(const Family& family)
+{
+    std::string title = fmt::format("vorcfg-{}", family.name);
+    std::string text = fmt::format(".Nm {}\n.Nd {}\n.Sh SYNOPSIS\n", title, escaped(about(family)));
+    for (const Row& row : family.rows) {
+        if (row.used_by.empty()) {
+            text += fmt::format(".Nm vorcfg\n.{}\n", usage_macros(row.full_name(), usage_of(row)));
+        }
+    }
+    std::string description;
+    for (const std::string& each : contract_of(family).paragraphs) {
+        description += description.empty() ? filled(without_file(each)) : paragraph(without_file(each));
+    }
+    text += ".Sh DESCRIPTION\n" + description;
+    for (const Row& row : family.rows) {
+        text += section_of(row);
+    }
+    std::ranges::transform(title, title.begin(), [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    return fmt::format(".Dd {}\n.Dt {} 1\n.Os\n.Sh NAME\n{}.Sh SEE ALSO\n.Xr vorcfg 1 ,\n.Xr vorcfg-batch 5\n", day(),
+                       title, text);
 }
 
 } // namespace
 
 std::vector<std::string> manual_pages()
 {
-    std::vector<std::string> pages{"vorcfg.1", "vorcfg-batch.5", "vorsim.1"};
+    std::vector<std::string> pages;
+    for (const vor::BuiltIn& page : manual_texts) {
+        pages.emplace_back(page.stem);
+    }
     for (const Family* const family : families()) {
         pages.push_back(fmt::format("vorcfg-{}.1", family->name));
     }
     return pages;
 }
 
-std::string manual(std::string_view page, bool standard_input)
+std::string manual(std::string_view page)
 {
-    if (page == "vorcfg.1") {
-        return tool_manual();
-    }
-    if (page == "vorcfg-batch.5") {
-        return batch_manual();
-    }
-    if (page == "vorsim.1" && !standard_input) {
-        throw Complaint{"the help of vorsim is read from standard input, which is the session itself"};
-    }
-    if (page == "vorsim.1") {
-        const std::string text = isatty(STDIN_FILENO) == 0 ? content_of(stdin, "standard input") : "";
-        if (text.empty()) {
-            throw Complaint{"the help of vorsim is wanted on standard input: vorsim --help | vorcfg manual vorsim.1"};
+    for (const vor::BuiltIn& each : manual_texts) {
+        if (page == each.stem) {
+            std::string text(each.text);
+            for (const auto& [marker, filling] : fillings()) {
+                text = replaced(text, marker, filling);
+            }
+            return text;
         }
-        return help_page("vorsim", text);
     }
     for (const Family* const family : families()) {
         if (page == fmt::format("vorcfg-{}.1", family->name)) {
-            return family_manual(*family);
+            return page_of(*family);
         }
     }
     throw Complaint{fmt::format("no page \"{}\"{}", page,

@@ -1,4 +1,4 @@
-// manual.hpp: the manual pages, printed from the rows, the headers and the tools' own help.
+// manual.hpp: the manual pages: those in pages/, with what the tables know filled in, and one of each family.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@ namespace vorcfg {
 
 std::vector<std::string> manual_pages(); // "vorcfg.1", "vorcfg-gpio.1", ...
 
-// Of vorsim the help is read from standard input, if that is free. Throws a Complaint that names the nearest.
-std::string manual(std::string_view page, bool standard_input);
+// In mdoc. Throws a Complaint that names the nearest.
+std::string manual(std::string_view page);
 
 } // namespace vorcfg

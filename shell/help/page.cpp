@@ -35,7 +35,7 @@ Planned planned_example(const Row& row)
     std::vector<Word> words = words_of(fmt::format("{} {}", row.full_name(), row.example));
     for (Word& word : words) {
         if (!word.quoted && word.text == "-") {
-            word = {std::string(sample_secret), true, 0};
+            word = {{std::string(sample_secret), true}};
         }
     }
     Secrets secrets({.literals = true});

@@ -1,28 +1,29 @@
-// exits.hpp: the exit codes, the shell's contract with scripts.
+// exit_codes.hpp: the exit codes, the shell's contract with scripts.
 #pragma once
 
+#include <iterator>
 #include <string_view>
 
 namespace vorcfg {
 
 enum ExitCode : int {
-    exit_ok = 0,            // accepted, sent one-way, or done without a message
-    exit_refused = 1,       // the manager refused
-    exit_usage = 2,         // bad usage, a bad argument or a bad batch file
-    exit_not_delivered = 3, // the platform refused the exchange or the send, or nobody listens
-    exit_not_sent = 4,      // the call sent nothing
-    exit_unread = 5,        // delivered, the verdict cannot be read
-    exit_unknown = 6,       // no answer in time
-    exit_unusable = 7,      // no endpoint: the platform cannot be used
-    exit_no_input = 8,      // a file, a secret or a terminal cannot be read
-    exit_contradiction = 9, // the call's code contradicts what was seen
-    exit_no_output = 10,    // standard output cannot be written
-    exit_due = 11,          // a plan has something to do
-    exit_journal = 12,      // the journal cannot be used: in use, another gateway's, broken, a full disk
-    exit_ended = 13,        // ended by a signal, or taken back
+    exit_ok,
+    exit_refused,
+    exit_usage,
+    exit_not_delivered,
+    exit_not_sent,
+    exit_unread,
+    exit_unknown,
+    exit_unusable,
+    exit_no_input,
+    exit_contradiction,
+    exit_no_output,
+    exit_due,
+    exit_journal,
+    exit_ended,
 };
 
-// Each in words, as help and the manual tell them.
+// What each means, as help and the manual tell it.
 inline constexpr std::string_view exit_texts[] = {
     "accepted, sent one-way, or done",
     "refused by the manager or konfd",
@@ -39,5 +40,6 @@ inline constexpr std::string_view exit_texts[] = {
     "the journal cannot be used",
     "interrupted, or taken back",
 };
+static_assert(std::size(exit_texts) == exit_ended + 1, "a text for each code");
 
 } // namespace vorcfg

@@ -1,42 +1,114 @@
 #include "input/options.hpp"
 
 #include <algorithm>
-#include <charconv>
-#include <limits>
+#include <chrono>
+#include <type_traits>
 
 #include <fmt/core.h>
 
 #include "input/complaint.hpp"
 #include "text/nearest.hpp"
+#include "text/parse.hpp"
 
 namespace vorcfg {
 
 namespace {
 
+[[noreturn]] void complain_number(const OptionRow& row, std::string_view text, std::string_view what,
+                                  std::uint32_t least, std::uint32_t most)
+{
+    throw Complaint{
+        fmt::format("{}: \"{}\" is no {}; a number from {} to {} is wanted", row.name, text, what, least, most)};
+}
+
+std::uint32_t number_in(const OptionRow& row, std::string_view text, std::string_view what, std::uint32_t least,
+                        std::uint32_t most)
+{
+    const auto number = vor::number_in<std::uint32_t>(text);
+    if (!number || *number < least || *number > most) {
+        complain_number(row, text, what, least, most);
+    }
+    return *number;
+}
+
+// A flag, a text, or one more of them.
+template <auto Member>
+void take(Options& options, const OptionRow&, std::string_view value)
+{
+    auto& taken = options.*Member;
+    if constexpr (std::is_same_v<decltype(taken), bool&>) {
+        taken = true;
+    } else if constexpr (std::is_same_v<decltype(taken), std::string&>) {
+        taken = value;
+    } else {
+        taken.emplace_back(value);
+    }
+}
+
+template <auto Member>
+void take_seconds(Options& options, const OptionRow& row, std::string_view value)
+{
+    using std::chrono::seconds;
+    constexpr unsigned day = 86400;
+    const auto time = vor::time_in(value, vor::Bare::seconds);
+    if (!time || time->count() <= 0 || *time % seconds(1) != seconds(0)) {
+        complain_number(row, value, "number of seconds", 1, day);
+    }
+    options.*Member = static_cast<unsigned>(std::chrono::duration_cast<seconds>(*time).count());
+}
+
+void take_sap(Options& options, const OptionRow& row, std::string_view value)
+{
+    options.sap = static_cast<std::uint16_t>(number_in(row, value, "SAP", 0, UINT16_MAX));
+}
+
+void take_line(Options& options, const OptionRow& row, std::string_view value)
+{
+    options.from = number_in(row, value, "line", 1, UINT32_MAX);
+}
+
+void take_password(Options& options, const OptionRow& row, std::string_view value)
+{
+    options.password = Word{{row.value.empty() ? "-" : fmt::format("@{}", value)}};
+}
+
 constexpr OptionRow rows[] = {
-    {"--json", "", "one JSON object per call, and per complaint", &Options::json},
-    {"--trace", "", "show each message and its answer on standard error", &Options::trace},
-    {"--dry-run", "", "show the exact messages, send nothing; needs no gateway", &Options::dry_run, "a call, batch"},
-    {"--sap", "N", "the shell's own endpoint; by default a free one from 0x1000 up"},
-    {"--yes", "", "for a call that wants to be confirmed; ask nothing", &Options::yes},
-    {"--keep-going", "", "go on with a batch after a failure", &Options::keep_going, "batch, apply"},
-    {"--timeout", "SECONDS", "a call that takes longer is unknown", nullptr, "batch, apply, revert"},
-    {"--set", "NAME=VALUE", "what ${NAME} stands for in a batch file", nullptr, "batch, check, plan, apply"},
-    {"--vars", "FILE", "the same from a file, one NAME=VALUE a line", nullptr, "batch, check, plan, apply"},
-    {"--journal", "FILE", "what a gateway accepted; by default the batch file's name and .journal", nullptr,
+    {{"--json", "", "one JSON object per call, and per complaint"}, take<&Options::json>},
+    {{"--trace", "", "show each message and its answer on standard error"}, take<&Options::trace>},
+    {{"--dry-run", "", "show the exact messages, send nothing; needs no gateway"},
+     take<&Options::dry_run>,
+     "a call, batch"},
+    {{"--sap", "N", "the shell's own endpoint; by default a free one from 0x1000 up"}, take_sap},
+    {{"--yes", "", "for a call that wants to be confirmed; ask nothing"}, take<&Options::yes>},
+    {{"--keep-going", "", "go on with a batch after a failure"}, take<&Options::keep_going>, "batch, apply"},
+    {{"--timeout", "SECONDS", "a call that takes longer is unknown"},
+     take_seconds<&Options::timeout>,
+     "batch, apply, revert"},
+    {{"--set", "NAME=VALUE", "what ${NAME} stands for in a batch file"},
+     take<&Options::sets>,
+     "batch, check, plan, apply"},
+    {{"--vars", "FILE", "the same from a file, one NAME=VALUE a line"},
+     take<&Options::vars>,
+     "batch, check, plan, apply"},
+    {{"--journal", "FILE", "what a gateway accepted; by default the batch file's name and .journal"},
+     take<&Options::journal>,
      "plan, apply"},
-    {"--gateway", "NAME", "the gateway that the journal is of; kept there", nullptr, "plan, apply"},
-    {"--from", "LINE", "plan and apply from this line on", nullptr, "plan, apply"},
-    {"--only", "FAMILY", "plan and apply the calls of one family", nullptr, "plan, apply"},
-    {"--retry-unknown", "", "make again what was begun and has no verdict", &Options::retry_unknown, "apply"},
-    {"--skip-unknown", "", "leave out what was begun and has no verdict", &Options::skip_unknown, "apply"},
-    {"--resend-secrets", "", "make accepted calls with a secret again", &Options::resend_secrets, "plan, apply"},
-    {"--confirm", "SECONDS", "take back what apply changed, unless it is confirmed in this time", nullptr, "apply"},
-    {"--html", "", "a report as a page for a browser or a printer", &Options::html, "report"},
-    {"--password-file", "FILE", "take the call's secret argument from a file"},
-    {"--password-stdin", "", "take the call's secret argument from standard input"},
-    {"--help", "", "help, also on a family, a call or a command", &Options::help},
-    {"--version", "", "the version", &Options::version},
+    {{"--gateway", "NAME", "the gateway that the journal is of; kept there"}, take<&Options::gateway>, "plan, apply"},
+    {{"--from", "LINE", "plan and apply from this line on"}, take_line, "plan, apply"},
+    {{"--only", "FAMILY", "plan and apply the calls of one family"}, take<&Options::only>, "plan, apply"},
+    {{"--retry-unknown", "", "make again what was begun and has no verdict"}, take<&Options::retry_unknown>, "apply"},
+    {{"--skip-unknown", "", "leave out what was begun and has no verdict"}, take<&Options::skip_unknown>, "apply"},
+    {{"--resend-secrets", "", "make accepted calls with a secret again"},
+     take<&Options::resend_secrets>,
+     "plan, apply"},
+    {{"--confirm", "SECONDS", "take back what apply changed, unless it is confirmed in this time"},
+     take_seconds<&Options::confirm>,
+     "apply"},
+    {{"--html", "", "a report as a page for a browser or a printer"}, take<&Options::html>, "report"},
+    {{"--password-file", "FILE", "take the call's secret argument from a file"}, take_password},
+    {{"--password-stdin", "", "take the call's secret argument from standard input"}, take_password},
+    {{"--help", "", "help, also on a family, a call or a command"}, take<&Options::help>},
+    {{"--version", "", "the version"}, take<&Options::version>},
 };
 
 } // namespace
@@ -46,75 +118,9 @@ std::span<const OptionRow> option_rows()
     return rows;
 }
 
-std::optional<std::int64_t> number_of(std::string_view text)
-{
-    const bool negative = text.starts_with('-');
-    text.remove_prefix(negative ? 1 : 0);
-    const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
-    text.remove_prefix(hexadecimal ? 2 : 0);
-    std::uint64_t magnitude = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), magnitude, hexadecimal ? 16 : 10);
-    if (text.empty() || end != text.data() + text.size() || error == std::errc::invalid_argument) {
-        return std::nullopt;
-    }
-    // Far out of every argument's range is as good as exact.
-    const auto bounded = static_cast<std::int64_t>(std::min<std::uint64_t>(
-        error == std::errc() ? magnitude : UINT64_MAX, std::numeric_limits<std::int64_t>::max()));
-    return negative ? -bounded : bounded;
-}
-
 namespace {
 
-template <class Number>
-Number number_in(std::string_view option, std::string_view text, std::string_view what, Number least, Number most)
-{
-    const auto number = number_of(text);
-    if (!number || *number < least || *number > most) {
-        throw Complaint{
-            fmt::format("{}: \"{}\" is no {}; a number from {} to {} is wanted", option, text, what, least, most)};
-    }
-    return static_cast<Number>(*number);
-}
-
-// "120" and "120s"
-unsigned seconds_of(std::string_view option, std::string_view text)
-{
-    return number_in<unsigned>(option, text.ends_with('s') ? text.substr(0, text.size() - 1) : text,
-                               "number of seconds", 1, 86400);
-}
-
-void take(Options& options, const OptionRow& row, std::string_view value)
-{
-    if (row.flag != nullptr) {
-        options.*row.flag = true;
-    } else if (row.name == "--sap") {
-        options.sap = number_in<std::uint16_t>(row.name, value, "SAP", 0, UINT16_MAX);
-    } else if (row.name == "--timeout") {
-        options.timeout = seconds_of(row.name, value);
-    } else if (row.name == "--confirm") {
-        options.confirm = seconds_of(row.name, value);
-    } else if (row.name == "--set") {
-        options.sets.emplace_back(value);
-    } else if (row.name == "--vars") {
-        options.vars.emplace_back(value);
-    } else if (row.name == "--journal") {
-        options.journal = value;
-    } else if (row.name == "--gateway") {
-        options.gateway = value;
-    } else if (row.name == "--from") {
-        options.from = number_in<std::uint32_t>(row.name, value, "line", 1, UINT32_MAX);
-    } else if (row.name == "--only") {
-        options.only = value;
-    } else if (row.name == "--password-file") {
-        options.password = Word{fmt::format("@{}", value)};
-    } else {
-        options.password = Word{"-"};
-    }
-}
-
-} // namespace
-
-[[noreturn]] static void complain_unknown(std::string_view name)
+[[noreturn]] void complain_unknown(std::string_view name)
 {
     std::vector<std::string> known;
     for (const OptionRow& row : rows) {
@@ -124,8 +130,6 @@ void take(Options& options, const OptionRow& row, std::string_view value)
         fmt::format("unknown option {}{}", name,
                     vor::suggestion(vor::nearest(name, known), "put -- before a text that begins with two dashes"))};
 }
-
-namespace {
 
 constexpr std::string_view a_call = "a call";
 
@@ -141,66 +145,66 @@ bool has_own_options(const std::vector<Word>& words)
     return words.size() >= 2 && words[0].text == "konfd" && words[1].text == "query";
 }
 
+// Null, where it is a word of a call with options of its own.
+const OptionRow* row_named(std::string_view name, const std::vector<Word>& words)
+{
+    const auto row = std::ranges::find(rows, name, &OptionRow::name);
+    const bool own = has_own_options(words);
+    if (row == std::end(rows) && !own) {
+        complain_unknown(name);
+    }
+    return row == std::end(rows) || (own && !means_something(*row, a_call)) ? nullptr : row;
+}
+
+std::vector<std::string_view> texts_of(const std::vector<Word>& words)
+{
+    std::vector<std::string_view> texts;
+    for (const Word& word : words) {
+        texts.push_back(word.text);
+    }
+    return texts;
+}
+
 } // namespace
 
 Options options_of(std::span<char* const> arguments)
 {
     std::vector<Word> typed;
     for (const char* const argument : arguments) {
-        typed.push_back({.text = argument, .named = named_length(argument)});
+        typed.push_back({{.text = argument, .named = vor::named_length(argument)}});
     }
     return options_of(std::move(typed), {});
 }
 
 Options options_of(std::vector<Word> typed, Options options)
-{
+try {
+    const std::vector<std::string_view> texts = texts_of(typed);
     bool over = false;
     options.given.clear();
-    for (std::size_t i = 0; i < typed.size(); i++) {
-        const std::string_view word = typed[i].text;
-        if (typed[i].quoted) {
-            options.words.push_back(std::move(typed[i]));
-            continue;
-        }
-        if (!over && word == "--") {
+    for (std::size_t used = 1; used <= typed.size(); used++) {
+        Word& word = typed[used - 1];
+        if (!over && !word.quoted && word.text == "--") {
             over = true;
             continue;
         }
         // a negative number, or - for standard input, is a word
-        const bool is_word = !word.starts_with("--") && word != "-h" && !options.words.empty();
-        if (over || !word.starts_with('-') || is_word) {
-            options.words.push_back(std::move(typed[i]));
+        const bool dashed =
+            word.text.starts_with("--") || word.text == "-h" || (word.text.starts_with('-') && options.words.empty());
+        const vor::OptionWords option(word.text);
+        const OptionRow* const row = over || word.quoted || !dashed ? nullptr : row_named(option.name, options.words);
+        if (row == nullptr) {
+            options.words.push_back(std::move(word));
             continue;
         }
-        const std::size_t equals = std::min(word.find('='), word.size());
-        const std::string_view name = word == "-h" ? "--help" : word.substr(0, equals);
-        const auto row = std::ranges::find(rows, name, &OptionRow::name);
-        if (row == std::end(rows) || (!means_something(*row, a_call) && has_own_options(options.words))) {
-            if (!has_own_options(options.words)) {
-                complain_unknown(name);
-            }
-            options.words.push_back(std::move(typed[i]));
-            continue;
+        if (!row->value.empty() && !option.value && used == typed.size()) {
+            throw Complaint{fmt::format("{}: its value is missing", row->name)};
         }
-        std::string_view value;
-        if (equals != word.size()) {
-            if (row->value.empty()) {
-                throw Complaint{fmt::format("{} takes no value", name)};
-            }
-            value = word.substr(equals + 1);
-        } else if (!row->value.empty()) {
-            if (++i == typed.size()) {
-                throw Complaint{fmt::format("{}: its value is missing", name)};
-            }
-            value = typed[i].text;
-        }
-        if (!row->value.empty() && value.empty()) {
-            throw Complaint{fmt::format("{}: its value is empty", name)};
-        }
-        take(options, *row, value);
-        options.given.push_back(&*row);
+        row->take(options, *row, option.value_of(*row, std::span(texts).subspan(used), used));
+        options.given.push_back(row);
     }
     return options;
+} catch (const vor::OptionError& error) {
+    throw Complaint{error.what()};
 }
 
 void check_given(const Options& options, std::string_view command)

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "input/words.hpp"
+#include "text/options.hpp"
 
 namespace vorcfg {
 
@@ -40,11 +41,8 @@ struct Options {
     std::vector<const OptionRow*> given; // on this line
 };
 
-struct OptionRow {
-    std::string_view name;
-    std::string_view value; // what follows it, if anything does
-    std::string_view about;
-    bool Options::*flag = nullptr;
+struct OptionRow : vor::Option {
+    void (*take)(Options& options, const OptionRow& row, std::string_view value);
     std::string_view commands{}; // that it means something to; empty: all
 };
 
@@ -58,8 +56,5 @@ void check_given(const Options& options, std::string_view command);
 Options options_of(std::span<char* const> arguments);
 // Those of one line, besides those given before it; a quoted word is none.
 Options options_of(std::vector<Word> typed, Options options);
-
-// Decimal, or hexadecimal with 0x.
-std::optional<std::int64_t> number_of(std::string_view text);
 
 } // namespace vorcfg

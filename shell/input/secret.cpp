@@ -23,12 +23,12 @@ std::string one_line(std::string text, const std::string& source)
         text.pop_back();
     }
     const char* const wrong =
-        text.empty()                           ? "has no secret; an empty one is \"\" in a batch file"
-        : text.starts_with(byte_order_mark)    ? "begins with a byte order mark; save it as plain text"
-        : text.ends_with('\r')                 ? "ends with a carriage return; save it with lines that end as here"
-        : text.find('\n') != std::string::npos ? "holds more than one line"
-        : text.find('\0') != std::string::npos ? "holds a zero byte"
-                                               : nullptr;
+        text.empty()                             ? "has no secret; an empty one is \"\" in a batch file"
+        : text.starts_with(vor::byte_order_mark) ? "begins with a byte order mark; save it as plain text"
+        : text.ends_with('\r')                   ? "ends with a carriage return; save it with lines that end as here"
+        : text.find('\n') != std::string::npos   ? "holds more than one line"
+        : text.find('\0') != std::string::npos   ? "holds a zero byte"
+                                                 : nullptr;
     if (wrong != nullptr) {
         throw Complaint{fmt::format("{} {}", source, wrong), exit_no_input};
     }
@@ -155,7 +155,7 @@ std::string read_secret(const Word& word, std::string_view name, const SecretSou
         const Prompt prompt(name);
         return line_from(prompt.terminal, "the terminal");
     }
-    if (!sources.literals || word.readable) {
+    if (!sources.literals || word.exposed) {
         throw Complaint{"a secret is not taken from the command line, where others can read it; give @FILE, - for a "
                         "line of standard input, or '?' for a prompt"};
     }

@@ -6,12 +6,13 @@
 
 #include "input/secret.hpp"
 #include "input/words.hpp"
+#include "text/nearest.hpp"
 
 namespace vorcfg {
 
 void Variables::set(std::string_view definition)
 {
-    const std::size_t length = named_length(definition);
+    const std::size_t length = vor::named_length(definition);
     if (length == 0) {
         throw Complaint{fmt::format("--set: \"{}\" is no name=value", definition)};
     }
@@ -27,7 +28,7 @@ void Variables::read(const std::string& path)
     const std::string text = content_of(std::fopen(path.c_str(), "re"), path);
     std::size_t number = 0;
     std::string_view left = text;
-    left.remove_prefix(left.starts_with(byte_order_mark) ? byte_order_mark.size() : 0);
+    left.remove_prefix(left.starts_with(vor::byte_order_mark) ? vor::byte_order_mark.size() : 0);
     while (!left.empty()) {
         const std::size_t end = std::min(left.find('\n'), left.size());
         const std::string_view line = left.substr(0, end);
@@ -40,7 +41,7 @@ void Variables::read(const std::string& path)
         const auto complain = [&](std::string why, std::size_t at) {
             throw Complaint{std::move(why), exit_usage, {}, Complaint::no_word, {}, {path, number, at + 1}};
         };
-        const std::size_t length = named_length(line.substr(first));
+        const std::size_t length = vor::named_length(line.substr(first));
         const std::size_t equals = first + length;
         if (length == 0) {
             complain("name=value is wanted", first);
@@ -65,23 +66,66 @@ void Variables::read(const std::string& path)
     }
 }
 
-const Variable* Variables::use(std::string_view name)
+namespace {
+
+[[noreturn]] void complain(std::string text, std::size_t column)
 {
-    const auto known = known_.find(name);
-    if (known == known_.end()) {
-        return nullptr;
-    }
-    known->second.used = true;
-    return &known->second;
+    Complaint complaint{std::move(text)};
+    complaint.place.column = column;
+    throw complaint;
 }
 
-std::vector<std::string> Variables::names() const
+} // namespace
+
+std::size_t Variables::expand(std::string_view left, std::size_t column, vor::Word& word)
 {
-    std::vector<std::string> names;
-    for (const auto& [name, variable] : known_) {
-        names.push_back(name);
+    constexpr std::string_view begins = "${";
+    if (left.starts_with("$${")) {
+        word.text += begins;
+        return begins.size() + 1;
     }
-    return names;
+    if (!left.starts_with(begins)) {
+        return 0;
+    }
+    left.remove_prefix(begins.size());
+    const std::size_t length = vor::name_length(left);
+    if (length == 0 || !left.substr(length).starts_with('}')) {
+        complain("${ begins a variable, ${name}; $${ stands for the two characters", column);
+    }
+    const std::string_view name = left.substr(0, length);
+    const auto known = known_.find(name);
+    if (known == known_.end()) {
+        std::vector<std::string> names;
+        for (const auto& [each, variable] : known_) {
+            names.push_back(each);
+        }
+        complain(fmt::format("no variable {}{}", name,
+                             vor::suggestion(vor::nearest(name, names),
+                                             fmt::format("give it with --set {}=VALUE or --vars FILE", name))),
+                 column);
+    }
+    Variable& variable = known->second;
+    variable.used = true;
+    word.text += variable.value;
+    word.exposed = word.exposed || variable.on_command_line;
+    return begins.size() + length + 1;
+}
+
+std::vector<Word> words_of(std::string_view line, Variables* variables)
+try {
+    vor::WordRules rules;
+    if (variables != nullptr) {
+        rules.expand = [variables](std::string_view left, std::size_t column, vor::Word& word) {
+            return variables->expand(left, column, word);
+        };
+    }
+    std::vector<Word> words;
+    for (vor::Word& word : vor::words_in(line, rules)) {
+        words.push_back({std::move(word), words.size()});
+    }
+    return words;
+} catch (const vor::WordError& error) {
+    complain(error.what(), error.column);
 }
 
 std::vector<Complaint> Variables::unused(const std::string& batch) const

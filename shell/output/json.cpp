@@ -3,6 +3,7 @@
 #include "output/output.hpp"
 #include "rows/contract.hpp"
 #include "rows/names.hpp"
+#include "text/parse.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
@@ -20,7 +21,8 @@ Json json_of(const Field& field)
 {
     switch (field.kind) {
     case Field::Kind::number:
-        return std::stoll(field.text);
+        return field.text.starts_with('-') ? Json(vor::number_in<std::int64_t>(field.text).value_or(0))
+                                           : Json(vor::number_in<std::uint64_t>(field.text).value_or(0));
     case Field::Kind::secret:
         return vor::mask;
     default:
@@ -74,7 +76,7 @@ Json json_of(const Message& message, const Planned& planned)
         for (const Element& element : message.elements) {
             json["elements"].push_back(json_of(element));
         }
-    } else if (const auto fields = fields_of(message); fields && !message.record.empty()) {
+    } else if (const auto fields = fields_of(message, *planned.row)) {
         json["fields"] = json_of(*fields);
     }
     json["delivered"] = message.timed_out ? Json() : Json(message.delivered); // null: nobody knows

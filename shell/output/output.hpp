@@ -1,11 +1,12 @@
-// report.hpp: what became of a call, for a reader and for a program.
+// output.hpp: what became of a call, for a reader and for a program.
 #pragma once
 
+#include <chrono>
+#include <functional>
 #include <string>
 
-#include "call/session.hpp"
+#include "call/runner.hpp"
 #include "input/complaint.hpp"
-#include "output/tally.hpp"
 
 namespace vorcfg {
 
@@ -23,5 +24,34 @@ std::string json_of(const Complaint& complaint);
 std::string json_of(const Tally& tally, const std::string& name, std::size_t left);
 std::string json_of(const Row& row);
 std::string checked_json(const std::string& name, std::size_t calls);
+
+// Says a complaint on standard error; its exit code.
+int complain(const Complaint& complaint, bool json);
+// The same of each.
+std::function<int(const Complaint&)> complaining(bool json);
+
+// A run told on standard output.
+class Account final : public Teller {
+public:
+    // `summary` tells what it came to and how many calls are left.
+    using Summary = std::function<std::string(const Tally& tally, std::size_t left)>;
+
+    Account(const Options& options, std::size_t calls, Summary summary)
+        : calls_(calls), json_(options.json), summary_(std::move(summary))
+    {
+    }
+
+    bool tell(const Planned& planned, const Report& report, std::size_t left) override;
+    int finish(const Tally& tally, std::size_t left, bool interrupted) override;
+
+private:
+    std::string progress(std::size_t left) const;
+
+    const std::size_t calls_;
+    const bool json_;
+    const Summary summary_;
+    const std::chrono::steady_clock::time_point begun_ = std::chrono::steady_clock::now();
+    int error_ = 0; // of standard output, an errno
+};
 
 } // namespace vorcfg

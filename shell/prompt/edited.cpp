@@ -1,9 +1,7 @@
-// libedit is loaded when a terminal asks for it: linked, it would be loaded at every call.
 #include <algorithm>
 #include <clocale>
 #include <cstdio>
 #include <cwchar>
-#include <dlfcn.h>
 #include <unistd.h>
 
 #include <fmt/core.h>
@@ -11,47 +9,15 @@
 
 #include "help/complete.hpp"
 #include "input/complaint.hpp"
-#include "input/waiting.hpp"
+#include "input/terminal.hpp"
 #include "prompt/history.hpp"
-#include "prompt/lines.hpp"
+#include "prompt/prompt.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
 
 namespace {
 
-template <class Function>
-bool find(void* library, const char* name, Function*& function)
-{
-    function = reinterpret_cast<Function*>(dlsym(library, name));
-    return function != nullptr;
-}
-
-// What is used of libedit.
-struct Editor {
-    decltype(::el_init)* init;
-    decltype(::el_set)* set;
-    decltype(::el_gets)* gets;
-    decltype(::el_line)* line;
-    decltype(::el_insertstr)* insert;
-    decltype(::history_init)* history_init;
-    decltype(::history_end)* history_end;
-    decltype(::history)* history;
-
-    bool load()
-    {
-        void* library = nullptr;
-        for (const char* const name : {"libedit.so.2", "libedit.so.0", "libedit.so"}) {
-            library = library == nullptr ? dlopen(name, RTLD_NOW | RTLD_LOCAL) : library;
-        }
-        return library != nullptr && find(library, "el_init", init) && find(library, "el_set", set) &&
-               find(library, "el_gets", gets) && find(library, "el_line", line) &&
-               find(library, "el_insertstr", insert) && find(library, "history_init", history_init) &&
-               find(library, "history_end", history_end) && find(library, "history", history);
-    }
-};
-
-Editor editor;
 Waiting* waiting = nullptr; // while a line is edited
 
 // One key, of however many bytes; what is no character stands for itself.
@@ -99,7 +65,7 @@ std::string shared_beginning(const std::vector<Candidate>& candidates)
 
 unsigned char complete(EditLine* line, int)
 {
-    const LineInfo* const typed = editor.line(line);
+    const LineInfo* const typed = el_line(line);
     const std::string_view text(typed->buffer, static_cast<std::size_t>(typed->cursor - typed->buffer));
     std::vector<Word> words;
     try {
@@ -121,7 +87,7 @@ unsigned char complete(EditLine* line, int)
     const std::string more =
         shared.substr(std::min(words.back().text.size(), shared.size())) + (only && is_whole(shared) ? " " : "");
     if (!more.empty()) {
-        return editor.insert(line, more.c_str()) == 0 ? CC_REFRESH : CC_ERROR;
+        return el_insertstr(line, more.c_str()) == 0 ? CC_REFRESH : CC_ERROR;
     }
     if (all.empty()) {
         return CC_ERROR;
@@ -136,36 +102,36 @@ unsigned char complete(EditLine* line, int)
 
 class EditedLines : public Lines {
 public:
-    EditedLines() : line_(only_line()), remembered_(editor.history_init())
+    EditedLines() : line_(only_line()), remembered_(history_init())
     {
         HistEvent event;
-        editor.history(remembered_, &event, H_SETSIZE, static_cast<int>(LineHistory::most));
-        editor.history(remembered_, &event, H_SETUNIQUE, 1);
+        ::history(remembered_, &event, H_SETSIZE, static_cast<int>(LineHistory::most));
+        ::history(remembered_, &event, H_SETUNIQUE, 1);
         for (const std::string& line : history_.read()) {
-            editor.history(remembered_, &event, H_ENTER, line.c_str());
+            ::history(remembered_, &event, H_ENTER, line.c_str());
         }
-        editor.set(line_, EL_PROMPT, prompt);
-        editor.set(line_, EL_EDITOR, "emacs");
-        editor.set(line_, EL_SIGNAL, 1);
-        editor.set(line_, EL_GETCFN, next_key);
+        el_set(line_, EL_PROMPT, prompt);
+        el_set(line_, EL_EDITOR, "emacs");
+        el_set(line_, EL_SIGNAL, 1);
+        el_set(line_, EL_GETCFN, next_key);
         // else Ctrl-C would take away the key that a wait has just told of
-        editor.set(line_, EL_SETTY, "-d", "+noflsh", nullptr);
-        editor.set(line_, EL_HIST, editor.history, remembered_);
-        editor.set(line_, EL_ADDFN, "vorcfg-complete", "complete the word", complete);
-        editor.set(line_, EL_BIND, "\t", "vorcfg-complete", nullptr);
-        editor.set(line_, EL_BIND, "^R", "em-inc-search-prev", nullptr);
+        el_set(line_, EL_SETTY, "-d", "+noflsh", nullptr);
+        el_set(line_, EL_HIST, ::history, remembered_);
+        el_set(line_, EL_ADDFN, "vorcfg-complete", "complete the word", complete);
+        el_set(line_, EL_BIND, "\t", "vorcfg-complete", nullptr);
+        el_set(line_, EL_BIND, "^R", "em-inc-search-prev", nullptr);
     }
     EditedLines(const EditedLines&) = delete;
     EditedLines& operator=(const EditedLines&) = delete;
-    ~EditedLines() override { editor.history_end(remembered_); }
+    ~EditedLines() override { history_end(remembered_); }
 
     std::optional<std::string> next() override
     {
         Waiting for_keys;
         waiting = &for_keys;
-        editor.set(line_, EL_PREP_TERM, 1); // before the prompt shows: Ctrl-D is a key from then on
+        el_set(line_, EL_PREP_TERM, 1); // before the prompt shows: Ctrl-D is a key from then on
         int size = 0;
-        const char* const text = editor.gets(line_, &size);
+        const char* const text = el_gets(line_, &size);
         waiting = nullptr;
         if (text == nullptr || size <= 0) {
             vor::print(stdout, "\n");
@@ -180,7 +146,7 @@ public:
     {
         if (line != last_) {
             HistEvent event;
-            editor.history(remembered_, &event, H_ENTER, line.c_str());
+            ::history(remembered_, &event, H_ENTER, line.c_str());
             history_.add(line);
             last_ = line;
         }
@@ -190,7 +156,7 @@ private:
     // Kept until the process ends: libedit forgets to free the names of the functions added to it.
     static EditLine* only_line()
     {
-        static EditLine* const line = editor.init("vorcfg", stdin, stdout, stderr);
+        static EditLine* const line = el_init("vorcfg", stdin, stdout, stderr);
         return line;
     }
 
@@ -204,9 +170,6 @@ private:
 
 std::unique_ptr<Lines> edited_lines()
 {
-    if (!editor.load()) {
-        return nullptr;
-    }
     std::setlocale(LC_CTYPE, "");
     return std::make_unique<EditedLines>();
 }

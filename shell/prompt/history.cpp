@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <sstream>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -37,7 +38,10 @@ std::filesystem::path state_directory()
     };
     const std::filesystem::path state = of("XDG_STATE_HOME");
     const std::filesystem::path home = of("HOME");
-    return state.is_absolute() ? state / "vorcfg" : home.is_absolute() ? home / ".local/state/vorcfg" : "";
+    if (state.is_absolute()) {
+        return state / "vorcfg";
+    }
+    return home.is_absolute() ? home / ".local/state/vorcfg" : "";
 }
 
 void append(const std::string& path, int flags, std::string_view text)
@@ -88,11 +92,9 @@ std::vector<std::string> LineHistory::read() const
 {
     std::vector<std::string> lines;
     try {
-        const std::string text = content_of(path_.empty() ? nullptr : std::fopen(path_.c_str(), "re"), path_);
-        for (std::size_t at = 0; at < text.size();) {
-            const std::size_t end = std::min(text.find('\n', at), text.size());
-            lines.push_back(text.substr(at, end - at));
-            at = end + 1;
+        std::istringstream text(content_of(path_.empty() ? nullptr : std::fopen(path_.c_str(), "re"), path_));
+        for (std::string line; std::getline(text, line);) {
+            lines.push_back(line);
         }
     } catch (const Complaint&) {
         return {};

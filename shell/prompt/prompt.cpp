@@ -6,12 +6,13 @@
 #include <fmt/core.h>
 
 #include "call/batch.hpp"
-#include "call/run.hpp"
+#include "call/runner.hpp"
 #include "help/help.hpp"
-#include "input/question.hpp"
-#include "output/tally.hpp"
+#include "input/complaint.hpp"
+#include "input/secret.hpp"
+#include "input/terminal.hpp"
+#include "output/output.hpp"
 #include "prompt/history.hpp"
-#include "prompt/lines.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
@@ -19,6 +20,51 @@ namespace vorcfg {
 namespace {
 
 constexpr std::string_view greeting = "vorcfg: help tells what there is, Tab completes, Ctrl-D ends the session\n";
+
+// As they come, from a pipe or, with a prompt before each, a terminal.
+class PlainLines : public Lines {
+public:
+    explicit PlainLines(bool prompted) : prompted_(prompted) {}
+
+    std::optional<std::string> next() override
+    {
+        if (!prompted_) {
+            return read();
+        }
+        Waiting for_line;
+        vor::print(stdout, prompt_text);
+        const bool there = for_line.wait();
+        auto line = there ? read() : std::optional<std::string>("");
+        vor::print(stdout, there && line ? "" : "\n");
+        return line;
+    }
+
+private:
+    static std::optional<std::string> read()
+    {
+        std::string line;
+        int byte;
+        while ((byte = std::getc(stdin)) != EOF && byte != '\n') {
+            line += static_cast<char>(byte);
+            if (line.size() > Bounds().line) {
+                throw Complaint{fmt::format("a line of more than {} bytes", Bounds().line)};
+            }
+        }
+        return byte == EOF && line.empty() ? std::nullopt : std::optional(std::move(line));
+    }
+
+    const bool prompted_;
+};
+
+std::unique_ptr<Lines> lines_of_input(bool terminal)
+{
+#ifdef VORCFG_EDITED
+    if (terminal) {
+        return edited_lines();
+    }
+#endif
+    return std::make_unique<PlainLines>(terminal);
+}
 
 // None of the line that ends the session.
 std::optional<int> run_line(const std::string& line, std::size_t number, const Options& base,
@@ -48,13 +94,10 @@ int run_prompt(const Options& given, int (*run)(const Options&))
     Options options = given;
     options.in_session = true;
     const bool terminal = at_terminal();
-    std::unique_ptr<Lines> lines = terminal ? edited_lines() : nullptr;
+    const std::unique_ptr<Lines> lines = lines_of_input(terminal);
     if (terminal) {
         vor::print(stdout, greeting);
         std::signal(SIGINT, SIG_IGN); // a call that is under way ends with its verdict
-    }
-    if (lines == nullptr) {
-        lines = plain_lines(terminal);
     }
     ExitCode worst = exit_ok;
     std::size_t number = 0;

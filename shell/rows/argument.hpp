@@ -7,8 +7,6 @@
 #include <span>
 #include <string_view>
 
-#include <device_mgmt.h>
-
 namespace vorcfg {
 
 // What an argument is in C.
@@ -84,7 +82,7 @@ constexpr Argument object(const char* name) { return Argument(name).object(); }
 constexpr Argument unsent(const char* name) { return Argument(name).unsent(); }
 constexpr Argument number(const char* name) { return {name, Kind::number}; }
 constexpr Argument count(const char* name) { return number(name).counted(); }
-constexpr Argument port(const char* name) { return number(name).fits<vor_uint16>(); } // whatever its C type
+constexpr Argument port(const char* name) { return number(name).fits<std::uint16_t>(); } // whatever its C type
 constexpr Argument text(const char* name) { return {name, Kind::text}; }
 constexpr Argument ipv4(const char* name) { return {name, Kind::ipv4}; }
 template <class T> // what the call cuts the number in the text to

@@ -3,9 +3,13 @@
 #pragma once
 
 #include <array>
+#include <concepts>
+#include <string>
 #include <tuple>
 #include <type_traits>
 #include <utility>
+
+#include <device_mgmt/types.h>
 
 #include "rows/row.hpp"
 
@@ -66,14 +70,14 @@ constexpr Range whole_range(Type type)
 }
 
 // What calls write into their results, as fields. Six bytes are a MAC address.
+// A family whose calls answer a record has an `append_fields` for it.
 using Fields = std::vector<Field>;
-void append_field(Fields& fields, std::string_view name, const vor_int16* number);
+void append_field(Fields& fields, std::string_view name, std::integral auto number)
+{
+    fields.push_back({std::string(name), std::to_string(number)});
+}
 void append_field(Fields& fields, std::string_view name, const vor_ip_address* address);
 void append_field(Fields& fields, std::string_view name, const vor_uchar* mac);
-void append_field(Fields& fields, std::string_view name, const vor_uint16* number);
-void append_fields(Fields& fields, const GPIO_PIN_STATS& record);
-void append_fields(Fields& fields, const ADC_PIN_STATS& record);
-void append_fields(Fields& fields, const SUB1G_CONFIG_REG& record);
 
 // One argument on its way into a call: what is passed, and what is shown of it
 // afterwards.
@@ -101,7 +105,11 @@ struct Slot<T*> {
     void append(Returned& back, const Argument& argument) const
     {
         if (argument.kind == Kind::result) {
-            append_field(back.fields, argument.name, room.data());
+            if constexpr (sizeof(T) == 2) {
+                append_field(back.fields, argument.name, room.front());
+            } else {
+                append_field(back.fields, argument.name, room.data());
+            }
         }
     }
 };
@@ -134,8 +142,7 @@ Returned returned(Result result)
             append_fields(back.fields, copy);
         }
     } else if constexpr (std::is_same_v<Result, vor_uchar>) {
-        const vor_uint16 number = result;
-        append_field(back.fields, "value", &number);
+        append_field(back.fields, "value", result);
     } else {
         back.code = result;
     }
@@ -147,12 +154,15 @@ constexpr std::size_t most_listed = 255; // the widest count that a call takes i
 template <auto Function, class Type = decltype(Function)>
 struct Binding;
 
+// Records are answered behind a pointer, or through one to it.
+template <class Argument>
+constexpr bool takes_record = std::is_pointer_v<Argument>&& std::is_pointer_v<std::remove_pointer_t<Argument>>;
+
 template <auto Function, class Result, class... Arguments>
 struct Binding<Function, Result (*)(Arguments...)> {
     static constexpr std::array<Type, sizeof...(Arguments)> types{type_of<Arguments>()...};
     static constexpr bool has_list = false;
-    static constexpr bool answers_record =
-        std::is_pointer_v<Result> || (std::is_same_v<Arguments, SUB1G_CONFIG_REG**> || ...);
+    static constexpr bool answers_record = std::is_pointer_v<Result> || (takes_record<Arguments> || ...);
 
     static Returned make(const Row& row, std::span<Value> values)
     {

@@ -5,6 +5,7 @@
 
 #include <fmt/core.h>
 
+#include "input/command.hpp"
 #include "input/complaint.hpp"
 #include "text/nearest.hpp"
 
@@ -54,8 +55,12 @@ const Family& wanted_family(std::string_view name)
     if (const Family* const family = family_named(name)) {
         return *family;
     }
-    std::vector<std::string> known{"apply", "batch",  "check", "completion", "confirm", "docs",  "help",
-                                   "list",  "manual", "plan",  "report",     "revert",  "search"};
+    std::vector<std::string> known;
+    for (const Command& command : commands()) {
+        known.emplace_back(command.name);
+    }
+    std::erase(known, "");
+    std::ranges::sort(known);
     std::vector<std::string> calls;
     for (const Family* const family : families()) {
         known.emplace_back(family->name);

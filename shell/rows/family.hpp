@@ -1,7 +1,8 @@
 // family.hpp: how a family's file says what its calls are.
 #pragma once
 
-#include <algorithm>
+#include <array>
+#include <cstddef>
 
 #include "rows/binding.hpp"
 
@@ -25,6 +26,12 @@ struct Draft {
         changed.row.undone_by = call;
         return changed;
     }
+    consteval Draft sends(std::span<const RecordField> record) const
+    {
+        Draft changed = *this;
+        changed.row.record = record;
+        return changed;
+    }
     consteval Draft on(Channel channel) const
     {
         Draft changed = *this;
@@ -33,28 +40,45 @@ struct Draft {
     }
 };
 
-// A throw ends the compilation, which shows its sentence.
+// Called by a table that is wrong. None can be called while compiling, which ends there and shows the name.
+void argument_is_of_a_kind_that_the_type_in_its_call_does_not_take();
+void list_is_not_the_last_argument_of_a_call_with_dots();
+void range_is_wider_than_the_type_in_its_call();
+void what_decides_whether_an_argument_is_sent_does_not_stand_before_it();
+void call_is_undone_by_one_that_its_family_has_not();
+
+consteval bool fits(const Argument& argument, Type type)
+{
+    switch (argument.kind) {
+    case Kind::number:
+        return type != Type::text && type != Type::result;
+    case Kind::result:
+        return type == Type::result;
+    case Kind::untouched:
+        return type == Type::result || type == Type::text;
+    default:
+        return type == Type::text;
+    }
+}
+
 consteval Argument bound(Argument argument, Type type, bool listed)
 {
-    const bool is_text = type == Type::text;
     argument.type = type;
     if (argument.kind == Kind::by_type) {
-        argument.kind = is_text ? Kind::text : Kind::number;
+        argument.kind = type == Type::text ? Kind::text : Kind::number;
     }
-    if (argument.kind == Kind::number ? is_text || type == Type::result
-        : argument.is_result()        ? type != Type::result && !(is_text && argument.kind == Kind::untouched)
-                                      : !is_text) {
-        throw "an argument is of a kind that the call's own type does not take";
+    if (!fits(argument, type)) {
+        argument_is_of_a_kind_that_the_type_in_its_call_does_not_take();
     }
     if (argument.is_list != listed) {
-        throw "the list is the last argument of a call with dots, and of no other";
+        list_is_not_the_last_argument_of_a_call_with_dots();
     }
     const Range whole = whole_range(type);
     if (argument.kind == Kind::number && !argument.range.holds(argument.range.least)) {
         argument.range = whole;
     }
     if (argument.kind == Kind::number && argument.range.most - argument.range.least > whole.most - whole.least) {
-        throw "a range is wider than the call's own type";
+        range_is_wider_than_the_type_in_its_call();
     }
     return argument;
 }
@@ -72,9 +96,12 @@ consteval auto call(std::string_view name, const Argument (&arguments)[size], st
     draft.row.answers_record = Bound::answers_record;
     draft.row.make = Bound::make;
     for (std::size_t i = 0; i < size; i++) {
-        const auto decides = [&](const Argument& other) { return other.name == arguments[i].decided_by; };
-        if (!arguments[i].decided_by.empty() && std::none_of(arguments, arguments + i, decides)) {
-            throw "what decides whether an argument is sent stands before it";
+        bool is_decided = arguments[i].decided_by.empty();
+        for (std::size_t other = 0; other < i; other++) {
+            is_decided = is_decided || arguments[other].name == arguments[i].decided_by;
+        }
+        if (!is_decided) {
+            what_decides_whether_an_argument_is_sent_does_not_stand_before_it();
         }
         draft.arguments[i] = bound(arguments[i], Bound::types[i], Bound::has_list && i + 1 == size);
     }
@@ -111,6 +138,22 @@ consteval auto part(std::string_view name, std::string_view used_by)
     return draft;
 }
 
+// A field of a record, by its C type; a 32-bit number without a sign is an address.
+template <class T>
+consteval RecordField record_field(std::string_view name, std::size_t offset)
+{
+    RecordField field{name, static_cast<std::uint16_t>(offset), sizeof(T)};
+    if constexpr (std::is_array_v<T>) {
+        field.kind = RecordField::Kind::text;
+    } else {
+        field.kind = std::is_same_v<T, vor_ip_address> ? RecordField::Kind::address : RecordField::Kind::number;
+        field.is_signed = std::is_signed_v<T> && sizeof(T) > 1; // a char is a byte
+    }
+    return field;
+}
+
+#define FIELD(record, field) record_field<decltype(record::field)>(#field, offsetof(record, field))
+
 template <std::size_t Rows, std::size_t Arguments>
 struct Table {
     std::array<Row, Rows> rows;
@@ -135,8 +178,12 @@ consteval auto table(const Family* family, const Draft<Counts>&... drafts)
     };
     (add(drafts), ...);
     for (const Row& each : all.rows) {
-        if (!each.undone_by.empty() && std::ranges::find(all.rows, each.undone_by, &Row::name) == all.rows.end()) {
-            throw "a call is undone by one that its family has not";
+        bool is_there = each.undone_by.empty();
+        for (const Row& other : all.rows) {
+            is_there = is_there || other.name == each.undone_by;
+        }
+        if (!is_there) {
+            call_is_undone_by_one_that_its_family_has_not();
         }
     }
     return all;

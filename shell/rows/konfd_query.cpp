@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <memory>
 
+#include <device_mgmt/common.h>
+#include <device_mgmt/konfd.h>
 #include <fmt/core.h>
 #include <vorinfra.h>
 

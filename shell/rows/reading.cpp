@@ -6,8 +6,8 @@
 #include <fmt/core.h>
 
 #include "input/complaint.hpp"
-#include "input/options.hpp"
 #include "rows/names.hpp"
+#include "text/parse.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
@@ -58,17 +58,18 @@ std::int64_t read_number(const Reading& reading, const Argument& argument, std::
     if (const Choice* const choice = choice_named(argument, text)) {
         return choice->number;
     }
-    const auto number = number_of(text);
-    if (!number) {
+    const auto integer = vor::integer_in(text);
+    if (!integer) {
         reading.complain(fmt::format("{} is no number; a number from {} is wanted, decimal or 0x",
                                      reading.shown_quoted(index), accepted(argument)),
                          index, argument.name);
     }
-    if (*number < argument.range.least || *number > argument.range.most) {
+    const std::int64_t number = integer->bounded();
+    if (!argument.range.holds(number)) {
         reading.complain(fmt::format("{} is out of range, {} is accepted", reading.shown(index), accepted(argument)),
                          index, argument.name);
     }
-    return *number;
+    return number;
 }
 
 void check_text(const Reading& reading, const Argument& argument, const std::string& text, std::size_t index)

@@ -51,9 +51,33 @@ struct Returned {
     bool succeeded() const { return code.value_or(0) == 0 && !missing; }
 };
 
+// One field of a record that a call sends, as it lies in memory.
+struct RecordField {
+    enum class Kind : std::uint8_t { number, address, text, secret };
+    std::string_view name;
+    std::uint16_t offset = 0;
+    std::uint16_t size = 0;
+    Kind kind = Kind::number;
+    bool is_signed = false;
+    std::int32_t option = 0; // sent only where the record's first number is this; 0: always
+
+    constexpr RecordField as(Kind other) const
+    {
+        RecordField field = *this;
+        field.kind = other;
+        return field;
+    }
+    constexpr RecordField only_with(std::int32_t first) const
+    {
+        RecordField field = *this;
+        field.option = first;
+        return field;
+    }
+};
+
 struct Family;
 struct Row;
-struct Reading; // of a line's words: plan/reading.hpp
+struct Reading; // of a line's words: rows/reading.hpp
 
 struct Row {
     const Family* family = nullptr;
@@ -65,7 +89,8 @@ struct Row {
     Channel channel = Channel::manager;
     unsigned marks = 0;
     bool answers_record = false;
-    std::string_view undone_by; // a call of the family about the same object: the later of the two stands
+    std::span<const RecordField> record; // what it sends, where that is no chain
+    std::string_view undone_by;          // a call of the family about the same object: the later of the two stands
     Returned (*make)(const Row& row, std::span<Value> values) = nullptr;
     // A call with words of its own, not one word an argument.
     void (*read)(Reading& reading) = nullptr;

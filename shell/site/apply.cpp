@@ -6,9 +6,8 @@
 
 #include <fmt/core.h>
 
-#include "call/check.hpp"
-#include "call/run.hpp"
-#include "input/question.hpp"
+#include "call/batch.hpp"
+#include "input/terminal.hpp"
 #include "output/output.hpp"
 #include "rows/families.hpp"
 #include "site/journal.hpp"
@@ -130,7 +129,7 @@ public:
     // The exit code of what is complained about.
     int read()
     {
-        return check(batch_, options_, [&](const Planned& planned) {
+        const auto each = [&](const Planned& planned) {
             if (!changes_nothing(planned)) {
                 check_confirmed(planned, options_);
             }
@@ -138,7 +137,8 @@ public:
             if (planned.row->has(cuts_link)) {
                 cutting_.emplace(planned.place.line, named(planned));
             }
-        });
+        };
+        return check(batch_, each, complaining(options_.json));
     }
 
     int show()
@@ -212,7 +212,8 @@ private:
         if (options_.confirm) {
             hooks.given_up = [&] { vor::print_line(stderr, fmt::format("vorcfg: {}", pending_text(journal))); };
         }
-        Making making(options_, calls, summary, std::move(hooks));
+        Account account(options_, calls, summary);
+        Making making(options_, calls, account, std::move(hooks));
         int exit = exit_ok;
         try {
             for (bool more = true; more;) {

@@ -4,14 +4,14 @@
 
 #include <fmt/core.h>
 
-#include "input/options.hpp"
+#include "text/parse.hpp"
 
 namespace vorcfg {
 
 std::time_t now()
 {
     const char* const fixed = std::getenv("SOURCE_DATE_EPOCH");
-    const auto seconds = fixed != nullptr ? number_of(fixed) : std::nullopt;
+    const auto seconds = fixed != nullptr ? vor::number_in<std::int64_t>(fixed) : std::nullopt;
     return seconds ? static_cast<std::time_t>(*seconds) : std::time(nullptr);
 }
 

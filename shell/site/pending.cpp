@@ -13,9 +13,7 @@
 
 #include <fmt/core.h>
 
-#include "call/run.hpp"
-#include "input/question.hpp"
-#include "input/waiting.hpp"
+#include "input/terminal.hpp"
 #include "output/output.hpp"
 #include "site/clock.hpp"
 #include "site/show.hpp"
@@ -100,7 +98,8 @@ int take_back(Journal& journal, const Options& options)
     const auto summary = [&](const Tally& tally, std::size_t left) {
         return taken_back_text(journal.path(), tally, left, kept);
     };
-    Making making(going_on, calls.size(), summary, journaled(journal, false, undone));
+    Account account(going_on, calls.size(), summary);
+    Making making(going_on, calls.size(), account, journaled(journal, false, undone));
     for (TakingBack& call : calls) {
         undone = call.undone;
         if (!making.make(call.planned) && making.ended()) {

@@ -1,9 +1,10 @@
-// waiting.hpp: waiting for input that Ctrl-C may end.
+// terminal.hpp: whoever sits at a terminal: asked, or waited for.
 #pragma once
 
 #include <csignal>
 #include <poll.h>
 #include <span>
+#include <string_view>
 #include <unistd.h>
 
 namespace vorcfg {
@@ -25,5 +26,11 @@ private:
     sigset_t before_{};
     bool interrupted_ = false;
 };
+
+// Whether someone sits there: standard input and standard output are a terminal.
+bool at_terminal();
+
+// y or yes; anything else, and an interrupt too, is a no.
+bool agreed(std::string_view question);
 
 } // namespace vorcfg

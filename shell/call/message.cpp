@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <arpa/inet.h>
+#include <cstring>
 
 #include <fmt/core.h>
 
@@ -30,6 +31,69 @@ std::string manager_name(std::uint16_t sap)
 {
     const auto found = std::ranges::find(managers, sap, &ManagerName::sap);
     return found != std::end(managers) ? std::string(found->name) : fmt::format("SAP {}", sap);
+}
+
+namespace {
+
+template <class T>
+std::string number_text(const char* at)
+{
+    T value;
+    std::memcpy(&value, at, sizeof value);
+    return std::to_string(value);
+}
+
+std::string number_text(const RecordField& field, const char* at)
+{
+    switch (field.size) {
+    case 1:
+        return number_text<std::uint8_t>(at);
+    case 2:
+        return field.is_signed ? number_text<std::int16_t>(at) : number_text<std::uint16_t>(at);
+    default:
+        return field.is_signed ? number_text<std::int32_t>(at) : number_text<std::uint32_t>(at);
+    }
+}
+
+Field field_of(const RecordField& field, const std::string& record)
+{
+    const char* const at = record.data() + field.offset;
+    const std::string name(field.name);
+    if (static_cast<std::size_t>(field.offset) + field.size > record.size()) {
+        return {name, "?", Field::Kind::word};
+    }
+    switch (field.kind) {
+    case RecordField::Kind::number:
+        return {name, number_text(field, at)};
+    case RecordField::Kind::address: {
+        std::uint32_t address;
+        std::memcpy(&address, at, sizeof address);
+        return {name, vor::dotted(address), Field::Kind::word};
+    }
+    case RecordField::Kind::text:
+        return {name, std::string(at, strnlen(at, field.size)), Field::Kind::text};
+    case RecordField::Kind::secret:
+        break;
+    }
+    return {name, "", Field::Kind::secret};
+}
+
+} // namespace
+
+std::optional<std::vector<Field>> fields_of(const Message& message, const Row& row)
+{
+    if (row.record.empty() || message.record.empty()) {
+        return std::nullopt;
+    }
+    std::int32_t option = 0;
+    std::memcpy(&option, message.record.data(), std::min(sizeof option, message.record.size()));
+    std::vector<Field> fields;
+    for (const RecordField& field : row.record) {
+        if (field.option == 0 || field.option == option) {
+            fields.push_back(field_of(field, message.record));
+        }
+    }
+    return fields;
 }
 
 namespace {
@@ -64,7 +128,7 @@ std::string field_text(const Field& field, const Row& row)
 
 std::string record_text(const Message& message, const Row& row, std::span<const Value> values)
 {
-    const auto fields = fields_of(message);
+    const auto fields = fields_of(message, row);
     if (!fields) {
         const bool holds_secret = std::ranges::any_of(values, &Value::secret);
         return fmt::format(" | {} bytes {}", message.record.size(),

@@ -1,11 +1,9 @@
-#include "call/watch.hpp"
+#include "call/boundary.hpp"
 
 #include <algorithm>
 #include <cstring>
 
 #include <fmt/core.h>
-
-#include "call/interpose.hpp"
 
 namespace vorcfg {
 

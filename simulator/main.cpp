@@ -11,7 +11,6 @@
 
 #include "client/commands.hpp"
 #include "faults/parse.hpp"
-#include "page/process.hpp"
 #include "server/options.hpp"
 #include "server/server.hpp"
 #include "text/text.hpp"
@@ -23,11 +22,10 @@ struct CannotStart : std::runtime_error {
 };
 
 // What cannot be begun is told like bad usage: nothing was done.
-template <class Thing, class... Arguments>
-std::unique_ptr<Thing> start(const Arguments&... arguments)
+std::unique_ptr<vorsim::Server> start(const vorsim::Options& options)
 {
     try {
-        return std::make_unique<Thing>(arguments...);
+        return std::make_unique<vorsim::Server>(options);
     } catch (const vorsim::UsageError&) {
         throw;
     } catch (const vorsim::faults::BadFile&) {
@@ -54,24 +52,10 @@ int run(const std::vector<std::string>& arguments)
     }
     const vorsim::Options options = vorsim::read_options(arguments);
     if (options.help) {
-        std::fputs(vorsim::help_text, stdout);
-        std::fputs(vorsim::client::help().c_str(), stdout);
+        std::fputs((vorsim::help_text() + vorsim::client::help()).c_str(), stdout);
         return 0;
     }
-    std::unique_ptr<vorsim::page::Process> page;
-    if (options.http) {
-        page = start<vorsim::page::Process>(*options.http, options.http_control);
-    }
-    const auto server = start<vorsim::Server>(options);
-    if (page != nullptr) {
-        page->open();
-        server->accompany({.announcement = fmt::format("vorsim: the page is at {}", page->link()),
-                           .descriptor = page->descriptor(),
-                           .fate = [&page] { return page->fate(); }});
-    }
-    const int code = server->run();
-    page.reset(); // before the sockets go, by which others know the end
-    return code;
+    return start(options)->run();
 }
 
 } // namespace

@@ -28,7 +28,7 @@ TEST(rules, are_sentences)
 {
     for (const char* const line :
          {"any chance 0.25%: never", "SAP 77 0x4d001 11th: id 0x7003", "240: short 2 bytes, 5 times",
-          "any from SAP 4096 \"port 3\": die 2min", "konfd: hang up, for 10s", "canmgr:status -1,once # why not"}) {
+          "any from SAP 4096 \"port 3\": die 2m", "konfd: hang up, for 10s", "canmgr:status -1,once # why not"}) {
         EXPECT_EQ("", wrong_with(line)) << line;
     }
     EXPECT_EQ("canmgr: id high, once", parse_rule("  canmgr: id high, once   # a comment").text);
@@ -48,7 +48,7 @@ TEST(rules, say_where_they_are_wrong_and_what_was_expected)
         {"canmgr from 7: never", "13: \"7\"; expected SAP and the client's number, once"},
         {"canmgr 2nd every 3rd: never", "18: \"3rd\"; expected one of Nth, every Nth and chance N%, once"},
         {"any chance 101%: never", "12: \"101%\"; expected a part of 100, such as 1%"},
-        {"any \"port 3: never", "5: this quote is not closed"},
+        {"any \"port 3: never", "5: the text that begins here is not closed"},
         {"canmgr: answer \"-e\"",
          "9: \"answer\"; expected one of status N, id low, id high, id N, no payload, short N, "
          "late TIME, doubled, swapped, never, refuse, die TIME"},

@@ -13,8 +13,10 @@ add_dependencies(vorsim_record_test vorsim vorcfg)
 vor_test(vorsim_attack_test AGAINST_THE_CLOCK SOURCES vorsim_attack_test.cpp LIBRARIES vorsim_core)
 add_dependencies(vorsim_attack_test vorsim)
 
-vor_test(page_test AGAINST_THE_CLOCK SOURCES page_test.cpp LIBRARIES vorsim_core)
-add_dependencies(page_test vorsim vorcfg)
+if(TARGET vorsim-page)
+  vor_test(page_test AGAINST_THE_CLOCK SOURCES page_test.cpp LIBRARIES vorsim_core)
+  add_dependencies(page_test vorsim vorsim-page vorcfg)
+endif()
 
 # Faults as clients feel them, and a manager that is not vorsim's.
 vor_test(faults_felt_test AGAINST_THE_CLOCK SOURCES faults_felt_test.cpp LIBRARIES vorsim_core)

@@ -53,8 +53,8 @@ TEST(strips, are_what_the_calls_do_under_faults)
         undisturbed.push_back(made(row));
     }
     for (const Column& column : columns) {
-        vorsim::client::ask({{"do", "fault"}, {"words", "clear"}});
-        vorsim::client::ask({{"do", "fault"}, {"words", "add " + std::string(column.rule)}});
+        vorsim::client::ask("fault clear");
+        vorsim::client::ask("fault add " + std::string(column.rule));
         for (std::size_t at = 0; at < undisturbed.size(); ++at) {
             const Row& row = rows_alone()[at];
             const std::string returned = returned_in(row.strip, column.at);

@@ -239,7 +239,7 @@ TEST_F(Attack, by_taking_all_descriptors_makes_it_wait_without_spinning)
     fs::permissions(in_place("bin/vorsim"), fs::perms::owner_all);
     Gateway gateway(place, {"--state", "state"});
     const Stream watcher(in_place("run/vorsim.control"));
-    watcher.send("{\"do\":\"watch\"}\n");
+    watcher.send(std::string("watch\0", 6));
     EXPECT_EQ("+\n", watcher.line());
     const Bound front_end(client_sap);
     std::vector<vorsim::Descriptor> many;

@@ -110,6 +110,7 @@ public:
             } else {
                 read_plain(word);
             }
+            word.end = at_ + 1;
             words.push_back(std::move(word));
         }
         return words;

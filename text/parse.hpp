@@ -56,6 +56,7 @@ struct Word {
     std::string text{};
     bool quoted = false;
     std::size_t column = 0; // in its line, from 1 on; 0 where it was no part of one
+    std::size_t end = 0;    // the column behind it
     std::size_t named = 0;  // the length of the name, where name= stands in front
     bool exposed = false;   // an expansion's to say: others could read a part of it
 };

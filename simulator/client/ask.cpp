@@ -14,14 +14,31 @@
 
 #include "server/control.hpp"
 #include "server/options.hpp"
-#include "text/json.hpp"
+#include "text/parse.hpp"
 
 namespace vorsim::client {
 namespace {
 
-constexpr std::chrono::milliseconds patience{10000};
+using std::chrono::milliseconds;
 
+constexpr milliseconds patience{10000};
+
+// What the answer is worth: itself, or what is thrown.
+std::string checked(const std::string& answer)
+{
+    const std::string text = answer.substr(1);
+    const std::string line = text.substr(0, text.find('\n'));
+    switch (answer.front()) {
+    case '+':
+        return text;
+    case '?':
+        throw UsageError(line);
+    default:
+        throw std::runtime_error(line);
+    }
 }
+
+} // namespace
 
 std::string directory()
 {
@@ -32,17 +49,19 @@ std::string directory()
     return directory;
 }
 
-Asked::Asked(const vor::Json& request) : socket_(connect_to(control_path(directory())))
+Asked::Asked(const std::string& line, const std::optional<std::string>& document)
+    : socket_(connect_to(control_path(directory())))
 {
     if (socket_.get() < 0) {
+        parse_command(line); // what is wrong with it matters more
         throw std::runtime_error(fmt::format("no vorsim runs in {}", directory()));
     }
-    const std::string line = vor::dump(request) + "\n";
-    for (std::size_t at = 0; at < line.size();) {
+    const std::string request = (document ? line + '\n' + *document : line) + '\0';
+    for (std::size_t at = 0; at < request.size();) {
         pollfd room{socket_.get(), POLLOUT, 0};
         const bool ready = poll(&room, 1, static_cast<int>(patience.count())) == 1;
         const ssize_t sent =
-            ready ? send(socket_.get(), line.data() + at, line.size() - at, MSG_NOSIGNAL | MSG_DONTWAIT) : -1;
+            ready ? send(socket_.get(), request.data() + at, request.size() - at, MSG_NOSIGNAL | MSG_DONTWAIT) : -1;
         if (sent < 0 && errno != EAGAIN && errno != EINTR) {
             throw std::runtime_error(fmt::format("the vorsim in {} does not listen", directory()));
         }
@@ -50,30 +69,28 @@ Asked::Asked(const vor::Json& request) : socket_(connect_to(control_path(directo
     }
 }
 
-std::string Asked::receive(std::chrono::milliseconds within)
+std::optional<std::string> Asked::receive(milliseconds within)
 {
     pollfd waiting{socket_.get(), POLLIN, 0};
     std::array<char, 65536> bytes; // NOLINT: filled by the receive
     if (poll(&waiting, 1, static_cast<int>(std::min<std::int64_t>(within.count(), INT_MAX))) != 1) {
-        throw std::runtime_error(fmt::format("the vorsim in {} does not answer", directory()));
+        return {};
     }
     const ssize_t size = recv(socket_.get(), bytes.data(), bytes.size(), 0);
-    return {bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
+    return std::string(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
 }
 
-Watch::Watch() : asked_(vor::Json({{"do", "watch"}})) {}
-
-bool Watch::read(const std::function<void(const Line& line)>& on_line)
+bool Watch::read(const OnLine& on_line)
 {
-    const std::string more = asked_.receive(std::chrono::milliseconds(-1));
+    const std::string more = asked_.receive(milliseconds(-1)).value_or("");
     text_ += more;
     std::size_t begin = 0;
     for (std::size_t end = 0; (end = text_.find('\n', begin)) != text_.npos; begin = end + 1) {
         const std::string line = text_.substr(begin, end - begin);
         if (begun_) {
-            on_line(read_line(line));
-        } else if (line != "+") {
-            throw std::runtime_error(line.substr(1));
+            on_line(What{line.front()}, std::string_view(line).substr(1));
+        } else {
+            checked(line);
         }
         begun_ = true;
     }
@@ -81,18 +98,29 @@ bool Watch::read(const std::function<void(const Line& line)>& on_line)
     return !more.empty();
 }
 
-std::string ask(const vor::Json& request)
+std::string ask(const std::string& line, const std::optional<std::string>& document)
 {
-    Asked asked(request);
+    Asked asked(line, document);
+    milliseconds within = patience;
+    std::string otherwise = fmt::format("the vorsim in {} does not answer", directory());
+    std::string at_its_end = otherwise;
     std::string answer;
-    for (std::string more = asked.receive(patience); !more.empty(); more = asked.receive(patience)) {
-        answer += more;
+    auto more = asked.receive(within);
+    for (; more && !more->empty(); more = asked.receive(within)) {
+        answer += *more;
+        const std::size_t end = answer.find('\n');
+        if (answer.front() == '~' && end != answer.npos) {
+            const std::size_t blank = answer.find(' ');
+            within = milliseconds(vor::number_in<std::int64_t>(answer.substr(1, blank - 1)).value_or(0));
+            otherwise = answer.substr(blank + 1, end - blank - 1);
+            at_its_end = "the gateway has ended";
+            answer.erase(0, end + 1);
+        }
     }
-    if (answer.empty() || answer[0] == '-') {
-        throw std::runtime_error(answer.empty() ? fmt::format("the vorsim in {} does not answer", directory())
-                                                : answer.substr(1, answer.find('\n') - 1));
+    if (!more || answer.empty()) {
+        throw std::runtime_error(more ? at_its_end : otherwise);
     }
-    return answer.substr(1);
+    return checked(answer);
 }
 
 } // namespace vorsim::client

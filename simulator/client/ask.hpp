@@ -5,8 +5,8 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
-#include "record/json.hpp"
 #include "sockets/unix_socket.hpp"
 
 namespace vorsim::client {
@@ -14,14 +14,14 @@ namespace vorsim::client {
 // The platform's directory; throws UsageError when it cannot be used.
 std::string directory();
 
-// A connection that carries one request.
+// A connection that carries one request: a line, and the document behind it where there is one.
 class Asked {
 public:
-    // Throws when no gateway runs in the directory.
-    explicit Asked(const vor::Json& request);
+    // Throws when no gateway runs in the directory; a UsageError first, where the line is not understood.
+    explicit Asked(const std::string& line, const std::optional<std::string>& document = {});
 
-    // More of the answer in time; empty at its end. Throws when nothing comes.
-    std::string receive(std::chrono::milliseconds within);
+    // More of the answer, empty at its end; nothing when nothing comes in time.
+    std::optional<std::string> receive(std::chrono::milliseconds within);
     int descriptor() const { return socket_.get(); }
 
 private:
@@ -31,12 +31,15 @@ private:
 // The messages of the running gateway from now on.
 class Watch {
 public:
-    Watch();
+    enum class What : char { message = '+', note = '!' }; // a note is for people
+    using OnLine = std::function<void(What what, std::string_view line)>;
+
+    explicit Watch(const std::string& line) : asked_(line) {}
 
     // Readable when there is more.
     int descriptor() const { return asked_.descriptor(); }
     // Waits for more; false at the gateway's end. Throws what the gateway has against it.
-    bool read(const std::function<void(const Line& line)>& on_line);
+    bool read(const OnLine& on_line);
 
 private:
     Asked asked_;
@@ -44,7 +47,7 @@ private:
     bool begun_ = false;
 };
 
-// The whole answer; throws what the gateway has against it.
-std::string ask(const vor::Json& request);
+// The whole answer; throws what the gateway has against it, a UsageError where it does not understand the line.
+std::string ask(const std::string& line, const std::optional<std::string>& document = {});
 
 } // namespace vorsim::client

@@ -15,12 +15,10 @@ std::optional<int> run(const std::vector<std::string>& arguments);
 std::string help();
 
 // Each in a file of its own.
-int decode(std::vector<std::string> arguments);
-int replay(std::vector<std::string> arguments);
+int decode(const std::vector<std::string>& arguments);
+int replay(const std::vector<std::string>& arguments);
 
 // A line to standard output; throws when that fails.
 void print(const std::string& text);
-// What stands at the front and is no option, taken off; throws when nothing does.
-std::string operand(std::vector<std::string>& arguments, const std::string& what);
 
 } // namespace vorsim::client

@@ -9,7 +9,7 @@
 #include "client/commands.hpp"
 #include "record/filter.hpp"
 #include "record/reader.hpp"
-#include "server/options.hpp"
+#include "server/operands.hpp"
 #include "text/text.hpp"
 
 namespace vorsim::client {
@@ -35,22 +35,22 @@ std::string bytes(const Record& record)
 
 } // namespace
 
-int decode(std::vector<std::string> arguments)
+int decode(const std::vector<std::string>& arguments)
 {
     Filter filter;
     bool json = false;
     bool with_bytes = false;
     std::string path;
-    while (!arguments.empty()) {
-        if (arguments.front() == "--json" || arguments.front() == "--bytes") {
-            bool& wanted = arguments.front() == "--json" ? json : with_bytes;
-            wanted = true;
-            arguments.erase(arguments.begin());
-        } else if (!filter.take(arguments)) {
+    for (Operands operands(arguments); !operands.empty();) {
+        if (operands.take_option(json_option)) {
+            json = true;
+        } else if (operands.take_option({"--bytes", "", ""})) {
+            with_bytes = true;
+        } else if (!operands.take_filter(filter)) {
             if (!path.empty()) {
-                throw UsageError(fmt::format("\"{}\" is too much here", arguments.front()));
+                operands.end();
             }
-            path = operand(arguments, "FILE");
+            path = operands.take("FILE");
         }
     }
     if (path.empty()) {

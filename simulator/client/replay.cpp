@@ -19,7 +19,7 @@
 #include "client/commands.hpp"
 #include "record/bytes.hpp"
 #include "record/reader.hpp"
-#include "server/options.hpp"
+#include "server/operands.hpp"
 #include "text/json.hpp"
 #include "text/text.hpp"
 
@@ -315,17 +315,12 @@ void compare_held(Replay& replay, const Json& was, const Json& is, const std::st
 
 } // namespace
 
-int replay(std::vector<std::string> arguments)
+int replay(const std::vector<std::string>& arguments)
 {
-    std::string state;
-    if (!arguments.empty() && arguments.front() == "--state") {
-        arguments.erase(arguments.begin());
-        state = operand(arguments, "FILE behind --state");
-    }
-    const std::string path = operand(arguments, "FILE");
-    if (!arguments.empty()) {
-        throw UsageError(fmt::format("\"{}\" is too much here", arguments.front()));
-    }
+    Operands operands(arguments);
+    const std::string state(operands.take_option({"--state", "FILE", ""}).value_or(""));
+    const std::string path(operands.take("FILE"));
+    operands.end();
     Json held;
     if (!state.empty()) {
         std::ifstream file(state);
@@ -339,7 +334,7 @@ int replay(std::vector<std::string> arguments)
     Replay replay(path);
     replay.run();
     if (!state.empty()) {
-        const Json now = Json::parse(ask(Json({{"do", "show"}, {"json", true}})));
+        const Json now = Json::parse(ask("show --json"));
         for (const char* part : {"managers", "konfd"}) {
             compare_held(replay, held.at(part), now.at(part), part);
         }

@@ -6,70 +6,36 @@
 #include <cmath>
 #include <cstring>
 #include <fstream>
-#include <limits>
 #include <set>
-#include <span>
 
 #include <fmt/core.h>
 #include <fnmatch.h>
 
 #include "tables/managers.hpp"
 #include "text/nearest.hpp"
+#include "text/parse.hpp"
 #include "text/text.hpp"
 
 namespace vorsim::faults {
 namespace {
 
-struct Token {
-    std::string text{};
-    std::size_t column{};
-    bool quoted{};
+using vor::number_in;
 
-    bool is(std::string_view word) const { return !quoted && text == word; }
-};
-
-constexpr std::string_view blanks = " \t\r";
-
-// Words, quoted texts, colons and commas; the last is empty and stands at the end.
-std::vector<Token> tokens_of(std::string_view line)
+// Words, quoted texts, colons and commas; the last is empty and stands behind them.
+std::vector<vor::Word> tokens_of(std::string_view line)
 {
-    std::vector<Token> tokens;
-    std::size_t at = line.find_first_not_of(blanks);
-    for (; at < line.size() && line[at] != '#'; at = line.find_first_not_of(blanks, at)) {
-        Token token{.column = at + 1, .quoted = line[at] == '"'};
-        if (token.quoted) {
-            for (++at; at < line.size() && line[at] != '"'; ++at) {
-                at += line[at] == '\\' && at + 1 < line.size() ? 1 : 0;
-                token.text += line[at];
+    try {
+        std::vector<vor::Word> tokens = vor::words_in(line, {.ends = ":,\"#", .expand = {}});
+        for (const vor::Word& token : tokens) {
+            if (token.quoted && token.named != 0) {
+                throw Complaint(token.column + token.named + 1, "a double quote within a word");
             }
-            if (at >= line.size()) {
-                throw Complaint(token.column, "this quote is not closed");
-            }
-            ++at;
-        } else if (line[at] == ':' || line[at] == ',') {
-            token.text = line[at++];
-        } else {
-            const std::size_t end = std::min(line.find_first_of(" \t\r:,\"#", at), line.size());
-            token.text = line.substr(at, end - at);
-            at = end;
         }
-        tokens.push_back(std::move(token));
+        tokens.push_back({.column = tokens.empty() ? 1 : tokens.back().end});
+        return tokens;
+    } catch (const vor::WordError& error) {
+        throw Complaint(error.column, error.what());
     }
-    tokens.push_back({.text = {}, .column = std::min(at, line.size()) + 1});
-    return tokens;
-}
-
-template <class Number>
-std::optional<Number> number_in(std::string_view text)
-{
-    int base = 10;
-    if (text.starts_with("0x")) {
-        text.remove_prefix(2);
-        base = 16;
-    }
-    Number number{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
-    return error == std::errc{} && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
 }
 
 // The number of "2nd", "3rd" and "11th".
@@ -160,48 +126,51 @@ class Parser {
 public:
     explicit Parser(std::string_view line) : line_(line), tokens_(tokens_of(line)) {}
 
+    bool empty() const { return tokens_.size() == 1; }
+
     Rule run()
     {
         read_who();
         while (!take(":")) {
             read_condition();
         }
-        const std::size_t begin = here().column - 1;
+        const std::size_t action = at_;
         read_action();
-        const std::size_t end = here().column - 1;
+        rule_.action_text = text_of(action, at_);
         if (take(",")) {
             read_end();
         }
-        if (!here().text.empty() || here().quoted) {
+        if (at_ + 1 < tokens_.size()) {
             expected(rule_.end.times || rule_.end.time ? "the rule's end" : "a comma and how often, or the rule's end");
         }
-        rule_.text = trimmed(line_.substr(tokens_.front().column - 1, here().column - tokens_.front().column));
-        rule_.action_text = trimmed(line_.substr(begin, end - begin));
+        rule_.text = text_of(0, at_);
         return rule_;
     }
 
 private:
-    const Token& here() const { return tokens_[at_]; }
+    const vor::Word& here() const { return tokens_[at_]; }
+    bool is(std::size_t at, std::string_view word) const { return !tokens_[at].quoted && tokens_[at].text == word; }
     bool take(std::string_view word)
     {
-        const bool taken = here().is(word);
+        const bool taken = is(at_, word);
         at_ += taken ? 1 : 0;
         return taken;
     }
-    Token next() { return at_ + 1 < tokens_.size() ? tokens_[at_++] : tokens_[at_]; }
-
-    static std::string trimmed(std::string_view text)
+    vor::Word next() { return at_ + 1 < tokens_.size() ? tokens_[at_++] : tokens_[at_]; }
+    // As it was written, from one token up to another.
+    std::string text_of(std::size_t begin, std::size_t end) const
     {
-        const std::size_t end = text.find_last_not_of(blanks);
-        return std::string(text.substr(0, end == text.npos ? 0 : end + 1));
+        const std::size_t from = tokens_[begin].column;
+        return std::string(line_.substr(from - 1, tokens_[end - 1].end - from));
     }
 
     [[noreturn]] void expected(const std::string& what, const std::string& otherwise = {}) const
     {
-        const Token& found = here();
-        const std::string seen = found.text.empty() && !found.quoted ? "the rule ends here"
-                                 : found.quoted                      ? vor::quoted(found.text)
-                                                                     : fmt::format("\"{}\"", vor::escaped(found.text));
+        const vor::Word& found = here();
+        std::string seen = "the rule ends here";
+        if (found.quoted || !found.text.empty()) {
+            seen = vor::quoted(found.text);
+        }
         throw Complaint(found.column, fmt::format("{}; expected {}{}", seen, what, otherwise));
     }
 
@@ -256,7 +225,7 @@ private:
     {
         Concern& concern = rule_.concern;
         const bool konfd = concern.who == Concern::Who::konfd;
-        const Token& token = here();
+        const vor::Word& token = here();
         if (token.quoted) {
             if (!concern.object.empty() || token.text.empty()) {
                 expected(konfd ? "one text of konfd's commands" : "one object");
@@ -303,7 +272,7 @@ private:
     {
         const std::size_t blank = words.find(' ');
         const bool two = blank != words.npos;
-        if (!here().is(words.substr(0, blank)) || (two && !tokens_[at_ + 1].is(words.substr(blank + 1)))) {
+        if (!is(at_, words.substr(0, blank)) || (two && !is(at_ + 1, words.substr(blank + 1)))) {
             return false;
         }
         at_ += two ? 2 : 1;
@@ -346,7 +315,7 @@ private:
 
     Milliseconds time()
     {
-        const auto time = here().quoted ? std::nullopt : time_of(here().text);
+        const auto time = here().quoted ? std::nullopt : vor::time_in(here().text);
         if (!time) {
             expected("a time, such as 20ms, 4s or 2min");
         }
@@ -374,30 +343,12 @@ private:
     }
 
     std::string_view line_;
-    std::vector<Token> tokens_;
+    std::vector<vor::Word> tokens_;
     std::size_t at_ = 0;
     Rule rule_;
 };
 
 } // namespace
-
-std::optional<Milliseconds> time_of(std::string_view word)
-{
-    struct Unit {
-        std::string_view name;
-        std::uint32_t milliseconds;
-    };
-    constexpr std::uint32_t longest = 24 * 3600 * 1000;
-    for (const Unit& unit : {Unit{"ms", 1}, Unit{"min", 60'000}, Unit{"s", 1000}}) {
-        if (word.ends_with(unit.name)) {
-            const auto number = number_in<std::uint32_t>(word.substr(0, word.size() - unit.name.size()));
-            return number && *number <= longest / unit.milliseconds
-                       ? std::optional(Milliseconds(std::uint64_t{*number} * unit.milliseconds))
-                       : std::nullopt;
-        }
-    }
-    return {};
-}
 
 std::optional<std::uint16_t> sap_named(std::string_view name)
 {
@@ -420,12 +371,10 @@ std::vector<Rule> read_rules(const std::string& file)
     std::string complaints;
     std::size_t number = 1;
     for (std::string line; std::getline(stream, line); ++number) {
-        const std::size_t begin = line.find_first_not_of(blanks);
-        if (begin == line.npos || line[begin] == '#') {
-            continue;
-        }
         try {
-            rules.push_back(parse_rule(line));
+            if (Parser parser(line); !parser.empty()) {
+                rules.push_back(parser.run());
+            }
         } catch (const Complaint& complaint) {
             complaints += fmt::format("{}{}:{}:{}: {}", complaints.empty() ? "" : "\n", file, number, complaint.column,
                                       complaint.what());

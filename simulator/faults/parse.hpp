@@ -30,9 +30,6 @@ struct BadFile : std::runtime_error {
 // One rule a line; # begins a comment. Throws a BadFile.
 std::vector<Rule> read_rules(const std::string& file);
 
-// "20ms", "4s", "2min"
-std::optional<Milliseconds> time_of(std::string_view word);
-
 // A manager's name, "SAP N" or "N".
 std::optional<std::uint16_t> sap_named(std::string_view name);
 

@@ -1,8 +1,8 @@
 #include "gateway/readings.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include <fmt/core.h>
@@ -10,6 +10,7 @@
 
 #include "tables/families.hpp"
 #include "text/nearest.hpp"
+#include "text/parse.hpp"
 #include "text/text.hpp"
 
 namespace vorsim {
@@ -44,30 +45,21 @@ const Reading* find(const std::string& name)
     return found == all.end() ? nullptr : *found;
 }
 
-template <class Number>
-bool read(std::string_view text, Number& number)
-{
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc{} && end == text.data() + text.size();
-}
-
 } // namespace
 
-std::string set_reading(std::string_view words, Measurements* measurements)
+Setting parse_setting(std::string_view words)
 {
+    using What = Setting::What;
     const std::size_t blank = std::min(words.rfind(' '), words.size());
     const std::string name(words.substr(0, blank));
     const std::string_view value = words.substr(std::min(blank + 1, words.size()));
     if (name == "counting") {
-        std::uint64_t times = 0;
-        if (!read(value, times) || times == 0 || times > 1'000'000) {
+        const auto times = vor::number_in<std::uint64_t>(value);
+        if (!times || *times == 0 || *times > 1'000'000) {
             throw std::runtime_error(fmt::format("counting is \"{}\": how many times as fast is expected, 1 to 1000000",
                                                  vor::escaped(value)));
         }
-        if (measurements != nullptr) {
-            measurements->speed_up(times);
-        }
-        return fmt::format("counters count {} times as fast", times);
+        return {What::counting, name, *times, fmt::format("counters count {} times as fast", *times)};
     }
     const Reading* const reading = find(name);
     if (reading == nullptr) {
@@ -79,24 +71,34 @@ std::string set_reading(std::string_view words, Measurements* measurements)
                             "counting")));
     }
     if (value == "wander") {
-        if (measurements != nullptr) {
-            measurements->let_go(name);
-        }
-        return fmt::format("{} wanders", name);
+        return {What::wander, name, 0, fmt::format("{} wanders", name)};
     }
-    std::int64_t number = 0;
-    std::uint64_t large = 0;
-    const bool is_small = read(value, number) && number >= reading->least &&
-                          (number < 0 || static_cast<std::uint64_t>(number) <= reading->most);
-    if (!is_small && !(read(value, large) && large <= reading->most)) {
+    const auto number = vor::integer_in(value);
+    const bool at_least = number && number->exact &&
+                          (number->negative ? number->bounded() >= reading->least
+                                            : std::cmp_greater_equal(number->magnitude, reading->least));
+    if (!at_least || (!number->negative && number->magnitude > reading->most)) {
         throw std::runtime_error(fmt::format("{} is \"{}\": a number from {} to {} is expected{}", name,
                                              vor::escaped(value), reading->least, reading->most,
                                              reading->counts ? "" : ", or wander"));
     }
-    if (measurements != nullptr) {
-        measurements->set(name, is_small ? static_cast<std::uint64_t>(number) : large);
+    return {What::value, name, number->negative ? static_cast<std::uint64_t>(number->bounded()) : number->magnitude,
+            fmt::format("{} is {}", name, value)};
+}
+
+void apply(const Setting& setting, Measurements& measurements)
+{
+    switch (setting.what) {
+    case Setting::What::value:
+        measurements.set(setting.reading, setting.number);
+        break;
+    case Setting::What::wander:
+        measurements.let_go(setting.reading);
+        break;
+    case Setting::What::counting:
+        measurements.speed_up(setting.number);
+        break;
     }
-    return fmt::format("{} is {}", name, value);
 }
 
 } // namespace vorsim

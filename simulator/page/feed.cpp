@@ -1,6 +1,7 @@
 #include "page/feed.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include <fmt/core.h>
 
@@ -13,12 +14,9 @@ constexpr std::size_t most_at_once = 1 << 16;
 
 } // namespace
 
-void Feed::add(const Line& line)
+void Feed::add(std::uint64_t number, std::string data)
 {
-    if (line.lost) {
-        return;
-    }
-    events_.push_back({line.record.seq, json_line(line.record, Extent::without_bytes)});
+    events_.push_back({number, std::move(data)});
     size_ += events_.back().data.size();
     while (events_.size() > most_events || (size_ > most_bytes && events_.size() > 1)) {
         size_ -= events_.front().data.size();

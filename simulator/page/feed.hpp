@@ -6,14 +6,12 @@
 #include <deque>
 #include <string>
 
-#include "record/json.hpp"
-
 namespace vorsim::page {
 
 class Feed {
 public:
-    // How many were lost shows in the numbers.
-    void add(const Line& line);
+    // How many were lost before it shows in the numbers.
+    void add(std::uint64_t number, std::string data);
 
     // Some of what came after the message that was seen last, which then moves on; empty: nothing did.
     std::string after(std::uint64_t& seen) const;

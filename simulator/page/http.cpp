@@ -1,11 +1,9 @@
-// libmicrohttpd is loaded when a page is served: linked, it would be loaded by every command.
 #include "page/http.hpp"
 
 #include <algorithm>
 #include <iterator>
 #include <stdexcept>
 
-#include <dlfcn.h>
 #include <sys/socket.h>
 
 #include <fmt/core.h>
@@ -14,7 +12,6 @@
 namespace vorsim::page {
 namespace {
 
-constexpr char library_name[] = "libmicrohttpd.so.12";
 constexpr std::ptrdiff_t most_clients = 48; // beyond that the oldest that is no stream makes room
 constexpr unsigned most_at_once = 64;
 constexpr unsigned idle_seconds = 15;
@@ -32,64 +29,9 @@ constexpr std::pair<const char*, const char*> headers[] = {
     {"X-Frame-Options", "DENY"},
 };
 
-// What is used of the library.
-struct Library {
-    decltype(::MHD_start_daemon)* start_daemon;
-    decltype(::MHD_stop_daemon)* stop_daemon;
-    decltype(::MHD_get_daemon_info)* get_daemon_info;
-    decltype(::MHD_get_timeout)* get_timeout;
-    decltype(::MHD_run)* run;
-    decltype(::MHD_get_connection_info)* get_connection_info;
-    decltype(::MHD_lookup_connection_value)* lookup_connection_value;
-    decltype(::MHD_suspend_connection)* suspend_connection;
-    decltype(::MHD_resume_connection)* resume_connection;
-    decltype(::MHD_create_response_from_buffer)* create_response_from_buffer;
-    decltype(::MHD_create_response_from_callback)* create_response_from_callback;
-    decltype(::MHD_add_response_header)* add_response_header;
-    decltype(::MHD_queue_response)* queue_response;
-    decltype(::MHD_destroy_response)* destroy_response;
-
-    Library()
-    {
-        void* const library = dlopen(library_name, RTLD_NOW | RTLD_LOCAL);
-        if (library == nullptr) {
-            throw std::runtime_error(fmt::format("--http needs {} (Debian package libmicrohttpd12)", library_name));
-        }
-        find(library, "MHD_start_daemon", start_daemon);
-        find(library, "MHD_stop_daemon", stop_daemon);
-        find(library, "MHD_get_daemon_info", get_daemon_info);
-        find(library, "MHD_get_timeout", get_timeout);
-        find(library, "MHD_run", run);
-        find(library, "MHD_get_connection_info", get_connection_info);
-        find(library, "MHD_lookup_connection_value", lookup_connection_value);
-        find(library, "MHD_suspend_connection", suspend_connection);
-        find(library, "MHD_resume_connection", resume_connection);
-        find(library, "MHD_create_response_from_buffer", create_response_from_buffer);
-        find(library, "MHD_create_response_from_callback", create_response_from_callback);
-        find(library, "MHD_add_response_header", add_response_header);
-        find(library, "MHD_queue_response", queue_response);
-        find(library, "MHD_destroy_response", destroy_response);
-    }
-
-    template <class Function>
-    static void find(void* library, const char* name, Function*& function)
-    {
-        function = reinterpret_cast<Function*>(dlsym(library, name));
-        if (function == nullptr) {
-            throw std::runtime_error(fmt::format("{} has no {}", library_name, name));
-        }
-    }
-};
-
-const Library& library()
-{
-    static const Library loaded;
-    return loaded;
-}
-
 std::string value_of(MHD_Connection* connection, MHD_ValueKind kind, const char* name)
 {
-    const char* const value = library().lookup_connection_value(connection, kind, name);
+    const char* const value = MHD_lookup_connection_value(connection, kind, name);
     return value != nullptr ? value : "";
 }
 
@@ -120,7 +62,7 @@ struct Http::Callbacks {
             std::erase_if(http.clients_, [&](const auto& one) { return one.connection == connection; });
             return;
         }
-        const auto* const info = library().get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
+        const auto* const info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
         http.make_room();
         http.clients_.push_back({.connection = connection, .descriptor = info->connect_fd});
     }
@@ -158,20 +100,19 @@ struct Http::Callbacks {
         MHD_Response* response = nullptr;
         if (answer.stream) {
             client.stream = std::move(answer.stream);
-            response = library().create_response_from_callback(MHD_SIZE_UNKNOWN, 4096, on_room, &client, nullptr);
+            response = MHD_create_response_from_callback(MHD_SIZE_UNKNOWN, 4096, on_room, &client, nullptr);
         } else {
-            response =
-                library().create_response_from_buffer(answer.body.size(), answer.body.data(), MHD_RESPMEM_MUST_COPY);
+            response = MHD_create_response_from_buffer(answer.body.size(), answer.body.data(), MHD_RESPMEM_MUST_COPY);
         }
         if (response == nullptr) {
             return MHD_NO;
         }
         for (const auto& [name, value] : headers) {
-            library().add_response_header(response, name, value);
+            MHD_add_response_header(response, name, value);
         }
-        library().add_response_header(response, "Content-Type", answer.type.c_str());
-        const MHD_Result queued = library().queue_response(client.connection, answer.status, response);
-        library().destroy_response(response);
+        MHD_add_response_header(response, "Content-Type", answer.type.c_str());
+        const MHD_Result queued = MHD_queue_response(client.connection, answer.status, response);
+        MHD_destroy_response(response);
         return queued;
     }
 
@@ -183,7 +124,7 @@ struct Http::Callbacks {
         }
         if (client.unsent.empty()) {
             client.suspended = true;
-            library().suspend_connection(client.connection);
+            MHD_suspend_connection(client.connection);
             return 0;
         }
         const std::size_t size = client.unsent.copy(buffer, room);
@@ -192,39 +133,34 @@ struct Http::Callbacks {
     }
 };
 
-void Http::require()
-{
-    library();
-}
-
 Http::Http(Loop& loop, int listener, Handler answer_to) : loop_(loop), answer_to_(std::move(answer_to))
 {
-    daemon_ = library().start_daemon(
-        MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr, Callbacks::on_request, this,
-        MHD_OPTION_LISTEN_SOCKET, listener, MHD_OPTION_CONNECTION_LIMIT, most_at_once, MHD_OPTION_CONNECTION_TIMEOUT,
-        idle_seconds, MHD_OPTION_CONNECTION_MEMORY_LIMIT, memory_of_client, MHD_OPTION_STRICT_FOR_CLIENT, 1,
-        MHD_OPTION_NOTIFY_CONNECTION, Callbacks::on_connection, this, MHD_OPTION_NOTIFY_COMPLETED,
-        Callbacks::on_completed, this, MHD_OPTION_END);
+    daemon_ = MHD_start_daemon(MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr, Callbacks::on_request,
+                               this, MHD_OPTION_LISTEN_SOCKET, listener, MHD_OPTION_CONNECTION_LIMIT, most_at_once,
+                               MHD_OPTION_CONNECTION_TIMEOUT, idle_seconds, MHD_OPTION_CONNECTION_MEMORY_LIMIT,
+                               memory_of_client, MHD_OPTION_STRICT_FOR_CLIENT, 1, MHD_OPTION_NOTIFY_CONNECTION,
+                               Callbacks::on_connection, this, MHD_OPTION_NOTIFY_COMPLETED, Callbacks::on_completed,
+                               this, MHD_OPTION_END);
     if (daemon_ == nullptr) {
         throw std::runtime_error("the HTTP server cannot be started");
     }
-    const auto* const info = library().get_daemon_info(daemon_, MHD_DAEMON_INFO_EPOLL_FD);
-    loop_.watch(info->epoll_fd, [this] { library().run(daemon_); });
+    const auto* const info = MHD_get_daemon_info(daemon_, MHD_DAEMON_INFO_EPOLL_FD);
+    loop_.watch(info->epoll_fd, [this] { MHD_run(daemon_); });
     const auto next = [this]() -> std::optional<Loop::Time> {
         MHD_UNSIGNED_LONG_LONG milliseconds = 0;
-        if (library().get_timeout(daemon_, &milliseconds) != MHD_YES) {
+        if (MHD_get_timeout(daemon_, &milliseconds) != MHD_YES) {
             return {};
         }
         return milliseconds == 0 ? Loop::Time() // at once
                                  : std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
     };
-    loop_.at(next, [this] { library().run(daemon_); });
+    loop_.at(next, [this] { MHD_run(daemon_); });
 }
 
 Http::~Http()
 {
     wake(true); // suspended ones are not ended
-    library().stop_daemon(daemon_);
+    MHD_stop_daemon(daemon_);
 }
 
 void Http::make_room()
@@ -247,10 +183,10 @@ void Http::wake(bool beat)
         }
         if (client.suspended) {
             client.suspended = false;
-            library().resume_connection(client.connection);
+            MHD_resume_connection(client.connection);
         }
     }
-    library().run(daemon_);
+    MHD_run(daemon_);
 }
 
 std::size_t Http::streams() const

@@ -38,9 +38,6 @@ class Http {
 public:
     using Handler = std::function<Answer(const Request& request)>;
 
-    // Loads the library; throws when it cannot be had.
-    static void require();
-
     Http(Loop& loop, int listener, Handler answer_to);
     ~Http();
     Http(const Http&) = delete;

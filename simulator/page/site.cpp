@@ -1,15 +1,13 @@
 #include "page/site.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <stdexcept>
 
 #include <fmt/core.h>
 
 #include "page_files.hpp" // of the files in files/, by the build
 #include "server/commands.hpp"
-#include "server/options.hpp"
-#include "text/json.hpp"
+#include "text/parse.hpp"
 
 namespace vorsim::page {
 namespace {
@@ -69,7 +67,7 @@ Site::Site(Loop& loop, int listener, Settings settings)
 void Site::watch()
 {
     try {
-        watch_ = std::make_unique<client::Watch>();
+        watch_ = std::make_unique<client::Watch>("events");
         loop_.watch(watch_->descriptor(), [this] { listen(); });
     } catch (const std::exception&) {
         watch_.reset(); // at the next beat again
@@ -80,7 +78,13 @@ void Site::listen()
 {
     bool more = false;
     try {
-        more = watch_->read([this](const Line& line) { feed_.add(line); });
+        more = watch_->read([this](client::Watch::What what, std::string_view line) {
+            if (what == client::Watch::What::message) {
+                const std::size_t blank = line.find(' ');
+                feed_.add(vor::number_in<std::uint64_t>(line.substr(0, blank)).value_or(0),
+                          std::string(line.substr(blank + 1)));
+            }
+        });
     } catch (const std::exception&) {
         more = false; // too many watch: at the next beat again
     }
@@ -146,7 +150,7 @@ Answer Site::state()
     const auto now = std::chrono::steady_clock::now();
     try {
         if (now >= state_due_) {
-            state_ = client::ask(vor::Json({{"do", "overview"}}));
+            state_ = client::ask("overview");
             const auto end = std::chrono::steady_clock::now();
             state_due_ = end + std::max<Loop::Time::duration>(state_lasts, state_share * (end - now));
         }
@@ -163,29 +167,22 @@ Answer Site::events(const Request& request)
     if (http_.streams() >= most_streams) {
         return {.status = unavailable, .body = fmt::format("{} look on already\n", most_streams)};
     }
-    std::uint64_t seen = 0;
-    std::from_chars(request.last_event.data(), request.last_event.data() + request.last_event.size(), seen);
-    return {.type = "text/event-stream", .stream = [this, seen]() mutable { return feed_.after(seen); }};
+    const std::uint64_t seen = vor::number_in<std::uint64_t>(request.last_event).value_or(0);
+    return {.type = "text/event-stream", .stream = [this, seen = seen]() mutable { return feed_.after(seen); }};
 }
 
-// What vorsim's own command line takes, in the same words.
+// What vorsim's own command line takes, as far as it switches.
 Answer Site::obey(const std::string& command)
 {
     state_due_ = {}; // what is asked next is asked about what this makes of it
-    const std::string name = command.substr(0, command.find(' '));
-    vor::Json request = {{"do", name}};
-    if (is_command(name)) {
-        try {
-            command_of(command); // what is wrong with it is said here
-        } catch (const UsageError& error) {
-            return {.status = bad_request, .body = fmt::format("{}\n", error.what())};
-        }
-        request["words"] = command.substr(std::min(command.size(), name.size() + 1));
-    } else if (command != "reset") {
+    const CommandRow* const row = command_named(first_word(command));
+    if (row == nullptr || !row->on_page) {
         return {.status = bad_request, .body = "expected fault, stop, start, set or reset\n"};
     }
     try {
-        return {.body = client::ask(request)};
+        return {.body = client::ask(command)};
+    } catch (const UsageError& error) {
+        return {.status = bad_request, .body = fmt::format("{}\n", error.what())};
     } catch (const std::exception& error) {
         return {.status = conflict, .body = fmt::format("{}\n", error.what())};
     }

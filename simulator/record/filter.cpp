@@ -3,7 +3,6 @@
 #include <fmt/core.h>
 
 #include "tables/managers.hpp"
-#include "text/options.hpp"
 
 namespace vorsim {
 
@@ -20,27 +19,35 @@ bool Filter::passes(const Record& record) const
            (!source || (message && *source == std::to_string(record.source))) && (!complaints || complaint);
 }
 
-bool Filter::take(std::vector<std::string>& arguments)
+void Filter::set(const FilterOption& option, std::string_view value)
 {
-    const std::pair<const char*, std::optional<std::string>*> texts[] = {
-        {"--manager", &manager}, {"--call", &call}, {"--object", &object}, {"--source", &source}};
-    if (arguments.front() == "--complaints") {
+    if (option.text != nullptr) {
+        this->*option.text = value;
+    } else {
         complaints = true;
-        arguments.erase(arguments.begin());
-        return true;
     }
-    for (const auto& [name, text] : texts) {
-        if (arguments.front() != name) {
-            continue;
-        }
-        if (arguments.size() < 2) {
-            throw vor::OptionError(fmt::format("{} needs a value", name));
-        }
-        *text = arguments[1];
-        arguments.erase(arguments.begin(), arguments.begin() + 2);
-        return true;
+}
+
+std::span<const FilterOption> filter_options()
+{
+    static constexpr FilterOption options[] = {
+        {{"--manager", "NAME|SAP", ""}, &Filter::manager},
+        {{"--call", "NAME", ""}, &Filter::call},
+        {{"--object", "TEXT", ""}, &Filter::object},
+        {{"--source", "SAP", ""}, &Filter::source},
+        {{"--complaints", "", ""}, nullptr},
+    };
+    return options;
+}
+
+std::string filter_help()
+{
+    std::string text;
+    for (const FilterOption& option : filter_options()) {
+        text += fmt::format("{}[{}{}{}]", text.empty() ? "" : " ", option.name, option.value.empty() ? "" : " ",
+                            option.value);
     }
-    return false;
+    return text;
 }
 
 } // namespace vorsim

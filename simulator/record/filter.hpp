@@ -2,12 +2,16 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
-#include <vector>
+#include <string_view>
 
+#include "text/options.hpp"
 #include "values/record.hpp"
 
 namespace vorsim {
+
+struct FilterOption;
 
 struct Filter {
     std::optional<std::string> manager; // its name or SAP, or "konfd"
@@ -17,11 +21,15 @@ struct Filter {
     bool complaints = false; // what --strict would not let pass
 
     bool passes(const Record& record) const;
-    // Takes an option of its own off the front; false when it is none.
-    bool take(std::vector<std::string>& arguments);
+    void set(const FilterOption& option, std::string_view value);
 };
 
-inline constexpr char filter_help[] =
-    "[--manager NAME|SAP] [--call NAME] [--object TEXT] [--source SAP] [--complaints]";
+struct FilterOption : vor::Option {
+    std::optional<std::string> Filter::*text; // null: the complaints
+};
+
+std::span<const FilterOption> filter_options();
+// "[--manager NAME|SAP] ..."
+std::string filter_help();
 
 } // namespace vorsim

@@ -229,11 +229,6 @@ std::string json_line(const Record& record, Extent extent)
     return vor::dump(object);
 }
 
-std::string lost_line(std::uint64_t lost)
-{
-    return vor::dump({{"lost", lost}});
-}
-
 Line read_line(std::string_view text)
 {
     const Json json = Json::parse(text);
@@ -241,10 +236,6 @@ Line read_line(std::string_view text)
     Line line{.text = std::string(text)};
     if (const Json* const version = json.find("journal")) {
         line.version = vor::dump(*version);
-        return line;
-    }
-    if (const Json* const lost = json.find("lost")) {
-        line.lost = lost->number<std::uint64_t>();
         return line;
     }
     line.record.kind = kind_of(json);

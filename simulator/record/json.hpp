@@ -22,14 +22,11 @@ std::string journal_head(const std::string& time, std::uint64_t seed, bool show_
 
 enum class Extent : std::uint8_t { whole, without_bytes };
 std::string json_line(const Record& record, Extent extent = Extent::whole);
-// In place of so many records that were not read in time.
-std::string lost_line(std::uint64_t lost);
 
 // A line that was read.
 struct Line {
     std::string text{};                   // as it came
     std::optional<std::string> version{}; // a journal begins, of this one
-    std::optional<std::uint64_t> lost{};  // in place of so many records
     Record record{};                      // else
     std::string damage{};                 // what is wrong with it
     bool complete = true;                 // a message says where it came from, where it went, and what it is

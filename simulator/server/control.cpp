@@ -10,6 +10,7 @@
 #include <fmt/core.h>
 
 #include "record/json.hpp"
+#include "text/json.hpp"
 #include "text/text.hpp"
 
 namespace vorsim {
@@ -18,9 +19,14 @@ namespace {
 constexpr std::size_t most_clients = 16;
 constexpr std::ptrdiff_t most_watching = 12;
 constexpr std::size_t longest_request = 1 << 23;
-constexpr std::size_t deepest_request = 10000; // of what is copied and shown by recursion
-constexpr std::size_t most_unread = 1 << 18;   // of one that watches
+constexpr std::size_t most_unread = 1 << 18; // of one that watches
 constexpr std::size_t most_seen = 4096;
+constexpr char end_of_request = '\0';
+
+bool is_of(const Wait& wanted, const std::string& call, const std::string& object)
+{
+    return wanted.call == call && (wanted.object.empty() || wanted.object == object);
+}
 
 } // namespace
 
@@ -29,16 +35,15 @@ std::string control_path(const std::string& directory)
     return fmt::format("{}/vorsim.control", directory);
 }
 
-Control::Control(Loop& loop, const std::string& path, Handler answer_to)
-    : loop_(loop), answer_to_(std::move(answer_to)),
-      door_(
-          loop, path,
-          [this](bool no_descriptor) {
-              return make_room_among(clients_, most_clients, no_descriptor,
-                                     [this](int descriptor) { drop_client(descriptor); });
-          },
-          [this](Descriptor socket) { welcome(std::move(socket)); })
+void Control::listen(const std::string& path)
 {
+    door_.emplace(
+        loop_, path,
+        [this](bool no_descriptor) {
+            return make_room_among(clients_, most_clients, no_descriptor,
+                                   [this](int descriptor) { drop_client(descriptor); });
+        },
+        [this](Descriptor socket) { welcome(std::move(socket)); });
     loop_.in_turn([this] { return answer_all(); });
 }
 
@@ -63,13 +68,14 @@ void Control::read_request(int descriptor)
     }
     client.active = std::chrono::steady_clock::now();
     client.input.append(bytes.data(), static_cast<std::size_t>(size));
-    const std::size_t end = std::string_view(bytes.data(), static_cast<std::size_t>(size)).find('\n');
+    const std::size_t end = std::string_view(bytes.data(), static_cast<std::size_t>(size)).find(end_of_request);
     if (end == std::string_view::npos) {
         if (client.input.size() > longest_request) {
             drop_client(descriptor);
         }
         return;
     }
+    client.input.resize(client.input.find(end_of_request));
     loop_.forget(descriptor);
     fresh_.push_back(descriptor);
 }
@@ -89,16 +95,22 @@ bool Control::answer_all()
 std::string Control::answer_to(Client& client, const std::string& request)
 {
     try {
-        const vor::Json asked = vor::Json::parse(request, deepest_request);
-        const std::string what = asked.at("do").string();
-        if (what == "watch" || what == "wait") {
-            subscribe(client, asked);
+        const Command command = parse_command(request);
+        if (const auto* const wanted = std::get_if<Watch>(&command)) {
+            watch(client, *wanted);
             return client.output;
         }
-        if (what == "quit") { // its connection tells by its end that all is over
+        if (const auto* const wanted = std::get_if<Wait>(&command)) {
+            wait(client, *wanted);
+            return client.output;
+        }
+        const auto& asked = std::get<Request>(command);
+        if (std::holds_alternative<Quit>(asked)) { // its connection tells by its end that all is over
             client.wish = Wish::one;
         }
         return fmt::format("+{}", answer_to_(asked));
+    } catch (const UsageError& error) {
+        return fmt::format("?{}\n", error.what());
     } catch (const vor::JsonError&) {
         return "-the request cannot be understood\n";
     } catch (const std::exception& error) {
@@ -106,24 +118,35 @@ std::string Control::answer_to(Client& client, const std::string& request)
     }
 }
 
-void Control::subscribe(Client& client, const vor::Json& request)
+void Control::make_room_for_one_more() const
 {
     const auto watches = [](const auto& one) { return one.second.wish != Wish::answer; };
     if (std::ranges::count_if(clients_, watches) == most_watching) {
         throw std::runtime_error(fmt::format("{} watch or wait already", most_watching));
     }
-    if (request.at("do") == vor::Json("watch")) {
-        client.wish = Wish::all;
-        client.output = "+\n";
+}
+
+void Control::watch(Client& client, const Watch& wanted)
+{
+    make_room_for_one_more();
+    client.wish = Wish::all;
+    client.all = wanted;
+    client.output = "+\n";
+}
+
+void Control::wait(Client& client, const Wait& wanted)
+{
+    make_room_for_one_more();
+    const bool there =
+        std::ranges::any_of(seen_, [&](const auto& one) { return is_of(wanted, one.first, one.second); });
+    if (there) {
+        client.output = "+";
         return;
     }
-    client.call = request.at("call").string();
-    client.object = request.value("object", "");
-    const bool there = std::ranges::any_of(seen_, [&client](const auto& one) {
-        return one.first == client.call && (client.object.empty() || one.second == client.object);
-    });
-    client.wish = there ? Wish::answer : Wish::one;
-    client.output = there ? "+\n" : "?\n";
+    client.wish = Wish::one;
+    client.one = wanted;
+    client.output = fmt::format("~{0} no {1}{2}{3} within {0} ms\n", wanted.within.count(), wanted.call,
+                                wanted.object.empty() ? "" : " of ", wanted.object);
 }
 
 bool Control::is_watched() const
@@ -139,30 +162,43 @@ void Control::note(const std::string& call, const std::string& object)
     for (auto next = clients_.begin(); next != clients_.end();) {
         const int descriptor = next->first;
         Client& client = (next++)->second; // writing may drop it
-        if (client.wish == Wish::one && !call.empty() && client.call == call &&
-            (client.object.empty() || client.object == object)) {
+        if (client.wish == Wish::one && !call.empty() && is_of(client.one, call, object)) {
             client.wish = Wish::answer;
-            client.output += "+\n";
+            client.output += "+";
             write_some(descriptor);
         }
     }
 }
 
-void Control::publish(const std::string& line)
+void Control::publish(const Record& record, const std::string& json)
 {
+    const auto text_for = [&](const Watch& wanted) {
+        switch (wanted.as) {
+        case Watch::As::json:
+            return json;
+        case Watch::As::event:
+            return fmt::format("{} {}", record.seq, json_line(record, Extent::without_bytes));
+        default:
+            return record.line;
+        }
+    };
     for (auto next = clients_.begin(); next != clients_.end();) {
         const int descriptor = next->first;
         Client& client = (next++)->second; // writing may drop it
-        if (client.wish != Wish::all) {
+        if (client.wish != Wish::all || !client.all.filter.passes(record)) {
             continue;
         }
-        if (client.output.size() + line.size() >= most_unread) {
+        const std::string line = fmt::format("+{}\n", text_for(client.all));
+        if (client.output.size() + line.size() > most_unread) {
             ++client.lost;
             continue;
         }
         const bool idle = client.output.empty();
-        client.output += client.lost > 0 ? lost_line(std::exchange(client.lost, 0)) + "\n" : "";
-        client.output += line + "\n";
+        if (client.lost > 0) {
+            client.output += fmt::format("!vorsim: {} not shown: not read in time\n",
+                                         vor::counted(std::exchange(client.lost, 0), "message"));
+        }
+        client.output += line;
         if (idle) {
             write_some(descriptor);
         }

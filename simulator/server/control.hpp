@@ -1,18 +1,23 @@
 // control.hpp: how the running gateway is asked, watched and told.
 //
-// A request is one line of JSON, {"do": WHAT, ...}; the answer is "+" and what
-// was asked for, or "-" and why not, to the connection's end. {"do": "watch"}
-// gets a line of JSON for every message until it leaves, {"do": "wait", "call":
-// NAME, "object": TEXT} "?" where none was yet, then "+" at the first such message.
+// A request is a command's line, the document that it carries behind the line's end, and a zero byte. The answer begins
+// with a byte that says what it is, and goes on to the connection's end:
+//   +  what was asked for
+//   -  why it was not done
+//   ?  why the command is not understood
+//   ~  a line: how many milliseconds it may take until one of the above follows, a blank, and why there is none then
+// Who watches gets lines after the first: + and a message, or ! and what is to be known beside them.
 #pragma once
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 
+#include "server/commands.hpp"
 #include "sockets/listener.hpp"
-#include "text/json.hpp"
+#include "values/record.hpp"
 
 namespace vorsim {
 
@@ -22,13 +27,16 @@ std::string control_path(const std::string& directory);
 class Control {
 public:
     // What it throws is the answer, too.
-    using Handler = std::function<std::string(const vor::Json& request)>;
+    using Handler = std::function<std::string(const Request& request)>;
 
-    Control(Loop& loop, const std::string& path, Handler answer_to);
+    Control(Loop& loop, Handler answer_to) : loop_(loop), answer_to_(std::move(answer_to)) {}
 
-    // A message for those who wait for it, its record's line for those who watch.
+    // Throws InUse where another gateway does.
+    void listen(const std::string& path);
+
+    // A message for those who wait for it, its record for those who watch.
     void note(const std::string& call, const std::string& object);
-    void publish(const std::string& line);
+    void publish(const Record& record, const std::string& json);
     bool is_watched() const;
     // What came before is waited for no more.
     void forget_past() { seen_.clear(); }
@@ -41,8 +49,8 @@ private:
         std::string input{};
         std::string output{};
         Wish wish{};
-        std::string call{}; // of the one
-        std::string object{};
+        Wait one{};
+        Watch all{};
         std::uint64_t lost{};
     };
     using Clients = std::map<int, Client>;
@@ -51,7 +59,9 @@ private:
     void read_request(int descriptor);
     bool answer_all();
     std::string answer_to(Client& client, const std::string& request);
-    void subscribe(Client& client, const vor::Json& request);
+    void watch(Client& client, const Watch& wanted);
+    void wait(Client& client, const Wait& wanted);
+    void make_room_for_one_more() const;
     void write_some(int descriptor);
     void drop_client(int descriptor);
 
@@ -61,7 +71,7 @@ private:
     std::vector<int> fresh_; // clients that asked in this turn: what was sent to managers before is served first
     std::vector<int> asked_; // in the one before
     std::set<std::pair<std::string, std::string>> seen_; // calls and objects
-    Door door_;
+    std::optional<Door> door_;
 };
 
 } // namespace vorsim

@@ -1,29 +1,29 @@
 #include "server/options.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <limits>
 
 #include <fmt/core.h>
 
 #include "faults/parse.hpp"
+#include "text/parse.hpp"
+#include "text/text.hpp"
 
 namespace vorsim {
 namespace {
 
 template <class Number>
-Number number_of(const std::string& option, const std::string& text)
+Number number_of(std::string_view option, std::string_view text)
 {
-    Number number{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (text.empty() || error != std::errc{} || end != text.data() + text.size()) {
+    const auto number = vor::number_in<Number>(text);
+    if (!number) {
         throw UsageError(fmt::format("{} is \"{}\": must be a number from 0 to {}", option, text,
                                      std::numeric_limits<Number>::max()));
     }
-    return number;
+    return *number;
 }
 
-std::uint16_t manager_of(const std::string& option, const std::string& name)
+std::uint16_t manager_of(std::string_view option, std::string_view name)
 {
     const auto sap = faults::sap_named(name);
     if (!sap) {
@@ -33,40 +33,58 @@ std::uint16_t manager_of(const std::string& option, const std::string& name)
 }
 
 // "ethmgr=20ms..80ms", "ethmgr=50ms"
-std::pair<std::uint16_t, Delay> delay_of(const std::string& text)
+void take_delay(Options& options, std::string_view text)
 {
     const std::size_t equals = std::min(text.find('='), text.size());
-    const std::string times = text.substr(std::min(equals + 1, text.size()));
-    const std::size_t dots = std::min(times.find(".."), times.size());
-    const auto least = faults::time_of(times.substr(0, dots));
-    const auto most = dots == times.size() ? least : faults::time_of(times.substr(dots + 2));
+    const std::string_view times = text.substr(std::min(equals + 1, text.size()));
+    const std::size_t dots = times.find("..");
+    const auto least = vor::time_in(times.substr(0, dots));
+    const auto most = dots == times.npos ? least : vor::time_in(times.substr(dots + 2));
     if (!least || !most || *least > *most) {
         throw UsageError(fmt::format("--delay is \"{}\": expected such as ethmgr=20ms..80ms", text));
     }
-    return {manager_of("--delay", text.substr(0, equals)), Delay{*least, *most}};
+    options.delays.insert_or_assign(manager_of("--delay", text.substr(0, equals)), Delay{*least, *most});
 }
 
-} // namespace
+using Value = std::string_view;
 
-const char* const help_text =
+constexpr OptionRow rows[] = {
+    {{"--sap", "N", "serve one more SAP for transport applications (repeatable)"},
+     [](Options& options, Value value) { options.more_saps.push_back(number_of<std::uint16_t>("--sap", value)); }},
+    {{"--strict", "", "exit with 3 when any message was not as the tables say"},
+     [](Options& options, Value) { options.strict = true; }},
+    {{"--seed", "N", "where counters and measurements begin (default 1)"},
+     [](Options& options, Value value) { options.seed = number_of<std::uint64_t>("--seed", value); }},
+    {{"--state", "FILE", "write the state as JSON, at the start and when stopping"},
+     [](Options& options, Value value) { options.state_file = value; }},
+    {{"--journal", "FILE", "append one JSON object per message"},
+     [](Options& options, Value value) { options.journal_file = value; }},
+    {{"--show-secrets", "", "passwords in clear, in lines, state, journal and konfd's answers"},
+     [](Options& options, Value) { options.show_secrets = true; }},
+    {{"--faults", "FILE", "have the rules in the file, one a line, in force from the start"},
+     [](Options& options, Value value) { options.faults_file = value; }},
+    {{"--without", "MANAGER", "leave the manager to a program of yours (repeatable)"},
+     [](Options& options, Value value) { options.without.push_back(manager_of("--without", value)); }},
+    {{"--delay", "MANAGER=20ms..80ms", "how long the manager takes for each answer"}, take_delay},
+    {{"--lenient-konfd", "", "konfd makes the paths that are not there"},
+     [](Options& options, Value) { options.lenient_konfd = true; }},
+    {{"--http", "PORT",
+      "a page to look at, for browsers of this machine; its link is\n"
+      "printed behind the ready line (0: on a port that is free)"},
+     [](Options& options, Value value) { options.http = number_of<std::uint16_t>("--http", value); }},
+    {{"--http-control", "", "have the page switch faults and managers, too"},
+     [](Options& options, Value) { options.http_control = true; }},
+    {{"--help", "", "print this"}, [](Options& options, Value) { options.help = true; }},
+};
+
+constexpr char usage[] =
     R"(usage: vorsim [OPTION]...        be the gateway: all managers and konfd
        vorsim COMMAND ...        as told below
 
-  --sap N           serve one more SAP for transport applications (repeatable)
-  --strict          exit with 3 when any message was not as the tables say
-  --seed N          where counters and measurements begin (default 1)
-  --state FILE      write the state as JSON, at the start and when stopping
-  --journal FILE    append one JSON object per message
-  --show-secrets    passwords in clear, in lines, state, journal and konfd's answers
-  --faults FILE     have the rules in the file, one a line, in force from the start
-  --without MANAGER leave the manager to a program of yours (repeatable)
-  --delay MANAGER=20ms..80ms  how long the manager takes for each answer
-  --lenient-konfd   konfd makes the paths that are not there
-  --http PORT       a page to look at, for browsers of this machine; its link is
-                    printed behind the ready line (0: on a port that is free)
-  --http-control    have the page switch faults and managers, too
-  --help            print this
+)";
 
+constexpr char beside_options[] =
+    R"(
 environment:
   VORINFRA_DIR      the directory of the gateway's sockets (absolute, mode 0700);
                     else $XDG_RUNTIME_DIR/vorinfra, else /tmp/vorinfra-UID
@@ -85,47 +103,41 @@ under --strict, malformed and foreign messages among them, faults not.
 commands:
 )";
 
+} // namespace
+
+std::span<const OptionRow> option_rows()
+{
+    return rows;
+}
+
+std::string help_text()
+{
+    constexpr std::size_t about_at = 20;
+    std::string text = usage;
+    for (const OptionRow& row : rows) {
+        const std::string option = fmt::format("  {}{}{}", row.name, row.value.empty() ? "" : " ", row.value);
+        text += option;
+        text += std::string(option.size() < about_at ? about_at - option.size() : 2, ' ');
+        for (const char character : row.about) {
+            text += character;
+            text += character == '\n' ? std::string(about_at, ' ') : "";
+        }
+        text += '\n';
+    }
+    return text + beside_options;
+}
+
 Options read_options(const std::vector<std::string>& arguments)
 {
     Options options;
-    for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
-        const std::string& option = *argument;
-        const auto value = [&]() -> const std::string& {
-            if (argument + 1 == arguments.end()) {
-                throw UsageError(fmt::format("{} needs a value", option));
-            }
-            return *++argument;
-        };
-        if (option == "--help" || option == "-h") {
-            options.help = true;
-        } else if (option == "--sap") {
-            options.more_saps.push_back(number_of<std::uint16_t>("--sap", value()));
-        } else if (option == "--seed") {
-            options.seed = number_of<std::uint64_t>("--seed", value());
-        } else if (option == "--strict") {
-            options.strict = true;
-        } else if (option == "--state") {
-            options.state_file = value();
-        } else if (option == "--journal") {
-            options.journal_file = value();
-        } else if (option == "--faults") {
-            options.faults_file = value();
-        } else if (option == "--without") {
-            options.without.push_back(manager_of(option, value()));
-        } else if (option == "--delay") {
-            const auto [sap, delay] = delay_of(value());
-            options.delays.insert_or_assign(sap, delay);
-        } else if (option == "--lenient-konfd") {
-            options.lenient_konfd = true;
-        } else if (option == "--show-secrets") {
-            options.show_secrets = true;
-        } else if (option == "--http") {
-            options.http = number_of<std::uint16_t>("--http", value());
-        } else if (option == "--http-control") {
-            options.http_control = true;
-        } else {
-            throw UsageError(fmt::format("unknown option \"{}\"", option));
+    const std::vector<std::string_view> words(arguments.begin(), arguments.end());
+    for (std::span<const std::string_view> left = words; !left.empty();) {
+        const auto option = vor::option_in(option_rows(), left);
+        if (!option) {
+            throw UsageError(fmt::format("unknown option \"{}\"", left.front()));
         }
+        option->row->take(options, option->value);
+        left = left.subspan(option->used);
     }
     if (options.http_control && !options.http) {
         throw UsageError("--http-control needs --http PORT");

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <stdexcept>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -32,8 +32,15 @@ struct Options {
     bool http_control = false;
 };
 
+struct OptionRow : vor::Option {
+    void (*take)(Options& options, std::string_view value);
+};
+
+// In the order in which they are told.
+std::span<const OptionRow> option_rows();
 Options read_options(const std::vector<std::string>& arguments);
 
-extern const char* const help_text;
+// What --help prints, but for the commands.
+std::string help_text();
 
 } // namespace vorsim

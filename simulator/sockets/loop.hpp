@@ -49,4 +49,8 @@ private:
     bool running_ = true;
 };
 
+// Readable as soon as SIGTERM or SIGINT asks for the end; where that then takes too long, it is made, whatever is being
+// done. Once in a process.
+Descriptor stop_requests();
+
 } // namespace vorsim

@@ -1,0 +1,206 @@
+#include "server/messages.hpp"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+
+#include <fmt/core.h>
+
+#include "faults/faults.hpp"
+#include "record/bytes.hpp"
+#include "tables/managers.hpp"
+
+namespace vorsim {
+namespace {
+
+constexpr int messages_in_turn = 64;
+
+Message message_of(std::uint16_t sap, const VORINFRA_MESSAGE& message)
+{
+    return {.sap = sap,
+            .source = message.source,
+            .id = message.id,
+            .answer_wanted = message.answer_wanted != 0,
+            .meta_data = {message.meta_data, message.meta_data_size},
+            .payload = {message.payload, message.payload_size}};
+}
+
+// Whether the datagram has the form of a message.
+bool is_message(const std::vector<std::uint8_t>& datagram)
+{
+    VOR_IPC_MSG_HDR header{};
+    if (datagram.size() < sizeof header) {
+        return false;
+    }
+    std::memcpy(&header, datagram.data(), sizeof header);
+    return datagram.size() == sizeof header + std::size_t{header.meta_data_sz} + header.payload_sz;
+}
+
+} // namespace
+
+Messages::Messages(Loop& loop, World& world, Recorder& recorder, std::uint64_t seed,
+                   const std::map<std::uint16_t, Delay>& delays, bool show_secrets)
+    : world_(world), recorder_(recorder), show_secrets_(show_secrets),
+      managers_(loop, [this](Inlet& inlet) { receive(inlet); }), outbox_([this](std::uint16_t sap) {
+          const Inlet* const inlet = managers_.inlet(sap);
+          return inlet != nullptr ? inlet->handle() : nullptr;
+      }),
+      delays_(seed, delays)
+{
+    loop.in_turn([this] { return serve(); });
+    loop.at([this] { return outbox_.deadline(); }, [this] { outbox_.on_deadline(std::chrono::steady_clock::now()); });
+    loop.at([this] { return managers_.deadline(); },
+            [this] {
+                managers_.on_deadline(std::chrono::steady_clock::now(),
+                                      [this](const std::string& why) { recorder_.errors().line(why); });
+            });
+}
+
+void Messages::stop(std::uint16_t sap)
+{
+    managers_.stop(sap);
+    outbox_.drop(sap);
+}
+
+void Messages::receive(Inlet& inlet)
+{
+    horizon_ = std::max(horizon_, inlet.next().value_or(Arrival{}));
+}
+
+// What arrived after the horizon waits for the next turn: only then is it known
+// that nothing came before it at another manager.
+bool Messages::serve()
+{
+    for (int turn = 0; turn < messages_in_turn; ++turn) {
+        Inlet* first = nullptr;
+        for (const auto& [sap, inlet] : managers_.inlets()) {
+            const auto next = inlet->known();
+            if (next && *next <= horizon_ && (first == nullptr || *next < *first->known())) {
+                first = inlet.get();
+            }
+        }
+        if (first == nullptr) {
+            break;
+        }
+        const std::uint16_t sap = first->handle()->sap_id;
+        take(*first);
+        if (Inlet* const still = managers_.inlet(sap)) {
+            still->next();
+        }
+    }
+    horizon_ = std::chrono::system_clock::now();
+    return false; // what is left is readable still
+}
+
+void Messages::take(Inlet& inlet)
+{
+    const Arrival arrived = *inlet.known();
+    const std::uint16_t sap = inlet.handle()->sap_id;
+    VORINFRA_MESSAGE message;
+    const int received = inlet.receive(message);
+    if (std::ferror(stderr) != 0) { // the platform's own line found no room
+        std::clearerr(stderr);
+        recorder_.errors().count_lost(1);
+    }
+    if (received < 0) {
+        const bool answers = is_message(inlet.datagram());
+        discard(inlet, arrived, answers ? Record::Kind::foreign : Record::Kind::malformed,
+                answers ? "an answer that nobody awaits"
+                        : fmt::format("{} bytes that are no message", inlet.datagram().size()));
+    } else if (received > 0 && message.destination != sap) {
+        discard(inlet, arrived, Record::Kind::foreign, fmt::format("a message to SAP {}", message.destination));
+    } else if (received > 0) {
+        deliver(sap, message, arrived, world_.gateway.judge(message_of(sap, message)));
+    }
+}
+
+faults::Delivery Messages::disturb(std::uint16_t sap, const VORINFRA_MESSAGE& message, Judgement& judgement)
+{
+    const auto now = std::chrono::steady_clock::now();
+    faults::Delivery delivery;
+    if (const auto due = world_.faults.due({.sap = sap,
+                                            .client = message.source,
+                                            .id = message.id,
+                                            .call = judgement.record.call,
+                                            .object = judgement.record.object,
+                                            .answered = judgement.answered},
+                                           now)) {
+        ++world_.counters.faulted;
+        delivery = faults::disturb(judgement, *due);
+    }
+    if (delivery.way == faults::Delivery::Way::dying) {
+        managers_.stop_until(sap, now + delivery.wait);
+        outbox_.drop(sap);
+    } else {
+        delivery.wait += delays_.draw(sap);
+    }
+    return delivery;
+}
+
+void Messages::deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Arrival arrived, Judgement judgement)
+{
+    using Way = faults::Delivery::Way;
+    const faults::Delivery delivery = disturb(sap, message, judgement);
+    world_.gateway.settle(judgement);
+    Record& record = judgement.record;
+    const auto sent = outbox_.send(sap, message, judgement, delivery, std::chrono::steady_clock::now());
+    if (sent == Outbox::Sent::gone) {
+        record.line += " (the asker is gone)";
+        record.delivered = false;
+    } else if (sent == Outbox::Sent::crowded) {
+        record.line += " (too many answers are late: this one is not)";
+    }
+    ++world_.counters.messages;
+    ++(record.complained ? world_.counters.complained : world_.counters.accepted);
+    recorder_.out().line(record.line);
+    if (recorder_.bytes_wanted()) {
+        record.meta_data = hex({message.meta_data, message.meta_data_size});
+        record.payload = payload_record(message_of(sap, message), !record.complained, show_secrets_);
+        record.refused = judgement.answered && delivery.way == Way::refused;
+        if (judgement.answered && !record.refused && delivery.way != Way::never && delivery.way != Way::dying) {
+            record.answer_id = judgement.answer_id;
+            record.answer_payload = hex(judgement.answer);
+        }
+    }
+    recorder_.write_down(record, arrived);
+}
+
+void Messages::discard(const Inlet& inlet, Arrival arrived, Record::Kind kind, const std::string& why)
+{
+    const bool foreign = kind == Record::Kind::foreign;
+    ++(foreign ? world_.counters.foreign : world_.counters.malformed);
+    Record record{.kind = kind};
+    record.sap = inlet.handle()->sap_id;
+    record.why = why;
+    record.line = fmt::format("{}: {}: {}", foreign ? "foreign" : "malformed", manager_label(record.sap), why);
+    if (recorder_.bytes_wanted()) {
+        record.datagram = datagram_record(inlet.datagram(), show_secrets_);
+    }
+    recorder_.write_down(record, arrived);
+}
+
+faults::Hearing Messages::deliver(KonfdExchange& exchange)
+{
+    auto& [text, reply] = exchange.exchange;
+    Record& record = reply.record;
+    auto hearing = faults::Hearing::whole;
+    if (const auto due =
+            world_.faults.due({.konfd = true, .object = record.commands, .answered = !reply.answer.empty()},
+                              std::chrono::steady_clock::now())) {
+        ++world_.counters.faulted;
+        hearing = faults::disturb(reply, *due);
+    }
+    ++(record.complained ? world_.counters.complained : world_.counters.accepted);
+    recorder_.out().line(record.line);
+    record.client = exchange.client;
+    if (recorder_.bytes_wanted()) {
+        record.delivered = hearing != faults::Hearing::never && hearing != faults::Hearing::hung_up;
+        record.text = konfd_record(text, show_secrets_);
+        record.answer_text = record.delivered ? hex(reply.answer) : "";
+    }
+    recorder_.write_down(record, exchange.arrived);
+    return hearing;
+}
+
+} // namespace vorsim

@@ -1,0 +1,49 @@
+// messages.hpp: a message from its arrival to its answer and its record.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "server/konfd_server.hpp"
+#include "server/managers.hpp"
+#include "server/recorder.hpp"
+#include "server/reply_queue.hpp"
+#include "server/world.hpp"
+
+namespace vorsim {
+
+class Messages {
+public:
+    Messages(Loop& loop, World& world, Recorder& recorder, std::uint64_t seed,
+             const std::map<std::uint16_t, Delay>& delays, bool show_secrets);
+
+    // Throws when somebody else serves the SAP.
+    void start(std::uint16_t sap) { managers_.start(sap); }
+    // What it had not answered is lost.
+    void stop(std::uint16_t sap);
+    const Managers::Inlets& served() const { return managers_.inlets(); }
+
+    // The fault's part in what konfd did, and the record.
+    faults::Hearing deliver(KonfdExchange& exchange);
+
+private:
+    // A message waits there. It is served in its turn: the earliest of all first.
+    void receive(Inlet& inlet);
+    bool serve();
+    void take(Inlet& inlet);
+    void deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Arrival arrived, Judgement judgement);
+    // What a fault makes of it; the manager may be gone then.
+    faults::Delivery disturb(std::uint16_t sap, const VORINFRA_MESSAGE& message, Judgement& judgement);
+    void discard(const Inlet& inlet, Arrival arrived, Record::Kind kind, const std::string& why);
+
+    World& world_;
+    Recorder& recorder_;
+    bool show_secrets_;
+    Managers managers_;
+    Outbox outbox_;
+    Delays delays_;
+    Arrival horizon_{}; // what came until then is known, whatever its manager
+};
+
+} // namespace vorsim

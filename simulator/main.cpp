@@ -17,24 +17,6 @@
 
 namespace {
 
-struct CannotStart : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-// What cannot be begun is told like bad usage: nothing was done.
-std::unique_ptr<vorsim::Server> start(const vorsim::Options& options)
-{
-    try {
-        return std::make_unique<vorsim::Server>(options);
-    } catch (const vorsim::UsageError&) {
-        throw;
-    } catch (const vorsim::faults::BadFile&) {
-        throw;
-    } catch (const std::exception& error) {
-        throw CannotStart(error.what());
-    }
-}
-
 // One that the starter closed would become a socket's, and be written on.
 void keep_standard_descriptors()
 {
@@ -45,37 +27,34 @@ void keep_standard_descriptors()
     close(descriptor);
 }
 
-int run(const std::vector<std::string>& arguments)
-{
-    if (const auto code = vorsim::client::run(arguments)) {
-        return *code;
-    }
-    const vorsim::Options options = vorsim::read_options(arguments);
-    if (options.help) {
-        std::fputs((vorsim::help_text() + vorsim::client::help()).c_str(), stdout);
-        return 0;
-    }
-    return start(options)->run();
-}
-
 } // namespace
 
 int main(int argc, char** argv)
 {
     keep_standard_descriptors();
+    bool starts = false;
     try {
-        return run({argv + 1, argv + argc});
+        const std::vector<std::string> arguments(argv + 1, argv + argc);
+        if (const auto code = vorsim::client::run(arguments)) {
+            return *code;
+        }
+        const vorsim::Options options = vorsim::read_options(arguments);
+        if (options.help) {
+            std::fputs((vorsim::help_text() + vorsim::client::help()).c_str(), stdout);
+            return 0;
+        }
+        starts = true;
+        vorsim::Server server(options);
+        starts = false;
+        return server.run();
     } catch (const vorsim::UsageError& error) {
         vor::print_line(stderr, fmt::format("vorsim: {} (vorsim --help tells the options)", error.what()));
-        return 2;
-    } catch (const CannotStart& error) {
-        vor::print_line(stderr, fmt::format("vorsim: {}", error.what()));
         return 2;
     } catch (const vorsim::faults::BadFile& error) {
         vor::print_line(stderr, error.what());
         return 2;
     } catch (const std::exception& error) {
         vor::print_line(stderr, fmt::format("vorsim: {}", error.what()));
-        return 1;
+        return starts ? 2 : 1; // what cannot be begun is told like bad usage: nothing was done
     }
 }

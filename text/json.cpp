@@ -184,9 +184,9 @@ Json Json::parse(std::string_view text, std::size_t deepest)
     return builder.take_result();
 }
 
-std::optional<Json> Json::read(std::string_view text)
+std::optional<Json> Json::read(std::string_view text, std::size_t deepest)
 try {
-    return parse(text);
+    return parse(text, deepest);
 } catch (const JsonError&) {
     return {};
 }

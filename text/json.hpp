@@ -71,7 +71,8 @@ public:
     // built of what is nested deeper.
     static Json parse(std::string_view text, std::size_t deepest = std::numeric_limits<std::size_t>::max());
     // The same; none where the text is not JSON.
-    static std::optional<Json> read(std::string_view text);
+    static std::optional<Json> read(std::string_view text,
+                                    std::size_t deepest = std::numeric_limits<std::size_t>::max());
 
     Type type() const { return type_; }
     bool is_null() const { return type_ == Type::null; }

@@ -13,18 +13,32 @@ OptionWords::OptionWords(std::string_view word)
     }
 }
 
-std::string_view OptionWords::value_of(const Option& option, std::span<const std::string_view> behind,
-                                       std::size_t& used) const
+std::string_view OptionWords::value_of(const Option& option, const std::string* next, std::size_t& used) const
 {
     if (option.value.empty()) {
         return value ? throw OptionError(fmt::format("{} takes no value", option.name)) : std::string_view();
     }
-    if (!value && behind.empty()) {
+    if (!value && next == nullptr) {
         throw OptionError(fmt::format("{} needs a value", option.name));
     }
     used += value ? 0 : 1;
-    const std::string_view given = value ? *value : behind.front();
+    const std::string_view given = value ? *value : std::string_view(*next);
     return !given.empty() ? given : throw OptionError(fmt::format("{}: its value is empty", option.name));
+}
+
+std::string Operands::take(std::string_view what)
+{
+    if (empty() || front().starts_with("-")) {
+        throw OptionError(empty() ? fmt::format("{} is missing", what) : fmt::format("unknown option \"{}\"", front()));
+    }
+    return take();
+}
+
+void Operands::end() const
+{
+    if (!empty()) {
+        throw OptionError(fmt::format("\"{}\" is too much here", front()));
+    }
 }
 
 } // namespace vor

@@ -1,11 +1,16 @@
 // options.hpp: the options of a command line, read by a table.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <optional>
-#include <span>
 #include <stdexcept>
+#include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
 namespace vor {
 
@@ -26,31 +31,58 @@ struct OptionWords {
     std::optional<std::string_view> value;
 
     explicit OptionWords(std::string_view word);
-    // The value that the option has, taken from the words behind where it stands there; how many words that were is
-    // added to `used`. Throws an OptionError.
-    std::string_view value_of(const Option& option, std::span<const std::string_view> behind, std::size_t& used) const;
+    // The value that the option has; where it is the next word (null: there is none) that is counted as used. Throws
+    // an OptionError.
+    std::string_view value_of(const Option& option, const std::string* next, std::size_t& used) const;
 };
 
-template <class Row>
-struct FoundOption {
-    const Row* row;
-    std::string_view value;
-    std::size_t used; // words, with its own
+// An option, and how it is read into something.
+template <class Into>
+struct OptionOf : Option {
+    void (*take)(Into& into, std::string_view value);
 };
 
-// The option that the words begin with; none where the first is not one of the table's. Throws an OptionError.
-template <class Row>
-std::optional<FoundOption<Row>> option_in(std::span<const Row> rows, std::span<const std::string_view> words)
-{
-    const OptionWords typed(words.front());
-    for (const Row& row : rows) {
-        if (row.name == typed.name) {
-            std::size_t used = 1;
-            const std::string_view value = typed.value_of(row, words.subspan(1), used);
-            return FoundOption<Row>{&row, value, used};
-        }
+// That it is there, or its value.
+template <auto Member>
+inline constexpr auto taken_as = [](auto& into, std::string_view value) {
+    auto& member = into.*Member;
+    if constexpr (std::is_same_v<decltype(member), bool&>) {
+        member = true;
+    } else {
+        member = value;
     }
-    return std::nullopt;
-}
+};
+
+// The words of a command, from left to right.
+class Operands {
+public:
+    explicit Operands(std::vector<std::string> words) : words_(std::move(words)) {}
+
+    bool empty() const { return at_ == words_.size(); }
+    const std::string& front() const { return words_[at_]; }
+    std::string take() { return words_[at_++]; }
+    // What is no option. Throws an OptionError when nothing of that kind is there.
+    std::string take(std::string_view what);
+    // Reads the option in front, where it is one of the table's. Throws an OptionError.
+    template <class Into, std::size_t Size>
+    bool take_option(const OptionOf<Into> (&rows)[Size], Into& into)
+    {
+        const OptionWords typed(empty() ? "" : front());
+        const auto* const row = std::ranges::find(rows, typed.name, &Option::name);
+        if (row == std::end(rows)) {
+            return false;
+        }
+        std::size_t used = at_ + 1;
+        row->take(into, typed.value_of(*row, used < words_.size() ? &words_[used] : nullptr, used));
+        at_ = used;
+        return true;
+    }
+    // Throws an OptionError where there is more.
+    void end() const;
+
+private:
+    std::vector<std::string> words_;
+    std::size_t at_ = 0;
+};
 
 } // namespace vor

@@ -156,15 +156,6 @@ const OptionRow* row_named(std::string_view name, const std::vector<Word>& words
     return row == std::end(rows) || (own && !means_something(*row, a_call)) ? nullptr : row;
 }
 
-std::vector<std::string_view> texts_of(const std::vector<Word>& words)
-{
-    std::vector<std::string_view> texts;
-    for (const Word& word : words) {
-        texts.push_back(word.text);
-    }
-    return texts;
-}
-
 } // namespace
 
 Options options_of(std::span<char* const> arguments)
@@ -178,7 +169,6 @@ Options options_of(std::span<char* const> arguments)
 
 Options options_of(std::vector<Word> typed, Options options)
 try {
-    const std::vector<std::string_view> texts = texts_of(typed);
     bool over = false;
     options.given.clear();
     for (std::size_t used = 1; used <= typed.size(); used++) {
@@ -196,10 +186,11 @@ try {
             options.words.push_back(std::move(word));
             continue;
         }
-        if (!row->value.empty() && !option.value && used == typed.size()) {
+        const std::string* const next = used < typed.size() ? &typed[used].text : nullptr;
+        if (!row->value.empty() && !option.value && next == nullptr) {
             throw Complaint{fmt::format("{}: its value is missing", row->name)};
         }
-        row->take(options, *row, option.value_of(*row, std::span(texts).subspan(used), used));
+        row->take(options, *row, option.value_of(*row, next, used));
         options.given.push_back(row);
     }
     return options;

@@ -10,8 +10,6 @@
 
 #include <fmt/core.h>
 
-#include <vorinfra_manager.h>
-
 #include "server/control.hpp"
 #include "server/options.hpp"
 #include "text/parse.hpp"
@@ -39,15 +37,6 @@ std::string checked(const std::string& answer)
 }
 
 } // namespace
-
-std::string directory()
-{
-    const char* const directory = vorinfra_directory();
-    if (directory == nullptr) {
-        throw UsageError("the platform directory cannot be used");
-    }
-    return directory;
-}
 
 Asked::Asked(const std::string& line, const std::optional<std::string>& document)
     : socket_(connect_to(control_path(directory())))

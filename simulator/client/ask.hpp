@@ -11,9 +11,6 @@
 
 namespace vorsim::client {
 
-// The platform's directory; throws UsageError when it cannot be used.
-std::string directory();
-
 // A connection that carries one request: a line, and the document behind it where there is one.
 class Asked {
 public:

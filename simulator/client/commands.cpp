@@ -44,15 +44,6 @@ std::string line_of(const Arguments& arguments, bool sentence)
     return line;
 }
 
-// Nothing where there is no such file.
-std::optional<std::string> contents(const std::string& path)
-{
-    const std::ifstream file(path);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return file && text ? std::optional(text.str()) : std::nullopt;
-}
-
 int pass_on(const CommandRow& row, const Arguments& arguments)
 {
     const std::string line = line_of(arguments, row.sentence);
@@ -73,6 +64,14 @@ int pass_on(const CommandRow& row, const Arguments& arguments)
 }
 
 } // namespace
+
+std::optional<std::string> contents(const std::string& path)
+{
+    const std::ifstream file(path);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return file && text ? std::optional(text.str()) : std::nullopt;
+}
 
 void print(const std::string& text)
 {

@@ -18,6 +18,8 @@ std::string help();
 int decode(const std::vector<std::string>& arguments);
 int replay(const std::vector<std::string>& arguments);
 
+// Nothing where there is no such file.
+std::optional<std::string> contents(const std::string& path);
 // A line to standard output; throws when that fails.
 void print(const std::string& text);
 

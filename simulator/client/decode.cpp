@@ -9,7 +9,7 @@
 #include "client/commands.hpp"
 #include "record/filter.hpp"
 #include "record/reader.hpp"
-#include "server/operands.hpp"
+#include "server/options.hpp"
 #include "text/text.hpp"
 
 namespace vorsim::client {
@@ -33,20 +33,22 @@ std::string bytes(const Record& record)
     return text;
 }
 
+struct How {
+    bool json = false;
+    bool bytes = false;
+};
+constexpr vor::OptionOf<How> options[] = {{{"--json", "", ""}, vor::taken_as<&How::json>},
+                                          {{"--bytes", "", ""}, vor::taken_as<&How::bytes>}};
+
 } // namespace
 
 int decode(const std::vector<std::string>& arguments)
 {
     Filter filter;
-    bool json = false;
-    bool with_bytes = false;
+    How how;
     std::string path;
-    for (Operands operands(arguments); !operands.empty();) {
-        if (operands.take_option(json_option)) {
-            json = true;
-        } else if (operands.take_option({"--bytes", "", ""})) {
-            with_bytes = true;
-        } else if (!operands.take_filter(filter)) {
+    for (vor::Operands operands(arguments); !operands.empty();) {
+        if (!operands.take_option(options, how) && !operands.take_option(filter_options, filter)) {
             if (!path.empty()) {
                 operands.end();
             }
@@ -59,19 +61,19 @@ int decode(const std::vector<std::string>& arguments)
     JournalReader journal(path);
     while (const auto line = journal.next()) {
         const Record& record = line->record;
-        if (!line->damage.empty() && !json) {
+        if (!line->damage.empty() && !how.json) {
             throw std::runtime_error(fmt::format("{}: {}", journal.place(*line), line->damage));
         }
         if (!filter.passes(record)) {
             continue;
         }
-        if (json) {
+        if (how.json) {
             print(rewritten(*line) + "\n");
             continue;
         }
         const std::string took = record.took ? fmt::format(" {} us", *record.took) : "";
         print(fmt::format("{} {}{}  {}\n", record.seq, record.time, took, record.line));
-        if (with_bytes) {
+        if (how.bytes) {
             print(bytes(record));
         }
     }

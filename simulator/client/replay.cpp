@@ -2,10 +2,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <map>
-#include <memory>
-#include <sstream>
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -19,7 +16,8 @@
 #include "client/commands.hpp"
 #include "record/bytes.hpp"
 #include "record/reader.hpp"
-#include "server/operands.hpp"
+#include "server/control.hpp"
+#include "sockets/endpoint.hpp"
 #include "text/json.hpp"
 #include "text/text.hpp"
 
@@ -65,9 +63,9 @@ constexpr char refused[] = "refused";
 // A SAP to send from.
 class Sender {
 public:
-    explicit Sender(vor_uint16 sap) : endpoint_(vor_ipc_bind(sap, 0)), sap_(sap)
+    explicit Sender(vor_uint16 sap) : endpoint_(sap), sap_(sap)
     {
-        if (endpoint_ == nullptr) {
+        if (endpoint_.handle() == nullptr) {
             throw std::runtime_error(fmt::format("cannot send from SAP {}", sap));
         }
     }
@@ -79,7 +77,7 @@ public:
         to.sun_family = AF_UNIX;
         const std::string path = fmt::format("{}/sap-{}", directory(), sap);
         path.copy(to.sun_path, sizeof to.sun_path - 1);
-        return sendto(vorinfra_descriptor(endpoint_.get()), datagram.data(), datagram.size(), MSG_NOSIGNAL,
+        return sendto(endpoint_.descriptor(), datagram.data(), datagram.size(), MSG_NOSIGNAL,
                       reinterpret_cast<const sockaddr*>(&to), sizeof to) >= 0;
     }
 
@@ -104,13 +102,9 @@ public:
     }
 
 private:
-    struct Unbind {
-        void operator()(VOR_IPC_HANDLE* handle) const { vor_ipc_unbind(handle); }
-    };
-
     std::string receive()
     {
-        pollfd waiting{vorinfra_descriptor(endpoint_.get()), POLLIN, 0};
+        pollfd waiting{endpoint_.descriptor(), POLLIN, 0};
         std::array<char, sizeof(VOR_IPC_MSG_HDR) + VORINFRA_DATA_MAX> bytes; // NOLINT: filled by the receive
         while (poll(&waiting, 1, patience_ms) == 1) {
             const ssize_t size = recv(waiting.fd, bytes.data(), bytes.size(), MSG_DONTWAIT);
@@ -131,7 +125,7 @@ private:
         return no_answer;
     }
 
-    std::unique_ptr<VOR_IPC_HANDLE, Unbind> endpoint_;
+    Inlet endpoint_;
     vor_uint16 sap_;
     vor_uint16 sequence_ = 0;
 };
@@ -270,63 +264,57 @@ private:
         }
     }
 
-    Sender& sender(vor_uint16 sap)
-    {
-        auto& sender = senders_[sap];
-        if (sender == nullptr) {
-            sender = std::make_unique<Sender>(sap);
-        }
-        return *sender;
-    }
+    Sender& sender(vor_uint16 sap) { return senders_.try_emplace(sap, sap).first->second; }
 
     JournalReader journal_;
-    std::map<vor_uint16, std::unique_ptr<Sender>> senders_;
+    std::map<vor_uint16, Sender> senders_;
     Konfd konfd_;
     std::uint64_t sent_ = 0;
     std::uint64_t refused_ = 0;
     std::uint64_t differences_ = 0;
 };
 
-void compare_held(Replay& replay, const Json& was, const Json& is, const std::string& path)
+// Null: it is not held.
+void compare_held(Replay& replay, const Json* was, const Json* is, const std::string& path)
 {
-    const bool differs = was.type() != is.type() || (!was.is_array() && !was.is_object() && was != is) ||
-                         (was.is_array() && was.size() != is.size());
-    if (differs) {
-        replay.differ(path, vor::dump(was), vor::dump(is));
-    } else if (was.is_array()) {
-        for (std::size_t at = 0; at < was.size(); ++at) {
-            compare_held(replay, was.elements()[at], is.elements()[at], fmt::format("{}/{}", path, at));
+    const auto text = [](const Json* held) { return held != nullptr ? vor::dump(*held) : "not held"; };
+    const bool alike = was != nullptr && is != nullptr && was->type() == is->type();
+    if (alike && was->is_object()) {
+        for (const auto& [key, value] : was->members()) {
+            compare_held(replay, &value, is->find(key), fmt::format("{}/{}", path, key));
         }
-    } else if (was.is_object()) {
-        for (const auto& [key, value] : was.members()) {
-            if (is.contains(key)) {
-                compare_held(replay, value, is[key], fmt::format("{}/{}", path, key));
-            } else {
-                replay.differ(fmt::format("{}/{}", path, key), vor::dump(value), "not held");
+        for (const auto& [key, value] : is->members()) {
+            if (!was->contains(key)) {
+                compare_held(replay, nullptr, &value, fmt::format("{}/{}", path, key));
             }
         }
-        for (const auto& [key, value] : is.members()) {
-            if (!was.contains(key)) {
-                replay.differ(fmt::format("{}/{}", path, key), "not held", vor::dump(value));
-            }
+    } else if (alike && was->is_array() && was->size() == is->size()) {
+        for (std::size_t at = 0; at < was->size(); ++at) {
+            compare_held(replay, &was->elements()[at], &is->elements()[at], fmt::format("{}/{}", path, at));
         }
+    } else if (!alike || *was != *is) {
+        replay.differ(path, text(was), text(is));
     }
 }
+
+struct Compared {
+    std::string state; // empty: none
+};
+constexpr vor::OptionOf<Compared> options[] = {{{"--state", "FILE", ""}, vor::taken_as<&Compared::state>}};
 
 } // namespace
 
 int replay(const std::vector<std::string>& arguments)
 {
-    Operands operands(arguments);
-    const std::string state(operands.take_option({"--state", "FILE", ""}).value_or(""));
-    const std::string path(operands.take("FILE"));
+    Compared compared;
+    vor::Operands operands(arguments);
+    operands.take_option(options, compared);
+    const std::string path = operands.take("FILE");
     operands.end();
+    const std::string& state = compared.state;
     Json held;
     if (!state.empty()) {
-        std::ifstream file(state);
-        std::ostringstream text;
-        text << file.rdbuf();
-        held = Json::read(text.str()).value_or(Json());
+        held = Json::read(contents(state).value_or("")).value_or(Json());
         if (!held.is_object() || !held.contains("managers")) {
             throw std::runtime_error(fmt::format("{} is no state", state));
         }
@@ -336,7 +324,7 @@ int replay(const std::vector<std::string>& arguments)
     if (!state.empty()) {
         const Json now = Json::parse(ask("show --json"));
         for (const char* part : {"managers", "konfd"}) {
-            compare_held(replay, held.at(part), now.at(part), part);
+            compare_held(replay, &held.at(part), &now.at(part), part);
         }
     }
     return replay.end();

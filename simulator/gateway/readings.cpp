@@ -49,7 +49,6 @@ const Reading* find(const std::string& name)
 
 Setting parse_setting(std::string_view words)
 {
-    using What = Setting::What;
     const std::size_t blank = std::min(words.rfind(' '), words.size());
     const std::string name(words.substr(0, blank));
     const std::string_view value = words.substr(std::min(blank + 1, words.size()));
@@ -59,7 +58,8 @@ Setting parse_setting(std::string_view words)
             throw std::runtime_error(fmt::format("counting is \"{}\": how many times as fast is expected, 1 to 1000000",
                                                  vor::escaped(value)));
         }
-        return {What::counting, name, *times, fmt::format("counters count {} times as fast", *times)};
+        return {[speed = *times](Measurements& measurements) { measurements.speed_up(speed); },
+                fmt::format("counters count {} times as fast", *times)};
     }
     const Reading* const reading = find(name);
     if (reading == nullptr) {
@@ -71,7 +71,7 @@ Setting parse_setting(std::string_view words)
                             "counting")));
     }
     if (value == "wander") {
-        return {What::wander, name, 0, fmt::format("{} wanders", name)};
+        return {[name](Measurements& measurements) { measurements.let_go(name); }, fmt::format("{} wanders", name)};
     }
     const auto number = vor::integer_in(value);
     const bool at_least = number && number->exact &&
@@ -82,23 +82,9 @@ Setting parse_setting(std::string_view words)
                                              vor::escaped(value), reading->least, reading->most,
                                              reading->counts ? "" : ", or wander"));
     }
-    return {What::value, name, number->negative ? static_cast<std::uint64_t>(number->bounded()) : number->magnitude,
+    const std::uint64_t set_to = number->negative ? static_cast<std::uint64_t>(number->bounded()) : number->magnitude;
+    return {[name, set_to](Measurements& measurements) { measurements.set(name, set_to); },
             fmt::format("{} is {}", name, value)};
-}
-
-void apply(const Setting& setting, Measurements& measurements)
-{
-    switch (setting.what) {
-    case Setting::What::value:
-        measurements.set(setting.reading, setting.number);
-        break;
-    case Setting::What::wander:
-        measurements.let_go(setting.reading);
-        break;
-    case Setting::What::counting:
-        measurements.speed_up(setting.number);
-        break;
-    }
 }
 
 } // namespace vorsim

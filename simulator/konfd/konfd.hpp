@@ -35,7 +35,7 @@ public:
 
     const Tree& tree() const { return tree_; }
     std::vector<Tree::Node> lines() const { return tree_.lines(settings_.show_secrets); }
-    std::string text() const { return tree_.text({}, settings_.show_secrets); }
+    std::string text(std::size_t depth = 0) const { return tree_.text({}, settings_.show_secrets, depth); }
 
 private:
     // Adds what the command shows; tells why it failed.

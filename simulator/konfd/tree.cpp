@@ -123,11 +123,11 @@ void Tree::add_text(std::string& text, const Node& node, std::size_t depth, bool
     }
 }
 
-std::string Tree::text(const Path& path, bool show_secrets) const
+std::string Tree::text(const Path& path, bool show_secrets, std::size_t depth) const
 {
     std::string text;
     if (const Node* const node = find(path)) {
-        add_text(text, *node, 0, show_secrets);
+        add_text(text, *node, depth, show_secrets);
     }
     return text;
 }

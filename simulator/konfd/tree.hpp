@@ -31,7 +31,7 @@ public:
     bool has(const Path& path, const Matches& matches) const;
 
     // What is under the path, two blanks deeper for each level.
-    std::string text(const Path& path, bool show_secrets) const;
+    std::string text(const Path& path, bool show_secrets, std::size_t depth = 0) const;
     // All of it, secrets masked unless they are to be shown.
     std::vector<Node> lines(bool show_secrets) const;
 

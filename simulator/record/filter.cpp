@@ -19,31 +19,10 @@ bool Filter::passes(const Record& record) const
            (!source || (message && *source == std::to_string(record.source))) && (!complaints || complaint);
 }
 
-void Filter::set(const FilterOption& option, std::string_view value)
-{
-    if (option.text != nullptr) {
-        this->*option.text = value;
-    } else {
-        complaints = true;
-    }
-}
-
-std::span<const FilterOption> filter_options()
-{
-    static constexpr FilterOption options[] = {
-        {{"--manager", "NAME|SAP", ""}, &Filter::manager},
-        {{"--call", "NAME", ""}, &Filter::call},
-        {{"--object", "TEXT", ""}, &Filter::object},
-        {{"--source", "SAP", ""}, &Filter::source},
-        {{"--complaints", "", ""}, nullptr},
-    };
-    return options;
-}
-
 std::string filter_help()
 {
     std::string text;
-    for (const FilterOption& option : filter_options()) {
+    for (const auto& option : filter_options) {
         text += fmt::format("{}[{}{}{}]", text.empty() ? "" : " ", option.name, option.value.empty() ? "" : " ",
                             option.value);
     }

@@ -2,16 +2,12 @@
 #pragma once
 
 #include <optional>
-#include <span>
 #include <string>
-#include <string_view>
 
 #include "text/options.hpp"
 #include "values/record.hpp"
 
 namespace vorsim {
-
-struct FilterOption;
 
 struct Filter {
     std::optional<std::string> manager; // its name or SAP, or "konfd"
@@ -21,14 +17,15 @@ struct Filter {
     bool complaints = false; // what --strict would not let pass
 
     bool passes(const Record& record) const;
-    void set(const FilterOption& option, std::string_view value);
 };
 
-struct FilterOption : vor::Option {
-    std::optional<std::string> Filter::*text; // null: the complaints
+inline constexpr vor::OptionOf<Filter> filter_options[] = {
+    {{"--manager", "NAME|SAP", ""}, vor::taken_as<&Filter::manager>},
+    {{"--call", "NAME", ""}, vor::taken_as<&Filter::call>},
+    {{"--object", "TEXT", ""}, vor::taken_as<&Filter::object>},
+    {{"--source", "SAP", ""}, vor::taken_as<&Filter::source>},
+    {{"--complaints", "", ""}, vor::taken_as<&Filter::complaints>},
 };
-
-std::span<const FilterOption> filter_options();
 // "[--manager NAME|SAP] ..."
 std::string filter_help();
 

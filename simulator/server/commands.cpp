@@ -1,59 +1,161 @@
 #include "server/commands.hpp"
 
 #include <algorithm>
+#include <map>
 #include <vector>
 
 #include <fmt/core.h>
 
 #include "faults/parse.hpp"
-#include "server/operands.hpp"
+#include "gateway/readings.hpp"
+#include "record/stored.hpp"
+#include "server/control.hpp"
+#include "server/messages.hpp"
+#include "tables/managers.hpp"
+#include "text/json.hpp"
 #include "text/parse.hpp"
 #include "text/text.hpp"
 
 namespace vorsim {
 namespace {
 
+using vor::Json;
 using Carries = CommandRow::Carries;
 
 constexpr std::size_t longest_line = 4000;
+constexpr std::size_t deepest_state = 10000; // of what is copied and shown by recursion
 
-std::vector<std::string> words_of(std::string_view text)
+vor::Operands operands_in(std::string_view text)
 {
     std::vector<std::string> words;
     for (vor::Word& word : vor::words_in(text)) {
         words.push_back(std::move(word.text));
     }
-    return words;
+    return vor::Operands(std::move(words));
+}
+
+void expect_none(std::string_view text)
+{
+    operands_in(text).end();
+}
+
+// The lines that concern one manager, or one of its objects.
+std::string section(const std::string& text, const std::string& manager, const std::string& object)
+{
+    std::string found;
+    bool in_manager = false;
+    bool in_object = object.empty();
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = text.find('\n', begin) + 1;
+        const std::string_view line(text.data() + begin, end - begin);
+        begin = end;
+        if (!line.starts_with(" ")) {
+            in_manager = line.substr(0, line.find_first_of("(\n")) == manager;
+        } else if (in_manager && !line.starts_with("   ") && !object.empty()) {
+            in_object = line.substr(2, line.size() - 3) == object;
+        }
+        found += in_manager && (in_object || !line.starts_with(" ")) ? line : "";
+    }
+    return found;
+}
+
+Json held_by(const Running& running)
+{
+    const World& world = running.world;
+    return json_of(world.counters, running.recorder.lines_lost(), world.gateway.state(), world.konfd);
+}
+
+struct Show {
+    bool json = false;
+    std::string manager; // empty: all
+    std::string object;
+
+    std::runtime_error nothing_held() const
+    {
+        return std::runtime_error(
+            fmt::format("nothing is held for {}{}{}", manager, object.empty() ? "" : "/", object));
+    }
+    std::string text(const Running& running) const;
+    std::string document(const Running& running) const;
+};
+
+std::string Show::text(const Running& running) const
+{
+    const World& world = running.world;
+    const std::string lines = world.konfd.text(1);
+    const std::string all = world.gateway.state().text() + (lines.empty() ? "" : "konfd\n" + lines);
+    if (manager.empty()) {
+        const std::uint64_t lost = running.recorder.lines_lost();
+        return fmt::format("vorsim: {}{}\n{}", world.counters.text(),
+                           lost > 0 ? fmt::format(", {} lost", vor::counted(lost, "line")) : "", all);
+    }
+    std::string part = section(all, manager, object);
+    return std::ranges::count(part, '\n') >= 2 ? part : throw nothing_held();
+}
+
+std::string Show::document(const Running& running) const
+{
+    Json shown = held_by(running);
+    if (manager == "konfd") {
+        shown = Json(shown["konfd"]);
+    } else if (!manager.empty()) {
+        const Json held = shown["managers"];
+        if (!held.contains(manager) || (!object.empty() && !held[manager]["objects"].contains(object))) {
+            throw nothing_held();
+        }
+        shown = object.empty() ? held[manager] : held[manager]["objects"][object];
+    }
+    return fmt::format("{}\n", vor::dump(shown, 2));
 }
 
 Command read_show(std::string_view text)
 {
-    const auto words = words_of(text);
+    static constexpr vor::OptionOf<Show> options[] = {{{"--json", "", ""}, vor::taken_as<&Show::json>}};
     Show show;
-    for (Operands operands(words); !operands.empty();) {
-        if (operands.take_option(json_option)) {
-            show.json = true;
+    for (vor::Operands operands = operands_in(text); !operands.empty();) {
+        if (operands.take_option(options, show)) {
             continue;
         }
         if (operands.front().starts_with("-") || !show.manager.empty()) {
             throw UsageError(fmt::format("show takes --json and one MANAGER[/OBJECT], not \"{}\"", operands.front()));
         }
-        const std::string_view what = operands.take();
+        const std::string what = operands.take();
         const std::size_t slash = std::min(what.find('/'), what.size());
         show.manager = what.substr(0, slash);
         show.object = what.substr(std::min(slash + 1, what.size()));
     }
-    return Request(std::move(show));
+    return [show](Running& running) { return show.json ? show.document(running) : show.text(running); };
+}
+
+// The state, and beside it who is served and the faults in force.
+Command read_overview(std::string_view text)
+{
+    expect_none(text);
+    return [](Running& running) {
+        Json all = held_by(running);
+        std::map<std::uint16_t, bool> served;
+        for (const Manager& manager : managers) {
+            served[manager.sap] = false;
+        }
+        for (const auto& [sap, inlet] : running.messages.served()) {
+            served[sap] = true;
+        }
+        for (const auto& [sap, is_served] : served) {
+            all["served"].push_back({{"name", manager_key(sap)}, {"sap", sap}, {"served", is_served}});
+        }
+        all["konfd_served"] = running.konfd_served;
+        all["faults"] = json_of(running.world.faults.list(std::chrono::steady_clock::now()));
+        return vor::dump(all);
+    };
 }
 
 Command read_watch(std::string_view text)
 {
-    const auto words = words_of(text);
+    static constexpr vor::OptionOf<Watch> options[] = {
+        {{"--json", "", ""}, [](Watch& watch, std::string_view) { watch.as = Watch::As::json; }}};
     Watch watch;
-    for (Operands operands(words); !operands.empty();) {
-        if (operands.take_option(json_option)) {
-            watch.as = Watch::As::json;
-        } else if (!operands.take_filter(watch.filter)) {
+    for (vor::Operands operands = operands_in(text); !operands.empty();) {
+        if (!operands.take_option(options, watch) && !operands.take_option(filter_options, watch.filter)) {
             throw UsageError(fmt::format("watch takes --json and {}, not \"{}\"", filter_help(), operands.front()));
         }
     }
@@ -62,56 +164,90 @@ Command read_watch(std::string_view text)
 
 Command read_events(std::string_view text)
 {
-    const auto words = words_of(text);
-    Operands(words).end();
+    expect_none(text);
     return Watch{.as = Watch::As::event, .filter = {}};
 }
 
-std::chrono::milliseconds time_within(std::string_view text)
+void take_within(Wait& wait, std::string_view text)
 {
     const auto time = vor::time_in(text);
     if (!time) {
         throw UsageError(fmt::format("--within is \"{}\": must be a time such as 500ms, 10s or 2m", text));
     }
-    return *time;
+    wait.within = *time;
 }
 
 Command read_wait(std::string_view text)
 {
-    const auto words = words_of(text);
+    static constexpr vor::OptionOf<Wait> options[] = {{{"--call", "NAME", ""}, vor::taken_as<&Wait::call>},
+                                                      {{"--object", "O", ""}, vor::taken_as<&Wait::object>},
+                                                      {{"--within", "T", ""}, take_within}};
     Wait wait;
-    for (Operands operands(words); !operands.empty();) {
-        if (const auto call = operands.take_option({"--call", "NAME", ""})) {
-            wait.call = *call;
-        } else if (const auto object = operands.take_option({"--object", "O", ""})) {
-            wait.object = *object;
-        } else if (const auto within = operands.take_option({"--within", "T", ""})) {
-            wait.within = time_within(*within);
-        } else {
+    for (vor::Operands operands = operands_in(text); !operands.empty();) {
+        if (!operands.take_option(options, wait)) {
             throw UsageError(fmt::format("wait takes --call, --object and --within, not \"{}\"", operands.front()));
         }
     }
-    if (wait.call.empty()) {
-        throw UsageError("wait needs --call NAME");
-    }
-    return wait;
+    return !wait.call.empty() ? wait : throw UsageError("wait needs --call NAME");
 }
 
-template <class Plain>
-Command read_plain(std::string_view text)
+Command read_reset(std::string_view text)
 {
-    const auto words = words_of(text);
-    Operands(words).end();
-    return Request(Plain());
+    expect_none(text);
+    return [](Running& running) {
+        running.world.reset();
+        running.control.forget_past();
+        return std::string();
+    };
 }
 
+void load(World& world, const std::string& file, const std::string& text)
+{
+    const Json document = Json::read(text, deepest_state).value_or(Json());
+    if (!document.is_object() || document.value("schema", 0) != 1) {
+        throw std::runtime_error(fmt::format("{} is no state of a schema that is known (1)", file));
+    }
+    State state = stored_state(document.at("managers"));
+    konfd::Konfd konfd(world.settings_of_konfd);
+    if (const Json* const lines = document.find("konfd")) {
+        store_konfd(konfd, *lines);
+    }
+    world.gateway.hold(std::move(state));
+    world.konfd = std::move(konfd);
+}
+
+// Without the document, the file could not be read.
 Command read_load(std::string_view text)
 {
-    const auto words = words_of(text);
-    Operands operands(words);
-    Load load{.file = std::string(operands.take("FILE")), .document = {}};
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    vor::Operands operands = operands_in(text.substr(0, end));
+    const std::string file = operands.take("FILE");
     operands.end();
-    return Request(std::move(load));
+    return [file, document = std::string(text.substr(end))](Running& running) {
+        if (document.empty()) {
+            throw std::runtime_error(fmt::format("cannot read the state {}", file));
+        }
+        load(running.world, file, document.substr(1));
+        return std::string();
+    };
+}
+
+Command read_quit(std::string_view text)
+{
+    expect_none(text);
+    return Quit();
+}
+
+// How the gateway behaves from now on.
+Command switching(Request act)
+{
+    return [act = std::move(act)](Running& running) {
+        try {
+            return act(running);
+        } catch (const std::exception& error) {
+            throw std::runtime_error(fmt::format("not done: {}", error.what()));
+        }
+    };
 }
 
 // "fault add RULE, fault list or fault clear [N]"
@@ -133,7 +269,10 @@ Command read_load(std::string_view text)
 Command read_add_fault(std::string_view text)
 {
     try {
-        return Request(Switch(AddFault{faults::parse_rule(text)}));
+        return switching([rule = faults::parse_rule(text)](Running& running) {
+            return fmt::format("fault {} is in force\n",
+                               running.world.faults.add(rule, std::chrono::steady_clock::now()));
+        });
     } catch (const faults::Complaint& complaint) {
         throw UsageError(fmt::format("fault add: column {} of the rule: {}", complaint.column, complaint.what()));
     }
@@ -144,7 +283,10 @@ Command read_list_faults(std::string_view text)
     if (!text.empty()) {
         expect_form("fault");
     }
-    return Request(Switch(ListFaults()));
+    return switching([](Running& running) {
+        const std::string faults = running.world.faults.text(std::chrono::steady_clock::now());
+        return faults.empty() ? "no faults\n" : faults;
+    });
 }
 
 Command read_clear_faults(std::string_view text)
@@ -153,7 +295,15 @@ Command read_clear_faults(std::string_view text)
     if (!number && !text.empty()) {
         expect_form("fault");
     }
-    return Request(Switch(ClearFaults{number}));
+    return switching([number](Running& running) -> std::string {
+        if (!number) {
+            running.world.faults.clear();
+            return "no faults\n";
+        }
+        return running.world.faults.clear(*number)
+                   ? fmt::format("fault {} is cleared\n", *number)
+                   : throw std::runtime_error(fmt::format("there is no fault {}", *number));
+    });
 }
 
 std::uint16_t manager_in(std::string_view command, std::string_view name)
@@ -165,35 +315,44 @@ std::uint16_t manager_in(std::string_view command, std::string_view name)
     return *sap;
 }
 
+Command read_stop(std::string_view text)
+{
+    return switching([sap = manager_in("stop", text)](Running& running) {
+        running.messages.stop(sap);
+        return fmt::format("{} is stopped\n", manager_key(sap));
+    });
+}
+
+Command read_start(std::string_view text)
+{
+    return switching([sap = manager_in("start", text)](Running& running) {
+        running.messages.start(sap);
+        return fmt::format("{} is served\n", manager_key(sap));
+    });
+}
+
 Command read_setting(std::string_view text)
 {
     try {
-        return Request(Switch(parse_setting(text)));
+        return switching([setting = parse_setting(text)](Running& running) {
+            setting.apply(running.world.gateway.measurements());
+            return fmt::format("{}\n", setting.said);
+        });
     } catch (const std::exception& error) {
         throw UsageError(fmt::format("set: {}", error.what()));
     }
 }
 
-Command read_stop(std::string_view text)
-{
-    return Request(Switch(StopManager{manager_in("stop", text)}));
-}
-
-Command read_start(std::string_view text)
-{
-    return Request(Switch(StartManager{manager_in("start", text)}));
-}
-
 constexpr CommandRow rows[] = {
     {"show", "[--json] [MANAGER[/OBJECT]]", "print what the running gateway has been told", read_show},
-    {"overview", "", "", read_plain<Overview>},
+    {"overview", "", "", read_overview},
     {"watch", "[--json] [FILTER]...", "print its messages as they come", read_watch, Carries::stream},
     {"events", "", "", read_events, Carries::stream},
     {"wait", "--call NAME [--object O] [--within T]", "until such a message came (T: 500ms, 10s, 2m; default 10s)",
      read_wait},
-    {"reset", "", "let it forget everything, counters included", read_plain<Reset>, Carries::line, true},
+    {"reset", "", "let it forget everything, counters included", read_reset, Carries::line, true},
     {"load", "FILE", "let it hold what a state file holds", read_load, Carries::document},
-    {"quit", "", "stop it, and wait for its end", read_plain<Quit>},
+    {"quit", "", "stop it, and wait for its end", read_quit},
     {"fault add", "RULE", "have it fail, as in \"canmgr: status 7, twice\"", read_add_fault, Carries::line, true, true},
     {"fault list", "", "its rules, with how often each acted", read_list_faults, Carries::line, true, true},
     {"fault clear", "[N]", "take one away, or all", read_clear_faults, Carries::line, true, true},
@@ -211,20 +370,6 @@ bool take_name(std::string_view& line, std::string_view name)
     const bool begins = line.starts_with(name) && (line.size() == name.size() || line[name.size()] == ' ');
     line.remove_prefix(begins ? std::min(name.size() + 1, line.size()) : 0);
     return begins;
-}
-
-Command parse_line(std::string_view line)
-{
-    std::string_view operands = line;
-    for (const CommandRow& row : rows) {
-        if (take_name(operands, row.name)) {
-            return row.read(operands);
-        }
-    }
-    if (command_named(first_word(line)) != nullptr) {
-        expect_form(first_word(line));
-    }
-    throw UsageError(fmt::format("\"{}\" is nothing that can be asked for", vor::escaped(first_word(line))));
 }
 
 } // namespace
@@ -253,19 +398,22 @@ Command parse_command(std::string_view request)
         throw unreadable;
     }
     try {
-        Command command = parse_line(line);
-        if (line.size() < request.size()) {
-            auto* const one = std::get_if<Request>(&command);
-            auto* const load = one != nullptr ? std::get_if<Load>(one) : nullptr;
-            if (load == nullptr) {
-                throw unreadable;
+        for (const CommandRow& row : rows) {
+            std::string_view operands = line;
+            if (!take_name(operands, row.name)) {
+                continue;
             }
-            load->document = request.substr(line.size() + 1);
+            const bool carries = row.carries == Carries::document;
+            Command command = row.read(carries ? request.substr(line.size() - operands.size()) : operands);
+            return carries || line.size() == request.size() ? command : throw unreadable;
         }
-        return command;
     } catch (const vor::WordError& error) {
         throw UsageError(fmt::format("column {}: {}", error.column, error.what()));
     }
+    if (command_named(first_word(line)) != nullptr) {
+        expect_form(first_word(line));
+    }
+    throw UsageError(fmt::format("\"{}\" is nothing that can be asked for", vor::escaped(first_word(line))));
 }
 
 } // namespace vorsim

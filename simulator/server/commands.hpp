@@ -3,50 +3,33 @@
 
 #include <chrono>
 #include <cstdint>
-#include <optional>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <variant>
 
-#include "faults/rule.hpp"
-#include "gateway/readings.hpp"
 #include "record/filter.hpp"
 #include "server/options.hpp"
 
 namespace vorsim {
 
-struct Show {
-    bool json = false;
-    std::string manager; // empty: all
-    std::string object;
-};
-struct Overview {};
-struct Reset {};
-struct Load {
-    std::string file;
-    std::optional<std::string> document; // none: the file could not be read
-};
-struct Quit {};
+class Control;
+class Messages;
+class Recorder;
+struct World;
 
-struct AddFault {
-    faults::Rule rule;
+// What commands are about.
+struct Running {
+    World& world;
+    Messages& messages;
+    Control& control;
+    const Recorder& recorder;
+    bool konfd_served = false;
 };
-struct ListFaults {};
-struct ClearFaults {
-    std::optional<unsigned> number; // none: all
-};
-struct StopManager {
-    std::uint16_t sap;
-};
-struct StartManager {
-    std::uint16_t sap;
-};
-// How the gateway behaves from now on.
-using Switch = std::variant<AddFault, ListFaults, ClearFaults, StopManager, StartManager, Setting>;
 
-// Answered at once.
-using Request = std::variant<Show, Overview, Reset, Load, Quit, Switch>;
+// Answered at once; what it throws is the answer, too.
+using Request = std::function<std::string(Running& running)>;
 
 struct Watch {
     enum class As : std::uint8_t { line, json, event }; // an event: its number, a blank, and JSON without the bytes
@@ -59,7 +42,9 @@ struct Wait {
     std::chrono::milliseconds within{10'000};
 };
 
-using Command = std::variant<Request, Watch, Wait>;
+struct Quit {};
+
+using Command = std::variant<Request, Watch, Wait, Quit>;
 
 struct CommandRow {
     // What goes over the connection besides an answer.
@@ -67,8 +52,8 @@ struct CommandRow {
 
     std::string_view name; // of one word or two
     std::string_view operands;
-    std::string_view about; // empty: a program's to ask for
-    Command (*read)(std::string_view operands);
+    std::string_view about;                     // empty: a program's to ask for
+    Command (*read)(std::string_view operands); // with a line end and the document behind them, where one is carried
     Carries carries = Carries::line;
     bool on_page = false;  // a page that may switch may do so
     bool sentence = false; // the operands are taken as they stand, else they are words

@@ -9,6 +9,8 @@
 
 #include <fmt/core.h>
 
+#include <vorinfra_manager.h>
+
 #include "record/json.hpp"
 #include "text/json.hpp"
 #include "text/text.hpp"
@@ -29,6 +31,12 @@ bool is_of(const Wait& wanted, const std::string& call, const std::string& objec
 }
 
 } // namespace
+
+std::string directory()
+{
+    const char* const directory = vorinfra_directory();
+    return directory != nullptr ? directory : throw UsageError("the platform directory cannot be used");
+}
 
 std::string control_path(const std::string& directory)
 {
@@ -104,11 +112,12 @@ std::string Control::answer_to(Client& client, const std::string& request)
             wait(client, *wanted);
             return client.output;
         }
-        const auto& asked = std::get<Request>(command);
-        if (std::holds_alternative<Quit>(asked)) { // its connection tells by its end that all is over
-            client.wish = Wish::one;
+        if (std::holds_alternative<Quit>(command)) {
+            client.wish = Wish::one; // its connection tells by its end that all is over
+            loop_.stop();
+            return "+";
         }
-        return fmt::format("+{}", answer_to_(asked));
+        return fmt::format("+{}", std::get<Request>(command)(running_));
     } catch (const UsageError& error) {
         return fmt::format("?{}\n", error.what());
     } catch (const vor::JsonError&) {

@@ -9,7 +9,6 @@
 // Who watches gets lines after the first: + and a message, or ! and what is to be known beside them.
 #pragma once
 
-#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -21,15 +20,14 @@
 
 namespace vorsim {
 
+// The platform's directory. Throws a UsageError when it cannot be used.
+std::string directory();
 // The control socket of the gateway in this directory.
 std::string control_path(const std::string& directory);
 
 class Control {
 public:
-    // What it throws is the answer, too.
-    using Handler = std::function<std::string(const Request& request)>;
-
-    Control(Loop& loop, Handler answer_to) : loop_(loop), answer_to_(std::move(answer_to)) {}
+    Control(Loop& loop, Running& running) : loop_(loop), running_(running) {}
 
     // Throws InUse where another gateway does.
     void listen(const std::string& path);
@@ -66,7 +64,7 @@ private:
     void drop_client(int descriptor);
 
     Loop& loop_;
-    Handler answer_to_;
+    Running& running_;
     Clients clients_;
     std::vector<int> fresh_; // clients that asked in this turn: what was sent to managers before is served first
     std::vector<int> asked_; // in the one before

@@ -159,14 +159,7 @@ std::optional<konfd::Time> KonfdServer::deadline_of(const Client& client)
 
 std::optional<konfd::Time> KonfdServer::deadline() const
 {
-    std::optional<konfd::Time> first;
-    for (const auto& [descriptor, client] : clients_) {
-        const auto deadline = deadline_of(client);
-        if (deadline && (!first || *deadline < *first)) {
-            first = deadline;
-        }
-    }
-    return first;
+    return earliest(clients_, [](const auto& one) { return deadline_of(one.second); });
 }
 
 // Carries out what its sender left without an end; one at a time, as above. Or

@@ -8,6 +8,13 @@
 
 namespace vorsim {
 
+Managers::Managers(Loop& loop, OnReadable on_readable, Complain complain)
+    : loop_(loop), on_readable_(std::move(on_readable)), complain_(std::move(complain))
+{
+    loop_.at([this] { return earliest(back_, [](const auto& one) { return std::optional(one.second); }); },
+             [this] { start_due(); });
+}
+
 void Managers::start(std::uint16_t sap)
 {
     back_.erase(sap);
@@ -44,26 +51,17 @@ Inlet* Managers::inlet(std::uint16_t sap) const
     return found == inlets_.end() ? nullptr : found->second.get();
 }
 
-std::optional<Loop::Time> Managers::deadline() const
-{
-    std::optional<Loop::Time> first;
-    for (const auto& [sap, back] : back_) {
-        first = std::min(back, first.value_or(back));
-    }
-    return first;
-}
-
-void Managers::on_deadline(Loop::Time now, const Complain& complain)
+void Managers::start_due()
 {
     for (auto next = back_.begin(); next != back_.end();) {
         const auto [sap, back] = *next++; // starting takes it away
-        if (back > now) {
+        if (back > std::chrono::steady_clock::now()) {
             continue;
         }
         try {
             start(sap);
         } catch (const std::exception& error) {
-            complain(fmt::format("vorsim: {} does not come back: {}", manager_key(sap), error.what()));
+            complain_(fmt::format("vorsim: {} does not come back: {}", manager_key(sap), error.what()));
         }
     }
 }

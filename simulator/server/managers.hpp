@@ -19,7 +19,8 @@ public:
     using Complain = std::function<void(const std::string& why)>;
     using Inlets = std::map<std::uint16_t, std::unique_ptr<Inlet>>;
 
-    Managers(Loop& loop, OnReadable on_readable) : loop_(loop), on_readable_(std::move(on_readable)) {}
+    // Complains of one that does not come back.
+    Managers(Loop& loop, OnReadable on_readable, Complain complain);
 
     // Throws when somebody else serves the SAP.
     void start(std::uint16_t sap);
@@ -31,13 +32,12 @@ public:
     Inlet* inlet(std::uint16_t sap) const;
     const Inlets& inlets() const { return inlets_; }
 
-    std::optional<Loop::Time> deadline() const;
-    // Starts those that are to be back; complains of one that cannot.
-    void on_deadline(Loop::Time now, const Complain& complain);
-
 private:
+    void start_due();
+
     Loop& loop_;
     OnReadable on_readable_;
+    Complain complain_;
     Inlets inlets_;
     std::map<std::uint16_t, Loop::Time> back_;
 };

@@ -42,19 +42,12 @@ bool is_message(const std::vector<std::uint8_t>& datagram)
 Messages::Messages(Loop& loop, World& world, Recorder& recorder, std::uint64_t seed,
                    const std::map<std::uint16_t, Delay>& delays, bool show_secrets)
     : world_(world), recorder_(recorder), show_secrets_(show_secrets),
-      managers_(loop, [this](Inlet& inlet) { receive(inlet); }), outbox_([this](std::uint16_t sap) {
-          const Inlet* const inlet = managers_.inlet(sap);
-          return inlet != nullptr ? inlet->handle() : nullptr;
-      }),
-      delays_(seed, delays)
+      managers_(
+          loop, [this](Inlet& inlet) { receive(inlet); },
+          [this](const std::string& why) { recorder_.errors().line(why); }),
+      outbox_(loop, managers_), delays_(seed, delays)
 {
     loop.in_turn([this] { return serve(); });
-    loop.at([this] { return outbox_.deadline(); }, [this] { outbox_.on_deadline(std::chrono::steady_clock::now()); });
-    loop.at([this] { return managers_.deadline(); },
-            [this] {
-                managers_.on_deadline(std::chrono::steady_clock::now(),
-                                      [this](const std::string& why) { recorder_.errors().line(why); });
-            });
 }
 
 void Messages::stop(std::uint16_t sap)

@@ -5,13 +5,39 @@
 #include <map>
 #include <string>
 
+#include "faults/plan.hpp"
+#include "gateway/gateway.hpp"
+#include "record/counters.hpp"
 #include "server/konfd_server.hpp"
 #include "server/managers.hpp"
 #include "server/recorder.hpp"
 #include "server/reply_queue.hpp"
-#include "server/world.hpp"
 
 namespace vorsim {
+
+// What the gateway is, however it is reached: what it was told, what disturbs it, what came of it.
+struct World {
+    World(const Gateway::Settings& gateway_settings, const konfd::Konfd::Settings& konfd_settings)
+        : gateway(gateway_settings), konfd(konfd_settings), faults(gateway_settings.seed),
+          settings_of_gateway(gateway_settings), settings_of_konfd(konfd_settings)
+    {
+    }
+
+    // All that it was told is forgotten, but not what disturbs it.
+    void reset()
+    {
+        gateway = Gateway(settings_of_gateway);
+        konfd = konfd::Konfd(settings_of_konfd);
+        counters = {};
+    }
+
+    Gateway gateway;
+    konfd::Konfd konfd;
+    faults::Plan faults;
+    Counters counters{}; // since the last reset
+    Gateway::Settings settings_of_gateway;
+    konfd::Konfd::Settings settings_of_konfd;
+};
 
 class Messages {
 public:

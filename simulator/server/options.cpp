@@ -46,35 +46,31 @@ void take_delay(Options& options, std::string_view text)
     options.delays.insert_or_assign(manager_of("--delay", text.substr(0, equals)), Delay{*least, *most});
 }
 
+using vor::taken_as;
 using Value = std::string_view;
 
-constexpr OptionRow rows[] = {
+constexpr vor::OptionOf<Options> rows[] = {
     {{"--sap", "N", "serve one more SAP for transport applications (repeatable)"},
      [](Options& options, Value value) { options.more_saps.push_back(number_of<std::uint16_t>("--sap", value)); }},
-    {{"--strict", "", "exit with 3 when any message was not as the tables say"},
-     [](Options& options, Value) { options.strict = true; }},
+    {{"--strict", "", "exit with 3 when any message was not as the tables say"}, taken_as<&Options::strict>},
     {{"--seed", "N", "where counters and measurements begin (default 1)"},
      [](Options& options, Value value) { options.seed = number_of<std::uint64_t>("--seed", value); }},
-    {{"--state", "FILE", "write the state as JSON, at the start and when stopping"},
-     [](Options& options, Value value) { options.state_file = value; }},
-    {{"--journal", "FILE", "append one JSON object per message"},
-     [](Options& options, Value value) { options.journal_file = value; }},
+    {{"--state", "FILE", "write the state as JSON, at the start and when stopping"}, taken_as<&Options::state_file>},
+    {{"--journal", "FILE", "append one JSON object per message"}, taken_as<&Options::journal_file>},
     {{"--show-secrets", "", "passwords in clear, in lines, state, journal and konfd's answers"},
-     [](Options& options, Value) { options.show_secrets = true; }},
+     taken_as<&Options::show_secrets>},
     {{"--faults", "FILE", "have the rules in the file, one a line, in force from the start"},
-     [](Options& options, Value value) { options.faults_file = value; }},
+     taken_as<&Options::faults_file>},
     {{"--without", "MANAGER", "leave the manager to a program of yours (repeatable)"},
      [](Options& options, Value value) { options.without.push_back(manager_of("--without", value)); }},
     {{"--delay", "MANAGER=20ms..80ms", "how long the manager takes for each answer"}, take_delay},
-    {{"--lenient-konfd", "", "konfd makes the paths that are not there"},
-     [](Options& options, Value) { options.lenient_konfd = true; }},
+    {{"--lenient-konfd", "", "konfd makes the paths that are not there"}, taken_as<&Options::lenient_konfd>},
     {{"--http", "PORT",
       "a page to look at, for browsers of this machine; its link is\n"
       "printed behind the ready line (0: on a port that is free)"},
      [](Options& options, Value value) { options.http = number_of<std::uint16_t>("--http", value); }},
-    {{"--http-control", "", "have the page switch faults and managers, too"},
-     [](Options& options, Value) { options.http_control = true; }},
-    {{"--help", "", "print this"}, [](Options& options, Value) { options.help = true; }},
+    {{"--http-control", "", "have the page switch faults and managers, too"}, taken_as<&Options::http_control>},
+    {{"--help", "", "print this"}, taken_as<&Options::help>},
 };
 
 constexpr char usage[] =
@@ -105,16 +101,11 @@ commands:
 
 } // namespace
 
-std::span<const OptionRow> option_rows()
-{
-    return rows;
-}
-
 std::string help_text()
 {
     constexpr std::size_t about_at = 20;
     std::string text = usage;
-    for (const OptionRow& row : rows) {
+    for (const vor::Option& row : rows) {
         const std::string option = fmt::format("  {}{}{}", row.name, row.value.empty() ? "" : " ", row.value);
         text += option;
         text += std::string(option.size() < about_at ? about_at - option.size() : 2, ' ');
@@ -130,14 +121,10 @@ std::string help_text()
 Options read_options(const std::vector<std::string>& arguments)
 {
     Options options;
-    const std::vector<std::string_view> words(arguments.begin(), arguments.end());
-    for (std::span<const std::string_view> left = words; !left.empty();) {
-        const auto option = vor::option_in(option_rows(), left);
-        if (!option) {
-            throw UsageError(fmt::format("unknown option \"{}\"", left.front()));
+    for (vor::Operands operands(arguments); !operands.empty();) {
+        if (!operands.take_option(rows, options)) {
+            throw UsageError(fmt::format("unknown option \"{}\"", operands.front()));
         }
-        option->row->take(options, option->value);
-        left = left.subspan(option->used);
     }
     if (options.http_control && !options.http) {
         throw UsageError("--http-control needs --http PORT");

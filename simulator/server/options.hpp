@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -32,12 +31,6 @@ struct Options {
     bool http_control = false;
 };
 
-struct OptionRow : vor::Option {
-    void (*take)(Options& options, std::string_view value);
-};
-
-// In the order in which they are told.
-std::span<const OptionRow> option_rows();
 Options read_options(const std::vector<std::string>& arguments);
 
 // What --help prints, but for the commands.

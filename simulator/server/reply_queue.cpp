@@ -9,12 +9,19 @@ constexpr std::size_t most_late = 1000;
 
 } // namespace
 
+Outbox::Outbox(Loop& loop, const Managers& endpoints) : managers_(endpoints)
+{
+    loop.at([this] { return late_.empty() ? std::nullopt : std::optional(late_.begin()->first); },
+            [this] { send_due(); });
+}
+
 bool Outbox::post(const Parcel& parcel)
 {
-    VOR_IPC_HANDLE* const endpoint = endpoint_of_(parcel.sap);
-    if (endpoint == nullptr) {
+    const Inlet* const inlet = managers_.inlet(parcel.sap);
+    if (inlet == nullptr) {
         return false;
     }
+    VOR_IPC_HANDLE* const endpoint = inlet->handle();
     VORINFRA_MESSAGE request;
     request.source = parcel.client;
     request.id = parcel.request_id;
@@ -70,14 +77,9 @@ Outbox::Sent Outbox::send(std::uint16_t sap, const VORINFRA_MESSAGE& request, co
     return Sent::done;
 }
 
-std::optional<Outbox::Time> Outbox::deadline() const
+void Outbox::send_due()
 {
-    return late_.empty() ? std::nullopt : std::optional(late_.begin()->first);
-}
-
-void Outbox::on_deadline(Time now)
-{
-    while (!late_.empty() && late_.begin()->first <= now) {
+    while (!late_.empty() && late_.begin()->first <= std::chrono::steady_clock::now()) {
         send_or_hold(std::move(late_.extract(late_.begin()).mapped()));
     }
 }

@@ -17,7 +17,6 @@
 
 #include "faults/parse.hpp"
 #include "tables/managers.hpp"
-#include "text/json.hpp"
 
 namespace vorsim {
 namespace {
@@ -25,15 +24,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char konfd_socket[] = "/tmp/konfd.socket";
-
-std::string usable_directory()
-{
-    const char* const directory = vorinfra_directory();
-    if (directory == nullptr) {
-        throw UsageError("the platform directory cannot be used");
-    }
-    return directory;
-}
 
 // Two files, neither of them a folder.
 void check_files(const Options& options)
@@ -64,13 +54,15 @@ void check_files(const Options& options)
 
 Server::Server(const Options& options)
     : options_(options), page_(options.http ? std::make_unique<Page>(*options.http, options.http_control) : nullptr),
-      directory_(usable_directory()), stop_requests_(stop_requests()),
+      directory_(directory()), stop_requests_(stop_requests()),
       world_({.seed = options.seed, .show_secrets = options.show_secrets},
              {.show_secrets = options.show_secrets, .lenient = options.lenient_konfd}),
-      control_(loop_, [this](const Request& request) { return std::visit(handlers_, request); }),
-      recorder_(loop_, control_, world_.counters),
-      messages_(loop_, world_, recorder_, options.seed, options.delays, options.show_secrets),
-      handlers_(loop_, world_, messages_, control_, recorder_), spare_(open("/dev/null", O_RDONLY | O_CLOEXEC))
+      control_(loop_, running_), recorder_(loop_, control_, world_.counters),
+      messages_(loop_, world_, recorder_, options.seed, options.delays, options.show_secrets), running_{world_,
+                                                                                                        messages_,
+                                                                                                        control_,
+                                                                                                        recorder_},
+      spare_(open("/dev/null", O_RDONLY | O_CLOEXEC))
 {
     std::signal(SIGPIPE, SIG_IGN);
     check_files(options_);
@@ -127,7 +119,7 @@ void Server::bind_konfd()
         }
         konfd_server_ = std::make_unique<KonfdServer>(
             loop_, world_.konfd, path.data(), [this](KonfdExchange& exchange) { return messages_.deliver(exchange); });
-        handlers_.konfd_is_served();
+        running_.konfd_served = true;
     } catch (const std::exception& error) {
         if (rooted) {
             throw;
@@ -139,12 +131,12 @@ void Server::bind_konfd()
 }
 
 // Never a half-written file under the name.
-void Server::write_state() const
+void Server::write_state()
 {
     const std::string path = *options_.state_file;
     std::string unfinished = fmt::format("{}.XXXXXX", path);
     const Descriptor file(mkostemp(unfinished.data(), O_CLOEXEC)); // its owner's alone: it may hold passwords in clear
-    const std::string text = vor::dump(world_.json(recorder_.lines_lost()), 2) + "\n";
+    const std::string text = std::get<Request>(parse_command("show --json"))(running_);
     if (file.get() < 0 || write(file.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()) ||
         std::rename(unfinished.c_str(), path.c_str()) != 0) {
         const int error = errno;

@@ -5,13 +5,11 @@
 #include <string>
 
 #include "server/control.hpp"
-#include "server/handlers.hpp"
 #include "server/konfd_server.hpp"
 #include "server/messages.hpp"
 #include "server/options.hpp"
 #include "server/page.hpp"
 #include "server/recorder.hpp"
-#include "server/world.hpp"
 #include "sockets/loop.hpp"
 
 namespace vorsim {
@@ -27,7 +25,7 @@ public:
 private:
     void bind_managers();
     void bind_konfd();
-    void write_state() const;
+    void write_state();
 
     Options options_;
     std::unique_ptr<Page> page_; // its port is taken before anything is made
@@ -38,7 +36,7 @@ private:
     Control control_;
     Recorder recorder_;
     Messages messages_;
-    Handlers handlers_;
+    Running running_;
     std::unique_ptr<KonfdServer> konfd_server_;
     Descriptor spare_; // for the state's file, when none is left
 };

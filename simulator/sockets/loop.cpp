@@ -98,12 +98,7 @@ void Loop::in_turn(std::function<bool()> work)
 
 int Loop::milliseconds_left() const
 {
-    std::optional<Time> first;
-    for (const Deadline& deadline : deadlines_) {
-        if (const auto next = deadline.next()) {
-            first = std::min(*next, first.value_or(*next));
-        }
-    }
+    const auto first = earliest(deadlines_, [](const Deadline& deadline) { return deadline.next(); });
     if (!first) {
         return -1;
     }

@@ -1,6 +1,7 @@
 // loop.hpp: the one place vorsim waits.
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -48,6 +49,19 @@ private:
     std::vector<std::function<bool()>> work_;
     bool running_ = true;
 };
+
+// The first of the deadlines that some of them have.
+template <class Each, class DeadlineOf>
+std::optional<Loop::Time> earliest(const Each& each, DeadlineOf deadline_of)
+{
+    std::optional<Loop::Time> first;
+    for (const auto& one : each) {
+        if (const std::optional<Loop::Time> next = deadline_of(one)) {
+            first = std::min(*next, first.value_or(*next));
+        }
+    }
+    return first;
+}
 
 // Readable as soon as SIGTERM or SIGINT asks for the end; where that then takes too long, it is made, whatever is being
 // done. Once in a process.

@@ -24,18 +24,14 @@ using vor::number_in;
 // Words, quoted texts, colons and commas; the last is empty and stands behind them.
 std::vector<vor::Word> tokens_of(std::string_view line)
 {
-    try {
-        std::vector<vor::Word> tokens = vor::words_in(line, {.ends = ":,\"#", .expand = {}});
-        for (const vor::Word& token : tokens) {
-            if (token.quoted && token.named != 0) {
-                throw Complaint(token.column + token.named + 1, "a double quote within a word");
-            }
+    std::vector<vor::Word> tokens = vor::words_in(line, {.ends = ":,\"#", .expand = {}});
+    for (const vor::Word& token : tokens) {
+        if (token.quoted && token.named != 0) {
+            throw Complaint("a double quote within a word", token.column + token.named + 1);
         }
-        tokens.push_back({.column = tokens.empty() ? 1 : tokens.back().end});
-        return tokens;
-    } catch (const vor::WordError& error) {
-        throw Complaint(error.column, error.what());
     }
+    tokens.push_back({.column = tokens.empty() ? 1 : tokens.back().end});
+    return tokens;
 }
 
 // The number of "2nd", "3rd" and "11th".
@@ -80,33 +76,35 @@ std::vector<std::string> call_names()
 
 using Kind = Action::Kind;
 
-enum class Wants : std::uint8_t { nothing, number, time, text };
+enum class Wants : std::uint8_t { nothing, integer, natural, time, text };
 
 // What may happen, in words.
 struct ActionRow {
     std::string_view words;
     Kind kind;
-    Wants wants;
     bool manager; // befalls a manager's answers
     bool konfd;   // befalls konfd's
+    Wants wants = Wants::nothing;
+    const char* expected = "";
 };
 
+constexpr char a_time[] = "a time, such as 20ms, 4s or 2min";
 constexpr ActionRow actions[] = {
-    {"status", Kind::status, Wants::number, true, false},
-    {"id low", Kind::id_low, Wants::nothing, true, false},
-    {"id high", Kind::id_high, Wants::nothing, true, false},
-    {"id", Kind::id, Wants::number, true, false},
-    {"no payload", Kind::no_payload, Wants::nothing, true, false},
-    {"short", Kind::short_payload, Wants::number, true, false},
-    {"late", Kind::late, Wants::time, true, false},
-    {"doubled", Kind::doubled, Wants::nothing, true, false},
-    {"swapped", Kind::swapped, Wants::nothing, true, false},
-    {"never", Kind::never, Wants::nothing, true, true},
-    {"refuse", Kind::refuse, Wants::nothing, true, false},
-    {"die", Kind::die, Wants::time, true, false},
-    {"answer", Kind::answer, Wants::text, false, true},
-    {"split", Kind::split, Wants::nothing, false, true},
-    {"hang up", Kind::hang_up, Wants::nothing, false, true},
+    {"status", Kind::status, true, false, Wants::integer, "a status, such as 7"},
+    {"id low", Kind::id_low, true, false},
+    {"id high", Kind::id_high, true, false},
+    {"id", Kind::id, true, false, Wants::natural, "an id, such as 0x7003 (or low, high)"},
+    {"no payload", Kind::no_payload, true, false},
+    {"short", Kind::short_payload, true, false, Wants::natural, "how many bytes are left"},
+    {"late", Kind::late, true, false, Wants::time, a_time},
+    {"doubled", Kind::doubled, true, false},
+    {"swapped", Kind::swapped, true, false},
+    {"never", Kind::never, true, true},
+    {"refuse", Kind::refuse, true, false},
+    {"die", Kind::die, true, false, Wants::time, a_time},
+    {"answer", Kind::answer, false, true, Wants::text, "the text between double quotes"},
+    {"split", Kind::split, false, true},
+    {"hang up", Kind::hang_up, false, true},
 };
 
 std::string action_names(bool konfd)
@@ -114,7 +112,7 @@ std::string action_names(bool konfd)
     std::string names;
     for (const ActionRow& row : actions) {
         if (konfd ? row.konfd : row.manager) {
-            constexpr std::string_view arguments[] = {"", " N", " TIME", " \"TEXT\""};
+            constexpr std::string_view arguments[] = {"", " N", " N", " TIME", " \"TEXT\""};
             names += fmt::format("{}{}{}", names.empty() ? "" : ", ", row.words,
                                  arguments[static_cast<std::size_t>(row.wants)]);
         }
@@ -156,7 +154,6 @@ private:
         at_ += taken ? 1 : 0;
         return taken;
     }
-    vor::Word next() { return at_ + 1 < tokens_.size() ? tokens_[at_++] : tokens_[at_]; }
     // As it was written, from one token up to another.
     std::string text_of(std::size_t begin, std::size_t end) const
     {
@@ -164,28 +161,34 @@ private:
         return std::string(line_.substr(from - 1, tokens_[end - 1].end - from));
     }
 
-    [[noreturn]] void expected(const std::string& what, const std::string& otherwise = {}) const
+    // What stands here, and is no text between double quotes.
+    std::string_view plain() const { return here().quoted ? std::string_view() : here().text; }
+
+    [[noreturn]] void expected(const std::string& what, const std::vector<std::string>& known = {}) const
     {
         const vor::Word& found = here();
         std::string seen = "the rule ends here";
         if (found.quoted || !found.text.empty()) {
             seen = vor::quoted(found.text);
         }
-        throw Complaint(found.column, fmt::format("{}; expected {}{}", seen, what, otherwise));
+        const auto near = vor::nearest(found.text, known);
+        throw Complaint(fmt::format("{}; expected {}{}", seen, what, near.empty() ? "" : vor::suggestion(near, "")),
+                        found.column);
     }
 
-    template <class Number>
-    Number number(const std::string& what)
+    // What was read of the token here, which is passed.
+    template <class Value>
+    Value read(const std::optional<Value>& value, const std::string& what, const std::vector<std::string>& known = {})
     {
-        const auto number = here().quoted ? std::nullopt : number_in<Number>(here().text);
-        if (!number) {
-            expected(what);
+        if (!value) {
+            expected(what, known);
         }
         ++at_;
-        return *number;
+        return *value;
     }
 
-    std::uint16_t sap() { return number<std::uint16_t>("a number from 0 to 65535"); }
+    std::uint16_t sap() { return read(number_in<std::uint16_t>(plain()), "a number from 0 to 65535"); }
+    Milliseconds time() { return read(vor::time_in(plain()), a_time); }
 
     void read_who()
     {
@@ -197,13 +200,7 @@ private:
         } else if (take("SAP")) {
             concern.sap = sap();
         } else {
-            const auto named = here().quoted ? std::nullopt : sap_named(here().text);
-            if (!named) {
-                const auto near = vor::nearest(here().text, who_names());
-                expected("a manager, SAP N, any or konfd", near.empty() ? "" : vor::suggestion(near, ""));
-            }
-            concern.sap = *named;
-            ++at_;
+            concern.sap = read(sap_named(plain()), "a manager, SAP N, any or konfd", who_names());
         }
     }
 
@@ -230,7 +227,7 @@ private:
             if (!concern.object.empty() || token.text.empty()) {
                 expected(konfd ? "one text of konfd's commands" : "one object");
             }
-            concern.object = next().text;
+            concern.object = tokens_[at_++].text;
         } else if (take("every")) {
             read_when(Concern::When::every_nth, ordinal_in(here().text), "2nd, 3rd, 4th ...");
         } else if (take("chance")) {
@@ -262,10 +259,9 @@ private:
             return fnmatch(name.c_str(), call.c_str(), 0) == 0 || fnmatch(call.c_str(), name.c_str(), 0) == 0;
         });
         if (!is_known) {
-            const auto near = vor::nearest(name, known);
-            expected("a call that sends a message", near.empty() ? "" : vor::suggestion(near, ""));
+            expected("a call that sends a message", known);
         }
-        rule_.concern.call = next().text;
+        rule_.concern.call = tokens_[at_++].text;
     }
 
     bool take_words(std::string_view words)
@@ -290,37 +286,22 @@ private:
         Action& action = rule_.action;
         action.kind = row->kind;
         switch (row->wants) {
-        case Wants::number:
-            if (row->kind == Kind::status) {
-                action.number = number<std::int32_t>("a status, such as 7");
-            } else {
-                action.number = number<std::uint32_t>(row->kind == Kind::id ? "an id, such as 0x7003 (or low, high)"
-                                                                            : "how many bytes are left");
-                take("bytes");
-            }
+        case Wants::integer:
+            action.number = read(number_in<std::int32_t>(plain()), row->expected);
+            break;
+        case Wants::natural:
+            action.number = read(number_in<std::uint32_t>(plain()), row->expected);
+            take("bytes");
             break;
         case Wants::time:
             action.time = time();
             break;
         case Wants::text:
-            if (!here().quoted) {
-                expected("the text between double quotes");
-            }
-            action.text = next().text;
+            action.text = read(here().quoted ? std::optional(here().text) : std::nullopt, row->expected);
             break;
         default:
             break;
         }
-    }
-
-    Milliseconds time()
-    {
-        const auto time = here().quoted ? std::nullopt : vor::time_in(here().text);
-        if (!time) {
-            expected("a time, such as 20ms, 4s or 2min");
-        }
-        ++at_;
-        return *time;
     }
 
     void read_end()
@@ -331,7 +312,7 @@ private:
             rule_.end.times = 1;
         } else if (take("twice")) {
             rule_.end.times = 2;
-        } else if (const auto times = number_in<std::uint32_t>(here().text); times && *times > 0 && !here().quoted) {
+        } else if (const auto times = number_in<std::uint32_t>(plain()); times && *times > 0) {
             ++at_;
             if (!take("times")) {
                 expected("times");

@@ -9,14 +9,12 @@
 #include <vector>
 
 #include "faults/rule.hpp"
+#include "text/parse.hpp"
 
 namespace vorsim::faults {
 
 // What is wrong with a rule, and where.
-struct Complaint : std::runtime_error {
-    Complaint(std::size_t at_column, const std::string& text) : std::runtime_error(text), column(at_column) {}
-    std::size_t column; // from 1 on
-};
+using Complaint = vor::WordError;
 
 // Throws a Complaint.
 Rule parse_rule(std::string_view line);

@@ -14,6 +14,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
+constexpr std::size_t most_events = 1000;
+constexpr std::size_t most_bytes = 1 << 20;
+constexpr std::size_t most_at_once = 1 << 16;
 constexpr std::size_t most_streams = 16;
 constexpr auto state_lasts = 200ms;
 constexpr int state_share = 10; // of its time the gateway spends at most one part on telling what it holds
@@ -49,6 +52,27 @@ bool equal_in_constant_time(std::string_view left, std::string_view right)
 }
 
 } // namespace
+
+void Feed::add(std::uint64_t number, std::string data)
+{
+    events_.push_back({number, std::move(data)});
+    size_ += events_.back().data.size();
+    while (events_.size() > most_events || (size_ > most_bytes && events_.size() > 1)) {
+        size_ -= events_.front().data.size();
+        events_.pop_front();
+    }
+}
+
+std::string Feed::after(std::uint64_t& seen) const
+{
+    std::string text;
+    auto event = std::ranges::upper_bound(events_, seen, {}, &Event::number);
+    for (; event != events_.end() && text.size() < most_at_once; ++event) {
+        seen = event->number;
+        text += fmt::format("id: {}\ndata: {}\n\n", seen, event->data);
+    }
+    return text;
+}
 
 Site::Site(Loop& loop, int listener, Settings settings)
     : settings_(std::move(settings)), loop_(loop), next_beat_(std::chrono::steady_clock::now()),

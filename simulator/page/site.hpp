@@ -2,15 +2,35 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "client/ask.hpp"
-#include "page/feed.hpp"
 #include "page/http.hpp"
 
 namespace vorsim::page {
+
+// The latest messages, as events: what is kept is bounded, however many look on, and however slowly.
+class Feed {
+public:
+    // How many were lost before it shows in the numbers.
+    void add(std::uint64_t number, std::string data);
+
+    // Some of what came after the message that was seen last, which then moves on; empty: nothing did.
+    std::string after(std::uint64_t& seen) const;
+
+private:
+    struct Event {
+        std::uint64_t number;
+        std::string data;
+    };
+
+    std::deque<Event> events_;
+    std::size_t size_ = 0;
+};
 
 struct Settings {
     std::uint16_t port{};

@@ -15,7 +15,7 @@
 #include <string>
 
 #include "server/commands.hpp"
-#include "sockets/listener.hpp"
+#include "sockets/unix_socket.hpp"
 #include "values/record.hpp"
 
 namespace vorsim {

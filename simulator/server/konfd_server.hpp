@@ -8,7 +8,7 @@
 
 #include "faults/faults.hpp"
 #include "konfd/session.hpp"
-#include "sockets/listener.hpp"
+#include "sockets/unix_socket.hpp"
 
 namespace vorsim {
 

@@ -3,7 +3,6 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <filesystem>
 #include <stdexcept>
 #include <vector>
@@ -19,13 +18,10 @@
 
 #include <fmt/core.h>
 
+#include "sockets/unix_socket.hpp"
+
 namespace vorsim {
 namespace {
-
-[[noreturn]] void fail(const std::string& what)
-{
-    throw std::runtime_error(fmt::format("{}: {}", what, std::strerror(errno)));
-}
 
 std::string program_beside_this()
 {

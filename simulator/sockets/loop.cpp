@@ -4,13 +4,16 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <system_error>
+#include <cstring>
+#include <stdexcept>
 
 #include <poll.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/time.h>
 #include <unistd.h>
+
+#include <fmt/core.h>
 
 namespace vorsim {
 namespace {
@@ -50,10 +53,22 @@ void handle(int signal_number, void (*handler)(int))
 
 } // namespace
 
+Descriptor::~Descriptor()
+{
+    if (descriptor_ >= 0) {
+        close(descriptor_);
+    }
+}
+
+void fail(const std::string& what)
+{
+    throw std::runtime_error(fmt::format("{}: {}", what, std::strerror(errno)));
+}
+
 Loop::Loop() : poll_(epoll_create1(EPOLL_CLOEXEC))
 {
     if (poll_.get() < 0) {
-        throw std::system_error(errno, std::generic_category(), "epoll_create1");
+        fail("epoll_create1");
     }
 }
 
@@ -64,7 +79,7 @@ void Loop::add(int descriptor, std::uint32_t events, Handler handler)
     event.data.fd = descriptor;
     const bool known = handlers_.contains(descriptor);
     if (epoll_ctl(poll_.get(), known ? EPOLL_CTL_MOD : EPOLL_CTL_ADD, descriptor, &event) != 0) {
-        throw std::system_error(errno, std::generic_category(), "epoll_ctl");
+        fail("epoll_ctl");
     }
     handlers_[descriptor] = std::make_shared<Handler>(std::move(handler));
 }
@@ -141,7 +156,7 @@ Descriptor stop_requests()
 {
     Descriptor descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     if (descriptor.get() < 0) {
-        throw std::system_error(errno, std::generic_category(), "eventfd");
+        fail("eventfd");
     }
     requests = descriptor.get();
     handle(SIGALRM, on_patience_over);

@@ -8,11 +8,31 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
-#include "sockets/unix_socket.hpp"
-
 namespace vorsim {
+
+class Descriptor {
+public:
+    explicit Descriptor(int descriptor = -1) : descriptor_(descriptor) {}
+    Descriptor(Descriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept
+    {
+        std::swap(descriptor_, other.descriptor_);
+        return *this;
+    }
+    ~Descriptor();
+
+    int get() const { return descriptor_; }
+
+private:
+    int descriptor_;
+};
+
+// Throws a runtime_error that says why, as errno tells.
+[[noreturn]] void fail(const std::string& what);
 
 class Loop {
 public:

@@ -13,6 +13,8 @@
 namespace vorsim {
 namespace {
 
+constexpr std::chrono::milliseconds before_next_try{100};
+
 sockaddr_un address_of(const std::string& path)
 {
     sockaddr_un address{};
@@ -23,11 +25,6 @@ sockaddr_un address_of(const std::string& path)
     }
     std::memcpy(address.sun_path, path.data(), path.size());
     return address;
-}
-
-[[noreturn]] void fail(const std::string& what)
-{
-    throw std::runtime_error(fmt::format("{}: {}", what, std::strerror(errno)));
 }
 
 // Leaves the path free, or throws.
@@ -53,14 +50,9 @@ void clear_dead_owner(const std::string& path)
 
 } // namespace
 
-Descriptor::~Descriptor()
-{
-    if (descriptor_ >= 0) {
-        close(descriptor_);
-    }
-}
-
-Listener::Listener(std::string path) : socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0))
+Door::Door(Loop& loop, const std::string& path, MakeRoom make_room, OnClient on_client)
+    : loop_(loop), socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)),
+      make_room_(std::move(make_room)), on_client_(std::move(on_client))
 {
     const sockaddr_un address = address_of(path);
     if (socket_.get() < 0) {
@@ -73,22 +65,46 @@ Listener::Listener(std::string path) : socket_(socket(AF_UNIX, SOCK_STREAM | SOC
     if (bound != 0) {
         fail(fmt::format("cannot bind {}", path));
     }
-    path_ = std::move(path); // from here on it is ours to remove
+    bound_.path = path; // from here on it is ours to remove
     if (listen(socket_.get(), 16) != 0) {
-        fail(fmt::format("cannot listen at {}", path_));
+        fail(fmt::format("cannot listen at {}", path));
+    }
+    open();
+    loop_.at([this] { return opens_at_; }, [this] { open(); });
+}
+
+Door::Bound::~Bound()
+{
+    if (!path.empty()) {
+        unlink(path.c_str());
     }
 }
 
-Listener::~Listener()
+void Door::open()
 {
-    if (!path_.empty()) {
-        unlink(path_.c_str());
-    }
+    opens_at_.reset();
+    loop_.watch(socket_.get(), [this] { accept_client(); });
 }
 
-Descriptor Listener::accept() const
+void Door::close_for_a_while()
 {
-    return Descriptor(accept4(socket_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+    loop_.forget(socket_.get());
+    opens_at_ = std::chrono::steady_clock::now() + before_next_try;
+}
+
+void Door::accept_client()
+{
+    if (!make_room_(false)) {
+        close_for_a_while();
+        return;
+    }
+    Descriptor socket(accept4(socket_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+    if (socket.get() >= 0) {
+        on_client_(std::move(socket));
+    } else if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
+        make_room_(true);
+        close_for_a_while();
+    }
 }
 
 Descriptor connect_to(const std::string& path)

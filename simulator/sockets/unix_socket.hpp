@@ -1,51 +1,70 @@
 // unix_socket.hpp: descriptors and Unix stream sockets.
 #pragma once
 
+#include <algorithm>
+#include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
-#include <utility>
+
+#include "sockets/loop.hpp"
 
 namespace vorsim {
-
-class Descriptor {
-public:
-    explicit Descriptor(int descriptor = -1) : descriptor_(descriptor) {}
-    Descriptor(Descriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept
-    {
-        std::swap(descriptor_, other.descriptor_);
-        return *this;
-    }
-    ~Descriptor();
-
-    int get() const { return descriptor_; }
-
-private:
-    int descriptor_;
-};
 
 // The path is served already, by a process that lives.
 struct InUse : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// A listening socket; its path goes with it.
-class Listener {
+// A listening socket; its path goes with it. A caller that finds no room, or no descriptor left, waits outside; nobody
+// spins meanwhile.
+class Door {
 public:
-    // Takes a dead owner's path over. Throws InUse, or runtime_error.
-    explicit Listener(std::string path);
-    Listener(Listener&& other) noexcept : path_(std::exchange(other.path_, {})), socket_(std::move(other.socket_)) {}
-    Listener& operator=(Listener&&) = delete;
-    ~Listener();
+    // Frees a place where one is needed and can be had; one is needed at any
+    // rate when there is no descriptor left. False: all are in use.
+    using MakeRoom = std::function<bool(bool no_descriptor)>;
+    using OnClient = std::function<void(Descriptor socket)>; // it does not block
 
-    int descriptor() const { return socket_.get(); }
-    // The next client, not blocking; -1 inside when there is none.
-    Descriptor accept() const;
+    // Takes a dead owner's path over. Throws InUse, or runtime_error.
+    Door(Loop& loop, const std::string& path, MakeRoom make_room, OnClient on_client);
+    Door(const Door&) = delete;
+    Door& operator=(const Door&) = delete;
 
 private:
-    std::string path_;
+    struct Bound {
+        std::string path; // empty: none yet
+        ~Bound();
+    };
+
+    void open();
+    void accept_client();
+    void close_for_a_while();
+
+    Loop& loop_;
+    Bound bound_;
     Descriptor socket_;
+    MakeRoom make_room_;
+    OnClient on_client_;
+    std::optional<Loop::Time> opens_at_;
 };
+
+// Without a word for so long, a client may lose its place to another.
+inline constexpr std::chrono::milliseconds idle_for{2000};
+
+// Lets go of the client that has been idle longest, and long enough, where one
+// is asked for. False: there is room for no further one.
+template <class Clients, class Drop>
+bool make_room_among(Clients& clients, std::size_t most, bool no_descriptor, Drop drop)
+{
+    if (clients.size() < most && !no_descriptor) {
+        return true;
+    }
+    const auto idle = std::ranges::min_element(clients, {}, [](const auto& one) { return one.second.active; });
+    if (idle != clients.end() && std::chrono::steady_clock::now() - idle->second.active >= idle_for) {
+        drop(idle->first);
+    }
+    return clients.size() < most;
+}
 
 // Connected, or -1 inside with errno set.
 Descriptor connect_to(const std::string& path);

@@ -16,33 +16,14 @@
 namespace vorsim {
 namespace {
 
-std::vector<const Reading*> all_readings()
+std::vector<Reading> all_readings()
 {
-    std::vector<const Reading*> all;
+    std::vector<Reading> all;
     for (const Family* family : all_families()) {
-        for (const Reading& reading : family->readings()) {
-            all.push_back(&reading);
-        }
+        const auto readings = family->readings();
+        all.insert(all.end(), readings.begin(), readings.end());
     }
     return all;
-}
-
-std::vector<std::string> names()
-{
-    std::vector<std::string> names;
-    for (const Reading* reading : all_readings()) {
-        names.emplace_back(reading->name);
-    }
-    return names;
-}
-
-const Reading* find(const std::string& name)
-{
-    const auto all = all_readings();
-    const auto found = std::ranges::find_if(all, [&name](const Reading* reading) {
-        return fnmatch(std::string(reading->name).c_str(), name.c_str(), 0) == 0;
-    });
-    return found == all.end() ? nullptr : *found;
 }
 
 } // namespace
@@ -61,11 +42,17 @@ Setting parse_setting(std::string_view words)
         return {[speed = *times](Measurements& measurements) { measurements.speed_up(speed); },
                 fmt::format("counters count {} times as fast", *times)};
     }
-    const Reading* const reading = find(name);
-    if (reading == nullptr) {
+    const std::vector<Reading> all = all_readings();
+    const auto reading = std::ranges::find_if(
+        all, [&](const Reading& one) { return fnmatch(std::string(one.name).c_str(), name.c_str(), 0) == 0; });
+    if (reading == all.end()) {
+        std::vector<std::string> names;
+        for (const Reading& one : all) {
+            names.emplace_back(one.name);
+        }
         throw std::runtime_error(fmt::format(
             "no reading \"{}\"{}", vor::escaped(name),
-            vor::suggestion(vor::nearest(name, names()),
+            vor::suggestion(vor::nearest(name, names),
                             "there are temperature, port N polling_count, port N interrupt_count, adc N/N "
                             "polling_count, adc N/N interrupt_count, the transceiver's registers such as rssi, and "
                             "counting")));

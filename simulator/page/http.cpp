@@ -48,16 +48,9 @@ struct Http::Client {
 
 // What the library calls.
 struct Http::Callbacks {
-    static Http& http(void* http) { return *static_cast<Http*>(http); }
-
-    static Http::Client& client(Http& http, MHD_Connection* connection)
-    {
-        return *std::ranges::find(http.clients_, connection, &Http::Client::connection);
-    }
-
     static void on_connection(void* where, MHD_Connection* connection, void**, MHD_ConnectionNotificationCode code)
     {
-        Http& http = Callbacks::http(where);
+        Http& http = *static_cast<Http*>(where);
         if (code == MHD_CONNECTION_NOTIFY_CLOSED) {
             std::erase_if(http.clients_, [&](const auto& one) { return one.connection == connection; });
             return;
@@ -85,8 +78,8 @@ struct Http::Callbacks {
             *upload_size = 0;
             return request.body.size() <= longest_body ? MHD_YES : MHD_NO;
         }
-        Http& http = Callbacks::http(where);
-        return send(client(http, connection), http.answer_to_(request));
+        Http& http = *static_cast<Http*>(where);
+        return send(*std::ranges::find(http.clients_, connection, &Http::Client::connection), http.answer_to_(request));
     }
 
     static void on_completed(void*, MHD_Connection*, void** state, MHD_RequestTerminationCode)

@@ -105,12 +105,10 @@ std::string Control::answer_to(Client& client, const std::string& request)
     try {
         const Command command = parse_command(request);
         if (const auto* const wanted = std::get_if<Watch>(&command)) {
-            watch(client, *wanted);
-            return client.output;
+            return watch(client, *wanted);
         }
         if (const auto* const wanted = std::get_if<Wait>(&command)) {
-            wait(client, *wanted);
-            return client.output;
+            return wait(client, *wanted);
         }
         if (std::holds_alternative<Quit>(command)) {
             client.wish = Wish::one; // its connection tells by its end that all is over
@@ -135,27 +133,26 @@ void Control::make_room_for_one_more() const
     }
 }
 
-void Control::watch(Client& client, const Watch& wanted)
+std::string Control::watch(Client& client, const Watch& wanted)
 {
     make_room_for_one_more();
     client.wish = Wish::all;
     client.all = wanted;
-    client.output = "+\n";
+    return "+\n";
 }
 
-void Control::wait(Client& client, const Wait& wanted)
+std::string Control::wait(Client& client, const Wait& wanted)
 {
     make_room_for_one_more();
     const bool there =
         std::ranges::any_of(seen_, [&](const auto& one) { return is_of(wanted, one.first, one.second); });
     if (there) {
-        client.output = "+";
-        return;
+        return "+";
     }
     client.wish = Wish::one;
     client.one = wanted;
-    client.output = fmt::format("~{0} no {1}{2}{3} within {0} ms\n", wanted.within.count(), wanted.call,
-                                wanted.object.empty() ? "" : " of ", wanted.object);
+    return fmt::format("~{0} no {1}{2}{3} within {0} ms\n", wanted.within.count(), wanted.call,
+                       wanted.object.empty() ? "" : " of ", wanted.object);
 }
 
 bool Control::is_watched() const

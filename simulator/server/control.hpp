@@ -57,8 +57,8 @@ private:
     void read_request(int descriptor);
     bool answer_all();
     std::string answer_to(Client& client, const std::string& request);
-    void watch(Client& client, const Watch& wanted);
-    void wait(Client& client, const Wait& wanted);
+    std::string watch(Client& client, const Watch& wanted);
+    std::string wait(Client& client, const Wait& wanted);
     void make_room_for_one_more() const;
     void write_some(int descriptor);
     void drop_client(int descriptor);

@@ -5,7 +5,6 @@
 #include <csignal>
 #include <filesystem>
 #include <stdexcept>
-#include <vector>
 
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -18,6 +17,7 @@
 
 #include <fmt/core.h>
 
+#include "record/bytes.hpp"
 #include "sockets/unix_socket.hpp"
 
 namespace vorsim {
@@ -37,15 +37,11 @@ std::string program_beside_this()
 
 std::string random_token()
 {
-    std::array<unsigned char, 16> bytes{};
+    std::array<std::uint8_t, 16> bytes{};
     if (getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
         fail("no random token for the page");
     }
-    std::string token;
-    for (const unsigned char byte : bytes) {
-        token += fmt::format("{:02x}", byte);
-    }
-    return token;
+    return hex(bytes);
 }
 
 // Listens at the port; where that is 0, at one that is free, which it becomes.
@@ -71,18 +67,15 @@ Descriptor listen_at(std::uint16_t& port)
 // Its standard input is its end of the socket, its standard output the port.
 pid_t spawn(const std::string& program, bool control, int socket, int listener)
 {
-    std::vector<char*> arguments{const_cast<char*>("vorsim-page")};
-    if (control) {
-        arguments.push_back(const_cast<char*>("--control"));
-    }
-    arguments.push_back(nullptr);
+    char* const arguments[] = {const_cast<char*>("vorsim-page"), control ? const_cast<char*>("--control") : nullptr,
+                               nullptr};
     pid_t child = -1;
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, socket, STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, listener, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, STDERR_FILENO, STDERR_FILENO); // kept open
-    errno = posix_spawn(&child, program.c_str(), &actions, nullptr, arguments.data(), environ);
+    errno = posix_spawn(&child, program.c_str(), &actions, nullptr, arguments, environ);
     posix_spawn_file_actions_destroy(&actions);
     return errno == 0 ? child : -1;
 }

@@ -115,9 +115,4 @@ void Console::line(std::string_view text)
     }
 }
 
-void Console::count_lost(std::uint64_t lines)
-{
-    lost_ += lines;
-}
-
 } // namespace vorsim

@@ -19,10 +19,8 @@ public:
 
     void line(std::string_view text);
     // Lines that others failed to write to the same descriptor.
-    void count_lost(std::uint64_t lines);
+    void count_lost(std::uint64_t lines) { lost_ += lines; }
     std::uint64_t lost() const { return lost_; }
-    // What fits now, before the end.
-    void flush();
 
 private:
     // What must be done so that writing does not wait.
@@ -30,6 +28,7 @@ private:
 
     static Kind keep_from_blocking(int descriptor);
     ssize_t write_some(std::string_view bytes) const;
+    void flush(); // what fits now
     void say_lost();
     void on_writable();
 

@@ -1,7 +1,6 @@
 #include "record/bytes.hpp"
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <cstring>
 
@@ -89,8 +88,6 @@ std::string masked_chain(const std::vector<const Layout*>& layouts, Bytes chain,
     }
 }
 
-constexpr std::string_view secret_words[] = {"passw", "passphrase", "psk", "secret"};
-
 } // namespace
 
 std::string hex(Bytes bytes)
@@ -162,12 +159,7 @@ std::string datagram_record(Bytes datagram, bool show_secrets)
 
 std::string konfd_record(std::string_view text, bool show_secrets)
 {
-    std::string lower(text);
-    std::ranges::transform(lower, lower.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    std::size_t first = text.npos;
-    for (const std::string_view word : secret_words) {
-        first = std::min(first, lower.find(word));
-    }
+    const std::size_t first = konfd::secret_word_in(text);
     if (show_secrets || first == text.npos) {
         return hex(text);
     }

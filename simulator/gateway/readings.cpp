@@ -16,33 +16,18 @@
 namespace vorsim {
 namespace {
 
-std::vector<const Reading*> all_readings()
+// Null: there is none of this name.
+const Reading* find(const std::string& name, std::vector<std::string>& known)
 {
-    std::vector<const Reading*> all;
     for (const Family* family : all_families()) {
         for (const Reading& reading : family->readings()) {
-            all.push_back(&reading);
+            known.emplace_back(reading.name);
+            if (fnmatch(known.back().c_str(), name.c_str(), 0) == 0) {
+                return &reading;
+            }
         }
     }
-    return all;
-}
-
-std::vector<std::string> names()
-{
-    std::vector<std::string> names;
-    for (const Reading* reading : all_readings()) {
-        names.emplace_back(reading->name);
-    }
-    return names;
-}
-
-const Reading* find(const std::string& name)
-{
-    const auto all = all_readings();
-    const auto found = std::ranges::find_if(all, [&name](const Reading* reading) {
-        return fnmatch(std::string(reading->name).c_str(), name.c_str(), 0) == 0;
-    });
-    return found == all.end() ? nullptr : *found;
+    return nullptr;
 }
 
 } // namespace
@@ -61,11 +46,12 @@ Setting parse_setting(std::string_view words)
         }
         return {What::counting, name, *times, fmt::format("counters count {} times as fast", *times)};
     }
-    const Reading* const reading = find(name);
+    std::vector<std::string> known;
+    const Reading* const reading = find(name, known);
     if (reading == nullptr) {
         throw std::runtime_error(fmt::format(
             "no reading \"{}\"{}", vor::escaped(name),
-            vor::suggestion(vor::nearest(name, names()),
+            vor::suggestion(vor::nearest(name, known),
                             "there are temperature, port N polling_count, port N interrupt_count, adc N/N "
                             "polling_count, adc N/N interrupt_count, the transceiver's registers such as rssi, and "
                             "counting")));

@@ -20,7 +20,7 @@ namespace {
 const Reading* find(const std::string& name, std::vector<std::string>& known)
 {
     for (const Family* family : all_families()) {
-        for (const Reading& reading : family->readings()) {
+        for (const Reading& reading : family->readings) {
             known.emplace_back(reading.name);
             if (fnmatch(known.back().c_str(), name.c_str(), 0) == 0) {
                 return &reading;

@@ -55,17 +55,30 @@ struct Field {
     }
 };
 
-template <Kind kind, Display display>
-constexpr Field number(std::uint16_t at, std::string_view name)
+constexpr Field byte(std::uint16_t at, std::string_view name)
 {
-    return {.tag_or_offset = at, .kind = kind, .display = display, .name = name};
+    return {.tag_or_offset = at, .kind = Kind::byte, .display = Display::unsigned_number, .name = name};
 }
-inline constexpr auto byte = number<Kind::byte, Display::unsigned_number>;
-inline constexpr auto int16 = number<Kind::int16, Display::signed_number>;
-inline constexpr auto uint16 = number<Kind::int16, Display::unsigned_number>;
-inline constexpr auto int32 = number<Kind::int32, Display::signed_number>;
-inline constexpr auto uint32 = number<Kind::int32, Display::unsigned_number>;
-inline constexpr auto address = number<Kind::int32, Display::address>;
+constexpr Field int16(std::uint16_t at, std::string_view name)
+{
+    return {.tag_or_offset = at, .kind = Kind::int16, .display = Display::signed_number, .name = name};
+}
+constexpr Field uint16(std::uint16_t at, std::string_view name)
+{
+    return {.tag_or_offset = at, .kind = Kind::int16, .display = Display::unsigned_number, .name = name};
+}
+constexpr Field int32(std::uint16_t at, std::string_view name)
+{
+    return {.tag_or_offset = at, .kind = Kind::int32, .display = Display::signed_number, .name = name};
+}
+constexpr Field uint32(std::uint16_t at, std::string_view name)
+{
+    return {.tag_or_offset = at, .kind = Kind::int32, .display = Display::unsigned_number, .name = name};
+}
+constexpr Field address(std::uint16_t at, std::string_view name)
+{
+    return {.tag_or_offset = at, .kind = Kind::int32, .display = Display::address, .name = name};
+}
 constexpr Field text(std::uint16_t at, std::string_view name, std::uint16_t length = 0)
 {
     return {.tag_or_offset = at, .kind = Kind::text, .display = Display::text, .length = length, .name = name};

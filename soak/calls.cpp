@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <device_mgmt/common.h>
 #include <fmt/core.h>
 
 #include "call/batch.hpp"

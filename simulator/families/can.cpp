@@ -1,7 +1,6 @@
 #include "tables/families.hpp"
 
 namespace vorsim::families {
-namespace {
 
 constexpr Exchange settings = request(0x13003);
 constexpr Field peer_id = uint32(11, "peer_id");
@@ -15,8 +14,6 @@ constexpr Row rows[] = {
     {settings, "vor_cfg_set_can_peer_id", "port {port_num}", chain(int16(1, "port_num"), peer_id, int16(10, "option"))},
     {settings, "vor_cfg_set_can_msg_id", "peer {peer_id}", chain(peer_id, uint32(12, "msg_id"), int16(10, "option"))},
 };
-
-} // namespace
 
 extern const Family can{"canmgr", rows};
 

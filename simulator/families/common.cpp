@@ -1,13 +1,10 @@
 #include "tables/families.hpp"
 
 namespace vorsim::families {
-namespace {
 
 constexpr Row rows[] = {
     {one_way(12), "vor_system_restart", "gateway", record(2, int16(0, "time_till_restart"))},
 };
-
-} // namespace
 
 extern const Family common{"system", rows};
 

@@ -1,7 +1,6 @@
 #include "tables/families.hpp"
 
 namespace vorsim::families {
-namespace {
 
 constexpr Exchange debug_level = one_way(27).to("system");
 constexpr Exchange log_upload = one_way(0x2028);
@@ -23,8 +22,6 @@ constexpr Row rows[] = {
     {log_upload, "vor_cfg_set_log_file", "log {name}",
      record(260, set_option.holding(3), name, int32(256, "upload_frequency")), "3"},
 };
-
-} // namespace
 
 extern const Family debug{"platmgr", rows};
 

@@ -1,7 +1,6 @@
 #include "tables/families.hpp"
 
 namespace vorsim::families {
-namespace {
 
 constexpr Exchange settings = request(0xc00a);
 constexpr Field gsm_port = int16(1, "gsm_port");
@@ -14,8 +13,6 @@ constexpr Row rows[] = {
     {settings, "vor_cfg_gsm_set_password", "port {gsm_port}", chain(gsm_port, text(3, "password").secret(), option)},
     {request(0xc002), "vor_cfg_gsm_activate", "port {gsm_port}", chain(gsm_port)},
 };
-
-} // namespace
 
 extern const Family gsm{"gsmmgr", rows};
 

@@ -1,7 +1,6 @@
 #include "tables/families.hpp"
 
 namespace vorsim::families {
-namespace {
 
 constexpr Row rows[] = {
     {request(0xa008).accepted_with(1), "vor_cfg_set_gw_device_latitude_config", "gateway",
@@ -9,8 +8,6 @@ constexpr Row rows[] = {
     {request(0xa009).accepted_with(1), "vor_cfg_set_gw_device_longitude_config", "gateway",
      flag_and_chain("set", text(2, "longitude"))},
 };
-
-} // namespace
 
 extern const Family gw{"datamgr", rows};
 

@@ -1,13 +1,10 @@
 #include "tables/families.hpp"
 
 namespace vorsim::families {
-namespace {
 
 constexpr Row rows[] = {
     {one_way(0xa00a), "vor_cfg_set_plat_hostname", "gateway", chain(text(3, "hostname"))},
 };
-
-} // namespace
 
 extern const Family hostname{"datamgr", rows};
 

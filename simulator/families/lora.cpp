@@ -1,15 +1,12 @@
 #include "tables/families.hpp"
 
 namespace vorsim::families {
-namespace {
 
 // The asker listens for the serial manager's id.
 constexpr Row rows[] = {
     {request(0x18003).answered_as(0x10004), "tarn_cfg_lora_set_channel", "port {port_num}",
      chain(int16(1, "port_num"), text(2, "channel_name"))},
 };
-
-} // namespace
 
 extern const Family lora{"loramgr", rows};
 

@@ -1,7 +1,6 @@
 #include "tables/families.hpp"
 
 namespace vorsim::families {
-namespace {
 
 constexpr Exchange port = request(0x14003);
 constexpr Exchange group = request(0x14006);
@@ -60,8 +59,6 @@ constexpr Row rows[] = {
     {tcp, "vor_cfg_set_modbus_tcp_reg_grp_name", tcp_slave, chain(service_name, grp_name, option, slave_id)},
     {tcp, "vor_cfg_set_modbus_tcp_channel_name", tcp_slave, chain(service_name, channel_name, set, slave_id)},
 };
-
-} // namespace
 
 extern const Family modbus{"modbusmgr", rows};
 

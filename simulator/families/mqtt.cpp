@@ -1,7 +1,6 @@
 #include "tables/families.hpp"
 
 namespace vorsim::families {
-namespace {
 
 constexpr Exchange settings = request(0xf005);
 constexpr std::string_view option = "config_option";
@@ -32,8 +31,6 @@ constexpr Row rows[] = {
     {one_way(0xf009), "vor_cfg_mqtt_activate_session", "service {service_name}", chain(service_name), "active"},
     {one_way(0xf00a), "vor_cfg_mqtt_deactivate_session", "service {service_name}", chain(service_name), "active"},
 };
-
-} // namespace
 
 extern const Family mqtt{"mqttmgr", rows};
 

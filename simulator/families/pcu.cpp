@@ -1,7 +1,6 @@
 #include "tables/families.hpp"
 
 namespace vorsim::families {
-namespace {
 
 constexpr Exchange settings = request(0x17001);
 
@@ -9,8 +8,6 @@ constexpr Row rows[] = {
     {settings, "vor_cfg_set_pcu_config_module", "unit", chain(text(1, "serial_number"))},
     {settings, "vor_cfg_set_pcu_config_enable", "unit", chain(int16(2, "is_enabled"))},
 };
-
-} // namespace
 
 extern const Family pcu{"pcumgr", rows};
 

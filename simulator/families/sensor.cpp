@@ -1,7 +1,6 @@
 #include "tables/families.hpp"
 
 namespace vorsim::families {
-namespace {
 
 constexpr Exchange flow = request(0xe003);
 constexpr Field set_flag = int16(6, "set_flag");
@@ -18,8 +17,6 @@ constexpr Row rows[] = {
     {request(0xe005), "vor_cfg_set_sensor_channel", "sensor {sensor_name}",
      chain(set_flag, sensor_name, text(7, "channel_name"))},
 };
-
-} // namespace
 
 extern const Family sensor{"sensormgr", rows};
 

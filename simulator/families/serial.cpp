@@ -1,7 +1,6 @@
 #include "tables/families.hpp"
 
 namespace vorsim::families {
-namespace {
 
 constexpr Exchange settings = request(0x10004);
 constexpr Field port_num = int16(1, "port_num");
@@ -16,8 +15,6 @@ constexpr Row rows[] = {
     {settings, "vor_cfg_set_serial_parity", "port {port_num}", chain(port_num, int16(7, "parity"))},
     {settings, "vor_cfg_serial_set_channel", "port {port_num}", chain(port_num, text(2, "channel_name"))},
 };
-
-} // namespace
 
 extern const Family serial{"serialmgr", rows};
 

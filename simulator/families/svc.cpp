@@ -1,7 +1,6 @@
 #include "tables/families.hpp"
 
 namespace vorsim::families {
-namespace {
 
 constexpr Exchange rest = one_way(0x3002).to("restmgr");
 constexpr Field service_name = text(1, "service_name");
@@ -18,8 +17,6 @@ constexpr Row rows[] = {
     {one_way(0x0fffe029).to_any_manager(), "vor_cfg_tp_set_app", "service {service_name}",
      chain(service_name, text(2, "app_name"))},
 };
-
-} // namespace
 
 extern const Family svc{"svcmgr", rows};
 

@@ -1,14 +1,11 @@
 #include "tables/families.hpp"
 
 namespace vorsim::families {
-namespace {
 
 constexpr Row rows[] = {
     {request(0x2012), "vor_cfg_set_sysloginfo", "syslog",
      record(12, byte(0, "mode"), address(4, "ip_address"), uint16(8, "port_number"), byte(10, "protocol"))},
 };
-
-} // namespace
 
 extern const Family syslog{"platmgr", rows};
 

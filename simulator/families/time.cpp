@@ -1,7 +1,6 @@
 #include "tables/families.hpp"
 
 namespace vorsim::families {
-namespace {
 
 constexpr Field option = int16(4, "option");
 
@@ -10,8 +9,6 @@ constexpr Row rows[] = {
      chain(text(1, "server_name"), uint32(2, "port_no"), option)},
     {request(0x16002), "vor_set_timezone_string", "clock", chain(uint32(3, "time_zone_index"), option)},
 };
-
-} // namespace
 
 extern const Family time{"ntpmgr", rows};
 

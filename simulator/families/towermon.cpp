@@ -7,10 +7,9 @@ constexpr Field sensor_name = text(19, "sensor_name");
 constexpr Field battery_name = text(30, "battery_name");
 constexpr Field physical_id = int16(23, "id");
 
-constexpr Layout channel(const Field& named)
-{
-    return chain(named, text(6, "channel_name"), int16(4, "option"));
-}
+constexpr Field channel_name = text(6, "channel_name");
+constexpr Field option = int16(4, "option");
+constexpr Layout channel = chain(sensor_name, channel_name, option);
 
 // The k-th level travels under tag 6 + k.
 constexpr Layout alerts(std::uint16_t levels)
@@ -24,8 +23,8 @@ constexpr Layout alerts(std::uint16_t levels)
     return layout;
 }
 
-constexpr Layout threshold = chain(sensor_name, int16(20, "threshold"), int16(21, "criticality"),
-                                   int16(22, "threshold_value"), int16(4, "option"));
+constexpr Layout threshold =
+    chain(sensor_name, int16(20, "threshold"), int16(21, "criticality"), int16(22, "threshold_value"), option);
 
 constexpr Exchange aircon = request(0x15003);
 constexpr Exchange battery = request(0x15004);
@@ -36,25 +35,20 @@ constexpr Exchange power_supply = request(0x15008);
 constexpr Exchange ups = request(0x15009);
 
 constexpr Row rows[] = {
-    {aircon, "vor_cfg_towermon_obj_aircon_channel_name", "aircon {sensor_name}", channel(sensor_name)},
-    {battery, "vor_cfg_towermon_obj_battery_channel_name", "battery {sensor_name}", channel(text(30, "sensor_name"))},
-    {fan, "vor_cfg_towermon_obj_fan_channel_name", "fan {sensor_name}", channel(sensor_name)},
-    {genset, "vor_cfg_towermon_obj_genset_channel_name", "genset {sensor_name}", channel(sensor_name)},
+    {aircon, "vor_cfg_towermon_obj_aircon_channel_name", "aircon {sensor_name}", channel},
+    {battery, "vor_cfg_towermon_obj_battery_channel_name", "battery {sensor_name}",
+     chain(text(30, "sensor_name"), channel_name, option)},
+    {fan, "vor_cfg_towermon_obj_fan_channel_name", "fan {sensor_name}", channel},
+    {genset, "vor_cfg_towermon_obj_genset_channel_name", "genset {sensor_name}", channel},
     {power_measurement, "vor_cfg_towermon_obj_power_measurement_channel_name", "power measurement {sensor_name}",
-     channel(sensor_name)},
-    {power_supply, "vor_cfg_towermon_obj_power_supply_channel_name", "power supply {sensor_name}",
-     channel(sensor_name)},
-    {ups, "vor_cfg_towermon_obj_ups_channel_name", "ups {sensor_name}", channel(sensor_name)},
-    {request(0x1500a), "vor_cfg_towermon_obj_temp_sensor_channel_name", "temp sensor {sensor_name}",
-     channel(sensor_name)},
-    {request(0x1500c), "vor_cfg_towermon_obj_humidity_sensor_channel_name", "humidity sensor {sensor_name}",
-     channel(sensor_name)},
-    {request(0x1500e), "vor_cfg_towermon_obj_proximity_sensor_channel_name", "proximity sensor {sensor_name}",
-     channel(sensor_name)},
-    {request(0x1500f), "vor_cfg_towermon_obj_fire_sensor_channel_name", "fire sensor {sensor_name}",
-     channel(sensor_name)},
-    {request(0x15010), "vor_cfg_towermon_obj_door_sensor_channel_name", "door sensor {sensor_name}",
-     channel(sensor_name)},
+     channel},
+    {power_supply, "vor_cfg_towermon_obj_power_supply_channel_name", "power supply {sensor_name}", channel},
+    {ups, "vor_cfg_towermon_obj_ups_channel_name", "ups {sensor_name}", channel},
+    {request(0x1500a), "vor_cfg_towermon_obj_temp_sensor_channel_name", "temp sensor {sensor_name}", channel},
+    {request(0x1500c), "vor_cfg_towermon_obj_humidity_sensor_channel_name", "humidity sensor {sensor_name}", channel},
+    {request(0x1500e), "vor_cfg_towermon_obj_proximity_sensor_channel_name", "proximity sensor {sensor_name}", channel},
+    {request(0x1500f), "vor_cfg_towermon_obj_fire_sensor_channel_name", "fire sensor {sensor_name}", channel},
+    {request(0x15010), "vor_cfg_towermon_obj_door_sensor_channel_name", "door sensor {sensor_name}", channel},
 
     // Six kinds of object send the same message: it tells the name, not the kind.
     {aircon, "vor_cfg_towermon_obj_*_physical_id", "object {sensor_name}", chain(text(6, "sensor_name"), physical_id)},

@@ -13,18 +13,34 @@ void tell(Record& record, const Due& due)
     record.fault = {due.number, due.rule.text};
 }
 
+Delivery::Way way_of(Action::Kind kind)
+{
+    switch (kind) {
+    case Action::Kind::doubled:
+        return Delivery::Way::twice;
+    case Action::Kind::swapped:
+        return Delivery::Way::behind_the_next;
+    case Action::Kind::never:
+        return Delivery::Way::never;
+    case Action::Kind::refuse:
+        return Delivery::Way::refused;
+    case Action::Kind::die:
+        return Delivery::Way::dying;
+    default:
+        return Delivery::Way::once;
+    }
+}
+
 } // namespace
 
 Delivery disturb(Judgement& judgement, const Due& due)
 {
     using Kind = Action::Kind;
-    using Way = Delivery::Way;
     constexpr std::uint32_t low_half = 0x1;
     constexpr std::uint32_t high_half = 0x10000;
 
     const Action& action = due.rule.action;
     Record& record = judgement.record;
-    Delivery delivery;
     switch (action.kind) {
     case Kind::status: {
         const auto status = static_cast<std::int32_t>(action.number);
@@ -52,30 +68,14 @@ Delivery disturb(Judgement& judgement, const Due& due)
     case Kind::short_payload:
         judgement.answer.resize(std::min(judgement.answer.size(), static_cast<std::size_t>(action.number)));
         break;
-    case Kind::late:
-        delivery = {Way::once, action.time};
-        break;
-    case Kind::doubled:
-        delivery.way = Way::twice;
-        break;
-    case Kind::swapped:
-        delivery.way = Way::behind_the_next;
-        break;
-    case Kind::never:
-        delivery.way = Way::never;
-        break;
     case Kind::refuse:
         judgement.told = nullptr;
-        delivery.way = Way::refused;
-        break;
-    case Kind::die:
-        delivery = {Way::dying, action.time};
         break;
     default:
-        break; // konfd's own
+        break;
     }
     tell(record, due);
-    return delivery;
+    return {way_of(action.kind), action.time};
 }
 
 Hearing disturb(konfd::Reply& reply, const Due& due)

@@ -21,39 +21,32 @@ std::int64_t number_shown(const Field& field, std::int32_t number)
                                      : std::int64_t{static_cast<std::uint16_t>(number)};
 }
 
-Value value_of(const Part& part, bool show_secrets)
+Scalar scalar_of(const Part& part, bool show_secrets)
 {
     const Field& field = *part.field;
-    std::string name(field.name);
     if (field.kind == Kind::text) {
-        const std::string text(text_in(part));
-        if (field.display == Display::secret && !show_secrets) {
-            return {std::move(name), std::string(vor::mask), std::string(vor::mask)};
-        }
-        return {std::move(name), vor::quoted(text, longest_in_line), text};
+        const bool masked = field.display == Display::secret && !show_secrets;
+        return std::string(masked ? vor::mask : text_in(part));
     }
-    const std::int32_t number = part.number;
     if (field.display == Display::address) {
-        const std::string address = vor::dotted(static_cast<std::uint32_t>(number));
-        return {std::move(name), address, address};
+        return vor::dotted(static_cast<std::uint32_t>(part.number));
     }
-    const std::int64_t shown = number_shown(field, number);
-    return {std::move(name), std::to_string(shown), shown};
+    return number_shown(field, part.number);
 }
 
-// One of several of the same name.
-void add_to_list(std::vector<Value>& values, const Value& value)
+std::string text_of(const Field* field, const Scalar& scalar)
 {
-    if (values.empty() || values.back().name != value.name) {
-        values.push_back({value.name, "", List()});
+    const auto* const text = std::get_if<std::string>(&scalar);
+    if (text == nullptr) {
+        return std::visit([](const auto& number) { return fmt::format("{}", number); }, scalar);
     }
-    Value& list = values.back();
-    list.text += (list.text.empty() ? "" : ",") + value.text;
-    std::get<List>(list.data).push_back(std::get<Scalar>(value.data));
+    const bool plain = field != nullptr && (field->display == Display::address ||
+                                            (field->display == Display::secret && *text == vor::mask));
+    return plain ? vor::escaped(*text) : vor::quoted(*text, longest_in_line);
 }
 
 // The object's text with the values in place of their names.
-std::string object_of(std::string_view pattern, std::vector<Value>& values)
+std::string object_of(std::string_view pattern, const std::vector<Value>& values)
 {
     std::string object;
     while (!pattern.empty()) {
@@ -64,7 +57,6 @@ std::string object_of(std::string_view pattern, std::vector<Value>& values)
         }
         const std::size_t close = pattern.find('}', open);
         const auto value = std::ranges::find(values, pattern.substr(open + 1, close - open - 1), &Value::name);
-        value->in_object = true;
         const auto* const held = value->held<std::string>();
         const std::string text = held != nullptr ? vor::escaped(*held) : value->text;
         object += text.empty() ? "\"\"" : text;
@@ -75,21 +67,39 @@ std::string object_of(std::string_view pattern, std::vector<Value>& values)
 
 } // namespace
 
+Value value_of(const Row& row, const Field* field, std::variant<Scalar, List> data)
+{
+    const std::string name(field != nullptr ? field->name : row.layout.lead);
+    const bool in_object = row.object.find("{" + name + "}") != row.object.npos;
+    std::string text;
+    if (const auto* const list = std::get_if<List>(&data)) {
+        for (const Scalar& scalar : *list) {
+            text += (text.empty() ? "" : ",") + text_of(field, scalar);
+        }
+    } else {
+        text = text_of(field, std::get<Scalar>(data));
+    }
+    return {name, std::move(text), std::move(data), in_object};
+}
+
 Decoded decode(std::uint16_t sap, const Match& match, bool show_secrets)
 {
     const Row& row = *match.row;
     Decoded decoded{.sap = sap, .row = &row};
     if (match.lead) {
-        decoded.values.push_back(
-            {std::string(row.layout.lead), std::to_string(*match.lead), std::int64_t{*match.lead}});
+        decoded.values.push_back(value_of(row, nullptr, std::int64_t{*match.lead}));
     }
+    List list; // of the last field
     for (const Part& part : match.parts) {
-        Value value = value_of(part, show_secrets);
+        Scalar scalar = scalar_of(part, show_secrets);
         if (part.field->repeated) {
-            add_to_list(decoded.values, value);
+            list.push_back(std::move(scalar));
         } else {
-            decoded.values.push_back(std::move(value));
+            decoded.values.push_back(value_of(row, part.field, std::move(scalar)));
         }
+    }
+    if (!list.empty()) {
+        decoded.values.push_back(value_of(row, &row.layout.fields().back(), std::move(list)));
     }
     decoded.object = object_of(row.object, decoded.values);
     return decoded;

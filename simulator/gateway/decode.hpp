@@ -4,12 +4,14 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "values/value.hpp"
 
 namespace vorsim {
 
+struct Field;
 struct Match;
 struct Row;
 
@@ -25,6 +27,9 @@ struct Decoded {
 
 // An accepted message.
 Decoded decode(std::uint16_t sap, const Match& match, bool show_secrets);
+
+// What the field holds, made to be shown; null: the option or flag byte.
+Value value_of(const Row& row, const Field* field, std::variant<Scalar, List> data);
 
 // "name=value ..." of what the object does not tell.
 std::string line_of(const std::vector<Value>& values);

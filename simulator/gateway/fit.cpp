@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
-#include <fmt/ranges.h>
+#include <fmt/core.h>
 
 #include <vorinfra_manager.h>
 
@@ -15,6 +16,21 @@ using Rows = std::vector<const Row*>;
 
 // ---- Kinds in words ---------------------------------------------------------
 
+// None: raw bytes, but not one.
+std::optional<Kind> kind_of(const Element& element)
+{
+    switch (element.kind) {
+    case VORINFRA_INT16:
+        return Kind::int16;
+    case VORINFRA_INT32:
+        return Kind::int32;
+    case VORINFRA_STRING:
+        return Kind::text;
+    default:
+        return element.size == 1 ? std::optional(Kind::byte) : std::nullopt;
+    }
+}
+
 constexpr std::string_view kind_name(Kind kind)
 {
     constexpr std::string_view names[] = {"one raw byte", "int16", "int32", "string"};
@@ -23,80 +39,43 @@ constexpr std::string_view kind_name(Kind kind)
 
 std::string kind_name(const Element& element)
 {
-    switch (element.kind) {
-    case VORINFRA_INT16:
-        return "int16";
-    case VORINFRA_INT32:
-        return "int32";
-    case VORINFRA_STRING:
-        return "string";
-    default:
-        return fmt::format("{} raw bytes", element.size);
-    }
-}
-
-bool same_kind(const Element& element, const Field& field)
-{
-    switch (field.kind) {
-    case Kind::byte:
-        return element.kind == VORINFRA_RAW && element.size == 1;
-    case Kind::int16:
-        return element.kind == VORINFRA_INT16;
-    case Kind::int32:
-        return element.kind == VORINFRA_INT32;
-    default:
-        return element.kind == VORINFRA_STRING;
-    }
+    const auto kind = kind_of(element);
+    return kind && kind != Kind::byte ? std::string(kind_name(*kind)) : fmt::format("{} raw bytes", element.size);
 }
 
 // "a or b", each once.
-class Alternatives {
-public:
-    void add(const std::string& alternative)
-    {
-        if (std::ranges::find(all_, alternative) == all_.end()) {
-            all_.push_back(alternative);
-        }
+void add_alternative(std::string& all, const std::string& one)
+{
+    if ((" or " + all + " or ").find(" or " + one + " or ") == all.npos) {
+        all += (all.empty() ? "" : " or ") + one;
     }
-    bool empty() const { return all_.empty(); }
-    std::string text() const { return fmt::format("{}", fmt::join(all_, " or ")); }
-
-private:
-    std::vector<std::string> all_;
-};
+}
 
 // ---- Chains against rows ----------------------------------------------------
 
 // How far a chain fits a row.
 struct Reach {
-    std::size_t elements = 0; // that fit, from the first on
-    bool whole = false;
-    const Field* wanted = nullptr; // what the row has where it stopped; null: nothing more
+    std::size_t elements; // that fit, from the first on
+    const Field* wanted;  // what the row has where it stopped; null: nothing more
 };
 
 bool fits(const Element& element, const Field& field)
 {
-    return element.tag == field.tag_or_offset && same_kind(element, field) &&
+    return element.tag == field.tag_or_offset && kind_of(element) == field.kind &&
            (!field.only_value || element.number == *field.only_value);
 }
 
 Reach compare(const Row& row, const std::vector<Element>& elements)
 {
     const auto fields = row.layout.fields();
-    Reach reach;
     std::size_t at = 0;
-    for (const Element& element : elements) {
-        if (at < fields.size() && fits(element, fields[at])) {
-            at += fields[at].repeated ? 0 : 1;
-            ++reach.elements;
-            continue;
-        }
-        reach.wanted = at < fields.size() ? &fields[at] : nullptr;
-        return reach;
+    std::size_t fitting = 0;
+    while (fitting < elements.size() && at < fields.size() && fits(elements[fitting], fields[at])) {
+        at += fields[at].repeated ? 0 : 1;
+        ++fitting;
     }
-    reach.whole = at == fields.size() || fields[at].repeated;
-    reach.wanted = reach.whole ? nullptr : &fields[at];
-    return reach;
+    const bool over = at == fields.size() || (fields[at].repeated && fitting == elements.size());
+    return {fitting, over ? nullptr : &fields[at]};
 }
 
 // Says what stands where the rows that fit furthest stop.
@@ -108,7 +87,7 @@ std::string mismatch(const Rows& rows, const std::vector<Element>& elements)
     }
     const std::size_t number = furthest + 1;
     const Element* const found = furthest < elements.size() ? &elements[furthest] : nullptr;
-    Alternatives expected;
+    std::string expected;
     for (const Row* row : rows) {
         const Reach reach = compare(*row, elements);
         if (reach.elements != furthest || reach.wanted == nullptr) {
@@ -116,8 +95,9 @@ std::string mismatch(const Rows& rows, const std::vector<Element>& elements)
         }
         const Field& wanted = *reach.wanted;
         if (found == nullptr || found->tag != wanted.tag_or_offset) {
-            expected.add(fmt::format("tag {} {} ({})", wanted.tag_or_offset, kind_name(wanted.kind), wanted.name));
-        } else if (!same_kind(*found, wanted)) {
+            add_alternative(expected,
+                            fmt::format("tag {} {} ({})", wanted.tag_or_offset, kind_name(wanted.kind), wanted.name));
+        } else if (kind_of(*found) != wanted.kind) {
             return fmt::format("element {} ({}, tag {}) is {}, expected {}", number, wanted.name, found->tag,
                                kind_name(*found), kind_name(wanted.kind));
         } else {
@@ -126,13 +106,12 @@ std::string mismatch(const Rows& rows, const std::vector<Element>& elements)
         }
     }
     if (found == nullptr) {
-        return furthest == 0 ? fmt::format("carries no element, expected {}", expected.text())
-                             : fmt::format("ends after element {}, expected {}", furthest, expected.text());
+        return furthest == 0 ? fmt::format("carries no element, expected {}", expected)
+                             : fmt::format("ends after element {}, expected {}", furthest, expected);
     }
     return expected.empty()
                ? fmt::format("element {} (tag {} {}) is one too many", number, found->tag, kind_name(*found))
-               : fmt::format("element {} is tag {} {}, expected {}", number, found->tag, kind_name(*found),
-                             expected.text());
+               : fmt::format("element {} is tag {} {}, expected {}", number, found->tag, kind_name(*found), expected);
 }
 
 Fitting fit_chain(const Rows& rows, Bytes payload)
@@ -151,7 +130,10 @@ Fitting fit_chain(const Rows& rows, Bytes payload)
         }
         elements.push_back(element);
     }
-    const auto row = std::ranges::find_if(rows, [&](const Row* one) { return compare(*one, elements).whole; });
+    const auto row = std::ranges::find_if(rows, [&](const Row* one) {
+        const Reach reach = compare(*one, elements);
+        return reach.elements == elements.size() && reach.wanted == nullptr;
+    });
     if (row == rows.end()) {
         return {.wrong = mismatch(rows, elements)};
     }
@@ -191,7 +173,7 @@ Fitting fit_record(const Rows& rows, Bytes payload)
     if (payload.size() != length) {
         return {.wrong = fmt::format("payload has {} bytes, expected {}", payload.size(), length)};
     }
-    Alternatives expected;
+    std::string expected;
     std::string wrong;
     for (const Row* row : rows) {
         Fitting fitting{.row = row};
@@ -202,8 +184,8 @@ Fitting fit_record(const Rows& rows, Bytes payload)
             fitting.parts.push_back(part);
             if (field.only_value && part.number != *field.only_value) {
                 applies = false;
-                expected.add(std::to_string(*field.only_value));
-                wrong = fmt::format("{} is {}, expected {}", field.name, part.number, expected.text());
+                add_alternative(expected, std::to_string(*field.only_value));
+                wrong = fmt::format("{} is {}, expected {}", field.name, part.number, expected);
             }
         }
         if (!applies) {

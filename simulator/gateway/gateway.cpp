@@ -34,6 +34,20 @@ void say(Judgement& judgement, std::string line)
     judgement.record.line = std::move(line);
 }
 
+Judgement refuse(const Message& message, const Complaint& complaint)
+{
+    Judgement judgement = begin(message);
+    judgement.record.status = complaint.status;
+    judgement.record.complaint = complaint.text;
+    judgement.record.complained = true;
+    judgement.answer = status_answer(complaint.status);
+    say(judgement, fmt::format("strict: {}: {}", label_of(message), complaint.text));
+    if (message.answer_wanted) {
+        judgement.comes_to(fmt::format("status {}", static_cast<std::int32_t>(complaint.status)));
+    }
+    return judgement;
+}
+
 } // namespace
 
 std::vector<std::uint8_t> status_answer(std::int32_t status)
@@ -45,21 +59,6 @@ void Judgement::comes_to(std::string_view outcome)
 {
     record.line.resize(outcome_at);
     record.line += fmt::format(" -> {}", outcome);
-}
-
-Judgement Gateway::refuse(const Message& message, const Complaint& complaint)
-{
-    ++complaints_;
-    Judgement judgement = begin(message);
-    judgement.record.status = complaint.status;
-    judgement.record.complaint = complaint.text;
-    judgement.record.complained = true;
-    judgement.answer = status_answer(complaint.status);
-    say(judgement, fmt::format("strict: {}: {}", label_of(message), complaint.text));
-    if (message.answer_wanted) {
-        judgement.comes_to(fmt::format("status {}", static_cast<std::int32_t>(complaint.status)));
-    }
-    return judgement;
 }
 
 Judgement Gateway::accept(const Message& message, Decoded decoded)
@@ -104,7 +103,6 @@ void Gateway::settle(const Judgement& judgement)
 
 Judgement Gateway::judge(const Message& message)
 {
-    ++messages_;
     const auto matched = match(message);
     const auto* const complaint = std::get_if<Complaint>(&matched);
     return complaint != nullptr ? refuse(message, *complaint)

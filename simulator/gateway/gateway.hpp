@@ -44,18 +44,13 @@ public:
     Measurements& measurements() { return measurements_; }
     const State& state() const { return state_; }
     void hold(State state) { state_ = std::move(state); }
-    std::uint64_t messages() const { return messages_; }
-    std::uint64_t complaints() const { return complaints_; }
 
 private:
-    Judgement refuse(const Message& message, const Complaint& complaint);
     Judgement accept(const Message& message, Decoded decoded);
 
     bool show_secrets_;
     State state_;
     Measurements measurements_;
-    std::uint64_t messages_ = 0;
-    std::uint64_t complaints_ = 0;
 };
 
 } // namespace vorsim

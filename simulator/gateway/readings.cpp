@@ -16,14 +16,18 @@
 namespace vorsim {
 namespace {
 
-std::vector<Reading> all_readings()
+// Null: there is none of this name.
+const Reading* find(const std::string& name, std::vector<std::string>& known)
 {
-    std::vector<Reading> all;
     for (const Family* family : all_families()) {
-        const auto readings = family->readings();
-        all.insert(all.end(), readings.begin(), readings.end());
+        for (const Reading& reading : family->readings) {
+            known.emplace_back(reading.name);
+            if (fnmatch(known.back().c_str(), name.c_str(), 0) == 0) {
+                return &reading;
+            }
+        }
     }
-    return all;
+    return nullptr;
 }
 
 } // namespace
@@ -42,17 +46,12 @@ Setting parse_setting(std::string_view words)
         return {[speed = *times](Measurements& measurements) { measurements.speed_up(speed); },
                 fmt::format("counters count {} times as fast", *times)};
     }
-    const std::vector<Reading> all = all_readings();
-    const auto reading = std::ranges::find_if(
-        all, [&](const Reading& one) { return fnmatch(std::string(one.name).c_str(), name.c_str(), 0) == 0; });
-    if (reading == all.end()) {
-        std::vector<std::string> names;
-        for (const Reading& one : all) {
-            names.emplace_back(one.name);
-        }
+    std::vector<std::string> known;
+    const Reading* const reading = find(name, known);
+    if (reading == nullptr) {
         throw std::runtime_error(fmt::format(
             "no reading \"{}\"{}", vor::escaped(name),
-            vor::suggestion(vor::nearest(name, names),
+            vor::suggestion(vor::nearest(name, known),
                             "there are temperature, port N polling_count, port N interrupt_count, adc N/N "
                             "polling_count, adc N/N interrupt_count, the transceiver's registers such as rssi, and "
                             "counting")));

@@ -16,10 +16,10 @@ constexpr std::size_t most_bytes = 4 << 20;
 constexpr std::size_t bytes_of_a_setting = 128;
 constexpr std::size_t bytes_of_a_value = 64;
 
-std::size_t size_of(const Decoded& decoded)
+std::size_t size_of(const std::string& object, const std::vector<Value>& values)
 {
-    std::size_t size = decoded.object.size() + bytes_of_a_setting;
-    for (const Value& value : decoded.values) {
+    std::size_t size = object.size() + bytes_of_a_setting;
+    for (const Value& value : values) {
         size += value.name.size() + value.text.size() + bytes_of_a_value;
     }
     return size;
@@ -47,20 +47,20 @@ const State::Settings* State::held(std::uint16_t sap, const std::string& object)
     return found == manager->second.end() ? nullptr : &found->second;
 }
 
-std::size_t State::freed_by(const Decoded& decoded) const
+std::size_t State::size_with(const Decoded& decoded) const
 {
-    std::size_t freed = 0;
+    std::size_t size = size_ + size_of(decoded.object, decoded.values);
     if (const Settings* const settings = held(decoded.sap, decoded.object)) {
         for (const Setting& setting : *settings) {
-            freed += replaces(*decoded.row, *setting.row) ? setting.size : 0;
+            size -= replaces(*decoded.row, *setting.row) ? size_of(decoded.object, setting.values) : 0;
         }
     }
-    return freed;
+    return size;
 }
 
 bool State::has_room(const Decoded& decoded) const
 {
-    return size_ - freed_by(decoded) + size_of(decoded) <= most_bytes;
+    return size_with(decoded) <= most_bytes;
 }
 
 bool State::keep(Decoded decoded)
@@ -68,11 +68,10 @@ bool State::keep(Decoded decoded)
     if (!has_room(decoded)) {
         return false;
     }
-    const std::size_t size = size_of(decoded);
-    size_ += size - freed_by(decoded);
+    size_ = size_with(decoded);
     Settings& settings = managers_[decoded.sap][decoded.object];
     std::erase_if(settings, [&](const Setting& setting) { return replaces(*decoded.row, *setting.row); });
-    settings.push_back({decoded.row, std::move(decoded.values), size});
+    settings.push_back({decoded.row, std::move(decoded.values)});
     return true;
 }
 

@@ -17,7 +17,6 @@ public:
     struct Setting {
         const Row* row;
         std::vector<Value> values;
-        std::size_t size{}; // in bytes, as shown
     };
     // "port 2" before "port 10".
     struct Natural {
@@ -40,8 +39,8 @@ public:
 private:
     // Null: nothing is held.
     const Settings* held(std::uint16_t sap, const std::string& object) const;
-    // What the settings take that it replaces.
-    std::size_t freed_by(const Decoded& decoded) const;
+    // What all settings take once this one is kept.
+    std::size_t size_with(const Decoded& decoded) const;
 
     Managers managers_;
     std::size_t size_ = 0;

@@ -34,6 +34,8 @@ std::variant<std::vector<Command>, Complaint> parse(std::string_view burst);
 // The command in its own words; secrets masked unless they are to be shown.
 std::string text_of(const Command& command, bool show_secrets);
 
+// Where a word for a secret begins, in whatever case; npos: there is none.
+std::size_t secret_word_in(std::string_view text);
 // "password ********" for a line, a pattern or a path word that names a secret.
 std::string without_secret(std::string_view line);
 

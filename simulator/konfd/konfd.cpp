@@ -1,5 +1,6 @@
 #include "konfd/konfd.hpp"
 
+#include <algorithm>
 #include <set>
 
 #include <fmt/core.h>
@@ -17,19 +18,17 @@ constexpr std::uint64_t most_work = 4'000'000;
 
 constexpr char not_there[] = "it is not there";
 
-Reply reply_to(const std::string& commands, bool good, const std::string& why)
+// Why empty: it is done.
+Reply reply_to(const std::string& commands, const std::string& why)
 {
     Reply reply;
     Record& record = reply.record;
     record.kind = Record::Kind::konfd;
     record.commands = commands;
-    record.answer = good ? "-o" : "-e";
-    record.line = fmt::format("konfd {} -> {}", commands, record.answer);
-    if (!good) {
-        record.line += fmt::format(": {}", why);
-        record.complaint = why;
-        record.complained = why != not_there;
-    }
+    record.answer = why.empty() ? "-o" : "-e";
+    record.line = fmt::format("konfd {} -> {}{}{}", commands, record.answer, why.empty() ? "" : ": ", why);
+    record.complaint = why;
+    record.complained = !why.empty() && why != not_there;
     reply.answer = fmt::format("{}\n", record.answer);
     return reply;
 }
@@ -38,33 +37,32 @@ Reply reply_to(const std::string& commands, bool good, const std::string& why)
 
 Reply Konfd::refuse(const std::string& why)
 {
-    return reply_to("(unread)", false, why);
+    return reply_to("(unread)", why);
 }
 
-bool Konfd::carry_out(const Command& command, Work& work, std::string& shown, std::string& why)
+std::string Konfd::carry_out(const Command& command, Work& work, std::string& shown)
 {
     const bool changes = command.operation == 's' || command.operation == 'u';
-    if (changes && !settings_.lenient && !tree_.reaches(command.path)) {
-        why = "the path is not there";
-        return false;
+    const Tree::Node* const parent = tree_.find(command.path);
+    if (changes && !settings_.lenient && parent == nullptr) {
+        return "the path is not there";
     }
+    static const std::vector<Tree::Node> none;
+    const std::vector<Tree::Node>& nodes = parent != nullptr ? parent->children : none;
     // What the pattern fits is known before anything is changed.
     std::set<std::string> fitting;
     if (command.pattern) {
         const auto pattern = Pattern::compile(*command.pattern);
         if (!pattern) {
-            why = "the pattern is no regular expression, or too much of one";
-            return false;
+            return "the pattern is no regular expression, or too much of one";
         }
-        tree_.has(command.path, [&](const std::string& line) {
-            if (pattern->matches(line, work)) {
-                fitting.insert(line);
+        for (const Tree::Node& node : nodes) {
+            if (pattern->matches(node.line, work)) {
+                fitting.insert(node.line);
             }
-            return false;
-        });
+        }
         if (work.exhausted()) {
-            why = "the patterns are too much work";
-            return false;
+            return "the patterns are too much work";
         }
     }
     const auto matches_pattern = [&](const std::string& line) { return fitting.contains(line); };
@@ -72,32 +70,22 @@ bool Konfd::carry_out(const Command& command, Work& work, std::string& shown, st
         return (!command.pattern || matches_pattern(line)) && (!command.line || *command.line == line);
     };
 
-    bool done = true;
-    switch (command.operation) {
-    case 's':
-        done = tree_.set(command.path, *command.line, matches_pattern, command.priority);
-        why = done ? "" : "the store is full";
-        break;
-    case 'u':
+    std::string why;
+    if (command.operation == 's' && !tree_.set(command.path, *command.line, matches_pattern, command.priority)) {
+        why = "the store is full";
+    } else if (command.operation == 'u') {
         tree_.unset(command.path, matches_all);
-        break;
-    case 'c':
-        done = tree_.has(command.path, matches_all);
-        why = done ? "" : not_there;
-        break;
-    default:
-        break;
+    } else if (command.operation == 'c' && std::ranges::none_of(nodes, matches_all, &Tree::Node::line)) {
+        why = not_there;
     }
     if (command.show) {
-        shown += tree_.text(command.path, settings_.show_secrets);
-        if (shown.size() > most_shown && command.operation != 0) {
-            shown.resize(most_shown); // far more than is answered
-        } else if (shown.size() > most_shown) {
-            why = fmt::format("what is to be shown has more than {} bytes", most_shown);
-            return false;
+        shown += text(command.path);
+        if (shown.size() > most_shown && command.operation == 0) {
+            return fmt::format("what is to be shown has more than {} bytes", most_shown);
         }
+        shown.resize(std::min(shown.size(), most_shown)); // far more than is answered
     }
-    return done;
+    return why;
 }
 
 Reply Konfd::execute(std::string_view burst)
@@ -113,20 +101,17 @@ Reply Konfd::execute(std::string_view burst)
     std::string commands;
     std::string shown;
     std::string why;
-    bool good = true;
     bool changes = false;
     for (const Command& command : std::get<std::vector<Command>>(parsed)) {
         commands += fmt::format("{}{}", commands.empty() ? "" : " | ", text_of(command, settings_.show_secrets));
         changes = changes || command.operation != 0;
-        good = carry_out(command, work, shown, why);
-        if (!good) {
+        why = carry_out(command, work, shown);
+        if (!why.empty()) {
             break;
         }
     }
-    Reply reply = reply_to(commands, good, why);
-    if (good) {
-        reply.answer += shown;
-    }
+    Reply reply = reply_to(commands, why);
+    reply.answer += why.empty() ? shown : "";
     if (changes && reply.answer.size() > longest_answer) {
         reply.record.shown = fmt::format("cut to {} of {} bytes", longest_answer, reply.answer.size());
         reply.record.line += fmt::format(" ({})", reply.record.shown);

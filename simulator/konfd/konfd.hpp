@@ -33,13 +33,12 @@ public:
     // The reply to a text too long to be kept.
     static Reply refuse(const std::string& why);
 
-    const Tree& tree() const { return tree_; }
-    std::vector<Tree::Node> lines() const { return tree_.lines(settings_.show_secrets); }
-    std::string text(std::size_t depth = 0) const { return tree_.text({}, settings_.show_secrets, depth); }
+    std::vector<Tree::Node> lines(const Path& path = {}) const { return tree_.lines(path, settings_.show_secrets); }
+    std::string text(const Path& path = {}, std::size_t depth = 0) const { return text_of(lines(path), depth); }
 
 private:
-    // Adds what the command shows; tells why it failed.
-    bool carry_out(const Command& command, Work& work, std::string& shown, std::string& why);
+    // Adds what the command shows. Why it failed; empty: it did not.
+    std::string carry_out(const Command& command, Work& work, std::string& shown);
 
     Settings settings_;
     Tree tree_;

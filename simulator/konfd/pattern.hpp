@@ -36,8 +36,8 @@ public:
 
     enum class Operation : std::uint8_t {
         bytes,  // one of a set
-        split,  // both ways
-        jump,   // one way
+        split,  // on, and from elsewhere
+        jump,   // from elsewhere
         assert, // a place between two bytes
         done,
     };
@@ -45,13 +45,14 @@ public:
     struct Instruction {
         Operation operation{};
         Place place{};
-        std::uint16_t first{};  // the next instruction, or the set's number
-        std::uint16_t second{}; // of a split
+        std::uint16_t set{};
+        std::int16_t step{}; // to where else it goes on
     };
+    using Program = std::vector<Instruction>;
     using Bytes = std::bitset<256>;
 
 private:
-    std::vector<Instruction> program_;
+    Program program_;
     std::vector<Bytes> sets_;
 };
 

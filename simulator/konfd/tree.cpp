@@ -13,17 +13,18 @@ namespace {
 constexpr std::size_t most_bytes = 1 << 19; // lines with 64 bytes each on top
 constexpr std::size_t bytes_of_a_line = 64;
 
-std::string shown(const std::string& line, bool show_secrets)
-{
-    return show_secrets ? line : without_secret(line);
-}
-
 void mask(std::vector<Tree::Node>& nodes)
 {
     for (Tree::Node& node : nodes) {
         node.line = without_secret(node.line);
         mask(node.children);
     }
+}
+
+// By priority, and by age within one.
+void insert_in_order(std::vector<Tree::Node>& nodes, Tree::Node node)
+{
+    nodes.insert(std::ranges::upper_bound(nodes, node.priority, {}, &Tree::Node::priority), std::move(node));
 }
 
 } // namespace
@@ -48,12 +49,6 @@ const Tree::Node* Tree::find(const Path& path) const
         node = &*found;
     }
     return node;
-}
-
-// By priority, and by age within one.
-void Tree::insert_in_order(std::vector<Node>& nodes, Node node)
-{
-    nodes.insert(std::ranges::upper_bound(nodes, node.priority, {}, &Node::priority), std::move(node));
 }
 
 bool Tree::set(const Path& path, const std::string& line, const Matches& matches, std::optional<int> priority)
@@ -109,36 +104,23 @@ void Tree::unset(const Path& path, const Matches& matches)
     }
 }
 
-bool Tree::has(const Path& path, const Matches& matches) const
+std::vector<Tree::Node> Tree::lines(const Path& path, bool show_secrets) const
 {
     const Node* const node = find(path);
-    return node != nullptr && std::ranges::any_of(node->children, matches, &Node::line);
-}
-
-void Tree::add_text(std::string& text, const Node& node, std::size_t depth, bool show_secrets)
-{
-    for (const Node& child : node.children) {
-        text += fmt::format("{:{}}{}\n", "", 2 * depth, vor::escaped(shown(child.line, show_secrets)));
-        add_text(text, child, depth + 1, show_secrets);
-    }
-}
-
-std::string Tree::text(const Path& path, bool show_secrets, std::size_t depth) const
-{
-    std::string text;
-    if (const Node* const node = find(path)) {
-        add_text(text, *node, depth, show_secrets);
-    }
-    return text;
-}
-
-std::vector<Tree::Node> Tree::lines(bool show_secrets) const
-{
-    std::vector<Node> lines = root_.children;
+    std::vector<Node> lines = node != nullptr ? node->children : std::vector<Node>();
     if (!show_secrets) {
         mask(lines);
     }
     return lines;
+}
+
+std::string text_of(const std::vector<Tree::Node>& lines, std::size_t depth)
+{
+    std::string text;
+    for (const Tree::Node& node : lines) {
+        text += fmt::format("{:{}}{}\n", "", 2 * depth, vor::escaped(node.line)) + text_of(node.children, depth + 1);
+    }
+    return text;
 }
 
 } // namespace vorsim::konfd

@@ -27,20 +27,17 @@ public:
     bool set(const Path& path, const std::string& line, const Matches& matches, std::optional<int> priority);
     // Takes the matching lines under the path away, with all under them.
     void unset(const Path& path, const Matches& matches);
-    bool reaches(const Path& path) const { return find(path) != nullptr; }
-    bool has(const Path& path, const Matches& matches) const;
+    // What has its lines under the path; null: the path is not there.
+    const Node* find(const Path& path) const;
 
-    // What is under the path, two blanks deeper for each level.
-    std::string text(const Path& path, bool show_secrets, std::size_t depth = 0) const;
-    // All of it, secrets masked unless they are to be shown.
-    std::vector<Node> lines(bool show_secrets) const;
+    // The lines under the path, and those under them, secrets masked unless they are to be shown.
+    std::vector<Node> lines(const Path& path, bool show_secrets) const;
 
 private:
-    const Node* find(const Path& path) const;
-    static void insert_in_order(std::vector<Node>& nodes, Node node);
-    static void add_text(std::string& text, const Node& node, std::size_t depth, bool show_secrets);
-
     Node root_;
 };
+
+// Lines of text, two blanks deeper for each level.
+std::string text_of(const std::vector<Tree::Node>& lines, std::size_t depth = 0);
 
 } // namespace vorsim::konfd

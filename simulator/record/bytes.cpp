@@ -1,7 +1,6 @@
 #include "record/bytes.hpp"
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <cstring>
 
@@ -18,28 +17,28 @@
 namespace vorsim {
 namespace {
 
+using Rows = std::vector<const Row*>;
+
+constexpr std::string_view meaningless = "--"; // a byte that is not told
+
 bool is_secret(const Field& field)
 {
     return field.display == Display::secret;
 }
 
-constexpr std::string_view meaningless = "--"; // a byte that is not told
-
-// The layouts under which one of them may carry a secret.
-std::vector<const Layout*> secret_layouts(const std::vector<const Row*>& rows)
+// Whether a message of these rows may carry one, or carries one under this tag.
+bool may_hold_secret(const Rows& rows, std::optional<std::uint16_t> tag = {})
 {
-    std::vector<const Layout*> layouts;
-    for (const Row* row : rows) {
-        if (std::ranges::any_of(row->layout.fields(), is_secret)) {
-            layouts.push_back(&row->layout);
-        }
-    }
-    return layouts;
+    return std::ranges::any_of(rows, [tag](const Row* row) {
+        return std::ranges::any_of(row->layout.fields(), [tag](const Field& field) {
+            return is_secret(field) && field.tag_or_offset == tag.value_or(field.tag_or_offset);
+        });
+    });
 }
 
 // Behind a text's end, and where the message means nothing, lies what the
 // sender's buffer held before, perhaps the password of an earlier message.
-std::string record_of(const std::vector<const Row*>& rows, Bytes payload)
+std::string record_of(const Rows& rows, Bytes payload)
 {
     const Fitting found = fit(rows, payload);
     if (found.row == nullptr) {
@@ -61,14 +60,8 @@ std::string record_of(const std::vector<const Row*>& rows, Bytes payload)
     return fmt::format("{}", fmt::join(bytes, ""));
 }
 
-std::string masked_chain(const std::vector<const Layout*>& layouts, Bytes chain, bool accepted)
+std::string masked_chain(const Rows& rows, Bytes chain, bool accepted)
 {
-    const auto names_secret = [&layouts](std::uint16_t tag) {
-        return std::ranges::any_of(layouts, [tag](const Layout* layout) {
-            return std::ranges::any_of(
-                layout->fields(), [tag](const Field& field) { return is_secret(field) && field.tag_or_offset == tag; });
-        });
-    };
     std::string text;
     std::uint16_t cursor = 0;
     for (;;) {
@@ -84,12 +77,10 @@ std::string masked_chain(const std::vector<const Layout*>& layouts, Bytes chain,
         }
         const Bytes whole = chain.subspan(begin, static_cast<std::size_t>(cursor - begin));
         const bool number = element.kind == VORINFRA_INT16 || element.kind == VORINFRA_INT32;
-        const bool masked = names_secret(element.tag) || (!accepted && !number);
+        const bool masked = may_hold_secret(rows, element.tag) || (!accepted && !number);
         text += masked ? hex(whole.first(2)) + std::string(vor::mask) : hex(whole);
     }
 }
-
-constexpr std::string_view secret_words[] = {"passw", "passphrase", "psk", "secret"};
 
 } // namespace
 
@@ -131,21 +122,16 @@ std::string payload_record(const Message& message, bool accepted, bool show_secr
     if (!rows.empty() && rows.front()->layout.form == Form::record) {
         return record_of(rows, message.payload);
     }
-    const auto layouts = secret_layouts(rows);
-    if (layouts.empty() && !accepted) {
-        if (!secret_layouts(rows_of(message.id)).empty()) { // sent to the wrong manager
+    if (!may_hold_secret(rows)) {
+        if (!accepted && may_hold_secret(rows_of(message.id))) { // sent to the wrong manager
             return std::string(vor::mask);
         }
-        if (rows.empty()) { // perhaps a known one's id, misspelt
-            return masked_chain({}, message.payload, false);
-        }
+        // Of no manager's: perhaps a known one's id, misspelt.
+        return accepted || !rows.empty() ? hex(message.payload) : masked_chain(rows, message.payload, false);
     }
-    if (layouts.empty()) {
-        return hex(message.payload);
-    }
-    const Layout& layout = *layouts.front(); // the rows of one message share its form
+    const Layout& layout = rows.front()->layout; // the rows of one message share its form
     const std::size_t lead = layout.form == Form::flag_byte && !message.payload.empty() ? 1 : 0;
-    return hex(message.payload.first(lead)) + masked_chain(layouts, message.payload.subspan(lead), accepted);
+    return hex(message.payload.first(lead)) + masked_chain(rows, message.payload.subspan(lead), accepted);
 }
 
 std::string datagram_record(Bytes datagram, bool show_secrets)
@@ -156,18 +142,13 @@ std::string datagram_record(Bytes datagram, bool show_secrets)
     }
     std::memcpy(&header, datagram.data(), sizeof header);
     const auto rows = rows_of(header.opcode);
-    const bool plain = !rows.empty() && secret_layouts(rows).empty();
+    const bool plain = !rows.empty() && !may_hold_secret(rows);
     return plain ? hex(datagram) : hex(datagram.first(sizeof header)) + std::string(vor::mask);
 }
 
 std::string konfd_record(std::string_view text, bool show_secrets)
 {
-    std::string lower(text);
-    std::ranges::transform(lower, lower.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    std::size_t first = text.npos;
-    for (const std::string_view word : secret_words) {
-        first = std::min(first, lower.find(word));
-    }
+    const std::size_t first = konfd::secret_word_in(text);
     if (show_secrets || first == text.npos) {
         return hex(text);
     }

@@ -93,6 +93,14 @@ Json json(const Scalar& scalar)
 {
     return std::visit([](const auto& held) { return Json(held); }, scalar);
 }
+Json json(const List& list)
+{
+    Json elements = Json::array();
+    for (const Scalar& scalar : list) {
+        elements.push_back(json(scalar));
+    }
+    return elements;
+}
 template <class Value>
 Json json(const std::optional<Value>& value)
 {
@@ -188,14 +196,7 @@ Json json_of(const std::vector<Value>& values)
 {
     Json object = Json::object();
     for (const Value& value : values) {
-        if (const auto* const list = std::get_if<List>(&value.data)) {
-            Json& elements = object[value.name] = Json::array();
-            for (const Scalar& scalar : *list) {
-                elements.push_back(json(scalar));
-            }
-        } else {
-            object[value.name] = json(std::get<Scalar>(value.data));
-        }
+        object[value.name] = std::visit([](const auto& data) { return json(data); }, value.data);
     }
     return object;
 }

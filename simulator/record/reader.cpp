@@ -1,5 +1,6 @@
 #include "record/reader.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>

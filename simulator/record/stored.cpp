@@ -1,6 +1,6 @@
 #include "record/stored.hpp"
 
-#include <algorithm>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -17,64 +17,48 @@ using vor::Json;
 
 namespace {
 
-std::vector<std::string_view> value_names(const Row& row)
+// The values of the row; none where one is missing, or one is not the row's. A list that held nothing was not shown.
+std::optional<std::vector<Value>> values_of(const Row& row, const Json& json)
 {
-    std::vector<std::string_view> names;
-    if (!row.layout.lead.empty()) {
-        names.push_back(row.layout.lead);
-    }
-    for (const Field& field : row.layout.fields()) {
-        names.push_back(field.name);
-    }
-    return names;
-}
-
-// A list that held nothing was not shown.
-bool has_these(const Row& row, const Json& values)
-{
-    const auto names = value_names(row);
-    const auto known = [&names](const auto& item) { return std::ranges::find(names, item.name) != names.end(); };
-    const auto shown = [&](std::string_view name) {
-        const auto fields = row.layout.fields();
-        return values.contains(name) || (!fields.empty() && fields.back().repeated && fields.back().name == name);
-    };
-    return std::ranges::all_of(values.members(), known) && std::ranges::all_of(names, shown);
-}
-
-const Row* row_of(std::uint16_t sap, const std::string& call, const Json& values)
-{
-    const auto all = all_rows();
-    const auto found = std::ranges::find_if(all, [&](const ListedRow& listed) {
-        return listed.row->call == call && listed.serves(sap) && has_these(*listed.row, values);
-    });
-    return found == all.end() ? nullptr : found->row;
-}
-
-Value value_of(const Row& row, std::string_view name, const Json& json)
-{
-    const auto fields = row.layout.fields();
-    const auto field = std::ranges::find(fields, name, &Field::name);
-    const bool plain =
-        field != fields.end() && (field->display == Display::address || field->display == Display::secret);
-    Value value{.name = std::string(name),
-                .text = {},
-                .data = data_of(json),
-                .in_object = row.object.find(fmt::format("{{{}}}", name)) != row.object.npos};
-    const auto add = [&](const Scalar& scalar) {
-        const auto* const text = std::get_if<std::string>(&scalar);
-        value.text += value.text.empty() ? "" : ",";
-        if (text == nullptr) {
-            std::visit([&](const auto& held) { value.text += fmt::format("{}", held); }, scalar);
+    std::vector<std::pair<const Field*, const Json*>> held;
+    bool whole = true;
+    const auto look = [&](std::string_view name, const Field* field) {
+        const Json* const data = json.find(name);
+        if (data != nullptr) {
+            held.emplace_back(field, data);
         } else {
-            value.text += plain ? *text : vor::quoted(*text, longest_in_line);
+            whole = whole && field != nullptr && field->repeated;
         }
     };
-    if (const auto* const list = std::get_if<List>(&value.data)) {
-        std::ranges::for_each(*list, add);
-    } else {
-        add(std::get<Scalar>(value.data));
+    if (!row.layout.lead.empty()) {
+        look(row.layout.lead, nullptr);
     }
-    return value;
+    for (const Field& field : row.layout.fields()) {
+        look(field.name, &field);
+    }
+    if (!whole || held.size() != json.members().size()) {
+        return {};
+    }
+    std::vector<Value> values;
+    for (const auto& [field, data] : held) {
+        values.push_back(value_of(row, field, data_of(*data)));
+    }
+    return values;
+}
+
+// None: no message of this manager is such a call.
+std::optional<Decoded> stored_call(std::uint16_t sap, const std::string& object, const std::string& call,
+                                   const Json& json)
+{
+    for (const ListedRow& listed : all_rows()) {
+        if (listed.row->call != call || !listed.serves(sap)) {
+            continue;
+        }
+        if (auto values = values_of(*listed.row, json)) {
+            return Decoded{sap, listed.row, object, std::move(*values)};
+        }
+    }
+    return {};
 }
 
 void store_lines(konfd::Konfd& konfd, const Json& lines, const std::string& path, int depth)
@@ -168,18 +152,12 @@ State stored_state(const Json& held)
         const auto sap = manager.at("sap").number<std::uint16_t>();
         for (const auto& [object, calls] : manager.at("objects").members()) {
             for (const auto& [call, values] : calls.members()) {
-                const Row* const row = row_of(sap, call, values);
-                if (row == nullptr) {
+                auto decoded = stored_call(sap, object, call, values);
+                if (!decoded) {
                     throw std::runtime_error(
                         fmt::format("{}/{}: no message of this manager is {} with these values", key, object, call));
                 }
-                Decoded decoded{.sap = sap, .row = row, .object = object};
-                for (const std::string_view name : value_names(*row)) {
-                    if (values.contains(name)) {
-                        decoded.values.push_back(value_of(*row, name, values[name]));
-                    }
-                }
-                if (!state.keep(std::move(decoded))) {
+                if (!state.keep(std::move(*decoded))) {
                     throw std::runtime_error("the state is more than can be kept");
                 }
             }

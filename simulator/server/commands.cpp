@@ -82,7 +82,7 @@ struct Show {
 std::string Show::text(const Running& running) const
 {
     const World& world = running.world;
-    const std::string lines = world.konfd.text(1);
+    const std::string lines = world.konfd.text({}, 1);
     const std::string all = world.gateway.state().text() + (lines.empty() ? "" : "konfd\n" + lines);
     if (manager.empty()) {
         const std::uint64_t lost = running.recorder.lines_lost();

@@ -35,8 +35,9 @@ std::span<const ListedRow> all_rows()
     static const std::vector<ListedRow> all = [] {
         std::vector<ListedRow> rows;
         for (const Family* family : all_families()) {
-            for (const Row& row : family->rows()) {
-                rows.push_back({&row, family->manager_of(row)});
+            for (const Row& row : family->rows) {
+                const std::int32_t manager = row.exchange.manager;
+                rows.push_back({&row, manager == family_manager ? family->sap : manager});
             }
         }
         return rows;

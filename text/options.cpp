@@ -13,17 +13,17 @@ OptionWords::OptionWords(std::string_view word)
     }
 }
 
-std::string_view OptionWords::value_of(const Option& option, std::span<const std::string_view> behind,
+std::string_view OptionWords::value_of(const Option& option, std::optional<std::string_view> next,
                                        std::size_t& used) const
 {
     if (option.value.empty()) {
         return value ? throw OptionError(fmt::format("{} takes no value", option.name)) : std::string_view();
     }
-    if (!value && behind.empty()) {
+    if (!value && !next) {
         throw OptionError(fmt::format("{} needs a value", option.name));
     }
     used += value ? 0 : 1;
-    const std::string_view given = value ? *value : behind.front();
+    const std::string_view given = value ? *value : *next;
     return !given.empty() ? given : throw OptionError(fmt::format("{}: its value is empty", option.name));
 }
 

@@ -26,9 +26,9 @@ struct OptionWords {
     std::optional<std::string_view> value;
 
     explicit OptionWords(std::string_view word);
-    // The value that the option has, taken from the words behind where it stands there; how many words that were is
-    // added to `used`. Throws an OptionError.
-    std::string_view value_of(const Option& option, std::span<const std::string_view> behind, std::size_t& used) const;
+    // The value that the option has, the next word where it stands there, which is then added to those `used`. Throws
+    // an OptionError.
+    std::string_view value_of(const Option& option, std::optional<std::string_view> next, std::size_t& used) const;
 };
 
 template <class Row>
@@ -46,7 +46,8 @@ std::optional<FoundOption<Row>> option_in(std::span<const Row> rows, std::span<c
     for (const Row& row : rows) {
         if (row.name == typed.name) {
             std::size_t used = 1;
-            const std::string_view value = typed.value_of(row, words.subspan(1), used);
+            const auto next = words.size() > 1 ? std::optional(words[1]) : std::nullopt;
+            const std::string_view value = typed.value_of(row, next, used);
             return FoundOption<Row>{&row, value, used};
         }
     }

@@ -1,5 +1,3 @@
-#include "commands.hpp"
-
 #include <algorithm>
 #include <csignal>
 #include <ctime>
@@ -9,11 +7,9 @@
 
 #include "call/batch.hpp"
 #include "call/runner.hpp"
-#include "help/complete.hpp"
 #include "help/help.hpp"
-#include "help/manual.hpp"
-#include "help/page.hpp"
 #include "input/command.hpp"
+#include "input/options.hpp"
 #include "output/output.hpp"
 #include "prompt/prompt.hpp"
 #include "rows/families.hpp"
@@ -138,11 +134,6 @@ int run_check(const std::string& path, const Options& options)
     return exit_ok;
 }
 
-int run_lines(const Options& options)
-{
-    return run_prompt(options, run);
-}
-
 // --- What is known of calls ---------------------------------------------------------
 
 int print_help(std::span<const Word> words)
@@ -201,7 +192,7 @@ int run_completion(const Options& options)
 
 constexpr Command table[] = {
     {"", "FAMILY CALL ARGUMENT...", "make a call", "", run_call},
-    {"", "", "take lines from standard input, at a terminal with a prompt", "", run_lines},
+    {"", "", "take lines from standard input, at a terminal with a prompt", "", run_prompt},
     {"batch", "batch FILE", "make every call of a file; - is standard input",
      "One call a line, as on the command line behind `vorcfg`. # begins a comment; a text with blanks\n"
      "stands between double quotes, with \\\" and \\\\ for the two characters. The file is checked whole, and\n"

@@ -2,8 +2,9 @@
 
 #include <sys/prctl.h>
 
-#include "commands.hpp"
+#include "input/command.hpp"
 #include "input/complaint.hpp"
+#include "input/options.hpp"
 #include "output/output.hpp"
 
 using namespace vorcfg;

@@ -22,4 +22,7 @@ std::span<const Command> commands();
 // Null, where there is none of that name.
 const Command* command_named(std::string_view name);
 
+// The exit code of what a line says. Throws a Complaint about what was not done.
+int run(const Options& options);
+
 } // namespace vorcfg

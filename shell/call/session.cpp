@@ -111,38 +111,25 @@ Session::~Session()
     }
 }
 
-bool Session::bind_to(std::uint16_t sap, std::string& complaints)
-{
-    Capture printed(STDOUT_FILENO);
-    Capture complained(STDERR_FILENO);
-    bound_ = vor_cfg_create_ipc_endpoint(sap) == 0;
-    if (!bound_ && complaints.empty()) {
-        complaints = complained.take() + printed.take();
-    }
-    return bound_;
-}
-
 bool Session::bind(std::string& complaints)
 {
-    if (bound_ || settings_.capture) {
-        return true;
-    }
-    if (sap_) {
-        return bind_to(*sap_, complaints);
-    }
-    for (std::uint16_t sap = first_sap; sap <= last_sap; sap++) {
-        if (bind_to(sap, complaints)) {
-            return true;
+    const std::uint32_t last = sap_.value_or(last_sap);
+    for (std::uint32_t sap = sap_.value_or(first_sap); sap <= last && !bound_; sap++) {
+        Capture printed(STDOUT_FILENO);
+        Capture complained(STDERR_FILENO);
+        bound_ = vor_cfg_create_ipc_endpoint(static_cast<std::uint16_t>(sap)) == 0;
+        if (!bound_ && complaints.empty()) {
+            complaints = complained.take() + printed.take();
         }
     }
-    return false;
+    return bound_;
 }
 
 Report Session::make(Planned& planned)
 {
     const Row& row = *planned.row;
     std::string complaints;
-    if (row.channel == Channel::manager && !bind(complaints)) {
+    if (row.channel == Channel::manager && !settings_.capture && !bind(complaints)) {
         const std::string where = sap_ ? fmt::format("SAP {}", *sap_) : "any SAP";
         const std::vector<std::string_view> lines = vor::lines_in(complaints);
         return {.verdict = {Outcome::no_endpoint, fmt::format("nothing was sent: no endpoint at {}", where)},

@@ -31,7 +31,6 @@ public:
 
 private:
     bool bind(std::string& complaints);
-    bool bind_to(std::uint16_t sap, std::string& complaints);
 
     const Watch::Settings settings_;
     const std::optional<std::uint16_t> sap_;

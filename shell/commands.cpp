@@ -1,6 +1,7 @@
 #include <algorithm>
+#include <chrono>
 #include <csignal>
-#include <ctime>
+#include <thread>
 
 #include <fmt/core.h>
 #include <fmt/ranges.h>
@@ -8,7 +9,6 @@
 #include "call/batch.hpp"
 #include "call/runner.hpp"
 #include "help/help.hpp"
-#include "input/command.hpp"
 #include "input/options.hpp"
 #include "output/output.hpp"
 #include "prompt/prompt.hpp"
@@ -62,9 +62,8 @@ int over_file(const Options& options)
 
 void rest(unsigned milliseconds)
 {
-    const timespec time{static_cast<time_t>(milliseconds / 1000), static_cast<long>(milliseconds % 1000) * 1000000};
     const auto before = std::signal(SIGINT, SIG_DFL); // the prompt ignores it
-    nanosleep(&time, nullptr);
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
     std::signal(SIGINT, before);
 }
 

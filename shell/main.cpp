@@ -2,7 +2,6 @@
 
 #include <sys/prctl.h>
 
-#include "input/command.hpp"
 #include "input/complaint.hpp"
 #include "input/options.hpp"
 #include "output/output.hpp"

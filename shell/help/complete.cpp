@@ -6,7 +6,6 @@
 #include <fmt/ranges.h>
 
 #include "help/help.hpp"
-#include "input/command.hpp"
 #include "input/complaint.hpp"
 #include "input/options.hpp"
 #include "rows/contract.hpp"

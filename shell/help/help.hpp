@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "input/command.hpp"
+#include "input/options.hpp"
 #include "input/words.hpp"
 #include "rows/row.hpp"
 

@@ -8,7 +8,6 @@
 
 #include <fmt/core.h>
 
-#include "input/command.hpp"
 #include "input/complaint.hpp"
 #include "input/options.hpp"
 #include "rows/contract.hpp"

@@ -105,15 +105,6 @@ constexpr OptionRow rows[] = {
     {{"--version", "", "the version"}, take<&Options::version>},
 };
 
-} // namespace
-
-std::span<const OptionRow> option_rows()
-{
-    return rows;
-}
-
-namespace {
-
 [[noreturn]] void complain_unknown(std::string_view name)
 {
     std::vector<std::string> known;
@@ -151,6 +142,11 @@ const OptionRow* row_named(std::string_view name, const std::vector<Word>& words
 }
 
 } // namespace
+
+std::span<const OptionRow> option_rows()
+{
+    return rows;
+}
 
 Options options_of(std::span<char* const> arguments)
 {

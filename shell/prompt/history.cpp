@@ -10,8 +10,8 @@
 
 #include <fmt/core.h>
 
-#include "input/command.hpp"
 #include "input/complaint.hpp"
+#include "input/options.hpp"
 #include "input/secret.hpp"
 #include "rows/families.hpp"
 

@@ -5,8 +5,8 @@
 
 #include <fmt/core.h>
 
-#include "input/command.hpp"
 #include "input/complaint.hpp"
+#include "input/options.hpp"
 #include "text/nearest.hpp"
 
 #include "family_list.hpp" // of the files in families/, by the build

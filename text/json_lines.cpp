@@ -71,7 +71,9 @@ std::optional<std::string> JsonLines::next()
     end_ += line.size();
     ++number_;
     torn_ = line.back() != '\n';
-    line.resize(line.size() - (torn_ ? 0 : 1));
+    if (!torn_) {
+        line.pop_back();
+    }
     return line;
 }
 

@@ -1,13 +1,42 @@
 #include "input/words.hpp"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <memory>
 
 #include <fmt/core.h>
 
-#include "input/secret.hpp"
 #include "text/nearest.hpp"
 
 namespace vorcfg {
+
+std::string content_of(std::FILE* file, const std::string& name, const Bounds& bounds)
+{
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> closed(file, std::fclose);
+    std::string content;
+    char bytes[4096];
+    std::size_t got = 0;
+    std::size_t number = 1;
+    std::size_t line = 0; // how much of it is read
+    while (file != nullptr && (got = std::fread(bytes, 1, sizeof bytes, file)) != 0) {
+        for (const char byte : std::string_view{bytes, got}) {
+            line = byte == '\n' ? 0 : line + 1;
+            if (line > bounds.line) {
+                throw Complaint{fmt::format("{}: line {} has more than {} bytes", name, number, bounds.line)};
+            }
+            number += byte == '\n' ? 1 : 0;
+        }
+        content.append(bytes, got);
+        if (content.size() > bounds.file) {
+            throw Complaint{fmt::format("{} has more than {} MiB", name, bounds.file >> 20)};
+        }
+    }
+    if (file == nullptr || std::ferror(file) != 0) { // a directory can be opened, but not read
+        throw Complaint{fmt::format("cannot read {}: {}", name, std::strerror(errno)), exit_no_input};
+    }
+    return content;
+}
 
 void Variables::set(std::string_view definition)
 {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdio>
 #include <map>
 #include <string>
 #include <string_view>
@@ -17,6 +18,16 @@ struct Word : vor::Word {
     std::size_t index = 0; // among the words of its line
     bool left_out = false; // stands where none was typed
 };
+
+// What a file of lines may hold; more is told apart from one that never ends.
+struct Bounds {
+    std::size_t file = std::size_t{64} << 20;
+    std::size_t line = std::size_t{64} << 10;
+};
+
+// All that a just opened file holds; closes it. Throws a Complaint that says of which name it could not be opened or
+// read, or where it is too long.
+std::string content_of(std::FILE* file, const std::string& name, const Bounds& bounds = {});
 
 // What ${name} stands for in a batch file.
 class Variables {

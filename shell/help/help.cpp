@@ -147,7 +147,7 @@ std::string help(const Row& row)
     if (row.read == nullptr) {
         text += '\n' + filled(fmt::format("The library returns {}.", contract.returned), 0);
     }
-    return text + fmt::format("\nExample: vorcfg {}\n", example_of(row));
+    return text + fmt::format("\nExample: vorcfg {}\n", example_call(row));
 }
 
 std::string list(const Family* family, bool json)

@@ -187,7 +187,7 @@ std::string section_of(const Row& row)
     if (row.read == nullptr) {
         text += arguments_of(row, contract) + paragraph(fmt::format("The library returns {}.", contract.returned));
     }
-    return text + literal(fmt::format("vorcfg {}", example_of(row)));
+    return text + literal(fmt::format("vorcfg {}", example_call(row)));
 }
 
 std::string page_of(const Family& family)

@@ -25,12 +25,12 @@ std::string example_line(const Row& row)
 {
     const bool secret = std::ranges::any_of(row.arguments(), &Argument::is_secret);
     return fmt::format("{}vorcfg {}{}", secret ? fmt::format("printf {} | ", sample_secret) : "",
-                       shown_dry(row) ? "--dry-run " : "", example_of(row));
+                       shown_dry(row) ? "--dry-run " : "", example_call(row));
 }
 
 Planned planned_example(const Row& row)
 {
-    std::vector<Word> words = words_of(example_of(row));
+    std::vector<Word> words = words_of(example_call(row));
     for (Word& word : words) {
         if (!word.quoted && word.text == "-") {
             word = {{std::string(sample_secret), true}};

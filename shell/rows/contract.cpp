@@ -171,7 +171,7 @@ std::string usage_of(const Row& row)
     return text;
 }
 
-std::string example_of(const Row& row)
+std::string example_call(const Row& row)
 {
     return fmt::format("{}{}{}", row.full_name(), row.example.empty() ? "" : " ", row.example);
 }

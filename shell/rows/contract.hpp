@@ -34,7 +34,7 @@ std::string about(const Family& family); // in a few words
 // --- Rows and arguments in words -------------------------------------------------------
 
 std::string usage_of(const Row& row);                     // "gpio set-value port_num value"
-std::string example_of(const Row& row);                   // "gpio set-value 1 1"
+std::string example_call(const Row& row);                 // "gpio set-value 1 1"
 std::string summary_of(const Row& row);                   // in one sentence
 std::vector<std::string_view> remarks_of(const Row& row); // what its marks mean to who makes it
 std::string_view type_name(const Argument& argument);

@@ -1,19 +1,15 @@
-#include "commands.hpp"
-
 #include <algorithm>
+#include <chrono>
 #include <csignal>
-#include <ctime>
+#include <thread>
 
 #include <fmt/core.h>
 #include <fmt/ranges.h>
 
 #include "call/batch.hpp"
 #include "call/runner.hpp"
-#include "help/complete.hpp"
 #include "help/help.hpp"
-#include "help/manual.hpp"
-#include "help/page.hpp"
-#include "input/command.hpp"
+#include "input/options.hpp"
 #include "output/output.hpp"
 #include "prompt/prompt.hpp"
 #include "rows/families.hpp"
@@ -66,9 +62,8 @@ int over_file(const Options& options)
 
 void rest(unsigned milliseconds)
 {
-    const timespec time{static_cast<time_t>(milliseconds / 1000), static_cast<long>(milliseconds % 1000) * 1000000};
     const auto before = std::signal(SIGINT, SIG_DFL); // the prompt ignores it
-    nanosleep(&time, nullptr);
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
     std::signal(SIGINT, before);
 }
 
@@ -138,11 +133,6 @@ int run_check(const std::string& path, const Options& options)
     return exit_ok;
 }
 
-int run_lines(const Options& options)
-{
-    return run_prompt(options, run);
-}
-
 // --- What is known of calls ---------------------------------------------------------
 
 int print_help(std::span<const Word> words)
@@ -201,7 +191,7 @@ int run_completion(const Options& options)
 
 constexpr Command table[] = {
     {"", "FAMILY CALL ARGUMENT...", "make a call", "", run_call},
-    {"", "", "take lines from standard input, at a terminal with a prompt", "", run_lines},
+    {"", "", "take lines from standard input, at a terminal with a prompt", "", run_prompt},
     {"batch", "batch FILE", "make every call of a file; - is standard input",
      "One call a line, as on the command line behind `vorcfg`. # begins a comment; a text with blanks\n"
      "stands between double quotes, with \\\" and \\\\ for the two characters. The file is checked whole, and\n"

@@ -2,8 +2,8 @@
 
 #include <sys/prctl.h>
 
-#include "commands.hpp"
 #include "input/complaint.hpp"
+#include "input/options.hpp"
 #include "output/output.hpp"
 
 using namespace vorcfg;

@@ -12,15 +12,6 @@ namespace {
 
 constexpr std::size_t most_named = 4;
 
-std::string folded(std::string_view name)
-{
-    std::string text(name);
-    for (char& c : text) {
-        c = c == '_' ? '-' : static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
-    return text;
-}
-
 // How many letters must be changed, added, left out or swapped with their
 // neighbour to get from one word to the other.
 std::size_t slips(std::string_view from, std::string_view to)
@@ -65,6 +56,15 @@ std::vector<std::string> at_least_distance(std::size_t limit, std::span<const st
 }
 
 } // namespace
+
+std::string folded(std::string_view name)
+{
+    std::string text(name);
+    for (char& c : text) {
+        c = c == '_' ? '-' : static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    return text;
+}
 
 std::vector<std::string> nearest(std::string_view name, std::span<const std::string> known)
 {

@@ -8,6 +8,9 @@
 
 namespace vor {
 
+// In small letters, with dashes.
+std::string folded(std::string_view name);
+
 // The names that the least slips of the pen lead to: a letter wrong, added, left out, or two
 // swapped. None, where all are far away.
 std::vector<std::string> nearest(std::string_view name, std::span<const std::string> known);

@@ -84,6 +84,17 @@ std::size_t named_length(std::string_view text)
     return length < text.size() && text[length] == '=' ? length : 0;
 }
 
+std::vector<std::string_view> lines_in(std::string_view text)
+{
+    std::vector<std::string_view> lines;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        lines.push_back(text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return lines;
+}
+
 namespace {
 
 // Reads the words of one line, from left to right.

@@ -52,6 +52,9 @@ std::size_t name_length(std::string_view text);
 // The same of name=, else 0.
 std::size_t named_length(std::string_view text);
 
+// Without their ends.
+std::vector<std::string_view> lines_in(std::string_view text);
+
 struct Word {
     std::string text{};
     bool quoted = false;

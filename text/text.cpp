@@ -38,20 +38,12 @@ std::string in_hex(char character)
 
 std::string escaped_byte(char character)
 {
-    switch (character) {
-    case '\n':
-        return "\\n";
-    case '\t':
-        return "\\t";
-    case '\r':
-        return "\\r";
-    case '"':
-        return "\\\"";
-    case '\\':
-        return "\\\\";
-    default:
-        return is_plain(character) ? std::string(1, character) : in_hex(character);
+    constexpr std::string_view special = "\n\t\r\"\\";
+    constexpr std::string_view letters = "ntr\"\\";
+    if (const std::size_t at = special.find(character); at != special.npos) {
+        return {'\\', letters[at]};
     }
+    return is_plain(character) ? std::string(1, character) : in_hex(character);
 }
 
 std::string printable_byte(char character)

@@ -9,7 +9,6 @@
 
 #include "call/prepare.hpp"
 #include "input/options.hpp"
-#include "input/variables.hpp"
 
 namespace vorcfg {
 

@@ -1,11 +1,22 @@
 // The platform's operations as the library finds them: each taken down, and
 // passed on or captured.
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <dlfcn.h>
+#include <memory>
+#include <string>
 
-#include "call/boundary.hpp"
+#include <device_mgmt/common.h>
+#include <fmt/core.h>
+
+#include "call/watch.hpp"
+#include "input/complaint.hpp"
+#include "rows/binding.hpp"
 #include "text/text.hpp"
 
 using namespace vorcfg;
@@ -16,6 +27,185 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t header_size = sizeof(VOR_IPC_MSG_HDR);
 
+// What is known of a message while the library still builds it.
+struct Unsent {
+    const void* message = nullptr; // its data_ptr
+    const vor_uchar* meta_data = nullptr;
+    const vor_uchar* payload = nullptr;
+};
+
+struct Chain {
+    const TLV_CHAIN* chain = nullptr;
+    const vor_uchar* destination = nullptr;
+    std::vector<Element> elements;
+    std::size_t size = 0; // serialized
+    bool refused = false;
+};
+
+// What stands in for the platform while it is only captured.
+struct Captured {
+    using Buffer = std::array<vor_uint64, 64>; // header, meta-data and the longest record
+    std::vector<std::unique_ptr<Buffer>> buffers;
+    VOR_IPC_HANDLE handle{0, 0, nullptr};
+    VOR_UNIX_SOCKET socket{-1, 1, 1, nullptr};
+    VOR_TIMER_HANDLE timer{nullptr, nullptr};
+};
+
+// What is taken down of the operations while they are under way. They have no argument to carry it in, so there is one.
+struct Boundary {
+    Watch* watch = nullptr; // the one in scope
+    int depth = 0;          // how many of the platform's own operations are under way
+    std::vector<Unsent> unsent;
+    Chain chain; // the library builds one at a time
+    Captured captured;
+    std::optional<std::size_t> room; // of the platform's messages, 0 where it does not say
+};
+Boundary boundary;
+
+bool watching()
+{
+    return boundary.watch != nullptr && boundary.depth == 0;
+}
+
+bool captures()
+{
+    return watching() && boundary.watch->settings.capture;
+}
+
+// One platform operation, as the library behind this executable has it.
+template <auto Operation>
+auto* platform()
+{
+    static const std::string name(symbol_of<Operation>());
+    static auto* const found = reinterpret_cast<decltype(Operation)>(dlsym(RTLD_NEXT, name.c_str()));
+    if (found == nullptr) {
+        std::fprintf(stderr, "vorcfg: the platform library has no %s\n", name.c_str());
+        std::_Exit(exit_unusable);
+    }
+    return found;
+}
+
+// Passes an operation on. What the platform's operations call of each other
+// comes by here as well and is none of the library's doing.
+template <auto Operation, class... Arguments>
+auto pass(Arguments... arguments)
+{
+    struct Depth {
+        Depth() { boundary.depth++; }
+        ~Depth() { boundary.depth--; }
+    } const deeper;
+    return platform<Operation>()(arguments...);
+}
+
+// The same, unless it is only captured: then `result` is what it comes to.
+template <auto Operation, class Result, class... Arguments>
+Result pass_or(Result result, Arguments... arguments)
+{
+    return captures() ? result : pass<Operation>(arguments...);
+}
+
+// --- What is taken down -------------------------------------------------------------
+
+Unsent& unsent_of(const VOR_IPC_MSG_REF* message)
+{
+    const auto found = std::ranges::find(boundary.unsent, message->data_ptr, &Unsent::message);
+    return found != boundary.unsent.end() ? *found
+                                          : boundary.unsent.emplace_back(Unsent{message->data_ptr, nullptr, nullptr});
+}
+
+bool is_secret(const char* text)
+{
+    return watching() && std::ranges::any_of(boundary.watch->values, [&](const Value& each) {
+               return each.secret && each.text.data() == text;
+           });
+}
+
+// The data that a message of the platform's holds, of one taken and given back.
+std::size_t room_of_platform()
+{
+    VOR_IPC_MSG_REF message{};
+    if (pass<vor_ipc_get_buffer>(&message) != 0) {
+        return 0;
+    }
+    const std::size_t size = message.size;
+    pass<vor_ipc_drop_msg_buf>(&message);
+    return size > header_size ? size - header_size : 0;
+}
+
+void take_size(Message& message)
+{
+    const Chain& chain = boundary.chain;
+    if (!boundary.room) {
+        boundary.room = room_of_platform();
+    }
+    const std::size_t room = *boundary.room;
+    const std::size_t size = chain.size + (message.option || message.flag ? 1 : 0);
+    if (chain.elements.size() > TLV_CHAIN_CAPACITY) {
+        message.unfit = Unfit::elements;
+        message.room = TLV_CHAIN_CAPACITY;
+    } else if (chain.refused || (room != 0 && size > room)) {
+        message.unfit = Unfit::bytes;
+        message.room = room;
+    }
+}
+
+void trace(const std::string& line)
+{
+    if (boundary.watch->settings.trace && !boundary.watch->settings.capture) {
+        std::fprintf(stderr, "< %s\n", line.c_str());
+    }
+}
+
+Message& push(Message message)
+{
+    Watch& watch = *boundary.watch;
+    if (watch.settings.trace) {
+        std::fprintf(stderr, "> %s\n", described(message, watch.row, watch.values).c_str());
+    }
+    return watch.seen.messages.emplace_back(std::move(message));
+}
+
+// A message that goes out now; what becomes of it is for the caller to add.
+Message& begin(Way way, vor_uint16 sap, vor_uint32 id, const VOR_IPC_MSG_REF* sent, vor_uint16 length)
+{
+    const Chain& chain = boundary.chain;
+    Message message{.way = way, .sap = sap, .id = id};
+    const Unsent& draft = unsent_of(sent);
+    if (draft.meta_data != nullptr) {
+        message.option = *draft.meta_data;
+    }
+    if (draft.payload != nullptr && chain.destination >= draft.payload && chain.destination <= draft.payload + 1) {
+        message.chain = true;
+        message.elements = chain.elements;
+        if (chain.destination > draft.payload) {
+            message.flag = *draft.payload;
+        }
+    } else if (draft.payload != nullptr) {
+        message.record.assign(reinterpret_cast<const char*>(draft.payload), length);
+    }
+    if (captures() && message.chain) {
+        take_size(message);
+    }
+    return push(std::move(message));
+}
+
+// A record in an answer begins where others have their status.
+void take_answer(Message& message, VOR_IPC_MSG_REF* response)
+{
+    VOR_IPC_MSG_HDR header;
+    std::memcpy(&header, response->data_ptr, sizeof header);
+    message.answer_id = header.opcode;
+    const void* const payload = pass<vor_ipc_get_payload_ptr>(response, static_cast<vor_uint16>(0));
+    if (boundary.watch->row.answers_record) {
+        trace(fmt::format("0x{:x} {}", header.opcode, payload != nullptr ? "record" : "empty"));
+    } else if (payload == nullptr || header.payload_sz < sizeof(vor_int32)) {
+        trace(fmt::format("0x{:x}, no status", header.opcode));
+    } else {
+        std::memcpy(&message.answer_status.emplace(), payload, sizeof(vor_int32));
+        trace(fmt::format("0x{:x} status {}", header.opcode, *message.answer_status));
+    }
+}
+
 // A platform that refuses does so at once; who waited before giving up does
 // not know what became of the message.
 bool waited(Clock::time_point start)
@@ -25,8 +215,8 @@ bool waited(Clock::time_point start)
 
 void note_connecting(bool done)
 {
-    if (boundary().watching() && !done) {
-        boundary().watch->seen.unconnected = true;
+    if (watching() && !done) {
+        boundary.watch->seen.unconnected = true;
     }
 }
 
@@ -53,40 +243,62 @@ vor_int32 serialize_captured(TLV_CHAIN* chain, vor_int32* size)
 {
     static constexpr std::size_t most_around_an_element = 64;
     std::size_t room = most_around_an_element;
-    for (const Element& element : boundary().chain.elements) {
+    for (const Element& element : boundary.chain.elements) {
         room += element.bytes.size() + most_around_an_element;
     }
     std::vector<vor_uchar> scratch(room);
     *size = 0;
     const vor_int32 result = pass<vor_tlv_chain_serialize>(chain, scratch.data(), size);
-    boundary().chain.size = *size > 0 ? static_cast<std::size_t>(*size) : 0;
-    boundary().chain.refused = boundary().chain.refused || result != 0;
+    boundary.chain.size = *size > 0 ? static_cast<std::size_t>(*size) : 0;
+    boundary.chain.refused = boundary.chain.refused || result != 0;
     return result;
 }
 
 template <auto Operation, class... Arguments>
 vor_int32 add(TLV_CHAIN* chain, Element element, Arguments... arguments)
 {
-    boundary().add(chain, std::move(element));
+    if (watching() && chain == boundary.chain.chain) {
+        boundary.chain.elements.push_back(std::move(element));
+    }
     const vor_int32 result = pass<Operation>(chain, arguments...);
-    boundary().chain.refused = boundary().chain.refused || (boundary().captures() && result != 0);
+    boundary.chain.refused = boundary.chain.refused || (captures() && result != 0);
     return result;
 }
 
 } // namespace
 
+Watch::Watch(Settings wanted, const Row& called, std::span<const Value> given)
+    : settings(wanted), row(called), values(given), endpoint_(vor_cfg_get_ipc_endpoint())
+{
+    boundary.unsent.clear();
+    boundary.chain = {};
+    boundary.watch = this;
+    if (settings.capture) {
+        vor_cfg_set_ipc_endpoint(&boundary.captured.handle);
+    }
+}
+
+Watch::~Watch()
+{
+    if (settings.capture) {
+        vor_cfg_set_ipc_endpoint(endpoint_);
+    }
+    boundary.watch = nullptr;
+    boundary.captured.buffers.clear();
+}
+
 vor_int32 vor_tlv_chain_init(TLV_CHAIN* chain)
 {
-    if (boundary().watching()) {
-        boundary().chain = {};
-        boundary().chain.chain = chain;
+    if (watching()) {
+        boundary.chain = {};
+        boundary.chain.chain = chain;
     }
     return pass<vor_tlv_chain_init>(chain);
 }
 
 vor_int32 vor_tlv_chain_add_str(TLV_CHAIN* chain, vor_uint16 tag, char* string)
 {
-    Element element{tag, Element::Kind::text, 0, string != nullptr ? string : "", boundary().is_secret(string)};
+    Element element{tag, Element::Kind::text, 0, string != nullptr ? string : "", is_secret(string)};
     return add<vor_tlv_chain_add_str>(chain, std::move(element), tag, string);
 }
 
@@ -108,11 +320,10 @@ vor_int32 vor_tlv_chain_add_raw(TLV_CHAIN* chain, vor_uint16 tag, vor_uint16 len
 
 vor_int32 vor_tlv_chain_serialize(TLV_CHAIN* chain, unsigned char* destination, vor_int32* size)
 {
-    if (boundary().watching() && chain == boundary().chain.chain) {
-        boundary().chain.destination = destination;
+    if (watching() && chain == boundary.chain.chain) {
+        boundary.chain.destination = destination;
     }
-    return boundary().captures() ? serialize_captured(chain, size)
-                                 : pass<vor_tlv_chain_serialize>(chain, destination, size);
+    return captures() ? serialize_captured(chain, size) : pass<vor_tlv_chain_serialize>(chain, destination, size);
 }
 
 vor_int32 vor_tlv_chain_free(TLV_CHAIN* chain, vor_uchar flag)
@@ -122,30 +333,30 @@ vor_int32 vor_tlv_chain_free(TLV_CHAIN* chain, vor_uchar flag)
 
 vor_int32 vor_ipc_get_buffer(VOR_IPC_MSG_REF* message)
 {
-    if (!boundary().captures()) {
+    if (!captures()) {
         return pass<vor_ipc_get_buffer>(message);
     }
-    auto& buffers = boundary().captured.buffers;
+    auto& buffers = boundary.captured.buffers;
     *message = {buffers.emplace_back(std::make_unique<Captured::Buffer>())->data(), sizeof(Captured::Buffer), 0, 0};
     return 0;
 }
 
 void* vor_ipc_get_meta_data_ptr(VOR_IPC_MSG_REF* message)
 {
-    void* const found = boundary().captures() ? static_cast<vor_uchar*>(message->data_ptr) + header_size
-                                              : pass<vor_ipc_get_meta_data_ptr>(message);
-    if (boundary().watching()) {
-        boundary().unsent_of(message).meta_data = static_cast<vor_uchar*>(found);
+    void* const found = captures() ? static_cast<vor_uchar*>(message->data_ptr) + header_size
+                                   : pass<vor_ipc_get_meta_data_ptr>(message);
+    if (watching()) {
+        unsent_of(message).meta_data = static_cast<vor_uchar*>(found);
     }
     return found;
 }
 
 void* vor_ipc_get_payload_ptr(VOR_IPC_MSG_REF* message, vor_uint16 offset)
 {
-    void* const found = boundary().captures() ? static_cast<vor_uchar*>(message->data_ptr) + header_size + offset
-                                              : pass<vor_ipc_get_payload_ptr>(message, offset);
-    if (boundary().watching()) {
-        Unsent& draft = boundary().unsent_of(message);
+    void* const found = captures() ? static_cast<vor_uchar*>(message->data_ptr) + header_size + offset
+                                   : pass<vor_ipc_get_payload_ptr>(message, offset);
+    if (watching()) {
+        Unsent& draft = unsent_of(message);
         if (draft.payload == nullptr) { // a second pointer looks further into the same payload
             draft.payload = static_cast<vor_uchar*>(found);
         }
@@ -155,10 +366,10 @@ void* vor_ipc_get_payload_ptr(VOR_IPC_MSG_REF* message, vor_uint16 offset)
 
 void vor_ipc_drop_msg_buf(VOR_IPC_MSG_REF* message)
 {
-    if (boundary().watching()) {
-        std::erase_if(boundary().unsent, [&](const Unsent& one) { return one.message == message->data_ptr; });
+    if (watching()) {
+        std::erase_if(boundary.unsent, [&](const Unsent& one) { return one.message == message->data_ptr; });
     }
-    if (!boundary().captures()) {
+    if (!captures()) {
         pass<vor_ipc_drop_msg_buf>(message);
     }
 }
@@ -167,11 +378,11 @@ vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_u
                                    VOR_IPC_MSG_REF* request, VOR_IPC_MSG_REF* response, vor_uint16 payload_length,
                                    vor_uint16 zero)
 {
-    if (!boundary().watching()) {
+    if (!watching()) {
         return pass<vor_ipc_request_response>(handle, sap, message_id, request, response, payload_length, zero);
     }
-    Message& message = boundary().begin(Way::request, sap, message_id, request, payload_length);
-    if (boundary().captures()) {
+    Message& message = begin(Way::request, sap, message_id, request, payload_length);
+    if (captures()) {
         return accept_captured(message_id, response);
     }
     errno = 0;
@@ -180,11 +391,11 @@ vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_u
         pass<vor_ipc_request_response>(handle, sap, message_id, request, response, payload_length, zero);
     message.delivered = result == 0;
     if (message.delivered) {
-        boundary().take_answer(message, response);
+        take_answer(message, response);
     } else {
         message.unfit = errno == EMSGSIZE ? Unfit::bytes : Unfit::no;
         message.timed_out = waited(start);
-        boundary().trace(message.timed_out ? "no answer in time" : "exchange refused");
+        trace(message.timed_out ? "no answer in time" : "exchange refused");
     }
     return result;
 }
@@ -192,11 +403,11 @@ vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_u
 vor_int32 vor_ipc_send(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 message_id, VOR_IPC_MSG_REF* message,
                        vor_uint16 payload_length, vor_uint16 zero)
 {
-    if (!boundary().watching()) {
+    if (!watching()) {
         return pass<vor_ipc_send>(handle, sap, message_id, message, payload_length, zero);
     }
-    Message& sent = boundary().begin(Way::one_way, sap, message_id, message, payload_length);
-    if (boundary().captures()) {
+    Message& sent = begin(Way::one_way, sap, message_id, message, payload_length);
+    if (captures()) {
         return 0;
     }
     errno = 0;
@@ -205,56 +416,56 @@ vor_int32 vor_ipc_send(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 messag
     sent.unfit = result != 0 && errno == EMSGSIZE ? Unfit::bytes : Unfit::no;
     sent.unserved = messages_undelivered() != undelivered;
     sent.delivered = result == 0 && !sent.unserved;
-    boundary().trace(sent.delivered ? "sent one-way" : sent.unserved ? "nobody listens" : "send refused");
+    trace(sent.delivered ? "sent one-way" : sent.unserved ? "nobody listens" : "send refused");
     return result;
 }
 
 vor_int32 vor_ipc_debug(VOR_IPC_HANDLE* handle, vor_uint16 module_number)
 {
-    if (boundary().watching()) {
-        boundary().watch->seen.trace_switched = module_number;
+    if (watching()) {
+        boundary.watch->seen.trace_switched = module_number;
     }
-    return boundary().captures() ? 0 : pass<vor_ipc_debug>(handle, module_number);
+    return pass_or<vor_ipc_debug>(0, handle, module_number);
 }
 
 void* vor_socket_create(vor_uchar domain, vor_uchar type, vor_uchar protocol)
 {
     void* const created =
-        boundary().captures() ? &boundary().captured.socket : pass<vor_socket_create>(domain, type, protocol);
+        pass_or<vor_socket_create>(static_cast<void*>(&boundary.captured.socket), domain, type, protocol);
     note_connecting(created != nullptr);
     return created;
 }
 
 vor_int32 vor_socket_config_unix(void* socket, vor_char* path)
 {
-    const vor_int32 result = boundary().captures() ? 0 : pass<vor_socket_config_unix>(socket, path);
+    const vor_int32 result = pass_or<vor_socket_config_unix>(0, socket, path);
     note_connecting(result != -1);
     return result;
 }
 
 vor_int32 vor_socket_connect(void* socket, vor_uchar option)
 {
-    const vor_int32 result = boundary().captures() ? 0 : pass<vor_socket_connect>(socket, option);
+    const vor_int32 result = pass_or<vor_socket_connect>(0, socket, option);
     note_connecting(result != -1);
     return result;
 }
 
 vor_int32 vor_socket_close(void* socket, vor_uchar option)
 {
-    return socket == &boundary().captured.socket ? 0 : pass<vor_socket_close>(socket, option);
+    return socket == &boundary.captured.socket ? 0 : pass<vor_socket_close>(socket, option);
 }
 
 vor_int32 vor_send(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
 {
-    if (!boundary().watching()) {
+    if (!watching()) {
         return pass<vor_send>(fd, buffer, count, flags);
     }
     Message message;
     message.way = Way::konfd;
     message.counted = count > 0 ? static_cast<std::size_t>(count) : 0;
     message.command.assign(static_cast<char*>(buffer), strnlen(static_cast<char*>(buffer), message.counted));
-    Message& sent = boundary().push(std::move(message));
-    if (boundary().captures()) {
+    Message& sent = push(std::move(message));
+    if (captures()) {
         return count;
     }
     const vor_int32 result = pass<vor_send>(fd, buffer, count, flags);
@@ -267,29 +478,29 @@ vor_int32 vor_recv(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
 {
     static constexpr char agreed[] = "-o";
     static constexpr std::size_t judged = 2;
-    if (boundary().captures()) {
+    if (captures()) {
         std::memcpy(buffer, agreed, judged);
         return judged;
     }
     const vor_int32 result = pass<vor_recv>(fd, buffer, count, flags);
-    if (boundary().watching() && result > 0 && !boundary().watch->seen.messages.empty()) {
+    if (watching() && result > 0 && !boundary.watch->seen.messages.empty()) {
         const std::size_t length = std::min(static_cast<std::size_t>(result), judged);
-        Message& last = boundary().watch->seen.messages.back();
+        Message& last = boundary.watch->seen.messages.back();
         last.answer = std::string(static_cast<char*>(buffer), strnlen(static_cast<char*>(buffer), length));
-        boundary().trace("konfd " + vor::printable(*last.answer));
+        trace("konfd " + vor::printable(*last.answer));
     }
     return result;
 }
 
 VOR_TIMER_HANDLE* vor_timer_create(vor_uint32 option, void* context, VOR_TIMER_CALLBACK callback)
 {
-    return boundary().captures() ? &boundary().captured.timer : pass<vor_timer_create>(option, context, callback);
+    return pass_or<vor_timer_create>(&boundary.captured.timer, option, context, callback);
 }
 
 vor_int32 vor_timer_start(VOR_TIMER_HANDLE* timer, vor_uint32 milliseconds, vor_uint32 option)
 {
-    if (boundary().watching()) {
-        boundary().watch->seen.timer = milliseconds;
+    if (watching()) {
+        boundary.watch->seen.timer = milliseconds;
     }
-    return timer == &boundary().captured.timer ? 0 : pass<vor_timer_start>(timer, milliseconds, option);
+    return timer == &boundary.captured.timer ? 0 : pass<vor_timer_start>(timer, milliseconds, option);
 }

@@ -25,16 +25,6 @@ constexpr ManagerName managers[] = {
     {20, "modbusmgr"},   {21, "snmpmgr"},   {22, "ntpmgr"},  {23, "pcumgr"},    {24, "loramgr"},     {240, "towermon"},
 };
 
-} // namespace
-
-std::string manager_name(std::uint16_t sap)
-{
-    const auto found = std::ranges::find(managers, sap, &ManagerName::sap);
-    return found != std::end(managers) ? std::string(found->name) : fmt::format("SAP {}", sap);
-}
-
-namespace {
-
 template <class T>
 std::string number_text(const char* at)
 {
@@ -72,13 +62,18 @@ Field field_of(const RecordField& field, const std::string& record)
     }
     case RecordField::Kind::text:
         return {name, std::string(at, strnlen(at, field.size)), Field::Kind::text};
-    case RecordField::Kind::secret:
-        break;
+    default:
+        return {name, "", Field::Kind::secret};
     }
-    return {name, "", Field::Kind::secret};
 }
 
 } // namespace
+
+std::string manager_name(std::uint16_t sap)
+{
+    const auto found = std::ranges::find(managers, sap, &ManagerName::sap);
+    return found != std::end(managers) ? std::string(found->name) : fmt::format("SAP {}", sap);
+}
 
 std::optional<std::vector<Field>> fields_of(const Message& message, const Row& row)
 {
@@ -120,10 +115,9 @@ std::string field_text(const Field& field, const Row& row)
         return fmt::format(" | {} {}", field.name, field.text);
     case Field::Kind::text:
         return fmt::format(" | {} {}", field.name, vor::quoted(field.text));
-    case Field::Kind::secret:
-        break;
+    default:
+        return fmt::format(" | {} {}", field.name, vor::mask);
     }
-    return fmt::format(" | {} {}", field.name, vor::mask);
 }
 
 std::string record_text(const Message& message, const Row& row, std::span<const Value> values)
@@ -164,11 +158,10 @@ std::string element_text(const Element& element, std::span<const Value> values)
         return fmt::format(" | {} i32 {}", element.tag, number_text(element, values));
     case Element::Kind::raw:
         return fmt::format(" | {} raw {}", element.tag, vor::hexadecimal(element.bytes));
-    case Element::Kind::text:
-        break;
+    default:
+        return fmt::format(" | {} str {}", element.tag,
+                           element.secret ? std::string(vor::mask) : vor::quoted(element.bytes));
     }
-    return fmt::format(" | {} str {}", element.tag,
-                       element.secret ? std::string(vor::mask) : vor::quoted(element.bytes));
 }
 
 // What follows the word "password" within double quotes.

@@ -29,12 +29,12 @@ struct Message {
     Way way = Way::request;
     std::uint16_t sap = 0;
     std::uint32_t id = 0;
-    std::optional<std::uint8_t> option; // the meta-data byte
-    std::optional<std::uint8_t> flag;   // the byte before the chain
-    std::vector<Element> elements;      // of a chain
+    std::optional<std::uint8_t> option{}; // the meta-data byte
+    std::optional<std::uint8_t> flag{};   // the byte before the chain
+    std::vector<Element> elements{};      // of a chain
     bool chain = false;
-    std::string record;      // the payload that is no chain
-    std::string command;     // konfd's, up to its terminator
+    std::string record{};    // the payload that is no chain
+    std::string command{};   // konfd's, up to its terminator
     std::size_t counted = 0; // the bytes sent of it
 
     Unfit unfit = Unfit::no; // what the platform's messages have no room for
@@ -42,9 +42,9 @@ struct Message {
     bool delivered = false;
     bool timed_out = false;
     bool unserved = false; // one-way, handed over, and nobody listened
-    std::optional<std::uint32_t> answer_id;
-    std::optional<std::int32_t> answer_status;
-    std::optional<std::string> answer; // konfd's: the two characters that the calls judge
+    std::optional<std::uint32_t> answer_id{};
+    std::optional<std::int32_t> answer_status{};
+    std::optional<std::string> answer{}; // konfd's: the two characters that the calls judge
 };
 
 std::string manager_name(std::uint16_t sap);

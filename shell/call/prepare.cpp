@@ -60,11 +60,9 @@ const Argument* named_argument(const Row& row, const Word& word, bool after_a_na
     const std::vector<std::string> near = vor::nearest(name, known);
     if (!near.empty() || after_a_name || word.quoted) {
         const bool hidden = std::ranges::any_of(row.arguments(), &Argument::is_secret); // it may be misplaced
-        throw Complaint{fmt::format("no argument \"{}\"{}", hidden ? vor::mask : name,
-                                    vor::suggestion(near, fmt::format("wanted: {}", fmt::join(known, " ")))),
-                        exit_usage,
-                        {},
-                        word.index};
+        throw Complaint{.text = fmt::format("no argument \"{}\"{}", hidden ? vor::mask : name,
+                                            vor::suggestion(near, fmt::format("wanted: {}", fmt::join(known, " ")))),
+                        .word = word.index};
     }
     return nullptr;
 }
@@ -84,7 +82,7 @@ std::vector<Word> in_order(const Row& row, std::vector<Word> words, const Secret
     for (auto word = first; word != words.end(); ++word) {
         const Argument* const argument = named_argument(row, *word, true);
         if (argument == nullptr) {
-            throw Complaint{"a word without a name stands before those with one", exit_usage, {}, word->index};
+            throw Complaint{.text = "a word without a name stands before those with one", .word = word->index};
         }
         Word value = *word;
         value.text.erase(0, value.named + 1);
@@ -133,8 +131,8 @@ Planned plan(std::span<const Word> line, Secrets& secrets, const Place& place)
     const Row& row = wanted_row(words[0].text, words[1].text);
     try {
         if (row.make == nullptr) {
-            throw Complaint{
-                fmt::format("cannot be called on its own; what uses it: {}", row.used_by), exit_usage, {}, 1};
+            throw Complaint{.text = fmt::format("cannot be called on its own; what uses it: {}", row.used_by),
+                            .word = 1};
         }
         const std::vector<Word> all = in_order(row, std::move(words), secrets.sources());
         Reading reading{row, all, place, secrets, {}};

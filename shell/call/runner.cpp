@@ -5,7 +5,6 @@
 
 #include <fmt/core.h>
 
-#include "call/capture.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
@@ -101,7 +100,7 @@ bool Making::make(Planned& planned)
 // at stands still, since the call comes back no further than to the keeper's lock.
 int Making::give_up(const char* why)
 {
-    Capture::end_all();
+    end_captures();
     Report report;
     report.verdict = {Outcome::unknown, fmt::format("unknown: {}, it may or may not have been done", why)};
     left_--;

@@ -1,12 +1,15 @@
 #include "call/session.hpp"
 
 #include <algorithm>
+#include <cstdio>
+#include <mutex>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <device_mgmt/common.h>
 #include <fmt/core.h>
 
-#include "call/capture.hpp"
+#include "text/parse.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
@@ -17,30 +20,89 @@ namespace {
 constexpr std::uint16_t first_sap = 0x1000;
 constexpr std::uint16_t last_sap = 0x103f;
 
-// The endpoint that captured calls find; the one in use before comes back.
-class CapturedEndpoint {
+// What the library prints, kept apart from what the shell says: takes what is written to a descriptor until `take` or
+// the end of its scope.
+class Capture {
 public:
-    explicit CapturedEndpoint(bool wanted) : wanted_(wanted), before_(vor_cfg_get_ipc_endpoint())
+    explicit Capture(int wanted) : descriptor_(wanted), file_(file_for(wanted))
     {
-        if (wanted_) {
-            vor_cfg_set_ipc_endpoint(captured_endpoint());
+        const std::lock_guard lock(mutex);
+        begun[descriptor_] = this;
+        std::fflush(nullptr);
+        before_ = file_ >= 0 ? dup(descriptor_) : -1;
+        if (before_ >= 0) {
+            dup2(file_, descriptor_);
         }
     }
-    CapturedEndpoint(const CapturedEndpoint&) = delete;
-    CapturedEndpoint& operator=(const CapturedEndpoint&) = delete;
-    ~CapturedEndpoint()
+    Capture(const Capture&) = delete;
+    Capture& operator=(const Capture&) = delete;
+    ~Capture()
     {
-        if (wanted_) {
-            vor_cfg_set_ipc_endpoint(before_);
+        take();
+        const std::lock_guard lock(mutex);
+        begun[descriptor_] = nullptr;
+    }
+
+    std::string take() // ends the capture
+    {
+        const std::lock_guard lock(mutex);
+        if (before_ >= 0) {
+            std::fflush(nullptr);
+            dup2(before_, descriptor_);
+            close(before_);
+            before_ = -1;
+        }
+        const off_t size = file_ >= 0 ? lseek(file_, 0, SEEK_CUR) : 0;
+        std::string text(static_cast<std::size_t>(std::max<off_t>(size, 0)), '\0');
+        if (!text.empty()) {
+            const ssize_t got = pread(file_, text.data(), text.size(), 0);
+            text.resize(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+            (void)!ftruncate(file_, 0);
+            lseek(file_, 0, SEEK_SET);
+        }
+        return text;
+    }
+
+    static void end_all()
+    {
+        mutex.lock();
+        std::fflush(nullptr); // what was captured stays where it is: nobody looks for secrets in it any more
+        for (const Capture* const capture : begun) {
+            if (capture != nullptr && capture->before_ >= 0) {
+                dup2(capture->before_, capture->descriptor_);
+            }
         }
     }
 
 private:
-    const bool wanted_;
-    VOR_IPC_HANDLE* const before_;
+    // A file in memory takes any amount, where a pipe that nobody reads would
+    // block. Without one the lines go where they always went. Each descriptor has
+    // one for good: to make it anew for every line of a long batch would be most of
+    // what checking it takes.
+    static int file_for(int descriptor)
+    {
+        static int files[3] = {-1, -1, -1};
+        if (files[descriptor] < 0) {
+            files[descriptor] = memfd_create("vorcfg", MFD_CLOEXEC);
+        }
+        return files[descriptor];
+    }
+
+    // Of the captures under way. Who ends them all keeps it: then nobody begins or ends another.
+    static inline std::mutex mutex;
+    static inline Capture* begun[3]; // of the descriptors up to standard error
+
+    int descriptor_;
+    int file_;
+    int before_ = -1;
 };
 
 } // namespace
+
+void end_captures()
+{
+    Capture::end_all();
+}
 
 Session::~Session()
 {
@@ -49,47 +111,32 @@ Session::~Session()
     }
 }
 
-bool Session::bind_to(std::uint16_t sap, std::string& complaints)
-{
-    Capture printed(STDOUT_FILENO);
-    Capture complained(STDERR_FILENO);
-    bound_ = vor_cfg_create_ipc_endpoint(sap) == 0;
-    if (!bound_ && complaints.empty()) {
-        complaints = complained.take() + printed.take();
-    }
-    return bound_;
-}
-
 bool Session::bind(std::string& complaints)
 {
-    if (bound_ || settings_.capture) {
-        return true;
-    }
-    if (sap_) {
-        return bind_to(*sap_, complaints);
-    }
-    for (std::uint16_t sap = first_sap; sap <= last_sap; sap++) {
-        if (bind_to(sap, complaints)) {
-            return true;
+    const std::uint32_t last = sap_.value_or(last_sap);
+    for (std::uint32_t sap = sap_.value_or(first_sap); sap <= last && !bound_; sap++) {
+        Capture printed(STDOUT_FILENO);
+        Capture complained(STDERR_FILENO);
+        bound_ = vor_cfg_create_ipc_endpoint(static_cast<std::uint16_t>(sap)) == 0;
+        if (!bound_ && complaints.empty()) {
+            complaints = complained.take() + printed.take();
         }
     }
-    return false;
+    return bound_;
 }
 
 Report Session::make(Planned& planned)
 {
     const Row& row = *planned.row;
     std::string complaints;
-    if (row.channel == Channel::manager && !bind(complaints)) {
+    if (row.channel == Channel::manager && !settings_.capture && !bind(complaints)) {
         const std::string where = sap_ ? fmt::format("SAP {}", *sap_) : "any SAP";
-        return {{Outcome::no_endpoint, fmt::format("nothing was sent: no endpoint at {}", where)},
-                {},
-                0,
-                {},
-                lines_of(complaints)};
+        const std::vector<std::string_view> lines = vor::lines_in(complaints);
+        return {.verdict = {Outcome::no_endpoint, fmt::format("nothing was sent: no endpoint at {}", where)},
+                .library = {lines.begin(), lines.end()}};
     }
     Report report;
-    const CapturedEndpoint endpoint(settings_.capture);
+    std::string library;
     Watch watch(settings_, row, planned.values);
     vor_errno = 0;
     {
@@ -99,13 +146,13 @@ Report Session::make(Planned& planned)
             complained.emplace(STDERR_FILENO);
         }
         report.back = row.make(row, planned.values);
-        report.library = lines_of(printed.take());
+        library = printed.take();
     }
     if (vor_cfg_get_sock_endpoint() != nullptr) { // a call that fails leaves its connection open
         vor_cfg_remove_sock_endpoint();
     }
-    for (std::string& line : report.library) {
-        line = vor::printable(without_secrets(line, planned.values));
+    for (const std::string_view line : vor::lines_in(library)) {
+        report.library.push_back(vor::printable(without_secrets(line, planned.values)));
     }
     report.manager_errno = vor_errno;
     report.seen = std::move(watch.seen);
@@ -136,22 +183,21 @@ void rehearse(Planned& planned)
         return;
     }
     const Report report = Session({.capture = true}, std::nullopt).make(planned);
-    Complaint complaint;
-    complaint.call = planned.row->full_name();
     for (const Message& message : report.seen.messages) {
         if (message.unfit != Unfit::no) {
             const auto arguments = planned.row->arguments();
             const std::size_t value = most_of(planned, message.unfit);
-            complaint.text = fmt::format("does not fit: {}", unfit_text(message));
-            complaint.argument = arguments[std::min(value, arguments.size() - 1)].name;
-            complaint.word = planned.values[value].word;
-            throw complaint;
+            throw Complaint{.text = fmt::format("does not fit: {}", unfit_text(message)),
+                            .argument = std::string(arguments[std::min(value, arguments.size() - 1)].name),
+                            .word = planned.values[value].word,
+                            .call = planned.row->full_name()};
         }
     }
     if (report.seen.messages.empty() && !report.back.succeeded()) {
-        complaint.text = fmt::format("the library refuses this, nothing would be sent (code {})", *report.back.code);
-        complaint.word = 1;
-        throw complaint;
+        throw Complaint{.text =
+                            fmt::format("the library refuses this, nothing would be sent (code {})", *report.back.code),
+                        .word = 1,
+                        .call = planned.row->full_name()};
     }
 }
 

@@ -12,11 +12,11 @@
 namespace vorcfg {
 
 struct Report {
-    Verdict verdict;
-    Returned back;
+    Verdict verdict{};
+    Returned back{};
     std::int32_t manager_errno = 0;
-    Observation seen;
-    std::vector<std::string> library; // the lines the library printed
+    Observation seen{};
+    std::vector<std::string> library{}; // the lines the library printed
 };
 
 // The endpoint is bound at the first call that needs it.
@@ -31,12 +31,14 @@ public:
 
 private:
     bool bind(std::string& complaints);
-    bool bind_to(std::uint16_t sap, std::string& complaints);
 
     const Watch::Settings settings_;
     const std::optional<std::uint16_t> sap_;
     bool bound_ = false;
 };
+
+// What the library prints goes where it always went, for good: of one who speaks while a call does not come back.
+void end_captures();
 
 // Tries the call against a platform that only captures: what the library
 // itself refuses is complained about before anything is sent.

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "call/watch.hpp"
-#include "input/exit_codes.hpp"
+#include "input/complaint.hpp"
 
 namespace vorcfg {
 

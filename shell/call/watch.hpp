@@ -22,9 +22,6 @@ struct Observation {
     bool unconnected = false;                    // konfd's socket could not be had
 };
 
-// The endpoint of calls that are only captured.
-VOR_IPC_HANDLE* captured_endpoint();
-
 // Watches until it goes out of scope.
 class Watch {
 public:
@@ -43,6 +40,9 @@ public:
     const Row& row;
     const std::span<const Value> values;
     Observation seen;
+
+private:
+    VOR_IPC_HANDLE* const endpoint_; // comes back behind a call that is only captured
 };
 
 } // namespace vorcfg

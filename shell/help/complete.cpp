@@ -1,5 +1,3 @@
-#include "help/complete.hpp"
-
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -7,13 +5,11 @@
 #include <fmt/core.h>
 #include <fmt/ranges.h>
 
-#include "help/manual.hpp"
-#include "input/command.hpp"
+#include "help/help.hpp"
 #include "input/complaint.hpp"
 #include "input/options.hpp"
 #include "rows/contract.hpp"
 #include "rows/families.hpp"
-#include "rows/names.hpp"
 #include "text/text.hpp"
 
 #include "script_texts.hpp" // of the files in scripts/, by the build
@@ -60,7 +56,7 @@ public:
     std::vector<Candidate> found()
     {
         if (pending_ != nullptr) {
-            offer_value(*pending_, "", current_);
+            offer_named(pending_->value, "", current_);
         } else if (!over_ && current_.starts_with("--")) {
             offer_options();
         } else {
@@ -94,7 +90,7 @@ private:
 
     const Row* call() const { return before_.size() >= 2 ? row_named(before_[0], before_[1]) : nullptr; }
 
-    void offer(std::string word, std::string_view hint)
+    void offer(std::string word, std::string_view hint = {})
     {
         if (!word.empty() && word.starts_with(current_)) {
             found_.push_back({std::move(word), std::string(hint)});
@@ -104,7 +100,7 @@ private:
     void offer_files(std::string_view before, std::string_view typed, bool home)
     {
         for (const std::string& path : paths_that_begin(typed, home)) {
-            offer(fmt::format("{}{}", before, path), "");
+            offer(fmt::format("{}{}", before, path));
         }
     }
 
@@ -119,18 +115,13 @@ private:
             offer_calls(before_[1]);
         } else if (name == "PAGE") {
             for (const std::string& page : manual_pages()) {
-                offer(page, "");
+                offer(page);
             }
         } else if (name == "SHELL") {
             for (const std::string_view shell : completed_shells()) {
-                offer(std::string(shell), "");
+                offer(std::string(shell));
             }
         }
-    }
-
-    void offer_value(const OptionRow& row, std::string_view before, std::string_view typed)
-    {
-        offer_named(row.value, before, typed);
     }
 
     void offer_options()
@@ -138,7 +129,7 @@ private:
         const std::size_t equals = current_.find('=');
         if (equals != std::string::npos) {
             if (const OptionRow* const row = option_named(current_.substr(0, equals))) {
-                offer_value(*row, current_.substr(0, equals + 1), current_.substr(equals + 1));
+                offer_named(row->value, current_.substr(0, equals + 1), current_.substr(equals + 1));
             }
             return;
         }
@@ -156,7 +147,7 @@ private:
         static constexpr std::string_view letters = "abcdefghijklmnopqrstuvwxyz-";
         for (std::size_t at = row.usage.find("--"); at != std::string_view::npos;) {
             const std::size_t end = std::min(row.usage.find_first_not_of(letters, at), row.usage.size());
-            offer(std::string(row.usage.substr(at, end - at)), "");
+            offer(std::string(row.usage.substr(at, end - at)));
             at = row.usage.find("--", end);
         }
     }
@@ -254,17 +245,14 @@ private:
             offer(fmt::format("{}{}", name, choice.name),
                   argument.is_number() ? std::to_string(choice.number) : std::string());
         }
-        if (!argument.is_secret) {
-            return;
-        }
         const std::string_view typed = std::string_view{current_}.substr(name.size());
-        if (typed.starts_with('@')) {
+        if (argument.is_secret && typed.starts_with('@')) {
             offer_files(fmt::format("{}@", name), typed.substr(1), false);
-            return;
+        } else if (argument.is_secret) {
+            offer(fmt::format("{}@", name), "a file");
+            offer(fmt::format("{}-", name), "a line of standard input");
+            offer(fmt::format("{}?", name), "a prompt");
         }
-        offer(fmt::format("{}@", name), "a file");
-        offer(fmt::format("{}-", name), "a line of standard input");
-        offer(fmt::format("{}?", name), "a prompt");
     }
 
     std::string current_;

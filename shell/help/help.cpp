@@ -1,7 +1,6 @@
 #include "help/help.hpp"
 
 #include <algorithm>
-#include <cctype>
 
 #include <fmt/core.h>
 
@@ -9,7 +8,7 @@
 #include "output/output.hpp"
 #include "rows/contract.hpp"
 #include "rows/families.hpp"
-#include "rows/names.hpp"
+#include "text/nearest.hpp"
 
 namespace vorcfg {
 
@@ -47,17 +46,9 @@ std::string option_text(const OptionRow& row)
     return row.value.empty() ? std::string(row.name) : fmt::format("{} {}", row.name, row.value);
 }
 
-std::string folded(std::string_view text)
-{
-    std::string out(text);
-    std::ranges::transform(out, out.begin(),
-                           [](unsigned char c) { return c == '_' ? '-' : static_cast<char>(std::tolower(c)); });
-    return out;
-}
-
 bool holds(const Row& row, const std::string& word)
 {
-    const auto has = [&](std::string_view text) { return folded(text).find(word) != std::string::npos; };
+    const auto has = [&](std::string_view text) { return vor::folded(text).find(word) != std::string::npos; };
     const CallContract& contract = contract_of(row);
     return has(row.full_name()) || has(row.symbol) || std::ranges::any_of(contract.paragraphs, has) ||
            std::ranges::any_of(row.arguments(),
@@ -156,8 +147,7 @@ std::string help(const Row& row)
     if (row.read == nullptr) {
         text += '\n' + filled(fmt::format("The library returns {}.", contract.returned), 0);
     }
-    return text +
-           fmt::format("\nExample: vorcfg {}{}{}\n", row.full_name(), row.example.empty() ? "" : " ", row.example);
+    return text + fmt::format("\nExample: vorcfg {}\n", example_call(row));
 }
 
 std::string list(const Family* family, bool json)
@@ -167,7 +157,7 @@ std::string list(const Family* family, bool json)
 
 std::string search(std::string_view word, bool json)
 {
-    return listed(json, [wanted = folded(word)](const Row& row) { return holds(row, wanted); });
+    return listed(json, [wanted = vor::folded(word)](const Row& row) { return holds(row, wanted); });
 }
 
 } // namespace vorcfg

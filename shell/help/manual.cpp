@@ -1,4 +1,4 @@
-#include "help/manual.hpp"
+#include "help/help.hpp"
 
 #include <algorithm>
 #include <cctype>
@@ -8,13 +8,10 @@
 
 #include <fmt/core.h>
 
-#include "input/command.hpp"
 #include "input/complaint.hpp"
-#include "input/exit_codes.hpp"
 #include "input/options.hpp"
 #include "rows/contract.hpp"
 #include "rows/families.hpp"
-#include "rows/names.hpp"
 #include "text/nearest.hpp"
 
 #include "manual_texts.hpp" // of the pages, by the build
@@ -190,7 +187,7 @@ std::string section_of(const Row& row)
     if (row.read == nullptr) {
         text += arguments_of(row, contract) + paragraph(fmt::format("The library returns {}.", contract.returned));
     }
-    return text + literal(fmt::format("vorcfg {}{}{}", row.full_name(), row.example.empty() ? "" : " ", row.example));
+    return text + literal(fmt::format("vorcfg {}", example_call(row)));
 }
 
 std::string page_of(const Family& family)

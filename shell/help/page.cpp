@@ -1,4 +1,4 @@
-#include "help/page.hpp"
+#include "help/help.hpp"
 
 #include <algorithm>
 
@@ -7,7 +7,6 @@
 #include "output/output.hpp"
 #include "rows/contract.hpp"
 #include "rows/families.hpp"
-#include "rows/names.hpp"
 
 namespace vorcfg {
 
@@ -25,14 +24,13 @@ bool shown_dry(const Row& row)
 std::string example_line(const Row& row)
 {
     const bool secret = std::ranges::any_of(row.arguments(), &Argument::is_secret);
-    return fmt::format("{}vorcfg {}{}{}{}", secret ? fmt::format("printf {} | ", sample_secret) : "",
-                       shown_dry(row) ? "--dry-run " : "", row.full_name(), row.example.empty() ? "" : " ",
-                       row.example);
+    return fmt::format("{}vorcfg {}{}", secret ? fmt::format("printf {} | ", sample_secret) : "",
+                       shown_dry(row) ? "--dry-run " : "", example_call(row));
 }
 
 Planned planned_example(const Row& row)
 {
-    std::vector<Word> words = words_of(fmt::format("{} {}", row.full_name(), row.example));
+    std::vector<Word> words = words_of(example_call(row));
     for (Word& word : words) {
         if (!word.quoted && word.text == "-") {
             word = {{std::string(sample_secret), true}};

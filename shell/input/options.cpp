@@ -14,19 +14,13 @@ namespace vorcfg {
 
 namespace {
 
-[[noreturn]] void complain_number(const OptionRow& row, std::string_view text, std::string_view what,
-                                  std::uint32_t least, std::uint32_t most)
+// The number that the text stands for, if it stands for one within these bounds.
+std::uint32_t within(std::uint32_t least, std::uint32_t most, std::optional<std::uint32_t> number, const OptionRow& row,
+                     std::string_view text, std::string_view what)
 {
-    throw Complaint{
-        fmt::format("{}: \"{}\" is no {}; a number from {} to {} is wanted", row.name, text, what, least, most)};
-}
-
-std::uint32_t number_in(const OptionRow& row, std::string_view text, std::string_view what, std::uint32_t least,
-                        std::uint32_t most)
-{
-    const auto number = vor::number_in<std::uint32_t>(text);
     if (!number || *number < least || *number > most) {
-        complain_number(row, text, what, least, most);
+        throw Complaint{
+            fmt::format("{}: \"{}\" is no {}; a number from {} to {} is wanted", row.name, text, what, least, most)};
     }
     return *number;
 }
@@ -48,23 +42,23 @@ void take(Options& options, const OptionRow&, std::string_view value)
 template <auto Member>
 void take_seconds(Options& options, const OptionRow& row, std::string_view value)
 {
-    using std::chrono::seconds;
+    constexpr std::chrono::seconds second(1);
     constexpr unsigned day = 86400;
     const auto time = vor::time_in(value, vor::Bare::seconds);
-    if (!time || time->count() <= 0 || *time % seconds(1) != seconds(0)) {
-        complain_number(row, value, "number of seconds", 1, day);
-    }
-    options.*Member = static_cast<unsigned>(std::chrono::duration_cast<seconds>(*time).count());
+    const auto whole =
+        time && (*time % second).count() == 0 ? std::optional(static_cast<unsigned>(*time / second)) : std::nullopt;
+    options.*Member = within(1, day, whole, row, value, "number of seconds");
 }
 
 void take_sap(Options& options, const OptionRow& row, std::string_view value)
 {
-    options.sap = static_cast<std::uint16_t>(number_in(row, value, "SAP", 0, UINT16_MAX));
+    options.sap =
+        static_cast<std::uint16_t>(within(0, UINT16_MAX, vor::number_in<std::uint32_t>(value), row, value, "SAP"));
 }
 
 void take_line(Options& options, const OptionRow& row, std::string_view value)
 {
-    options.from = number_in(row, value, "line", 1, UINT32_MAX);
+    options.from = within(1, UINT32_MAX, vor::number_in<std::uint32_t>(value), row, value, "line");
 }
 
 void take_password(Options& options, const OptionRow& row, std::string_view value)
@@ -111,15 +105,6 @@ constexpr OptionRow rows[] = {
     {{"--version", "", "the version"}, take<&Options::version>},
 };
 
-} // namespace
-
-std::span<const OptionRow> option_rows()
-{
-    return rows;
-}
-
-namespace {
-
 [[noreturn]] void complain_unknown(std::string_view name)
 {
     std::vector<std::string> known;
@@ -157,6 +142,11 @@ const OptionRow* row_named(std::string_view name, const std::vector<Word>& words
 }
 
 } // namespace
+
+std::span<const OptionRow> option_rows()
+{
+    return rows;
+}
 
 Options options_of(std::span<char* const> arguments)
 {

@@ -1,4 +1,4 @@
-// options.hpp: the command line, taken apart.
+// options.hpp: the command line, taken apart: options, and what commands there are.
 #pragma once
 
 #include <cstdint>
@@ -56,5 +56,23 @@ void check_given(const Options& options, std::string_view command);
 Options options_of(std::span<char* const> arguments);
 // Those of one line, besides those given before it; a quoted word is none.
 Options options_of(std::vector<Word> typed, Options options);
+
+// What may stand first on a line in place of a family.
+struct Command {
+    std::string_view name;        // empty: of what is no command, a call and lines without words
+    std::string_view usage;       // as help and the manual have it
+    std::string_view about;       // one line
+    std::string_view more;        // what help says besides
+    int (*run)(const Options&);   // the exit code
+    std::string_view wanted = {}; // the usage in a complaint, where it is another
+};
+
+// Dispatch, help, completion and the manual are made of it.
+std::span<const Command> commands();
+// Null, where there is none of that name.
+const Command* command_named(std::string_view name);
+
+// The exit code of what a line says. Throws a Complaint about what was not done.
+int run(const Options& options);
 
 } // namespace vorcfg

@@ -1,10 +1,7 @@
 #include "input/secret.hpp"
 
-#include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <fcntl.h>
-#include <memory>
 #include <termios.h>
 #include <unistd.h>
 
@@ -34,37 +31,6 @@ std::string one_line(std::string text, const std::string& source)
     }
     return text;
 }
-
-} // namespace
-
-std::string content_of(std::FILE* file, const std::string& name, const Bounds& bounds)
-{
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> closed(file, std::fclose);
-    std::string content;
-    char bytes[4096];
-    std::size_t got = 0;
-    std::size_t number = 1;
-    std::size_t line = 0; // how much of it is read
-    while (file != nullptr && (got = std::fread(bytes, 1, sizeof bytes, file)) != 0) {
-        for (const char byte : std::string_view{bytes, got}) {
-            line = byte == '\n' ? 0 : line + 1;
-            if (line > bounds.line) {
-                throw Complaint{fmt::format("{}: line {} has more than {} bytes", name, number, bounds.line)};
-            }
-            number += byte == '\n' ? 1 : 0;
-        }
-        content.append(bytes, got);
-        if (content.size() > bounds.file) {
-            throw Complaint{fmt::format("{} has more than {} MiB", name, bounds.file >> 20)};
-        }
-    }
-    if (file == nullptr || std::ferror(file) != 0) { // a directory can be opened, but not read
-        throw Complaint{fmt::format("cannot read {}: {}", name, std::strerror(errno)), exit_no_input};
-    }
-    return content;
-}
-
-namespace {
 
 // Byte by byte: what follows the line is the next secret's.
 std::string line_from(int descriptor, const char* source)

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -14,16 +13,6 @@
 #include "input/words.hpp"
 
 namespace vorcfg {
-
-// What a file of lines may hold; more is told apart from one that never ends.
-struct Bounds {
-    std::size_t file = std::size_t{64} << 20;
-    std::size_t line = std::size_t{64} << 10;
-};
-
-// All that a just opened file holds; closes it. Throws a Complaint that says of which name it could not be opened or
-// read, or where it is too long.
-std::string content_of(std::FILE* file, const std::string& name, const Bounds& bounds = {});
 
 struct SecretSources {
     bool literals = false;             // a batch file is its operator's own

@@ -1,7 +1,6 @@
 #include "text/json.hpp"
 #include "output/output.hpp"
 #include "rows/contract.hpp"
-#include "rows/names.hpp"
 #include "text/parse.hpp"
 #include "text/text.hpp"
 

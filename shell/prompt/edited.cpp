@@ -7,7 +7,7 @@
 #include <fmt/core.h>
 #include <histedit.h>
 
-#include "help/complete.hpp"
+#include "help/help.hpp"
 #include "input/complaint.hpp"
 #include "input/terminal.hpp"
 #include "prompt/history.hpp"

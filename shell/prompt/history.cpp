@@ -5,14 +5,13 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
-#include <sstream>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <fmt/core.h>
 
-#include "help/help.hpp"
 #include "input/complaint.hpp"
+#include "input/options.hpp"
 #include "input/secret.hpp"
 #include "rows/families.hpp"
 
@@ -65,11 +64,8 @@ bool may_be_kept(std::string_view line)
         if (words.empty()) {
             return false;
         }
-        if (std::ranges::find(commands(), words[0].text, &Command::name) != commands().end()) {
-            return true;
-        }
         const Row* const row = words.size() > 1 ? row_named(words[0].text, words[1].text) : nullptr;
-        return row != nullptr && !may_hold_secret(*row, words_of(line));
+        return command_named(words[0].text) != nullptr || (row != nullptr && !may_hold_secret(*row, words_of(line)));
     } catch (const Complaint&) {
         return false;
     }
@@ -92,9 +88,9 @@ std::vector<std::string> LineHistory::read() const
 {
     std::vector<std::string> lines;
     try {
-        std::istringstream text(content_of(path_.empty() ? nullptr : std::fopen(path_.c_str(), "re"), path_));
-        for (std::string line; std::getline(text, line);) {
-            lines.push_back(line);
+        const std::string text = content_of(path_.empty() ? nullptr : std::fopen(path_.c_str(), "re"), path_);
+        for (const std::string_view line : vor::lines_in(text)) {
+            lines.emplace_back(line);
         }
     } catch (const Complaint&) {
         return {};

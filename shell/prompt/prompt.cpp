@@ -9,6 +9,7 @@
 #include "call/runner.hpp"
 #include "help/help.hpp"
 #include "input/complaint.hpp"
+#include "input/options.hpp"
 #include "input/secret.hpp"
 #include "input/terminal.hpp"
 #include "output/output.hpp"
@@ -67,8 +68,7 @@ std::unique_ptr<Lines> lines_of_input(bool terminal)
 }
 
 // None of the line that ends the session.
-std::optional<int> run_line(const std::string& line, std::size_t number, const Options& base,
-                            int (*run)(const Options&))
+std::optional<int> run_line(const std::string& line, std::size_t number, const Options& base)
 {
     bool json = base.json;
     Options options;
@@ -89,7 +89,7 @@ std::optional<int> run_line(const std::string& line, std::size_t number, const O
 
 } // namespace
 
-int run_prompt(const Options& given, int (*run)(const Options&))
+int run_prompt(const Options& given)
 {
     Options options = given;
     options.in_session = true;
@@ -115,7 +115,7 @@ int run_prompt(const Options& given, int (*run)(const Options&))
         if (may_be_kept(*line)) {
             lines->keep(*line);
         }
-        const std::optional<int> exit = run_line(*line, number, options, run);
+        const std::optional<int> exit = run_line(*line, number, options);
         if (!exit) {
             break;
         }

@@ -117,18 +117,21 @@ struct Slot<T*> {
 // A record in a buffer that is already handed back: copied before anything
 // else happens.
 template <class Record>
+void append_record(Returned& back, const Record* record)
+{
+    back.missing = record == nullptr;
+    if (record != nullptr) {
+        const Record copy = *record;
+        append_fields(back.fields, copy);
+    }
+}
+
+template <class Record>
 struct Slot<Record**> {
     Record* record = nullptr;
     explicit Slot(Value&) {}
     Record** pass() { return &record; }
-    void append(Returned& back, const Argument&) const
-    {
-        back.missing = record == nullptr;
-        if (record != nullptr) {
-            const Record copy = *record;
-            append_fields(back.fields, copy);
-        }
-    }
+    void append(Returned& back, const Argument&) const { append_record(back, record); }
 };
 
 template <class Result>
@@ -136,11 +139,7 @@ Returned returned(Result result)
 {
     Returned back;
     if constexpr (std::is_pointer_v<Result>) {
-        back.missing = result == nullptr;
-        if (result != nullptr) {
-            const auto copy = *result;
-            append_fields(back.fields, copy);
-        }
+        append_record(back, result);
     } else if constexpr (std::is_same_v<Result, vor_uchar>) {
         append_field(back.fields, "value", result);
     } else {
@@ -164,22 +163,18 @@ struct Binding<Function, Result (*)(Arguments...)> {
     static constexpr bool has_list = false;
     static constexpr bool answers_record = std::is_pointer_v<Result> || (takes_record<Arguments> || ...);
 
-    static Returned make(const Row& row, std::span<Value> values)
+    static Returned make([[maybe_unused]] const Row& row, [[maybe_unused]] std::span<Value> values)
     {
-        return make_with(row, values, std::index_sequence_for<Arguments...>());
-    }
-
-private:
-    template <std::size_t... I>
-    static Returned make_with([[maybe_unused]] const Row& row, [[maybe_unused]] std::span<Value> values,
-                              std::index_sequence<I...>)
-    {
-        std::tuple<Slot<Arguments>...> slots{Slot<Arguments>(values[I])...};
-        Returned back = returned(Function(std::get<I>(slots).pass()...));
-        if (back.code.value_or(0) == 0) {
-            (std::get<I>(slots).append(back, row.arguments()[I]), ...);
+        return [&]<std::size_t... I>(std::index_sequence<I...>)
+        {
+            std::tuple<Slot<Arguments>...> slots{Slot<Arguments>(values[I])...};
+            Returned back = returned(Function(std::get<I>(slots).pass()...));
+            if (back.code.value_or(0) == 0) {
+                (std::get<I>(slots).append(back, row.arguments()[I]), ...);
+            }
+            return back;
         }
-        return back;
+        (std::index_sequence_for<Arguments...>());
     }
 };
 
@@ -197,16 +192,11 @@ struct Binding<Function, Result (*)(Arguments..., ...)> {
         for (std::size_t i = sizeof...(Arguments); i < values.size(); i++) {
             listed[i - sizeof...(Arguments)] = values[i].text.data();
         }
-        return make_with(values, listed, std::index_sequence_for<Arguments...>(),
-                         std::make_index_sequence<most_listed>());
-    }
-
-private:
-    template <std::size_t... I, std::size_t... L>
-    static Returned make_with(std::span<Value> values, const std::array<vor_char*, most_listed>& listed,
-                              std::index_sequence<I...>, std::index_sequence<L...>)
-    {
-        return returned(Function(Slot<Arguments>(values[I]).pass()..., listed[L]...));
+        return [&]<std::size_t... I, std::size_t... L>(std::index_sequence<I...>, std::index_sequence<L...>)
+        {
+            return returned(Function(Slot<Arguments>(values[I]).pass()..., listed[L]...));
+        }
+        (std::index_sequence_for<Arguments...>(), std::make_index_sequence<most_listed>());
     }
 };
 

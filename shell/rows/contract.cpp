@@ -2,7 +2,12 @@
 
 #include <algorithm>
 #include <map>
-#include <sstream>
+
+#include <fmt/core.h>
+
+#include "rows/binding.hpp"
+#include "text/parse.hpp"
+#include "text/text.hpp"
 
 #include "header_texts.hpp" // of the headers themselves, by the build
 
@@ -13,10 +18,7 @@ namespace {
 std::string_view trimmed(std::string_view text)
 {
     const std::size_t first = text.find_first_not_of(" \t\n*");
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(first, text.find_last_not_of(" \t\n") + 1 - first);
+    return first == text.npos ? "" : text.substr(first, text.find_last_not_of(" \t\n") + 1 - first);
 }
 
 void join(std::string& text, std::string_view more)
@@ -28,13 +30,10 @@ void join(std::string& text, std::string_view more)
 }
 
 // The lines of a comment without their stars.
-std::vector<std::string> lines_of_comment(std::string_view comment)
+std::vector<std::string_view> lines_of_comment(std::string_view comment)
 {
-    std::vector<std::string> lines;
-    std::istringstream stream{std::string(comment)};
-    for (std::string line; std::getline(stream, line);) {
-        lines.emplace_back(trimmed(line));
-    }
+    std::vector<std::string_view> lines = vor::lines_in(comment);
+    std::ranges::transform(lines, lines.begin(), trimmed);
     return lines;
 }
 
@@ -42,7 +41,7 @@ std::vector<std::string> lines_of_comment(std::string_view comment)
 std::vector<std::string> paragraphs_of(std::string_view comment)
 {
     std::vector<std::string> paragraphs(1);
-    for (const std::string& line : lines_of_comment(comment)) {
+    for (const std::string_view line : lines_of_comment(comment)) {
         if (line.empty() && !paragraphs.back().empty()) {
             paragraphs.emplace_back();
         }
@@ -71,7 +70,7 @@ CallContract read_call(std::string_view comment, std::string_view declaration)
 {
     CallContract call;
     call.returned = "the common codes";
-    for (const std::string& line : lines_of_comment(declaration)) {
+    for (const std::string_view line : lines_of_comment(declaration)) {
         join(call.declaration, line);
     }
     const std::size_t open = call.declaration.find('(');
@@ -80,7 +79,7 @@ CallContract read_call(std::string_view comment, std::string_view declaration)
     const std::size_t tags = std::min(comment.find('@'), comment.size());
     call.paragraphs = paragraphs_of(comment.substr(0, tags));
     std::string tag;
-    for (const std::string& line : lines_of_comment(comment.substr(tags))) {
+    for (const std::string_view line : lines_of_comment(comment.substr(tags))) {
         if (line.starts_with('@')) {
             read_tag(call, tag);
             tag.clear();
@@ -154,6 +153,120 @@ std::string about(const Family& family)
         text.resize(std::min(text.find(goes_on), text.size()));
     }
     return text;
+}
+
+// --- Rows and arguments in words -------------------------------------------------------
+
+std::string usage_of(const Row& row)
+{
+    std::string text = row.full_name();
+    if (!row.usage.empty()) {
+        return fmt::format("{} {}", text, row.usage);
+    }
+    for (const Argument& argument : row.arguments()) {
+        if (argument.is_given()) {
+            text += argument.is_list ? fmt::format(" [{}...]", argument.name) : fmt::format(" {}", argument.name);
+        }
+    }
+    return text;
+}
+
+std::string example_call(const Row& row)
+{
+    return fmt::format("{}{}{}", row.full_name(), row.example.empty() ? "" : " ", row.example);
+}
+
+// A call with words of its own is several calls at once: the header does not know it.
+std::string summary_of(const Row& row)
+{
+    return row.read != nullptr ? "Edits the stored configuration with one query." : contract_of(row).summary();
+}
+
+std::vector<std::string_view> remarks_of(const Row& row)
+{
+    static constexpr std::pair<Marks, std::string_view> remarks[] = {
+        {answer_unread, "The call never reads the manager's answer: no verdict can be had."},
+        {confirmed, "Wants --yes."},
+        {cuts_link, "May cut the link that one works over: at a terminal it asks first, unless --yes is given."},
+    };
+    std::vector<std::string_view> found;
+    for (const auto& [mark, text] : remarks) {
+        if (row.has(mark)) {
+            found.push_back(text);
+        }
+    }
+    return found;
+}
+
+std::string_view type_name(const Argument& argument)
+{
+    static constexpr std::string_view names[] = {
+        "8-bit unsigned", "one byte",        "16-bit signed", "16-bit unsigned",
+        "32-bit signed",  "32-bit unsigned", "text",          "result"};
+    return argument.is_list              ? "list"
+           : argument.kind == Kind::ipv4 ? "IPv4 address"
+                                         : names[static_cast<std::size_t>(argument.type)];
+}
+
+namespace {
+
+std::string choices_of(const Argument& argument, bool numbered)
+{
+    std::string words;
+    for (const Choice& choice : argument.choices) {
+        words += words.empty() ? "" : ", ";
+        words += numbered ? fmt::format("{} ({})", choice.number, choice.name) : std::string(choice.name);
+    }
+    return words;
+}
+
+} // namespace
+
+std::string accepted(const Argument& argument)
+{
+    const std::string words = choices_of(argument, false);
+    return !argument.is_number() ? words
+                                 : fmt::format("{} to {}{}{}", argument.range.least, argument.range.most,
+                                               words.empty() ? "" : ", or ", words);
+}
+
+std::string kind_text(const Argument& argument)
+{
+    std::string text;
+    if (argument.is_list) {
+        text =
+            fmt::format("up to {} {}", argument.most_listed, argument.kind == Kind::ipv4 ? "IPv4 addresses" : "texts");
+    } else if (argument.is_number()) {
+        text = fmt::format("number, {} to {}", argument.range.least, argument.range.most);
+    } else {
+        text = argument.kind == Kind::ipv4 ? "IPv4 address" : argument.choices.empty() ? "text" : "word";
+    }
+    if (!argument.choices.empty()) {
+        text += fmt::format(": {}", choices_of(argument, argument.is_number()));
+    }
+    if (argument.most_bytes != 0) {
+        text += fmt::format(", at most {} bytes", argument.most_bytes);
+    }
+    text += argument.is_secret ? "; a secret: @FILE, - or ?" : "";
+    text += argument.is_sent ? "" : "; never sent";
+    if (!argument.decided_by.empty()) {
+        text += fmt::format("; sent only where {} is {}", argument.decided_by, argument.decided_at.name);
+    }
+    return text;
+}
+
+// What calls write into their results.
+void append_field(Fields& fields, std::string_view name, const vor_ip_address* address)
+{
+    fields.push_back({std::string(name), vor::dotted(*address), Field::Kind::word});
+}
+
+void append_field(Fields& fields, std::string_view name, const vor_uchar* mac)
+{
+    fields.push_back(
+        {std::string(name),
+         fmt::format("{:02x}:{:02x}:{:02x}:{:02x}:{:02x}:{:02x}", mac[0], mac[1], mac[2], mac[3], mac[4], mac[5]),
+         Field::Kind::word});
 }
 
 } // namespace vorcfg

@@ -1,5 +1,5 @@
-// contract.hpp: what the headers say of families and calls. They are built in,
-// so that each sentence stands in one place.
+// contract.hpp: what the headers and the rows say of families and calls, for every page that shows them. The headers
+// are built in, so that each sentence stands in one place.
 #pragma once
 
 #include <string>
@@ -30,5 +30,19 @@ struct HeaderContract {
 const HeaderContract& contract_of(const Family& family);
 const CallContract& contract_of(const Row& row);
 std::string about(const Family& family); // in a few words
+
+// --- Rows and arguments in words -------------------------------------------------------
+
+std::string usage_of(const Row& row);                     // "gpio set-value port_num value"
+std::string example_call(const Row& row);                 // "gpio set-value 1 1"
+std::string summary_of(const Row& row);                   // in one sentence
+std::vector<std::string_view> remarks_of(const Row& row); // what its marks mean to who makes it
+std::string_view type_name(const Argument& argument);
+
+// What is accepted of a number or a text: "0 to 255", "0 to 1, or off, on", "error, warning".
+std::string accepted(const Argument& argument);
+
+// "number, 0 to 255; never sent"
+std::string kind_text(const Argument& argument);
 
 } // namespace vorcfg

@@ -5,8 +5,8 @@
 
 #include <fmt/core.h>
 
-#include "input/command.hpp"
 #include "input/complaint.hpp"
+#include "input/options.hpp"
 #include "text/nearest.hpp"
 
 #include "family_list.hpp" // of the files in families/, by the build
@@ -72,8 +72,8 @@ const Family& wanted_family(std::string_view name)
     if (near.empty()) {
         near = vor::holding(name, calls);
     }
-    throw Complaint{
-        fmt::format("no family \"{}\"{}", name, vor::suggestion(near, "vorcfg --help lists them")), exit_usage, {}, 0};
+    throw Complaint{.text = fmt::format("no family \"{}\"{}", name, vor::suggestion(near, "vorcfg --help lists them")),
+                    .word = 0};
 }
 
 const Row& wanted_row(std::string_view family, std::string_view name)
@@ -90,11 +90,9 @@ const Row& wanted_row(std::string_view family, std::string_view name)
     if (near.empty()) {
         near = vor::holding(name, names);
     }
-    throw Complaint{fmt::format("{} has no call \"{}\"{}", family, name,
-                                vor::suggestion(near, fmt::format("vorcfg {} --help lists them", family))),
-                    exit_usage,
-                    {},
-                    1};
+    throw Complaint{.text = fmt::format("{} has no call \"{}\"{}", family, name,
+                                        vor::suggestion(near, fmt::format("vorcfg {} --help lists them", family))),
+                    .word = 1};
 }
 
 } // namespace vorcfg

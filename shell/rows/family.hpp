@@ -14,28 +14,16 @@ struct Draft {
     Row row;
     std::array<Argument, Count> arguments;
 
-    consteval Draft marked(unsigned marks) const
+    consteval Draft marked(unsigned marks) const { return with(&Row::marks, row.marks | marks); }
+    consteval Draft undone_by(std::string_view call) const { return with(&Row::undone_by, call); }
+    consteval Draft sends(std::span<const RecordField> record) const { return with(&Row::record, record); }
+    consteval Draft on(Channel channel) const { return with(&Row::channel, channel); }
+
+    template <class Member>
+    consteval Draft with(Member Row::*member, Member value) const
     {
         Draft changed = *this;
-        changed.row.marks |= marks;
-        return changed;
-    }
-    consteval Draft undone_by(std::string_view call) const
-    {
-        Draft changed = *this;
-        changed.row.undone_by = call;
-        return changed;
-    }
-    consteval Draft sends(std::span<const RecordField> record) const
-    {
-        Draft changed = *this;
-        changed.row.record = record;
-        return changed;
-    }
-    consteval Draft on(Channel channel) const
-    {
-        Draft changed = *this;
-        changed.row.channel = channel;
+        changed.row.*member = value;
         return changed;
     }
 };
@@ -89,12 +77,12 @@ consteval auto call(std::string_view name, const Argument (&arguments)[size], st
 {
     using Bound = Binding<Function>;
     static_assert(size == Bound::types.size(), "a row names as many arguments as its call has");
-    Draft<size> draft{};
-    draft.row.name = name;
-    draft.row.symbol = symbol_of<Function>();
-    draft.row.example = example;
-    draft.row.answers_record = Bound::answers_record;
-    draft.row.make = Bound::make;
+    Draft<size> draft{{.name = name,
+                       .symbol = symbol_of<Function>(),
+                       .example = example,
+                       .answers_record = Bound::answers_record,
+                       .make = Bound::make},
+                      {}};
     for (std::size_t i = 0; i < size; i++) {
         bool is_decided = arguments[i].decided_by.empty();
         for (std::size_t other = 0; other < i; other++) {
@@ -112,11 +100,7 @@ consteval auto call(std::string_view name, const Argument (&arguments)[size], st
 template <auto Function>
 consteval auto call(std::string_view name) requires(Binding<Function>::types.empty())
 {
-    Draft<0> draft{};
-    draft.row.name = name;
-    draft.row.symbol = symbol_of<Function>();
-    draft.row.make = Binding<Function>::make;
-    return draft;
+    return Draft<0>{{.name = name, .symbol = symbol_of<Function>(), .make = Binding<Function>::make}, {}};
 }
 
 // A call that does nothing, kept by the library so that programs link.
@@ -130,12 +114,7 @@ consteval auto stub(std::string_view name, const Argument (&arguments)[size], st
 template <auto Function>
 consteval auto part(std::string_view name, std::string_view used_by)
 {
-    Draft<0> draft{};
-    draft.row.name = name;
-    draft.row.symbol = symbol_of<Function>();
-    draft.row.channel = Channel::none;
-    draft.row.used_by = used_by;
-    return draft;
+    return Draft<0>{{.name = name, .symbol = symbol_of<Function>(), .channel = Channel::none, .used_by = used_by}, {}};
 }
 
 // A field of a record, by its C type; a 32-bit number without a sign is an address.

@@ -33,11 +33,7 @@ constexpr Option options[] = {
     {"--priority", priority, 1, 1},
 };
 
-} // namespace
-
 // --- Its words ------------------------------------------------------------------
-
-namespace {
 
 Argument argument_of(Part first, std::size_t taken)
 {
@@ -78,10 +74,7 @@ std::size_t read_option(Reading& reading, const Option& option, std::size_t at)
 void read(Reading& reading)
 {
     reading.hides_words = std::ranges::any_of(reading.words, [](const Word& word) { return word.text == "password"; });
-    reading.values.resize(path);
-    for (Value& value : reading.values) {
-        value.given = false;
-    }
+    reading.values.resize(path, {.given = false});
     Value& chosen = reading.values[operation];
     for (std::size_t at = Reading::first_word; at < reading.words.size();) {
         const std::string_view word = reading.words[at].text;

@@ -26,20 +26,21 @@ consteval auto row(std::string_view name, std::string_view example)
 {
     constexpr std::size_t size = std::size(arguments);
     Draft<size> draft{};
-    draft.row.name = name;
-    draft.row.symbol = "vor_konfd_bi_dir_comm";
-    draft.row.example = example;
-    draft.row.channel = Channel::konfd;
-    draft.row.make = make;
-    draft.row.read = read;
-    draft.row.usage =
-        "--set|--check|--unset --line KEY VALUE --pattern KEY [VALUE] [--path KEY VALUE]... [--priority N]";
-    draft.row.usage_help =
-        "  --set, --check, --unset  put the line, ask whether it is there, take it away\n"
-        "  --line KEY VALUE         the line \"KEY VALUE\"; --unset takes none\n"
-        "  --pattern KEY [VALUE]    the lines meant, as a regular expression: ^KEY VALUE$, or ^KEY$ alone\n"
-        "  --path KEY VALUE         one step down to where the line stands, outermost first\n"
-        "  --priority N             where the line stands among others\n";
+    draft.row = {
+        .name = name,
+        .symbol = "vor_konfd_bi_dir_comm",
+        .example = example,
+        .channel = Channel::konfd,
+        .make = make,
+        .read = read,
+        .usage = "--set|--check|--unset --line KEY VALUE --pattern KEY [VALUE] [--path KEY VALUE]... [--priority N]",
+        .usage_help =
+            "  --set, --check, --unset  put the line, ask whether it is there, take it away\n"
+            "  --line KEY VALUE         the line \"KEY VALUE\"; --unset takes none\n"
+            "  --pattern KEY [VALUE]    the lines meant, as a regular expression: ^KEY VALUE$, or ^KEY$ alone\n"
+            "  --path KEY VALUE         one step down to where the line stands, outermost first\n"
+            "  --priority N             where the line stands among others\n",
+    };
     for (std::size_t i = 0; i < size; i++) {
         draft.arguments[i] =
             bound(arguments[i], arguments[i].kind == Kind::number ? Type::uint8 : Type::text, i + 1 == size);

@@ -6,11 +6,21 @@
 #include <fmt/core.h>
 
 #include "input/complaint.hpp"
-#include "rows/names.hpp"
+#include "rows/contract.hpp"
 #include "text/parse.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
+
+std::string Reading::shown(std::size_t index) const
+{
+    return hides_words ? std::string(vor::mask) : words[index].text;
+}
+
+std::string Reading::shown_quoted(std::size_t index) const
+{
+    return hides_words ? std::string(vor::mask) : vor::quoted(words[index].text);
+}
 
 [[noreturn]] void Reading::complain(std::string text, std::size_t index, std::string_view argument) const
 {
@@ -24,27 +34,18 @@ std::size_t Reading::index_of(std::size_t index) const
 
 namespace {
 
-// What a prompt for a secret calls it.
-std::string secret_name(const Reading& reading, const Argument& argument)
-{
-    return reading.place.file.empty() ? std::string(argument.name)
-                                      : fmt::format("{}:{}: {}: {}", reading.place.file, reading.place.line,
-                                                    reading.row.full_name(), argument.name);
+std::string read_secret(const Reading& reading, const Argument& argument, std::size_t index)
+try {
+    const Place& place = reading.place;
+    const std::string name = place.file.empty() ? std::string(argument.name) // as a prompt calls it
+                                                : fmt::format("{}:{}: {}: {}", place.file, place.line,
+                                                              reading.row.full_name(), argument.name);
+    return reading.secrets.read(reading.words[index], name, place.line);
+} catch (Complaint& complaint) {
+    complaint.argument = argument.name;
+    complaint.word = reading.index_of(index);
+    throw;
 }
-
-} // namespace
-
-std::string Reading::shown(std::size_t index) const
-{
-    return hides_words ? std::string(vor::mask) : words[index].text;
-}
-
-std::string Reading::shown_quoted(std::size_t index) const
-{
-    return hides_words ? std::string(vor::mask) : vor::quoted(words[index].text);
-}
-
-namespace {
 
 const Choice* choice_named(const Argument& argument, std::string_view name)
 {
@@ -101,25 +102,13 @@ void check_text(const Reading& reading, const Argument& argument, const std::str
 
 Value Reading::value(const Argument& argument, std::size_t index)
 {
-    Value value;
-    value.secret = argument.is_secret;
-    value.word = index_of(index);
+    Value value{.secret = argument.is_secret, .word = index_of(index)};
     if (argument.is_number()) {
         value.number = read_number(*this, argument, index);
         value.text = argument.kind == Kind::decimal ? std::to_string(value.number) : "";
         return value;
     }
-    if (argument.is_secret) {
-        try {
-            value.text = secrets.read(words[index], secret_name(*this, argument), place.line);
-        } catch (Complaint& complaint) {
-            complaint.argument = argument.name;
-            complaint.word = index_of(index);
-            throw;
-        }
-    } else {
-        value.text = words[index].text;
-    }
+    value.text = argument.is_secret ? read_secret(*this, argument, index) : words[index].text;
     check_text(*this, argument, value.text, index);
     return value;
 }
@@ -144,9 +133,7 @@ Value unsent_value(const Reading& reading, const Argument& argument, std::size_t
                                      argument.decided_at.name, argument.is_number() ? "0" : "\"\""),
                          index, argument.name);
     }
-    Value value;
-    value.given = false;
-    return value;
+    return {.given = false};
 }
 
 // "name [member...]"

@@ -27,7 +27,7 @@ enum Marks : unsigned {
 // An argument as it was given. Of a result, the room for it.
 struct Value {
     std::int64_t number = 0;
-    std::string text;
+    std::string text{};
     bool secret = false;
     bool given = true;    // false: an optional one that was left out
     std::size_t word = 0; // where it stands in its line
@@ -61,18 +61,8 @@ struct RecordField {
     bool is_signed = false;
     std::int32_t option = 0; // sent only where the record's first number is this; 0: always
 
-    constexpr RecordField as(Kind other) const
-    {
-        RecordField field = *this;
-        field.kind = other;
-        return field;
-    }
-    constexpr RecordField only_with(std::int32_t first) const
-    {
-        RecordField field = *this;
-        field.option = first;
-        return field;
-    }
+    constexpr RecordField as(Kind other) const { return {name, offset, size, other, is_signed, option}; }
+    constexpr RecordField only_with(std::int32_t first) const { return {name, offset, size, kind, is_signed, first}; }
 };
 
 struct Family;
@@ -81,22 +71,22 @@ struct Reading; // of a line's words: rows/reading.hpp
 
 struct Row {
     const Family* family = nullptr;
-    std::string_view name;
-    std::string_view symbol; // the call's exported name
-    std::string_view example;
+    std::string_view name{};
+    std::string_view symbol{}; // the call's exported name
+    std::string_view example{};
     std::uint16_t first_argument = 0; // among the family's
     std::uint16_t argument_count = 0;
     Channel channel = Channel::manager;
     unsigned marks = 0;
     bool answers_record = false;
-    std::span<const RecordField> record; // what it sends, where that is no chain
-    std::string_view undone_by;          // a call of the family about the same object: the later of the two stands
+    std::span<const RecordField> record{}; // what it sends, where that is no chain
+    std::string_view undone_by{};          // a call of the family about the same object: the later of the two stands
     Returned (*make)(const Row& row, std::span<Value> values) = nullptr;
     // A call with words of its own, not one word an argument.
     void (*read)(Reading& reading) = nullptr;
-    std::string_view usage; // then: the words, and what they mean
-    std::string_view usage_help;
-    std::string_view used_by; // of a call that makes no sense on its own: what makes it
+    std::string_view usage{}; // then: the words, and what they mean
+    std::string_view usage_help{};
+    std::string_view used_by{}; // of a call that makes no sense on its own: what makes it
 
     constexpr bool has(Marks mark) const { return (marks & mark) != 0; }
     bool undoes(const Row& other) const; // either way

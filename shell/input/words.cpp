@@ -1,14 +1,42 @@
-#include "input/variables.hpp"
+#include "input/words.hpp"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <memory>
 
 #include <fmt/core.h>
 
-#include "input/secret.hpp"
-#include "input/words.hpp"
 #include "text/nearest.hpp"
 
 namespace vorcfg {
+
+std::string content_of(std::FILE* file, const std::string& name, const Bounds& bounds)
+{
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> closed(file, std::fclose);
+    std::string content;
+    char bytes[4096];
+    std::size_t got = 0;
+    std::size_t number = 1;
+    std::size_t line = 0; // how much of it is read
+    while (file != nullptr && (got = std::fread(bytes, 1, sizeof bytes, file)) != 0) {
+        for (const char byte : std::string_view{bytes, got}) {
+            line = byte == '\n' ? 0 : line + 1;
+            if (line > bounds.line) {
+                throw Complaint{fmt::format("{}: line {} has more than {} bytes", name, number, bounds.line)};
+            }
+            number += byte == '\n' ? 1 : 0;
+        }
+        content.append(bytes, got);
+        if (content.size() > bounds.file) {
+            throw Complaint{fmt::format("{} has more than {} MiB", name, bounds.file >> 20)};
+        }
+    }
+    if (file == nullptr || std::ferror(file) != 0) { // a directory can be opened, but not read
+        throw Complaint{fmt::format("cannot read {}: {}", name, std::strerror(errno)), exit_no_input};
+    }
+    return content;
+}
 
 void Variables::set(std::string_view definition)
 {
@@ -29,17 +57,14 @@ void Variables::read(const std::string& path)
     std::size_t number = 0;
     std::string_view left = text;
     left.remove_prefix(left.starts_with(vor::byte_order_mark) ? vor::byte_order_mark.size() : 0);
-    while (!left.empty()) {
-        const std::size_t end = std::min(left.find('\n'), left.size());
-        const std::string_view line = left.substr(0, end);
-        left.remove_prefix(std::min(end + 1, left.size()));
+    for (const std::string_view line : vor::lines_in(left)) {
         number++;
         const std::size_t first = line.find_first_not_of(" \t\r");
         if (first == std::string_view::npos || line[first] == '#') {
             continue;
         }
         const auto complain = [&](std::string why, std::size_t at) {
-            throw Complaint{std::move(why), exit_usage, {}, Complaint::no_word, {}, {path, number, at + 1}};
+            throw Complaint{.text = std::move(why), .place = {path, number, at + 1}};
         };
         const std::size_t length = vor::named_length(line.substr(first));
         const std::size_t equals = first + length;
@@ -70,9 +95,7 @@ namespace {
 
 [[noreturn]] void complain(std::string text, std::size_t column)
 {
-    Complaint complaint{std::move(text)};
-    complaint.place.column = column;
-    throw complaint;
+    throw Complaint{.text = std::move(text), .place = {.column = column}};
 }
 
 } // namespace
@@ -133,13 +156,9 @@ std::vector<Complaint> Variables::unused(const std::string& batch) const
     std::vector<Complaint> complaints;
     for (const auto& [name, variable] : known_) {
         if (!variable.used) {
-            complaints.push_back(
-                {fmt::format("{}{} is used nowhere in {}", variable.on_command_line ? "--set: " : "", name, batch),
-                 exit_usage,
-                 {},
-                 Complaint::no_word,
-                 {},
-                 variable.place});
+            complaints.push_back({.text = fmt::format("{}{} is used nowhere in {}",
+                                                      variable.on_command_line ? "--set: " : "", name, batch),
+                                  .place = variable.place});
         }
     }
     return complaints;

@@ -33,7 +33,7 @@ std::vector<std::string_view> value_names(const Row& row)
 bool has_these(const Row& row, const Json& values)
 {
     const auto names = value_names(row);
-    const auto known = [&names](const auto& item) { return std::ranges::find(names, item.name) != names.end(); };
+    const auto known = [&names](const auto& item) { return std::ranges::find(names, item.first) != names.end(); };
     const auto shown = [&](std::string_view name) {
         const auto fields = row.layout.fields();
         return values.contains(name) || (!fields.empty() && fields.back().repeated && fields.back().name == name);

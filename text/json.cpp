@@ -56,7 +56,10 @@ std::string Json::value(std::string_view name, std::string_view otherwise) const
 
 std::size_t Json::size() const
 {
-    return is_object() ? members().size() : elements().size();
+    if (is_array()) {
+        return elements().size();
+    }
+    return is_object() ? members().size() : 0;
 }
 
 bool Json::operator==(const Json& other) const = default;

@@ -125,7 +125,7 @@ public:
     }
 
     bool empty() const { return size() == 0; }
-    std::size_t size() const; // of an array or an object
+    std::size_t size() const; // of what is no array and no object, 0
     bool operator==(const Json& other) const;
 
 private:

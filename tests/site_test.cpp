@@ -286,6 +286,10 @@ TEST_F(Site, what_is_never_sent_in_an_older_journal_changes_nothing)
     workplace.run("sed -i 's/\"device_name\":\"gateway-17\"/&,\"option\":2/' f.journal");
     EXPECT_EQ(0, workplace.run("vorcfg plan f").exit_code);
     EXPECT_EQ(std::string::npos, workplace.run("vorcfg report f.journal").text.find("option"));
+
+    // but what another version may have sent does
+    workplace.run("sed -i 's/\"device_name\":\"gateway-17\"/&,\"unheard_of\":2/' f.journal");
+    EXPECT_EQ(11, workplace.run("vorcfg plan f").exit_code);
 }
 
 TEST_F(Site, a_journal_that_cannot_be_used_is_refused)

@@ -7,29 +7,6 @@
 
 namespace vor {
 
-Json::Json() = default;
-Json::Json(std::nullptr_t) {}
-Json::Json(std::string text) : type_(Type::text), text_(std::move(text)) {}
-Json::Json(std::string_view text) : type_(Type::text), text_(text) {}
-Json::Json(const char* text) : type_(Type::text), text_(text) {}
-Json::Json(std::initializer_list<Member> members) : type_(Type::object), members_(members) {}
-Json::Json(Type type) : type_(type) {}
-Json::Json(const Json& other) = default;
-Json::Json(Json&& other) noexcept = default;
-Json& Json::operator=(const Json& other) = default;
-Json& Json::operator=(Json&& other) noexcept = default;
-Json::~Json() = default;
-
-Json Json::array()
-{
-    return Json(Type::array);
-}
-
-Json Json::object()
-{
-    return Json(Type::object);
-}
-
 void Json::require(bool holds, std::string_view what) const
 {
     if (!holds) {
@@ -37,60 +14,38 @@ void Json::require(bool holds, std::string_view what) const
     }
 }
 
-bool Json::boolean() const
+Json& Json::push_back(Json value)
 {
-    require(type_ == Type::boolean, "true or false");
-    return number_ != 0;
-}
-
-const std::string& Json::string() const
-{
-    require(is_string(), "a text");
-    return text_;
-}
-
-const Json::Array& Json::elements() const
-{
+    if (is_null()) {
+        held_ = Array();
+    }
     require(is_array(), "an array");
-    return elements_;
-}
-
-const Json::Object& Json::members() const
-{
-    require(is_object(), "an object");
-    return members_;
-}
-
-void Json::push_back(Json value)
-{
-    type_ = is_null() ? Type::array : type_;
-    require(is_array(), "an array");
-    elements_.push_back(std::move(value));
+    return std::get<Array>(held_).emplace_back(std::move(value));
 }
 
 Json& Json::operator[](std::string_view name)
 {
-    type_ = is_null() ? Type::object : type_;
+    if (is_null()) {
+        held_ = Object();
+    }
     require(is_object(), "an object");
-    const auto found = std::ranges::find(members_, name, &Member::name);
-    return found != members_.end() ? found->value : members_.emplace_back(std::string(name), Json()).value;
+    auto& members = std::get<Object>(held_);
+    const auto found = std::ranges::find(members, name, &Member::first);
+    return found != members.end() ? found->second : members.emplace_back(name, Json()).second;
 }
 
 const Json* Json::find(std::string_view name) const
 {
-    const auto found = std::ranges::find(members_, name, &Member::name);
-    return found != members_.end() ? &found->value : nullptr;
+    static const Object none;
+    const auto& members = is_object() ? std::get<Object>(held_) : none;
+    const auto found = std::ranges::find(members, name, &Member::first);
+    return found != members.end() ? &found->second : nullptr;
 }
 
 const Json& Json::at(std::string_view name) const
 {
     const Json* const found = find(name);
     return found != nullptr ? *found : throw JsonError(fmt::format("there is no \"{}\"", name));
-}
-
-void Json::erase(std::string_view name)
-{
-    std::erase_if(members_, [name](const Member& member) { return member.name == name; });
 }
 
 std::string Json::value(std::string_view name, std::string_view otherwise) const
@@ -101,7 +56,10 @@ std::string Json::value(std::string_view name, std::string_view otherwise) const
 
 std::size_t Json::size() const
 {
-    return is_array() ? elements_.size() : is_object() ? members_.size() : is_null() ? 0 : 1;
+    if (is_array()) {
+        return elements().size();
+    }
+    return is_object() ? members().size() : 0;
 }
 
 bool Json::operator==(const Json& other) const = default;
@@ -124,7 +82,7 @@ public:
     bool start_array(std::size_t) { return open(Json::array()); }
     bool key(std::string& name)
     {
-        member_ = &(*open_.back())[name];
+        member_ = std::move(name);
         return true;
     }
     bool end_object() { return close(); }
@@ -137,20 +95,16 @@ public:
     Json take_result() { return std::move(result_); }
 
 private:
-    Json& place()
+    Json& put(Json value)
     {
-        if (open_.empty()) {
-            return result_;
+        if (!open_.empty() && open_.back()->is_array()) {
+            return open_.back()->push_back(std::move(value));
         }
-        if (open_.back()->is_object()) {
-            return *member_;
-        }
-        open_.back()->push_back({});
-        return const_cast<Json&>(open_.back()->elements().back());
+        return (open_.empty() ? result_ : (*open_.back())[member_]) = std::move(value);
     }
     bool take(Json value)
     {
-        place() = std::move(value);
+        put(std::move(value));
         return true;
     }
     bool open(Json container)
@@ -158,9 +112,7 @@ private:
         if (open_.size() == deepest_) {
             throw JsonError("it is nested too deep");
         }
-        Json& at = place();
-        at = std::move(container);
-        open_.push_back(&at);
+        open_.push_back(&put(std::move(container)));
         return true;
     }
     bool close()
@@ -172,7 +124,7 @@ private:
     std::size_t deepest_;
     Json result_;
     std::vector<Json*> open_; // from the outermost on
-    Json* member_ = nullptr;  // whose value comes next
+    std::string member_;      // whose value comes next
 };
 
 } // namespace
@@ -193,15 +145,66 @@ try {
 
 namespace {
 
+class Writer {
+public:
+    explicit Writer(int indent) : indent_(indent) {}
+
+    void operator()(std::monostate) { out_ += "null"; }
+    void operator()(bool truth) { out_ += truth ? "true" : "false"; }
+    void operator()(std::integral auto number) { out_ += std::to_string(number); }
+    void operator()(double number) { out_ += nlohmann::json(number).dump(); }
+    void operator()(const std::string& text);
+    void operator()(const Json& json) { std::visit(*this, json.held()); }
+    void operator()(const Json::Array& elements) { write('[', elements, ']'); }
+    void operator()(const Json::Object& members) { write('{', members, '}'); }
+    void operator()(const Json::Member& member)
+    {
+        (*this)(member.first);
+        out_ += indent_ >= 0 ? ": " : ":";
+        (*this)(member.second);
+    }
+
+    std::string take_result() { return std::move(out_); }
+
+private:
+    void begin_line()
+    {
+        if (indent_ >= 0) {
+            out_ += '\n';
+            out_.append(static_cast<std::size_t>(indent_ * depth_), ' ');
+        }
+    }
+    template <class Items>
+    void write(char open, const Items& items, char close)
+    {
+        out_ += open;
+        depth_++;
+        for (const auto& item : items) {
+            out_ += &item == &items.front() ? "" : ",";
+            begin_line();
+            (*this)(item);
+        }
+        depth_--;
+        if (!items.empty()) {
+            begin_line();
+        }
+        out_ += close;
+    }
+
+    const int indent_;
+    int depth_ = 0;
+    std::string out_;
+};
+
 bool is_plain(char character)
 {
     return character >= ' ' && character < 0x7f && character != '"' && character != '\\';
 }
 
-void write_text(const std::string& text, std::string& out)
+void Writer::operator()(const std::string& text)
 {
     if (std::ranges::all_of(text, is_plain)) {
-        out += fmt::format("\"{}\"", text);
+        out_ += fmt::format("\"{}\"", text);
         return;
     }
     const std::string spelt = nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
@@ -209,81 +212,23 @@ void write_text(const std::string& text, std::string& out)
         const auto byte = static_cast<unsigned char>(spelt[at]);
         const auto next = static_cast<unsigned char>(at + 1 < spelt.size() ? spelt[at + 1] : 0);
         if (byte == 0x7f) {
-            out += "\\u007f";
+            out_ += "\\u007f";
         } else if (byte == 0xc2 && next < 0xa0) { // the second set of control characters
-            out += fmt::format("\\u00{:02x}", next);
+            out_ += fmt::format("\\u00{:02x}", next);
             ++at;
         } else {
-            out += spelt[at];
+            out_ += spelt[at];
         }
     }
 }
 
 } // namespace
 
-void write(const Json& json, int indent, int depth, std::string& out)
-{
-    const auto begin_line = [&](int deep) {
-        if (indent >= 0) {
-            out += '\n';
-            out.append(static_cast<std::size_t>(indent * deep), ' ');
-        }
-    };
-    const auto write_all = [&](char open, const auto& items, auto write_item, char close) {
-        out += open;
-        bool first = true;
-        for (const auto& item : items) {
-            out += first ? "" : ",";
-            first = false;
-            begin_line(depth + 1);
-            write_item(item);
-        }
-        if (!items.empty()) {
-            begin_line(depth);
-        }
-        out += close;
-    };
-    switch (json.type_) {
-    case Json::Type::null:
-        out += "null";
-        break;
-    case Json::Type::boolean:
-        out += json.number_ != 0 ? "true" : "false";
-        break;
-    case Json::Type::integer:
-        out += std::to_string(static_cast<std::int64_t>(json.number_));
-        break;
-    case Json::Type::natural:
-        out += std::to_string(json.number_);
-        break;
-    case Json::Type::real:
-        out += nlohmann::json(json.real_).dump();
-        break;
-    case Json::Type::text:
-        write_text(json.text_, out);
-        break;
-    case Json::Type::array:
-        write_all(
-            '[', json.elements_, [&](const Json& element) { write(element, indent, depth + 1, out); }, ']');
-        break;
-    case Json::Type::object:
-        write_all(
-            '{', json.members_,
-            [&](const Json::Member& member) {
-                write_text(member.name, out);
-                out += indent >= 0 ? ": " : ":";
-                write(member.value, indent, depth + 1, out);
-            },
-            '}');
-        break;
-    }
-}
-
 std::string dump(const Json& json, int indent)
 {
-    std::string out;
-    write(json, indent, 0, out);
-    return out;
+    Writer writer(indent);
+    writer(json);
+    return writer.take_result();
 }
 
 } // namespace vor

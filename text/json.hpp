@@ -13,6 +13,7 @@
 #include <string_view>
 #include <type_traits>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace vor {
@@ -24,47 +25,44 @@ struct JsonError : std::runtime_error {
 
 class Json {
 public:
-    enum class Type : std::uint8_t { null, boolean, integer, natural, real, text, array, object };
-    struct Member;
     using Array = std::vector<Json>;
+    using Member = std::pair<std::string, Json>;
     using Object = std::vector<Member>; // in the order in which they were added
+    // A number is natural where no std::int64_t holds it.
+    using Held = std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double, std::string, Array, Object>;
+    enum class Type : std::uint8_t { null, boolean, integer, natural, real, text, array, object };
 
-    Json();
-    Json(std::nullptr_t);
-    Json(std::same_as<bool> auto truth) : Json(Type::boolean) { number_ = truth ? 1 : 0; }
-    Json(std::same_as<double> auto number) : Json(Type::real) { real_ = number; }
-    Json(std::string text);
-    Json(std::string_view text);
-    Json(const char* text);
+    Json() = default;
+    Json(std::same_as<bool> auto truth) : held_(truth) {}
+    Json(std::same_as<double> auto number) : held_(number) {}
+    Json(std::string text) : held_(std::move(text)) {}
+    Json(std::string_view text) : held_(std::string(text)) {}
+    Json(const char* text) : held_(std::string(text)) {}
     template <std::integral Number>
-    requires(!std::same_as<Number, bool>) Json(Number number)
-        : Json(std::in_range<std::int64_t>(number) ? Type::integer : Type::natural)
+    requires(!std::same_as<Number, bool>) Json(Number number) : held_(static_cast<std::int64_t>(number))
     {
-        number_ = static_cast<std::uint64_t>(number);
+        if (!std::in_range<std::int64_t>(number)) {
+            held_ = static_cast<std::uint64_t>(number);
+        }
     }
     template <class Enumerator>
     requires(std::is_enum_v<Enumerator>) Json(Enumerator value)
         : Json(static_cast<std::underlying_type_t<Enumerator>>(value))
     {
     }
+    template <class Value>
+    Json(const std::optional<Value>& value) : Json(value ? Json(*value) : Json())
+    {
+    }
     // {{"name", value}, ...}
-    Json(std::initializer_list<Member> members);
-    Json(const Json& other);
-    Json(Json&& other) noexcept;
-    Json& operator=(const Json& other);
-    Json& operator=(Json&& other) noexcept;
-    ~Json();
+    Json(std::initializer_list<Member> members) : held_(Object(members)) {}
 
-    static Json array();
-    static Json object();
+    static Json array() { return of(Array()); }
+    static Json object() { return of(Object()); }
     template <class Values>
     static Json array(const Values& values)
     {
-        Json json = array();
-        for (const auto& value : values) {
-            json.push_back(value);
-        }
-        return json;
+        return of(Array(values.begin(), values.end()));
     }
 
     // Throws a JsonError that says what is wrong and where; of two members of one name the later counts. Nothing is
@@ -74,75 +72,79 @@ public:
     static std::optional<Json> read(std::string_view text,
                                     std::size_t deepest = std::numeric_limits<std::size_t>::max());
 
-    Type type() const { return type_; }
-    bool is_null() const { return type_ == Type::null; }
-    bool is_integer() const { return type_ == Type::integer || type_ == Type::natural; }
-    bool is_string() const { return type_ == Type::text; }
-    bool is_array() const { return type_ == Type::array; }
-    bool is_object() const { return type_ == Type::object; }
+    const Held& held() const { return held_; }
+    Type type() const { return static_cast<Type>(held_.index()); }
+    bool is_null() const { return type() == Type::null; }
+    bool is_string() const { return type() == Type::text; }
+    bool is_array() const { return type() == Type::array; }
+    bool is_object() const { return type() == Type::object; }
 
     // Each throws a JsonError where the document holds something else.
-    bool boolean() const;
-    const std::string& string() const;
+    bool boolean() const { return held<bool>("true or false"); }
+    const std::string& string() const { return held<std::string>("a text"); }
     template <std::integral Number>
     Number number() const
     {
-        require(is_integer(), "a whole number");
-        const bool fits = type_ == Type::integer ? std::in_range<Number>(static_cast<std::int64_t>(number_))
-                                                 : std::in_range<Number>(number_);
-        require(fits, "a number of this size");
-        return static_cast<Number>(number_);
+        const auto fitting = [this](auto number) {
+            require(std::in_range<Number>(number), "a number of this size");
+            return static_cast<Number>(number);
+        };
+        return type() == Type::natural ? fitting(std::get<std::uint64_t>(held_))
+                                       : fitting(held<std::int64_t>("a whole number"));
     }
-    const Array& elements() const;
-    const Object& members() const;
+    const Array& elements() const { return held<Array>("an array"); }
+    const Object& members() const { return held<Object>("an object"); }
 
     // Of an array.
-    void push_back(Json value);
+    Json& push_back(Json value);
     // Of an object: the member, added where there is none.
     Json& operator[](std::string_view name);
+    // The same, where the value is not none, false, 0 or an empty text.
+    template <class Value>
+    requires(!std::is_pointer_v<Value>) void add(std::string_view name, const Value& value)
+    {
+        if (value != Value()) {
+            (*this)[name] = value;
+        }
+    }
     // Null: there is none, or this is no object.
     const Json* find(std::string_view name) const;
     bool contains(std::string_view name) const { return find(name) != nullptr; }
     const Json& at(std::string_view name) const;
     const Json& operator[](std::string_view name) const { return at(name); }
-    void erase(std::string_view name);
     // What a member holds, or `otherwise` where there is none.
     std::string value(std::string_view name, std::string_view otherwise) const;
-    bool value(std::string_view name, std::same_as<bool> auto otherwise) const
+    template <std::integral Value>
+    Value value(std::string_view name, Value otherwise) const
     {
         const Json* const found = find(name);
-        return found != nullptr ? found->boolean() : otherwise;
-    }
-    template <std::integral Number>
-    requires(!std::same_as<Number, bool>) Number value(std::string_view name, Number otherwise)
-    const
-    {
-        const Json* const found = find(name);
-        return found != nullptr ? found->number<Number>() : otherwise;
+        if constexpr (std::same_as<Value, bool>) {
+            return found != nullptr ? found->boolean() : otherwise;
+        } else {
+            return found != nullptr ? found->number<Value>() : otherwise;
+        }
     }
 
     bool empty() const { return size() == 0; }
-    std::size_t size() const;
+    std::size_t size() const; // of what is no array and no object, 0
     bool operator==(const Json& other) const;
 
 private:
-    explicit Json(Type type);
+    static Json of(Held held)
+    {
+        Json json;
+        json.held_ = std::move(held);
+        return json;
+    }
     void require(bool holds, std::string_view what) const;
-    friend void write(const Json& json, int indent, int depth, std::string& out);
+    template <class Wanted>
+    const Wanted& held(std::string_view what) const
+    {
+        require(std::holds_alternative<Wanted>(held_), what);
+        return std::get<Wanted>(held_);
+    }
 
-    Type type_ = Type::null;
-    std::uint64_t number_ = 0; // also a boolean
-    double real_ = 0;
-    std::string text_;
-    Array elements_;
-    Object members_;
-};
-
-struct Json::Member {
-    std::string name;
-    Json value;
-
-    bool operator==(const Member&) const = default;
+    Held held_;
 };
 
 // Always UTF-8, whatever bytes the texts hold, and no control character raw.

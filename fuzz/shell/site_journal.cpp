@@ -43,7 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     try {
         const Journal read = Journal::read(path);
         check_history(read.history());
-        const std::size_t entries = Journal::reopen(path).history().entries().size();
+        const std::size_t entries = Journal::open(path).history().entries().size();
         require(entries == read.history().entries().size(), "a repair loses nothing that was read");
         require(Journal::read(path).history().entries().size() == entries, "a repair is one");
     } catch (const Complaint& complaint) {

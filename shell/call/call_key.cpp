@@ -98,6 +98,9 @@ CallKey key_of(const Row& row, std::vector<KeptValues> values, bool secret)
 
 Planned planned(const CallKey& key)
 {
+    if (!key.unknown.empty()) {
+        throw Complaint{fmt::format("{} is no argument of {}", key.unknown.front().first, key.row->full_name())};
+    }
     Planned again{key.row, {}, {}};
     for (std::size_t i = 0; i < key.values.size(); i++) {
         const Argument& argument = key.row->arguments()[i];
@@ -117,9 +120,9 @@ Planned planned(const CallKey& key)
     return again;
 }
 
-Subject subject_of(const CallKey& key, const Row& other)
+Subject subject_of(const CallKey& key)
 {
-    Subject subject{&other, {}};
+    Subject subject{key.row, {}};
     for (std::size_t i = 0; i < key.values.size(); i++) {
         if (is_object_of(key, i)) {
             subject.objects.push_back(key.values[i]);
@@ -128,9 +131,16 @@ Subject subject_of(const CallKey& key, const Row& other)
     return subject;
 }
 
-Subject subject_of(const CallKey& key)
+std::vector<Subject> opposites_of(const CallKey& key)
 {
-    return subject_of(key, *key.row);
+    std::vector<Subject> opposites;
+    for (const Row& other : key.row->family->rows) {
+        if (key.row->undoes(other)) {
+            opposites.push_back(subject_of(key));
+            opposites.back().row = &other;
+        }
+    }
+    return opposites;
 }
 
 bool changes_nothing(const Planned& planned)

@@ -4,6 +4,7 @@
 #include <compare>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -25,6 +26,7 @@ struct CallKey {
     const Row* row = nullptr;
     std::vector<KeptValues> values; // one per argument: none, one or a list of what is sent; no secret in any form
     bool secret = false;            // it has one
+    std::vector<std::pair<std::string, KeptValue>> unknown{}; // arguments that the row has not, of another version
 
     bool operator==(const CallKey&) const = default;
 };
@@ -45,8 +47,8 @@ struct Subject {
 };
 
 Subject subject_of(const CallKey& key);
-// The subject of another call about the same object.
-Subject subject_of(const CallKey& key, const Row& other);
+// Of the other calls of the family that undo this one, or are undone by it.
+std::vector<Subject> opposites_of(const CallKey& key);
 
 // Whether it asks, does nothing or stays on this machine: nothing that a gateway accepts.
 bool changes_nothing(const Planned& planned);

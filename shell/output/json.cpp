@@ -63,12 +63,8 @@ Json json_of(const Message& message, const Planned& planned)
         json["sap"] = message.sap;
         json["id"] = message.id;
     }
-    if (message.option) {
-        json["option"] = *message.option;
-    }
-    if (message.flag) {
-        json["flag"] = *message.flag;
-    }
+    json.add("option", message.option);
+    json.add("flag", message.flag);
     if (message.chain) {
         json["elements"] = Json::array();
         for (const Element& element : message.elements) {
@@ -78,15 +74,9 @@ Json json_of(const Message& message, const Planned& planned)
         json["fields"] = json_of(*fields);
     }
     json["delivered"] = message.timed_out ? Json() : Json(message.delivered); // null: nobody knows
-    if (message.answer_id) {
-        json["answer_id"] = *message.answer_id;
-    }
-    if (message.answer_status) {
-        json["answer_status"] = *message.answer_status;
-    }
-    if (message.answer) {
-        json["answer"] = *message.answer;
-    }
+    json.add("answer_id", message.answer_id);
+    json.add("answer_status", message.answer_status);
+    json.add("answer", message.answer);
     return json;
 }
 
@@ -134,40 +124,29 @@ void add_arguments(Json& json, const Planned& planned)
 Json json_of(const Argument& argument, const CallContract& contract)
 {
     Json json{{"name", argument.name}, {"type", type_name(argument)}};
-    const auto mark = [&](const char* name, bool set) {
-        if (set) {
-            json[name] = true;
-        }
-    };
     if (argument.is_number() && !argument.is_count) {
         json["least"] = argument.range.least;
         json["most"] = argument.range.most;
     }
-    if (argument.most_bytes != 0) {
-        json["most_bytes"] = argument.most_bytes;
-    }
-    if (argument.is_list) {
-        json["most_listed"] = argument.most_listed;
-    }
+    json.add("most_bytes", argument.most_bytes);
+    json.add("most_listed", argument.most_listed);
     if (!argument.choices.empty()) {
         json["words"] = Json::object();
         for (const Choice& choice : argument.choices) {
             json["words"][choice.name] = argument.is_number() ? Json(choice.number) : Json(choice.name);
         }
     }
-    mark("secret", argument.is_secret);
-    mark("object", argument.is_object);
-    mark("list", argument.is_list);
-    mark("optional", argument.is_optional);
-    mark("counted", argument.is_count);
-    mark("result", argument.is_result());
-    mark("never_sent", !argument.is_sent);
+    json.add("secret", argument.is_secret);
+    json.add("object", argument.is_object);
+    json.add("list", argument.is_list);
+    json.add("optional", argument.is_optional);
+    json.add("counted", argument.is_count);
+    json.add("result", argument.is_result());
+    json.add("never_sent", !argument.is_sent);
     if (!argument.decided_by.empty()) {
         json["sent_only_where"] = Json({{std::string(argument.decided_by), argument.decided_at.number}});
     }
-    if (const auto about = contract.about(argument); !about.empty()) {
-        json["about"] = about;
-    }
+    json.add("about", contract.about(argument));
     return json;
 }
 
@@ -188,17 +167,12 @@ std::string json_of(const Planned& planned, const Report& report)
     if (report.back.code && report.verdict.outcome != Outcome::no_endpoint) {
         json["code"] = *report.back.code;
     }
-    if (report.manager_errno != 0) {
-        json["status"] = report.manager_errno;
-    }
+    json.add("status", report.manager_errno);
     json["messages"] = Json::array();
     for (const Message& message : report.seen.messages) {
         json["messages"].push_back(json_of(message, planned));
     }
-    json["library"] = Json::array();
-    for (const std::string& line : report.library) {
-        json["library"].push_back(line);
-    }
+    json["library"] = Json::array(report.library);
     if (!report.back.fields.empty() && report.verdict.outcome != Outcome::dry_run) {
         json["result"] = json_of(report.back.fields);
     }
@@ -213,12 +187,8 @@ std::string json_of(const Complaint& complaint)
         json["line"] = complaint.place.line;
         json["column"] = complaint.place.column;
     }
-    if (!complaint.call.empty()) {
-        json["call"] = complaint.call;
-    }
-    if (!complaint.argument.empty()) {
-        json["argument"] = complaint.argument;
-    }
+    json.add("call", complaint.call);
+    json.add("argument", complaint.argument);
     json["complaint"] = complaint.text;
     json["exit"] = complaint.exit;
     return line_of(json);
@@ -226,21 +196,21 @@ std::string json_of(const Complaint& complaint)
 
 std::string json_of(const Tally& tally, const std::string& name, std::size_t left)
 {
-    return line_of(Json{{"schema", schema},
-                        {"batch", name},
-                        {"accepted", tally.accepted},
-                        {"sent", tally.sent},
-                        {"unread", tally.unread},
-                        {"dry_run", tally.dry},
-                        {"done", tally.other},
-                        {"failed_lines", Json::array(tally.failed)},
-                        {"not_made", left},
-                        {"exit", tally.worst}});
+    return line_of({{"schema", schema},
+                    {"batch", name},
+                    {"accepted", tally.accepted},
+                    {"sent", tally.sent},
+                    {"unread", tally.unread},
+                    {"dry_run", tally.dry},
+                    {"done", tally.other},
+                    {"failed_lines", Json::array(tally.failed)},
+                    {"not_made", left},
+                    {"exit", tally.worst}});
 }
 
 std::string checked_json(const std::string& name, std::size_t calls)
 {
-    return line_of(Json{{"schema", schema}, {"check", name}, {"calls", calls}, {"exit", exit_ok}});
+    return line_of({{"schema", schema}, {"check", name}, {"calls", calls}, {"exit", exit_ok}});
 }
 
 std::string json_of(const Row& row)
@@ -252,9 +222,7 @@ std::string json_of(const Row& row)
         json["used_by"] = row.used_by;
         return line_of(json);
     }
-    if (!row.usage.empty()) {
-        json["usage"] = row.usage;
-    }
+    json.add("usage", row.usage);
     json["marks"] = Json::array();
     static constexpr std::pair<Marks, const char*> marks[] = {{answer_unread, "answer_unread"},
                                                               {does_nothing, "does_nothing"},
@@ -267,9 +235,7 @@ std::string json_of(const Row& row)
             json["marks"].push_back(name);
         }
     }
-    if (!row.undone_by.empty()) {
-        json["undone_by"] = row.undone_by;
-    }
+    json.add("undone_by", row.undone_by);
     json["arguments"] = Json::array();
     for (const Argument& argument : row.arguments()) {
         json["arguments"].push_back(json_of(argument, contract));

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdio>
+#include <fcntl.h>
 #include <map>
 
 #include <fmt/core.h>
@@ -125,7 +126,7 @@ public:
 
     int make()
     {
-        Journal journal = Journal::open(path_, options_.gateway);
+        Journal journal = Journal::open(path_, O_CREAT, options_.gateway);
         check_nothing_pending(journal);
         tell_gateway(journal);
         Plan plan = planned_against(journal);
@@ -149,7 +150,7 @@ public:
         batch_.rewind(wanted);
         vor::print(stdout, listed(plan, to_, [](const Due& line) { return line.is_not_compared(); }));
         if (options_.confirm && !lines.empty()) {
-            journal.pend();
+            journal.append(ApplyPending{journal.history().entries().size() + 1});
         }
         const int exit = make(journal, plan, lines.size());
         return options_.confirm && !lines.empty() ? std::max(exit, wait_for_confirmation(std::move(journal), options_))

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <set>
-
-#include "call/verdict.hpp"
+#include <utility>
 
 namespace vorcfg {
 
@@ -38,54 +37,37 @@ void Planner::add(const Planned& planned)
         plan_.asking++;
         return;
     }
-    Due line;
-    line.line = planned.place.line;
-    line.key = key_of(planned);
     std::size_t secrets = 0;
     for (const Value& value : planned.values) {
         secrets = value.secret ? secrets * 31 + std::hash<std::string>()(value.text) : secrets;
     }
-    plan_.lines.push_back(std::move(line));
+    plan_.lines.push_back({.line = planned.place.line, .key = key_of(planned)});
     secrets_.push_back(secrets);
 }
 
-// From the last line to the first: which later line is about the same thing, or undoes this one.
-void Planner::find_overtaken()
+std::vector<const Due*> Planner::find_overtaken()
 {
-    std::map<Subject, std::size_t> next;
-    overtaken_by_.resize(plan_.lines.size());
-    for (std::size_t i = plan_.lines.size(); i-- > 0;) {
-        Due& line = plan_.lines[i];
-        const Subject subject = subject_of(line.key);
-        std::size_t by = i;
-        const auto look = [&](const Subject& wanted) {
-            const auto later = next.find(wanted);
-            by = later != next.end() && (by == i || later->second < by) ? later->second : by;
-        };
-        look(subject);
-        if (by != i && !line.key.row->has(acts) && (line.key != plan_.lines[by].key || secrets_[i] != secrets_[by])) {
-            line.differs_from = plan_.lines[by].line;
+    std::vector<Due>& lines = plan_.lines;
+    std::map<Subject, std::size_t> next; // among the lines behind
+    std::vector<const Due*> overtaken_by(lines.size());
+    for (std::size_t i = lines.size(); i-- > 0;) {
+        std::size_t by = lines.size();
+        for (const Subject& opposite : opposites_of(lines[i].key)) {
+            const auto later = next.find(opposite);
+            by = later != next.end() ? std::min(by, later->second) : by;
         }
-        for (const Row& other : line.key.row->family->rows) {
-            if (line.key.row->undoes(other)) {
-                look(subject_of(line.key, other));
+        const auto [same, is_last] = next.try_emplace(subject_of(lines[i].key), i);
+        if (!is_last) {
+            const Due& other = lines[same->second];
+            if (!other.key.row->has(acts) && (lines[i].key != other.key || secrets_[i] != secrets_[same->second])) {
+                lines[i].differs_from = other.line;
             }
+            by = std::min(by, std::exchange(same->second, i));
         }
-        overtaken_by_[i] = by;
-        next[subject] = i;
+        overtaken_by[i] = by < lines.size() ? &lines[by] : nullptr;
     }
+    return overtaken_by;
 }
-
-namespace {
-
-State state_of(const Entry& entry)
-{
-    return entry.ended.outcome == name_of(Outcome::sent) || entry.ended.outcome == name_of(Outcome::unread)
-               ? State::sent
-               : State::accepted;
-}
-
-} // namespace
 
 void Planner::judge(Due& line, const History& history) const
 {
@@ -102,7 +84,7 @@ void Planner::judge(Due& line, const History& history) const
     } else if (line.key.secret && selection_.resend_secrets) {
         line.state = State::again;
     } else {
-        line.state = state_of(*known.standing);
+        line.state = known.standing->is_sent() ? State::sent : State::accepted;
     }
 }
 
@@ -113,19 +95,19 @@ bool Planner::find_following(const History& history)
     std::map<const Family*, std::uint64_t> last; // by the lines so far: their last entries
     constexpr std::uint64_t now = UINT64_MAX;
     bool found = false;
-    for (std::size_t i = 0; i < plan_.lines.size(); i++) {
-        Due& line = plan_.lines[i];
-        const Known& known = history.of(subject_of(line.key));
+    for (Due& line : plan_.lines) {
+        const Entry* const done = history.of(subject_of(line.key)).last_done;
         std::uint64_t& before = last[line.key.row->family];
-        if (line.key.row->has(acts) && known.last_done != nullptr && before > known.last_done->begun.number) {
-            found = found || line.state == State::accepted || line.state == State::sent;
-            line.state = line.state == State::accepted || line.state == State::sent ? State::again : line.state;
+        if (line.key.row->has(acts) && done != nullptr && before > done->begun.number && line.stands() &&
+            line.state != State::overtaken) {
+            found = true;
+            line.state = State::again;
         }
         line.due = selection_.holds(line) && !line.stands();
         if (line.due) {
             before = now;
-        } else if (line.state != State::overtaken && known.last_done != nullptr) {
-            before = std::max(before, known.last_done->begun.number);
+        } else if (line.state != State::overtaken && done != nullptr) {
+            before = std::max(before, done->begun.number);
         }
     }
     return found;
@@ -134,10 +116,10 @@ bool Planner::find_following(const History& history)
 Plan Planner::against(const History& history)
 {
     std::vector<Due>& lines = plan_.lines;
-    find_overtaken();
+    const auto overtaken_by = find_overtaken();
     for (std::size_t i = lines.size(); i-- > 0;) {
         judge(lines[i], history);
-        if (overtaken_by_[i] != i && lines[overtaken_by_[i]].stands() && lines[i].state != State::unknown) {
+        if (overtaken_by[i] != nullptr && overtaken_by[i]->stands() && lines[i].state != State::unknown) {
             lines[i].state = State::overtaken;
         }
     }
@@ -145,8 +127,8 @@ Plan Planner::against(const History& history)
     while (find_following(history)) {
         for (std::size_t i = lines.size(); i-- > 0;) {
             Due& line = lines[i];
-            const Due& later = lines[overtaken_by_[i]];
-            if (line.state == State::overtaken && later.state == State::again && line.key.row != later.key.row) {
+            if (line.state == State::overtaken && overtaken_by[i]->state == State::again &&
+                line.key.row != overtaken_by[i]->key.row) {
                 line.state = State::again;
             }
         }

@@ -88,15 +88,15 @@ public:
     Plan against(const History& history);
 
 private:
-    void find_overtaken();
+    // Per line: the next that is about the same thing, or undoes it; none.
+    std::vector<const Due*> find_overtaken();
     void judge(Due& line, const History& history) const;
     bool find_following(const History& history);
     void find_removed(const History& history);
 
     const Selection selection_;
     Plan plan_;
-    std::vector<std::size_t> overtaken_by_; // per line: the next about the same thing, or its own index
-    std::vector<std::size_t> secrets_;      // per line: a fingerprint of its secrets, within this process
+    std::vector<std::size_t> secrets_; // per line: a fingerprint of its secrets, within this process
 };
 
 } // namespace vorcfg

@@ -5,7 +5,14 @@
 
 #include <fmt/core.h>
 
+#include "call/verdict.hpp"
+
 namespace vorcfg {
+
+bool Entry::is_sent() const
+{
+    return ended.outcome == name_of(Outcome::sent) || ended.outcome == name_of(Outcome::unread);
+}
 
 bool can_be_taken_back(const CallKey& key, const Entry* before)
 {
@@ -18,17 +25,6 @@ namespace {
 [[noreturn]] void complain_not_begun(std::uint64_t number)
 {
     throw Complaint{fmt::format("call {} has not begun", number)};
-}
-
-// The other calls of the family that undo this one, or are undone by it.
-template <class Action>
-void for_opposites(const CallKey& key, Action action)
-{
-    for (const Row& other : key.row->family->rows) {
-        if (key.row->undoes(other)) {
-            action(subject_of(key, other));
-        }
-    }
 }
 
 } // namespace
@@ -65,27 +61,24 @@ void History::add(const CallEnded& record)
 void History::note(const Entry& entry)
 {
     Known& known = known_[subject_of(entry.begun.key)];
-    if (entry.ended.done.value_or(true) == false) {
-        const auto forget = [&](Known& each) { each.open = each.open == &entry ? nullptr : each.open; };
-        forget(known);
-        for_opposites(entry.begun.key, [&](const Subject& subject) { forget(known_[subject]); });
-        return;
-    }
-    const bool done = entry.ended.done.has_value();
-    if (done) {
+    const std::optional<bool>& done = entry.ended.done;
+    if (done == true) {
         known = {.standing = &entry, .open = nullptr, .last_done = &entry};
-    } else if (known.open == nullptr) {
+    } else if (!done && known.open == nullptr) {
         known.open = &entry;
+    } else if (done && known.open == &entry) {
+        known.open = nullptr;
     }
-    for_opposites(entry.begun.key, [&](const Subject& subject) {
+    for (const Subject& subject : opposites_of(entry.begun.key)) {
         Known& other = known_[subject];
-        if (done) {
-            other.standing = nullptr;
-            other.open = nullptr;
-        } else if (other.standing != nullptr && other.open == nullptr) {
+        if (done == true) {
+            other = {.last_done = other.last_done};
+        } else if (!done && other.standing != nullptr && other.open == nullptr) {
             other.open = &entry;
+        } else if (done && other.open == &entry) {
+            other.open = nullptr;
         }
-    });
+    }
 }
 
 const Known& History::of(const Subject& subject) const
@@ -109,10 +102,9 @@ std::vector<const Known*> History::known() const
 const Entry* History::replaced_by(const CallKey& key) const
 {
     const Entry* standing = of(subject_of(key)).standing;
-    for_opposites(key, [&](const Subject& subject) {
-        const Entry* const other = of(subject).standing;
-        standing = standing == nullptr ? other : standing;
-    });
+    for (const Subject& subject : opposites_of(key)) {
+        standing = standing == nullptr ? of(subject).standing : standing;
+    }
     return standing;
 }
 

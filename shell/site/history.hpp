@@ -15,6 +15,8 @@ namespace vorcfg {
 struct Entry {
     CallBegun begun;
     CallEnded ended; // where it came to that
+
+    bool is_sent() const; // one-way, or its verdict is never read
 };
 
 // Neither an act nor what has a secret can be made as it was before.

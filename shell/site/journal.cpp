@@ -10,6 +10,7 @@
 
 #include <fmt/core.h>
 
+#include "text/json.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
@@ -47,17 +48,7 @@ try {
     return Journal(path);
 }
 
-Journal Journal::open(const std::string& path, const std::string& gateway)
-{
-    return open(path, gateway, O_CREAT);
-}
-
-Journal Journal::reopen(const std::string& path)
-{
-    return open(path, {}, 0);
-}
-
-Journal Journal::open(const std::string& path, const std::string& gateway, int flags)
+Journal Journal::open(const std::string& path, int flags, const std::string& gateway)
 try {
     Journal journal(path);
     journal.file_ = vor::JsonLines(path, O_RDWR | O_APPEND | flags);
@@ -96,7 +87,7 @@ void Journal::load(bool repair)
     while (const auto line = file_.next()) {
         const std::uint64_t number = file_.number();
         const bool is_first = number == 1;
-        if (file_.torn() || (file_.at_end() && !is_first && !is_json(*line))) {
+        if (file_.torn() || (file_.at_end() && !is_first && !vor::Json::read(*line))) {
             vor::print_line(stderr, fmt::format("vorcfg: {}: line {} is torn{}", path_, number,
                                                 repair ? " and has been taken away" : ""));
             if (repair) {
@@ -104,17 +95,12 @@ void Journal::load(bool repair)
             }
             return;
         }
-        std::optional<Record> record;
         try {
-            record = record_in(*line, is_first);
-            if (record) {
-                history_.take(*record);
-            }
+            history_.take(record_in(*line, is_first));
+        } catch (const vor::JsonError&) {
+            complain(path_, fmt::format("line {} is broken", number));
         } catch (const Complaint& complaint) {
             complain(path_, fmt::format("line {}: {}", number, complaint.text));
-        }
-        if (!record) {
-            complain(path_, fmt::format("line {} is broken", number));
         }
     }
 }
@@ -129,17 +115,16 @@ try {
 
 void Journal::begin(const Planned& planned, const Entry* takes_back)
 {
-    CallKey key = key_of(planned);
     const auto number_of = [](const Entry* entry) {
         return entry != nullptr ? std::optional(entry->begun.number) : std::nullopt;
     };
-    const auto replaces = number_of(history_.replaced_by(key));
+    const CallKey key = key_of(planned);
     append(CallBegun{.number = history_.entries().size() + 1,
                      .at = stamp(),
                      .file = planned.place.file,
                      .line = planned.place.line,
-                     .key = std::move(key),
-                     .replaces = replaces,
+                     .key = key,
+                     .replaces = number_of(history_.replaced_by(key)),
                      .takes_back = number_of(takes_back)});
 }
 
@@ -152,21 +137,6 @@ void Journal::end(const Planned& planned, const Report& report)
                      .verdict = report.verdict.text,
                      .done = was_done(*planned.row, report.verdict.outcome, report.seen)},
            false);
-}
-
-void Journal::pend()
-{
-    append(ApplyPending{history_.entries().size() + 1, {}, 0});
-}
-
-void Journal::pend_until(const std::string& until, int process)
-{
-    append(ApplyPending{history_.pending()->first, until, process});
-}
-
-void Journal::decide(bool kept)
-{
-    append(ApplyDecided{kept});
 }
 
 } // namespace vorcfg

@@ -17,11 +17,9 @@ class Journal {
 public:
     // To look at; where there is none, nothing has been accepted. What is torn is said and stays.
     static Journal read(const std::string& path);
-    // To write, by nobody else at the same time: made where there is none, and repaired, which is said. With a name, it
-    // is of this gateway.
-    static Journal open(const std::string& path, const std::string& gateway);
-    // The same of one that must be there.
-    static Journal reopen(const std::string& path);
+    // To write, by nobody else at the same time: repaired, which is said, and with O_CREAT made where there is none.
+    // With a name, it is of this gateway.
+    static Journal open(const std::string& path, int flags = 0, const std::string& gateway = {});
 
     void check_gateway(const std::string& wanted) const; // no name: any
 
@@ -32,17 +30,13 @@ public:
     void begin(const Planned& planned, const Entry* takes_back = nullptr);
     void end(const Planned& planned, const Report& report);
 
-    void pend();                                            // what begins from now on waits to be confirmed
-    void pend_until(const std::string& until, int process); // it has been made, and this process waits
-    void decide(bool kept);                                 // or taken back
+    void append(const Record& record, bool on_disk = true);
     void sync() { fdatasync(file_.descriptor()); }
     void close() { file_.close(); } // for others to decide about
 
 private:
     explicit Journal(std::string path) : path_(std::move(path)) {}
-    static Journal open(const std::string& path, const std::string& gateway, int flags);
     void load(bool repair);
-    void append(const Record& record, bool on_disk = true);
 
     std::string path_;
     vor::JsonLines file_;

@@ -50,9 +50,66 @@ bool somebody_waits(const std::string& path)
     return waits;
 }
 
-bool is_decided(const std::string& path)
+struct Call {
+    const Entry* undone;
+    Planned planned;
+};
+
+// What is to be made, all of it known before the first call; of the rest it is
+// said why it is left.
+std::vector<Call> calls_back(const std::vector<History::Undo>& undos)
 {
-    return !Journal::read(path).history().pending().has_value();
+    std::vector<Call> calls;
+    for (const History::Undo& undo : undos) {
+        const CallBegun& begun = undo.entry->begun;
+        std::string why;
+        try {
+            if (undo.before != nullptr) {
+                calls.push_back({undo.entry, planned(undo.before->begun.key)});
+                calls.back().planned.place = {begun.file, begun.line, 0};
+                continue;
+            }
+        } catch (const Complaint& complaint) { // what another version kept
+            why = ": " + complaint.text;
+        }
+        vor::print_line(stdout, fmt::format("{}:{}: {}: cannot be taken back{}", vor::printable(begun.file), begun.line,
+                                            name_of(begun.key), why));
+    }
+    return calls;
+}
+
+// Everything of it once more with what stood before, the last first.
+int take_back(Journal& journal, const Options& options)
+{
+    const auto undos = journal.history().undos();
+    std::vector<Call> calls = calls_back(undos);
+    const std::size_t kept = undos.size() - calls.size();
+    const auto summary = [&](const Tally& tally, std::size_t left) {
+        return fmt::format("{}: {} accepted, {} sent, {} unread, {} failed, {} not made: {}{}\n",
+                           vor::printable(journal.path()), tally.accepted, tally.sent, tally.unread,
+                           tally.failed.size(), left,
+                           tally.failed.empty() && left == 0 ? "taken back" : "not all is taken back",
+                           kept != 0 ? fmt::format("; {} cannot be taken back", kept) : "");
+    };
+    Options going_on = options;
+    going_on.keep_going = true;
+    const Entry* undone = nullptr;
+    Account account(going_on, calls.size(), summary);
+    Making making(going_on, calls.size(), account,
+                  {.before = [&](const Planned& planned) { journal.begin(planned, undone); },
+                   .after = [&](const Planned& planned, const Report& report) { journal.end(planned, report); },
+                   .hang_up_ends = false});
+    for (Call& call : calls) {
+        undone = call.undone;
+        if (!making.make(call.planned) && making.ended()) {
+            break;
+        }
+    }
+    const int exit = making.finish();
+    if (making.tally().failed.empty() && exit != exit_ended) {
+        journal.append(ApplyDecided{.kept = false});
+    }
+    return exit;
 }
 
 // Of the process that waits: the journal is looked at whenever it changes. One
@@ -63,12 +120,12 @@ int wait_and_take_back(const std::string& path, const Options& options, Clock::t
     inotify_add_watch(changes, path.c_str(), IN_MODIFY);
     while (true) {
         try {
-            if (is_decided(path)) {
+            if (!Journal::read(path).history().pending()) {
                 return exit_ok;
             }
             const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
             if (left <= 0) {
-                Journal journal = Journal::reopen(path);
+                Journal journal = Journal::open(path);
                 return journal.history().pending() ? take_back(journal, options) : exit_ok;
             }
             pollfd change{changes, POLLIN, 0};
@@ -180,9 +237,9 @@ int tell_decision(const std::string& path, std::uint64_t first)
         vor::print_line(stdout, fmt::format("{}:{}: {}: taken back, {}", vor::printable(entry->begun.file),
                                             entry->begun.line, name_of(entry->begun.key), entry->ended.verdict));
     }
-    const std::string decision = undone.empty() ? "kept" : "taken back";
-    vor::print_line(stdout, journal.history().pending() ? pending_text(journal)
-                                                        : fmt::format("{}: {}", vor::printable(path), decision));
+    vor::print_line(stdout, journal.history().pending()
+                                ? pending_text(journal)
+                                : fmt::format("{}: {}", vor::printable(path), undone.empty() ? "kept" : "taken back"));
     return undone.empty() ? exit_ok : exit_ended;
 }
 
@@ -215,14 +272,14 @@ int wait_for_confirmation(Journal journal, const Options& options)
 {
     const std::string path = journal.path();
     if (journal.history().undos().empty()) { // nothing of it was done
-        journal.decide(true);
+        journal.append(ApplyDecided{.kept = true});
         return exit_ok;
     }
     const std::chrono::seconds time(*options.confirm);
     const std::string until = stamp(time);
     const Waiter waiter = start_waiting(journal, options, Clock::now() + time);
-    journal.pend_until(until, waiter.process);
     const std::uint64_t first = journal.history().pending()->first;
+    journal.append(ApplyPending{first, until, waiter.process});
     journal.close();
     const bool asks = at_terminal();
     if (asks) {
@@ -244,15 +301,30 @@ int wait_for_confirmation(Journal journal, const Options& options)
     }
 }
 
+namespace {
+
+Journal pending_journal(const std::string& path, const char* what)
+{
+    Journal journal = Journal::open(path);
+    if (!journal.history().pending()) {
+        throw Complaint{fmt::format("{}: nothing waits to be {}", path, what), exit_journal};
+    }
+    return journal;
+}
+
+} // namespace
+
 int run_confirm(const std::string& path, const Options&)
 {
-    Journal journal = Journal::reopen(path);
-    if (!journal.history().pending()) {
-        throw Complaint{fmt::format("{}: nothing waits to be confirmed", path), exit_journal};
-    }
-    journal.decide(true);
+    pending_journal(path, "confirmed").append(ApplyDecided{.kept = true});
     vor::print_line(stdout, fmt::format("{}: kept", vor::printable(path)));
     return exit_ok;
+}
+
+int run_revert(const std::string& path, const Options& options)
+{
+    Journal journal = pending_journal(path, "taken back");
+    return take_back(journal, options);
 }
 
 } // namespace vorcfg

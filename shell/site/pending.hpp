@@ -17,7 +17,4 @@ std::string pending_text(const Journal& journal);
 // Waits in a process of its own, which outlives the terminal, and on a terminal for Enter. The journal is closed.
 int wait_for_confirmation(Journal journal, const Options& options);
 
-// Everything of it once more with what stood before, the last first.
-int take_back(Journal& journal, const Options& options);
-
 } // namespace vorcfg

@@ -44,15 +44,6 @@ RawText bytes_in(std::string_view digits)
     return bytes;
 }
 
-Json json_of(const KeptValues& values)
-{
-    Json json = Json::array();
-    for (const KeptValue& value : values) {
-        json.push_back(json_of(value));
-    }
-    return json;
-}
-
 KeptValue value_in(std::string_view name, const Json& json)
 {
     if (json.type() == Json::Type::integer) {
@@ -94,12 +85,20 @@ CallKey key_in(const Json& json)
     if (!arguments.is_object()) {
         throw Complaint{"its arguments have no names"};
     }
-    std::vector<KeptValues> values;
-    for (const Argument& argument : row->arguments()) {
-        const Json* const value = arguments.find(argument.name);
-        values.push_back(value != nullptr ? values_in(argument, *value) : KeptValues());
+    const auto known = row->arguments();
+    std::vector<KeptValues> values(known.size());
+    decltype(CallKey::unknown) unknown;
+    for (const auto& [name, value] : arguments.members()) {
+        const auto argument = std::ranges::find(known, name, &Argument::name);
+        if (argument == known.end()) {
+            unknown.emplace_back(name, value_in(name, value));
+        } else {
+            values[static_cast<std::size_t>(argument - known.begin())] = values_in(*argument, value);
+        }
     }
-    return key_of(*row, std::move(values), json.contains("secret"));
+    CallKey key = key_of(*row, std::move(values), json.contains("secret"));
+    key.unknown = std::move(unknown);
+    return key;
 }
 
 std::optional<std::uint64_t> number_in(const Json& json, const char* name)
@@ -117,9 +116,7 @@ std::string user()
 Json json_of(const GatewayNamed& record)
 {
     Json json = Json::object();
-    if (record.is_first) {
-        json["vorcfg_journal"] = version;
-    }
+    json.add("vorcfg_journal", record.is_first ? version : 0);
     json["gateway"] = record.gateway;
     json["at"] = stamp();
     return json;
@@ -134,15 +131,9 @@ Json json_of(const CallBegun& record)
     }
     json["call"] = record.key.row->full_name();
     json["arguments"] = values_json(record.key);
-    if (record.key.secret) {
-        json["secret"] = true;
-    }
-    if (record.replaces) {
-        json["replaces"] = *record.replaces;
-    }
-    if (record.takes_back) {
-        json["takes_back"] = *record.takes_back;
-    }
+    json.add("secret", record.key.secret);
+    json.add("replaces", record.replaces);
+    json.add("takes_back", record.takes_back);
     return json;
 }
 
@@ -152,16 +143,14 @@ Json json_of(const CallEnded& record)
             {"at", record.at},
             {"outcome", record.outcome},
             {"verdict", record.verdict},
-            {"done", record.done ? Json(*record.done) : Json()}};
+            {"done", record.done}};
 }
 
 Json json_of(const ApplyPending& record)
 {
     Json json{{"pending", record.first}};
-    if (!record.until.empty()) {
-        json["until"] = record.until;
-        json["process"] = record.process;
-    }
+    json.add("until", record.until);
+    json.add("process", record.process);
     json["at"] = stamp();
     return json;
 }
@@ -171,19 +160,43 @@ Json json_of(const ApplyDecided& record)
     return {{record.kept ? "confirmed" : "taken_back", true}, {"at", stamp()}, {"by", user()}};
 }
 
-void check_first(const Json& json)
+} // namespace
+
+Json values_json(const CallKey& key)
 {
-    const Json* const known = json.find("vorcfg_journal");
-    if (known == nullptr) {
-        throw Complaint{"is no journal"};
+    Json values = Json::object();
+    for (std::size_t i = 0; i < key.values.size(); i++) {
+        const Argument& argument = key.row->arguments()[i];
+        if (argument.is_list) {
+            Json& items = values[argument.name] = Json::array();
+            for (const KeptValue& value : key.values[i]) {
+                items.push_back(json_of(value));
+            }
+        } else if (!key.values[i].empty()) {
+            values[argument.name] = json_of(key.values[i].front());
+        }
     }
-    if (*known != Json(version)) {
-        throw Complaint{fmt::format("a journal of version {}, and this vorcfg knows {}", vor::dump(*known), version)};
+    for (const auto& [name, value] : key.unknown) {
+        values[name] = json_of(value);
     }
+    return values;
 }
 
-Record record_in(const Json& json)
+std::string text_of(const Record& record)
 {
+    return vor::dump(std::visit([](const auto& each) { return json_of(each); }, record));
+}
+
+Record record_in(std::string_view line, bool is_first)
+{
+    const Json json = Json::parse(line);
+    const Json* const known = json.find("vorcfg_journal");
+    if (is_first && known == nullptr) {
+        throw Complaint{"is no journal"};
+    }
+    if (is_first && *known != Json(version)) {
+        throw Complaint{fmt::format("a journal of version {}, and this vorcfg knows {}", vor::dump(*known), version)};
+    }
     if (json.contains("begin")) {
         return CallBegun{.number = json["begin"].number<std::uint64_t>(),
                          .at = json.at("at").string(),
@@ -208,45 +221,9 @@ Record record_in(const Json& json)
         return ApplyDecided{json.contains("confirmed")};
     }
     if (json.contains("gateway")) {
-        return GatewayNamed{json["gateway"].string(), json.contains("vorcfg_journal")};
+        return GatewayNamed{json["gateway"].string(), known != nullptr};
     }
     throw Complaint{"no record of this version"};
-}
-
-} // namespace
-
-Json values_json(const CallKey& key)
-{
-    Json values = Json::object();
-    for (std::size_t i = 0; i < key.values.size(); i++) {
-        const Argument& argument = key.row->arguments()[i];
-        Json items = json_of(key.values[i]);
-        if (argument.is_list || !items.empty()) {
-            values[argument.name] = argument.is_list ? std::move(items) : items.elements().front();
-        }
-    }
-    return values;
-}
-
-std::string text_of(const Record& record)
-{
-    return vor::dump(std::visit([](const auto& each) { return json_of(each); }, record));
-}
-
-std::optional<Record> record_in(std::string_view line, bool is_first)
-try {
-    const Json json = Json::parse(line);
-    if (is_first) {
-        check_first(json);
-    }
-    return record_in(json);
-} catch (const vor::JsonError&) {
-    return {};
-}
-
-bool is_json(std::string_view line)
-{
-    return Json::read(line).has_value();
 }
 
 std::string stamp(std::chrono::seconds from_now)

@@ -42,8 +42,8 @@ struct CallEnded {
 // A confirmed apply that is neither confirmed nor taken back.
 struct ApplyPending {
     std::uint64_t first; // its calls from this number on
-    std::string until;   // a stamp; empty while it is being made
-    int process;         // which waits
+    std::string until{}; // a stamp; empty while it is being made
+    int process = 0;     // which waits
 };
 
 struct ApplyDecided {
@@ -54,9 +54,8 @@ using Record = std::variant<GatewayNamed, CallBegun, CallEnded, ApplyPending, Ap
 
 // Who writes it, and when, stands in a record that does not say so itself.
 std::string text_of(const Record& record);
-// Nothing of a line that is broken. Throws a Complaint about what says nothing to this version.
-std::optional<Record> record_in(std::string_view line, bool is_first);
-bool is_json(std::string_view line);
+// Throws a JsonError about a line that is broken, a Complaint about what says nothing to this version.
+Record record_in(std::string_view line, bool is_first);
 
 // The values by their arguments' names.
 vor::Json values_json(const CallKey& key);

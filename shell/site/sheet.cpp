@@ -1,23 +1,48 @@
-#include "site/sheet.hpp"
-
+// The hand-over sheet of a site, from its journal.
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
 
 #include <fmt/core.h>
 
-#include "call/verdict.hpp"
+#include "output/output.hpp"
 #include "rows/contract.hpp"
 #include "rows/families.hpp"
 #include "site/commands.hpp"
 #include "site/pending.hpp"
 #include "site/show.hpp"
 #include "style_texts.hpp"
+#include "text/json.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
 
+using vor::Json;
+
 namespace {
+
+struct SheetLine {
+    std::string name; // without the family's
+    std::string values;
+    std::string verdict;
+    std::string when;
+    bool open = false;
+};
+
+struct SheetSection {
+    const Family* family;
+    std::vector<SheetLine> lines;
+};
+
+struct Sheet {
+    std::string title;
+    std::vector<SheetSection> sections;
+    std::size_t settled = 0;
+    std::size_t open = 0;
+    std::string first;
+    std::string last;
+    std::string note; // of what may not stay
+};
 
 SheetLine line_of(const Known& known)
 {
@@ -27,13 +52,11 @@ SheetLine line_of(const Known& known)
     if (known.open != nullptr) {
         return {name, values_of(known.open->begun.key), "unknown", minute_of(known.open->begun.at), true};
     }
-    const std::string& outcome = entry.ended.outcome;
-    const bool unread = outcome == name_of(Outcome::unread) || outcome == name_of(Outcome::sent);
-    return {name, values_of(key), unread ? "sent, no verdict comes" : outcome, minute_of(entry.ended.at)};
+    return {name, values_of(key), entry.is_sent() ? "sent, no verdict comes" : entry.ended.outcome,
+            minute_of(entry.ended.at)};
 }
 
-} // namespace
-
+// The calls of a family in the order of its rows, those of one call in the order of their objects.
 Sheet sheet_of(const Journal& journal)
 {
     const History& history = journal.history();
@@ -61,8 +84,6 @@ Sheet sheet_of(const Journal& journal)
     return sheet;
 }
 
-namespace {
-
 std::string counts_of(const Sheet& sheet)
 {
     std::string text = vor::counted(sheet.settled, "setting");
@@ -72,8 +93,6 @@ std::string counts_of(const Sheet& sheet)
 }
 
 constexpr const char* meaning = "What the gateway accepted, and when; what it holds now cannot be read back.";
-
-} // namespace
 
 std::string text_of(const Sheet& sheet)
 {
@@ -92,8 +111,6 @@ std::string text_of(const Sheet& sheet)
     }
     return text;
 }
-
-namespace {
 
 std::string html(std::string_view text)
 {
@@ -116,8 +133,7 @@ std::string html(std::string_view text)
     return out;
 }
 
-} // namespace
-
+// One page that needs nothing from elsewhere.
 std::string html_of(const Sheet& sheet)
 {
     std::string text = fmt::format("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
@@ -141,6 +157,25 @@ std::string html_of(const Sheet& sheet)
     }
     return text + "<footer><div>Handed over by, date</div><div>Taken over by, date</div></footer>\n</body>\n</html>\n";
 }
+
+std::string json_of(const Sheet& sheet)
+{
+    Json lines = Json::array();
+    for (const SheetSection& section : sheet.sections) {
+        for (const SheetLine& line : section.lines) {
+            lines.push_back({{"family", section.family->name},
+                             {"name", line.name},
+                             {"values", line.values},
+                             {"verdict", line.verdict},
+                             {"when", line.when}});
+        }
+    }
+    const Json json{{"schema", schema},      {"report", sheet.title},          {"settled", sheet.settled},
+                    {"unknown", sheet.open}, {"pending", !sheet.note.empty()}, {"lines", std::move(lines)}};
+    return vor::dump(json) + '\n';
+}
+
+} // namespace
 
 int run_report(const std::string& path, const Options& options)
 {

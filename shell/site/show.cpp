@@ -6,9 +6,13 @@
 #include <fmt/core.h>
 
 #include "call/verdict.hpp"
+#include "output/output.hpp"
+#include "text/json.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
+
+using vor::Json;
 
 namespace {
 
@@ -82,6 +86,61 @@ std::string not_compared_text(const PlanTally& tally)
                : "";
 }
 
+std::string json_of(const Due& line, const std::string& file)
+{
+    Json json{{"schema", schema}, {"file", file}};
+    json.add("line", line.line);
+    json["call"] = line.key.row->full_name();
+    json["arguments"] = values_json(line.key);
+    if (line.key.secret) {
+        json["secret"] = "not compared";
+    }
+    json["state"] = states[static_cast<std::size_t>(line.state)].name;
+    json["due"] = line.due;
+    if (line.before != nullptr) {
+        json["was"] = {{"arguments", values_json(line.before->begun.key)},
+                       {"outcome", line.before->ended.outcome},
+                       {"at", line.before->ended.at}};
+    }
+    if (line.open != nullptr) {
+        json["begun"] = {{"arguments", values_json(line.open->begun.key)}, {"at", line.open->begun.at}};
+    }
+    return vor::dump(json) + '\n';
+}
+
+std::string json_of(const Plan& plan, const Shown& to)
+{
+    const PlanTally tally = plan.tally();
+    Json json{{"schema", schema}, {"plan", to.file}, {"journal", to.journal}, {"due", tally.due}};
+    for (const StateName& each : states) {
+        json[each.name] = tally[each.state];
+    }
+    json["secrets_not_compared"] = tally.not_compared;
+    json["left_to_batch"] = plan.asking;
+    json["exit"] = tally.due != 0 ? exit_due : exit_ok;
+    return vor::dump(json) + '\n';
+}
+
+std::string json_of(const Plan& plan, const Tally& calls, std::size_t left, const Shown& to)
+{
+    const PlanTally tally = plan.tally();
+    const Json json{{"schema", schema},
+                    {"apply", to.file},
+                    {"journal", to.journal},
+                    {"accepted", calls.accepted},
+                    {"sent", calls.sent},
+                    {"unread", calls.unread},
+                    {"unknown", calls.unknown},
+                    {"refused", calls.refused},
+                    {"failed_lines", Json::array(calls.failed)},
+                    {"not_made", left},
+                    {"left_unknown", tally.left_unknown},
+                    {"before", tally[State::accepted] + tally[State::sent]},
+                    {"secrets_not_compared", tally.not_compared},
+                    {"exit", calls.worst}};
+    return vor::dump(json) + '\n';
+}
+
 } // namespace
 
 std::string values_of(const CallKey& key)
@@ -104,7 +163,7 @@ std::string values_of(const CallKey& key)
 std::string line_of(const Due& line, const Shown& to)
 {
     if (to.json) {
-        return json_of(line, to);
+        return json_of(line, to.file);
     }
     const std::string place =
         line.line != 0 ? fmt::format("{}:{}", vor::printable(to.file), line.line) : vor::printable(to.journal);

@@ -25,9 +25,4 @@ std::string warnings_of(const Plan& plan, const Shown& shown);
 // "ip_address 192.168.1.10, subnet_mask 255.255.255.0", without what names the object
 std::string values_of(const CallKey& key);
 
-// One object on one line, ended.
-std::string json_of(const Due& line, const Shown& shown);
-std::string json_of(const Plan& plan, const Shown& shown);
-std::string json_of(const Plan& plan, const Tally& calls, std::size_t left, const Shown& shown);
-
 } // namespace vorcfg

@@ -10,6 +10,7 @@
 
 #include <fmt/core.h>
 
+#include "server/commands.hpp"
 #include "server/control.hpp"
 #include "server/options.hpp"
 #include "text/parse.hpp"

@@ -11,6 +11,7 @@
 #include "record/stored.hpp"
 #include "server/control.hpp"
 #include "server/messages.hpp"
+#include "server/options.hpp"
 #include "tables/managers.hpp"
 #include "text/json.hpp"
 #include "text/parse.hpp"

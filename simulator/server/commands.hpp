@@ -1,50 +1,13 @@
 // commands.hpp: what a running gateway is asked and told, as a line: one table, one parser.
 #pragma once
 
-#include <chrono>
 #include <cstdint>
-#include <functional>
 #include <span>
-#include <string>
 #include <string_view>
-#include <variant>
 
-#include "record/filter.hpp"
-#include "server/options.hpp"
+#include "server/command.hpp"
 
 namespace vorsim {
-
-class Control;
-class Messages;
-class Recorder;
-struct World;
-
-// What commands are about.
-struct Running {
-    World& world;
-    Messages& messages;
-    Control& control;
-    const Recorder& recorder;
-    bool konfd_served = false;
-};
-
-// Answered at once; what it throws is the answer, too.
-using Request = std::function<std::string(Running& running)>;
-
-struct Watch {
-    enum class As : std::uint8_t { line, json, event }; // an event: its number, a blank, and JSON without the bytes
-    As as = As::line;
-    Filter filter;
-};
-struct Wait {
-    std::string call;
-    std::string object; // empty: any
-    std::chrono::milliseconds within{10'000};
-};
-
-struct Quit {};
-
-using Command = std::variant<Request, Watch, Wait, Quit>;
 
 struct CommandRow {
     // What goes over the connection besides an answer.

@@ -12,6 +12,7 @@
 #include <vorinfra_manager.h>
 
 #include "record/json.hpp"
+#include "server/options.hpp"
 #include "text/json.hpp"
 #include "text/text.hpp"
 
@@ -103,7 +104,7 @@ bool Control::answer_all()
 std::string Control::answer_to(Client& client, const std::string& request)
 {
     try {
-        const Command command = parse_command(request);
+        const Command command = parse_(request);
         if (const auto* const wanted = std::get_if<Watch>(&command)) {
             return watch(client, *wanted);
         }

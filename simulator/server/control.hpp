@@ -13,8 +13,9 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 
-#include "server/commands.hpp"
+#include "server/command.hpp"
 #include "sockets/unix_socket.hpp"
 #include "values/record.hpp"
 
@@ -27,7 +28,9 @@ std::string control_path(const std::string& directory);
 
 class Control {
 public:
-    Control(Loop& loop, Running& running) : loop_(loop), running_(running) {}
+    using Parse = Command (*)(std::string_view request); // throws a UsageError
+
+    Control(Loop& loop, Running& running, Parse parse) : loop_(loop), running_(running), parse_(parse) {}
 
     // Throws InUse where another gateway does.
     void listen(const std::string& path);
@@ -65,6 +68,7 @@ private:
 
     Loop& loop_;
     Running& running_;
+    const Parse parse_;
     Clients clients_;
     std::vector<int> fresh_; // clients that asked in this turn: what was sent to managers before is served first
     std::vector<int> asked_; // in the one before

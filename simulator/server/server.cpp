@@ -16,6 +16,7 @@
 #include <vorinfra_manager.h>
 
 #include "faults/parse.hpp"
+#include "server/commands.hpp"
 #include "tables/managers.hpp"
 
 namespace vorsim {
@@ -57,7 +58,7 @@ Server::Server(const Options& options)
       directory_(directory()), stop_requests_(stop_requests()),
       world_({.seed = options.seed, .show_secrets = options.show_secrets},
              {.show_secrets = options.show_secrets, .lenient = options.lenient_konfd}),
-      control_(loop_, running_), recorder_(loop_, control_, world_.counters),
+      control_(loop_, running_, parse_command), recorder_(loop_, control_, world_.counters),
       messages_(loop_, world_, recorder_, options.seed, options.delays, options.show_secrets), running_{world_,
                                                                                                         messages_,
                                                                                                         control_,

@@ -7,6 +7,7 @@
 
 #include "page_files.hpp" // of the files in files/, by the build
 #include "server/commands.hpp"
+#include "server/options.hpp"
 #include "text/parse.hpp"
 
 namespace vorsim::page {

@@ -65,12 +65,13 @@ public:
         return of(Array(values.begin(), values.end()));
     }
 
+    // What is copied, shown and given back by recursion.
+    static constexpr std::size_t deep_enough = 10000;
     // Throws a JsonError that says what is wrong and where; of two members of one name the later counts. Nothing is
     // built of what is nested deeper.
-    static Json parse(std::string_view text, std::size_t deepest = std::numeric_limits<std::size_t>::max());
+    static Json parse(std::string_view text, std::size_t deepest = deep_enough);
     // The same; none where the text is not JSON.
-    static std::optional<Json> read(std::string_view text,
-                                    std::size_t deepest = std::numeric_limits<std::size_t>::max());
+    static std::optional<Json> read(std::string_view text, std::size_t deepest = deep_enough);
 
     const Held& held() const { return held_; }
     Type type() const { return static_cast<Type>(held_.index()); }

@@ -22,8 +22,7 @@ std::string_view OptionWords::value_of(const Option& option, const std::string* 
         throw OptionError(fmt::format("{} needs a value", option.name));
     }
     used += value ? 0 : 1;
-    const std::string_view given = value ? *value : std::string_view(*next);
-    return !given.empty() ? given : throw OptionError(fmt::format("{}: its value is empty", option.name));
+    return value ? *value : std::string_view(*next);
 }
 
 std::string Operands::take(std::string_view what)

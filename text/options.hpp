@@ -67,7 +67,7 @@ public:
     template <class Into, std::size_t Size>
     bool take_option(const OptionOf<Into> (&rows)[Size], Into& into)
     {
-        const OptionWords typed(empty() ? "" : front());
+        const OptionWords typed(empty() ? std::string_view() : std::string_view(front()));
         const auto* const row = std::ranges::find(rows, typed.name, &Option::name);
         if (row == std::end(rows)) {
             return false;

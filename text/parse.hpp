@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -38,7 +39,8 @@ std::optional<Number> number_in(std::string_view text)
                                                          : std::nullopt;
     }
     const std::int64_t number = integer->bounded();
-    return std::in_range<Number>(number) ? std::optional(static_cast<Number>(number)) : std::nullopt;
+    const bool fits = std::is_signed_v<Number> && std::in_range<Number>(number) && integer->magnitude <= 1ULL << 63U;
+    return fits ? std::optional(static_cast<Number>(number)) : std::nullopt;
 }
 
 // "500ms", "10s", "2m" or "2min", "1h", and "10" where bare seconds are taken; a day at most.

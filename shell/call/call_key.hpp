@@ -16,7 +16,7 @@ namespace vorcfg {
 struct RawText {
     std::string text;
 
-    auto operator<=>(const RawText&) const = default;
+    auto operator<=>(const RawText&) const = default; // NOLINT(modernize-use-nullptr): compares with a literal 0
 };
 
 using KeptValue = std::variant<std::int64_t, RawText, std::string>;
@@ -43,7 +43,7 @@ struct Subject {
     const Row* row = nullptr;
     std::vector<KeptValues> objects;
 
-    auto operator<=>(const Subject&) const = default;
+    auto operator<=>(const Subject&) const = default; // NOLINT(modernize-use-nullptr): as above
 };
 
 Subject subject_of(const CallKey& key);

@@ -17,6 +17,6 @@ struct Planned {
 };
 
 // The call that a line means. Throws a Complaint that names the word.
-Planned plan(std::span<const Word> words, Secrets& secrets, const Place& place = {});
+Planned plan(std::span<const Word> line, Secrets& secrets, const Place& place = {});
 
 } // namespace vorcfg

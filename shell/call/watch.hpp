@@ -31,7 +31,7 @@ public:
     };
 
     // The call's values tell what is a secret; a record answered has no status in front.
-    Watch(Settings wanted, const Row& row, std::span<const Value> values);
+    Watch(Settings wanted, const Row& called, std::span<const Value> given);
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
     ~Watch();

@@ -45,8 +45,10 @@ void take_seconds(Options& options, const OptionRow& row, std::string_view value
     constexpr std::chrono::seconds second(1);
     constexpr unsigned day = 86400;
     const auto time = vor::time_in(value, vor::Bare::seconds);
-    const auto whole =
-        time && (*time % second).count() == 0 ? std::optional(static_cast<unsigned>(*time / second)) : std::nullopt;
+    std::optional<unsigned> whole;
+    if (time && *time % second == time->zero()) {
+        whole = static_cast<unsigned>(*time / second);
+    }
     options.*Member = within(1, day, whole, row, value, "number of seconds");
 }
 
@@ -180,7 +182,11 @@ try {
         if (!row->value.empty() && !option.value && next == nullptr) {
             throw Complaint{fmt::format("{}: its value is missing", row->name)};
         }
-        row->take(options, *row, option.value_of(*row, next, used));
+        const std::string_view value = option.value_of(*row, next, used);
+        if (!row->value.empty() && value.empty()) {
+            throw Complaint{fmt::format("{}: its value is empty", row->name)};
+        }
+        row->take(options, *row, value);
         options.given.push_back(row);
     }
     return options;

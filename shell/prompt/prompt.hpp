@@ -26,6 +26,6 @@ inline constexpr const char* prompt_text = "vorcfg> ";
 
 // Each line is run with its own options besides those given. Of a pipe the exit code is that of the worst line; a
 // terminal's session ends with 0.
-int run_prompt(const Options& options);
+int run_prompt(const Options& given);
 
 } // namespace vorcfg

@@ -42,6 +42,9 @@ std::string checked(const std::string& answer)
 Asked::Asked(const std::string& line, const std::optional<std::string>& document)
     : socket_(connect_to(control_path(directory())))
 {
+    if (line.find_first_of(std::string_view("\n\0", 2)) != line.npos) { // they would end it
+        refuse_line();
+    }
     if (socket_.get() < 0) {
         parse_command(line); // what is wrong with it matters more
         throw std::runtime_error(fmt::format("no vorsim runs in {}", directory()));

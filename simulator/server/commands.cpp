@@ -24,7 +24,6 @@ using vor::Json;
 using Carries = CommandRow::Carries;
 
 constexpr std::size_t longest_line = 4000;
-constexpr std::size_t deepest_state = 10000; // of what is copied and shown by recursion
 
 vor::Operands operands_in(std::string_view text)
 {
@@ -204,7 +203,7 @@ Command read_reset(std::string_view text)
 
 void load(World& world, const std::string& file, const std::string& text)
 {
-    const Json document = Json::read(text, deepest_state).value_or(Json());
+    const Json document = Json::read(text).value_or(Json());
     if (!document.is_object() || document.value("schema", 0) != 1) {
         throw std::runtime_error(fmt::format("{} is no state of a schema that is known (1)", file));
     }
@@ -391,13 +390,15 @@ const CommandRow* command_named(std::string_view word)
     return row != std::end(rows) ? row : nullptr;
 }
 
+void refuse_line()
+{
+    throw UsageError(fmt::format("a command has at most {} bytes and no control characters", longest_line));
+}
+
 Command parse_command(std::string_view request)
 {
-    const UsageError unreadable(fmt::format("a command has at most {} bytes and no control characters", longest_line));
     const std::string_view line = request.substr(0, request.find('\n'));
-    if (line.size() > longest_line || std::ranges::any_of(line, [](unsigned char c) { return c < 0x20; })) {
-        throw unreadable;
-    }
+    const auto is_control = [](unsigned char c) { return c < 0x20; };
     try {
         for (const CommandRow& row : rows) {
             std::string_view operands = line;
@@ -405,8 +406,11 @@ Command parse_command(std::string_view request)
                 continue;
             }
             const bool carries = row.carries == Carries::document;
-            Command command = row.read(carries ? request.substr(line.size() - operands.size()) : operands);
-            return carries || line.size() == request.size() ? command : throw unreadable;
+            if ((row.sentence && (line.size() > longest_line || std::ranges::any_of(line, is_control))) ||
+                (!carries && line.size() != request.size())) {
+                refuse_line();
+            }
+            return row.read(carries ? request.substr(line.size() - operands.size()) : operands);
         }
     } catch (const vor::WordError& error) {
         throw UsageError(fmt::format("column {}: {}", error.column, error.what()));

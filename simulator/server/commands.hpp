@@ -27,6 +27,8 @@ std::span<const CommandRow> command_rows();
 const CommandRow* command_named(std::string_view word);
 std::string_view first_word(std::string_view line);
 
+// Throws the UsageError about a line that cannot be taken as one.
+[[noreturn]] void refuse_line();
 // Reads a line and, behind its end, the document that it carries. Throws a UsageError.
 Command parse_command(std::string_view request);
 

@@ -75,6 +75,7 @@ pid_t spawn(const std::string& program, bool control, int socket, int listener)
     posix_spawn_file_actions_adddup2(&actions, socket, STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, listener, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, STDERR_FILENO, STDERR_FILENO); // kept open
+    posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);    // whoever started vorsim may have others
     errno = posix_spawn(&child, program.c_str(), &actions, nullptr, arguments, environ);
     posix_spawn_file_actions_destroy(&actions);
     return errno == 0 ? child : -1;

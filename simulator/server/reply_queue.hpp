@@ -1,4 +1,4 @@
-// outbox.hpp: answers on their way: at once, later, or behind another's.
+// reply_queue.hpp: answers on their way: at once, later, or behind another's.
 #pragma once
 
 #include <map>

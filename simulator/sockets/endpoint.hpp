@@ -1,4 +1,4 @@
-// inlet.hpp: a manager's endpoint, and what is known of the message at its head.
+// endpoint.hpp: a manager's endpoint, and what is known of the message at its head.
 #pragma once
 
 #include <chrono>

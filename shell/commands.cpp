@@ -4,7 +4,6 @@
 #include <thread>
 
 #include <fmt/core.h>
-#include <fmt/ranges.h>
 
 #include "call/batch.hpp"
 #include "call/runner.hpp"
@@ -179,7 +178,7 @@ int run_docs(const Options& options)
 int run_manual(const Options& options)
 {
     const std::string* const page = word_behind(options);
-    return print(page != nullptr ? manual(*page) : fmt::format("{}\n", fmt::join(manual_pages(), "\n")));
+    return print(page != nullptr ? manual(*page) : vor::joined(manual_pages(), "\n") + "\n");
 }
 
 int run_completion(const Options& options)

@@ -196,14 +196,14 @@ private:
     std::string out_;
 };
 
-bool is_plain(char character)
+bool stands_as_it_is(char character)
 {
     return character >= ' ' && character < 0x7f && character != '"' && character != '\\';
 }
 
 void Writer::operator()(const std::string& text)
 {
-    if (std::ranges::all_of(text, is_plain)) {
+    if (std::ranges::all_of(text, stands_as_it_is)) {
         out_ += fmt::format("\"{}\"", text);
         return;
     }

@@ -4,7 +4,8 @@
 #include <cctype>
 
 #include <fmt/core.h>
-#include <fmt/ranges.h>
+
+#include "text/text.hpp"
 
 namespace vor {
 
@@ -109,7 +110,7 @@ std::string suggestion(std::span<const std::string> names, std::string_view othe
     }
     const auto shown = names.first(std::min(names.size(), most_named));
     const std::size_t more = names.size() - shown.size();
-    return fmt::format("; is it {}{} {}?", fmt::join(shown.first(shown.size() - 1), ", "), more == 0 ? " or" : ",",
+    return fmt::format("; is it {}{} {}?", joined(shown.first(shown.size() - 1), ", "), more == 0 ? " or" : ",",
                        more == 0 ? shown.back() : fmt::format("{} or one of {} more", shown.back(), more));
 }
 

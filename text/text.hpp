@@ -26,6 +26,17 @@ std::string dotted(std::uint32_t address);
 // "1 message", "2 messages"
 std::string counted(std::uint64_t number, std::string_view what);
 
+template <class Texts>
+std::string joined(const Texts& texts, std::string_view between)
+{
+    std::string all;
+    for (const std::string_view text : texts) {
+        all += all.empty() ? "" : between;
+        all += text;
+    }
+    return all;
+}
+
 // Written at once; a reader that is gone stops nobody.
 void print(std::FILE* to, std::string_view text);
 void print_line(std::FILE* to, std::string_view line);

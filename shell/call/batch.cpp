@@ -5,10 +5,10 @@
 #include <filesystem>
 
 #include <fmt/core.h>
-#include <fmt/ranges.h>
 
 #include "call/session.hpp"
 #include "input/terminal.hpp"
+#include "text/text.hpp"
 
 namespace vorcfg {
 
@@ -120,7 +120,7 @@ void ask_before(const std::vector<std::string>& cutting, const Options& options)
     if (cutting.empty() || options.yes || options.dry_run || !at_terminal()) {
         return;
     }
-    if (!agreed(fmt::format("{} may cut the link that you work over; go on?", fmt::join(cutting, ", ")))) {
+    if (!agreed(fmt::format("{} may cut the link that you work over; go on?", vor::joined(cutting, ", ")))) {
         throw Complaint{"nothing was sent"};
     }
 }

@@ -4,7 +4,6 @@
 #include <map>
 
 #include <fmt/core.h>
-#include <fmt/ranges.h>
 
 #include "rows/families.hpp"
 #include "rows/reading.hpp"
@@ -61,7 +60,7 @@ const Argument* named_argument(const Row& row, const Word& word, bool after_a_na
     if (!near.empty() || after_a_name || word.quoted) {
         const bool hidden = std::ranges::any_of(row.arguments(), &Argument::is_secret); // it may be misplaced
         throw Complaint{.text = fmt::format("no argument \"{}\"{}", hidden ? vor::mask : name,
-                                            vor::suggestion(near, fmt::format("wanted: {}", fmt::join(known, " ")))),
+                                            vor::suggestion(near, "wanted: " + vor::joined(known, " "))),
                         .word = word.index};
     }
     return nullptr;

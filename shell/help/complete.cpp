@@ -3,7 +3,6 @@
 #include <filesystem>
 
 #include <fmt/core.h>
-#include <fmt/ranges.h>
 
 #include "help/help.hpp"
 #include "input/complaint.hpp"
@@ -297,7 +296,7 @@ std::string_view completion_script(std::string_view shell)
     const auto found = std::ranges::find(script_texts, shell, &vor::BuiltIn::stem);
     if (found == std::end(script_texts)) {
         throw Complaint{
-            fmt::format("no completion for \"{}\"; wanted: {}", shell, fmt::join(completed_shells(), ", "))};
+            fmt::format("no completion for \"{}\"; wanted: {}", shell, vor::joined(completed_shells(), ", "))};
     }
     return found->text;
 }

@@ -1,5 +1,4 @@
 #include <fmt/core.h>
-#include <fmt/ranges.h>
 
 #include "output/output.hpp"
 #include "text/text.hpp"
@@ -61,7 +60,10 @@ std::string text_of(const Tally& tally, const std::string& name, std::size_t lef
     }
     text += fmt::format(", {} failed", tally.failed.size());
     if (!tally.failed.empty()) {
-        text += fmt::format(" at line{} {}", tally.failed.size() == 1 ? "" : "s", fmt::join(tally.failed, " "));
+        text += tally.failed.size() == 1 ? " at line" : " at lines";
+    }
+    for (const std::size_t line : tally.failed) {
+        text += fmt::format(" {}", line);
     }
     return text + (left != 0 ? fmt::format(", {} not made\n", left) : "\n");
 }

@@ -28,11 +28,11 @@ Measurements::Stream& Measurements::stream(std::string_view name, std::uint64_t 
 
 std::uint64_t Measurements::count(std::string_view name, std::uint64_t step)
 {
-    Stream& counter = stream(name, 1000 * step);
-    if (!std::exchange(counter.set, false)) {
-        counter.value += speed_ * (1 + counter.random.draw(step));
+    Stream& counts = stream(name, 1000 * step);
+    if (!std::exchange(counts.set, false)) {
+        counts.value += speed_ * (1 + counts.random.draw(step));
     }
-    return counter.value;
+    return counts.value;
 }
 
 std::int64_t Measurements::measure(std::string_view name, std::int32_t middle, std::int32_t range, std::int32_t step)

@@ -22,11 +22,6 @@ struct Token {
     bool quoted;
 };
 
-constexpr bool is_blank(char character)
-{
-    return character == ' ' || character == '\t' || character == '\r';
-}
-
 class Parser {
 public:
     explicit Parser(std::string_view burst) : burst_(burst) {}

@@ -23,6 +23,11 @@ struct Command {
     std::vector<std::string> path;
 };
 
+constexpr bool is_blank(char character)
+{
+    return character == ' ' || character == '\t' || character == '\r';
+}
+
 struct Complaint {
     std::string text;
     bool incomplete = false; // more text could still make it right

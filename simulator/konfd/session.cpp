@@ -4,13 +4,10 @@
 
 #include <fmt/core.h>
 
+#include "konfd/command.hpp"
+
 namespace vorsim::konfd {
 namespace {
-
-bool is_blank(char character)
-{
-    return character == ' ' || character == '\t' || character == '\r';
-}
 
 bool ends_text(char character)
 {

@@ -5,7 +5,6 @@
 #include <cstring>
 
 #include <fmt/core.h>
-#include <fmt/ranges.h>
 
 #include <vorinfra_manager.h>
 
@@ -57,7 +56,7 @@ std::string record_of(const Rows& rows, Bytes payload)
             std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(at + 1), part.bytes.size() - 1, "");
         }
     }
-    return fmt::format("{}", fmt::join(bytes, ""));
+    return vor::joined(bytes, "");
 }
 
 std::string masked_chain(const Rows& rows, Bytes chain, bool accepted)
@@ -86,7 +85,11 @@ std::string masked_chain(const Rows& rows, Bytes chain, bool accepted)
 
 std::string hex(Bytes bytes)
 {
-    return fmt::format("{:02x}", fmt::join(bytes, ""));
+    std::string text;
+    for (const unsigned char byte : bytes) {
+        fmt::format_to(std::back_inserter(text), "{:02x}", byte);
+    }
+    return text;
 }
 
 std::string hex(std::string_view text)

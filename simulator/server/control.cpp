@@ -19,7 +19,7 @@
 namespace vorsim {
 namespace {
 
-constexpr std::size_t most_clients = 16;
+constexpr std::size_t most_control_clients = 16;
 constexpr std::ptrdiff_t most_watching = 12;
 constexpr std::size_t longest_request = 1 << 23;
 constexpr std::size_t most_unread = 1 << 18; // of one that watches
@@ -49,7 +49,7 @@ void Control::listen(const std::string& path)
     door_.emplace(
         loop_, path,
         [this](bool no_descriptor) {
-            return make_room_among(clients_, most_clients, no_descriptor,
+            return make_room_among(clients_, most_control_clients, no_descriptor,
                                    [this](int descriptor) { drop_client(descriptor); });
         },
         [this](Descriptor socket) { welcome(std::move(socket)); });

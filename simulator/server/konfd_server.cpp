@@ -12,7 +12,7 @@
 namespace vorsim {
 namespace {
 
-constexpr std::size_t most_clients = 64;
+constexpr std::size_t most_konfd_clients = 64;
 constexpr std::chrono::milliseconds between_looks{10};
 
 // Bytes sent that the client has not received yet.
@@ -29,7 +29,7 @@ KonfdServer::KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& pat
       door_(
           loop, path,
           [this](bool no_descriptor) {
-              return make_room_among(clients_, most_clients, no_descriptor,
+              return make_room_among(clients_, most_konfd_clients, no_descriptor,
                                      [this](int descriptor) { drop_client(descriptor); });
           },
           [this](Descriptor socket) { welcome(std::move(socket)); })

@@ -47,14 +47,14 @@ void take_delay(Options& options, std::string_view text)
 }
 
 using vor::taken_as;
-using Value = std::string_view;
+using Text = std::string_view;
 
 constexpr vor::OptionOf<Options> rows[] = {
     {{"--sap", "N", "serve one more SAP for transport applications (repeatable)"},
-     [](Options& options, Value value) { options.more_saps.push_back(number_of<std::uint16_t>("--sap", value)); }},
+     [](Options& options, Text value) { options.more_saps.push_back(number_of<std::uint16_t>("--sap", value)); }},
     {{"--strict", "", "exit with 3 when any message was not as the tables say"}, taken_as<&Options::strict>},
     {{"--seed", "N", "where counters and measurements begin (default 1)"},
-     [](Options& options, Value value) { options.seed = number_of<std::uint64_t>("--seed", value); }},
+     [](Options& options, Text value) { options.seed = number_of<std::uint64_t>("--seed", value); }},
     {{"--state", "FILE", "write the state as JSON, at the start and when stopping"}, taken_as<&Options::state_file>},
     {{"--journal", "FILE", "append one JSON object per message"}, taken_as<&Options::journal_file>},
     {{"--show-secrets", "", "passwords in clear, in lines, state, journal and konfd's answers"},
@@ -62,13 +62,13 @@ constexpr vor::OptionOf<Options> rows[] = {
     {{"--faults", "FILE", "have the rules in the file, one a line, in force from the start"},
      taken_as<&Options::faults_file>},
     {{"--without", "MANAGER", "leave the manager to a program of yours (repeatable)"},
-     [](Options& options, Value value) { options.without.push_back(manager_of("--without", value)); }},
+     [](Options& options, Text value) { options.without.push_back(manager_of("--without", value)); }},
     {{"--delay", "MANAGER=20ms..80ms", "how long the manager takes for each answer"}, take_delay},
     {{"--lenient-konfd", "", "konfd makes the paths that are not there"}, taken_as<&Options::lenient_konfd>},
     {{"--http", "PORT",
       "a page to look at, for browsers of this machine; its link is\n"
       "printed behind the ready line (0: on a port that is free)"},
-     [](Options& options, Value value) { options.http = number_of<std::uint16_t>("--http", value); }},
+     [](Options& options, Text value) { options.http = number_of<std::uint16_t>("--http", value); }},
     {{"--http-control", "", "have the page switch faults and managers, too"}, taken_as<&Options::http_control>},
     {{"--help", "", "print this"}, taken_as<&Options::help>},
 };

@@ -30,7 +30,7 @@ int print(std::string_view text)
 [[noreturn]] void complain_usage(const Options& options)
 {
     const Command& command = *command_named(options.words[0].text);
-    throw Complaint{fmt::format("wanted: vorcfg {}", command.wanted.empty() ? command.usage : command.wanted)};
+    throw InputError{fmt::format("wanted: vorcfg {}", command.wanted.empty() ? command.usage : command.wanted)};
 }
 
 // Of a command with at most one word behind it; null where there is none.
@@ -75,14 +75,14 @@ int run_call(const Options& options)
     Secrets secrets({.literals = options.in_session,
                      .standard_input = !options.in_session,
                      .left_out = options.password.value_or(Word{{"?"}})});
-    Planned planned = plan(options.words, secrets);
+    PreparedCall planned = plan(options.words, secrets);
     check_confirmed(planned, options);
     rehearse(planned);
     if (planned.row->has(cuts_link)) {
         ask_before({planned.row->full_name()}, options);
     }
     Session session({options.dry_run, options.trace}, options.sap);
-    const Report report = session.make(planned);
+    const CallResult report = session.make(planned);
     vor::print(stdout, options.json ? json_of(planned, report) : text_of(planned, report));
     wait_for(*planned.row, report, rest);
     return exit_of(report.verdict.outcome);
@@ -93,7 +93,7 @@ int run_batch(const std::string& path, const Options& options)
     Batch batch = batch_of(path, options);
     std::size_t calls = 0;
     std::vector<std::string> cutting;
-    const auto count = [&](const Planned& planned) {
+    const auto count = [&](const PreparedCall& planned) {
         check_confirmed(planned, options);
         calls++;
         if (planned.row->has(cuts_link)) {
@@ -109,12 +109,12 @@ int run_batch(const std::string& path, const Options& options)
     Account account(options, calls, [&](const Tally& tally, std::size_t left) {
         return options.json ? json_of(tally, batch.name(), left) : text_of(tally, batch.name(), left);
     });
-    Making making(options, calls, account, {});
+    BatchRunner runner(options, calls, account, {});
     for (bool more = true; more;) {
         auto planned = batch.next();
-        more = planned && making.make(*planned);
+        more = planned && runner.make(*planned);
     }
-    return making.finish();
+    return runner.finish();
 }
 
 int run_check(const std::string& path, const Options& options)
@@ -123,7 +123,7 @@ int run_check(const std::string& path, const Options& options)
     batch.leave_input();
     std::size_t calls = 0;
     if (check(
-            batch, [&](const Planned&) { calls++; }, complaining(options.json)) != exit_ok) {
+            batch, [&](const PreparedCall&) { calls++; }, complaining(options.json)) != exit_ok) {
         return exit_usage;
     }
     vor::print(stdout, options.json ? checked_json(batch.name(), calls)
@@ -162,7 +162,7 @@ int run_search(const Options& options)
     const std::string& word = wanted_word(options);
     const std::string found = search(word, options.json);
     if (found.empty()) {
-        throw Complaint{fmt::format("nothing is known of \"{}\"", word)};
+        throw InputError{fmt::format("nothing is known of \"{}\"", word)};
     }
     return print(found);
 }
@@ -170,7 +170,7 @@ int run_search(const Options& options)
 int run_docs(const Options& options)
 {
     if (!options.yes) {
-        throw Complaint{"docs makes the family's examples on the gateway that it finds; --yes says that it may"};
+        throw InputError{"docs makes the family's examples on the gateway that it finds; --yes says that it may"};
     }
     return print(page(wanted_word(options)));
 }

@@ -2,7 +2,7 @@
 
 #include <sys/prctl.h>
 
-#include "input/complaint.hpp"
+#include "input/input_error.hpp"
 #include "input/options.hpp"
 #include "output/output.hpp"
 
@@ -29,7 +29,7 @@ int main(int argc, char** argv)
         const Options options = options_of({argv + 1, argv + argc});
         json = options.json;
         return finished(run(options));
-    } catch (const Complaint& complaint) {
+    } catch (const InputError& complaint) {
         return complain(complaint, json);
     }
 }

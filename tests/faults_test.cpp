@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "faults/parse.hpp"
-#include "faults/plan.hpp"
+#include "faults/rule_list.hpp"
 #include "processes.hpp"
 
 namespace {
@@ -19,7 +19,7 @@ std::string wrong_with(const std::string& line)
     try {
         parse_rule(line);
         return "";
-    } catch (const Complaint& complaint) {
+    } catch (const RuleError& complaint) {
         return std::to_string(complaint.column) + ": " + complaint.what();
     }
 }
@@ -93,7 +93,7 @@ const Subject baudrate{
 std::string acts(const std::string& rule, const std::vector<Subject>& messages, std::uint64_t seed = 1,
                  std::chrono::milliseconds between = 1s)
 {
-    Plan plan(seed);
+    RuleList plan(seed);
     Time now{};
     plan.add(parse_rule(rule), now);
     std::string seen;
@@ -164,7 +164,7 @@ TEST(rules, act_as_often_as_they_say)
 
 TEST(rules, act_one_at_a_time_and_count_apart)
 {
-    Plan plan(1);
+    RuleList plan(1);
     plan.add(parse_rule("any: status 7, twice"), {});
     plan.add(parse_rule("canmgr every 2nd: never"), {});
     std::string seen;

@@ -189,7 +189,7 @@ protected:
     std::string heard() { return std::exchange(answers, {}); }
 
     Konfd konfd{{.lenient = true}};
-    Session session{konfd};
+    ClientSession session{konfd};
     Time now{};
     std::string answers;
 

@@ -59,8 +59,8 @@ TEST(rows, name_their_arguments_as_the_headers_do)
 // --- Lines, tried -----------------------------------------------------------------
 
 struct Trial {
-    std::optional<Complaint> complaint;
-    Planned planned;
+    std::optional<InputError> complaint;
+    PreparedCall planned;
     std::vector<Message> messages;
 };
 
@@ -72,7 +72,7 @@ Trial tried(const Line& words)
         trial.planned = plan(words, secrets);
         rehearse(trial.planned);
         trial.messages = Session({.capture = true}, std::nullopt).make(trial.planned).seen.messages;
-    } catch (const Complaint& complaint) {
+    } catch (const InputError& complaint) {
         trial.complaint = complaint;
     }
     return trial;
@@ -290,8 +290,8 @@ TEST(rows, run_dry_and_show_no_secret)
 {
     for (const Row* const row : rows_that([](const Row& each) { return each.make != nullptr; })) {
         Secrets secrets({.literals = true});
-        Planned planned = plan(example_of(*row), secrets);
-        const Report report = Session({.capture = true}, std::nullopt).make(planned);
+        PreparedCall planned = plan(example_of(*row), secrets);
+        const CallResult report = Session({.capture = true}, std::nullopt).make(planned);
         EXPECT_EQ(row->channel == Channel::none, report.seen.messages.empty()) << row->symbol;
         EXPECT_EQ(exit_ok, exit_of(report.verdict.outcome)) << row->symbol << report.verdict.text;
         const std::string shown = text_of(planned, report) + json_of(planned, report);

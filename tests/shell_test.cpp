@@ -30,12 +30,12 @@ std::string outcome_of(std::string lines)
             auto planned = batch.next();
             more = planned.has_value();
             if (more) {
-                const Report report = Session({.capture = true}, std::nullopt).make(*planned);
+                const CallResult report = Session({.capture = true}, std::nullopt).make(*planned);
                 for (const Message& message : report.seen.messages) {
                     messages += described(message, *planned->row, planned->values) + '\n';
                 }
             }
-        } catch (const Complaint& complaint) {
+        } catch (const InputError& complaint) {
             complaints += text_of(complaint);
         }
     }
@@ -381,7 +381,7 @@ TEST(options, take_whole_seconds_in_any_unit)
         EXPECT_EQ(7200U, seconds(text)) << text;
     }
     for (const char* const text : {"0", "500ms", "86401", "25h", "2hours", "s", "-1"}) {
-        EXPECT_THROW(seconds(text), Complaint) << text;
+        EXPECT_THROW(seconds(text), InputError) << text;
     }
 }
 

@@ -24,12 +24,12 @@ public:
     std::vector<std::string> shown(const Line& line)
     try {
         Secrets secrets({.literals = true});
-        Planned planned = plan(line, secrets);
+        PreparedCall planned = plan(line, secrets);
         const std::size_t messages = session_.make(planned).seen.messages.size();
         std::vector<std::string> lines(messages);
         std::ranges::generate(lines, [this] { return gateway_.next_line(); });
         return lines;
-    } catch (const Complaint&) {
+    } catch (const InputError&) {
         return {};
     }
     int stop() { return gateway_.stop(SIGTERM); }

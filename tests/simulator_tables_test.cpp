@@ -21,7 +21,7 @@ namespace {
 
 using vorsim::Field;
 using vorsim::Form;
-using vorsim::Row;
+using vorsim::MessageRow;
 
 // A call as its header declares it, and all that the header declares.
 struct Declared {
@@ -68,7 +68,7 @@ std::vector<Declared> matching(std::string_view pattern)
     return matching;
 }
 
-bool same_elements(const Row& one, const Row& other)
+bool same_elements(const MessageRow& one, const MessageRow& other)
 {
     return std::ranges::equal(one.layout.fields(), other.layout.fields(), [](const Field& a, const Field& b) {
         return a.tag_or_offset == b.tag_or_offset && a.kind == b.kind && a.only_value == b.only_value;
@@ -79,13 +79,13 @@ bool same_elements(const Row& one, const Row& other)
 TEST(tables, tell_every_message_from_its_siblings)
 {
     for (const vorsim::Manager& manager : vorsim::managers) {
-        std::vector<const Row*> earlier;
+        std::vector<const MessageRow*> earlier;
         for (const auto& listed : vorsim::all_rows()) {
             if (!listed.serves(manager.sap)) {
                 continue;
             }
-            const Row& row = *listed.row;
-            for (const Row* sibling : earlier) {
+            const MessageRow& row = *listed.row;
+            for (const MessageRow* sibling : earlier) {
                 if (sibling->exchange.id == row.exchange.id) {
                     EXPECT_FALSE(same_elements(*sibling, row)) << sibling->call << " and " << row.call;
                     EXPECT_EQ(sibling->layout.form, row.layout.form) << sibling->call << " and " << row.call;

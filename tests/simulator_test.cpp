@@ -17,8 +17,8 @@
 
 namespace {
 
+using vorsim::Decision;
 using vorsim::Gateway;
-using vorsim::Judgement;
 
 // A payload in words: "1 i16 3 | 5 str door | 32 raw x", or "hex 0300".
 std::vector<std::uint8_t> payload_of(const std::string& words)
@@ -61,25 +61,25 @@ std::vector<std::uint8_t> payload_of(const std::string& words)
 
 constexpr int none = -1;
 
-Judgement send(Gateway& gateway, std::uint16_t sap, std::uint32_t id, const std::string& words, bool waits = true,
-               int option = none)
+Decision send(Gateway& gateway, std::uint16_t sap, std::uint32_t id, const std::string& words, bool waits = true,
+              int option = none)
 {
     const std::vector<std::uint8_t> payload = payload_of(words);
     const auto lead = static_cast<std::uint8_t>(option);
-    const Judgement judgement = gateway.judge({.sap = sap,
-                                               .source = 4000,
-                                               .id = id,
-                                               .answer_wanted = waits,
-                                               .meta_data = {&lead, option == none ? 0U : 1U},
-                                               .payload = payload});
-    gateway.settle(judgement);
-    return judgement;
+    const Decision decision = gateway.judge({.sap = sap,
+                                             .source = 4000,
+                                             .id = id,
+                                             .answer_wanted = waits,
+                                             .meta_data = {&lead, option == none ? 0U : 1U},
+                                             .payload = payload});
+    gateway.settle(decision);
+    return decision;
 }
 
-std::int32_t status_of(const Judgement& judgement)
+std::int32_t status_of(const Decision& decision)
 {
     std::int32_t status = -1;
-    std::memcpy(&status, judgement.answer.data(), std::min(sizeof status, judgement.answer.size()));
+    std::memcpy(&status, decision.answer.data(), std::min(sizeof status, decision.answer.size()));
     return status;
 }
 
@@ -139,18 +139,18 @@ TEST(messages, that_the_tables_do_not_know_are_complained_about)
     };
     Gateway gateway({});
     for (const Sent& sent : table) {
-        const Judgement judgement = send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option);
-        EXPECT_EQ(sent.line, judgement.record.line);
-        EXPECT_NE(0, status_of(judgement)) << sent.line;
-        EXPECT_TRUE(judgement.record.complained) << sent.line;
+        const Decision decision = send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option);
+        EXPECT_EQ(sent.line, decision.record.line);
+        EXPECT_NE(0, status_of(decision)) << sent.line;
+        EXPECT_TRUE(decision.record.complained) << sent.line;
     }
     EXPECT_EQ("", gateway.state().text()) << "what is complained about is not kept";
 }
 
 TEST(measurements, move_from_call_to_call_and_are_the_seeds_own)
 {
-    const auto polls = [](const Judgement& judgement) {
-        const auto& values = judgement.record.answer_values;
+    const auto polls = [](const Decision& decision) {
+        const auto& values = decision.record.answer_values;
         const auto found = std::ranges::find(values, "polling_count", &vorsim::Value::name);
         return static_cast<int>(*found->held<std::uint64_t>());
     };
@@ -158,10 +158,10 @@ TEST(measurements, move_from_call_to_call_and_are_the_seeds_own)
     Gateway twin({.seed = 5});
     Gateway other({.seed = 6});
 
-    const Judgement before = send(gateway, 4, 0x4007, "hex 0300");
+    const Decision before = send(gateway, 4, 0x4007, "hex 0300");
     send(gateway, 4, 0x4004, "1 i16 3 | 3 i16 2 | 4 i32 500 | 6 i16 1");
     send(twin, 2, 0x2021, ""); // does not disturb the port's own readings
-    const Judgement after = send(gateway, 4, 0x4007, "hex 0300");
+    const Decision after = send(gateway, 4, 0x4007, "hex 0300");
     ASSERT_EQ(24U, after.answer.size());
     EXPECT_EQ(3, after.answer[0]);
     EXPECT_EQ(0, before.answer[2]);
@@ -217,9 +217,9 @@ TEST(secrets, appear_nowhere_unless_asked_for)
     for (const bool shown : {false, true}) {
         Gateway gateway({.show_secrets = shown});
         for (const Sent& sent : table) {
-            const Judgement judgement = send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option);
-            EXPECT_FALSE(judgement.record.complained) << judgement.record.line;
-            const std::string everything = judgement.record.line + vorsim::json_line(judgement.record) +
+            const Decision decision = send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option);
+            EXPECT_FALSE(decision.record.complained) << decision.record.line;
+            const std::string everything = decision.record.line + vorsim::json_line(decision.record) +
                                            gateway.state().text() + vor::dump(vorsim::json_of(gateway.state()));
             EXPECT_EQ(shown, everything.find("hunter2") != std::string::npos) << everything;
             EXPECT_EQ(!shown, everything.find("********") != std::string::npos) << everything;

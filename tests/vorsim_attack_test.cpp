@@ -268,10 +268,10 @@ TEST(attack, by_many_objects_ends_in_complaints)
     std::string last;
     for (unsigned port = 0; port < 0x8000; ++port) {
         const std::uint8_t payload[] = {static_cast<std::uint8_t>(port), static_cast<std::uint8_t>(port >> 8), 1, 0};
-        const vorsim::Judgement judgement =
+        const vorsim::Decision decision =
             gateway.judge({.sap = 4, .source = client_sap, .id = 0x4006, .payload = payload});
-        gateway.settle(judgement);
-        last = judgement.record.complaint;
+        gateway.settle(decision);
+        last = decision.record.complaint;
     }
     EXPECT_EQ("nothing more can be kept (vorsim reset makes room)", last);
     EXPECT_GT(gateway.state().managers().at(4).size(), 5'000U);

@@ -39,11 +39,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             if (more) {
                 moves_on(planned->place);
                 calls++;
-                const Report report = Session({.capture = true}, std::nullopt).make(*planned);
+                const CallResult report = Session({.capture = true}, std::nullopt).make(*planned);
                 require_text(text_of(*planned, report));
                 require(vor::Json::read(json_of(*planned, report)).has_value(), "a call is told in JSON");
             }
-        } catch (const Complaint& complaint) {
+        } catch (const InputError& complaint) {
             complained = true;
             moves_on(complaint.place);
             require(!complaint.text.empty(), "a complaint says what is wrong");

@@ -17,7 +17,7 @@ namespace {
 const std::string site_name = "site";
 const std::string journal_name = "journal";
 
-void require_told(const Complaint& complaint)
+void require_told(const InputError& complaint)
 {
     require(!complaint.text.empty(), "a complaint says what is wrong");
     require(vor::Json::read(json_of(complaint)).has_value(), "a complaint is told in JSON");
@@ -37,7 +37,7 @@ Variables variables_of(const std::string& path, Input& input)
     for (int given = input.byte() % 3; given > 0; --given) {
         try {
             variables.set(harmless(input.text()));
-        } catch (const Complaint& complaint) {
+        } catch (const InputError& complaint) {
             require_told(complaint);
         }
     }
@@ -45,16 +45,16 @@ Variables variables_of(const std::string& path, Input& input)
     std::ofstream(path, std::ios::binary) << file;
     try {
         variables.read(path);
-    } catch (const Complaint& complaint) {
+    } catch (const InputError& complaint) {
         require(complaint.place.line > 0 && complaint.place.column > 0, "a variable has its place");
         require_told(complaint);
     }
     return variables;
 }
 
-std::vector<Planned> calls_in(Batch& batch)
+std::vector<PreparedCall> calls_in(Batch& batch)
 {
-    std::vector<Planned> calls;
+    std::vector<PreparedCall> calls;
     for (;;) {
         try {
             auto planned = batch.next();
@@ -62,16 +62,16 @@ std::vector<Planned> calls_in(Batch& batch)
                 return calls;
             }
             calls.push_back(std::move(*planned));
-        } catch (const Complaint& complaint) {
+        } catch (const InputError& complaint) {
             require_told(complaint);
         }
     }
 }
 
-Plan plan_of(const std::vector<Planned>& calls, const History& history)
+Plan plan_of(const std::vector<PreparedCall>& calls, const History& history)
 {
     Planner planner({});
-    for (const Planned& call : calls) {
+    for (const PreparedCall& call : calls) {
         planner.add(call);
     }
     return planner.against(history);
@@ -80,7 +80,7 @@ Plan plan_of(const std::vector<Planned>& calls, const History& history)
 // As an apply writes it down.
 void make(const Plan& plan, History& history)
 {
-    for (const Due& line : plan.lines) {
+    for (const PlanLine& line : plan.lines) {
         const std::size_t number = history.entries().size() + 1;
         if (line.due) {
             history.take(CallBegun{.number = number, .key = line.key});
@@ -110,7 +110,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Bytes rest = input.take(size);
     const std::string text = harmless({rest.begin(), rest.end()});
     Batch batch(text, site_name, {.literals = true, .standard_input = false}, std::move(variables));
-    const std::vector<Planned> calls = calls_in(batch);
+    const std::vector<PreparedCall> calls = calls_in(batch);
     batch.unused_variables();
 
     History history;

@@ -19,7 +19,7 @@ void check_history(const History& history)
         try {
             require(key_of(planned(entry.begun.key)).values == entry.begun.key.values,
                     "what was made can be made again");
-        } catch (const Complaint& complaint) {
+        } catch (const InputError& complaint) {
             require(!complaint.text.empty(), "or it is said why not");
         }
     }
@@ -46,7 +46,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const std::size_t entries = Journal::open(path).history().entries().size();
         require(entries == read.history().entries().size(), "a repair loses nothing that was read");
         require(Journal::read(path).history().entries().size() == entries, "a repair is one");
-    } catch (const Complaint& complaint) {
+    } catch (const InputError& complaint) {
         require(complaint.text.find(path) != std::string::npos, "the place is said");
     }
     return 0;

@@ -15,20 +15,20 @@ namespace {
 
 constexpr std::int32_t status = 3;
 
-void disturb_a_message(const Due& due)
+void disturb_a_message(const DueRule& due)
 {
-    Judgement judgement;
-    judgement.answered = true;
-    judgement.answer = status_answer(status);
-    judgement.record.status = status;
-    const Delivery delivery = disturb(judgement, due);
-    require(judgement.answer.size() <= sizeof status, "no answer grows");
+    Decision decision;
+    decision.answered = true;
+    decision.answer = status_answer(status);
+    decision.record.status = status;
+    const Delivery delivery = disturb(decision, due);
+    require(decision.answer.size() <= sizeof status, "no answer grows");
     require(delivery.wait >= Milliseconds(0), "no answer comes before its request");
-    require_shown(judgement.record.line);
-    require_shown(json_line(judgement.record));
+    require_shown(decision.record.line);
+    require_shown(json_line(decision.record));
 }
 
-void disturb_konfd(const Due& due)
+void disturb_konfd(const DueRule& due)
 {
     konfd::Reply reply;
     reply.answer = "-o\n";
@@ -41,7 +41,7 @@ void disturb_konfd(const Due& due)
 void check_rule(const Rule& rule)
 {
     constexpr int messages = 8;
-    Plan plan(1);
+    RuleList plan(1);
     const Time now{};
     plan.add(rule, now);
     const bool konfd = rule.concern.who == Concern::Who::konfd;
@@ -80,7 +80,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             const Rule rule = parse_rule(line);
             check_rule(rule);
             require(parse_rule(rule.text).text == rule.text, "a rule reads as it is listed");
-        } catch (const vorsim::faults::Complaint& complaint) {
+        } catch (const vorsim::faults::RuleError& complaint) {
             require(complaint.column >= 1 && complaint.column <= line.size() + 1, "a complaint has its column");
             require(complaint.what()[0] != '\0', "a complaint says what is wrong");
             require_shown(complaint.what());

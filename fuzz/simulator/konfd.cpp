@@ -46,10 +46,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Input input(data, size);
     Konfd konfd;
     struct Client {
-        Session session;
+        ClientSession session;
         Expected expected;
     };
-    std::array<Client, 2> clients{Client{Session(konfd), {}}, Client{Session(konfd), {}}};
+    std::array<Client, 2> clients{Client{ClientSession(konfd), {}}, Client{ClientSession(konfd), {}}};
     Time now{};
     while (!input.empty()) {
         const std::uint8_t action = input.byte();
@@ -79,7 +79,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         }
         if (!bytes.empty() && !expected.unended.empty()) {
             const auto parsed = parse(expected.unended);
-            const auto* const complaint = std::get_if<Complaint>(&parsed);
+            const auto* const complaint = std::get_if<SyntaxError>(&parsed);
             const bool cut = complaint != nullptr && complaint->incomplete && expected.unended.size() <= longest_text;
             require(session.deadline() == now + patience || (!cut && session.deadline() == now + quiet),
                     "what is cut short is waited for");

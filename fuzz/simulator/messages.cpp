@@ -19,18 +19,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const Bytes meta_data = input.take(std::min<std::size_t>(header.meta_data_sz, VORINFRA_DATA_MAX));
         const Bytes payload =
             input.take(std::min<std::size_t>(header.payload_sz, VORINFRA_DATA_MAX - meta_data.size()));
-        const Judgement judgement = gateway.judge({.sap = header.ipc_dest_id,
-                                                   .source = header.ipc_src_id,
-                                                   .id = header.opcode,
-                                                   .answer_wanted = header.flag != 0,
-                                                   .meta_data = meta_data,
-                                                   .payload = payload});
-        require(judgement.answered == (header.flag != 0), "who waits is answered");
-        require(!judgement.answered || judgement.answer.size() >= sizeof(vor_int32), "an answer has a status");
-        require(judgement.answer.size() <= VORINFRA_DATA_MAX, "an answer fits a message");
-        require_shown(judgement.record.line);
-        require_shown(json_line(judgement.record));
-        require(judgement.record.complained != judgement.record.complaint.empty(), "a complaint says why");
+        const Decision decision = gateway.judge({.sap = header.ipc_dest_id,
+                                                 .source = header.ipc_src_id,
+                                                 .id = header.opcode,
+                                                 .answer_wanted = header.flag != 0,
+                                                 .meta_data = meta_data,
+                                                 .payload = payload});
+        require(decision.answered == (header.flag != 0), "who waits is answered");
+        require(!decision.answered || decision.answer.size() >= sizeof(vor_int32), "an answer has a status");
+        require(decision.answer.size() <= VORINFRA_DATA_MAX, "an answer fits a message");
+        require_shown(decision.record.line);
+        require_shown(json_line(decision.record));
+        require(decision.record.complained != decision.record.complaint.empty(), "a complaint says why");
     }
     const std::string state = vor::dump(json_of(gateway.state()));
     require(vor::dump(vor::Json::parse(state)) == state, "the state is JSON");

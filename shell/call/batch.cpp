@@ -34,19 +34,19 @@ void Batch::ask(const std::function<bool(std::size_t)>& wanted)
     }
 }
 
-std::size_t column_of(const Complaint& complaint, const std::vector<Word>& words)
+std::size_t column_of(const InputError& complaint, const std::vector<Word>& words)
 {
     if (complaint.place.column != 0) {
         return complaint.place.column;
     }
-    if (complaint.word == Complaint::no_word) {
+    if (complaint.word == InputError::no_word) {
         return words.empty() ? 1 : words.front().column;
     }
     return complaint.word < words.size() ? words[complaint.word].column
                                          : words.back().column + words.back().text.size();
 }
 
-std::optional<Planned> Batch::next()
+std::optional<PreparedCall> Batch::next()
 {
     while (at_ < text_.size()) {
         const std::size_t end = std::min(text_.find('\n', at_), text_.size());
@@ -61,13 +61,13 @@ std::optional<Planned> Batch::next()
             words = words_of(line, &variables_);
             if (!words.empty()) {
                 const std::size_t call = words.size() > 1 ? words[1].column : words[0].column;
-                Planned planned = plan(words, secrets_, {name_, line_, call});
+                PreparedCall planned = plan(words, secrets_, {name_, line_, call});
                 if (!tried_) {
                     rehearse(planned);
                 }
                 return planned;
             }
-        } catch (Complaint& complaint) {
+        } catch (InputError& complaint) {
             complaint.place = {name_, line_, column_of(complaint, words)};
             throw;
         }
@@ -78,12 +78,12 @@ std::optional<Planned> Batch::next()
 Batch batch_of(const std::string& path, const Options& options)
 {
     if (options.password) {
-        throw Complaint{
+        throw InputError{
             "--password-file and --password-stdin are for one call; a line of a batch says itself where its "
             "secret is: @FILE, - or ?"};
     }
     if (path == "-" && options.in_session) {
-        throw Complaint{"standard input is the session itself"};
+        throw InputError{"standard input is the session itself"};
     }
     Variables variables;
     for (const std::string& definition : options.sets) {
@@ -103,14 +103,14 @@ Batch batch_of(const std::string& path, const Options& options)
             std::move(variables)};
 }
 
-void check_confirmed(const Planned& planned, const Options& options)
+void check_confirmed(const PreparedCall& planned, const Options& options)
 {
     if (planned.row->has(confirmed) && !options.yes && !options.dry_run) {
-        throw Complaint{"is made only with --yes", exit_usage, {}, 1, planned.row->full_name(), planned.place};
+        throw InputError{"is made only with --yes", exit_usage, {}, 1, planned.row->full_name(), planned.place};
     }
 }
 
-std::string named(const Planned& planned)
+std::string named(const PreparedCall& planned)
 {
     return fmt::format("{} (line {})", planned.row->full_name(), planned.place.line);
 }
@@ -121,12 +121,12 @@ void ask_before(const std::vector<std::string>& cutting, const Options& options)
         return;
     }
     if (!agreed(fmt::format("{} may cut the link that you work over; go on?", vor::joined(cutting, ", ")))) {
-        throw Complaint{"nothing was sent"};
+        throw InputError{"nothing was sent"};
     }
 }
 
-int check(Batch& batch, const std::function<void(const Planned&)>& each,
-          const std::function<int(const Complaint&)>& complain)
+int check(Batch& batch, const std::function<void(const PreparedCall&)>& each,
+          const std::function<int(const InputError&)>& complain)
 {
     int exit = exit_ok;
     for (bool more = true; more;) {
@@ -136,11 +136,11 @@ int check(Batch& batch, const std::function<void(const Planned&)>& each,
             if (more) {
                 each(*planned);
             }
-        } catch (const Complaint& complaint) {
+        } catch (const InputError& complaint) {
             exit = complain(complaint);
         }
     }
-    for (const Complaint& complaint : batch.unused_variables()) {
+    for (const InputError& complaint : batch.unused_variables()) {
         exit = complain(complaint);
     }
     return exit;

@@ -53,7 +53,7 @@ Value value_of(const CallKey& key, const Argument& argument, const KeptValue& ke
     Value value;
     const auto* const number = std::get_if<std::int64_t>(&kept);
     if (argument.is_number() != (number != nullptr)) {
-        throw Complaint{
+        throw InputError{
             fmt::format("{} {} is no argument of {}", argument.name, shown(argument, kept), key.row->full_name())};
     }
     if (number != nullptr) {
@@ -68,7 +68,7 @@ Value value_of(const CallKey& key, const Argument& argument, const KeptValue& ke
 
 } // namespace
 
-CallKey key_of(const Planned& planned)
+CallKey key_of(const PreparedCall& planned)
 {
     std::vector<KeptValues> values;
     for (const Argument& argument : planned.row->arguments()) {
@@ -96,12 +96,12 @@ CallKey key_of(const Row& row, std::vector<KeptValues> values, bool secret)
     return key;
 }
 
-Planned planned(const CallKey& key)
+PreparedCall planned(const CallKey& key)
 {
     if (!key.unknown.empty()) {
-        throw Complaint{fmt::format("{} is no argument of {}", key.unknown.front().first, key.row->full_name())};
+        throw InputError{fmt::format("{} is no argument of {}", key.unknown.front().first, key.row->full_name())};
     }
-    Planned again{key.row, {}, {}};
+    PreparedCall again{key.row, {}, {}};
     for (std::size_t i = 0; i < key.values.size(); i++) {
         const Argument& argument = key.row->arguments()[i];
         for (const KeptValue& kept : key.values[i]) {
@@ -114,7 +114,7 @@ Planned planned(const CallKey& key)
         left_out.given = argument.is_result();
         left_out.text.resize(argument.kind == Kind::untouched ? result_room : 0);
         if (argument.is_sent && !argument.is_result() && !argument.is_optional && argument.decided_by.empty()) {
-            throw Complaint{fmt::format("{} is missing", argument.name)};
+            throw InputError{fmt::format("{} is missing", argument.name)};
         }
     }
     return again;
@@ -143,7 +143,7 @@ std::vector<Subject> opposites_of(const CallKey& key)
     return opposites;
 }
 
-bool changes_nothing(const Planned& planned)
+bool changes_nothing(const PreparedCall& planned)
 {
     const Row& row = *planned.row;
     if (row.channel == Channel::none || row.has(does_nothing) || row.answers_record) {

@@ -31,11 +31,11 @@ struct CallKey {
     bool operator==(const CallKey&) const = default;
 };
 
-CallKey key_of(const Planned& planned);
+CallKey key_of(const PreparedCall& planned);
 // The same of what was kept.
 CallKey key_of(const Row& row, std::vector<KeptValues> values, bool secret);
-// The call again. Throws a Complaint where the values are none of this call.
-Planned planned(const CallKey& key);
+// The call again. Throws a InputError where the values are none of this call.
+PreparedCall planned(const CallKey& key);
 
 // What two calls share that are about the same thing: the call, and the arguments marked as its object. Those of a
 // family are in the order of its rows, those of a call in that of their objects, numbers as numbers.
@@ -51,7 +51,7 @@ Subject subject_of(const CallKey& key);
 std::vector<Subject> opposites_of(const CallKey& key);
 
 // Whether it asks, does nothing or stays on this machine: nothing that a gateway accepts.
-bool changes_nothing(const Planned& planned);
+bool changes_nothing(const PreparedCall& planned);
 
 // "ip set-ip-address 0"
 std::string name_of(const CallKey& key);

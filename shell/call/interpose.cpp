@@ -14,8 +14,8 @@
 #include <device_mgmt/common.h>
 #include <fmt/core.h>
 
-#include "call/watch.hpp"
-#include "input/complaint.hpp"
+#include "call/observer.hpp"
+#include "input/input_error.hpp"
 #include "rows/binding.hpp"
 #include "text/text.hpp"
 
@@ -53,8 +53,8 @@ struct Captured {
 
 // What is taken down of the operations while they are under way. They have no argument to carry it in, so there is one.
 struct Boundary {
-    Watch* watch = nullptr; // the one in scope
-    int depth = 0;          // how many of the platform's own operations are under way
+    Observer* watch = nullptr; // the one in scope
+    int depth = 0;             // how many of the platform's own operations are under way
     std::vector<Unsent> unsent;
     Chain chain; // the library builds one at a time
     Captured captured;
@@ -158,7 +158,7 @@ void trace(const std::string& line)
 
 Message& push(Message message)
 {
-    Watch& watch = *boundary.watch;
+    Observer& watch = *boundary.watch;
     if (watch.settings.trace) {
         std::fprintf(stderr, "> %s\n", described(message, watch.row, watch.values).c_str());
     }
@@ -267,7 +267,7 @@ vor_int32 add(TLV_CHAIN* chain, Element element, Arguments... arguments)
 
 } // namespace
 
-Watch::Watch(Settings wanted, const Row& called, std::span<const Value> given)
+Observer::Observer(Settings wanted, const Row& called, std::span<const Value> given)
     : settings(wanted), row(called), values(given), endpoint_(vor_cfg_get_ipc_endpoint())
 {
     boundary.unsent.clear();
@@ -278,7 +278,7 @@ Watch::Watch(Settings wanted, const Row& called, std::span<const Value> given)
     }
 }
 
-Watch::~Watch()
+Observer::~Observer()
 {
     if (settings.capture) {
         vor_cfg_set_ipc_endpoint(endpoint_);

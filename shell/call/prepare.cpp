@@ -30,12 +30,12 @@ std::vector<Word> with_secret(const Row& row, std::span<const Word> words, const
     const bool asked_for = sources.left_out->text != "?";
     if (at == 0) {
         if (asked_for) {
-            throw Complaint{"has no secret argument"};
+            throw InputError{"has no secret argument"};
         }
     } else if (all.size() + 1 == wanted && !(at < all.size() && is_secret_source(all[at]))) {
         all.insert(all.begin() + static_cast<std::ptrdiff_t>(at), *sources.left_out);
     } else if (asked_for) {
-        throw Complaint{"the secret is given twice, or another argument is missing"};
+        throw InputError{"the secret is given twice, or another argument is missing"};
     }
     return all;
 }
@@ -59,9 +59,9 @@ const Argument* named_argument(const Row& row, const Word& word, bool after_a_na
     const std::vector<std::string> near = vor::nearest(name, known);
     if (!near.empty() || after_a_name || word.quoted) {
         const bool hidden = std::ranges::any_of(row.arguments(), &Argument::is_secret); // it may be misplaced
-        throw Complaint{.text = fmt::format("no argument \"{}\"{}", hidden ? vor::mask : name,
-                                            vor::suggestion(near, "wanted: " + vor::joined(known, " "))),
-                        .word = word.index};
+        throw InputError{.text = fmt::format("no argument \"{}\"{}", hidden ? vor::mask : name,
+                                             vor::suggestion(near, "wanted: " + vor::joined(known, " "))),
+                         .word = word.index};
     }
     return nullptr;
 }
@@ -81,7 +81,7 @@ std::vector<Word> in_order(const Row& row, std::vector<Word> words, const Secret
     for (auto word = first; word != words.end(); ++word) {
         const Argument* const argument = named_argument(row, *word, true);
         if (argument == nullptr) {
-            throw Complaint{.text = "a word without a name stands before those with one", .word = word->index};
+            throw InputError{.text = "a word without a name stands before those with one", .word = word->index};
         }
         Word value = *word;
         value.text.erase(0, value.named + 1);
@@ -89,7 +89,7 @@ std::vector<Word> in_order(const Row& row, std::vector<Word> words, const Secret
         if (argument->is_list) {
             listed.push_back(std::move(value));
         } else if (!named.emplace(argument->name, std::move(value)).second) {
-            throw Complaint{"is given twice", exit_usage, std::string(argument->name), word->index};
+            throw InputError{"is given twice", exit_usage, std::string(argument->name), word->index};
         }
     }
     for (const Argument& argument : row.arguments()) {
@@ -99,7 +99,7 @@ std::vector<Word> in_order(const Row& row, std::vector<Word> words, const Secret
         const auto value = named.find(argument.name);
         if (at++ < static_cast<std::size_t>(first - words.begin())) {
             if (value != named.end()) {
-                throw Complaint{"is given twice", exit_usage, std::string(argument.name), value->second.index};
+                throw InputError{"is given twice", exit_usage, std::string(argument.name), value->second.index};
             }
         } else if (value != named.end()) {
             all.push_back(std::move(value->second));
@@ -108,7 +108,7 @@ std::vector<Word> in_order(const Row& row, std::vector<Word> words, const Secret
         } else if (!argument.decided_by.empty()) {
             all.push_back({{}, words.size(), true});
         } else {
-            throw Complaint{"is missing", exit_usage, std::string(argument.name), words.size()};
+            throw InputError{"is missing", exit_usage, std::string(argument.name), words.size()};
         }
     }
     all.insert(all.end(), listed.begin(), listed.end());
@@ -117,7 +117,7 @@ std::vector<Word> in_order(const Row& row, std::vector<Word> words, const Secret
 
 } // namespace
 
-Planned plan(std::span<const Word> line, Secrets& secrets, const Place& place)
+PreparedCall plan(std::span<const Word> line, Secrets& secrets, const Place& place)
 {
     std::vector<Word> words(line.begin(), line.end());
     for (std::size_t i = 0; i < words.size(); i++) {
@@ -125,19 +125,19 @@ Planned plan(std::span<const Word> line, Secrets& secrets, const Place& place)
     }
     const Family& family = wanted_family(words[0].text);
     if (words.size() == 1) {
-        throw Complaint{fmt::format("the call's name is missing; vorcfg {} --help lists them", family.name)};
+        throw InputError{fmt::format("the call's name is missing; vorcfg {} --help lists them", family.name)};
     }
     const Row& row = wanted_row(words[0].text, words[1].text);
     try {
         if (row.make == nullptr) {
-            throw Complaint{.text = fmt::format("cannot be called on its own; what uses it: {}", row.used_by),
-                            .word = 1};
+            throw InputError{.text = fmt::format("cannot be called on its own; what uses it: {}", row.used_by),
+                             .word = 1};
         }
         const std::vector<Word> all = in_order(row, std::move(words), secrets.sources());
         Reading reading{row, all, place, secrets, {}};
         (row.read != nullptr ? row.read : read_words)(reading);
         return {&row, std::move(reading.values), place};
-    } catch (Complaint& complaint) {
+    } catch (InputError& complaint) {
         complaint.call = row.full_name();
         throw;
     }

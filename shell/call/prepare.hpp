@@ -4,19 +4,19 @@
 #include <span>
 #include <vector>
 
-#include "input/complaint.hpp"
+#include "input/input_error.hpp"
 #include "input/secret.hpp"
 #include "rows/row.hpp"
 
 namespace vorcfg {
 
-struct Planned {
+struct PreparedCall {
     const Row* row = nullptr;
     std::vector<Value> values; // one per argument, then the list
     Place place;
 };
 
-// The call that a line means. Throws a Complaint that names the word.
-Planned plan(std::span<const Word> line, Secrets& secrets, const Place& place = {});
+// The call that a line means. Throws a InputError that names the word.
+PreparedCall plan(std::span<const Word> line, Secrets& secrets, const Place& place = {});
 
 } // namespace vorcfg

@@ -17,7 +17,7 @@ ExitCode worse(ExitCode one, ExitCode other)
     return std::ranges::find(order, one) > std::ranges::find(order, other) ? one : other;
 }
 
-bool Tally::count(const Planned& planned, Outcome outcome)
+bool Tally::count(const PreparedCall& planned, Outcome outcome)
 {
     if (outcome == Outcome::accepted) {
         accepted++;
@@ -40,7 +40,7 @@ bool Tally::count(const Planned& planned, Outcome outcome)
 }
 
 // What a call started ends with this process.
-void wait_for(const Row& row, const Report& report, const std::function<void(unsigned)>& rest)
+void wait_for(const Row& row, const CallResult& report, const std::function<void(unsigned)>& rest)
 {
     if (row.has(waits) && report.seen.timer && report.verdict.outcome == Outcome::sent) {
         vor::print(stderr,
@@ -62,50 +62,50 @@ const Options& told_to_platform(const Options& options)
 
 } // namespace
 
-Making::Making(const Options& options, std::size_t calls, Teller& teller, Hooks hooks)
-    : options_(told_to_platform(options)), teller_(teller), hooks_(std::move(hooks)), left_(calls),
+BatchRunner::BatchRunner(const Options& options, std::size_t calls, Reporter& reporter, Hooks hooks)
+    : options_(told_to_platform(options)), reporter_(reporter), hooks_(std::move(hooks)), left_(calls),
       session_({options.dry_run, options.trace}, options.sap),
-      keeper_(options.timeout, hooks_.hang_up_ends, [this](const char* why) { return give_up(why); })
+      watchdog_(options.timeout, hooks_.hang_up_ends, [this](const char* why) { return give_up(why); })
 {
 }
 
-bool Making::make(Planned& planned)
+bool BatchRunner::make(PreparedCall& planned)
 {
-    if (keeper_.ended()) {
+    if (watchdog_.ended()) {
         return false;
     }
     if (hooks_.before) {
         hooks_.before(planned);
     }
-    Report report;
+    CallResult report;
     {
         under_way_ = &planned;
-        const Keeper::Call call(keeper_);
+        const Watchdog::Call call(watchdog_);
         report = session_.make(planned);
     }
     left_--;
     const bool success = tally_.count(planned, report.verdict.outcome);
-    const bool heard = teller_.tell(planned, report, left_);
+    const bool heard = reporter_.tell(planned, report, left_);
     if (hooks_.after) {
         hooks_.after(planned, report);
     }
     if (!heard || (!success && !options_.keep_going)) {
         return false;
     }
-    wait_for(*planned.row, report, [this](unsigned milliseconds) { keeper_.rest(milliseconds); });
-    return !keeper_.ended();
+    wait_for(*planned.row, report, [this](unsigned milliseconds) { watchdog_.rest(milliseconds); });
+    return !watchdog_.ended();
 }
 
-// On the keeper's thread, while this one is in the library: it counts and tells, and nothing else. All that it looks
-// at stands still, since the call comes back no further than to the keeper's lock.
-int Making::give_up(const char* why)
+// On the watchdog's thread, while this one is in the library: it counts and tells, and nothing else. All that it looks
+// at stands still, since the call comes back no further than to the watchdog's lock.
+int BatchRunner::give_up(const char* why)
 {
     end_captures();
-    Report report;
+    CallResult report;
     report.verdict = {Outcome::unknown, fmt::format("unknown: {}, it may or may not have been done", why)};
     left_--;
     tally_.count(*under_way_, Outcome::unknown);
-    teller_.tell(*under_way_, report, left_);
+    reporter_.tell(*under_way_, report, left_);
     const int exit = finish();
     if (hooks_.given_up) {
         hooks_.given_up();
@@ -113,9 +113,9 @@ int Making::give_up(const char* why)
     return exit;
 }
 
-int Making::finish()
+int BatchRunner::finish()
 {
-    return teller_.finish(tally_, left_, keeper_.ended() && left_ != 0);
+    return reporter_.finish(tally_, left_, watchdog_.ended() && left_ != 0);
 }
 
 } // namespace vorcfg

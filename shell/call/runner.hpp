@@ -27,52 +27,52 @@ struct Tally {
     ExitCode worst = exit_ok;
 
     // Whether the call was no failure.
-    bool count(const Planned& planned, Outcome outcome);
+    bool count(const PreparedCall& planned, Outcome outcome);
 };
 
 // Where a call started something that ends with this process: until it is due.
-void wait_for(const Row& row, const Report& report, const std::function<void(unsigned milliseconds)>& rest);
+void wait_for(const Row& row, const CallResult& report, const std::function<void(unsigned milliseconds)>& rest);
 
 // Who tells of a run.
-class Teller {
+class Reporter {
 public:
-    virtual ~Teller() = default;
+    virtual ~Reporter() = default;
     // A call, and how many are left; whether anybody can still be told.
-    virtual bool tell(const Planned& planned, const Report& report, std::size_t left) = 0;
+    virtual bool tell(const PreparedCall& planned, const CallResult& report, std::size_t left) = 0;
     // What it came to, `interrupted` or not; the exit code.
     virtual int finish(const Tally& tally, std::size_t left, bool interrupted) = 0;
 };
 
-class Making {
+class BatchRunner {
 public:
     struct Hooks {
-        std::function<void(const Planned&)> before{};
-        std::function<void(const Planned&, const Report&)> after{};
+        std::function<void(const PreparedCall&)> before{};
+        std::function<void(const PreparedCall&, const CallResult&)> after{};
         std::function<void()> given_up{}; // the process ends in the middle of a call
         bool hang_up_ends = true;
     };
 
-    Making(const Options& options, std::size_t calls, Teller& teller, Hooks hooks);
+    BatchRunner(const Options& options, std::size_t calls, Reporter& reporter, Hooks hooks);
 
     // Whether to go on.
-    bool make(Planned& planned);
+    bool make(PreparedCall& planned);
     // Told what it came to; the exit code.
     int finish();
 
     const Tally& tally() const { return tally_; }
-    bool ended() const { return keeper_.ended(); } // from outside
+    bool ended() const { return watchdog_.ended(); } // from outside
 
 private:
     int give_up(const char* why);
 
     const Options& options_;
-    Teller& teller_;
+    Reporter& reporter_;
     const Hooks hooks_;
     std::size_t left_;
     Tally tally_;
-    const Planned* under_way_ = nullptr;
+    const PreparedCall* under_way_ = nullptr;
     Session session_;
-    Keeper keeper_;
+    Watchdog watchdog_;
 };
 
 } // namespace vorcfg

@@ -125,7 +125,7 @@ bool Session::bind(std::string& complaints)
     return bound_;
 }
 
-Report Session::make(Planned& planned)
+CallResult Session::make(PreparedCall& planned)
 {
     const Row& row = *planned.row;
     std::string complaints;
@@ -135,9 +135,9 @@ Report Session::make(Planned& planned)
         return {.verdict = {Outcome::no_endpoint, fmt::format("nothing was sent: no endpoint at {}", where)},
                 .library = {lines.begin(), lines.end()}};
     }
-    Report report;
+    CallResult report;
     std::string library;
-    Watch watch(settings_, row, planned.values);
+    Observer watch(settings_, row, planned.values);
     vor_errno = 0;
     {
         Capture printed(STDOUT_FILENO);
@@ -165,7 +165,7 @@ Report Session::make(Planned& planned)
 namespace {
 
 // What of a message that is too long is to be cut: the list, or the longest text.
-std::size_t most_of(const Planned& planned, Unfit unfit)
+std::size_t most_of(const PreparedCall& planned, Unfit unfit)
 {
     const auto arguments = planned.row->arguments();
     std::size_t longest = 0;
@@ -177,27 +177,27 @@ std::size_t most_of(const Planned& planned, Unfit unfit)
 
 } // namespace
 
-void rehearse(Planned& planned)
+void rehearse(PreparedCall& planned)
 {
     if (planned.row->channel == Channel::none) {
         return;
     }
-    const Report report = Session({.capture = true}, std::nullopt).make(planned);
+    const CallResult report = Session({.capture = true}, std::nullopt).make(planned);
     for (const Message& message : report.seen.messages) {
         if (message.unfit != Unfit::no) {
             const auto arguments = planned.row->arguments();
             const std::size_t value = most_of(planned, message.unfit);
-            throw Complaint{.text = fmt::format("does not fit: {}", unfit_text(message)),
-                            .argument = std::string(arguments[std::min(value, arguments.size() - 1)].name),
-                            .word = planned.values[value].word,
-                            .call = planned.row->full_name()};
+            throw InputError{.text = fmt::format("does not fit: {}", unfit_text(message)),
+                             .argument = std::string(arguments[std::min(value, arguments.size() - 1)].name),
+                             .word = planned.values[value].word,
+                             .call = planned.row->full_name()};
         }
     }
     if (report.seen.messages.empty() && !report.back.succeeded()) {
-        throw Complaint{.text =
-                            fmt::format("the library refuses this, nothing would be sent (code {})", *report.back.code),
-                        .word = 1,
-                        .call = planned.row->full_name()};
+        throw InputError{
+            .text = fmt::format("the library refuses this, nothing would be sent (code {})", *report.back.code),
+            .word = 1,
+            .call = planned.row->full_name()};
     }
 }
 

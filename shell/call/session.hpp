@@ -5,13 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "call/observer.hpp"
 #include "call/prepare.hpp"
 #include "call/verdict.hpp"
-#include "call/watch.hpp"
 
 namespace vorcfg {
 
-struct Report {
+struct CallResult {
     Verdict verdict{};
     Returned back{};
     std::int32_t manager_errno = 0;
@@ -22,17 +22,17 @@ struct Report {
 // The endpoint is bound at the first call that needs it.
 class Session {
 public:
-    Session(Watch::Settings settings, std::optional<std::uint16_t> sap) : settings_(settings), sap_(sap) {}
+    Session(Observer::Settings settings, std::optional<std::uint16_t> sap) : settings_(settings), sap_(sap) {}
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
     ~Session();
 
-    Report make(Planned& planned);
+    CallResult make(PreparedCall& planned);
 
 private:
     bool bind(std::string& complaints);
 
-    const Watch::Settings settings_;
+    const Observer::Settings settings_;
     const std::optional<std::uint16_t> sap_;
     bool bound_ = false;
 };
@@ -42,6 +42,6 @@ void end_captures();
 
 // Tries the call against a platform that only captures: what the library
 // itself refuses is complained about before anything is sent.
-void rehearse(Planned& planned);
+void rehearse(PreparedCall& planned);
 
 } // namespace vorcfg

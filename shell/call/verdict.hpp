@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "call/watch.hpp"
-#include "input/complaint.hpp"
+#include "call/observer.hpp"
+#include "input/input_error.hpp"
 
 namespace vorcfg {
 

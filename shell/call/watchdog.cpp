@@ -12,7 +12,7 @@
 
 #include <fmt/core.h>
 
-#include "input/complaint.hpp"
+#include "input/input_error.hpp"
 
 namespace vorcfg {
 
@@ -25,7 +25,7 @@ constexpr unsigned platform_first_ms = 300;
 
 } // namespace
 
-Keeper::Keeper(std::optional<unsigned> seconds, bool hang_up_ends, GiveUp give_up)
+Watchdog::Watchdog(std::optional<unsigned> seconds, bool hang_up_ends, GiveUp give_up)
     : seconds_(seconds), give_up_(std::move(give_up))
 {
     std::signal(SIGPIPE, SIG_IGN);
@@ -46,12 +46,12 @@ Keeper::Keeper(std::optional<unsigned> seconds, bool hang_up_ends, GiveUp give_u
     timer_ = timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK);
     end_ = eventfd(0, EFD_CLOEXEC);
     if (signals_ < 0 || timer_ < 0 || end_ < 0) {
-        throw Complaint{fmt::format("cannot wait for signals: {}", std::strerror(errno)), exit_unusable};
+        throw InputError{fmt::format("cannot wait for signals: {}", std::strerror(errno)), exit_unusable};
     }
     thread_ = std::thread([this] { watch(); });
 }
 
-Keeper::~Keeper()
+Watchdog::~Watchdog()
 {
     eventfd_write(end_, 1);
     thread_.join();
@@ -61,14 +61,14 @@ Keeper::~Keeper()
     pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 
-void Keeper::give_up_after(unsigned seconds, unsigned milliseconds) const
+void Watchdog::give_up_after(unsigned seconds, unsigned milliseconds) const
 {
     itimerspec wanted{};
     wanted.it_value = {static_cast<time_t>(seconds), static_cast<long>(milliseconds) * 1'000'000};
     timerfd_settime(timer_, 0, &wanted, nullptr);
 }
 
-void Keeper::set_under_way(bool under_way)
+void Watchdog::set_under_way(bool under_way)
 {
     const std::lock_guard lock(mutex_);
     under_way_ = under_way;
@@ -77,13 +77,13 @@ void Keeper::set_under_way(bool under_way)
     }
 }
 
-void Keeper::rest(unsigned milliseconds)
+void Watchdog::rest(unsigned milliseconds)
 {
     std::unique_lock lock(mutex_);
     signal_came_.wait_for(lock, std::chrono::milliseconds(milliseconds), [this] { return ended(); });
 }
 
-void Keeper::watch()
+void Watchdog::watch()
 {
     while (true) {
         pollfd waits[] = {{signals_, POLLIN, 0}, {timer_, POLLIN, 0}, {end_, POLLIN, 0}};

@@ -17,14 +17,14 @@ namespace vorcfg {
 // come back in time, or soon after a signal, is given up: `give_up` tells what
 // is known, with "no answer in time" or "interrupted", and its value ends the
 // process.
-class Keeper {
+class Watchdog {
 public:
     using GiveUp = std::function<int(const char* why)>;
 
-    Keeper(std::optional<unsigned> seconds, bool hang_up_ends, GiveUp give_up);
-    Keeper(const Keeper&) = delete;
-    Keeper& operator=(const Keeper&) = delete;
-    ~Keeper();
+    Watchdog(std::optional<unsigned> seconds, bool hang_up_ends, GiveUp give_up);
+    Watchdog(const Watchdog&) = delete;
+    Watchdog& operator=(const Watchdog&) = delete;
+    ~Watchdog();
 
     bool ended() const { return signalled_; } // no further call may begin
     void rest(unsigned milliseconds);         // or until it is ended
@@ -32,13 +32,13 @@ public:
     // A call under way.
     class Call {
     public:
-        explicit Call(Keeper& keeper) : keeper_(keeper) { keeper_.set_under_way(true); }
+        explicit Call(Watchdog& watchdog) : watchdog_(watchdog) { watchdog_.set_under_way(true); }
         Call(const Call&) = delete;
         Call& operator=(const Call&) = delete;
-        ~Call() { keeper_.set_under_way(false); }
+        ~Call() { watchdog_.set_under_way(false); }
 
     private:
-        Keeper& keeper_;
+        Watchdog& watchdog_;
     };
 
 private:

@@ -5,7 +5,7 @@
 #include <fmt/core.h>
 
 #include "help/help.hpp"
-#include "input/complaint.hpp"
+#include "input/input_error.hpp"
 #include "input/options.hpp"
 #include "rows/contract.hpp"
 #include "rows/families.hpp"
@@ -295,7 +295,7 @@ std::string_view completion_script(std::string_view shell)
 {
     const auto found = std::ranges::find(script_texts, shell, &vor::BuiltIn::stem);
     if (found == std::end(script_texts)) {
-        throw Complaint{
+        throw InputError{
             fmt::format("no completion for \"{}\"; wanted: {}", shell, vor::joined(completed_shells(), ", "))};
     }
     return found->text;

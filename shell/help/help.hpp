@@ -22,12 +22,12 @@ std::string list(const Family* family, bool json);
 std::string search(std::string_view word, bool json);
 
 // A reference page: of all families that a header declares, printed from their rows, the header, and the calls
-// themselves, made against the gateway that answers. Throws a Complaint that names the examples that failed.
+// themselves, made against the gateway that answers. Throws a InputError that names the examples that failed.
 std::string page(std::string_view header);
 
 // The manual pages: those in pages/, with what the tables know filled in, and one of each family; in mdoc.
 std::vector<std::string> manual_pages(); // "vorcfg.1", "vorcfg-gpio.1", ...
-// Throws a Complaint that names the nearest.
+// Throws a InputError that names the nearest.
 std::string manual(std::string_view page);
 
 // --- Completion, of any shell ---------------------------------------------------------
@@ -46,7 +46,7 @@ bool is_whole(std::string_view word);
 // One a line, its hint behind a tab.
 std::string completions(std::span<const Word> words);
 
-// The script by which a shell asks for them. A Complaint names the shells there are.
+// The script by which a shell asks for them. A InputError names the shells there are.
 std::string_view completion_script(std::string_view shell);
 std::vector<std::string_view> completed_shells();
 

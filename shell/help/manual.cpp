@@ -8,7 +8,7 @@
 
 #include <fmt/core.h>
 
-#include "input/complaint.hpp"
+#include "input/input_error.hpp"
 #include "input/options.hpp"
 #include "rows/contract.hpp"
 #include "rows/families.hpp"
@@ -242,8 +242,8 @@ std::string manual(std::string_view page)
             return page_of(*family);
         }
     }
-    throw Complaint{fmt::format("no page \"{}\"{}", page,
-                                vor::suggestion(vor::nearest(page, manual_pages()), "vorcfg manual lists them"))};
+    throw InputError{fmt::format("no page \"{}\"{}", page,
+                                 vor::suggestion(vor::nearest(page, manual_pages()), "vorcfg manual lists them"))};
 }
 
 } // namespace vorcfg

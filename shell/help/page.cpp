@@ -28,7 +28,7 @@ std::string example_line(const Row& row)
                        shown_dry(row) ? "--dry-run " : "", example_call(row));
 }
 
-Planned planned_example(const Row& row)
+PreparedCall planned_example(const Row& row)
 {
     std::vector<Word> words = words_of(example_call(row));
     for (Word& word : words) {
@@ -42,8 +42,8 @@ Planned planned_example(const Row& row)
 
 std::string messages_text(const Row& row)
 {
-    Planned planned = planned_example(row);
-    const Report report = Session({.capture = true}, std::nullopt).make(planned);
+    PreparedCall planned = planned_example(row);
+    const CallResult report = Session({.capture = true}, std::nullopt).make(planned);
     std::string text;
     for (const Message& message : report.seen.messages) {
         text += described(message, row, planned.values) + '\n';
@@ -54,8 +54,8 @@ std::string messages_text(const Row& row)
 // What the example prints. One that fails is a fault of the page.
 std::string example_text(const Row& row, std::string& faults)
 {
-    Planned planned = planned_example(row);
-    const Report report = Session({.capture = shown_dry(row)}, std::nullopt).make(planned);
+    PreparedCall planned = planned_example(row);
+    const CallResult report = Session({.capture = shown_dry(row)}, std::nullopt).make(planned);
     const std::string text = text_of(planned, report);
     const Outcome outcome = report.verdict.outcome;
     if (exit_of(outcome) != exit_ok && !(outcome == Outcome::unread && row.has(answer_unread))) {
@@ -123,10 +123,10 @@ std::string page(std::string_view header)
     }
     if (rows.empty()) {
         wanted_family(header); // complains, unless another family's header has the calls
-        throw Complaint{fmt::format("the calls of {} are on another page", header)};
+        throw InputError{fmt::format("the calls of {} are on another page", header)};
     }
     if (!faults.empty()) {
-        throw Complaint{fmt::format("no page: these examples did not succeed{}", faults), exit_not_delivered};
+        throw InputError{fmt::format("no page: these examples did not succeed{}", faults), exit_not_delivered};
     }
     text += rows;
     text.pop_back();

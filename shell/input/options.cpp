@@ -6,7 +6,7 @@
 
 #include <fmt/core.h>
 
-#include "input/complaint.hpp"
+#include "input/input_error.hpp"
 #include "text/nearest.hpp"
 #include "text/parse.hpp"
 
@@ -19,7 +19,7 @@ std::uint32_t within(std::uint32_t least, std::uint32_t most, std::optional<std:
                      std::string_view text, std::string_view what)
 {
     if (!number || *number < least || *number > most) {
-        throw Complaint{
+        throw InputError{
             fmt::format("{}: \"{}\" is no {}; a number from {} to {} is wanted", row.name, text, what, least, most)};
     }
     return *number;
@@ -113,7 +113,7 @@ constexpr OptionRow rows[] = {
     for (const OptionRow& row : rows) {
         known.emplace_back(row.name);
     }
-    throw Complaint{
+    throw InputError{
         fmt::format("unknown option {}{}", name,
                     vor::suggestion(vor::nearest(name, known), "put -- before a text that begins with two dashes"))};
 }
@@ -180,25 +180,25 @@ try {
         }
         const std::string* const next = used < typed.size() ? &typed[used].text : nullptr;
         if (!row->value.empty() && !option.value && next == nullptr) {
-            throw Complaint{fmt::format("{}: its value is missing", row->name)};
+            throw InputError{fmt::format("{}: its value is missing", row->name)};
         }
         const std::string_view value = option.value_of(*row, next, used);
         if (!row->value.empty() && value.empty()) {
-            throw Complaint{fmt::format("{}: its value is empty", row->name)};
+            throw InputError{fmt::format("{}: its value is empty", row->name)};
         }
         row->take(options, *row, value);
         options.given.push_back(row);
     }
     return options;
 } catch (const vor::OptionError& error) {
-    throw Complaint{error.what()};
+    throw InputError{error.what()};
 }
 
 void check_given(const Options& options, std::string_view command)
 {
     for (const OptionRow* const row : options.given) {
         if (!means_something(*row, command)) {
-            throw Complaint{fmt::format("{} is for {}, not for {}", row->name, row->commands, command)};
+            throw InputError{fmt::format("{} is for {}, not for {}", row->name, row->commands, command)};
         }
     }
 }

@@ -48,7 +48,7 @@ struct OptionRow : vor::Option {
 
 std::span<const OptionRow> option_rows();
 
-// Throws a Complaint about an option that means nothing to the command, which "a call" is too.
+// Throws a InputError about an option that means nothing to the command, which "a call" is too.
 void check_given(const Options& options, std::string_view command);
 
 // Options stand anywhere before a `--`; those of a call with words of its own
@@ -72,7 +72,7 @@ std::span<const Command> commands();
 // Null, where there is none of that name.
 const Command* command_named(std::string_view name);
 
-// The exit code of what a line says. Throws a Complaint about what was not done.
+// The exit code of what a line says. Throws a InputError about what was not done.
 int run(const Options& options);
 
 } // namespace vorcfg

@@ -7,7 +7,7 @@
 
 #include <fmt/core.h>
 
-#include "input/complaint.hpp"
+#include "input/input_error.hpp"
 
 namespace vorcfg {
 
@@ -27,7 +27,7 @@ std::string one_line(std::string text, const std::string& source)
         : text.find('\0') != std::string::npos   ? "holds a zero byte"
                                                  : nullptr;
     if (wrong != nullptr) {
-        throw Complaint{fmt::format("{} {}", source, wrong), exit_no_input};
+        throw InputError{fmt::format("{} {}", source, wrong), exit_no_input};
     }
     return text;
 }
@@ -41,11 +41,11 @@ std::string line_from(int descriptor, const char* source)
     while ((got = ::read(descriptor, &byte, 1)) == 1 && byte != '\n') {
         line += byte;
         if (line.size() > Bounds().line) {
-            throw Complaint{fmt::format("a line of more than {} bytes from {}", Bounds().line, source), exit_no_input};
+            throw InputError{fmt::format("a line of more than {} bytes from {}", Bounds().line, source), exit_no_input};
         }
     }
     if (got != 1 && line.empty()) {
-        throw Complaint{fmt::format("nothing to read from {}", source), exit_no_input};
+        throw InputError{fmt::format("nothing to read from {}", source), exit_no_input};
     }
     return one_line(line, source);
 }
@@ -63,7 +63,7 @@ public:
     explicit Prompt(std::string_view name) : terminal(open("/dev/tty", O_RDWR | O_CLOEXEC))
     {
         if (terminal < 0 || tcgetattr(terminal, &before_) != 0) {
-            throw Complaint{"no terminal to ask on; give @FILE, or - for standard input", exit_no_input};
+            throw InputError{"no terminal to ask on; give @FILE, or - for standard input", exit_no_input};
         }
         struct sigaction action {};
         for (std::size_t i = 0; i < std::size(signals); i++) {
@@ -113,7 +113,7 @@ std::string read_secret(const Word& word, std::string_view name, const SecretSou
     }
     if (!word.quoted && word.text == "-") {
         if (!sources.standard_input) {
-            throw Complaint{"standard input is the batch itself"};
+            throw InputError{"standard input is the batch itself"};
         }
         return line_from(STDIN_FILENO, "standard input");
     }
@@ -122,8 +122,8 @@ std::string read_secret(const Word& word, std::string_view name, const SecretSou
         return line_from(prompt.terminal, "the terminal");
     }
     if (!sources.literals || word.exposed) {
-        throw Complaint{"a secret is not taken from the command line, where others can read it; give @FILE, - for a "
-                        "line of standard input, or '?' for a prompt"};
+        throw InputError{"a secret is not taken from the command line, where others can read it; give @FILE, - for a "
+                         "line of standard input, or '?' for a prompt"};
     }
     return word.text;
 }

@@ -6,7 +6,7 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include "input/complaint.hpp"
+#include "input/input_error.hpp"
 
 namespace vorcfg {
 
@@ -74,7 +74,7 @@ bool agreed(std::string_view question)
     dprintf(terminal, "%s", left ? "\n" : "");
     close(terminal);
     if (left) { // Ctrl-C and Ctrl-D answer nothing
-        throw Complaint{"interrupted; nothing was sent", exit_ended};
+        throw InputError{"interrupted; nothing was sent", exit_ended};
     }
     return answer == "y" || answer == "yes" || answer == "Y";
 }

@@ -23,17 +23,17 @@ std::string content_of(std::FILE* file, const std::string& name, const Bounds& b
         for (const char byte : std::string_view{bytes, got}) {
             line = byte == '\n' ? 0 : line + 1;
             if (line > bounds.line) {
-                throw Complaint{fmt::format("{}: line {} has more than {} bytes", name, number, bounds.line)};
+                throw InputError{fmt::format("{}: line {} has more than {} bytes", name, number, bounds.line)};
             }
             number += byte == '\n' ? 1 : 0;
         }
         content.append(bytes, got);
         if (content.size() > bounds.file) {
-            throw Complaint{fmt::format("{} has more than {} MiB", name, bounds.file >> 20)};
+            throw InputError{fmt::format("{} has more than {} MiB", name, bounds.file >> 20)};
         }
     }
     if (file == nullptr || std::ferror(file) != 0) { // a directory can be opened, but not read
-        throw Complaint{fmt::format("cannot read {}: {}", name, std::strerror(errno)), exit_no_input};
+        throw InputError{fmt::format("cannot read {}: {}", name, std::strerror(errno)), exit_no_input};
     }
     return content;
 }
@@ -42,11 +42,11 @@ void Variables::set(std::string_view definition)
 {
     const std::size_t length = vor::named_length(definition);
     if (length == 0) {
-        throw Complaint{fmt::format("--set: \"{}\" is no name=value", definition)};
+        throw InputError{fmt::format("--set: \"{}\" is no name=value", definition)};
     }
     const std::string name(definition.substr(0, length));
     if (const auto known = known_.find(name); known != known_.end() && known->second.on_command_line) {
-        throw Complaint{fmt::format("--set: {} is given twice", name)};
+        throw InputError{fmt::format("--set: {} is given twice", name)};
     }
     known_[name] = {std::string(definition.substr(length + 1)), true, {}};
 }
@@ -64,7 +64,7 @@ void Variables::read(const std::string& path)
             continue;
         }
         const auto complain = [&](std::string why, std::size_t at) {
-            throw Complaint{.text = std::move(why), .place = {path, number, at + 1}};
+            throw InputError{.text = std::move(why), .place = {path, number, at + 1}};
         };
         const std::size_t length = vor::named_length(line.substr(first));
         const std::size_t equals = first + length;
@@ -74,7 +74,7 @@ void Variables::read(const std::string& path)
         std::vector<Word> words;
         try {
             words = words_of(line.substr(equals + 1));
-        } catch (const Complaint& complaint) {
+        } catch (const InputError& complaint) {
             complain(complaint.text, equals + complaint.place.column);
         }
         if (words.size() > 1) {
@@ -95,7 +95,7 @@ namespace {
 
 [[noreturn]] void complain(std::string text, std::size_t column)
 {
-    throw Complaint{.text = std::move(text), .place = {.column = column}};
+    throw InputError{.text = std::move(text), .place = {.column = column}};
 }
 
 } // namespace
@@ -151,9 +151,9 @@ try {
     complain(error.what(), error.column);
 }
 
-std::vector<Complaint> Variables::unused(const std::string& batch) const
+std::vector<InputError> Variables::unused(const std::string& batch) const
 {
-    std::vector<Complaint> complaints;
+    std::vector<InputError> complaints;
     for (const auto& [name, variable] : known_) {
         if (!variable.used) {
             complaints.push_back({.text = fmt::format("{}{} is used nowhere in {}",

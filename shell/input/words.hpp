@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "input/complaint.hpp"
+#include "input/input_error.hpp"
 #include "text/parse.hpp"
 
 namespace vorcfg {
@@ -25,7 +25,7 @@ struct Bounds {
     std::size_t line = std::size_t{64} << 10;
 };
 
-// All that a just opened file holds; closes it. Throws a Complaint that says of which name it could not be opened or
+// All that a just opened file holds; closes it. Throws a InputError that says of which name it could not be opened or
 // read, or where it is too long.
 std::string content_of(std::FILE* file, const std::string& name, const Bounds& bounds = {});
 
@@ -36,11 +36,11 @@ public:
     void read(const std::string& path);    // one name=value a line, the value a word as in a batch
 
     // Appends to the word what ${name} or $${ in front of the text stands for, and says how many bytes that was.
-    // Throws a Complaint with the column.
+    // Throws a InputError with the column.
     std::size_t expand(std::string_view left, std::size_t column, vor::Word& word);
 
     // What no line has used, each as a complaint.
-    std::vector<Complaint> unused(const std::string& batch) const;
+    std::vector<InputError> unused(const std::string& batch) const;
 
 private:
     struct Variable {
@@ -53,7 +53,7 @@ private:
 };
 
 // The words of one line; ${name} is what the variable holds, without a second
-// look at it, and $${ is ${. Throws a Complaint with the column.
+// look at it, and $${ is ${. Throws a InputError with the column.
 std::vector<Word> words_of(std::string_view line, Variables* variables = nullptr);
 
 } // namespace vorcfg

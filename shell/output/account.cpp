@@ -10,16 +10,16 @@
 
 namespace vorcfg {
 
-int complain(const Complaint& complaint, bool json)
+int complain(const InputError& complaint, bool json)
 {
     std::fflush(stdout);
     vor::print(stderr, json ? json_of(complaint) : text_of(complaint));
     return complaint.exit;
 }
 
-std::function<int(const Complaint&)> complaining(bool json)
+std::function<int(const InputError&)> complaining(bool json)
 {
-    return [json](const Complaint& complaint) { return complain(complaint, json); };
+    return [json](const InputError& complaint) { return complain(complaint, json); };
 }
 
 // A terminal shows how far a long file is.
@@ -34,7 +34,7 @@ std::string Account::progress(std::size_t left) const
     return fmt::format("[{}/{} {:.0f}/s] ", made, calls_, static_cast<double>(made) / passed.count());
 }
 
-bool Account::tell(const Planned& planned, const Report& report, std::size_t left)
+bool Account::tell(const PreparedCall& planned, const CallResult& report, std::size_t left)
 {
     const std::string text = progress(left) + (json_ ? json_of(planned, report) : text_of(planned, report));
     errno = 0;

@@ -51,7 +51,7 @@ Json json_of(const Element& element)
     return json;
 }
 
-Json json_of(const Message& message, const Planned& planned)
+Json json_of(const Message& message, const PreparedCall& planned)
 {
     static constexpr const char* ways[] = {"request", "one-way", "konfd"};
     Json json{{"way", ways[static_cast<std::size_t>(message.way)]},
@@ -81,7 +81,7 @@ Json json_of(const Message& message, const Planned& planned)
 }
 
 // The given values by their arguments' names.
-Json values_json(const Planned& planned)
+Json values_json(const PreparedCall& planned)
 {
     Json values = Json::object();
     const auto arguments = planned.row->arguments();
@@ -104,7 +104,7 @@ Json values_json(const Planned& planned)
 }
 
 // The values, and the words that stand for them.
-void add_arguments(Json& json, const Planned& planned)
+void add_arguments(Json& json, const PreparedCall& planned)
 {
     Json words = Json::object();
     const auto arguments = planned.row->arguments();
@@ -152,7 +152,7 @@ Json json_of(const Argument& argument, const CallContract& contract)
 
 } // namespace
 
-std::string json_of(const Planned& planned, const Report& report)
+std::string json_of(const PreparedCall& planned, const CallResult& report)
 {
     Json json{{"schema", schema}};
     if (!planned.place.file.empty()) {
@@ -179,7 +179,7 @@ std::string json_of(const Planned& planned, const Report& report)
     return line_of(json);
 }
 
-std::string json_of(const Complaint& complaint)
+std::string json_of(const InputError& complaint)
 {
     Json json{{"schema", schema}};
     if (!complaint.place.file.empty()) {

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "call/runner.hpp"
-#include "input/complaint.hpp"
+#include "input/input_error.hpp"
 
 namespace vorcfg {
 
@@ -14,24 +14,24 @@ namespace vorcfg {
 inline constexpr int schema = 2;
 
 // The lines for a reader, each ended.
-std::string text_of(const Planned& planned, const Report& report);
-std::string text_of(const Complaint& complaint);
+std::string text_of(const PreparedCall& planned, const CallResult& report);
+std::string text_of(const InputError& complaint);
 std::string text_of(const Tally& tally, const std::string& name, std::size_t left);
 
 // One object on one line, ended.
-std::string json_of(const Planned& planned, const Report& report);
-std::string json_of(const Complaint& complaint);
+std::string json_of(const PreparedCall& planned, const CallResult& report);
+std::string json_of(const InputError& complaint);
 std::string json_of(const Tally& tally, const std::string& name, std::size_t left);
 std::string json_of(const Row& row);
 std::string checked_json(const std::string& name, std::size_t calls);
 
 // Says a complaint on standard error; its exit code.
-int complain(const Complaint& complaint, bool json);
+int complain(const InputError& complaint, bool json);
 // The same of each.
-std::function<int(const Complaint&)> complaining(bool json);
+std::function<int(const InputError&)> complaining(bool json);
 
 // A run told on standard output.
-class Account final : public Teller {
+class Account final : public Reporter {
 public:
     // `summary` tells what it came to and how many calls are left.
     using Summary = std::function<std::string(const Tally& tally, std::size_t left)>;
@@ -41,7 +41,7 @@ public:
     {
     }
 
-    bool tell(const Planned& planned, const Report& report, std::size_t left) override;
+    bool tell(const PreparedCall& planned, const CallResult& report, std::size_t left) override;
     int finish(const Tally& tally, std::size_t left, bool interrupted) override;
 
 private:

@@ -5,7 +5,7 @@
 
 namespace vorcfg {
 
-std::string text_of(const Planned& planned, const Report& report)
+std::string text_of(const PreparedCall& planned, const CallResult& report)
 {
     const bool dry = report.verdict.outcome == Outcome::dry_run;
     const Place& at = planned.place;
@@ -32,7 +32,7 @@ std::string text_of(const Planned& planned, const Report& report)
 }
 
 // Of a line of a batch: its place, as compilers write it.
-std::string text_of(const Complaint& complaint)
+std::string text_of(const InputError& complaint)
 {
     std::string text;
     if (!complaint.place.file.empty()) {

@@ -8,7 +8,7 @@
 #include <histedit.h>
 
 #include "help/help.hpp"
-#include "input/complaint.hpp"
+#include "input/input_error.hpp"
 #include "input/terminal.hpp"
 #include "prompt/history.hpp"
 #include "prompt/prompt.hpp"
@@ -70,7 +70,7 @@ unsigned char complete(EditLine* line, int)
     std::vector<Word> words;
     try {
         words = words_of(text);
-    } catch (const Complaint&) {
+    } catch (const InputError&) {
         return CC_ERROR;
     }
     if (text.empty() || text.back() == ' ' || text.back() == '\t') {

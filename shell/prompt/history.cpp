@@ -10,7 +10,7 @@
 
 #include <fmt/core.h>
 
-#include "input/complaint.hpp"
+#include "input/input_error.hpp"
 #include "input/options.hpp"
 #include "input/secret.hpp"
 #include "rows/families.hpp"
@@ -66,7 +66,7 @@ bool may_be_kept(std::string_view line)
         }
         const Row* const row = words.size() > 1 ? row_named(words[0].text, words[1].text) : nullptr;
         return command_named(words[0].text) != nullptr || (row != nullptr && !may_hold_secret(*row, words_of(line)));
-    } catch (const Complaint&) {
+    } catch (const InputError&) {
         return false;
     }
 }
@@ -92,7 +92,7 @@ std::vector<std::string> LineHistory::read() const
         for (const std::string_view line : vor::lines_in(text)) {
             lines.emplace_back(line);
         }
-    } catch (const Complaint&) {
+    } catch (const InputError&) {
         return {};
     }
     if (lines.size() > 2 * most) { // cut now and then, not at every line

@@ -8,7 +8,7 @@
 #include "call/batch.hpp"
 #include "call/runner.hpp"
 #include "help/help.hpp"
-#include "input/complaint.hpp"
+#include "input/input_error.hpp"
 #include "input/options.hpp"
 #include "input/secret.hpp"
 #include "input/terminal.hpp"
@@ -48,7 +48,7 @@ private:
         while ((byte = std::getc(stdin)) != EOF && byte != '\n') {
             line += static_cast<char>(byte);
             if (line.size() > Bounds().line) {
-                throw Complaint{fmt::format("a line of more than {} bytes", Bounds().line)};
+                throw InputError{fmt::format("a line of more than {} bytes", Bounds().line)};
             }
         }
         return byte == EOF && line.empty() ? std::nullopt : std::optional(std::move(line));
@@ -79,7 +79,7 @@ std::optional<int> run_line(const std::string& line, std::size_t number, const O
             return std::nullopt;
         }
         return options.words.empty() && !options.help && !options.version ? exit_ok : run(options);
-    } catch (Complaint& complaint) {
+    } catch (InputError& complaint) {
         if (!at_terminal() && complaint.place.file.empty()) {
             complaint.place = {"standard input", number, column_of(complaint, options.words)};
         }
@@ -104,7 +104,7 @@ int run_prompt(const Options& given)
     const auto next = [&]() -> std::optional<std::string> {
         try {
             return lines->next();
-        } catch (Complaint& complaint) {
+        } catch (InputError& complaint) {
             complaint.place = {"standard input", number + 1, 1};
             complaint.text += "; it and what follows it is not read";
             throw;

@@ -5,7 +5,7 @@
 
 #include <fmt/core.h>
 
-#include "input/complaint.hpp"
+#include "input/input_error.hpp"
 #include "input/options.hpp"
 #include "text/nearest.hpp"
 
@@ -72,8 +72,8 @@ const Family& wanted_family(std::string_view name)
     if (near.empty()) {
         near = vor::holding(name, calls);
     }
-    throw Complaint{.text = fmt::format("no family \"{}\"{}", name, vor::suggestion(near, "vorcfg --help lists them")),
-                    .word = 0};
+    throw InputError{.text = fmt::format("no family \"{}\"{}", name, vor::suggestion(near, "vorcfg --help lists them")),
+                     .word = 0};
 }
 
 const Row& wanted_row(std::string_view family, std::string_view name)
@@ -90,9 +90,9 @@ const Row& wanted_row(std::string_view family, std::string_view name)
     if (near.empty()) {
         near = vor::holding(name, names);
     }
-    throw Complaint{.text = fmt::format("{} has no call \"{}\"{}", family, name,
-                                        vor::suggestion(near, fmt::format("vorcfg {} --help lists them", family))),
-                    .word = 1};
+    throw InputError{.text = fmt::format("{} has no call \"{}\"{}", family, name,
+                                         vor::suggestion(near, fmt::format("vorcfg {} --help lists them", family))),
+                     .word = 1};
 }
 
 } // namespace vorcfg

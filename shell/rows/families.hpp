@@ -15,7 +15,7 @@ std::span<const Family* const> families(); // in the order of their names
 const Family* family_named(std::string_view name);
 const Row* row_named(std::string_view family, std::string_view name);
 
-// A Complaint that names the nearest name, where one is near.
+// A InputError that names the nearest name, where one is near.
 const Family& wanted_family(std::string_view name);
 const Row& wanted_row(std::string_view family, std::string_view name);
 

@@ -8,7 +8,7 @@
 #include <fmt/core.h>
 #include <vorinfra.h>
 
-#include "input/complaint.hpp"
+#include "input/input_error.hpp"
 #include "rows/reading.hpp"
 
 namespace vorcfg::konfd_query {
@@ -137,7 +137,7 @@ Query built(std::span<Value> values)
 {
     Query query(vor_cfg_proto_init());
     if (query == nullptr) {
-        throw Complaint{"no memory for the query", exit_not_sent};
+        throw InputError{"no memory for the query", exit_not_sent};
     }
     const auto text = [&](Part part) { return values[part].text.data(); };
     vor_cfg_proto_set_op(query.get(), static_cast<vor_uchar>(values[operation].number));

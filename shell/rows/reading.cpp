@@ -5,7 +5,7 @@
 
 #include <fmt/core.h>
 
-#include "input/complaint.hpp"
+#include "input/input_error.hpp"
 #include "rows/contract.hpp"
 #include "text/parse.hpp"
 #include "text/text.hpp"
@@ -24,7 +24,7 @@ std::string Reading::shown_quoted(std::size_t index) const
 
 [[noreturn]] void Reading::complain(std::string text, std::size_t index, std::string_view argument) const
 {
-    throw Complaint{std::move(text), exit_usage, std::string(argument), index_of(index)};
+    throw InputError{std::move(text), exit_usage, std::string(argument), index_of(index)};
 }
 
 std::size_t Reading::index_of(std::size_t index) const
@@ -41,7 +41,7 @@ try {
                                                 : fmt::format("{}:{}: {}: {}", place.file, place.line,
                                                               reading.row.full_name(), argument.name);
     return reading.secrets.read(reading.words[index], name, place.line);
-} catch (Complaint& complaint) {
+} catch (InputError& complaint) {
     complaint.argument = argument.name;
     complaint.word = reading.index_of(index);
     throw;

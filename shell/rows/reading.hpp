@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "input/complaint.hpp"
+#include "input/input_error.hpp"
 #include "input/secret.hpp"
 #include "rows/row.hpp"
 
@@ -25,7 +25,7 @@ struct Reading {
 
     static constexpr std::size_t first_word = 2;
 
-    // The value of an argument whose word stands at the index. Throws a Complaint that names it.
+    // The value of an argument whose word stands at the index. Throws a InputError that names it.
     Value value(const Argument& argument, std::size_t index);
     // Whether it goes out, as an argument before it decides.
     bool is_sent(const Argument& argument) const;

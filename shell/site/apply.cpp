@@ -21,7 +21,7 @@ namespace {
 std::string journal_of(const std::string& path, const Options& options)
 {
     if (options.journal.empty() && path == "-") {
-        throw Complaint{"a file on standard input has no journal of its own; give --journal"};
+        throw InputError{"a file on standard input has no journal of its own; give --journal"};
     }
     return options.journal.empty() ? path + ".journal" : options.journal;
 }
@@ -32,10 +32,10 @@ Selection selection_of(const Options& options)
 }
 
 // "ip set-ip-address 0 (lines 4, 7)" would help nobody; one line each does.
-std::string listed(const Plan& plan, const Shown& to, bool (*wanted)(const Due&))
+std::string listed(const Plan& plan, const Shown& to, bool (*wanted)(const PlanLine&))
 {
     std::string text;
-    for (const Due& line : plan.lines) {
+    for (const PlanLine& line : plan.lines) {
         text += wanted(line) ? line_of(line, to) : "";
     }
     return text;
@@ -44,7 +44,7 @@ std::string listed(const Plan& plan, const Shown& to, bool (*wanted)(const Due&)
 // The lines without a verdict are named and decided before anything is sent.
 void decide_unknown(Plan& plan, const Shown& to, const Options& options)
 {
-    const auto is_unknown = [](const Due& line) { return line.due && line.state == State::unknown; };
+    const auto is_unknown = [](const PlanLine& line) { return line.due && line.state == LineState::unknown; };
     const auto unknown = std::ranges::count_if(plan.lines, is_unknown);
     if (unknown == 0) {
         return;
@@ -55,12 +55,13 @@ void decide_unknown(Plan& plan, const Shown& to, const Options& options)
         vor::print(stdout, listed(plan, to, is_unknown));
     }
     if (!is_said && !ask) {
-        throw Complaint{fmt::format("{}: {} without a verdict; --retry-unknown makes them again, --skip-unknown leaves "
-                                    "them out; nothing was sent",
-                                    to.file, vor::counted(static_cast<std::uint64_t>(unknown), "line")),
-                        exit_unknown};
+        throw InputError{
+            fmt::format("{}: {} without a verdict; --retry-unknown makes them again, --skip-unknown leaves "
+                        "them out; nothing was sent",
+                        to.file, vor::counted(static_cast<std::uint64_t>(unknown), "line")),
+            exit_unknown};
     }
-    for (Due& line : plan.lines) {
+    for (PlanLine& line : plan.lines) {
         if (is_unknown(line)) {
             line.due = options.retry_unknown ||
                        (ask && agreed(line_of(line, {to.file, to.journal, false}) + "Make it again?"));
@@ -68,7 +69,7 @@ void decide_unknown(Plan& plan, const Shown& to, const Options& options)
     }
 }
 
-bool stays(const Due& line)
+bool stays(const PlanLine& line)
 {
     return line.due && !can_be_taken_back(line.key, line.replaced);
 }
@@ -82,7 +83,7 @@ void confirm_what_stays(const Plan& plan, const Shown& to, const Options& option
     }
     vor::print(stdout, to.json ? names : "these cannot be taken back:\n" + names);
     if (!options.yes && !(at_terminal() && agreed("Make them all the same?"))) {
-        throw Complaint{"what cannot be taken back is made only with --yes; nothing was sent"};
+        throw InputError{"what cannot be taken back is made only with --yes; nothing was sent"};
     }
 }
 
@@ -99,7 +100,7 @@ public:
     // The exit code of what is complained about.
     int read()
     {
-        const auto each = [&](const Planned& planned) {
+        const auto each = [&](const PreparedCall& planned) {
             if (!changes_nothing(planned)) {
                 check_confirmed(planned, options_);
             }
@@ -136,7 +137,7 @@ public:
         }
         std::vector<std::size_t> lines;
         std::vector<std::string> cutting;
-        for (const Due& line : plan.lines) {
+        for (const PlanLine& line : plan.lines) {
             if (line.due) {
                 lines.push_back(line.line);
                 if (const auto found = cutting_.find(line.line); found != cutting_.end()) {
@@ -148,7 +149,7 @@ public:
         const auto wanted = [&](std::size_t line) { return std::ranges::binary_search(lines, line); };
         batch_.ask(wanted);
         batch_.rewind(wanted);
-        vor::print(stdout, listed(plan, to_, [](const Due& line) { return line.is_not_compared(); }));
+        vor::print(stdout, listed(plan, to_, [](const PlanLine& line) { return line.is_not_compared(); }));
         if (options_.confirm && !lines.empty()) {
             journal.append(ApplyPending{journal.history().entries().size() + 1});
         }
@@ -177,26 +178,26 @@ private:
     int make(Journal& journal, const Plan& plan, std::size_t calls)
     {
         const auto summary = [&](const Tally& tally, std::size_t left) { return applied_text(plan, tally, left, to_); };
-        Making::Hooks hooks{
-            .before = [&](const Planned& planned) { journal.begin(planned); },
-            .after = [&](const Planned& planned, const Report& report) { journal.end(planned, report); },
+        BatchRunner::Hooks hooks{
+            .before = [&](const PreparedCall& planned) { journal.begin(planned); },
+            .after = [&](const PreparedCall& planned, const CallResult& report) { journal.end(planned, report); },
             .hang_up_ends = !options_.confirm};
         if (options_.confirm) {
             hooks.given_up = [&] { vor::print_line(stderr, fmt::format("vorcfg: {}", pending_text(journal))); };
         }
         Account account(options_, calls, summary);
-        Making making(options_, calls, account, std::move(hooks));
+        BatchRunner runner(options_, calls, account, std::move(hooks));
         int exit = exit_ok;
         try {
             for (bool more = true; more;) {
                 auto planned = batch_.next();
-                more = planned && making.make(*planned);
+                more = planned && runner.make(*planned);
             }
-        } catch (const Complaint& complaint) { // a full disk, above all
+        } catch (const InputError& complaint) { // a full disk, above all
             exit = complain(complaint, options_.json);
         }
         journal.sync();
-        return std::max(exit, making.finish());
+        return std::max(exit, runner.finish());
     }
 
     const Options& options_;
@@ -220,10 +221,10 @@ int run_plan(const std::string& path, const Options& options)
 int run_apply(const std::string& path, const Options& options)
 {
     if (options.dry_run) {
-        throw Complaint{"vorcfg plan shows what apply would make, vorcfg --dry-run batch the messages"};
+        throw InputError{"vorcfg plan shows what apply would make, vorcfg --dry-run batch the messages"};
     }
     if (options.retry_unknown && options.skip_unknown) {
-        throw Complaint{"one of --retry-unknown and --skip-unknown is enough"};
+        throw InputError{"one of --retry-unknown and --skip-unknown is enough"};
     }
     Application application(path, options);
     const int exit = application.read();

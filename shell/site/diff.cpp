@@ -7,31 +7,31 @@
 
 namespace vorcfg {
 
-bool Due::stands() const
+bool PlanLine::stands() const
 {
-    return state == State::accepted || state == State::sent || state == State::overtaken;
+    return state == LineState::accepted || state == LineState::sent || state == LineState::overtaken;
 }
 
-bool Due::is_not_compared() const
+bool PlanLine::is_not_compared() const
 {
-    return key.secret && (state == State::accepted || state == State::sent);
+    return key.secret && (state == LineState::accepted || state == LineState::sent);
 }
 
 PlanTally Plan::tally() const
 {
     PlanTally tally;
     for (const auto* const some : {&lines, &removed}) {
-        for (const Due& line : *some) {
+        for (const PlanLine& line : *some) {
             tally.lines[static_cast<std::size_t>(line.state)]++;
             tally.due += line.due ? 1 : 0;
-            tally.left_unknown += line.state == State::unknown && !line.due ? 1 : 0;
+            tally.left_unknown += line.state == LineState::unknown && !line.due ? 1 : 0;
             tally.not_compared += line.is_not_compared() ? 1 : 0;
         }
     }
     return tally;
 }
 
-void Planner::add(const Planned& planned)
+void Planner::add(const PreparedCall& planned)
 {
     if (changes_nothing(planned)) {
         plan_.asking++;
@@ -45,11 +45,11 @@ void Planner::add(const Planned& planned)
     secrets_.push_back(secrets);
 }
 
-std::vector<const Due*> Planner::find_overtaken()
+std::vector<const PlanLine*> Planner::find_overtaken()
 {
-    std::vector<Due>& lines = plan_.lines;
+    std::vector<PlanLine>& lines = plan_.lines;
     std::map<Subject, std::size_t> next; // among the lines behind
-    std::vector<const Due*> overtaken_by(lines.size());
+    std::vector<const PlanLine*> overtaken_by(lines.size());
     for (std::size_t i = lines.size(); i-- > 0;) {
         std::size_t by = lines.size();
         for (const Subject& opposite : opposites_of(lines[i].key)) {
@@ -58,7 +58,7 @@ std::vector<const Due*> Planner::find_overtaken()
         }
         const auto [same, is_last] = next.try_emplace(subject_of(lines[i].key), i);
         if (!is_last) {
-            const Due& other = lines[same->second];
+            const PlanLine& other = lines[same->second];
             if (!other.key.row->has(acts) && (lines[i].key != other.key || secrets_[i] != secrets_[same->second])) {
                 lines[i].differs_from = other.line;
             }
@@ -69,22 +69,22 @@ std::vector<const Due*> Planner::find_overtaken()
     return overtaken_by;
 }
 
-void Planner::judge(Due& line, const History& history) const
+void Planner::judge(PlanLine& line, const History& history) const
 {
     const Known& known = history.of(subject_of(line.key));
     line.before = known.standing;
     line.open = known.open;
     line.replaced = history.replaced_by(line.key);
     if (known.open != nullptr) {
-        line.state = State::unknown;
+        line.state = LineState::unknown;
     } else if (known.standing == nullptr) {
-        line.state = State::fresh;
+        line.state = LineState::fresh;
     } else if (known.standing->begun.key != line.key) {
-        line.state = State::changed;
+        line.state = LineState::changed;
     } else if (line.key.secret && selection_.resend_secrets) {
-        line.state = State::again;
+        line.state = LineState::again;
     } else {
-        line.state = known.standing->is_sent() ? State::sent : State::accepted;
+        line.state = known.standing->is_sent() ? LineState::sent : LineState::accepted;
     }
 }
 
@@ -95,18 +95,18 @@ bool Planner::find_following(const History& history)
     std::map<const Family*, std::uint64_t> last; // by the lines so far: their last entries
     constexpr std::uint64_t now = UINT64_MAX;
     bool found = false;
-    for (Due& line : plan_.lines) {
+    for (PlanLine& line : plan_.lines) {
         const Entry* const done = history.of(subject_of(line.key)).last_done;
         std::uint64_t& before = last[line.key.row->family];
         if (line.key.row->has(acts) && done != nullptr && before > done->begun.number && line.stands() &&
-            line.state != State::overtaken) {
+            line.state != LineState::overtaken) {
             found = true;
-            line.state = State::again;
+            line.state = LineState::again;
         }
         line.due = selection_.holds(line) && !line.stands();
         if (line.due) {
             before = now;
-        } else if (line.state != State::overtaken && done != nullptr) {
+        } else if (line.state != LineState::overtaken && done != nullptr) {
             before = std::max(before, done->begun.number);
         }
     }
@@ -115,26 +115,26 @@ bool Planner::find_following(const History& history)
 
 Plan Planner::against(const History& history)
 {
-    std::vector<Due>& lines = plan_.lines;
+    std::vector<PlanLine>& lines = plan_.lines;
     const auto overtaken_by = find_overtaken();
     for (std::size_t i = lines.size(); i-- > 0;) {
         judge(lines[i], history);
-        if (overtaken_by[i] != nullptr && overtaken_by[i]->stands() && lines[i].state != State::unknown) {
-            lines[i].state = State::overtaken;
+        if (overtaken_by[i] != nullptr && overtaken_by[i]->stands() && lines[i].state != LineState::unknown) {
+            lines[i].state = LineState::overtaken;
         }
     }
     // what undoes an act that is done again goes before it again
     while (find_following(history)) {
         for (std::size_t i = lines.size(); i-- > 0;) {
-            Due& line = lines[i];
-            if (line.state == State::overtaken && overtaken_by[i]->state == State::again &&
+            PlanLine& line = lines[i];
+            if (line.state == LineState::overtaken && overtaken_by[i]->state == LineState::again &&
                 line.key.row != overtaken_by[i]->key.row) {
-                line.state = State::again;
+                line.state = LineState::again;
             }
         }
     }
     find_removed(history);
-    const auto is_left_out = [this](const Due& line) { return !selection_.holds(line); };
+    const auto is_left_out = [this](const PlanLine& line) { return !selection_.holds(line); };
     std::erase_if(lines, is_left_out);
     std::erase_if(plan_.removed, is_left_out);
     return std::move(plan_);
@@ -143,17 +143,17 @@ Plan Planner::against(const History& history)
 void Planner::find_removed(const History& history)
 {
     std::set<Subject> subjects;
-    for (const Due& line : plan_.lines) {
+    for (const PlanLine& line : plan_.lines) {
         subjects.insert(subject_of(line.key));
     }
     for (const Known* const known : history.known()) {
         const CallKey& key = known->latest()->begun.key;
         if (!subjects.contains(subject_of(key))) {
             plan_.removed.push_back(
-                {.key = key, .state = State::removed, .before = known->standing, .open = known->open});
+                {.key = key, .state = LineState::removed, .before = known->standing, .open = known->open});
         }
     }
-    const auto number = [](const Due& line) {
+    const auto number = [](const PlanLine& line) {
         return (line.before != nullptr ? line.before : line.open)->begun.number;
     };
     std::ranges::sort(plan_.removed, {}, number);

@@ -11,7 +11,7 @@
 
 namespace vorcfg {
 
-enum class State {
+enum class LineState {
     fresh,     // nothing of it was ever accepted
     changed,   // something else was
     again,     // accepted; an act that follows from what is made before it, or a secret that is to be sent again
@@ -22,25 +22,25 @@ enum class State {
     removed,   // accepted, and not in the file any more
 };
 
-struct StateName {
-    State state;
+struct LineStateName {
+    LineState state;
     std::string_view name;  // in JSON
     std::string_view words; // in a summary
 };
 
-inline constexpr StateName states[] = {{State::fresh, "new", "new"},
-                                       {State::changed, "changed", "changed"},
-                                       {State::again, "again", "made again"},
-                                       {State::unknown, "unknown", "unknown"},
-                                       {State::accepted, "accepted", "accepted already"},
-                                       {State::sent, "sent", "sent, no verdict comes"},
-                                       {State::overtaken, "overtaken", "overtaken"},
-                                       {State::removed, "removed", "no longer in the file"}};
+inline constexpr LineStateName states[] = {{LineState::fresh, "new", "new"},
+                                           {LineState::changed, "changed", "changed"},
+                                           {LineState::again, "again", "made again"},
+                                           {LineState::unknown, "unknown", "unknown"},
+                                           {LineState::accepted, "accepted", "accepted already"},
+                                           {LineState::sent, "sent", "sent, no verdict comes"},
+                                           {LineState::overtaken, "overtaken", "overtaken"},
+                                           {LineState::removed, "removed", "no longer in the file"}};
 
-struct Due {
+struct PlanLine {
     std::size_t line = 0; // 0: not in the file
     CallKey key;
-    State state{};
+    LineState state{};
     bool due = false;                // to be made
     const Entry* before = nullptr;   // what stands
     const Entry* open = nullptr;     // what has no verdict
@@ -58,7 +58,10 @@ struct Selection {
     const Family* only = nullptr;
     bool resend_secrets = false;
 
-    bool holds(const Due& line) const { return line.line >= from && (only == nullptr || line.key.row->family == only); }
+    bool holds(const PlanLine& line) const
+    {
+        return line.line >= from && (only == nullptr || line.key.row->family == only);
+    }
 };
 
 // What a plan comes to.
@@ -68,13 +71,13 @@ struct PlanTally {
     std::size_t left_unknown = 0; // and not due
     std::size_t not_compared = 0;
 
-    std::size_t operator[](State state) const { return lines[static_cast<std::size_t>(state)]; }
+    std::size_t operator[](LineState state) const { return lines[static_cast<std::size_t>(state)]; }
 };
 
 struct Plan {
-    std::vector<Due> lines;   // those selected, in the file's order
-    std::vector<Due> removed; // in the journal's
-    std::size_t asking = 0;   // lines that change nothing: batch makes them
+    std::vector<PlanLine> lines;   // those selected, in the file's order
+    std::vector<PlanLine> removed; // in the journal's
+    std::size_t asking = 0;        // lines that change nothing: batch makes them
 
     PlanTally tally() const;
 };
@@ -84,13 +87,13 @@ class Planner {
 public:
     explicit Planner(Selection selection) : selection_(selection) {}
 
-    void add(const Planned& planned);
+    void add(const PreparedCall& planned);
     Plan against(const History& history);
 
 private:
     // Per line: the next that is about the same thing, or undoes it; none.
-    std::vector<const Due*> find_overtaken();
-    void judge(Due& line, const History& history) const;
+    std::vector<const PlanLine*> find_overtaken();
+    void judge(PlanLine& line, const History& history) const;
     bool find_following(const History& history);
     void find_removed(const History& history);
 

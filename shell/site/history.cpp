@@ -24,7 +24,7 @@ namespace {
 
 [[noreturn]] void complain_not_begun(std::uint64_t number)
 {
-    throw Complaint{fmt::format("call {} has not begun", number)};
+    throw InputError{fmt::format("call {} has not begun", number)};
 }
 
 } // namespace
@@ -37,7 +37,7 @@ void History::take(const Record& record)
 void History::add(const CallBegun& record)
 {
     if (record.number != entries_.size() + 1) {
-        throw Complaint{fmt::format("call {} is missing", entries_.size() + 1)};
+        throw InputError{fmt::format("call {} is missing", entries_.size() + 1)};
     }
     for (const auto& before : {record.replaces, record.takes_back}) {
         if (before && (*before == 0 || *before >= record.number)) {

@@ -33,7 +33,7 @@ struct Known {
 
 class History {
 public:
-    // Throws a Complaint about a record that does not follow from those before it.
+    // Throws a InputError about a record that does not follow from those before it.
     void take(const Record& record);
 
     const Known& of(const Subject& subject) const;

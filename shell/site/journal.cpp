@@ -19,7 +19,7 @@ namespace {
 
 [[noreturn]] void complain(const std::string& path, std::string_view why)
 {
-    throw Complaint{fmt::format("{}: {}", path, why), exit_journal};
+    throw InputError{fmt::format("{}: {}", path, why), exit_journal};
 }
 
 // A new file's name is on disk when its directory is.
@@ -99,7 +99,7 @@ void Journal::load(bool repair)
             history_.take(record_in(*line, is_first));
         } catch (const vor::JsonError&) {
             complain(path_, fmt::format("line {} is broken", number));
-        } catch (const Complaint& complaint) {
+        } catch (const InputError& complaint) {
             complain(path_, fmt::format("line {}: {}", number, complaint.text));
         }
     }
@@ -113,7 +113,7 @@ try {
     complain(path_, error.what());
 }
 
-void Journal::begin(const Planned& planned, const Entry* takes_back)
+void Journal::begin(const PreparedCall& planned, const Entry* takes_back)
 {
     const auto number_of = [](const Entry* entry) {
         return entry != nullptr ? std::optional(entry->begun.number) : std::nullopt;
@@ -129,7 +129,7 @@ void Journal::begin(const Planned& planned, const Entry* takes_back)
 }
 
 // On disk with the next call that begins, or at the end.
-void Journal::end(const Planned& planned, const Report& report)
+void Journal::end(const PreparedCall& planned, const CallResult& report)
 {
     append(CallEnded{.number = history_.entries().size(),
                      .at = stamp(),

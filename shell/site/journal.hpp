@@ -12,7 +12,7 @@
 
 namespace vorcfg {
 
-// All of these throw a Complaint where the journal cannot be used.
+// All of these throw a InputError where the journal cannot be used.
 class Journal {
 public:
     // To look at; where there is none, nothing has been accepted. What is torn is said and stays.
@@ -27,8 +27,8 @@ public:
     const std::string& path() const { return path_; }
 
     // What is about to be sent, on disk when this returns; and what became of it.
-    void begin(const Planned& planned, const Entry* takes_back = nullptr);
-    void end(const Planned& planned, const Report& report);
+    void begin(const PreparedCall& planned, const Entry* takes_back = nullptr);
+    void end(const PreparedCall& planned, const CallResult& report);
 
     void append(const Record& record, bool on_disk = true);
     void sync() { fdatasync(file_.descriptor()); }

@@ -52,7 +52,7 @@ bool somebody_waits(const std::string& path)
 
 struct Call {
     const Entry* undone;
-    Planned planned;
+    PreparedCall planned;
 };
 
 // What is to be made, all of it known before the first call; of the rest it is
@@ -69,7 +69,7 @@ std::vector<Call> calls_back(const std::vector<History::Undo>& undos)
                 calls.back().planned.place = {begun.file, begun.line, 0};
                 continue;
             }
-        } catch (const Complaint& complaint) { // what another version kept
+        } catch (const InputError& complaint) { // what another version kept
             why = ": " + complaint.text;
         }
         vor::print_line(stdout, fmt::format("{}:{}: {}: cannot be taken back{}", vor::printable(begun.file), begun.line,
@@ -95,18 +95,19 @@ int take_back(Journal& journal, const Options& options)
     going_on.keep_going = true;
     const Entry* undone = nullptr;
     Account account(going_on, calls.size(), summary);
-    Making making(going_on, calls.size(), account,
-                  {.before = [&](const Planned& planned) { journal.begin(planned, undone); },
-                   .after = [&](const Planned& planned, const Report& report) { journal.end(planned, report); },
-                   .hang_up_ends = false});
+    BatchRunner runner(
+        going_on, calls.size(), account,
+        {.before = [&](const PreparedCall& planned) { journal.begin(planned, undone); },
+         .after = [&](const PreparedCall& planned, const CallResult& report) { journal.end(planned, report); },
+         .hang_up_ends = false});
     for (Call& call : calls) {
         undone = call.undone;
-        if (!making.make(call.planned) && making.ended()) {
+        if (!runner.make(call.planned) && runner.ended()) {
             break;
         }
     }
-    const int exit = making.finish();
-    if (making.tally().failed.empty() && exit != exit_ended) {
+    const int exit = runner.finish();
+    if (runner.tally().failed.empty() && exit != exit_ended) {
         journal.append(ApplyDecided{.kept = false});
     }
     return exit;
@@ -133,7 +134,7 @@ int wait_and_take_back(const std::string& path, const Options& options, Clock::t
                 std::array<char, 4096> events{};
                 (void)!read(changes, events.data(), events.size());
             }
-        } catch (const Complaint&) {
+        } catch (const InputError&) {
             constexpr int while_it_is_in_use_ms = 50;
             poll(nullptr, 0, while_it_is_in_use_ms);
         }
@@ -164,10 +165,10 @@ struct Waiter {
 // When this returns, it holds its lock.
 Waiter start_waiting(Journal& journal, const Options& options, Clock::time_point deadline)
 {
-    const Complaint nobody{fmt::format("nobody waits for the confirmation; {}", offer(journal.path())), exit_journal};
+    const InputError nobody{fmt::format("nobody waits for the confirmation; {}", offer(journal.path())), exit_journal};
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-        throw Complaint(nobody);
+        throw InputError(nobody);
     }
     std::fflush(nullptr);
     const pid_t process = fork();
@@ -179,7 +180,7 @@ Waiter start_waiting(Journal& journal, const Options& options, Clock::time_point
     close(ends[1]);
     char ready = 'n';
     if (process < 0 || read(ends[0], &ready, 1) != 1 || ready != 'y') {
-        throw Complaint(nobody);
+        throw InputError(nobody);
     }
     return {process, ends[0]};
 }
@@ -264,7 +265,7 @@ std::string pending_text(const Journal& journal)
 void check_nothing_pending(const Journal& journal)
 {
     if (journal.history().pending()) {
-        throw Complaint{pending_text(journal), exit_journal};
+        throw InputError{pending_text(journal), exit_journal};
     }
 }
 
@@ -307,7 +308,7 @@ Journal pending_journal(const std::string& path, const char* what)
 {
     Journal journal = Journal::open(path);
     if (!journal.history().pending()) {
-        throw Complaint{fmt::format("{}: nothing waits to be {}", path, what), exit_journal};
+        throw InputError{fmt::format("{}: nothing waits to be {}", path, what), exit_journal};
     }
     return journal;
 }

@@ -55,7 +55,7 @@ KeptValue value_in(std::string_view name, const Json& json)
     const Json* const digits = json.size() == 1 ? json.find("bytes") : nullptr;
     RawText bytes = digits != nullptr && digits->is_string() ? bytes_in(digits->string()) : RawText();
     if (digits == nullptr || *digits != Json(vor::hexadecimal(bytes.text))) {
-        throw Complaint{fmt::format("{} is {}, which is no value", name, vor::dump(json))};
+        throw InputError{fmt::format("{} is {}, which is no value", name, vor::dump(json))};
     }
     return bytes;
 }
@@ -79,11 +79,11 @@ CallKey key_in(const Json& json)
     const Row* const row =
         row_named(call.substr(0, blank), std::string_view{call}.substr(std::min(blank + 1, call.size())));
     if (row == nullptr) {
-        throw Complaint{fmt::format("no call \"{}\" is known", call)};
+        throw InputError{fmt::format("no call \"{}\" is known", call)};
     }
     const Json& arguments = json.at("arguments");
     if (!arguments.is_object()) {
-        throw Complaint{"its arguments have no names"};
+        throw InputError{"its arguments have no names"};
     }
     const auto known = row->arguments();
     std::vector<KeptValues> values(known.size());
@@ -192,10 +192,10 @@ Record record_in(std::string_view line, bool is_first)
     const Json json = Json::parse(line);
     const Json* const known = json.find("vorcfg_journal");
     if (is_first && known == nullptr) {
-        throw Complaint{"is no journal"};
+        throw InputError{"is no journal"};
     }
     if (is_first && *known != Json(version)) {
-        throw Complaint{fmt::format("a journal of version {}, and this vorcfg knows {}", vor::dump(*known), version)};
+        throw InputError{fmt::format("a journal of version {}, and this vorcfg knows {}", vor::dump(*known), version)};
     }
     if (json.contains("begin")) {
         return CallBegun{.number = json["begin"].number<std::uint64_t>(),
@@ -223,7 +223,7 @@ Record record_in(std::string_view line, bool is_first)
     if (json.contains("gateway")) {
         return GatewayNamed{json["gateway"].string(), known != nullptr};
     }
-    throw Complaint{"no record of this version"};
+    throw InputError{"no record of this version"};
 }
 
 std::string stamp(std::chrono::seconds from_now)

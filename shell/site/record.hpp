@@ -54,7 +54,7 @@ using Record = std::variant<GatewayNamed, CallBegun, CallEnded, ApplyPending, Ap
 
 // Who writes it, and when, stands in a record that does not say so itself.
 std::string text_of(const Record& record);
-// Throws a JsonError about a line that is broken, a Complaint about what says nothing to this version.
+// Throws a JsonError about a line that is broken, a InputError about what says nothing to this version.
 Record record_in(std::string_view line, bool is_first);
 
 // The values by their arguments' names.

@@ -180,10 +180,10 @@ std::string json_of(const Sheet& sheet)
 int run_report(const std::string& path, const Options& options)
 {
     if (options.json && options.html) {
-        throw Complaint{"one of --json and --html is enough"};
+        throw InputError{"one of --json and --html is enough"};
     }
     if (!std::filesystem::exists(path)) {
-        throw Complaint{fmt::format("{}: there is no such journal", path), exit_journal};
+        throw InputError{fmt::format("{}: there is no such journal", path), exit_journal};
     }
     const Journal journal = Journal::read(path);
     if (journal.history().pending()) {

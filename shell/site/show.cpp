@@ -23,7 +23,7 @@ std::string when_done(const Entry& entry)
 }
 
 // "ip_address 192.168.1.11 (was 192.168.1.10), config_option 0 (was 1)"
-std::string changes_of(const Due& line)
+std::string changes_of(const PlanLine& line)
 {
     const auto arguments = line.key.row->arguments();
     std::string text;
@@ -43,39 +43,40 @@ std::string open_text(const Entry& open)
     return fmt::format("begun {}, {}", minute_of(open.begun.at), verdict);
 }
 
-std::string state_text(const Due& line)
+std::string state_text(const PlanLine& line)
 {
     switch (line.state) {
-    case State::fresh:
+    case LineState::fresh:
         return "new";
-    case State::changed:
+    case LineState::changed:
         return fmt::format("changed: {}; {}", changes_of(line), when_done(*line.before));
-    case State::again:
+    case LineState::again:
         return fmt::format("again: {}; {}",
                            line.key.row->has(acts) ? "follows from what is made before it" : "its secret is sent again",
                            when_done(*line.before));
-    case State::unknown:
+    case LineState::unknown:
         return fmt::format("unknown: {}", open_text(*line.open));
-    case State::accepted:
+    case LineState::accepted:
         return fmt::format("accepted already, {}", minute_of(line.before->ended.at));
-    case State::sent:
+    case LineState::sent:
         return fmt::format("sent, no verdict comes, {}", minute_of(line.before->ended.at));
-    case State::overtaken:
+    case LineState::overtaken:
         return "overtaken by a later line";
-    case State::removed:
+    case LineState::removed:
         return fmt::format("no longer in the file; {}",
                            line.before != nullptr ? when_done(*line.before) : open_text(*line.open));
     }
     return {};
 }
 
-std::string secret_text(const Due& line)
+std::string secret_text(const PlanLine& line)
 {
     if (line.is_not_compared()) {
         return "; secret not compared, --resend-secrets sends it again";
     }
-    return line.key.secret && (line.state == State::changed || line.state == State::unknown) ? "; secret not compared"
-                                                                                             : "";
+    return line.key.secret && (line.state == LineState::changed || line.state == LineState::unknown)
+               ? "; secret not compared"
+               : "";
 }
 
 std::string not_compared_text(const PlanTally& tally)
@@ -86,7 +87,7 @@ std::string not_compared_text(const PlanTally& tally)
                : "";
 }
 
-std::string json_of(const Due& line, const std::string& file)
+std::string json_of(const PlanLine& line, const std::string& file)
 {
     Json json{{"schema", schema}, {"file", file}};
     json.add("line", line.line);
@@ -112,7 +113,7 @@ std::string json_of(const Plan& plan, const Shown& to)
 {
     const PlanTally tally = plan.tally();
     Json json{{"schema", schema}, {"plan", to.file}, {"journal", to.journal}, {"due", tally.due}};
-    for (const StateName& each : states) {
+    for (const LineStateName& each : states) {
         json[each.name] = tally[each.state];
     }
     json["secrets_not_compared"] = tally.not_compared;
@@ -135,7 +136,7 @@ std::string json_of(const Plan& plan, const Tally& calls, std::size_t left, cons
                     {"failed_lines", Json::array(calls.failed)},
                     {"not_made", left},
                     {"left_unknown", tally.left_unknown},
-                    {"before", tally[State::accepted] + tally[State::sent]},
+                    {"before", tally[LineState::accepted] + tally[LineState::sent]},
                     {"secrets_not_compared", tally.not_compared},
                     {"exit", calls.worst}};
     return vor::dump(json) + '\n';
@@ -160,7 +161,7 @@ std::string values_of(const CallKey& key)
     return text;
 }
 
-std::string line_of(const Due& line, const Shown& to)
+std::string line_of(const PlanLine& line, const Shown& to)
 {
     if (to.json) {
         return json_of(line, to.file);
@@ -174,7 +175,7 @@ std::string lines_of(const Plan& plan, const Shown& to)
 {
     std::string text;
     for (const auto* const lines : {&plan.lines, &plan.removed}) {
-        for (const Due& line : *lines) {
+        for (const PlanLine& line : *lines) {
             text += to.json || !line.stands() || line.is_not_compared() ? line_of(line, to) : "";
         }
     }
@@ -188,7 +189,7 @@ std::string summary_of(const Plan& plan, const Shown& to)
     }
     const PlanTally tally = plan.tally();
     std::string text = fmt::format("{}: {} to make", vor::printable(to.file), tally.due);
-    for (const StateName& each : states) {
+    for (const LineStateName& each : states) {
         if (tally[each.state] != 0) {
             text += fmt::format("; {} {}", tally[each.state], each.words);
         }
@@ -208,7 +209,7 @@ std::string applied_text(const Plan& plan, const Tally& calls, std::size_t left,
         "{}: {} accepted, {} sent, {} unread, {} unknown, {} refused{}, {} not made; {} done before{}{}\n",
         vor::printable(to.file), calls.accepted, calls.sent, calls.unread, calls.unknown, calls.refused,
         other != 0 ? fmt::format(", {} not delivered or not sent", other) : "", left,
-        tally[State::accepted] + tally[State::sent],
+        tally[LineState::accepted] + tally[LineState::sent],
         tally.left_unknown != 0 ? fmt::format("; {} left unknown", tally.left_unknown) : "", not_compared_text(tally));
 }
 
@@ -216,7 +217,7 @@ std::string warnings_of(const Plan& plan, const Shown& to)
 {
     std::string text;
     std::set<std::string> said;
-    for (const Due& line : plan.lines) {
+    for (const PlanLine& line : plan.lines) {
         if (line.differs_from != 0 && said.insert(name_of(line.key)).second) {
             text += fmt::format("{}:{}: warning: {}: line {} says something else about it\n", vor::printable(to.file),
                                 line.line, name_of(line.key), line.differs_from);

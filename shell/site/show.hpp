@@ -14,7 +14,7 @@ struct Shown {
     bool json;
 };
 
-std::string line_of(const Due& line, const Shown& shown);
+std::string line_of(const PlanLine& line, const Shown& shown);
 // What is not as the file has it, a line each; as JSON every line, and at the end what the plan comes to.
 std::string lines_of(const Plan& plan, const Shown& shown);
 std::string summary_of(const Plan& plan, const Shown& shown);

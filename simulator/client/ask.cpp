@@ -39,7 +39,7 @@ std::string checked(const std::string& answer)
 
 } // namespace
 
-Asked::Asked(const std::string& line, const std::optional<std::string>& document)
+Connection::Connection(const std::string& line, const std::optional<std::string>& document)
     : socket_(connect_to(control_path(directory())))
 {
     if (line.find_first_of(std::string_view("\n\0", 2)) != line.npos) { // they would end it
@@ -62,7 +62,7 @@ Asked::Asked(const std::string& line, const std::optional<std::string>& document
     }
 }
 
-std::optional<std::string> Asked::receive(milliseconds within)
+std::optional<std::string> Connection::receive(milliseconds within)
 {
     pollfd waiting{socket_.get(), POLLIN, 0};
     std::array<char, 65536> bytes; // NOLINT: filled by the receive
@@ -73,9 +73,9 @@ std::optional<std::string> Asked::receive(milliseconds within)
     return std::string(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
 }
 
-bool Watch::read(const OnLine& on_line)
+bool EventStream::read(const OnLine& on_line)
 {
-    const std::string more = asked_.receive(milliseconds(-1)).value_or("");
+    const std::string more = connection_.receive(milliseconds(-1)).value_or("");
     text_ += more;
     std::size_t begin = 0;
     for (std::size_t end = 0; (end = text_.find('\n', begin)) != text_.npos; begin = end + 1) {
@@ -93,7 +93,7 @@ bool Watch::read(const OnLine& on_line)
 
 std::string ask(const std::string& line, const std::optional<std::string>& document)
 {
-    Asked asked(line, document);
+    Connection asked(line, document);
     milliseconds within = patience;
     std::string otherwise = fmt::format("the vorsim in {} does not answer", directory());
     std::string at_its_end = otherwise;

@@ -12,10 +12,10 @@
 namespace vorsim::client {
 
 // A connection that carries one request: a line, and the document behind it where there is one.
-class Asked {
+class Connection {
 public:
     // Throws when no gateway runs in the directory; a UsageError first, where the line is not understood.
-    explicit Asked(const std::string& line, const std::optional<std::string>& document = {});
+    explicit Connection(const std::string& line, const std::optional<std::string>& document = {});
 
     // More of the answer, empty at its end; nothing when nothing comes in time.
     std::optional<std::string> receive(std::chrono::milliseconds within);
@@ -26,20 +26,20 @@ private:
 };
 
 // The messages of the running gateway from now on.
-class Watch {
+class EventStream {
 public:
     enum class What : char { message = '+', note = '!' }; // a note is for people
     using OnLine = std::function<void(What what, std::string_view line)>;
 
-    explicit Watch(const std::string& line) : asked_(line) {}
+    explicit EventStream(const std::string& line) : connection_(line) {}
 
     // Readable when there is more.
-    int descriptor() const { return asked_.descriptor(); }
+    int descriptor() const { return connection_.descriptor(); }
     // Waits for more; false at the gateway's end. Throws what the gateway has against it.
     bool read(const OnLine& on_line);
 
 private:
-    Asked asked_;
+    Connection connection_;
     std::string text_;
     bool begun_ = false;
 };

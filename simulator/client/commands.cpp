@@ -22,14 +22,14 @@ namespace {
 using Arguments = std::vector<std::string>;
 
 // What is done without a gateway, or with any.
-struct Row {
+struct Handler {
     std::string_view name;
     std::string_view operands;
     std::string_view about;
     int (*run)(const Arguments& arguments);
 };
 
-constexpr Row rows[] = {
+constexpr Handler handlers[] = {
     {"decode", "[--json] [--bytes] [FILTER]... FILE", "print a journal", decode},
     {"replay", "[--state FILE] FILE", "send a journal's requests again and compare", replay},
 };
@@ -48,9 +48,9 @@ int pass_on(const CommandRow& row, const Arguments& arguments)
 {
     const std::string line = line_of(arguments, row.sentence);
     if (row.carries == CommandRow::Carries::stream) {
-        Watch watch(line);
-        while (watch.read([](Watch::What what, std::string_view text) {
-            if (what == Watch::What::message) {
+        EventStream watch(line);
+        while (watch.read([](EventStream::What what, std::string_view text) {
+            if (what == EventStream::What::message) {
                 print(fmt::format("{}\n", text));
             } else {
                 vor::print_line(stderr, text);
@@ -90,7 +90,7 @@ std::string help()
     for (const CommandRow& row : command_rows()) {
         text += row.about.empty() ? "" : told(row);
     }
-    for (const Row& row : rows) {
+    for (const Handler& row : handlers) {
         text += told(row);
     }
     return text + fmt::format("FILTER is one of {}\n", filter_help());
@@ -101,8 +101,8 @@ std::optional<int> run(const Arguments& arguments)
     if (arguments.empty()) {
         return {};
     }
-    const auto* const own = std::ranges::find(rows, arguments.front(), &Row::name);
-    if (own != std::end(rows)) {
+    const auto* const own = std::ranges::find(handlers, arguments.front(), &Handler::name);
+    if (own != std::end(handlers)) {
         return own->run({arguments.begin() + 1, arguments.end()});
     }
     const CommandRow* const row = command_named(arguments.front());

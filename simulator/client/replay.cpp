@@ -125,7 +125,7 @@ private:
         return no_answer;
     }
 
-    Inlet endpoint_;
+    Endpoint endpoint_;
     vor_uint16 sap_;
     vor_uint16 sequence_ = 0;
 };

@@ -22,7 +22,7 @@ Answer port_stats(const Decoded& decoded, const State& state, Measurements& meas
 
 constexpr Reading readings[] = {{"adc * polling_count", counter}, {"adc * interrupt_count", counter}};
 
-constexpr Row rows[] = {
+constexpr MessageRow rows[] = {
     {settings, "vor_cfg_set_adc_config_polling", input,
      chain(adc_index, channel_index, mode, uint32(5, "polling_freq"), option), "mode"},
     {settings, "vor_cfg_set_adc_channel_name", input,

@@ -5,7 +5,7 @@ namespace vorsim::families {
 constexpr Exchange settings = request(0x13003);
 constexpr Field peer_id = uint32(11, "peer_id");
 
-constexpr Row rows[] = {
+constexpr MessageRow rows[] = {
     {settings, "vor_cfg_set_can_channel_name", "peer {peer_id}", chain(text(4, "name"), int16(10, "set"), peer_id)},
     {settings, "vor_cfg_set_can_baudrate", "port {can_port}",
      chain(int16(1, "can_port"), text(5, "baudrate"), int16(10, "set"))},

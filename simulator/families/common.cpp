@@ -2,7 +2,7 @@
 
 namespace vorsim::families {
 
-constexpr Row rows[] = {
+constexpr MessageRow rows[] = {
     {one_way(12), "vor_system_restart", "gateway", record(2, int16(0, "time_till_restart"))},
 };
 

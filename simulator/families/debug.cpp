@@ -10,7 +10,7 @@ constexpr Field name = text(4, "name", 50);
 
 // What an option does not set holds whatever the sender's buffer held, so each
 // option reads its own fields only.
-constexpr Row rows[] = {
+constexpr MessageRow rows[] = {
     {debug_level, "vor_cfg_set_debug_info", "module {task_name}",
      record(32, uint32(0, "log_level"), uint16(4, "sap_id"), text(6, "task_name", 25))},
     {log_upload, "vor_cfg_set_log_file", "log {name}",

@@ -16,7 +16,7 @@ Answer temperature(const Decoded&, const State&, Measurements& measurements)
 
 constexpr Reading readings[] = {{"temperature", INT16_MIN, INT16_MAX}};
 
-constexpr Row rows[] = {
+constexpr MessageRow rows[] = {
     {request(0x2021), "vor_cfg_get_system_temperature", "board", nothing, temperature},
 };
 

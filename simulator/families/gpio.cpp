@@ -16,7 +16,7 @@ Answer port_stats(const Decoded& decoded, const State& state, Measurements& meas
 
 constexpr Reading readings[] = {{"port * polling_count", counter}, {"port * interrupt_count", counter}};
 
-constexpr Row rows[] = {
+constexpr MessageRow rows[] = {
     {settings, "vor_cfg_set_gpio_direction", "port {port_num}", chain(port_num, int16(2, "direction"), option)},
     {settings, "vor_cfg_set_gpio_config_interrupt", "port {port_num}",
      chain(port_num, mode, int32(7, "interrupt_type"), option), "mode"},

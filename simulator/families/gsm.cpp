@@ -6,7 +6,7 @@ constexpr Exchange settings = request(0xc00a);
 constexpr Field gsm_port = int16(1, "gsm_port");
 constexpr Field option = int16(8, "option");
 
-constexpr Row rows[] = {
+constexpr MessageRow rows[] = {
     {settings, "vor_cfg_gsm_set_access_point_name", "port {gsm_port}",
      chain(gsm_port, text(2, "access_point_name"), option)},
     {settings, "vor_cfg_gsm_set_username", "port {gsm_port}", chain(gsm_port, text(4, "username"), option)},

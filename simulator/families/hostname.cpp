@@ -2,7 +2,7 @@
 
 namespace vorsim::families {
 
-constexpr Row rows[] = {
+constexpr MessageRow rows[] = {
     {one_way(0xa00a), "vor_cfg_set_plat_hostname", "gateway", chain(text(3, "hostname"))},
 };
 

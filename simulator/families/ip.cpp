@@ -24,7 +24,7 @@ constexpr Field dns_servers = address(12, "dns_server").repeats("dns_server_num"
 constexpr Layout access_point = option_and_chain(option, uint16(1, "intr_num"), text(2, "ssid"), uint16(3, "protocol"),
                                                  text(4, "passwd").secret(), uint16(20, "country_code"));
 
-constexpr Row rows[] = {
+constexpr MessageRow rows[] = {
     {request(0x7003), "vor_cfg_set_ip_address", interface, address_record(0)},
     {request(0x7005), "vor_cfg_set_ip_address", interface, address_record(1)},
     {request(0x7005), "vor_cfg_set_ip_address", interface, address_record(2)},

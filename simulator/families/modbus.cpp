@@ -31,7 +31,7 @@ constexpr Field dev_mode = int16(87, "dev_mode");
 constexpr Field grp_name = text(74, "grp_name");
 constexpr Field option = int16(79, "option");
 
-constexpr Row rows[] = {
+constexpr MessageRow rows[] = {
     {port, "vor_cfg_set_modbus_channel_name", serial_slave, chain(modbus_port, channel_name, set, slave_id)},
     {port, "vor_cfg_set_modbus_baudrate", serial_slave, chain(modbus_port, text(69, "baudrate"), set, slave_id)},
     {port, "vor_cfg_set_modbus_parity", serial_slave, chain(modbus_port, text(70, "parity"), set, slave_id)},

@@ -9,7 +9,7 @@ constexpr Field protocol = int16(6, "protocol");
 
 // Topic to clean-session name no service: they are the manager's current
 // values, which it uses for whichever session it opens next.
-constexpr Row rows[] = {
+constexpr MessageRow rows[] = {
     {settings, "vor_cfg_set_mqtt_username_and_password", "service {service_name}",
      option_and_chain(option, service_name, protocol, text(12, "username"), text(13, "password").secret())},
     {settings, "vor_cfg_set_mqtt_server_config", "service {service_name}",

@@ -4,7 +4,7 @@ namespace vorsim::families {
 
 constexpr Exchange settings = request(0x17001);
 
-constexpr Row rows[] = {
+constexpr MessageRow rows[] = {
     {settings, "vor_cfg_set_pcu_config_module", "unit", chain(text(1, "serial_number"))},
     {settings, "vor_cfg_set_pcu_config_enable", "unit", chain(int16(2, "is_enabled"))},
 };

@@ -7,7 +7,7 @@ constexpr Field set_flag = int16(6, "set_flag");
 constexpr Field sensor_name = text(1, "sensor_name");
 constexpr Field flow_name = text(2, "flow_name");
 
-constexpr Row rows[] = {
+constexpr MessageRow rows[] = {
     {flow, "vor_cfg_set_flow_data_template", "sensor {sensor_name} flow {flow_name}",
      chain(set_flag, sensor_name, flow_name, text(4, "template_file"))},
     {flow, "vor_cfg_set_flow_registration_template", "sensor {sensor_name} flow {flow_name}",

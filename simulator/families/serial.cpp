@@ -5,7 +5,7 @@ namespace vorsim::families {
 constexpr Exchange settings = request(0x10004);
 constexpr Field port_num = int16(1, "port_num");
 
-constexpr Row rows[] = {
+constexpr MessageRow rows[] = {
     {settings, "vor_cfg_set_serial_polling", "port {port_num}",
      chain(port_num, uint32(17, "polling_freq"), int16(16, "option"))},
     {settings, "vor_cfg_set_serial_databits", "port {port_num}", chain(port_num, int16(3, "data_bits"))},

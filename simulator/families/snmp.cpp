@@ -10,13 +10,13 @@ constexpr Field option = int16(4, "option");
 
 // The tag stands for the mode and the option together; the option comes once
 // more by itself and has to agree.
-constexpr Row credential(std::uint16_t tag, std::string_view object, std::int32_t value)
+constexpr MessageRow credential(std::uint16_t tag, std::string_view object, std::int32_t value)
 {
     return {v3, "vor_cfg_set_snmp_server_v3_credentials", object,
             chain(text(tag, "input_string").secret(), option.holding(value))};
 }
 
-constexpr Row rows[] = {
+constexpr MessageRow rows[] = {
     {v2, "vor_cfg_set_snmp_v2_server_community_name", "community mode {mode}",
      chain(text(1, "name").secret(), int16(2, "mode"), option)},
     {v2, "vor_cfg_set_snmp_v2_trap_server", "trap {ip_addr}",

@@ -51,7 +51,7 @@ Answer register_values(const Decoded&, const State&, Measurements& measurements)
     return answer;
 }
 
-constexpr Row rows[] = {
+constexpr MessageRow rows[] = {
     {settings, "vor_cfg_set_sub1g_frequency", "interface {interface_num}", chain(interface_num, int16(2, "frequency"))},
     {settings, "vor_cfg_sub1g_set_channel", "port {port_num}",
      chain(int16(1, "port_num"), text(3, "stream_name"), int16(4, "classifier"), text(5, "channel_name"))},

@@ -5,7 +5,7 @@ namespace vorsim::families {
 constexpr Exchange rest = one_way(0x3002).to("restmgr");
 constexpr Field service_name = text(1, "service_name");
 
-constexpr Row rows[] = {
+constexpr MessageRow rows[] = {
     {rest, "vor_cfg_rest_set_bind_addr", "service {service_name}", chain(service_name, text(6, "bind_iface"))},
     {rest, "vor_cfg_rest_set_app", "service {service_name}", chain(service_name, text(4, "app_name"))},
     {rest, "vor_cfg_set_rest_config", "service {service_name}",

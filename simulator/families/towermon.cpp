@@ -34,7 +34,7 @@ constexpr Exchange power_measurement = request(0x15007);
 constexpr Exchange power_supply = request(0x15008);
 constexpr Exchange ups = request(0x15009);
 
-constexpr Row rows[] = {
+constexpr MessageRow rows[] = {
     {aircon, "vor_cfg_towermon_obj_aircon_channel_name", "aircon {sensor_name}", channel},
     {battery, "vor_cfg_towermon_obj_battery_channel_name", "battery {sensor_name}",
      chain(text(30, "sensor_name"), channel_name, option)},

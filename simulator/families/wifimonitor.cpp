@@ -2,7 +2,7 @@
 
 namespace vorsim::families {
 
-constexpr Row rows[] = {
+constexpr MessageRow rows[] = {
     {one_way(0x12001), "set_wifi_monitor_channel_name", "monitor", chain(text(1, "channel_name"), int16(2, "set"))},
 };
 

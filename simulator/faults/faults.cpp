@@ -7,7 +7,7 @@
 namespace vorsim::faults {
 namespace {
 
-void tell(Record& record, const Due& due)
+void tell(Record& record, const DueRule& due)
 {
     record.line += fmt::format(" ({})", due.text());
     record.fault = {due.number, due.rule.text};
@@ -33,43 +33,43 @@ Delivery::Way way_of(Action::Kind kind)
 
 } // namespace
 
-Delivery disturb(Judgement& judgement, const Due& due)
+Delivery disturb(Decision& decision, const DueRule& due)
 {
     using Kind = Action::Kind;
     constexpr std::uint32_t low_half = 0x1;
     constexpr std::uint32_t high_half = 0x10000;
 
     const Action& action = due.rule.action;
-    Record& record = judgement.record;
+    Record& record = decision.record;
     switch (action.kind) {
     case Kind::status: {
         const auto status = static_cast<std::int32_t>(action.number);
-        judgement.answer = status_answer(status);
+        decision.answer = status_answer(status);
         if (record.status != status) {
-            judgement.told = nullptr; // what is refused is not kept
+            decision.row_to_keep = nullptr; // what is refused is not kept
         }
         record.answer_values.clear();
         record.status = status;
-        judgement.comes_to(fmt::format("status {}", status));
+        decision.set_outcome(fmt::format("status {}", status));
         break;
     }
     case Kind::id_low:
-        judgement.answer_id ^= low_half;
+        decision.answer_id ^= low_half;
         break;
     case Kind::id_high:
-        judgement.answer_id ^= high_half;
+        decision.answer_id ^= high_half;
         break;
     case Kind::id:
-        judgement.answer_id = static_cast<std::uint32_t>(action.number);
+        decision.answer_id = static_cast<std::uint32_t>(action.number);
         break;
     case Kind::no_payload:
-        judgement.answer.clear();
+        decision.answer.clear();
         break;
     case Kind::short_payload:
-        judgement.answer.resize(std::min(judgement.answer.size(), static_cast<std::size_t>(action.number)));
+        decision.answer.resize(std::min(decision.answer.size(), static_cast<std::size_t>(action.number)));
         break;
     case Kind::refuse:
-        judgement.told = nullptr;
+        decision.row_to_keep = nullptr;
         break;
     default:
         break;
@@ -78,22 +78,22 @@ Delivery disturb(Judgement& judgement, const Due& due)
     return {way_of(action.kind), action.time};
 }
 
-Hearing disturb(konfd::Reply& reply, const Due& due)
+ReplyFault disturb(konfd::Reply& reply, const DueRule& due)
 {
     tell(reply.record, due);
     switch (due.rule.action.kind) {
     case Action::Kind::answer:
         reply.answer = fmt::format("{}\n", due.rule.action.text);
         reply.record.answer = due.rule.action.text;
-        return Hearing::whole;
+        return ReplyFault::whole;
     case Action::Kind::split:
-        return Hearing::split;
+        return ReplyFault::split;
     case Action::Kind::never:
-        return Hearing::never;
+        return ReplyFault::never;
     case Action::Kind::hang_up:
-        return Hearing::hung_up;
+        return ReplyFault::hung_up;
     default:
-        return Hearing::whole;
+        return ReplyFault::whole;
     }
 }
 

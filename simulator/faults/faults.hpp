@@ -1,7 +1,7 @@
 // faults.hpp: what is done about a message between its judgement and its answer.
 #pragma once
 
-#include "faults/plan.hpp"
+#include "faults/rule_list.hpp"
 #include "gateway/gateway.hpp"
 #include "konfd/konfd.hpp"
 
@@ -21,11 +21,11 @@ struct Delivery {
     Milliseconds wait{}; // before it, or until the manager is back
 };
 
-// Has the rule that is due disturb the judgement, which then tells of it.
-Delivery disturb(Judgement& judgement, const Due& due);
+// Has the rule that is due disturb the decision, which then tells of it.
+Delivery disturb(Decision& decision, const DueRule& due);
 
 // How konfd's answer is heard.
-enum class Hearing : std::uint8_t {
+enum class ReplyFault : std::uint8_t {
     whole,
     split, // its first byte, and the rest when that was read
     never,
@@ -33,6 +33,6 @@ enum class Hearing : std::uint8_t {
 };
 
 // konfd has done what it was told: the fault is in what it says of it.
-Hearing disturb(konfd::Reply& reply, const Due& due);
+ReplyFault disturb(konfd::Reply& reply, const DueRule& due);
 
 } // namespace vorsim::faults

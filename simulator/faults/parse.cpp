@@ -27,7 +27,7 @@ std::vector<vor::Word> tokens_of(std::string_view line)
     std::vector<vor::Word> tokens = vor::words_in(line, {.ends = ":,\"#", .expand = {}});
     for (const vor::Word& token : tokens) {
         if (token.quoted && token.named != 0) {
-            throw Complaint("a double quote within a word", token.column + token.named + 1);
+            throw RuleError("a double quote within a word", token.column + token.named + 1);
         }
     }
     tokens.push_back({.column = tokens.empty() ? 1 : tokens.back().end});
@@ -172,7 +172,7 @@ private:
             seen = vor::quoted(found.text);
         }
         const auto near = vor::nearest(found.text, known);
-        throw Complaint(fmt::format("{}; expected {}{}", seen, what, near.empty() ? "" : vor::suggestion(near, "")),
+        throw RuleError(fmt::format("{}; expected {}{}", seen, what, near.empty() ? "" : vor::suggestion(near, "")),
                         found.column);
     }
 
@@ -356,7 +356,7 @@ std::vector<Rule> read_rules(const std::string& file)
             if (Parser parser(line); !parser.empty()) {
                 rules.push_back(parser.run());
             }
-        } catch (const Complaint& complaint) {
+        } catch (const RuleError& complaint) {
             complaints += fmt::format("{}{}:{}:{}: {}", complaints.empty() ? "" : "\n", file, number, complaint.column,
                                       complaint.what());
         }

@@ -14,9 +14,9 @@
 namespace vorsim::faults {
 
 // What is wrong with a rule, and where.
-using Complaint = vor::WordError;
+using RuleError = vor::WordError;
 
-// Throws a Complaint.
+// Throws a RuleError.
 Rule parse_rule(std::string_view line);
 
 // A file that cannot be read, or all that is wrong with it, one FILE:LINE:COLUMN

@@ -67,7 +67,7 @@ std::string object_of(std::string_view pattern, const std::vector<Value>& values
 
 } // namespace
 
-Value value_of(const Row& row, const Field* field, std::variant<Scalar, List> data)
+Value value_of(const MessageRow& row, const Field* field, std::variant<Scalar, List> data)
 {
     const std::string name(field != nullptr ? field->name : row.layout.lead);
     const bool in_object = row.object.find("{" + name + "}") != row.object.npos;
@@ -84,7 +84,7 @@ Value value_of(const Row& row, const Field* field, std::variant<Scalar, List> da
 
 Decoded decode(std::uint16_t sap, const Match& match, bool show_secrets)
 {
-    const Row& row = *match.row;
+    const MessageRow& row = *match.row;
     Decoded decoded{.sap = sap, .row = &row};
     if (match.lead) {
         decoded.values.push_back(value_of(row, nullptr, std::int64_t{*match.lead}));

@@ -13,11 +13,11 @@ namespace vorsim {
 
 struct Field;
 struct Match;
-struct Row;
+struct MessageRow;
 
 struct Decoded {
     std::uint16_t sap{}; // the manager it reached
-    const Row* row{};
+    const MessageRow* row{};
     std::string object{};
     std::vector<Value> values{};
 
@@ -29,7 +29,7 @@ struct Decoded {
 Decoded decode(std::uint16_t sap, const Match& match, bool show_secrets);
 
 // What the field holds, made to be shown; null: the option or flag byte.
-Value value_of(const Row& row, const Field* field, std::variant<Scalar, List> data);
+Value value_of(const MessageRow& row, const Field* field, std::variant<Scalar, List> data);
 
 // "name=value ..." of what the object does not tell.
 std::string line_of(const std::vector<Value>& values);

@@ -12,7 +12,7 @@ namespace vorsim {
 namespace {
 
 using Element = VORINFRA_ELEMENT;
-using Rows = std::vector<const Row*>;
+using MessageRows = std::vector<const MessageRow*>;
 
 // ---- Kinds in words ---------------------------------------------------------
 
@@ -65,7 +65,7 @@ bool fits(const Element& element, const Field& field)
            (!field.only_value || element.number == *field.only_value);
 }
 
-Reach compare(const Row& row, const std::vector<Element>& elements)
+Reach compare(const MessageRow& row, const std::vector<Element>& elements)
 {
     const auto fields = row.layout.fields();
     std::size_t at = 0;
@@ -79,16 +79,16 @@ Reach compare(const Row& row, const std::vector<Element>& elements)
 }
 
 // Says what stands where the rows that fit furthest stop.
-std::string mismatch(const Rows& rows, const std::vector<Element>& elements)
+std::string mismatch(const MessageRows& rows, const std::vector<Element>& elements)
 {
     std::size_t furthest = 0;
-    for (const Row* row : rows) {
+    for (const MessageRow* row : rows) {
         furthest = std::max(furthest, compare(*row, elements).elements);
     }
     const std::size_t number = furthest + 1;
     const Element* const found = furthest < elements.size() ? &elements[furthest] : nullptr;
     std::string expected;
-    for (const Row* row : rows) {
+    for (const MessageRow* row : rows) {
         const Reach reach = compare(*row, elements);
         if (reach.elements != furthest || reach.wanted == nullptr) {
             continue;
@@ -114,7 +114,7 @@ std::string mismatch(const Rows& rows, const std::vector<Element>& elements)
                : fmt::format("element {} is tag {} {}, expected {}", number, found->tag, kind_name(*found), expected);
 }
 
-Fitting fit_chain(const Rows& rows, Bytes payload)
+Fitting fit_chain(const MessageRows& rows, Bytes payload)
 {
     std::vector<Element> elements;
     std::uint16_t cursor = 0;
@@ -130,7 +130,7 @@ Fitting fit_chain(const Rows& rows, Bytes payload)
         }
         elements.push_back(element);
     }
-    const auto row = std::ranges::find_if(rows, [&](const Row* one) {
+    const auto row = std::ranges::find_if(rows, [&](const MessageRow* one) {
         const Reach reach = compare(*one, elements);
         return reach.elements == elements.size() && reach.wanted == nullptr;
     });
@@ -167,7 +167,7 @@ std::int32_t number_in(const Field& field, Bytes bytes)
     }
 }
 
-Fitting fit_record(const Rows& rows, Bytes payload)
+Fitting fit_record(const MessageRows& rows, Bytes payload)
 {
     const std::uint16_t length = rows.front()->layout.length;
     if (payload.size() != length) {
@@ -175,7 +175,7 @@ Fitting fit_record(const Rows& rows, Bytes payload)
     }
     std::string expected;
     std::string wrong;
-    for (const Row* row : rows) {
+    for (const MessageRow* row : rows) {
         Fitting fitting{.row = row};
         bool applies = true;
         for (const Field& field : row->layout.fields()) {
@@ -210,7 +210,7 @@ std::string_view text_in(const Part& part)
     return text.substr(0, text.find('\0'));
 }
 
-Fitting fit(const Rows& rows, Bytes payload)
+Fitting fit(const MessageRows& rows, Bytes payload)
 {
     return rows.front()->layout.form == Form::record ? fit_record(rows, payload) : fit_chain(rows, payload);
 }

@@ -24,12 +24,12 @@ std::string_view text_in(const Part& part);
 
 // The row that the payload fits, and its parts; or null and what is wrong.
 struct Fitting {
-    const Row* row{};
+    const MessageRow* row{};
     std::vector<Part> parts{};
     std::string wrong{};
 };
 
 // The rows are those of one message: they share a form.
-Fitting fit(const std::vector<const Row*>& rows, Bytes payload);
+Fitting fit(const std::vector<const MessageRow*>& rows, Bytes payload);
 
 } // namespace vorsim

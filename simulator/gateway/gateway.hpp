@@ -14,16 +14,16 @@ namespace vorsim {
 
 // What is to happen about a message: the gateway decides, faults may disturb
 // it, then the gateway settles it and the server carries it out.
-struct Judgement {
+struct Decision {
     bool answered{};
     std::uint32_t answer_id{};
     std::vector<std::uint8_t> answer{};
     Record record{};
-    const Row* told{};        // whose values are to be kept
-    std::size_t outcome_at{}; // where the line says what came of it
+    const MessageRow* row_to_keep{}; // whose values are to be kept
+    std::size_t outcome_at{};        // where the line says what came of it
 
     // Another outcome than the one judged.
-    void comes_to(std::string_view outcome);
+    void set_outcome(std::string_view outcome);
 };
 
 std::vector<std::uint8_t> status_answer(std::int32_t status);
@@ -37,16 +37,16 @@ public:
 
     explicit Gateway(const Settings& settings) : show_secrets_(settings.show_secrets), measurements_(settings.seed) {}
 
-    Judgement judge(const Message& message);
+    Decision judge(const Message& message);
     // Keeps what the judgement says is to be kept.
-    void settle(const Judgement& judgement);
+    void settle(const Decision& decision);
 
     Measurements& measurements() { return measurements_; }
     const State& state() const { return state_; }
     void hold(State state) { state_ = std::move(state); }
 
 private:
-    Judgement accept(const Message& message, Decoded decoded);
+    Decision accept(const Message& message, Decoded decoded);
 
     bool show_secrets_;
     State state_;

@@ -20,7 +20,7 @@ std::string unknown(const Message& message)
 }
 
 // What is wrong with the number of repeated elements; empty when nothing is.
-std::string wrong_count(const Row& row, const std::vector<Part>& parts)
+std::string wrong_count(const MessageRow& row, const std::vector<Part>& parts)
 {
     const auto fields = row.layout.fields();
     if (fields.empty() || fields.back().counted_by.empty()) {
@@ -38,24 +38,24 @@ std::string wrong_count(const Row& row, const std::vector<Part>& parts)
 
 } // namespace
 
-std::variant<Match, Complaint> match(const Message& message)
+std::variant<Match, Mismatch> match(const Message& message)
 {
-    const std::vector<const Row*> rows = rows_of(message.id, message.sap);
+    const std::vector<const MessageRow*> rows = rows_of(message.id, message.sap);
     if (rows.empty()) {
-        return Complaint{unknown_message, unknown(message)};
+        return Mismatch{unknown_message, unknown(message)};
     }
 
     const Layout& layout = rows.front()->layout; // the rows of one message share its form
     const std::size_t meta_size = layout.form == Form::option_byte ? 1 : 0;
     if (message.meta_data.size() != meta_size) {
-        return Complaint{wrong_elements,
-                         fmt::format("meta-data has {} bytes, expected {}", message.meta_data.size(), meta_size)};
+        return Mismatch{wrong_elements,
+                        fmt::format("meta-data has {} bytes, expected {}", message.meta_data.size(), meta_size)};
     }
     Bytes payload = message.payload;
     Bytes lead = message.meta_data;
     if (layout.form == Form::flag_byte) {
         if (payload.empty()) {
-            return Complaint{wrong_elements, fmt::format("payload is empty, expected the byte {}", layout.lead)};
+            return Mismatch{wrong_elements, fmt::format("payload is empty, expected the byte {}", layout.lead)};
         }
         lead = payload.first(1);
         payload = payload.subspan(1);
@@ -63,16 +63,16 @@ std::variant<Match, Complaint> match(const Message& message)
 
     Fitting fitting = fit(rows, payload);
     if (fitting.row == nullptr) {
-        return Complaint{wrong_elements, fitting.wrong};
+        return Mismatch{wrong_elements, fitting.wrong};
     }
-    const Row& row = *fitting.row;
+    const MessageRow& row = *fitting.row;
     if (row.exchange.answered != message.answer_wanted) {
-        return Complaint{wrong_manner, message.answer_wanted
-                                           ? fmt::format("{} waits for an answer to a one-way message", row.call)
-                                           : fmt::format("{} was sent one-way, but is to be answered", row.call)};
+        return Mismatch{wrong_manner, message.answer_wanted
+                                          ? fmt::format("{} waits for an answer to a one-way message", row.call)
+                                          : fmt::format("{} was sent one-way, but is to be answered", row.call)};
     }
     if (const std::string wrong = wrong_count(row, fitting.parts); !wrong.empty()) {
-        return Complaint{wrong_elements, wrong};
+        return Mismatch{wrong_elements, wrong};
     }
     Match match{.row = &row, .parts = std::move(fitting.parts)};
     if (!lead.empty()) {

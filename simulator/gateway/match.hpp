@@ -25,18 +25,18 @@ enum Refusal : std::int32_t {
     no_room = 5,         // right, but more than is kept
 };
 
-struct Complaint {
+struct Mismatch {
     Refusal status{};
     std::string text;
 };
 
 // An accepted message: its row and what it holds for it.
 struct Match {
-    const Row* row{};
+    const MessageRow* row{};
     std::optional<std::uint8_t> lead{}; // the option or flag byte
     std::vector<Part> parts{};
 };
 
-std::variant<Match, Complaint> match(const Message& message);
+std::variant<Match, Mismatch> match(const Message& message);
 
 } // namespace vorsim

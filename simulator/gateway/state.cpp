@@ -25,7 +25,7 @@ std::size_t size_of(const std::string& object, const std::vector<Value>& values)
     return size;
 }
 
-bool replaces(const Row& row, const Row& earlier)
+bool replaces(const MessageRow& row, const MessageRow& earlier)
 {
     return row.slot.empty() ? earlier.call == row.call : earlier.slot == row.slot;
 }

@@ -15,7 +15,7 @@ namespace vorsim {
 class State {
 public:
     struct Setting {
-        const Row* row;
+        const MessageRow* row;
         std::vector<Value> values;
     };
     // "port 2" before "port 10".

@@ -26,7 +26,7 @@ class Parser {
 public:
     explicit Parser(std::string_view burst) : burst_(burst) {}
 
-    // Throws a Complaint.
+    // Throws a SyntaxError.
     std::vector<Command> run()
     {
         while (const auto token = next()) {
@@ -41,7 +41,7 @@ private:
 
     [[noreturn]] static void refuse(std::string text, bool incomplete = for_good)
     {
-        throw Complaint{std::move(text), incomplete};
+        throw SyntaxError{std::move(text), incomplete};
     }
     [[noreturn]] static void refuse_at(std::size_t at, std::string_view text, bool incomplete = for_good)
     {
@@ -191,10 +191,10 @@ private:
 
 } // namespace
 
-std::variant<std::vector<Command>, Complaint> parse(std::string_view burst)
+std::variant<std::vector<Command>, SyntaxError> parse(std::string_view burst)
 try {
     return Parser(burst).run();
-} catch (const Complaint& complaint) {
+} catch (const SyntaxError& complaint) {
     return complaint;
 }
 

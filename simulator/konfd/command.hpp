@@ -28,13 +28,13 @@ constexpr bool is_blank(char character)
     return character == ' ' || character == '\t' || character == '\r';
 }
 
-struct Complaint {
+struct SyntaxError {
     std::string text;
     bool incomplete = false; // more text could still make it right
 };
 
 // Commands in order, or what is wrong with the whole. A blank text holds none.
-std::variant<std::vector<Command>, Complaint> parse(std::string_view burst);
+std::variant<std::vector<Command>, SyntaxError> parse(std::string_view burst);
 
 // The command in its own words; secrets masked unless they are to be shown.
 std::string text_of(const Command& command, bool show_secrets);

@@ -91,7 +91,7 @@ std::string Konfd::carry_out(const Command& command, Work& work, std::string& sh
 Reply Konfd::execute(std::string_view burst)
 {
     const auto parsed = parse(burst);
-    if (const auto* const complaint = std::get_if<Complaint>(&parsed)) {
+    if (const auto* const complaint = std::get_if<SyntaxError>(&parsed)) {
         return refuse(complaint->text);
     }
     if (std::get<std::vector<Command>>(parsed).size() > most_commands) {

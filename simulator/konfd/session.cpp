@@ -16,7 +16,7 @@ bool ends_text(char character)
 
 } // namespace
 
-Exchange Session::execute()
+Exchange ClientSession::execute()
 {
     Reply reply =
         too_long_ ? Konfd::refuse(fmt::format("a text of more than {} bytes", longest_text)) : konfd_->execute(text_);
@@ -24,19 +24,19 @@ Exchange Session::execute()
     return {std::exchange(text_, {}), std::move(reply)};
 }
 
-std::chrono::milliseconds Session::wait() const
+std::chrono::milliseconds ClientSession::wait() const
 {
     const auto parsed = parse(text_);
     const auto* const commands = std::get_if<std::vector<Command>>(&parsed);
     if (too_long_ || commands == nullptr) {
-        const bool incomplete = !too_long_ && std::get<Complaint>(parsed).incomplete;
+        const bool incomplete = !too_long_ && std::get<SyntaxError>(parsed).incomplete;
         return incomplete ? patience : quiet;
     }
     const Command& last = commands->back();
     return last.operation == 's' && last.line->starts_with("ssid ") ? patience : quiet;
 }
 
-std::optional<Exchange> Session::receive(std::string_view& bytes, Time now, bool answer_unread)
+std::optional<Exchange> ClientSession::receive(std::string_view& bytes, Time now, bool answer_unread)
 {
     const bool anew = text_.empty() && !too_long_;
     deadline_.reset();
@@ -65,7 +65,7 @@ std::optional<Exchange> Session::receive(std::string_view& bytes, Time now, bool
     return {};
 }
 
-std::optional<Exchange> Session::time_out()
+std::optional<Exchange> ClientSession::time_out()
 {
     deadline_.reset();
     if (text_.empty() && !too_long_) {

@@ -31,9 +31,9 @@ struct Exchange {
     Reply reply;
 };
 
-class Session {
+class ClientSession {
 public:
-    explicit Session(Konfd& konfd) : konfd_(&konfd) {}
+    explicit ClientSession(Konfd& konfd) : konfd_(&konfd) {}
 
     // Takes from the bytes that came in, up to the end of the first text;
     // answer_unread: the client has yet to read an earlier answer.

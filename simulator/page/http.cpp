@@ -88,7 +88,7 @@ struct Http::Callbacks {
         *state = nullptr;
     }
 
-    static MHD_Result send(Http::Client& client, Answer answer)
+    static MHD_Result send(Http::Client& client, Response answer)
     {
         MHD_Response* response = nullptr;
         if (answer.stream) {

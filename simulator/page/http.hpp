@@ -27,7 +27,7 @@ struct Request {
 // What is streamed: more of it each time; empty: nothing for now.
 using Source = std::function<std::string()>;
 
-struct Answer {
+struct Response {
     unsigned status = 200;
     std::string type = "text/plain; charset=utf-8";
     std::string body{};
@@ -36,7 +36,7 @@ struct Answer {
 
 class Http {
 public:
-    using Handler = std::function<Answer(const Request& request)>;
+    using Handler = std::function<Response(const Request& request)>;
 
     Http(Loop& loop, int listener, Handler answer_to);
     ~Http();

@@ -92,7 +92,7 @@ Site::Site(Loop& loop, int listener, Settings settings)
 void Site::watch()
 {
     try {
-        watch_ = std::make_unique<client::Watch>("events");
+        watch_ = std::make_unique<client::EventStream>("events");
         loop_.watch(watch_->descriptor(), [this] { listen(); });
     } catch (const std::exception&) {
         watch_.reset(); // at the next beat again
@@ -103,8 +103,8 @@ void Site::listen()
 {
     bool more = false;
     try {
-        more = watch_->read([this](client::Watch::What what, std::string_view line) {
-            if (what == client::Watch::What::message) {
+        more = watch_->read([this](client::EventStream::What what, std::string_view line) {
+            if (what == client::EventStream::What::message) {
                 const std::size_t blank = line.find(' ');
                 feed_.add(vor::number_in<std::uint64_t>(line.substr(0, blank)).value_or(0),
                           std::string(line.substr(blank + 1)));
@@ -121,7 +121,7 @@ void Site::listen()
 }
 
 // A name that resolves to this machine is no name of ours: another site's page could have made it.
-std::optional<Answer> Site::refusal(const Request& request) const
+std::optional<Response> Site::refusal(const Request& request) const
 {
     const std::string port =
         settings_.port == http_port ? "" : fmt::format(":{}", settings_.port); // left out by clients
@@ -131,18 +131,18 @@ std::optional<Answer> Site::refusal(const Request& request) const
                                    [&](const std::string& host) { return name == fmt::format("{}{}", scheme, host); });
     };
     if (!ours("", request.host)) {
-        return Answer{.status = forbidden, .body = fmt::format("this is {}, and no other host\n", hosts[0])};
+        return Response{.status = forbidden, .body = fmt::format("this is {}, and no other host\n", hosts[0])};
     }
     if (!request.origin.empty() && !ours("http://", request.origin)) {
-        return Answer{.status = forbidden, .body = "another site's page is not answered\n"};
+        return Response{.status = forbidden, .body = "another site's page is not answered\n"};
     }
     if (request.method != "GET" && request.method != "POST") {
-        return Answer{.status = not_allowed, .body = "GET and POST are answered\n"};
+        return Response{.status = not_allowed, .body = "GET and POST are answered\n"};
     }
     return {};
 }
 
-Answer Site::answer(const Request& request)
+Response Site::answer(const Request& request)
 {
     if (auto refused = refusal(request)) {
         return std::move(*refused);
@@ -165,12 +165,12 @@ Answer Site::answer(const Request& request)
     if (!reads && request.path == "/command") {
         return settings_.control
                    ? obey(request.body)
-                   : Answer{.status = forbidden, .body = "only to be looked at: --http-control was not given\n"};
+                   : Response{.status = forbidden, .body = "only to be looked at: --http-control was not given\n"};
     }
     return {.status = not_found, .body = "there is no such page\n"};
 }
 
-Answer Site::state()
+Response Site::state()
 {
     const auto now = std::chrono::steady_clock::now();
     try {
@@ -187,7 +187,7 @@ Answer Site::state()
                                 watch_ != nullptr, state_)};
 }
 
-Answer Site::events(const Request& request)
+Response Site::events(const Request& request)
 {
     if (http_.streams() >= most_streams) {
         return {.status = unavailable, .body = fmt::format("{} look on already\n", most_streams)};
@@ -197,7 +197,7 @@ Answer Site::events(const Request& request)
 }
 
 // What vorsim's own command line takes, as far as it switches.
-Answer Site::obey(const std::string& command)
+Response Site::obey(const std::string& command)
 {
     state_due_ = {}; // what is asked next is asked about what this makes of it
     const CommandRow* const row = command_named(first_word(command));

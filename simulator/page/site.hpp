@@ -43,12 +43,12 @@ public:
     Site(Loop& loop, int listener, Settings settings);
 
 private:
-    Answer answer(const Request& request);
+    Response answer(const Request& request);
     // What is against the request, if anything.
-    std::optional<Answer> refusal(const Request& request) const;
-    Answer state();
-    Answer events(const Request& request);
-    Answer obey(const std::string& command);
+    std::optional<Response> refusal(const Request& request) const;
+    Response state();
+    Response events(const Request& request);
+    Response obey(const std::string& command);
     // Listens to the gateway, again where that came to an end.
     void watch();
     void listen();
@@ -56,7 +56,7 @@ private:
     Settings settings_;
     Loop& loop_;
     Feed feed_;
-    std::unique_ptr<client::Watch> watch_;
+    std::unique_ptr<client::EventStream> watch_;
     Loop::Time next_beat_;
     std::string state_; // as of a moment ago, for all who ask
     Loop::Time state_due_{};

@@ -16,7 +16,7 @@
 namespace vorsim {
 namespace {
 
-using Rows = std::vector<const Row*>;
+using MessageRows = std::vector<const MessageRow*>;
 
 constexpr std::string_view meaningless = "--"; // a byte that is not told
 
@@ -26,9 +26,9 @@ bool is_secret(const Field& field)
 }
 
 // Whether a message of these rows may carry one, or carries one under this tag.
-bool may_hold_secret(const Rows& rows, std::optional<std::uint16_t> tag = {})
+bool may_hold_secret(const MessageRows& rows, std::optional<std::uint16_t> tag = {})
 {
-    return std::ranges::any_of(rows, [tag](const Row* row) {
+    return std::ranges::any_of(rows, [tag](const MessageRow* row) {
         return std::ranges::any_of(row->layout.fields(), [tag](const Field& field) {
             return is_secret(field) && field.tag_or_offset == tag.value_or(field.tag_or_offset);
         });
@@ -37,7 +37,7 @@ bool may_hold_secret(const Rows& rows, std::optional<std::uint16_t> tag = {})
 
 // Behind a text's end, and where the message means nothing, lies what the
 // sender's buffer held before, perhaps the password of an earlier message.
-std::string record_of(const Rows& rows, Bytes payload)
+std::string record_of(const MessageRows& rows, Bytes payload)
 {
     const Fitting found = fit(rows, payload);
     if (found.row == nullptr) {
@@ -59,7 +59,7 @@ std::string record_of(const Rows& rows, Bytes payload)
     return vor::joined(bytes, "");
 }
 
-std::string masked_chain(const Rows& rows, Bytes chain, bool accepted)
+std::string masked_chain(const MessageRows& rows, Bytes chain, bool accepted)
 {
     std::string text;
     std::uint16_t cursor = 0;

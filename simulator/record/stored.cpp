@@ -18,7 +18,7 @@ using vor::Json;
 namespace {
 
 // The values of the row; none where one is missing, or one is not the row's. A list that held nothing was not shown.
-std::optional<std::vector<Value>> values_of(const Row& row, const Json& json)
+std::optional<std::vector<Value>> values_of(const MessageRow& row, const Json& json)
 {
     std::vector<std::pair<const Field*, const Json*>> held;
     bool whole = true;
@@ -132,10 +132,10 @@ Json json_of(const konfd::Konfd& konfd)
     return json_of(konfd.lines());
 }
 
-Json json_of(const std::vector<faults::Plan::Listed>& rules)
+Json json_of(const std::vector<faults::RuleList::Listed>& rules)
 {
     Json all = Json::array();
-    for (const faults::Plan::Listed& rule : rules) {
+    for (const faults::RuleList::Listed& rule : rules) {
         all.push_back({{"number", rule.number},
                        {"rule", rule.rule},
                        {"acted", rule.acted},

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "faults/plan.hpp"
+#include "faults/rule_list.hpp"
 #include "gateway/state.hpp"
 #include "konfd/konfd.hpp"
 #include "record/counters.hpp"
@@ -19,7 +19,7 @@ namespace vorsim {
 vor::Json json_of(const State& state);
 // [{"line": "interface wlan0", "priority": 0, "under": [...]}]
 vor::Json json_of(const konfd::Konfd& konfd);
-vor::Json json_of(const std::vector<faults::Plan::Listed>& rules);
+vor::Json json_of(const std::vector<faults::RuleList::Listed>& rules);
 // The document of a state file.
 vor::Json json_of(const Counters& counters, std::uint64_t lines_lost, const State& state, const konfd::Konfd& konfd);
 

@@ -27,7 +27,7 @@ struct Running {
 // Answered at once; what it throws is the answer, too.
 using Request = std::function<std::string(Running& running)>;
 
-struct Watch {
+struct WatchRequest {
     enum class As : std::uint8_t { line, json, event }; // an event: its number, a blank, and JSON without the bytes
     As as = As::line;
     Filter filter;
@@ -40,6 +40,6 @@ struct Wait {
 
 struct Quit {};
 
-using Command = std::variant<Request, Watch, Wait, Quit>;
+using Command = std::variant<Request, WatchRequest, Wait, Quit>;
 
 } // namespace vorsim

@@ -151,9 +151,9 @@ Command read_overview(std::string_view text)
 
 Command read_watch(std::string_view text)
 {
-    static constexpr vor::OptionOf<Watch> options[] = {
-        {{"--json", "", ""}, [](Watch& watch, std::string_view) { watch.as = Watch::As::json; }}};
-    Watch watch;
+    static constexpr vor::OptionOf<WatchRequest> options[] = {
+        {{"--json", "", ""}, [](WatchRequest& watch, std::string_view) { watch.as = WatchRequest::As::json; }}};
+    WatchRequest watch;
     for (vor::Operands operands = operands_in(text); !operands.empty();) {
         if (!operands.take_option(options, watch) && !operands.take_option(filter_options, watch.filter)) {
             throw UsageError(fmt::format("watch takes --json and {}, not \"{}\"", filter_help(), operands.front()));
@@ -165,7 +165,7 @@ Command read_watch(std::string_view text)
 Command read_events(std::string_view text)
 {
     expect_none(text);
-    return Watch{.as = Watch::As::event, .filter = {}};
+    return WatchRequest{.as = WatchRequest::As::event, .filter = {}};
 }
 
 void take_within(Wait& wait, std::string_view text)
@@ -273,7 +273,7 @@ Command read_add_fault(std::string_view text)
             return fmt::format("fault {} is in force\n",
                                running.world.faults.add(rule, std::chrono::steady_clock::now()));
         });
-    } catch (const faults::Complaint& complaint) {
+    } catch (const faults::RuleError& complaint) {
         throw UsageError(fmt::format("fault add: column {} of the rule: {}", complaint.column, complaint.what()));
     }
 }

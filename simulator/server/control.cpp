@@ -46,7 +46,7 @@ std::string control_path(const std::string& directory)
 
 void Control::listen(const std::string& path)
 {
-    door_.emplace(
+    listener_.emplace(
         loop_, path,
         [this](bool no_descriptor) {
             return make_room_among(clients_, most_control_clients, no_descriptor,
@@ -91,21 +91,21 @@ void Control::read_request(int descriptor)
 
 bool Control::answer_all()
 {
-    for (const int descriptor : std::exchange(asked_, std::exchange(fresh_, {}))) {
+    for (const int descriptor : std::exchange(connection_, std::exchange(fresh_, {}))) {
         const auto client = clients_.find(descriptor);
         if (client != clients_.end()) {
             client->second.output = answer_to(client->second, std::exchange(client->second.input, {}));
             write_some(descriptor);
         }
     }
-    return !asked_.empty();
+    return !connection_.empty();
 }
 
 std::string Control::answer_to(Client& client, const std::string& request)
 {
     try {
         const Command command = parse_(request);
-        if (const auto* const wanted = std::get_if<Watch>(&command)) {
+        if (const auto* const wanted = std::get_if<WatchRequest>(&command)) {
             return watch(client, *wanted);
         }
         if (const auto* const wanted = std::get_if<Wait>(&command)) {
@@ -134,7 +134,7 @@ void Control::make_room_for_one_more() const
     }
 }
 
-std::string Control::watch(Client& client, const Watch& wanted)
+std::string Control::watch(Client& client, const WatchRequest& wanted)
 {
     make_room_for_one_more();
     client.wish = Wish::all;
@@ -179,11 +179,11 @@ void Control::note(const std::string& call, const std::string& object)
 
 void Control::publish(const Record& record, const std::string& json)
 {
-    const auto text_for = [&](const Watch& wanted) {
+    const auto text_for = [&](const WatchRequest& wanted) {
         switch (wanted.as) {
-        case Watch::As::json:
+        case WatchRequest::As::json:
             return json;
-        case Watch::As::event:
+        case WatchRequest::As::event:
             return fmt::format("{} {}", record.seq, json_line(record, Extent::without_bytes));
         default:
             return record.line;
@@ -235,7 +235,7 @@ void Control::drop_client(int descriptor)
 {
     loop_.forget(descriptor);
     std::erase(fresh_, descriptor);
-    std::erase(asked_, descriptor);
+    std::erase(connection_, descriptor);
     clients_.erase(descriptor);
 }
 

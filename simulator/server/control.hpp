@@ -51,7 +51,7 @@ private:
         std::string output{};
         Wish wish{};
         Wait one{};
-        Watch all{};
+        WatchRequest all{};
         std::uint64_t lost{};
     };
     using Clients = std::map<int, Client>;
@@ -60,7 +60,7 @@ private:
     void read_request(int descriptor);
     bool answer_all();
     std::string answer_to(Client& client, const std::string& request);
-    std::string watch(Client& client, const Watch& wanted);
+    std::string watch(Client& client, const WatchRequest& wanted);
     std::string wait(Client& client, const Wait& wanted);
     void make_room_for_one_more() const;
     void write_some(int descriptor);
@@ -70,10 +70,10 @@ private:
     Running& running_;
     const Parse parse_;
     Clients clients_;
-    std::vector<int> fresh_; // clients that asked in this turn: what was sent to managers before is served first
-    std::vector<int> asked_; // in the one before
+    std::vector<int> fresh_;      // clients that asked in this turn: what was sent to managers before is served first
+    std::vector<int> connection_; // in the one before
     std::set<std::pair<std::string, std::string>> seen_; // calls and objects
-    std::optional<Door> door_;
+    std::optional<Listener> listener_;
 };
 
 } // namespace vorsim

@@ -77,7 +77,7 @@ std::string cannot_write(const std::string& path, std::string_view why)
 
 } // namespace
 
-Journal::Journal(const std::string& path) : path_(path)
+MessageJournal::MessageJournal(const std::string& path) : path_(path)
 {
     std::error_code ignored;
     made_ = !std::filesystem::exists(std::filesystem::symlink_status(path, ignored));
@@ -91,14 +91,14 @@ Journal::Journal(const std::string& path) : path_(path)
     std::signal(SIGXFSZ, SIG_IGN); // a limit is told by the write
 }
 
-Journal::~Journal()
+MessageJournal::~MessageJournal()
 {
     if (made_ && file_.is_open() && file_.empty()) {
         unlink(path_.c_str());
     }
 }
 
-void Journal::write(const std::string& line)
+void MessageJournal::write(const std::string& line)
 {
     if (!kept()) {
         return;

@@ -7,16 +7,16 @@
 
 namespace vorsim {
 
-class Journal {
+class MessageJournal {
 public:
-    Journal() = default;
+    MessageJournal() = default;
     // Appends to the file, made its owner's alone; throws when it cannot be
     // written, or is none of its own: a link, a folder, somebody else's.
-    explicit Journal(const std::string& path);
-    Journal(Journal&&) = default;
-    Journal& operator=(Journal&&) = default;
+    explicit MessageJournal(const std::string& path);
+    MessageJournal(MessageJournal&&) = default;
+    MessageJournal& operator=(MessageJournal&&) = default;
     // A file of its own that holds nothing goes with it.
-    ~Journal();
+    ~MessageJournal();
 
     bool kept() const { return file_.is_open() && !failed(); }
     bool failed() const { return !why_.empty(); }

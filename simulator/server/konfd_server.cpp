@@ -26,7 +26,7 @@ bool answer_unread(int descriptor)
 
 KonfdServer::KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& path, OnExchange on_exchange)
     : loop_(loop), konfd_(konfd), on_exchange_(std::move(on_exchange)),
-      door_(
+      listener_(
           loop, path,
           [this](bool no_descriptor) {
               return make_room_among(clients_, most_konfd_clients, no_descriptor,
@@ -42,7 +42,7 @@ void KonfdServer::welcome(Descriptor socket)
 {
     const int descriptor = socket.get();
     clients_.emplace(descriptor, Client{.socket = std::move(socket),
-                                        .session = konfd::Session(konfd_),
+                                        .session = konfd::ClientSession(konfd_),
                                         .number = ++welcomed_,
                                         .active = std::chrono::steady_clock::now()});
     loop_.watch(descriptor, [this, descriptor] { receive(descriptor); });
@@ -94,17 +94,17 @@ bool KonfdServer::serve_one()
 void KonfdServer::answer(Client& client, konfd::Exchange exchange)
 {
     KonfdExchange whole{client.number, client.arrived, std::move(exchange)};
-    const faults::Hearing hearing = on_exchange_(whole);
+    const faults::ReplyFault hearing = on_exchange_(whole);
     const std::string& answer = whole.exchange.reply.answer;
     switch (hearing) {
-    case faults::Hearing::never:
+    case faults::ReplyFault::never:
         break;
-    case faults::Hearing::hung_up:
+    case faults::ReplyFault::hung_up:
         client.input.clear();
         client.ended = true;
         break;
     default:
-        if (hearing == faults::Hearing::split && !answer.empty()) {
+        if (hearing == faults::ReplyFault::split && !answer.empty()) {
             client.output += answer.front();
             client.rest = answer.substr(1);
             client.rest_due = std::chrono::steady_clock::now() + between_looks;

@@ -22,7 +22,7 @@ struct KonfdExchange {
 class KonfdServer {
 public:
     // Records it, and may disturb the answer.
-    using OnExchange = std::function<faults::Hearing(KonfdExchange& exchange)>;
+    using OnExchange = std::function<faults::ReplyFault(KonfdExchange& exchange)>;
 
     KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& path, OnExchange on_exchange);
 
@@ -30,7 +30,7 @@ private:
     // One that has bytes to be read, or an answer to be taken, is not received from.
     struct Client {
         Descriptor socket;
-        konfd::Session session;
+        konfd::ClientSession session;
         std::uint64_t number{};
         Loop::Time active;
         std::chrono::system_clock::time_point arrived{};
@@ -62,7 +62,7 @@ private:
     std::deque<int> turns_;  // clients with input
     std::vector<int> fresh_; // those whose came in this turn: what was sent to managers before it is served first
     std::uint64_t welcomed_ = 0;
-    Door door_;
+    Listener listener_;
 };
 
 } // namespace vorsim

@@ -18,24 +18,24 @@ Managers::Managers(Loop& loop, OnReadable on_readable, Complain complain)
 void Managers::start(std::uint16_t sap)
 {
     back_.erase(sap);
-    if (inlets_.contains(sap)) {
+    if (endpoints_.contains(sap)) {
         return;
     }
-    auto inlet = std::make_unique<Inlet>(sap);
-    if (inlet->handle() == nullptr) {
+    auto endpoint = std::make_unique<Endpoint>(sap);
+    if (endpoint->handle() == nullptr) {
         throw std::runtime_error(fmt::format("cannot serve SAP {} in {}", sap, vorinfra_directory()));
     }
-    loop_.watch(inlet->descriptor(), [this, which = inlet.get()] { on_readable_(*which); });
-    inlets_.emplace(sap, std::move(inlet));
+    loop_.watch(endpoint->descriptor(), [this, which = endpoint.get()] { on_readable_(*which); });
+    endpoints_.emplace(sap, std::move(endpoint));
 }
 
 void Managers::stop(std::uint16_t sap)
 {
     back_.erase(sap);
-    const auto found = inlets_.find(sap);
-    if (found != inlets_.end()) {
+    const auto found = endpoints_.find(sap);
+    if (found != endpoints_.end()) {
         loop_.forget(found->second->descriptor());
-        inlets_.erase(found);
+        endpoints_.erase(found);
     }
 }
 
@@ -45,10 +45,10 @@ void Managers::stop_until(std::uint16_t sap, Loop::Time back)
     back_[sap] = back;
 }
 
-Inlet* Managers::inlet(std::uint16_t sap) const
+Endpoint* Managers::endpoint(std::uint16_t sap) const
 {
-    const auto found = inlets_.find(sap);
-    return found == inlets_.end() ? nullptr : found->second.get();
+    const auto found = endpoints_.find(sap);
+    return found == endpoints_.end() ? nullptr : found->second.get();
 }
 
 void Managers::start_due()

@@ -15,9 +15,9 @@ namespace vorsim {
 
 class Managers {
 public:
-    using OnReadable = std::function<void(Inlet& inlet)>;
+    using OnReadable = std::function<void(Endpoint& endpoint)>;
     using Complain = std::function<void(const std::string& why)>;
-    using Inlets = std::map<std::uint16_t, std::unique_ptr<Inlet>>;
+    using Endpoints = std::map<std::uint16_t, std::unique_ptr<Endpoint>>;
 
     // Complains of one that does not come back.
     Managers(Loop& loop, OnReadable on_readable, Complain complain);
@@ -29,8 +29,8 @@ public:
     void stop_until(std::uint16_t sap, Loop::Time back);
 
     // Null: not served.
-    Inlet* inlet(std::uint16_t sap) const;
-    const Inlets& inlets() const { return inlets_; }
+    Endpoint* endpoint(std::uint16_t sap) const;
+    const Endpoints& endpoints() const { return endpoints_; }
 
 private:
     void start_due();
@@ -38,7 +38,7 @@ private:
     Loop& loop_;
     OnReadable on_readable_;
     Complain complain_;
-    Inlets inlets_;
+    Endpoints endpoints_;
     std::map<std::uint16_t, Loop::Time> back_;
 };
 

@@ -43,9 +43,9 @@ Messages::Messages(Loop& loop, World& world, Recorder& recorder, std::uint64_t s
                    const std::map<std::uint16_t, Delay>& delays, bool show_secrets)
     : world_(world), recorder_(recorder), show_secrets_(show_secrets),
       managers_(
-          loop, [this](Inlet& inlet) { receive(inlet); },
+          loop, [this](Endpoint& endpoint) { receive(endpoint); },
           [this](const std::string& why) { recorder_.errors().line(why); }),
-      outbox_(loop, managers_), delays_(seed, delays)
+      reply_queue_(loop, managers_), delays_(seed, delays)
 {
     loop.in_turn([this] { return serve(); });
 }
@@ -53,12 +53,12 @@ Messages::Messages(Loop& loop, World& world, Recorder& recorder, std::uint64_t s
 void Messages::stop(std::uint16_t sap)
 {
     managers_.stop(sap);
-    outbox_.drop(sap);
+    reply_queue_.drop(sap);
 }
 
-void Messages::receive(Inlet& inlet)
+void Messages::receive(Endpoint& endpoint)
 {
-    horizon_ = std::max(horizon_, inlet.next().value_or(Arrival{}));
+    horizon_ = std::max(horizon_, endpoint.next().value_or(Arrival{}));
 }
 
 // What arrived after the horizon waits for the next turn: only then is it known
@@ -66,11 +66,11 @@ void Messages::receive(Inlet& inlet)
 bool Messages::serve()
 {
     for (int turn = 0; turn < messages_in_turn; ++turn) {
-        Inlet* first = nullptr;
-        for (const auto& [sap, inlet] : managers_.inlets()) {
-            const auto next = inlet->known();
+        Endpoint* first = nullptr;
+        for (const auto& [sap, endpoint] : managers_.endpoints()) {
+            const auto next = endpoint->known();
             if (next && *next <= horizon_ && (first == nullptr || *next < *first->known())) {
-                first = inlet.get();
+                first = endpoint.get();
             }
         }
         if (first == nullptr) {
@@ -78,7 +78,7 @@ bool Messages::serve()
         }
         const std::uint16_t sap = first->handle()->sap_id;
         take(*first);
-        if (Inlet* const still = managers_.inlet(sap)) {
+        if (Endpoint* const still = managers_.endpoint(sap)) {
             still->next();
         }
     }
@@ -86,62 +86,62 @@ bool Messages::serve()
     return false; // what is left is readable still
 }
 
-void Messages::take(Inlet& inlet)
+void Messages::take(Endpoint& endpoint)
 {
-    const Arrival arrived = *inlet.known();
-    const std::uint16_t sap = inlet.handle()->sap_id;
+    const Arrival arrived = *endpoint.known();
+    const std::uint16_t sap = endpoint.handle()->sap_id;
     VORINFRA_MESSAGE message;
-    const int received = inlet.receive(message);
+    const int received = endpoint.receive(message);
     if (std::ferror(stderr) != 0) { // the platform's own line found no room
         std::clearerr(stderr);
         recorder_.errors().count_lost(1);
     }
     if (received < 0) {
-        const bool answers = is_message(inlet.datagram());
-        discard(inlet, arrived, answers ? Record::Kind::foreign : Record::Kind::malformed,
+        const bool answers = is_message(endpoint.datagram());
+        discard(endpoint, arrived, answers ? Record::Kind::foreign : Record::Kind::malformed,
                 answers ? "an answer that nobody awaits"
-                        : fmt::format("{} bytes that are no message", inlet.datagram().size()));
+                        : fmt::format("{} bytes that are no message", endpoint.datagram().size()));
     } else if (received > 0 && message.destination != sap) {
-        discard(inlet, arrived, Record::Kind::foreign, fmt::format("a message to SAP {}", message.destination));
+        discard(endpoint, arrived, Record::Kind::foreign, fmt::format("a message to SAP {}", message.destination));
     } else if (received > 0) {
         deliver(sap, message, arrived, world_.gateway.judge(message_of(sap, message)));
     }
 }
 
-faults::Delivery Messages::disturb(std::uint16_t sap, const VORINFRA_MESSAGE& message, Judgement& judgement)
+faults::Delivery Messages::disturb(std::uint16_t sap, const VORINFRA_MESSAGE& message, Decision& decision)
 {
     const auto now = std::chrono::steady_clock::now();
     faults::Delivery delivery;
     if (const auto due = world_.faults.due({.sap = sap,
                                             .client = message.source,
                                             .id = message.id,
-                                            .call = judgement.record.call,
-                                            .object = judgement.record.object,
-                                            .answered = judgement.answered},
+                                            .call = decision.record.call,
+                                            .object = decision.record.object,
+                                            .answered = decision.answered},
                                            now)) {
         ++world_.counters.faulted;
-        delivery = faults::disturb(judgement, *due);
+        delivery = faults::disturb(decision, *due);
     }
     if (delivery.way == faults::Delivery::Way::dying) {
         managers_.stop_until(sap, now + delivery.wait);
-        outbox_.drop(sap);
+        reply_queue_.drop(sap);
     } else {
         delivery.wait += delays_.draw(sap);
     }
     return delivery;
 }
 
-void Messages::deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Arrival arrived, Judgement judgement)
+void Messages::deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Arrival arrived, Decision decision)
 {
     using Way = faults::Delivery::Way;
-    const faults::Delivery delivery = disturb(sap, message, judgement);
-    world_.gateway.settle(judgement);
-    Record& record = judgement.record;
-    const auto sent = outbox_.send(sap, message, judgement, delivery, std::chrono::steady_clock::now());
-    if (sent == Outbox::Sent::gone) {
+    const faults::Delivery delivery = disturb(sap, message, decision);
+    world_.gateway.settle(decision);
+    Record& record = decision.record;
+    const auto sent = reply_queue_.send(sap, message, decision, delivery, std::chrono::steady_clock::now());
+    if (sent == ReplyQueue::Sent::gone) {
         record.line += " (the asker is gone)";
         record.delivered = false;
-    } else if (sent == Outbox::Sent::crowded) {
+    } else if (sent == ReplyQueue::Sent::crowded) {
         record.line += " (too many answers are late: this one is not)";
     }
     ++world_.counters.messages;
@@ -150,34 +150,34 @@ void Messages::deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Arriv
     if (recorder_.bytes_wanted()) {
         record.meta_data = hex({message.meta_data, message.meta_data_size});
         record.payload = payload_record(message_of(sap, message), !record.complained, show_secrets_);
-        record.refused = judgement.answered && delivery.way == Way::refused;
-        if (judgement.answered && !record.refused && delivery.way != Way::never && delivery.way != Way::dying) {
-            record.answer_id = judgement.answer_id;
-            record.answer_payload = hex(judgement.answer);
+        record.refused = decision.answered && delivery.way == Way::refused;
+        if (decision.answered && !record.refused && delivery.way != Way::never && delivery.way != Way::dying) {
+            record.answer_id = decision.answer_id;
+            record.answer_payload = hex(decision.answer);
         }
     }
     recorder_.write_down(record, arrived);
 }
 
-void Messages::discard(const Inlet& inlet, Arrival arrived, Record::Kind kind, const std::string& why)
+void Messages::discard(const Endpoint& endpoint, Arrival arrived, Record::Kind kind, const std::string& why)
 {
     const bool foreign = kind == Record::Kind::foreign;
     ++(foreign ? world_.counters.foreign : world_.counters.malformed);
     Record record{.kind = kind};
-    record.sap = inlet.handle()->sap_id;
+    record.sap = endpoint.handle()->sap_id;
     record.why = why;
     record.line = fmt::format("{}: {}: {}", foreign ? "foreign" : "malformed", manager_label(record.sap), why);
     if (recorder_.bytes_wanted()) {
-        record.datagram = datagram_record(inlet.datagram(), show_secrets_);
+        record.datagram = datagram_record(endpoint.datagram(), show_secrets_);
     }
     recorder_.write_down(record, arrived);
 }
 
-faults::Hearing Messages::deliver(KonfdExchange& exchange)
+faults::ReplyFault Messages::deliver(KonfdExchange& exchange)
 {
     auto& [text, reply] = exchange.exchange;
     Record& record = reply.record;
-    auto hearing = faults::Hearing::whole;
+    auto hearing = faults::ReplyFault::whole;
     if (const auto due =
             world_.faults.due({.konfd = true, .object = record.commands, .answered = !reply.answer.empty()},
                               std::chrono::steady_clock::now())) {
@@ -188,7 +188,7 @@ faults::Hearing Messages::deliver(KonfdExchange& exchange)
     recorder_.out().line(record.line);
     record.client = exchange.client;
     if (recorder_.bytes_wanted()) {
-        record.delivered = hearing != faults::Hearing::never && hearing != faults::Hearing::hung_up;
+        record.delivered = hearing != faults::ReplyFault::never && hearing != faults::ReplyFault::hung_up;
         record.text = konfd_record(text, show_secrets_);
         record.answer_text = record.delivered ? hex(reply.answer) : "";
     }

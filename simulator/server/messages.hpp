@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-#include "faults/plan.hpp"
+#include "faults/rule_list.hpp"
 #include "gateway/gateway.hpp"
 #include "record/counters.hpp"
 #include "server/konfd_server.hpp"
@@ -33,7 +33,7 @@ struct World {
 
     Gateway gateway;
     konfd::Konfd konfd;
-    faults::Plan faults;
+    faults::RuleList faults;
     Counters counters{}; // since the last reset
     Gateway::Settings settings_of_gateway;
     konfd::Konfd::Settings settings_of_konfd;
@@ -48,26 +48,26 @@ public:
     void start(std::uint16_t sap) { managers_.start(sap); }
     // What it had not answered is lost.
     void stop(std::uint16_t sap);
-    const Managers::Inlets& served() const { return managers_.inlets(); }
+    const Managers::Endpoints& served() const { return managers_.endpoints(); }
 
     // The fault's part in what konfd did, and the record.
-    faults::Hearing deliver(KonfdExchange& exchange);
+    faults::ReplyFault deliver(KonfdExchange& exchange);
 
 private:
     // A message waits there. It is served in its turn: the earliest of all first.
-    void receive(Inlet& inlet);
+    void receive(Endpoint& endpoint);
     bool serve();
-    void take(Inlet& inlet);
-    void deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Arrival arrived, Judgement judgement);
+    void take(Endpoint& endpoint);
+    void deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Arrival arrived, Decision decision);
     // What a fault makes of it; the manager may be gone then.
-    faults::Delivery disturb(std::uint16_t sap, const VORINFRA_MESSAGE& message, Judgement& judgement);
-    void discard(const Inlet& inlet, Arrival arrived, Record::Kind kind, const std::string& why);
+    faults::Delivery disturb(std::uint16_t sap, const VORINFRA_MESSAGE& message, Decision& decision);
+    void discard(const Endpoint& endpoint, Arrival arrived, Record::Kind kind, const std::string& why);
 
     World& world_;
     Recorder& recorder_;
     bool show_secrets_;
     Managers managers_;
-    Outbox outbox_;
+    ReplyQueue reply_queue_;
     Delays delays_;
     Arrival horizon_{}; // what came until then is known, whatever its manager
 };

@@ -89,7 +89,7 @@ Page::Page(std::uint16_t port, bool control)
 {
 }
 
-void Page::start(Loop& loop, std::function<void(const std::string& fate)> on_end)
+void Page::start(Loop& loop, std::function<void(const std::string& exit_reason)> on_end)
 {
     std::array<int, 2> ends{};
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
@@ -106,7 +106,7 @@ void Page::start(Loop& loop, std::function<void(const std::string& fate)> on_end
     listener_ = Descriptor();
     loop.watch(socket_.get(), [this, &loop, on_end = std::move(on_end)] {
         loop.forget(socket_.get());
-        on_end(fate());
+        on_end(exit_reason());
     });
 }
 
@@ -123,7 +123,7 @@ std::string Page::link() const
     return fmt::format("http://127.0.0.1:{}/#{}", port_, token_);
 }
 
-std::string Page::fate()
+std::string Page::exit_reason()
 {
     int status = 0;
     waitpid(child_, &status, 0);

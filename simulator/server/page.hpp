@@ -21,12 +21,12 @@ public:
     Page& operator=(const Page&) = delete;
 
     // Starts it: the gateway can be asked from now on. Should it end, it is told what came of it.
-    void start(Loop& loop, std::function<void(const std::string& fate)> on_end);
+    void start(Loop& loop, std::function<void(const std::string& exit_reason)> on_end);
     // "http://127.0.0.1:8080/#TOKEN": what stands behind # is sent to nobody.
     std::string link() const;
 
 private:
-    std::string fate();
+    std::string exit_reason();
 
     bool control_;
     std::uint16_t port_;

@@ -18,7 +18,7 @@ public:
     Recorder(Loop& loop, Control& control, const Counters& counters);
 
     // Throws when the file cannot be a journal.
-    void open_journal(const std::string& path) { journal_ = Journal(path); }
+    void open_journal(const std::string& path) { journal_ = MessageJournal(path); }
     void begin_journal(std::uint64_t seed, bool show_secrets);
 
     Console& out() { return out_; }
@@ -38,7 +38,7 @@ private:
     const Counters& counters_;
     Console out_;
     Console errors_;
-    Journal journal_;
+    MessageJournal journal_;
     bool blamed_ = false; // ever, whatever was reset
     std::uint64_t recorded_ = 0;
 };

@@ -9,31 +9,31 @@ constexpr std::size_t most_late = 1000;
 
 } // namespace
 
-Outbox::Outbox(Loop& loop, const Managers& endpoints) : managers_(endpoints)
+ReplyQueue::ReplyQueue(Loop& loop, const Managers& served) : managers_(served)
 {
     loop.at([this] { return late_.empty() ? std::nullopt : std::optional(late_.begin()->first); },
             [this] { send_due(); });
 }
 
-bool Outbox::post(const Parcel& parcel)
+bool ReplyQueue::post(const PendingReply& reply)
 {
-    const Inlet* const inlet = managers_.inlet(parcel.sap);
-    if (inlet == nullptr) {
+    const Endpoint* const endpoint = managers_.endpoint(reply.sap);
+    if (endpoint == nullptr) {
         return false;
     }
-    VOR_IPC_HANDLE* const endpoint = inlet->handle();
+    VOR_IPC_HANDLE* const handle = endpoint->handle();
     VORINFRA_MESSAGE request;
-    request.source = parcel.client;
-    request.id = parcel.request_id;
-    request.sequence = parcel.sequence;
+    request.source = reply.client;
+    request.id = reply.request_id;
+    request.sequence = reply.sequence;
     request.answer_wanted = 1;
     const auto answer = [&] {
-        return vorinfra_answer(endpoint, &request, parcel.answer_id, parcel.bytes.data(),
-                               static_cast<vor_uint16>(parcel.bytes.size())) == 0;
+        return vorinfra_answer(handle, &request, reply.answer_id, reply.bytes.data(),
+                               static_cast<vor_uint16>(reply.bytes.size())) == 0;
     };
-    switch (parcel.way) {
+    switch (reply.way) {
     case Way::refused:
-        return vorinfra_refuse(endpoint, &request) == 0;
+        return vorinfra_refuse(handle, &request) == 0;
     case Way::twice:
         return answer() && answer();
     default:
@@ -41,50 +41,50 @@ bool Outbox::post(const Parcel& parcel)
     }
 }
 
-bool Outbox::send_now(const Parcel& parcel)
+bool ReplyQueue::send_now(const PendingReply& reply)
 {
-    const bool sent = post(parcel);
-    if (const auto held = held_.extract(parcel.sap)) {
+    const bool sent = post(reply);
+    if (const auto held = held_.extract(reply.sap)) {
         post(held.mapped());
     }
     return sent;
 }
 
-Outbox::Sent Outbox::send_or_hold(Parcel parcel)
+ReplyQueue::Sent ReplyQueue::send_or_hold(PendingReply reply)
 {
-    if (parcel.way == Way::behind_the_next && !held_.contains(parcel.sap)) {
-        held_.emplace(parcel.sap, std::move(parcel));
+    if (reply.way == Way::behind_the_next && !held_.contains(reply.sap)) {
+        held_.emplace(reply.sap, std::move(reply));
         return Sent::done;
     }
-    return send_now(parcel) ? Sent::done : Sent::gone;
+    return send_now(reply) ? Sent::done : Sent::gone;
 }
 
-Outbox::Sent Outbox::send(std::uint16_t sap, const VORINFRA_MESSAGE& request, const Judgement& judgement,
-                          const faults::Delivery& delivery, Time now)
+ReplyQueue::Sent ReplyQueue::send(std::uint16_t sap, const VORINFRA_MESSAGE& request, const Decision& decision,
+                                  const faults::Delivery& delivery, Time now)
 {
-    if (!judgement.answered || delivery.way == Way::never || delivery.way == Way::dying) {
+    if (!decision.answered || delivery.way == Way::never || delivery.way == Way::dying) {
         return Sent::done;
     }
-    Parcel parcel{sap,         request.source, request.sequence, request.id, judgement.answer_id, judgement.answer,
-                  delivery.way};
+    PendingReply reply{sap,         request.source, request.sequence, request.id, decision.answer_id, decision.answer,
+                       delivery.way};
     if (delivery.wait == faults::Milliseconds(0)) {
-        return send_or_hold(std::move(parcel));
+        return send_or_hold(std::move(reply));
     }
     if (late_.size() >= most_late) {
-        return send_or_hold(std::move(parcel)) == Sent::gone ? Sent::gone : Sent::crowded;
+        return send_or_hold(std::move(reply)) == Sent::gone ? Sent::gone : Sent::crowded;
     }
-    late_.emplace(now + delivery.wait, std::move(parcel));
+    late_.emplace(now + delivery.wait, std::move(reply));
     return Sent::done;
 }
 
-void Outbox::send_due()
+void ReplyQueue::send_due()
 {
     while (!late_.empty() && late_.begin()->first <= std::chrono::steady_clock::now()) {
         send_or_hold(std::move(late_.extract(late_.begin()).mapped()));
     }
 }
 
-void Outbox::drop(std::uint16_t sap)
+void ReplyQueue::drop(std::uint16_t sap)
 {
     held_.erase(sap);
     std::erase_if(late_, [sap](const auto& each) { return each.second.sap == sap; });

@@ -11,22 +11,22 @@
 
 namespace vorsim {
 
-class Outbox {
+class ReplyQueue {
 public:
     using Time = faults::Time;
 
-    Outbox(Loop& loop, const Managers& endpoints);
+    ReplyQueue(Loop& loop, const Managers& endpoints);
 
     enum class Sent : std::uint8_t { done, gone, crowded };
     // gone: the asker is; crowded: so many wait that this one did not.
-    Sent send(std::uint16_t sap, const VORINFRA_MESSAGE& request, const Judgement& judgement,
+    Sent send(std::uint16_t sap, const VORINFRA_MESSAGE& request, const Decision& decision,
               const faults::Delivery& delivery, Time now);
 
     // What a manager that is gone had not sent yet.
     void drop(std::uint16_t sap);
 
 private:
-    struct Parcel {
+    struct PendingReply {
         std::uint16_t sap;
         std::uint16_t client;
         std::uint16_t sequence;
@@ -36,14 +36,14 @@ private:
         faults::Delivery::Way way;
     };
 
-    bool send_now(const Parcel& parcel);
-    bool post(const Parcel& parcel);
-    Sent send_or_hold(Parcel parcel);
+    bool send_now(const PendingReply& reply);
+    bool post(const PendingReply& reply);
+    Sent send_or_hold(PendingReply reply);
     void send_due();
 
     const Managers& managers_;
-    std::multimap<Time, Parcel> late_;
-    std::map<std::uint16_t, Parcel> held_; // one a manager, behind its next
+    std::multimap<Time, PendingReply> late_;
+    std::map<std::uint16_t, PendingReply> held_; // one a manager, behind its next
 };
 
 } // namespace vorsim

@@ -89,7 +89,8 @@ Server::Server(const Options& options)
     recorder_.begin_journal(options_.seed, options_.show_secrets);
     loop_.watch(stop_requests_.get(), [this] { loop_.stop(); });
     if (page_ != nullptr) {
-        page_->start(loop_, [this](const std::string& fate) { recorder_.errors().line("vorsim: " + fate); });
+        page_->start(loop_,
+                     [this](const std::string& exit_reason) { recorder_.errors().line("vorsim: " + exit_reason); });
     }
 }
 

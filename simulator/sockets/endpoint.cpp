@@ -31,7 +31,7 @@ Arrival arrival_of(msghdr& message)
 
 } // namespace
 
-Inlet::Inlet(std::uint16_t sap) : endpoint_(vor_ipc_bind(sap, 0))
+Endpoint::Endpoint(std::uint16_t sap) : endpoint_(vor_ipc_bind(sap, 0))
 {
     const int on = 1;
     if (endpoint_ != nullptr && setsockopt(descriptor(), SOL_SOCKET, SO_TIMESTAMPNS, &on, sizeof on) != 0) {
@@ -39,7 +39,7 @@ Inlet::Inlet(std::uint16_t sap) : endpoint_(vor_ipc_bind(sap, 0))
     }
 }
 
-std::optional<Arrival> Inlet::next()
+std::optional<Arrival> Endpoint::next()
 {
     if (next_) {
         return next_;
@@ -60,7 +60,7 @@ std::optional<Arrival> Inlet::next()
     return next_;
 }
 
-int Inlet::receive(VORINFRA_MESSAGE& message)
+int Endpoint::receive(VORINFRA_MESSAGE& message)
 {
     next_.reset();
     return vorinfra_receive(endpoint_.get(), &message);

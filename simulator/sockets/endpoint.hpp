@@ -13,10 +13,10 @@ namespace vorsim {
 
 using Arrival = std::chrono::time_point<std::chrono::system_clock, std::chrono::nanoseconds>;
 
-class Inlet {
+class Endpoint {
 public:
     // Null inside when the SAP cannot be bound; why is on standard error.
-    explicit Inlet(std::uint16_t sap);
+    explicit Endpoint(std::uint16_t sap);
 
     VOR_IPC_HANDLE* handle() const { return endpoint_.get(); }
     int descriptor() const { return vorinfra_descriptor(endpoint_.get()); }

@@ -50,7 +50,7 @@ void clear_dead_owner(const std::string& path)
 
 } // namespace
 
-Door::Door(Loop& loop, const std::string& path, MakeRoom make_room, OnClient on_client)
+Listener::Listener(Loop& loop, const std::string& path, MakeRoom make_room, OnClient on_client)
     : loop_(loop), socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)),
       make_room_(std::move(make_room)), on_client_(std::move(on_client))
 {
@@ -73,26 +73,26 @@ Door::Door(Loop& loop, const std::string& path, MakeRoom make_room, OnClient on_
     loop_.at([this] { return opens_at_; }, [this] { open(); });
 }
 
-Door::Bound::~Bound()
+Listener::Bound::~Bound()
 {
     if (!path.empty()) {
         unlink(path.c_str());
     }
 }
 
-void Door::open()
+void Listener::open()
 {
     opens_at_.reset();
     loop_.watch(socket_.get(), [this] { accept_client(); });
 }
 
-void Door::close_for_a_while()
+void Listener::close_for_a_while()
 {
     loop_.forget(socket_.get());
     opens_at_ = std::chrono::steady_clock::now() + before_next_try;
 }
 
-void Door::accept_client()
+void Listener::accept_client()
 {
     if (!make_room_(false)) {
         close_for_a_while();

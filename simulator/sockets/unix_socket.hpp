@@ -18,7 +18,7 @@ struct InUse : std::runtime_error {
 
 // A listening socket; its path goes with it. A caller that finds no room, or no descriptor left, waits outside; nobody
 // spins meanwhile.
-class Door {
+class Listener {
 public:
     // Frees a place where one is needed and can be had; one is needed at any
     // rate when there is no descriptor left. False: all are in use.
@@ -26,9 +26,9 @@ public:
     using OnClient = std::function<void(Descriptor socket)>; // it does not block
 
     // Takes a dead owner's path over. Throws InUse, or runtime_error.
-    Door(Loop& loop, const std::string& path, MakeRoom make_room, OnClient on_client);
-    Door(const Door&) = delete;
-    Door& operator=(const Door&) = delete;
+    Listener(Loop& loop, const std::string& path, MakeRoom make_room, OnClient on_client);
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
 
 private:
     struct Bound {

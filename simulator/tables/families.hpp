@@ -11,10 +11,10 @@ namespace vorsim {
 
 struct Family {
     std::uint16_t sap; // of every row that names no manager itself
-    std::span<const Row> rows;
+    std::span<const MessageRow> rows;
     std::span<const Reading> readings;
 
-    consteval Family(std::string_view manager, std::span<const Row> all, std::span<const Reading> moving = {})
+    consteval Family(std::string_view manager, std::span<const MessageRow> all, std::span<const Reading> moving = {})
         : sap(sap_of(manager)), rows(all), readings(moving)
     {
     }

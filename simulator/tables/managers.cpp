@@ -35,7 +35,7 @@ std::span<const ListedRow> all_rows()
     static const std::vector<ListedRow> all = [] {
         std::vector<ListedRow> rows;
         for (const Family* family : all_families()) {
-            for (const Row& row : family->rows) {
+            for (const MessageRow& row : family->rows) {
                 const std::int32_t manager = row.exchange.manager;
                 rows.push_back({&row, manager == family_manager ? family->sap : manager});
             }
@@ -45,9 +45,9 @@ std::span<const ListedRow> all_rows()
     return all;
 }
 
-std::vector<const Row*> rows_of(std::uint32_t id, std::optional<std::uint16_t> sap)
+std::vector<const MessageRow*> rows_of(std::uint32_t id, std::optional<std::uint16_t> sap)
 {
-    std::vector<const Row*> rows;
+    std::vector<const MessageRow*> rows;
     for (const ListedRow& listed : all_rows()) {
         if (listed.row->exchange.id == id && (!sap || listed.serves(*sap))) {
             rows.push_back(listed.row);

@@ -18,7 +18,7 @@ std::string manager_key(std::uint16_t sap);
 
 // A row, and the manager that its message may reach.
 struct ListedRow {
-    const Row* row;
+    const MessageRow* row;
     std::int32_t manager; // or any
 
     bool serves(std::uint16_t sap) const { return manager == any_manager || manager == sap; }
@@ -26,6 +26,6 @@ struct ListedRow {
 
 std::span<const ListedRow> all_rows();
 // Those of a message that reached the manager, or any.
-std::vector<const Row*> rows_of(std::uint32_t id, std::optional<std::uint16_t> sap = {});
+std::vector<const MessageRow*> rows_of(std::uint32_t id, std::optional<std::uint16_t> sap = {});
 
 } // namespace vorsim

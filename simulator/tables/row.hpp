@@ -199,7 +199,7 @@ void the_count_names_no_field_of_the_message();
 // text with field names in braces. Of the calls that share a slot an object
 // keeps the latest only (a route added, then removed). A row that breaks these
 // rules does not compile.
-struct Row {
+struct MessageRow {
     Exchange exchange;
     std::string_view call{}; // the library's function that sends it
     std::string_view object;
@@ -207,8 +207,8 @@ struct Row {
     std::string_view slot;
     Query query;
 
-    constexpr Row(const Exchange& travels, std::string_view sent_by, std::string_view concerns, const Layout& carries,
-                  std::string_view shared_slot = {}, Query answers = nullptr)
+    constexpr MessageRow(const Exchange& travels, std::string_view sent_by, std::string_view concerns,
+                         const Layout& carries, std::string_view shared_slot = {}, Query answers = nullptr)
         : exchange(travels), call(sent_by), object(concerns), layout(carries), slot(shared_slot), query(answers)
     {
         for (std::size_t at = object.find('{'); at != object.npos; at = object.find('{', at + 1)) {
@@ -231,9 +231,9 @@ struct Row {
     }
 
     // A row whose message is a question.
-    constexpr Row(const Exchange& travels, std::string_view sent_by, std::string_view concerns, const Layout& carries,
-                  Query answers)
-        : Row(travels, sent_by, concerns, carries, {}, answers)
+    constexpr MessageRow(const Exchange& travels, std::string_view sent_by, std::string_view concerns,
+                         const Layout& carries, Query answers)
+        : MessageRow(travels, sent_by, concerns, carries, {}, answers)
     {
     }
 

@@ -1,4 +1,4 @@
-// watch.hpp: the platform boundary, watched. The shell defines the platform's
+// observer.hpp: the platform boundary, watched. The shell defines the platform's
 // message, chain, socket and timer operations itself (the executable's symbols
 // come first) and passes them on, so it knows what was really sent and
 // answered, on any platform library.
@@ -23,7 +23,7 @@ struct Observation {
 };
 
 // Watches until it goes out of scope.
-class Watch {
+class Observer {
 public:
     struct Settings {
         bool capture = false; // nothing reaches the platform: every exchange is accepted on the spot
@@ -31,10 +31,10 @@ public:
     };
 
     // The call's values tell what is a secret; a record answered has no status in front.
-    Watch(Settings wanted, const Row& called, std::span<const Value> given);
-    Watch(const Watch&) = delete;
-    Watch& operator=(const Watch&) = delete;
-    ~Watch();
+    Observer(Settings wanted, const Row& called, std::span<const Value> given);
+    Observer(const Observer&) = delete;
+    Observer& operator=(const Observer&) = delete;
+    ~Observer();
 
     const Settings settings;
     const Row& row;

@@ -1,4 +1,4 @@
-#include "faults/plan.hpp"
+#include "faults/rule_list.hpp"
 
 #include <stdexcept>
 
@@ -29,12 +29,12 @@ bool Concern::covers(const Subject& subject) const
            client.value_or(subject.client) == subject.client;
 }
 
-std::string Due::text() const
+std::string DueRule::text() const
 {
     return fmt::format("fault {}: {}", number, vor::printable(rule.action_text));
 }
 
-unsigned Plan::add(Rule rule, Time now)
+unsigned RuleList::add(Rule rule, Time now)
 {
     if (entries_.size() == most_rules) {
         throw std::runtime_error(fmt::format("there are {} faults already", most_rules));
@@ -45,13 +45,13 @@ unsigned Plan::add(Rule rule, Time now)
     return last_;
 }
 
-bool Plan::Entry::over(Time now) const
+bool RuleList::Entry::over(Time now) const
 {
     return (rule.end.times && acted >= *rule.end.times) || (rule.end.time && now >= since + *rule.end.time);
 }
 
 // Whether it is the n-th, an n-th, or drawn.
-bool Plan::Entry::meets()
+bool RuleList::Entry::meets()
 {
     switch (rule.concern.when) {
     case Concern::When::nth:
@@ -65,9 +65,9 @@ bool Plan::Entry::meets()
     }
 }
 
-std::optional<Due> Plan::due(const Subject& subject, Time now)
+std::optional<DueRule> RuleList::due(const Subject& subject, Time now)
 {
-    std::optional<Due> due;
+    std::optional<DueRule> due;
     for (auto& [number, entry] : entries_) {
         if (!entry.rule.concern.covers(subject) || entry.over(now) ||
             (!subject.answered && !entry.rule.action.befalls_one_way())) {
@@ -76,13 +76,13 @@ std::optional<Due> Plan::due(const Subject& subject, Time now)
         ++entry.concerned;
         if (entry.meets() && !due) {
             ++entry.acted;
-            due = Due{number, entry.rule};
+            due = DueRule{number, entry.rule};
         }
     }
     return due;
 }
 
-std::vector<Plan::Listed> Plan::list(Time now) const
+std::vector<RuleList::Listed> RuleList::list(Time now) const
 {
     std::vector<Listed> rules;
     for (const auto& [number, entry] : entries_) {
@@ -91,7 +91,7 @@ std::vector<Plan::Listed> Plan::list(Time now) const
     return rules;
 }
 
-std::string Plan::text(Time now) const
+std::string RuleList::text(Time now) const
 {
     std::string text;
     for (const Listed& rule : list(now)) {

@@ -1,4 +1,4 @@
-// complaint.hpp: what the shell says instead of doing what it was told.
+// input_error.hpp: what the shell says instead of doing what it was told.
 #pragma once
 
 #include <cstddef>
@@ -52,7 +52,7 @@ struct Place {
     std::size_t column = 0;
 };
 
-struct Complaint {
+struct InputError {
     static constexpr std::size_t no_word = static_cast<std::size_t>(-1);
 
     std::string text;

@@ -12,7 +12,7 @@ namespace vorsim::faults {
 using Time = std::chrono::steady_clock::time_point;
 
 // A rule that is due.
-struct Due {
+struct DueRule {
     unsigned number{}; // the rule's, as it is listed
     Rule rule;
 
@@ -20,9 +20,9 @@ struct Due {
     std::string text() const;
 };
 
-class Plan {
+class RuleList {
 public:
-    explicit Plan(std::uint64_t seed) : seed_(seed) {}
+    explicit RuleList(std::uint64_t seed) : seed_(seed) {}
 
     // The rule's number. Throws when there are too many.
     unsigned add(Rule rule, Time now);
@@ -30,7 +30,7 @@ public:
     void clear() { entries_.clear(); }
 
     // Every rule counts the messages it concerns; the first that is due acts.
-    std::optional<Due> due(const Subject& subject, Time now);
+    std::optional<DueRule> due(const Subject& subject, Time now);
 
     struct Listed {
         unsigned number{};

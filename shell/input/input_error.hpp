@@ -55,12 +55,14 @@ struct Place {
 struct InputError {
     static constexpr std::size_t no_word = static_cast<std::size_t>(-1);
 
-    std::string text;
+    std::string text; // all of the message, without a full stop
     ExitCode exit = exit_usage;
-    std::string argument{};     // the one complained about, if it is one
-    std::size_t word = no_word; // its place in the line, the family's name being 0
+    std::string argument{};     // the one that is wrong or missing, if it is one
+    std::size_t word = no_word; // its index in the line, the family's name being 0
     std::string call{};
     Place place{};
+    std::string excerpt{}; // lines that show where it is, on the command line
+    std::string hint{};    // what helps, for a line of its own
 };
 
 } // namespace vorcfg

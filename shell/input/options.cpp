@@ -63,6 +63,15 @@ void take_line(Options& options, const OptionRow& row, std::string_view value)
     options.from = within(1, UINT32_MAX, vor::number_in<std::uint32_t>(value), row, value, "line");
 }
 
+void take_color(Options& options, const OptionRow& row, std::string_view value)
+{
+    const auto when = vor::color_when(value);
+    if (!when) {
+        throw InputError{fmt::format("{} must be auto, always or never, not \"{}\"", row.name, value)};
+    }
+    options.color = *when;
+}
+
 void take_password(Options& options, const OptionRow& row, std::string_view value)
 {
     options.password = Word{{row.value.empty() ? "-" : fmt::format("@{}", value)}};
@@ -103,6 +112,7 @@ constexpr OptionRow rows[] = {
     {{"--html", "", "a report as a page for a browser or a printer"}, take<&Options::html>, "report"},
     {{"--password-file", "FILE", "take the call's secret argument from a file"}, take_password},
     {{"--password-stdin", "", "take the call's secret argument from standard input"}, take_password},
+    {{"--color", "WHEN", "colour the output: auto (at a terminal), always or never"}, take_color},
     {{"--help", "", "help, also on a family, a call or a command"}, take<&Options::help>},
     {{"--version", "", "the version"}, take<&Options::version>},
 };

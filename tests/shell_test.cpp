@@ -334,29 +334,28 @@ void expect(const processes::Workplace& workplace, std::initializer_list<Line> l
 TEST(process, outcomes_have_their_exit_codes)
 {
     const processes::Workplace workplace;
-    expect(workplace,
-           {{"vorcfg common ip-aton 1.2.3", "common ip-aton: not taken by the call (code -1)\n", 2},
-            {"vorcfg batch nowhere", "vorcfg: cannot read nowhere: No such file or directory\n", 8},
-            {"vorcfg batch bin", "vorcfg: cannot read bin: Is a directory\n", 8},
-            {"vorcfg batch - < bin", "vorcfg: cannot read standard input: Is a directory\n", 8},
-            {"vorcfg gsm set-password 1 @bin 1",
-             "vorcfg: gsm set-password: password: cannot read bin: Is a directory\n", 8},
-            {"printf 'gpio set-value 1 1\\nip set-dhcp 0 1\\ngpio set-value 2 1\\n' > f; vorcfg batch f",
-             "f:1: gpio set-value: not delivered: nobody listens; is gpiomgr running?\n"
-             "f: 0 accepted, 0 sent, 1 failed at line 1, 2 not made\n",
-             3},
-            {"vorcfg --dry-run batch f | tail -n 1", "f: 0 accepted, 0 sent, 3 shown only (dry run), 0 failed\n", 0}});
+    expect(workplace, {{"vorcfg common ip-aton 1.2.3", "common ip-aton: rejected by the call (code -1)\n", 2},
+                       {"vorcfg batch nowhere", "vorcfg: cannot read nowhere: No such file or directory\n", 8},
+                       {"vorcfg batch bin", "vorcfg: cannot read bin: Is a directory\n", 8},
+                       {"vorcfg batch - < bin", "vorcfg: cannot read standard input: Is a directory\n", 8},
+                       {"vorcfg gsm set-password 1 @bin 1",
+                        "vorcfg: gsm set-password: password: cannot read bin: Is a directory\n", 8},
+                       {"printf 'gpio set-value 1 1\\nip set-dhcp 0 1\\ngpio set-value 2 1\\n' > f; vorcfg batch f",
+                        "f:1: gpio set-value 1: not delivered: nobody listens; is gpiomgr running?\n"
+                        "f: stopped at line 1: 1 not delivered, 2 not made\n",
+                        3},
+                       {"vorcfg --dry-run batch f | tail -n 1", "f: 3 not sent (dry run)\n", 0}});
     processes::Gateway gateway(workplace, {});
     expect(workplace,
-           {{"vorcfg common system-restart 0", "vorcfg: common system-restart: is made only with --yes\n", 2},
+           {{"vorcfg common system-restart 0", "vorcfg: common system-restart: requires --yes\n", 2},
             {"printf 'ip set-dhcp 0 1\\nserial set-parity 1 0\\nip set-dhcp 0 300\\ngpio set-value 2 1\\n' > f; "
              "vorcfg --json batch f",
              "{\"schema\":2,\"file\":\"f\",\"line\":3,\"column\":15,\"call\":\"ip "
              "set-dhcp\",\"argument\":\"config_option\",\"complaint\":\"300 is out of range, 0 to 255 is "
              "accepted\",\"exit\":2}\n",
              2},
-            {"printf 'ip set-dhcp 0 1\\n  common system-restart 0\\n' > f; vorcfg batch f",
-             "f:2:10: is made only with --yes\n", 2}});
+            {"printf 'ip set-dhcp 0 1\\n  common system-restart 0\\n' > f; vorcfg batch f", "f:2:10: requires --yes\n",
+             2}});
 }
 
 TEST(process, files_without_end_are_refused)
@@ -415,11 +414,11 @@ TEST(process, secrets_come_from_files_and_standard_input_only)
              "wifi set-ssid-password: accepted by konfd\n",
              0},
             {"echo 'gsm set-password 1 @../secret 1' > bin/f; vorcfg batch bin/f",
-             "bin/f:1: gsm set-password: accepted by gsmmgr\n"
-             "bin/f: 1 accepted, 0 sent, 0 failed\n",
+             "bin/f:1: gsm set-password 1: accepted by gsmmgr\n"
+             "bin/f: 1 accepted\n",
              0},
             {"printf 'one\\ntwo\\n' | vorcfg snmp set-v2-server-community-name - 1 1",
-             "snmp set-v2-server-community-name: sent to snmpmgr one-way, no verdict will come\n", 0},
+             "snmp set-v2-server-community-name 1: sent to snmpmgr one-way, no verdict will come\n", 0},
             {"vorcfg gsm set-password 1 @nowhere 1",
              "vorcfg: gsm set-password: password: cannot read nowhere: No such file or directory\n", 8},
             {": > secret; vorcfg gsm set-password 1 @secret 1",
@@ -437,10 +436,10 @@ TEST(process, shells_run_side_by_side)
 {
     const processes::Workplace workplace;
     processes::Gateway gateway(workplace, {});
-    const std::string one = "for i in 1 2 3 4 5; do vorcfg gpio set-value $i 1 & done; wait";
+    const std::string one = "for i in 1 2 3 4 5; do vorcfg gpio set-value 1 1 & done; wait";
     std::string five;
     for (int i = 0; i < 5; i++) {
-        five += "gpio set-value: sent to gpiomgr one-way, no verdict will come\n";
+        five += "gpio set-value 1: sent to gpiomgr one-way, no verdict will come\n";
     }
     EXPECT_EQ(five, workplace.run(one).text);
 }
@@ -450,7 +449,7 @@ TEST(process, an_endpoint_that_cannot_be_had_is_said_once)
     const processes::Workplace workplace;
     const processes::Output output = workplace.run("VORINFRA_DIR=relative vorcfg gpio set-value 1 1");
     EXPECT_EQ(7, output.exit_code);
-    EXPECT_NE(std::string::npos, output.text.find("gpio set-value: nothing was sent: no endpoint at any SAP\n"))
+    EXPECT_NE(std::string::npos, output.text.find("gpio set-value 1: not sent: no endpoint at any SAP\n"))
         << output.text;
     EXPECT_EQ(output.text.find("library: vorinfra:"), output.text.rfind("library: vorinfra:")) << output.text;
 }

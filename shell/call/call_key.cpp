@@ -179,8 +179,8 @@ std::string name_of(const CallKey& key)
 {
     std::string name = key.row->full_name();
     for (std::size_t i = 0; i < key.values.size(); i++) {
-        if (is_object_of(key, i)) {
-            name += ' ' + shown(key.row->arguments()[i], key.values[i]);
+        for (const KeptValue& value : is_object_of(key, i) ? key.values[i] : KeptValues()) {
+            name += ' ' + shown(key.row->arguments()[i], value);
         }
     }
     return name;

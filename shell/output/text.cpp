@@ -164,11 +164,13 @@ std::string lines_text(const std::vector<std::size_t>& lines)
 {
     std::vector<std::string> ranges;
     for (std::size_t i = 0; i < lines.size(); i++) {
-        const std::size_t first = i;
-        while (i + 1 < lines.size() && lines[i + 1] == lines[i] + 1) {
-            i++;
+        std::size_t last = i;
+        while (last + 1 < lines.size() && lines[last + 1] == lines[last] + 1) {
+            last++;
         }
-        ranges.push_back(i == first ? std::to_string(lines[i]) : fmt::format("{}-{}", lines[first], lines[i]));
+        const bool is_range = last > i + 1;
+        ranges.push_back(is_range ? fmt::format("{}-{}", lines[i], lines[last]) : std::to_string(lines[i]));
+        i = is_range ? last : i;
     }
     const std::string last = ranges.empty() ? "" : ranges.back();
     ranges.resize(std::max<std::size_t>(ranges.size(), 1) - 1);

@@ -113,11 +113,10 @@ public:
         }
         vor::print(stdout, to_.in_rows() ? shown(plan) : unknown + notes_of(plan, to_));
         if (!unknown.empty() && !options_.retry_unknown && !options_.skip_unknown) {
-            throw InputError{
-                fmt::format("{}: {} without a verdict: --retry-unknown makes them again, --skip-unknown leaves them "
-                            "out; nothing was sent",
-                            to_.file, vor::counted(plan.tally()[LineState::unknown], "line")),
-                exit_unknown};
+            throw InputError{.text = fmt::format("{}: {} without a verdict; nothing was sent", to_.file,
+                                                 vor::counted(plan.tally()[LineState::unknown], "line")),
+                             .exit = exit_unknown,
+                             .hint = "--retry-unknown makes such lines again, --skip-unknown leaves them out"};
         }
         std::vector<std::size_t> lines;
         for (const PlanLine& line : plan.lines) {

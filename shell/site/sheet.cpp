@@ -108,8 +108,8 @@ std::string text_of(const Sheet& sheet, const vor::Screen& screen)
             table.fit(cells_of(line));
         }
     }
-    std::string text = fmt::format("{}: {}\n{}\n", vor::printable(sheet.title), counts_of(sheet), meaning);
-    text += sheet.note.empty() ? "" : sheet.note + '\n';
+    std::string text = vor::paragraph(fmt::format("{}: {}", vor::printable(sheet.title), counts_of(sheet)), screen) +
+                       vor::paragraph(meaning, screen) + (sheet.note.empty() ? "" : vor::paragraph(sheet.note, screen));
     for (const SheetSection& section : sheet.sections) {
         text += fmt::format("\n{}: {}\n", section.family->name, about(*section.family));
         for (const SheetLine& line : section.lines) {

@@ -1,5 +1,5 @@
-// vorcfg-page HEADER: prints a reference page, docs/calls/HEADER.md, from the rows, the header, and the examples, which it
-// makes on the running gateway: a developers' tool, not installed (scripts/reference-page runs it against vorsim).
+// vorcfg-page HEADER: prints a reference page, docs/calls/HEADER.md, from the rows, the header, and the examples, which
+// it makes on the running gateway: a developers' tool, not installed (scripts/reference-page runs it against vorsim).
 #include <algorithm>
 #include <cstdio>
 #include <string>
@@ -52,10 +52,10 @@ std::string messages_text(const Row& row)
     for (const Message& message : report.seen.messages) {
         text += described(message, row, planned.values) + '\n';
     }
-    return text.empty() ? "" : fmt::format("Goes out as\n\n```text\n{}```\n\n", text);
+    return text.empty() ? "" : fmt::format("Sent as\n\n```text\n{}```\n\n", text);
 }
 
-// What the example prints. One that fails is a fault of the page.
+// What the example prints; notes it where it fails.
 std::string example_text(const Row& row, std::string& faults)
 {
     PreparedCall planned = planned_example(row);
@@ -74,7 +74,7 @@ std::string arguments_text(const Row& row, const CallContract& contract)
     for (const Argument& argument : row.arguments()) {
         text +=
             fmt::format("| `{}` | {} | {}{} |\n", argument.name, argument.is_count ? "counted" : type_name(argument),
-                        contract.about(argument), argument.is_secret ? " (a secret: `@FILE`, `-` or `?`)" : "");
+                        contract.meaning(argument), argument.is_secret ? " (a secret: `@FILE`, `-` or `?`)" : "");
     }
     return text.empty() ? "" : fmt::format("| Argument | Type | |\n|---|---|---|\n{}\n", text);
 }
@@ -100,7 +100,7 @@ std::string row_text(const Row& row, std::string& faults)
 {
     std::string text = fmt::format("## {}\n\n{}", row.full_name(), contract_text(row));
     if (!row.used_by.empty()) {
-        return text + fmt::format("Not called on its own; what uses it: {}.\n\n", row.used_by);
+        return text + fmt::format("Not made on its own; used by {}.\n\n", row.used_by);
     }
     return text + messages_text(row) + example_text(row, faults);
 }
@@ -130,7 +130,7 @@ std::string page_of(std::string_view header)
     if (!faults.empty()) {
         throw InputError{fmt::format("no page printed, these examples failed:{}", faults), exit_not_delivered};
     }
-    text += rows;
+    text += fmt::format("{}\n\n{}", default_meaning, rows);
     text.pop_back();
     return text;
 }

@@ -128,4 +128,10 @@ void print_line(std::FILE* to, std::string_view line)
     print(to, fmt::format("{}\n", line));
 }
 
+std::size_t characters_in(std::string_view text)
+{
+    const auto begins_one = [](char byte) { return (static_cast<unsigned char>(byte) & 0xc0U) != 0x80U; };
+    return static_cast<std::size_t>(std::ranges::count_if(text, begins_one));
+}
+
 } // namespace vor

@@ -37,6 +37,24 @@ std::string joined(const Texts& texts, std::string_view between)
     return all;
 }
 
+// "a, b or c"
+template <class Texts>
+std::string alternatives(const Texts& texts)
+{
+    std::string all;
+    for (std::size_t left = texts.size(); const std::string_view text : texts) {
+        if (!all.empty()) {
+            all += left == 1 ? " or " : ", ";
+        }
+        all += text;
+        left--;
+    }
+    return all;
+}
+
+// How many characters of UTF-8 the text has.
+std::size_t characters_in(std::string_view text);
+
 // Written at once; a reader that is gone stops nobody.
 void print(std::FILE* to, std::string_view text);
 void print_line(std::FILE* to, std::string_view line);

@@ -14,6 +14,10 @@ int complain(const InputError& complaint, bool json)
 {
     std::fflush(stdout);
     vor::print(stderr, json ? json_of(complaint) : text_of(complaint));
+    const bool in_file = !complaint.place.file.empty(); // one line per error, unless somebody reads them
+    if (!json && !complaint.hint.empty() && (!in_file || isatty(STDERR_FILENO) == 1)) {
+        vor::print_line(stderr, fmt::format("hint: {}", complaint.hint));
+    }
     return complaint.exit;
 }
 

@@ -31,19 +31,17 @@ std::string text_of(const PreparedCall& planned, const CallResult& report)
     return text;
 }
 
-// Of a line of a batch: its place, as compilers write it.
+// In a file it is one line that begins with its place, as compilers write it.
 std::string text_of(const InputError& complaint)
 {
-    std::string text;
     if (!complaint.place.file.empty()) {
-        text = fmt::format("{}:{}:{}: ", complaint.place.file, complaint.place.line, complaint.place.column);
-    } else {
-        text = complaint.call.empty() ? "vorcfg: " : fmt::format("vorcfg: {}: ", complaint.call);
+        return vor::printable(fmt::format("{}:{}:{}: {}", complaint.place.file, complaint.place.line,
+                                          complaint.place.column, complaint.text)) +
+               '\n';
     }
-    if (!complaint.argument.empty()) {
-        text += fmt::format("{}: ", complaint.argument);
-    }
-    return vor::printable(text + complaint.text) + '\n';
+    const bool named = !complaint.call.empty() && complaint.excerpt.empty(); // which shows the call
+    const std::string call = named ? complaint.call + ": " : "";
+    return vor::printable(fmt::format("vorcfg: {}{}", call, complaint.text)) + '\n' + complaint.excerpt;
 }
 
 std::string text_of(const Tally& tally, const std::string& name, std::size_t left)

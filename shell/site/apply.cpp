@@ -28,7 +28,7 @@ std::string journal_of(const std::string& path, const Options& options)
 
 Selection selection_of(const Options& options)
 {
-    return {options.from, options.only.empty() ? nullptr : &wanted_family(options.only), options.resend_secrets};
+    return {options.from, options.only.empty() ? nullptr : &require_family(options.only), options.resend_secrets};
 }
 
 // "ip set-ip-address 0 (lines 4, 7)" would help nobody; one line each does.

@@ -41,14 +41,14 @@ std::vector<char> exactly(const char* text)
 
 } // namespace
 
-TEST(restart, a_missing_timer_goes_unnoticed)
+TEST(restart, missing_timer_is_ignored)
 {
     begin_call();
     fake::script.timer_missing = true;
     EXPECT_EQ(outcome(vor_system_restart(5)), "0:Q0sqtlg");
 }
 
-TEST(restart, the_timer_reboots)
+TEST(restart, timer_reboots)
 {
     begin_call();
     vor_system_restart(5);
@@ -59,7 +59,7 @@ TEST(restart, the_timer_reboots)
     EXPECT_EQ(fake::events(), "system `reboot`");
 }
 
-TEST(frame, a_long_chain_goes_out_with_its_length_cut_to_16_bits)
+TEST(frame, chain_length_is_cut_to_16_bits)
 {
     begin_call();
     fake::script.serialized_size = 65536 + 20;
@@ -67,7 +67,7 @@ TEST(frame, a_long_chain_goes_out_with_its_length_cut_to_16_bits)
     EXPECT_EQ(fake::events(), "sap 19 id 0x13003 | 1 i16 1 | 6 i32 2 | 10 i16 3 (length 20 for a chain of 31)");
 }
 
-TEST(endpoint, bind_blocks_the_platforms_signal)
+TEST(endpoint, bind_blocks_platform_signal)
 {
     fake::reset();
     sigset_t signal;
@@ -99,7 +99,7 @@ TEST(endpoint, bind_blocks_the_platforms_signal)
     EXPECT_EQ(fake::events(), "bind 65535 0; bind 200 0; bind 201 0; unbind; unbind null");
 }
 
-TEST(endpoint, a_failed_connection_keeps_its_socket)
+TEST(endpoint, failed_connection_keeps_socket)
 {
     const struct {
         void (*script)();
@@ -128,7 +128,7 @@ TEST(endpoint, a_failed_connection_keeps_its_socket)
     EXPECT_EQ(fake::events(), "close 1; close null 1");
 }
 
-TEST(endpoint, the_user_flag_is_kept)
+TEST(endpoint, user_flag_is_kept)
 {
     EXPECT_EQ(vor_cfg_get_user_flag(), 0);
     EXPECT_EQ(vor_cfg_set_user_flag(200), 0);

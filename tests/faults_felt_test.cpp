@@ -39,7 +39,7 @@ std::string unread(unsigned message, const char* carried, int code)
                        message, carried, code);
 }
 
-TEST(faults, are_felt_with_the_verdict_that_they_must_have)
+TEST(faults, verdict_per_fault)
 {
     const std::string can = "can set-baudrate: ";
     const std::string stored = "konfd query: ";
@@ -86,7 +86,7 @@ TEST(faults, are_felt_with_the_verdict_that_they_must_have)
     EXPECT_EQ(0, gateway.stop(SIGTERM)) << "a fault on command is no complaint";
 }
 
-TEST(faults, that_refuse_keep_nothing)
+TEST(faults, refused_messages_change_nothing)
 {
     const Workplace place;
     Gateway gateway(place, {"--journal", "journal"});
@@ -103,7 +103,7 @@ TEST(faults, that_refuse_keep_nothing)
 }
 
 // Byte for byte: lines, and with them verdicts, readings and whom chance hits.
-TEST(faults, are_the_same_in_the_same_run)
+TEST(faults, same_seed_same_run)
 {
     const auto run = [](const char* seed) {
         const Workplace place;
@@ -123,7 +123,7 @@ TEST(faults, are_the_same_in_the_same_run)
     EXPECT_NE(first, run("8"));
 }
 
-TEST(faults, swap_an_answer_with_the_next)
+TEST(faults, swapped_waits_for_the_next_answer)
 {
     const Workplace place;
     Gateway gateway(place, {"--faults", "/dev/null"});
@@ -135,7 +135,7 @@ TEST(faults, swap_an_answer_with_the_next)
     EXPECT_EQ(0, first.get());
 }
 
-TEST(managers, that_take_their_time_hold_nobody_up)
+TEST(managers, slow_one_delays_no_other)
 {
     const Workplace place;
     Gateway gateway(place, {"--delay", "canmgr=1min..2min", "--delay", "ethmgr=1ms..2ms"});
@@ -148,7 +148,7 @@ TEST(managers, that_take_their_time_hold_nobody_up)
     EXPECT_EQ(6, slow.get());
 }
 
-TEST(managers, come_and_go)
+TEST(managers, stop_and_start)
 {
     const Workplace place;
     Gateway gateway(place, {"--without", "pcumgr"});
@@ -161,7 +161,7 @@ TEST(managers, come_and_go)
     EXPECT_EQ(0, exit_of("vorsim start canmgr; " + baudrate));
 }
 
-TEST(managers, may_be_programs_of_ones_own)
+TEST(managers, external_program)
 {
     const Workplace place;
     Gateway gateway(place, {"--without", "gpiomgr"});
@@ -176,7 +176,7 @@ TEST(managers, may_be_programs_of_ones_own)
                   .text);
 }
 
-TEST(readings, are_what_they_are_set_to)
+TEST(readings, set_by_command)
 {
     const Workplace place;
     Gateway gateway(place, {});

@@ -24,7 +24,7 @@ std::string wrong_with(const std::string& line)
     }
 }
 
-TEST(rules, are_sentences)
+TEST(fault_rules, accepted_forms)
 {
     for (const char* const line :
          {"any chance 0.25%: never", "SAP 77 0x4d001 11th: id 0x7003", "240: short 2 bytes, 5 times",
@@ -35,7 +35,7 @@ TEST(rules, are_sentences)
     EXPECT_EQ("answer \"-e\"", parse_rule("konfd: answer \"-e\", once").action_text);
 }
 
-TEST(rules, say_where_they_are_wrong_and_what_was_expected)
+TEST(fault_rules, errors_name_column_and_expectation)
 {
     const std::pair<const char*, const char*> table[] = {
         {"canmgrr: status 7", "1: \"canmgrr\"; expected a manager, SAP N, any or konfd; is it canmgr?"},
@@ -68,7 +68,7 @@ TEST(rules, say_where_they_are_wrong_and_what_was_expected)
     }
 }
 
-TEST(rules, of_a_file_are_read_whole)
+TEST(fault_rules, file_reports_every_error)
 {
     const processes::TemporaryDirectory place;
     const std::string file = (place.path() / "faults").string();
@@ -104,7 +104,7 @@ std::string acts(const std::string& rule, const std::vector<Subject>& messages, 
     return seen;
 }
 
-TEST(rules, act_on_what_they_concern)
+TEST(fault_rules, matching)
 {
     const Subject other{.sap = 7,
                         .client = 201,
@@ -138,7 +138,7 @@ TEST(rules, act_on_what_they_concern)
     }
 }
 
-TEST(rules, act_as_often_as_they_say)
+TEST(fault_rules, counts_and_chance)
 {
     const std::vector<Subject> ten(10, baudrate);
     const std::pair<const char*, const char*> table[] = {
@@ -162,7 +162,7 @@ TEST(rules, act_as_often_as_they_say)
     EXPECT_NEAR(100, static_cast<double>(std::ranges::count(drawn, 'x')), 40);
 }
 
-TEST(rules, act_one_at_a_time_and_count_apart)
+TEST(fault_rules, first_match_acts_each_counts)
 {
     RuleList plan(1);
     plan.add(parse_rule("any: status 7, twice"), {});

@@ -32,7 +32,7 @@ std::string chain_text(const vor_uchar* chain, vor_uint16 size)
 
 // --- Chains -----------------------------------------------------------------
 
-TEST_F(PlatformTest, chain_arrives_with_tags_kinds_and_values)
+TEST_F(Platform, chain_arrives_with_tags_kinds_and_values)
 {
     const Bound client(client_sap);
     const Bound manager(manager_sap);
@@ -78,7 +78,7 @@ TEST_F(PlatformTest, chain_arrives_with_tags_kinds_and_values)
     EXPECT_EQ("wxy", std::string(reinterpret_cast<const char*>(second.data), second.payload_size));
 }
 
-TEST_F(PlatformTest, refused_chain_is_never_sent)
+TEST_F(Platform, refused_chain_is_never_sent)
 {
     const Bound client(client_sap);
     const Bound manager(manager_sap);
@@ -137,7 +137,7 @@ TEST_F(PlatformTest, refused_chain_is_never_sent)
     EXPECT_EQ("zzzzzz", std::string(reinterpret_cast<char*>(end), 6));
 }
 
-TEST_F(PlatformTest, damaged_chains_are_noticed)
+TEST_F(Platform, damaged_chains_are_detected)
 {
     char text[] = "ab";
     vor_tlv_chain_init(&chain);
@@ -164,7 +164,7 @@ TEST_F(PlatformTest, damaged_chains_are_noticed)
 
 // --- Binding ----------------------------------------------------------------
 
-TEST_F(PlatformTest, sap_has_one_owner)
+TEST_F(Platform, sap_has_one_owner)
 {
     {
         const Bound first(manager_sap);
@@ -181,7 +181,7 @@ TEST_F(PlatformTest, sap_has_one_owner)
     EXPECT_EQ(4U, fs::file_size(socket_file(manager_sap)));
 }
 
-TEST_F(PlatformTest, dead_owner_is_replaced_by_exactly_one)
+TEST_F(Platform, dead_owner_is_replaced_by_exactly_one)
 {
     ASSERT_NE(nullptr, vorinfra_directory());
     for (int round = 0; round < 500; round++) {
@@ -209,7 +209,7 @@ TEST_F(PlatformTest, dead_owner_is_replaced_by_exactly_one)
     }
 }
 
-TEST_F(PlatformTest, unusable_directories_are_refused)
+TEST_F(Platform, unusable_directories_are_refused)
 {
     const auto refusal = [](const std::string& directory) {
         setenv("VORINFRA_DIR", directory.c_str(), 1);
@@ -255,7 +255,7 @@ TEST_F(PlatformTest, unusable_directories_are_refused)
     unsetenv("XDG_RUNTIME_DIR");
 }
 
-TEST_F(PlatformTest, senseless_settings_fail_the_binding)
+TEST_F(Platform, invalid_settings_fail_the_bind)
 {
     const std::pair<const char*, std::vector<const char*>> settings[] = {
         {"VORINFRA_TIMEOUT_MS", {"soon", "-1", "0", "600001", "99999999999999", "10ms", " 10", "0x"}},
@@ -275,7 +275,7 @@ TEST_F(PlatformTest, senseless_settings_fail_the_binding)
 
 // --- The exchange -----------------------------------------------------------
 
-TEST_F(PlatformTest, answer_is_read_by_offset)
+TEST_F(Platform, answer_is_read_by_offset)
 {
     const Bound client(client_sap);
     const Bound manager(manager_sap);
@@ -303,7 +303,7 @@ TEST_F(PlatformTest, answer_is_read_by_offset)
     exchange(std::string(4096, 'r'));
 }
 
-TEST_F(PlatformTest, only_the_answer_to_this_request_counts)
+TEST_F(Platform, only_the_matching_answer_counts)
 {
     const Bound manager(manager_sap);
     const Bound stranger(8);
@@ -349,7 +349,7 @@ TEST_F(PlatformTest, only_the_answer_to_this_request_counts)
 }
 
 // What a manager that keeps to nothing sends: as little as it likes, behind as much meta-data as it likes.
-TEST_F(PlatformTest, an_answer_is_what_was_sent_and_lies_on_a_boundary)
+TEST_F(Platform, answer_is_aligned_and_holds_only_what_was_sent)
 {
     ASSERT_NE(nullptr, vorinfra_directory());
     const Bound client(client_sap);
@@ -383,7 +383,7 @@ TEST_F(PlatformTest, an_answer_is_what_was_sent_and_lies_on_a_boundary)
     fs::remove(socket_file(manager_sap));
 }
 
-TEST_F(PlatformTest, a_process_stopped_while_binding_is_named)
+TEST_F(Platform, process_stopped_while_binding_is_named)
 {
     setenv("VORINFRA_TIMEOUT_MS", "40", 1);
     ASSERT_NE(nullptr, vorinfra_directory());
@@ -395,7 +395,7 @@ TEST_F(PlatformTest, a_process_stopped_while_binding_is_named)
     EXPECT_NE(nullptr, Bound(manager_sap));
 }
 
-TEST_F(PlatformTest, nothing_waits_for_ever)
+TEST_F(Platform, nothing_waits_forever)
 {
     setenv("VORINFRA_TIMEOUT_MS", "40", 1);
     const Bound client(client_sap);

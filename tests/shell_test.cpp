@@ -54,7 +54,7 @@ void expect_outcomes(std::initializer_list<Case> cases)
     }
 }
 
-TEST(words, are_complained_about_with_what_is_accepted)
+TEST(input, invalid_values)
 {
     expect_outcomes({
         {"gpio set-direction 1 0x8000 0", "f:1:22: direction: 0x8000 is out of range, -32768 to 32767 is accepted\n"},
@@ -83,7 +83,7 @@ TEST(words, are_complained_about_with_what_is_accepted)
               outcome_of("hostname set-plat-hostname " + long_name));
 }
 
-TEST(words, of_a_batch_are_complained_about_at_their_place)
+TEST(input, batch_errors_have_positions)
 {
     using namespace std::string_literals;
     EXPECT_EQ("f:2:6: gpio has no call \"set-valeu\"; is it set-value?\n"
@@ -113,7 +113,7 @@ TEST(words, of_a_batch_are_complained_about_at_their_place)
                          "hostname set-plat-hostname \"a\0b\"\n"s));
 }
 
-TEST(words, arrive_as_written)
+TEST(input, quoting_and_lists)
 {
     expect_outcomes({
         {"  hostname set-plat-hostname \"a b \\\\ \\\"c\\\" # d\" # e\r\n# f\n\n",
@@ -129,7 +129,7 @@ TEST(words, arrive_as_written)
     });
 }
 
-TEST(words, may_be_named)
+TEST(input, named_arguments)
 {
     for (const char* const line :
          {"gpio set-direction port_num=3 direction=1 option=0", "gpio set-direction 3 option=0 direction=\"1\""}) {
@@ -161,7 +161,7 @@ TEST(words, may_be_named)
     });
 }
 
-TEST(words, may_hold_variables)
+TEST(input, variables)
 {
     expect_outcomes({
         {"hostname set-plat-hostname tower-${site}-${site}",
@@ -177,13 +177,13 @@ TEST(words, may_hold_variables)
     });
 }
 
-TEST(words, that_no_terminal_should_see_are_spelt_out)
+TEST(input, control_characters_are_escaped)
 {
     EXPECT_EQ("datamgr (SAP 10) 0xa00a one-way | 3 str \"\\x1b[31mtür\\xc2\\x9b\\x9b\\xc0\\xaf\\xed\\xa0\\x80\"\n",
               outcome_of("\xef\xbb\xbfhostname set-plat-hostname \x1b[31mtür\xc2\x9b\x9b\xc0\xaf\xed\xa0\x80"));
 }
 
-TEST(options, stand_anywhere_before_the_dashes)
+TEST(options, anywhere_before_double_dash)
 {
     const char* const words[] = {"gpio", "--json", "set-value", "-1", "--sap=0x1010", "--", "--yes"};
     const Options options = options_of({const_cast<char* const*>(words), std::size(words)});
@@ -194,7 +194,7 @@ TEST(options, stand_anywhere_before_the_dashes)
     EXPECT_EQ("--yes", options.words[3].text);
 }
 
-TEST(konfd, queries_are_built_from_options)
+TEST(konfd_query, built_from_options)
 {
     struct QueryCase {
         const char* words;
@@ -227,7 +227,7 @@ TEST(konfd, queries_are_built_from_options)
     }
 }
 
-TEST(konfd, passwords_are_masked_wherever_a_command_has_them)
+TEST(konfd_query, passwords_are_masked)
 {
     EXPECT_EQ("-s -l \"password ********\" -r \"^password \" \"ssid password\"",
               without_secrets("-s -l \"password a b\" -r \"^password \" \"ssid password\"", {}));
@@ -260,7 +260,7 @@ Message konfd_command(const char* answer)
     return message;
 }
 
-TEST(verdict, tells_what_was_seen)
+TEST(verdict, outcome_and_exit_code)
 {
     const Row& setter = *row_named("gpio", "set-direction");
     const Row& unread = *row_named("serial", "set-parity");
@@ -331,7 +331,7 @@ void expect(const processes::Workplace& workplace, std::initializer_list<Line> l
     }
 }
 
-TEST(process, outcomes_have_their_exit_codes)
+TEST(vorcfg, exit_codes)
 {
     const processes::Workplace workplace;
     expect(workplace,
@@ -359,7 +359,7 @@ TEST(process, outcomes_have_their_exit_codes)
              "f:2:10: is made only with --yes\n", 2}});
 }
 
-TEST(process, files_without_end_are_refused)
+TEST(vorcfg, oversized_input_is_refused)
 {
     expect(processes::Workplace(),
            {{"vorcfg batch /dev/zero", "vorcfg: /dev/zero: line 1 has more than 65536 bytes\n", 2},
@@ -374,7 +374,7 @@ TEST(process, files_without_end_are_refused)
              0}});
 }
 
-TEST(options, take_whole_seconds_in_any_unit)
+TEST(options, timeout_units)
 {
     const auto seconds = [](const std::string& text) { return options_of(words_of("--timeout " + text), {}).timeout; };
     for (const char* const text : {"7200", "7200s", "0x1c20", "120m", "120min", "2h", "7200000ms"}) {
@@ -385,7 +385,7 @@ TEST(options, take_whole_seconds_in_any_unit)
     }
 }
 
-TEST(process, names_are_suggested)
+TEST(vorcfg, suggestions)
 {
     const processes::Workplace workplace;
     expect(workplace,
@@ -402,7 +402,7 @@ TEST(process, names_are_suggested)
             {"vorcfg search nothing-such", "vorcfg: nothing is known of \"nothing-such\"\n", 2}});
 }
 
-TEST(process, secrets_come_from_files_and_standard_input_only)
+TEST(vorcfg, secrets_from_files_and_standard_input)
 {
     const processes::Workplace workplace;
     processes::Gateway gateway(workplace, {"--strict"});
@@ -433,7 +433,7 @@ TEST(process, secrets_come_from_files_and_standard_input_only)
     EXPECT_EQ(0, gateway.stop(SIGTERM));
 }
 
-TEST(process, shells_run_side_by_side)
+TEST(vorcfg, parallel_calls)
 {
     const processes::Workplace workplace;
     processes::Gateway gateway(workplace, {});
@@ -445,7 +445,7 @@ TEST(process, shells_run_side_by_side)
     EXPECT_EQ(five, workplace.run(one).text);
 }
 
-TEST(process, an_endpoint_that_cannot_be_had_is_said_once)
+TEST(vorcfg, missing_endpoint_is_reported_once)
 {
     const processes::Workplace workplace;
     const processes::Output output = workplace.run("VORINFRA_DIR=relative vorcfg gpio set-value 1 1");

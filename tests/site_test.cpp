@@ -74,7 +74,7 @@ protected:
     Gateway gateway{workplace, {"--journal", "gateway.journal", "--lenient-konfd"}};
 };
 
-TEST_F(Site, killed_at_any_moment_ends_with_every_line_accepted_once)
+TEST_F(Site, killed_anytime_each_line_accepted_once)
 {
     constexpr unsigned lines = 120; // more than are made between the kills
     std::string file;
@@ -150,7 +150,7 @@ TEST_F(Site, killed_at_any_moment_ends_with_every_line_accepted_once)
     EXPECT_GT(unknown, 0U) << "no kill hit a call under way";
 }
 
-TEST_F(Site, a_change_sends_what_changed_and_what_follows)
+TEST_F(Site, change_sends_changed_and_dependent_lines)
 {
     EXPECT_EQ(0, workplace.run("vorcfg apply examples/site.conf").exit_code);
     const std::size_t before = told(workplace).size();
@@ -172,7 +172,7 @@ TEST_F(Site, a_change_sends_what_changed_and_what_follows)
     EXPECT_EQ(0, workplace.run("vorcfg plan examples/site.conf").exit_code);
 }
 
-TEST_F(Site, at_a_terminal_tells_how_far_it_is_and_asks_about_each_unknown_line)
+TEST_F(Site, terminal_shows_progress_and_asks_per_unknown_line)
 {
     std::string file;
     for (int i = 1; i <= 20; i++) {
@@ -199,7 +199,7 @@ TEST_F(Site, at_a_terminal_tells_how_far_it_is_and_asks_about_each_unknown_line)
     EXPECT_EQ(R"(vor_cfg_set_can_id port 2 {"port_num":2,"can_id":7,"option":1})", told(workplace, before).at(0));
 }
 
-TEST_F(Site, what_another_call_took_back_is_made_again)
+TEST_F(Site, opposite_call_makes_line_due)
 {
     constexpr std::pair<const char*, const char*> opposites[] = {
         {"adc set-config-polling 1 1 1 1000 1", "adc reset-config-mode 1 1 1 0"},
@@ -216,7 +216,7 @@ TEST_F(Site, what_another_call_took_back_is_made_again)
 }
 
 // The waiting process is seen by what it does to the journal.
-TEST_F(Site, a_confirmed_apply_is_taken_back_unless_it_is_confirmed)
+TEST_F(Site, unconfirmed_apply_is_reverted)
 {
     write(workplace, "f", "ip set-dhcp 1 1\ncan set-id 1 7 1\ncan set-baudrate 1 250000 1\n");
     EXPECT_EQ(0, workplace.run("vorcfg apply f").exit_code);
@@ -260,7 +260,7 @@ TEST_F(Site, a_confirmed_apply_is_taken_back_unless_it_is_confirmed)
     EXPECT_EQ(11, workplace.run("vorcfg plan f").exit_code);
 }
 
-TEST_F(Site, bytes_that_are_no_text_are_accepted_once_and_taken_back)
+TEST_F(Site, non_utf8_values_apply_and_revert)
 {
     write(workplace, "f",
           "gpio set-channel-name 3 d\xff"
@@ -279,7 +279,7 @@ TEST_F(Site, bytes_that_are_no_text_are_accepted_once_and_taken_back)
         << told(workplace).back();
 }
 
-TEST_F(Site, what_is_never_sent_in_an_older_journal_changes_nothing)
+TEST_F(Site, unsent_values_in_older_journal_are_ignored)
 {
     write(workplace, "f", "devicename set-device-name gateway-17 1\n");
     EXPECT_EQ(0, workplace.run("vorcfg apply f").exit_code);
@@ -292,7 +292,7 @@ TEST_F(Site, what_is_never_sent_in_an_older_journal_changes_nothing)
     EXPECT_EQ(11, workplace.run("vorcfg plan f").exit_code);
 }
 
-TEST_F(Site, a_journal_that_cannot_be_used_is_refused)
+TEST_F(Site, unusable_journal_is_refused)
 {
     write(workplace, "f", "can set-id 1 7 1\ncan set-id 2 7 1\n");
     EXPECT_EQ(0, workplace.run("vorcfg apply f --gateway tower-17").exit_code);
@@ -324,7 +324,7 @@ TEST_F(Site, a_journal_that_cannot_be_used_is_refused)
     EXPECT_EQ(messages, told(workplace).size());
 }
 
-TEST_F(Site, what_ends_it_from_outside_leaves_an_account)
+TEST_F(Site, interruption_and_full_disk_report_totals)
 {
     write(workplace, "f", "can set-id 1 7 1\ncan set-id 2 7 1\ncan set-id 3 7 1\n");
     const auto interrupted = [&](const std::string& command, int signal) {
@@ -371,7 +371,7 @@ TEST_F(Site, what_ends_it_from_outside_leaves_an_account)
     }
 }
 
-TEST_F(Site, no_secret_is_in_anything_that_is_written)
+TEST_F(Site, output_and_journal_hold_no_secret)
 {
     const std::vector<std::string> secrets{"gr33n-lit", "gr33n-file", "gr33n-var", "gr33n-konfd"};
     write(workplace, "17.key", "gr33n-file\n");

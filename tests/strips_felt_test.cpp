@@ -36,7 +36,7 @@ std::string returned_in(std::string_view strip, std::size_t column)
     return cell == "." ? "" : cell.substr(0, cell.find(':'));
 }
 
-TEST(strips, are_what_the_calls_do_under_faults)
+TEST(strips, returned_codes_under_vorsim_faults)
 {
     const processes::Workplace place;
     place.enter();

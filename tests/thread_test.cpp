@@ -71,7 +71,7 @@ int exchanges(vor_uint16 sap)
 constexpr int all = rounds * managers;
 
 // Each holds its own buffers while the others bind and unbind, which takes back theirs.
-TEST_F(PlatformTest, threads_with_endpoints_of_their_own_do_not_meet)
+TEST_F(Platform, threads_with_own_endpoints)
 {
     const std::array<Echo, managers> echoes{Echo(1), Echo(2), Echo(3)};
     std::array<int, 4> right{};
@@ -97,7 +97,7 @@ TEST_F(PlatformTest, threads_with_endpoints_of_their_own_do_not_meet)
     EXPECT_EQ((std::array{all, all, all, all}), right);
 }
 
-TEST_F(PlatformTest, a_buffer_outlives_the_endpoint_of_another_thread)
+TEST_F(Platform, buffer_survives_unbind_in_another_thread)
 {
     const Bound own(client_sap);
     VOR_IPC_HANDLE* newest = nullptr;
@@ -107,7 +107,7 @@ TEST_F(PlatformTest, a_buffer_outlives_the_endpoint_of_another_thread)
     EXPECT_NE(nullptr, message.payload());
 }
 
-TEST_F(PlatformTest, processes_with_endpoints_of_their_own_do_not_meet)
+TEST_F(Platform, processes_with_own_endpoints)
 {
     ASSERT_NE(nullptr, vorinfra_directory());
     int start[2];

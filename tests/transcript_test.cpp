@@ -63,7 +63,7 @@ std::vector<fs::path> documents()
 
 class Transcript : public testing::TestWithParam<fs::path> {};
 
-TEST_P(Transcript, is_what_happens)
+TEST_P(Transcript, matches_output)
 {
     const processes::Workplace workplace;
     processes::Gateway gateway(workplace, {"--strict"});

@@ -11,7 +11,7 @@ using processes::Gateway;
 
 class Vorsim : public GatewayTest {};
 
-TEST_F(Vorsim, is_ready_shows_its_state_and_leaves_nothing_behind)
+TEST_F(Vorsim, shows_state_and_cleans_up)
 {
     for (const int signal_number : {SIGTERM, SIGINT}) {
         Gateway gateway(place, {"--journal", "journal", "--state", "state"});
@@ -34,7 +34,7 @@ TEST_F(Vorsim, is_ready_shows_its_state_and_leaves_nothing_behind)
     EXPECT_FALSE(contains(held("journal"), "hunter2"));
 }
 
-TEST_F(Vorsim, fails_a_strict_run_that_had_complaints)
+TEST_F(Vorsim, strict_run_with_complaints_fails)
 {
     Gateway gateway(place, {"--strict", "--sap", "77"});
     EXPECT_EQ(2, ask(Bound(client_sap), 77, 0x4d001));
@@ -42,7 +42,7 @@ TEST_F(Vorsim, fails_a_strict_run_that_had_complaints)
     EXPECT_EQ(3, gateway.stop(SIGTERM));
 }
 
-TEST_F(Vorsim, says_what_it_cannot_do)
+TEST_F(Vorsim, usage_errors)
 {
     expect_said(
         place,
@@ -74,7 +74,7 @@ TEST_F(Vorsim, says_what_it_cannot_do)
     EXPECT_EQ(0, ask(Bound(client_sap))) << "the first is not disturbed";
 }
 
-TEST_F(Vorsim, takes_the_sockets_of_a_dead_one_over)
+TEST_F(Vorsim, sockets_of_a_dead_process_are_reused)
 {
     {
         Gateway gateway(place, {});
@@ -86,7 +86,7 @@ TEST_F(Vorsim, takes_the_sockets_of_a_dead_one_over)
     Stream(konfd_path).send("-d\n");
 }
 
-TEST_F(Vorsim, answers_twice_where_a_fault_says_so)
+TEST_F(Vorsim, doubled_answers_twice)
 {
     const Gateway gateway(place, {});
     place.run("vorsim fault add 'any: doubled'");
@@ -96,7 +96,7 @@ TEST_F(Vorsim, answers_twice_where_a_fault_says_so)
     EXPECT_EQ(1, poll(&again, 1, 10'000));
 }
 
-TEST_F(Vorsim, answers_a_pair_once_though_its_second_half_comes_late)
+TEST_F(Vorsim, late_second_half_gets_no_second_answer)
 {
     const Gateway gateway(place, {"--lenient-konfd"});
     const Stream client(konfd_path);
@@ -110,7 +110,7 @@ TEST_F(Vorsim, answers_a_pair_once_though_its_second_half_comes_late)
     EXPECT_EQ("", client.line());
 }
 
-TEST_F(Vorsim, outlives_its_clients)
+TEST_F(Vorsim, survives_its_clients)
 {
     Gateway gateway(place, {});
 

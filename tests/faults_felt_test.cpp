@@ -102,27 +102,6 @@ TEST(faults, refused_messages_change_nothing)
                                      .find("\"fault\":{\"number\":1,\"rule\":\"any: status 7, once\"}"));
 }
 
-// Byte for byte: lines, and with them verdicts, readings and whom chance hits.
-TEST(faults, same_seed_same_run)
-{
-    const auto run = [](const char* seed) {
-        const Workplace place;
-        std::ofstream(place.path() / "faults") << "any chance 30%: status 7\nany every 7th: id low\n";
-        Gateway gateway(place, {"--faults", "faults", "--seed", seed});
-        const std::string said = place.run("vorcfg --keep-going batch examples/site.conf").text;
-        std::string lines;
-        const auto messages = std::stoi(place.run("vorsim show").text.substr(std::string("vorsim: ").size()));
-        for (int message = 0; message < messages; ++message) {
-            lines += gateway.next_line() + "\n";
-        }
-        EXPECT_NE(std::string::npos, lines.find("(fault 1: status 7)")) << lines;
-        return said + lines;
-    };
-    const std::string first = run("7");
-    EXPECT_EQ(first, run("7"));
-    EXPECT_NE(first, run("8"));
-}
-
 TEST(faults, swapped_waits_for_the_next_answer)
 {
     const Workplace place;

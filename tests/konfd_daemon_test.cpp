@@ -197,21 +197,6 @@ private:
     void take(const std::optional<Exchange>& exchange) { answers += exchange ? exchange->reply.answer : ""; }
 };
 
-TEST_F(Client, one_answer_per_terminated_text)
-{
-    const std::string padded = set_ssid + '\0' + std::string(5, ' '); // as long as the library counts it
-    send(padded);
-    EXPECT_EQ("-o\n", heard());
-    wait(2s);
-    EXPECT_EQ("", heard()) << "the blanks are no command";
-    send(padded + "nonsense\r\n\n \n" + set_ssid.substr(0, 20));
-    EXPECT_EQ("-o\n-e\n", heard());
-    send(set_ssid.substr(20, 10));
-    send(set_ssid.substr(30) + "\n");
-    EXPECT_EQ("-o\n", heard());
-    EXPECT_FALSE(session.deadline());
-}
-
 TEST_F(Client, one_answer_for_an_unterminated_pair)
 {
     send(set_ssid + set_password);
@@ -243,19 +228,6 @@ TEST_F(Client, no_stale_answer)
     EXPECT_EQ("-o\n", heard());
 }
 
-TEST_F(Client, incomplete_command_is_waited_for)
-{
-    send("-d -s -l \"interface eth0\" -r \"interface ");
-    wait(500ms);
-    send("eth1$\"");
-    EXPECT_EQ("", heard());
-    wait(10ms);
-    EXPECT_EQ("-o\ninterface eth0\n", heard());
-    send("-s -l \"never ended");
-    wait(1s);
-    EXPECT_EQ("-e\n", heard());
-}
-
 TEST_F(Client, answer_fits_the_library_buffer)
 {
     for (int line = 0; line < 10; ++line) {
@@ -265,26 +237,6 @@ TEST_F(Client, answer_fits_the_library_buffer)
     wait(10ms);
     EXPECT_EQ(50U, answers.size());
     EXPECT_EQ("-o\n", heard().substr(0, 3));
-}
-
-TEST_F(Client, arbitrary_bytes)
-{
-    const std::string endless(1000, 'x');
-    for (int part = 0; part < 100; ++part) {
-        send(endless);
-    }
-    EXPECT_EQ("", heard());
-    send("\n");
-    EXPECT_EQ("-e\n", heard());
-    std::string binary;
-    for (int byte = 0; byte < 2048; ++byte) {
-        binary += static_cast<char>(byte * 7 % 256);
-    }
-    send(binary);
-    wait(1s);
-    EXPECT_EQ(std::string::npos, heard().find("-o"));
-    send(set_ssid + "\n");
-    EXPECT_EQ("-o\n", heard());
 }
 
 } // namespace

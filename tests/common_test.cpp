@@ -1,9 +1,8 @@
-// Endpoints, text converters, the delayed restart, and what all calls have in common.
+// Endpoints, the delayed restart, and what all calls have in common.
 #include <device_mgmt.h>
 
 #include "calls/calls.hpp"
 
-#include <cstring>
 #include <dlfcn.h>
 #include <signal.h>
 
@@ -31,12 +30,6 @@ std::string file_of(const void* address)
 {
     Dl_info info = {};
     return dladdr(address, &info) != 0 ? info.dli_fname : "nowhere";
-}
-
-// The text in memory of its own size, where the sanitizers notice a read behind its end.
-std::vector<char> exactly(const char* text)
-{
-    return {text, text + std::strlen(text) + 1};
 }
 
 } // namespace
@@ -133,74 +126,4 @@ TEST(endpoint, user_flag_is_kept)
     EXPECT_EQ(vor_cfg_get_user_flag(), 0);
     EXPECT_EQ(vor_cfg_set_user_flag(200), 0);
     EXPECT_EQ(vor_cfg_get_user_flag(), 200);
-}
-
-TEST(texts, mac_addresses)
-{
-    const struct {
-        const char* text;
-        vor_int32 result;
-        const char* bytes;
-    } rows[] = {
-        {"00:1A:8b:9C:ad:bE", 0, " 00 1a 8b 9c ad be"},
-        {"00-1a-8b-9c-ad-be", 0, " 00 1a 8b 9c ad be"},
-        {"af_AFxaf0AFzafaAF and more", 0, " af*6"},
-        {"09:90:af:fa:AF:FA", 0, " 09 90 af fa af fa"},
-        {"0G:1a:8b:9c:ad:be", -1500, " a5*6"},
-        {"H0:1a:8b:9c:ad:be", -1500, " a5*6"},
-        {"00:1a:8b:9c:ad:bh", -1500, " 00 1a 8b 9c ad a5"},
-        {"00:1a:/0:9c:ad:be", -1500, " 00 1a a5*4"},
-        {"00:1a::0:9c:ad:be", -1500, " 00 1a a5*4"},
-        {"00:1a:@0:9c:ad:be", -1500, " 00 1a a5*4"},
-        {"00:1a:8b:9c:ad:b", -1500, " 00 1a 8b 9c ad a5"},
-        {"00:1a:", -1500, " 00 1a a5*4"},
-        {"", -1500, " a5*6"},
-    };
-    for (const auto& row : rows) {
-        std::vector<char> text = exactly(row.text);
-        vor_uchar bytes[6];
-        std::memset(bytes, 0xa5, sizeof bytes);
-        EXPECT_EQ(vor_convert_mac_address_from_str_to_byte(text.data(), bytes), row.result) << row.text;
-        EXPECT_EQ(fake::bytes_text(bytes, 6), row.bytes) << row.text;
-    }
-    vor_char ended[] = "00:1a:8b\0009c:ad:be"; // the terminator is no separator
-    vor_uchar bytes[6];
-    EXPECT_EQ(vor_convert_mac_address_from_str_to_byte(ended, bytes), -1500);
-}
-
-TEST(texts, dotted_quads)
-{
-    const struct {
-        const char* text;
-        const char* address; // none: refused
-    } rows[] = {
-        {"192.168.1.1", "c0 a8 01 01"},
-        {"255.255.255.255", "ff*4"},
-        {"0.0.0.0", "00*4"},
-        {"1.2.3.4xyz", "01 02 03 04"},
-        {".1.2.3", "00 01 02 03"},
-        {"1..2.3", "01 00 02 03"},
-        {"1.2.3.x", "01 02 03 00"},
-        {"...7", "00 00 00 07"},
-        {"010.08.09.1", "0a 08 09 01"},
-        {"256.1.1.1", nullptr},
-        {"1.2.3.256", nullptr},
-        {"1.2.3", nullptr},
-        {"1.2.3,4", nullptr},
-        {"1.2 .3.4", nullptr},
-        {" 1.2.3.4", nullptr},
-        {"-1.2.3.4", nullptr},
-        {"0x1.2.3.4", nullptr},
-        {"", nullptr},
-        {"4294967297.1.1.1", nullptr},
-        {"1.1.1.99999999999999999999999999999999999999999", nullptr},
-    };
-    for (const auto& row : rows) {
-        std::vector<char> text = exactly(row.text);
-        vor_ip_address address = 0xa5a5a5a5;
-        const auto result = ip_aton(text.data(), &address);
-        const auto bytes = fake::bytes_text(reinterpret_cast<const vor_uchar*>(&address), 4);
-        EXPECT_EQ(result, row.address != nullptr ? 0 : -1) << row.text;
-        EXPECT_EQ(bytes, std::string(" ") + (row.address != nullptr ? row.address : "a5*4")) << row.text;
-    }
 }

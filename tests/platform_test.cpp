@@ -137,31 +137,6 @@ TEST_F(Platform, refused_chain_is_never_sent)
     EXPECT_EQ("zzzzzz", std::string(reinterpret_cast<char*>(end), 6));
 }
 
-TEST_F(Platform, damaged_chains_are_detected)
-{
-    char text[] = "ab";
-    vor_tlv_chain_init(&chain);
-    vor_tlv_chain_add_vor_int16(&chain, 1, 2);
-    vor_tlv_chain_add_str(&chain, 2, text);
-    vor_uchar whole[64];
-    vor_int32 size;
-    vor_tlv_chain_serialize(&chain, whole, &size);
-    const auto read = [](std::vector<vor_uchar> bytes) {
-        return chain_text(bytes.data(), static_cast<vor_uint16>(bytes.size()));
-    };
-    for (vor_int32 cut = 1; cut < size; cut++) {
-        const std::string expected = cut == 7 ? "1 i16 2" : cut < 7 ? " | garbage" : "1 i16 2 | garbage";
-        EXPECT_EQ(expected, read({whole, whole + cut})) << cut;
-    }
-    const std::pair<size_t, vor_uchar> damages[] = {{2, 0},   {2, 5},     {2, 2},    {4, 1},
-                                                    {4, 200}, {13, '\0'}, {14, 'c'}, {11, 0}};
-    for (const auto& [at, byte] : damages) {
-        std::vector<vor_uchar> bytes(whole, whole + size);
-        bytes[at] = byte;
-        EXPECT_TRUE(contains(read(bytes), "garbage")) << at;
-    }
-}
-
 // --- Binding ----------------------------------------------------------------
 
 TEST_F(Platform, sap_has_one_owner)
@@ -346,41 +321,6 @@ TEST_F(Platform, only_the_matching_answer_counts)
         });
         EXPECT_TRUE(contains(errors, "SAP 200 received 1 bytes that are no message"));
     }
-}
-
-// What a manager that keeps to nothing sends: as little as it likes, behind as much meta-data as it likes.
-TEST_F(Platform, answer_is_aligned_and_holds_only_what_was_sent)
-{
-    ASSERT_NE(nullptr, vorinfra_directory());
-    const Bound client(client_sap);
-    const int manager = raw_socket(socket_file(manager_sap), SOCK_DGRAM);
-    for (const vor_uint16 meta_data_size : std::initializer_list<vor_uint16>{0, 1, 7, 8}) {
-        for (const vor_uint16 payload_size : std::initializer_list<vor_uint16>{1, 2, 3, 4, 24}) {
-            auto answering = std::async(std::launch::async, [&] {
-                VOR_IPC_MSG_HDR header;
-                EXPECT_EQ(static_cast<ssize_t>(sizeof header), recv(manager, &header, sizeof header, 0));
-                header = {manager_sap,  client_sap,    1, static_cast<vor_uint16>(header.flag | 0x8000),
-                          payload_size, meta_data_size};
-                std::string bytes(reinterpret_cast<char*>(&header), sizeof header);
-                bytes.append(meta_data_size, 'm').append(payload_size, '\0');
-                send_raw(socket_file(client_sap), bytes);
-            });
-            Message request;
-            Message answer;
-            memset(answer.payload(), 0, 64); // what a buffer held before is no part of an answer
-            EXPECT_EQ(0, vor_ipc_request_response(client, manager_sap, 1, &request.ref, &answer.ref, 0, 0));
-            answering.get();
-            vor_uchar* const payload = answer.payload();
-            ASSERT_NE(nullptr, payload);
-            EXPECT_EQ(0U, reinterpret_cast<uintptr_t>(payload) % 8) << meta_data_size;
-            vor_int32 status;
-            std::memcpy(&status, payload, sizeof status);
-            EXPECT_EQ(payload_size >= sizeof status, status == 0) << payload_size << " bytes were sent";
-            EXPECT_EQ(nullptr, answer.payload(payload_size));
-        }
-    }
-    close(manager);
-    fs::remove(socket_file(manager_sap));
 }
 
 TEST_F(Platform, process_stopped_while_binding_is_named)

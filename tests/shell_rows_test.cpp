@@ -323,14 +323,12 @@ TEST(rows, errors_repeat_no_secret)
 
 class Page : public testing::TestWithParam<std::string> {};
 
-// What `vorcfg docs` prints now is what stands in docs/calls.
 TEST_P(Page, is_up_to_date)
 {
     const processes::Workplace workplace;
     processes::Gateway gateway(workplace, {"--strict"});
     const std::string page = processes::contents(source / "docs/calls" / (GetParam() + ".md"));
-    EXPECT_EQ(page, workplace.run("vorcfg --yes docs " + GetParam()).text)
-        << "print it anew: docs/testing.md tells how";
+    EXPECT_EQ(page, workplace.run("vorcfg-page " + GetParam()).text) << "run scripts/regenerate";
     EXPECT_EQ(0, gateway.stop(SIGTERM));
 }
 

@@ -1,8 +1,8 @@
 // Documents show what the tools print: every command is run again and the document compared with the result.
 //
 // In a fenced block marked `console`, "$ " begins a command and the lines below are all that it prints. A block marked
-// `gateway` holds the next lines of the vorsim that runs while its document is read. scripts/regenerate sets
-// VOR_REGENERATE: then the result replaces the document.
+// `gateway` holds the next lines of the vorsim that runs while its document is read, one marked `file NAME` a file for
+// the commands. scripts/regenerate sets VOR_REGENERATE: then the result replaces the document.
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
@@ -38,16 +38,19 @@ std::string run_again(const fs::path& document, const processes::Workplace& work
     std::string result;
     std::string block;
     for (std::string line; std::getline(file, line);) {
-        const bool shows_output = block == "console" || block == "gateway";
-        if (line.starts_with("```")) {
-            block = block.empty() ? line.substr(3) : "";
-            result += line + '\n';
-        } else if (block == "gateway") {
+        const bool fence = line.starts_with("```");
+        const bool command = block == "console" && line.starts_with("$ ");
+        if (block == "gateway" && !fence) {
             result += gateway.next_line() + '\n';
-        } else if (block == "console" && line.starts_with("$ ")) {
-            result += line + '\n' + workplace.run(line.substr(2)).text;
-        } else if (!shows_output) {
+        } else if (block != "console" || fence || command) {
             result += line + '\n';
+        }
+        if (fence) {
+            block = block.empty() ? line.substr(3) : "";
+        } else if (command) {
+            result += workplace.run(line.substr(2)).text;
+        } else if (block.starts_with("file ")) {
+            std::ofstream(workplace.path() / block.substr(5), std::ios::app) << line << '\n';
         }
     }
     return result;

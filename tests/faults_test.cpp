@@ -1,12 +1,10 @@
-// Fault rules: what they say, what is wrong with them, when they are due.
+// Fault rules: what they accept and when they act.
 #include <algorithm>
-#include <fstream>
 
 #include <gtest/gtest.h>
 
 #include "faults/parse.hpp"
 #include "faults/rule_list.hpp"
-#include "processes.hpp"
 
 namespace {
 
@@ -33,57 +31,6 @@ TEST(fault_rules, accepted_forms)
     }
     EXPECT_EQ("canmgr: id high, once", parse_rule("  canmgr: id high, once   # a comment").text);
     EXPECT_EQ("answer \"-e\"", parse_rule("konfd: answer \"-e\", once").action_text);
-}
-
-TEST(fault_rules, errors_name_column_and_expectation)
-{
-    const std::pair<const char*, const char*> table[] = {
-        {"canmgrr: status 7", "1: \"canmgrr\"; expected a manager, SAP N, any or konfd; is it canmgr?"},
-        {"SAP 65536: never", "5: \"65536\"; expected a number from 0 to 65535"},
-        {"canmgr",
-         "7: the rule ends here; expected a call, an id, \"OBJECT\", from SAP N, Nth, every Nth, chance N% or "
-         "a colon"},
-        {"canmgr vor_cfg_set_can_if: never",
-         "8: \"vor_cfg_set_can_if\"; expected a call that sends a message; is it vor_cfg_set_can_id?"},
-        {"canmgr from 7: never", "13: \"7\"; expected SAP and the client's number, once"},
-        {"canmgr 2nd every 3rd: never", "18: \"3rd\"; expected one of Nth, every Nth and chance N%, once"},
-        {"any chance 101%: never", "12: \"101%\"; expected a part of 100, such as 1%"},
-        {"any \"port 3: never", "5: the text that begins here is not closed"},
-        {"canmgr: answer \"-e\"",
-         "9: \"answer\"; expected one of status N, id low, id high, id N, no payload, short N, "
-         "late TIME, doubled, swapped, never, refuse, die TIME"},
-        {"konfd: status 7", "8: \"status\"; expected one of never, answer \"TEXT\", split, hang up"},
-        {"konfd from SAP 200: never", "7: \"from\"; expected \"TEXT\", Nth, every Nth, chance N% or a colon"},
-        {"canmgr: status seven", "16: \"seven\"; expected a status, such as 7"},
-        {"canmgr: id 1x", "12: \"1x\"; expected an id, such as 0x7003 (or low, high)"},
-        {"canmgr: late 4", "14: \"4\"; expected a time, such as 20ms, 4s or 2min"},
-        {"canmgr: never once", "15: \"once\"; expected a comma and how often, or the rule's end"},
-        {"canmgr: never, thrice", "16: \"thrice\"; expected once, twice, N times or for TIME"},
-        {"canmgr: never, 3", "17: the rule ends here; expected times"},
-        {"canmgr: never, once more", "21: \"more\"; expected the rule's end"},
-        {"konfd: answer -e", "15: \"-e\"; expected the text between double quotes"},
-    };
-    for (const auto& [line, complaint] : table) {
-        EXPECT_EQ(complaint, wrong_with(line)) << line;
-    }
-}
-
-TEST(fault_rules, file_reports_every_error)
-{
-    const processes::TemporaryDirectory place;
-    const std::string file = (place.path() / "faults").string();
-    std::ofstream(file) << "# two good ones\n\ncanmgr: status 7\n  konfd: never # and that\n";
-    EXPECT_EQ(2U, read_rules(file).size());
-    std::ofstream(file, std::ios::app) << "canmgr: stat 7\nnobody: never\n";
-    try {
-        read_rules(file);
-        ADD_FAILURE() << "two of the rules are wrong";
-    } catch (const BadFile& error) {
-        const std::string text = error.what();
-        EXPECT_EQ(0U, text.find(file + ":5:9: \"stat\"; expected one of")) << text;
-        EXPECT_NE(std::string::npos, text.find("\n" + file + ":6:1: \"nobody\"; expected a manager")) << text;
-    }
-    EXPECT_THROW(read_rules(file + ".not"), BadFile);
 }
 
 const Subject baudrate{

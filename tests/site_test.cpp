@@ -279,51 +279,6 @@ TEST_F(Site, non_utf8_values_apply_and_revert)
         << told(workplace).back();
 }
 
-TEST_F(Site, unsent_values_in_older_journal_are_ignored)
-{
-    write(workplace, "f", "devicename set-device-name gateway-17 1\n");
-    EXPECT_EQ(0, workplace.run("vorcfg apply f").exit_code);
-    workplace.run("sed -i 's/\"device_name\":\"gateway-17\"/&,\"option\":2/' f.journal");
-    EXPECT_EQ(0, workplace.run("vorcfg plan f").exit_code);
-    EXPECT_EQ(std::string::npos, workplace.run("vorcfg report f.journal").text.find("option"));
-
-    // but what another version may have sent does
-    workplace.run("sed -i 's/\"device_name\":\"gateway-17\"/&,\"unheard_of\":2/' f.journal");
-    EXPECT_EQ(11, workplace.run("vorcfg plan f").exit_code);
-}
-
-TEST_F(Site, unusable_journal_is_refused)
-{
-    write(workplace, "f", "can set-id 1 7 1\ncan set-id 2 7 1\n");
-    EXPECT_EQ(0, workplace.run("vorcfg apply f --gateway tower-17").exit_code);
-    const std::size_t messages = told(workplace).size();
-    const auto apply = [&](const std::string& before, const std::string& options = "") {
-        return workplace.run("cp f.journal j; " + before + "\nvorcfg apply f --journal j " + options).text;
-    };
-    EXPECT_EQ("vorcfg: j: is of gateway \"tower-17\", not of \"tower-18\"\n", apply("", "--gateway tower-18"));
-    EXPECT_EQ(12, workplace.run("vorcfg plan f --gateway tower-18").exit_code);
-    EXPECT_EQ("vorcfg: j: line 1: a journal of version 2, and this vorcfg knows 1\n", apply("sed -i '1s/1/2/' j"));
-    EXPECT_EQ("vorcfg: j: line 3 is broken\n", apply("sed -i '3s/end/x\"/' j"));
-    EXPECT_EQ("vorcfg: j: line 4: call 2 has not begun\n", apply("sed -i '4s/.*//;4d' j"));
-    EXPECT_EQ("vorcfg: j: another vorcfg is at work with this journal\n", apply("exec 9<j; flock 9"));
-    EXPECT_EQ("vorcfg: j: line 1: is no journal\n", apply("cp f j; echo {} > j; cat f.journal >> j"));
-    EXPECT_EQ("vorcfg: j: line 2: option is null, which is no value\n",
-              apply("sed -i '2s/\"option\":1/\"option\":null/' j"));
-    EXPECT_EQ(messages, told(workplace).size());
-
-    // torn where the last verdict was being written
-    EXPECT_EQ("vorcfg: j: line 5 is torn and has been taken away\n"
-              "vorcfg: j is of gateway \"tower-17\"; --gateway says which one this is\n"
-              "f:2: can set-id 2: unknown: begun 2027-01-15 08:00 UTC, no verdict\n"
-              "vorcfg: f: 1 line without a verdict; --retry-unknown makes them again, --skip-unknown leaves them out; "
-              "nothing was sent\n",
-              apply("sed -i 's/\"at\":\"[^\"]*\"/\"at\":\"2027-01-15T08:00:00Z\"/' j; truncate -s -9 j"));
-    EXPECT_EQ(messages, told(workplace).size());
-    EXPECT_EQ("f: 0 accepted, 0 sent, 0 unread, 0 unknown, 0 refused, 0 not made; 1 done before; 1 left unknown\n",
-              workplace.run("vorcfg apply f --journal j --gateway tower-17 --skip-unknown | tail -n 1").text);
-    EXPECT_EQ(messages, told(workplace).size());
-}
-
 TEST_F(Site, interruption_and_full_disk_report_totals)
 {
     write(workplace, "f", "can set-id 1 7 1\ncan set-id 2 7 1\ncan set-id 3 7 1\n");

@@ -42,38 +42,6 @@ TEST_F(Vorsim, strict_run_with_complaints_fails)
     EXPECT_EQ(3, gateway.stop(SIGTERM));
 }
 
-TEST_F(Vorsim, usage_errors)
-{
-    expect_said(
-        place,
-        {{"vorsim --frob", 2, "unknown option \"--frob\""},
-         {"vorsim --sap 65536", 2, "--sap is \"65536\": must be a number from 0 to 65535"},
-         {"vorsim --seed", 2, "--seed needs a value"},
-         {"vorsim show --strict", 2, "show takes --json and one MANAGER[/OBJECT]"},
-         {"VORINFRA_DIR=relative vorsim", 2, "must be an absolute path"},
-         {"VORINFRA_ROOT=relative vorsim", 2, "must be an absolute path"},
-         {"vorsim show", 1, "no vorsim runs in"},
-         {"vorsim --journal /nowhere/journal", 2, "cannot write the journal /nowhere/journal"},
-         {"vorsim --state /nowhere/state", 2, "cannot write the state /nowhere/state"},
-         {"vorsim --help", 0, "exit codes:"},
-         {"vorsim fault add canmgr: stat 7", 2, "vorsim: fault add: column 9 of the rule: \"stat\"; expected one of"},
-         {"vorsim fault remove 1", 2, "vorsim: expected fault add RULE, fault list or fault clear [N]"},
-         {"vorsim fault clear one", 2, "vorsim: expected fault add RULE"},
-         {"vorsim stop", 2, "vorsim: stop takes a manager's name or its SAP, not \"\""},
-         {"vorsim set temperature 40000", 2, "vorsim: set: temperature is \"40000\": a number from -32768 to 32767"},
-         {"vorsim set temperatur 400", 2, "vorsim: set: no reading \"temperatur\"; is it temperature?"},
-         {"vorsim set counting 0", 2, "vorsim: set: counting is \"0\": how many times as fast is expected"},
-         {"vorsim --delay canmgr=9", 2, "--delay is \"canmgr=9\": expected such as ethmgr=20ms..80ms"},
-         {"vorsim --delay canmgr=9ms..8ms", 2, "expected such as"},
-         {"vorsim --without nobody", 2, "--without takes a manager's name or its SAP, not \"nobody\""},
-         {"echo canmgr: stat 7 > f; vorsim --faults f", 2, "f:1:9: \"stat\"; expected one of"},
-         {"vorsim --faults nowhere", 2, "nowhere: cannot be read: No such file or directory"}});
-    const Gateway gateway(place, {});
-    expect_said(place, {{"vorsim fault clear 9", 1, "vorsim: not done: there is no fault 9\n"},
-                        {"vorsim", 2, "another vorsim runs in"}});
-    EXPECT_EQ(0, ask(Bound(client_sap))) << "the first is not disturbed";
-}
-
 TEST_F(Vorsim, sockets_of_a_dead_process_are_reused)
 {
     {

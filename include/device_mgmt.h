@@ -7,29 +7,29 @@
  * has answered or the platform has failed; it checks no argument unless its
  * header says so.
  *
- * "Passed to the manager as it is" means that the library neither checks nor
- * interprets the value: its codes, its unit and its numbering are the
- * manager's, and this contract lends them no meaning.
+ * "Passed to the manager unchanged" means that the library neither checks nor
+ * interprets the value: the manager defines its codes, its unit and its
+ * numbering.
  *
- * Codes have names: vor_code, in device_mgmt/types.h. VOR_CODE_REFUSED stands
- * for two things, and not every call sets vor_errno to 0 first. To tell them
- * apart, set vor_errno to 0 before the call: if it is something else
- * afterwards, that is the manager's status. Or ask
- * vor_cfg_get_ipc_endpoint: null means that nothing was sent.
+ * Codes have names: vor_code, in device_mgmt/types.h. VOR_CODE_REFUSED
+ * means two things, and not every call sets vor_errno to 0 first. To tell them
+ * apart, set vor_errno to 0 before the call: if it is not 0 afterwards, it is
+ * the manager's status. Or call vor_cfg_get_ipc_endpoint: null means that
+ * nothing was sent.
  *
- * How long a call may block is the platform's to say: the library sets no
- * limit and cannot be interrupted. One-way calls do not wait for a manager.
+ * The platform decides how long a call may block: the library sets no limit
+ * and cannot be interrupted. One-way calls do not wait for a manager.
  *
- * One thread at a time: the endpoint, the konfd socket and vor_errno are the
- * process's, without locks. Any thread may be the one.
+ * One thread at a time, whichever it is: the endpoint, the konfd socket and
+ * vor_errno belong to the process and have no locks.
  *
- * Texts end with a zero byte; the library neither keeps nor changes them
- * (that they are not const is the contract's age). A null text is not looked
- * for (but device_mgmt/konfd.h refuses it): one that is an address or a number is sent as 0, one that is compared
- * or copied (device_mgmt/debug.h) ends the program, and any other goes to the
- * platform as it is, whose answer to it is the platform's.
+ * Texts end with a zero byte; the library neither keeps nor changes them (they
+ * are not const because the interface is old). A null text is checked for only
+ * in device_mgmt/konfd.h. Elsewhere, one that is an address or a number is sent
+ * as 0, one that is compared or copied (device_mgmt/debug.h) ends the program,
+ * and any other is passed to the platform, which decides.
  *
- * From C++ there is device_mgmt.hpp.
+ * For C++ there is device_mgmt.hpp.
  */
 #ifndef DEVICE_MGMT_H
 #define DEVICE_MGMT_H

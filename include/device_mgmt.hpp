@@ -6,9 +6,9 @@
  *     const auto result = device_mgmt::call<vor_cfg_set_ip_address>(0, "192.168.1.10", mask, 1);
  *
  * Texts are literals, std::string or std::string_view. An argument of another
- * kind, or a number too wide for its parameter, does not compile; one that does
- * not fit, a null pointer too, is told with the call unmade. The library's rule
- * stands: one thread at a time.
+ * kind, or a number too wide for its parameter, does not compile. One that does
+ * not fit, or a null pointer, is reported and the call is not made. As in the
+ * library, one thread at a time.
  */
 #ifndef DEVICE_MGMT_HPP
 #define DEVICE_MGMT_HPP
@@ -26,9 +26,9 @@
 namespace device_mgmt {
 
 enum class Outcome {
-    accepted,    ///< by the manager, or done by a call that asks none
+    accepted,    ///< by the manager, or done by a call that asks no manager
     sent,        ///< one-way: handed over, no verdict ever comes
-    refused,     ///< by the manager; its status beside it where the call keeps one
+    refused,     ///< by the manager; with its status where the call keeps one
     not_sent,    ///< no endpoint, or an argument that the library or this header does not take
     undelivered, ///< the platform refused the exchange or the send
     unreadable   ///< nothing is known: no answer that can be read, or no message buffer
@@ -67,12 +67,12 @@ inline constexpr bool one_way =
               vor_cfg_rest_set_app, vor_cfg_set_rest_config, vor_cfg_set_protocol_svc, vor_cfg_tp_set_app,
               set_wifi_monitor_channel_name>;
 
-/// Calls that go without the endpoint: their -1 is their own.
+/// Calls that need no endpoint: their -1 means something else.
 template <auto* Function>
 inline constexpr bool by_konfd = is_one_of<Function, vor_konfd_bi_dir_comm, vor_cfg_set_wifi_ssid_password,
                                            vor_cfg_set_interface_ip, vor_cfg_create_sock_endpoint>;
 
-/// The place of the number that counts the texts behind, from 0; a call without such texts has 0.
+/// The index of the number that counts the texts after it; 0 for a call without such texts.
 template <auto* Function>
 inline constexpr std::size_t count_at =
     is_one_of<Function, vor_cfg_set_dhcp_server_dns>                                     ? 1
@@ -106,7 +106,7 @@ Outcome outcome_of(vor_int32 code)
     }
 }
 
-/// What a parameter takes. An int is let through for literals, and looked at when the program runs.
+/// What a parameter takes. An int is allowed for literals, and checked at run time.
 template <class Given, class Parameter>
 concept Taken = !std::same_as<Given, std::nullptr_t> &&
                 (std::integral<Parameter>
@@ -114,12 +114,12 @@ concept Taken = !std::same_as<Given, std::nullptr_t> &&
                  : std::same_as<Parameter, vor_char*> ? std::convertible_to<Given, std::string_view>
                                                       : std::convertible_to<Given, Parameter>);
 
-/// What one parameter is given.
+/// The argument of one parameter.
 template <class Parameter>
 struct Argument {
     Parameter value{};
     bool fits = true;
-    std::string text; // the value's copy, with its end
+    std::string text; // a copy of the value, with its zero byte
 
     Argument(Argument&&) = delete;
     template <Taken<Parameter> Given>
@@ -167,12 +167,12 @@ struct Call {
             result.misfit = fitting + 1;
             return result;
         }
-        vor_errno = 0; // a status found there afterwards is this call's
+        vor_errno = 0; // a status found there afterwards is from this call
         const auto returned = Function(arguments.value...);
         if constexpr (!record) {
             result.code = returned;
         } else if (returned != nullptr) {
-            result.value = *returned; // at once: its buffer is given back already
+            result.value = *returned; // at once: its buffer is already released
         } else {
             result.code = VOR_CODE_REFUSED;
         }
@@ -189,14 +189,14 @@ Call<Function, Returned, Parameters...> call_of(Returned (*)(Parameters..., ...)
 
 } // namespace detail
 
-/// Makes a call and tells how it ended. vor_errno begins at 0.
+/// Makes a call and returns how it ended. Sets vor_errno to 0 first.
 template <auto* Function>
 auto call(const auto&... arguments) -> decltype(decltype(detail::call_of<Function>(Function))::make(arguments...))
 {
     return decltype(detail::call_of<Function>(Function))::make(arguments...);
 }
 
-/// This process's endpoint, while it lives; false where it has one already, or none can be had.
+/// This process's endpoint, while it lives; false where the process already has one, or binding failed.
 class Endpoint {
 public:
     explicit Endpoint(const std::integral auto& sap)
@@ -216,7 +216,7 @@ private:
     bool bound_;
 };
 
-/// A query to konfd. It gives back everything it holds.
+/// A query to konfd. Releases everything it holds.
 class Query {
 public:
     explicit Query(const std::integral auto& operation) : query_(vor_cfg_proto_init())
@@ -227,13 +227,13 @@ public:
     ~Query()
     {
         VOR_CFG_PROTO_PATH* element = query_ != nullptr ? query_->path_head.stqh_first : nullptr;
-        vor_cfg_proto_cleanup(query_); // frees the elements' texts and leaves them
+        vor_cfg_proto_cleanup(query_); // frees the elements' texts, not the elements
         while (element != nullptr) {
             vor_free(std::exchange(element, element->elm_link.stqe_next));
         }
     }
 
-    /// One of the setters, with what it takes behind the query: add<vor_cfg_proto_set_line_string>("key", "value").
+    /// One of the setters, with its arguments after the query: add<vor_cfg_proto_set_line_string>("key", "value").
     template <auto* Setter>
     Query& add(const auto&... arguments)
     {
@@ -241,7 +241,7 @@ public:
         return *this;
     }
 
-    /// The command's text; none when the query is not whole.
+    /// The command's text; none when the query is incomplete.
     std::optional<std::string> command() const
     {
         vor_int32 length = 0;

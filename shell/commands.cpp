@@ -20,34 +20,43 @@ namespace vorcfg {
 
 namespace {
 
+int print_paged(std::string_view text)
+{
+    page(text);
+    return exit_ok;
+}
+
 int print(std::string_view text)
 {
     std::fwrite(text.data(), 1, text.size(), stdout);
     return exit_ok;
 }
 
-// --- The words behind a command ---------------------------------------------------
+// --- The operand of a command -----------------------------------------------------
 
-[[noreturn]] void complain_usage(const Options& options)
+[[noreturn]] void fail_usage(const Options& options, std::string text)
 {
     const Command& command = *command_named(options.words[0].text);
-    throw InputError{fmt::format("wanted: vorcfg {}", command.wanted.empty() ? command.usage : command.wanted)};
+    const std::string_view more = command.options;
+    throw InputError{.text = std::move(text),
+                     .excerpt = fmt::format("usage: {}{}{}\n", command.usage, more.empty() ? "" : " ", more)};
 }
 
-// Of a command with at most one word behind it; null where there is none.
-const std::string* word_behind(const Options& options)
+// Null where there is none.
+const std::string* operand(const Options& options)
 {
     if (options.words.size() > 2) {
-        complain_usage(options);
+        fail_usage(options, fmt::format("unexpected argument {}", vor::quoted(options.words[2].text)));
     }
     return options.words.size() == 2 ? &options.words[1].text : nullptr;
 }
 
-const std::string& wanted_word(const Options& options)
+const std::string& required_operand(const Options& options)
 {
-    const std::string* const word = word_behind(options);
+    const std::string* const word = operand(options);
     if (word == nullptr) {
-        complain_usage(options);
+        const Command& command = *command_named(options.words[0].text);
+        fail_usage(options, fmt::format("{} needs {}", command.name, command.usage.substr(command.name.size() + 1)));
     }
     return *word;
 }
@@ -55,37 +64,49 @@ const std::string& wanted_word(const Options& options)
 template <int (*Run)(const std::string& file, const Options& options)>
 int over_file(const Options& options)
 {
-    return Run(wanted_word(options), options);
+    return Run(required_operand(options), options);
 }
 
 // --- Calls --------------------------------------------------------------------------
 
-void rest(unsigned milliseconds)
+void pause_for(unsigned milliseconds)
 {
     const auto before = std::signal(SIGINT, SIG_DFL); // the prompt ignores it
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
     std::signal(SIGINT, before);
 }
 
+PreparedCall prepared(const Options& options, Secrets& secrets)
+try {
+    PreparedCall planned = plan(options.words, secrets);
+    check_confirmed(planned, options);
+    rehearse(planned);
+    return planned;
+} catch (InputError& error) {
+    point_out(error, options.words);
+    throw;
+}
+
 int run_call(const Options& options)
 {
     if (options.words.size() < 2) {
-        vor::print(stderr, help(wanted_family(options.words[0].text)));
+        vor::print(stderr, help(require_family(options.words[0].text, Expected::command_or_family)));
         return exit_usage;
     }
     Secrets secrets({.literals = options.in_session,
                      .standard_input = !options.in_session,
                      .left_out = options.password.value_or(Word{{"?"}})});
-    PreparedCall planned = plan(options.words, secrets);
-    check_confirmed(planned, options);
-    rehearse(planned);
+    PreparedCall planned = prepared(options, secrets);
     if (planned.row->has(cuts_link) && !agreed_to({named(planned)}, "Make it?", options)) {
         return exit_usage;
     }
     Session session({options.dry_run, options.trace}, options.sap);
     const CallResult report = session.make(planned);
     vor::print(stdout, options.json ? json_of(planned, report) : text_of(planned, report, screen_of(options)));
-    wait_for(*planned.row, report, rest);
+    if (!options.json && !report.verdict.hint.empty()) {
+        vor::print_line(stderr, fmt::format("hint: {}", report.verdict.hint));
+    }
+    wait_for(*planned.row, report, pause_for);
     return exit_of(report.verdict.outcome);
 }
 
@@ -129,104 +150,97 @@ int run_check(const std::string& path, const Options& options)
         return exit_usage;
     }
     vor::print(stdout, options.json ? checked_json(batch.name(), calls)
-                                    : fmt::format("{}: {}, nothing to complain about\n", vor::printable(batch.name()),
+                                    : fmt::format("{}: {}, no errors\n", vor::printable(batch.name()),
                                                   vor::counted(calls, "call")));
     return exit_ok;
 }
 
-// --- What is known of calls ---------------------------------------------------------
+// --- Looking up ---------------------------------------------------------------------
 
-int print_help(std::span<const Word> words)
+int print_help(std::span<const Word> words, bool brief)
 {
     if (words.empty()) {
-        return print(help());
+        return brief ? print(brief_help()) : print_paged(help());
     }
     if (const Command* const command = command_named(words[0].text)) {
         return print(help(*command));
     }
-    return print(words.size() == 1 ? help(wanted_family(words[0].text))
-                                   : help(wanted_row(words[0].text, words[1].text)));
+    if (words.size() == 1) {
+        const Family& family = require_family(words[0].text, Expected::command_or_family);
+        return brief ? print(brief_help(family)) : print_paged(help(family));
+    }
+    const Row& row = require_row(words[0].text, words[1].text, Expected::command_or_family);
+    return brief ? print(brief_help(row)) : print_paged(help(row));
 }
 
 int run_help(const Options& options)
 {
-    return print_help(std::span(options.words).subspan(1));
+    return print_help(std::span(options.words).subspan(1), false);
 }
 
 int run_list(const Options& options)
 {
-    const std::string* const family = word_behind(options);
-    return print(list(family != nullptr ? &wanted_family(*family) : nullptr, options.json));
+    const std::string* const family = operand(options);
+    return print(list(family != nullptr ? &require_family(*family) : nullptr, options.json));
 }
 
 int run_search(const Options& options)
 {
-    const std::string& word = wanted_word(options);
+    const std::string& word = required_operand(options);
     const std::string found = search(word, options.json);
     if (found.empty()) {
-        throw InputError{fmt::format("nothing is known of \"{}\"", word)};
+        throw InputError{fmt::format("no call matches {}", vor::quoted(word))};
     }
     return print(found);
 }
 
-int run_docs(const Options& options)
-{
-    if (!options.yes) {
-        throw InputError{"docs makes the family's examples on the gateway that it finds; --yes says that it may"};
-    }
-    return print(page(wanted_word(options)));
-}
-
 int run_manual(const Options& options)
 {
-    const std::string* const page = word_behind(options);
+    const std::string* const page = operand(options);
     return print(page != nullptr ? manual(*page) : vor::joined(manual_pages(), "\n") + "\n");
 }
 
 int run_completion(const Options& options)
 {
-    return print(completion_script(wanted_word(options)));
+    return print(completion_script(required_operand(options)));
 }
 
 // --- The table ----------------------------------------------------------------------
 
+using enum CommandGroup;
+
 constexpr Command table[] = {
-    {"", "FAMILY CALL ARGUMENT...", "make a call", "", run_call},
-    {"", "", "take lines from standard input, at a terminal with a prompt", "", run_prompt},
-    {"batch", "batch FILE", "make every call of a file; - is standard input",
-     "One call a line, as on the command line behind `vorcfg`. # begins a comment; a text with blanks\n"
-     "stands between double quotes, with \\\" and \\\\ for the two characters. The file is checked whole, and\n"
-     "each call tried on a platform that sends nothing, before the first message. The first failure ends\n"
-     "it, unless --keep-going is given; it ends with the code of the worst.\n",
+    {calls, "", "FAMILY CALL ARGUMENT...", "make a call", "", run_call},
+    {calls, "", "", "read lines from standard input; prompt at a terminal", "", run_prompt},
+    {calls, "batch", "batch FILE", "make every call in FILE; - is standard input",
+     "Each line is a call, written as after vorcfg. A # begins a comment; text with spaces is put in double quotes, in "
+     "which \\\" and \\\\ are a double quote and a backslash. Before the first message, the whole file is checked and "
+     "each call is tried on a platform that sends nothing. The batch ends at the first failure, unless --keep-going is "
+     "given; the exit code is that of the worst failure.",
      over_file<run_batch>},
-    {"check", "check FILE", "complain about a file, without a gateway", "", over_file<run_check>},
-    {"plan", "plan FILE", "show what of a file the gateway has not accepted yet",
-     "Compares the file with the journal of what was accepted; sends nothing. Ends with 11 where there is\n"
-     "something to make. Nearly nothing can be read back from a gateway: what it holds is not known.\n",
-     over_file<run_plan>, "plan FILE [--journal JOURNAL]"},
-    {"apply", "apply FILE", "make what the gateway has not accepted yet",
-     "In the file's order. Each call is in the journal before it is sent and its verdict after, so that\n"
-     "applying again goes on where the last time ended. With --confirm, all of it is taken back unless it\n"
-     "is confirmed in time.\n",
-     over_file<run_apply>, "apply FILE [--journal JOURNAL]"},
-    {"confirm", "confirm JOURNAL", "keep what a confirmed apply has changed", "", over_file<run_confirm>},
-    {"revert", "revert JOURNAL", "take back at once what a confirmed apply has changed", "", over_file<run_revert>},
-    {"report", "report JOURNAL", "print the hand-over sheet: what was accepted, by family and object", "",
-     over_file<run_report>},
-    {"list", "list [FAMILY]", "show every call",
-     "With --json, all that is known of each: ranges, lengths, words, marks.\n", run_list},
-    {"search", "search WORD", "show the calls that a word leads to",
-     "Looks at the calls' names, their arguments and what the contract says of them.\n", run_search},
-    {"help", "help [FAMILY [CALL]]", "show a family's calls, a call's arguments; also --help behind them", "",
-     run_help},
-    {"docs", "docs FAMILY --yes", "print a family's reference page",
-     "Makes every example of the family on the running gateway, which holds them afterwards: a simulated one's work.\n"
-     "Nothing is printed unless each succeeds.\n",
-     run_docs, "docs FAMILY"},
-    {"manual", "manual [PAGE]", "print a manual page, or name them all",
-     "To read it: vorcfg manual vorcfg-gpio.1 | man -l -\n", run_manual},
-    {"completion", "completion SHELL", "print the completion for bash or zsh",
-     "For the session: source <(vorcfg completion bash)\n", run_completion},
+    {site, "check", "check FILE", "validate a file; needs no gateway", "", over_file<run_check>},
+    {site, "plan", "plan FILE", "list the calls in FILE that the gateway has not accepted yet",
+     "Compares the file with the journal of accepted calls and sends nothing. The exit code is 11 if there are calls "
+     "to "
+     "make. Almost nothing can be read back from a gateway, so its actual settings are not compared.",
+     over_file<run_plan>, "[--journal JOURNAL]"},
+    {site, "apply", "apply FILE", "make the calls that the gateway has not accepted yet",
+     "Makes them in the order of the file. The journal gets each call before it is sent and its verdict afterwards, so "
+     "that applying again continues where the last apply ended. With --confirm, all changes are reverted unless they "
+     "are confirmed in time.",
+     over_file<run_apply>, "[--journal JOURNAL]"},
+    {site, "confirm", "confirm JOURNAL", "keep the changes of apply --confirm", "", over_file<run_confirm>},
+    {site, "revert", "revert JOURNAL", "revert the changes of apply --confirm now", "", over_file<run_revert>},
+    {site, "report", "report JOURNAL", "print the accepted settings, for the hand-over", "", over_file<run_report>},
+    {look_up, "list", "list [FAMILY]", "list all calls",
+     "With --json, lists all that is known of each call: ranges, lengths, words and marks.", run_list},
+    {look_up, "search", "search WORD", "list the calls that mention WORD",
+     "Searches the names of calls and arguments and their descriptions.", run_search},
+    {look_up, "help", "help [FAMILY [CALL]]", "describe a family, a call or a command", "", run_help},
+    {look_up, "manual", "manual [PAGE]", "print a manual page, or list them",
+     "To read one: vorcfg manual vorcfg-gpio.1 | man -l -", run_manual},
+    {look_up, "completion", "completion SHELL", "print the completion script for bash or zsh",
+     "To use it now: source <(vorcfg completion bash)", run_completion},
 };
 
 const Command& command_for(std::span<const Word> words)
@@ -259,7 +273,7 @@ int run(const Options& options)
         return print("vorcfg " VORCFG_VERSION "\n");
     }
     if (options.help) {
-        return print_help(options.words);
+        return print_help(options.words, options.brief);
     }
     const Command& command = command_for(options.words);
     if (!options.words.empty()) {

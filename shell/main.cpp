@@ -23,13 +23,13 @@ int finished(int code)
 
 int main(int argc, char** argv)
 {
-    prctl(PR_SET_DUMPABLE, 0); // no core, and no other process, gets to see a secret
+    prctl(PR_SET_DUMPABLE, 0); // keeps secrets from core files and other processes
     bool json = false;
     try {
         const Options options = options_of({argv + 1, argv + argc});
         json = options.json;
         return finished(run(options));
-    } catch (const InputError& complaint) {
-        return complain(complaint, json);
+    } catch (const InputError& error) {
+        return complain(error, json);
     }
 }

@@ -103,15 +103,14 @@ std::vector<std::string> holding(std::string_view name, std::span<const std::str
 std::string suggestion(std::span<const std::string> names, std::string_view otherwise)
 {
     if (names.empty()) {
-        return fmt::format("; {}", otherwise);
+        return otherwise.empty() ? std::string() : fmt::format("; {}", otherwise);
     }
-    if (names.size() == 1) {
-        return fmt::format("; is it {}?", names[0]);
+    const auto first = names.first(std::min(names.size(), most_named));
+    std::vector<std::string> shown(first.begin(), first.end());
+    if (names.size() > shown.size()) {
+        shown.push_back(fmt::format("one of {} more", names.size() - shown.size()));
     }
-    const auto shown = names.first(std::min(names.size(), most_named));
-    const std::size_t more = names.size() - shown.size();
-    return fmt::format("; is it {}{} {}?", joined(shown.first(shown.size() - 1), ", "), more == 0 ? " or" : ",",
-                       more == 0 ? shown.back() : fmt::format("{} or one of {} more", shown.back(), more));
+    return fmt::format("; did you mean {}?", alternatives(shown));
 }
 
 } // namespace vor

@@ -1,4 +1,4 @@
-// nearest.hpp: which of the known names was meant by one that is not known.
+// nearest.hpp: suggestions for a name that is not known.
 #pragma once
 
 #include <span>
@@ -8,17 +8,17 @@
 
 namespace vor {
 
-// In small letters, with dashes.
+// In lower case, with dashes.
 std::string folded(std::string_view name);
 
-// The names that the least slips of the pen lead to: a letter wrong, added, left out, or two
-// swapped. None, where all are far away.
+// The names with the fewest typing errors between them and this one: a wrong, extra or missing letter, or two swapped.
+// None where all differ too much.
 std::vector<std::string> nearest(std::string_view name, std::span<const std::string> known);
 
-// The names that hold this one as a word or a part of one.
+// The names that contain this one.
 std::vector<std::string> holding(std::string_view name, std::span<const std::string> known);
 
-// "; is it A or B?", or "; " and what else helps.
-std::string suggestion(std::span<const std::string> names, std::string_view otherwise);
+// "; did you mean A or B?"; without a name "; " and the other text, if there is one.
+std::string suggestion(std::span<const std::string> names, std::string_view otherwise = {});
 
 } // namespace vor

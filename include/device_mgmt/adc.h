@@ -40,19 +40,19 @@ VOR_LAYOUT(sizeof(VOR_ADCMGR_SET_STATUS) == 4);
 VOR_LAYOUT(offsetof(VOR_ADCMGR_SET_STATUS, set_status) == 0);
 
 /**
- * Has an input read by polling.
+ * Have an input read by polling.
  *
  * @param adc_index      converter
  * @param channel_index  channel on it
- * @param mode           read mode, passed to the manager as it is
- * @param polling_freq   passed to the manager as it is, its unit too
- * @param option         passed to the manager as it is
+ * @param mode           read mode, passed to the manager unchanged
+ * @param polling_freq   passed to the manager unchanged, and so is its unit
+ * @param option         passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_adc_config_polling(vor_int16 adc_index, vor_int16 channel_index, vor_int16 mode,
                                          vor_uint32 polling_freq, vor_int16 option);
 
 /**
- * Does nothing. Inputs cannot be read by interrupt; the call stays so that programs link.
+ * Do nothing. Inputs cannot be read by interrupt; the call is kept so that programs link.
  *
  * @param adc_index       accepted, never sent
  * @param cahnnel_index   accepted, never sent
@@ -65,32 +65,32 @@ vor_int32 vor_cfg_set_adc_config_interrupt(vor_int16 adc_index, vor_int16 cahnne
                                            vor_uchar interrupt_type, vor_int16 option);
 
 /**
- * Reads an input's counters. vor_errno is left alone.
+ * Read an input's counters. vor_errno is left alone.
  *
  * @param adc_index      converter
  * @param channel_index  channel on it
- * @return the manager's record, in a buffer that is already handed back: copy it at once, never free it; null for
+ * @return the manager's record, in a buffer that is already released: copy it at once, never free it; null for
  *         every failure
  */
 ADC_PIN_STATS* vor_cfg_get_adc_port_stats(vor_int16 adc_index, vor_int16 channel_index);
 
 /**
- * Names the data channel an input feeds.
+ * Name the data channel an input feeds.
  *
  * @param adc_index      converter
  * @param channel_index  channel on it
- * @param name           channel name, passed to the manager as it is
- * @param set            passed to the manager as it is
+ * @param name           channel name, passed to the manager unchanged
+ * @param set            passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_adc_channel_name(vor_uchar adc_index, vor_uchar channel_index, vor_char* name, vor_boolean set);
 
 /**
- * Takes an input's read mode back.
+ * Reset an input's read mode.
  *
  * @param adc_index      converter
  * @param channel_index  channel on it
- * @param mode           read mode, passed to the manager as it is
- * @param option         passed to the manager as it is
+ * @param mode           read mode, passed to the manager unchanged
+ * @param option         passed to the manager unchanged
  */
 vor_int32 vor_cfg_reset_adc_config_mode(vor_int16 adc_index, vor_int16 channel_index, vor_int16 mode, vor_int16 option);
 

@@ -19,47 +19,47 @@ VOR_LAYOUT(sizeof(VOR_CANMGR_SET_STATUS) == 4);
 VOR_LAYOUT(offsetof(VOR_CANMGR_SET_STATUS, set_status) == 0);
 
 /**
- * Names the data channel a peer feeds.
+ * Name the data channel a peer feeds.
  *
- * @param peer_id  passed to the manager as it is
- * @param name     channel name, passed to the manager as it is
- * @param set      passed to the manager as it is
+ * @param peer_id  passed to the manager unchanged
+ * @param name     channel name, passed to the manager unchanged
+ * @param set      passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_can_channel_name(vor_uint32 peer_id, vor_char* name, vor_boolean set);
 
 /**
- * Sets a port's bit rate.
+ * Set a port's bit rate.
  *
- * @param can_port  passed to the manager as it is
- * @param baudrate  text, passed to the manager as it is
- * @param set       passed to the manager as it is
+ * @param can_port  passed to the manager unchanged
+ * @param baudrate  text, passed to the manager unchanged
+ * @param set       passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_can_baudrate(vor_uchar can_port, vor_char* baudrate, vor_boolean set);
 
 /**
- * Sets a port's CAN identifier.
+ * Set a port's CAN identifier.
  *
- * @param port_num  passed to the manager as it is
- * @param can_id    passed to the manager as it is
- * @param option    passed to the manager as it is
+ * @param port_num  passed to the manager unchanged
+ * @param can_id    passed to the manager unchanged
+ * @param option    passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_can_id(vor_int16 port_num, vor_uint32 can_id, vor_int16 option);
 
 /**
- * Sets a port's peer.
+ * Set a port's peer.
  *
- * @param port_num  passed to the manager as it is
- * @param peer_id   passed to the manager as it is
- * @param option    passed to the manager as it is
+ * @param port_num  passed to the manager unchanged
+ * @param peer_id   passed to the manager unchanged
+ * @param option    passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_can_peer_id(vor_int16 port_num, vor_uint32 peer_id, vor_int16 option);
 
 /**
- * Sets the message identifier of a peer.
+ * Set the message identifier of a peer.
  *
- * @param peer_id  passed to the manager as it is
- * @param msg_id   passed to the manager as it is
- * @param option   passed to the manager as it is
+ * @param peer_id  passed to the manager unchanged
+ * @param msg_id   passed to the manager unchanged
+ * @param option   passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_can_msg_id(vor_uint32 peer_id, vor_uint32 msg_id, vor_int16 option);
 

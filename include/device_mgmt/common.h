@@ -15,39 +15,39 @@ typedef struct _vor_ipc_handle_ VOR_IPC_HANDLE;
 typedef struct _vor_unix_socket_ VOR_UNIX_SOCKET;
 
 /**
- * Binds this process to the platform's messages. Every configuration call needs it.
- * Signal SIGRTMIN + 5 is blocked in the calling thread and stays so. A second
+ * Bind this process to the platform's messages. Every configuration call needs it.
+ * Signal SIGRTMIN + 5 is blocked in the calling thread and stays blocked. A second
  * bind replaces the endpoint without unbinding the first.
  *
  * @param sap  the service access point of this process: one that no manager (0 to 24 and 240 are theirs) and no other
- *             program has; which of the others an image leaves free is its platform's to say. The examples take 200
+ *             program has; the platform defines which of the others are free. The examples take 200
  * @return 0 bound; -1 failed: the line "ERROR : IPC Bind failed " is printed and no endpoint is left
  */
 vor_int16 vor_cfg_create_ipc_endpoint(vor_uint16 sap);
 
 /**
- * Unbinds the endpoint and forgets it.
+ * Unbind the endpoint and forget it.
  *
  * @return what the platform's unbind returned, also for an endpoint never bound
  */
 vor_int32 vor_cfg_remove_ipc_endpoint(void);
 
 /**
- * Tells the endpoint in use.
+ * Return the endpoint in use.
  *
  * @return the platform's handle, null when none is bound; do not free it
  */
 VOR_IPC_HANDLE* vor_cfg_get_ipc_endpoint(void);
 
 /**
- * Adopts an endpoint bound elsewhere. The one in use before is not unbound.
+ * Adopt an endpoint bound elsewhere. The one in use before is not unbound.
  *
- * @param p_ipc_hndl  the handle, still its owner's to unbind; null for none
+ * @param p_ipc_hndl  the handle, which its owner still has to unbind; null for none
  */
 void vor_cfg_set_ipc_endpoint(VOR_IPC_HANDLE* p_ipc_hndl);
 
 /**
- * Connects to konfd. Needed before vor_konfd_bi_dir_comm.
+ * Connect to konfd. Needed before vor_konfd_bi_dir_comm.
  * A failed configuration or connection keeps the socket: remove it.
  *
  * @return 0 connected; -1 failed
@@ -55,21 +55,21 @@ void vor_cfg_set_ipc_endpoint(VOR_IPC_HANDLE* p_ipc_hndl);
 vor_int16 vor_cfg_create_sock_endpoint(void);
 
 /**
- * Closes the connection to konfd and forgets it.
+ * Close the connection to konfd and forget it.
  *
  * @return what the platform's close returned, also for a socket never made
  */
 vor_int32 vor_cfg_remove_sock_endpoint(void);
 
 /**
- * Tells the socket in use.
+ * Return the socket in use.
  *
  * @return the platform's socket, null when there is none; do not free it
  */
 VOR_UNIX_SOCKET* vor_cfg_get_sock_endpoint(void);
 
 /**
- * Stores a byte for the application. The library itself never reads it.
+ * Store a byte for the application. The library itself never reads it.
  *
  * @param flag  any value
  * @return 0
@@ -77,25 +77,25 @@ VOR_UNIX_SOCKET* vor_cfg_get_sock_endpoint(void);
 vor_int16 vor_cfg_set_user_flag(vor_uchar flag);
 
 /**
- * Tells the application's byte.
+ * Return the application's byte.
  *
  * @return the byte stored last, 0 at first
  */
 vor_uchar vor_cfg_get_user_flag(void);
 
 /**
- * Converts a MAC address text to bytes.
+ * Convert a MAC address text to bytes.
  * Six groups of two hexadecimal digits; one character of any kind between groups
- * is skipped, nothing behind the sixth group is read.
+ * is skipped, nothing after the sixth group is read.
  *
  * @param mac_addr_str   such as 00:1a:2b:3c:4d:5e
- * @param mac_addr_byte  room for 6 bytes, the caller's
+ * @param mac_addr_byte  room for 6 bytes, provided by the caller
  * @return 0; -1500 at the first group that is not hexadecimal or is cut short; only the groups before it are written
  */
 vor_int32 vor_convert_mac_address_from_str_to_byte(vor_char* mac_addr_str, vor_uchar* mac_addr_byte);
 
 /**
- * Converts a dotted-quad text to an address.
+ * Convert a dotted-quad text to an address.
  * Lenient: an empty part counts as 0 and whatever follows the fourth part is ignored.
  *
  * @param ip_address  such as 192.168.1.10
@@ -105,7 +105,7 @@ vor_int32 vor_convert_mac_address_from_str_to_byte(vor_char* mac_addr_str, vor_u
 vor_int32 ip_aton(vor_char* ip_address, vor_ip_address* ip);
 
 /**
- * Announces a restart and starts the timer that reboots the gateway. It cannot be cancelled.
+ * Announce a restart and start the timer that reboots the gateway. It cannot be cancelled.
  * Milliseconds are counted in 32 bits: a negative time wraps. vor_errno is left alone.
  *
  * @param time_till_restart  seconds
@@ -114,7 +114,7 @@ vor_int32 ip_aton(vor_char* ip_address, vor_ip_address* ip);
 vor_int16 vor_system_restart(vor_int16 time_till_restart);
 
 /**
- * Reboots the gateway now. The restart timer's callback, not meant to be called otherwise.
+ * Reboot the gateway now. The restart timer's callback, not meant to be called otherwise.
  */
 void vor_restart_timer(void);
 

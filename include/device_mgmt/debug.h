@@ -41,9 +41,9 @@ VOR_LAYOUT(offsetof(LOG_UPLOAD_FILE_INFO, file_name) == 204);
 VOR_LAYOUT(offsetof(LOG_UPLOAD_FILE_INFO, upload_frequency) == 256);
 
 /**
- * Switches a manager's debug output.
+ * Enable or disable a manager's debug output.
  *
- * @param en_dis_flag  0 switches the level off, any other value on; plays no part for level "ipc"
+ * @param en_dis_flag  0 switches the level off, any other value on; ignored for level "ipc"
  * @param task_name    sysmgr platmgr restmgr gpiomgr adcmgr blemgr ethmgr svcmgr datamgr appmgr mqttmgr serialmgr
  *                     sensormgr sub1gmgr modbusmgr canmgr ntpmgr snmpmgr, or all
  * @param level        error, warning, info, all; or ipc: switches the platform's own trace, no message is sent
@@ -53,18 +53,18 @@ VOR_LAYOUT(offsetof(LOG_UPLOAD_FILE_INFO, upload_frequency) == 256);
 vor_int32 vor_cfg_set_debug_info(vor_boolean en_dis_flag, vor_char* task_name, vor_char* level);
 
 /**
- * Sets up the upload of the platform's log file.
- * Fields that the option does not name go out as whatever the buffer held.
+ * Set up the upload of the platform's log file.
+ * Fields that the option does not name are sent as whatever the buffer held.
  *
  * @param set_option        1 sets the server and its credentials, 2 the file name, 3 the frequency; any other value
  *                          writes nothing and sends the buffer as it is
- * @param name              for options 1, 2 and 3; this and the other texts: 49 characters fit, more run on into the
- *                          fields behind, at the most to the record's end
+ * @param name              for options 1, 2 and 3; this and the other texts: 49 characters fit, more overwrite the
+ *                          fields that follow, at most to the end of the record
  * @param log_file_name     for option 2
  * @param ip_address        server, for option 1, passed to the manager as text
  * @param user_name         for option 1
  * @param password          for option 1
- * @param upload_frequency  for option 3, passed to the manager as it is
+ * @param upload_frequency  for option 3, passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_log_file(vor_int32 set_option, vor_char* name, vor_char* log_file_name, vor_char* ip_address,
                                vor_char* user_name, vor_char* password, vor_int32 upload_frequency);

@@ -14,25 +14,25 @@
 VOR_DECLARATIONS_BEGIN
 
 /**
- * Sets the gateway device's name.
+ * Set the gateway device's name.
  *
- * @param device_name  passed to the manager as it is
+ * @param device_name  passed to the manager unchanged
  * @param option       accepted, never sent
  */
 vor_int32 vor_cfg_set_device_name(vor_char* device_name, vor_uchar option);
 
 /**
- * Sets the gateway device's location.
+ * Set the gateway device's location.
  *
- * @param device_location  passed to the manager as it is
+ * @param device_location  passed to the manager unchanged
  * @param option           accepted, never sent
  */
 vor_int32 vor_cfg_set_device_location(vor_char* device_location, vor_uchar option);
 
 /**
- * Sets the gateway device's id.
+ * Set the gateway device's id.
  *
- * @param sensor_id  passed to the manager as it is
+ * @param sensor_id  passed to the manager unchanged
  * @param option     accepted, never sent
  */
 vor_int32 vor_cfg_set_device_id(vor_uint32 sensor_id, vor_uchar option);

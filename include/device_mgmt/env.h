@@ -24,7 +24,7 @@ VOR_LAYOUT(sizeof(VOR_ENV_INFO) == 2);
 VOR_LAYOUT(offsetof(VOR_ENV_INFO, system_temperature) == 0);
 
 /**
- * Reads the board's temperature. Sets vor_errno to 0 first.
+ * Read the board's temperature. Sets vor_errno to 0 first.
  *
  * @param system_temp  where the reading goes, in the manager's unit (the simulator's tenths of a degree); written only
  * when 0 is returned, with 0 if the manager accepted without a reading

@@ -45,58 +45,58 @@ VOR_LAYOUT(sizeof(VOR_GPIOMGR_SET_STATUS) == 4);
 VOR_LAYOUT(offsetof(VOR_GPIOMGR_SET_STATUS, set_status) == 0);
 
 /**
- * Sets a port's direction.
+ * Set a port's direction.
  *
  * @param port_num   logical port
- * @param direction  passed to the manager as it is
- * @param option     passed to the manager as it is
+ * @param direction  passed to the manager unchanged
+ * @param option     passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_gpio_direction(vor_int16 port_num, vor_int16 direction, vor_int16 option);
 
 /**
- * Has a port read by interrupt.
+ * Have a port read by interrupt.
  *
  * @param port_num        logical port
- * @param mode            read mode, passed to the manager as it is
- * @param interrupt_type  passed to the manager as it is
- * @param option          passed to the manager as it is
+ * @param mode            read mode, passed to the manager unchanged
+ * @param interrupt_type  passed to the manager unchanged
+ * @param option          passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_gpio_config_interrupt(vor_int16 port_num, vor_int16 mode, vor_uchar interrupt_type,
                                             vor_int16 option);
 
 /**
- * Has a port read by polling.
+ * Have a port read by polling.
  *
  * @param port_num      logical port
- * @param mode          read mode, passed to the manager as it is
- * @param polling_freq  passed to the manager as it is, its unit too
- * @param option        passed to the manager as it is
+ * @param mode          read mode, passed to the manager unchanged
+ * @param polling_freq  passed to the manager unchanged, and so is its unit
+ * @param option        passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_gpio_config_polling(vor_int16 port_num, vor_int16 mode, vor_uint32 polling_freq,
                                           vor_int16 option);
 
 /**
- * Names the data channel a port feeds.
+ * Name the data channel a port feeds.
  *
  * @param gpio_port  logical port
- * @param name       channel name, passed to the manager as it is
- * @param set        passed to the manager as it is
+ * @param name       channel name, passed to the manager unchanged
+ * @param set        passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_gpio_channel_name(vor_uchar gpio_port, vor_char* name, vor_boolean set);
 
 /**
- * Drives an output. One-way: the manager's verdict never comes back.
+ * Drive an output. One-way: the manager's verdict never comes back.
  *
  * @param port_num  logical port
- * @param value     level, passed to the manager as it is
+ * @param value     level, passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_gpio_value(vor_int16 port_num, vor_int16 value);
 
 /**
- * Reads a port's counters. vor_errno is left alone.
+ * Read a port's counters. vor_errno is left alone.
  *
  * @param port_num  logical port
- * @return the manager's record, in a buffer that is already handed back: copy it at once, never free it; null for
+ * @return the manager's record, in a buffer that is already released: copy it at once, never free it; null for
  *         every failure
  */
 GPIO_PIN_STATS* vor_cfg_get_gpio_port_stats(vor_int16 port_num);

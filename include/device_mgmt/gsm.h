@@ -17,36 +17,36 @@ VOR_LAYOUT(sizeof(struct _vor_gsmmgr_set_status_) == 4);
 VOR_LAYOUT(offsetof(struct _vor_gsmmgr_set_status_, set_status) == 0);
 
 /**
- * Sets a port's access point name.
+ * Set a port's access point name.
  *
- * @param gsm_port           passed to the manager as it is
- * @param access_point_name  passed to the manager as it is
- * @param option             passed to the manager as it is
+ * @param gsm_port           passed to the manager unchanged
+ * @param access_point_name  passed to the manager unchanged
+ * @param option             passed to the manager unchanged
  */
 vor_int32 vor_cfg_gsm_set_access_point_name(vor_uchar gsm_port, vor_char* access_point_name, vor_uchar option);
 
 /**
- * Sets a port's user name.
+ * Set a port's user name.
  *
- * @param gsm_port  passed to the manager as it is
- * @param username  passed to the manager as it is
- * @param option    passed to the manager as it is
+ * @param gsm_port  passed to the manager unchanged
+ * @param username  passed to the manager unchanged
+ * @param option    passed to the manager unchanged
  */
 vor_int32 vor_cfg_gsm_set_username(vor_uchar gsm_port, vor_char* username, vor_uchar option);
 
 /**
- * Sets a port's password.
+ * Set a port's password.
  *
- * @param gsm_port  passed to the manager as it is
- * @param password  passed to the manager as it is
- * @param option    passed to the manager as it is
+ * @param gsm_port  passed to the manager unchanged
+ * @param password  passed to the manager unchanged
+ * @param option    passed to the manager unchanged
  */
 vor_int32 vor_cfg_gsm_set_password(vor_uchar gsm_port, vor_char* password, vor_uchar option);
 
 /**
- * Activates a port.
+ * Activate a port.
  *
- * @param gsm_port  passed to the manager as it is
+ * @param gsm_port  passed to the manager unchanged
  */
 vor_int32 vor_cfg_gsm_activate(vor_uchar gsm_port);
 

@@ -1,9 +1,9 @@
 /**
  * @file
- * gw.h: where the gateway stands.
+ * gw.h: where the gateway is.
  *
- * Both go to the data manager (datamgr, SAP 10). Unlike everywhere else the
- * manager accepts with status 1, a refused exchange is -4 (there is no -3),
+ * Both go to the data manager (datamgr, SAP 10). Unlike all other
+ * managers it accepts with status 1, a refused exchange is -4 (there is no -3),
  * and vor_errno is never touched.
  */
 #ifndef DEVICE_MGMT_GW_H
@@ -28,19 +28,19 @@ VOR_LAYOUT(sizeof(VOR_LAT_LONG_SET_STATUS) == 4);
 VOR_LAYOUT(offsetof(VOR_LAT_LONG_SET_STATUS, set_status) == 0);
 
 /**
- * Sets or clears the gateway's latitude.
+ * Set or clear the gateway's latitude.
  *
  * @param set       1 sets, every other value is sent as 0
- * @param latitude  text, passed to the manager as it is
+ * @param latitude  text, passed to the manager unchanged
  * @return 0; -1 no endpoint; -4 no buffer, exchange refused or an empty answer; -1001 not accepted
  */
 vor_int32 vor_cfg_set_gw_device_latitude_config(vor_boolean set, vor_char* latitude);
 
 /**
- * Sets or clears the gateway's longitude.
+ * Set or clear the gateway's longitude.
  *
  * @param set        1 sets, every other value is sent as 0
- * @param longitude  text, passed to the manager as it is
+ * @param longitude  text, passed to the manager unchanged
  * @return 0; -1 no endpoint; -4 no buffer, exchange refused or an empty answer; -1002 not accepted
  */
 vor_int32 vor_cfg_set_gw_device_longitude_config(vor_boolean set, vor_char* longitude);

@@ -11,9 +11,9 @@
 VOR_DECLARATIONS_BEGIN
 
 /**
- * Sets the host name. One-way: the manager's verdict never comes back.
+ * Set the host name. One-way: the manager's verdict never comes back.
  *
- * @param hostname  passed to the manager as it is
+ * @param hostname  passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_plat_hostname(vor_char* hostname);
 

@@ -3,9 +3,9 @@
  * ip.h: interface addressing, access point, DHCP server and routing.
  *
  * All go to the Ethernet manager (ethmgr, SAP 7). Addresses are dotted-quad
- * text, read by ip_aton, unless told otherwise; a text that does not parse is
+ * text, read by ip_aton, unless stated otherwise; text that does not parse is
  * then sent as 0.0.0.0. vor_errno is left alone at the start of a call unless
- * told otherwise.
+ * stated otherwise.
  */
 #ifndef DEVICE_MGMT_IP_H
 #define DEVICE_MGMT_IP_H
@@ -90,73 +90,73 @@ VOR_LAYOUT(offsetof(VOR_ETH_SET_STATUS, set_status) == 0);
 /* --- Interface addressing and access point ---------------------------- */
 
 /**
- * Gives a network interface its IPv4 address and mask. Sets vor_errno to 0 first.
+ * Set a network interface's IPv4 address and mask. Sets vor_errno to 0 first.
  * The texts are read by inet_aton: "10.1" is 10.0.0.1. One that does not parse is sent as inet_aton left it, from 0 on:
  * glibc's leaves 0.0.0.0, musl's leaves 1.2.3.0 of 1.2.3.999.
  *
- * @param interface_number  0 goes out as message 0x7003, 1 and 2 as 0x7005; a larger number sends nothing
+ * @param interface_number  0 is sent as message 0x7003, 1 and 2 as 0x7005; a larger number sends nothing
  * @param ip_address        dotted quad
  * @param subnet_mask       dotted quad
- * @param config_option     passed to the manager as it is
+ * @param config_option     passed to the manager unchanged
  * @return the common codes; -4 also when the interface number sent nothing
  */
 vor_int32 vor_cfg_set_ip_address(vor_uchar interface_number, vor_char* ip_address, vor_char* subnet_mask,
                                  vor_uchar config_option);
 
 /**
- * Gives a network interface its IPv6 address.
+ * Set a network interface's IPv6 address.
  *
- * @param interface_number  passed to the manager as it is, as a signed 16-bit number
- * @param ip_address        IPv6 text, passed to the manager as it is
- * @param config_option     passed to the manager as it is
+ * @param interface_number  passed to the manager as a signed 16-bit number
+ * @param ip_address        IPv6 text, passed to the manager unchanged
+ * @param config_option     passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_ipv6_address(vor_uint16 interface_number, vor_char* ip_address, vor_char config_option);
 
 /**
- * Switches an interface's DHCP client.
+ * Enable or disable an interface's DHCP client.
  *
- * @param interface_number  passed to the manager as it is
- * @param config_option     passed to the manager as it is
+ * @param interface_number  passed to the manager unchanged
+ * @param config_option     passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_dhcp(vor_uchar interface_number, vor_char config_option);
 
 /**
- * Switches an interface's DHCPv6 client.
+ * Enable or disable an interface's DHCPv6 client.
  *
- * @param interface_number  passed to the manager as it is
- * @param config_option     passed to the manager as it is
+ * @param interface_number  passed to the manager unchanged
+ * @param config_option     passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_ipv6_dhcp(vor_uchar interface_number, vor_char config_option);
 
 /**
- * Sets the security of a wireless interface. Mind the order: password before network name.
+ * Set the security of a wireless interface. Note the order: password before network name.
  *
- * @param interface_number     passed to the manager as it is
- * @param password             passphrase, passed to the manager as it is
- * @param ssid                 network name, passed to the manager as it is
- * @param encryption_protocol  passed to the manager as it is
- * @param config_option        passed to the manager as it is
+ * @param interface_number     passed to the manager unchanged
+ * @param password             passphrase, passed to the manager unchanged
+ * @param ssid                 network name, passed to the manager unchanged
+ * @param encryption_protocol  passed to the manager unchanged
+ * @param config_option        passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_interface_security_params(vor_uchar interface_number, vor_char* password, vor_char* ssid,
                                                 vor_uint16 encryption_protocol, vor_uchar config_option);
 
 /**
- * Sets up the gateway's own Wi-Fi access point. Mind the order: password before network name.
+ * Set up the gateway's own Wi-Fi access point. Note the order: password before network name.
  * Once the manager has accepted, the same payload goes one-way to SAP 0 as message 2.
  *
- * @param intr_num       interface, passed to the manager as it is
- * @param passwd         passphrase, passed to the manager as it is
- * @param ssid           network name, passed to the manager as it is
- * @param protocol       encryption, passed to the manager as it is
- * @param country_code   passed to the manager as it is
- * @param config_option  passed to the manager as it is
+ * @param intr_num       interface, passed to the manager unchanged
+ * @param passwd         passphrase, passed to the manager unchanged
+ * @param ssid           network name, passed to the manager unchanged
+ * @param protocol       encryption, passed to the manager unchanged
+ * @param country_code   passed to the manager unchanged
+ * @param config_option  passed to the manager unchanged
  * @return the common codes; -3 also when the manager accepted but the notice to SAP 0 was refused
  */
 vor_int32 vor_cfg_set_access_point_params(vor_uint16 intr_num, vor_char* passwd, vor_char* ssid, vor_uint16 protocol,
                                           vor_uint16 country_code, vor_char config_option);
 
 /**
- * Does nothing. Kept so that programs link: nothing is asked and nothing is written.
+ * Do nothing. Kept so that programs link: no message is sent and nothing is written.
  *
  * @param interface_number  accepted, never sent
  * @param ip_address        left untouched
@@ -166,7 +166,7 @@ vor_int32 vor_cfg_set_access_point_params(vor_uint16 intr_num, vor_char* passwd,
 vor_int32 vor_cfg_get_ip_address(vor_uchar interface_number, vor_char* ip_address, vor_char* subnet_mask);
 
 /**
- * Does nothing. Kept so that programs link: nothing is asked and nothing is written.
+ * Do nothing. Kept so that programs link: no message is sent and nothing is written.
  *
  * @param interface_number     accepted, never sent
  * @param password             left untouched
@@ -180,20 +180,20 @@ vor_int32 vor_cfg_get_interface_security_params(vor_uchar interface_number, vor_
 /* --- DHCP server ------------------------------------------------------ */
 
 /**
- * Sets the range of addresses a DHCP pool hands out. Sets vor_errno to 0 first.
+ * Set the range of addresses a DHCP pool hands out. Sets vor_errno to 0 first.
  *
- * @param pool_name      the pool, passed to the manager as it is
+ * @param pool_name      the pool, passed to the manager unchanged
  * @param lo_addr        lowest address, dotted quad
  * @param hi_addr        highest address, dotted quad
- * @param addr_range     passed to the manager as it is
- * @param config_option  its low 8 bits are passed to the manager: adds, changes or removes the setting, in the
- *                       manager's coding
+ * @param addr_range     passed to the manager unchanged
+ * @param config_option  its low 8 bits are passed to the manager: adds, changes or removes the setting, as the
+ *                       manager codes it
  */
 vor_int32 vor_cfg_set_dhcp_server_address_range(vor_char* pool_name, vor_char* lo_addr, vor_char* hi_addr,
                                                 vor_int32 addr_range, vor_int16 config_option);
 
 /**
- * Does nothing. Kept so that programs link: nothing is asked and nothing is written.
+ * Do nothing. Kept so that programs link: no message is sent and nothing is written.
  *
  * @param pool_name  accepted, never sent
  * @param lo_addr    left untouched
@@ -203,73 +203,73 @@ vor_int32 vor_cfg_set_dhcp_server_address_range(vor_char* pool_name, vor_char* l
 vor_int32 vor_cfg_get_dhcp_server_address_range(vor_char* pool_name, vor_char* lo_addr, vor_char* hi_addr);
 
 /**
- * Sets the DNS servers a DHCP pool announces.
+ * Set the DNS servers a DHCP pool announces.
  *
- * @param pool_name       the pool, passed to the manager as it is
+ * @param pool_name       the pool, passed to the manager unchanged
  * @param dns_server_num  how many addresses follow, at most 4
- * @param config_option   adds, changes or removes the setting, in the manager's coding
+ * @param config_option   adds, changes or removes the setting, as the manager codes it
  * @param ...             dns_server_num texts (vor_char*), dotted quads
  * @return the common codes; -1151 for more than 4 servers, before anything else happens
  */
 vor_int32 vor_cfg_set_dhcp_server_dns(vor_char* pool_name, vor_int16 dns_server_num, vor_char config_option, ...);
 
 /**
- * Names a DHCP pool.
+ * Name a DHCP pool.
  *
- * @param pool_name      the pool, passed to the manager as it is
- * @param config_option  adds, changes or removes the setting, in the manager's coding
+ * @param pool_name      the pool, passed to the manager unchanged
+ * @param config_option  adds, changes or removes the setting, as the manager codes it
  */
 vor_int32 vor_cfg_set_dhcp_server_pool_name(vor_char* pool_name, vor_char config_option);
 
 /**
- * Sets the interface a DHCP pool serves.
+ * Set the interface a DHCP pool serves.
  *
- * @param pool_name         the pool, passed to the manager as it is
- * @param interface_number  passed to the manager as it is, as a signed 16-bit number
- * @param config_option     adds, changes or removes the setting, in the manager's coding
+ * @param pool_name         the pool, passed to the manager unchanged
+ * @param interface_number  passed to the manager as a signed 16-bit number
+ * @param config_option     adds, changes or removes the setting, as the manager codes it
  */
 vor_int32 vor_cfg_set_dhcp_server_interface(vor_char* pool_name, vor_uint16 interface_number, vor_char config_option);
 
 /**
- * Sets a DHCP pool's subnet mask.
+ * Set a DHCP pool's subnet mask.
  *
- * @param pool_name      the pool, passed to the manager as it is
+ * @param pool_name      the pool, passed to the manager unchanged
  * @param subnet_mask    dotted quad
- * @param config_option  adds, changes or removes the setting, in the manager's coding
+ * @param config_option  adds, changes or removes the setting, as the manager codes it
  */
 vor_int32 vor_cfg_set_dhcp_server_subnet(vor_char* pool_name, vor_char* subnet_mask, vor_char config_option);
 
 /**
- * Sets the default router a DHCP pool announces.
+ * Set the default router a DHCP pool announces.
  *
- * @param pool_name      the pool, passed to the manager as it is
+ * @param pool_name      the pool, passed to the manager unchanged
  * @param def_router     dotted quad
- * @param config_option  adds, changes or removes the setting, in the manager's coding
+ * @param config_option  adds, changes or removes the setting, as the manager codes it
  */
 vor_int32 vor_cfg_set_dhcp_server_def_router(vor_char* pool_name, vor_char* def_router, vor_char config_option);
 
 /**
- * Sets the domain name a DHCP pool announces.
+ * Set the domain name a DHCP pool announces.
  *
- * @param pool_name      the pool, passed to the manager as it is
- * @param domain_name    passed to the manager as it is
- * @param config_option  adds, changes or removes the setting, in the manager's coding
+ * @param pool_name      the pool, passed to the manager unchanged
+ * @param domain_name    passed to the manager unchanged
+ * @param config_option  adds, changes or removes the setting, as the manager codes it
  */
 vor_int32 vor_cfg_set_dhcp_server_domain_name(vor_char* pool_name, vor_char* domain_name, vor_char config_option);
 
 /**
- * Sets how long a DHCP pool's leases last.
+ * Set how long a DHCP pool's leases last.
  *
- * @param pool_name      the pool, passed to the manager as it is
- * @param lease_time     passed to the manager as it is, its unit too
- * @param config_option  adds, changes or removes the setting, in the manager's coding
+ * @param pool_name      the pool, passed to the manager unchanged
+ * @param lease_time     passed to the manager unchanged, and so is its unit
+ * @param config_option  adds, changes or removes the setting, as the manager codes it
  */
 vor_int32 vor_cfg_set_dhcp_server_lease_time(vor_char* pool_name, vor_int32 lease_time, vor_char config_option);
 
 /**
- * Sets the gateway's own resolver. One-way: the manager's verdict never comes back.
+ * Set the gateway's own resolver. One-way: the manager's verdict never comes back.
  *
- * @param def_search_domain  passed to the manager as it is
+ * @param def_search_domain  passed to the manager unchanged
  * @param intr_num           interface number as decimal text, cut to 16 bits
  * @param dns_server_num     how many addresses follow, at most 4
  * @param ...                dns_server_num texts (vor_char*), dotted quads
@@ -281,30 +281,30 @@ vor_int32 vor_cfg_set_dhcp_server_dns_client(vor_char* def_search_domain, vor_ch
 /* --- Routing ---------------------------------------------------------- */
 
 /**
- * Sets an interface's default gateway. Sets vor_errno to 0 first.
+ * Set an interface's default gateway. Sets vor_errno to 0 first.
  *
  * @param def_gateway    dotted quad
  * @param iface_num      interface number as decimal text, cut to 16 bits
- * @param config_option  passed to the manager as it is
+ * @param config_option  passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_default_gateway(vor_char* def_gateway, vor_char* iface_num, vor_char config_option);
 
 /**
- * Asks the manager to show an interface's route status. Only its verdict comes back.
+ * Ask the manager to show an interface's route status. Only its verdict comes back.
  *
  * @param iface_num  interface number as decimal text, cut to 8 bits
  */
 vor_int32 vor_cfg_show_route_status(vor_char* iface_num);
 
 /**
- * Switches IP forwarding. One-way: the manager's verdict never comes back.
+ * Enable or disable IP forwarding. One-way: the manager's verdict never comes back.
  *
  * @param enable_status  number as decimal text, cut to 16 bits: "0" enables, "1" disables
  */
 vor_int32 vor_cfg_enable_ip_routing(vor_char* enable_status);
 
 /**
- * Adds a route through another host. One-way: the manager's verdict never comes back.
+ * Add a route through another host. One-way: the manager's verdict never comes back.
  *
  * @param ip_address   destination, dotted quad
  * @param via_address  next hop, dotted quad; never sent: the length sent ends before it
@@ -312,7 +312,7 @@ vor_int32 vor_cfg_enable_ip_routing(vor_char* enable_status);
 vor_int32 vor_cfg_set_via_route(vor_char* ip_address, vor_char* via_address);
 
 /**
- * Adds a route through an interface. One-way: the manager's verdict never comes back.
+ * Add a route through an interface. One-way: the manager's verdict never comes back.
  *
  * @param ip_address        destination, dotted quad
  * @param interface_number  interface number as decimal text, cut to 16 bits
@@ -320,7 +320,7 @@ vor_int32 vor_cfg_set_via_route(vor_char* ip_address, vor_char* via_address);
 vor_int32 vor_cfg_set_static_route(vor_char* ip_address, vor_char* interface_number);
 
 /**
- * Removes the routes to an address. One-way: the manager's verdict never comes back.
+ * Remove the routes to an address. One-way: the manager's verdict never comes back.
  * The device number in the message is whatever its buffer held.
  *
  * @param ip_address  destination, dotted quad

@@ -5,8 +5,8 @@
  * Build a query with vor_cfg_proto_init, vor_cfg_proto_set_op and the setters,
  * send it with vor_konfd_bi_dir_comm and release it with vor_cfg_proto_cleanup.
  * Nothing is escaped: a double quote in a text breaks the query's quoting.
- * vor_errno is never touched. A text for which memory runs short is left out
- * without a word: its setter still returns 0, its command comes without it.
+ * vor_errno is never touched. Text for which there is not enough memory is silently
+ * left out: its setter still returns 0, its command lacks it.
  */
 #ifndef DEVICE_MGMT_KONFD_H
 #define DEVICE_MGMT_KONFD_H
@@ -49,29 +49,29 @@ VOR_LAYOUT(offsetof(VOR_CFG_PROTO, pattern) == 2 * sizeof(void*));
 VOR_LAYOUT(offsetof(VOR_CFG_PROTO, priority) == 3 * sizeof(void*));
 VOR_LAYOUT(offsetof(VOR_CFG_PROTO, path_head) == 4 * sizeof(void*));
 
-/* Frees what vor_cfg_proto_get_command returned. libvorinfra's: link it too, as this library's pkg-config and CMake
- * files do. */
+/* Frees what vor_cfg_proto_get_command returned. It is part of libvorinfra: link that too, as this library's pkg-config
+ * and CMake files do. */
 extern void vor_free(void* memory);
 
 /**
- * Makes an empty query.
+ * Make an empty query.
  *
- * @return the query, the caller's to release with vor_cfg_proto_cleanup; null when memory is short
+ * @return the query, to be released with vor_cfg_proto_cleanup; null when there is not enough memory
  */
 VOR_CFG_PROTO* vor_cfg_proto_init(void);
 
 /**
- * Sets what the query does.
+ * Set what the query does.
  *
  * @param handle  the query
- * @param value   1 for -s, 2 for -c, 3 for -u; not checked here. What they do is konfd's to say; the simulator's
+ * @param value   1 for -s, 2 for -c, 3 for -u; not checked here. konfd defines what they do; the simulator's
  *                sets, checks and unsets
  * @return 0; -1 for a null handle
  */
 vor_int32 vor_cfg_proto_set_op(VOR_CFG_PROTO* handle, vor_uchar value);
 
 /**
- * Appends to the pattern of lines the query is about, between the anchors ^ and $.
+ * Append to the pattern of the query's lines, between the anchors ^ and $.
  *
  * @param handle  the query
  * @param type    1 for key and value, 2 for the key alone
@@ -82,7 +82,7 @@ vor_int32 vor_cfg_proto_set_op(VOR_CFG_PROTO* handle, vor_uchar value);
 vor_int32 vor_cfg_proto_set_pattern_string(VOR_CFG_PROTO* handle, vor_uchar type, vor_char* key, vor_char* value);
 
 /**
- * Appends to the line the query stores: key, a blank, value.
+ * Append to the line that the query stores: key, space, value.
  *
  * @param handle  the query
  * @param key     the key
@@ -92,7 +92,7 @@ vor_int32 vor_cfg_proto_set_pattern_string(VOR_CFG_PROTO* handle, vor_uchar type
 vor_int32 vor_cfg_proto_set_line_string(VOR_CFG_PROTO* handle, vor_char* key, vor_char* value);
 
 /**
- * Appends to the query's priority.
+ * Append to the query's priority.
  *
  * @param handle  the query; null does nothing and returns 0
  * @param value   the priority as text
@@ -101,17 +101,17 @@ vor_int32 vor_cfg_proto_set_line_string(VOR_CFG_PROTO* handle, vor_char* key, vo
 vor_int32 vor_cfg_proto_set_priority_string(VOR_CFG_PROTO* handle, vor_char* value);
 
 /**
- * Adds one element at the end of the query's path.
+ * Add one element at the end of the query's path.
  *
  * @param handle      the query
  * @param path_key    such as interface
  * @param path_value  such as wlan0
- * @return 0; -1 for a null handle, key or value, or when memory is short
+ * @return 0; -1 for a null handle, key or value, or when there is not enough memory
  */
 vor_int32 vor_cfg_proto_append_path_elm(VOR_CFG_PROTO* handle, vor_char* path_key, vor_char* path_value);
 
 /**
- * Releases a query. The path's element records stay allocated; only their texts are freed.
+ * Release a query. The path's element records stay allocated; only their texts are freed.
  *
  * @param handle  the query; null does nothing
  * @return 0
@@ -119,46 +119,46 @@ vor_int32 vor_cfg_proto_append_path_elm(VOR_CFG_PROTO* handle, vor_char* path_ke
 vor_int32 vor_cfg_proto_cleanup(VOR_CFG_PROTO* handle);
 
 /**
- * Renders a query as konfd's command text.
+ * Render a query as konfd's command text.
  * The count is larger than the text; the bytes in between are the terminator and
- * blanks of the same allocation.
+ * spaces of the same allocation.
  *
  * @param handle  the query; stays as it is
  * @param length  start it at 0: the counted length is added to it; set to 0 when a line or pattern is missing
- * @return the command, the caller's to free with vor_free; null for a null argument, an unknown operation, a missing
+ * @return the command, to be freed with vor_free; null for a null argument, an unknown operation, a missing
  *         line or pattern, or when there is no memory for the counted bytes
  */
 vor_char* vor_cfg_proto_get_command(VOR_CFG_PROTO* handle, vor_int32* length);
 
 /**
- * Sends a query to konfd and hears its verdict.
+ * Send a query to konfd and wait for its verdict.
  * Connect first with vor_cfg_create_sock_endpoint; the connection stays open.
  *
  * @param handle  the query, still the caller's
- * @return 0 konfd agreed; -1 for every failure
+ * @return 0 accepted by konfd; -1 for every failure
  */
 vor_int32 vor_konfd_bi_dir_comm(VOR_CFG_PROTO* handle);
 
 /**
- * Stores the Wi-Fi network of wlan0. Connects and disconnects by itself.
- * Two commands are sent, and konfd's one answer read stands for both. After a
+ * Store the Wi-Fi network of wlan0. Connects and disconnects by itself.
+ * Two commands are sent, and the one answer of konfd that is read counts for both. After a
  * failure the connection may stay open.
  *
  * @param ssid      network name
  * @param password  passphrase
- * @return 0 konfd agreed; -1 for every failure
+ * @return 0 accepted by konfd; -1 for every failure
  */
 vor_int32 vor_cfg_set_wifi_ssid_password(vor_char* ssid, vor_char* password);
 
 /**
- * Stores an interface's address. Connects and disconnects by itself.
+ * Store an interface's address. Connects and disconnects by itself.
  * Prints its progress on standard output, where one line says dhcp whatever
  * the address. The first command's line says eth0 whatever the interface; its
- * answer is not judged. After a failure the connection may stay open.
+ * answer is ignored. After a failure the connection may stay open.
  *
  * @param interface   such as eth1
  * @param ip_address  dotted quad, or the word dhcp
- * @return 0 konfd agreed; -1 for every failure
+ * @return 0 accepted by konfd; -1 for every failure
  */
 vor_int32 vor_cfg_set_interface_ip(vor_char* interface, vor_char* ip_address);
 

@@ -16,10 +16,10 @@ typedef vor_char tarn_char;
 typedef vor_boolean tarn_boolean;
 
 /**
- * Binds a port to a data channel.
+ * Bind a port to a data channel.
  *
- * @param port_num      passed to the manager as it is
- * @param channel_name  passed to the manager as it is
+ * @param port_num      passed to the manager unchanged
+ * @param channel_name  passed to the manager unchanged
  * @param set           accepted, never sent
  * @return the common codes; the manager must answer with the serial manager's message id 0x10004, any other id is -4
  */

@@ -28,124 +28,124 @@ VOR_LAYOUT(sizeof(VOR_MQTT_SET_STATUS) == 4);
 VOR_LAYOUT(offsetof(VOR_MQTT_SET_STATUS, set_status) == 0);
 
 /**
- * Sets the credentials of an MQTT service.
+ * Set the credentials of an MQTT service.
  *
- * @param service_name   passed to the manager as it is
- * @param protocol       passed to the manager as it is
- * @param username       passed to the manager as it is
- * @param password       passed to the manager as it is
- * @param config_option  passed to the manager as it is
+ * @param service_name   passed to the manager unchanged
+ * @param protocol       passed to the manager unchanged
+ * @param username       passed to the manager unchanged
+ * @param password       passed to the manager unchanged
+ * @param config_option  passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_mqtt_username_and_password(vor_char* service_name, vor_uchar protocol, vor_char* username,
                                                  vor_char* password, vor_uchar config_option);
 
 /**
- * Points an MQTT service at its broker. Prints "entrd api" and, before the exchange, "going to send".
+ * Point an MQTT service at its broker. Prints "entrd api" and, before the exchange, "going to send".
  *
- * @param service_name   passed to the manager as it is
- * @param protocol       passed to the manager as it is
- * @param ip_address     the broker as text, passed to the manager as it is
+ * @param service_name   passed to the manager unchanged
+ * @param protocol       passed to the manager unchanged
+ * @param ip_address     the broker as text, passed to the manager unchanged
  * @param port_number    passed to the manager as a signed 16-bit number
- * @param server_type    one byte, passed to the manager as it is
- * @param config_option  passed to the manager as it is
+ * @param server_type    one byte, passed to the manager unchanged
+ * @param config_option  passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_mqtt_server_config(vor_char* service_name, vor_uchar protocol, vor_char* ip_address,
                                          vor_int16 port_number, vor_uchar server_type, vor_uchar config_option);
 
 /**
- * Starts an MQTT service's session. One-way: the manager's verdict never comes back.
+ * Start an MQTT service's session. One-way: the manager's verdict never comes back.
  *
- * @param service_name  passed to the manager as it is
+ * @param service_name  passed to the manager unchanged
  * @param protocol      accepted, never sent
  */
 vor_int32 vor_cfg_mqtt_activate_session(vor_char* service_name, vor_uchar protocol);
 
 /**
- * Ends an MQTT service's session. One-way: the manager's verdict never comes back.
+ * End an MQTT service's session. One-way: the manager's verdict never comes back.
  *
- * @param service_name  passed to the manager as it is
+ * @param service_name  passed to the manager unchanged
  * @param protocol      accepted, never sent
  */
 vor_int32 vor_cfg_mqtt_deactivate_session(vor_char* service_name, vor_uchar protocol);
 
 /**
- * Names the application an MQTT service serves.
+ * Name the application an MQTT service serves.
  *
- * @param service_name   passed to the manager as it is
- * @param protocol       passed to the manager as it is
- * @param app_name       passed to the manager as it is
- * @param config_option  passed to the manager as it is
+ * @param service_name   passed to the manager unchanged
+ * @param protocol       passed to the manager unchanged
+ * @param app_name       passed to the manager unchanged
+ * @param config_option  passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_mqtt_application(vor_char* service_name, vor_uchar protocol, vor_char* app_name,
                                        vor_uchar config_option);
 
 /**
- * Binds an MQTT service to an interface.
+ * Bind an MQTT service to an interface.
  *
- * @param service_name   passed to the manager as it is
- * @param protocol       passed to the manager as it is
+ * @param service_name   passed to the manager unchanged
+ * @param protocol       passed to the manager unchanged
  * @param interface_no   passed to the manager as a signed 16-bit number
- * @param config_option  passed to the manager as it is
+ * @param config_option  passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_mqtt_bind_addr(vor_char* service_name, vor_uchar protocol, vor_uint16 interface_no,
                                      vor_uchar config_option);
 
 /**
- * Sets the template an MQTT service registers with.
+ * Set the template an MQTT service registers with.
  *
- * @param service_name   passed to the manager as it is
- * @param protocol       passed to the manager as it is
- * @param reg_template   passed to the manager as it is
- * @param config_option  passed to the manager as it is
+ * @param service_name   passed to the manager unchanged
+ * @param protocol       passed to the manager unchanged
+ * @param reg_template   passed to the manager unchanged
+ * @param config_option  passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_mqtt_registration_template(vor_char* service_name, vor_uchar protocol, vor_char* reg_template,
                                                  vor_uchar config_option);
 
 /**
- * Sets the current topic.
+ * Set the current topic.
  *
- * @param topic_name     passed to the manager as it is
- * @param config_option  passed to the manager as it is
+ * @param topic_name     passed to the manager unchanged
+ * @param config_option  passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_mqtt_topic(vor_char* topic_name, vor_uchar config_option);
 
 /**
- * Sets the current message text.
+ * Set the current message text.
  *
- * @param message        passed to the manager as it is
- * @param config_option  passed to the manager as it is
+ * @param message        passed to the manager unchanged
+ * @param config_option  passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_mqtt_message(vor_char* message, vor_uchar config_option);
 
 /**
- * Sets the current quality of service.
+ * Set the current quality of service.
  *
- * @param qos            passed to the manager as it is
- * @param config_option  passed to the manager as it is
+ * @param qos            passed to the manager unchanged
+ * @param config_option  passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_mqtt_qos_level(vor_uchar qos, vor_uchar config_option);
 
 /**
- * Sets the current retain flag.
+ * Set the current retain flag.
  *
- * @param retain_flag    passed to the manager as it is
- * @param config_option  passed to the manager as it is
+ * @param retain_flag    passed to the manager unchanged
+ * @param config_option  passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_mqtt_retain_flag(vor_uchar retain_flag, vor_uchar config_option);
 
 /**
- * Sets the current keep-alive interval.
+ * Set the current keep-alive interval.
  *
- * @param interval       passed to the manager as it is, its unit too
- * @param config_option  passed to the manager as it is
+ * @param interval       passed to the manager unchanged, and so is its unit
+ * @param config_option  passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_mqtt_keep_alive_interval(vor_uint32 interval, vor_uchar config_option);
 
 /**
- * Sets the current clean-session flag.
+ * Set the current clean-session flag.
  *
  * @param clean_session_flag  its low 16 bits are passed to the manager
- * @param config_option       passed to the manager as it is
+ * @param config_option       passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_mqtt_clean_session_flag(vor_uint32 clean_session_flag, vor_uchar config_option);
 

@@ -17,16 +17,16 @@ VOR_LAYOUT(sizeof(VOR_PCUMGR_SET_STATUS) == 4);
 VOR_LAYOUT(offsetof(VOR_PCUMGR_SET_STATUS, set_status) == 0);
 
 /**
- * Registers the unit's module.
+ * Register the unit's module.
  *
- * @param serial_number  passed to the manager as it is
+ * @param serial_number  passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_pcu_config_module(vor_char* serial_number);
 
 /**
- * Switches the unit. Prints "Success" when the manager accepted.
+ * Enable or disable the unit. Prints "Success" when the manager accepted.
  *
- * @param is_enabled  passed to the manager as it is
+ * @param is_enabled  passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_pcu_config_enable(vor_uchar is_enabled);
 

@@ -20,44 +20,44 @@ VOR_LAYOUT(sizeof(VOR_SENSOR_SET_STAT) == 4);
 VOR_LAYOUT(offsetof(VOR_SENSOR_SET_STAT, set_status) == 0);
 
 /**
- * Sets the template that formats a flow's data.
+ * Set the template that formats a flow's data.
  *
- * @param sensor_name    passed to the manager as it is
- * @param flow_name      passed to the manager as it is
- * @param template_file  passed to the manager as it is
- * @param set_flag       sets or clears, in the manager's coding
+ * @param sensor_name    passed to the manager unchanged
+ * @param flow_name      passed to the manager unchanged
+ * @param template_file  passed to the manager unchanged
+ * @param set_flag       sets or clears, as the manager codes it
  */
 vor_int32 vor_cfg_set_flow_data_template(vor_char* sensor_name, vor_char* flow_name, vor_char* template_file,
                                          vor_boolean set_flag);
 
 /**
- * Sets the template that formats a flow's registration.
+ * Set the template that formats a flow's registration.
  *
- * @param sensor_name    passed to the manager as it is
- * @param flow_name      passed to the manager as it is
- * @param template_file  passed to the manager as it is
- * @param set_flag       sets or clears, in the manager's coding
+ * @param sensor_name    passed to the manager unchanged
+ * @param flow_name      passed to the manager unchanged
+ * @param template_file  passed to the manager unchanged
+ * @param set_flag       sets or clears, as the manager codes it
  */
 vor_int32 vor_cfg_set_flow_registration_template(vor_char* sensor_name, vor_char* flow_name, vor_char* template_file,
                                                  vor_boolean set_flag);
 
 /**
- * Sets the processing chain a flow passes through.
+ * Set the processing chain a flow passes through.
  *
- * @param sensor_name  passed to the manager as it is
- * @param flow_name    passed to the manager as it is
- * @param chain_name   passed to the manager as it is
- * @param set_flag     sets or clears, in the manager's coding
+ * @param sensor_name  passed to the manager unchanged
+ * @param flow_name    passed to the manager unchanged
+ * @param chain_name   passed to the manager unchanged
+ * @param set_flag     sets or clears, as the manager codes it
  */
 vor_int32 vor_cfg_set_sensor_flow_chain(vor_char* sensor_name, vor_char* flow_name, vor_char* chain_name,
                                         vor_boolean set_flag);
 
 /**
- * Sets the data channel a sensor reads.
+ * Set the data channel a sensor reads.
  *
- * @param sensor_name   passed to the manager as it is
- * @param channel_name  passed to the manager as it is
- * @param set_flag      sets or clears, in the manager's coding
+ * @param sensor_name   passed to the manager unchanged
+ * @param channel_name  passed to the manager unchanged
+ * @param set_flag      sets or clears, as the manager codes it
  */
 vor_int32 vor_cfg_set_sensor_channel(vor_char* sensor_name, vor_char* channel_name, vor_boolean set_flag);
 

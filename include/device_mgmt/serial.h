@@ -2,8 +2,8 @@
  * @file
  * serial.h: serial ports, held by the serial manager (serialmgr, SAP 16).
  *
- * No table of permitted speeds or formats stands on this side: the manager
- * judges. Every call but vor_cfg_serial_set_channel sets vor_errno to 0 first.
+ * This side has no table of permitted speeds or formats: the manager
+ * decides. Every call but vor_cfg_serial_set_channel sets vor_errno to 0 first.
  *
  * The data-bits, stop-bits, flow-control and parity calls never read their
  * answer: delivered requests return -4, whatever the manager said.
@@ -23,63 +23,63 @@ VOR_LAYOUT(sizeof(VOR_SERIALMGR_SET_STATUS) == 4);
 VOR_LAYOUT(offsetof(VOR_SERIALMGR_SET_STATUS, set_status) == 0);
 
 /**
- * Sets how often a port is polled.
+ * Set how often a port is polled.
  *
- * @param port_num      passed to the manager as it is
- * @param polling_freq  passed to the manager as it is, its unit too
- * @param option        passed to the manager as it is
+ * @param port_num      passed to the manager unchanged
+ * @param polling_freq  passed to the manager unchanged, and so is its unit
+ * @param option        passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_serial_polling(vor_int16 port_num, vor_uint32 polling_freq, vor_int16 option);
 
 /**
- * Sets a port's data bits.
+ * Set a port's data bits.
  *
- * @param port_num   passed to the manager as it is
- * @param data_bits  passed to the manager as it is
+ * @param port_num   passed to the manager unchanged
+ * @param data_bits  passed to the manager unchanged
  * @return -4 delivered, the verdict unread (or no buffer); -3 exchange refused; -1 no endpoint; never 0
  */
 vor_int32 vor_cfg_set_serial_databits(vor_int16 port_num, vor_int16 data_bits);
 
 /**
- * Sets a port's stop bits.
+ * Set a port's stop bits.
  *
- * @param port_num   passed to the manager as it is
- * @param stop_bits  passed to the manager as it is
+ * @param port_num   passed to the manager unchanged
+ * @param stop_bits  passed to the manager unchanged
  * @return -4 delivered, the verdict unread (or no buffer); -3 exchange refused; -1 no endpoint; never 0
  */
 vor_int32 vor_cfg_set_serial_stopbits(vor_int16 port_num, vor_int16 stop_bits);
 
 /**
- * Sets a port's line speed.
+ * Set a port's line speed.
  *
- * @param port_num  passed to the manager as it is
- * @param speed     passed to the manager as it is, its unit too
+ * @param port_num  passed to the manager unchanged
+ * @param speed     passed to the manager unchanged, and so is its unit
  */
 vor_int32 vor_cfg_set_serial_speed(vor_int16 port_num, vor_int32 speed);
 
 /**
- * Sets a port's flow control.
+ * Set a port's flow control.
  *
- * @param port_num      passed to the manager as it is
- * @param flow_control  passed to the manager as it is
+ * @param port_num      passed to the manager unchanged
+ * @param flow_control  passed to the manager unchanged
  * @return -4 delivered, the verdict unread (or no buffer); -3 exchange refused; -1 no endpoint; never 0
  */
 vor_int32 vor_cfg_set_serial_flowcontrol(vor_int16 port_num, vor_int16 flow_control);
 
 /**
- * Sets a port's parity.
+ * Set a port's parity.
  *
- * @param port_num  passed to the manager as it is
- * @param parity    passed to the manager as it is
+ * @param port_num  passed to the manager unchanged
+ * @param parity    passed to the manager unchanged
  * @return -4 delivered, the verdict unread (or no buffer); -3 exchange refused; -1 no endpoint; never 0
  */
 vor_int32 vor_cfg_set_serial_parity(vor_int16 port_num, vor_int16 parity);
 
 /**
- * Names the data channel a port feeds. vor_errno is left alone at the start.
+ * Name the data channel a port feeds. vor_errno is left alone at the start.
  *
- * @param port_num      passed to the manager as it is
- * @param channel_name  passed to the manager as it is
+ * @param port_num      passed to the manager unchanged
+ * @param channel_name  passed to the manager unchanged
  * @param set           accepted, never sent: naming and un-naming send the same message
  */
 vor_int32 vor_cfg_serial_set_channel(vor_int16 port_num, vor_char* channel_name, vor_boolean set);

@@ -3,8 +3,8 @@
  * snmp.h: the SNMP agent, held by the SNMP manager (snmpmgr, SAP 21).
  *
  * Every call sets vor_errno to 0 first. The two v2 calls and the switch are
- * one-way, return what the platform's send returned (not -3) and keep both
- * their message buffers.
+ * one-way, return what the platform's send returned (not -3) and never
+ * release their two message buffers.
  */
 #ifndef DEVICE_MGMT_SNMP_H
 #define DEVICE_MGMT_SNMP_H
@@ -22,54 +22,54 @@ VOR_LAYOUT(sizeof(VOR_SNMP_SET_STATUS) == 4);
 VOR_LAYOUT(offsetof(VOR_SNMP_SET_STATUS, set_status) == 0);
 
 /**
- * Sets an SNMPv2 community. One-way: the manager's verdict never comes back.
+ * Set an SNMPv2 community. One-way: the manager's verdict never comes back.
  *
- * @param name    community name, passed to the manager as it is
- * @param mode    passed to the manager as it is
- * @param option  passed to the manager as it is
+ * @param name    community name, passed to the manager unchanged
+ * @param mode    passed to the manager unchanged
+ * @param option  passed to the manager unchanged
  * @return the platform's send result; -1 no endpoint; -4 no buffer
  */
 vor_int32 vor_cfg_set_snmp_v2_server_community_name(vor_char* name, vor_uchar mode, vor_uchar option);
 
 /**
- * Sets the SNMPv2 trap receiver. One-way: the manager's verdict never comes back.
+ * Set the SNMPv2 trap receiver. One-way: the manager's verdict never comes back.
  *
- * @param ip_addr         text, passed to the manager as it is
- * @param community_name  passed to the manager as it is
- * @param option          passed to the manager as it is
+ * @param ip_addr         text, passed to the manager unchanged
+ * @param community_name  passed to the manager unchanged
+ * @param option          passed to the manager unchanged
  * @return the platform's send result; -1 no endpoint; -4 no buffer
  */
 vor_int32 vor_cfg_set_snmp_v2_trap_server(vor_char* ip_addr, vor_char* community_name, vor_uchar option);
 
 /**
- * Sets one SNMPv3 credential.
+ * Set one SNMPv3 credential.
  *
- * @param input_string  the credential, passed to the manager as it is
+ * @param input_string  the credential, passed to the manager unchanged
  * @param mode          1 or 0, the group of credentials; any other value sends no credential, only the option
  * @param option        1, 2 or 3, the credential within the group; any other value sends no credential, only itself
  */
 vor_int32 vor_cfg_set_snmp_server_v3_credentials(vor_char* input_string, vor_uchar mode, vor_uchar option);
 
 /**
- * Switches the SNMP agent. One-way: the manager's verdict never comes back.
+ * Enable or disable the SNMP agent. One-way: the manager's verdict never comes back.
  *
- * @param is_enabled  passed to the manager as it is
+ * @param is_enabled  passed to the manager unchanged
  * @return the platform's send result; -1 no endpoint; -4 no buffer
  */
 vor_int32 vor_cfg_set_snmp_server_enable(vor_uchar is_enabled);
 
 /**
- * Sets an SNMPv3 user's access.
+ * Set an SNMPv3 user's access.
  *
- * @param input_string  user name, passed to the manager as it is
- * @param access        passed to the manager as it is
+ * @param input_string  user name, passed to the manager unchanged
+ * @param access        passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_snmp_server_v3_user_access(vor_char* input_string, vor_uchar access);
 
 /**
- * Sets the SNMPv3 engine id.
+ * Set the SNMPv3 engine id.
  *
- * @param input_string  engine id, passed to the manager as it is
+ * @param input_string  engine id, passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_snmp_server_v3_engine_id(vor_char* input_string);
 

@@ -140,26 +140,26 @@ VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, rsrvd_0x3D) == 56);
 VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, pa_table) == 57);
 
 /**
- * Sets an interface's frequency.
+ * Set an interface's frequency.
  *
- * @param interface_num  passed to the manager as it is
- * @param frequency      passed to the manager as it is, its unit too
+ * @param interface_num  passed to the manager unchanged
+ * @param frequency      passed to the manager unchanged, and so is its unit
  */
 vor_int32 vor_cfg_set_sub1g_frequency(vor_int16 interface_num, vor_int16 frequency);
 
 /**
- * Binds a stream and its classifier to a data channel.
+ * Bind a stream and its classifier to a data channel.
  *
- * @param port_num      passed to the manager as it is
- * @param stream_name   passed to the manager as it is
- * @param classifier    passed to the manager as it is
- * @param channel_name  passed to the manager as it is
+ * @param port_num      passed to the manager unchanged
+ * @param stream_name   passed to the manager unchanged
+ * @param classifier    passed to the manager unchanged
+ * @param channel_name  passed to the manager unchanged
  */
 vor_int32 vor_cfg_sub1g_set_channel(vor_int16 port_num, vor_char* stream_name, vor_uchar classifier,
                                     vor_char* channel_name);
 
 /**
- * Reads the transceiver's registers. vor_errno is left alone.
+ * Read the transceiver's registers. vor_errno is left alone.
  *
  * @param sub1g_reg  receives a pointer to the snapshot, in a buffer that is already handed back: copy it at once, never
  *                   free it. Preset it to null: an answer that is no snapshot leaves it and still returns 0
@@ -168,10 +168,10 @@ vor_int32 vor_cfg_sub1g_set_channel(vor_int16 port_num, vor_char* stream_name, v
 vor_int32 vor_cfg_get_reg_values(SUB1G_CONFIG_REG** sub1g_reg);
 
 /**
- * Sets an interface's power.
+ * Set an interface's power.
  *
- * @param interface_num  passed to the manager as it is
- * @param power          passed to the manager as it is, its unit too
+ * @param interface_num  passed to the manager unchanged
+ * @param power          passed to the manager unchanged, and so is its unit
  */
 vor_int32 vor_cfg_set_sub1g_power(vor_int16 interface_num, vor_int16 power);
 

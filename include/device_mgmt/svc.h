@@ -27,57 +27,57 @@ VOR_LAYOUT(sizeof(SVC_CHAIN_CONFIGURE_STATUS) == 4);
 VOR_LAYOUT(offsetof(SVC_CHAIN_CONFIGURE_STATUS, set_status) == 0);
 
 /**
- * Binds the REST service to an interface (restmgr, SAP 3).
+ * Bind the REST service to an interface (restmgr, SAP 3).
  *
- * @param service_name  passed to the manager as it is
- * @param bind_iface    passed to the manager as it is
+ * @param service_name  passed to the manager unchanged
+ * @param bind_iface    passed to the manager unchanged
  */
 vor_int32 vor_cfg_rest_set_bind_addr(vor_char* service_name, vor_char* bind_iface);
 
 /**
- * Names the REST service's application (restmgr, SAP 3).
+ * Name the REST service's application (restmgr, SAP 3).
  *
- * @param service_name  passed to the manager as it is
- * @param app_name      passed to the manager as it is
+ * @param service_name  passed to the manager unchanged
+ * @param app_name      passed to the manager unchanged
  */
 vor_int32 vor_cfg_rest_set_app(vor_char* service_name, vor_char* app_name);
 
 /**
- * Points the REST service at its peer (restmgr, SAP 3).
+ * Point the REST service at its peer (restmgr, SAP 3).
  *
- * @param service_name     passed to the manager as it is
- * @param ip_address       text, passed to the manager as it is
+ * @param service_name     passed to the manager unchanged
+ * @param ip_address       text, passed to the manager unchanged
  * @param port_number      passed to the manager as a signed 16-bit number
- * @param security_option  passed to the manager as it is
+ * @param security_option  passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_rest_config(vor_char* service_name, vor_char* ip_address, vor_int16 port_number,
                                   vor_int16 security_option);
 
 /**
- * Declares a protocol service (datamgr, SAP 10).
+ * Declare a protocol service (datamgr, SAP 10).
  *
- * @param service_name  passed to the manager as it is
- * @param protocol      passed to the manager as it is
+ * @param service_name  passed to the manager unchanged
+ * @param protocol      passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_protocol_svc(vor_char* service_name, vor_int16 protocol);
 
 /**
- * Defines a service chain and waits for the verdict (svcmgr, SAP 9). Sets vor_errno to 0 first.
+ * Define a service chain and wait for the verdict (svcmgr, SAP 9). Sets vor_errno to 0 first.
  *
- * @param mode        passed to the manager as it is
- * @param chain_name  passed to the manager as it is
- * @param elm_count   how many member names follow; not checked, how many a message holds is the platform's
+ * @param mode        passed to the manager unchanged
+ * @param chain_name  passed to the manager unchanged
+ * @param elm_count   how many member names follow; not checked: the platform limits how many fit in a message
  * @param ...         elm_count texts (vor_char*), the members in order
  * @return the common codes; -1 with vor_errno 0 also for an answer that is not the service chain's, whose buffers
- *         stay taken
+ *         are never released
  */
 vor_int32 vor_cfg_set_service_chain(vor_uchar mode, vor_char* chain_name, vor_uchar elm_count, ...);
 
 /**
- * Binds an application to a transport service, at the SAP the caller names.
+ * Bind an application to a transport service, at the SAP the caller names.
  *
- * @param service_name  passed to the receiver as it is
- * @param app_name      passed to the receiver as it is
+ * @param service_name  passed to the receiver unchanged
+ * @param app_name      passed to the receiver unchanged
  * @param app_sap_id    the receiving SAP, as a 16-bit pattern
  */
 vor_int32 vor_cfg_tp_set_app(vor_char* service_name, vor_char* app_name, vor_int16 app_sap_id);

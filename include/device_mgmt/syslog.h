@@ -29,17 +29,17 @@ VOR_LAYOUT(sizeof(RSYSLOG_CONFIGURE_STATUS) == 4);
 VOR_LAYOUT(offsetof(RSYSLOG_CONFIGURE_STATUS, set_status) == 0);
 
 /**
- * Sets the syslog server. Sets vor_errno to 0 first.
+ * Set the syslog server. Sets vor_errno to 0 first.
  *
- * @param mode         passed to the manager as it is
- * @param ip_address   dotted quad; a text that does not parse is sent as 0.0.0.0
+ * @param mode         passed to the manager unchanged
+ * @param ip_address   dotted quad; text that does not parse is sent as 0.0.0.0
  * @param port_number  the server's port
- * @param protocol     passed to the manager as it is
+ * @param protocol     passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_sysloginfo(vor_uchar mode, vor_char* ip_address, vor_uint16 port_number, vor_uchar protocol);
 
 /**
- * Does nothing. Kept so that programs link: nothing is asked and nothing is written.
+ * Do nothing. Kept so that programs link: no message is sent and nothing is written.
  *
  * @param ip_address   left untouched
  * @param port_number  left untouched

@@ -17,16 +17,16 @@ VOR_LAYOUT(sizeof(struct _vor_ntpmgr_set_status_) == 4);
 VOR_LAYOUT(offsetof(struct _vor_ntpmgr_set_status_, set_status) == 0);
 
 /**
- * Names the NTP server.
+ * Name the NTP server.
  *
- * @param server_name  host name or address, passed to the manager as it is
- * @param port_no      passed to the manager in all 32 bits
+ * @param server_name  host name or address, passed to the manager unchanged
+ * @param port_no      passed to the manager as all 32 bits
  * @param option       its low 16 bits are passed to the manager
  */
 vor_int32 vor_set_ntp_server(vor_char* server_name, vor_uint32 port_no, vor_int32 option);
 
 /**
- * Selects the time zone by its index.
+ * Select the time zone by its index.
  *
  * @param time_zone_index  an index into the manager's table
  * @param option           its low 16 bits are passed to the manager

@@ -15,235 +15,235 @@
 VOR_DECLARATIONS_BEGIN
 
 /**
- * Binds an air conditioner to a data channel.
+ * Bind an air conditioner to a data channel.
  *
- * @param sensor_name   the object, passed to the manager as it is
- * @param channel_name  passed to the manager as it is
- * @param option        passed to the manager as it is
+ * @param sensor_name   the object, passed to the manager unchanged
+ * @param channel_name  passed to the manager unchanged
+ * @param option        passed to the manager unchanged
  */
 vor_int32 vor_cfg_towermon_obj_aircon_channel_name(vor_char* sensor_name, vor_char* channel_name, vor_uchar option);
 
 /**
- * Binds a battery to a data channel.
+ * Bind a battery to a data channel.
  *
- * @param sensor_name   the object, passed to the manager as it is
- * @param channel_name  passed to the manager as it is
- * @param option        passed to the manager as it is
+ * @param sensor_name   the object, passed to the manager unchanged
+ * @param channel_name  passed to the manager unchanged
+ * @param option        passed to the manager unchanged
  */
 vor_int32 vor_cfg_towermon_obj_battery_channel_name(vor_char* sensor_name, vor_char* channel_name, vor_uchar option);
 
 /**
- * Binds a fan to a data channel.
+ * Bind a fan to a data channel.
  *
- * @param sensor_name   the object, passed to the manager as it is
- * @param channel_name  passed to the manager as it is
- * @param option        passed to the manager as it is
+ * @param sensor_name   the object, passed to the manager unchanged
+ * @param channel_name  passed to the manager unchanged
+ * @param option        passed to the manager unchanged
  */
 vor_int32 vor_cfg_towermon_obj_fan_channel_name(vor_char* sensor_name, vor_char* channel_name, vor_uchar option);
 
 /**
- * Binds a generator set to a data channel.
+ * Bind a generator set to a data channel.
  *
- * @param sensor_name   the object, passed to the manager as it is
- * @param channel_name  passed to the manager as it is
- * @param option        passed to the manager as it is
+ * @param sensor_name   the object, passed to the manager unchanged
+ * @param channel_name  passed to the manager unchanged
+ * @param option        passed to the manager unchanged
  */
 vor_int32 vor_cfg_towermon_obj_genset_channel_name(vor_char* sensor_name, vor_char* channel_name, vor_uchar option);
 
 /**
- * Binds a power measurement to a data channel.
+ * Bind a power measurement to a data channel.
  *
- * @param sensor_name   the object, passed to the manager as it is
- * @param channel_name  passed to the manager as it is
- * @param option        passed to the manager as it is
+ * @param sensor_name   the object, passed to the manager unchanged
+ * @param channel_name  passed to the manager unchanged
+ * @param option        passed to the manager unchanged
  */
 vor_int32 vor_cfg_towermon_obj_power_measurement_channel_name(vor_char* sensor_name, vor_char* channel_name,
                                                               vor_uchar option);
 
 /**
- * Binds a power supply to a data channel.
+ * Bind a power supply to a data channel.
  *
- * @param sensor_name   the object, passed to the manager as it is
- * @param channel_name  passed to the manager as it is
- * @param option        passed to the manager as it is
+ * @param sensor_name   the object, passed to the manager unchanged
+ * @param channel_name  passed to the manager unchanged
+ * @param option        passed to the manager unchanged
  */
 vor_int32 vor_cfg_towermon_obj_power_supply_channel_name(vor_char* sensor_name, vor_char* channel_name,
                                                          vor_uchar option);
 
 /**
- * Binds a UPS to a data channel.
+ * Bind a UPS to a data channel.
  *
- * @param sensor_name   the object, passed to the manager as it is
- * @param channel_name  passed to the manager as it is
- * @param option        passed to the manager as it is
+ * @param sensor_name   the object, passed to the manager unchanged
+ * @param channel_name  passed to the manager unchanged
+ * @param option        passed to the manager unchanged
  */
 vor_int32 vor_cfg_towermon_obj_ups_channel_name(vor_char* sensor_name, vor_char* channel_name, vor_uchar option);
 
 /**
- * Binds a temperature sensor to a data channel.
+ * Bind a temperature sensor to a data channel.
  *
- * @param sensor_name   the object, passed to the manager as it is
- * @param channel_name  passed to the manager as it is
- * @param option        passed to the manager as it is
+ * @param sensor_name   the object, passed to the manager unchanged
+ * @param channel_name  passed to the manager unchanged
+ * @param option        passed to the manager unchanged
  */
 vor_int32 vor_cfg_towermon_obj_temp_sensor_channel_name(vor_char* sensor_name, vor_char* channel_name,
                                                         vor_uchar option);
 
 /**
- * Binds a humidity sensor to a data channel.
+ * Bind a humidity sensor to a data channel.
  *
- * @param sensor_name   the object, passed to the manager as it is
- * @param channel_name  passed to the manager as it is
- * @param option        passed to the manager as it is
+ * @param sensor_name   the object, passed to the manager unchanged
+ * @param channel_name  passed to the manager unchanged
+ * @param option        passed to the manager unchanged
  */
 vor_int32 vor_cfg_towermon_obj_humidity_sensor_channel_name(vor_char* sensor_name, vor_char* channel_name,
                                                             vor_uchar option);
 
 /**
- * Binds a proximity sensor to a data channel.
+ * Bind a proximity sensor to a data channel.
  *
- * @param sensor_name   the object, passed to the manager as it is
- * @param channel_name  passed to the manager as it is
- * @param option        passed to the manager as it is
+ * @param sensor_name   the object, passed to the manager unchanged
+ * @param channel_name  passed to the manager unchanged
+ * @param option        passed to the manager unchanged
  */
 vor_int32 vor_cfg_towermon_obj_proximity_sensor_channel_name(vor_char* sensor_name, vor_char* channel_name,
                                                              vor_uchar option);
 
 /**
- * Binds a fire sensor to a data channel.
+ * Bind a fire sensor to a data channel.
  *
- * @param sensor_name   the object, passed to the manager as it is
- * @param channel_name  passed to the manager as it is
- * @param option        passed to the manager as it is
+ * @param sensor_name   the object, passed to the manager unchanged
+ * @param channel_name  passed to the manager unchanged
+ * @param option        passed to the manager unchanged
  */
 vor_int32 vor_cfg_towermon_obj_fire_sensor_channel_name(vor_char* sensor_name, vor_char* channel_name,
                                                         vor_uchar option);
 
 /**
- * Binds a door sensor to a data channel.
+ * Bind a door sensor to a data channel.
  *
- * @param sensor_name   the object, passed to the manager as it is
- * @param channel_name  passed to the manager as it is
- * @param option        passed to the manager as it is
+ * @param sensor_name   the object, passed to the manager unchanged
+ * @param channel_name  passed to the manager unchanged
+ * @param option        passed to the manager unchanged
  */
 vor_int32 vor_cfg_towermon_obj_door_sensor_channel_name(vor_char* sensor_name, vor_char* channel_name,
                                                         vor_uchar option);
 
 /**
- * Gives an air conditioner its physical id.
+ * Set an air conditioner's physical id.
  *
- * @param sensor_name  the object, passed to the manager as it is
- * @param id           passed to the manager as it is
+ * @param sensor_name  the object, passed to the manager unchanged
+ * @param id           passed to the manager unchanged
  * @param option       accepted, never sent
  */
 vor_int32 vor_cfg_towermon_obj_aircon_physical_id(vor_char* sensor_name, vor_uchar id, vor_uchar option);
 
 /**
- * Gives a battery its physical id.
+ * Set a battery's physical id.
  *
- * @param sensor_name  the object, passed to the manager as it is
- * @param id           passed to the manager as it is
+ * @param sensor_name  the object, passed to the manager unchanged
+ * @param id           passed to the manager unchanged
  * @param option       accepted, never sent
  */
 vor_int32 vor_cfg_towermon_obj_battery_physical_id(vor_char* sensor_name, vor_uchar id, vor_uchar option);
 
 /**
- * Gives a fan its physical id.
+ * Set a fan's physical id.
  *
- * @param sensor_name  the object, passed to the manager as it is
- * @param id           passed to the manager as it is
+ * @param sensor_name  the object, passed to the manager unchanged
+ * @param id           passed to the manager unchanged
  * @param option       accepted, never sent
  */
 vor_int32 vor_cfg_towermon_obj_fan_physical_id(vor_char* sensor_name, vor_uchar id, vor_uchar option);
 
 /**
- * Gives a generator set its physical id.
+ * Set a generator set's physical id.
  *
- * @param sensor_name  the object, passed to the manager as it is
- * @param id           passed to the manager as it is
+ * @param sensor_name  the object, passed to the manager unchanged
+ * @param id           passed to the manager unchanged
  * @param option       accepted, never sent
  */
 vor_int32 vor_cfg_towermon_obj_genset_physical_id(vor_char* sensor_name, vor_uchar id, vor_uchar option);
 
 /**
- * Gives a power measurement its physical id.
+ * Set a power measurement's physical id.
  *
- * @param sensor_name  the object, passed to the manager as it is
- * @param id           passed to the manager as it is
+ * @param sensor_name  the object, passed to the manager unchanged
+ * @param id           passed to the manager unchanged
  * @param option       accepted, never sent
  */
 vor_int32 vor_cfg_towermon_obj_power_measurement_physical_id(vor_char* sensor_name, vor_uchar id, vor_uchar option);
 
 /**
- * Gives a power supply its physical id.
+ * Set a power supply's physical id.
  *
- * @param sensor_name  the object, passed to the manager as it is
- * @param id           passed to the manager as it is
+ * @param sensor_name  the object, passed to the manager unchanged
+ * @param id           passed to the manager unchanged
  * @param option       accepted, never sent
  */
 vor_int32 vor_cfg_towermon_obj_power_supply_physical_id(vor_char* sensor_name, vor_uchar id, vor_uchar option);
 
 /**
- * Gives a UPS its physical id.
+ * Set a UPS's physical id.
  *
- * @param sensor_name  the object, passed to the manager as it is
- * @param id           passed to the manager as it is
+ * @param sensor_name  the object, passed to the manager unchanged
+ * @param id           passed to the manager unchanged
  * @param option       accepted, never sent
  */
 vor_int32 vor_cfg_towermon_obj_ups_physical_id(vor_char* sensor_name, vor_uchar id, vor_uchar option);
 
 /**
- * Ties a battery to its UPS.
+ * Assign a battery to its UPS.
  *
- * @param battery_name  the object, passed to the manager as it is
- * @param ups_name      passed to the manager as it is
+ * @param battery_name  the object, passed to the manager unchanged
+ * @param ups_name      passed to the manager unchanged
  * @param option        accepted, never sent
  */
 vor_int32 vor_cfg_towermon_obj_battery_ups_name(vor_char* battery_name, vor_char* ups_name, vor_uchar option);
 
 /**
- * Gives a battery its string number.
+ * Set a battery's string number.
  *
- * @param battery_name  the object, passed to the manager as it is
- * @param string_num    passed to the manager as it is, as a signed 16-bit number
+ * @param battery_name  the object, passed to the manager unchanged
+ * @param string_num    passed to the manager as a signed 16-bit number
  * @param option        accepted, never sent
  */
 vor_int32 vor_cfg_towermon_obj_battery_string_num(vor_char* battery_name, vor_uint16 string_num, vor_uchar option);
 
 /**
- * Sets a generator set's 9 alert levels.
+ * Set a generator set's 9 alert levels.
  *
- * @param sensor_name  the object, passed to the manager as it is
- * @param alert_1      passed to the manager as it is
- * @param alert_2      passed to the manager as it is
- * @param alert_3      passed to the manager as it is
- * @param alert_4      passed to the manager as it is
- * @param alert_5      passed to the manager as it is
- * @param alert_6      passed to the manager as it is
- * @param alert_7      passed to the manager as it is
- * @param alert_8      passed to the manager as it is
- * @param alert_9      passed to the manager as it is
+ * @param sensor_name  the object, passed to the manager unchanged
+ * @param alert_1      passed to the manager unchanged
+ * @param alert_2      passed to the manager unchanged
+ * @param alert_3      passed to the manager unchanged
+ * @param alert_4      passed to the manager unchanged
+ * @param alert_5      passed to the manager unchanged
+ * @param alert_6      passed to the manager unchanged
+ * @param alert_7      passed to the manager unchanged
+ * @param alert_8      passed to the manager unchanged
+ * @param alert_9      passed to the manager unchanged
  */
 vor_int32 vor_cfg_towermon_obj_genset_alerts(vor_char* sensor_name, vor_int32 alert_1, vor_int32 alert_2,
                                              vor_int32 alert_3, vor_int32 alert_4, vor_int32 alert_5, vor_int32 alert_6,
                                              vor_int32 alert_7, vor_int32 alert_8, vor_int32 alert_9);
 
 /**
- * Sets a power measurement's 12 alert levels.
+ * Set a power measurement's 12 alert levels.
  *
- * @param sensor_name  the object, passed to the manager as it is
- * @param alert_1      passed to the manager as it is
- * @param alert_2      passed to the manager as it is
- * @param alert_3      passed to the manager as it is
- * @param alert_4      passed to the manager as it is
- * @param alert_5      passed to the manager as it is
- * @param alert_6      passed to the manager as it is
- * @param alert_7      passed to the manager as it is
- * @param alert_8      passed to the manager as it is
- * @param alert_9      passed to the manager as it is
- * @param alert_10     passed to the manager as it is
- * @param alert_11     passed to the manager as it is
- * @param alert_12     passed to the manager as it is
+ * @param sensor_name  the object, passed to the manager unchanged
+ * @param alert_1      passed to the manager unchanged
+ * @param alert_2      passed to the manager unchanged
+ * @param alert_3      passed to the manager unchanged
+ * @param alert_4      passed to the manager unchanged
+ * @param alert_5      passed to the manager unchanged
+ * @param alert_6      passed to the manager unchanged
+ * @param alert_7      passed to the manager unchanged
+ * @param alert_8      passed to the manager unchanged
+ * @param alert_9      passed to the manager unchanged
+ * @param alert_10     passed to the manager unchanged
+ * @param alert_11     passed to the manager unchanged
+ * @param alert_12     passed to the manager unchanged
  */
 vor_int32 vor_cfg_towermon_obj_power_measurement_alerts(vor_char* sensor_name, vor_int32 alert_1, vor_int32 alert_2,
                                                         vor_int32 alert_3, vor_int32 alert_4, vor_int32 alert_5,
@@ -252,21 +252,21 @@ vor_int32 vor_cfg_towermon_obj_power_measurement_alerts(vor_char* sensor_name, v
                                                         vor_int32 alert_12);
 
 /**
- * Sets a power supply's 12 alert levels.
+ * Set a power supply's 12 alert levels.
  *
- * @param sensor_name  the object, passed to the manager as it is
- * @param alert_1      passed to the manager as it is
- * @param alert_2      passed to the manager as it is
- * @param alert_3      passed to the manager as it is
- * @param alert_4      passed to the manager as it is
- * @param alert_5      passed to the manager as it is
- * @param alert_6      passed to the manager as it is
- * @param alert_7      passed to the manager as it is
- * @param alert_8      passed to the manager as it is
- * @param alert_9      passed to the manager as it is
- * @param alert_10     passed to the manager as it is
- * @param alert_11     passed to the manager as it is
- * @param alert_12     passed to the manager as it is
+ * @param sensor_name  the object, passed to the manager unchanged
+ * @param alert_1      passed to the manager unchanged
+ * @param alert_2      passed to the manager unchanged
+ * @param alert_3      passed to the manager unchanged
+ * @param alert_4      passed to the manager unchanged
+ * @param alert_5      passed to the manager unchanged
+ * @param alert_6      passed to the manager unchanged
+ * @param alert_7      passed to the manager unchanged
+ * @param alert_8      passed to the manager unchanged
+ * @param alert_9      passed to the manager unchanged
+ * @param alert_10     passed to the manager unchanged
+ * @param alert_11     passed to the manager unchanged
+ * @param alert_12     passed to the manager unchanged
  */
 vor_int32 vor_cfg_towermon_obj_power_supply_alerts(vor_char* sensor_name, vor_int32 alert_1, vor_int32 alert_2,
                                                    vor_int32 alert_3, vor_int32 alert_4, vor_int32 alert_5,
@@ -275,60 +275,60 @@ vor_int32 vor_cfg_towermon_obj_power_supply_alerts(vor_char* sensor_name, vor_in
                                                    vor_int32 alert_12);
 
 /**
- * Sets a UPS's 2 alert levels.
+ * Set a UPS's 2 alert levels.
  *
- * @param sensor_name  the object, passed to the manager as it is
- * @param alert_1      passed to the manager as it is
- * @param alert_2      passed to the manager as it is
+ * @param sensor_name  the object, passed to the manager unchanged
+ * @param alert_1      passed to the manager unchanged
+ * @param alert_2      passed to the manager unchanged
  */
 vor_int32 vor_cfg_towermon_obj_ups_alerts(vor_char* sensor_name, vor_int32 alert_1, vor_int32 alert_2);
 
 /**
- * Sets a temperature sensor's threshold.
+ * Set a temperature sensor's threshold.
  *
- * @param sensor_name      the object, passed to the manager as it is
- * @param threshold        passed to the manager as it is
- * @param criticality      passed to the manager as it is
+ * @param sensor_name      the object, passed to the manager unchanged
+ * @param threshold        passed to the manager unchanged
+ * @param criticality      passed to the manager unchanged
  * @param threshold_value  its low 16 bits are passed to the manager, signed: values outside -32768 to 32767 wrap
- * @param option           passed to the manager as it is
+ * @param option           passed to the manager unchanged
  */
 vor_int32 vor_cfg_towermon_obj_temp_sensor_threshold_set(vor_char* sensor_name, vor_int16 threshold,
                                                          vor_int16 criticality, vor_int32 threshold_value,
                                                          vor_uchar option);
 
 /**
- * Sets a humidity sensor's threshold.
+ * Set a humidity sensor's threshold.
  *
- * @param sensor_name      the object, passed to the manager as it is
- * @param threshold        passed to the manager as it is
- * @param criticality      passed to the manager as it is
+ * @param sensor_name      the object, passed to the manager unchanged
+ * @param threshold        passed to the manager unchanged
+ * @param criticality      passed to the manager unchanged
  * @param threshold_value  its low 16 bits are passed to the manager, signed: values outside -32768 to 32767 wrap
- * @param option           passed to the manager as it is
+ * @param option           passed to the manager unchanged
  */
 vor_int32 vor_cfg_towermon_obj_humidity_sensor_threshold_set(vor_char* sensor_name, vor_int16 threshold,
                                                              vor_int16 criticality, vor_int32 threshold_value,
                                                              vor_uchar option);
 
 /**
- * Sets the tower's name.
+ * Set the tower's name.
  *
- * @param tower_name  passed to the manager as it is
+ * @param tower_name  passed to the manager unchanged
  * @param option      accepted, never sent
  */
 vor_int32 vor_cfg_towermon_set_tower_name(vor_char* tower_name, vor_uchar option);
 
 /**
- * Sets the tower's location.
+ * Set the tower's location.
  *
- * @param tower_location  passed to the manager as it is
+ * @param tower_location  passed to the manager unchanged
  * @param option          accepted, never sent
  */
 vor_int32 vor_cfg_towermon_set_tower_location(vor_char* tower_location, vor_uchar option);
 
 /**
- * Sets the tower's id.
+ * Set the tower's id.
  *
- * @param sensor_id  passed to the manager as it is
+ * @param sensor_id  passed to the manager unchanged
  * @param option     accepted, never sent
  */
 vor_int32 vor_cfg_towermon_set_tower_id(vor_uint32 sensor_id, vor_uchar option);

@@ -21,7 +21,7 @@
 #endif
 /* clang-format on */
 
-/* Records go out as they lie in memory. */
+/* Records are sent as they lie in memory. */
 #if !defined(__BYTE_ORDER__) || __BYTE_ORDER__ != __ORDER_LITTLE_ENDIAN__
 #error "device_mgmt: this processor is not little-endian, and the records that the managers read are"
 #endif
@@ -45,7 +45,7 @@ typedef uint64_t vor_uint64;
 typedef uint32_t vor_ip_address; /* IPv4, network byte order */
 
 /**
- * What the calls return, by name. A call's own text says where a code means something else for it.
+ * What the calls return, by name. A call's own text says where a code means something else.
  */
 typedef enum vor_code {
     VOR_CODE_DONE = 0,                 /**< the manager accepted, or a one-way message was handed over */

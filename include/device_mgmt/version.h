@@ -2,9 +2,9 @@
  * @file
  * version.h: the library's version, known when a program is compiled.
  *
- * The one place of the version: the build, the packages and the SONAME take it
- * from here. Within one major version programs go on working without being
- * built anew; docs/abi.md has the rule.
+ * The version is defined only here: the build, the packages and the SONAME take it
+ * from this file. Within one major version programs keep working without being
+ * rebuilt; docs/abi.md has the rule.
  */
 #ifndef DEVICE_MGMT_VERSION_H
 #define DEVICE_MGMT_VERSION_H
@@ -14,7 +14,7 @@
 #define DEVICE_MGMT_VERSION_MINOR 0
 #define DEVICE_MGMT_VERSION_PATCH 0
 
-/* Is it so much or later? For #if and static_assert; nothing is called. */
+/* Is it this version or later? For #if and static_assert; nothing is called. */
 #define DEVICE_MGMT_VERSION_AT_LEAST(major, minor, patch)                                                              \
     (DEVICE_MGMT_VERSION_MAJOR * 1000000 + DEVICE_MGMT_VERSION_MINOR * 1000 + DEVICE_MGMT_VERSION_PATCH >=             \
      (major)*1000000 + (minor)*1000 + (patch))

@@ -11,10 +11,10 @@
 VOR_DECLARATIONS_BEGIN
 
 /**
- * Names the data channel the monitor feeds. One-way: its verdict never comes back.
+ * Name the data channel the monitor feeds. One-way: its verdict never comes back.
  *
- * @param channel_name  passed to the monitor as it is
- * @param set           passed to the monitor as it is
+ * @param channel_name  passed to the monitor unchanged
+ * @param set           passed to the monitor unchanged
  * @return 0 sent; -1 for every failure, vor_errno is never touched
  */
 vor_int32 set_wifi_monitor_channel_name(vor_char* channel_name, vor_boolean set);

@@ -36,16 +36,15 @@ void Batch::ask(const std::function<bool(std::size_t)>& selected)
     }
 }
 
-std::size_t column_of(const InputError& complaint, const std::vector<Word>& words)
+std::size_t column_of(const InputError& complaint, const std::vector<Word>& words, std::string_view line)
 {
-    if (complaint.place.column != 0) {
-        return complaint.place.column;
+    std::size_t column = complaint.place.column;
+    if (column == 0 && complaint.word == InputError::no_word) {
+        column = words.empty() ? 1 : words.front().column;
+    } else if (column == 0) {
+        column = complaint.word < words.size() ? words[complaint.word].column : words.back().end;
     }
-    if (complaint.word == InputError::no_word) {
-        return words.empty() ? 1 : words.front().column;
-    }
-    return complaint.word < words.size() ? words[complaint.word].column
-                                         : words.back().column + words.back().text.size();
+    return column_in(line, column);
 }
 
 std::optional<PreparedCall> Batch::next()
@@ -70,7 +69,8 @@ std::optional<PreparedCall> Batch::next()
                 return planned;
             }
         } catch (InputError& complaint) {
-            complaint.place = {name_, line_, column_of(complaint, words)};
+            complaint.place = {name_, line_, column_of(complaint, words, line)};
+            complaint.hint = complaint.hint.empty() ? hint_about(words) : complaint.hint;
             throw;
         }
     }

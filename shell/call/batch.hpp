@@ -12,8 +12,8 @@
 
 namespace vorcfg {
 
-// The column of the word that an error is about; behind the last for one that is missing.
-std::size_t column_of(const InputError& complaint, const std::vector<Word>& words);
+// The column of the wrong word in its line; after the last for a missing one.
+std::size_t column_of(const InputError& complaint, const std::vector<Word>& words, std::string_view line);
 
 // The calls of a batch, one after the other. None is kept: memory holds only the text and the secrets.
 class Batch {

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -17,6 +18,7 @@
 #include "call/observer.hpp"
 #include "input/input_error.hpp"
 #include "rows/binding.hpp"
+#include "text/parse.hpp"
 #include "text/text.hpp"
 
 using namespace vorcfg;
@@ -266,6 +268,28 @@ vor_int32 add(TLV_CHAIN* chain, Element element, Arguments... arguments)
 }
 
 } // namespace
+
+// Managers' sockets are sap-0 to sap-240; from 0x1000 on they are vorcfg's own.
+std::string vorcfg::deserted_directory()
+{
+    constexpr std::string_view prefix = "sap-";
+    constexpr unsigned first_of_shells = 0x1000;
+    static auto* const operation = reinterpret_cast<const char* (*)()>(dlsym(RTLD_DEFAULT, "vorinfra_directory"));
+    const char* const directory = operation != nullptr ? operation() : nullptr;
+    if (directory == nullptr) {
+        return {};
+    }
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator(directory, ignored)) {
+        const std::string name = entry.path().filename().string();
+        const bool is_manager = name.starts_with(prefix) &&
+                                vor::number_in<unsigned>(name.substr(prefix.size())).value_or(0) < first_of_shells;
+        if (is_manager || name == "konfd.socket") {
+            return {};
+        }
+    }
+    return directory;
+}
 
 Observer::Observer(Settings wanted, const Row& called, std::span<const Value> given)
     : settings(wanted), row(called), values(given), endpoint_(vor_cfg_get_ipc_endpoint())

@@ -203,13 +203,14 @@ std::string without_secrets(std::string_view text, std::span<const Value> values
 std::string unfit_text(const Message& message)
 {
     if (message.unfit == Unfit::elements) {
-        return fmt::format("{} elements, and a message holds {}", message.elements.size(), message.room);
+        return fmt::format("{} elements, but a message has room for {}", message.elements.size(), message.room);
     }
     std::size_t bytes = 0;
     for (const Element& element : message.elements) {
         bytes += element.bytes.size();
     }
-    return fmt::format("{} bytes of text, and a message holds {} with what stands around them", bytes, message.room);
+    return fmt::format("{} bytes of text, but a message has room for {}, element headers included", bytes,
+                       message.room);
 }
 
 std::string described(const Message& message, const Row& row, std::span<const Value> values)

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include <vorinfra.h>
@@ -19,7 +20,8 @@ struct Observation {
     std::vector<Message> messages;
     std::optional<std::uint16_t> trace_switched; // the module whose platform trace was switched
     std::optional<std::uint32_t> timer;          // milliseconds
-    bool unconnected = false;                    // konfd's socket could not be had
+    bool unconnected = false;                    // konfd could not be reached
+    std::string deserted{};                      // the platform's directory, where nothing listens in it
 };
 
 // Watches until it goes out of scope.
@@ -44,5 +46,8 @@ public:
 private:
     VOR_IPC_HANDLE* const endpoint_; // comes back behind a call that is only captured
 };
+
+// The directory of the simulated gateway's sockets, where none of its managers is there. Empty on another platform.
+std::string deserted_directory();
 
 } // namespace vorcfg

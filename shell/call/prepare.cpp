@@ -14,7 +14,7 @@ namespace vorcfg {
 
 namespace {
 
-// A line may leave its secret out where something else says where it comes from.
+// A line may leave its secret out where an option or a prompt provides it.
 std::vector<Word> with_secret(const Row& row, std::span<const Word> words, const SecretSources& sources)
 {
     std::vector<Word> all(words.begin(), words.end());
@@ -30,7 +30,7 @@ std::vector<Word> with_secret(const Row& row, std::span<const Word> words, const
     const bool asked_for = sources.left_out->text != "?";
     if (at == 0) {
         if (asked_for) {
-            throw InputError{"has no secret argument"};
+            throw InputError{"takes no secret argument"};
         }
     } else if (all.size() + 1 == wanted && !(at < all.size() && is_secret_source(all[at]))) {
         all.insert(all.begin() + static_cast<std::ptrdiff_t>(at), *sources.left_out);
@@ -40,7 +40,7 @@ std::vector<Word> with_secret(const Row& row, std::span<const Word> words, const
     return all;
 }
 
-// Names stand behind the words without one; a text that only looks like one is a text.
+// Named arguments come after those without a name; text that only looks like a name is text.
 const Argument* named_argument(const Row& row, const Word& word, bool after_a_name)
 {
     if (word.named == 0) {
@@ -60,7 +60,7 @@ const Argument* named_argument(const Row& row, const Word& word, bool after_a_na
     if (!near.empty() || after_a_name || word.quoted) {
         const bool hidden = std::ranges::any_of(row.arguments(), &Argument::is_secret); // it may be misplaced
         throw InputError{.text = fmt::format("no argument \"{}\"{}", hidden ? vor::mask : name,
-                                             vor::suggestion(near, "wanted: " + vor::joined(known, " "))),
+                                             vor::suggestion(near, "expected " + vor::alternatives(known))),
                          .word = word.index};
     }
     return nullptr;
@@ -81,7 +81,7 @@ std::vector<Word> in_order(const Row& row, std::vector<Word> words, const Secret
     for (auto word = first; word != words.end(); ++word) {
         const Argument* const argument = named_argument(row, *word, true);
         if (argument == nullptr) {
-            throw InputError{.text = "a word without a name stands before those with one", .word = word->index};
+            throw InputError{.text = "arguments without a name must come before named ones", .word = word->index};
         }
         Word value = *word;
         value.text.erase(0, value.named + 1);
@@ -89,7 +89,8 @@ std::vector<Word> in_order(const Row& row, std::vector<Word> words, const Secret
         if (argument->is_list) {
             listed.push_back(std::move(value));
         } else if (!named.emplace(argument->name, std::move(value)).second) {
-            throw InputError{"is given twice", exit_usage, std::string(argument->name), word->index};
+            throw InputError{fmt::format("{} is given twice", argument->name), exit_usage, std::string(argument->name),
+                             word->index};
         }
     }
     for (const Argument& argument : row.arguments()) {
@@ -99,7 +100,8 @@ std::vector<Word> in_order(const Row& row, std::vector<Word> words, const Secret
         const auto value = named.find(argument.name);
         if (at++ < static_cast<std::size_t>(first - words.begin())) {
             if (value != named.end()) {
-                throw InputError{"is given twice", exit_usage, std::string(argument.name), value->second.index};
+                throw InputError{fmt::format("{} is given twice", argument.name), exit_usage,
+                                 std::string(argument.name), value->second.index};
             }
         } else if (value != named.end()) {
             all.push_back(std::move(value->second));
@@ -108,7 +110,8 @@ std::vector<Word> in_order(const Row& row, std::vector<Word> words, const Secret
         } else if (!argument.decided_by.empty()) {
             all.push_back({{}, words.size(), true});
         } else {
-            throw InputError{"is missing", exit_usage, std::string(argument.name), words.size()};
+            throw InputError{fmt::format("needs {}", argument.name), exit_usage, std::string(argument.name),
+                             words.size()};
         }
     }
     all.insert(all.end(), listed.begin(), listed.end());
@@ -123,22 +126,23 @@ PreparedCall plan(std::span<const Word> line, Secrets& secrets, const Place& pla
     for (std::size_t i = 0; i < words.size(); i++) {
         words[i].index = i;
     }
-    const Family& family = wanted_family(words[0].text);
+    const Expected expected = place.file.empty() ? Expected::command_or_family : Expected::family;
+    const Family& family = require_family(words[0].text, expected);
     if (words.size() == 1) {
-        throw InputError{fmt::format("the call's name is missing; vorcfg {} --help lists them", family.name)};
+        throw InputError{.text = fmt::format("{} needs a call", family.name),
+                         .hint = fmt::format("vorcfg help {} lists its calls", family.name)};
     }
-    const Row& row = wanted_row(words[0].text, words[1].text);
+    const Row& row = require_row(words[0].text, words[1].text);
     try {
         if (row.make == nullptr) {
-            throw InputError{.text = fmt::format("cannot be called on its own; what uses it: {}", row.used_by),
-                             .word = 1};
+            throw InputError{.text = fmt::format("cannot be made on its own; used by {}", row.used_by), .word = 1};
         }
         const std::vector<Word> all = in_order(row, std::move(words), secrets.sources());
         Reading reading{row, all, place, secrets, {}};
         (row.read != nullptr ? row.read : read_words)(reading);
         return {&row, std::move(reading.values), place};
-    } catch (InputError& complaint) {
-        complaint.call = row.full_name();
+    } catch (InputError& error) {
+        error.call = row.full_name();
         throw;
     }
 }

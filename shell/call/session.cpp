@@ -156,6 +156,10 @@ CallResult Session::make(PreparedCall& planned)
     }
     report.manager_errno = vor_errno;
     report.seen = std::move(watch.seen);
+    const auto is_lost = [](const Message& message) { return !message.delivered; };
+    if (!settings_.capture && (report.seen.unconnected || std::ranges::any_of(report.seen.messages, is_lost))) {
+        report.seen.deserted = deserted_directory();
+    }
     const bool captured = settings_.capture && (!report.seen.messages.empty() || report.seen.trace_switched);
     report.verdict = captured ? Verdict{Outcome::dry_run, "dry run, nothing sent"}
                               : judged(row, report.back, report.manager_errno, report.seen);
@@ -187,15 +191,16 @@ void rehearse(PreparedCall& planned)
         if (message.unfit != Unfit::no) {
             const auto arguments = planned.row->arguments();
             const std::size_t value = most_of(planned, message.unfit);
-            throw InputError{.text = fmt::format("does not fit: {}", unfit_text(message)),
-                             .argument = std::string(arguments[std::min(value, arguments.size() - 1)].name),
+            const std::string argument(arguments[std::min(value, arguments.size() - 1)].name);
+            throw InputError{.text = fmt::format("{} does not fit: {}", argument, unfit_text(message)),
+                             .argument = argument,
                              .word = planned.values[value].word,
                              .call = planned.row->full_name()};
         }
     }
     if (report.seen.messages.empty() && !report.back.succeeded()) {
         throw InputError{
-            .text = fmt::format("the library refuses this, nothing would be sent (code {})", *report.back.code),
+            .text = fmt::format("the library refuses this call and would send nothing (code {})", *report.back.code),
             .word = 1,
             .call = planned.row->full_name()};
     }

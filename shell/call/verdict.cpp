@@ -59,12 +59,21 @@ std::string timer_text(const Observation& seen)
     return seen.timer ? fmt::format("; timer of {} ms started", *seen.timer) : "";
 }
 
+Verdict nothing_listens(const Observation& seen)
+{
+    return {Outcome::not_delivered, fmt::format("not delivered: nothing listens in {}", vor::printable(seen.deserted)),
+            "start vorsim, or set VORINFRA_DIR"};
+}
+
 Verdict undelivered(const Message& message, const Returned& back, const Observation& seen)
 {
     const std::string manager = manager_name(message.sap);
     if (message.timed_out) {
         return {Outcome::unknown, fmt::format("unknown: no answer from {} in time, it may or may not have been done{}",
                                               manager, code_text(back))};
+    }
+    if (!seen.deserted.empty() && message.unfit == Unfit::no && !seen.timer) {
+        return nothing_listens(seen);
     }
     if (message.unserved) {
         return {Outcome::not_delivered,
@@ -99,6 +108,9 @@ Verdict judged_konfd(const Returned& back, const Observation& seen)
     const std::string code = code_text(back);
     if (back.code == 0) {
         return {Outcome::accepted, "accepted by konfd"};
+    }
+    if (seen.unconnected && !seen.deserted.empty()) {
+        return nothing_listens(seen);
     }
     if (seen.unconnected) {
         return {Outcome::not_delivered, fmt::format("not delivered: no connection{}; is konfd running?", code)};

@@ -13,7 +13,7 @@ constexpr RecordField notice[] = {record_field<vor_int16>("seconds", 0)};
 FAMILY(common, part<vor_cfg_create_ipc_endpoint>("create-ipc-endpoint", "every call that asks a manager"),
        part<vor_cfg_remove_ipc_endpoint>("remove-ipc-endpoint", "every call that asks a manager"),
        part<vor_cfg_get_ipc_endpoint>("get-ipc-endpoint", "every call that asks a manager"),
-       part<vor_cfg_set_ipc_endpoint>("set-ipc-endpoint", "nothing here: the shell binds its own endpoint"),
+       part<vor_cfg_set_ipc_endpoint>("set-ipc-endpoint", "no command: vorcfg binds its own endpoint"),
        part<vor_cfg_create_sock_endpoint>("create-sock-endpoint", "konfd query"),
        part<vor_cfg_remove_sock_endpoint>("remove-sock-endpoint", "konfd query"),
        part<vor_cfg_get_sock_endpoint>("get-sock-endpoint", "konfd query"),

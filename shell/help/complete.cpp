@@ -17,8 +17,8 @@ namespace vorcfg {
 
 namespace {
 
-// The files whose names begin as typed, sorted, a directory with a slash behind it; one that begins with a dot only
-// where that is typed. Where `home` says so, ~/ is the home directory, as the shell will read it.
+// The files whose names begin as typed, sorted; a directory has a slash after it, and names with a leading dot are
+// offered only where the dot is typed. With `home`, ~/ is the home directory, as the shell will expand it.
 std::vector<std::string> paths_that_begin(std::string_view typed, bool home)
 {
     namespace fs = std::filesystem;
@@ -65,7 +65,7 @@ public:
     }
 
 private:
-    // The words before; an option whose value is the current one is pending.
+    // The words before the current one; an option is pending if the current word is its value.
     void take(std::span<const Word> words)
     {
         for (const Word& word : words) {
@@ -103,7 +103,7 @@ private:
         }
     }
 
-    // The value of an option, or a command's word, as the usage names it.
+    // The value of an option or the operand of a command, by its name in the usage.
     void offer_named(std::string_view name, std::string_view before, std::string_view typed)
     {
         if (name == "FILE" || name == "JOURNAL") {
@@ -140,7 +140,7 @@ private:
         }
     }
 
-    // Those that the usage of a call with words of its own names.
+    // Those in the usage of a call that reads its own words.
     void offer_own_options(const Row& row)
     {
         static constexpr std::string_view letters = "abcdefghijklmnopqrstuvwxyz-";
@@ -183,7 +183,7 @@ private:
         }
     }
 
-    // "help [FAMILY [CALL]]": the word that stands where the current one does.
+    // The operand in the current position, as in "help [FAMILY [CALL]]".
     void offer_word_of(const Command& command)
     {
         std::string usage(command.usage);
@@ -257,7 +257,7 @@ private:
     std::string current_;
     std::vector<std::string> before_;
     const OptionRow* pending_ = nullptr;
-    bool over_ = false; // a -- stood there
+    bool over_ = false; // after a --
     std::vector<Candidate> found_;
 };
 
@@ -296,7 +296,7 @@ std::string_view completion_script(std::string_view shell)
     const auto found = std::ranges::find(script_texts, shell, &vor::BuiltIn::stem);
     if (found == std::end(script_texts)) {
         throw InputError{
-            fmt::format("no completion for \"{}\"; wanted: {}", shell, vor::joined(completed_shells(), ", "))};
+            fmt::format("no completion for \"{}\"; expected {}", shell, vor::alternatives(completed_shells()))};
     }
     return found->text;
 }

@@ -9,44 +9,105 @@
 #include "rows/contract.hpp"
 #include "rows/families.hpp"
 #include "text/nearest.hpp"
+#include "text/text.hpp"
 
 namespace vorcfg {
 
 namespace {
 
-constexpr std::string_view about_vorcfg = "changes a gateway's settings, one call or one batch file at a time";
-constexpr std::string_view about_words =
-    "Numbers are decimal or 0x. A secret is given as @FILE, - (a line of standard\n"
-    "input) or ? (a prompt); left out on the command line, it is asked for.\n";
+constexpr std::string_view about_vorcfg = "vorcfg configures a gateway: one call, a batch of calls or a whole site";
+constexpr std::string_view about_words = "Numbers are decimal or 0x. A secret is given as @FILE, - (a line of standard "
+                                         "input) or '?' (a prompt); one left out "
+                                         "on the command line is prompted for.";
 
-constexpr std::size_t line_width = 100;
+constexpr std::size_t line_width = 80;
 
-// Fills lines up, each begun with so many blanks.
-std::string filled(std::string_view text, std::size_t indent)
+// Breaks the text into lines that fit, all but the first indented; `column` is where the first begins.
+std::string filled(std::string_view text, std::size_t indent, std::size_t column)
 {
     std::string out;
-    std::size_t column = 0;
     while (!text.empty()) {
         const std::size_t end = std::min(text.find(' '), text.size());
         const std::string_view word = text.substr(0, end);
         text.remove_prefix(std::min(end + 1, text.size()));
-        if (column != 0 && column + 1 + word.size() > line_width) {
-            out += '\n';
-            column = 0;
+        const std::size_t width = vor::characters_in(word);
+        if (!out.empty() && column + 1 + width > line_width) {
+            out += '\n' + std::string(indent, ' ');
+            column = indent;
+        } else if (!out.empty()) {
+            out += ' ';
+            column++;
         }
-        out += column == 0 ? std::string(indent, ' ') : " ";
-        column = (column == 0 ? indent : column + 1) + word.size();
         out += word;
+        column += width;
     }
     return out + '\n';
 }
+
+std::string paragraph(std::string_view text, std::size_t indent = 0)
+{
+    return std::string(indent, ' ') + filled(text, indent, indent);
+}
+
+// Two columns, the second filled.
+class Columns {
+public:
+    void add(std::string name, std::string about) { rows_.emplace_back(std::move(name), std::move(about)); }
+
+    std::string text() const
+    {
+        std::size_t width = 0;
+        for (const auto& [name, about] : rows_) {
+            width = std::max(width, name.size());
+        }
+        const std::size_t second = 2 + width + 2;
+        std::string text;
+        for (const auto& [name, about] : rows_) {
+            text += fmt::format("  {:<{}}  {}", name, width, filled(about, second, second));
+        }
+        return text;
+    }
+
+private:
+    std::vector<std::pair<std::string, std::string>> rows_;
+};
 
 std::string option_text(const OptionRow& row)
 {
     return row.value.empty() ? std::string(row.name) : fmt::format("{} {}", row.name, row.value);
 }
 
-bool holds(const Row& row, const std::string& word)
+std::string options_text(bool (*shown)(const OptionRow&), bool with_commands = true)
+{
+    Columns columns;
+    for (const OptionRow& row : option_rows()) {
+        if (shown(row)) {
+            columns.add(option_text(row), row.commands.empty() || !with_commands
+                                              ? std::string(row.about)
+                                              : fmt::format("{} ({})", row.about, row.commands));
+        }
+    }
+    return columns.text();
+}
+
+// By group; between them an empty line, or nothing.
+std::string commands_text(std::string_view between)
+{
+    std::string text;
+    for (std::size_t group = 0; group < std::size(group_titles); group++) {
+        Columns columns;
+        for (const Command& command : commands()) {
+            if (command.group == static_cast<CommandGroup>(group)) {
+                columns.add(std::string(command.usage.empty() ? "(no arguments)" : command.usage),
+                            std::string(command.about));
+            }
+        }
+        text += fmt::format("{}{}:\n{}", between, group_titles[group], columns.text());
+    }
+    return text;
+}
+
+bool mentions(const Row& row, const std::string& word)
 {
     const auto has = [&](std::string_view text) { return vor::folded(text).find(word) != std::string::npos; };
     const CallContract& contract = contract_of(row);
@@ -55,20 +116,20 @@ bool holds(const Row& row, const std::string& word)
                                [&](const Argument& each) { return has(each.name) || has(contract.about(each)); });
 }
 
-template <class Wanted>
-std::string listed(bool json, Wanted wanted)
+template <class Selects>
+std::string listed(bool json, Selects selects)
 {
     std::string text;
     for (const Family* const family : families()) {
         for (const Row& row : family->rows) {
-            if (!wanted(row)) {
+            if (!selects(row)) {
                 continue;
             }
             if (json) {
                 text += json_of(row);
             } else {
                 text += usage_of(row);
-                text += row.used_by.empty() ? "\n" : fmt::format(" (not on its own; used by: {})\n", row.used_by);
+                text += row.used_by.empty() ? "\n" : fmt::format(" (not on its own; used by {})\n", row.used_by);
             }
         }
     }
@@ -79,75 +140,110 @@ std::string listed(bool json, Wanted wanted)
 
 std::string help()
 {
-    std::string text = fmt::format("vorcfg {}.\n\n", about_vorcfg);
-    for (const Command& command : commands()) {
-        text += fmt::format("  vorcfg {:<26} {}\n", command.usage, command.about);
-    }
-    text += "\nFamilies:\n";
+    std::string text =
+        fmt::format("{}.\n{}\nOptions:\n{}\nOptions of some commands:\n{}\n{}\nFamilies:\n", about_vorcfg,
+                    commands_text("\n"), options_text([](const OptionRow& row) { return row.commands.empty(); }),
+                    options_text([](const OptionRow& row) { return !row.commands.empty(); }), paragraph(about_words));
+    Columns known;
     for (const Family* const family : families()) {
-        text += fmt::format("  {:<13}{}\n", family->name, about(*family));
+        known.add(std::string(family->name), about(*family));
     }
-    text += "\nOptions:\n";
-    for (const OptionRow& row : option_rows()) {
-        text += fmt::format("  {:<22}{}\n", option_text(row), row.about);
-    }
-    text += fmt::format("\n{}\nExit codes:\n", about_words);
+    Columns exits;
     for (std::size_t code = 0; code < std::size(exit_texts); code++) {
-        text += fmt::format("  {:>2} {}\n", code, exit_texts[code]);
+        exits.add(fmt::format("{:>2}", code), std::string(exit_texts[code]));
     }
-    return text;
+    return fmt::format("{}{}\nExit codes:\n{}", text, known.text(), exits.text());
+}
+
+std::string brief_help()
+{
+    return fmt::format("{}.\n{}Options; vorcfg --help lists all of them:\n{}", about_vorcfg, commands_text(""),
+                       options_text([](const OptionRow& row) { return row.brief; }, false));
 }
 
 std::string help(const Command& command)
 {
-    return fmt::format("vorcfg {}: {}\n{}{}", command.usage, command.about, command.more.empty() ? "" : "\n",
-                       command.more);
+    const std::string text = fmt::format("usage: vorcfg {}\n\n{}\n", command.usage, command.about);
+    return command.more.empty() ? text : text + '\n' + paragraph(command.more);
 }
 
 std::string help(const Family& family)
 {
-    std::string text = fmt::format("vorcfg {}: {}\n\n", family.name, about(family));
+    Columns calls;
+    for (const Row& row : family.rows) {
+        calls.add(std::string(row.name), summary_of(row));
+    }
+    return fmt::format("usage: vorcfg {} CALL ARGUMENT...\n\n{}\n\n{}", family.name, about(family), calls.text());
+}
+
+// The names alone, in as many columns as fit.
+std::string brief_help(const Family& family)
+{
     std::size_t width = 0;
     for (const Row& row : family.rows) {
         width = std::max(width, row.name.size() + 2);
     }
-    for (const Row& row : family.rows) {
-        text += fmt::format("  {:<{}}{}\n", row.name, width, summary_of(row));
+    const std::size_t columns = (line_width - 2) / width;
+    std::string text = fmt::format("usage: vorcfg {} CALL ARGUMENT...\n", family.name);
+    for (std::size_t i = 0; i < family.rows.size(); i++) {
+        const bool ends = i % columns == columns - 1 || i + 1 == family.rows.size();
+        const std::size_t padded = ends ? 0 : width;
+        text += fmt::format("{}{:<{}}{}", i % columns == 0 ? "  " : "", family.rows[i].name, padded, ends ? "\n" : "");
     }
     return text;
 }
 
+namespace {
+
+std::string usage_text(const Row& row)
+{
+    return filled(fmt::format("usage: vorcfg {}", usage_of(row)), 4, 0);
+}
+
+} // namespace
+
 std::string help(const Row& row)
 {
     const CallContract& contract = contract_of(row);
-    std::string text = fmt::format("vorcfg {}\n\n", usage_of(row));
+    std::string text = usage_text(row) + '\n';
     if (row.read != nullptr) {
-        text += filled(summary_of(row), 0);
+        text += paragraph(summary_of(row));
     } else {
-        for (const std::string& paragraph : contract.paragraphs) {
-            text += filled(paragraph, 0);
+        for (const std::string& each : contract.paragraphs) {
+            text += paragraph(each);
         }
     }
     if (!row.used_by.empty()) {
-        return text + fmt::format("Not called on its own; what uses it: {}\n", row.used_by);
+        return text + fmt::format("Not made on its own; used by {}\n", row.used_by);
     }
     for (const std::string_view remark : remarks_of(row)) {
-        text += fmt::format("{}\n", remark);
+        text += paragraph(remark);
     }
     text += row.usage_help;
     for (const Argument& argument : row.arguments()) {
         if (row.read != nullptr || !argument.is_given()) {
             continue;
         }
-        text += fmt::format("\n  {}\n{}", argument.name, filled(kind_text(argument), 6));
-        if (const std::string_view meaning = contract.about(argument); !meaning.empty()) {
-            text += filled(meaning, 6);
-        }
+        const std::string_view meaning = contract.meaning(argument);
+        text += fmt::format("\n  {}\n{}{}", argument.name, paragraph(kind_text(argument), 6),
+                            meaning.empty() ? "" : paragraph(meaning, 6));
     }
     if (row.read == nullptr) {
-        text += '\n' + filled(fmt::format("The library returns {}.", contract.returned), 0);
+        text +=
+            '\n' + paragraph(default_meaning) + paragraph(fmt::format("The library returns {}.", contract.returned));
     }
     return text + fmt::format("\nExample: vorcfg {}\n", example_call(row));
+}
+
+std::string brief_help(const Row& row)
+{
+    Columns arguments;
+    for (const Argument& argument : row.arguments()) {
+        if (row.read == nullptr && argument.is_given()) {
+            arguments.add(std::string(argument.name), kind_text(argument));
+        }
+    }
+    return fmt::format("{}{}\n{}{}", usage_text(row), summary_of(row), row.usage_help, arguments.text());
 }
 
 std::string list(const Family* family, bool json)
@@ -157,7 +253,7 @@ std::string list(const Family* family, bool json)
 
 std::string search(std::string_view word, bool json)
 {
-    return listed(json, [wanted = vor::folded(word)](const Row& row) { return holds(row, wanted); });
+    return listed(json, [folded = vor::folded(word)](const Row& row) { return mentions(row, folded); });
 }
 
 } // namespace vorcfg

@@ -1,4 +1,4 @@
-// help.hpp: what there is to call, and how.
+// help.hpp: help, lists of calls, manual pages and completion.
 #pragma once
 
 #include <span>
@@ -12,41 +12,47 @@
 
 namespace vorcfg {
 
+// All of it; the brief one is on one screen of 24 rows.
 std::string help();
 std::string help(const Family& family);
 std::string help(const Row& row);
 std::string help(const Command& command);
+std::string brief_help();
+std::string brief_help(const Family& family);
+std::string brief_help(const Row& row);
 
-// Every call, of one family where it is named, or of those that hold the word.
+// Shows the text through $PAGER, or less, where standard output is a terminal; else prints it.
+void page(std::string_view text);
+
+// Adds a hint to an error about an argument, and lines that show where it is.
+void point_out(InputError& error, std::span<const Word> words);
+
+// All calls, those of one family, or those that mention the word.
 std::string list(const Family* family, bool json);
 std::string search(std::string_view word, bool json);
 
-// A reference page: of all families that a header declares, printed from their rows, the header, and the calls
-// themselves, made against the gateway that answers. Throws a InputError that names the examples that failed.
-std::string page(std::string_view header);
-
-// The manual pages: those in pages/, with what the tables know filled in, and one of each family; in mdoc.
+// The manual pages in mdoc: those in pages/, filled in from the tables, and one for each family.
 std::vector<std::string> manual_pages(); // "vorcfg.1", "vorcfg-gpio.1", ...
-// Throws a InputError that names the nearest.
+// Throws an InputError that suggests similar names.
 std::string manual(std::string_view page);
 
-// --- Completion, of any shell ---------------------------------------------------------
+// --- Completion, for any shell ---------------------------------------------------------
 
 struct Candidate {
-    std::string word; // empty: nothing to put there, only something to say
+    std::string word; // empty: only a hint
     std::string hint;
 };
 
-// What the last of the words may become; it may be empty.
+// How the last of the words, which may be empty, can be completed.
 std::vector<Candidate> candidates(std::span<const Word> words);
 
-// Whether a blank follows, or the word goes on.
+// Whether a space follows, or the word continues.
 bool is_whole(std::string_view word);
 
-// One a line, its hint behind a tab.
+// One per line, followed by a tab and its hint.
 std::string completions(std::span<const Word> words);
 
-// The script by which a shell asks for them. A InputError names the shells there are.
+// The script by which a shell asks for them. Throws an InputError that lists the known shells.
 std::string_view completion_script(std::string_view shell);
 std::vector<std::string_view> completed_shells();
 

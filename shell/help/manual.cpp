@@ -28,7 +28,7 @@ std::string replaced(std::string text, std::string_view from, std::string_view t
     return text;
 }
 
-// As it is to be read; a line that began with a dot or a quote would be a request.
+// As plain text: a line that begins with a dot or a quote would be a request.
 std::string escaped(std::string_view text)
 {
     std::string out = fmt::format("\n{}", text);
@@ -38,13 +38,13 @@ std::string escaped(std::string_view text)
     return out.substr(1);
 }
 
-// All as one argument of a macro: a word by itself may be a macro's name.
+// All as one argument of a macro: a single word could be the name of a macro.
 std::string argument(std::string_view text)
 {
     return fmt::format("\"\\&{}\"", replaced(escaped(text), "\"", "\"\""));
 }
 
-// Lines filled up, each sentence begun on one of its own.
+// Filled lines; each sentence begins a new one.
 std::string filled(std::string_view text)
 {
     std::string out;
@@ -82,13 +82,22 @@ std::string literal(std::string_view lines)
     return fmt::format(".Bd -literal -offset indent\n{}{}.Ed\n", escaped(lines), lines.ends_with('\n') ? "" : "\n");
 }
 
-// An item of a list, in a sentence.
-std::string item(std::string_view tag, std::string_view text)
+std::string sentence(std::string text)
 {
-    return fmt::format(".It {}\n{}", tag, filled(fmt::format("{}.", text)));
+    if (!text.empty()) {
+        text.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(text.front())));
+        text += '.';
+    }
+    return text;
 }
 
-// The day that SOURCE_DATE_EPOCH says, else today.
+// An item of a list, as a sentence.
+std::string item(std::string_view tag, std::string_view text)
+{
+    return fmt::format(".It {}\n{}", tag, filled(sentence(std::string(text))));
+}
+
+// The day of SOURCE_DATE_EPOCH, else today.
 std::string day()
 {
     const char* const given = std::getenv("SOURCE_DATE_EPOCH");
@@ -111,7 +120,7 @@ std::string usage_macros(std::string_view name, std::string_view usage)
     return macros;
 }
 
-// What a page has where it says @SYNOPSIS@ or the like.
+// The texts that replace @SYNOPSIS@ and the like in a page.
 std::vector<std::pair<std::string_view, std::string>> fillings()
 {
     std::string synopsis;
@@ -142,7 +151,7 @@ std::vector<std::pair<std::string_view, std::string>> fillings()
             {"@OPTIONS@\n", options}, {"@FAMILIES@\n", known},    {"@EXIT_STATUS@\n", exits}};
 }
 
-// The header's text, without the file's name before it.
+// The text of the header without the name of the file before it.
 std::string without_file(std::string text)
 {
     const std::size_t name = text.find(".h: ");
@@ -158,9 +167,9 @@ std::string arguments_of(const Row& row, const CallContract& contract)
     std::string items;
     for (const Argument& each : row.arguments()) {
         if (each.is_given()) {
-            const std::string_view meaning = contract.about(each);
+            const std::string_view meaning = contract.meaning(each);
             items += item(fmt::format("Ar {}", each.name), kind_text(each));
-            items += meaning.empty() ? "" : filled(fmt::format("{}.", meaning));
+            items += filled(sentence(std::string(meaning)));
         }
     }
     return items.empty() ? "" : fmt::format(".Bl -tag -width Ds\n{}.El\n", items);
@@ -171,7 +180,7 @@ std::string section_of(const Row& row)
     const CallContract& contract = contract_of(row);
     std::string text = fmt::format(".Ss {}\n", escaped(row.full_name()));
     if (row.read != nullptr) {
-        text += filled(summary_of(row)) + literal(row.usage_help);
+        text += filled(sentence(summary_of(row))) + literal(row.usage_help);
     } else {
         text += literal(contract.declaration);
         for (const std::string& each : contract.paragraphs) {
@@ -179,7 +188,7 @@ std::string section_of(const Row& row)
         }
     }
     if (!row.used_by.empty()) {
-        return text + paragraph(fmt::format("Not called on its own; what uses it: {}.", row.used_by));
+        return text + paragraph(fmt::format("Not made on its own; used by {}.", row.used_by));
     }
     for (const std::string_view remark : remarks_of(row)) {
         text += paragraph(remark);
@@ -203,7 +212,7 @@ std::string page_of(const Family& family)
     for (const std::string& each : contract_of(family).paragraphs) {
         description += description.empty() ? filled(without_file(each)) : paragraph(without_file(each));
     }
-    text += ".Sh DESCRIPTION\n" + description;
+    text += ".Sh DESCRIPTION\n" + description + paragraph(default_meaning);
     for (const Row& row : family.rows) {
         text += section_of(row);
     }
@@ -242,7 +251,7 @@ std::string manual(std::string_view page)
             return page_of(*family);
         }
     }
-    throw InputError{fmt::format("no page \"{}\"{}", page,
+    throw InputError{fmt::format("no manual page \"{}\"{}", page,
                                  vor::suggestion(vor::nearest(page, manual_pages()), "vorcfg manual lists them"))};
 }
 

@@ -1,4 +1,4 @@
-// input_error.hpp: what the shell says instead of doing what it was told.
+// input_error.hpp: what is wrong with what was typed, and the exit codes.
 #pragma once
 
 #include <cstddef>
@@ -26,26 +26,26 @@ enum ExitCode : int {
     exit_ended,
 };
 
-// What each means, as help and the manual tell it.
+// What each means, in help and the manual.
 inline constexpr std::string_view exit_texts[] = {
     "accepted, sent one-way, or done",
     "refused by the manager or konfd",
-    "bad usage, a bad argument or a bad file; nothing was sent",
+    "wrong usage, argument or file; nothing was sent",
     "not delivered",
     "nothing was sent",
     "delivered, the verdict cannot be read",
     "unknown: no answer in time",
-    "no endpoint, the platform cannot be used",
-    "a file, a secret or a terminal cannot be read",
-    "a call contradicts what was seen",
+    "no endpoint: the platform cannot be used",
+    "a file, a secret or the terminal cannot be read",
+    "the call's result contradicts its messages",
     "standard output cannot be written",
-    "a plan has something to make",
+    "the plan has calls to make",
     "the journal cannot be used",
-    "interrupted, or taken back",
+    "interrupted, or reverted",
 };
 static_assert(std::size(exit_texts) == exit_ended + 1, "a text for each code");
 
-// Where a line of a batch stands; all empty on the command line.
+// A place in a file of calls; all empty on the command line.
 struct Place {
     std::string file{};
     std::size_t line = 0;

@@ -9,18 +9,18 @@
 #include "input/input_error.hpp"
 #include "text/nearest.hpp"
 #include "text/parse.hpp"
+#include "text/text.hpp"
 
 namespace vorcfg {
 
 namespace {
 
-// The number that the text stands for, if it stands for one within these bounds.
+// The number in the text, which must be within the limits.
 std::uint32_t within(std::uint32_t least, std::uint32_t most, std::optional<std::uint32_t> number, const OptionRow& row,
-                     std::string_view text, std::string_view what)
+                     std::string_view text, std::string_view unit = {})
 {
     if (!number || *number < least || *number > most) {
-        throw InputError{
-            fmt::format("{}: \"{}\" is no {}; a number from {} to {} is wanted", row.name, text, what, least, most)};
+        throw InputError{fmt::format("{} must be {} to {}{}, not {}", row.name, least, most, unit, vor::quoted(text))};
     }
     return *number;
 }
@@ -49,18 +49,17 @@ void take_seconds(Options& options, const OptionRow& row, std::string_view value
     if (time && *time % second == time->zero()) {
         whole = static_cast<unsigned>(*time / second);
     }
-    options.*Member = within(1, day, whole, row, value, "number of seconds");
+    options.*Member = within(1, day, whole, row, value, " seconds");
 }
 
 void take_sap(Options& options, const OptionRow& row, std::string_view value)
 {
-    options.sap =
-        static_cast<std::uint16_t>(within(0, UINT16_MAX, vor::number_in<std::uint32_t>(value), row, value, "SAP"));
+    options.sap = static_cast<std::uint16_t>(within(0, UINT16_MAX, vor::number_in<std::uint32_t>(value), row, value));
 }
 
 void take_line(Options& options, const OptionRow& row, std::string_view value)
 {
-    options.from = within(1, UINT32_MAX, vor::number_in<std::uint32_t>(value), row, value, "line");
+    options.from = within(1, UINT32_MAX, vor::number_in<std::uint32_t>(value), row, value);
 }
 
 void take_color(Options& options, const OptionRow& row, std::string_view value)
@@ -78,79 +77,92 @@ void take_password(Options& options, const OptionRow& row, std::string_view valu
 }
 
 constexpr OptionRow rows[] = {
-    {{"--json", "", "one JSON object per call, and per complaint"}, take<&Options::json>},
-    {{"--trace", "", "show each message and its answer on standard error"}, take<&Options::trace>},
-    {{"--dry-run", "", "show the exact messages, send nothing; needs no gateway"},
+    {{"--dry-run", "", "show the exact messages and send nothing; needs no gateway"},
      take<&Options::dry_run>,
-     "a call, batch"},
-    {{"--sap", "N", "the shell's own endpoint; by default a free one from 0x1000 up"}, take_sap},
-    {{"--yes", "", "for a call that wants to be confirmed; ask nothing"}, take<&Options::yes>},
-    {{"--keep-going", "", "go on with a batch after a failure"}, take<&Options::keep_going>, "batch, apply"},
-    {{"--timeout", "SECONDS", "a call that takes longer is unknown"},
+     "a call, batch",
+     true},
+    {{"--trace", "", "show each message and its answer on standard error"}, take<&Options::trace>},
+    {{"--json", "", "print one JSON object per call and per error"}, take<&Options::json>},
+    {{"--yes", "", "ask nothing; make calls that require it"}, take<&Options::yes>, {}, true},
+    {{"--sap", "N", "bind this endpoint; default: the first free one from 0x1000 on"}, take_sap},
+    {{"--password-file", "FILE", "read the call's secret argument from FILE"}, take_password},
+    {{"--password-stdin", "", "read the call's secret argument from standard input"}, take_password},
+    {{"--keep-going", "", "continue after a failed call"}, take<&Options::keep_going>, "batch, apply"},
+    {{"--timeout", "SECONDS", "treat a call that takes longer as unknown"},
      take_seconds<&Options::timeout>,
      "batch, apply, revert"},
-    {{"--set", "NAME=VALUE", "what ${NAME} stands for in a batch file"},
+    {{"--set", "NAME=VALUE", "replace ${NAME} in the file with VALUE"},
      take<&Options::sets>,
      "batch, check, plan, apply"},
-    {{"--vars", "FILE", "the same from a file, one NAME=VALUE a line"},
+    {{"--vars", "FILE", "read variables from FILE, one NAME=VALUE per line"},
      take<&Options::vars>,
-     "batch, check, plan, apply"},
-    {{"--journal", "FILE", "what a gateway accepted; by default the batch file's name and .journal"},
+     "batch, check, plan, apply",
+     true},
+    {{"--journal", "FILE", "keep what was accepted in FILE; default: the file's name and .journal"},
      take<&Options::journal>,
      "plan, apply"},
-    {{"--gateway", "NAME", "the gateway that the journal is of; kept there"}, take<&Options::gateway>, "plan, apply"},
-    {{"--from", "LINE", "plan and apply from this line on"}, take_line, "plan, apply"},
-    {{"--only", "FAMILY", "plan and apply the calls of one family"}, take<&Options::only>, "plan, apply"},
-    {{"--retry-unknown", "", "make again what was begun and has no verdict"}, take<&Options::retry_unknown>, "apply"},
-    {{"--skip-unknown", "", "leave out what was begun and has no verdict"}, take<&Options::skip_unknown>, "apply"},
+    {{"--gateway", "NAME", "name the gateway; its journal keeps the name"}, take<&Options::gateway>, "plan, apply"},
+    {{"--from", "LINE", "start at this line"}, take_line, "plan, apply"},
+    {{"--only", "FAMILY", "take only the calls of one family"}, take<&Options::only>, "plan, apply"},
+    {{"--confirm", "SECONDS", "revert what apply changed unless confirmed in time"},
+     take_seconds<&Options::confirm>,
+     "apply"},
+    {{"--retry-unknown", "", "make calls again whose outcome is unknown"}, take<&Options::retry_unknown>, "apply"},
+    {{"--skip-unknown", "", "leave out calls whose outcome is unknown"}, take<&Options::skip_unknown>, "apply"},
     {{"--resend-secrets", "", "make accepted calls with a secret again"},
      take<&Options::resend_secrets>,
      "plan, apply"},
-    {{"--confirm", "SECONDS", "take back what apply changed, unless it is confirmed in this time"},
-     take_seconds<&Options::confirm>,
-     "apply"},
-    {{"--html", "", "a report as a page for a browser or a printer"}, take<&Options::html>, "report"},
-    {{"--password-file", "FILE", "take the call's secret argument from a file"}, take_password},
-    {{"--password-stdin", "", "take the call's secret argument from standard input"}, take_password},
+    {{"--html", "", "print the report as a page for a browser or a printer"}, take<&Options::html>, "report"},
     {{"--color", "WHEN", "colour the output: auto (at a terminal), always or never"}, take_color},
-    {{"--help", "", "help, also on a family, a call or a command"}, take<&Options::help>},
-    {{"--version", "", "the version"}, take<&Options::version>},
+    {{"--help", "", "show help; after a family or call, its help; -h: in brief"}, take<&Options::help>, {}, true},
+    {{"--version", "", "show the version"}, take<&Options::version>},
 };
 
-[[noreturn]] void complain_unknown(std::string_view name)
+[[noreturn]] void fail_unknown(std::string_view name)
 {
     std::vector<std::string> known;
     for (const OptionRow& row : rows) {
         known.emplace_back(row.name);
     }
-    throw InputError{
-        fmt::format("unknown option {}{}", name,
-                    vor::suggestion(vor::nearest(name, known), "put -- before a text that begins with two dashes"))};
+    const std::vector<std::string> near = vor::nearest(name, known);
+    throw InputError{.text = fmt::format("unknown option {}{}", vor::quoted(name), vor::suggestion(near)),
+                     .hint = near.empty() ? "put -- before an argument that begins with two dashes" : ""};
 }
 
 constexpr std::string_view a_call = "a call";
 
-bool means_something(const OptionRow& row, std::string_view command)
+std::vector<std::string_view> commands_of(const OptionRow& row)
 {
-    return row.commands.empty() ||
-           fmt::format(", {}, ", row.commands).find(fmt::format(", {}, ", command)) != std::string::npos;
+    std::vector<std::string_view> commands;
+    for (std::string_view left = row.commands; !left.empty();) {
+        const std::size_t end = std::min(left.find(", "), left.size());
+        commands.push_back(left.substr(0, end));
+        left.remove_prefix(std::min(end + 2, left.size()));
+    }
+    return commands;
 }
 
-// `konfd query` has options of its own.
+bool takes_option(const OptionRow& row, std::string_view command)
+{
+    const std::vector<std::string_view> commands = commands_of(row);
+    return commands.empty() || std::ranges::find(commands, command) != commands.end();
+}
+
+// `konfd query` reads its own options.
 bool has_own_options(const std::vector<Word>& words)
 {
     return words.size() >= 2 && words[0].text == "konfd" && words[1].text == "query";
 }
 
-// Null, where it is a word of a call with options of its own.
+// Null where the call reads the option itself.
 const OptionRow* row_named(std::string_view name, const std::vector<Word>& words)
 {
     const auto row = std::ranges::find(rows, name, &OptionRow::name);
     const bool own = has_own_options(words);
     if (row == std::end(rows) && !own) {
-        complain_unknown(name);
+        fail_unknown(name);
     }
-    return row == std::end(rows) || (own && !means_something(*row, a_call)) ? nullptr : row;
+    return row == std::end(rows) || (own && !takes_option(*row, a_call)) ? nullptr : row;
 }
 
 } // namespace
@@ -189,14 +201,12 @@ try {
             continue;
         }
         const std::string* const next = used < typed.size() ? &typed[used].text : nullptr;
-        if (!row->value.empty() && !option.value && next == nullptr) {
-            throw InputError{fmt::format("{}: its value is missing", row->name)};
-        }
         const std::string_view value = option.value_of(*row, next, used);
         if (!row->value.empty() && value.empty()) {
-            throw InputError{fmt::format("{}: its value is empty", row->name)};
+            throw InputError{fmt::format("{} needs a value", row->name)};
         }
         row->take(options, *row, value);
+        options.brief = options.brief || word.text == "-h";
         options.given.push_back(row);
     }
     return options;
@@ -207,8 +217,9 @@ try {
 void check_given(const Options& options, std::string_view command)
 {
     for (const OptionRow* const row : options.given) {
-        if (!means_something(*row, command)) {
-            throw InputError{fmt::format("{} is for {}, not for {}", row->name, row->commands, command)};
+        if (!takes_option(*row, command)) {
+            throw InputError{
+                fmt::format("{} is for {}, not for {}", row->name, vor::alternatives(commands_of(*row)), command)};
         }
     }
 }

@@ -1,4 +1,4 @@
-// options.hpp: the command line, taken apart: options, and what commands there are.
+// options.hpp: the options of a command line, and the table of commands.
 #pragma once
 
 #include <cstdint>
@@ -17,13 +17,14 @@ struct OptionRow;
 
 struct Options {
     bool help = false;
+    bool brief = false; // -h: help on one screen
     bool version = false;
     bool json = false;
     bool trace = false;
     bool dry_run = false;
     bool yes = false;
     bool keep_going = false;
-    bool in_session = false; // of the prompt: its lines are its operator's own, as a batch's are
+    bool in_session = false; // from the prompt, whose lines nobody else can read, as with a file
     bool retry_unknown = false;
     bool skip_unknown = false;
     bool resend_secrets = false;
@@ -38,43 +39,49 @@ struct Options {
     std::string gateway;
     std::uint32_t from = 0;       // a line
     std::string only;             // a family
-    std::optional<Word> password; // --password-file, --password-stdin: in place of the secret argument
+    std::optional<Word> password; // --password-file, --password-stdin: replaces the secret argument
     std::vector<Word> words;
     std::vector<const OptionRow*> given; // on this line
 };
 
 struct OptionRow : vor::Option {
     void (*take)(Options& options, const OptionRow& row, std::string_view value);
-    std::string_view commands{}; // that it means something to; empty: all
+    std::string_view commands{}; // that take it; empty: all
+    bool brief = false;          // shown by -h
 };
 
 std::span<const OptionRow> option_rows();
 
-// Throws a InputError about an option that means nothing to the command, which "a call" is too.
+// Throws an InputError about an option that the command does not take; "a call" is a command here.
 void check_given(const Options& options, std::string_view command);
 
-// Options stand anywhere before a `--`; those of a call with words of its own
-// are left among the words.
+// Options may be anywhere before a `--`; those that a call reads itself are left among the words.
 Options options_of(std::span<char* const> arguments);
-// Those of one line, besides those given before it; a quoted word is none.
+// Those of one line, besides those given before it; a quoted word is never an option.
 Options options_of(std::vector<Word> typed, Options options);
 
-// What may stand first on a line in place of a family.
+enum class CommandGroup { calls, site, look_up };
+
+// How help names them, in this order.
+inline constexpr std::string_view group_titles[] = {"Make calls", "Set up a site", "Look up"};
+
+// The first word of a line, instead of a family.
 struct Command {
-    std::string_view name;        // empty: of what is no command, a call and lines without words
-    std::string_view usage;       // as help and the manual have it
-    std::string_view about;       // one line
-    std::string_view more;        // what help says besides
-    int (*run)(const Options&);   // the exit code
-    std::string_view wanted = {}; // the usage in a complaint, where it is another
+    CommandGroup group;
+    std::string_view name;         // empty: a call, or lines from standard input
+    std::string_view usage;        // in help and the manual
+    std::string_view about;        // one line
+    std::string_view more;         // a paragraph of details
+    int (*run)(const Options&);    // returns the exit code
+    std::string_view options = {}; // in the usage of an error
 };
 
-// Dispatch, help, completion and the manual are made of it.
+// Dispatch, help, completion and the manual use this table.
 std::span<const Command> commands();
-// Null, where there is none of that name.
+// Null where there is none of that name.
 const Command* command_named(std::string_view name);
 
-// The exit code of what a line says. Throws a InputError about what was not done.
+// Runs a line; returns the exit code. Throws an InputError.
 int run(const Options& options);
 
 } // namespace vorcfg

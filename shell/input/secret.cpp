@@ -13,26 +13,26 @@ namespace vorcfg {
 
 namespace {
 
-// Nothing of it is taken away silently but the line's end: what an editor adds would be part of the secret.
+// Only the end of the line is removed: anything else that an editor adds would be part of the secret.
 std::string one_line(std::string text, const std::string& source)
 {
     if (text.ends_with('\n')) {
         text.pop_back();
     }
-    const char* const wrong =
-        text.empty()                             ? "has no secret; an empty one is \"\" in a batch file"
-        : text.starts_with(vor::byte_order_mark) ? "begins with a byte order mark; save it as plain text"
-        : text.ends_with('\r')                   ? "ends with a carriage return; save it with lines that end as here"
-        : text.find('\n') != std::string::npos   ? "holds more than one line"
-        : text.find('\0') != std::string::npos   ? "holds a zero byte"
-                                                 : nullptr;
+    const char* const wrong = text.empty() ? "is empty; an empty secret is written \"\" in a file"
+                              : text.starts_with(vor::byte_order_mark)
+                                  ? "begins with a byte order mark; save it as plain text"
+                              : text.ends_with('\r') ? "ends with a carriage return; save it with Unix line endings"
+                              : text.find('\n') != std::string::npos ? "has more than one line"
+                              : text.find('\0') != std::string::npos ? "contains a zero byte"
+                                                                     : nullptr;
     if (wrong != nullptr) {
         throw InputError{fmt::format("{} {}", source, wrong), exit_no_input};
     }
     return text;
 }
 
-// Byte by byte: what follows the line is the next secret's.
+// Byte by byte: the bytes after the line belong to the next secret.
 std::string line_from(int descriptor, const char* source)
 {
     std::string line;
@@ -41,11 +41,11 @@ std::string line_from(int descriptor, const char* source)
     while ((got = ::read(descriptor, &byte, 1)) == 1 && byte != '\n') {
         line += byte;
         if (line.size() > Bounds().line) {
-            throw InputError{fmt::format("a line of more than {} bytes from {}", Bounds().line, source), exit_no_input};
+            throw InputError{fmt::format("{} has a line of more than {} bytes", source, Bounds().line), exit_no_input};
         }
     }
     if (got != 1 && line.empty()) {
-        throw InputError{fmt::format("nothing to read from {}", source), exit_no_input};
+        throw InputError{fmt::format("{} ended before the secret", source), exit_no_input};
     }
     return one_line(line, source);
 }
@@ -57,17 +57,17 @@ void interrupt(int signal)
     interrupted = signal;
 }
 
-// The terminal with its echo off, put right again whatever happens.
+// The terminal with its echo off; restored whatever happens.
 class Prompt {
 public:
     explicit Prompt(std::string_view name) : terminal(open("/dev/tty", O_RDWR | O_CLOEXEC))
     {
         if (terminal < 0 || tcgetattr(terminal, &before_) != 0) {
-            throw InputError{"no terminal to ask on; give @FILE, or - for standard input", exit_no_input};
+            throw InputError{"no terminal to prompt on; give @FILE, or - for standard input", exit_no_input};
         }
         struct sigaction action {};
         for (std::size_t i = 0; i < std::size(signals); i++) {
-            // without SA_RESTART, so that the read ends; stopped and continued, it would go on with its echo
+            // without SA_RESTART, so that the read ends; not stopped, since it would continue with its echo on
             action.sa_handler = signals[i] == SIGTSTP ? SIG_IGN : interrupt;
             sigaction(signals[i], &action, &actions_[i]);
         }
@@ -113,7 +113,7 @@ std::string read_secret(const Word& word, std::string_view name, const SecretSou
     }
     if (!word.quoted && word.text == "-") {
         if (!sources.standard_input) {
-            throw InputError{"standard input is the batch itself"};
+            throw InputError{"standard input already provides the calls"};
         }
         return line_from(STDIN_FILENO, "standard input");
     }
@@ -122,8 +122,8 @@ std::string read_secret(const Word& word, std::string_view name, const SecretSou
         return line_from(prompt.terminal, "the terminal");
     }
     if (!sources.literals || word.exposed) {
-        throw InputError{"a secret is not taken from the command line, where others can read it; give @FILE, - for a "
-                         "line of standard input, or '?' for a prompt"};
+        throw InputError{.text = "not accepted on the command line, where others can read it",
+                         .hint = "give @FILE, - for a line of standard input, or '?' for a prompt"};
     }
     return word.text;
 }
@@ -136,7 +136,7 @@ const std::string& Secrets::read(const Word& word, const std::string& name, std:
         return word.text;
     }
     if (sources_.prompts_wait && is_prompt(word)) {
-        put_off_ = true;
+        postponed_ = true;
         return word.text;
     }
     const auto place = std::pair(line, word.index);
@@ -148,7 +148,7 @@ const std::string& Secrets::read(const Word& word, const std::string& name, std:
 bool Secrets::ask_now()
 {
     sources_.prompts_wait = false;
-    return put_off_;
+    return postponed_;
 }
 
 bool is_secret_source(const Word& word)

@@ -73,7 +73,7 @@ bool agreed(std::string_view question)
     const bool left = got != 1 || for_answer.was_interrupted();
     dprintf(terminal, "%s", left ? "\n" : "");
     close(terminal);
-    if (left) { // Ctrl-C and Ctrl-D answer nothing
+    if (left) { // Ctrl-C and Ctrl-D are no answer
         throw InputError{"interrupted; nothing was sent", exit_ended};
     }
     return answer == "y" || answer == "yes" || answer == "Y";

@@ -1,4 +1,4 @@
-// terminal.hpp: whoever sits at a terminal: asked, or waited for.
+// terminal.hpp: questions at a terminal, and waiting for its keys.
 #pragma once
 
 #include <csignal>
@@ -9,7 +9,7 @@
 
 namespace vorcfg {
 
-// While it lives, Ctrl-C is held back until a wait: one that came between two keys is not lost.
+// While it lives, Ctrl-C is blocked until a wait, so that one between two keys is not lost.
 class Waiting {
 public:
     Waiting();
@@ -17,7 +17,7 @@ public:
     Waiting& operator=(const Waiting&) = delete;
     ~Waiting();
 
-    // False where Ctrl-C ended it.
+    // False if Ctrl-C ended it.
     bool wait(int input = STDIN_FILENO);
     bool wait(std::span<pollfd> inputs);
     bool was_interrupted() const { return interrupted_; }
@@ -27,10 +27,10 @@ private:
     bool interrupted_ = false;
 };
 
-// Whether someone sits there: standard input and standard output are a terminal.
+// Whether standard input and standard output are a terminal.
 bool at_terminal();
 
-// y or yes; anything else, and an interrupt too, is a no.
+// True for y or yes, false for anything else. Throws an InputError where Ctrl-C or Ctrl-D ends the question.
 bool agreed(std::string_view question);
 
 } // namespace vorcfg

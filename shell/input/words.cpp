@@ -8,6 +8,7 @@
 #include <fmt/core.h>
 
 #include "text/nearest.hpp"
+#include "text/text.hpp"
 
 namespace vorcfg {
 
@@ -18,7 +19,7 @@ std::string content_of(std::FILE* file, const std::string& name, const Bounds& b
     char bytes[4096];
     std::size_t got = 0;
     std::size_t number = 1;
-    std::size_t line = 0; // how much of it is read
+    std::size_t line = 0; // bytes read of it
     while (file != nullptr && (got = std::fread(bytes, 1, sizeof bytes, file)) != 0) {
         for (const char byte : std::string_view{bytes, got}) {
             line = byte == '\n' ? 0 : line + 1;
@@ -29,7 +30,7 @@ std::string content_of(std::FILE* file, const std::string& name, const Bounds& b
         }
         content.append(bytes, got);
         if (content.size() > bounds.file) {
-            throw InputError{fmt::format("{} has more than {} MiB", name, bounds.file >> 20)};
+            throw InputError{fmt::format("{} is larger than {} MiB", name, bounds.file >> 20)};
         }
     }
     if (file == nullptr || std::ferror(file) != 0) { // a directory can be opened, but not read
@@ -38,11 +39,17 @@ std::string content_of(std::FILE* file, const std::string& name, const Bounds& b
     return content;
 }
 
+std::size_t column_in(std::string_view line, std::size_t byte_column)
+{
+    line.remove_prefix(line.starts_with(vor::byte_order_mark) ? vor::byte_order_mark.size() : 0);
+    return vor::characters_in(line.substr(0, byte_column - 1)) + 1;
+}
+
 void Variables::set(std::string_view definition)
 {
     const std::size_t length = vor::named_length(definition);
     if (length == 0) {
-        throw InputError{fmt::format("--set: \"{}\" is no name=value", definition)};
+        throw InputError{fmt::format("--set must be NAME=VALUE, not {}", vor::quoted(definition))};
     }
     const std::string name(definition.substr(0, length));
     if (const auto known = known_.find(name); known != known_.end() && known->second.on_command_line) {
@@ -63,27 +70,27 @@ void Variables::read(const std::string& path)
         if (first == std::string_view::npos || line[first] == '#') {
             continue;
         }
-        const auto complain = [&](std::string why, std::size_t at) {
-            throw InputError{.text = std::move(why), .place = {path, number, at + 1}};
+        const auto fail = [&](std::string why, std::size_t at) {
+            throw InputError{.text = std::move(why), .place = {path, number, column_in(line, at + 1)}};
         };
         const std::size_t length = vor::named_length(line.substr(first));
         const std::size_t equals = first + length;
         if (length == 0) {
-            complain("name=value is wanted", first);
+            fail("expected NAME=VALUE", first);
         }
         std::vector<Word> words;
         try {
             words = words_of(line.substr(equals + 1));
-        } catch (const InputError& complaint) {
-            complain(complaint.text, equals + complaint.place.column);
+        } catch (const InputError& error) {
+            fail(error.text, equals + error.place.column);
         }
         if (words.size() > 1) {
-            complain("a text with blanks stands between double quotes", equals + words[1].column);
+            fail("unexpected word; put a value with spaces in double quotes", equals + words[1].column);
         }
         const std::string name(line.substr(first, length));
         const auto known = known_.find(name);
         if (known != known_.end() && !known->second.on_command_line) {
-            complain(fmt::format("{} is given twice", name), first);
+            fail(fmt::format("{} is given twice", name), first);
         }
         if (known == known_.end()) {
             known_[name] = {words.empty() ? "" : words[0].text, false, {path, number, first + 1}};
@@ -93,9 +100,9 @@ void Variables::read(const std::string& path)
 
 namespace {
 
-[[noreturn]] void complain(std::string text, std::size_t column)
+[[noreturn]] void fail(std::string text, std::size_t column, std::string hint = {})
 {
-    throw InputError{.text = std::move(text), .place = {.column = column}};
+    throw InputError{.text = std::move(text), .place = {.column = column}, .hint = std::move(hint)};
 }
 
 } // namespace
@@ -113,7 +120,7 @@ std::size_t Variables::expand(std::string_view left, std::size_t column, vor::Wo
     left.remove_prefix(begins.size());
     const std::size_t length = vor::name_length(left);
     if (length == 0 || !left.substr(length).starts_with('}')) {
-        complain("${ begins a variable, ${name}; $${ stands for the two characters", column);
+        fail("expected ${NAME}; $${ stands for ${ itself", column);
     }
     const std::string_view name = left.substr(0, length);
     const auto known = known_.find(name);
@@ -122,10 +129,9 @@ std::size_t Variables::expand(std::string_view left, std::size_t column, vor::Wo
         for (const auto& [each, variable] : known_) {
             names.push_back(each);
         }
-        complain(fmt::format("no variable {}{}", name,
-                             vor::suggestion(vor::nearest(name, names),
-                                             fmt::format("give it with --set {}=VALUE or --vars FILE", name))),
-                 column);
+        const std::vector<std::string> near = vor::nearest(name, names);
+        fail(fmt::format("no variable \"{}\"{}", name, vor::suggestion(near)), column,
+             near.empty() ? fmt::format("set it with --set {}=VALUE or --vars FILE", name) : "");
     }
     Variable& variable = known->second;
     variable.used = true;
@@ -148,20 +154,34 @@ try {
     }
     return words;
 } catch (const vor::WordError& error) {
-    complain(error.what(), error.column);
+    fail(error.what(), error.column);
 }
 
 std::vector<InputError> Variables::unused(const std::string& batch) const
 {
-    std::vector<InputError> complaints;
+    std::vector<InputError> errors;
     for (const auto& [name, variable] : known_) {
         if (!variable.used) {
-            complaints.push_back({.text = fmt::format("{}{} is used nowhere in {}",
-                                                      variable.on_command_line ? "--set: " : "", name, batch),
-                                  .place = variable.place});
+            errors.push_back(
+                {.text = fmt::format("{}{} is not used in {}", variable.on_command_line ? "--set: " : "", name, batch),
+                 .place = variable.place});
         }
     }
-    return complaints;
+    return errors;
+}
+
+std::string hint_about(const std::vector<Word>& words)
+{
+    for (const Word& word : words) {
+        const std::string_view text = word.text;
+        if (!word.quoted && text.starts_with('$') && vor::name_length(text.substr(1)) != 0) {
+            return fmt::format("a variable is written ${{{}}}", text.substr(1, vor::name_length(text.substr(1))));
+        }
+        if (!word.quoted && text.starts_with('\'')) {
+            return "text with spaces is put in double quotes";
+        }
+    }
+    return {};
 }
 
 } // namespace vorcfg

@@ -1,4 +1,4 @@
-// words.hpp: what was typed, word by word.
+// words.hpp: the words of a line, and the variables in them.
 #pragma once
 
 #include <cstddef>
@@ -13,47 +13,53 @@
 
 namespace vorcfg {
 
-// Exposed is what holds a value from the command line.
+// Exposed: it contains a value from the command line.
 struct Word : vor::Word {
     std::size_t index = 0; // among the words of its line
-    bool left_out = false; // stands where none was typed
+    bool left_out = false; // in place of one that was not typed
 };
 
-// What a file of lines may hold; more is told apart from one that never ends.
+// Limits of a file of lines, so that a device or an endless pipe is refused.
 struct Bounds {
     std::size_t file = std::size_t{64} << 20;
     std::size_t line = std::size_t{64} << 10;
 };
 
-// All that a just opened file holds; closes it. Throws a InputError that says of which name it could not be opened or
-// read, or where it is too long.
+// The whole content of a file just opened; closes it. Throws an InputError with the name where it could not be opened
+// or read, or is too long.
 std::string content_of(std::FILE* file, const std::string& name, const Bounds& bounds = {});
 
-// What ${name} stands for in a batch file.
+// The variables of a file of calls, written ${name}.
 class Variables {
 public:
-    void set(std::string_view definition); // "name=value", which wins over a file's
-    void read(const std::string& path);    // one name=value a line, the value a word as in a batch
+    void set(std::string_view definition); // "name=value", which overrides a file's
+    void read(const std::string& path);    // one name=value per line, the value a word as in a file of calls
 
-    // Appends to the word what ${name} or $${ in front of the text stands for, and says how many bytes that was.
-    // Throws a InputError with the column.
+    // Replaces ${name} or $${ at the beginning of the text: appends the value to the word and returns how many bytes
+    // were read. Throws an InputError with the column.
     std::size_t expand(std::string_view left, std::size_t column, vor::Word& word);
 
-    // What no line has used, each as a complaint.
+    // An error for each variable that no line used.
     std::vector<InputError> unused(const std::string& batch) const;
 
 private:
     struct Variable {
         std::string value;
-        bool on_command_line = false; // where others can read it: no secret
-        Place place;                  // in the file it comes from
+        bool on_command_line = false; // where others can read it: not for secrets
+        Place place;                  // in its file
         bool used = false;
     };
     std::map<std::string, Variable, std::less<>> known_;
 };
 
-// The words of one line; ${name} is what the variable holds, without a second
-// look at it, and $${ is ${. Throws a InputError with the column.
+// The column of a byte of the line, in characters; both from 1 on. A byte order mark does not count.
+std::size_t column_in(std::string_view line, std::size_t byte_column);
+
+// The words of one line. ${name} becomes the variable's value, which is not expanded again, and $${ becomes ${. Throws
+// an InputError with the column, in bytes.
 std::vector<Word> words_of(std::string_view line, Variables* variables = nullptr);
+
+// What may help with a line that was refused: it has $name or 'text', as a shell would take them. Else empty.
+std::string hint_about(const std::vector<Word>& words);
 
 } // namespace vorcfg

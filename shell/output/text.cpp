@@ -95,19 +95,17 @@ std::string row_of(const PreparedCall& planned, const CallResult& report, const 
     return text + fields_text(report, indentation);
 }
 
-// Of a line of a batch: its place, as compilers write it.
+// In a file it is one line that begins with its place, as compilers write it.
 std::string text_of(const InputError& complaint)
 {
-    std::string text;
     if (!complaint.place.file.empty()) {
-        text = fmt::format("{}:{}:{}: ", complaint.place.file, complaint.place.line, complaint.place.column);
-    } else {
-        text = complaint.call.empty() ? "vorcfg: " : fmt::format("vorcfg: {}: ", complaint.call);
+        return vor::printable(fmt::format("{}:{}:{}: {}", complaint.place.file, complaint.place.line,
+                                          complaint.place.column, complaint.text)) +
+               '\n';
     }
-    if (!complaint.argument.empty()) {
-        text += fmt::format("{}: ", complaint.argument);
-    }
-    return vor::printable(text + complaint.text) + '\n';
+    const bool named = !complaint.call.empty() && complaint.excerpt.empty(); // which shows the call
+    const std::string call = named ? complaint.call + ": " : "";
+    return vor::printable(fmt::format("vorcfg: {}{}", call, complaint.text)) + '\n' + complaint.excerpt;
 }
 
 void Counts::add(std::string_view what, std::size_t number)

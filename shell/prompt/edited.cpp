@@ -20,7 +20,7 @@ namespace {
 
 Waiting* waiting = nullptr; // while a line is edited
 
-// One key, of however many bytes; what is no character stands for itself.
+// One key, of however many bytes; an invalid byte is taken as a character.
 int next_key(EditLine*, wchar_t* key)
 {
     std::mbstate_t state{};
@@ -47,8 +47,8 @@ char* prompt(EditLine*)
     return text.data();
 }
 
-// What would have to be quoted is not offered: a quoted word is a text, whatever it begins with.
-bool stands_plain(const Candidate& candidate)
+// A word that needs quotes is not offered: quoted, it would be plain text.
+bool needs_no_quotes(const Candidate& candidate)
 {
     return !candidate.word.empty() && candidate.word.find_first_of(" \t\"#") == std::string::npos;
 }
@@ -81,7 +81,7 @@ unsigned char complete(EditLine* line, int)
     }
     const std::vector<Candidate> all = candidates(words);
     std::vector<Candidate> plain;
-    std::ranges::copy_if(all, std::back_inserter(plain), stands_plain);
+    std::ranges::copy_if(all, std::back_inserter(plain), needs_no_quotes);
     const std::string shared = plain.empty() ? "" : shared_beginning(plain);
     const bool only = plain.size() == 1;
     const std::string more =
@@ -114,7 +114,7 @@ public:
         el_set(line_, EL_EDITOR, "emacs");
         el_set(line_, EL_SIGNAL, 1);
         el_set(line_, EL_GETCFN, next_key);
-        // else Ctrl-C would take away the key that a wait has just told of
+        // else Ctrl-C would discard the key that a wait has just reported
         el_set(line_, EL_SETTY, "-d", "+noflsh", nullptr);
         el_set(line_, EL_HIST, ::history, remembered_);
         el_set(line_, EL_ADDFN, "vorcfg-complete", "complete the word", complete);
@@ -129,7 +129,7 @@ public:
     {
         Waiting for_keys;
         waiting = &for_keys;
-        el_set(line_, EL_PREP_TERM, 1); // before the prompt shows: Ctrl-D is a key from then on
+        el_set(line_, EL_PREP_TERM, 1); // before the prompt is shown: Ctrl-D is a key from then on
         int size = 0;
         const char* const text = el_gets(line_, &size);
         waiting = nullptr;
@@ -153,7 +153,7 @@ public:
     }
 
 private:
-    // Kept until the process ends: libedit forgets to free the names of the functions added to it.
+    // Never freed: libedit leaks the names of the functions added to it.
     static EditLine* only_line()
     {
         static EditLine* const line = el_init("vorcfg", stdin, stdout, stderr);

@@ -14,20 +14,13 @@
 #include "input/options.hpp"
 #include "input/secret.hpp"
 #include "rows/families.hpp"
+#include "rows/reading.hpp"
 
 namespace vorcfg {
 
 namespace {
 
 constexpr std::string_view name = "history";
-
-// Of a call with words of its own, the key that a secret follows tells.
-bool may_hold_secret(const Row& row, const std::vector<Word>& words)
-{
-    const bool named =
-        std::ranges::any_of(words, [](const Word& word) { return word.text.find("password") != std::string::npos; });
-    return row.read != nullptr ? named : std::ranges::any_of(row.arguments(), &Argument::is_secret);
-}
 
 std::filesystem::path state_directory()
 {
@@ -55,7 +48,7 @@ void append(const std::string& path, int flags, std::string_view text)
 
 } // namespace
 
-// A line that is not understood may have its secret anywhere.
+// A line that is not valid may have a secret anywhere.
 bool may_be_kept(std::string_view line)
 {
     try {
@@ -95,7 +88,7 @@ std::vector<std::string> LineHistory::read() const
     } catch (const InputError&) {
         return {};
     }
-    if (lines.size() > 2 * most) { // cut now and then, not at every line
+    if (lines.size() > 2 * most) { // only now and then, not for every line
         lines.erase(lines.begin(), lines.end() - most);
         std::string text;
         for (const std::string& line : lines) {

@@ -1,4 +1,4 @@
-// history.hpp: the lines typed before, in a file for their owner alone.
+// history.hpp: the lines typed before, in a file that only its owner can read.
 #pragma once
 
 #include <string>
@@ -7,17 +7,17 @@
 
 namespace vorcfg {
 
-// Whether a line may be kept: it is understood, and no secret can be in it.
+// Whether a line may be kept: it is valid and can hold no secret.
 bool may_be_kept(std::string_view line);
 
-// vorcfg/history in XDG_STATE_HOME, or in ~/.local/state. A file that cannot be had is no fault: nothing is kept.
+// vorcfg/history in XDG_STATE_HOME, or in ~/.local/state. Where the file cannot be used, nothing is kept.
 class LineHistory {
 public:
     static constexpr std::size_t most = 1000; // lines remembered
 
     LineHistory();
     std::vector<std::string> read() const; // oldest first
-    // Behind what other sessions added.
+    // After what other sessions added.
     void add(const std::string& line) const;
 
 private:

@@ -20,9 +20,9 @@ namespace vorcfg {
 
 namespace {
 
-constexpr std::string_view greeting = "vorcfg: help tells what there is, Tab completes, Ctrl-D ends the session\n";
+constexpr std::string_view greeting = "vorcfg: type help for help, Tab to complete, Ctrl-D to leave\n";
 
-// As they come, from a pipe or, with a prompt before each, a terminal.
+// Lines as they come, from a pipe or, after a prompt, from a terminal.
 class PlainLines : public Lines {
 public:
     explicit PlainLines(bool prompted) : prompted_(prompted) {}
@@ -48,7 +48,7 @@ private:
         while ((byte = std::getc(stdin)) != EOF && byte != '\n') {
             line += static_cast<char>(byte);
             if (line.size() > Bounds().line) {
-                throw InputError{fmt::format("a line of more than {} bytes", Bounds().line)};
+                throw InputError{fmt::format("line of more than {} bytes", Bounds().line)};
             }
         }
         return byte == EOF && line.empty() ? std::nullopt : std::optional(std::move(line));
@@ -67,7 +67,7 @@ std::unique_ptr<Lines> lines_of_input(bool terminal)
     return std::make_unique<PlainLines>(terminal);
 }
 
-// None of the line that ends the session.
+// The exit code; none for the line that ends the session.
 std::optional<int> run_line(const std::string& line, std::size_t number, const Options& base)
 {
     bool json = base.json;
@@ -81,7 +81,7 @@ std::optional<int> run_line(const std::string& line, std::size_t number, const O
         return options.words.empty() && !options.help && !options.version ? exit_ok : run(options);
     } catch (InputError& complaint) {
         if (!at_terminal() && complaint.place.file.empty()) {
-            complaint.place = {"standard input", number, column_of(complaint, options.words)};
+            complaint.place = {"standard input", number, column_of(complaint, options.words, line)};
         }
         return complain(complaint, json);
     }
@@ -106,7 +106,7 @@ int run_prompt(const Options& given)
             return lines->next();
         } catch (InputError& complaint) {
             complaint.place = {"standard input", number + 1, 1};
-            complaint.text += "; it and what follows it is not read";
+            complaint.text += "; this line and those after it are ignored";
             throw;
         }
     };
@@ -121,8 +121,8 @@ int run_prompt(const Options& given)
         }
         worst = worse(static_cast<ExitCode>(*exit), worst);
     }
-    if (number == 0 && !terminal) { // nobody said anything
-        vor::print(stderr, help());
+    if (number == 0 && !terminal) { // as from /dev/null
+        vor::print(stderr, brief_help());
         return exit_usage;
     }
     return terminal ? exit_ok : worst;

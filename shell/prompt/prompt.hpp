@@ -1,4 +1,4 @@
-// prompt.hpp: vorcfg without words: line after line, from a terminal or a pipe.
+// prompt.hpp: vorcfg without arguments: runs lines from a terminal or a pipe.
 #pragma once
 
 #include <memory>
@@ -13,19 +13,18 @@ namespace vorcfg {
 class Lines {
 public:
     virtual ~Lines() = default;
-    // Without its end; empty where it was interrupted. None at the end.
+    // Without its end; empty if Ctrl-C ended it. None at the end of input.
     virtual std::optional<std::string> next() = 0;
-    // To be offered again.
+    // Adds it to the lines that can be recalled.
     virtual void keep(const std::string&) {}
 };
 
-// Edited, completed and remembered, at a terminal. Not built in where libedit is missing.
+// Lines with editing, completion and history, for a terminal. Only in builds with libedit.
 std::unique_ptr<Lines> edited_lines();
 
 inline constexpr const char* prompt_text = "vorcfg> ";
 
-// Each line is run with its own options besides those given. Of a pipe the exit code is that of the worst line; a
-// terminal's session ends with 0.
+// Runs each line with its own options and those given. The exit code is that of the worst line; 0 at a terminal.
 int run_prompt(const Options& given);
 
 } // namespace vorcfg

@@ -1,6 +1,7 @@
 #include "rows/contract.hpp"
 
 #include <algorithm>
+#include <cctype>
 #include <map>
 
 #include <fmt/core.h>
@@ -108,9 +109,10 @@ HeaderContract read_header(std::string_view text)
 
 std::string CallContract::summary() const
 {
-    const std::string& first = paragraphs.empty() ? symbol : paragraphs.front();
-    const std::size_t end = first.find(". ");
-    return end == std::string::npos ? first : first.substr(0, end + 1);
+    std::string first = paragraphs.empty() ? symbol : paragraphs.front();
+    first.resize(std::min({first.find(". "), first.find_last_not_of('.') + 1, first.size()}));
+    first.front() = static_cast<char>(std::tolower(static_cast<unsigned char>(first.front())));
+    return first;
 }
 
 std::string_view CallContract::about(const Argument& argument) const
@@ -118,6 +120,17 @@ std::string_view CallContract::about(const Argument& argument) const
     const auto found = std::ranges::find(arguments, argument.is_list ? "..." : argument.name,
                                          [](const auto& each) { return std::string_view{each.first}; });
     return found != arguments.end() ? std::string_view{found->second} : std::string_view{};
+}
+
+std::string_view CallContract::meaning(const Argument& argument) const
+{
+    static constexpr std::string_view unchanged = "passed to the manager unchanged";
+    std::string_view text = about(argument);
+    if (text.ends_with(unchanged)) {
+        text.remove_suffix(unchanged.size());
+        text.remove_suffix(text.ends_with(", ") ? 2 : 0);
+    }
+    return text;
 }
 
 const HeaderContract& contract_of(const Family& family)
@@ -157,6 +170,13 @@ std::string about(const Family& family)
 
 // --- Rows and arguments in words -------------------------------------------------------
 
+std::string placeholder(const Argument& argument)
+{
+    std::string name(argument.name);
+    std::ranges::transform(name, name.begin(), [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    return name;
+}
+
 std::string usage_of(const Row& row)
 {
     std::string text = row.full_name();
@@ -165,7 +185,8 @@ std::string usage_of(const Row& row)
     }
     for (const Argument& argument : row.arguments()) {
         if (argument.is_given()) {
-            text += argument.is_list ? fmt::format(" [{}...]", argument.name) : fmt::format(" {}", argument.name);
+            const std::string name = placeholder(argument);
+            text += argument.is_list ? fmt::format(" [{}...]", name) : " " + name;
         }
     }
     return text;
@@ -176,18 +197,18 @@ std::string example_call(const Row& row)
     return fmt::format("{}{}{}", row.full_name(), row.example.empty() ? "" : " ", row.example);
 }
 
-// A call with words of its own is several calls at once: the header does not know it.
+// A call that reads its own words is several calls of the library: no header declares it.
 std::string summary_of(const Row& row)
 {
-    return row.read != nullptr ? "Edits the stored configuration with one query." : contract_of(row).summary();
+    return row.read != nullptr ? "edit the stored configuration with one query" : contract_of(row).summary();
 }
 
 std::vector<std::string_view> remarks_of(const Row& row)
 {
     static constexpr std::pair<Marks, std::string_view> remarks[] = {
-        {answer_unread, "The call never reads the manager's answer: no verdict can be had."},
-        {confirmed, "Wants --yes."},
-        {cuts_link, "May cut the link that one works over: at a terminal it asks first, unless --yes is given."},
+        {answer_unread, "The call never reads the manager's answer, so its verdict stays unread."},
+        {confirmed, "Requires --yes."},
+        {cuts_link, "May drop the connection you are using: asks first at a terminal, unless --yes is given."},
     };
     std::vector<std::string_view> found;
     for (const auto& [mark, text] : remarks) {
@@ -210,12 +231,11 @@ std::string_view type_name(const Argument& argument)
 
 namespace {
 
-std::string choices_of(const Argument& argument, bool numbered)
+std::vector<std::string> choices_of(const Argument& argument, bool numbered)
 {
-    std::string words;
+    std::vector<std::string> words;
     for (const Choice& choice : argument.choices) {
-        words += words.empty() ? "" : ", ";
-        words += numbered ? fmt::format("{} ({})", choice.number, choice.name) : std::string(choice.name);
+        words.push_back(numbered ? fmt::format("{} ({})", choice.number, choice.name) : std::string(choice.name));
     }
     return words;
 }
@@ -224,10 +244,11 @@ std::string choices_of(const Argument& argument, bool numbered)
 
 std::string accepted(const Argument& argument)
 {
-    const std::string words = choices_of(argument, false);
-    return !argument.is_number() ? words
-                                 : fmt::format("{} to {}{}{}", argument.range.least, argument.range.most,
-                                               words.empty() ? "" : ", or ", words);
+    std::vector<std::string> words = choices_of(argument, false);
+    if (argument.is_number()) {
+        words.insert(words.begin(), fmt::format("{} to {}", argument.range.least, argument.range.most));
+    }
+    return vor::alternatives(words);
 }
 
 std::string kind_text(const Argument& argument)
@@ -242,7 +263,7 @@ std::string kind_text(const Argument& argument)
         text = argument.kind == Kind::ipv4 ? "IPv4 address" : argument.choices.empty() ? "text" : "word";
     }
     if (!argument.choices.empty()) {
-        text += fmt::format(": {}", choices_of(argument, argument.is_number()));
+        text += fmt::format(": {}", vor::joined(choices_of(argument, argument.is_number()), ", "));
     }
     if (argument.most_bytes != 0) {
         text += fmt::format(", at most {} bytes", argument.most_bytes);

@@ -1,5 +1,5 @@
-// contract.hpp: what the headers and the rows say of families and calls, for every page that shows them. The headers
-// are built in, so that each sentence stands in one place.
+// contract.hpp: what the headers and the rows say about families and calls, for help, completion and the pages. The
+// headers are built in, so that each sentence is written once.
 #pragma once
 
 #include <string>
@@ -18,8 +18,9 @@ struct CallContract {
     std::vector<std::pair<std::string, std::string>> arguments;
     std::string returned; // "the common codes" where the header says nothing else
 
-    std::string summary() const;
+    std::string summary() const; // "set a port's bit rate"
     std::string_view about(const Argument& argument) const;
+    std::string_view meaning(const Argument& argument) const; // about it, but empty where only its manager knows
 };
 
 struct HeaderContract {
@@ -29,18 +30,24 @@ struct HeaderContract {
 
 const HeaderContract& contract_of(const Family& family);
 const CallContract& contract_of(const Row& row);
-std::string about(const Family& family); // in a few words
+std::string about(const Family& family); // "digital inputs and outputs"
 
 // --- Rows and arguments in words -------------------------------------------------------
 
-std::string usage_of(const Row& row);                     // "gpio set-value port_num value"
+std::string placeholder(const Argument& argument);        // "PORT_NUM"
+std::string usage_of(const Row& row);                     // "gpio set-value PORT_NUM VALUE"
 std::string example_call(const Row& row);                 // "gpio set-value 1 1"
-std::string summary_of(const Row& row);                   // in one sentence
-std::vector<std::string_view> remarks_of(const Row& row); // what its marks mean to who makes it
+std::string summary_of(const Row& row);                   // "set an output"
+std::vector<std::string_view> remarks_of(const Row& row); // what its marks mean to the caller
 std::string_view type_name(const Argument& argument);
 
-// What is accepted of a number or a text: "0 to 255", "0 to 1, or off, on", "error, warning".
+// The numbers or words accepted: "0 to 255", "0 to 1, off or on", "error or warning".
 std::string accepted(const Argument& argument);
+
+// What every page says once about the values.
+inline constexpr std::string_view default_meaning =
+    "Where the meaning of a value is not given, the manager defines it. The examples use values of a fictional site, "
+    "tower 17.";
 
 // "number, 0 to 255; never sent"
 std::string kind_text(const Argument& argument);

@@ -8,6 +8,7 @@
 #include "input/input_error.hpp"
 #include "input/options.hpp"
 #include "text/nearest.hpp"
+#include "text/text.hpp"
 
 #include "family_list.hpp" // of the files in families/, by the build
 
@@ -49,17 +50,30 @@ const Row* row_named(std::string_view family, std::string_view name)
     return found != known->rows.end() ? &*found : nullptr;
 }
 
-// A word that names no family may be a command, a family, or a part of a call's name.
-const Family& wanted_family(std::string_view name)
+namespace {
+
+// The known names like this one, else the names of calls that contain it.
+std::vector<std::string> similar(std::string_view name, const std::vector<std::string>& known,
+                                 const std::vector<std::string>& calls)
+{
+    std::vector<std::string> near = vor::nearest(name, known);
+    return near.empty() ? vor::holding(name, calls) : near;
+}
+
+} // namespace
+
+const Family& require_family(std::string_view name, Expected expected)
 {
     if (const Family* const family = family_named(name)) {
         return *family;
     }
+    const bool or_command = expected == Expected::command_or_family;
     std::vector<std::string> known;
     for (const Command& command : commands()) {
-        known.emplace_back(command.name);
+        if (or_command && !command.name.empty()) {
+            known.emplace_back(command.name);
+        }
     }
-    std::erase(known, "");
     std::ranges::sort(known);
     std::vector<std::string> calls;
     for (const Family* const family : families()) {
@@ -68,17 +82,16 @@ const Family& wanted_family(std::string_view name)
             calls.push_back(row.full_name());
         }
     }
-    std::vector<std::string> near = vor::nearest(name, known);
-    if (near.empty()) {
-        near = vor::holding(name, calls);
-    }
-    throw InputError{.text = fmt::format("no family \"{}\"{}", name, vor::suggestion(near, "vorcfg --help lists them")),
-                     .word = 0};
+    const std::vector<std::string> near = similar(name, known, calls);
+    throw InputError{.text = fmt::format("no {} {}{}", or_command ? "command or family" : "family", vor::quoted(name),
+                                         vor::suggestion(near)),
+                     .word = 0,
+                     .hint = near.empty() ? "vorcfg --help lists them" : ""};
 }
 
-const Row& wanted_row(std::string_view family, std::string_view name)
+const Row& require_row(std::string_view family, std::string_view name, Expected expected)
 {
-    const Family& known = wanted_family(family);
+    const Family& known = require_family(family, expected);
     if (const Row* const row = row_named(family, name)) {
         return *row;
     }
@@ -86,13 +99,10 @@ const Row& wanted_row(std::string_view family, std::string_view name)
     for (const Row& row : known.rows) {
         names.emplace_back(row.name);
     }
-    std::vector<std::string> near = vor::nearest(name, names);
-    if (near.empty()) {
-        near = vor::holding(name, names);
-    }
-    throw InputError{.text = fmt::format("{} has no call \"{}\"{}", family, name,
-                                         vor::suggestion(near, fmt::format("vorcfg {} --help lists them", family))),
-                     .word = 1};
+    const std::vector<std::string> near = similar(name, names, names);
+    throw InputError{.text = fmt::format("{} has no call {}{}", family, vor::quoted(name), vor::suggestion(near)),
+                     .word = 1,
+                     .hint = near.empty() ? fmt::format("vorcfg help {} lists its calls", family) : ""};
 }
 
 } // namespace vorcfg

@@ -1,4 +1,4 @@
-// families.hpp: the rows of every family, and how they are found.
+// families.hpp: the rows of every family, and how to find them.
 #pragma once
 
 #include <span>
@@ -15,8 +15,9 @@ std::span<const Family* const> families(); // in the order of their names
 const Family* family_named(std::string_view name);
 const Row* row_named(std::string_view family, std::string_view name);
 
-// A InputError that names the nearest name, where one is near.
-const Family& wanted_family(std::string_view name);
-const Row& wanted_row(std::string_view family, std::string_view name);
+// Throw an InputError that suggests similar names. Where a command may stand too, commands are among them.
+enum class Expected : bool { family, command_or_family };
+const Family& require_family(std::string_view name, Expected expected = Expected::family);
+const Row& require_row(std::string_view family, std::string_view name, Expected expected = Expected::family);
 
 } // namespace vorcfg

@@ -40,8 +40,7 @@ Argument argument_of(Part first, std::size_t taken)
     return arguments[first == path ? first : first + taken];
 }
 
-// Reads the words of one option, and says where the next one begins. What
-// follows the key "password" is a secret.
+// Reads the words of one option and returns where the next one begins. The value after the key "password" is a secret.
 std::size_t read_option(Reading& reading, const Option& option, std::size_t at)
 {
     std::size_t taken = 0;
@@ -63,8 +62,8 @@ std::size_t read_option(Reading& reading, const Option& option, std::size_t at)
         taken++;
     }
     if (taken < option.least) {
-        reading.complain(fmt::format("{}: its {} is missing", option.name, taken == 0 ? "key" : "value"), at,
-                         argument_of(option.first, taken).name);
+        const std::string_view needed = argument_of(option.first, taken).name;
+        reading.fail(fmt::format("{} needs a {}", option.name, taken == 0 ? "key" : "value"), at, needed);
     }
     return at + 1 + taken;
 }
@@ -83,32 +82,31 @@ void read(Reading& reading)
         const auto option = std::ranges::find(options, word, &Option::name);
         if (choice != std::end(operations)) {
             if (chosen.given) {
-                reading.complain("one of --set, --check and --unset is enough", at, "operation");
+                reading.fail("expected only one of --set, --check and --unset", at, "operation");
             }
             chosen.number = choice->number;
             chosen.given = true;
             at++;
         } else if (option != std::end(options)) {
             if (option->first != path && reading.values[option->first].given) {
-                reading.complain(fmt::format("{} is given twice", option->name), at);
+                reading.fail(fmt::format("{} is given twice", option->name), at);
             }
             at = read_option(reading, *option, at);
         } else {
-            reading.complain(fmt::format("unknown word {}; wanted: {}", reading.shown_quoted(at), reading.row.usage),
-                             at);
+            reading.fail(fmt::format("unexpected argument {}", reading.shown_quoted(at)), at);
         }
     }
     const std::size_t end = reading.words.size();
     const auto given = [&](Part part) { return reading.values[part].given; };
     if (!given(operation)) {
-        reading.complain("--set, --check or --unset is missing", end, "operation");
+        reading.fail("needs --set, --check or --unset", end, "operation");
     }
     const bool unsets = reading.values[operation].number == unset;
     if (given(line_key) == unsets) {
-        reading.complain(unsets ? "--unset takes no --line" : "--line is missing", end, "line_key");
+        reading.fail(unsets ? "--unset takes no --line" : "needs --line", end, "line_key");
     }
     if (!given(pattern_key)) {
-        reading.complain("--pattern is missing", end, "pattern_key");
+        reading.fail("needs --pattern", end, "pattern_key");
     }
 }
 
@@ -116,7 +114,7 @@ void read(Reading& reading)
 
 namespace {
 
-// The library's clean-up leaves the path's records to whoever wants them.
+// The library's clean-up does not free the records of the path.
 struct Cleanup {
     void operator()(VOR_CFG_PROTO* query) const
     {
@@ -137,7 +135,7 @@ Query built(std::span<Value> values)
 {
     Query query(vor_cfg_proto_init());
     if (query == nullptr) {
-        throw InputError{"no memory for the query", exit_not_sent};
+        throw InputError{"not enough memory for the query", exit_not_sent};
     }
     const auto text = [&](Part part) { return values[part].text.data(); };
     vor_cfg_proto_set_op(query.get(), static_cast<vor_uchar>(values[operation].number));

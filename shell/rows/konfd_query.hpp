@@ -1,5 +1,4 @@
-// konfd_query.hpp: `konfd query`, which several calls of the library make
-// together: a query built piece by piece, sent, and released.
+// konfd_query.hpp: `konfd query`, several calls of the library in one: builds a query, sends it and releases it.
 #pragma once
 
 #include "rows/family.hpp"
@@ -34,12 +33,11 @@ consteval auto row(std::string_view name, std::string_view example)
         .make = make,
         .read = read,
         .usage = "--set|--check|--unset --line KEY VALUE --pattern KEY [VALUE] [--path KEY VALUE]... [--priority N]",
-        .usage_help =
-            "  --set, --check, --unset  put the line, ask whether it is there, take it away\n"
-            "  --line KEY VALUE         the line \"KEY VALUE\"; --unset takes none\n"
-            "  --pattern KEY [VALUE]    the lines meant, as a regular expression: ^KEY VALUE$, or ^KEY$ alone\n"
-            "  --path KEY VALUE         one step down to where the line stands, outermost first\n"
-            "  --priority N             where the line stands among others\n",
+        .usage_help = "  --set, --check, --unset  store the line, check whether it is there, or remove it\n"
+                      "  --line KEY VALUE         the line \"KEY VALUE\"; not with --unset\n"
+                      "  --pattern KEY [VALUE]    the lines to match: ^KEY VALUE$, or ^KEY$ without VALUE\n"
+                      "  --path KEY VALUE         one step down to the line's place, outermost first\n"
+                      "  --priority N             the line's place among others\n",
     };
     for (std::size_t i = 0; i < size; i++) {
         draft.arguments[i] =

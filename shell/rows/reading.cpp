@@ -22,7 +22,7 @@ std::string Reading::shown_quoted(std::size_t index) const
     return hides_words ? std::string(vor::mask) : vor::quoted(words[index].text);
 }
 
-[[noreturn]] void Reading::complain(std::string text, std::size_t index, std::string_view argument) const
+[[noreturn]] void Reading::fail(std::string text, std::size_t index, std::string_view argument) const
 {
     throw InputError{std::move(text), exit_usage, std::string(argument), index_of(index)};
 }
@@ -37,13 +37,14 @@ namespace {
 std::string read_secret(const Reading& reading, const Argument& argument, std::size_t index)
 try {
     const Place& place = reading.place;
-    const std::string name = place.file.empty() ? std::string(argument.name) // as a prompt calls it
+    const std::string name = place.file.empty() ? std::string(argument.name) // as a prompt shows it
                                                 : fmt::format("{}:{}: {}: {}", place.file, place.line,
                                                               reading.row.full_name(), argument.name);
     return reading.secrets.read(reading.words[index], name, place.line);
-} catch (InputError& complaint) {
-    complaint.argument = argument.name;
-    complaint.word = reading.index_of(index);
+} catch (InputError& error) {
+    error.text = fmt::format("{}: {}", argument.name, error.text);
+    error.argument = argument.name;
+    error.word = reading.index_of(index);
     throw;
 }
 
@@ -61,39 +62,41 @@ std::int64_t read_number(const Reading& reading, const Argument& argument, std::
     }
     const auto integer = vor::integer_in(text);
     if (!integer) {
-        reading.complain(fmt::format("{} is no number; a number from {} is wanted, decimal or 0x",
-                                     reading.shown_quoted(index), accepted(argument)),
-                         index, argument.name);
+        reading.fail(fmt::format("{}: {} is not a number; expected {}", argument.name, reading.shown_quoted(index),
+                                 accepted(argument)),
+                     index, argument.name);
     }
     const std::int64_t number = integer->bounded();
     if (!argument.range.holds(number)) {
-        reading.complain(fmt::format("{} is out of range, {} is accepted", reading.shown(index), accepted(argument)),
-                         index, argument.name);
+        reading.fail(fmt::format("{} must be {}, not {}", argument.name, accepted(argument), reading.shown(index)),
+                     index, argument.name);
     }
     return number;
 }
 
 void check_text(const Reading& reading, const Argument& argument, const std::string& text, std::size_t index)
 {
-    const auto complain = [&](std::string why) { reading.complain(std::move(why), index, argument.name); };
+    const auto fail = [&](std::string_view rule) {
+        reading.fail(fmt::format("{} must {}", argument.name, rule), index, argument.name);
+    };
     if (!argument.choices.empty() && choice_named(argument, text) == nullptr) {
-        complain(fmt::format("{} is unknown; wanted: {}", reading.shown_quoted(index), accepted(argument)));
+        fail(fmt::format("be {}, not {}", accepted(argument), reading.shown_quoted(index)));
     }
     if (argument.kind == Kind::ipv4) {
         in_addr address;
         if (inet_pton(AF_INET, text.c_str(), &address) != 1) {
-            complain(fmt::format("{} is no IPv4 address such as 192.168.1.10", reading.shown_quoted(index)));
+            fail(fmt::format("be an IPv4 address such as 192.168.1.10, not {}", reading.shown_quoted(index)));
         }
     }
     if (argument.most_bytes != 0 && text.size() > argument.most_bytes) {
-        complain(fmt::format("{} bytes are too many, {} fit", text.size(), argument.most_bytes));
+        fail(fmt::format("be at most {} bytes long, not {}", argument.most_bytes, text.size()));
     }
     if (reading.row.channel == Channel::konfd) {
         if (text.find('"') != std::string::npos) {
-            complain("a double quote would break the command's quoting; konfd has no way to escape it");
+            fail("not contain a double quote: konfd has no way to escape it");
         }
         if (std::ranges::any_of(text, [](char c) { return static_cast<unsigned char>(c) < ' '; })) {
-            complain("a control character would end the command early");
+            fail("not contain a control character: it would end the command early");
         }
     }
 }
@@ -123,28 +126,27 @@ bool Reading::is_sent(const Argument& argument) const
 
 namespace {
 
-// Of an argument that does not go out; one that is asked for need not be.
+// Of an argument that is not sent; a secret that would be prompted for is left out.
 Value unsent_value(const Reading& reading, const Argument& argument, std::size_t index)
 {
     const Word& word = reading.words[index];
     const std::string_view nothing = argument.is_number() ? "0" : "";
     if (word.text != nothing && !word.left_out && !(argument.is_secret && word.text == "?")) {
-        reading.complain(fmt::format("is sent only where {} is {}; {} stands for it here", argument.decided_by,
-                                     argument.decided_at.name, argument.is_number() ? "0" : "\"\""),
-                         index, argument.name);
+        reading.fail(fmt::format("{} must be {} unless {} is {}", argument.name, argument.is_number() ? "0" : "\"\"",
+                                 argument.decided_by, argument.decided_at.name),
+                     index, argument.name);
     }
     return {.given = false};
 }
 
-// "name [member...]"
-std::string wanted(const Row& row)
-{
-    const std::string usage = usage_of(row);
-    const std::size_t call = row.full_name().size() + 1;
-    return call < usage.size() ? usage.substr(call) : "no argument";
-}
-
 } // namespace
+
+bool may_hold_secret(const Row& row, std::span<const Word> words)
+{
+    const auto names_one = [](const Word& word) { return word.text.find("password") != std::string::npos; };
+    return row.read != nullptr ? std::ranges::any_of(words, names_one)
+                               : std::ranges::any_of(row.arguments(), &Argument::is_secret);
+}
 
 void read_words(Reading& reading)
 {
@@ -162,7 +164,7 @@ void read_words(Reading& reading)
             value.text.resize(argument.kind == Kind::untouched ? result_room : 0);
             count = argument.is_count ? &value : count;
         } else if (next >= reading.words.size() || (reading.words[next].left_out && reading.is_sent(argument))) {
-            reading.complain(fmt::format("is missing; wanted: {}", wanted(reading.row)), next, argument.name);
+            reading.fail(fmt::format("needs {}", argument.name), next, argument.name);
         } else {
             reading.values.push_back(reading.is_sent(argument) ? reading.value(argument, next)
                                                                : unsent_value(reading, argument, next));
@@ -172,10 +174,11 @@ void read_words(Reading& reading)
     const std::size_t listed = reading.words.size() - next;
     const std::size_t most = arguments.empty() ? 0 : arguments.back().most_listed;
     if (listed > most) {
-        const std::string why = most != 0 ? fmt::format("more than {} in the list", most)
-                                          : fmt::format("one argument too many: {}", reading.shown_quoted(next));
-        reading.complain(fmt::format("{}; wanted: {}", why, wanted(reading.row)), next + most,
-                         most != 0 ? arguments.back().name : std::string_view());
+        if (most == 0) {
+            reading.fail(fmt::format("unexpected argument {}", reading.shown_quoted(next)), next);
+        }
+        const std::string_view name = arguments.back().name;
+        reading.fail(fmt::format("{} takes at most {} values, not {}", name, most, listed), next + most, name);
     }
     if (count != nullptr) {
         count->number = static_cast<std::int64_t>(listed);

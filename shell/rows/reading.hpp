@@ -1,4 +1,4 @@
-// reading.hpp: the words of one line, read into the values of a call.
+// reading.hpp: reads the words of one line into the values of a call.
 #pragma once
 
 #include <span>
@@ -20,23 +20,26 @@ struct Reading {
     const Place& place;
     Secrets& secrets;
     std::vector<Value> values;
-    // Of a line with a secret no complaint repeats a word: who misplaces one puts the secret elsewhere.
+    // No error repeats a word of a line with a secret: a misplaced word may be the secret.
     bool hides_words = false;
 
     static constexpr std::size_t first_word = 2;
 
-    // The value of an argument whose word stands at the index. Throws a InputError that names it.
+    // The value of an argument, from the word at the index. Throws an InputError that names it.
     Value value(const Argument& argument, std::size_t index);
-    // Whether it goes out, as an argument before it decides.
+    // Whether it is sent; an earlier argument may decide.
     bool is_sent(const Argument& argument) const;
 
     std::size_t index_of(std::size_t index) const; // of a word in its line
-    [[noreturn]] void complain(std::string text, std::size_t index, std::string_view argument = {}) const;
-    std::string shown(std::size_t index) const;        // a word, or what stands for it
-    std::string shown_quoted(std::size_t index) const; // the same between double quotes
+    [[noreturn]] void fail(std::string text, std::size_t index, std::string_view argument = {}) const;
+    std::string shown(std::size_t index) const;        // a word, or the mask
+    std::string shown_quoted(std::size_t index) const; // the same in double quotes
 };
 
-// One word an argument, then the list.
+// One word per argument, then the list.
 void read_words(Reading& reading);
+
+// Whether a secret may be among the words of a line. A call that reads its own words names it by a key.
+bool may_hold_secret(const Row& row, std::span<const Word> words);
 
 } // namespace vorcfg

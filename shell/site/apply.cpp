@@ -27,7 +27,7 @@ std::string journal_of(const std::string& path, const Options& options)
 
 Selection selection_of(const Options& options)
 {
-    return {options.from, options.only.empty() ? nullptr : &wanted_family(options.only), options.resend_secrets};
+    return {options.from, options.only.empty() ? nullptr : &require_family(options.only), options.resend_secrets};
 }
 
 std::string listed(const Plan& plan, const Shown& to, bool (*selected)(const PlanLine&))

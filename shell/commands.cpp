@@ -6,6 +6,7 @@
 #include <fmt/core.h>
 
 #include "call/batch.hpp"
+#include "call/call_key.hpp"
 #include "call/runner.hpp"
 #include "help/help.hpp"
 #include "input/options.hpp"
@@ -96,12 +97,12 @@ int run_call(const Options& options)
                      .standard_input = !options.in_session,
                      .left_out = options.password.value_or(Word{{"?"}})});
     PreparedCall planned = prepared(options, secrets);
-    if (planned.row->has(cuts_link)) {
-        ask_before({planned.row->full_name()}, options);
+    if (planned.row->has(cuts_link) && !agreed_to({named(planned)}, "Make it?", options)) {
+        return exit_usage;
     }
     Session session({options.dry_run, options.trace}, options.sap);
     const CallResult report = session.make(planned);
-    vor::print(stdout, options.json ? json_of(planned, report) : text_of(planned, report));
+    vor::print(stdout, options.json ? json_of(planned, report) : text_of(planned, report, screen_of(options)));
     if (!options.json && !report.verdict.hint.empty()) {
         vor::print_line(stderr, fmt::format("hint: {}", report.verdict.hint));
     }
@@ -112,11 +113,13 @@ int run_call(const Options& options)
 int run_batch(const std::string& path, const Options& options)
 {
     Batch batch = batch_of(path, options);
-    std::size_t calls = 0;
     std::vector<std::string> cutting;
+    Account account(options, screen_of(options), [&](const Tally& tally, std::size_t left) {
+        return options.json ? json_of(tally, batch.name(), left) : text_of(tally, batch.name(), left, options);
+    });
     const auto count = [&](const PreparedCall& planned) {
         check_confirmed(planned, options);
-        calls++;
+        account.expect(name_of(key_of(planned)));
         if (planned.row->has(cuts_link)) {
             cutting.push_back(named(planned));
         }
@@ -124,13 +127,12 @@ int run_batch(const std::string& path, const Options& options)
     if (const int exit = check(batch, count, complaining(options.json)); exit != exit_ok) {
         return exit;
     }
-    ask_before(cutting, options);
+    if (!agreed_to(cutting, fmt::format("Make {}?", vor::counted(account.calls(), "call")), options)) {
+        return exit_usage;
+    }
     batch.ask();
     batch.rewind();
-    Account account(options, calls, [&](const Tally& tally, std::size_t left) {
-        return options.json ? json_of(tally, batch.name(), left) : text_of(tally, batch.name(), left);
-    });
-    BatchRunner runner(options, calls, account, {});
+    BatchRunner runner(options, account.calls(), account, {});
     for (bool more = true; more;) {
         auto planned = batch.next();
         more = planned && runner.make(*planned);

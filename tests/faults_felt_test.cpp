@@ -39,8 +39,8 @@ std::string unread(unsigned message, const char* carried, int code)
 
 TEST(faults, verdict_per_fault)
 {
-    const std::string can = "can set-baudrate: ";
-    const std::string stored = "konfd query: ";
+    const std::string can = "can set-baudrate 1: ";
+    const std::string stored = "konfd query a b: ";
     const char* const nothing_came =
         "unknown: no answer from canmgr in time, it may or may not have been done (code -3)";
     const char* const nothing_came_of_konfd =
@@ -130,9 +130,9 @@ TEST(managers, external_program)
     const Workplace place;
     Gateway gateway(place, {"--without", "gpiomgr"});
     EXPECT_EQ("manager: ready\n"
-              "gpio set-channel-name: accepted by gpiomgr\n"
+              "gpio set-channel-name 3: accepted by gpiomgr\n"
               "port 3 is called door\n"
-              "gpio set-direction: refused by gpiomgr: status 3\n",
+              "gpio set-direction 3: refused by gpiomgr: status 3\n",
               place
                   .run("mkfifo lines; manager > lines & exec 3< lines; read -r line <&3; echo $line; "
                        "vorcfg gpio set-channel-name 3 door 1; read -r line <&3; echo $line; "

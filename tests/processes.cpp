@@ -255,6 +255,7 @@ Terminal::Terminal(const Workplace& workplace, const std::vector<std::string>& c
     std::vector<std::string> environment = workplace.environment();
     std::erase_if(environment, [](const std::string& each) { return each.starts_with("TERM="); });
     environment.emplace_back("TERM=vt100");
+    environment.emplace_back("NO_COLOR=1"); // texts are compared
     const std::vector<char*> variables = pointers_to(environment);
     const std::vector<char*> arguments = pointers_to(command);
     const std::string directory = workplace.path().string();

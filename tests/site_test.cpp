@@ -159,7 +159,7 @@ TEST_F(Site, change_sends_changed_and_dependent_lines)
                   " examples/site.conf");
     const Output plan = workplace.run("vorcfg plan examples/site.conf");
     EXPECT_EQ(11, plan.exit_code);
-    EXPECT_NE(std::string::npos, plan.text.find("5 to make; 3 changed; 2 made again;")) << plan.text;
+    EXPECT_NE(std::string::npos, plan.text.find("5 to make (3 changed, 2 again), ")) << plan.text;
     EXPECT_EQ(0, workplace.run("vorcfg apply examples/site.conf").exit_code);
     EXPECT_EQ(
         (std::vector<std::string>{
@@ -172,31 +172,57 @@ TEST_F(Site, change_sends_changed_and_dependent_lines)
     EXPECT_EQ(0, workplace.run("vorcfg plan examples/site.conf").exit_code);
 }
 
-TEST_F(Site, terminal_shows_progress_and_asks_per_unknown_line)
+TEST_F(Site, apply_shows_its_plan_and_asks_once_at_a_terminal)
 {
-    std::string file;
-    for (int i = 1; i <= 20; i++) {
-        file += "can set-id " + std::to_string(i) + " 7 1\n";
-    }
-    write(workplace, "f", file);
-    const std::string made = Terminal(workplace, apply()).rest().text;
-    EXPECT_NE(std::string::npos, made.find("\n[20/20 ")) << made;
-    EXPECT_NE(std::string::npos, made.find("/s] f:20: can set-id: accepted")) << made;
-
-    const std::size_t before = told(workplace).size();
-    workplace.run("sed -i '3s/true/null/;5s/true/null/' f.journal");
-    Terminal terminal(workplace, apply());
-    for (const auto& [line, answer] :
-         {std::pair{"f:1: can set-id 1: unknown", "n\n"}, {"f:2: can set-id 2: unknown", "y\n"}}) {
-        EXPECT_NE(std::string::npos, terminal.shown_until("Make it again? [y/N] ").find(line));
-        EXPECT_EQ(before, told(workplace).size());
+    write(workplace, "f", "can set-id 1 7 1\nip set-dhcp 1 1\n");
+    const std::vector<std::string> command = apply({"--gateway", "tower-17", "--confirm", "2m"});
+    const auto asked = [](Terminal& terminal) { return terminal.shown_until(" [y/N] "); };
+    for (const auto& [answer, exit_code] : {std::pair{"n\n", 2}, {"\n", 2}, {"\x03", 13}}) {
+        Terminal terminal(workplace, command);
+        const std::string shown = asked(terminal);
+        for (const char* const text : {"    1 + can set-id 1   can_id 7, option 1\r\n",
+                                       "  line 2 may drop your connection; lines 1 and 2 cannot be reverted\r\n",
+                                       "Make 2 calls on tower-17? Reverted after 2 min unless confirmed."}) {
+            EXPECT_NE(std::string::npos, shown.find(text)) << text << " is not in\n" << shown;
+        }
         terminal.type(answer);
+        const Output rest = terminal.rest();
+        EXPECT_NE(std::string::npos, rest.text.find("othing was sent")) << rest.text;
+        EXPECT_EQ(exit_code, rest.exit_code);
     }
-    const std::string rest = terminal.rest().text;
-    EXPECT_NE(std::string::npos, rest.find("f: 1 accepted, 0 sent, 0 unread, 0 unknown, 0 refused, 0 not made; 18 done "
-                                           "before; 1 left unknown"))
-        << rest;
-    EXPECT_EQ(R"(vor_cfg_set_can_id port 2 {"port_num":2,"can_id":7,"option":1})", told(workplace, before).at(0));
+    EXPECT_TRUE(told(workplace).empty());
+
+    Terminal confirmed(workplace, command);
+    asked(confirmed);
+    confirmed.type("y\n");
+    EXPECT_NE(std::string::npos, confirmed.shown_until("press Enter").find("Applied: 2 accepted\r\n"));
+    confirmed.type("\n");
+    const Output rest = confirmed.rest();
+    EXPECT_NE(std::string::npos, rest.text.find("f.journal: confirmed")) << rest.text;
+    EXPECT_EQ(0, rest.exit_code);
+    const Output again = Terminal(workplace, command).rest();
+    EXPECT_NE(std::string::npos, again.text.find("Plan: nothing to make, 2 up to date")) << again.text;
+    EXPECT_EQ(0, again.exit_code);
+
+    // a call without a verdict is made again only after the answer
+    workplace.run("sed -i '4s/true/null/' f.journal");
+    EXPECT_EQ(6, Terminal(workplace, apply({"--yes"})).rest().exit_code);
+    Terminal unknown(workplace, apply());
+    const std::string shown = asked(unknown);
+    EXPECT_NE(std::string::npos, shown.find("? can set-id 1")) << shown;
+    EXPECT_NE(std::string::npos, shown.find("line 1 may have been made already")) << shown;
+    EXPECT_EQ(2U, told(workplace).size());
+    unknown.type("y\n");
+    EXPECT_NE(std::string::npos, unknown.rest().text.find("Applied: 1 accepted"));
+    EXPECT_EQ(0, workplace.run("vorcfg plan f").exit_code);
+}
+
+TEST_F(Site, a_slow_apply_shows_its_progress_at_a_terminal)
+{
+    write(workplace, "f", "can set-id 1 7 1\ncan set-id 2 7 1\ncan set-id 3 7 1\ncan set-id 4 7 1\n");
+    workplace.run("vorsim fault add 'canmgr: late 400ms'");
+    const std::string shown = Terminal(workplace, apply({"--yes"})).rest().text;
+    EXPECT_NE(std::string::npos, shown.find("\rcalls made: 3 of 4\x1b[K\r\x1b[K    4 accepted  can set-id 4")) << shown;
 }
 
 TEST_F(Site, opposite_call_makes_line_due)
@@ -224,12 +250,14 @@ TEST_F(Site, unconfirmed_apply_is_reverted)
           "ip set-dhcp 1 0\ncan set-id 1 8 1\ncan set-baudrate 1 250000 1\nhostname set-plat-hostname t\n");
     const Output refused = workplace.run("vorcfg apply f --confirm 1");
     EXPECT_EQ(2, refused.exit_code);
-    EXPECT_NE(std::string::npos, refused.text.find("f:4: hostname set-plat-hostname: new")) << refused.text;
+    EXPECT_NE(std::string::npos, refused.text.find("f: line 1 may drop your connection; line 4 cannot be reverted\n"))
+        << refused.text;
     const std::size_t before = told(workplace).size();
 
-    Terminal(workplace, apply({"--confirm", "1", "--yes"})).shown_until("waits for 1 s");
+    Terminal(workplace, apply({"--confirm", "1", "--yes"})).shown_until("unless confirmed");
     const Output gone = workplace.run("vorcfg apply f --confirm 1 --yes; echo $?");
-    EXPECT_NE(std::string::npos, gone.text.find("f.journal: a confirmed apply waits until")) << gone.text;
+    EXPECT_NE(std::string::npos, gone.text.find("f.journal: the last apply is waiting for confirmation until"))
+        << gone.text;
     EXPECT_NE(std::string::npos, gone.text.find("12\n")) << gone.text;
     workplace.run("tail -n +1 -f f.journal | grep -m 1 taken_back; flock f.journal true");
     EXPECT_EQ((std::vector<std::string>{R"(vor_cfg_set_dhcp interface 1 {"interface_number":1,"config_option":0})",
@@ -241,7 +269,7 @@ TEST_F(Site, unconfirmed_apply_is_reverted)
 
     const std::size_t taken_back = told(workplace).size();
     EXPECT_EQ(0, workplace.run("vorcfg apply f --confirm 1 --yes").exit_code);
-    EXPECT_EQ("f.journal: kept\n", workplace.run("vorcfg confirm f.journal").text);
+    EXPECT_EQ("f.journal: confirmed\n", workplace.run("vorcfg confirm f.journal").text);
     EXPECT_EQ(0, workplace.run("vorcfg plan f").exit_code);
     EXPECT_EQ(taken_back + 2, told(workplace).size());
 
@@ -250,12 +278,12 @@ TEST_F(Site, unconfirmed_apply_is_reverted)
     EXPECT_EQ(0, workplace.run("vorcfg apply f --confirm 60").exit_code);
     kill(records(workplace.path() / "f.journal").back()["process"].number<pid_t>(), SIGKILL);
     workplace.run("until vorcfg plan f 2>&1 | grep -q ended; do :; done");
-    EXPECT_EQ("vorcfg: f.journal: a confirmed apply was ended before it was confirmed; vorcfg confirm f.journal keeps "
-              "it, vorcfg revert f.journal takes it back\n",
+    EXPECT_EQ("vorcfg: f.journal: the last apply ended before it was confirmed\n"
+              "hint: vorcfg confirm f.journal, or vorcfg revert f.journal\n",
               workplace.run("vorcfg apply f").text);
-    EXPECT_EQ("f:2: can set-id: accepted by canmgr\n"
-              "f:1: ip set-dhcp: accepted by ethmgr\n"
-              "f.journal: 2 accepted, 0 sent, 0 unread, 0 failed, 0 not made: taken back\n",
+    EXPECT_EQ("f:2: can set-id 1: accepted by canmgr\n"
+              "f:1: ip set-dhcp 1: accepted by ethmgr\n"
+              "f.journal: reverted: 2 accepted\n",
               workplace.run("vorcfg revert f.journal").text);
     EXPECT_EQ(11, workplace.run("vorcfg plan f").exit_code);
 }
@@ -299,28 +327,27 @@ TEST_F(Site, interruption_and_full_disk_report_totals)
         gateway.resume();
         return text + std::to_string(code);
     };
-    EXPECT_EQ("f:1: can set-id: unknown: interrupted, it may or may not have been done\n"
+    EXPECT_EQ("f:1: can set-id 1: unknown: interrupted, it may or may not have been done\n"
               "vorcfg: interrupted\n"
-              "f: 0 accepted, 0 sent, 1 failed at line 1, 2 not made\n13",
+              "f: stopped at line 1: 1 unknown, 2 not made\n13",
               interrupted("batch", SIGINT));
-    EXPECT_EQ("f:1: can set-id: unknown: interrupted, it may or may not have been done\n"
+    EXPECT_EQ("f:1: can set-id 1: unknown: interrupted, it may or may not have been done\n"
               "vorcfg: interrupted\n"
-              "f: 0 accepted, 0 sent, 0 unread, 1 unknown, 0 refused, 2 not made; 0 done before\n13",
+              "f: stopped at line 1: 1 unknown, 2 not made\n13",
               interrupted("apply", SIGHUP));
-    EXPECT_EQ("f: 3 accepted, 0 sent, 0 unread, 0 unknown, 0 refused, 0 not made; 0 done before\n",
-              workplace.run("vorcfg apply f --retry-unknown | tail -n 1").text);
+    EXPECT_EQ("f: 3 accepted\n", workplace.run("vorcfg apply f --retry-unknown | tail -n 1").text);
 
     // standard output closed or full, and a disk that takes half a record
-    EXPECT_EQ("f: 1 accepted, 0 sent, 0 failed, 2 not made\nvorcfg: standard output: No space left on device\n10\n",
+    EXPECT_EQ("f: stopped: 1 accepted, 2 not made\nvorcfg: standard output: No space left on device\n10\n",
               workplace.run("vorcfg batch f > /dev/full; echo $?").text);
-    EXPECT_EQ("f: 1 accepted, 0 sent, 0 failed, 2 not made\nvorcfg: standard output: Broken pipe\n10\n",
+    EXPECT_EQ("f: stopped: 1 accepted, 2 not made\nvorcfg: standard output: Broken pipe\n10\n",
               workplace.run("mkfifo p; (exec 8<>p; exec 7>p; exec 8<&-; vorcfg batch f >&7; echo $? >&2)").text);
     write(workplace, "many",
           "can set-id 1 1 1\ncan set-id 2 1 1\ncan set-id 3 1 1\ncan set-id 4 1 1\n"
           "can set-id 5 1 1\ncan set-id 6 1 1\ncan set-id 7 1 1\n");
     const Output full = workplace.run("trap '' XFSZ; ulimit -f 1; vorcfg apply many 2>&1 | tail -n 2");
     EXPECT_NE(std::string::npos, full.text.find("vorcfg: many.journal: ")) << full.text;
-    EXPECT_EQ(std::string::npos, full.text.find(" 0 not made;")) << full.text;
+    EXPECT_NE(std::string::npos, full.text.find(" not made")) << full.text;
     for (const Json& record : records(workplace.path() / "many.journal")) {
         EXPECT_TRUE(record.is_object());
     }
@@ -349,14 +376,14 @@ TEST_F(Site, output_and_journal_hold_no_secret)
         all += output.text;
     }
     all += contents(workplace.path() / "f.journal");
-    EXPECT_NE(std::string::npos, all.find("; 5 secrets not compared")) << all;
+    EXPECT_NE(std::string::npos, all.find("of which 5 secrets not compared")) << all;
     for (const std::string& secret : secrets) {
         EXPECT_EQ(std::string::npos, all.find(secret)) << secret;
     }
     const Output literal = workplace.run("vorcfg check f --set site=17 --set key=gr33n-var");
     EXPECT_EQ(2, literal.exit_code);
     EXPECT_NE(std::string::npos,
-              literal.text.find("f:3:38: community_name: a secret is not taken from the command line"))
+              literal.text.find("f:3:38: community_name: not accepted on the command line"))
         << literal.text;
 }
 

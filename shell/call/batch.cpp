@@ -6,8 +6,10 @@
 
 #include <fmt/core.h>
 
+#include "call/call_key.hpp"
 #include "call/session.hpp"
 #include "input/terminal.hpp"
+#include "text/screen.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
@@ -17,18 +19,18 @@ Batch::Batch(std::string text, std::string name, SecretSources sources, Variable
 {
 }
 
-void Batch::rewind(std::function<bool(std::size_t)> wanted)
+void Batch::rewind(std::function<bool(std::size_t)> selected)
 {
     at_ = 0;
     line_ = 0;
     tried_ = true;
-    wanted_ = std::move(wanted);
+    selected_ = std::move(selected);
 }
 
-void Batch::ask(const std::function<bool(std::size_t)>& wanted)
+void Batch::ask(const std::function<bool(std::size_t)>& selected)
 {
     if (secrets_.ask_now()) {
-        rewind(wanted);
+        rewind(selected);
         tried_ = false;
         while (next()) {}
     }
@@ -52,7 +54,7 @@ std::optional<PreparedCall> Batch::next()
         const std::string_view line = std::string_view{text_}.substr(at_, end - at_);
         at_ = end + 1;
         line_++;
-        if (wanted_ && !wanted_(line_)) {
+        if (selected_ && !selected_(line_)) {
             continue;
         }
         std::vector<Word> words;
@@ -79,11 +81,11 @@ Batch batch_of(const std::string& path, const Options& options)
 {
     if (options.password) {
         throw InputError{
-            "--password-file and --password-stdin are for one call; a line of a batch says itself where its "
-            "secret is: @FILE, - or ?"};
+            "--password-file and --password-stdin are for a single call; in a file, write @FILE, - or ? in place of "
+            "the secret"};
     }
     if (path == "-" && options.in_session) {
-        throw InputError{"standard input is the session itself"};
+        throw InputError{"cannot read a batch from standard input, which the session is reading"};
     }
     Variables variables;
     for (const std::string& definition : options.sets) {
@@ -106,30 +108,33 @@ Batch batch_of(const std::string& path, const Options& options)
 void check_confirmed(const PreparedCall& planned, const Options& options)
 {
     if (planned.row->has(confirmed) && !options.yes && !options.dry_run) {
-        throw InputError{"is made only with --yes", exit_usage, {}, 1, planned.row->full_name(), planned.place};
+        throw InputError{"requires --yes", exit_usage, {}, 1, planned.row->full_name(), planned.place};
     }
 }
 
 std::string named(const PreparedCall& planned)
 {
-    return fmt::format("{} (line {})", planned.row->full_name(), planned.place.line);
+    const std::string line = planned.place.line != 0 ? fmt::format(" (line {})", planned.place.line) : "";
+    return name_of(key_of(planned)) + line;
 }
 
-void ask_before(const std::vector<std::string>& cutting, const Options& options)
+bool agreed_to(const std::vector<std::string>& cutting, const std::string& question, const Options& options)
 {
-    if (cutting.empty() || options.yes || options.dry_run || !at_terminal()) {
-        return;
+    if (cutting.empty() || options.yes || options.dry_run || !at_terminal() ||
+        agreed(fmt::format("{} may drop the connection you are using. {}", vor::joined(cutting, ", "), question))) {
+        return true;
     }
-    if (!agreed(fmt::format("{} may cut the link that you work over; go on?", vor::joined(cutting, ", ")))) {
-        throw InputError{"nothing was sent"};
-    }
+    vor::print_line(stderr, "Nothing was sent.");
+    return false;
 }
 
 int check(Batch& batch, const std::function<void(const PreparedCall&)>& each,
           const std::function<int(const InputError&)>& complain)
 {
     int exit = exit_ok;
+    vor::Progress progress("lines checked");
     for (bool more = true; more;) {
+        progress.show(batch.line());
         try {
             const auto planned = batch.next();
             more = planned.has_value();
@@ -137,9 +142,11 @@ int check(Batch& batch, const std::function<void(const PreparedCall&)>& each,
                 each(*planned);
             }
         } catch (const InputError& complaint) {
+            progress.clear();
             exit = complain(complaint);
         }
     }
+    progress.clear();
     for (const InputError& complaint : batch.unused_variables()) {
         exit = complain(complaint);
     }

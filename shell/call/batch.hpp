@@ -1,4 +1,4 @@
-// batch.hpp: files of calls, one a line.
+// batch.hpp: files of calls, one per line.
 #pragma once
 
 #include <functional>
@@ -15,8 +15,7 @@ namespace vorcfg {
 // The column of the wrong word in its line; after the last for a missing one.
 std::size_t column_of(const InputError& complaint, const std::vector<Word>& words, std::string_view line);
 
-// The calls of a batch, one after the other; none is kept, so that a batch of
-// any length takes no more memory than its text and its secrets.
+// The calls of a batch, one after the other. None is kept: memory holds only the text and the secrets.
 class Batch {
 public:
     Batch(std::string text, std::string name, SecretSources sources, Variables variables = {});
@@ -24,38 +23,40 @@ public:
     // The next line's call, tried when it is read for the first time; none at the end. Throws a InputError with its
     // place, and goes on behind it.
     std::optional<PreparedCall> next();
-    // Reads no secret from standard input: nothing is going to be made.
+    // Reads no secret from standard input, where no call will be made.
     void leave_input() { secrets_.leave_input(); }
-    // Asks for the secrets that wait for a prompt, of all lines or of those wanted.
-    void ask(const std::function<bool(std::size_t line)>& wanted = {});
-    // To make what was tried: all lines, or those wanted.
-    void rewind(std::function<bool(std::size_t line)> wanted = {});
+    // Asks for the secrets that wait for a prompt, of all lines or of those selected.
+    void ask(const std::function<bool(std::size_t line)>& selected = {});
+    // To make what was tried: all lines, or those selected.
+    void rewind(std::function<bool(std::size_t line)> selected = {});
 
     std::vector<InputError> unused_variables() const { return variables_.unused(name_); }
     const std::string& name() const { return name_; }
+    std::size_t line() const { return line_; } // read last
 
 private:
     std::string text_;
     std::string name_;
     Secrets secrets_;
     Variables variables_;
-    std::function<bool(std::size_t)> wanted_;
+    std::function<bool(std::size_t)> selected_;
     std::size_t at_ = 0;
     std::size_t line_ = 0;
     bool tried_ = false; // every call, by the first reading
 };
 
-// The file that the options are about; - is standard input.
+// The file at `path`; - is standard input.
 Batch batch_of(const std::string& path, const Options& options);
 
-// Reads it whole: what is in order goes to `each`. The exit code of the last complaint.
+// Reads it whole and hands each valid call to `each`. The exit code of the last error.
 int check(Batch& batch, const std::function<void(const PreparedCall&)>& each,
           const std::function<int(const InputError&)>& complain);
 
-// A call that wants --yes.
+// Throws where the call requires --yes, which was not given.
 void check_confirmed(const PreparedCall& planned, const Options& options);
-// Of the calls that may cut the link one works over: asked once, and only where someone sits who can answer.
-void ask_before(const std::vector<std::string>& cutting, const Options& options);
-std::string named(const PreparedCall& planned); // "ip set-dhcp (line 7)"
+// Asks once before calls that may drop the operator's connection, and only at a terminal; false where nothing may be
+// sent. `question` says what would be made: "Make 12 calls?"
+bool agreed_to(const std::vector<std::string>& cutting, const std::string& question, const Options& options);
+std::string named(const PreparedCall& planned); // "ip set-dhcp 0 (line 7)"
 
 } // namespace vorcfg

@@ -27,19 +27,6 @@ bool goes_out(const CallKey& key, const Argument& argument)
     return key.values[static_cast<std::size_t>(decides - arguments.begin())] == KeptValues{argument.decided_at.number};
 }
 
-std::string shown(const Argument& argument, const KeptValue& value)
-{
-    if (const auto* const number = std::get_if<std::int64_t>(&value)) {
-        const auto named = std::ranges::find(argument.choices, *number, &Choice::number);
-        return named != argument.choices.end() ? std::string(named->name) : std::to_string(*number);
-    }
-    if (const auto* const bytes = std::get_if<RawText>(&value)) {
-        return fmt::format(R"({{"bytes":"{}"}})", vor::hexadecimal(bytes->text)); // as the journal has it
-    }
-    const auto& text = std::get<std::string>(value);
-    return text.empty() || text.find_first_of(" \t\"#") != std::string::npos ? vor::quoted(text) : vor::escaped(text);
-}
-
 KeptValue kept(const Argument& argument, const Value& value)
 {
     if (argument.is_number()) {
@@ -54,7 +41,7 @@ Value value_of(const CallKey& key, const Argument& argument, const KeptValue& ke
     const auto* const number = std::get_if<std::int64_t>(&kept);
     if (argument.is_number() != (number != nullptr)) {
         throw InputError{
-            fmt::format("{} {} is no argument of {}", argument.name, shown(argument, kept), key.row->full_name())};
+            fmt::format("{} does not take {} {}", key.row->full_name(), argument.name, shown(argument, kept))};
     }
     if (number != nullptr) {
         value.number = *number;
@@ -99,7 +86,7 @@ CallKey key_of(const Row& row, std::vector<KeptValues> values, bool secret)
 PreparedCall planned(const CallKey& key)
 {
     if (!key.unknown.empty()) {
-        throw InputError{fmt::format("{} is no argument of {}", key.unknown.front().first, key.row->full_name())};
+        throw InputError{fmt::format("{} has no argument {}", key.row->full_name(), key.unknown.front().first)};
     }
     PreparedCall again{key.row, {}, {}};
     for (std::size_t i = 0; i < key.values.size(); i++) {
@@ -163,6 +150,19 @@ bool changes_nothing(const PreparedCall& planned)
     return false;
 }
 
+std::string shown(const Argument& argument, const KeptValue& value)
+{
+    if (const auto* const number = std::get_if<std::int64_t>(&value)) {
+        const auto named = std::ranges::find(argument.choices, *number, &Choice::number);
+        return named != argument.choices.end() ? std::string(named->name) : std::to_string(*number);
+    }
+    if (const auto* const bytes = std::get_if<RawText>(&value)) {
+        return fmt::format(R"({{"bytes":"{}"}})", vor::hexadecimal(bytes->text)); // as the journal has it
+    }
+    const auto& text = std::get<std::string>(value);
+    return text.empty() || text.find_first_of(" \t\"#") != std::string::npos ? vor::quoted(text) : vor::escaped(text);
+}
+
 std::string shown(const Argument& argument, const KeptValues& values)
 {
     if (!argument.is_list) {
@@ -179,8 +179,8 @@ std::string name_of(const CallKey& key)
 {
     std::string name = key.row->full_name();
     for (std::size_t i = 0; i < key.values.size(); i++) {
-        if (is_object_of(key, i)) {
-            name += ' ' + shown(key.row->arguments()[i], key.values[i]);
+        for (const KeptValue& value : is_object_of(key, i) ? key.values[i] : KeptValues()) {
+            name += ' ' + shown(key.row->arguments()[i], value);
         }
     }
     return name;

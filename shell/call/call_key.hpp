@@ -1,4 +1,4 @@
-// call_key.hpp: what a call says, as it is kept, compared and made again.
+// call_key.hpp: a call's values, as they are stored, compared and made again.
 #pragma once
 
 #include <compare>
@@ -12,7 +12,7 @@
 
 namespace vorcfg {
 
-// A text that is no UTF-8.
+// A text that is not UTF-8.
 struct RawText {
     std::string text;
 
@@ -24,21 +24,21 @@ using KeptValues = std::vector<KeptValue>;
 
 struct CallKey {
     const Row* row = nullptr;
-    std::vector<KeptValues> values; // one per argument: none, one or a list of what is sent; no secret in any form
+    std::vector<KeptValues> values; // per argument what is sent: none, one or a list; no secret in any form
     bool secret = false;            // it has one
-    std::vector<std::pair<std::string, KeptValue>> unknown{}; // arguments that the row has not, of another version
+    std::vector<std::pair<std::string, KeptValue>> unknown{}; // arguments that only another version has
 
     bool operator==(const CallKey&) const = default;
 };
 
 CallKey key_of(const PreparedCall& planned);
-// The same of what was kept.
+// The same of stored values.
 CallKey key_of(const Row& row, std::vector<KeptValues> values, bool secret);
-// The call again. Throws a InputError where the values are none of this call.
+// The call again. Throws an InputError where the values do not fit it.
 PreparedCall planned(const CallKey& key);
 
-// What two calls share that are about the same thing: the call, and the arguments marked as its object. Those of a
-// family are in the order of its rows, those of a call in that of their objects, numbers as numbers.
+// What calls about the same thing have in common: the row, and the arguments marked as its object. Sorted by family and
+// row, then by object, numbers as numbers.
 struct Subject {
     const Row* row = nullptr;
     std::vector<KeptValues> objects;
@@ -47,16 +47,16 @@ struct Subject {
 };
 
 Subject subject_of(const CallKey& key);
-// Of the other calls of the family that undo this one, or are undone by it.
+// Of the family's other calls that undo this one or are undone by it.
 std::vector<Subject> opposites_of(const CallKey& key);
 
-// Whether it asks, does nothing or stays on this machine: nothing that a gateway accepts.
+// Whether it only queries, does nothing or stays on this machine, so that a gateway has nothing to accept.
 bool changes_nothing(const PreparedCall& planned);
 
 // "ip set-ip-address 0"
 std::string name_of(const CallKey& key);
-// One argument as it is shown: 192.168.1.10, "Tower 17", [1, 2], the word that stands for a number, or that it is not
-// given.
+// One argument as it is shown: 192.168.1.10, "Tower 17", [1, 2], the word for a number, or "not given".
 std::string shown(const Argument& argument, const KeptValues& values);
+std::string shown(const Argument& argument, const KeptValue& value); // an item of a list
 
 } // namespace vorcfg

@@ -19,40 +19,41 @@ ExitCode worse(ExitCode one, ExitCode other)
 
 bool Tally::count(const PreparedCall& planned, Outcome outcome)
 {
-    if (outcome == Outcome::accepted) {
-        accepted++;
-    } else if (outcome == Outcome::sent) {
-        sent++;
-    } else if (outcome == Outcome::unread && planned.row->has(answer_unread)) {
-        unread++;
-    } else if (outcome == Outcome::dry_run) {
-        dry++;
-    } else if (exit_of(outcome) == exit_ok) {
-        other++;
-    } else {
-        unknown += outcome == Outcome::unknown ? 1 : 0;
-        refused += outcome == Outcome::refused ? 1 : 0;
-        failed.push_back(planned.place.line);
-        worst = worse(exit_of(outcome), worst);
-        return false;
+    if (exit_of(outcome) == exit_ok || (outcome == Outcome::unread && planned.row->has(answer_unread))) {
+        succeeded[static_cast<std::size_t>(outcome)]++;
+        return true;
     }
-    return true;
+    failed.push_back({planned.place.line, outcome});
+    worst = worse(exit_of(outcome), worst);
+    return false;
 }
 
-// What a call started ends with this process.
+unsigned Tally::failures(Outcome outcome) const
+{
+    return static_cast<unsigned>(std::ranges::count(failed, outcome, &Failure::outcome));
+}
+
+std::vector<std::size_t> Tally::failed_lines() const
+{
+    std::vector<std::size_t> lines;
+    for (const Failure& each : failed) {
+        lines.push_back(each.line);
+    }
+    return lines;
+}
+
 void wait_for(const Row& row, const CallResult& report, const std::function<void(unsigned)>& rest)
 {
     if (row.has(waits) && report.seen.timer && report.verdict.outcome == Outcome::sent) {
         vor::print(stderr,
-                   "vorcfg: the timer ends with this process, which waits until it is due; interrupt to call the timer "
-                   "off\n");
+                   "vorcfg: waiting until the timer is due: it ends with this process; interrupt to cancel it\n");
         rest(*report.seen.timer);
     }
 }
 
 namespace {
 
-const Options& told_to_platform(const Options& options)
+const Options& with_platform_timeout(const Options& options)
 {
     if (options.timeout) {
         setenv("VORINFRA_TIMEOUT_MS", std::to_string(*options.timeout * 1000).c_str(), 1);
@@ -63,7 +64,7 @@ const Options& told_to_platform(const Options& options)
 } // namespace
 
 BatchRunner::BatchRunner(const Options& options, std::size_t calls, Reporter& reporter, Hooks hooks)
-    : options_(told_to_platform(options)), reporter_(reporter), hooks_(std::move(hooks)), left_(calls),
+    : options_(with_platform_timeout(options)), reporter_(reporter), hooks_(std::move(hooks)), left_(calls),
       session_({options.dry_run, options.trace}, options.sap),
       watchdog_(options.timeout, hooks_.hang_up_ends, [this](const char* why) { return give_up(why); })
 {
@@ -85,19 +86,19 @@ bool BatchRunner::make(PreparedCall& planned)
     }
     left_--;
     const bool success = tally_.count(planned, report.verdict.outcome);
-    const bool heard = reporter_.tell(planned, report, left_);
+    const bool reported = reporter_.report_call(planned, report, left_);
     if (hooks_.after) {
         hooks_.after(planned, report);
     }
-    if (!heard || (!success && !options_.keep_going)) {
+    if (!reported || (!success && !options_.keep_going)) {
         return false;
     }
     wait_for(*planned.row, report, [this](unsigned milliseconds) { watchdog_.rest(milliseconds); });
     return !watchdog_.ended();
 }
 
-// On the watchdog's thread, while this one is in the library: it counts and tells, and nothing else. All that it looks
-// at stands still, since the call comes back no further than to the watchdog's lock.
+// On the watchdog's thread, while this one is in the library: it counts and reports, and nothing else. Nothing that it
+// reads changes meanwhile, since the call comes back no further than to the watchdog's lock.
 int BatchRunner::give_up(const char* why)
 {
     end_captures();
@@ -105,7 +106,7 @@ int BatchRunner::give_up(const char* why)
     report.verdict = {Outcome::unknown, fmt::format("unknown: {}, it may or may not have been done", why)};
     left_--;
     tally_.count(*under_way_, Outcome::unknown);
-    reporter_.tell(*under_way_, report, left_);
+    reporter_.report_call(*under_way_, report, left_);
     const int exit = finish();
     if (hooks_.given_up) {
         hooks_.given_up();

@@ -1,7 +1,7 @@
-// runner.hpp: calls made one after the other, to the end, the first failure,
-// or what ends them from outside.
+// runner.hpp: calls made one after the other, to the end, the first failure, or until they are ended from outside.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <vector>
 
@@ -11,35 +11,37 @@
 
 namespace vorcfg {
 
-// The worst of several failures is what leaves the site least known.
+// The worst of several failures is the one that leaves the site least known.
 ExitCode worse(ExitCode one, ExitCode other);
 
-// What a run came to.
+// The calls made, by their outcomes.
 struct Tally {
-    unsigned accepted = 0;
-    unsigned sent = 0;
-    unsigned unread = 0;
-    unsigned dry = 0;
-    unsigned other = 0;   // done, nothing to do
-    unsigned unknown = 0; // of those that failed
-    unsigned refused = 0;
-    std::vector<std::size_t> failed; // their lines
+    struct Failure {
+        std::size_t line;
+        Outcome outcome;
+    };
+
+    std::array<unsigned, outcome_count> succeeded{};
+    std::vector<Failure> failed;
     ExitCode worst = exit_ok;
 
-    // Whether the call was no failure.
+    // Whether the call succeeded.
     bool count(const PreparedCall& planned, Outcome outcome);
+    unsigned successes(Outcome outcome) const { return succeeded[static_cast<std::size_t>(outcome)]; }
+    unsigned failures(Outcome outcome) const;
+    std::vector<std::size_t> failed_lines() const;
 };
 
-// Where a call started something that ends with this process: until it is due.
+// Where a call started a timer, which ends with this process: waits until it is due.
 void wait_for(const Row& row, const CallResult& report, const std::function<void(unsigned milliseconds)>& rest);
 
-// Who tells of a run.
+// Reports a run.
 class Reporter {
 public:
     virtual ~Reporter() = default;
-    // A call, and how many are left; whether anybody can still be told.
-    virtual bool tell(const PreparedCall& planned, const CallResult& report, std::size_t left) = 0;
-    // What it came to, `interrupted` or not; the exit code.
+    // A call, and how many are left; false where the report cannot be written any more.
+    virtual bool report_call(const PreparedCall& planned, const CallResult& report, std::size_t left) = 0;
+    // The totals; the exit code.
     virtual int finish(const Tally& tally, std::size_t left, bool interrupted) = 0;
 };
 
@@ -54,9 +56,9 @@ public:
 
     BatchRunner(const Options& options, std::size_t calls, Reporter& reporter, Hooks hooks);
 
-    // Whether to go on.
+    // Whether to continue.
     bool make(PreparedCall& planned);
-    // Told what it came to; the exit code.
+    // Reports the totals; the exit code.
     int finish();
 
     const Tally& tally() const { return tally_; }

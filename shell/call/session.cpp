@@ -132,7 +132,7 @@ CallResult Session::make(PreparedCall& planned)
     if (row.channel == Channel::manager && !settings_.capture && !bind(complaints)) {
         const std::string where = sap_ ? fmt::format("SAP {}", *sap_) : "any SAP";
         const std::vector<std::string_view> lines = vor::lines_in(complaints);
-        return {.verdict = {Outcome::no_endpoint, fmt::format("nothing was sent: no endpoint at {}", where)},
+        return {.verdict = {Outcome::no_endpoint, fmt::format("not sent: no endpoint at {}", where)},
                 .library = {lines.begin(), lines.end()}};
     }
     CallResult report;

@@ -12,25 +12,28 @@ namespace vorcfg {
 namespace {
 
 struct OutcomeRow {
-    std::string_view name;
+    std::string_view name; // in JSON and in journals
     ExitCode exit;
+    std::string_view total; // in a total, behind its number
+    std::string_view lead;  // how the verdict's text begins, where a column has the name beside it
 };
 
 constexpr OutcomeRow outcomes[] = {
-    {"accepted", exit_ok},
-    {"sent", exit_ok},
-    {"done", exit_ok},
-    {"nothing to do", exit_ok},
-    {"dry run", exit_ok},
-    {"refused", exit_refused},
-    {"rejected", exit_usage},
-    {"not delivered", exit_not_delivered},
-    {"not sent", exit_not_sent},
-    {"unread", exit_unread},
-    {"unknown", exit_unknown},
-    {"no endpoint", exit_unusable},
-    {"contradiction", exit_contradiction},
+    {"accepted", exit_ok, "accepted", "accepted by "},
+    {"sent", exit_ok, "sent", "sent to "},
+    {"done", exit_ok, "handled locally", "done: "},
+    {"nothing to do", exit_ok, "handled locally", "nothing to do: "},
+    {"dry run", exit_ok, "not sent (dry run)", "dry run, "},
+    {"refused", exit_refused, "refused", "refused by "},
+    {"rejected", exit_usage, "rejected", "rejected by "},
+    {"not delivered", exit_not_delivered, "not delivered", "not delivered: "},
+    {"not sent", exit_not_sent, "not sent", "not sent "},
+    {"unread", exit_unread, "unread", "delivered to "},
+    {"unknown", exit_unknown, "unknown", "unknown: "},
+    {"no endpoint", exit_unusable, "not sent", "not sent: "},
+    {"contradiction", exit_contradiction, "contradictory", ""},
 };
+static_assert(std::size(outcomes) == outcome_count);
 
 std::string code_text(const Returned& back)
 {
@@ -113,7 +116,7 @@ Verdict judged_konfd(const Returned& back, const Observation& seen)
         return {Outcome::not_delivered, fmt::format("not delivered: no connection{}; is konfd running?", code)};
     }
     if (seen.messages.empty()) {
-        return {Outcome::not_sent, fmt::format("nothing was sent{}", code)};
+        return {Outcome::not_sent, fmt::format("not sent{}", code)};
     }
     const Message& last = seen.messages.back();
     if (!last.delivered) {
@@ -162,13 +165,13 @@ Verdict judged_local(const Row& row, const Returned& back, const Observation& se
     }
     if (seen.trace_switched) {
         return {Outcome::done,
-                fmt::format("done: the platform's own trace of SAP {} is switched", *seen.trace_switched)};
+                fmt::format("done: the platform's own trace of SAP {} was switched", *seen.trace_switched)};
     }
     if (row.channel != Channel::none) {
-        return {Outcome::not_sent, fmt::format("nothing was sent{}", code_text(back))};
+        return {Outcome::not_sent, fmt::format("not sent{}", code_text(back))};
     }
     return back.succeeded() ? Verdict{Outcome::done, "done"}
-                            : Verdict{Outcome::rejected, fmt::format("not taken by the call{}", code_text(back))};
+                            : Verdict{Outcome::rejected, fmt::format("rejected by the call{}", code_text(back))};
 }
 
 } // namespace
@@ -198,6 +201,18 @@ std::optional<bool> was_done(const Row& row, Outcome outcome, const Observation&
 std::string_view name_of(Outcome outcome)
 {
     return outcomes[static_cast<std::size_t>(outcome)].name;
+}
+
+std::string_view total_of(Outcome outcome)
+{
+    return outcomes[static_cast<std::size_t>(outcome)].total;
+}
+
+std::string_view detail_of(const Verdict& verdict)
+{
+    const std::string_view lead = outcomes[static_cast<std::size_t>(verdict.outcome)].lead;
+    const std::string_view text = verdict.text;
+    return text.substr(text.starts_with(lead) ? lead.size() : 0);
 }
 
 ExitCode exit_of(Outcome outcome)

@@ -1,7 +1,7 @@
-// verdict.hpp: what may be said of a call, told from what was seen at the
-// platform boundary and not guessed from its code.
+// verdict.hpp: the outcome of a call, from the messages seen at the platform's boundary, not guessed from its code.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -11,13 +11,13 @@
 namespace vorcfg {
 
 enum class Outcome {
-    accepted,      // the manager or konfd agreed
-    sent,          // one-way: no verdict will ever come
+    accepted,      // by the manager or konfd
+    sent,          // one-way: no verdict will come
     done,          // needed no message
     nothing_to_do, // a call that does nothing
     dry_run,       // captured
-    refused,       // the manager or konfd disagreed
-    rejected,      // the call itself did not take its arguments
+    refused,       // by the manager or konfd
+    rejected,      // by the call itself
     not_delivered, // the platform refused, or nobody listens
     not_sent,
     unread,  // delivered, the verdict cannot be read
@@ -26,10 +26,12 @@ enum class Outcome {
     contradiction,
 };
 
+inline constexpr std::size_t outcome_count = static_cast<std::size_t>(Outcome::contradiction) + 1;
+
 struct Verdict {
     Outcome outcome{};
-    std::string text;
-    std::string hint{}; // what to do about it // one line, without the call's name
+    std::string text;   // one line, without the call's name
+    std::string hint{}; // what to do about it
 };
 
 Verdict judged(const Row& row, const Returned& back, std::int32_t manager_errno, const Observation& seen);
@@ -38,6 +40,9 @@ Verdict judged(const Row& row, const Returned& back, std::int32_t manager_errno,
 std::optional<bool> was_done(const Row& row, Outcome outcome, const Observation& seen);
 
 std::string_view name_of(Outcome outcome);
+std::string_view total_of(Outcome outcome); // as in "2 not sent"
+// The text without what the outcome's name says already.
+std::string_view detail_of(const Verdict& verdict);
 ExitCode exit_of(Outcome outcome);
 
 } // namespace vorcfg

@@ -62,6 +62,15 @@ void take_line(Options& options, const OptionRow& row, std::string_view value)
     options.from = within(1, UINT32_MAX, vor::number_in<std::uint32_t>(value), row, value);
 }
 
+void take_color(Options& options, const OptionRow& row, std::string_view value)
+{
+    const auto when = vor::color_when(value);
+    if (!when) {
+        throw InputError{fmt::format("{} must be auto, always or never, not \"{}\"", row.name, value)};
+    }
+    options.color = *when;
+}
+
 void take_password(Options& options, const OptionRow& row, std::string_view value)
 {
     options.password = Word{{row.value.empty() ? "-" : fmt::format("@{}", value)}};
@@ -104,6 +113,7 @@ constexpr OptionRow rows[] = {
      take<&Options::resend_secrets>,
      "plan, apply"},
     {{"--html", "", "print the report as a page for a browser or a printer"}, take<&Options::html>, "report"},
+    {{"--color", "WHEN", "colour the output: auto (at a terminal), always or never"}, take_color},
     {{"--help", "", "show help; after a family or call, its help; -h: in brief"}, take<&Options::help>, {}, true},
     {{"--version", "", "show the version"}, take<&Options::version>},
 };

@@ -9,6 +9,7 @@
 
 #include "input/words.hpp"
 #include "text/options.hpp"
+#include "text/screen.hpp"
 
 namespace vorcfg {
 
@@ -28,6 +29,7 @@ struct Options {
     bool skip_unknown = false;
     bool resend_secrets = false;
     bool html = false;
+    vor::ColorWhen color{};
     std::optional<std::uint16_t> sap;
     std::optional<unsigned> timeout; // seconds
     std::optional<unsigned> confirm;

@@ -1,4 +1,4 @@
-// A run, told as it goes.
+// A run, reported as it goes.
 #include <cerrno>
 #include <cstdio>
 #include <unistd.h>
@@ -26,37 +26,46 @@ std::function<int(const InputError&)> complaining(bool json)
     return [json](const InputError& complaint) { return complain(complaint, json); };
 }
 
-// A terminal shows how far a long file is.
-std::string Account::progress(std::size_t left) const
+vor::Screen screen_of(const Options& options)
 {
-    constexpr std::size_t long_file = 20;
-    if (calls_ < long_file || json_ || isatty(STDOUT_FILENO) != 1) {
-        return "";
-    }
-    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begun_;
-    const std::size_t made = calls_ - left;
-    return fmt::format("[{}/{} {:.0f}/s] ", made, calls_, static_cast<double>(made) / passed.count());
+    return vor::screen_of(STDOUT_FILENO, options.color);
 }
 
-bool Account::tell(const PreparedCall& planned, const CallResult& report, std::size_t left)
+void Account::expect(const std::string& name)
 {
-    const std::string text = progress(left) + (json_ ? json_of(planned, report) : text_of(planned, report));
+    calls_++;
+    table_.fit(cells_of(0, {Outcome::accepted, {}}, name));
+}
+
+std::string Account::shown(const PreparedCall& planned, const CallResult& report) const
+{
+    if (json_) {
+        return json_of(planned, report);
+    }
+    return table_.screen().is_terminal ? row_of(planned, report, table_) : text_of(planned, report, table_.screen());
+}
+
+bool Account::report_call(const PreparedCall& planned, const CallResult& report, std::size_t left)
+{
+    progress_.clear();
     errno = 0;
-    vor::print(stdout, text);
+    vor::print(stdout, shown(planned, report));
     error_ = error_ != 0 || std::ferror(stdout) == 0 ? error_ : errno;
+    progress_.show(calls_ - left, calls_);
     return std::ferror(stdout) == 0;
 }
 
 int Account::finish(const Tally& tally, std::size_t left, bool interrupted)
 {
+    progress_.clear();
     if (interrupted) {
         vor::print(stderr, "vorcfg: interrupted\n");
     }
-    // whoever closed standard output is told on the other one
+    // where standard output is closed, the totals go to standard error
     errno = 0;
     vor::print(std::ferror(stdout) != 0 ? stderr : stdout, summary_(tally, left));
     error_ = error_ == 0 ? errno : error_;
-    errno = error_; // for who complains of it in the end
+    errno = error_; // for whoever reports it in the end
     if (std::ferror(stdout) != 0) {
         return exit_no_output;
     }

@@ -198,12 +198,12 @@ std::string json_of(const Tally& tally, const std::string& name, std::size_t lef
 {
     return line_of({{"schema", schema},
                     {"batch", name},
-                    {"accepted", tally.accepted},
-                    {"sent", tally.sent},
-                    {"unread", tally.unread},
-                    {"dry_run", tally.dry},
-                    {"done", tally.other},
-                    {"failed_lines", Json::array(tally.failed)},
+                    {"accepted", tally.successes(Outcome::accepted)},
+                    {"sent", tally.successes(Outcome::sent)},
+                    {"unread", tally.successes(Outcome::unread)},
+                    {"dry_run", tally.successes(Outcome::dry_run)},
+                    {"done", tally.successes(Outcome::done) + tally.successes(Outcome::nothing_to_do)},
+                    {"failed_lines", Json::array(tally.failed_lines())},
                     {"not_made", left},
                     {"exit", tally.worst}});
 }

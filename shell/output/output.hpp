@@ -1,22 +1,49 @@
-// output.hpp: what became of a call, for a reader and for a program.
+// output.hpp: calls and their totals, as text and as JSON.
 #pragma once
 
-#include <chrono>
 #include <functional>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "call/runner.hpp"
 #include "input/input_error.hpp"
+#include "text/table.hpp"
 
 namespace vorcfg {
 
-// Of what stands as JSON: raised when something is taken away or changes its meaning.
+// Of all JSON: raised when something is removed or changes its meaning.
 inline constexpr int schema = 2;
 
-// The lines for a reader, each ended.
-std::string text_of(const PreparedCall& planned, const CallResult& report);
+// Where standard output goes.
+vor::Screen screen_of(const Options& options);
+
+// As text, its lines ended: "can set-id 1: accepted by canmgr", in front of it the place of a file's line.
+std::string text_of(const PreparedCall& planned, const CallResult& report, const vor::Screen& screen = {});
 std::string text_of(const InputError& complaint);
-std::string text_of(const Tally& tally, const std::string& name, std::size_t left);
+// A file's line at a terminal: the line's number, the outcome, the call and its object, the rest of the verdict.
+vor::Cells cells_of(std::size_t line, const Verdict& verdict, const std::string& name);
+std::string row_of(const PreparedCall& planned, const CallResult& report, const vor::Table& table);
+
+// Numbers of things: "3 accepted, 1 refused", in the order in which they came, without zeros.
+class Counts {
+public:
+    void add(std::string_view what, std::size_t number = 1);
+    std::string text(std::string_view none = "nothing to make") const;
+
+private:
+    std::vector<std::pair<std::string, std::size_t>> counts_;
+};
+
+Counts counts_of(const Tally& tally, std::size_t left);
+// What totals begin with: "f", "f: stopped at line 9" or "f: failed at lines 4 and 9"; at a terminal, which shows one
+// file, `title`, "Stopped at line 9" ...
+std::string end_of_run(const std::string& file, std::string_view title, bool stopped, const Tally& tally,
+                       const vor::Screen& screen);
+std::string text_of(const Tally& tally, const std::string& name, std::size_t left, const Options& options);
+// "line 5", "lines 5, 7 and 9", "lines 4-14"
+std::string lines_text(const std::vector<std::size_t>& lines);
 
 // One object on one line, ended.
 std::string json_of(const PreparedCall& planned, const CallResult& report);
@@ -25,32 +52,36 @@ std::string json_of(const Tally& tally, const std::string& name, std::size_t lef
 std::string json_of(const Row& row);
 std::string checked_json(const std::string& name, std::size_t calls);
 
-// Says a complaint on standard error; its exit code.
+// Prints an error on standard error; its exit code.
 int complain(const InputError& complaint, bool json);
-// The same of each.
 std::function<int(const InputError&)> complaining(bool json);
 
-// A run told on standard output.
+// A run reported on standard output.
 class Account final : public Reporter {
 public:
-    // `summary` tells what it came to and how many calls are left.
+    // The totals as text or JSON.
     using Summary = std::function<std::string(const Tally& tally, std::size_t left)>;
 
-    Account(const Options& options, std::size_t calls, Summary summary)
-        : calls_(calls), json_(options.json), summary_(std::move(summary))
+    Account(const Options& options, const vor::Screen& screen, Summary summary)
+        : json_(options.json), table_(screen), summary_(std::move(summary))
     {
     }
 
-    bool tell(const PreparedCall& planned, const CallResult& report, std::size_t left) override;
+    // Each call to be made, before the first is.
+    void expect(const std::string& name);
+    std::size_t calls() const { return calls_; }
+
+    bool report_call(const PreparedCall& planned, const CallResult& report, std::size_t left) override;
     int finish(const Tally& tally, std::size_t left, bool interrupted) override;
 
 private:
-    std::string progress(std::size_t left) const;
+    std::string shown(const PreparedCall& planned, const CallResult& report) const;
 
-    const std::size_t calls_;
     const bool json_;
+    vor::Table table_;
     const Summary summary_;
-    const std::chrono::steady_clock::time_point begun_ = std::chrono::steady_clock::now();
+    std::size_t calls_ = 0;
+    vor::Progress progress_{"calls made"};
     int error_ = 0; // of standard output, an errno
 };
 

@@ -1,34 +1,98 @@
+#include <algorithm>
+
 #include <fmt/core.h>
 
+#include "call/call_key.hpp"
 #include "output/output.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
 
-std::string text_of(const PreparedCall& planned, const CallResult& report)
+namespace {
+
+std::string place_of(const PreparedCall& planned)
 {
-    const bool dry = report.verdict.outcome == Outcome::dry_run;
     const Place& at = planned.place;
-    const std::string place = at.file.empty() ? "" : fmt::format("{}:{}: ", vor::printable(at.file), at.line);
-    std::string text;
+    return at.file.empty() ? "" : fmt::format("{}:{}: ", vor::printable(at.file), at.line);
+}
+
+// What is known besides the verdict.
+std::vector<std::string> notes_of(const PreparedCall& planned, const CallResult& report)
+{
+    std::vector<std::string> notes;
     for (const std::string& line : report.library) {
-        text += fmt::format("{}library: {}\n", place, line);
+        notes.push_back("library: " + line);
     }
     for (const Message& message : report.seen.messages) {
-        if (dry) {
-            text += fmt::format("{}would send: {}\n", place, described(message, *planned.row, planned.values));
+        if (report.verdict.outcome == Outcome::dry_run) {
+            notes.push_back("would send: " + described(message, *planned.row, planned.values));
         } else if (planned.row->read != nullptr) { // nobody knows its command by heart
-            text +=
-                fmt::format("{}command: {}\n", place, vor::printable(without_secrets(message.command, planned.values)));
+            notes.push_back("command: " + vor::printable(without_secrets(message.command, planned.values)));
         }
     }
-    text += fmt::format("{}{}: {}\n", place, planned.row->full_name(), report.verdict.text);
-    if (!dry) {
+    return notes;
+}
+
+std::string fields_text(const CallResult& report, std::string_view indentation)
+{
+    std::string text;
+    if (report.verdict.outcome != Outcome::dry_run) {
         for (const Field& field : report.back.fields) {
-            text += fmt::format("  {} {}\n", field.name, field.text);
+            text += fmt::format("{}{} {}\n", indentation, field.name, field.text);
         }
     }
     return text;
+}
+
+vor::Color color_of(Outcome outcome)
+{
+    if (exit_of(outcome) == exit_ok) {
+        return outcome == Outcome::accepted ? vor::Color::green : vor::Color::plain;
+    }
+    return outcome == Outcome::unknown || outcome == Outcome::unread ? vor::Color::yellow : vor::Color::red;
+}
+
+} // namespace
+
+std::string text_of(const PreparedCall& planned, const CallResult& report, const vor::Screen& screen)
+{
+    const std::string place = place_of(planned);
+    std::string text;
+    for (const std::string& note : notes_of(planned, report)) {
+        text += fmt::format("{}{}\n", place, note);
+    }
+    return text + fmt::format("{}{}: {}\n{}", place, name_of(key_of(planned)),
+                              screen.painted(report.verdict.text, color_of(report.verdict.outcome)),
+                              fields_text(report, "  "));
+}
+
+vor::Cells cells_of(std::size_t line, const Verdict& verdict, const std::string& name)
+{
+    const vor::Color color = color_of(verdict.outcome);
+    std::string outcome(name_of(verdict.outcome));
+    if (color == vor::Color::red) {
+        std::ranges::transform(outcome, outcome.begin(),
+                               [](char c) { return c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c; });
+    }
+    return {{fmt::format("{:>5}", line)},
+            {std::move(outcome), color},
+            {name},
+            {std::string(detail_of(verdict)), vor::Color::dim}};
+}
+
+std::string row_of(const PreparedCall& planned, const CallResult& report, const vor::Table& table)
+{
+    constexpr std::string_view indentation = "      ";
+    vor::Cells cells = cells_of(planned.place.line, report.verdict, name_of(key_of(planned)));
+    std::vector<std::string> notes = notes_of(planned, report);
+    if (report.verdict.outcome == Outcome::dry_run) { // the messages are what it is for
+        cells.back() = {vor::joined(std::exchange(notes, {}), "; ")};
+    }
+    std::string text = table.text_of(cells);
+    for (const std::string& note : notes) {
+        text += vor::paragraph(note, table.screen(), indentation);
+    }
+    return text + fields_text(report, indentation);
 }
 
 // In a file it is one line that begins with its place, as compilers write it.
@@ -44,26 +108,72 @@ std::string text_of(const InputError& complaint)
     return vor::printable(fmt::format("vorcfg: {}{}", call, complaint.text)) + '\n' + complaint.excerpt;
 }
 
-std::string text_of(const Tally& tally, const std::string& name, std::size_t left)
+void Counts::add(std::string_view what, std::size_t number)
 {
-    std::string text = fmt::format("{}: {} accepted, {} sent", vor::printable(name), tally.accepted, tally.sent);
-    if (tally.unread != 0) {
-        text += fmt::format(", {} delivered with their verdict unread", tally.unread);
+    const auto found = std::ranges::find(counts_, what, &std::pair<std::string, std::size_t>::first);
+    if (found != counts_.end()) {
+        found->second += number;
+    } else if (number != 0) {
+        counts_.emplace_back(what, number);
     }
-    if (tally.dry != 0) {
-        text += fmt::format(", {} shown only (dry run)", tally.dry);
+}
+
+std::string Counts::text(std::string_view none) const
+{
+    std::string text;
+    for (const auto& [what, number] : counts_) {
+        text += fmt::format("{}{} {}", text.empty() ? "" : ", ", number, what);
     }
-    if (tally.other != 0) {
-        text += fmt::format(", {} done here", tally.other);
+    return text.empty() ? std::string(none) : text;
+}
+
+Counts counts_of(const Tally& tally, std::size_t left)
+{
+    Counts counts;
+    for (std::size_t i = 0; i < outcome_count; i++) {
+        const auto outcome = static_cast<Outcome>(i);
+        counts.add(total_of(outcome), tally.successes(outcome) + tally.failures(outcome));
     }
-    text += fmt::format(", {} failed", tally.failed.size());
-    if (!tally.failed.empty()) {
-        text += tally.failed.size() == 1 ? " at line" : " at lines";
+    counts.add("not made", left);
+    return counts;
+}
+
+std::string end_of_run(const std::string& file, std::string_view title, bool stopped, const Tally& tally,
+                       const vor::Screen& screen)
+{
+    const std::string where = tally.failed.empty() ? "" : " at " + lines_text(tally.failed_lines());
+    if (!stopped && where.empty()) {
+        return screen.is_terminal ? std::string(title) : vor::printable(file);
     }
-    for (const std::size_t line : tally.failed) {
-        text += fmt::format(" {}", line);
+    return screen.is_terminal ? fmt::format("{}{}", stopped ? "Stopped" : "Failed", where)
+                              : fmt::format("{}: {}{}", vor::printable(file), stopped ? "stopped" : "failed", where);
+}
+
+std::string text_of(const Tally& tally, const std::string& name, std::size_t left, const Options& options)
+{
+    const bool stopped = left != 0 || (!options.keep_going && !tally.failed.empty());
+    const vor::Screen screen = screen_of(options);
+    return vor::paragraph(
+        fmt::format("{}: {}", end_of_run(name, "Batch", stopped, tally, screen), counts_of(tally, left).text()),
+        screen);
+}
+
+std::string lines_text(const std::vector<std::size_t>& lines)
+{
+    std::vector<std::string> ranges;
+    for (std::size_t i = 0; i < lines.size(); i++) {
+        std::size_t last = i;
+        while (last + 1 < lines.size() && lines[last + 1] == lines[last] + 1) {
+            last++;
+        }
+        const bool is_range = last > i + 1;
+        ranges.push_back(is_range ? fmt::format("{}-{}", lines[i], lines[last]) : std::to_string(lines[i]));
+        i = is_range ? last : i;
     }
-    return text + (left != 0 ? fmt::format(", {} not made\n", left) : "\n");
+    const std::string last = ranges.empty() ? "" : ranges.back();
+    ranges.resize(std::max<std::size_t>(ranges.size(), 1) - 1);
+    return fmt::format("{} {}{}{}", lines.size() == 1 ? "line" : "lines", vor::joined(ranges, ", "),
+                       ranges.empty() ? "" : " and ", last);
 }
 
 } // namespace vorcfg

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <fcntl.h>
-#include <map>
 
 #include <fmt/core.h>
 
@@ -21,7 +20,7 @@ namespace {
 std::string journal_of(const std::string& path, const Options& options)
 {
     if (options.journal.empty() && path == "-") {
-        throw InputError{"a file on standard input has no journal of its own; give --journal"};
+        throw InputError{"a file on standard input has no journal of its own: --journal is required"};
     }
     return options.journal.empty() ? path + ".journal" : options.journal;
 }
@@ -31,73 +30,53 @@ Selection selection_of(const Options& options)
     return {options.from, options.only.empty() ? nullptr : &require_family(options.only), options.resend_secrets};
 }
 
-// "ip set-ip-address 0 (lines 4, 7)" would help nobody; one line each does.
-std::string listed(const Plan& plan, const Shown& to, bool (*wanted)(const PlanLine&))
+std::string listed(const Plan& plan, const Shown& to, bool (*selected)(const PlanLine&))
 {
     std::string text;
     for (const PlanLine& line : plan.lines) {
-        text += wanted(line) ? line_of(line, to) : "";
+        text += selected(line) ? line_of(line, to) : "";
     }
     return text;
 }
 
-// The lines without a verdict are named and decided before anything is sent.
-void decide_unknown(Plan& plan, const Shown& to, const Options& options)
+bool is_unknown(const PlanLine& line)
 {
-    const auto is_unknown = [](const PlanLine& line) { return line.due && line.state == LineState::unknown; };
-    const auto unknown = std::ranges::count_if(plan.lines, is_unknown);
-    if (unknown == 0) {
-        return;
-    }
-    const bool is_said = options.retry_unknown || options.skip_unknown;
-    const bool ask = !is_said && at_terminal();
-    if (!ask) {
-        vor::print(stdout, listed(plan, to, is_unknown));
-    }
-    if (!is_said && !ask) {
-        throw InputError{
-            fmt::format("{}: {} without a verdict; --retry-unknown makes them again, --skip-unknown leaves "
-                        "them out; nothing was sent",
-                        to.file, vor::counted(static_cast<std::uint64_t>(unknown), "line")),
-            exit_unknown};
-    }
-    for (PlanLine& line : plan.lines) {
-        if (is_unknown(line)) {
-            line.due = options.retry_unknown ||
-                       (ask && agreed(line_of(line, {to.file, to.journal, false}) + "Make it again?"));
-        }
-    }
+    return line.due && line.state == LineState::unknown;
 }
 
 bool stays(const PlanLine& line)
 {
-    return line.due && !can_be_taken_back(line.key, line.replaced);
+    return line.due && !line.can_be_reverted();
 }
 
-// Of a confirmed apply, what cannot be taken back wants a yes.
-void confirm_what_stays(const Plan& plan, const Shown& to, const Options& options)
+void leave_out_unknown(Plan& plan)
 {
-    const std::string names = listed(plan, to, stays);
-    if (names.empty()) {
-        return;
+    for (PlanLine& line : plan.lines) {
+        line.due = line.due && line.state != LineState::unknown;
     }
-    vor::print(stdout, to.json ? names : "these cannot be taken back:\n" + names);
-    if (!options.yes && !(at_terminal() && agreed("Make them all the same?"))) {
-        throw InputError{"what cannot be taken back is made only with --yes; nothing was sent"};
+}
+
+std::string time_text(unsigned seconds)
+{
+    constexpr unsigned minute = 60;
+    constexpr unsigned hour = 3600;
+    if (seconds % hour == 0) {
+        return fmt::format("{} h", seconds / hour);
     }
+    return seconds % minute == 0 ? fmt::format("{} min", seconds / minute) : fmt::format("{} s", seconds);
 }
 
 class Application {
 public:
     Application(const std::string& path, const Options& options)
         : options_(options), batch_(batch_of(path, options)),
-          path_(journal_of(path, options)), to_{batch_.name(), path_, options.json}
+          path_(journal_of(path, options)), to_{batch_.name(), path_, options.json, screen_of(options)}
     {
     }
 
     void leave_input() { batch_.leave_input(); }
 
-    // The exit code of what is complained about.
+    // The exit code of the last error.
     int read()
     {
         const auto each = [&](const PreparedCall& planned) {
@@ -105,9 +84,6 @@ public:
                 check_confirmed(planned, options_);
             }
             planner_.add(planned);
-            if (planned.row->has(cuts_link)) {
-                cutting_.emplace(planned.place.line, named(planned));
-            }
         };
         return check(batch_, each, complaining(options_.json));
     }
@@ -116,12 +92,11 @@ public:
     {
         const Journal journal = Journal::read(path_);
         journal.check_gateway(options_.gateway);
-        tell_gateway(journal);
         const Plan plan = planned_against(journal);
         if (journal.history().pending()) {
-            vor::print_line(stderr, fmt::format("vorcfg: {}", pending_text(journal)));
+            complain(pending_error(journal), false);
         }
-        vor::print(stdout, lines_of(plan, to_) + summary_of(plan, to_));
+        vor::print(stdout, shown(plan));
         return plan.tally().due != 0 ? exit_due : exit_ok;
     }
 
@@ -129,27 +104,37 @@ public:
     {
         Journal journal = Journal::open(path_, O_CREAT, options_.gateway);
         check_nothing_pending(journal);
-        tell_gateway(journal);
+        to_.may_revert = options_.confirm.has_value();
         Plan plan = planned_against(journal);
-        decide_unknown(plan, to_, options_);
-        if (options_.confirm && plan.tally().due != 0) {
-            confirm_what_stays(plan, to_, options_);
+        const bool asks = at_terminal() && !options_.yes;
+        const std::string unknown = asks ? "" : listed(plan, to_, is_unknown);
+        if (options_.skip_unknown) {
+            leave_out_unknown(plan);
+        }
+        vor::print(stdout, to_.in_rows() ? shown(plan) : unknown + notes_of(plan, to_));
+        if (!unknown.empty() && !options_.retry_unknown && !options_.skip_unknown) {
+            throw InputError{.text = fmt::format("{}: {} without a verdict; nothing was sent", to_.file,
+                                                 vor::counted(plan.tally()[LineState::unknown], "line")),
+                             .exit = exit_unknown,
+                             .hint = "--retry-unknown makes such lines again, --skip-unknown leaves them out"};
         }
         std::vector<std::size_t> lines;
-        std::vector<std::string> cutting;
         for (const PlanLine& line : plan.lines) {
             if (line.due) {
                 lines.push_back(line.line);
-                if (const auto found = cutting_.find(line.line); found != cutting_.end()) {
-                    cutting.push_back(found->second);
-                }
             }
         }
-        ask_before(cutting, options_);
-        const auto wanted = [&](std::size_t line) { return std::ranges::binary_search(lines, line); };
-        batch_.ask(wanted);
-        batch_.rewind(wanted);
-        vor::print(stdout, listed(plan, to_, [](const PlanLine& line) { return line.is_not_compared(); }));
+        if (lines.empty() && to_.in_rows()) { // as the plan says
+            return exit_ok;
+        }
+        check_reverts(plan, asks);
+        if (asks && !lines.empty() && !agreed(question(journal, lines.size()))) {
+            vor::print_line(stderr, "Nothing was sent.");
+            return exit_usage;
+        }
+        const auto selected = [&](std::size_t line) { return std::ranges::binary_search(lines, line); };
+        batch_.ask(selected);
+        batch_.rewind(selected);
         if (options_.confirm && !lines.empty()) {
             journal.append(ApplyPending{journal.history().entries().size() + 1});
         }
@@ -159,33 +144,60 @@ public:
     }
 
 private:
-    // Whoever does not say which gateway it is, is told whose journal is used.
-    void tell_gateway(const Journal& journal) const
+    std::string shown(const Plan& plan) const
     {
-        if (options_.gateway.empty() && !journal.history().gateway().empty()) {
-            vor::print_line(stderr, fmt::format("vorcfg: {} is of gateway {}; --gateway says which one this is", path_,
-                                                vor::quoted(journal.history().gateway())));
-        }
+        return lines_of(plan, to_) + notes_of(plan, to_) + summary_of(plan, to_);
     }
 
+    // Without --gateway, whose journal it is shows in the heading.
     Plan planned_against(const Journal& journal)
     {
+        const bool named = !options_.gateway.empty() || journal.history().gateway().empty();
+        if (to_.in_rows() || !(to_.json || named)) {
+            vor::print(stdout, heading_of(journal.history(), to_));
+        }
         Plan plan = planner_.against(journal.history());
         vor::print(stderr, warnings_of(plan, to_));
         return plan;
     }
 
+    // Where nobody is asked, calls that a confirmed apply cannot revert require --yes.
+    void check_reverts(const Plan& plan, bool asks) const
+    {
+        const std::string staying = options_.confirm ? listed(plan, to_, stays) : "";
+        vor::print(stdout, to_.json ? staying : "");
+        if (!staying.empty() && !asks && !options_.yes) {
+            throw InputError{"making calls that cannot be reverted requires --yes; nothing was sent"};
+        }
+    }
+
+    // "Make 4 calls on tower-17? Reverted after 2 min unless confirmed."
+    std::string question(const Journal& journal, std::size_t calls) const
+    {
+        const std::string& gateway = journal.history().gateway();
+        return fmt::format(
+            "Make {}{}?{}", vor::counted(calls, "call"), gateway.empty() ? "" : " on " + vor::printable(gateway),
+            options_.confirm ? fmt::format(" Reverted after {} unless confirmed.", time_text(*options_.confirm)) : "");
+    }
+
     int make(Journal& journal, const Plan& plan, std::size_t calls)
     {
-        const auto summary = [&](const Tally& tally, std::size_t left) { return applied_text(plan, tally, left, to_); };
+        const auto summary = [&](const Tally& tally, std::size_t left) {
+            return applied_text(plan, tally, left, options_, to_);
+        };
         BatchRunner::Hooks hooks{
             .before = [&](const PreparedCall& planned) { journal.begin(planned); },
             .after = [&](const PreparedCall& planned, const CallResult& report) { journal.end(planned, report); },
             .hang_up_ends = !options_.confirm};
         if (options_.confirm) {
-            hooks.given_up = [&] { vor::print_line(stderr, fmt::format("vorcfg: {}", pending_text(journal))); };
+            hooks.given_up = [&] { complain(pending_error(journal), false); };
         }
-        Account account(options_, calls, summary);
+        Account account(options_, to_.screen, summary);
+        for (const PlanLine& line : plan.lines) {
+            if (line.due) {
+                account.expect(name_of(line.key));
+            }
+        }
         BatchRunner runner(options_, calls, account, std::move(hooks));
         int exit = exit_ok;
         try {
@@ -203,9 +215,8 @@ private:
     const Options& options_;
     Batch batch_;
     const std::string path_;
-    const Shown to_;
+    Shown to_;
     Planner planner_{selection_of(options_)};
-    std::map<std::size_t, std::string> cutting_; // the lines that may cut the link one works over
 };
 
 } // namespace
@@ -221,10 +232,11 @@ int run_plan(const std::string& path, const Options& options)
 int run_apply(const std::string& path, const Options& options)
 {
     if (options.dry_run) {
-        throw InputError{"vorcfg plan shows what apply would make, vorcfg --dry-run batch the messages"};
+        throw InputError{
+            "apply does not take --dry-run: use plan to see the calls, --dry-run batch to see the messages"};
     }
     if (options.retry_unknown && options.skip_unknown) {
-        throw InputError{"one of --retry-unknown and --skip-unknown is enough"};
+        throw InputError{"--retry-unknown and --skip-unknown exclude each other"};
     }
     Application application(path, options);
     const int exit = application.read();

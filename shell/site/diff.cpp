@@ -7,14 +7,24 @@
 
 namespace vorcfg {
 
-bool PlanLine::stands() const
+bool PlanLine::is_up_to_date() const
 {
     return state == LineState::accepted || state == LineState::sent || state == LineState::overtaken;
+}
+
+bool PlanLine::can_be_reverted() const
+{
+    return vorcfg::can_be_reverted(key, replaced);
 }
 
 bool PlanLine::is_not_compared() const
 {
     return key.secret && (state == LineState::accepted || state == LineState::sent);
+}
+
+std::size_t PlanTally::up_to_date() const
+{
+    return (*this)[LineState::accepted] + (*this)[LineState::sent] + (*this)[LineState::overtaken];
 }
 
 PlanTally Plan::tally() const
@@ -74,6 +84,7 @@ void Planner::judge(PlanLine& line, const History& history) const
     const Known& known = history.of(subject_of(line.key));
     line.before = known.standing;
     line.open = known.open;
+    line.failed = known.failed != nullptr && known.failed->begun.key == line.key ? known.failed : nullptr;
     line.replaced = history.replaced_by(line.key);
     if (known.open != nullptr) {
         line.state = LineState::unknown;
@@ -92,22 +103,28 @@ void Planner::judge(PlanLine& line, const History& history) const
 // last, of their family and before them in the file.
 bool Planner::find_following(const History& history)
 {
-    std::map<const Family*, std::uint64_t> last; // by the lines so far: their last entries
+    struct Made {
+        std::uint64_t entry = 0;
+        std::size_t line = 0;
+    };
+    std::map<const Family*, Made> last; // of the lines so far
     constexpr std::uint64_t now = UINT64_MAX;
     bool found = false;
     for (PlanLine& line : plan_.lines) {
         const Entry* const done = history.of(subject_of(line.key)).last_done;
-        std::uint64_t& before = last[line.key.row->family];
-        if (line.key.row->has(acts) && done != nullptr && before > done->begun.number && line.stands() &&
+        Made& before = last[line.key.row->family];
+        if (line.key.row->has(acts) && done != nullptr && before.entry > done->begun.number && line.is_up_to_date() &&
             line.state != LineState::overtaken) {
             found = true;
             line.state = LineState::again;
+            line.follows = before.line;
         }
-        line.due = selection_.holds(line) && !line.stands();
-        if (line.due) {
-            before = now;
-        } else if (line.state != LineState::overtaken && done != nullptr) {
-            before = std::max(before, done->begun.number);
+        line.due = selection_.holds(line) && !line.is_up_to_date();
+        const bool was_made = line.state != LineState::overtaken && done != nullptr;
+        const std::uint64_t last_made = was_made ? done->begun.number : 0;
+        const std::uint64_t made = line.due ? now : last_made;
+        if (made > before.entry) {
+            before = {made, line.line};
         }
     }
     return found;
@@ -119,7 +136,7 @@ Plan Planner::against(const History& history)
     const auto overtaken_by = find_overtaken();
     for (std::size_t i = lines.size(); i-- > 0;) {
         judge(lines[i], history);
-        if (overtaken_by[i] != nullptr && overtaken_by[i]->stands() && lines[i].state != LineState::unknown) {
+        if (overtaken_by[i] != nullptr && overtaken_by[i]->is_up_to_date() && lines[i].state != LineState::unknown) {
             lines[i].state = LineState::overtaken;
         }
     }
@@ -130,6 +147,7 @@ Plan Planner::against(const History& history)
             if (line.state == LineState::overtaken && overtaken_by[i]->state == LineState::again &&
                 line.key.row != overtaken_by[i]->key.row) {
                 line.state = LineState::again;
+                line.precedes = overtaken_by[i]->line;
             }
         }
     }

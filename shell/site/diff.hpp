@@ -1,4 +1,4 @@
-// diff.hpp: a file against a journal: what of it the gateway has not accepted yet.
+// diff.hpp: a file against a journal: the calls that the gateway has not accepted yet.
 #pragma once
 
 #include <array>
@@ -24,32 +24,36 @@ enum class LineState {
 
 struct LineStateName {
     LineState state;
-    std::string_view name;  // in JSON
-    std::string_view words; // in a summary
+    std::string_view name;  // in JSON and in lines
+    std::string_view total; // in totals
+    char mark;
 };
 
-inline constexpr LineStateName states[] = {{LineState::fresh, "new", "new"},
-                                           {LineState::changed, "changed", "changed"},
-                                           {LineState::again, "again", "made again"},
-                                           {LineState::unknown, "unknown", "unknown"},
-                                           {LineState::accepted, "accepted", "accepted already"},
-                                           {LineState::sent, "sent", "sent, no verdict comes"},
-                                           {LineState::overtaken, "overtaken", "overtaken"},
-                                           {LineState::removed, "removed", "no longer in the file"}};
+inline constexpr LineStateName states[] = {{LineState::fresh, "new", "new", '+'},
+                                           {LineState::changed, "changed", "changed", '~'},
+                                           {LineState::again, "again", "again", '>'},
+                                           {LineState::unknown, "unknown", "unknown", '?'},
+                                           {LineState::accepted, "accepted", "up to date", '='},
+                                           {LineState::sent, "sent", "up to date", '='},
+                                           {LineState::overtaken, "overtaken", "up to date", '='},
+                                           {LineState::removed, "removed", "no longer in the file", '-'}};
 
 struct PlanLine {
     std::size_t line = 0; // 0: not in the file
     CallKey key;
     LineState state{};
     bool due = false;                // to be made
-    const Entry* before = nullptr;   // what stands
-    const Entry* open = nullptr;     // what has no verdict
-    const Entry* replaced = nullptr; // what stands, of this call or of one that it undoes
+    const Entry* before = nullptr;   // done last about the same thing
+    const Entry* open = nullptr;     // begun since, without a verdict
+    const Entry* failed = nullptr;   // the same call, tried since
+    const Entry* replaced = nullptr; // done last, this call or one that it undoes
     std::size_t differs_from = 0;    // a line that says something else about the same thing
+    std::size_t follows = 0;         // of one made again: the line of its family before it that was made since
+    std::size_t precedes = 0;        // or the act behind it that is made again
 
-    // It has been made, or is not to be.
-    bool stands() const;
-    // Accepted, and its secret may have changed since.
+    bool is_up_to_date() const;
+    bool can_be_reverted() const;
+    // Up to date, but its secret may have changed since.
     bool is_not_compared() const;
 };
 
@@ -64,7 +68,6 @@ struct Selection {
     }
 };
 
-// What a plan comes to.
 struct PlanTally {
     std::array<std::size_t, std::size(states)> lines{}; // by their states, those removed among them
     std::size_t due = 0;
@@ -72,12 +75,13 @@ struct PlanTally {
     std::size_t not_compared = 0;
 
     std::size_t operator[](LineState state) const { return lines[static_cast<std::size_t>(state)]; }
+    std::size_t up_to_date() const;
 };
 
 struct Plan {
     std::vector<PlanLine> lines;   // those selected, in the file's order
     std::vector<PlanLine> removed; // in the journal's
-    std::size_t asking = 0;        // lines that change nothing: batch makes them
+    std::size_t asking = 0;        // lines that change nothing, which only batch makes
 
     PlanTally tally() const;
 };

@@ -14,7 +14,7 @@ bool Entry::is_sent() const
     return ended.outcome == name_of(Outcome::sent) || ended.outcome == name_of(Outcome::unread);
 }
 
-bool can_be_taken_back(const CallKey& key, const Entry* before)
+bool can_be_reverted(const CallKey& key, const Entry* before)
 {
     return before != nullptr && !key.secret && !before->begun.key.secret && !key.row->has(acts) &&
            !before->begun.key.row->has(acts);
@@ -56,8 +56,7 @@ void History::add(const CallEnded& record)
     note(entries_.back());
 }
 
-// While a call has no verdict it may have been done, and what stood before it
-// may not stand any more.
+// While a call has no verdict it may have been done, and have replaced what was done before.
 void History::note(const Entry& entry)
 {
     Known& known = known_[subject_of(entry.begun.key)];
@@ -66,8 +65,9 @@ void History::note(const Entry& entry)
         known = {.standing = &entry, .open = nullptr, .last_done = &entry};
     } else if (!done && known.open == nullptr) {
         known.open = &entry;
-    } else if (done && known.open == &entry) {
-        known.open = nullptr;
+    } else if (done) {
+        known.open = known.open == &entry ? nullptr : known.open;
+        known.failed = &entry;
     }
     for (const Subject& subject : opposites_of(entry.begun.key)) {
         Known& other = known_[subject];
@@ -121,7 +121,7 @@ std::vector<History::Undo> History::undos() const
         } else if (entry->ended.done.value_or(true) && !undone.contains(entry->begun.number)) {
             const Entry* const before =
                 entry->begun.replaces ? &entries_[static_cast<std::size_t>(*entry->begun.replaces - 1)] : nullptr;
-            undos.push_back({&*entry, can_be_taken_back(entry->begun.key, before) ? before : nullptr});
+            undos.push_back({&*entry, can_be_reverted(entry->begun.key, before) ? before : nullptr});
         }
     }
     return undos;

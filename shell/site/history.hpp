@@ -1,4 +1,4 @@
-// history.hpp: what the records of a journal come to.
+// history.hpp: the state that the records of a journal add up to.
 #pragma once
 
 #include <cstdint>
@@ -14,19 +14,20 @@ namespace vorcfg {
 
 struct Entry {
     CallBegun begun;
-    CallEnded ended; // where it came to that
+    CallEnded ended; // its number is 0 while there is no verdict
 
     bool is_sent() const; // one-way, or its verdict is never read
 };
 
 // Neither an act nor what has a secret can be made as it was before.
-bool can_be_taken_back(const CallKey& key, const Entry* before);
+bool can_be_reverted(const CallKey& key, const Entry* before);
 
 // What is known of one subject.
 struct Known {
     const Entry* standing = nullptr; // done last, and not undone since
     const Entry* open = nullptr;     // begun since, with no verdict that says whether it was done
     const Entry* last_done = nullptr;
+    const Entry* failed = nullptr; // the last attempt since, known not to have been done
 
     const Entry* latest() const { return standing != nullptr ? standing : open; }
 };
@@ -37,18 +38,18 @@ public:
     void take(const Record& record);
 
     const Known& of(const Subject& subject) const;
-    // What a call takes the place of: what stands of its subject, or of a call that it undoes.
+    // What a call replaces: the last one done about its subject, or about that of a call that it undoes.
     const Entry* replaced_by(const CallKey& key) const;
     const std::deque<Entry>& entries() const { return entries_; }
-    // Of every subject, in their order, and what was called last about it itself, not about one that undoes it.
+    // Of every subject, in their order, with the last call about it itself, not about one that undoes it.
     std::vector<const Known*> known() const;
     const std::string& gateway() const { return gateway_; }
     const std::optional<ApplyPending>& pending() const { return pending_; }
 
-    // What of a confirmed apply is to be made again to undo it, the last first: the entry, and what stood before it.
+    // The calls of a confirmed apply, the last first, each with the one that it replaced, to be made again.
     struct Undo {
         const Entry* entry;
-        const Entry* before; // null: it cannot be taken back
+        const Entry* before; // null: it cannot be reverted
     };
     std::vector<Undo> undos() const;
 

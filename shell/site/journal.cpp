@@ -64,7 +64,7 @@ try {
     journal.file_ = vor::JsonLines(path, O_RDWR | O_APPEND | flags);
     const int file = journal.file_.descriptor();
     if (flock(file, LOCK_EX | LOCK_NB) != 0) {
-        complain(path, errno == EWOULDBLOCK ? "another vorcfg is at work with this journal" : std::strerror(errno));
+        complain(path, errno == EWOULDBLOCK ? "in use by another vorcfg" : std::strerror(errno));
     }
     if (fchmod(file, 0600) != 0) {
         throw vor::FileError(errno);
@@ -86,20 +86,20 @@ void Journal::check_gateway(const std::string& wanted) const
 {
     const std::string& known = history_.gateway();
     if (!wanted.empty() && !known.empty() && known != wanted) {
-        complain(path_, fmt::format("is of gateway {}, not of {}", vor::quoted(known), vor::quoted(wanted)));
+        complain(path_, fmt::format("belongs to gateway {}, not {}", vor::quoted(known), vor::quoted(wanted)));
     }
 }
 
-// Every line ends; one that does not was torn by what ended the process or the
-// machine, before anything that it announces was sent.
+// Every line ends. One that does not was cut off when the process or the machine stopped, before the call that it
+// announces was sent.
 void Journal::load(bool repair)
 {
     while (const auto line = file_.next()) {
         const std::uint64_t number = file_.number();
         const bool is_first = number == 1;
         if (file_.torn() || (file_.at_end() && !is_first && !vor::Json::read(*line))) {
-            vor::print_line(stderr, fmt::format("vorcfg: {}: line {} is torn{}", path_, number,
-                                                repair ? " and has been taken away" : ""));
+            vor::print_line(stderr, fmt::format("vorcfg: {}: line {} is incomplete{}", path_, number,
+                                                repair ? " and was removed" : ""));
             if (repair) {
                 file_.take_away();
             }
@@ -111,7 +111,7 @@ void Journal::load(bool repair)
             if (is_first) {
                 not_a_journal(path_);
             }
-            complain(path_, fmt::format("line {} is broken", number));
+            complain(path_, fmt::format("line {} is not a valid record", number));
         } catch (const InputError& complaint) {
             complain(path_, fmt::format("line {}: {}", number, complaint.text));
         }

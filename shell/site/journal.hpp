@@ -1,5 +1,5 @@
-// journal.hpp: the file that keeps what a gateway accepted: a record a line,
-// each on disk before what it announces is done.
+// journal.hpp: the file of what a gateway accepted: one record per line, each on disk before the call that it announces
+// is sent.
 #pragma once
 
 #include <string>
@@ -15,10 +15,9 @@ namespace vorcfg {
 // All of these throw a InputError where the journal cannot be used.
 class Journal {
 public:
-    // To look at; where there is none, nothing has been accepted. What is torn is said and stays.
+    // To read only; where there is none, nothing has been accepted. An incomplete line is reported and left there.
     static Journal read(const std::string& path);
-    // To write, by nobody else at the same time: repaired, which is said, and with O_CREAT made where there is none.
-    // With a name, it is of this gateway.
+    // To write, locked: an incomplete line is reported and removed; O_CREAT creates the file. A name says whose it is.
     static Journal open(const std::string& path, int flags = 0, const std::string& gateway = {});
 
     void check_gateway(const std::string& wanted) const; // no name: any
@@ -26,13 +25,13 @@ public:
     const History& history() const { return history_; }
     const std::string& path() const { return path_; }
 
-    // What is about to be sent, on disk when this returns; and what became of it.
+    // The call that is about to be sent, on disk when this returns; and its verdict.
     void begin(const PreparedCall& planned, const Entry* takes_back = nullptr);
     void end(const PreparedCall& planned, const CallResult& report);
 
     void append(const Record& record, bool on_disk = true);
     void sync() { fdatasync(file_.descriptor()); }
-    void close() { file_.close(); } // for others to decide about
+    void close() { file_.close(); } // for others to confirm or revert
 
 private:
     explicit Journal(std::string path) : path_(std::move(path)) {}

@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/inotify.h>
+#include <sys/timerfd.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -24,13 +25,12 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-std::string offer(const std::string& path)
+std::string hint_for(const std::string& path)
 {
-    return fmt::format("vorcfg confirm {0} keeps it, vorcfg revert {0} takes it back", path);
+    return fmt::format("vorcfg confirm {0}, or vorcfg revert {0}", path);
 }
 
-// The process that waits holds a lock far behind the journal's end: it goes
-// with the process, however that ends.
+// The waiting process holds a lock far behind the journal's end, which goes with the process, however that ends.
 struct flock waiting_lock(int type)
 {
     struct flock lock {};
@@ -41,7 +41,7 @@ struct flock waiting_lock(int type)
     return lock;
 }
 
-bool somebody_waits(const std::string& path)
+bool is_waiting(const std::string& path)
 {
     const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     struct flock lock = waiting_lock(F_WRLCK);
@@ -55,9 +55,8 @@ struct Call {
     PreparedCall planned;
 };
 
-// What is to be made, all of it known before the first call; of the rest it is
-// said why it is left.
-std::vector<Call> calls_back(const std::vector<History::Undo>& undos)
+// The calls that revert, all of them prepared before the first is made. Names those that cannot be reverted.
+std::vector<Call> reverting_calls(const std::vector<History::Undo>& undos)
 {
     std::vector<Call> calls;
     for (const History::Undo& undo : undos) {
@@ -69,34 +68,35 @@ std::vector<Call> calls_back(const std::vector<History::Undo>& undos)
                 calls.back().planned.place = {begun.file, begun.line, 0};
                 continue;
             }
-        } catch (const InputError& complaint) { // what another version kept
+        } catch (const InputError& complaint) { // of another version's journal
             why = ": " + complaint.text;
         }
-        vor::print_line(stdout, fmt::format("{}:{}: {}: cannot be taken back{}", vor::printable(begun.file), begun.line,
+        vor::print_line(stdout, fmt::format("{}:{}: {}: cannot be reverted{}", vor::printable(begun.file), begun.line,
                                             name_of(begun.key), why));
     }
     return calls;
 }
 
-// Everything of it once more with what stood before, the last first.
-int take_back(Journal& journal, const Options& options)
+// Makes again what each call replaced, the last first.
+int revert(Journal& journal, const Options& options)
 {
     const auto undos = journal.history().undos();
-    std::vector<Call> calls = calls_back(undos);
-    const std::size_t kept = undos.size() - calls.size();
+    std::vector<Call> calls = reverting_calls(undos);
     const auto summary = [&](const Tally& tally, std::size_t left) {
-        return fmt::format("{}: {} accepted, {} sent, {} unread, {} failed, {} not made: {}{}\n",
-                           vor::printable(journal.path()), tally.accepted, tally.sent, tally.unread,
-                           tally.failed.size(), left,
-                           tally.failed.empty() && left == 0 ? "taken back" : "not all is taken back",
-                           kept != 0 ? fmt::format("; {} cannot be taken back", kept) : "");
+        Counts counts = counts_of(tally, left);
+        counts.add("cannot be reverted", undos.size() - calls.size());
+        return fmt::format("{}: {}reverted: {}\n", vor::printable(journal.path()),
+                           tally.failed.empty() && left == 0 ? "" : "not all calls were ", counts.text());
     };
-    Options going_on = options;
-    going_on.keep_going = true;
+    Options all = options;
+    all.keep_going = true;
     const Entry* undone = nullptr;
-    Account account(going_on, calls.size(), summary);
+    Account account(all, screen_of(options), summary);
+    for (const Call& call : calls) {
+        account.expect(name_of(call.undone->begun.key));
+    }
     BatchRunner runner(
-        going_on, calls.size(), account,
+        all, calls.size(), account,
         {.before = [&](const PreparedCall& planned) { journal.begin(planned, undone); },
          .after = [&](const PreparedCall& planned, const CallResult& report) { journal.end(planned, report); },
          .hang_up_ends = false});
@@ -108,14 +108,13 @@ int take_back(Journal& journal, const Options& options)
     }
     const int exit = runner.finish();
     if (runner.tally().failed.empty() && exit != exit_ended) {
-        journal.append(ApplyDecided{.kept = false});
+        journal.append(ApplyDecided{.confirmed = false});
     }
     return exit;
 }
 
-// Of the process that waits: the journal is looked at whenever it changes. One
-// in use is being decided about.
-int wait_and_take_back(const std::string& path, const Options& options, Clock::time_point deadline)
+// In the waiting process: reads the journal whenever it changes. One in use is being confirmed or reverted.
+int wait_and_revert(const std::string& path, const Options& options, Clock::time_point deadline)
 {
     const int changes = inotify_init1(IN_CLOEXEC);
     inotify_add_watch(changes, path.c_str(), IN_MODIFY);
@@ -127,7 +126,7 @@ int wait_and_take_back(const std::string& path, const Options& options, Clock::t
             const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
             if (left <= 0) {
                 Journal journal = Journal::open(path);
-                return journal.history().pending() ? take_back(journal, options) : exit_ok;
+                return journal.history().pending() ? revert(journal, options) : exit_ok;
             }
             pollfd change{changes, POLLIN, 0};
             if (poll(&change, 1, static_cast<int>(left)) == 1) {
@@ -148,27 +147,28 @@ int wait_and_take_back(const std::string& path, const Options& options, Clock::t
     std::signal(SIGHUP, SIG_IGN);
     const int held = open(path.c_str(), O_RDWR | O_CLOEXEC);
     struct flock lock = waiting_lock(F_WRLCK);
-    const bool locked = fcntl(held, F_OFD_SETLKW, &lock) == 0; // one that has been decided about may still be ending
+    const bool locked = fcntl(held, F_OFD_SETLKW, &lock) == 0; // the one before may still be ending
     const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         dup2(nowhere, descriptor);
     }
     (void)!write(ready, locked ? "y" : "n", 1);
-    std::_Exit(wait_and_take_back(path, options, deadline));
+    std::_Exit(wait_and_revert(path, options, deadline));
 }
 
 struct Waiter {
     pid_t process;
-    int end; // ready to be read when it has ended
+    int end; // can be read once it has ended
 };
 
-// When this returns, it holds its lock.
+// Returns once it holds its lock.
 Waiter start_waiting(Journal& journal, const Options& options, Clock::time_point deadline)
 {
-    const InputError nobody{fmt::format("nobody waits for the confirmation; {}", offer(journal.path())), exit_journal};
+    const InputError failure{
+        .text = "cannot start the confirmation timer", .exit = exit_journal, .hint = hint_for(journal.path())};
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-        throw InputError(nobody);
+        throw InputError(failure);
     }
     std::fflush(nullptr);
     const pid_t process = fork();
@@ -180,22 +180,32 @@ Waiter start_waiting(Journal& journal, const Options& options, Clock::time_point
     close(ends[1]);
     char ready = 'n';
     if (process < 0 || read(ends[0], &ready, 1) != 1 || ready != 'y') {
-        throw InputError(nobody);
+        throw InputError(failure);
     }
     return {process, ends[0]};
 }
 
 enum class Left { enter, interrupted, alone };
 
-// Until an empty line, Ctrl-C, or until the other process has ended or this one has no terminal any more.
-Left wait_at_terminal(const Waiter& waiter)
+// Counts down until an empty line, Ctrl-C, or until the other process has ended or this one has no terminal any more.
+Left wait_at_terminal(const Waiter& waiter, Clock::time_point deadline)
 {
     Waiting for_enter;
     bool empty = true;
+    vor::Progress countdown("");
+    const int second = timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC);
+    constexpr itimerspec every_second{{1, 0}, {1, 0}};
+    timerfd_settime(second, 0, &every_second, nullptr);
     while (true) {
-        pollfd waits[] = {{STDIN_FILENO, POLLIN, 0}, {waiter.end, POLLIN, 0}};
+        const auto left = std::chrono::ceil<std::chrono::seconds>(deadline - Clock::now()).count();
+        countdown.show_text(fmt::format("Reverted in {} s unless confirmed: press Enter to confirm ", left));
+        pollfd waits[] = {{STDIN_FILENO, POLLIN, 0}, {waiter.end, POLLIN, 0}, {second, POLLIN, 0}};
         if (!for_enter.wait(waits)) {
             return Left::interrupted;
+        }
+        std::uint64_t ticks = 0;
+        if (waits[2].revents != 0) {
+            (void)!read(second, &ticks, sizeof ticks);
         }
         if (waits[1].revents != 0 || (waits[0].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0) {
             return Left::alone;
@@ -210,15 +220,12 @@ Left wait_at_terminal(const Waiter& waiter)
         if (byte == '\n' && empty) {
             return Left::enter;
         }
-        if (byte == '\n') {
-            vor::print_line(stdout, "Enter alone keeps it");
-        }
         empty = byte == '\n';
     }
 }
 
-// The calls of a confirmed apply that undo others of it.
-std::vector<const Entry*> taken_back(const History& history, std::uint64_t first)
+// The calls that reverted others of a confirmed apply.
+std::vector<const Entry*> reverted_calls(const History& history, std::uint64_t first)
 {
     std::vector<const Entry*> entries;
     for (const Entry& entry : history.entries()) {
@@ -229,76 +236,76 @@ std::vector<const Entry*> taken_back(const History& history, std::uint64_t first
     return entries;
 }
 
-// What became of it without this process, as the journal has it.
-int tell_decision(const std::string& path, std::uint64_t first)
+// What became of it without this process, from the journal.
+int report_decision(const std::string& path, std::uint64_t first)
 {
     const Journal journal = Journal::read(path);
-    const auto undone = taken_back(journal.history(), first);
+    const auto undone = reverted_calls(journal.history(), first);
     for (const Entry* const entry : undone) {
-        vor::print_line(stdout, fmt::format("{}:{}: {}: taken back, {}", vor::printable(entry->begun.file),
+        vor::print_line(stdout, fmt::format("{}:{}: {}: reverted, {}", vor::printable(entry->begun.file),
                                             entry->begun.line, name_of(entry->begun.key), entry->ended.verdict));
     }
-    vor::print_line(stdout, journal.history().pending()
-                                ? pending_text(journal)
-                                : fmt::format("{}: {}", vor::printable(path), undone.empty() ? "kept" : "taken back"));
+    if (journal.history().pending()) {
+        complain(pending_error(journal), false);
+    } else {
+        vor::print_line(stdout, fmt::format("{}: {}", vor::printable(path), undone.empty() ? "confirmed" : "reverted"));
+    }
     return undone.empty() ? exit_ok : exit_ended;
 }
 
 } // namespace
 
-std::string pending_text(const Journal& journal)
+InputError pending_error(const Journal& journal)
 {
     const std::string& path = journal.path();
     const ApplyPending& pending = *journal.history().pending();
-    if (somebody_waits(path)) {
-        return fmt::format("{}: a confirmed apply waits until {}; {}", path, second_of(pending.until), offer(path));
+    std::string state = "the last apply ended before it was confirmed";
+    if (is_waiting(path)) {
+        state = fmt::format("the last apply is waiting for confirmation until {}", second_of(pending.until));
+    } else if (!reverted_calls(journal.history(), pending.first).empty()) {
+        state = "the last apply was reverted only in part";
     }
-    if (!taken_back(journal.history(), pending.first).empty()) {
-        return fmt::format(
-            "{0}: a confirmed apply is taken back in part; vorcfg revert {0} goes on, vorcfg confirm {0} "
-            "keeps what stands",
-            path);
-    }
-    return fmt::format("{}: a confirmed apply was ended before it was confirmed; {}", path, offer(path));
+    return {.text = fmt::format("{}: {}", path, state), .exit = exit_journal, .hint = hint_for(path)};
 }
 
 void check_nothing_pending(const Journal& journal)
 {
     if (journal.history().pending()) {
-        throw InputError{pending_text(journal), exit_journal};
+        throw InputError(pending_error(journal));
     }
 }
 
 int wait_for_confirmation(Journal journal, const Options& options)
 {
     const std::string path = journal.path();
-    if (journal.history().undos().empty()) { // nothing of it was done
-        journal.append(ApplyDecided{.kept = true});
+    if (journal.history().undos().empty()) { // no call was made
+        journal.append(ApplyDecided{.confirmed = true});
         return exit_ok;
     }
     const std::chrono::seconds time(*options.confirm);
     const std::string until = stamp(time);
-    const Waiter waiter = start_waiting(journal, options, Clock::now() + time);
+    const Clock::time_point deadline = Clock::now() + time;
+    const Waiter waiter = start_waiting(journal, options, deadline);
     const std::uint64_t first = journal.history().pending()->first;
     journal.append(ApplyPending{first, until, waiter.process});
     journal.close();
     const bool asks = at_terminal();
     if (asks) {
-        tcflush(STDIN_FILENO, TCIFLUSH); // what was typed before answers nothing
+        tcflush(STDIN_FILENO, TCIFLUSH); // what was typed before is no confirmation
     }
-    vor::print_line(stdout, fmt::format("{}: waits for {} s, until {}; {}{}", vor::printable(path), *options.confirm,
-                                        second_of(until), asks ? "Enter or " : "", offer(path)));
+    vor::print_line(stdout, fmt::format("{}: reverted at {} unless confirmed\nhint: {}", vor::printable(path),
+                                        second_of(until), hint_for(path)));
     if (!asks) {
         return exit_ok;
     }
-    switch (wait_at_terminal(waiter)) {
+    switch (wait_at_terminal(waiter, deadline)) {
     case Left::enter:
         return run_confirm(path, options);
     case Left::interrupted:
-        vor::print_line(stderr, fmt::format("\nvorcfg: {}", pending_text(Journal::read(path))));
+        complain(pending_error(Journal::read(path)), false);
         return exit_ended;
     default:
-        return tell_decision(path, first);
+        return report_decision(path, first);
     }
 }
 
@@ -308,7 +315,7 @@ Journal pending_journal(const std::string& path, const char* what)
 {
     Journal journal = Journal::open(path);
     if (!journal.history().pending()) {
-        throw InputError{fmt::format("{}: nothing waits to be {}", path, what), exit_journal};
+        throw InputError{fmt::format("{}: no apply is waiting to be {}", path, what), exit_journal};
     }
     return journal;
 }
@@ -317,15 +324,15 @@ Journal pending_journal(const std::string& path, const char* what)
 
 int run_confirm(const std::string& path, const Options&)
 {
-    pending_journal(path, "confirmed").append(ApplyDecided{.kept = true});
-    vor::print_line(stdout, fmt::format("{}: kept", vor::printable(path)));
+    pending_journal(path, "confirmed").append(ApplyDecided{.confirmed = true});
+    vor::print_line(stdout, fmt::format("{}: confirmed", vor::printable(path)));
     return exit_ok;
 }
 
 int run_revert(const std::string& path, const Options& options)
 {
-    Journal journal = pending_journal(path, "taken back");
-    return take_back(journal, options);
+    Journal journal = pending_journal(path, "reverted");
+    return revert(journal, options);
 }
 
 } // namespace vorcfg

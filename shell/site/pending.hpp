@@ -1,20 +1,18 @@
-// pending.hpp: a confirmed apply, from when it has been made until it is kept
-// or taken back.
+// pending.hpp: apply --confirm, from its last call until it is confirmed or reverted.
 #pragma once
 
-#include <string>
-
+#include "input/input_error.hpp"
 #include "input/options.hpp"
 #include "site/journal.hpp"
 
 namespace vorcfg {
 
-// Refuses to go on where one waits.
+// Throws where an apply is waiting for confirmation.
 void check_nothing_pending(const Journal& journal);
-// "until 2026-05-12 10:04 UTC", or that nobody waits any more.
-std::string pending_text(const Journal& journal);
+// Until when it is waiting, or that nothing is waiting any more.
+InputError pending_error(const Journal& journal);
 
-// Waits in a process of its own, which outlives the terminal, and on a terminal for Enter. The journal is closed.
+// Waits in a process of its own, which outlives the terminal, and at a terminal for Enter. Closes the journal.
 int wait_for_confirmation(Journal journal, const Options& options);
 
 } // namespace vorcfg

@@ -22,7 +22,7 @@ namespace {
 
 constexpr int version = 1;
 
-// JSON holds no text that is no UTF-8; one would be as good as the next.
+// JSON cannot hold a text that is not UTF-8: its bytes are written in hexadecimal.
 Json json_of(const KeptValue& value)
 {
     if (const auto* const bytes = std::get_if<RawText>(&value)) {
@@ -55,7 +55,7 @@ KeptValue value_in(std::string_view name, const Json& json)
     const Json* const digits = json.size() == 1 ? json.find("bytes") : nullptr;
     RawText bytes = digits != nullptr && digits->is_string() ? bytes_in(digits->string()) : RawText();
     if (digits == nullptr || *digits != Json(vor::hexadecimal(bytes.text))) {
-        throw InputError{fmt::format("{} is {}, which is no value", name, vor::dump(json))};
+        throw InputError{fmt::format("{} must be a number, a text or its bytes, not {}", name, vor::dump(json))};
     }
     return bytes;
 }
@@ -79,11 +79,11 @@ CallKey key_in(const Json& json)
     const Row* const row =
         row_named(call.substr(0, blank), std::string_view{call}.substr(std::min(blank + 1, call.size())));
     if (row == nullptr) {
-        throw InputError{fmt::format("no call \"{}\" is known", call)};
+        throw InputError{fmt::format("unknown call \"{}\"", call)};
     }
     const Json& arguments = json.at("arguments");
     if (!arguments.is_object()) {
-        throw InputError{"its arguments have no names"};
+        throw InputError{"the arguments must have names"};
     }
     const auto known = row->arguments();
     std::vector<KeptValues> values(known.size());
@@ -157,7 +157,7 @@ Json json_of(const ApplyPending& record)
 
 Json json_of(const ApplyDecided& record)
 {
-    return {{record.kept ? "confirmed" : "taken_back", true}, {"at", stamp()}, {"by", user()}};
+    return {{record.confirmed ? "confirmed" : "taken_back", true}, {"at", stamp()}, {"by", user()}};
 }
 
 } // namespace
@@ -192,10 +192,10 @@ Record record_in(std::string_view line, bool is_first)
     const Json json = Json::parse(line);
     const Json* const known = json.find("vorcfg_journal");
     if (is_first && known == nullptr) {
-        throw InputError{"is no journal"};
+        throw InputError{"not a journal"};
     }
     if (is_first && *known != Json(version)) {
-        throw InputError{fmt::format("a journal of version {}, and this vorcfg knows {}", vor::dump(*known), version)};
+        throw InputError{fmt::format("journal version must be {1}, not {0}", vor::dump(*known), version)};
     }
     if (json.contains("begin")) {
         return CallBegun{.number = json["begin"].number<std::uint64_t>(),
@@ -223,7 +223,7 @@ Record record_in(std::string_view line, bool is_first)
     if (json.contains("gateway")) {
         return GatewayNamed{json["gateway"].string(), known != nullptr};
     }
-    throw InputError{"no record of this version"};
+    throw InputError{"unknown record"};
 }
 
 std::string stamp(std::chrono::seconds from_now)

@@ -17,7 +17,7 @@ class Json;
 namespace vorcfg {
 
 struct GatewayNamed {
-    std::string gateway; // empty: nobody has said which
+    std::string gateway; // empty: not known
     bool is_first;       // the first record of every journal
 };
 
@@ -27,8 +27,8 @@ struct CallBegun {
     std::string file{};
     std::size_t line = 0;
     CallKey key{};
-    std::optional<std::uint64_t> replaces{};   // the call that stood before
-    std::optional<std::uint64_t> takes_back{}; // the call that is undone by this one
+    std::optional<std::uint64_t> replaces{};   // the call done before
+    std::optional<std::uint64_t> takes_back{}; // the call that this one reverts
 };
 
 struct CallEnded {
@@ -36,31 +36,31 @@ struct CallEnded {
     std::string at{};
     std::string outcome{};
     std::string verdict{};
-    std::optional<bool> done{}; // nothing: nobody knows
+    std::optional<bool> done{}; // none: not known
 };
 
-// A confirmed apply that is neither confirmed nor taken back.
+// An apply --confirm that is neither confirmed nor reverted.
 struct ApplyPending {
-    std::uint64_t first; // its calls from this number on
-    std::string until{}; // a stamp; empty while it is being made
-    int process = 0;     // which waits
+    std::uint64_t first; // its first call
+    std::string until{}; // a stamp; empty while the calls are being made
+    int process = 0;     // the one that waits
 };
 
 struct ApplyDecided {
-    bool kept; // false: taken back
+    bool confirmed; // else reverted
 };
 
 using Record = std::variant<GatewayNamed, CallBegun, CallEnded, ApplyPending, ApplyDecided>;
 
-// Who writes it, and when, stands in a record that does not say so itself.
+// Adds the user and the time where the record does not have them.
 std::string text_of(const Record& record);
-// Throws a JsonError about a line that is broken, a InputError about what says nothing to this version.
+// Throws a JsonError about a line that is not JSON, an InputError about one that is not a record of this version.
 Record record_in(std::string_view line, bool is_first);
 
 // The values by their arguments' names.
 vor::Json values_json(const CallKey& key);
 
-// "2026-05-12T10:04:00Z"; of now, which SOURCE_DATE_EPOCH sets, so that what is written can be reproduced.
+// "2026-05-12T10:04:00Z"; SOURCE_DATE_EPOCH sets the present, so that output can be reproduced.
 std::string stamp(std::chrono::seconds from_now = {});
 std::string minute_of(std::string_view stamp); // "2026-05-12 10:04 UTC"
 std::string second_of(std::string_view stamp); // "2026-05-12 10:04:00 UTC"

@@ -41,7 +41,7 @@ struct Sheet {
     std::size_t open = 0;
     std::string first;
     std::string last;
-    std::string note; // of what may not stay
+    std::string note; // while it may still be reverted
 };
 
 SheetLine line_of(const Known& known)
@@ -52,11 +52,11 @@ SheetLine line_of(const Known& known)
     if (known.open != nullptr) {
         return {name, values_of(known.open->begun.key), "unknown", minute_of(known.open->begun.at), true};
     }
-    return {name, values_of(key), entry.is_sent() ? "sent, no verdict comes" : entry.ended.outcome,
+    return {name, values_of(key), entry.is_sent() ? std::string(name_of(Outcome::sent)) : entry.ended.outcome,
             minute_of(entry.ended.at)};
 }
 
-// The calls of a family in the order of its rows, those of one call in the order of their objects.
+// The calls of a family are in the order of its rows, those of one call in the order of their objects.
 Sheet sheet_of(const Journal& journal)
 {
     const History& history = journal.history();
@@ -79,7 +79,7 @@ Sheet sheet_of(const Journal& journal)
         }
     }
     if (history.pending()) {
-        sheet.note = "A confirmed apply is neither confirmed nor taken back: what stands here may not stay.";
+        sheet.note = "The last apply is not confirmed yet: these settings may still be reverted.";
     }
     return sheet;
 }
@@ -92,21 +92,28 @@ std::string counts_of(const Sheet& sheet)
     return sheet.first == sheet.last ? text : fmt::format("{} to {}", text, sheet.last);
 }
 
-constexpr const char* meaning = "What the gateway accepted, and when; what it holds now cannot be read back.";
+constexpr const char* meaning = "Settings that the gateway accepted, and when. Its current values cannot be read back.";
 
-std::string text_of(const Sheet& sheet)
+vor::Cells cells_of(const SheetLine& line)
 {
-    std::string text = fmt::format("{}: {}\n{}\n", vor::printable(sheet.title), counts_of(sheet), meaning);
-    text += sheet.note.empty() ? "" : sheet.note + '\n';
+    const vor::Color color = line.open ? vor::Color::yellow : vor::Color::plain;
+    return {{" "}, {line.verdict, color}, {line.name}, {line.when + (line.values.empty() ? "" : ", ") + line.values}};
+}
+
+std::string text_of(const Sheet& sheet, const vor::Screen& screen)
+{
+    vor::Table table(screen);
+    for (const SheetSection& section : sheet.sections) {
+        for (const SheetLine& line : section.lines) {
+            table.fit(cells_of(line));
+        }
+    }
+    std::string text = vor::paragraph(fmt::format("{}: {}", vor::printable(sheet.title), counts_of(sheet)), screen) +
+                       vor::paragraph(meaning, screen) + (sheet.note.empty() ? "" : vor::paragraph(sheet.note, screen));
     for (const SheetSection& section : sheet.sections) {
         text += fmt::format("\n{}: {}\n", section.family->name, about(*section.family));
-        std::size_t width = 0;
         for (const SheetLine& line : section.lines) {
-            width = std::max(width, line.name.size());
-        }
-        for (const SheetLine& line : section.lines) {
-            text += fmt::format("  {:<{}}  {}{}{}, {}\n", line.name, width, line.values,
-                                line.values.empty() ? "" : "; ", line.verdict, line.when);
+            text += table.text_of(cells_of(line));
         }
     }
     return text;
@@ -155,7 +162,7 @@ std::string html_of(const Sheet& sheet)
         }
         text += "</tbody>\n</table>\n";
     }
-    return text + "<footer><div>Handed over by, date</div><div>Taken over by, date</div></footer>\n</body>\n</html>\n";
+    return text + "<footer><div>Handed over by, date</div><div>Received by, date</div></footer>\n</body>\n</html>\n";
 }
 
 std::string json_of(const Sheet& sheet)
@@ -163,11 +170,12 @@ std::string json_of(const Sheet& sheet)
     Json lines = Json::array();
     for (const SheetSection& section : sheet.sections) {
         for (const SheetLine& line : section.lines) {
-            lines.push_back({{"family", section.family->name},
-                             {"name", line.name},
-                             {"values", line.values},
-                             {"verdict", line.verdict},
-                             {"when", line.when}});
+            lines.push_back(
+                {{"family", section.family->name},
+                 {"name", line.name},
+                 {"values", line.values},
+                 {"verdict", line.verdict == name_of(Outcome::sent) ? "sent, no verdict comes" : line.verdict},
+                 {"when", line.when}});
         }
     }
     const Json json{{"schema", schema},      {"report", sheet.title},          {"settled", sheet.settled},
@@ -180,20 +188,20 @@ std::string json_of(const Sheet& sheet)
 int run_report(const std::string& path, const Options& options)
 {
     if (options.json && options.html) {
-        throw InputError{"one of --json and --html is enough"};
+        throw InputError{"--json and --html exclude each other"};
     }
     if (!std::filesystem::exists(path)) {
-        throw InputError{fmt::format("{}: there is no such journal", path), exit_journal};
+        throw InputError{fmt::format("{}: no such journal", path), exit_journal};
     }
     const Journal journal = Journal::read(path);
     if (journal.history().pending()) {
-        vor::print_line(stderr, fmt::format("vorcfg: {}", pending_text(journal)));
+        complain(pending_error(journal), false);
     }
     const Sheet sheet = sheet_of(journal);
     if (options.json) {
         vor::print(stdout, json_of(sheet));
     } else {
-        vor::print(stdout, options.html ? html_of(sheet) : text_of(sheet));
+        vor::print(stdout, options.html ? html_of(sheet) : text_of(sheet, screen_of(options)));
     }
     return exit_ok;
 }

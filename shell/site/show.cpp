@@ -16,25 +16,30 @@ using vor::Json;
 
 namespace {
 
-std::string when_done(const Entry& entry)
-{
-    return fmt::format("{} {}", entry.ended.outcome == name_of(Outcome::unread) ? "delivered" : entry.ended.outcome,
-                       minute_of(entry.ended.at));
-}
-
-// "ip_address 192.168.1.11 (was 192.168.1.10), config_option 0 (was 1)"
+// "ip_address 192.168.1.10 -> 192.168.1.11, dns_server[0] 9.9.9.9 -> 1.1.1.1"
 std::string changes_of(const PlanLine& line)
 {
+    std::vector<std::string> changes;
+    const auto add = [&](const std::string& name, const std::string& before, const std::string& now) {
+        if (before != now) {
+            changes.push_back(fmt::format("{} {} -> {}", name, before, now));
+        }
+    };
     const auto arguments = line.key.row->arguments();
-    std::string text;
     for (std::size_t i = 0; i < arguments.size(); i++) {
-        const std::string now = shown(arguments[i], line.key.values[i]);
-        const std::string before = shown(arguments[i], line.before->begun.key.values[i]);
-        if (!arguments[i].is_count && now != before) {
-            text += fmt::format("{}{} {} (was {})", text.empty() ? "" : ", ", arguments[i].name, now, before);
+        const KeptValues& now = line.key.values[i];
+        const KeptValues& before = line.before->begun.key.values[i];
+        const std::string name(arguments[i].name);
+        if (arguments[i].is_list && now.size() == before.size()) {
+            for (std::size_t item = 0; item < now.size(); item++) {
+                add(fmt::format("{}[{}]", name, item), shown(arguments[i], before[item]),
+                    shown(arguments[i], now[item]));
+            }
+        } else if (!arguments[i].is_count) {
+            add(name, shown(arguments[i], before), shown(arguments[i], now));
         }
     }
-    return text;
+    return vor::joined(changes, ", ");
 }
 
 std::string open_text(const Entry& open)
@@ -43,47 +48,77 @@ std::string open_text(const Entry& open)
     return fmt::format("begun {}, {}", minute_of(open.begun.at), verdict);
 }
 
+std::string again_text(const PlanLine& line)
+{
+    if (line.follows != 0) {
+        return fmt::format("follows line {}", line.follows);
+    }
+    return line.precedes != 0 ? fmt::format("precedes line {}", line.precedes) : "its secret is sent again";
+}
+
 std::string state_text(const PlanLine& line)
 {
     switch (line.state) {
     case LineState::fresh:
-        return "new";
+        return values_of(line.key);
     case LineState::changed:
-        return fmt::format("changed: {}; {}", changes_of(line), when_done(*line.before));
+        return changes_of(line);
     case LineState::again:
-        return fmt::format("again: {}; {}",
-                           line.key.row->has(acts) ? "follows from what is made before it" : "its secret is sent again",
-                           when_done(*line.before));
+        return again_text(line);
     case LineState::unknown:
-        return fmt::format("unknown: {}", open_text(*line.open));
-    case LineState::accepted:
-        return fmt::format("accepted already, {}", minute_of(line.before->ended.at));
-    case LineState::sent:
-        return fmt::format("sent, no verdict comes, {}", minute_of(line.before->ended.at));
-    case LineState::overtaken:
-        return "overtaken by a later line";
+        return open_text(*line.open);
     case LineState::removed:
-        return fmt::format("no longer in the file; {}",
-                           line.before != nullptr ? when_done(*line.before) : open_text(*line.open));
+        return "the gateway keeps it";
+    default:
+        return "";
     }
-    return {};
 }
 
-std::string secret_text(const PlanLine& line)
+std::string failure_text(const Entry& failed)
 {
-    if (line.is_not_compared()) {
-        return "; secret not compared, --resend-secrets sends it again";
-    }
-    return line.key.secret && (line.state == LineState::changed || line.state == LineState::unknown)
-               ? "; secret not compared"
-               : "";
+    return fmt::format("{} on {}", failed.ended.verdict, minute_of(failed.ended.at));
 }
 
+// What there is to say of a line besides its state.
+std::string detail_of(const PlanLine& line)
+{
+    std::vector<std::string> parts;
+    if (std::string text = state_text(line); !text.empty()) {
+        parts.push_back(std::move(text));
+    }
+    if (line.failed != nullptr) {
+        parts.push_back(failure_text(*line.failed));
+    }
+    if (line.key.secret && (line.state == LineState::changed || line.state == LineState::unknown)) {
+        parts.emplace_back("secret not compared");
+    }
+    return vor::joined(parts, "; ");
+}
+
+const LineStateName& name_of(LineState state)
+{
+    return states[static_cast<std::size_t>(state)];
+}
+
+// A mark stands for the state; of new and changed lines the values say the rest.
+vor::Cells cells_of(const PlanLine& line)
+{
+    const bool values = line.state == LineState::fresh || line.state == LineState::changed;
+    const std::string detail = detail_of(line);
+    const std::string state = values && !detail.empty() ? "" : std::string(name_of(line.state).total);
+    const bool stands_out =
+        line.failed != nullptr || line.state == LineState::unknown || line.state == LineState::changed;
+    return {{line.line != 0 ? fmt::format("{:>5}", line.line) : "     "},
+            {fmt::format("{} {}", line.failed != nullptr ? '!' : name_of(line.state).mark, name_of(line.key)),
+             stands_out ? vor::Color::yellow : vor::Color::plain},
+            {state + (state.empty() || detail.empty() ? "" : ", ") + detail}};
+}
+
+// ", of which 1 secret not compared", behind those that are up to date
 std::string not_compared_text(const PlanTally& tally)
 {
     return tally.not_compared != 0
-               ? fmt::format("; {} not compared, --resend-secrets sends {} again",
-                             vor::counted(tally.not_compared, "secret"), tally.not_compared == 1 ? "it" : "them")
+               ? fmt::format(", of which {} not compared", vor::counted(tally.not_compared, "secret"))
                : "";
 }
 
@@ -96,7 +131,7 @@ std::string json_of(const PlanLine& line, const std::string& file)
     if (line.key.secret) {
         json["secret"] = "not compared";
     }
-    json["state"] = states[static_cast<std::size_t>(line.state)].name;
+    json["state"] = name_of(line.state).name;
     json["due"] = line.due;
     if (line.before != nullptr) {
         json["was"] = {{"arguments", values_json(line.before->begun.key)},
@@ -128,12 +163,12 @@ std::string json_of(const Plan& plan, const Tally& calls, std::size_t left, cons
     const Json json{{"schema", schema},
                     {"apply", to.file},
                     {"journal", to.journal},
-                    {"accepted", calls.accepted},
-                    {"sent", calls.sent},
-                    {"unread", calls.unread},
-                    {"unknown", calls.unknown},
-                    {"refused", calls.refused},
-                    {"failed_lines", Json::array(calls.failed)},
+                    {"accepted", calls.successes(Outcome::accepted)},
+                    {"sent", calls.successes(Outcome::sent)},
+                    {"unread", calls.successes(Outcome::unread)},
+                    {"unknown", calls.failures(Outcome::unknown)},
+                    {"refused", calls.failures(Outcome::refused)},
+                    {"failed_lines", Json::array(calls.failed_lines())},
                     {"not_made", left},
                     {"left_unknown", tally.left_unknown},
                     {"before", tally[LineState::accepted] + tally[LineState::sent]},
@@ -161,6 +196,17 @@ std::string values_of(const CallKey& key)
     return text;
 }
 
+std::string heading_of(const History& history, const Shown& to)
+{
+    const std::string gateway = history.gateway().empty() ? "" : vor::printable(history.gateway()) + ": ";
+    const std::string journal = to.journal == to.file + ".journal" ? "its journal" : vor::printable(to.journal);
+    const auto& entries = history.entries();
+    return vor::paragraph(
+        fmt::format("{}{} against {}, {}", gateway, vor::printable(to.file), journal,
+                    entries.empty() ? "nothing applied yet" : "last applied " + minute_of(entries.back().begun.at)),
+        to.screen);
+}
+
 std::string line_of(const PlanLine& line, const Shown& to)
 {
     if (to.json) {
@@ -168,18 +214,60 @@ std::string line_of(const PlanLine& line, const Shown& to)
     }
     const std::string place =
         line.line != 0 ? fmt::format("{}:{}", vor::printable(to.file), line.line) : vor::printable(to.journal);
-    return fmt::format("{}: {}: {}{}\n", place, name_of(line.key), state_text(line), secret_text(line));
+    const std::string detail = detail_of(line);
+    return fmt::format("{}: {}: {}{}{}\n", place, name_of(line.key),
+                       line.state == LineState::removed ? name_of(line.state).total : name_of(line.state).name,
+                       detail.empty() ? "" : ": ", detail);
 }
 
 std::string lines_of(const Plan& plan, const Shown& to)
 {
-    std::string text;
-    for (const auto* const lines : {&plan.lines, &plan.removed}) {
-        for (const PlanLine& line : *lines) {
-            text += to.json || !line.stands() || line.is_not_compared() ? line_of(line, to) : "";
+    vor::Table table(to.screen);
+    std::vector<const PlanLine*> lines;
+    for (const auto* const some : {&plan.lines, &plan.removed}) {
+        for (const PlanLine& line : *some) {
+            if (to.json || !line.is_up_to_date()) {
+                lines.push_back(&line);
+                table.fit(cells_of(line));
+            }
         }
     }
+    std::string text;
+    for (const PlanLine* const line : lines) {
+        text += to.in_rows() ? table.text_of(cells_of(*line)) : line_of(*line, to);
+    }
     return text;
+}
+
+std::string notes_of(const Plan& plan, const Shown& to)
+{
+    std::vector<std::string> notes;
+    const auto add = [&](bool (*applies)(const PlanLine&), std::string_view note) {
+        std::vector<std::size_t> lines;
+        for (const PlanLine& line : plan.lines) {
+            if (applies(line)) {
+                lines.push_back(line.line);
+            }
+        }
+        if (!lines.empty()) {
+            notes.push_back(lines_text(lines).append(note));
+        }
+    };
+    add([](const PlanLine& line) { return line.due && line.key.row->has(cuts_link); }, " may drop your connection");
+    if (to.may_revert) {
+        add([](const PlanLine& line) { return line.due && !line.can_be_reverted(); }, " cannot be reverted");
+    }
+    if (to.in_rows()) {
+        add([](const PlanLine& line) { return line.due && line.state == LineState::unknown; },
+            " may have been made already (--skip-unknown leaves it out)");
+    }
+    add([](const PlanLine& line) { return line.is_not_compared(); },
+        ": secret not compared (--resend-secrets sends it again)");
+    if (to.json || notes.empty()) {
+        return "";
+    }
+    return vor::paragraph(vor::joined(notes, "; "), to.screen,
+                          to.in_rows() ? "  " : fmt::format("{}: ", vor::printable(to.file)));
 }
 
 std::string summary_of(const Plan& plan, const Shown& to)
@@ -187,30 +275,45 @@ std::string summary_of(const Plan& plan, const Shown& to)
     if (to.json) {
         return json_of(plan, to);
     }
-    const PlanTally tally = plan.tally();
-    std::string text = fmt::format("{}: {} to make", vor::printable(to.file), tally.due);
-    for (const LineStateName& each : states) {
-        if (tally[each.state] != 0) {
-            text += fmt::format("; {} {}", tally[each.state], each.words);
+    Counts due;
+    for (const PlanLine& line : plan.lines) {
+        if (line.due) {
+            due.add(line.failed != nullptr ? line.failed->ended.outcome + " before"
+                                           : std::string(name_of(line.state).total));
         }
     }
-    text += not_compared_text(tally);
-    return text + (plan.asking != 0 ? fmt::format("; {} left to batch\n", plan.asking) : "\n");
+    const PlanTally tally = plan.tally();
+    Counts others;
+    others.add("to make" + (tally.due != 0 ? fmt::format(" ({})", due.text()) : ""), tally.due);
+    others.add("left unknown", tally.left_unknown);
+    others.add("left to batch", plan.asking);
+    others.add(name_of(LineState::removed).total, tally[LineState::removed]);
+    others.add(name_of(LineState::accepted).total, tally.up_to_date());
+    const std::string nothing = tally.due == 0 ? fmt::format("{}, ", Counts().text()) : "";
+    return vor::paragraph(fmt::format("{}: {}{}{}", to.in_rows() ? "Plan" : vor::printable(to.file), nothing,
+                                      others.text("the file has no calls"), not_compared_text(tally)),
+                          to.screen);
 }
 
-std::string applied_text(const Plan& plan, const Tally& calls, std::size_t left, const Shown& to)
+std::string applied_text(const Plan& plan, const Tally& calls, std::size_t left, const Options& options,
+                         const Shown& to)
 {
     if (to.json) {
         return json_of(plan, calls, left, to);
     }
     const PlanTally tally = plan.tally();
-    const std::size_t other = calls.failed.size() - calls.unknown - calls.refused;
-    return fmt::format(
-        "{}: {} accepted, {} sent, {} unread, {} unknown, {} refused{}, {} not made; {} done before{}{}\n",
-        vor::printable(to.file), calls.accepted, calls.sent, calls.unread, calls.unknown, calls.refused,
-        other != 0 ? fmt::format(", {} not delivered or not sent", other) : "", left,
-        tally[LineState::accepted] + tally[LineState::sent],
-        tally.left_unknown != 0 ? fmt::format("; {} left unknown", tally.left_unknown) : "", not_compared_text(tally));
+    const bool stopped = left != 0 || (!options.keep_going && !calls.failed.empty());
+    Counts counts = counts_of(calls, left);
+    counts.add("left unknown", tally.left_unknown);
+    std::string text;
+    if (to.in_rows()) { // below the plan, which has the others
+        text = counts.text() + (stopped && !options.confirm ? ". Run apply again to go on." : "");
+    } else {
+        counts.add(name_of(LineState::accepted).total, tally.up_to_date());
+        text = counts.text() + not_compared_text(tally);
+    }
+    return vor::paragraph(fmt::format("{}: {}", end_of_run(to.file, "Applied", stopped, calls, to.screen), text),
+                          to.screen);
 }
 
 std::string warnings_of(const Plan& plan, const Shown& to)
@@ -219,8 +322,8 @@ std::string warnings_of(const Plan& plan, const Shown& to)
     std::set<std::string> said;
     for (const PlanLine& line : plan.lines) {
         if (line.differs_from != 0 && said.insert(name_of(line.key)).second) {
-            text += fmt::format("{}:{}: warning: {}: line {} says something else about it\n", vor::printable(to.file),
-                                line.line, name_of(line.key), line.differs_from);
+            text += fmt::format("{}:{}: warning: {}: line {} sets it differently\n", vor::printable(to.file), line.line,
+                                name_of(line.key), line.differs_from);
         }
     }
     return text;

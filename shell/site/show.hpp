@@ -1,10 +1,11 @@
-// show.hpp: a plan and what became of it, for a reader and for a program.
+// show.hpp: a plan, and what became of it, as text and as JSON.
 #pragma once
 
 #include <string>
 
 #include "call/runner.hpp"
 #include "site/diff.hpp"
+#include "text/table.hpp"
 
 namespace vorcfg {
 
@@ -12,17 +13,27 @@ struct Shown {
     const std::string& file;
     const std::string& journal;
     bool json;
+    vor::Screen screen{};
+    bool may_revert = true; // says which calls cannot be reverted
+
+    // A terminal gets rows of a table, everything else FILE:LINE: lines.
+    bool in_rows() const { return screen.is_terminal && !json; }
 };
 
+// "tower-17: tower.conf against its journal, last applied 2026-05-12 10:04 UTC"
+std::string heading_of(const History& history, const Shown& shown);
 std::string line_of(const PlanLine& line, const Shown& shown);
-// What is not as the file has it, a line each; as JSON every line, and at the end what the plan comes to.
+// The lines that are not up to date, or as JSON all of them.
 std::string lines_of(const Plan& plan, const Shown& shown);
+// What to know before the calls are made; not in JSON.
+std::string notes_of(const Plan& plan, const Shown& shown);
 std::string summary_of(const Plan& plan, const Shown& shown);
 // What became of the calls that were due.
-std::string applied_text(const Plan& plan, const Tally& calls, std::size_t left, const Shown& shown);
-// What a file says twice, and differently.
+std::string applied_text(const Plan& plan, const Tally& calls, std::size_t left, const Options& options,
+                         const Shown& shown);
+// About lines of a file that set the same thing differently.
 std::string warnings_of(const Plan& plan, const Shown& shown);
-// "ip_address 192.168.1.10, subnet_mask 255.255.255.0", without what names the object
+// "ip_address 192.168.1.10, subnet_mask 255.255.255.0", without the arguments that name the object
 std::string values_of(const CallKey& key);
 
 } // namespace vorcfg

@@ -1,5 +1,5 @@
 // vorcfg-page HEADER: prints a reference page, docs/calls/HEADER.md, from the rows, the header, and the examples, which
-// it makes on the running gateway: a developers' tool, not installed (scripts/reference-page runs it against vorsim).
+// it makes on the running gateway: a developers' tool, not installed.
 #include <algorithm>
 #include <cstdio>
 #include <string>
@@ -72,9 +72,10 @@ std::string arguments_text(const Row& row, const CallContract& contract)
 {
     std::string text;
     for (const Argument& argument : row.arguments()) {
-        text +=
-            fmt::format("| `{}` | {} | {}{} |\n", argument.name, argument.is_count ? "counted" : type_name(argument),
-                        contract.meaning(argument), argument.is_secret ? " (a secret: `@FILE`, `-` or `?`)" : "");
+        std::string meaning(contract.meaning(argument));
+        meaning += argument.is_secret ? " (a secret: `@FILE`, `-` or `?`)" : "";
+        text += fmt::format("| `{}` | {} |{}{} |\n", argument.name, argument.is_count ? "counted" : type_name(argument),
+                            meaning.empty() ? "" : " ", meaning);
     }
     return text.empty() ? "" : fmt::format("| Argument | Type | |\n|---|---|---|\n{}\n", text);
 }
@@ -82,7 +83,8 @@ std::string arguments_text(const Row& row, const CallContract& contract)
 std::string contract_text(const Row& row)
 {
     if (row.read != nullptr) {
-        return fmt::format("`vorcfg {}`\n\n{}\n\n```text\n{}```\n\n", usage_of(row), summary_of(row), row.usage_help);
+        return fmt::format("`vorcfg {}`\n\n{}\n\n```text\n{}```\n\n", usage_of(row), sentence(summary_of(row)),
+                           row.usage_help);
     }
     const CallContract& contract = contract_of(row);
     std::string text = fmt::format("`{}`\n\n", contract.declaration);

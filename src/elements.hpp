@@ -25,7 +25,7 @@ enum class Kind : vor_uchar {
 // An element's value on its way to the engine: a number or a pointer.
 using Argument = std::intptr_t;
 
-// The texts behind an exported function's dots.
+// The variable arguments of an exported function, which are texts.
 struct Texts {
     vor_int32 count;
     va_list list;
@@ -42,7 +42,7 @@ struct Element {
     explicit Element(void* pointer) : value(reinterpret_cast<Argument>(pointer)) {}
 };
 
-// The byte in front of the elements, where the frame has a place for it.
+// The byte before the elements, if the frame has one.
 template <Policy place>
 struct LeadingByte {
     Argument value;

@@ -1,4 +1,4 @@
-// What the messages of a family have in common, and what tells them apart.
+// What the messages of a family have in common, and where they differ.
 #pragma once
 
 #include <vorinfra.h>
@@ -50,7 +50,7 @@ struct MessageId {
     vor_uint32 number;
 
     MessageId() = default;
-    consteval MessageId(vor_uint32 number_) : number(number_) {} // any number is an id, and no frame is
+    consteval MessageId(vor_uint32 number_) : number(number_) {} // from any number, but not from a frame
 };
 
 template <Frame frame>

@@ -26,7 +26,7 @@ vor_int32 no_place(Exchange& exchange)
     return no_status;
 }
 
-// What few calls hold stays out of the one piece that all others run through.
+// Rarely used elements are kept out of the function that all calls share.
 [[gnu::noinline]] void add_address(TLV_CHAIN& chain, vor_uchar tag, vor_char* dotted)
 {
     vor_tlv_chain_add_vor_int32(&chain, tag, static_cast<vor_int32>(address_in(dotted)));
@@ -358,7 +358,7 @@ void* request_statistics(const Slot* description, ...)
     if (exchange.answer_matches()) {
         record = payload_of(exchange.response);
         if (record == nullptr) {
-            return nullptr; // both buffers stay taken
+            return nullptr; // both buffers are kept
         }
     }
     exchange.drop_buffers();

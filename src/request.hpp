@@ -98,7 +98,7 @@ constexpr const Slot* describe()
 
 // --- The steps ------------------------------------------------------------
 
-// One message under way, and its answer. A step returns 0 to go on, else the code to return.
+// One message under way, and its answer. A step returns 0 to continue, else the code to return.
 struct Exchange : Head {
     VOR_IPC_HANDLE* handle;
     VOR_IPC_MSG_REF request;
@@ -128,22 +128,22 @@ struct Exchange : Head {
     // Writes a chain as the payload and frees it.
     void serialize(TLV_CHAIN& chain);
 
-    vor_int32 send();             // one-way, and gives back what the frame says
-    vor_int32 send_and_receive(); // what is refused is given back
+    vor_int32 send();             // one-way; releases what the frame says
+    vor_int32 send_and_receive(); // releases the buffers when it is refused
 
     bool answer_matches() const;
     // The answer's status, null for an answer without one. Not 0 where such an answer ends the call.
     vor_int32 read_status(const void*& status);
-    // The status as a code, a refusal's in vor_errno; gives the request back, in the frame's order.
+    // The status as a code, a refusal's in vor_errno; releases the request, in the frame's order.
     vor_int32 evaluate(const void* status);
 
-    vor_int32 finish(const void* status); // evaluates it and gives the response back
+    vor_int32 finish(const void* status); // evaluates it and releases the response
     vor_int32 finish();                   // with the answer's status
     vor_int32 send_and_finish();          // one-way or answered, as the frame says
 
     void drop_buffers();
 
-    // The values behind a description come in the order of its slots.
+    // The values after a description come in the order of its slots.
     vor_int32 prepare_described_v(const Slot* description, va_list values);
 
 private:
@@ -173,7 +173,7 @@ inline bool accepted(const void* status)
     return status != nullptr && status_at(status) == 0;
 }
 
-// Texts are read when their step comes; a null one is 0.
+// Texts are read when their step is reached; a null one is 0.
 vor_ip_address address_in(vor_char* text);
 vor_uint16 number_in(const vor_char* text);
 
@@ -190,7 +190,7 @@ template <Frame frame, MessageId id, vor_uint16 record_length = 0, class... Elem
     }
 }
 
-// The counters of a port, in a buffer already given back; null for every failure.
+// The counters of a port, in a buffer already released; null for every failure.
 template <class Record, Frame frame, MessageId id, vor_uint16 record_length, class... Elements>
 [[gnu::always_inline]] inline Record* statistics(Elements... elements)
 {

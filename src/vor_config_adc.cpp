@@ -8,7 +8,7 @@ using namespace device_mgmt;
 namespace {
 
 constexpr Frame adc = sap(5) | clears_errno | id_low_half; // lone request kept
-constexpr Frame adc_named = adc | null_payload_keeps;      // the name call alone looks at the payload area first
+constexpr Frame adc_named = adc | null_payload_keeps;      // the name call alone checks the payload area first
 constexpr Frame adc_counters = sap(5) | id_low_half | null_payload_drops | refused_keeps_response;
 constexpr MessageId adc_setting = 0x5004;
 

@@ -8,7 +8,7 @@ using namespace device_mgmt;
 namespace {
 
 constexpr Frame can = sap(19) | clears_errno;        // answers compared in all 32 bits, lone request kept
-constexpr Frame can_text = can | null_payload_keeps; // the two text calls look at the payload area first
+constexpr Frame can_text = can | null_payload_keeps; // the two text calls check the payload area first
 constexpr MessageId can_setting = 0x13003;
 
 } // namespace

@@ -43,7 +43,7 @@ const Word* find(const Word (&words)[count], const vor_char* name)
     return nullptr;
 }
 
-// A text too long for its field runs on into the fields behind, up to the record's end.
+// Text too long for its field overwrites the fields that follow, up to the end of the record.
 void copy_text(vor_char* field, vor_char* record_end, const vor_char* text)
 {
     while (*text != '\0' && field != record_end - 1) {

@@ -8,7 +8,7 @@ using namespace device_mgmt;
 namespace {
 
 constexpr Frame gpio = sap(4) | clears_errno | id_low_half; // lone request kept
-constexpr Frame gpio_named = gpio | null_payload_keeps;     // the name call alone looks at the payload area first
+constexpr Frame gpio_named = gpio | null_payload_keeps;     // the name call alone checks the payload area first
 constexpr Frame gpio_output = sap(4) | clears_errno | one_way | null_payload_keeps;
 constexpr Frame gpio_counters = sap(4) | id_low_half | null_payload_drops | refused_keeps_response;
 constexpr MessageId gpio_setting = 0x4004;

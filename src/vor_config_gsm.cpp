@@ -8,7 +8,7 @@ using namespace device_mgmt;
 namespace {
 
 constexpr Frame gsm = sap(12) | clears_errno; // answers compared in all 32 bits, lone request kept
-constexpr MessageId gsm_setting = 0xc00a;     // the text's tag tells which
+constexpr MessageId gsm_setting = 0xc00a;     // the text's tag says which
 
 } // namespace
 

@@ -1,4 +1,4 @@
-// Where the gateway stands (datamgr). Status 1 is success here, and only here.
+// The gateway's location (datamgr). Status 1 is success, only here.
 #include <device_mgmt/gw.h>
 
 #include "request.hpp"
@@ -15,7 +15,7 @@ constexpr vor_int32 accepted_position = 1;
 constexpr vor_int32 latitude_refused = -1001;
 constexpr vor_int32 longitude_refused = -1002;
 
-// No id is compared, vor_errno stays out of it, and a refused exchange is -4.
+// No id is compared, vor_errno is not changed, and a refused exchange is -4.
 vor_int32 send_and_finish(Exchange& exchange, vor_int32 refused_code)
 {
     ++exchange.length; // the flag leads the payload

@@ -7,7 +7,7 @@ using namespace device_mgmt;
 
 namespace {
 
-constexpr Frame hostname_notice = sap(10) | one_way; // the payload pointer goes to the serializer unchecked
+constexpr Frame hostname_notice = sap(10) | one_way; // the payload pointer is passed to the serializer unchecked
 
 } // namespace
 

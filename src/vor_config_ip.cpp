@@ -29,7 +29,7 @@ constexpr vor_int32 too_many_dns_servers = -1151;
 
 [[gnu::noinline]] vor_uint32 network_address(const vor_char* text)
 {
-    in_addr address{}; // stays 0.0.0.0 for a text that is none
+    in_addr address{}; // stays 0.0.0.0 for text that is not an address
     if (text != nullptr) {
         inet_aton(text, &address);
     }
@@ -147,7 +147,7 @@ vor_int32 vor_cfg_get_dhcp_server_address_range(vor_char* /*pool_name*/, vor_cha
 }
 
 // The two DNS calls end in narrow types before the dots: callers' va_start sees
-// them promoted, and gcc and clang both find the arguments behind them.
+// them promoted, and gcc and clang both find the arguments after them.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wvarargs"
 

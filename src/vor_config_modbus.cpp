@@ -9,7 +9,7 @@ using namespace device_mgmt;
 namespace {
 
 constexpr Frame modbus = sap(20) | clears_errno;              // answers compared in all 32 bits, lone request kept
-constexpr Frame modbus_guarded = modbus | null_payload_keeps; // looks at the payload area first
+constexpr Frame modbus_guarded = modbus | null_payload_keeps; // checks the payload area first
 
 constexpr MessageId serial_slave = 0x14003;
 constexpr MessageId register_group = 0x14006;

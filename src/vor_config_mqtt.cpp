@@ -11,7 +11,8 @@ namespace {
 
 constexpr Frame mqtt_service =
     sap(15) | lone_request_dropped | option_byte | null_payload_drops | id_low_half | request_dropped_last;
-constexpr Frame mqtt = mqtt_service | empty_answer_keeps; // credentials and server alone give back on an empty answer
+constexpr Frame mqtt =
+    mqtt_service | empty_answer_keeps; // only credentials and server release the buffers on an empty answer
 constexpr Frame session = sap(15) | one_way | null_payload_drops | sent_buffer_kept;
 constexpr MessageId mqtt_setting = 0xf005;
 

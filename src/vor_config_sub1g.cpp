@@ -8,7 +8,7 @@ using namespace device_mgmt;
 namespace {
 
 constexpr Frame sub1g = sap(8) | clears_errno | lone_request_dropped | id_low_half;
-constexpr Frame sub1g_channel = sub1g | null_payload_drops; // the channel call alone looks at the payload area first
+constexpr Frame sub1g_channel = sub1g | null_payload_drops; // the channel call alone checks the payload area first
 constexpr Frame sub1g_registers = sap(8) | refused_keeps_response | id_low_half; // lone request kept
 constexpr MessageId sub1g_setting = 0x8004;
 constexpr MessageId read_registers = 0x8009;
@@ -27,7 +27,7 @@ vor_int32 vor_cfg_sub1g_set_channel(vor_int16 port_num, vor_char* stream_name, v
                                                  str<5>(channel_name));
 }
 
-// Success tells that something was answered, not that it was a snapshot.
+// Success means that there was an answer, not that it was a snapshot.
 vor_int32 vor_cfg_get_reg_values(SUB1G_CONFIG_REG** sub1g_reg)
 {
     Exchange exchange;

@@ -8,7 +8,7 @@ using namespace device_mgmt;
 namespace {
 
 constexpr Frame rest = sap(3) | one_way | null_payload_keeps;
-constexpr MessageId rest_setting = 0x3002; // the tags present tell which
+constexpr MessageId rest_setting = 0x3002; // the tags present say which
 constexpr Frame protocol_service = sap(10) | one_way | null_payload_keeps;
 constexpr Frame transport = sap(0) | one_way | null_payload_keeps; // the SAP is the caller's
 constexpr MessageId transport_application = 0x0fffe029;
@@ -40,7 +40,7 @@ vor_int32 vor_cfg_set_protocol_svc(vor_char* service_name, vor_int16 protocol)
 }
 
 // The interface ends in a narrow type before the dots; gcc and clang both find
-// the arguments behind it.
+// the arguments after it.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wvarargs"
 
@@ -60,7 +60,7 @@ vor_int32 vor_cfg_set_service_chain(vor_uchar mode, vor_char* chain_name, vor_uc
         return code;
     }
     if (!exchange.answer_matches()) {
-        return -1; // a foreign answer: both buffers stay taken
+        return -1; // a foreign answer: both buffers are kept
     }
     return exchange.finish();
 }

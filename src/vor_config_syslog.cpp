@@ -20,10 +20,10 @@ vor_int32 vor_cfg_set_sysloginfo(vor_uchar mode, vor_char* ip_address, vor_uint1
     if (code != ok) {
         return code;
     }
-    const vor_ip_address address = address_in(ip_address); // read before its place is asked for
+    const vor_ip_address address = address_in(ip_address); // read before its place is reserved
     auto* const info = reinterpret_cast<SYSLOG_INFO*>(payload_of(exchange.request));
     if (info == nullptr) {
-        return no_status; // both buffers stay taken
+        return no_status; // both buffers are kept
     }
     info->mode = mode;
     info->ip_address = address;

@@ -13,7 +13,7 @@ namespace {
 constexpr Frame towermon = sap(240) | clears_errno; // answers compared in all 32 bits, lone request kept
 
 constexpr MessageId aircon = 0x15003;
-constexpr MessageId physical_id = 0x15003; // of all kinds but the UPS; told from the air conditioner by its tags
+constexpr MessageId physical_id = 0x15003; // of all kinds but the UPS; the air conditioner's differs by its tags
 constexpr MessageId battery = 0x15004;
 constexpr MessageId fan = 0x15005;
 constexpr MessageId genset = 0x15006;

@@ -27,7 +27,7 @@ constexpr Literal priority_opens = {" -p ", 4};
 constexpr Literal path_opens = {" \"", 3};
 constexpr Literal path_closes = {"\"", 2};
 
-// Grows *string by at most len characters of text. No memory leaves it as it was, without a word.
+// Grows *string by at most len characters of text. Without memory it silently stays as it was.
 void vor_cfg_str_cat(vor_char** string, const vor_char* text, vor_int32 len)
 {
     if (text == nullptr) {
@@ -100,7 +100,7 @@ bool add_subject(Command& command, const VOR_CFG_PROTO& query)
 }
 
 // The bytes between the text and its count are sent too: the terminator, then
-// blanks. (Zeros would be empty commands to a daemon that ends one at each.)
+// spaces. (A daemon that ends a command at each zero would take zeros as empty commands.)
 bool pad(Command& command)
 {
     auto* const whole = static_cast<vor_char*>(vor_realloc(command.text, static_cast<vor_uint32>(command.counted)));
@@ -131,7 +131,7 @@ struct Answer {
     }
 };
 
-// The fixed commands look at their results in 16 bits.
+// The fixed commands check their results in 16 bits.
 vor_int16 low16(vor_int32 result)
 {
     return static_cast<vor_int16>(result);
@@ -329,7 +329,7 @@ vor_int32 vor_cfg_set_wifi_ssid_password(vor_char* ssid, vor_char* password)
         return -1;
     }
     const FixedCommand secret(R"(-s -l "password %s" -r "^password " "interface wlan0" "ssid %s")", password, ssid);
-    Answer answer; // one stands for both commands
+    Answer answer; // one counts for both commands
     if (secret.text() == nullptr || secret.send(fd) == -1 || low16(answer.receive(fd)) < 1 ||
         low16(vor_cfg_remove_sock_endpoint()) == -1) {
         return -1;
@@ -364,12 +364,12 @@ vor_int32 vor_cfg_set_interface_ip(vor_char* interface, vor_char* ip_address)
         std::fputs("Start to recieve the response", stdout);
     }
     Answer answer;
-    if (low16(answer.receive(fd)) < 1) { // received, not judged
+    if (low16(answer.receive(fd)) < 1) { // received, then ignored
         return -1;
     }
     std::puts("The response from konfd socket received");
     if (ip_address == nullptr) {
-        return -1; // compared only now, with one exchange behind it
+        return -1; // compared only now, after one exchange
     }
     const FixedCommand address =
         std::strcmp(ip_address, "dhcp") == 0

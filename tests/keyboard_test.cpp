@@ -112,6 +112,18 @@ TEST_F(Prompt, continues_after_interrupt_and_error)
     end();
 }
 
+TEST(help, pager_at_a_terminal_only)
+{
+    const processes::Workplace workplace;
+    const auto shown = [&](const std::string& command) {
+        return processes::Terminal(workplace, {"/bin/sh", "-c", command}).rest().text;
+    };
+    const std::string help = "vorcfg help gpio set-value";
+    EXPECT_EQ(shown("PAGER='head -n 1' " + help), "usage: vorcfg gpio set-value PORT_NUM VALUE\r\n");
+    EXPECT_NE(shown("PAGER=no-such-program " + help).find("Example: "), std::string::npos);
+    EXPECT_EQ(workplace.run("PAGER='head -n 1' " + help).text, workplace.run(help).text);
+}
+
 #ifdef VOR_EDITED
 TEST_F(Prompt, completion)
 {

@@ -10,6 +10,7 @@
 
 #include "call/session.hpp"
 #include "example_lines.hpp"
+#include "help/help.hpp"
 #include "output/output.hpp"
 #include "processes.hpp"
 #include "rows/contract.hpp"
@@ -320,6 +321,29 @@ TEST(rows, errors_repeat_no_secret)
             EXPECT_EQ(shown.find("mons00n"), std::string::npos) << shown;
             EXPECT_EQ(shown.find(secret), std::string::npos) << shown;
         }
+    }
+}
+
+std::size_t widest_line(const std::string& text)
+{
+    std::size_t widest = 0;
+    for (const std::string_view line : vor::lines_in(text)) {
+        const bool is_command = line.starts_with("Example: ");
+        widest = is_command ? widest : std::max(widest, vor::characters_in(line));
+    }
+    return widest;
+}
+
+TEST(help, fits_the_screen)
+{
+    std::vector<std::pair<std::string, std::string>> texts{{brief_help(), help()}}; // on one screen, and in full
+    for (const Row* const row : rows_that([](const Row&) { return true; })) {
+        texts.emplace_back(brief_help(*row->family), help(*row->family));
+        texts.emplace_back(brief_help(*row), help(*row));
+    }
+    for (const auto& [brief, full] : texts) {
+        EXPECT_LE(widest_line(brief + full), 80U) << full;
+        EXPECT_LE(std::ranges::count(brief, '\n'), 24) << brief;
     }
 }
 

@@ -138,7 +138,7 @@ private:
             if (line_[at_] == '\\') {
                 at_++;
                 if (at_ == line_.size() || (line_[at_] != '"' && line_[at_] != '\\')) {
-                    throw WordError("a backslash stands before a double quote or a backslash only", at_);
+                    throw WordError("expected a double quote or a backslash after the backslash", at_);
                 }
                 word.text += line_[at_++];
             } else {
@@ -146,11 +146,11 @@ private:
             }
         }
         if (at_ == line_.size()) {
-            throw WordError("the text that begins here is not closed", opened + 1);
+            throw WordError("this double quote is not closed", opened + 1);
         }
         at_++;
         if (at_ < line_.size() && !ends_word()) {
-            throw WordError("a blank is missing behind the text", at_ + 1);
+            throw WordError("expected a space after the closing double quote", at_ + 1);
         }
     }
 
@@ -165,7 +165,7 @@ private:
         }
         while (at_ < line_.size() && !ends_word()) {
             if (line_[at_] == '"') {
-                throw WordError("a double quote within a word", at_ + 1);
+                throw WordError("unexpected double quote in a word", at_ + 1);
             }
             read_one(word);
         }
@@ -176,7 +176,7 @@ private:
     {
         const std::size_t expanded = rules_.expand ? rules_.expand(line_.substr(at_), at_ + 1, word) : 0;
         if (expanded == 0 && line_[at_] == '\0') {
-            throw WordError("a zero byte", at_ + 1);
+            throw WordError("unexpected zero byte", at_ + 1);
         }
         if (expanded == 0) {
             word.text += line_[at_];

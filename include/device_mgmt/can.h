@@ -31,7 +31,7 @@ vor_int32 vor_cfg_set_can_channel_name(vor_uint32 peer_id, vor_char* name, vor_b
  * Set a port's bit rate.
  *
  * @param can_port  passed to the manager unchanged
- * @param baudrate  text, passed to the manager unchanged
+ * @param baudrate  passed to the manager unchanged
  * @param set       passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_can_baudrate(vor_uchar can_port, vor_char* baudrate, vor_boolean set);

@@ -31,7 +31,7 @@ VOR_LAYOUT(offsetof(VOR_LAT_LONG_SET_STATUS, set_status) == 0);
  * Set or clear the gateway's latitude.
  *
  * @param set       1 sets, every other value is sent as 0
- * @param latitude  text, passed to the manager unchanged
+ * @param latitude  passed to the manager unchanged
  * @return 0; -1 no endpoint; -4 no buffer, exchange refused or an empty answer; -1001 not accepted
  */
 vor_int32 vor_cfg_set_gw_device_latitude_config(vor_boolean set, vor_char* latitude);
@@ -40,7 +40,7 @@ vor_int32 vor_cfg_set_gw_device_latitude_config(vor_boolean set, vor_char* latit
  * Set or clear the gateway's longitude.
  *
  * @param set        1 sets, every other value is sent as 0
- * @param longitude  text, passed to the manager unchanged
+ * @param longitude  passed to the manager unchanged
  * @return 0; -1 no endpoint; -4 no buffer, exchange refused or an empty answer; -1002 not accepted
  */
 vor_int32 vor_cfg_set_gw_device_longitude_config(vor_boolean set, vor_char* longitude);

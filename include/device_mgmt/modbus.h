@@ -33,7 +33,7 @@ vor_int32 vor_cfg_set_modbus_channel_name(vor_uchar modbus_port, vor_char* name,
  * Set a serial slave's baud rate.
  *
  * @param modbus_port  serial port, passed to the manager unchanged
- * @param baudrate     text, passed to the manager unchanged
+ * @param baudrate     passed to the manager unchanged
  * @param slave_id     slave address, passed to the manager unchanged
  * @param set          the set flag, as the manager codes it
  */
@@ -43,7 +43,7 @@ vor_int32 vor_cfg_set_modbus_baudrate(vor_uchar modbus_port, vor_char* baudrate,
  * Set a serial slave's parity.
  *
  * @param modbus_port  serial port, passed to the manager unchanged
- * @param parity       text, passed to the manager unchanged
+ * @param parity       passed to the manager unchanged
  * @param slave_id     slave address, passed to the manager unchanged
  * @param set          the set flag, as the manager codes it
  */
@@ -107,7 +107,7 @@ vor_int32 vor_cfg_set_modbus_config_polling(vor_char* reg_grp_name, vor_uint32 r
  * Have a query polled.
  *
  * @param reg_grp_name  register group, passed to the manager unchanged
- * @param query         query text, passed to the manager unchanged
+ * @param query         query passed to the manager unchanged
  * @param opertn_type   passed to the manager unchanged
  * @param reg_type      passed to the manager unchanged
  * @param mode          passed to the manager unchanged
@@ -147,7 +147,7 @@ vor_int32 vor_cfg_set_modbus_reg_config(vor_char* grp_name, vor_uint32 reg_addr,
  * Describe a query of a group.
  *
  * @param grp_name     register group, passed to the manager unchanged
- * @param query        query text, passed to the manager unchanged
+ * @param query        query passed to the manager unchanged
  * @param reg_type     passed to the manager unchanged
  * @param opertn_type  passed to the manager unchanged
  * @param option       the set flag, as the manager codes it
@@ -179,7 +179,7 @@ vor_int32 vor_cfg_set_modbus_tcp_slave_id(vor_char* service_name, vor_uint32 sla
  * Set a TCP slave's address.
  *
  * @param service_name  passed to the manager unchanged
- * @param ip_address    text, passed to the manager unchanged
+ * @param ip_address    passed to the manager unchanged
  * @param slave_id      slave address, passed to the manager unchanged
  * @param option        the set flag, as the manager codes it
  */
@@ -190,7 +190,7 @@ vor_int32 vor_cfg_set_modbus_tcp_slave_ip(vor_char* service_name, vor_char* ip_a
  * Set a TCP slave's port.
  *
  * @param service_name  passed to the manager unchanged
- * @param port_number   text, passed to the manager unchanged
+ * @param port_number   passed to the manager unchanged
  * @param slave_id      slave address, passed to the manager unchanged
  * @param option        the set flag, as the manager codes it
  */

@@ -34,7 +34,7 @@ vor_int32 vor_cfg_set_snmp_v2_server_community_name(vor_char* name, vor_uchar mo
 /**
  * Set the SNMPv2 trap receiver. One-way: the manager's verdict never comes back.
  *
- * @param ip_addr         text, passed to the manager unchanged
+ * @param ip_addr         passed to the manager unchanged
  * @param community_name  passed to the manager unchanged
  * @param option          passed to the manager unchanged
  * @return the platform's send result; -1 no endpoint; -4 no buffer

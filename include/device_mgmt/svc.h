@@ -46,7 +46,7 @@ vor_int32 vor_cfg_rest_set_app(vor_char* service_name, vor_char* app_name);
  * Point the REST service at its peer (restmgr, SAP 3).
  *
  * @param service_name     passed to the manager unchanged
- * @param ip_address       text, passed to the manager unchanged
+ * @param ip_address       passed to the manager unchanged
  * @param port_number      passed to the manager as a signed 16-bit number
  * @param security_option  passed to the manager unchanged
  */

@@ -30,8 +30,8 @@ inline constexpr std::size_t outcome_count = static_cast<std::size_t>(Outcome::c
 
 struct Verdict {
     Outcome outcome{};
-    std::string text;
-    std::string hint{}; // what to do about it // one line, without the call's name
+    std::string text;   // one line, without the call's name
+    std::string hint{}; // what to do about it
 };
 
 Verdict judged(const Row& row, const Returned& back, std::int32_t manager_errno, const Observation& seen);

@@ -26,6 +26,6 @@ FAMILY(common, part<vor_cfg_create_ipc_endpoint>("create-ipc-endpoint", "every c
        call<vor_system_restart>("system-restart", {"time_till_restart"}, "30")
            .marked(confirmed | waits | acts)
            .sends(notice),
-       part<vor_restart_timer>("restart-timer", "common system-restart, by its timer; never callable from the shell"))
+       part<vor_restart_timer>("restart-timer", "common system-restart, when its timer expires"))
 
 } // namespace vorcfg

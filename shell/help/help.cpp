@@ -207,7 +207,7 @@ std::string help(const Row& row)
     const CallContract& contract = contract_of(row);
     std::string text = usage_text(row) + '\n';
     if (row.read != nullptr) {
-        text += paragraph(summary_of(row));
+        text += paragraph(sentence(summary_of(row)));
     } else {
         for (const std::string& each : contract.paragraphs) {
             text += paragraph(each);

@@ -82,15 +82,6 @@ std::string literal(std::string_view lines)
     return fmt::format(".Bd -literal -offset indent\n{}{}.Ed\n", escaped(lines), lines.ends_with('\n') ? "" : "\n");
 }
 
-std::string sentence(std::string text)
-{
-    if (!text.empty()) {
-        text.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(text.front())));
-        text += '.';
-    }
-    return text;
-}
-
 // An item of a list, as a sentence.
 std::string item(std::string_view tag, std::string_view text)
 {

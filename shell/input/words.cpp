@@ -53,7 +53,7 @@ void Variables::set(std::string_view definition)
     }
     const std::string name(definition.substr(0, length));
     if (const auto known = known_.find(name); known != known_.end() && known->second.on_command_line) {
-        throw InputError{fmt::format("--set: {} is given twice", name)};
+        throw InputError{fmt::format("variable \"{}\" is given twice", name)};
     }
     known_[name] = {std::string(definition.substr(length + 1)), true, {}};
 }
@@ -90,7 +90,7 @@ void Variables::read(const std::string& path)
         const std::string name(line.substr(first, length));
         const auto known = known_.find(name);
         if (known != known_.end() && !known->second.on_command_line) {
-            fail(fmt::format("{} is given twice", name), first);
+            fail(fmt::format("variable \"{}\" is given twice", name), first);
         }
         if (known == known_.end()) {
             known_[name] = {words.empty() ? "" : words[0].text, false, {path, number, first + 1}};
@@ -163,8 +163,7 @@ std::vector<InputError> Variables::unused(const std::string& batch) const
     for (const auto& [name, variable] : known_) {
         if (!variable.used) {
             errors.push_back(
-                {.text = fmt::format("{}{} is not used in {}", variable.on_command_line ? "--set: " : "", name, batch),
-                 .place = variable.place});
+                {.text = fmt::format("variable \"{}\" is not used in {}", name, batch), .place = variable.place});
         }
     }
     return errors;

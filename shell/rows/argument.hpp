@@ -1,5 +1,4 @@
-// argument.hpp: what the shell knows of one argument of a call. Parsing, help,
-// ranges, completion and JSON are all derived from it.
+// argument.hpp: what is known of an argument of a call. Parsing, help, ranges, completion and JSON are derived from it.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +8,7 @@
 
 namespace vorcfg {
 
-// What an argument is in C.
+// The C type of an argument.
 enum class Type : std::uint8_t { uint8, byte, int16, uint16, int32, uint32, text, result };
 
 // How its word is read.
@@ -17,22 +16,22 @@ enum class Kind : std::uint8_t {
     by_type, // a number or a text, as its C type says
     number,
     text,
-    ipv4,    // a dotted quad, which the call would send as another if it did not parse
+    ipv4,    // a dotted quad; the call would send another address for one that does not parse
     decimal, // a number in a text
     result,
     untouched, // a result that the call never writes
 };
 
-// A word that stands for a number. Of a text, it stands for itself.
+// A word for a number; for a text, the word itself.
 struct Choice {
     std::string_view name;
     std::int64_t number = 0;
-    bool idle = false; // its call changes nothing on the gateway
+    bool idle = false; // with it the call changes nothing on the gateway
 };
 
 struct Range {
     std::int64_t least = 0;
-    std::int64_t most = -1; // less than the least: not said
+    std::int64_t most = -1; // less than the least: none given
     constexpr bool holds(std::int64_t number) const { return least <= number && number <= most; }
 };
 
@@ -44,17 +43,17 @@ struct Argument {
     std::string_view name;
     Kind kind = Kind::by_type;
     Type type{};
-    bool is_secret = false;        // never a literal on the command line, masked wherever it would be shown
+    bool is_secret = false;        // never a literal on the command line, masked in all output
     bool is_sent = true;
     bool is_object = false;        // names what the call is about
-    bool is_count = false;         // of the list; the shell counts
-    bool is_list = false;          // the texts behind the fixed arguments
-    bool is_optional = false;      // of a call with words of its own
-    std::uint16_t most_bytes = 0;  // of a text; 0: what the message holds
+    bool is_count = false;         // of the list; it is counted, not typed
+    bool is_list = false;          // the texts after the fixed arguments
+    bool is_optional = false;      // of a call that reads its own words
+    std::uint16_t most_bytes = 0;  // of a text; 0: what fits in the message
     std::uint16_t most_listed = 0;
     Range range{};                 // the numbers that reach the manager unchanged
     std::span<const Choice> choices{};
-    std::string_view decided_by{}; // an argument before it: this one is sent only where that is `decided_at`
+    std::string_view decided_by{}; // an earlier argument: this one is sent only where that is `decided_at`
     Choice decided_at{};
 
     constexpr Argument() = default;
@@ -68,14 +67,14 @@ struct Argument {
     constexpr Argument at_most(std::uint16_t bytes) const { auto a = *this; a.most_bytes = bytes; return a; }
     constexpr Argument between(std::int64_t least, std::int64_t most) const { auto a = *this; a.range = {least, most}; return a; }
     constexpr Argument only_where(std::string_view other, Choice is) const { auto a = *this; a.decided_by = other; a.decided_at = is; return a; }
-    template <class T> // what the call cuts it to
+    template <class T> // the type that the call cuts it to
     constexpr Argument fits() const { auto a = *this; a.range = range_of<T>; return a; }
     constexpr Argument choices_of(std::span<const Choice> words) const { auto a = *this; a.choices = words; return a; }
     constexpr Argument list(std::uint16_t most) const { auto a = *this; a.is_list = true; a.most_listed = most; return a; }
 
     constexpr bool is_result() const { return kind == Kind::result || kind == Kind::untouched; }
     constexpr bool is_number() const { return kind == Kind::number || kind == Kind::decimal; }
-    constexpr bool is_given() const { return !is_result() && !is_count; } // stands among the words
+    constexpr bool is_given() const { return !is_result() && !is_count; } // is typed
 };
 
 constexpr Argument object(const char* name) { return Argument(name).object(); }
@@ -85,7 +84,7 @@ constexpr Argument count(const char* name) { return number(name).counted(); }
 constexpr Argument port(const char* name) { return number(name).fits<std::uint16_t>(); } // whatever its C type
 constexpr Argument text(const char* name) { return {name, Kind::text}; }
 constexpr Argument ipv4(const char* name) { return {name, Kind::ipv4}; }
-template <class T> // what the call cuts the number in the text to
+template <class T> // the type that the call cuts the number in the text to
 constexpr Argument decimal(const char* name) { return Argument(name, Kind::decimal).fits<T>(); }
 // One of the words, and nothing else.
 constexpr Argument word(const char* name, std::span<const Choice> words) { return text(name).choices_of(words); }

@@ -1,5 +1,4 @@
-// binding.hpp: what follows from a call's own type: what its arguments are in
-// C, how it is called, what it hands back.
+// binding.hpp: what follows from the C type of a call: the types of its arguments, how it is called, what it returns.
 #pragma once
 
 #include <array>
@@ -45,7 +44,7 @@ constexpr Type type_of()
     } else if constexpr (std::is_same_v<T, vor_char*>) {
         return Type::text;
     } else {
-        static_assert(std::is_pointer_v<T>, "no way to read this argument");
+        static_assert(std::is_pointer_v<T>, "arguments of this type cannot be read");
         return Type::result;
     }
 }
@@ -54,7 +53,7 @@ constexpr Range whole_range(Type type)
 {
     switch (type) {
     case Type::uint8:
-    case Type::byte: // a char, whose sign is the processor's: on the wire it is a byte
+    case Type::byte: // a char, signed or not by processor: on the wire it is a byte
         return range_of<std::uint8_t>;
     case Type::int16:
         return range_of<std::int16_t>;
@@ -69,8 +68,8 @@ constexpr Range whole_range(Type type)
     }
 }
 
-// What calls write into their results, as fields. Six bytes are a MAC address.
-// A family whose calls answer a record has an `append_fields` for it.
+// The results of calls as fields. Six bytes are a MAC address. A family whose calls answer a record has an
+// `append_fields` for it.
 using Fields = std::vector<Field>;
 void append_field(Fields& fields, std::string_view name, std::integral auto number)
 {
@@ -79,8 +78,7 @@ void append_field(Fields& fields, std::string_view name, std::integral auto numb
 void append_field(Fields& fields, std::string_view name, const vor_ip_address* address);
 void append_field(Fields& fields, std::string_view name, const vor_uchar* mac);
 
-// One argument on its way into a call: what is passed, and what is shown of it
-// afterwards.
+// One argument of a call: what is passed, and what is shown of it afterwards.
 template <class T>
 struct Slot {
     T value;
@@ -99,23 +97,22 @@ struct Slot<vor_char*> {
 
 template <class T>
 struct Slot<T*> {
-    std::array<T, 6> room{}; // six bytes of a MAC address are the largest result
+    std::array<T, 6> buffer{}; // six bytes of a MAC address are the largest result
     explicit Slot(Value&) {}
-    T* pass() { return room.data(); }
+    T* pass() { return buffer.data(); }
     void append(Returned& back, const Argument& argument) const
     {
         if (argument.kind == Kind::result) {
             if constexpr (sizeof(T) == 2) {
-                append_field(back.fields, argument.name, room.front());
+                append_field(back.fields, argument.name, buffer.front());
             } else {
-                append_field(back.fields, argument.name, room.data());
+                append_field(back.fields, argument.name, buffer.data());
             }
         }
     }
 };
 
-// A record in a buffer that is already handed back: copied before anything
-// else happens.
+// A record in a buffer that is already released: copied before anything else happens.
 template <class Record>
 void append_record(Returned& back, const Record* record)
 {
@@ -148,12 +145,12 @@ Returned returned(Result result)
     return back;
 }
 
-constexpr std::size_t most_listed = 255; // the widest count that a call takes is 8 bits
+constexpr std::size_t most_listed = 255; // the count that a call takes has 8 bits at most
 
 template <auto Function, class Type = decltype(Function)>
 struct Binding;
 
-// Records are answered behind a pointer, or through one to it.
+// Records are answered as a pointer, or through a pointer to one.
 template <class Argument>
 constexpr bool takes_record = std::is_pointer_v<Argument>&& std::is_pointer_v<std::remove_pointer_t<Argument>>;
 
@@ -178,8 +175,7 @@ struct Binding<Function, Result (*)(Arguments...)> {
     }
 };
 
-// The texts of the list are passed whole, whatever their number: the call
-// reads as many as its count says.
+// All places of the list are passed, however many are used: the call reads as many as its count says.
 template <auto Function, class Result, class... Arguments>
 struct Binding<Function, Result (*)(Arguments..., ...)> {
     static constexpr std::array<Type, sizeof...(Arguments) + 1> types{type_of<Arguments>()..., Type::text};

@@ -30,7 +30,7 @@ void join(std::string& text, std::string_view more)
     text += more;
 }
 
-// The lines of a comment without their stars.
+// The lines of a comment without asterisks.
 std::vector<std::string_view> lines_of_comment(std::string_view comment)
 {
     std::vector<std::string_view> lines = vor::lines_in(comment);
@@ -38,7 +38,7 @@ std::vector<std::string_view> lines_of_comment(std::string_view comment)
     return lines;
 }
 
-// Runs of lines, an empty line or the end between them.
+// Separated by empty lines.
 std::vector<std::string> paragraphs_of(std::string_view comment)
 {
     std::vector<std::string> paragraphs(1);
@@ -135,7 +135,7 @@ std::string_view CallContract::meaning(const Argument& argument) const
 
 const HeaderContract& contract_of(const Family& family)
 {
-    static std::map<std::string_view, HeaderContract> read; // each once, when it is asked for
+    static std::map<std::string_view, HeaderContract> read; // each once, on first use
     const auto known = read.find(family.header);
     if (known != read.end()) {
         return known->second;
@@ -153,7 +153,7 @@ const CallContract& contract_of(const Row& row)
     return found != header.calls.end() ? *found : none;
 }
 
-// The header's first line is "STEM.h: what it is about.", or goes on.
+// The header begins with "STEM.h: what it is about", and may continue.
 std::string about(const Family& family)
 {
     if (!family.about.empty()) {
@@ -162,8 +162,8 @@ std::string about(const Family& family)
     const HeaderContract& header = contract_of(family);
     std::string text = header.paragraphs.empty() ? "" : header.paragraphs.front();
     text.erase(0, text.find(": ") + 2);
-    for (const std::string_view goes_on : {".", " (", ", held by", ", read by", ", edited by"}) {
-        text.resize(std::min(text.find(goes_on), text.size()));
+    for (const std::string_view next_part : {".", " (", ", held by", ", read by", ", edited by"}) {
+        text.resize(std::min(text.find(next_part), text.size()));
     }
     return text;
 }
@@ -201,6 +201,15 @@ std::string example_call(const Row& row)
 std::string summary_of(const Row& row)
 {
     return row.read != nullptr ? "edit the stored configuration with one query" : contract_of(row).summary();
+}
+
+std::string sentence(std::string text)
+{
+    if (!text.empty()) {
+        text.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(text.front())));
+        text += '.';
+    }
+    return text;
 }
 
 std::vector<std::string_view> remarks_of(const Row& row)
@@ -276,7 +285,7 @@ std::string kind_text(const Argument& argument)
     return text;
 }
 
-// What calls write into their results.
+// The results of calls.
 void append_field(Fields& fields, std::string_view name, const vor_ip_address* address)
 {
     fields.push_back({std::string(name), vor::dotted(*address), Field::Kind::word});

@@ -38,6 +38,7 @@ std::string placeholder(const Argument& argument);        // "PORT_NUM"
 std::string usage_of(const Row& row);                     // "gpio set-value PORT_NUM VALUE"
 std::string example_call(const Row& row);                 // "gpio set-value 1 1"
 std::string summary_of(const Row& row);                   // "set an output"
+std::string sentence(std::string summary);                // "Set an output."
 std::vector<std::string_view> remarks_of(const Row& row); // what its marks mean to the caller
 std::string_view type_name(const Argument& argument);
 

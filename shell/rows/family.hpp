@@ -1,4 +1,4 @@
-// family.hpp: how a family's file says what its calls are.
+// family.hpp: the functions by which a family's file declares its calls.
 #pragma once
 
 #include <array>
@@ -8,7 +8,7 @@
 
 namespace vorcfg {
 
-// A row before it stands in its family, with its own arguments.
+// A row with its own arguments, before it is in the table of its family.
 template <std::size_t Count>
 struct Draft {
     Row row;
@@ -28,12 +28,12 @@ struct Draft {
     }
 };
 
-// Called by a table that is wrong. None can be called while compiling, which ends there and shows the name.
+// Called for an invalid table. They are not constexpr, so that the compiler stops and shows the name.
 void argument_is_of_a_kind_that_the_type_in_its_call_does_not_take();
 void list_is_not_the_last_argument_of_a_call_with_dots();
 void range_is_wider_than_the_type_in_its_call();
-void what_decides_whether_an_argument_is_sent_does_not_stand_before_it();
-void call_is_undone_by_one_that_its_family_has_not();
+void argument_that_decides_whether_another_is_sent_does_not_come_before_it();
+void call_that_undoes_another_is_not_in_its_family();
 
 consteval bool fits(const Argument& argument, Type type)
 {
@@ -89,7 +89,7 @@ consteval auto call(std::string_view name, const Argument (&arguments)[size], st
             is_decided = is_decided || arguments[other].name == arguments[i].decided_by;
         }
         if (!is_decided) {
-            what_decides_whether_an_argument_is_sent_does_not_stand_before_it();
+            argument_that_decides_whether_another_is_sent_does_not_come_before_it();
         }
         draft.arguments[i] = bound(arguments[i], Bound::types[i], Bound::has_list && i + 1 == size);
     }
@@ -110,14 +110,14 @@ consteval auto stub(std::string_view name, const Argument (&arguments)[size], st
     return call<Function>(name, arguments, example).on(Channel::none).marked(does_nothing);
 }
 
-// A call that makes no sense on its own: what makes it.
+// A call that makes no sense on its own, and what uses it.
 template <auto Function>
 consteval auto part(std::string_view name, std::string_view used_by)
 {
     return Draft<0>{{.name = name, .symbol = symbol_of<Function>(), .channel = Channel::none, .used_by = used_by}, {}};
 }
 
-// A field of a record, by its C type; a 32-bit number without a sign is an address.
+// A field of a record, by its C type; vor_ip_address is shown as an address.
 template <class T>
 consteval RecordField record_field(std::string_view name, std::size_t offset)
 {
@@ -162,13 +162,13 @@ consteval auto table(const Family* family, const Draft<Counts>&... drafts)
             is_there = is_there || other.name == each.undone_by;
         }
         if (!is_there) {
-            call_is_undone_by_one_that_its_family_has_not();
+            call_that_undoes_another_is_not_in_its_family();
         }
     }
     return all;
 }
 
-// A family whose calls another header declares, with words of its own about it.
+// A family whose calls another header declares, with its own description.
 #define FAMILY_OF(header, stem, about, ...)                                                                            \
     namespace family {                                                                                                 \
     extern const Family stem;                                                                                          \
@@ -176,7 +176,7 @@ consteval auto table(const Family* family, const Draft<Counts>&... drafts)
     constinit const Family stem{#stem, stem##_table.rows, stem##_table.arguments, header, about};                      \
     }
 
-// A family, its header's name and file name being the same.
+// A family with the name of its header.
 #define FAMILY(stem, ...) FAMILY_OF(#stem, stem, {}, __VA_ARGS__)
 
 } // namespace vorcfg

@@ -33,9 +33,9 @@ consteval auto row(std::string_view name, std::string_view example)
         .make = make,
         .read = read,
         .usage = "--set|--check|--unset --line KEY VALUE --pattern KEY [VALUE] [--path KEY VALUE]... [--priority N]",
-        .usage_help = "  --set, --check, --unset  store the line, check whether it is there, or remove it\n"
+        .usage_help = "  --set, --check, --unset  store, check for or remove the line\n"
                       "  --line KEY VALUE         the line \"KEY VALUE\"; not with --unset\n"
-                      "  --pattern KEY [VALUE]    the lines to match: ^KEY VALUE$, or ^KEY$ without VALUE\n"
+                      "  --pattern KEY [VALUE]    match the lines ^KEY VALUE$, or ^KEY$\n"
                       "  --path KEY VALUE         one step down to the line's place, outermost first\n"
                       "  --priority N             the line's place among others\n",
     };

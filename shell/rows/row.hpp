@@ -11,26 +11,26 @@
 
 namespace vorcfg {
 
-// Where a call's message goes, and so what it needs before it can be called.
+// Where a call's message goes, and so what it needs before it can be made.
 enum class Channel : std::uint8_t { manager, konfd, none };
 
 // What the shell must know of a call beyond its arguments.
 enum Marks : unsigned {
-    answer_unread = 1, // an answered request whose answer the call never reads
+    answer_unread = 1, // a request whose answer the call never reads
     does_nothing = 2,  // kept by the library so that programs link
-    confirmed = 4,     // wants --yes
-    waits = 8,         // what it starts ends with this process, which waits for it
-    acts = 16,         // does something each time, where others set a value
-    cuts_link = 32,    // may end the connection that one works over: asks first at a terminal
+    confirmed = 4,     // requires --yes
+    waits = 8,         // starts a timer that ends with this process, which waits for it
+    acts = 16,         // does something each time it is made; other calls set a value
+    cuts_link = 32,    // may drop the connection in use: asks first at a terminal
 };
 
-// An argument as it was given. Of a result, the room for it.
+// The value given for an argument; for a result, its buffer.
 struct Value {
     std::int64_t number = 0;
     std::string text{};
     bool secret = false;
     bool given = true;    // false: an optional one that was left out
-    std::size_t word = 0; // where it stands in its line
+    std::size_t word = 0; // its index in the line
 };
 
 // One field of a record, or one result.
@@ -41,8 +41,7 @@ struct Field {
     Kind kind = Kind::number;
 };
 
-// What a call handed back. A query that promises a record has either its
-// fields or `missing`.
+// What a call returned. A query that answers a record has either its fields or `missing`.
 struct Returned {
     std::optional<std::int32_t> code;
     bool missing = false;
@@ -51,7 +50,7 @@ struct Returned {
     bool succeeded() const { return code.value_or(0) == 0 && !missing; }
 };
 
-// One field of a record that a call sends, as it lies in memory.
+// One field of a record that a call sends, at its place in memory.
 struct RecordField {
     enum class Kind : std::uint8_t { number, address, text, secret };
     std::string_view name;
@@ -67,7 +66,7 @@ struct RecordField {
 
 struct Family;
 struct Row;
-struct Reading; // of a line's words: rows/reading.hpp
+struct Reading; // rows/reading.hpp
 
 struct Row {
     const Family* family = nullptr;
@@ -79,14 +78,14 @@ struct Row {
     Channel channel = Channel::manager;
     unsigned marks = 0;
     bool answers_record = false;
-    std::span<const RecordField> record{}; // what it sends, where that is no chain
-    std::string_view undone_by{};          // a call of the family about the same object: the later of the two stands
+    std::span<const RecordField> record{}; // what it sends, if not a chain
+    std::string_view undone_by{};          // a call of the family about the same object: the later of the two counts
     Returned (*make)(const Row& row, std::span<Value> values) = nullptr;
-    // A call with words of its own, not one word an argument.
+    // For a call that reads its own words, instead of one per argument.
     void (*read)(Reading& reading) = nullptr;
-    std::string_view usage{}; // then: the words, and what they mean
+    std::string_view usage{}; // then: its usage, and what the words mean
     std::string_view usage_help{};
-    std::string_view used_by{}; // of a call that makes no sense on its own: what makes it
+    std::string_view used_by{}; // of a call that makes no sense on its own
 
     constexpr bool has(Marks mark) const { return (marks & mark) != 0; }
     bool undoes(const Row& other) const; // either way
@@ -98,8 +97,8 @@ struct Family {
     std::string_view name;
     std::span<const Row> rows;
     std::span<const Argument> arguments;
-    std::string_view header; // the stem of the header that declares its calls
-    std::string_view about;  // where that is not the header's first line
+    std::string_view header; // the name of the header that declares its calls
+    std::string_view about;  // if it is not the header's first line
 };
 
 } // namespace vorcfg

@@ -22,6 +22,16 @@ namespace {
     throw InputError{fmt::format("{}: {}", path, why), exit_journal};
 }
 
+// Perhaps it is the file of calls, whose name the journal's begins with.
+[[noreturn]] void not_a_journal(const std::string& path)
+{
+    const std::string journal = path + ".journal";
+    const bool has_one = std::filesystem::exists(journal);
+    throw InputError{.text = fmt::format("{} is not a journal", path),
+                     .exit = exit_journal,
+                     .hint = has_one ? fmt::format("its journal is {}", journal) : ""};
+}
+
 // A new file's name is on disk when its directory is.
 void sync_directory(const std::string& path)
 {
@@ -98,6 +108,9 @@ void Journal::load(bool repair)
         try {
             history_.take(record_in(*line, is_first));
         } catch (const vor::JsonError&) {
+            if (is_first) {
+                not_a_journal(path_);
+            }
             complain(path_, fmt::format("line {} is not a valid record", number));
         } catch (const InputError& complaint) {
             complain(path_, fmt::format("line {}: {}", number, complaint.text));

@@ -1,5 +1,4 @@
-// The platform's operations as the library finds them: each taken down, and
-// passed on or captured.
+// The platform's operations as the library calls them: each is recorded, then passed on or captured.
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -44,7 +43,7 @@ struct Chain {
     bool refused = false;
 };
 
-// What stands in for the platform while it is only captured.
+// In place of the platform while calls are only captured.
 struct Captured {
     using Buffer = std::array<vor_uint64, 64>; // header, meta-data and the longest record
     std::vector<std::unique_ptr<Buffer>> buffers;
@@ -53,14 +52,14 @@ struct Captured {
     VOR_TIMER_HANDLE timer{nullptr, nullptr};
 };
 
-// What is taken down of the operations while they are under way. They have no argument to carry it in, so there is one.
+// The state of the operations under way. None of them has an argument for it, so there is one for all.
 struct Boundary {
     Observer* watch = nullptr; // the one in scope
     int depth = 0;             // how many of the platform's own operations are under way
     std::vector<Unsent> unsent;
     Chain chain; // the library builds one at a time
     Captured captured;
-    std::optional<std::size_t> room; // of the platform's messages, 0 where it does not say
+    std::optional<std::size_t> room; // in a message of the platform; 0: not known
 };
 Boundary boundary;
 
@@ -74,7 +73,7 @@ bool captures()
     return watching() && boundary.watch->settings.capture;
 }
 
-// One platform operation, as the library behind this executable has it.
+// A platform operation, in the platform library that is loaded behind this executable.
 template <auto Operation>
 auto* platform()
 {
@@ -87,8 +86,7 @@ auto* platform()
     return found;
 }
 
-// Passes an operation on. What the platform's operations call of each other
-// comes by here as well and is none of the library's doing.
+// Passes an operation on. Operations that the platform itself calls come through here too and are not the library's.
 template <auto Operation, class... Arguments>
 auto pass(Arguments... arguments)
 {
@@ -99,14 +97,14 @@ auto pass(Arguments... arguments)
     return platform<Operation>()(arguments...);
 }
 
-// The same, unless it is only captured: then `result` is what it comes to.
+// The same, unless calls are only captured: then it returns `result`.
 template <auto Operation, class Result, class... Arguments>
 Result pass_or(Result result, Arguments... arguments)
 {
     return captures() ? result : pass<Operation>(arguments...);
 }
 
-// --- What is taken down -------------------------------------------------------------
+// --- Recording -------------------------------------------------------------
 
 Unsent& unsent_of(const VOR_IPC_MSG_REF* message)
 {
@@ -122,7 +120,7 @@ bool is_secret(const char* text)
            });
 }
 
-// The data that a message of the platform's holds, of one taken and given back.
+// The data behind a message of the platform, read from a message that is allocated and freed.
 std::size_t room_of_platform()
 {
     VOR_IPC_MSG_REF message{};
@@ -167,7 +165,7 @@ Message& push(Message message)
     return watch.seen.messages.emplace_back(std::move(message));
 }
 
-// A message that goes out now; what becomes of it is for the caller to add.
+// A message that is sent now; the caller adds its outcome.
 Message& begin(Way way, vor_uint16 sap, vor_uint32 id, const VOR_IPC_MSG_REF* sent, vor_uint16 length)
 {
     const Chain& chain = boundary.chain;
@@ -208,8 +206,7 @@ void take_answer(Message& message, VOR_IPC_MSG_REF* response)
     }
 }
 
-// A platform that refuses does so at once; who waited before giving up does
-// not know what became of the message.
+// A platform that refuses does so at once. After a wait, the message's outcome is unknown.
 bool waited(Clock::time_point start)
 {
     return errno == ETIMEDOUT || Clock::now() - start >= std::chrono::seconds(1);
@@ -222,8 +219,7 @@ void note_connecting(bool done)
     }
 }
 
-// The one-way messages that nobody received. Only the development platform
-// counts them; of another platform's none is known to be lost.
+// The one-way messages without a receiver. Only the development platform counts them.
 unsigned messages_undelivered()
 {
     static auto* const operation =
@@ -269,7 +265,7 @@ vor_int32 add(TLV_CHAIN* chain, Element element, Arguments... arguments)
 
 } // namespace
 
-// Managers' sockets are sap-0 to sap-240; from 0x1000 on they are vorcfg's own.
+// Managers' sockets are sap-0 to sap-240; vorcfg's own begin at 0x1000.
 std::string vorcfg::deserted_directory()
 {
     constexpr std::string_view prefix = "sap-";
@@ -291,8 +287,8 @@ std::string vorcfg::deserted_directory()
     return directory;
 }
 
-Observer::Observer(Settings wanted, const Row& called, std::span<const Value> given)
-    : settings(wanted), row(called), values(given), endpoint_(vor_cfg_get_ipc_endpoint())
+Observer::Observer(Settings how, const Row& called, std::span<const Value> given)
+    : settings(how), row(called), values(given), endpoint_(vor_cfg_get_ipc_endpoint())
 {
     boundary.unsent.clear();
     boundary.chain = {};
@@ -497,7 +493,7 @@ vor_int32 vor_send(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
     return result;
 }
 
-// Of konfd's answer only what the calls judge is taken down: the rest may be a stored secret.
+// Only the part of konfd's answer that the calls evaluate is recorded: the rest may be a stored secret.
 vor_int32 vor_recv(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
 {
     static constexpr char agreed[] = "-o";

@@ -1,7 +1,6 @@
-// observer.hpp: the platform boundary, watched. The shell defines the platform's
-// message, chain, socket and timer operations itself (the executable's symbols
-// come first) and passes them on, so it knows what was really sent and
-// answered, on any platform library.
+// observer.hpp: observes what the library and the platform exchange. The shell defines the platform's message, chain,
+// socket and timer operations itself (the executable's symbols come first) and passes them on: so it knows what was
+// sent and answered, with any platform library.
 #pragma once
 
 #include <cstdint>
@@ -24,7 +23,7 @@ struct Observation {
     std::string deserted{};                      // the platform's directory, where nothing listens in it
 };
 
-// Watches until it goes out of scope.
+// Observes until it goes out of scope.
 class Observer {
 public:
     struct Settings {
@@ -32,8 +31,8 @@ public:
         bool trace = false;   // each message on standard error, as it goes out
     };
 
-    // The call's values tell what is a secret; a record answered has no status in front.
-    Observer(Settings wanted, const Row& called, std::span<const Value> given);
+    // The values say what is secret; a record in an answer has no status in front of it.
+    Observer(Settings how, const Row& called, std::span<const Value> given);
     Observer(const Observer&) = delete;
     Observer& operator=(const Observer&) = delete;
     ~Observer();
@@ -47,7 +46,8 @@ private:
     VOR_IPC_HANDLE* const endpoint_; // comes back behind a call that is only captured
 };
 
-// The directory of the simulated gateway's sockets, where none of its managers is there. Empty on another platform.
+// The directory of the simulated gateway's sockets where none of its managers listens; else, and on another platform,
+// empty.
 std::string deserted_directory();
 
 } // namespace vorcfg

@@ -382,8 +382,7 @@ TEST_F(Site, output_and_journal_hold_no_secret)
     }
     const Output literal = workplace.run("vorcfg check f --set site=17 --set key=gr33n-var");
     EXPECT_EQ(2, literal.exit_code);
-    EXPECT_NE(std::string::npos,
-              literal.text.find("f:3:38: community_name: not accepted on the command line"))
+    EXPECT_NE(std::string::npos, literal.text.find("f:3:38: community_name: not accepted on the command line"))
         << literal.text;
 }
 

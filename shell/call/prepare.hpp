@@ -1,4 +1,4 @@
-// prepare.hpp: from the words of a line to a call that is ready to be made.
+// prepare.hpp: the words of a line, made into a call.
 #pragma once
 
 #include <span>
@@ -16,7 +16,7 @@ struct PreparedCall {
     Place place;
 };
 
-// The call that a line means. Throws a InputError that names the word.
+// The call of a line. Throws an InputError that names the word.
 PreparedCall plan(std::span<const Word> line, Secrets& secrets, const Place& place = {});
 
 } // namespace vorcfg

@@ -210,28 +210,28 @@ int run_completion(const Options& options)
 using enum CommandGroup;
 
 constexpr Command table[] = {
-    {calls, "", "FAMILY CALL ARGUMENT...", "make a call", "", run_call},
-    {calls, "", "", "read lines from standard input; prompt at a terminal", "", run_prompt},
-    {calls, "batch", "batch FILE", "make every call in FILE; - is standard input",
+    {make, "", "FAMILY CALL ARGUMENT...", "make a call", "", run_call},
+    {make, "", "", "read lines from standard input; prompt at a terminal", "", run_prompt},
+    {make, "batch", "batch FILE", "make every call in FILE; - is standard input",
      "Each line is a call, written as after vorcfg. A # begins a comment; text with spaces is put in double quotes, in "
      "which \\\" and \\\\ are a double quote and a backslash. Before the first message, the whole file is checked and "
      "each call is tried on a platform that sends nothing. The batch ends at the first failure, unless --keep-going is "
      "given; the exit code is that of the worst failure.",
      over_file<run_batch>},
-    {site, "check", "check FILE", "validate a file; needs no gateway", "", over_file<run_check>},
-    {site, "plan", "plan FILE", "list the calls in FILE that the gateway has not accepted yet",
+    {set_up, "check", "check FILE", "validate a file; needs no gateway", "", over_file<run_check>},
+    {set_up, "plan", "plan FILE", "list the calls in FILE that the gateway has not accepted yet",
      "Compares the file with the journal of accepted calls and sends nothing. The exit code is 11 if there are calls "
      "to "
      "make. Almost nothing can be read back from a gateway, so its actual settings are not compared.",
      over_file<run_plan>, "[--journal JOURNAL]"},
-    {site, "apply", "apply FILE", "make the calls that the gateway has not accepted yet",
+    {set_up, "apply", "apply FILE", "make the calls that the gateway has not accepted yet",
      "Makes them in the order of the file. The journal gets each call before it is sent and its verdict afterwards, so "
      "that applying again continues where the last apply ended. With --confirm, all changes are reverted unless they "
      "are confirmed in time.",
      over_file<run_apply>, "[--journal JOURNAL]"},
-    {site, "confirm", "confirm JOURNAL", "keep the changes of apply --confirm", "", over_file<run_confirm>},
-    {site, "revert", "revert JOURNAL", "revert the changes of apply --confirm now", "", over_file<run_revert>},
-    {site, "report", "report JOURNAL", "print the accepted settings, for the hand-over", "", over_file<run_report>},
+    {set_up, "confirm", "confirm JOURNAL", "keep the changes of apply --confirm", "", over_file<run_confirm>},
+    {set_up, "revert", "revert JOURNAL", "revert the changes of apply --confirm now", "", over_file<run_revert>},
+    {set_up, "report", "report JOURNAL", "print the accepted settings, for the hand-over", "", over_file<run_report>},
     {look_up, "list", "list [FAMILY]", "list all calls",
      "With --json, lists all that is known of each call: ranges, lengths, words and marks.", run_list},
     {look_up, "search", "search WORD", "list the calls that mention WORD",

@@ -1,4 +1,4 @@
-// The platform's operations as the library calls them: each is recorded, then passed on or captured.
+// The platform's functions as the library finds them: each call is recorded, and passed on or captured.
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -43,7 +43,7 @@ struct Chain {
     bool refused = false;
 };
 
-// In place of the platform while calls are only captured.
+// Replaces the platform while calls are captured.
 struct Captured {
     using Buffer = std::array<vor_uint64, 64>; // header, meta-data and the longest record
     std::vector<std::unique_ptr<Buffer>> buffers;
@@ -52,10 +52,10 @@ struct Captured {
     VOR_TIMER_HANDLE timer{nullptr, nullptr};
 };
 
-// The state of the operations under way. None of them has an argument for it, so there is one for all.
+// The record of the functions called. They have no argument that could carry it, so there is only one.
 struct Boundary {
     Observer* watch = nullptr; // the one in scope
-    int depth = 0;             // how many of the platform's own operations are under way
+    int depth = 0;             // how many of the platform's own functions are running
     std::vector<Unsent> unsent;
     Chain chain; // the library builds one at a time
     Captured captured;
@@ -97,14 +97,14 @@ auto pass(Arguments... arguments)
     return platform<Operation>()(arguments...);
 }
 
-// The same, unless calls are only captured: then it returns `result`.
+// The same, or `result` while calls are captured.
 template <auto Operation, class Result, class... Arguments>
 Result pass_or(Result result, Arguments... arguments)
 {
     return captures() ? result : pass<Operation>(arguments...);
 }
 
-// --- Recording -------------------------------------------------------------
+// --- Recording ------------------------------------------------------------------------
 
 Unsent& unsent_of(const VOR_IPC_MSG_REF* message)
 {
@@ -206,7 +206,7 @@ void take_answer(Message& message, VOR_IPC_MSG_REF* response)
     }
 }
 
-// A platform that refuses does so at once. After a wait, the message's outcome is unknown.
+// A platform that refuses does so at once. After a wait, nobody knows whether the message was handled.
 bool waited(Clock::time_point start)
 {
     return errno == ETIMEDOUT || Clock::now() - start >= std::chrono::seconds(1);
@@ -219,7 +219,7 @@ void note_connecting(bool done)
     }
 }
 
-// The one-way messages without a receiver. Only the development platform counts them.
+// The one-way messages that nobody received. Only the development platform counts them.
 unsigned messages_undelivered()
 {
     static auto* const operation =
@@ -493,7 +493,7 @@ vor_int32 vor_send(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
     return result;
 }
 
-// Only the part of konfd's answer that the calls evaluate is recorded: the rest may be a stored secret.
+// Only what the calls evaluate of konfd's answer is recorded: the rest may be a stored secret.
 vor_int32 vor_recv(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
 {
     static constexpr char agreed[] = "-o";

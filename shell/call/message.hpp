@@ -37,11 +37,11 @@ struct Message {
     std::string command{};   // konfd's, up to its terminator
     std::size_t counted = 0; // the bytes sent of it
 
-    Unfit unfit = Unfit::no; // what does not fit into a message of the platform
+    Unfit unfit = Unfit::no; // what does not fit in the platform's messages
     std::size_t room = 0;    // then: how much fits
     bool delivered = false;
     bool timed_out = false;
-    bool unserved = false; // one-way, handed over, but no receiver
+    bool unserved = false; // one-way, sent, and nothing listened
     std::optional<std::uint32_t> answer_id{};
     std::optional<std::int32_t> answer_status{};
     std::optional<std::string> answer{}; // konfd's: the two characters that the calls evaluate
@@ -52,8 +52,8 @@ std::string manager_name(std::uint16_t sap);
 // The fields of the record, if the call's row names them.
 std::optional<std::vector<Field>> fields_of(const Message& message, const Row& row);
 
-// A message in one line: `ethmgr (SAP 7) 0x7018 | option 1 | 1 i16 0 | 22 str "fe80::1"`. The call says
-// which numbers are addresses or have names, and what is secret.
+// A message in one line: `ethmgr (SAP 7) 0x7018 | option 1 | 1 i16 0 | 22 str "fe80::1"`. Its call says
+// which numbers are addresses, what words stand for them, and what is secret.
 std::string described(const Message& message, const Row& row, std::span<const Value> values);
 
 // A konfd command, or what the library prints of one, with the secrets in it masked.

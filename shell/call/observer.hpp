@@ -1,6 +1,6 @@
-// observer.hpp: observes what the library and the platform exchange. The shell defines the platform's message, chain,
-// socket and timer operations itself (the executable's symbols come first) and passes them on: so it knows what was
-// sent and answered, with any platform library.
+// observer.hpp: observes the calls of the platform. vorcfg defines the platform's message, chain, socket and timer
+// functions itself (the executable's symbols take precedence) and passes the calls on, so it knows what was really sent
+// and answered, with any platform library.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +20,7 @@ struct Observation {
     std::optional<std::uint16_t> trace_switched; // the module whose platform trace was switched
     std::optional<std::uint32_t> timer;          // milliseconds
     bool unconnected = false;                    // konfd could not be reached
-    std::string deserted{};                      // the platform's directory, where nothing listens in it
+    std::string deserted{};                      // the directory of the simulated gateway, if nothing listens there
 };
 
 // Observes until it goes out of scope.
@@ -28,11 +28,11 @@ class Observer {
 public:
     struct Settings {
         bool capture = false; // nothing reaches the platform: every exchange is accepted on the spot
-        bool trace = false;   // each message on standard error, as it goes out
+        bool trace = false;   // each message on standard error, as it is sent
     };
 
-    // The values say what is secret; a record in an answer has no status in front of it.
-    Observer(Settings how, const Row& called, std::span<const Value> given);
+    // The call's values say what is secret; a record that is answered does not begin with a status.
+    Observer(Settings wanted, const Row& called, std::span<const Value> given);
     Observer(const Observer&) = delete;
     Observer& operator=(const Observer&) = delete;
     ~Observer();
@@ -43,7 +43,7 @@ public:
     Observation seen;
 
 private:
-    VOR_IPC_HANDLE* const endpoint_; // comes back behind a call that is only captured
+    VOR_IPC_HANDLE* const endpoint_; // restored after a captured call
 };
 
 // The directory of the simulated gateway's sockets where none of its managers listens; else, and on another platform,

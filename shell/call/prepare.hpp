@@ -1,4 +1,4 @@
-// prepare.hpp: from the words of a line to a call that is ready to be made.
+// prepare.hpp: the words of a line, made into a call.
 #pragma once
 
 #include <span>

@@ -9,6 +9,7 @@
 #include "rows/contract.hpp"
 #include "rows/families.hpp"
 #include "text/nearest.hpp"
+#include "text/screen.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
@@ -22,34 +23,18 @@ constexpr std::string_view about_words = "Numbers are decimal or 0x. A secret is
 
 constexpr std::size_t line_width = 80;
 
-// Breaks the text into lines that fit, all but the first indented; `column` is where the first begins.
-std::string filled(std::string_view text, std::size_t indent, std::size_t column)
+// Lines that fit, all but the first indented.
+std::string hanging(std::string_view text, std::size_t indent)
 {
-    std::string out;
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find(' '), text.size());
-        const std::string_view word = text.substr(0, end);
-        text.remove_prefix(std::min(end + 1, text.size()));
-        const std::size_t width = vor::characters_in(word);
-        if (!out.empty() && column + 1 + width > line_width) {
-            out += '\n' + std::string(indent, ' ');
-            column = indent;
-        } else if (!out.empty()) {
-            out += ' ';
-            column++;
-        }
-        out += word;
-        column += width;
-    }
-    return out + '\n';
+    return vor::joined(vor::wrapped(text, line_width - indent), '\n' + std::string(indent, ' ')) + '\n';
 }
 
-std::string paragraph(std::string_view text, std::size_t indent = 0)
+std::string help_paragraph(std::string_view text, std::size_t indent = 0)
 {
-    return std::string(indent, ' ') + filled(text, indent, indent);
+    return std::string(indent, ' ') + hanging(text, indent);
 }
 
-// Two columns, the second filled.
+// Two columns, the second wrapped.
 class Columns {
 public:
     void add(std::string name, std::string about) { rows_.emplace_back(std::move(name), std::move(about)); }
@@ -63,7 +48,7 @@ public:
         const std::size_t second = 2 + width + 2;
         std::string text;
         for (const auto& [name, about] : rows_) {
-            text += fmt::format("  {:<{}}  {}", name, width, filled(about, second, second));
+            text += fmt::format("  {:<{}}  {}", name, width, hanging(about, second));
         }
         return text;
     }
@@ -140,10 +125,10 @@ std::string listed(bool json, Selects selects)
 
 std::string help()
 {
-    std::string text =
-        fmt::format("{}.\n{}\nOptions:\n{}\nOptions of some commands:\n{}\n{}\nFamilies:\n", about_vorcfg,
-                    commands_text("\n"), options_text([](const OptionRow& row) { return row.commands.empty(); }),
-                    options_text([](const OptionRow& row) { return !row.commands.empty(); }), paragraph(about_words));
+    std::string text = fmt::format(
+        "{}.\n{}\nOptions:\n{}\nOptions of some commands:\n{}\n{}\nFamilies:\n", about_vorcfg, commands_text("\n"),
+        options_text([](const OptionRow& row) { return row.commands.empty(); }),
+        options_text([](const OptionRow& row) { return !row.commands.empty(); }), help_paragraph(about_words));
     Columns known;
     for (const Family* const family : families()) {
         known.add(std::string(family->name), about(*family));
@@ -164,7 +149,7 @@ std::string brief_help()
 std::string help(const Command& command)
 {
     const std::string text = fmt::format("usage: vorcfg {}\n\n{}\n", command.usage, command.about);
-    return command.more.empty() ? text : text + '\n' + paragraph(command.more);
+    return command.more.empty() ? text : text + '\n' + help_paragraph(command.more);
 }
 
 std::string help(const Family& family)
@@ -197,7 +182,7 @@ namespace {
 
 std::string usage_text(const Row& row)
 {
-    return filled(fmt::format("usage: vorcfg {}", usage_of(row)), 4, 0);
+    return hanging(fmt::format("usage: vorcfg {}", usage_of(row)), 4);
 }
 
 } // namespace
@@ -207,17 +192,17 @@ std::string help(const Row& row)
     const CallContract& contract = contract_of(row);
     std::string text = usage_text(row) + '\n';
     if (row.read != nullptr) {
-        text += paragraph(sentence(summary_of(row)));
+        text += help_paragraph(sentence(summary_of(row)));
     } else {
         for (const std::string& each : contract.paragraphs) {
-            text += paragraph(each);
+            text += help_paragraph(each);
         }
     }
     if (!row.used_by.empty()) {
         return text + fmt::format("Not made on its own; used by {}\n", row.used_by);
     }
     for (const std::string_view remark : remarks_of(row)) {
-        text += paragraph(remark);
+        text += help_paragraph(remark);
     }
     text += row.usage_help;
     for (const Argument& argument : row.arguments()) {
@@ -225,12 +210,12 @@ std::string help(const Row& row)
             continue;
         }
         const std::string_view meaning = contract.meaning(argument);
-        text += fmt::format("\n  {}\n{}{}", argument.name, paragraph(kind_text(argument), 6),
-                            meaning.empty() ? "" : paragraph(meaning, 6));
+        text += fmt::format("\n  {}\n{}{}", argument.name, help_paragraph(kind_text(argument), 6),
+                            meaning.empty() ? "" : help_paragraph(meaning, 6));
     }
     if (row.read == nullptr) {
-        text +=
-            '\n' + paragraph(default_meaning) + paragraph(fmt::format("The library returns {}.", contract.returned));
+        text += '\n' + help_paragraph(default_meaning) +
+                help_paragraph(fmt::format("The library returns {}.", contract.returned));
     }
     return text + fmt::format("\nExample: vorcfg {}\n", example_call(row));
 }

@@ -60,7 +60,7 @@ Options options_of(std::span<char* const> arguments);
 // Those of one line, besides those given before it; a quoted word is never an option.
 Options options_of(std::vector<Word> typed, Options options);
 
-enum class CommandGroup { calls, site, look_up };
+enum class CommandGroup { make, set_up, look_up };
 
 // How help names them, in this order.
 inline constexpr std::string_view group_titles[] = {"Make calls", "Set up a site", "Look up"};

@@ -79,6 +79,8 @@ public:
     }
     // Throws an OptionError where there is more.
     void end() const;
+    // Throws the OptionError about what is in front: an unknown option, or an unexpected argument.
+    [[noreturn]] void refuse() const;
 
 private:
     std::vector<std::string> words_;

@@ -1,32 +1,57 @@
-// screen.hpp: what a terminal can show: colours, and how many columns there are.
+// screen.hpp: what is shown where somebody looks at it: a terminal's width and colours, a line that counts in place.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vor {
 
-enum class Color : std::uint8_t { automatic, always, never };
-// "auto", "always" or "never"; none for anything else.
-std::optional<Color> color_named(std::string_view name);
+enum class Color : std::uint8_t { plain, green, red, yellow, dim };
+enum class ColorWhen : std::uint8_t { automatic, always, never };
 
-bool is_terminal(int descriptor);
-// At a terminal, unless NO_COLOR is set or TERM is dumb, or as the choice says.
-bool has_color(int descriptor, Color choice);
-// COLUMNS where that is set, else the terminal's width; 0: lines are not folded.
-std::size_t columns_of(int descriptor);
+// The value of --color: "auto", "always" or "never".
+std::optional<ColorWhen> color_when(std::string_view word);
 
-enum class Paint : std::uint8_t { none = 0, dim = 2, red = 31, green = 32, yellow = 33 };
-std::string painted(std::string_view text, Paint paint, bool color);
+// A file or a pipe, unless it says otherwise.
+struct Screen {
+    bool is_terminal = false;
+    bool is_colored = false;
+    std::size_t width = std::string::npos;
 
-// Characters, as far as UTF-8 goes.
-std::size_t width_of(std::string_view text);
-// Adds the words behind what ends at the column, which moves on; breaks lines at blanks before they get longer than
-// the width (0: never), and indents what follows.
-void append_folded(std::string& line, std::size_t& column, std::string_view words, std::size_t indent,
-                   std::size_t width);
+    std::string painted(std::string_view text, Color color) const;
+};
+
+// COLUMNS overrides a terminal's width; NO_COLOR and TERM=dumb turn automatic colours off.
+Screen screen_of(int descriptor, ColorWhen when);
+
+// The characters of a UTF-8 text; each is taken to fill one column.
+std::size_t columns_of(std::string_view text);
+// The lines of a text folded at blanks; a longer word is cut.
+std::vector<std::string> folded(std::string_view text, std::size_t width);
+
+// A count on standard error, updated in place: only at a terminal, and once the work has taken a second.
+class Progress {
+public:
+    explicit Progress(std::string_view what);
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+    ~Progress() { clear(); }
+
+    // "calls: 12 of 200"; without a total "lines: 12".
+    void show(std::size_t done, std::size_t total = 0);
+    void show_text(std::string_view text); // at once
+    void clear();                          // before anything else is written
+
+private:
+    const std::string what_;
+    const bool on_terminal_;
+    std::chrono::steady_clock::time_point next_;
+    bool is_shown_ = false;
+};
 
 } // namespace vor

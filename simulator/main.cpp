@@ -17,7 +17,7 @@
 
 namespace {
 
-// One that the starter closed would become a socket's, and be written on.
+// A closed standard descriptor would be reused by a socket, and output written to it.
 void keep_standard_descriptors()
 {
     int descriptor = STDIN_FILENO;
@@ -40,7 +40,7 @@ int main(int argc, char** argv)
         }
         const vorsim::Options options = vorsim::read_options(arguments);
         if (options.help) {
-            std::fputs((vorsim::help_text() + vorsim::client::help()).c_str(), stdout);
+            std::fputs(vorsim::client::help_text().c_str(), stdout);
             return 0;
         }
         starts = true;
@@ -48,13 +48,15 @@ int main(int argc, char** argv)
         starts = false;
         return server.run();
     } catch (const vorsim::UsageError& error) {
-        vor::print_line(stderr, fmt::format("vorsim: {} (vorsim --help tells the options)", error.what()));
+        const std::string text = error.what();
+        const bool points = text.find('\n') != text.npos; // at what is wrong
+        vor::print_line(stderr, fmt::format("vorsim: {}{}", text, points ? "" : "\nhint: vorsim --help"));
         return 2;
     } catch (const vorsim::faults::BadFile& error) {
         vor::print_line(stderr, error.what());
         return 2;
     } catch (const std::exception& error) {
         vor::print_line(stderr, fmt::format("vorsim: {}", error.what()));
-        return starts ? 2 : 1; // what cannot be begun is told like bad usage: nothing was done
+        return starts ? 2 : 1; // failing to start counts as invalid usage: nothing was done
     }
 }

@@ -13,8 +13,7 @@ constexpr std::size_t most_streams = 4096; // more than a gateway has ports
 
 } // namespace
 
-// A new one begins anywhere below the bound. One beyond the limit begins anew
-// at every reading.
+// A new one begins anywhere below the bound. Beyond the limit, one begins anew at every reading.
 Measurements::Stream& Measurements::stream(std::string_view name, std::uint64_t begins_below)
 {
     const auto found = streams_.find(name);
@@ -62,8 +61,7 @@ std::int64_t Measurements::constant(std::string_view name, std::int64_t value) c
 void Measurements::set(std::string_view name, std::uint64_t value)
 {
     if (!is_known(name) && streams_.size() == most_streams) {
-        throw std::runtime_error(
-            fmt::format("no more than {} readings are kept (vorsim reset makes room)", most_streams));
+        throw std::runtime_error(fmt::format("at most {} readings can be set; vorsim reset clears them", most_streams));
     }
     Stream& reading = stream(name, 1);
     reading.value = value;

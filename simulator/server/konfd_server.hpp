@@ -12,16 +12,16 @@
 
 namespace vorsim {
 
-// A text that a client sent, and what it was answered.
+// A text that a client sent, and the reply.
 struct KonfdExchange {
-    std::uint64_t client{}; // numbered as they come
+    std::uint64_t client{}; // in order of connection
     std::chrono::system_clock::time_point arrived;
     konfd::Exchange exchange;
 };
 
 class KonfdServer {
 public:
-    // Records it, and may disturb the answer.
+    // Records it, and may apply a fault to the answer.
     using OnExchange = std::function<faults::ReplyFault(KonfdExchange& exchange)>;
 
     KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& path, OnExchange on_exchange);

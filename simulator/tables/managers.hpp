@@ -11,9 +11,7 @@
 
 namespace vorsim {
 
-// "ethmgr(7)"; "sap(77)" for a SAP that is no manager's.
-std::string manager_label(std::uint16_t sap);
-// "ethmgr"; "sap 77" for a SAP that is no manager's.
+// "ethmgr"; "sap 77" for a SAP without a manager.
 std::string manager_key(std::uint16_t sap);
 
 // A row, and the manager that its message may reach.

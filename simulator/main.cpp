@@ -47,10 +47,11 @@ int main(int argc, char** argv)
         vorsim::Server server(options);
         starts = false;
         return server.run();
+    } catch (const vor::UnknownArgument& error) {
+        vor::print_line(stderr, fmt::format("vorsim: {}\nhint: vorsim --help", error.what()));
+        return 2;
     } catch (const vorsim::UsageError& error) {
-        const std::string text = error.what();
-        const bool points = text.find('\n') != text.npos; // at what is wrong
-        vor::print_line(stderr, fmt::format("vorsim: {}{}", text, points ? "" : "\nhint: vorsim --help"));
+        vor::print_line(stderr, fmt::format("vorsim: {}", error.what()));
         return 2;
     } catch (const vorsim::faults::BadFile& error) {
         vor::print_line(stderr, error.what());

@@ -46,7 +46,7 @@ void Operands::end() const
 void Operands::refuse() const
 {
     const bool is_option = front().starts_with("-") && front() != "-";
-    throw OptionError(fmt::format("{} \"{}\"", is_option ? "unknown option" : "unexpected argument", front()));
+    throw UnknownArgument(fmt::format("{} \"{}\"", is_option ? "unknown option" : "unexpected argument", front()));
 }
 
 } // namespace vor

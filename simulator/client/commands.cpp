@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <set>
 #include <sstream>
 
 #include <fmt/core.h>
@@ -15,6 +16,7 @@
 #include "server/commands.hpp"
 #include "server/options.hpp"
 #include "text/json.hpp"
+#include "text/nearest.hpp"
 #include "text/parse.hpp"
 #include "text/text.hpp"
 
@@ -51,6 +53,23 @@ int pass_on(const CommandRow& row, const Arguments& arguments)
     const bool carries = row.carries_document && arguments.size() > 1;
     print(ask(line_of(arguments, row.raw), carries ? compact(contents(arguments[1])) : std::nullopt));
     return 0;
+}
+
+[[noreturn]] void refuse_command(const std::string& name)
+{
+    std::set<std::string> names;
+    for (const Handler& row : rows) {
+        names.emplace(row.name);
+    }
+    for (const CommandRow& row : command_rows()) {
+        if (!row.about.empty()) {
+            names.emplace(first_word(row.name));
+        }
+    }
+    const std::vector<std::string> known(names.begin(), names.end());
+    const auto near = vor::nearest(name, known);
+    throw vor::UnknownArgument(
+        fmt::format("unknown command {}{}", vor::quoted(name), near.empty() ? "" : vor::suggestion(near, "")));
 }
 
 } // namespace
@@ -111,7 +130,13 @@ std::optional<int> run(const Arguments& arguments)
         return own->run({arguments.begin() + 1, arguments.end()});
     }
     const CommandRow* const row = command_named(arguments.front());
-    return row != nullptr && !row->about.empty() ? std::optional(pass_on(*row, arguments)) : std::nullopt;
+    if (row != nullptr && !row->about.empty()) {
+        return pass_on(*row, arguments);
+    }
+    if (!arguments.front().starts_with("-")) {
+        refuse_command(arguments.front());
+    }
+    return {};
 }
 
 } // namespace vorsim::client

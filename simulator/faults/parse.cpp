@@ -354,7 +354,7 @@ std::vector<Rule> read_rules(const std::string& file)
 {
     std::ifstream stream(file);
     if (!stream) {
-        throw BadFile(fmt::format("cannot read {}: {}", file, std::strerror(errno)));
+        throw std::runtime_error(fmt::format("cannot read {}: {}", file, std::strerror(errno)));
     }
     std::vector<Rule> rules;
     std::string errors;

@@ -21,7 +21,7 @@ struct Decoded {
     std::string object{};
     std::vector<Value> values{};
 
-    // A number the message is known to carry.
+    // A number that the message must hold; 0 if there is none.
     std::int32_t number(std::string_view name) const;
 };
 

@@ -5,6 +5,7 @@
 #include <fmt/core.h>
 
 #include "tables/managers.hpp"
+#include "text/text.hpp"
 
 namespace vorsim {
 namespace {
@@ -33,7 +34,8 @@ std::string wrong_count(const MessageRow& row, const std::vector<Part>& parts)
     if (announced == present) {
         return {};
     }
-    return fmt::format("{} is {}, but there are {} {} elements", list.counted_by, announced, present, list.name);
+    return fmt::format("{} is {}, but {} has {}", list.counted_by, announced, list.name,
+                       vor::counted(static_cast<std::uint64_t>(present), "element"));
 }
 
 } // namespace

@@ -56,7 +56,7 @@ Setting parse_setting(std::string_view words)
                             "counting")));
     }
     if (value == "wander") {
-        return {[name](Measurements& measurements) { measurements.let_go(name); }, fmt::format("{} wanders", name)};
+        return {[name](Measurements& measurements) { measurements.release(name); }, fmt::format("{} wanders", name)};
     }
     const auto number = vor::integer_in(value);
     const bool at_least = number && number->exact &&

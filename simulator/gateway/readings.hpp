@@ -15,7 +15,7 @@ struct Setting {
 };
 
 // "temperature 850", "port 3 polling_count 0", "rssi wander", "counting 100".
-// Throws a runtime_error that says what was expected.
+// Throws a runtime_error.
 Setting parse_setting(std::string_view words);
 
 } // namespace vorsim

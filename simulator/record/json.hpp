@@ -15,7 +15,7 @@ class Json;
 
 namespace vorsim {
 
-inline constexpr int journal_version = 2; // 1 had no first line of its own, and no bytes
+inline constexpr int journal_version = 2; // 1 had no header line and no bytes
 
 // The first line of a journal.
 std::string journal_head(const std::string& time, std::uint64_t seed, bool show_secrets);

@@ -21,10 +21,10 @@ std::string line_of(const Record& record);
 // How recorded lines are shown.
 struct LineStyle {
     vor::Screen screen;
-    bool ids = false; // the SAP and the message's id behind the manager
+    bool ids = false; // SAP and message id after the manager
 };
 
-// The record's line behind a stamp; by default, at a terminal, the local time.
+// The record's line after a stamp; by default, at a terminal, the local time.
 std::string shown(const Record& record, const LineStyle& style, std::optional<std::string> stamp = {});
 
 } // namespace vorsim

@@ -13,7 +13,7 @@ struct CommandRow {
     std::string_view name; // one word or two
     std::string_view operands;
     std::string_view about;                     // empty: for programs only
-    Command (*read)(std::string_view operands); // a document, where one is carried, follows behind a line end
+    Command (*read)(std::string_view operands); // with a line end and the document, if one is carried
     bool on_page = false;                       // allowed to a page with --http-control
     bool raw = false;                           // the operands are one text, else words
     bool carries_document = false;              // the file that its operand names
@@ -26,7 +26,7 @@ std::string_view first_word(std::string_view line);
 
 // Throws the UsageError about a line that is too long or holds control characters.
 [[noreturn]] void refuse_line();
-// Reads a line and, behind its end, the document that it carries. Throws a UsageError.
+// Reads a line and the document after its end, if it carries one. Throws a UsageError.
 Command parse_command(std::string_view request);
 
 } // namespace vorsim

@@ -15,7 +15,7 @@
 namespace vorsim {
 namespace {
 
-// As far as it was written, like a journal of this version or the first.
+// Whether it begins like a journal of this version or the first, as far as it was written.
 bool begins_as_a_journal(int file)
 {
     char bytes[10] = {};

@@ -18,7 +18,7 @@ class Recorder {
 public:
     Recorder(Loop& loop, Control& control, const Counters& counters, const LineStyle& style);
 
-    // Throws when the file cannot be a journal.
+    // Throws if the file cannot be used as a journal.
     void open_journal(const std::string& path) { journal_ = MessageJournal(path); }
     void begin_journal(std::uint64_t seed, bool show_secrets);
 
@@ -26,9 +26,9 @@ public:
     Console& errors() { return errors_; }
     std::uint64_t lines_dropped() const { return out_.dropped() + errors_.dropped(); }
 
-    // Whether the journal or somebody who watches gets the bytes.
+    // Whether the bytes are needed, for the journal or a watching client.
     bool keeps_bytes() const { return journal_.kept() || control_.is_watched(); }
-    // Adds the number, the line, and for whoever reads them the times.
+    // Adds the number, the line and, where they are needed, the times.
     void record(Record& record, Arrival arrived);
 
     bool failed() const { return failed_; }

@@ -13,9 +13,9 @@ namespace vorsim {
 struct Record {
     enum class Kind : std::uint8_t {
         message,
-        konfd,     // a text that konfd was sent
-        malformed, // a datagram that is no message
-        foreign,   // a message that no manager is to judge
+        konfd,     // a text sent to konfd
+        malformed, // a datagram that is not a message
+        foreign,   // an unexpected answer, or a message to another SAP
     };
     struct Fault {
         unsigned number{};
@@ -50,7 +50,7 @@ struct Record {
     std::string answer{};
     std::string shown{}; // how the answer was cut
 
-    std::string why{}; // it is malformed or foreign
+    std::string why{}; // of a malformed or foreign one
 
     // The bytes in hexadecimal, secrets masked; filled in only when somebody reads them.
     std::optional<std::string> meta_data{};

@@ -11,13 +11,13 @@ namespace vorsim::client {
 namespace {
 
 constexpr char usage[] =
-    R"(usage: vorsim [OPTION]...              simulate the gateway: all managers and konfd
-       vorsim COMMAND [ARGUMENT]...    look at a running gateway, or control it
+    R"(usage: vorsim [OPTION]...             simulate the gateway: managers and konfd
+       vorsim COMMAND [ARGUMENT]...   look at a running gateway, or control it
 )";
 
 constexpr char filters[] =
-    R"(  FILTER is one of --manager NAME|SAP, --call NAME, --object TEXT, --source SAP,
-  --complaints (only what --strict reports)
+    R"(  FILTER is --manager NAME|SAP, --call NAME, --object TEXT, --source SAP or
+    --complaints (only what --strict reports)
 )";
 
 constexpr char rest[] = R"(

@@ -321,7 +321,7 @@ constexpr CommandRow rows[] = {
     {"stop", "MANAGER", "take a manager down", read_stop, true, true},
     {"start", "MANAGER", "bring a manager back", read_start, true, true},
     {"set", "READING VALUE",
-     "set a reading: temperature 850, port 3 polling_count 0;\n"
+     "set a reading: temperature 850, port 3 polling_count 0\n"
      "\"temperature wander\" releases it, \"counting 100\" makes\n"
      "counters run 100 times as fast",
      read_setting, true, true},

@@ -55,7 +55,7 @@ constexpr vor::OptionOf<Options> rows[] = {
     {{"--state", "FILE", "write the state to FILE as JSON, at start and at exit"}, taken_as<&Options::state_file>},
     {{"--show-secrets", "", "do not mask passwords, in any output"}, taken_as<&Options::show_secrets>},
     {{"--ids", "", "show SAPs and message ids"}, taken_as<&Options::ids>},
-    {{"--color", "WHEN", "colour the output: auto (at a terminal), always or never"},
+    {{"--color", "WHEN", "colour lines: auto (at a terminal), always or never"},
      [](Options& options, Text value) { options.color = color_of(value); }},
     {{"--http", "PORT", "serve a page to browsers on this machine and print its\nlink (0: any free port)"},
      [](Options& options, Text value) { options.http = number_of<std::uint16_t>("--http", value); }},

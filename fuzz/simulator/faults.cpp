@@ -45,13 +45,13 @@ void check_rule(const Rule& rule)
     RuleList plan(1);
     const Time now{};
     plan.add(rule, now);
-    const bool konfd = rule.concern.who == Concern::Who::konfd;
+    const bool konfd = rule.condition.who == Condition::Who::konfd;
     const Subject subject{.konfd = konfd,
-                          .sap = rule.concern.sap,
-                          .client = rule.concern.client.value_or(200),
-                          .id = rule.concern.id.value_or(7),
+                          .sap = rule.condition.sap,
+                          .client = rule.condition.client.value_or(200),
+                          .id = rule.condition.id.value_or(7),
                           .call = "vor_cfg_set_can_id",
-                          .object = rule.concern.object,
+                          .object = rule.condition.object,
                           .answered = true};
     unsigned acted = 0;
     for (int message = 0; message < messages; ++message) {
@@ -62,7 +62,7 @@ void check_rule(const Rule& rule)
         }
     }
     require(acted <= rule.end.times.value_or(messages), "a rule ends");
-    require(rule.concern.when != Concern::When::nth || acted <= 1, "there is one n-th");
+    require(rule.condition.when != Condition::When::nth || acted <= 1, "there is one n-th");
     std::string text = plan.text(now);
     require(!text.empty() && text.back() == '\n', "a rule is listed");
     text.pop_back();

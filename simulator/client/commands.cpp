@@ -15,7 +15,6 @@
 #include "record/json.hpp"
 #include "server/commands.hpp"
 #include "server/options.hpp"
-#include "text/json.hpp"
 #include "text/nearest.hpp"
 #include "text/parse.hpp"
 #include "text/text.hpp"
@@ -41,17 +40,29 @@ std::string line_of(const Arguments& arguments, bool raw)
     return line;
 }
 
-// Without spaces and line ends, as far as it is JSON: a state file may be large.
-std::optional<std::string> compact(const std::optional<std::string>& document)
+// JSON without the white space between its parts: an indented state may be larger than a request.
+std::string compact(std::string_view json)
 {
-    const auto json = document ? vor::Json::read(*document) : std::nullopt;
-    return json ? vor::dump(*json) : document;
+    std::string text;
+    bool in_string = false;
+    bool escaped = false;
+    for (const char character : json) {
+        if (in_string || std::string_view(" \t\r\n").find(character) == std::string_view::npos) {
+            text += character;
+        }
+        in_string = in_string != (character == '"' && !escaped);
+        escaped = in_string && character == '\\' && !escaped;
+    }
+    return text;
 }
 
 int pass_on(const CommandRow& row, const Arguments& arguments)
 {
-    const bool carries = row.carries_document && arguments.size() > 1;
-    print(ask(line_of(arguments, row.raw), carries ? compact(contents(arguments[1])) : std::nullopt));
+    auto document = row.carries_document && arguments.size() > 1 ? contents(arguments[1]) : std::nullopt;
+    if (document) {
+        document = compact(*document);
+    }
+    print(ask(line_of(arguments, row.raw), document));
     return 0;
 }
 

@@ -75,13 +75,13 @@ TEST(faults, verdict_per_fault)
         EXPECT_EQ((felt.command.find("konfd") == std::string::npos ? can : stored) + felt.verdict, last_line(output))
             << felt.rule;
         EXPECT_EQ(felt.exit, output.exit_code) << felt.rule;
-        EXPECT_NE(std::string::npos, gateway.next_line().find(" (fault ")) << felt.rule;
+        EXPECT_NE(std::string::npos, gateway.next_line().find("  [fault ")) << felt.rule;
         place.run("vorsim fault clear");
         const Output after = place.run(felt.command.substr(felt.command.find("vorcfg")));
         EXPECT_EQ(0, after.exit_code) << "after " << felt.rule << ": " << after.text;
         gateway.next_line();
     }
-    EXPECT_EQ(0, gateway.stop(SIGTERM)) << "a fault on command is no complaint";
+    EXPECT_EQ(0, gateway.stop(SIGTERM)) << "faults do not fail a strict run";
 }
 
 TEST(faults, refused_messages_change_nothing)
@@ -92,7 +92,7 @@ TEST(faults, refused_messages_change_nothing)
     place.run("vorsim fault add 'gpiomgr: refuse'");
     EXPECT_EQ(1, place.run(baudrate).exit_code);
     EXPECT_EQ(0, place.run("vorcfg gpio set-value 5 1").exit_code) << "a one-way message is lost without a word";
-    EXPECT_EQ("1: any: status 7, once (acted on 1 of 1 message, over)\n"
+    EXPECT_EQ("1: any: status 7, once (acted on 1 of 1 message, ended)\n"
               "2: gpiomgr: refuse (acted on 1 of 1 message)\n",
               place.run("vorsim fault list").text);
     EXPECT_EQ(std::string::npos, place.run("vorsim show").text.find("vor_cfg"));

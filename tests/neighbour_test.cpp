@@ -132,8 +132,9 @@ TEST_F(Neighbour, planted_links_are_refused)
     EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(path("open/state"))));
     EXPECT_TRUE(says("VORINFRA_DIR=" + path("open/run") + " vorsim", 2, "it is a symbolic link"));
     fs::permissions(path("open"), fs::perms(0700));
-    EXPECT_TRUE(says("VORINFRA_DIR=" + path("open") + " vorcfg --sap 7 gpio set-direction 3 1 0", 7, "is no socket"));
-    EXPECT_TRUE(says("VORINFRA_DIR=" + path("open") + " vorsim", 2, "exists and is no socket"));
+    EXPECT_TRUE(
+        says("VORINFRA_DIR=" + path("open") + " vorcfg --sap 7 gpio set-direction 3 1 0", 7, "is not a socket"));
+    EXPECT_TRUE(says("VORINFRA_DIR=" + path("open") + " vorsim", 2, "exists and is not a socket"));
     EXPECT_EQ("mine", contents(path("mine")));
 }
 

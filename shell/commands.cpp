@@ -124,7 +124,7 @@ int run_batch(const std::string& path, const Options& options)
             cutting.push_back(named(planned));
         }
     };
-    if (const int exit = check(batch, count, complaining(options.json)); exit != exit_ok) {
+    if (const int exit = check(batch, count, error_printer(options.json)); exit != exit_ok) {
         return exit;
     }
     if (!agreed_to(cutting, fmt::format("Make {}?", vor::counted(account.calls(), "call")), options)) {
@@ -146,7 +146,7 @@ int run_check(const std::string& path, const Options& options)
     batch.leave_input();
     std::size_t calls = 0;
     if (check(
-            batch, [&](const PreparedCall&) { calls++; }, complaining(options.json)) != exit_ok) {
+            batch, [&](const PreparedCall&) { calls++; }, error_printer(options.json)) != exit_ok) {
         return exit_usage;
     }
     vor::print(stdout, options.json ? checked_json(batch.name(), calls)

@@ -30,6 +30,6 @@ int main(int argc, char** argv)
         json = options.json;
         return finished(run(options));
     } catch (const InputError& error) {
-        return complain(error, json);
+        return print_error(error, json);
     }
 }

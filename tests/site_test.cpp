@@ -172,7 +172,7 @@ TEST_F(Site, change_sends_changed_and_dependent_lines)
     EXPECT_EQ(0, workplace.run("vorcfg plan examples/site.conf").exit_code);
 }
 
-TEST_F(Site, apply_shows_its_plan_and_asks_once_at_a_terminal)
+TEST_F(Site, terminal_shows_plan_and_asks_once)
 {
     write(workplace, "f", "can set-id 1 7 1\nip set-dhcp 1 1\n");
     const std::vector<std::string> command = apply({"--gateway", "tower-17", "--confirm", "2m"});
@@ -217,7 +217,7 @@ TEST_F(Site, apply_shows_its_plan_and_asks_once_at_a_terminal)
     EXPECT_EQ(0, workplace.run("vorcfg plan f").exit_code);
 }
 
-TEST_F(Site, a_slow_apply_shows_its_progress_at_a_terminal)
+TEST_F(Site, slow_apply_shows_progress)
 {
     write(workplace, "f", "can set-id 1 7 1\ncan set-id 2 7 1\ncan set-id 3 7 1\ncan set-id 4 7 1\n");
     workplace.run("vorsim fault add 'canmgr: late 400ms'");

@@ -6,7 +6,7 @@
 namespace vor {
 
 struct BuiltIn {
-    std::string_view stem; // its name, without what stands behind the last dot
+    std::string_view stem; // its name without the extension
     std::string_view text;
 };
 

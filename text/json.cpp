@@ -10,7 +10,7 @@ namespace vor {
 void Json::require(bool holds, std::string_view what) const
 {
     if (!holds) {
-        throw JsonError(fmt::format("{} stands where {} is expected", dump(*this), what));
+        throw JsonError(fmt::format("expected {1}, not {0}", dump(*this), what));
     }
 }
 
@@ -45,7 +45,7 @@ const Json* Json::find(std::string_view name) const
 const Json& Json::at(std::string_view name) const
 {
     const Json* const found = find(name);
-    return found != nullptr ? *found : throw JsonError(fmt::format("there is no \"{}\"", name));
+    return found != nullptr ? *found : throw JsonError(fmt::format("missing \"{}\"", name));
 }
 
 std::string Json::value(std::string_view name, std::string_view otherwise) const
@@ -66,7 +66,7 @@ bool Json::operator==(const Json& other) const = default;
 
 namespace {
 
-// Builds a document of what the parser meets.
+// Builds a document from the parser's events.
 class Builder {
 public:
     explicit Builder(std::size_t deepest) : deepest_(deepest) {}
@@ -110,7 +110,7 @@ private:
     bool open(Json container)
     {
         if (open_.size() == deepest_) {
-            throw JsonError("it is nested too deep");
+            throw JsonError("nested too deep");
         }
         open_.push_back(&put(std::move(container)));
         return true;

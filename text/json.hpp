@@ -1,6 +1,6 @@
-// json.hpp: JSON as the tools read and write it: a document that is built, looked into, and made a text.
+// json.hpp: JSON documents, built, read and printed.
 //
-// It stands at the edges, where a text is read or written; what happens in between is typed.
+// For the edges, where text is read or written; everything in between is typed.
 #pragma once
 
 #include <concepts>
@@ -18,7 +18,7 @@
 
 namespace vor {
 
-// A text that is not JSON, or a document that does not hold what was looked for.
+// Text that is not JSON, or a document without the value that was looked for.
 struct JsonError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -28,7 +28,7 @@ public:
     using Array = std::vector<Json>;
     using Member = std::pair<std::string, Json>;
     using Object = std::vector<Member>; // in the order in which they were added
-    // A number is natural where no std::int64_t holds it.
+    // A number is natural where it does not fit a std::int64_t.
     using Held = std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double, std::string, Array, Object>;
     enum class Type : std::uint8_t { null, boolean, integer, natural, real, text, array, object };
 
@@ -65,10 +65,10 @@ public:
         return of(Array(values.begin(), values.end()));
     }
 
-    // What is copied, shown and given back by recursion.
+    // Documents are copied, printed and freed recursively.
     static constexpr std::size_t deep_enough = 10000;
-    // Throws a JsonError that says what is wrong and where; of two members of one name the later counts. Nothing is
-    // built of what is nested deeper.
+    // Throws a JsonError that says what is wrong and where, also about deeper nesting; of two members of one name the
+    // later counts.
     static Json parse(std::string_view text, std::size_t deepest = deep_enough);
     // The same; none where the text is not JSON.
     static std::optional<Json> read(std::string_view text, std::size_t deepest = deep_enough);
@@ -80,7 +80,7 @@ public:
     bool is_array() const { return type() == Type::array; }
     bool is_object() const { return type() == Type::object; }
 
-    // Each throws a JsonError where the document holds something else.
+    // Each throws a JsonError where the document has another type.
     bool boolean() const { return held<bool>("true or false"); }
     const std::string& string() const { return held<std::string>("a text"); }
     template <std::integral Number>
@@ -108,12 +108,12 @@ public:
             (*this)[name] = value;
         }
     }
-    // Null: there is none, or this is no object.
+    // Null where there is none, or this is not an object.
     const Json* find(std::string_view name) const;
     bool contains(std::string_view name) const { return find(name) != nullptr; }
     const Json& at(std::string_view name) const;
     const Json& operator[](std::string_view name) const { return at(name); }
-    // What a member holds, or `otherwise` where there is none.
+    // The value of a member, or `otherwise` where there is none.
     std::string value(std::string_view name, std::string_view otherwise) const;
     template <std::integral Value>
     Value value(std::string_view name, Value otherwise) const
@@ -127,7 +127,7 @@ public:
     }
 
     bool empty() const { return size() == 0; }
-    std::size_t size() const; // of what is no array and no object, 0
+    std::size_t size() const; // 0 unless it is an array or an object
     bool operator==(const Json& other) const;
 
 private:
@@ -148,7 +148,7 @@ private:
     Held held_;
 };
 
-// Always UTF-8, whatever bytes the texts hold, and no control character raw.
+// Always UTF-8, whatever bytes the texts have, with control characters escaped.
 std::string dump(const Json& json, int indent = -1);
 
 } // namespace vor

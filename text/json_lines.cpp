@@ -24,9 +24,9 @@ struct stat status_of(int descriptor)
 
 } // namespace
 
-FileError::FileError(int why) : std::runtime_error(why == 0 ? "is no file" : std::strerror(why)), error(why) {}
+FileError::FileError(int why) : std::runtime_error(why == 0 ? "not a regular file" : std::strerror(why)), error(why) {}
 
-// What is no file is not waited for.
+// Does not wait for anything but a file.
 JsonLines::JsonLines(const std::string& path, int flags) : JsonLines(nullptr)
 {
     const int opened = open(path.c_str(), flags | O_NONBLOCK | O_CLOEXEC, 0600);

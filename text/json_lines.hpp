@@ -1,4 +1,4 @@
-// json_lines.hpp: a file of JSON lines, to which lines are added and which is read from its beginning.
+// json_lines.hpp: a file of JSON lines, read from the beginning and appended to.
 #pragma once
 
 #include <cstdint>
@@ -20,9 +20,9 @@ struct FileError : std::runtime_error {
 class JsonLines {
 public:
     JsonLines() = default;
-    // With the flags of open(2): a file and nothing else; a new one is its owner's alone. Throws a FileError.
+    // With the flags of open(2); only a regular file, a new one for its owner alone. Throws a FileError.
     JsonLines(const std::string& path, int flags);
-    // To read whatever was opened, a pipe above all.
+    // To read from what is open already, such as a pipe.
     explicit JsonLines(std::FILE* file) : file_(file, std::fclose) {}
 
     bool is_open() const { return file_ != nullptr; }
@@ -33,11 +33,11 @@ public:
     // The next line of what the file held when the first was read, without its end. Throws a FileError.
     std::optional<std::string> next();
     std::uint64_t number() const { return number_; } // of the line read last
-    bool torn() const { return torn_; }              // it does not end: what wrote it was ended
+    bool torn() const { return torn_; }              // it has no end: its writer was stopped
     bool at_end() const { return left_ == 0; }       // it is the last
-    void take_away();                                // and all behind it
+    void take_away();                                // and everything behind it
 
-    // The whole line, on disk when this returns if it is to be; or nothing of it, and a FileError.
+    // Appends the whole line, on disk when this returns if so requested; or nothing of it, with a FileError.
     void append(std::string_view line, bool on_disk = false);
 
 private:

@@ -1,4 +1,4 @@
-// options.hpp: the options of a command line, read by a table.
+// options.hpp: command-line options, read by means of a table.
 #pragma once
 
 #include <algorithm>
@@ -31,8 +31,8 @@ struct OptionWords {
     std::optional<std::string_view> value;
 
     explicit OptionWords(std::string_view word);
-    // The value that the option has; where it is the next word (null: there is none) that is counted as used. Throws
-    // an OptionError.
+    // The option's value; where it is the next word (null: none is left), that one is counted as used. Throws an
+    // OptionError.
     std::string_view value_of(const Option& option, const std::string* next, std::size_t& used) const;
 };
 

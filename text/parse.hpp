@@ -1,4 +1,4 @@
-// parse.hpp: what both tools read of what people type: numbers, times, words.
+// parse.hpp: numbers, times and words as both tools read them.
 #pragma once
 
 #include <chrono>
@@ -18,10 +18,10 @@ namespace vor {
 // A whole number, decimal or hexadecimal behind 0x.
 struct Integer {
     bool negative = false;
-    std::uint64_t magnitude = 0; // the greatest, where it has more than 64 bits
+    std::uint64_t magnitude = 0; // the maximum where it has more than 64 bits
     bool exact = true;
 
-    // The nearest that there is: far out of range is as good as exact.
+    // The nearest representable: a number far out of range need not be exact.
     std::int64_t bounded() const;
 };
 std::optional<Integer> integer_in(std::string_view text);
@@ -71,7 +71,7 @@ struct WordError : std::runtime_error {
     std::size_t column;
 };
 
-// How a line falls into words, besides at blanks.
+// How a line is split into words, besides at blanks.
 struct WordRules {
     std::string_view ends{}; // what ends a word; each but " and # is then a word of its own
     // Appends to the word what stands for the text in front, and says how many bytes of it that was: 0, nothing.

@@ -1,4 +1,4 @@
-// screen.hpp: what is shown where somebody looks at it: a terminal's width and colours, a line that counts in place.
+// screen.hpp: a terminal's width and colours, and progress that is updated in place.
 #pragma once
 
 #include <chrono>
@@ -17,7 +17,7 @@ enum class ColorWhen : std::uint8_t { automatic, always, never };
 // The value of --color: "auto", "always" or "never".
 std::optional<ColorWhen> color_when(std::string_view word);
 
-// A file or a pipe, unless it says otherwise.
+// By default a file or a pipe.
 struct Screen {
     bool is_terminal = false;
     bool is_colored = false;
@@ -42,7 +42,7 @@ public:
     Progress& operator=(const Progress&) = delete;
     ~Progress() { clear(); }
 
-    // "calls: 12 of 200"; without a total "lines: 12".
+    // "calls made: 12 of 200"; without a total "lines checked: 12".
     void show(std::size_t done, std::size_t total = 0);
     void show_text(std::string_view text); // at once
     void clear();                          // before anything else is written

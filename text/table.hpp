@@ -1,4 +1,4 @@
-// table.hpp: rows of cells under each other.
+// table.hpp: rows whose cells are aligned in columns.
 #pragma once
 
 #include <string>
@@ -23,7 +23,7 @@ public:
 
     // Makes room for a row.
     void fit(const Cells& row);
-    // A row, its lines ended. Rows may be written before all are known, once room was made for them.
+    // A row, its lines ended.
     std::string text_of(const Cells& row) const;
 
     const Screen& screen() const { return screen_; }

@@ -1,5 +1,4 @@
-// text.hpp: texts and values made fit to be shown. What is no UTF-8, and
-// control characters of either set, never reach a terminal.
+// text.hpp: texts and values for display. Bytes that are not UTF-8 and control characters never reach a terminal.
 #pragma once
 
 #include <cstdint>
@@ -13,11 +12,11 @@ inline constexpr std::string_view mask = "********"; // of a secret, whatever it
 
 bool is_utf8(std::string_view text);
 
-// They become \n, \x1b and the like; beyond `longest` characters the rest is told by its length.
+// They become \n, \x1b and so on; a text of more than `longest` characters is cut, with its length behind it.
 std::string escaped(std::string_view text, std::size_t longest = std::string_view::npos);
 // The same between double quotes.
 std::string quoted(std::string_view text, std::size_t longest = std::string_view::npos);
-// Lines stay lines, quotes and backslashes themselves.
+// Line ends, quotes and backslashes remain.
 std::string printable(std::string_view text);
 
 std::string hexadecimal(std::string_view bytes); // "0a ff"
@@ -55,7 +54,7 @@ std::string alternatives(const Texts& texts)
 // How many characters of UTF-8 the text has.
 std::size_t characters_in(std::string_view text);
 
-// Written at once; a reader that is gone stops nobody.
+// Written and flushed; errors are left to the stream.
 void print(std::FILE* to, std::string_view text);
 void print_line(std::FILE* to, std::string_view line);
 

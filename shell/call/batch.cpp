@@ -129,7 +129,7 @@ bool agreed_to(const std::vector<std::string>& cutting, const std::string& quest
 }
 
 int check(Batch& batch, const std::function<void(const PreparedCall&)>& each,
-          const std::function<int(const InputError&)>& complain)
+          const std::function<int(const InputError&)>& report)
 {
     int exit = exit_ok;
     vor::Progress progress("lines checked");
@@ -143,12 +143,12 @@ int check(Batch& batch, const std::function<void(const PreparedCall&)>& each,
             }
         } catch (const InputError& complaint) {
             progress.clear();
-            exit = complain(complaint);
+            exit = report(complaint);
         }
     }
     progress.clear();
     for (const InputError& complaint : batch.unused_variables()) {
-        exit = complain(complaint);
+        exit = report(complaint);
     }
     return exit;
 }

@@ -20,14 +20,14 @@ class Batch {
 public:
     Batch(std::string text, std::string name, SecretSources sources, Variables variables = {});
 
-    // The next line's call, tried when it is read for the first time; none at the end. Throws a InputError with its
-    // place, and goes on behind it.
+    // The next line's call, tried when it is read for the first time; none at the end. Throws an InputError with its
+    // place; the next call continues behind it.
     std::optional<PreparedCall> next();
     // Reads no secret from standard input, where no call will be made.
     void leave_input() { secrets_.leave_input(); }
     // Asks for the secrets that wait for a prompt, of all lines or of those selected.
     void ask(const std::function<bool(std::size_t line)>& selected = {});
-    // To make what was tried: all lines, or those selected.
+    // Back to the beginning, to make what was tried: all lines, or those selected.
     void rewind(std::function<bool(std::size_t line)> selected = {});
 
     std::vector<InputError> unused_variables() const { return variables_.unused(name_); }
@@ -50,7 +50,7 @@ Batch batch_of(const std::string& path, const Options& options);
 
 // Reads it whole and hands each valid call to `each`. The exit code of the last error.
 int check(Batch& batch, const std::function<void(const PreparedCall&)>& each,
-          const std::function<int(const InputError&)>& complain);
+          const std::function<int(const InputError&)>& report);
 
 // Throws where the call requires --yes, which was not given.
 void check_confirmed(const PreparedCall& planned, const Options& options);

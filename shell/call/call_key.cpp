@@ -75,7 +75,7 @@ CallKey key_of(const PreparedCall& planned)
 CallKey key_of(const Row& row, std::vector<KeptValues> values, bool secret)
 {
     CallKey key{&row, std::move(values), secret};
-    for (std::size_t i = 0; i < key.values.size(); i++) { // an older journal may have what is never sent
+    for (std::size_t i = 0; i < key.values.size(); i++) { // an older journal may have values that are never sent
         if (!goes_out(key, row.arguments()[i])) {
             key.values[i].clear();
         }

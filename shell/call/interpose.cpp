@@ -59,7 +59,7 @@ struct Boundary {
     std::vector<Unsent> unsent;
     Chain chain; // the library builds one at a time
     Captured captured;
-    std::optional<std::size_t> room; // of the platform's messages, 0 where it does not say
+    std::optional<std::size_t> room; // in a message of the platform; 0: not known
 };
 Boundary boundary;
 
@@ -73,7 +73,7 @@ bool captures()
     return watching() && boundary.watch->settings.capture;
 }
 
-// One platform operation, as the library behind this executable has it.
+// A platform operation, in the platform library that is loaded behind this executable.
 template <auto Operation>
 auto* platform()
 {
@@ -86,8 +86,7 @@ auto* platform()
     return found;
 }
 
-// Passes an operation on. What the platform's operations call of each other
-// comes by here as well and is none of the library's doing.
+// Passes an operation on. Operations that the platform itself calls come through here too and are not the library's.
 template <auto Operation, class... Arguments>
 auto pass(Arguments... arguments)
 {
@@ -121,7 +120,7 @@ bool is_secret(const char* text)
            });
 }
 
-// The data that a message of the platform's holds, of one taken and given back.
+// The data behind a message of the platform, read from a message that is allocated and freed.
 std::size_t room_of_platform()
 {
     VOR_IPC_MSG_REF message{};
@@ -166,7 +165,7 @@ Message& push(Message message)
     return watch.seen.messages.emplace_back(std::move(message));
 }
 
-// A message that goes out now; what becomes of it is for the caller to add.
+// A message that is sent now; the caller adds its outcome.
 Message& begin(Way way, vor_uint16 sap, vor_uint32 id, const VOR_IPC_MSG_REF* sent, vor_uint16 length)
 {
     const Chain& chain = boundary.chain;
@@ -266,7 +265,7 @@ vor_int32 add(TLV_CHAIN* chain, Element element, Arguments... arguments)
 
 } // namespace
 
-// Managers' sockets are sap-0 to sap-240; from 0x1000 on they are vorcfg's own.
+// Managers' sockets are sap-0 to sap-240; vorcfg's own begin at 0x1000.
 std::string vorcfg::deserted_directory()
 {
     constexpr std::string_view prefix = "sap-";
@@ -288,8 +287,8 @@ std::string vorcfg::deserted_directory()
     return directory;
 }
 
-Observer::Observer(Settings wanted, const Row& called, std::span<const Value> given)
-    : settings(wanted), row(called), values(given), endpoint_(vor_cfg_get_ipc_endpoint())
+Observer::Observer(Settings how, const Row& called, std::span<const Value> given)
+    : settings(how), row(called), values(given), endpoint_(vor_cfg_get_ipc_endpoint())
 {
     boundary.unsent.clear();
     boundary.chain = {};

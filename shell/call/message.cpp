@@ -1,4 +1,4 @@
-// Messages in words.
+// Messages as text.
 #include "call/message.hpp"
 
 #include <algorithm>
@@ -135,7 +135,7 @@ std::string record_text(const Message& message, const Row& row, std::span<const 
     return text;
 }
 
-// An address goes out as a number; the argument that it came from says so.
+// An address is sent as a number; the argument that it came from shows that it is one.
 std::string number_text(const Element& element, std::span<const Value> values)
 {
     for (const Value& value : values) {

@@ -1,4 +1,4 @@
-// message.hpp: what goes out and what comes back, and how it is written.
+// message.hpp: messages and their answers, and how they are printed.
 #pragma once
 
 #include <cstdint>
@@ -33,7 +33,7 @@ struct Message {
     std::optional<std::uint8_t> flag{};   // the byte before the chain
     std::vector<Element> elements{};      // of a chain
     bool chain = false;
-    std::string record{};    // the payload that is no chain
+    std::string record{};    // a payload that is not a chain
     std::string command{};   // konfd's, up to its terminator
     std::size_t counted = 0; // the bytes sent of it
 
@@ -49,7 +49,7 @@ struct Message {
 
 std::string manager_name(std::uint16_t sap);
 
-// The fields of the record, as the call's row names them; none, where it does not.
+// The fields of the record, if the call's row names them.
 std::optional<std::vector<Field>> fields_of(const Message& message, const Row& row);
 
 // A message in one line: `ethmgr (SAP 7) 0x7018 | option 1 | 1 i16 0 | 22 str "fe80::1"`. Its call says

@@ -46,7 +46,8 @@ private:
     VOR_IPC_HANDLE* const endpoint_; // restored after a captured call
 };
 
-// The directory of the simulated gateway's sockets, where none of its managers is there. Empty on another platform.
+// The directory of the simulated gateway's sockets where none of its managers listens; else, and on another platform,
+// empty.
 std::string deserted_directory();
 
 } // namespace vorcfg

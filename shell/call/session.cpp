@@ -16,15 +16,15 @@ namespace vorcfg {
 
 namespace {
 
-// Where no manager is: tried in turn, so that several shells run side by side.
+// Not used by managers; tried in turn, so that several shells can run at once.
 constexpr std::uint16_t first_sap = 0x1000;
 constexpr std::uint16_t last_sap = 0x103f;
 
-// What the library prints, kept apart from what the shell says: takes what is written to a descriptor until `take` or
-// the end of its scope.
+// Keeps the library's output apart from the shell's: captures what is written to a descriptor until `take` or the end
+// of its scope.
 class Capture {
 public:
-    explicit Capture(int wanted) : descriptor_(wanted), file_(file_for(wanted))
+    explicit Capture(int descriptor) : descriptor_(descriptor), file_(file_for(descriptor))
     {
         const std::lock_guard lock(mutex);
         begun[descriptor_] = this;
@@ -66,7 +66,7 @@ public:
     static void end_all()
     {
         mutex.lock();
-        std::fflush(nullptr); // what was captured stays where it is: nobody looks for secrets in it any more
+        std::fflush(nullptr); // what was captured is not printed: its secrets would not be masked
         for (const Capture* const capture : begun) {
             if (capture != nullptr && capture->before_ >= 0) {
                 dup2(capture->before_, capture->descriptor_);
@@ -75,10 +75,8 @@ public:
     }
 
 private:
-    // A file in memory takes any amount, where a pipe that nobody reads would
-    // block. Without one the lines go where they always went. Each descriptor has
-    // one for good: to make it anew for every line of a long batch would be most of
-    // what checking it takes.
+    // A file in memory takes any amount, where a full pipe would block. Without one nothing is captured. Each
+    // descriptor has one for good: a new one for every line would be most of the time that checking a long batch takes.
     static int file_for(int descriptor)
     {
         static int files[3] = {-1, -1, -1};
@@ -88,7 +86,7 @@ private:
         return files[descriptor];
     }
 
-    // Of the captures under way. Who ends them all keeps it: then nobody begins or ends another.
+    // Of the captures under way. `end_all` keeps it, so that no other begins or ends.
     static inline std::mutex mutex;
     static inline Capture* begun[3]; // of the descriptors up to standard error
 
@@ -141,7 +139,7 @@ CallResult Session::make(PreparedCall& planned)
     vor_errno = 0;
     {
         Capture printed(STDOUT_FILENO);
-        std::optional<Capture> complained; // a platform's own words about what only was tried
+        std::optional<Capture> complained; // of a platform, about a call that is only tried
         if (settings_.capture && !settings_.trace) {
             complained.emplace(STDERR_FILENO);
         }
@@ -168,7 +166,7 @@ CallResult Session::make(PreparedCall& planned)
 
 namespace {
 
-// What of a message that is too long is to be cut: the list, or the longest text.
+// The argument to shorten where a message is too long: the list, or the longest text.
 std::size_t most_of(const PreparedCall& planned, Unfit unfit)
 {
     const auto arguments = planned.row->arguments();

@@ -37,11 +37,10 @@ private:
     bool bound_ = false;
 };
 
-// What the library prints goes where it always went, for good: of one who speaks while a call does not come back.
+// Ends all captures for good, so that output appears while a call does not return.
 void end_captures();
 
-// Tries the call against a platform that only captures: what the library
-// itself refuses is complained about before anything is sent.
+// Tries the call on a platform that only captures, and throws an InputError where the library itself refuses it.
 void rehearse(PreparedCall& planned);
 
 } // namespace vorcfg

@@ -18,9 +18,9 @@ namespace vorcfg {
 
 namespace {
 
-// After a signal, a call has this long to come back with what became of it.
+// After a signal, a call has this long to return.
 constexpr unsigned grace_ms = 1000;
-// The platform is told the same time and should be the first to give up.
+// The platform has the same limit and should be the first to give up.
 constexpr unsigned platform_first_ms = 300;
 
 } // namespace
@@ -63,9 +63,9 @@ Watchdog::~Watchdog()
 
 void Watchdog::give_up_after(unsigned seconds, unsigned milliseconds) const
 {
-    itimerspec wanted{};
-    wanted.it_value = {static_cast<time_t>(seconds), static_cast<long>(milliseconds) * 1'000'000};
-    timerfd_settime(timer_, 0, &wanted, nullptr);
+    itimerspec limit{};
+    limit.it_value = {static_cast<time_t>(seconds), static_cast<long>(milliseconds) * 1'000'000};
+    timerfd_settime(timer_, 0, &limit, nullptr);
 }
 
 void Watchdog::set_under_way(bool under_way)

@@ -1,5 +1,4 @@
-// watchdog.hpp: what ends a run from outside: a signal, or a call that does not
-// come back.
+// watchdog.hpp: ends a run from outside, after a signal or when a call does not return.
 #pragma once
 
 #include <atomic>
@@ -12,11 +11,9 @@
 
 namespace vorcfg {
 
-// While it is in scope, an interrupt, a hang-up or a termination ends no call
-// under way at once: a thread of its own waits for them. A call that does not
-// come back in time, or soon after a signal, is given up: `give_up` tells what
-// is known, with "no answer in time" or "interrupted", and its value ends the
-// process.
+// While it is in scope, a thread waits for interrupt, hang-up and termination, which do not end a call under way at
+// once. A call that does not return in time, or soon after a signal, is given up: `give_up` is called with "no answer
+// in time" or "interrupted" to report it, and the process exits with its value.
 class Watchdog {
 public:
     using GiveUp = std::function<int(const char* why)>;

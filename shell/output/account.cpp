@@ -10,20 +10,20 @@
 
 namespace vorcfg {
 
-int complain(const InputError& complaint, bool json)
+int print_error(const InputError& complaint, bool json)
 {
     std::fflush(stdout);
     vor::print(stderr, json ? json_of(complaint) : text_of(complaint));
-    const bool in_file = !complaint.place.file.empty(); // one line per error, unless somebody reads them
+    const bool in_file = !complaint.place.file.empty(); // one line per error, unless it is read at a terminal
     if (!json && !complaint.hint.empty() && (!in_file || isatty(STDERR_FILENO) == 1)) {
         vor::print_line(stderr, fmt::format("hint: {}", complaint.hint));
     }
     return complaint.exit;
 }
 
-std::function<int(const InputError&)> complaining(bool json)
+std::function<int(const InputError&)> error_printer(bool json)
 {
-    return [json](const InputError& complaint) { return complain(complaint, json); };
+    return [json](const InputError& complaint) { return print_error(complaint, json); };
 }
 
 vor::Screen screen_of(const Options& options)
@@ -65,7 +65,7 @@ int Account::finish(const Tally& tally, std::size_t left, bool interrupted)
     errno = 0;
     vor::print(std::ferror(stdout) != 0 ? stderr : stdout, summary_(tally, left));
     error_ = error_ == 0 ? errno : error_;
-    errno = error_; // for whoever reports it in the end
+    errno = error_; // for the caller that reports it
     if (std::ferror(stdout) != 0) {
         return exit_no_output;
     }

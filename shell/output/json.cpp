@@ -73,7 +73,7 @@ Json json_of(const Message& message, const PreparedCall& planned)
     } else if (const auto fields = fields_of(message, *planned.row)) {
         json["fields"] = json_of(*fields);
     }
-    json["delivered"] = message.timed_out ? Json() : Json(message.delivered); // null: nobody knows
+    json["delivered"] = message.timed_out ? Json() : Json(message.delivered); // null: not known
     json.add("answer_id", message.answer_id);
     json.add("answer_status", message.answer_status);
     json.add("answer", message.answer);

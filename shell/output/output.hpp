@@ -53,8 +53,8 @@ std::string json_of(const Row& row);
 std::string checked_json(const std::string& name, std::size_t calls);
 
 // Prints an error on standard error; its exit code.
-int complain(const InputError& complaint, bool json);
-std::function<int(const InputError&)> complaining(bool json);
+int print_error(const InputError& complaint, bool json);
+std::function<int(const InputError&)> error_printer(bool json);
 
 // A run reported on standard output.
 class Account final : public Reporter {

@@ -16,7 +16,7 @@ std::string place_of(const PreparedCall& planned)
     return at.file.empty() ? "" : fmt::format("{}:{}: ", vor::printable(at.file), at.line);
 }
 
-// What is known besides the verdict.
+// Besides the verdict.
 std::vector<std::string> notes_of(const PreparedCall& planned, const CallResult& report)
 {
     std::vector<std::string> notes;
@@ -26,7 +26,7 @@ std::vector<std::string> notes_of(const PreparedCall& planned, const CallResult&
     for (const Message& message : report.seen.messages) {
         if (report.verdict.outcome == Outcome::dry_run) {
             notes.push_back("would send: " + described(message, *planned.row, planned.values));
-        } else if (planned.row->read != nullptr) { // nobody knows its command by heart
+        } else if (planned.row->read != nullptr) { // its command is not obvious
             notes.push_back("command: " + vor::printable(without_secrets(message.command, planned.values)));
         }
     }
@@ -85,7 +85,7 @@ std::string row_of(const PreparedCall& planned, const CallResult& report, const 
     constexpr std::string_view indentation = "      ";
     vor::Cells cells = cells_of(planned.place.line, report.verdict, name_of(key_of(planned)));
     std::vector<std::string> notes = notes_of(planned, report);
-    if (report.verdict.outcome == Outcome::dry_run) { // the messages are what it is for
+    if (report.verdict.outcome == Outcome::dry_run) { // which is about the messages
         cells.back() = {vor::joined(std::exchange(notes, {}), "; ")};
     }
     std::string text = table.text_of(cells);
@@ -103,7 +103,7 @@ std::string text_of(const InputError& complaint)
                                           complaint.place.column, complaint.text)) +
                '\n';
     }
-    const bool named = !complaint.call.empty() && complaint.excerpt.empty(); // which shows the call
+    const bool named = !complaint.call.empty() && complaint.excerpt.empty(); // an excerpt shows the call
     const std::string call = named ? complaint.call + ": " : "";
     return vor::printable(fmt::format("vorcfg: {}{}", call, complaint.text)) + '\n' + complaint.excerpt;
 }

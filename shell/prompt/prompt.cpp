@@ -83,7 +83,7 @@ std::optional<int> run_line(const std::string& line, std::size_t number, const O
         if (!at_terminal() && complaint.place.file.empty()) {
             complaint.place = {"standard input", number, column_of(complaint, options.words, line)};
         }
-        return complain(complaint, json);
+        return print_error(complaint, json);
     }
 }
 

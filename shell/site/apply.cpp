@@ -85,7 +85,7 @@ public:
             }
             planner_.add(planned);
         };
-        return check(batch_, each, complaining(options_.json));
+        return check(batch_, each, error_printer(options_.json));
     }
 
     int show()
@@ -94,7 +94,7 @@ public:
         journal.check_gateway(options_.gateway);
         const Plan plan = planned_against(journal);
         if (journal.history().pending()) {
-            complain(pending_error(journal), false);
+            print_error(pending_error(journal), false);
         }
         vor::print(stdout, shown(plan));
         return plan.tally().due != 0 ? exit_due : exit_ok;
@@ -190,7 +190,7 @@ private:
             .after = [&](const PreparedCall& planned, const CallResult& report) { journal.end(planned, report); },
             .hang_up_ends = !options_.confirm};
         if (options_.confirm) {
-            hooks.given_up = [&] { complain(pending_error(journal), false); };
+            hooks.given_up = [&] { print_error(pending_error(journal), false); };
         }
         Account account(options_, to_.screen, summary);
         for (const PlanLine& line : plan.lines) {
@@ -206,7 +206,7 @@ private:
                 more = planned && runner.make(*planned);
             }
         } catch (const InputError& complaint) { // a full disk, above all
-            exit = complain(complaint, options_.json);
+            exit = print_error(complaint, options_.json);
         }
         journal.sync();
         return std::max(exit, runner.finish());

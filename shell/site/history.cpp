@@ -22,7 +22,7 @@ bool can_be_reverted(const CallKey& key, const Entry* before)
 
 namespace {
 
-[[noreturn]] void complain_not_begun(std::uint64_t number)
+[[noreturn]] void fail_not_begun(std::uint64_t number)
 {
     throw InputError{fmt::format("call {} has not begun", number)};
 }
@@ -41,7 +41,7 @@ void History::add(const CallBegun& record)
     }
     for (const auto& before : {record.replaces, record.takes_back}) {
         if (before && (*before == 0 || *before >= record.number)) {
-            complain_not_begun(*before);
+            fail_not_begun(*before);
         }
     }
     note(entries_.emplace_back(Entry{record, {}}));
@@ -50,7 +50,7 @@ void History::add(const CallBegun& record)
 void History::add(const CallEnded& record)
 {
     if (record.number != entries_.size() || record.number == 0 || entries_.back().ended.number != 0) {
-        complain_not_begun(record.number);
+        fail_not_begun(record.number);
     }
     entries_.back().ended = record;
     note(entries_.back());

@@ -19,7 +19,7 @@ struct Entry {
     bool is_sent() const; // one-way, or its verdict is never read
 };
 
-// Neither an act nor what has a secret can be made as it was before.
+// Not an act, nor where a secret would have to be sent again.
 bool can_be_reverted(const CallKey& key, const Entry* before);
 
 // What is known of one subject.
@@ -34,7 +34,7 @@ struct Known {
 
 class History {
 public:
-    // Throws a InputError about a record that does not follow from those before it.
+    // Throws an InputError about a record that does not follow from those before it.
     void take(const Record& record);
 
     const Known& of(const Subject& subject) const;

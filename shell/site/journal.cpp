@@ -17,7 +17,7 @@ namespace vorcfg {
 
 namespace {
 
-[[noreturn]] void complain(const std::string& path, std::string_view why)
+[[noreturn]] void fail(const std::string& path, std::string_view why)
 {
     throw InputError{fmt::format("{}: {}", path, why), exit_journal};
 }
@@ -53,7 +53,7 @@ try {
     return journal;
 } catch (const vor::FileError& error) {
     if (error.error != ENOENT) {
-        complain(path, error.what());
+        fail(path, error.what());
     }
     return Journal(path);
 }
@@ -64,7 +64,7 @@ try {
     journal.file_ = vor::JsonLines(path, O_RDWR | O_APPEND | flags);
     const int file = journal.file_.descriptor();
     if (flock(file, LOCK_EX | LOCK_NB) != 0) {
-        complain(path, errno == EWOULDBLOCK ? "in use by another vorcfg" : std::strerror(errno));
+        fail(path, errno == EWOULDBLOCK ? "in use by another vorcfg" : std::strerror(errno));
     }
     if (fchmod(file, 0600) != 0) {
         throw vor::FileError(errno);
@@ -79,14 +79,14 @@ try {
     }
     return journal;
 } catch (const vor::FileError& error) {
-    complain(path, error.what());
+    fail(path, error.what());
 }
 
-void Journal::check_gateway(const std::string& wanted) const
+void Journal::check_gateway(const std::string& gateway) const
 {
     const std::string& known = history_.gateway();
-    if (!wanted.empty() && !known.empty() && known != wanted) {
-        complain(path_, fmt::format("belongs to gateway {}, not {}", vor::quoted(known), vor::quoted(wanted)));
+    if (!gateway.empty() && !known.empty() && known != gateway) {
+        fail(path_, fmt::format("belongs to gateway {}, not {}", vor::quoted(known), vor::quoted(gateway)));
     }
 }
 
@@ -111,9 +111,9 @@ void Journal::load(bool repair)
             if (is_first) {
                 not_a_journal(path_);
             }
-            complain(path_, fmt::format("line {} is not a valid record", number));
+            fail(path_, fmt::format("line {} is not a valid record", number));
         } catch (const InputError& complaint) {
-            complain(path_, fmt::format("line {}: {}", number, complaint.text));
+            fail(path_, fmt::format("line {}: {}", number, complaint.text));
         }
     }
 }
@@ -123,7 +123,7 @@ try {
     file_.append(text_of(record), on_disk);
     history_.take(record);
 } catch (const vor::FileError& error) {
-    complain(path_, error.what());
+    fail(path_, error.what());
 }
 
 void Journal::begin(const PreparedCall& planned, const Entry* takes_back)

@@ -12,7 +12,7 @@
 
 namespace vorcfg {
 
-// All of these throw a InputError where the journal cannot be used.
+// All of these throw an InputError where the journal cannot be used.
 class Journal {
 public:
     // To read only; where there is none, nothing has been accepted. An incomplete line is reported and left there.
@@ -20,7 +20,7 @@ public:
     // To write, locked: an incomplete line is reported and removed; O_CREAT creates the file. A name says whose it is.
     static Journal open(const std::string& path, int flags = 0, const std::string& gateway = {});
 
-    void check_gateway(const std::string& wanted) const; // no name: any
+    void check_gateway(const std::string& gateway) const; // no name: any
 
     const History& history() const { return history_; }
     const std::string& path() const { return path_; }

@@ -246,7 +246,7 @@ int report_decision(const std::string& path, std::uint64_t first)
                                             entry->begun.line, name_of(entry->begun.key), entry->ended.verdict));
     }
     if (journal.history().pending()) {
-        complain(pending_error(journal), false);
+        print_error(pending_error(journal), false);
     } else {
         vor::print_line(stdout, fmt::format("{}: {}", vor::printable(path), undone.empty() ? "confirmed" : "reverted"));
     }
@@ -302,7 +302,7 @@ int wait_for_confirmation(Journal journal, const Options& options)
     case Left::enter:
         return run_confirm(path, options);
     case Left::interrupted:
-        complain(pending_error(Journal::read(path)), false);
+        print_error(pending_error(Journal::read(path)), false);
         return exit_ended;
     default:
         return report_decision(path, first);

@@ -195,7 +195,7 @@ int run_report(const std::string& path, const Options& options)
     }
     const Journal journal = Journal::read(path);
     if (journal.history().pending()) {
-        complain(pending_error(journal), false);
+        print_error(pending_error(journal), false);
     }
     const Sheet sheet = sheet_of(journal);
     if (options.json) {

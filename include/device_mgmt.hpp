@@ -27,7 +27,7 @@ namespace device_mgmt {
 
 enum class Outcome {
     accepted,    ///< by the manager, or done by a call that asks no manager
-    sent,        ///< one-way: handed over, no verdict ever comes
+    sent,        ///< one-way: sent, no verdict will come
     refused,     ///< by the manager; with its status where the call keeps one
     not_sent,    ///< no endpoint, or an argument that the library or this header does not take
     undelivered, ///< the platform refused the exchange or the send

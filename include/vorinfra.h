@@ -2,9 +2,9 @@
  * @file
  * vorinfra.h: the platform library as this library calls it.
  *
- * Declarations only. On the gateway these operations are the platform's own;
- * on a development machine platform/ stands in for them. "Result ignored"
- * tells what the library does with a result, not what the operation promises.
+ * Declarations only. On the gateway the platform provides these functions; on
+ * a development machine platform/ does. "Result ignored" means that the library
+ * ignores the result, whatever the function returns.
  */
 #ifndef VORINFRA_H
 #define VORINFRA_H
@@ -19,7 +19,7 @@ VOR_DECLARATIONS_BEGIN
 #define TLV_CHAIN_CAPACITY 50
 
 typedef struct _tlv_ {
-    vor_uint16 type; /* the tag its receiver knows the field by */
+    vor_uint16 type; /* the tag by which the receiver identifies the field */
     vor_uchar* data;
     vor_uint16 size;
 } TLV;
@@ -38,8 +38,8 @@ VOR_LAYOUT(offsetof(TLV_CHAIN, object) == 0);
 VOR_LAYOUT(offsetof(TLV_CHAIN, used) == 150 * sizeof(void*));
 VOR_LAYOUT(offsetof(TLV_CHAIN, total_sz) == 150 * sizeof(void*) + 2);
 
-/* All results ignored. The strings and bytes added must stay until the chain
- * is serialized. */
+/* All results ignored. The strings and bytes added must remain valid until the
+ * chain is serialized. */
 vor_int32 vor_tlv_chain_init(TLV_CHAIN* chain);
 vor_int32 vor_tlv_chain_add_str(TLV_CHAIN* chain, vor_uint16 tag, char* string);
 vor_int32 vor_tlv_chain_add_vor_int16(TLV_CHAIN* chain, vor_uint16 tag, vor_int16 value);
@@ -54,7 +54,7 @@ vor_int32 vor_tlv_chain_free(TLV_CHAIN* chain, vor_uchar flag);
 typedef struct _vor_ipc_handle_ {
     vor_uint16 sap_id; /* the SAP this process is bound to */
     vor_uint32 bind_option;
-    void* context; /* the platform's */
+    void* context; /* for the platform */
 } VOR_IPC_HANDLE;
 VOR_LAYOUT(sizeof(VOR_IPC_HANDLE) == sizeof(void*) + 8);
 VOR_LAYOUT(offsetof(VOR_IPC_HANDLE, sap_id) == 0);
@@ -96,7 +96,7 @@ vor_bool vor_ipc_unbind(VOR_IPC_HANDLE* handle);
 /* 0: a buffer was taken and the reference filled. */
 vor_int32 vor_ipc_get_buffer(VOR_IPC_MSG_REF* message);
 void* vor_ipc_get_meta_data_ptr(VOR_IPC_MSG_REF* message);
-/* The address `offset` bytes into the data behind the header. A request with
+/* The address `offset` bytes into the data after the header. A request with
  * the one-byte meta-data area asks for 1, every other for 0. */
 void* vor_ipc_get_payload_ptr(VOR_IPC_MSG_REF* message, vor_uint16 offset);
 void vor_ipc_drop_msg_buf(VOR_IPC_MSG_REF* message);
@@ -106,7 +106,7 @@ void vor_ipc_drop_msg_buf(VOR_IPC_MSG_REF* message);
 vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 message_id,
                                    VOR_IPC_MSG_REF* request, VOR_IPC_MSG_REF* response, vor_uint16 payload_length,
                                    vor_uint16 zero);
-/* 0: handed over, whether or not anybody serves the SAP; no answer follows. */
+/* 0: sent, whether or not anybody serves the SAP; no answer follows. */
 vor_int32 vor_ipc_send(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 message_id, VOR_IPC_MSG_REF* message,
                        vor_uint16 payload_length, vor_uint16 zero);
 vor_int32 vor_ipc_debug(VOR_IPC_HANDLE* handle, vor_uint16 module_number); /* result ignored */

@@ -220,9 +220,8 @@ constexpr Command table[] = {
      over_file<run_batch>},
     {set_up, "check", "check FILE", "validate a file; needs no gateway", "", over_file<run_check>},
     {set_up, "plan", "plan FILE", "list the calls in FILE that the gateway has not accepted yet",
-     "Compares the file with the journal of accepted calls and sends nothing. The exit code is 11 if there are calls "
-     "to "
-     "make. Almost nothing can be read back from a gateway, so its actual settings are not compared.",
+     "Compares the file with the journal of accepted calls and sends nothing. The exit code is 11 if any are left to "
+     "make. The settings of a gateway cannot be read back, so they are not compared.",
      over_file<run_plan>, "[--journal JOURNAL]"},
     {set_up, "apply", "apply FILE", "make the calls that the gateway has not accepted yet",
      "Makes them in the order of the file. The journal gets each call before it is sent and its verdict afterwards, so "

@@ -161,8 +161,8 @@ vor_int32 vor_cfg_sub1g_set_channel(vor_int16 port_num, vor_char* stream_name, v
 /**
  * Read the transceiver's registers. vor_errno is left alone.
  *
- * @param sub1g_reg  receives a pointer to the snapshot, in a buffer that is already handed back: copy it at once, never
- *                   free it. Preset it to null: an answer that is no snapshot leaves it and still returns 0
+ * @param sub1g_reg  receives a pointer to the snapshot, in a buffer that is already released: copy it at once, never
+ *                   free it. Set it to null first: an answer that is not a snapshot leaves it and still returns 0
  * @return 0 answered; -1 for every failure
  */
 vor_int32 vor_cfg_get_reg_values(SUB1G_CONFIG_REG** sub1g_reg);

@@ -48,10 +48,10 @@ typedef uint32_t vor_ip_address; /* IPv4, network byte order */
  * What the calls return, by name. A call's own text says where a code means something else.
  */
 typedef enum vor_code {
-    VOR_CODE_DONE = 0,                 /**< the manager accepted, or a one-way message was handed over */
+    VOR_CODE_DONE = 0,                 /**< the manager accepted, or a one-way message was sent */
     VOR_CODE_REFUSED = -1,             /**< the manager refused (its status is in vor_errno), or no endpoint is bound */
     VOR_CODE_UNDELIVERED = -3,         /**< the platform refused the exchange or the send */
-    VOR_CODE_UNREADABLE = -4,          /**< no message buffer, no room in one, or an answer without a status */
+    VOR_CODE_UNREADABLE = -4,          /**< no message buffer, not enough room in it, or an answer without a status */
     VOR_CODE_LATITUDE = -1001,         /**< latitude not accepted */
     VOR_CODE_LONGITUDE = -1002,        /**< longitude not accepted */
     VOR_CODE_TOO_MANY_SERVERS = -1151, /**< more than four DNS servers */

@@ -104,9 +104,9 @@ std::string day()
 std::string usage_macros(std::string_view name, std::string_view usage)
 {
     std::string macros = name.empty() ? "" : "Cm " + escaped(name);
-    const std::string_view behind = usage.substr(std::min(name.empty() ? 0 : name.size() + 1, usage.size()));
-    if (!behind.empty()) {
-        macros += fmt::format("{}Ar {}", macros.empty() ? "" : " ", argument(behind));
+    const std::string_view operands = usage.substr(std::min(name.empty() ? 0 : name.size() + 1, usage.size()));
+    if (!operands.empty()) {
+        macros += fmt::format("{}Ar {}", macros.empty() ? "" : " ", argument(operands));
     }
     return macros;
 }

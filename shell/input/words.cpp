@@ -120,7 +120,7 @@ std::size_t Variables::expand(std::string_view left, std::size_t column, vor::Wo
     left.remove_prefix(begins.size());
     const std::size_t length = vor::name_length(left);
     if (length == 0 || !left.substr(length).starts_with('}')) {
-        fail("expected ${NAME}; $${ stands for ${ itself", column);
+        fail("expected ${NAME}; write $${ for a literal ${", column);
     }
     const std::string_view name = left.substr(0, length);
     const auto known = known_.find(name);

@@ -4,24 +4,13 @@
 
 #include <fmt/core.h>
 
+#include "record/bytes.hpp"
+#include "text/parse.hpp"
+
 namespace soak {
 namespace {
 
 constexpr std::uint64_t at_once = 1'000'000; // microseconds: much less than an answer is waited for
-
-std::string bytes_of(const std::string& hex)
-{
-    std::string bytes;
-    for (std::size_t at = 0; at + 1 < hex.size(); at += 2) {
-        bytes += static_cast<char>(std::stoi(hex.substr(at, 2), nullptr, 16));
-    }
-    return bytes;
-}
-
-std::uint32_t number(const std::string& text)
-{
-    return static_cast<std::uint32_t>(std::stoul(text, nullptr, 0));
-}
 
 Record record_of(const vor::Json& json)
 {
@@ -35,16 +24,16 @@ Record record_of(const vor::Json& json)
     record.answered = json.value("delivered", true);
     if (record.konfd) {
         record.text = json.value("konfd", "");
-        record.answer = bytes_of(json.value("answer_text", ""));
+        record.answer = vorsim::bytes_of_hex(json.value("answer_text", "")).value();
         return record;
     }
     record.awaited = json.value("awaits", false);
     record.answered = record.answered && json.contains("answer_id");
     record.sap = json.value("sap", std::uint16_t{0});
-    record.id = number(json.at("id").string());
+    record.id = vor::number_in<std::uint32_t>(json.at("id").string()).value();
     if (record.answered) {
-        record.answer_id = number(json.at("answer_id").string());
-        record.answer = bytes_of(json.at("answer_payload").string());
+        record.answer_id = vor::number_in<std::uint32_t>(json.at("answer_id").string()).value();
+        record.answer = vorsim::bytes_of_hex(json.at("answer_payload").string()).value();
     }
     return record;
 }

@@ -84,22 +84,6 @@ TEST(faults, verdict_per_fault)
     EXPECT_EQ(0, gateway.stop(SIGTERM)) << "faults do not fail a strict run";
 }
 
-TEST(faults, refused_messages_change_nothing)
-{
-    const Workplace place;
-    Gateway gateway(place, {"--journal", "journal"});
-    place.run("vorsim fault add 'any: status 7, once'");
-    place.run("vorsim fault add 'gpiomgr: refuse'");
-    EXPECT_EQ(1, place.run(baudrate).exit_code);
-    EXPECT_EQ(0, place.run("vorcfg gpio set-value 5 1").exit_code) << "a one-way message is lost without a word";
-    EXPECT_EQ("1: any: status 7, once (acted on 1 of 1 message, ended)\n"
-              "2: gpiomgr: refuse (acted on 1 of 1 message)\n",
-              place.run("vorsim fault list").text);
-    EXPECT_EQ(std::string::npos, place.run("vorsim show").text.find("vor_cfg"));
-    EXPECT_NE(std::string::npos, processes::contents(place.path() / "journal")
-                                     .find("\"fault\":{\"number\":1,\"rule\":\"any: status 7, once\"}"));
-}
-
 TEST(faults, swapped_waits_for_the_next_answer)
 {
     const Workplace place;
@@ -123,21 +107,6 @@ TEST(managers, slow_one_delays_no_other)
     EXPECT_EQ(0, place.run("vorcfg pcu set-config-enable 1").exit_code);
     EXPECT_EQ(std::future_status::timeout, slow.wait_for(std::chrono::seconds(0)));
     EXPECT_EQ(6, slow.get());
-}
-
-TEST(managers, external_program)
-{
-    const Workplace place;
-    Gateway gateway(place, {"--without", "gpiomgr"});
-    EXPECT_EQ("manager: ready\n"
-              "gpio set-channel-name: accepted by gpiomgr\n"
-              "port 3 is called door\n"
-              "gpio set-direction: refused by gpiomgr: status 3\n",
-              place
-                  .run("mkfifo lines; manager > lines & exec 3< lines; read -r line <&3; echo $line; "
-                       "vorcfg gpio set-channel-name 3 door 1; read -r line <&3; echo $line; "
-                       "vorcfg gpio set-direction 3 1 0; kill $!")
-                  .text);
 }
 
 } // namespace

@@ -58,19 +58,3 @@ public:
 private:
     vorsim::Descriptor socket_;
 };
-
-// A command, its exit code and what it says among other things.
-struct Saying {
-    std::string command;
-    int exit_code;
-    const char* text;
-};
-
-inline void expect_said(const processes::Workplace& place, std::initializer_list<Saying> sayings)
-{
-    for (const Saying& each : sayings) {
-        const processes::Output output = place.run(each.command);
-        EXPECT_EQ(each.exit_code, output.exit_code) << each.command;
-        EXPECT_TRUE(contains(output.text, each.text)) << each.command;
-    }
-}

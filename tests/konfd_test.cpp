@@ -124,39 +124,24 @@ TEST(konfd_query, record_and_path_without_memory)
     EXPECT_EQ(query.command(), R"(18 `-u -r "^a$" ""\0   `)") << "and is rendered as the empty text it is";
 }
 
-TEST(konfd_query, command_without_memory_is_null)
+// Where memory is short for one allocation only, that text is left out; the count stays.
+TEST(konfd_query, command_without_memory)
 {
-    for (int nth = 1;; ++nth) {
-        fake::reset();
-        Query query(1);
-        network(query).priority("1");
-        const int held = fake::live_allocations();
-        fail_allocation(nth);
-        const auto command = query.command(33);
-        EXPECT_EQ(fake::live_allocations(), held);
-        if (!fake::allocation_failed()) {
-            EXPECT_GT(nth, 1) << "nothing was allocated";
-            break;
-        }
-        EXPECT_EQ(command, "null 0") << "failing allocation " << nth;
-    }
-}
-
-// What could not be appended is left out; the count and the memory behind it stay.
-TEST(konfd_query, command_after_passing_shortage_keeps_count)
-{
-    for (int nth = 1;; ++nth) {
-        fake::reset();
-        Query query(1);
-        network(query).priority("1");
-        fail_allocation(nth);
-        fake::script.memory_recovers = true;
-        const auto command = query.command();
-        if (!fake::allocation_failed()) {
-            break;
-        }
-        if (command != "null 0") {
-            EXPECT_EQ(command.substr(0, 4), "56 `") << "failing allocation " << nth;
+    for (const bool recovers : {false, true}) {
+        for (int nth = 1;; ++nth) {
+            fake::reset();
+            Query query(1);
+            network(query).priority("1");
+            const int held = fake::live_allocations();
+            fail_allocation(nth);
+            fake::script.memory_recovers = recovers;
+            const auto command = query.command();
+            EXPECT_EQ(fake::live_allocations(), held);
+            if (!fake::allocation_failed()) {
+                EXPECT_GT(nth, 1) << "nothing was allocated";
+                break;
+            }
+            EXPECT_TRUE(command == "null 0" || (recovers && command.starts_with("56 `"))) << nth << ": " << command;
         }
     }
 }

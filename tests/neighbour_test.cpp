@@ -52,16 +52,6 @@ class Neighbour : public testing::Test {
 protected:
     std::string path(const std::string& name) const { return (place.path() / name).string(); }
 
-    // What a line says and its exit code, as "CODE: text".
-    testing::AssertionResult says(const std::string& command, int code, const std::string& text) const
-    {
-        const Output output = place.run(command);
-        if (output.exit_code == code && output.text.find(text) != std::string::npos) {
-            return testing::AssertionSuccess();
-        }
-        return testing::AssertionFailure() << command << ": exit code " << output.exit_code << ": " << output.text;
-    }
-
     Workplace place;
 };
 
@@ -69,18 +59,14 @@ using Way = std::function<bool(const std::string& path)>;
 
 bool connects(int type, const std::string& path)
 {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    return connect(socket(AF_UNIX, type, 0), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+    const sockaddr_un address = address_of(path);
+    return connect(socket(AF_UNIX, type, 0), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
 }
 
 bool binds(const std::string& path)
 {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    return bind(socket(AF_UNIX, SOCK_DGRAM, 0), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+    const sockaddr_un address = address_of(path);
+    return bind(socket(AF_UNIX, SOCK_DGRAM, 0), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
 }
 
 TEST_F(Neighbour, other_user_has_no_access)
@@ -113,7 +99,7 @@ TEST_F(Neighbour, other_user_has_no_access)
         const int error = error_as_stranger([&way = way, at = path(where)] { return way(at); });
         EXPECT_TRUE(error == EACCES || error == EPERM || error == EBADF) << what << ": " << std::strerror(error);
     }
-    EXPECT_TRUE(says("vorcfg gpio set-direction 3 1 0", 0, "accepted"));
+    expect_said(place, {{"vorcfg gpio set-direction 3 1 0", 0, "accepted"}});
 }
 
 // In a directory that others may write to, where a name points to may be their choice.
@@ -130,21 +116,21 @@ TEST_F(Neighbour, planted_links_are_refused)
         EXPECT_EQ(0, gateway.stop(SIGTERM));
     }
     EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(path("open/state"))));
-    EXPECT_TRUE(says("VORINFRA_DIR=" + path("open/run") + " vorsim", 2, "it is a symbolic link"));
+    expect_said(place, {{"VORINFRA_DIR=" + path("open/run") + " vorsim", 2, "it is a symbolic link"}});
     fs::permissions(path("open"), fs::perms(0700));
-    EXPECT_TRUE(
-        says("VORINFRA_DIR=" + path("open") + " vorcfg --sap 7 gpio set-direction 3 1 0", 7, "is not a socket"));
-    EXPECT_TRUE(says("VORINFRA_DIR=" + path("open") + " vorsim", 2, "exists and is not a socket"));
+    expect_said(place,
+                {{"VORINFRA_DIR=" + path("open") + " vorcfg --sap 7 gpio set-direction 3 1 0", 7, "is not a socket"}});
+    expect_said(place, {{"VORINFRA_DIR=" + path("open") + " vorsim", 2, "exists and is not a socket"}});
     EXPECT_EQ("mine", contents(path("mine")));
 }
 
 TEST_F(Neighbour, full_disk_is_reported)
 {
-    EXPECT_TRUE(says("vorcfg list > /dev/full", 10, "vorcfg: standard output: No space left on device"));
-    EXPECT_TRUE(says("trap '' XFSZ; ulimit -f 0; vorsim --state state", 2, // no file may grow
-                     "cannot write the state state: File too large"));
+    expect_said(place, {{"vorcfg list > /dev/full", 10, "vorcfg: standard output: No space left on device"}});
+    expect_said(place, {{"trap '' XFSZ; ulimit -f 0; vorsim --state state", 2, // no file may grow
+                         "cannot write the state state: File too large"}});
     const Gateway gateway(place, {});
-    EXPECT_TRUE(says("vorsim show > /dev/full", 1, "cannot write to standard output: No space left on device"));
+    expect_said(place, {{"vorsim show > /dev/full", 1, "cannot write to standard output: No space left on device"}});
 }
 
 TEST_F(Neighbour, descriptor_exhaustion_is_reported)
@@ -161,7 +147,7 @@ TEST_F(Neighbour, descriptor_exhaustion_is_reported)
     };
     constexpr int few = 40;
     limit("vorsim", 10);
-    EXPECT_TRUE(says("vorsim", 2, "Too many open files\nvorsim: cannot serve SAP"));
+    expect_said(place, {{"vorsim", 2, "Too many open files\nvorsim: cannot serve SAP"}});
     limit("vorsim", 1000);
     const Gateway gateway(place, {});
     const auto fails_at = [&](int descriptors) {

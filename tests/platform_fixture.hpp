@@ -117,3 +117,19 @@ inline void send_raw(const std::string& path, const std::string& bytes)
               sendto(descriptor, bytes.data(), bytes.size(), 0, reinterpret_cast<const sockaddr*>(&to), sizeof to));
     close(descriptor);
 }
+
+// A command, its exit code and a part of its output.
+struct Printed {
+    std::string command;
+    int exit_code;
+    const char* text;
+};
+
+inline void expect_said(const processes::Workplace& place, std::initializer_list<Printed> all)
+{
+    for (const Printed& each : all) {
+        const processes::Output output = place.run(each.command);
+        EXPECT_EQ(each.exit_code, output.exit_code) << each.command;
+        EXPECT_TRUE(contains(output.text, each.text)) << each.command;
+    }
+}

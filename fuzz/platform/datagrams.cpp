@@ -89,6 +89,7 @@ public:
     vor_int32 exchange(VOR_IPC_MSG_REF& request, VOR_IPC_MSG_REF& response)
     {
         require(vor_ipc_get_buffer(&request) == 0 && vor_ipc_get_buffer(&response) == 0, "there are buffers");
+        std::memset(vor_ipc_get_payload_ptr(&response, 0), 0, 64); // what the buffer held before is not an answer
         return vor_ipc_request_response(client, manager_sap, 1, &request, &response, 0, 0);
     }
 

@@ -1,6 +1,8 @@
-// A site file of any bytes and its variables, planned and made: what was made is not to be made again.
+// A batch or site file of any bytes and its variables: every line is a call that can be made, or an error at its place;
+// what was planned and made is not due again.
 #include <fstream>
 
+#include "call/session.hpp"
 #include "call/verdict.hpp"
 #include "input.hpp"
 #include "output/output.hpp"
@@ -17,10 +19,17 @@ namespace {
 const std::string site_name = "site";
 const std::string journal_name = "journal";
 
-void require_told(const InputError& complaint)
+void require_printable(const std::string& text)
 {
-    require(!complaint.text.empty(), "a complaint says what is wrong");
-    require(vor::Json::read(json_of(complaint)).has_value(), "a complaint is told in JSON");
+    require(std::ranges::none_of(text, [](unsigned char c) { return (c < 0x20 && c != '\n') || c == 0x7f; }),
+            "no control character is printed");
+}
+
+void require_reported(const InputError& error)
+{
+    require(!error.text.empty(), "an error says what is wrong");
+    require_printable(text_of(error));
+    require(vor::Json::read(json_of(error)).has_value(), "an error can be reported in JSON");
 }
 
 // No secret of this machine's files, and nobody is asked.
@@ -37,33 +46,43 @@ Variables variables_of(const std::string& path, Input& input)
     for (int given = input.byte() % 3; given > 0; --given) {
         try {
             variables.set(harmless(input.text()));
-        } catch (const InputError& complaint) {
-            require_told(complaint);
+        } catch (const InputError& error) {
+            require_reported(error);
         }
     }
     const std::string file = harmless(input.text());
     std::ofstream(path, std::ios::binary) << file;
     try {
         variables.read(path);
-    } catch (const InputError& complaint) {
-        require(complaint.place.line > 0 && complaint.place.column > 0, "a variable has its place");
-        require_told(complaint);
+    } catch (const InputError& error) {
+        require(error.place.line > 0 && error.place.column > 0, "a variable has its place");
+        require_reported(error);
     }
     return variables;
 }
 
-std::vector<PreparedCall> calls_in(Batch& batch)
+std::vector<PreparedCall> calls_in(Batch& batch, std::size_t lines)
 {
     std::vector<PreparedCall> calls;
+    std::size_t line = 0;
+    const auto require_next = [&](const Place& place) {
+        require(place.line > line && place.line <= lines && place.column > 0, "lines are read in order, each once");
+        line = place.line;
+    };
     for (;;) {
         try {
-            auto planned = batch.next();
-            if (!planned) {
+            auto call = batch.next();
+            if (!call) {
                 return calls;
             }
-            calls.push_back(std::move(*planned));
-        } catch (const InputError& complaint) {
-            require_told(complaint);
+            require_next(call->place);
+            calls.push_back(*call);
+            const CallResult result = Session({.capture = true}, std::nullopt).make(*call);
+            require_printable(text_of(*call, result));
+            require(vor::Json::read(json_of(*call, result)).has_value(), "a call can be reported in JSON");
+        } catch (const InputError& error) {
+            require_next(error.place);
+            require_reported(error);
         }
     }
 }
@@ -89,14 +108,11 @@ void make(const Plan& plan, History& history)
     }
 }
 
-void require_shown_plan(const Plan& plan)
+void require_printable_plan(const Plan& plan)
 {
     for (const bool json : {false, true}) {
         const Shown shown{site_name, journal_name, json};
-        for (const char character : lines_of(plan, shown) + summary_of(plan, shown) + warnings_of(plan, shown)) {
-            require(character == '\n' || (static_cast<unsigned char>(character) >= 0x20 && character != 0x7f),
-                    "no control character is shown");
-        }
+        require_printable(lines_of(plan, shown) + summary_of(plan, shown) + warnings_of(plan, shown));
     }
 }
 
@@ -110,16 +126,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Bytes rest = input.take(size);
     const std::string text = harmless({rest.begin(), rest.end()});
     Batch batch(text, site_name, {.literals = true, .standard_input = false}, std::move(variables));
-    const std::vector<PreparedCall> calls = calls_in(batch);
+    const std::vector<PreparedCall> calls =
+        calls_in(batch, static_cast<std::size_t>(std::ranges::count(text, '\n')) + 1);
     batch.unused_variables();
 
     History history;
     const Plan fresh = plan_of(calls, history);
-    require_shown_plan(fresh);
+    require_printable_plan(fresh);
     require(fresh.tally().due + fresh.asking <= calls.size(), "a line is one call");
     make(fresh, history);
     const Plan again = plan_of(calls, history);
-    require_shown_plan(again);
-    require(again.tally().due == 0, "what was accepted is not to be made again");
+    require_printable_plan(again);
+    require(again.tally().due == 0, "what was accepted is not due again");
     return 0;
 }

@@ -24,7 +24,7 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-constexpr Handler rows[] = {
+constexpr Handler handler_rows[] = {
     {"watch", "[--json] [--ids] [--color WHEN] [FILTER]...", "print messages as they arrive", watch, true},
     {"decode", "[--json] [--bytes] [--ids] [--color WHEN] [FILTER]... FILE", "print a journal", decode, false},
     {"replay", "[--state FILE] FILE", "send a journal's requests again, compare the answers", replay, false},
@@ -69,7 +69,7 @@ int pass_on(const CommandRow& row, const Arguments& arguments)
 [[noreturn]] void refuse_command(const std::string& name)
 {
     std::set<std::string> names;
-    for (const Handler& row : rows) {
+    for (const Handler& row : handler_rows) {
         names.emplace(row.name);
     }
     for (const CommandRow& row : command_rows()) {
@@ -113,7 +113,7 @@ int watch(const Arguments& arguments)
 
 std::span<const Handler> handlers()
 {
-    return rows;
+    return handler_rows;
 }
 
 std::optional<std::string> contents(const std::string& path)
@@ -136,8 +136,8 @@ std::optional<int> run(const Arguments& arguments)
     if (arguments.empty()) {
         return {};
     }
-    const auto* const own = std::ranges::find(rows, arguments.front(), &Handler::name);
-    if (own != std::end(rows)) {
+    const auto* const own = std::ranges::find(handler_rows, arguments.front(), &Handler::name);
+    if (own != std::end(handler_rows)) {
         return own->run({arguments.begin() + 1, arguments.end()});
     }
     const CommandRow* const row = command_named(arguments.front());

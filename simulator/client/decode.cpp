@@ -33,7 +33,7 @@ std::string bytes(const Record& record)
     return text;
 }
 
-constexpr vor::OptionOf<LineOptions> options[] = {{{"--bytes", "", ""}, vor::taken_as<&LineOptions::bytes>}};
+constexpr vor::OptionOf<LineOptions> decode_options[] = {{{"--bytes", "", ""}, vor::taken_as<&LineOptions::bytes>}};
 
 } // namespace
 
@@ -43,7 +43,7 @@ int decode(const std::vector<std::string>& arguments)
     LineOptions how;
     std::string path;
     for (vor::Operands operands(arguments); !operands.empty();) {
-        if (!operands.take_option(options, how) && !operands.take_option(line_options, how) &&
+        if (!operands.take_option(decode_options, how) && !operands.take_option(line_options, how) &&
             !operands.take_option(filter_options, filter)) {
             if (!path.empty()) {
                 operands.end();

@@ -299,7 +299,7 @@ void compare_held(Replay& replay, const Json* was, const Json* is, const std::st
 struct Compared {
     std::string state; // empty: none
 };
-constexpr vor::OptionOf<Compared> options[] = {{{"--state", "FILE", ""}, vor::taken_as<&Compared::state>}};
+constexpr vor::OptionOf<Compared> replay_options[] = {{{"--state", "FILE", ""}, vor::taken_as<&Compared::state>}};
 
 } // namespace
 
@@ -307,7 +307,7 @@ int replay(const std::vector<std::string>& arguments)
 {
     Compared compared;
     vor::Operands operands(arguments);
-    operands.take_option(options, compared);
+    operands.take_option(replay_options, compared);
     const std::string path = operands.take("FILE");
     operands.end();
     const std::string& state = compared.state;

@@ -40,7 +40,7 @@ void take_delay(Options& options, std::string_view text)
 using vor::taken_as;
 using Text = std::string_view;
 
-constexpr vor::OptionOf<Options> rows[] = {
+constexpr vor::OptionOf<Options> gateway_options[] = {
     {{"--sap", "N", "serve one more SAP, for an application (repeatable)"},
      [](Options& options, Text value) { options.more_saps.push_back(number_of<std::uint16_t>("--sap", value)); }},
     {{"--without", "MANAGER", "leave a manager to another program (repeatable)"},
@@ -67,7 +67,7 @@ constexpr vor::OptionOf<Options> rows[] = {
 
 std::span<const vor::OptionOf<Options>> option_rows()
 {
-    return rows;
+    return gateway_options;
 }
 
 std::uint16_t manager_of(std::string_view option, std::string_view name)
@@ -91,7 +91,7 @@ Options read_options(const std::vector<std::string>& arguments)
 {
     Options options;
     for (vor::Operands operands(arguments); !operands.empty();) {
-        if (!operands.take_option(rows, options)) {
+        if (!operands.take_option(gateway_options, options)) {
             operands.refuse();
         }
     }

@@ -1,5 +1,5 @@
-// Fault rules of any text, a line each: what is read, what it says of itself, and what it does to a message and to an
-// answer of konfd.
+// Fault rules of any text, one per line: how they are parsed and listed, and what they do to a message or an answer of
+// konfd.
 #include <array>
 
 #include "faults/faults.hpp"
@@ -24,8 +24,8 @@ void disturb_a_message(const DueRule& due)
     const Delivery delivery = disturb(decision, due);
     require(decision.answer.size() <= sizeof status, "no answer grows");
     require(delivery.wait >= Milliseconds(0), "no answer comes before its request");
-    require_shown(decision.record.line);
-    require_shown(json_line(decision.record));
+    require_printable(decision.record.line);
+    require_printable(json_line(decision.record));
 }
 
 void disturb_konfd(const DueRule& due)
@@ -33,11 +33,11 @@ void disturb_konfd(const DueRule& due)
     konfd::Reply reply;
     reply.answer = "-o\n";
     disturb(reply, due);
-    require_shown(reply.record.line);
-    require_shown(json_line(reply.record));
+    require_printable(reply.record.line);
+    require_printable(json_line(reply.record));
 }
 
-// Of as many messages as it can count, none is disturbed twice, and no more than its end allows.
+// No message is disturbed twice, and no more messages than the rule allows.
 void check_rule(const Rule& rule)
 {
     constexpr int messages = 8;
@@ -56,7 +56,7 @@ void check_rule(const Rule& rule)
     for (int message = 0; message < messages; ++message) {
         if (const auto due = plan.due(subject, now)) {
             ++acted;
-            require_shown(due->text());
+            require_printable(due->text());
             konfd ? disturb_konfd(*due) : disturb_a_message(*due);
         }
     }
@@ -65,7 +65,7 @@ void check_rule(const Rule& rule)
     std::string text = plan.text(now);
     require(!text.empty() && text.back() == '\n', "a rule is listed");
     text.pop_back();
-    require_shown(text);
+    require_printable(text);
 }
 
 } // namespace
@@ -79,11 +79,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         try {
             const Rule rule = parse_rule(line);
             check_rule(rule);
-            require(parse_rule(rule.text).text == rule.text, "a rule reads as it is listed");
-        } catch (const vorsim::faults::RuleError& complaint) {
-            require(complaint.column >= 1 && complaint.column <= line.size() + 1, "a complaint has its column");
-            require(complaint.what()[0] != '\0', "a complaint says what is wrong");
-            require_shown(complaint.what());
+            require(parse_rule(rule.text).text == rule.text, "a rule can be read as it is listed");
+        } catch (const vorsim::faults::RuleError& error) {
+            require(error.column >= 1 && error.column <= line.size() + 1, "an error has its column");
+            require(error.what()[0] != '\0', "an error says what is wrong");
+            require_printable(error.what());
         }
     }
     return 0;

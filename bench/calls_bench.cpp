@@ -67,7 +67,7 @@ private:
     std::string path_ = "/tmp/vor-bench-XXXXXX";
 };
 
-// A child that answers until it is ended; it has bound its socket once this stands.
+// A child that answers until it is ended; its socket is bound when this returns.
 class Answerer {
 public:
     template <class Bind, class Serve>

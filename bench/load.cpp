@@ -34,7 +34,7 @@ int main(int argc, char** argv)
     const int clients = argc == 3 ? std::atoi(argv[1]) : 0;
     const long calls = argc == 3 ? std::atol(argv[2]) : 0;
     if (clients < 1 || calls < 1) {
-        std::fputs("wanted: load CLIENTS CALLS\n", stderr);
+        std::fputs("usage: load CLIENTS CALLS\n", stderr);
         return 2;
     }
     const auto start = std::chrono::steady_clock::now();

@@ -49,7 +49,7 @@ int main(int count, char** words)
 {
     const int rounds = count > 3 ? atoi(words[1]) : 0;
     if (rounds <= 0) {
-        fputs("wanted: start ROUNDS PROGRAM COMMAND...\n", stderr);
+        fputs("usage: start ROUNDS PROGRAM COMMAND...\n", stderr);
         return 2;
     }
     double* const taken[] = {calloc((size_t)rounds, sizeof(double)), calloc((size_t)rounds, sizeof(double))};

@@ -1,4 +1,4 @@
-// Runs a fuzzer over the files of directories, where libFuzzer is not to be had.
+// Runs a fuzzer over the files of directories, where libFuzzer is not available.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>

@@ -1,4 +1,4 @@
-// input.hpp: a fuzzer's bytes, taken from the front, and what must hold of what comes of them.
+// input.hpp: takes a fuzzer's bytes from the front, and aborts where a requirement does not hold.
 #pragma once
 
 #include <algorithm>
@@ -28,7 +28,7 @@ public:
         return taken;
     }
 
-    // What is missing of it is zero.
+    // Missing bytes are zero.
     template <class Plain>
     Plain value()
     {
@@ -39,7 +39,7 @@ public:
     }
     std::uint8_t byte() { return value<std::uint8_t>(); }
 
-    // As long as its first byte says.
+    // Its length is in its first byte.
     std::string text()
     {
         const Bytes bytes = take(byte());
@@ -58,11 +58,11 @@ inline void require(bool holds, const char* what)
     }
 }
 
-// One line that may stand on a terminal.
-inline void require_shown(std::string_view line)
+// One line that is safe to print on a terminal.
+inline void require_printable(std::string_view line)
 {
     require(std::ranges::none_of(line, [](unsigned char c) { return c < 0x20 || c == 0x7f; }),
-            "no control character is shown");
+            "no control character is printed");
 }
 
 } // namespace fuzz

@@ -1,6 +1,6 @@
 # shellcheck shell=sh
-# Sourced: installs what a bare Debian lacks, and touches no network when nothing is missing.
-# Also gives the script $place, a directory of its own that is gone when the script ends.
+# Sourced: installs missing packages, and uses the network only if some are missing. Also creates $place, a directory that is
+# removed when the script ends.
 
 place=$(mktemp -d) || exit 1
 trap 'rm -rf "$place"' EXIT
@@ -25,19 +25,19 @@ as_root() {
     elif command -v sudo >/dev/null 2>&1; then
         sudo "$@"
     else
-        echo "neither root nor sudo: cannot run $*" >&2
+        echo "cannot run $*: not root, and sudo is missing" >&2
         return 1
     fi
 }
 
-# Installs what is missing of the packages; names what could not be had and fails then.
+# Installs missing packages; if some cannot be installed, names them and fails.
 ensure_packages() { # package:probe...
     missing=$(missing_of "$@")
     [ -n "$missing" ] || return 0
     echo "installing: $missing"
     {
         as_root apt-get update
-        # one by one, so that one that cannot be had does not keep the others away
+        # one by one, so that one failure does not affect the others
         for package in $missing; do
             as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$package"
         done
@@ -50,7 +50,7 @@ ensure_packages() { # package:probe...
     [ -z "$missing" ]
 }
 
-# What each step needs, and what tells that it is there: a command or a file.
+# The packages that each step needs, each with the command or file that shows that it is installed.
 ensure_build_packages() {
     ensure_packages cmake:cmake ninja-build:ninja g++:g++ nlohmann-json3-dev:/usr/include/nlohmann/json.hpp \
         libgtest-dev:/usr/include/gtest/gtest.h libfmt-dev:/usr/include/fmt/format.h \
@@ -61,7 +61,7 @@ ensure_arm_packages() {
     ensure_packages g++-arm-linux-gnueabihf:arm-linux-gnueabihf-g++ googletest:/usr/src/googletest/CMakeLists.txt
 }
 
-# The versions whose layout and checks the tree is held to.
+# The versions that define the layout and the checks.
 ensure_lint_packages() {
     ensure_packages clang-format-14:clang-format-14 clang-tidy-14:clang-tidy-14
 }
@@ -74,7 +74,7 @@ ensure_fuzz_packages() {
     ensure_packages clang:clang++ libclang-rt-14-dev:/usr/lib/llvm-14/lib/clang/14.0.6/include/fuzzer
 }
 
-# Without one of these the tests that need it are left out.
+# Tests that need one of these are left out without it.
 ensure_optional_packages() {
     ensure_packages zsh:zsh mandoc:mandoc libedit-dev:/usr/include/histedit.h chromium:chromium
 }

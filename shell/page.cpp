@@ -1,5 +1,5 @@
 // vorcfg-page HEADER: prints a reference page, docs/calls/HEADER.md, from the rows, the header, and the examples, which
-// it makes on the running gateway: a developers' tool, not installed.
+// it makes on the running gateway: a developers' tool, not installed (scripts/regenerate runs it through shell_test).
 #include <algorithm>
 #include <cstdio>
 #include <string>

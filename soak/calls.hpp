@@ -1,4 +1,4 @@
-// calls.hpp: the calls that are made, and what each must come to.
+// calls.hpp: the calls that are made, and the expected outcome of each.
 #pragma once
 
 #include <functional>
@@ -22,21 +22,21 @@ struct Outcome {
     std::string text() const;
 };
 
-// A call as it was made, and what the gateway wrote down about it.
+// A call as it was made, and the gateway's records of it.
 struct Made {
     bool endpoint = true;
     bool overdue = false;             // it took as long as an answer is waited for
-    const Records* records = nullptr; // null: the gateway died meanwhile
+    const Records* records = nullptr; // null: the gateway was killed during the call
 };
 
 struct Call {
     std::string name;
     std::function<std::string(const std::string& tag)> make; // the tag marks the texts that konfd is sent
-    // All that it may come to: one outcome, or two where the clock decides.
+    // The outcomes it may have: one, or two where the clock decides.
     std::function<std::vector<Outcome>(const Made& made)> expected;
 };
 
-// Every call with what it is given.
+// Every call with its arguments.
 std::vector<Call> all_calls();
 
 inline constexpr vor_int32 errno_before = 55;

@@ -25,7 +25,7 @@ constexpr std::uint16_t first_sap = 200;
 constexpr std::uint64_t calls_of_endpoint = 300;
 constexpr std::uint64_t calls_of_life = 1000;
 
-// Ends this process as nobody can prevent, some time soon.
+// Kills this process after a while.
 void die_soon(std::uint64_t nanoseconds)
 {
     sigevent event{};
@@ -83,11 +83,11 @@ private:
     {
         vor_cfg_remove_ipc_endpoint();
         require(vorinfra_buffers_taken() == 0, "an endpoint that is gone keeps buffers");
-        require(vor_cfg_create_ipc_endpoint(sap_) == 0, "no endpoint can be had");
+        require(vor_cfg_create_ipc_endpoint(sap_) == 0, "no endpoint is available");
         handle_ = vor_cfg_get_ipc_endpoint();
     }
 
-    // What has been written down up to now; nothing when the gateway died meanwhile.
+    // The records up to now; none if the gateway was killed.
     std::optional<Records> records()
     {
         VOR_IPC_MSG_REF mark;
@@ -109,7 +109,7 @@ private:
         return {};
     }
 
-    // Follows the gateway that runs now, from behind what it was told already.
+    // Follows the current gateway, from the end of what its journal has already.
     void follow()
     {
         do {
@@ -140,7 +140,7 @@ private:
             ++tally_.undecided;
             return;
         }
-        // what an earlier call left to konfd may be done only now
+        // konfd may execute an earlier call's command only now
         std::erase_if(*written, [&](const Record& one) { return one.konfd && one.text.find(tag) == tag.npos; });
         count(*written);
         const auto expected =
@@ -160,10 +160,10 @@ private:
     void fail(const Call& call, const Outcome& seen, const std::vector<Outcome>& expected, const Records& written,
               std::int64_t took)
     {
-        std::vector<std::string> wanted;
-        std::ranges::transform(expected, std::back_inserter(wanted), &Outcome::text);
-        failed_ = fmt::format("call {}, {}, after {} ms\n  came to:  {}\n  expected: {}", made_, call.name, took,
-                              seen.text(), fmt::join(wanted, "\n        or: "));
+        std::vector<std::string> outcomes;
+        std::ranges::transform(expected, std::back_inserter(outcomes), &Outcome::text);
+        failed_ = fmt::format("call {}, {}, after {} ms\n  got:      {}\n  expected: {}", made_, call.name, took,
+                              seen.text(), fmt::join(outcomes, "\n        or: "));
         for (const Record& record : written) {
             failed_ += fmt::format("\n  {}", record.line);
         }

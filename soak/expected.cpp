@@ -7,7 +7,7 @@
 namespace soak {
 namespace {
 
-// The columns of strips.hpp that can befall a call here.
+// The columns of strips.hpp that can occur here.
 enum Column : std::size_t {
     no_endpoint = 0,
     no_answer = 5,
@@ -20,7 +20,7 @@ enum Column : std::size_t {
     status_0 = 12,
 };
 
-constexpr int not_sent = 0xa5; // what the platform puts behind an answer's end
+constexpr int not_sent = 0xa5; // what the platform writes after an answer
 
 class Strip {
 public:
@@ -89,7 +89,7 @@ std::vector<Outcome> expected_of(const ::Row& row, const Made& made)
             all.push_back(strip.outcome(no_answer));
         }
     }
-    if (made.overdue) { // a manager had no room for what is sent one-way
+    if (made.overdue) { // a manager's queue was full for a one-way message
         all.push_back(strip.outcome(send_refused));
     }
     return all;

@@ -1,4 +1,4 @@
-// expected.hpp: what a call of a manager must come to, from its row's strip and what the gateway did.
+// expected.hpp: the outcome that a call of a manager must have, from its row's strip and the gateway's records.
 #pragma once
 
 #include <vector>

@@ -1,4 +1,4 @@
-// record.hpp: what the gateway wrote down about one client's messages, from its journal.
+// record.hpp: one client's messages, from the gateway's journal.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +20,7 @@ struct Record {
     std::uint32_t id = 0;
     std::uint32_t answer_id = 0;
     std::string answer; // its bytes
-    std::string text;   // what konfd was told
+    std::string text;   // the command to konfd
     std::string line;   // as the gateway printed it
 };
 

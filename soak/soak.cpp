@@ -1,5 +1,5 @@
 // soak [MINUTES [SEED]]: all calls at random, by several clients at once, against a gateway with faults. Clients are
-// killed in the midst of calls and gateways in the midst of everything, and begin anew.
+// killed during calls, gateways at any time, and both are restarted.
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -35,7 +35,7 @@ using std::chrono::milliseconds;
 constexpr milliseconds gateway_lives{7000};
 constexpr milliseconds grace{60'000}; // for the clients, at the end
 
-// `*_*` leaves alone what was complained about, and with it the marks.
+// `*_*` excludes messages that vorsim complained about, and so the marks.
 constexpr const char* rules[] = {
     "any *_* chance 0.15%: never",
     "any *_* chance 0.15%: late 2s",
@@ -56,7 +56,8 @@ constexpr const char* rules[] = {
     "konfd chance 5%: answer \"-o and more\"",
     "konfd chance 5%: answer \"+o\"",
 };
-constexpr int statuses = 40; // more, each with a number of its own: an answer that goes astray is told by it
+constexpr int statuses =
+    40; // further rules, each with its own status, which shows an answer that reaches the wrong call
 
 void write_rules(const std::string& file)
 {
@@ -121,7 +122,7 @@ public:
         if (const int status = end_gateway(SIGTERM); status != 0 && failed_.empty()) {
             fail("the gateway", status, file("gateway"));
         }
-        tell();
+        print_summary();
         return failed_.empty();
     }
 
@@ -198,7 +199,7 @@ private:
         }
     }
 
-    void tell() const
+    void print_summary() const
     {
         std::array<std::uint64_t, 6> sums{};
         for (const Shared::Tally& tally : shared_.tallies) {
@@ -213,7 +214,7 @@ private:
                                             "gateways killed",
                                             sums[0], sums[1], sums[2], sums[3], sums[4], sums[5], killed_,
                                             shared_.gateway - 1));
-        vor::print_line(stdout, failed_.empty() ? "soak: all held" : fmt::format("soak: FAILED: {}", failed_));
+        vor::print_line(stdout, failed_.empty() ? "soak: passed" : fmt::format("soak: FAILED: {}", failed_));
     }
 
     struct Who {

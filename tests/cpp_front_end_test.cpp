@@ -1,4 +1,4 @@
-// device_mgmt.hpp: what it takes, and how it tells that a call ended.
+// device_mgmt.hpp: the arguments it accepts and the outcomes it reports.
 #include <device_mgmt.hpp>
 #include <gtest/gtest.h>
 
@@ -24,7 +24,7 @@ static_assert(!takes<vor_cfg_set_gpio_direction>(3, 1), "an argument is missing"
 static_assert(!takes<vor_cfg_set_plat_hostname>(5), "a number is no text");
 static_assert(!takes<vor_cfg_set_plat_hostname>(nullptr), "a null text");
 
-std::string told(const device_mgmt::Result& result)
+std::string text_of(const device_mgmt::Result& result)
 {
     static constexpr const char* words[] = {"accepted", "sent", "refused", "not sent", "undelivered", "unreadable"};
     return fake::text_of(words[static_cast<int>(result.outcome)], " ", result.code, " ", result.status, " ",
@@ -42,41 +42,41 @@ void begin(bool endpoint = true)
 TEST(cpp_front_end, outcome_per_return_code)
 {
     begin(false);
-    EXPECT_EQ(told(call<vor_cfg_set_dhcp>(0, 1)), "not sent -1 0 0");
+    EXPECT_EQ(text_of(call<vor_cfg_set_dhcp>(0, 1)), "not sent -1 0 0");
     begin();
-    EXPECT_EQ(told(call<vor_cfg_set_dhcp>(0, 1)), "accepted 0 0 0");
+    EXPECT_EQ(text_of(call<vor_cfg_set_dhcp>(0, 1)), "accepted 0 0 0");
     fake::script.answer = {5, 0, 0, 0};
-    EXPECT_EQ(told(call<vor_cfg_set_dhcp>(0, 1)), "refused -1 5 0");
-    EXPECT_EQ(told(call<vor_cfg_set_gw_device_latitude_config>(1, "12.4N")), "refused -1001 0 0");
-    EXPECT_EQ(told(call<vor_cfg_set_serial_parity>(1, 2)), "unreadable -4 0 0");
-    EXPECT_EQ(told(call<vor_cfg_set_gpio_value>(1, 2)), "sent 0 0 0");
+    EXPECT_EQ(text_of(call<vor_cfg_set_dhcp>(0, 1)), "refused -1 5 0");
+    EXPECT_EQ(text_of(call<vor_cfg_set_gw_device_latitude_config>(1, "12.4N")), "refused -1001 0 0");
+    EXPECT_EQ(text_of(call<vor_cfg_set_serial_parity>(1, 2)), "unreadable -4 0 0");
+    EXPECT_EQ(text_of(call<vor_cfg_set_gpio_value>(1, 2)), "sent 0 0 0");
     begin();
     fake::script.exchange_result = fake::script.send_result = -9;
-    EXPECT_EQ(told(call<vor_cfg_set_dhcp>(0, 1)), "undelivered -3 0 0");
-    EXPECT_EQ(told(call<vor_cfg_set_snmp_server_enable>(1)), "undelivered -9 0 0");
+    EXPECT_EQ(text_of(call<vor_cfg_set_dhcp>(0, 1)), "undelivered -3 0 0");
+    EXPECT_EQ(text_of(call<vor_cfg_set_snmp_server_enable>(1)), "undelivered -9 0 0");
     begin();
     fake::script.failing_buffer = 1;
-    EXPECT_EQ(told(call<vor_cfg_set_gpio_value>(1, 2)), "not sent -4 0 0");
+    EXPECT_EQ(text_of(call<vor_cfg_set_gpio_value>(1, 2)), "not sent -4 0 0");
     begin();
-    EXPECT_EQ(told(call<vor_cfg_set_debug_info>(1, "all", "loud")), "not sent -1 0 0") << "an unknown level";
+    EXPECT_EQ(text_of(call<vor_cfg_set_debug_info>(1, "all", "loud")), "not sent -1 0 0") << "an unknown level";
 }
 
 TEST(cpp_front_end, misfits_are_not_sent)
 {
     begin();
-    EXPECT_EQ(told(call<vor_cfg_set_ip_address>(256, "10.0.0.1", "255.0.0.0", 1)), "not sent 0 0 1");
-    EXPECT_EQ(told(call<vor_cfg_set_gpio_direction>(1, 40000, 0)), "not sent 0 0 2");
-    EXPECT_EQ(told(call<vor_cfg_set_can_id>(1, -1, 0)), "not sent 0 0 2");
-    EXPECT_EQ(told(call<vor_cfg_set_plat_hostname>(std::string_view("a\0b", 3))), "not sent 0 0 1");
-    EXPECT_EQ(told(call<vor_cfg_set_dhcp_server_dns>("p", 3, 1, "9.9.9.9")), "not sent 0 0 2") << "counted wrong";
-    EXPECT_EQ(told(call<vor_cfg_set_service_chain>(1, "c", 1, "a", "b")), "not sent 0 0 3");
-    EXPECT_EQ(told(call<vor_cfg_get_system_temperature>(static_cast<vor_int16*>(nullptr))), "not sent 0 0 1");
+    EXPECT_EQ(text_of(call<vor_cfg_set_ip_address>(256, "10.0.0.1", "255.0.0.0", 1)), "not sent 0 0 1");
+    EXPECT_EQ(text_of(call<vor_cfg_set_gpio_direction>(1, 40000, 0)), "not sent 0 0 2");
+    EXPECT_EQ(text_of(call<vor_cfg_set_can_id>(1, -1, 0)), "not sent 0 0 2");
+    EXPECT_EQ(text_of(call<vor_cfg_set_plat_hostname>(std::string_view("a\0b", 3))), "not sent 0 0 1");
+    EXPECT_EQ(text_of(call<vor_cfg_set_dhcp_server_dns>("p", 3, 1, "9.9.9.9")), "not sent 0 0 2") << "counted wrong";
+    EXPECT_EQ(text_of(call<vor_cfg_set_service_chain>(1, "c", 1, "a", "b")), "not sent 0 0 3");
+    EXPECT_EQ(text_of(call<vor_cfg_get_system_temperature>(static_cast<vor_int16*>(nullptr))), "not sent 0 0 1");
     EXPECT_EQ(device_mgmt::Query(257).command(), std::nullopt);
     EXPECT_FALSE(device_mgmt::Endpoint(65736));
     EXPECT_FALSE(device_mgmt::Endpoint(201)) << "there is one already";
     EXPECT_NE(vor_cfg_get_ipc_endpoint(), nullptr) << "which stays";
     EXPECT_EQ(fake::events(), "nothing");
-    EXPECT_EQ(told(call<vor_cfg_set_dhcp>(0, 200)), "accepted 0 0 0") << "a byte, whatever char's sign";
+    EXPECT_EQ(text_of(call<vor_cfg_set_dhcp>(0, 200)), "accepted 0 0 0") << "a byte, whatever char's sign";
 }
 
 TEST(cpp_front_end, text_types_send_the_same)
@@ -111,7 +111,7 @@ TEST(cpp_front_end, reading_is_copied_and_query_frees_memory)
             .add<vor_cfg_proto_append_path_elm>("port", "1");
         EXPECT_EQ(query.command(), R"(-s -l "hostname tower-17" -r "^hostname$" "interface wlan0" "port 1")");
         fake::script.replies = {"-o\n"};
-        EXPECT_EQ(told(query.send()), "accepted 0 0 0");
+        EXPECT_EQ(text_of(query.send()), "accepted 0 0 0");
     }
     EXPECT_EQ(fake::live_allocations(), 0);
 }

@@ -20,7 +20,7 @@ protected:
     const std::string konfd_path = in_place("root/tmp/konfd.socket");
 };
 
-// Asks by a request without payload, where nothing else is said for the temperature; the first word of the answer.
+// Sends a request without payload, by default for the temperature; the first word of the answer.
 inline int ask(VOR_IPC_HANDLE* front_end, vor_uint16 sap = 2, vor_uint32 id = 0x2021)
 {
     Message request;

@@ -23,7 +23,7 @@ using processes::Workplace;
 
 constexpr uid_t stranger = 65534;
 
-// What a child process comes to: its wait status.
+// Runs an action in a child process; its wait status.
 int status_of(const std::function<void()>& action)
 {
     const pid_t child = fork();
@@ -36,7 +36,7 @@ int status_of(const std::function<void()>& action)
     return status;
 }
 
-// What the stranger's action failed with; 0: it did not.
+// The error of an action as another user; 0 if it succeeded.
 int error_as_stranger(const std::function<bool()>& action)
 {
     return WEXITSTATUS(status_of([&] {
@@ -153,9 +153,10 @@ TEST_F(Neighbour, descriptor_exhaustion_is_reported)
     const auto fails_at = [&](int descriptors) {
         limit("vorcfg", descriptors);
         const Output output = place.run("vorcfg batch calls");
-        const bool told = output.text.find("Too many open files") != std::string::npos ||
-                          output.text.find("open shared object file: Error 24") != std::string::npos; // the loader's
-        EXPECT_EQ(output.exit_code != 0, told) << descriptors << ": " << output.text;
+        const bool reported =
+            output.text.find("Too many open files") != std::string::npos ||
+            output.text.find("open shared object file: Error 24") != std::string::npos; // the loader's
+        EXPECT_EQ(output.exit_code != 0, reported) << descriptors << ": " << output.text;
         return output.exit_code != 0;
     };
     EXPECT_FALSE(fails_at(few));
@@ -164,7 +165,7 @@ TEST_F(Neighbour, descriptor_exhaustion_is_reported)
     }
 }
 
-// Of a process that is made to die while it has been told a passphrase, and the manager does not answer.
+// Aborts a process that holds a passphrase while the manager does not answer.
 bool leaves_a_core(const std::function<void()>& dying, int ready)
 {
     const pid_t child = fork();
@@ -194,7 +195,7 @@ TEST_F(Neighbour, core_file_holds_no_passphrase)
     std::ofstream(path("secret")) << "Monsoon-17";
     int ready[2];
     ASSERT_EQ(0, pipe2(ready, O_CLOEXEC));
-    const auto enter = [&] { // the directory and what a traced call says
+    const auto enter = [&] { // the secret as input, the trace as the sign that the call is under way
         dup2(open(path("secret").c_str(), O_RDONLY | O_CLOEXEC), STDIN_FILENO);
         dup2(ready[1], STDERR_FILENO);
         return chdir(place.path().c_str());

@@ -99,7 +99,7 @@ inline sockaddr_un address_of(const std::string& path)
     return address;
 }
 
-// A plain socket at a path, as a process that cares for nothing makes it.
+// A plain socket bound to a path, without the platform.
 inline int raw_socket(const std::string& path, int type)
 {
     const int descriptor = socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
@@ -108,7 +108,7 @@ inline int raw_socket(const std::string& path, int type)
     return descriptor;
 }
 
-// A datagram of any bytes, from nobody.
+// A datagram of any bytes from an unbound socket.
 inline void send_raw(const std::string& path, const std::string& bytes)
 {
     const int descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);

@@ -42,7 +42,7 @@ TEST_F(Platform, longest_free_buffer_is_reused_first)
     EXPECT_EQ(1, std::count(errors.begin(), errors.end(), '\n')) << errors;
     EXPECT_TRUE(contains(errors, "64 message buffers are taken"));
     EXPECT_TRUE(std::any_of(taken.begin(), taken.end(), [](VOR_IPC_MSG_REF& message) {
-        return *static_cast<vor_uchar*>(vor_ipc_get_payload_ptr(&message, 4095)) == 0xa5; // nobody wrote that far
+        return *static_cast<vor_uchar*>(vor_ipc_get_payload_ptr(&message, 4095)) == 0xa5; // not written by anyone
     }));
     EXPECT_EQ(taken.size(), vorinfra_buffers_taken());
     for (auto& message : taken) {
@@ -172,7 +172,7 @@ TEST_F(Platform, stream_sockets_are_under_the_root)
         contains(errors_of([&] { EXPECT_EQ(-1, vor_socket_config_unix(socket, path.data())); }), "must have at most"));
     path.pop_back();
     EXPECT_EQ(0, vor_socket_config_unix(socket, path.data()));
-    EXPECT_EQ(-1, vor_socket_connect(socket, 1)) << "nobody there";
+    EXPECT_EQ(-1, vor_socket_connect(socket, 1)) << "no listener";
     path = "/daemon.socket";
     EXPECT_EQ(0, vor_socket_config_unix(socket, path.data()));
     EXPECT_EQ(home + path, socket->sock_path);
@@ -194,7 +194,7 @@ TEST_F(Platform, stream_sockets_are_under_the_root)
               vor_send(socket->sock_fd, large.data(), static_cast<vor_int32>(large.size()), 0));
     EXPECT_TRUE(reading.get());
     setenv("VORINFRA_TIMEOUT_MS", "50", 1);
-    EXPECT_EQ(-1, vor_send(socket->sock_fd, large.data(), static_cast<vor_int32>(large.size()), 0)) << "nobody reads";
+    EXPECT_EQ(-1, vor_send(socket->sock_fd, large.data(), static_cast<vor_int32>(large.size()), 0)) << "not read";
     close(peer);
     EXPECT_EQ(-1, vor_send(socket->sock_fd, large.data(), 1, 0)) << "and no signal";
     EXPECT_EQ(0, vor_socket_close(socket, 1));
@@ -248,7 +248,7 @@ TEST_F(Platform, stream_socket_of_another_user_is_refused)
     }
     setenv("VORINFRA_ROOT", home.c_str(), 1);
     const int listener = raw_socket(home + "/daemon.socket", SOCK_STREAM);
-    ASSERT_EQ(0, seteuid(65534)); // who listens is who serves
+    ASSERT_EQ(0, seteuid(65534)); // the owner of a stream socket is whoever listens
     ASSERT_EQ(0, listen(listener, 1));
     ASSERT_EQ(0, seteuid(0));
     const std::string errors = errors_of([] { EXPECT_EQ(0, vor_socket_close(connected("/daemon.socket", -1), 1)); });

@@ -375,7 +375,7 @@ TEST_F(Platform, nothing_waits_forever)
     const VORINFRA_MESSAGE request = next(manager);
     EXPECT_EQ(1, request.answer_wanted);
     while (vorinfra_answer(manager, &request, 1, nullptr, 0) == 0) {}
-    VORINFRA_MESSAGE stray = next(manager); // a one-way message, then an answer that nobody awaits
+    VORINFRA_MESSAGE stray = next(manager); // a one-way message, then an unexpected answer
     errors_of([&] { EXPECT_EQ(-1, vorinfra_answer(manager, &stray, 1, nullptr, 0)); });
     EXPECT_TRUE(contains(errors_of([&] { EXPECT_EQ(-1, vorinfra_receive(client, &stray)); }), "unexpected answer"));
 }

@@ -8,7 +8,7 @@
 
 namespace processes {
 
-// A directory that is gone when the test is.
+// A directory that is removed at the end.
 class TemporaryDirectory {
 public:
     TemporaryDirectory();
@@ -43,7 +43,7 @@ public:
 
     // The environment of everything started here.
     std::vector<std::string> environment() const;
-    // Makes this process one of them, as far as the platform goes.
+    // Gives this process the same platform directories.
     void enter() const;
 
 private:
@@ -58,10 +58,10 @@ public:
     Tool(const Tool&) = delete;
     Tool& operator=(const Tool&) = delete;
 
-    // The next line it prints, without its end; empty when it says nothing more in time.
+    // The next line of its output, without the newline; empty if none comes in time.
     std::string next_line();
     pid_t pid() const { return pid_; }
-    // It answers nothing until it goes on.
+    // Stopped, it answers nothing until it is resumed.
     void suspend() const;
     void resume() const;
     void signal(int number) const;
@@ -83,7 +83,7 @@ public:
     Terminal& operator=(const Terminal&) = delete;
 
     void type(const std::string& text) const;
-    // All that was shown since the last such text, up to the wanted one; everything where that does not come.
+    // The output since the last call, up to and including the text; all output if the text does not come.
     std::string shown_until(const std::string& wanted);
     // What is shown until the program ends, and its exit code.
     Output rest();

@@ -55,7 +55,7 @@ int exchanges(vor_uint16 sap)
             vor_tlv_chain_init(&chain);
             vor_tlv_chain_add_vor_int32(&chain, sap, round);
             vor_tlv_chain_serialize(&chain, request.payload(), &size);
-            vor_ipc_send(client, 99, 2, &request.ref, 0, 0); // to nobody
+            vor_ipc_send(client, 99, 2, &request.ref, 0, 0); // no such manager
             const vor_int32 result = vor_ipc_request_response(client, manager, 1, &request.ref, &response.ref,
                                                               static_cast<vor_uint16>(size), 0);
             const void* const answer = response.payload();
@@ -68,7 +68,7 @@ int exchanges(vor_uint16 sap)
 
 constexpr int all = rounds * managers;
 
-// Each holds its own buffers while the others bind and unbind, which takes back theirs.
+// Each keeps its own buffers while the others bind and unbind, which frees theirs.
 TEST_F(Platform, threads_with_own_endpoints)
 {
     const std::array<Echo, managers> echoes{Echo(1), Echo(2), Echo(3)};

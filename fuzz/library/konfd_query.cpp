@@ -30,8 +30,8 @@ public:
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
         (place_.path() / "tmp/konfd.socket").string().copy(address.sun_path, sizeof address.sun_path - 1);
-        require(bind(listener_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0, "a socket can be had");
-        require(listen(listener_, 1) == 0, "a socket can be had");
+        require(bind(listener_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0, "the socket can be bound");
+        require(listen(listener_, 1) == 0, "the socket can be bound");
     }
 
     // The verdict on the query, and what was sent for it.
@@ -56,8 +56,8 @@ private:
     const int listener_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
 };
 
-// What the setters and the path's elements are to make of their arguments.
-struct Wanted {
+// What the setters and the path's elements must produce.
+struct Expected {
     vor_uchar op = 0;
     std::string line;
     std::string pattern;
@@ -65,7 +65,7 @@ struct Wanted {
     std::vector<std::string> path;
 };
 
-void build(Input& input, VOR_CFG_PROTO* query, Wanted& wanted)
+void build(Input& input, VOR_CFG_PROTO* query, Expected& expected)
 {
     for (int steps = input.byte() % 16; steps > 0; --steps) {
         const std::uint8_t step = input.byte();
@@ -74,12 +74,12 @@ void build(Input& input, VOR_CFG_PROTO* query, Wanted& wanted)
         switch (step % 4) {
         case 0:
             vor_cfg_proto_set_line_string(query, key.data(), value.data());
-            wanted.line += key + " " + value;
+            expected.line += key + " " + value;
             break;
         case 1: {
             const auto type = static_cast<vor_uchar>(step / 4 % 4);
             if (vor_cfg_proto_set_pattern_string(query, type, key.data(), value.data()) == 0) {
-                wanted.pattern += "^" + key + (type == 1 ? " " + value : "") + "$";
+                expected.pattern += "^" + key + (type == 1 ? " " + value : "") + "$";
             } else {
                 require(type != 1 && type != 2, "two types are patterns");
             }
@@ -87,32 +87,32 @@ void build(Input& input, VOR_CFG_PROTO* query, Wanted& wanted)
         }
         case 2:
             vor_cfg_proto_set_priority_string(query, key.data());
-            wanted.priority += key;
+            expected.priority += key;
             break;
         default:
             vor_cfg_proto_append_path_elm(query, key.data(), value.data());
-            wanted.path.push_back(key + " " + value);
+            expected.path.push_back(key + " " + value);
         }
     }
-    vor_cfg_proto_set_op(query, wanted.op = input.byte() % 5);
+    vor_cfg_proto_set_op(query, expected.op = input.byte() % 5);
 }
 
-// A command of texts that need no escape says to konfd what was meant.
-void check_meaning(const std::string& command, const Wanted& wanted)
+// A command whose texts need no escape is parsed by konfd as it was meant.
+void check_meaning(const std::string& command, const Expected& expected)
 {
     const auto parsed = vorsim::konfd::parse(command);
     const auto* const commands = std::get_if<std::vector<vorsim::konfd::Command>>(&parsed);
-    const bool escapes = (wanted.line + wanted.pattern + wanted.priority).find('"') != std::string::npos ||
-                         std::ranges::any_of(wanted.path, [](auto& word) { return word.find('"') != word.npos; });
+    const bool escapes = (expected.line + expected.pattern + expected.priority).find('"') != std::string::npos ||
+                         std::ranges::any_of(expected.path, [](auto& word) { return word.find('"') != word.npos; });
     if (commands == nullptr || escapes) {
         return; // too long, too deep, a control character, a priority that is none
     }
     require(commands->size() == 1, "one query is one command");
     const auto& [operation, show, line, pattern, priority, path] = commands->front();
-    require(operation == "?scu"[wanted.op] && !show, "the operation arrives");
-    require(wanted.op == 3 ? !line : line == wanted.line, "the line arrives");
-    require(pattern == wanted.pattern, "the pattern arrives");
-    require(path == wanted.path, "the path arrives");
+    require(operation == "?scu"[expected.op] && !show, "the operation arrives");
+    require(expected.op == 3 ? !line : line == expected.line, "the line arrives");
+    require(pattern == expected.pattern, "the pattern arrives");
+    require(path == expected.path, "the path arrives");
 }
 
 } // namespace
@@ -123,14 +123,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Input input(data, size);
     std::string answer = input.text();
     VOR_CFG_PROTO* const query = vor_cfg_proto_init();
-    std::vector<std::unique_ptr<VOR_CFG_PROTO_PATH, decltype(&free)>> records; // which cleaning up leaves
-    Wanted wanted;
-    build(input, query, wanted);
+    std::vector<std::unique_ptr<VOR_CFG_PROTO_PATH, decltype(&free)>> records; // not freed by the cleanup
+    Expected expected;
+    build(input, query, expected);
 
     vor_int32 length = 0;
     vor_char* const command = vor_cfg_proto_get_command(query, &length);
-    const bool whole =
-        wanted.op >= 1 && wanted.op <= 3 && !wanted.pattern.empty() && (wanted.op == 3 || !wanted.line.empty());
+    const bool whole = expected.op >= 1 && expected.op <= 3 && !expected.pattern.empty() &&
+                       (expected.op == 3 || !expected.line.empty());
     require((command != nullptr) == whole, "a query that lacks nothing is a command");
     std::string bytes;
     if (command != nullptr) {
@@ -138,12 +138,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const std::size_t end = bytes.find('\0');
         require(end != bytes.npos, "a terminator is counted");
         require(bytes.find_first_not_of(' ', end + 1) == bytes.npos, "blanks follow the terminator");
-        check_meaning(bytes.substr(0, end), wanted);
+        check_meaning(bytes.substr(0, end), expected);
         vor_free(command);
     }
     std::string sent;
     const bool agreed = whole && answer.starts_with("-o");
-    require(daemon.answer(query, answer, sent) == (agreed ? 0 : -1), "-o and nothing else agrees");
+    require(daemon.answer(query, answer, sent) == (agreed ? 0 : -1), "only -o is accepted");
     require(sent == bytes, "the command is sent as it was counted");
 
     for (VOR_CFG_PROTO_PATH* record = query->path_head.stqh_first; record != nullptr;

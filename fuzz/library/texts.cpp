@@ -1,4 +1,4 @@
-// MAC addresses and dotted quads, beside a reading of the same texts by other means.
+// MAC addresses and dotted quads, compared with a second implementation.
 #include <array>
 #include <cctype>
 #include <optional>
@@ -48,7 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     std::vector<char> exact(data, std::find(data, data + size, 0));
     exact.push_back('\0');
-    exact.shrink_to_fit(); // the byte behind its end is nobody's
+    exact.shrink_to_fit(); // so that a read past the end is reported
     const std::string_view text(exact.data());
 
     constexpr vor_uchar untouched = 0xa5;

@@ -1,4 +1,4 @@
-// Bytes that may be a chain: what is read of them lies within them, and a chain written anew is the same bytes.
+// Bytes that may be a chain: reading stays within them, and a chain written again is the same bytes.
 #include <vector>
 
 #include <vorinfra_manager.h>
@@ -10,7 +10,7 @@ using namespace fuzz;
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     std::vector<vor_uchar> bytes(data, data + std::min<std::size_t>(size, VORINFRA_DATA_MAX));
-    bytes.shrink_to_fit(); // the byte behind its end is nobody's
+    bytes.shrink_to_fit(); // so that a read past the end is reported
     const auto length = static_cast<vor_uint16>(bytes.size());
     TLV_CHAIN chain;
     vor_tlv_chain_init(&chain);
@@ -45,7 +45,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::vector<vor_uchar> written(length + 1U, 0xa5);
         vor_int32 count = 0;
         require(vor_tlv_chain_serialize(&chain, written.data(), &count) == 0, "what was read can be written");
-        require(count == length && std::equal(bytes.begin(), bytes.end(), written.begin()), "a chain is its bytes");
+        require(count == length && std::equal(bytes.begin(), bytes.end(), written.begin()),
+                "a chain written again is the same bytes");
         require(written.back() == 0xa5, "nothing is written behind it");
     } else {
         require(read == -1 || chain.used == TLV_CHAIN_CAPACITY, "a chain is read to its end, or is none");

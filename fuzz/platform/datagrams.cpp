@@ -1,4 +1,4 @@
-// Datagrams as anybody in the directory may send them, to a client that waits for its answer and to a manager.
+// Arbitrary datagrams to a client that waits for its answer, and to a manager.
 #include <atomic>
 #include <optional>
 #include <thread>
@@ -58,7 +58,7 @@ public:
         require(client != nullptr && stranger != nullptr &&
                     bind(manager_, reinterpret_cast<const sockaddr*>(&own), sizeof own) == 0,
                 "the directory can be used");
-        std::thread answering([this] { // the number of its first request is known by nobody else
+        std::thread answering([this] { // only the first request reveals its sequence number
             VOR_IPC_MSG_HDR header;
             recv(manager_, &header, sizeof header, 0);
             sequence_ = header.flag;
@@ -99,7 +99,7 @@ public:
         vor_ipc_drop_msg_buf(&response);
     }
 
-    // What waits for nobody.
+    // Discards all datagrams that are left.
     void clear() const
     {
         std::uint8_t byte;
@@ -134,11 +134,11 @@ bool is_refusal(const VOR_IPC_MSG_HDR& header, const Datagram& bytes)
            std::equal(refused.begin(), refused.end(), bytes.begin() + sizeof header);
 }
 
-// The first datagram that answers the request is the answer; of no other a byte is seen.
+// The first datagram that answers the request is the answer; no byte of any other is seen.
 void check_answer(VOR_IPC_MSG_REF& response, const VOR_IPC_MSG_HDR& header, const Datagram& bytes)
 {
     require(response.meta_data_sz == header.meta_data_sz && response.payload_sz == header.payload_sz,
-            "the answer is the first that bears the request's number");
+            "the answer is the first with the request's number");
     const auto* const sent = bytes.data() + sizeof header;
     const auto* const meta_data = static_cast<vor_uchar*>(vor_ipc_get_meta_data_ptr(&response));
     require((meta_data != nullptr) == (header.meta_data_sz != 0), "there is meta-data where some was sent");
@@ -186,7 +186,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const vor_uint16 flag = site.next_answer();
     std::vector<Datagram> datagrams;
     while (!input.empty() && datagrams.size() < most_waiting) {
-        const std::uint8_t as_answer = input.byte(); // how much of it is put right
+        const std::uint8_t as_answer = input.byte(); // bits: which fields are corrected
         const auto length = input.value<vor_uint16>();
         Bytes bytes = input.take(length % 5000);
         Datagram raw(bytes.begin(), bytes.end());

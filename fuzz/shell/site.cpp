@@ -32,7 +32,7 @@ void require_reported(const InputError& error)
     require(vor::Json::read(json_of(error)).has_value(), "an error can be reported in JSON");
 }
 
-// No secret of this machine's files, and nobody is asked.
+// Reads no file of this machine and asks for no secret.
 std::string harmless(std::string text)
 {
     std::ranges::replace(text, '@', 'a');

@@ -1,4 +1,4 @@
-// A site's journal of any bytes: read, repaired, taken back, made again; or a complaint that names its line.
+// A site's journal of any bytes: it is read, repaired, reverted and made again, or an error names the file.
 #include "file.hpp"
 #include "input.hpp"
 #include "site/diff.hpp"
@@ -19,14 +19,14 @@ void check_history(const History& history)
         try {
             require(key_of(planned(entry.begun.key)).values == entry.begun.key.values,
                     "what was made can be made again");
-        } catch (const InputError& complaint) {
-            require(!complaint.text.empty(), "or it is said why not");
+        } catch (const InputError& error) {
+            require(!error.text.empty(), "or an error says why not");
         }
     }
     for (const History::Undo& undo : history.undos()) {
         require(undo.entry != nullptr &&
                     (undo.before == nullptr || undo.before->begun.number < undo.entry->begun.number),
-                "what stood before a call was made before it");
+                "what a call replaced was made before it");
     }
     const Shown shown{file_name, file_name, true};
     const Plan plan = Planner({}).against(history);
@@ -45,9 +45,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         check_history(read.history());
         const std::size_t entries = Journal::open(path).history().entries().size();
         require(entries == read.history().entries().size(), "a repair loses nothing that was read");
-        require(Journal::read(path).history().entries().size() == entries, "a repair is one");
-    } catch (const InputError& complaint) {
-        require(complaint.text.find(path) != std::string::npos, "the place is said");
+        require(Journal::read(path).history().entries().size() == entries, "a second repair changes nothing");
+    } catch (const InputError& error) {
+        require(error.text.find(path) != std::string::npos, "an error names the file");
     }
     return 0;
 }

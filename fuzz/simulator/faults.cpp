@@ -1,5 +1,5 @@
-// Fault rules of any text, a line each: what is read, what it says of itself, and what it does to a message and to an
-// answer of konfd.
+// Fault rules of any text, one per line: how they are parsed and listed, and what they do to a message or an answer of
+// konfd.
 #include <array>
 
 #include "faults/faults.hpp"
@@ -25,8 +25,8 @@ void apply_to_message(const DueRule& due)
     const Delivery delivery = apply(decision, due);
     require(decision.answer.size() <= sizeof status, "no answer grows");
     require(delivery.wait >= Milliseconds(0), "no answer comes before its request");
-    require_shown(line_of(decision.record));
-    require_shown(json_line(decision.record));
+    require_printable(line_of(decision.record));
+    require_printable(json_line(decision.record));
 }
 
 void apply_to_konfd(const DueRule& due)
@@ -34,11 +34,11 @@ void apply_to_konfd(const DueRule& due)
     konfd::Reply reply;
     reply.answer = "-o\n";
     apply(reply, due);
-    require_shown(line_of(reply.record));
-    require_shown(json_line(reply.record));
+    require_printable(line_of(reply.record));
+    require_printable(json_line(reply.record));
 }
 
-// Of as many messages as it can count, none meets two faults, and no more than its end allows.
+// No message meets two faults, and no more messages meet one than the rule allows.
 void check_rule(const Rule& rule)
 {
     constexpr int messages = 8;
@@ -57,7 +57,7 @@ void check_rule(const Rule& rule)
     for (int message = 0; message < messages; ++message) {
         if (const auto due = plan.due(subject, now)) {
             ++acted;
-            require_shown(due->text());
+            require_printable(due->text());
             konfd ? apply_to_konfd(*due) : apply_to_message(*due);
         }
     }
@@ -66,7 +66,7 @@ void check_rule(const Rule& rule)
     std::string text = plan.text(now);
     require(!text.empty() && text.back() == '\n', "a rule is listed");
     text.pop_back();
-    require_shown(text);
+    require_printable(text);
 }
 
 } // namespace
@@ -80,11 +80,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         try {
             const Rule rule = parse_rule(line);
             check_rule(rule);
-            require(parse_rule(rule.text).text == rule.text, "a rule reads as it is listed");
-        } catch (const vorsim::faults::RuleError& complaint) {
-            require(complaint.column >= 1 && complaint.column <= line.size() + 1, "a complaint has its column");
-            require(complaint.what()[0] != '\0', "a complaint says what is wrong");
-            require_shown(complaint.what());
+            require(parse_rule(rule.text).text == rule.text, "a rule can be read as it is listed");
+        } catch (const vorsim::faults::RuleError& error) {
+            require(error.column >= 1 && error.column <= line.size() + 1, "an error has its column");
+            require(error.what()[0] != '\0', "an error says what is wrong");
+            require_printable(error.what());
         }
     }
     return 0;

@@ -1,4 +1,4 @@
-// A journal of any bytes, read as it is for a replay; and each of its lines as a stored state.
+// A journal of any bytes, read as for a replay, and each of its lines read as a stored state.
 #include <stdexcept>
 
 #include "file.hpp"
@@ -21,7 +21,7 @@ void restore(const vor::Json& state)
         store_konfd(konfd, state);
         require(vor::Json::read(vor::dump(json_of(konfd))).has_value(), "what is stored can be shown");
     } catch (const std::exception& error) {
-        require(error.what()[0] != '\0', "it is said what is wrong");
+        require(error.what()[0] != '\0', "an error says what is wrong");
     }
 }
 
@@ -34,22 +34,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::uint64_t number = 0;
     try {
         while (const auto line = reader.next()) {
-            require(line->number > number, "every line has its turn");
+            require(line->number > number, "lines are read in order");
             number = line->number;
             require(line->of_version >= 1 && line->of_version <= journal_version, "its version is known");
             const vor::Json json = vor::Json::parse(line->text);
             for (const auto& [name, part] : json.members()) {
                 if (part.is_string()) {
                     const auto bytes = bytes_of_hex(part.string());
-                    require(!bytes || bytes_of_hex(hex(*bytes)) == bytes, "bytes are themselves");
+                    require(!bytes || bytes_of_hex(hex(*bytes)) == bytes, "bytes survive a round trip");
                 }
             }
             const std::string written = json_line(line->record);
-            require(json_line(read_line(written).record) == written, "what is written is read");
+            require(json_line(read_line(written).record) == written, "a written line reads the same");
             restore(json);
         }
     } catch (const std::exception& error) {
-        require(std::string_view(error.what()).find("journal") != std::string_view::npos, "the place is said");
+        require(std::string_view(error.what()).find("journal") != std::string_view::npos, "an error names the journal");
     }
     return 0;
 }

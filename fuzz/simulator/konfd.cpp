@@ -1,4 +1,4 @@
-// Two clients of konfd, taking turns: what each sends, in which pieces, how long it is quiet, whether it has read.
+// Two clients of konfd in turns: what each sends, in which pieces, how long it pauses, whether it has read its answer.
 #include <array>
 #include <utility>
 
@@ -14,10 +14,10 @@ using namespace fuzz;
 
 namespace {
 
-// What one client's bytes come to.
+// What one client's bytes mean.
 struct Expected {
     std::string unended;
-    std::string ended; // the text that the last bytes ended; empty: none
+    std::string ended; // the text terminated last; empty: none
 
     void add(std::string_view bytes)
     {
@@ -36,8 +36,8 @@ void check(const Exchange& exchange)
 {
     const auto& [answer, record] = exchange.reply;
     require(answer.empty() || answer.starts_with("-o\n") || answer.starts_with("-e\n"), "an answer is -o or -e");
-    require_shown(line_of(record));
-    require_shown(vorsim::json_line(record));
+    require_printable(line_of(record));
+    require_printable(vorsim::json_line(record));
 }
 
 } // namespace
@@ -55,12 +55,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     while (!input.empty()) {
         const std::uint8_t action = input.byte();
         auto& [session, expected] = clients[action & 1];
-        if ((action & 2) != 0) { // its sender falls quiet
+        if ((action & 2) != 0) { // its sender pauses
             const auto deadline = session.deadline();
-            require(deadline.has_value() == !expected.unended.empty(), "what has no end is waited for");
+            require(deadline.has_value() == !expected.unended.empty(), "an unterminated text is waited for");
             now = std::max(now, deadline.value_or(now));
             const auto exchange = session.time_out();
-            require(exchange.has_value() == deadline.has_value(), "what has no end is carried out once");
+            require(exchange.has_value() == deadline.has_value(), "an unterminated text is executed once");
             if (exchange) {
                 check(*exchange);
             }
@@ -72,7 +72,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             const std::string_view before = left;
             const auto exchange = session.receive(left, now, (action & 4) != 0);
             expected.add(before.substr(0, before.size() - left.size()));
-            require(exchange.has_value() == !expected.ended.empty(), "each ended text is answered once");
+            require(exchange.has_value() == !expected.ended.empty(), "each terminated text is answered once");
             if (exchange) {
                 require(exchange->text == expected.ended || expected.ended.size() > longest_text, "as it was sent");
                 check(*exchange);
@@ -83,7 +83,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             const auto* const complaint = std::get_if<SyntaxError>(&parsed);
             const bool cut = complaint != nullptr && complaint->incomplete && expected.unended.size() <= longest_text;
             require(session.deadline() == now + patience || (!cut && session.deadline() == now + quiet),
-                    "what is cut short is waited for");
+                    "an incomplete command is waited for");
         }
     }
     const std::string text = konfd.text();

@@ -1,4 +1,4 @@
-// Messages as vorsim's managers find them: one behind the other, each its header, its meta-data and its payload.
+// Messages as vorsim's managers receive them, one after the other: header, meta-data and payload.
 #include <vorinfra_manager.h>
 
 #include "gateway/gateway.hpp"
@@ -26,12 +26,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                                                  .answer_wanted = header.flag != 0,
                                                  .meta_data = meta_data,
                                                  .payload = payload});
-        require(decision.answered == (header.flag != 0), "who waits is answered");
+        require(decision.answered == (header.flag != 0), "an awaited answer is sent");
         require(!decision.answered || decision.answer.size() >= sizeof(vor_int32), "an answer has a status");
         require(decision.answer.size() <= VORINFRA_DATA_MAX, "an answer fits a message");
-        require_shown(line_of(decision.record));
-        require_shown(json_line(decision.record));
-        require(decision.record.complained != decision.record.complaint.empty(), "a complaint says why");
+        require_printable(line_of(decision.record));
+        require_printable(json_line(decision.record));
+        require(decision.record.complained != decision.record.complaint.empty(), "a complaint has a reason");
     }
     const std::string state = vor::dump(json_of(gateway.state()));
     require(vor::dump(vor::Json::parse(state)) == state, "the state is JSON");

@@ -91,7 +91,7 @@ std::vector<std::string> cells_under_faults(const Row& row)
         printed_by([&] {
             const WatchedTexts watched;
             begin_call();
-            fake::script.answer_skew = 1; // the sanitizers see a word read where it may not lie
+            fake::script.answer_skew = 1; // the sanitizers report a misaligned read
             fake::script.answer_id = row.answered_as;
             fault.script(fake::script);
             cells.push_back(outcome(row.make()));

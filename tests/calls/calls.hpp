@@ -44,7 +44,7 @@ struct FamilyName {
     Calls operator=(std::vector<Row> rows) const { return {text, std::move(rows)}; }
 };
 
-#ifdef ROWS_ALONE // the tests beside the rows are templates that nobody wants
+#ifdef ROWS_ALONE // the tests beside the rows become templates that are never instantiated
 #undef TEST
 #define TEST(suite, name)                                                                                              \
     template <class>                                                                                                   \
@@ -65,7 +65,7 @@ inline std::string outcome(vor_int32 code)
     return outcome(shown(code));
 }
 
-// What is printed on standard output meanwhile.
+// What the action prints on standard output.
 std::string printed_by(const std::function<void()>& action);
 
 // The calls take texts as char*, and write to none.

@@ -1,4 +1,4 @@
-// Texts that tell when they are read: they lie in memory that nobody may touch until the first reader's fault opens it.
+// Texts whose first read is noticed: they are in protected memory, which the fault of the first read makes readable.
 #include "calls.hpp"
 
 #include <csignal>

@@ -1,4 +1,4 @@
-// fake_vorinfra.hpp: a platform library that does what a test tells it and records what it was asked.
+// fake_vorinfra.hpp: a platform library that behaves as a test scripts it and records every call.
 #pragma once
 
 #include <vorinfra.h>
@@ -21,7 +21,7 @@ struct Script {
     bool bind_fails = false;
     vor_bool unbind_result = 1;
 
-    int failing_buffer = 0;    // the nth buffer cannot be had
+    int failing_buffer = 0;    // the nth request for a buffer fails
     int null_payload = 0;      // the nth buffer has no payload pointer...
     int null_payload_from = 0; // ...at this offset and behind it
     bool null_meta_data = false;
@@ -55,7 +55,7 @@ extern Script script;
 // A platform that has seen nothing yet. Frees all memory it ever handed out.
 void reset();
 
-// All that was asked, in order: messages, timers, log lines, sockets, shell commands.
+// All calls, in order: messages, timers, log lines, sockets, shell commands.
 std::string events();
 // The first word of each.
 std::string event_names();

@@ -1,11 +1,11 @@
-# A header as a manual page: awk -v date="November 21, 2026" -f man.awk include/device_mgmt/gpio.h > device_mgmt_gpio.3
+# Prints a header as a manual page: awk -v date="November 21, 2026" -f man.awk include/device_mgmt/gpio.h > device_mgmt_gpio.3
 function escaped(text)
 {
     gsub(/\\/, "\\e", text)
     sub(/^[.']/, "\\\\\\&&", text)
     return text
 }
-# A sentence a line, as mdoc wants it.
+# One sentence per line, as usual in mdoc.
 function paragraph(text)
 {
     sub(/^ +/, "", text)
@@ -39,7 +39,7 @@ function text_of(line)
     return line
 }
 FNR == 1 { stem = FILENAME; sub(/.*\//, "", stem); header = stem; sub(/[.].*/, "", stem) }
-# the header's own comment
+# the header's comment
 FNR == 1, /\*\// {
     line = text_of($0)
     if (line ~ /^@file/) {

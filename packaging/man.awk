@@ -65,7 +65,7 @@ declaring {
     gsub(/  +/, " ", declaration)
     if (declaration ~ /\(/ && declaration !~ /[{}]/) {
         calls++
-        said[calls] = comment
+        comments[calls] = comment
         open = index(declaration, "(")
         name[calls] = returned[calls] = substr(declaration, 2, open - 2)
         sub(/.* /, "", name[calls])
@@ -153,7 +153,7 @@ END {
     }
     for (i = 1; i <= calls; i++) {
         print ".Ss " name[i]
-        described(said[i])
+        described(comments[i])
     }
     print ".Sh SEE ALSO"
     print stem == "device_mgmt" ? ".Xr device_mgmt_common 3" : ".Xr device_mgmt 3"

@@ -167,14 +167,6 @@ int run_search(const Options& options)
     return print(found);
 }
 
-int run_docs(const Options& options)
-{
-    if (!options.yes) {
-        throw InputError{"docs makes the family's examples on the gateway that it finds; --yes says that it may"};
-    }
-    return print(page(wanted_word(options)));
-}
-
 int run_manual(const Options& options)
 {
     const std::string* const page = word_behind(options);
@@ -217,10 +209,6 @@ constexpr Command table[] = {
      "Looks at the calls' names, their arguments and what the contract says of them.\n", run_search},
     {"help", "help [FAMILY [CALL]]", "show a family's calls, a call's arguments; also --help behind them", "",
      run_help},
-    {"docs", "docs FAMILY --yes", "print a family's reference page",
-     "Makes every example of the family on the running gateway, which holds them afterwards: a simulated one's work.\n"
-     "Nothing is printed unless each succeeds.\n",
-     run_docs, "docs FAMILY"},
     {"manual", "manual [PAGE]", "print a manual page, or name them all",
      "To read it: vorcfg manual vorcfg-gpio.1 | man -l -\n", run_manual},
     {"completion", "completion SHELL", "print the completion for bash or zsh",

@@ -39,7 +39,7 @@ void begin(bool endpoint = true)
     vor_errno = 77; // of a call before
 }
 
-TEST(cpp_front_end, every_end_is_told_by_the_call_s_own_codes)
+TEST(cpp_front_end, outcome_per_return_code)
 {
     begin(false);
     EXPECT_EQ(told(call<vor_cfg_set_dhcp>(0, 1)), "not sent -1 0 0");
@@ -61,7 +61,7 @@ TEST(cpp_front_end, every_end_is_told_by_the_call_s_own_codes)
     EXPECT_EQ(told(call<vor_cfg_set_debug_info>(1, "all", "loud")), "not sent -1 0 0") << "an unknown level";
 }
 
-TEST(cpp_front_end, what_does_not_fit_is_not_sent)
+TEST(cpp_front_end, misfits_are_not_sent)
 {
     begin();
     EXPECT_EQ(told(call<vor_cfg_set_ip_address>(256, "10.0.0.1", "255.0.0.0", 1)), "not sent 0 0 1");
@@ -79,7 +79,7 @@ TEST(cpp_front_end, what_does_not_fit_is_not_sent)
     EXPECT_EQ(told(call<vor_cfg_set_dhcp>(0, 200)), "accepted 0 0 0") << "a byte, whatever char's sign";
 }
 
-TEST(cpp_front_end, texts_of_every_kind_arrive_whole)
+TEST(cpp_front_end, text_types_send_the_same)
 {
     begin();
     const std::string text = "tower-17 north";
@@ -93,7 +93,7 @@ TEST(cpp_front_end, texts_of_every_kind_arrive_whole)
     }
 }
 
-TEST(cpp_front_end, a_reading_is_a_copy_and_a_query_gives_all_back)
+TEST(cpp_front_end, reading_is_copied_and_query_frees_memory)
 {
     begin();
     fake::script.answer = std::vector<vor_uchar>(sizeof(GPIO_PIN_STATS), 7);

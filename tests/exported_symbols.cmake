@@ -46,7 +46,7 @@ names(exported "[^\n]* [B-Zb-z] ([^@\n]+)[^\n]*" "${text}") # A is the version's
 file(GLOB files ${TESTS}/calls/*.cpp ${TESTS}/common_test.cpp)
 read(text ${files})
 names(tested "CALL[(][ \n]*([a-z_0-9]+)[(]" "${text}")
-file(GLOB files ${TESTS}/common_test.cpp ${TESTS}/konfd_test.hpp ${TESTS}/konfd*_test.cpp)
+file(GLOB files ${TESTS}/common_test.cpp ${TESTS}/konfd_test.hpp ${TESTS}/konfd*_test.cpp ${TESTS}/../fuzz/library/texts.cpp)
 read(text ${files})
 names(tested_alone "([a-z_0-9]+)[(]" "${text}")
 list(APPEND tested ${tested_alone})

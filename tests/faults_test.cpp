@@ -1,12 +1,10 @@
-// Fault rules: what they say, what is wrong with them, when they are due.
+// Fault rules: what they accept and when they act.
 #include <algorithm>
-#include <fstream>
 
 #include <gtest/gtest.h>
 
 #include "faults/parse.hpp"
 #include "faults/rule_list.hpp"
-#include "processes.hpp"
 
 namespace {
 
@@ -24,7 +22,7 @@ std::string wrong_with(const std::string& line)
     }
 }
 
-TEST(rules, are_sentences)
+TEST(fault_rules, accepted_forms)
 {
     for (const char* const line :
          {"any chance 0.25%: never", "SAP 77 0x4d001 11th: id 0x7003", "240: short 2 bytes, 5 times",
@@ -33,57 +31,6 @@ TEST(rules, are_sentences)
     }
     EXPECT_EQ("canmgr: id high, once", parse_rule("  canmgr: id high, once   # a comment").text);
     EXPECT_EQ("answer \"-e\"", parse_rule("konfd: answer \"-e\", once").action_text);
-}
-
-TEST(rules, say_where_they_are_wrong_and_what_was_expected)
-{
-    const std::pair<const char*, const char*> table[] = {
-        {"canmgrr: status 7", "1: \"canmgrr\"; expected a manager, SAP N, any or konfd; is it canmgr?"},
-        {"SAP 65536: never", "5: \"65536\"; expected a number from 0 to 65535"},
-        {"canmgr",
-         "7: the rule ends here; expected a call, an id, \"OBJECT\", from SAP N, Nth, every Nth, chance N% or "
-         "a colon"},
-        {"canmgr vor_cfg_set_can_if: never",
-         "8: \"vor_cfg_set_can_if\"; expected a call that sends a message; is it vor_cfg_set_can_id?"},
-        {"canmgr from 7: never", "13: \"7\"; expected SAP and the client's number, once"},
-        {"canmgr 2nd every 3rd: never", "18: \"3rd\"; expected one of Nth, every Nth and chance N%, once"},
-        {"any chance 101%: never", "12: \"101%\"; expected a part of 100, such as 1%"},
-        {"any \"port 3: never", "5: the text that begins here is not closed"},
-        {"canmgr: answer \"-e\"",
-         "9: \"answer\"; expected one of status N, id low, id high, id N, no payload, short N, "
-         "late TIME, doubled, swapped, never, refuse, die TIME"},
-        {"konfd: status 7", "8: \"status\"; expected one of never, answer \"TEXT\", split, hang up"},
-        {"konfd from SAP 200: never", "7: \"from\"; expected \"TEXT\", Nth, every Nth, chance N% or a colon"},
-        {"canmgr: status seven", "16: \"seven\"; expected a status, such as 7"},
-        {"canmgr: id 1x", "12: \"1x\"; expected an id, such as 0x7003 (or low, high)"},
-        {"canmgr: late 4", "14: \"4\"; expected a time, such as 20ms, 4s or 2min"},
-        {"canmgr: never once", "15: \"once\"; expected a comma and how often, or the rule's end"},
-        {"canmgr: never, thrice", "16: \"thrice\"; expected once, twice, N times or for TIME"},
-        {"canmgr: never, 3", "17: the rule ends here; expected times"},
-        {"canmgr: never, once more", "21: \"more\"; expected the rule's end"},
-        {"konfd: answer -e", "15: \"-e\"; expected the text between double quotes"},
-    };
-    for (const auto& [line, complaint] : table) {
-        EXPECT_EQ(complaint, wrong_with(line)) << line;
-    }
-}
-
-TEST(rules, of_a_file_are_read_whole)
-{
-    const processes::TemporaryDirectory place;
-    const std::string file = (place.path() / "faults").string();
-    std::ofstream(file) << "# two good ones\n\ncanmgr: status 7\n  konfd: never # and that\n";
-    EXPECT_EQ(2U, read_rules(file).size());
-    std::ofstream(file, std::ios::app) << "canmgr: stat 7\nnobody: never\n";
-    try {
-        read_rules(file);
-        ADD_FAILURE() << "two of the rules are wrong";
-    } catch (const BadFile& error) {
-        const std::string text = error.what();
-        EXPECT_EQ(0U, text.find(file + ":5:9: \"stat\"; expected one of")) << text;
-        EXPECT_NE(std::string::npos, text.find("\n" + file + ":6:1: \"nobody\"; expected a manager")) << text;
-    }
-    EXPECT_THROW(read_rules(file + ".not"), BadFile);
 }
 
 const Subject baudrate{
@@ -104,7 +51,7 @@ std::string acts(const std::string& rule, const std::vector<Subject>& messages, 
     return seen;
 }
 
-TEST(rules, act_on_what_they_concern)
+TEST(fault_rules, matching)
 {
     const Subject other{.sap = 7,
                         .client = 201,
@@ -138,7 +85,7 @@ TEST(rules, act_on_what_they_concern)
     }
 }
 
-TEST(rules, act_as_often_as_they_say)
+TEST(fault_rules, counts_and_chance)
 {
     const std::vector<Subject> ten(10, baudrate);
     const std::pair<const char*, const char*> table[] = {
@@ -162,7 +109,7 @@ TEST(rules, act_as_often_as_they_say)
     EXPECT_NEAR(100, static_cast<double>(std::ranges::count(drawn, 'x')), 40);
 }
 
-TEST(rules, act_one_at_a_time_and_count_apart)
+TEST(fault_rules, first_match_acts_each_counts)
 {
     RuleList plan(1);
     plan.add(parse_rule("any: status 7, twice"), {});

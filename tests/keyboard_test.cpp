@@ -24,7 +24,7 @@ void PrintTo(const Shell& shell, std::ostream* out)
 class Completion : public testing::TestWithParam<Shell> {};
 
 // Each line is typed, with tabs, and taken by the gateway as completed.
-TEST_P(Completion, writes_lines_that_are_accepted)
+TEST_P(Completion, completed_lines_are_accepted)
 {
     if (!std::filesystem::exists(GetParam().command.front())) {
         GTEST_SKIP() << GetParam().name << " is missing";
@@ -86,7 +86,7 @@ protected:
     mutable std::optional<processes::Terminal> terminal_;
 };
 
-TEST_F(Prompt, asks_before_a_call_that_may_cut_the_link)
+TEST_F(Prompt, asks_before_a_disconnecting_call)
 {
     processes::Gateway gateway(workplace_, {"--strict"});
     begin();
@@ -103,7 +103,7 @@ TEST_F(Prompt, asks_before_a_call_that_may_cut_the_link)
     EXPECT_NE(gateway.next_line().find("interface 1"), std::string::npos) << "sent without a yes";
 }
 
-TEST_F(Prompt, goes_on_after_an_interrupt_and_a_fault)
+TEST_F(Prompt, continues_after_interrupt_and_error)
 {
     begin();
     EXPECT_EQ(typed(std::string("gpio set-value 5 1") + ctrl_c).find("not delivered"), std::string::npos);
@@ -113,7 +113,7 @@ TEST_F(Prompt, goes_on_after_an_interrupt_and_a_fault)
 }
 
 #ifdef VOR_EDITED
-TEST_F(Prompt, completes_and_lists)
+TEST_F(Prompt, completion)
 {
     begin();
     EXPECT_NE(typed("gpi\tset-v\t5 1 --dry\t\n").find("gpio set-value: dry run"), std::string::npos);
@@ -123,7 +123,7 @@ TEST_F(Prompt, completes_and_lists)
     end();
 }
 
-TEST_F(Prompt, remembers_no_line_with_a_secret)
+TEST_F(Prompt, history_omits_secrets)
 {
     begin();
     typed("gpio set-value 5 1 --dry-run\n");
@@ -145,7 +145,7 @@ TEST_F(Prompt, remembers_no_line_with_a_secret)
 
 #ifdef VOR_MANUAL
 // Pages refer to each other; where they are not installed, they are not found.
-TEST(manual, is_clean)
+TEST(manual, lints_and_lists_every_command)
 {
     if (!std::filesystem::exists("/usr/bin/mandoc")) {
         GTEST_SKIP() << "mandoc is missing";

@@ -44,7 +44,7 @@ std::string steps(vor_int32 result)
 
 } // namespace
 
-TEST(konfd, a_query_is_sent_with_its_counted_length_and_judged)
+TEST(konfd, query_is_sent_and_answer_decides)
 {
     for (const auto& reply : replies<0>) {
         begin_talk({"-o"});
@@ -62,7 +62,7 @@ TEST(konfd, a_query_is_sent_with_its_counted_length_and_judged)
     }
 }
 
-TEST(konfd, a_stale_answer_is_not_read_again)
+TEST(konfd, stale_answer_is_not_reread)
 {
     begin_talk({"-o", "-", "-o"});
     vor_cfg_create_sock_endpoint();
@@ -74,7 +74,7 @@ TEST(konfd, a_stale_answer_is_not_read_again)
     EXPECT_EQ(fake::event_names(), "socket unix connect send recv send recv send recv") << "the connection stays open";
 }
 
-TEST(konfd, a_query_that_cannot_be_sent)
+TEST(konfd, unsendable_queries)
 {
     const struct {
         const char* what;
@@ -145,7 +145,7 @@ const std::string connected = "socket 1 1 0; unix /tmp/konfd.socket; connect 1; 
 } // namespace
 
 // Two wifi commands share one answer.
-TEST(konfd, a_long_network_name_and_passphrase_arrive_whole)
+TEST(konfd, long_texts_arrive_whole)
 {
     const std::string name(32, 's');
     const std::string phrase(63, 'p');
@@ -169,7 +169,7 @@ TEST(konfd, a_long_network_name_and_passphrase_arrive_whole)
             "; recv 9 50 0; close 1");
 }
 
-TEST(konfd, an_interface_address_is_shown_stored_and_told)
+TEST(konfd, interface_ip_is_printed_and_stored)
 {
     const std::string command = R"(-s -l "ip-address dhcp" -r "^ip-address" "interface eth1")";
     begin_talk({"-e", "-o"});
@@ -192,7 +192,7 @@ TEST(konfd, an_interface_address_is_shown_stored_and_told)
                            "The konfd socket removed\n");
 }
 
-TEST(konfd, a_send_that_fails_is_told_too)
+TEST(konfd, failed_send_is_printed)
 {
     begin_talk({});
     fake::script.socket_sends[1] = 0xffff;
@@ -203,7 +203,7 @@ TEST(konfd, a_send_that_fails_is_told_too)
                        "The command to konfd socket sent ret is -1\n");
 }
 
-TEST(konfd, the_last_answer_decides_a_fixed_command)
+TEST(konfd, last_answer_decides_fixed_command)
 {
     for (const auto& reply : replies<0>) {
         begin_talk({"-o"});
@@ -224,7 +224,7 @@ TEST(konfd, the_last_answer_decides_a_fixed_command)
 }
 
 // The two calls look at the low 16 bits of what the platform returns.
-TEST(konfd, where_a_fixed_command_gives_up)
+TEST(konfd, fixed_command_failure_points)
 {
     struct End {
         vor_int32 result;
@@ -276,7 +276,7 @@ TEST(konfd, where_a_fixed_command_gives_up)
     }
 }
 
-TEST(konfd, a_missing_address_is_met_after_the_first_answer)
+TEST(konfd, null_address_fails_after_first_answer)
 {
     begin_talk({"-o", "-o"});
     const auto printed = printed_by(

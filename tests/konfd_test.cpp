@@ -1,7 +1,7 @@
 // The query builder: its texts, their counted lengths, and what it does without memory.
 #include "konfd_test.hpp"
 
-TEST(konfd, commands_and_their_counted_lengths)
+TEST(konfd_query, command_and_counted_length)
 {
     const struct {
         vor_uchar op;
@@ -35,7 +35,7 @@ TEST(konfd, commands_and_their_counted_lengths)
     }
 }
 
-TEST(konfd, the_length_is_added_to)
+TEST(konfd_query, length_is_added)
 {
     fake::reset();
     Query query(1);
@@ -49,7 +49,7 @@ TEST(konfd, the_length_is_added_to)
     EXPECT_EQ(Query(3).command(33), "null 0");
 }
 
-TEST(konfd, null_arguments)
+TEST(konfd_query, null_arguments)
 {
     fake::reset();
     Query query(1);
@@ -78,7 +78,7 @@ TEST(konfd, null_arguments)
     EXPECT_EQ(fake::live_allocations(), 1) << "the record alone: nothing was built";
 }
 
-TEST(konfd, a_record_leaves_its_path_elements_behind)
+TEST(konfd_query, cleanup_leaves_path_elements)
 {
     fake::reset();
     Query(2).line("a", "b").pattern("a", "b").priority("1").path("i", "1").path("j", "2");
@@ -86,7 +86,7 @@ TEST(konfd, a_record_leaves_its_path_elements_behind)
     EXPECT_EQ(fake::events(), "nothing");
 }
 
-TEST(konfd, a_setter_without_memory_keeps_the_text_it_has)
+TEST(konfd_query, setter_without_memory_keeps_text)
 {
     for (int nth = 1;; ++nth) {
         fake::reset();
@@ -105,7 +105,7 @@ TEST(konfd, a_setter_without_memory_keeps_the_text_it_has)
     }
 }
 
-TEST(konfd, without_memory_there_is_no_record_and_no_path_element)
+TEST(konfd_query, record_and_path_without_memory)
 {
     fake::reset();
     fail_allocation(1);
@@ -124,7 +124,7 @@ TEST(konfd, without_memory_there_is_no_record_and_no_path_element)
     EXPECT_EQ(query.command(), R"(18 `-u -r "^a$" ""\0   `)") << "and is rendered as the empty text it is";
 }
 
-TEST(konfd, a_command_without_memory_is_none)
+TEST(konfd_query, command_without_memory_is_null)
 {
     for (int nth = 1;; ++nth) {
         fake::reset();
@@ -143,7 +143,7 @@ TEST(konfd, a_command_without_memory_is_none)
 }
 
 // What could not be appended is left out; the count and the memory behind it stay.
-TEST(konfd, a_command_of_a_passing_shortage_has_all_it_counts)
+TEST(konfd_query, command_after_passing_shortage_keeps_count)
 {
     for (int nth = 1;; ++nth) {
         fake::reset();

@@ -19,17 +19,11 @@ add_executable(library_test
   common_test.cpp
   cpp_front_end_test.cpp
   konfd_talk_test.cpp
-  konfd_test.cpp
-  abi/signatures.c)
+  konfd_test.cpp)
 # Two libraries bear the platform's name: the path's order is ours to say, not CMake's to work out.
-set_target_properties(library_test PROPERTIES
-  SKIP_BUILD_RPATH ON
-  C_STANDARD 11
-  C_STANDARD_REQUIRED ON
-  C_EXTENSIONS OFF)
+set_target_properties(library_test PROPERTIES SKIP_BUILD_RPATH ON)
 target_link_options(library_test PRIVATE
   LINKER:-rpath,${CMAKE_CURRENT_BINARY_DIR}/fake LINKER:-rpath,$<TARGET_FILE_DIR:device_mgmt>)
-set_source_files_properties(abi/signatures.c PROPERTIES COMPILE_OPTIONS -Wpedantic)
 vor_precompile(library_test filesystem fmt/core.h functional gtest/gtest.h map optional sstream string vector)
 target_link_libraries(library_test PRIVATE fake_vorinfra device_mgmt GTest::gtest_main vor_warnings ${CMAKE_DL_LIBS})
 

@@ -83,7 +83,7 @@ bool binds(const std::string& path)
     return bind(socket(AF_UNIX, SOCK_DGRAM, 0), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
 }
 
-TEST_F(Neighbour, another_user_reaches_nothing_of_a_gateway)
+TEST_F(Neighbour, other_user_has_no_access)
 {
     if (geteuid() != 0) {
         GTEST_SKIP() << "only root can be another user";
@@ -117,7 +117,7 @@ TEST_F(Neighbour, another_user_reaches_nothing_of_a_gateway)
 }
 
 // In a directory that others may write to, where a name points to may be their choice.
-TEST_F(Neighbour, a_planted_link_is_refused)
+TEST_F(Neighbour, planted_links_are_refused)
 {
     std::ofstream(path("mine")) << "mine";
     for (const char* const link : {"open/state", "open/run", "open/vorsim.control", "open/sap-7"}) {
@@ -137,7 +137,7 @@ TEST_F(Neighbour, a_planted_link_is_refused)
     EXPECT_EQ("mine", contents(path("mine")));
 }
 
-TEST_F(Neighbour, a_full_disk_is_told)
+TEST_F(Neighbour, full_disk_is_reported)
 {
     EXPECT_TRUE(says("vorcfg list > /dev/full", 10, "vorcfg: standard output: No space left on device"));
     EXPECT_TRUE(says("trap '' XFSZ; ulimit -f 0; vorsim --state state", 2, // no file may grow
@@ -146,7 +146,7 @@ TEST_F(Neighbour, a_full_disk_is_told)
     EXPECT_TRUE(says("vorsim show > /dev/full", 1, "cannot write to standard output: No space left on device"));
 }
 
-TEST_F(Neighbour, no_descriptor_left_is_told)
+TEST_F(Neighbour, descriptor_exhaustion_is_reported)
 {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "the sanitizer needs descriptors to look at an object";
@@ -196,7 +196,7 @@ bool leaves_a_core(const std::function<void()>& dying, int ready)
     return WCOREDUMP(status);
 }
 
-TEST_F(Neighbour, a_passphrase_is_in_no_core)
+TEST_F(Neighbour, core_file_holds_no_passphrase)
 {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "the sanitizer forbids cores";

@@ -78,7 +78,7 @@ public:
     std::string own;   // host and port
 };
 
-TEST(page, is_for_who_holds_its_link)
+TEST(page, access_requires_token)
 {
     const Page page({"--http-control"});
     const std::string events = "GET /events" + page.token;
@@ -125,7 +125,7 @@ TEST(page, is_for_who_holds_its_link)
         page.place.run(fmt::format("VORINFRA_DIR=$PWD/b vorsim --http {}; echo $?; ls b 2>&-", port)).text);
 }
 
-TEST(page, holds_up_nobody_and_ends_with_its_gateway)
+TEST(page, never_blocks_and_ends_with_gateway)
 {
     Page page({});
     std::vector<Descriptor> clients;
@@ -231,7 +231,7 @@ private:
     int last_ = 0;
 };
 
-TEST(page, shows_and_switches_in_a_browser_and_nothing_for_another_site)
+TEST(page, browser_shows_and_switches)
 {
     const Page page({"--http-control"});
     if (page.place.run("command -v chromium").exit_code != 0) {

@@ -74,9 +74,9 @@ inline VORINFRA_MESSAGE next(VOR_IPC_HANDLE* handle)
     return message;
 }
 
-class PlatformTest : public testing::Test {
+class Platform : public testing::Test {
 protected:
-    PlatformTest()
+    Platform()
     {
         for (const char* variable : {"VORINFRA_TIMEOUT_MS", "VORINFRA_LOG", "VORINFRA_TIMERS", "VORINFRA_ROOT"}) {
             unsetenv(variable);

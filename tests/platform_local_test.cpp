@@ -12,7 +12,7 @@ namespace {
 
 // --- Buffers ----------------------------------------------------------------
 
-TEST_F(PlatformTest, longest_free_buffer_is_taken_first)
+TEST_F(Platform, longest_free_buffer_is_reused_first)
 {
     VOR_IPC_MSG_REF first;
     VOR_IPC_MSG_REF second;
@@ -50,7 +50,7 @@ TEST_F(PlatformTest, longest_free_buffer_is_taken_first)
     }
 }
 
-TEST_F(PlatformTest, wrong_references_are_told_and_ignored)
+TEST_F(Platform, invalid_references_are_reported_and_ignored)
 {
     Message message;
     VOR_IPC_MSG_REF copy = message.ref;
@@ -66,7 +66,7 @@ TEST_F(PlatformTest, wrong_references_are_told_and_ignored)
     EXPECT_EQ(1U, vorinfra_buffers_taken());
 }
 
-TEST_F(PlatformTest, unbinding_takes_back_its_buffers_only)
+TEST_F(Platform, unbind_frees_only_its_buffers)
 {
     VOR_IPC_HANDLE* const client = vor_ipc_bind(client_sap, 0);
     VOR_IPC_MSG_REF held;
@@ -82,7 +82,7 @@ TEST_F(PlatformTest, unbinding_takes_back_its_buffers_only)
     EXPECT_NE(nullptr, kept.payload());
 }
 
-TEST_F(PlatformTest, nothing_is_done_without_a_handle)
+TEST_F(Platform, calls_without_a_handle_fail)
 {
     VOR_IPC_HANDLE* const gone = vor_ipc_bind(client_sap, 0);
     EXPECT_EQ(1, vor_ipc_unbind(gone));
@@ -110,7 +110,7 @@ TEST_F(PlatformTest, nothing_is_done_without_a_handle)
 
 std::promise<void> fired;
 
-TEST_F(PlatformTest, timers_are_recorded_and_run_on_request_only)
+TEST_F(Platform, timers_run_only_on_request)
 {
     const auto newest = [] {
         std::vector<VORINFRA_TIMER> timers(vorinfra_timers(nullptr, 0));
@@ -134,7 +134,7 @@ TEST_F(PlatformTest, timers_are_recorded_and_run_on_request_only)
     EXPECT_EQ(3U, newest().milliseconds); // set once only, or the promise would have thrown
 }
 
-TEST_F(PlatformTest, log_shows_the_levels_asked_for)
+TEST_F(Platform, log_levels)
 {
     const auto log = [] { return errors_of([] { vor_dbg_log(0x8000, " in %d seconds\n", 5); }); };
     EXPECT_EQ("", log());
@@ -158,7 +158,7 @@ TEST_F(PlatformTest, log_shows_the_levels_asked_for)
     EXPECT_EQ("", send());
 }
 
-TEST_F(PlatformTest, stream_sockets_lie_under_the_root)
+TEST_F(Platform, stream_sockets_are_under_the_root)
 {
     setenv("VORINFRA_ROOT", (home + "//").c_str(), 1);
     setenv("VORINFRA_TIMEOUT_MS", "50", 1);
@@ -223,7 +223,7 @@ VOR_UNIX_SOCKET* connected(std::string path, vor_int32 result)
     return socket;
 }
 
-TEST_F(PlatformTest, an_answer_too_late_ends_its_connection)
+TEST_F(Platform, late_answer_ends_its_connection)
 {
     setenv("VORINFRA_ROOT", home.c_str(), 1);
     setenv("VORINFRA_TIMEOUT_MS", "50", 1);
@@ -240,7 +240,7 @@ TEST_F(PlatformTest, an_answer_too_late_ends_its_connection)
     close(listener);
 }
 
-TEST_F(PlatformTest, a_stream_socket_of_another_user_is_not_talked_to)
+TEST_F(Platform, stream_socket_of_another_user_is_refused)
 {
     if (geteuid() != 0) {
         GTEST_SKIP() << "only root can be another user";

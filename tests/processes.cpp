@@ -141,7 +141,7 @@ Workplace::Workplace()
     namespace fs = std::filesystem;
     fs::create_directories(path() / "bin");
     fs::create_directories(path() / "root/tmp");
-    for (const char* tool : {"vorcfg", "vorsim", "manager"}) {
+    for (const char* tool : {"vorcfg", "vorcfg-page", "vorsim", "manager"}) {
         const fs::path script = path() / "bin" / tool;
         std::ofstream(script) << "#!/bin/sh\nexec " VOR_EMULATOR " \"" VOR_BUILD_DIR "/" << tool << "\" \"$@\"\n";
         fs::permissions(script, fs::perms::owner_all);

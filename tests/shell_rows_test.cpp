@@ -1,6 +1,8 @@
 // vorcfg's rows: against the headers, and each argument's least and most at the platform's boundary.
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <set>
 
@@ -21,7 +23,7 @@ using Names = std::set<std::string>;
 
 const std::filesystem::path source = VOR_SOURCE_DIR;
 
-TEST(rows, are_the_declared_calls)
+TEST(rows, match_declared_calls)
 {
     Names rows;
     Names names;
@@ -40,7 +42,7 @@ TEST(rows, are_the_declared_calls)
     EXPECT_EQ(alone, Names()) << "have a row or a declaration, not both";
 }
 
-TEST(rows, name_their_arguments_as_the_headers_do)
+TEST(rows, argument_names_match_headers)
 {
     for (const Row* const row :
          rows_that([](const Row& each) { return each.make != nullptr && each.read == nullptr; })) {
@@ -268,7 +270,7 @@ std::string fault_of(const Row& row, const Argument& argument, const Line& line,
 
 // No value is sent that the call would mangle, and no two words send the same: for some word of the worded
 // arguments beside it, if there are any.
-TEST(rows, send_each_argument_as_given)
+TEST(rows, limits_of_every_argument)
 {
     const auto sends = [](const Row& row) {
         return row.make != nullptr && row.channel != Channel::none && row.read == nullptr;
@@ -286,7 +288,7 @@ TEST(rows, send_each_argument_as_given)
 }
 
 // Every call runs, nothing reaches the platform, and what is shown of a secret is the mask alone.
-TEST(rows, run_dry_and_show_no_secret)
+TEST(rows, dry_run_shows_no_secret)
 {
     for (const Row* const row : rows_that([](const Row& each) { return each.make != nullptr; })) {
         Secrets secrets({.literals = true});
@@ -303,7 +305,7 @@ TEST(rows, run_dry_and_show_no_secret)
 }
 
 // Wherever a passphrase lands by mistake, no complaint repeats it.
-TEST(rows, repeat_no_word_of_a_line_with_a_secret)
+TEST(rows, errors_repeat_no_secret)
 {
     const auto has_secret = [](const Row& row) { return std::ranges::any_of(row.arguments(), &Argument::is_secret); };
     for (const Row* const row : rows_that(has_secret)) {
@@ -323,15 +325,19 @@ TEST(rows, repeat_no_word_of_a_line_with_a_secret)
 
 class Page : public testing::TestWithParam<std::string> {};
 
-// What `vorcfg docs` prints now is what stands in docs/calls.
-TEST_P(Page, is_what_the_rows_and_the_header_say)
+TEST_P(Page, is_up_to_date)
 {
     const processes::Workplace workplace;
     processes::Gateway gateway(workplace, {"--strict"});
-    const std::string page = processes::contents(source / "docs/calls" / (GetParam() + ".md"));
-    EXPECT_EQ(page, workplace.run("vorcfg --yes docs " + GetParam()).text)
-        << "print it anew: docs/testing.md tells how";
+    const std::filesystem::path file = source / "docs/calls" / (GetParam() + ".md");
+    const processes::Output page = workplace.run("vorcfg-page " + GetParam());
+    EXPECT_EQ(0, page.exit_code) << page.text;
     EXPECT_EQ(0, gateway.stop(SIGTERM));
+    if (std::getenv("VOR_REGENERATE") != nullptr && !HasFailure()) {
+        std::ofstream(file) << page.text;
+    } else {
+        EXPECT_EQ(processes::contents(file), page.text) << "run scripts/regenerate";
+    }
 }
 
 std::vector<std::string> headers()

@@ -3,7 +3,7 @@ vor_test(shell_test
   SOURCES shell_test.cpp shell_rows_test.cpp
   LIBRARIES vorcfg_core device_mgmt vorinfra ${CMAKE_DL_LIBS})
 set_target_properties(shell_test PROPERTIES ENABLE_EXPORTS ON)
-add_dependencies(shell_test vorcfg vorsim)
+add_dependencies(shell_test vorcfg vorcfg-page vorsim)
 
 # vorcfg at a terminal: its prompt, and its completion in the shells themselves.
 vor_test(keyboard_test SOURCES keyboard_test.cpp)

@@ -71,7 +71,7 @@ std::vector<std::string> telling_values(const Row& row, const Argument& argument
     return {};
 }
 
-TEST(values, are_shown_as_they_were_given)
+TEST(shown_values, limits_of_every_argument)
 {
     Desk desk;
     const auto is_sent = [](const Row& row) {

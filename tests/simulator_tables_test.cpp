@@ -76,7 +76,7 @@ bool same_elements(const MessageRow& one, const MessageRow& other)
 }
 
 // A row that another row's message fits as well would never be found.
-TEST(tables, tell_every_message_from_its_siblings)
+TEST(tables, messages_are_distinguishable)
 {
     for (const vorsim::Manager& manager : vorsim::managers) {
         std::vector<const MessageRow*> earlier;
@@ -97,7 +97,7 @@ TEST(tables, tell_every_message_from_its_siblings)
     }
 }
 
-TEST(tables, name_declared_calls_and_their_arguments)
+TEST(tables, names_match_headers)
 {
     for (const auto& [row, manager] : vorsim::all_rows()) {
         const std::vector<Declared> calls = matching(row->call);
@@ -116,7 +116,7 @@ TEST(tables, name_declared_calls_and_their_arguments)
     }
 }
 
-TEST(tables, answer_with_the_fields_of_the_declared_records)
+TEST(tables, answers_match_declared_records)
 {
     const vorsim::State state;
     vorsim::Measurements measurements(1);

@@ -95,7 +95,7 @@ struct Sent {
 constexpr bool request = true;
 constexpr bool one_way = false;
 
-TEST(messages, that_the_tables_do_not_know_are_complained_about)
+TEST(messages, mismatches_are_reported)
 {
     const Sent table[] = {
         {4, 0x4005, "1 i16 3", request, none, "strict: gpiomgr(4) 0x4005: no such message -> status 2"},
@@ -147,7 +147,7 @@ TEST(messages, that_the_tables_do_not_know_are_complained_about)
     EXPECT_EQ("", gateway.state().text()) << "what is complained about is not kept";
 }
 
-TEST(measurements, move_from_call_to_call_and_are_the_seeds_own)
+TEST(measurements, change_and_repeat_by_seed)
 {
     const auto polls = [](const Decision& decision) {
         const auto& values = decision.record.answer_values;
@@ -180,7 +180,7 @@ TEST(measurements, move_from_call_to_call_and_are_the_seeds_own)
     EXPECT_NE(send(gateway, 8, 0x8009, "").answer, send(gateway, 8, 0x8009, "").answer);
 }
 
-TEST(state, holds_the_latest_by_object)
+TEST(state, latest_values_per_object)
 {
     Gateway gateway({});
     send(gateway, 4, 0x4004, "1 i16 10 | 5 str mains | 6 i16 1");
@@ -204,7 +204,7 @@ TEST(state, holds_the_latest_by_object)
     EXPECT_FALSE(gpio["objects"].contains("port 7"));
 }
 
-TEST(secrets, appear_nowhere_unless_asked_for)
+TEST(secrets, masked_unless_requested)
 {
     const Sent table[] = {
         {7, 0x7006, "1 i16 0 | 2 str net | 3 i16 2 | 4 str hunter2", request, 1, ""},
@@ -238,7 +238,7 @@ bool harmless(const std::string& text)
     return std::ranges::none_of(text, is_control) && vor::Json::read('"' + text + '"').has_value();
 }
 
-TEST(texts, of_any_bytes_are_harmless_in_lines_and_json)
+TEST(texts, escaped_for_terminal_and_json)
 {
     for (int first = 0; first < 256; ++first) {
         for (const int second : {0x00, 0x22, 0x7f, 0x80, 0x8f, 0x90, 0x9b, 0xa0, 0xbf, 0xc0, 0xff}) {
@@ -255,7 +255,7 @@ TEST(texts, of_any_bytes_are_harmless_in_lines_and_json)
     }
 }
 
-TEST(log_file, reads_the_fields_of_its_option_only)
+TEST(log_file, fields_depend_on_option)
 {
     const auto record = [](std::uint8_t option, std::size_t at, const std::string& text) {
         std::vector<std::uint8_t> bytes(260, 'x'); // what the sender's buffer happened to hold

@@ -74,7 +74,7 @@ protected:
     Gateway gateway{workplace, {"--journal", "gateway.journal", "--lenient-konfd"}};
 };
 
-TEST_F(Site, killed_at_any_moment_ends_with_every_line_accepted_once)
+TEST_F(Site, killed_anytime_each_line_accepted_once)
 {
     constexpr unsigned lines = 120; // more than are made between the kills
     std::string file;
@@ -150,7 +150,7 @@ TEST_F(Site, killed_at_any_moment_ends_with_every_line_accepted_once)
     EXPECT_GT(unknown, 0U) << "no kill hit a call under way";
 }
 
-TEST_F(Site, a_change_sends_what_changed_and_what_follows)
+TEST_F(Site, change_sends_changed_and_dependent_lines)
 {
     EXPECT_EQ(0, workplace.run("vorcfg apply examples/site.conf").exit_code);
     const std::size_t before = told(workplace).size();
@@ -172,7 +172,7 @@ TEST_F(Site, a_change_sends_what_changed_and_what_follows)
     EXPECT_EQ(0, workplace.run("vorcfg plan examples/site.conf").exit_code);
 }
 
-TEST_F(Site, at_a_terminal_tells_how_far_it_is_and_asks_about_each_unknown_line)
+TEST_F(Site, terminal_shows_progress_and_asks_per_unknown_line)
 {
     std::string file;
     for (int i = 1; i <= 20; i++) {
@@ -199,7 +199,7 @@ TEST_F(Site, at_a_terminal_tells_how_far_it_is_and_asks_about_each_unknown_line)
     EXPECT_EQ(R"(vor_cfg_set_can_id port 2 {"port_num":2,"can_id":7,"option":1})", told(workplace, before).at(0));
 }
 
-TEST_F(Site, what_another_call_took_back_is_made_again)
+TEST_F(Site, opposite_call_makes_line_due)
 {
     constexpr std::pair<const char*, const char*> opposites[] = {
         {"adc set-config-polling 1 1 1 1000 1", "adc reset-config-mode 1 1 1 0"},
@@ -216,7 +216,7 @@ TEST_F(Site, what_another_call_took_back_is_made_again)
 }
 
 // The waiting process is seen by what it does to the journal.
-TEST_F(Site, a_confirmed_apply_is_taken_back_unless_it_is_confirmed)
+TEST_F(Site, unconfirmed_apply_is_reverted)
 {
     write(workplace, "f", "ip set-dhcp 1 1\ncan set-id 1 7 1\ncan set-baudrate 1 250000 1\n");
     EXPECT_EQ(0, workplace.run("vorcfg apply f").exit_code);
@@ -260,7 +260,7 @@ TEST_F(Site, a_confirmed_apply_is_taken_back_unless_it_is_confirmed)
     EXPECT_EQ(11, workplace.run("vorcfg plan f").exit_code);
 }
 
-TEST_F(Site, bytes_that_are_no_text_are_accepted_once_and_taken_back)
+TEST_F(Site, non_utf8_values_apply_and_revert)
 {
     write(workplace, "f",
           "gpio set-channel-name 3 d\xff"
@@ -279,52 +279,7 @@ TEST_F(Site, bytes_that_are_no_text_are_accepted_once_and_taken_back)
         << told(workplace).back();
 }
 
-TEST_F(Site, what_is_never_sent_in_an_older_journal_changes_nothing)
-{
-    write(workplace, "f", "devicename set-device-name gateway-17 1\n");
-    EXPECT_EQ(0, workplace.run("vorcfg apply f").exit_code);
-    workplace.run("sed -i 's/\"device_name\":\"gateway-17\"/&,\"option\":2/' f.journal");
-    EXPECT_EQ(0, workplace.run("vorcfg plan f").exit_code);
-    EXPECT_EQ(std::string::npos, workplace.run("vorcfg report f.journal").text.find("option"));
-
-    // but what another version may have sent does
-    workplace.run("sed -i 's/\"device_name\":\"gateway-17\"/&,\"unheard_of\":2/' f.journal");
-    EXPECT_EQ(11, workplace.run("vorcfg plan f").exit_code);
-}
-
-TEST_F(Site, a_journal_that_cannot_be_used_is_refused)
-{
-    write(workplace, "f", "can set-id 1 7 1\ncan set-id 2 7 1\n");
-    EXPECT_EQ(0, workplace.run("vorcfg apply f --gateway tower-17").exit_code);
-    const std::size_t messages = told(workplace).size();
-    const auto apply = [&](const std::string& before, const std::string& options = "") {
-        return workplace.run("cp f.journal j; " + before + "\nvorcfg apply f --journal j " + options).text;
-    };
-    EXPECT_EQ("vorcfg: j: is of gateway \"tower-17\", not of \"tower-18\"\n", apply("", "--gateway tower-18"));
-    EXPECT_EQ(12, workplace.run("vorcfg plan f --gateway tower-18").exit_code);
-    EXPECT_EQ("vorcfg: j: line 1: a journal of version 2, and this vorcfg knows 1\n", apply("sed -i '1s/1/2/' j"));
-    EXPECT_EQ("vorcfg: j: line 3 is broken\n", apply("sed -i '3s/end/x\"/' j"));
-    EXPECT_EQ("vorcfg: j: line 4: call 2 has not begun\n", apply("sed -i '4s/.*//;4d' j"));
-    EXPECT_EQ("vorcfg: j: another vorcfg is at work with this journal\n", apply("exec 9<j; flock 9"));
-    EXPECT_EQ("vorcfg: j: line 1: is no journal\n", apply("cp f j; echo {} > j; cat f.journal >> j"));
-    EXPECT_EQ("vorcfg: j: line 2: option is null, which is no value\n",
-              apply("sed -i '2s/\"option\":1/\"option\":null/' j"));
-    EXPECT_EQ(messages, told(workplace).size());
-
-    // torn where the last verdict was being written
-    EXPECT_EQ("vorcfg: j: line 5 is torn and has been taken away\n"
-              "vorcfg: j is of gateway \"tower-17\"; --gateway says which one this is\n"
-              "f:2: can set-id 2: unknown: begun 2027-01-15 08:00 UTC, no verdict\n"
-              "vorcfg: f: 1 line without a verdict; --retry-unknown makes them again, --skip-unknown leaves them out; "
-              "nothing was sent\n",
-              apply("sed -i 's/\"at\":\"[^\"]*\"/\"at\":\"2027-01-15T08:00:00Z\"/' j; truncate -s -9 j"));
-    EXPECT_EQ(messages, told(workplace).size());
-    EXPECT_EQ("f: 0 accepted, 0 sent, 0 unread, 0 unknown, 0 refused, 0 not made; 1 done before; 1 left unknown\n",
-              workplace.run("vorcfg apply f --journal j --gateway tower-17 --skip-unknown | tail -n 1").text);
-    EXPECT_EQ(messages, told(workplace).size());
-}
-
-TEST_F(Site, what_ends_it_from_outside_leaves_an_account)
+TEST_F(Site, interruption_and_full_disk_report_totals)
 {
     write(workplace, "f", "can set-id 1 7 1\ncan set-id 2 7 1\ncan set-id 3 7 1\n");
     const auto interrupted = [&](const std::string& command, int signal) {
@@ -371,7 +326,7 @@ TEST_F(Site, what_ends_it_from_outside_leaves_an_account)
     }
 }
 
-TEST_F(Site, no_secret_is_in_anything_that_is_written)
+TEST_F(Site, output_and_journal_hold_no_secret)
 {
     const std::vector<std::string> secrets{"gr33n-lit", "gr33n-file", "gr33n-var", "gr33n-konfd"};
     write(workplace, "17.key", "gr33n-file\n");

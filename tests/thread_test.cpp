@@ -1,11 +1,9 @@
-// What several threads, and several processes, may do with the platform at once. ThreadSanitizer watches.
+// Several threads using the platform at once; run under ThreadSanitizer.
 #include <array>
 #include <atomic>
 #include <cstring>
 #include <thread>
 #include <vector>
-
-#include <sys/wait.h>
 
 #include "platform_fixture.hpp"
 
@@ -71,7 +69,7 @@ int exchanges(vor_uint16 sap)
 constexpr int all = rounds * managers;
 
 // Each holds its own buffers while the others bind and unbind, which takes back theirs.
-TEST_F(PlatformTest, threads_with_endpoints_of_their_own_do_not_meet)
+TEST_F(Platform, threads_with_own_endpoints)
 {
     const std::array<Echo, managers> echoes{Echo(1), Echo(2), Echo(3)};
     std::array<int, 4> right{};
@@ -97,7 +95,7 @@ TEST_F(PlatformTest, threads_with_endpoints_of_their_own_do_not_meet)
     EXPECT_EQ((std::array{all, all, all, all}), right);
 }
 
-TEST_F(PlatformTest, a_buffer_outlives_the_endpoint_of_another_thread)
+TEST_F(Platform, buffer_survives_unbind_in_another_thread)
 {
     const Bound own(client_sap);
     VOR_IPC_HANDLE* newest = nullptr;
@@ -105,30 +103,6 @@ TEST_F(PlatformTest, a_buffer_outlives_the_endpoint_of_another_thread)
     Message message;
     EXPECT_EQ(1, vor_ipc_unbind(newest));
     EXPECT_NE(nullptr, message.payload());
-}
-
-TEST_F(PlatformTest, processes_with_endpoints_of_their_own_do_not_meet)
-{
-    ASSERT_NE(nullptr, vorinfra_directory());
-    int start[2];
-    ASSERT_EQ(0, pipe(start));
-    std::vector<pid_t> clients;
-    for (vor_uint16 sap = 200; sap < 203; sap++) { // before there are threads
-        clients.push_back(fork());
-        if (clients.back() == 0) {
-            char byte;
-            close(start[1]);
-            _exit(read(start[0], &byte, 1) == 0 && exchanges(sap) == all ? 0 : 1);
-        }
-    }
-    const std::array<Echo, managers> echoes{Echo(1), Echo(2), Echo(3)};
-    close(start[0]);
-    close(start[1]);
-    for (const pid_t client : clients) {
-        int status = -1;
-        EXPECT_EQ(client, waitpid(client, &status, 0));
-        EXPECT_EQ(0, status);
-    }
 }
 
 } // namespace

@@ -1,12 +1,12 @@
-// Runs what the documents show and compares what they promise.
+// Documents show what the tools print: every command is run again and the document compared with the result.
 //
-// A fenced block marked `console` holds commands after "$ " and, under each,
-// the whole of what it prints. A block marked `gateway` holds the next lines of
-// the vorsim that runs while its document is read.
+// In a fenced block marked `console`, "$ " begins a command and the lines below are all that it prints. A block marked
+// `gateway` holds the next lines of the vorsim that runs while its document is read, one marked `file NAME` a file for
+// the commands. scripts/regenerate sets VOR_REGENERATE: then the result replaces the document.
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
-#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -16,43 +16,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Step {
-    std::size_t line;
-    bool gateway; // lines of vorsim, else a command and its output
-    std::string command;
-    std::string expected;
-};
-
-std::vector<Step> steps_of(const fs::path& document)
-{
-    std::ifstream file(document);
-    std::vector<Step> steps;
-    std::string text;
-    std::string block;
-    for (std::size_t number = 1; std::getline(file, text); ++number) {
-        if (text.rfind("```", 0) == 0) {
-            block = block.empty() ? text.substr(3) : "";
-            if (block == "gateway") {
-                steps.push_back({number, true, "the gateway's lines", {}});
-            }
-            continue;
-        }
-        if (block == "console" && text.rfind("$ ", 0) == 0) {
-            steps.push_back({number, false, text.substr(2), {}});
-        } else if ((block == "console" || block == "gateway") && !steps.empty()) {
-            steps.back().expected += text + "\n";
-        }
-    }
-    return steps;
-}
-
 std::vector<fs::path> documents()
 {
     const fs::path root = VOR_SOURCE_DIR;
     std::vector<fs::path> found{root / "README.md"};
     for (const fs::path& folder : {root / "docs", root / "docs/calls", root / "tests/transcripts"}) {
         for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-            if (entry.path().extension() == ".md" && !steps_of(entry.path()).empty()) {
+            if (entry.path().extension() == ".md" &&
+                processes::contents(entry.path()).find("\n```console\n") != std::string::npos) {
                 found.push_back(entry.path());
             }
         }
@@ -61,24 +32,44 @@ std::vector<fs::path> documents()
     return found;
 }
 
+std::string run_again(const fs::path& document, const processes::Workplace& workplace, processes::Gateway& gateway)
+{
+    std::ifstream file(document);
+    std::string result;
+    std::string block;
+    for (std::string line; std::getline(file, line);) {
+        const bool fence = line.starts_with("```");
+        const bool command = block == "console" && line.starts_with("$ ");
+        if (block == "gateway" && !fence) {
+            result += gateway.next_line() + '\n';
+        } else if (block != "console" || fence || command) {
+            result += line + '\n';
+        }
+        if (fence) {
+            block = block.empty() ? line.substr(3) : "";
+        } else if (command) {
+            result += workplace.run(line.substr(2)).text;
+        } else if (block.starts_with("file ")) {
+            std::ofstream(workplace.path() / block.substr(5), std::ios::app) << line << '\n';
+        }
+    }
+    return result;
+}
+
 class Transcript : public testing::TestWithParam<fs::path> {};
 
-TEST_P(Transcript, is_what_happens)
+TEST_P(Transcript, matches_output)
 {
     const processes::Workplace workplace;
     processes::Gateway gateway(workplace, {"--strict"});
-    for (const Step& step : steps_of(GetParam())) {
-        const std::string place = GetParam().string() + ":" + std::to_string(step.line) + ": " + step.command;
-        if (step.gateway) {
-            std::istringstream lines(step.expected);
-            for (std::string line; std::getline(lines, line);) {
-                EXPECT_EQ(gateway.next_line(), line) << place;
-            }
-        } else {
-            EXPECT_EQ(workplace.run(step.command).text, step.expected) << place;
-        }
-    }
+    const std::string result = run_again(GetParam(), workplace, gateway);
     EXPECT_EQ(gateway.stop(SIGTERM), 0) << "vorsim complained in strict mode";
+    if (std::getenv("VOR_REGENERATE") != nullptr) {
+        std::ofstream(GetParam()) << result;
+    } else {
+        std::ofstream(workplace.path() / "result") << result;
+        EXPECT_EQ(workplace.run("diff -u " + GetParam().string() + " result").text, "") << "run scripts/regenerate";
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(documents, Transcript, testing::ValuesIn(documents()), [](const auto& each) {

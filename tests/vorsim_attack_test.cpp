@@ -58,7 +58,7 @@ long ticks_of(pid_t pid)
     return user + system;
 }
 
-// Texts of konfd that cost the old engine gigabytes or half a minute each.
+// Commands for konfd whose naive evaluation takes gigabytes, or half a minute each.
 std::vector<std::string> hostile_texts()
 {
     std::vector<std::string> texts;
@@ -80,7 +80,7 @@ std::vector<std::string> hostile_texts()
     return texts;
 }
 
-TEST(attack, by_a_text_has_a_bounded_work)
+TEST(limits, hostile_texts_take_bounded_work)
 {
     vorsim::konfd::Konfd konfd({.lenient = true});
     for (int line = 0; line < 500; ++line) {
@@ -100,7 +100,7 @@ TEST(attack, by_a_text_has_a_bounded_work)
     EXPECT_EQ("what is to be shown has more than 1048576 bytes", twice.record.complaint);
 }
 
-TEST_F(Attack, by_texts_and_unread_answers_grows_nothing)
+TEST_F(Attack, hostile_texts_and_unread_answers_take_bounded_memory)
 {
     Gateway gateway(place, {"--lenient-konfd"});
     const long before = peak_of(gateway.pid());
@@ -160,7 +160,7 @@ std::size_t longest_wait(const std::string& journal, unsigned source)
     return longest;
 }
 
-TEST_F(Attack, by_six_floods_lets_an_honest_client_wait_for_few_answers)
+TEST_F(Attack, honest_client_is_served_among_six_floods)
 {
     Gateway gateway(place, {"--journal", "journal"});
     std::vector<pid_t> floods;
@@ -202,7 +202,7 @@ TEST_F(Attack, by_six_floods_lets_an_honest_client_wait_for_few_answers)
     EXPECT_LE(longest_wait(held("journal"), client_sap), 8U);
 }
 
-TEST_F(Attack, by_output_that_nobody_reads_stops_nothing)
+TEST_F(Attack, unread_output_blocks_nothing)
 {
     Gateway gateway(place, {});
     const Bound front_end(client_sap);
@@ -219,7 +219,7 @@ TEST_F(Attack, by_output_that_nobody_reads_stops_nothing)
     EXPECT_EQ(0, gateway.stop(SIGTERM)) << "nor is it deaf";
 }
 
-TEST_F(Attack, by_idle_clients_leaves_room_for_others)
+TEST_F(Attack, idle_clients_leave_room_for_others)
 {
     const Gateway gateway(place, {});
     std::vector<Stream> idle;
@@ -232,7 +232,7 @@ TEST_F(Attack, by_idle_clients_leaves_room_for_others)
     EXPECT_EQ(0, place.run("vorsim show").exit_code);
 }
 
-TEST_F(Attack, by_taking_all_descriptors_makes_it_wait_without_spinning)
+TEST_F(Attack, descriptor_exhaustion_recovers_without_spinning)
 {
     fs::rename(in_place("bin/vorsim"), in_place("bin/all"));
     std::ofstream(in_place("bin/vorsim")) << "#!/bin/sh\nulimit -n 56\nexec all \"$@\"\n";
@@ -261,7 +261,7 @@ TEST_F(Attack, by_taking_all_descriptors_makes_it_wait_without_spinning)
     EXPECT_TRUE(contains(held("state"), "\"messages\": 61")) << "its file is written nevertheless";
 }
 
-TEST(attack, by_many_objects_ends_in_complaints)
+TEST(limits, state_is_bounded)
 {
     vorsim::Gateway gateway({});
     const long before = peak_of(getpid());
@@ -280,7 +280,7 @@ TEST(attack, by_many_objects_ends_in_complaints)
     EXPECT_FALSE(gateway.judge({.sap = 4, .id = 0x4006, .payload = again}).record.complained);
 }
 
-TEST(attack, by_queries_of_many_ports_is_not_remembered)
+TEST(limits, readings_are_bounded)
 {
     vorsim::Gateway gateway({});
     const auto polls = [&gateway](unsigned input) {
@@ -300,7 +300,7 @@ TEST(attack, by_queries_of_many_ports_is_not_remembered)
     EXPECT_EQ(5U, polls(0));
 }
 
-TEST_F(Attack, on_its_start_can_be_stopped)
+TEST_F(Attack, startup_can_be_interrupted)
 {
     place.run("mkdir -m 700 -p run");
     const vorsim::Descriptor directory(open(in_place("run").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));

@@ -11,7 +11,7 @@ using processes::Gateway;
 
 class Vorsim : public GatewayTest {};
 
-TEST_F(Vorsim, is_ready_shows_its_state_and_leaves_nothing_behind)
+TEST_F(Vorsim, shows_state_and_cleans_up)
 {
     for (const int signal_number : {SIGTERM, SIGINT}) {
         Gateway gateway(place, {"--journal", "journal", "--state", "state"});
@@ -34,7 +34,7 @@ TEST_F(Vorsim, is_ready_shows_its_state_and_leaves_nothing_behind)
     EXPECT_FALSE(contains(held("journal"), "hunter2"));
 }
 
-TEST_F(Vorsim, fails_a_strict_run_that_had_complaints)
+TEST_F(Vorsim, strict_run_with_complaints_fails)
 {
     Gateway gateway(place, {"--strict", "--sap", "77"});
     EXPECT_EQ(2, ask(Bound(client_sap), 77, 0x4d001));
@@ -42,39 +42,7 @@ TEST_F(Vorsim, fails_a_strict_run_that_had_complaints)
     EXPECT_EQ(3, gateway.stop(SIGTERM));
 }
 
-TEST_F(Vorsim, says_what_it_cannot_do)
-{
-    expect_said(
-        place,
-        {{"vorsim --frob", 2, "unknown option \"--frob\""},
-         {"vorsim --sap 65536", 2, "--sap is \"65536\": must be a number from 0 to 65535"},
-         {"vorsim --seed", 2, "--seed needs a value"},
-         {"vorsim show --strict", 2, "show takes --json and one MANAGER[/OBJECT]"},
-         {"VORINFRA_DIR=relative vorsim", 2, "must be an absolute path"},
-         {"VORINFRA_ROOT=relative vorsim", 2, "must be an absolute path"},
-         {"vorsim show", 1, "no vorsim runs in"},
-         {"vorsim --journal /nowhere/journal", 2, "cannot write the journal /nowhere/journal"},
-         {"vorsim --state /nowhere/state", 2, "cannot write the state /nowhere/state"},
-         {"vorsim --help", 0, "exit codes:"},
-         {"vorsim fault add canmgr: stat 7", 2, "vorsim: fault add: column 9 of the rule: \"stat\"; expected one of"},
-         {"vorsim fault remove 1", 2, "vorsim: expected fault add RULE, fault list or fault clear [N]"},
-         {"vorsim fault clear one", 2, "vorsim: expected fault add RULE"},
-         {"vorsim stop", 2, "vorsim: stop takes a manager's name or its SAP, not \"\""},
-         {"vorsim set temperature 40000", 2, "vorsim: set: temperature is \"40000\": a number from -32768 to 32767"},
-         {"vorsim set temperatur 400", 2, "vorsim: set: no reading \"temperatur\"; is it temperature?"},
-         {"vorsim set counting 0", 2, "vorsim: set: counting is \"0\": how many times as fast is expected"},
-         {"vorsim --delay canmgr=9", 2, "--delay is \"canmgr=9\": expected such as ethmgr=20ms..80ms"},
-         {"vorsim --delay canmgr=9ms..8ms", 2, "expected such as"},
-         {"vorsim --without nobody", 2, "--without takes a manager's name or its SAP, not \"nobody\""},
-         {"echo canmgr: stat 7 > f; vorsim --faults f", 2, "f:1:9: \"stat\"; expected one of"},
-         {"vorsim --faults nowhere", 2, "nowhere: cannot be read: No such file or directory"}});
-    const Gateway gateway(place, {});
-    expect_said(place, {{"vorsim fault clear 9", 1, "vorsim: not done: there is no fault 9\n"},
-                        {"vorsim", 2, "another vorsim runs in"}});
-    EXPECT_EQ(0, ask(Bound(client_sap))) << "the first is not disturbed";
-}
-
-TEST_F(Vorsim, takes_the_sockets_of_a_dead_one_over)
+TEST_F(Vorsim, sockets_of_a_dead_process_are_reused)
 {
     {
         Gateway gateway(place, {});
@@ -86,7 +54,7 @@ TEST_F(Vorsim, takes_the_sockets_of_a_dead_one_over)
     Stream(konfd_path).send("-d\n");
 }
 
-TEST_F(Vorsim, answers_twice_where_a_fault_says_so)
+TEST_F(Vorsim, doubled_answers_twice)
 {
     const Gateway gateway(place, {});
     place.run("vorsim fault add 'any: doubled'");
@@ -96,7 +64,7 @@ TEST_F(Vorsim, answers_twice_where_a_fault_says_so)
     EXPECT_EQ(1, poll(&again, 1, 10'000));
 }
 
-TEST_F(Vorsim, answers_a_pair_once_though_its_second_half_comes_late)
+TEST_F(Vorsim, late_second_half_gets_no_second_answer)
 {
     const Gateway gateway(place, {"--lenient-konfd"});
     const Stream client(konfd_path);
@@ -110,7 +78,7 @@ TEST_F(Vorsim, answers_a_pair_once_though_its_second_half_comes_late)
     EXPECT_EQ("", client.line());
 }
 
-TEST_F(Vorsim, outlives_its_clients)
+TEST_F(Vorsim, survives_its_clients)
 {
     Gateway gateway(place, {});
 

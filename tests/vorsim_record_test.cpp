@@ -41,7 +41,7 @@ std::string datagram(vor_uint16 source, vor_uint16 destination, vor_uint32 id, v
 }
 
 // One-way messages to all managers in turn: no answer tells that one was taken.
-TEST_F(Record, is_in_the_order_of_arrival_across_managers)
+TEST_F(Record, arrival_order_across_managers)
 {
     constexpr int rounds = 40;
     Gateway gateway(place, {"--journal", "journal"});
@@ -67,7 +67,7 @@ TEST_F(Record, is_in_the_order_of_arrival_across_managers)
     }
 }
 
-TEST_F(Record, holds_what_was_no_message_and_fails_a_strict_run)
+TEST_F(Record, malformed_and_foreign_datagrams_fail_strict_run)
 {
     Gateway gateway(place, {"--strict", "--journal", "journal"});
     tell(7, "abc");
@@ -83,7 +83,7 @@ TEST_F(Record, holds_what_was_no_message_and_fails_a_strict_run)
     EXPECT_TRUE(contains(decoded, "foreign: ethmgr(7): a message to SAP 9\n"));
 }
 
-TEST_F(Record, masks_secrets_in_bytes_unless_asked)
+TEST_F(Record, secret_bytes_are_masked)
 {
     // The texts of the site that must not be read by others.
     const std::string passwords[] = {"maintenance-17", "service-17-monsoon"};
@@ -108,7 +108,7 @@ TEST_F(Record, masks_secrets_in_bytes_unless_asked)
     }
 }
 
-TEST_F(Record, is_its_owners_alone_and_holds_whole_lines)
+TEST_F(Record, private_file_of_whole_lines)
 {
     save("journal", "{\"seq\":1,\"id\":\"0x7003\"}\n{\"seq\":2,\"cu");
     fs::permissions(in_place("journal"), fs::perms(0666));
@@ -130,7 +130,7 @@ TEST_F(Record, is_its_owners_alone_and_holds_whole_lines)
                         {"vorsim decode old", 0, "1 then  0x7003 c o -> status 0\n"}});
 }
 
-TEST_F(Record, refuses_files_that_are_not_its_own_and_leaves_nothing)
+TEST_F(Record, foreign_files_are_refused_and_nothing_is_left)
 {
     save("text", "a document");
     save("json", "{\"a\": \"document\"}");
@@ -164,7 +164,7 @@ TEST_F(Record, refuses_files_that_are_not_its_own_and_leaves_nothing)
     EXPECT_EQ("{\"a\": \"document\"}", held("json"));
 }
 
-TEST_F(Record, of_the_sample_site_replayed_shows_no_difference)
+TEST_F(Record, replay_without_difference)
 {
     {
         const Gateway gateway(place, {"--show-secrets", "--journal", "journal", "--state", "state"});
@@ -182,7 +182,7 @@ TEST_F(Record, of_the_sample_site_replayed_shows_no_difference)
     expect_said(place, {{"vorsim replay journal", 1, "is nobody receives"}});
 }
 
-TEST_F(Record, of_the_sample_site_replayed_against_a_fault_shows_that_one_difference)
+TEST_F(Record, replay_against_a_fault_shows_one_difference)
 {
     commission_anew({"--show-secrets", "--journal", "journal"});
     const std::string rule = "towermon vor_cfg_towermon_obj_ups_alerts: status 7";
@@ -208,7 +208,7 @@ TEST_F(Record, of_the_sample_site_replayed_against_a_fault_shows_that_one_differ
     EXPECT_TRUE(contains(held("journal"), R"("fault":{"number":1,"rule":")" + rule + R"("})"));
 }
 
-TEST_F(Record, names_the_lines_that_cannot_be_replayed)
+TEST_F(Record, masked_lines_are_not_replayed)
 {
     save("site", "gsm set-password 1 sim-17 1\n");
     commission_anew({"--journal", "journal"}, "site");
@@ -217,7 +217,7 @@ TEST_F(Record, names_the_lines_that_cannot_be_replayed)
                         {"vorsim replay journal", 1, "0 messages sent again, no difference, 1 line refused\n"}});
 }
 
-TEST_F(Record, is_asked_for_by_scripts)
+TEST_F(Record, show_wait_reset_load)
 {
     Gateway gateway(place, {"--show-secrets", "--state", "state"});
     commission();
@@ -243,7 +243,7 @@ TEST_F(Record, is_asked_for_by_scripts)
     EXPECT_EQ(loaded["managers"], vor::Json::parse(held("state"))["managers"]);
 }
 
-TEST_F(Record, is_watched_from_a_second_terminal)
+TEST_F(Record, watch_filters_by_manager)
 {
     Gateway gateway(place, {});
     const Output seen = place.run("vorsim watch --manager ethmgr >lines & "

@@ -21,10 +21,6 @@ std::string help(const Command& command);
 std::string list(const Family* family, bool json);
 std::string search(std::string_view word, bool json);
 
-// A reference page: of all families that a header declares, printed from their rows, the header, and the calls
-// themselves, made against the gateway that answers. Throws a InputError that names the examples that failed.
-std::string page(std::string_view header);
-
 // The manual pages: those in pages/, with what the tables know filled in, and one of each family; in mdoc.
 std::vector<std::string> manual_pages(); // "vorcfg.1", "vorcfg-gpio.1", ...
 // Throws a InputError that names the nearest.

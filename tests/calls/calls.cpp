@@ -192,9 +192,9 @@ void check_outcomes(const std::vector<Row>& rows)
     }
 }
 
-class RowsTest : public testing::Test {
+class FamilyTest : public testing::Test {
 public:
-    explicit RowsTest(std::function<void()> body) : body_(std::move(body)) {}
+    explicit FamilyTest(std::function<void()> body) : body_(std::move(body)) {}
     void TestBody() override { body_(); }
 
 private:
@@ -208,6 +208,6 @@ Calls::Calls(const char* family, std::vector<Row> rows)
     for (const auto& [suite, check] :
          {std::pair{"requests", &check_requests}, std::pair{"outcomes", &check_outcomes}}) {
         testing::RegisterTest(suite, family, nullptr, nullptr, __FILE__, __LINE__,
-                              [=]() -> testing::Test* { return new RowsTest([=] { check(rows); }); });
+                              [=]() -> testing::Test* { return new FamilyTest([=] { check(rows); }); });
     }
 }

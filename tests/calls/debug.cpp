@@ -46,7 +46,7 @@ CALLS(debug) = {
           "sap 2 id 0x2028 one-way record 260: 03 00 00 00 6e*252 70 11 01 00"),
 };
 
-TEST(debug, every_manager_has_its_number)
+TEST(debug, number_per_manager)
 {
     std::string numbers;
     for (const char* name :
@@ -61,7 +61,7 @@ TEST(debug, every_manager_has_its_number)
               "debug 14 debug 8 debug 20 debug 19 debug 22 debug 21 debug 0 ");
 }
 
-TEST(debug, the_level_is_judged_before_the_name)
+TEST(debug, level_is_checked_before_the_name)
 {
     const struct {
         const char *name, *level, *outcome;

@@ -12,7 +12,7 @@ CALLS(env) = {
     CALL(vor_cfg_get_system_temperature(&temperature), "sap 2 id 0x2021 empty", answered_with_reading),
 };
 
-TEST(env, temperature_stands_behind_the_status)
+TEST(env, temperature_follows_the_status)
 {
     begin_call();
     fake::script.answer = {0, 0, 0, 0, 0xfb, 0xff};
@@ -25,7 +25,7 @@ TEST(env, temperature_stands_behind_the_status)
     EXPECT_EQ(temperature, -5) << "a refusal brings no temperature";
 }
 
-TEST(env, an_answer_without_temperature_reads_as_zero)
+TEST(env, missing_temperature_reads_as_zero)
 {
     begin_call();
     fake::script.null_payload = 2;

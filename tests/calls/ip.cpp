@@ -78,7 +78,7 @@ CALLS(ip) = {
     CALL(vor_cfg_remove_ip_route("10.0.0.1"_t), "sap 7 id 0x7013 one-way record 8: a5*4 0a 00 00 01", sent_record),
 };
 
-TEST(ip, an_address_is_answered_under_the_other_id_too)
+TEST(ip, address_is_answered_under_either_id)
 {
     begin_call();
     fake::script.answer_id = 0x7005;

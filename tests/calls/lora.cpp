@@ -8,7 +8,7 @@ CALLS(lora) = {
     SENDS(tarn_cfg_lora_set_channel(-3, "meter"_t, 0), "sap 24 id 0x18003 | 1 i16 -3 | 2 str 'meter'"),
 };
 
-TEST(lora, an_answer_under_the_requests_own_id_is_not_read)
+TEST(lora, answer_under_request_id_is_not_read)
 {
     begin_call();
     EXPECT_EQ(outcome(tarn_cfg_lora_set_channel(1, "meter"_t, 1)), "-4:QP0cxqp");

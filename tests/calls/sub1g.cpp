@@ -16,7 +16,7 @@ CALLS(sub1g) = {
     CALL(vor_cfg_set_sub1g_power(200, -3), "sap 8 id 0x800b | 1 i16 200 | 9 i16 -3", lone_dropped_low_half),
 };
 
-TEST(sub1g, registers_are_stored_only_from_an_answer_of_their_own)
+TEST(sub1g, registers_come_only_from_a_matching_answer)
 {
     const struct {
         const char* fault;

@@ -1,20 +1,24 @@
-#include "help/help.hpp"
-
+// vorcfg-page HEADER: prints a reference page, docs/calls/HEADER.md, from the rows, the header, and the examples, which it
+// makes on the running gateway: a developers' tool, not installed (scripts/reference-page runs it against vorsim).
 #include <algorithm>
+#include <cstdio>
+#include <string>
 
 #include <fmt/core.h>
 
+#include "input/input_error.hpp"
 #include "output/output.hpp"
 #include "rows/contract.hpp"
 #include "rows/families.hpp"
+#include "text/text.hpp"
 
-namespace vorcfg {
+using namespace vorcfg;
 
 namespace {
 
 constexpr std::string_view sample_secret = "Monsoon-17";
 
-// A page that is tried out restarts nothing.
+// Printing a page must not restart the gateway.
 bool shown_dry(const Row& row)
 {
     return row.has(confirmed);
@@ -101,9 +105,8 @@ std::string row_text(const Row& row, std::string& faults)
     return text + messages_text(row) + example_text(row, faults);
 }
 
-} // namespace
-
-std::string page(std::string_view header)
+// Of all families that the header declares. Throws an InputError that names the examples that failed.
+std::string page_of(std::string_view header)
 {
     std::string text = fmt::format("# {}\n\n[How to read this page, and the common codes](README.md)\n\n", header);
     std::string rows;
@@ -122,15 +125,28 @@ std::string page(std::string_view header)
         }
     }
     if (rows.empty()) {
-        wanted_family(header); // complains, unless another family's header has the calls
-        throw InputError{fmt::format("the calls of {} are on another page", header)};
+        throw InputError{fmt::format("no header \"{}\" declares calls", header)};
     }
     if (!faults.empty()) {
-        throw InputError{fmt::format("no page: these examples did not succeed{}", faults), exit_not_delivered};
+        throw InputError{fmt::format("no page printed, these examples failed:{}", faults), exit_not_delivered};
     }
     text += rows;
     text.pop_back();
     return text;
 }
 
-} // namespace vorcfg
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        if (argc != 2) {
+            throw InputError{"usage: vorcfg-page HEADER"};
+        }
+        vor::print(stdout, page_of(argv[1]));
+        return exit_ok;
+    } catch (const InputError& error) {
+        vor::print_line(stderr, fmt::format("vorcfg-page: {}", error.text));
+        return error.exit;
+    }
+}

@@ -169,29 +169,6 @@ TEST(konfd, long_texts_arrive_whole)
             "; recv 9 50 0; close 1");
 }
 
-TEST(konfd, interface_ip_is_printed_and_stored)
-{
-    const std::string command = R"(-s -l "ip-address dhcp" -r "^ip-address" "interface eth1")";
-    begin_talk({"-e", "-o"});
-    fake::script.socket_sends = {{1, 0x10005}, {2, 0x8000}};
-    const auto printed = printed_by([] { vor_cfg_set_interface_ip("eth1"_t, "dhcp"_t); });
-    EXPECT_EQ(fake::events(), connected + send_line(46, R"(-d -s -l "interface eth0" -r "interface eth1$")") +
-                                  "; recv 9 50 0; " + send_line(57, command) + "; recv 9 50 0; close 1");
-    EXPECT_EQ(printed, "The konf_command is: -d -s -l \"interface eth0\" -r \"interface eth1$\" \n"
-                       "The socket created\n"
-                       "got socket \n"
-                       "The command to konfd socket sent ret is 5\n"
-                       "Start to recieve the responseStart to recieve the responseStart to recieve the response"
-                       "The response from konfd socket received\n"
-                       "The konf_command in vor_cfg_set_interface_ip is interface eth1 ip-address dhcp\n"
-                       "The konf_command is: " +
-                           command +
-                           " \n"
-                           "The command to konfd socket sent ret is -32768\n"
-                           "Start to reciev the responseThe response from konfd socket received\n"
-                           "The konfd socket removed\n");
-}
-
 TEST(konfd, failed_send_is_printed)
 {
     begin_talk({});

@@ -69,18 +69,14 @@ using Way = std::function<bool(const std::string& path)>;
 
 bool connects(int type, const std::string& path)
 {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    return connect(socket(AF_UNIX, type, 0), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+    const sockaddr_un address = address_of(path);
+    return connect(socket(AF_UNIX, type, 0), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
 }
 
 bool binds(const std::string& path)
 {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    return bind(socket(AF_UNIX, SOCK_DGRAM, 0), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+    const sockaddr_un address = address_of(path);
+    return bind(socket(AF_UNIX, SOCK_DGRAM, 0), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
 }
 
 TEST_F(Neighbour, other_user_has_no_access)

@@ -1,11 +1,11 @@
-# What holds unless the caller says otherwise. A project that takes this one in keeps its own root and its own standards.
+# Defaults. A project that includes this one keeps its own output folders and language standards.
 if(PROJECT_IS_TOP_LEVEL)
   set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
   set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
   set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
 endif()
 if(NOT DEFINED CMAKE_CXX_STANDARD OR CMAKE_CXX_STANDARD LESS 20)
-  set(CMAKE_CXX_STANDARD 20) # for this folder and those below it
+  set(CMAKE_CXX_STANDARD 20) # for this folder and its subfolders
 endif()
 if(NOT DEFINED CMAKE_C_STANDARD)
   set(CMAKE_C_STANDARD 11)
@@ -17,5 +17,5 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 get_property(several_build_types GLOBAL PROPERTY GENERATOR_IS_MULTI_CONFIG)
 if(NOT several_build_types AND NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE MinSizeRel)
-  message(STATUS "device_mgmt: no CMAKE_BUILD_TYPE was given: MinSizeRel, the smallest code, is built")
+  message(STATUS "device_mgmt: CMAKE_BUILD_TYPE is not set; building MinSizeRel")
 endif()

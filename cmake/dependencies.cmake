@@ -1,17 +1,17 @@
-# nlohmann-json and libfmt, of the sysroot or as Debian's packages bring them. Both are
-# headers alone, fit for any processor: those of this machine serve where the sysroot has none.
+# nlohmann-json and libfmt, from the sysroot or from Debian's packages. Both are used as
+# headers only, so this machine's headers are used if the sysroot has none.
 function(vor_find_headers name probe whose)
-  find_path(${name}_HEADERS ${probe} DOC "The folder that holds ${probe}")
+  find_path(${name}_HEADERS ${probe} DOC "The folder of ${probe}")
   if(${name}_HEADERS)
     set(found "${${name}_HEADERS}")
   elseif(EXISTS /usr/include/${probe})
-    # a link in a folder of its own: nothing else of this machine's headers comes with it
+    # a link in a separate folder, so that none of this machine's other headers are found
     string(REGEX REPLACE "/.*" "" linked ${probe})
     set(found "${PROJECT_BINARY_DIR}/third_party")
     file(MAKE_DIRECTORY "${found}")
     file(CREATE_LINK /usr/include/${linked} "${found}/${linked}" SYMBOLIC)
   else()
-    message(FATAL_ERROR "${whose} needs ${probe}: name its folder with -D${name}_HEADERS=...")
+    message(FATAL_ERROR "${whose} requires ${probe}; name its folder with -D${name}_HEADERS=...")
   endif()
   set(${name}_HEADERS_FOUND "${found}" PARENT_SCOPE)
 endfunction()
@@ -26,7 +26,7 @@ target_compile_features(vor_fmt PUBLIC cxx_std_20)
 target_include_directories(vor_fmt SYSTEM PUBLIC "${FMT_HEADERS_FOUND}")
 
 foreach(name IN ITEMS nlohmann_json::nlohmann_json fmt::fmt)
-  if(NOT TARGET ${name}) # else a project around this one has brought its own
+  if(NOT TARGET ${name}) # otherwise the including project provides it
     string(REGEX REPLACE ".*::" "vor_" ours ${name})
     add_library(${name} ALIAS ${ours})
   endif()

@@ -1,6 +1,6 @@
-// libfmt compiled once, from the package's own headers: as a header alone it
-// costs every source file three seconds, as the package's library one more
-// file to load before main, and for ARM there is no package.
+// libfmt, compiled once from the package's headers. Header-only use takes three
+// seconds in every source file, the package's shared library takes time at every
+// start, and for ARM there is no package.
 #include <fmt/format-inl.h>
 
 FMT_BEGIN_NAMESPACE

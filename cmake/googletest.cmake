@@ -1,4 +1,4 @@
-# GoogleTest, as Debian's packages bring it: built for this machine, else from the package's sources.
+# GoogleTest from Debian's packages: the library for this machine, the package's sources for others.
 if(CMAKE_CROSSCOMPILING)
   set(INSTALL_GTEST OFF CACHE INTERNAL "")
   add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)

@@ -1,6 +1,6 @@
-# vor_precompile(TARGET HEADER...): reading these is most of what its C++ files take to compile.
-# vor_precompile(TARGET REUSE_FROM OTHER): one compiled with the same options has them.
-# A file's own includes are tried without them by `scripts/lint all`.
+# vor_precompile(TARGET HEADER...): reading these headers takes most of the target's compile time.
+# vor_precompile(TARGET REUSE_FROM OTHER): uses those of a target with the same options.
+# `scripts/lint all` compiles without them, so that missing includes are found.
 function(vor_precompile target)
   if(NOT VOR_PRECOMPILE)
     return()

@@ -1,5 +1,5 @@
-# This machine's processor with musl for C library, by Debian's musl-tools. They have no C++ library: the
-# library needs none, only its headers, which ask for a glibc's version.
+# This machine's processor with musl as the C library, from Debian's musl-tools. They have no C++ library. Only its
+# headers are needed: this machine's, which check for a glibc version.
 set(CMAKE_C_COMPILER musl-gcc)
 set(CMAKE_CXX_COMPILER g++)
 execute_process(COMMAND g++ -dumpversion OUTPUT_VARIABLE version OUTPUT_STRIP_TRAILING_WHITESPACE)

@@ -1,5 +1,5 @@
 /*
- * front_end.c: a front end in C11. It does what front_end.cpp does.
+ * front_end.c: a front end in C11. It does the same as front_end.cpp.
  *
  *   cc front_end.c $(pkg-config --cflags --libs device_mgmt) -o front_end
  */
@@ -7,8 +7,8 @@
 #include <stdio.h>
 #include <string.h>
 
-/* What a call's code says. vor_errno was 0 before the call: not every call sets it so. */
-static const char* ended(vor_int32 code)
+/* The meaning of a call's code. vor_errno must be 0 before the call, because not every call clears it. */
+static const char* outcome_of(vor_int32 code)
 {
     switch (code) {
     case VOR_CODE_DONE:
@@ -24,17 +24,17 @@ static const char* ended(vor_int32 code)
     }
 }
 
-static void tell(const char* what, vor_int32 code)
+static void report(const char* what, vor_int32 code)
 {
-    printf("%s: %s", what, ended(code));
+    printf("%s: %s", what, outcome_of(code));
     if (code == VOR_CODE_REFUSED && vor_errno != 0) {
         printf(", status %d", vor_errno);
     }
     puts("");
-    vor_errno = 0; /* for the next one */
+    vor_errno = 0; /* for the next call */
 }
 
-static void ask_konfd(void)
+static void query_konfd(void)
 {
     char hostname[] = "hostname", tower[] = "tower-17", interface[] = "interface", wlan0[] = "wlan0";
     VOR_CFG_PROTO* const query = vor_cfg_proto_init();
@@ -44,7 +44,7 @@ static void ask_konfd(void)
     vor_cfg_proto_set_pattern_string(query, 2, hostname, NULL);
     vor_cfg_proto_append_path_elm(query, interface, wlan0);
     vor_char* const command = vor_cfg_proto_get_command(query, &length);
-    printf("konfd: %s\n", command != NULL ? command : "not whole");
+    printf("konfd: %s\n", command != NULL ? command : "incomplete");
     vor_free(command);
     const int agreed = vor_cfg_create_sock_endpoint() == 0 && vor_konfd_bi_dir_comm(query) == 0;
     printf("konfd: %s\n", agreed ? "accepted" : "unreadable");
@@ -56,30 +56,30 @@ int main(void)
 {
     char address[] = "192.168.1.10", mask[] = "255.255.255.0", credential[] = "monsoon";
     char shelter[] = "shelter", first[] = "192.168.1.1", second[] = "9.9.9.9";
-    tell("before the endpoint", vor_cfg_set_gpio_direction(3, 1, 0));
+    report("before the endpoint", vor_cfg_set_gpio_direction(3, 1, 0));
     if (vor_cfg_create_ipc_endpoint(200) != 0) {
         return 1;
     }
-    tell("address", vor_cfg_set_ip_address(0, address, mask, 1));
-    tell("direction", vor_cfg_set_gpio_direction(3, 1, 0));
-    /* one-way: 0 says that it went out */
+    report("address", vor_cfg_set_ip_address(0, address, mask, 1));
+    report("direction", vor_cfg_set_gpio_direction(3, 1, 0));
+    /* one-way: 0 means that it was sent */
     printf("output: %s\n", vor_cfg_set_gpio_value(3, 1) == 0 ? "sent" : "not sent");
-    tell("parity", vor_cfg_set_serial_parity(1, 2));
-    tell("credential", vor_cfg_set_snmp_server_v3_credentials(credential, 1, 7));
-    tell("servers", vor_cfg_set_dhcp_server_dns(shelter, 2, 1, first, second));
-    puts("too wide: not sent"); /* 300 in a byte: C would cut it without a word */
+    report("parity", vor_cfg_set_serial_parity(1, 2));
+    report("credential", vor_cfg_set_snmp_server_v3_credentials(credential, 1, 7));
+    report("servers", vor_cfg_set_dhcp_server_dns(shelter, 2, 1, first, second));
+    puts("too wide: not sent"); /* interface 300 does not fit into a byte: C would truncate it silently */
 
     vor_int16 temperature = 0;
-    tell("temperature", vor_cfg_get_system_temperature(&temperature));
+    report("temperature", vor_cfg_get_system_temperature(&temperature));
     printf("temperature: %d\n", temperature);
-    const GPIO_PIN_STATS* const lent = vor_cfg_get_gpio_port_stats(3);
+    const GPIO_PIN_STATS* const borrowed = vor_cfg_get_gpio_port_stats(3);
     GPIO_PIN_STATS statistics;
-    if (lent != NULL) {
-        memcpy(&statistics, lent, sizeof statistics); /* at once: its buffer is given back already */
+    if (borrowed != NULL) {
+        memcpy(&statistics, borrowed, sizeof statistics); /* at once: its buffer has been released already */
     }
-    printf("statistics: %s\n", lent != NULL ? "accepted" : "unreadable");
-    printf("statistics: port %d\n", lent != NULL ? statistics.logical_port_no : -1);
-    ask_konfd();
+    printf("statistics: %s\n", borrowed != NULL ? "accepted" : "unreadable");
+    printf("statistics: port %d\n", borrowed != NULL ? statistics.logical_port_no : -1);
+    query_konfd();
     vor_cfg_remove_ipc_endpoint();
     return 0;
 }

@@ -1,6 +1,6 @@
 /*
- * manager.c: a manager of one's own in place of vorsim's. This one stands in
- * for gpiomgr, takes names of channels and refuses everything else.
+ * manager.c: a manager that takes the place of one of vorsim's. It replaces
+ * gpiomgr, accepts names of channels and refuses everything else.
  *
  *   vorsim --without gpiomgr &
  *   cc manager.c -lvorinfra -o manager && ./manager &
@@ -10,11 +10,11 @@
 
 #include <vorinfra_manager.h>
 
-enum { gpiomgr = 4, settings = 0x4004 };           /* its SAP and its message */
+enum { gpiomgr = 4, settings = 0x4004 };           /* its SAP and its message id */
 enum { port_tag = 1, name_tag = 5 };               /* elements of the message */
-enum { accepted = 0, unknown = 2, not_taken = 3 }; /* statuses */
+enum { accepted = 0, unknown = 2, malformed = 3 }; /* statuses */
 
-static vor_int32 judge(const VORINFRA_MESSAGE* message)
+static vor_int32 status_of(const VORINFRA_MESSAGE* message)
 {
     VORINFRA_ELEMENT element;
     vor_uint16 cursor = 0;
@@ -31,7 +31,7 @@ static vor_int32 judge(const VORINFRA_MESSAGE* message)
             return accepted;
         }
     }
-    return not_taken;
+    return malformed;
 }
 
 int main(void)
@@ -40,13 +40,13 @@ int main(void)
     VOR_IPC_HANDLE* const handle = vor_ipc_bind(gpiomgr, 0);
 
     if (handle == NULL) {
-        return 1; /* the platform has said why */
+        return 1; /* the platform has reported why */
     }
     setvbuf(stdout, NULL, _IOLBF, 0);
     puts("manager: ready");
     for (;;) {
         if (vorinfra_await(handle, &message) == 1) {
-            const vor_int32 status = judge(&message);
+            const vor_int32 status = status_of(&message);
             if (message.answer_wanted) {
                 vorinfra_answer(handle, &message, message.id, &status, sizeof status);
             }

@@ -1,11 +1,11 @@
-# A header as a manual page: awk -v date="November 21, 2026" -f man.awk include/device_mgmt/gpio.h > device_mgmt_gpio.3
+# Prints a header as a manual page: awk -v date="November 21, 2026" -f man.awk include/device_mgmt/gpio.h > device_mgmt_gpio.3
 function escaped(text)
 {
     gsub(/\\/, "\\e", text)
     sub(/^[.']/, "\\\\\\&&", text)
     return text
 }
-# A sentence a line, as mdoc wants it.
+# One sentence per line, as usual in mdoc.
 function paragraph(text)
 {
     sub(/^ +/, "", text)
@@ -39,7 +39,7 @@ function text_of(line)
     return line
 }
 FNR == 1 { stem = FILENAME; sub(/.*\//, "", stem); header = stem; sub(/[.].*/, "", stem) }
-# the header's own comment
+# the header's comment
 FNR == 1, /\*\// {
     line = text_of($0)
     if (line ~ /^@file/) {
@@ -65,7 +65,7 @@ declaring {
     gsub(/  +/, " ", declaration)
     if (declaration ~ /\(/ && declaration !~ /[{}]/) {
         calls++
-        said[calls] = comment
+        comments[calls] = comment
         open = index(declaration, "(")
         name[calls] = returned[calls] = substr(declaration, 2, open - 2)
         sub(/.* /, "", name[calls])
@@ -153,7 +153,7 @@ END {
     }
     for (i = 1; i <= calls; i++) {
         print ".Ss " name[i]
-        described(said[i])
+        described(comments[i])
     }
     print ".Sh SEE ALSO"
     print stem == "device_mgmt" ? ".Xr device_mgmt_common 3" : ".Xr device_mgmt 3"

@@ -1,7 +1,7 @@
-# A manual page of section 3 per header, from the header itself.
+# A manual page in section 3 for each header, generated from it.
 find_program(AWK awk)
 if(NOT AWK)
-  message(STATUS "device_mgmt: no awk, no manual pages")
+  message(STATUS "device_mgmt: awk was not found; no manual pages in section 3")
   return()
 endif()
 file(STRINGS ${PROJECT_SOURCE_DIR}/CHANGELOG.md date REGEX "^## [0-9.]+, " LIMIT_COUNT 1)

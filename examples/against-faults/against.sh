@@ -1,6 +1,6 @@
 #!/bin/sh
-# against.sh EXIT RULE COMMAND...: runs a command beside a gateway of its own
-# that fails by the rule, and tells whether it ended with the exit code.
+# against.sh EXIT RULE COMMAND...: starts a gateway that fails as the rule says,
+# runs the command, and checks its exit code.
 set -eu
 expected=$1
 rule=$2
@@ -23,13 +23,13 @@ mkfifo "$place/lines"
 vorsim --faults "$place/faults" >"$place/lines" &
 gateway=$!
 exec 3<"$place/lines"
-read -r ready <&3 || exit 1 # "vorsim: ready, ..."; what is wrong has been said
+read -r ready <&3 || exit 1 # "vorsim: ready, ..."; otherwise it has reported why not
 cat <&3 >"$place/log" &
 
 code=0
 "$@" || code=$?
 if [ "$code" -ne "$expected" ]; then
-    echo "against.sh: exit code $code, expected $expected; the gateway's side of it:"
+    echo "against.sh: expected exit code $expected, got $code; the gateway printed:"
     cat "$place/log"
     exit 1
 fi

@@ -1,14 +1,14 @@
 # SPDX-License-Identifier: MIT
 SUMMARY = "Device-management configuration library of the gateway"
-DESCRIPTION = "The calls by which front ends change a gateway's settings, and vorcfg, the command line over them."
+DESCRIPTION = "The library that front ends use to change a gateway's settings, and vorcfg, a command line for its calls."
 SECTION = "libs"
 LICENSE = "MIT"
 LIC_FILES_CHKSUM = "file://LICENSE;md5=db942930d10750ef6f85126875cfb077"
 
-# libvorinfra comes from the gateway's own layer
+# the gateway's own layer provides libvorinfra
 DEPENDS = "vorinfra"
 
-# unpacked where S points by default
+# unpacked to the default S
 SRC_URI = "file://${BP}.tar.gz"
 
 inherit cmake
@@ -22,7 +22,7 @@ EXTRA_OECMAKE = "-DCMAKE_BUILD_TYPE=MinSizeRel -DVORINFRA_LIBRARY=${STAGING_LIBD
 PACKAGES =+ "${PN}-tools"
 FILES:${PN}-tools = "${bindir}/vorcfg ${datadir}/bash-completion ${datadir}/zsh"
 
-# the platform library has no version in its name, and no package of ours has it
+# named here, because the platform library's name has no version
 RDEPENDS:${PN} = "vorinfra"
 RDEPENDS:${PN}-tools = "vorinfra"
 COMPATIBLE_HOST = "(arm|aarch64|x86_64|riscv64).*-linux.*"

@@ -5,7 +5,7 @@
 ################################################################################
 
 DEVICE_MGMT_VERSION = 1.0.0
-# in an external tree: where the sources lie
+# the sources, in an external tree
 DEVICE_MGMT_SITE = $(BR2_EXTERNAL_GATEWAY_PATH)/sources/device-mgmt
 DEVICE_MGMT_SITE_METHOD = local
 DEVICE_MGMT_LICENSE = MIT

@@ -66,11 +66,11 @@ try {
     if (flock(file, LOCK_EX | LOCK_NB) != 0) {
         fail(path, errno == EWOULDBLOCK ? "in use by another vorcfg" : std::strerror(errno));
     }
+    journal.load(true);
+    journal.check_gateway(gateway);
     if (fchmod(file, 0600) != 0) {
         throw vor::FileError(errno);
     }
-    journal.load(true);
-    journal.check_gateway(gateway);
     if (journal.file_.empty()) {
         journal.append(GatewayNamed{gateway, true});
         sync_directory(path);
@@ -97,6 +97,9 @@ void Journal::load(bool repair)
     while (const auto line = file_.next()) {
         const std::uint64_t number = file_.number();
         const bool is_first = number == 1;
+        if (is_first && !line->starts_with('{')) { // before anything of it is repaired
+            not_a_journal(path_);
+        }
         if (file_.torn() || (file_.at_end() && !is_first && !vor::Json::read(*line))) {
             vor::print_line(stderr, fmt::format("vorcfg: {}: line {} is incomplete{}", path_, number,
                                                 repair ? " and was removed" : ""));
@@ -108,9 +111,6 @@ void Journal::load(bool repair)
         try {
             history_.take(record_in(*line, is_first));
         } catch (const vor::JsonError&) {
-            if (is_first) {
-                not_a_journal(path_);
-            }
             fail(path_, fmt::format("line {} is not a valid record", number));
         } catch (const InputError& complaint) {
             fail(path_, fmt::format("line {}: {}", number, complaint.text));

@@ -18,12 +18,12 @@ namespace vorinfra {
 namespace {
 
 constexpr char sap_prefix[] = "/sap-";
-constexpr size_t longest_name = sizeof "/konfd.socket"; // of what lies in it
+constexpr size_t longest_name = sizeof "/konfd.socket"; // of a file in it
 constexpr size_t longest_directory = socket_path_size - longest_name;
 static_assert(sizeof "/sap-65535" <= longest_name);
 
-// The directory's path as the environment gives it, without slashes at its
-// end: behind one, a symbolic link would be followed.
+// The directory's path from the environment, without trailing slashes, since a symbolic link before one would be
+// followed.
 bool directory_path(char (&path)[socket_path_size])
 {
     int length;
@@ -36,7 +36,7 @@ bool directory_path(char (&path)[socket_path_size])
         length = snprintf(path, sizeof path, "/tmp/vorinfra-%u", static_cast<unsigned>(geteuid()));
     }
     if (path[0] != '/') {
-        complain("%s is \"%s\": must be an absolute path", origin, setting(origin));
+        report("%s must be an absolute path, not \"%s\"", origin, setting(origin));
         return false;
     }
     if (static_cast<size_t>(length) < sizeof path) {
@@ -45,8 +45,7 @@ bool directory_path(char (&path)[socket_path_size])
         }
     }
     if (static_cast<size_t>(length) > longest_directory) {
-        complain("%s is too long to hold sockets: %d characters, at most %zu: %s", origin, length, longest_directory,
-                 setting(origin));
+        report("%s must have at most %zu characters, not %d: %s", origin, longest_directory, length, setting(origin));
         return false;
     }
     return true;
@@ -60,24 +59,24 @@ int open_directory(char (&path)[socket_path_size])
         return -1;
     }
     if (mkdir(path, 0700) != 0 && errno != EEXIST) {
-        complain("cannot make the directory %s: %s", path, strerror(errno));
+        report("cannot create the directory %s: %s", path, strerror(errno));
         return -1;
     }
     Descriptor directory(open(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct stat status;
     if (!directory || fstat(directory.get(), &status) != 0) {
         const bool link = lstat(path, &status) == 0 && S_ISLNK(status.st_mode);
-        complain("cannot use the directory %s: %s", path, link ? "it is a symbolic link" : strerror(errno));
+        report("cannot use the directory %s: %s", path, link ? "it is a symbolic link" : strerror(errno));
         return -1;
     }
     if (status.st_uid != geteuid()) {
-        complain("cannot use the directory %s: it belongs to user %u, not to user %u", path,
-                 static_cast<unsigned>(status.st_uid), static_cast<unsigned>(geteuid()));
+        report("cannot use the directory %s: it belongs to user %u, not to user %u", path,
+               static_cast<unsigned>(status.st_uid), static_cast<unsigned>(geteuid()));
         return -1;
     }
     if ((status.st_mode & 0777) != 0700) {
-        complain("cannot use the directory %s: its mode is %04o, must be 0700", path,
-                 static_cast<unsigned>(status.st_mode & 07777));
+        report("cannot use the directory %s: its mode must be 0700, not %04o", path,
+               static_cast<unsigned>(status.st_mode & 07777));
         return -1;
     }
     return directory.release();
@@ -105,10 +104,10 @@ int vorinfra_rooted_path(const char* path, char* buffer, unsigned size)
 {
     const char* root = path[0] == '/' ? vorinfra::setting("VORINFRA_ROOT") : nullptr;
     if (root != nullptr && root[0] != '/') {
-        vorinfra::complain("VORINFRA_ROOT is \"%s\": must be an absolute path", root);
+        vorinfra::report("VORINFRA_ROOT must be an absolute path, not \"%s\"", root);
         return -1;
     }
-    if (root == nullptr && path[0] == '/') { // this gateway's own, beside its other sockets
+    if (root == nullptr && path[0] == '/') { // in the gateway's directory
         root = vorinfra_directory();
         path = strrchr(path, '/');
         if (root == nullptr) {
@@ -120,8 +119,8 @@ int vorinfra_rooted_path(const char* path, char* buffer, unsigned size)
         length--;
     }
     if (length + strlen(path) >= size) {
-        vorinfra::complain("the path %s%s is too long: at most %u characters", root != nullptr ? root : "", path,
-                           size > 0 ? size - 1 : 0);
+        vorinfra::report("the path %s%s must have at most %u characters", root != nullptr ? root : "", path,
+                         size > 0 ? size - 1 : 0);
         return -1;
     }
     memcpy(buffer, root != nullptr ? root : "", length);

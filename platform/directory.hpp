@@ -10,8 +10,8 @@ namespace vorinfra {
 
 constexpr size_t socket_path_size = sizeof(sockaddr_un::sun_path);
 
-// Opens the private directory, made when missing, and stores its path.
-// Returns the descriptor, or -1 after telling why it cannot be used.
+// Opens the private directory, created when missing, and stores its path. Returns the descriptor, or -1 after reporting
+// why it cannot be used.
 int open_directory(char (&path)[socket_path_size]);
 
 // The address of a SAP's socket in that directory.

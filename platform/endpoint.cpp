@@ -39,7 +39,7 @@ Endpoint* bound_endpoint(const VOR_IPC_HANDLE* handle, const char* operation)
         endpoint = *link_to(handle);
     }
     if (endpoint == nullptr) {
-        complain("%s: the handle is not bound", operation);
+        report("%s: the handle is not bound", operation);
     }
     return endpoint;
 }
@@ -56,7 +56,7 @@ const Endpoint* newest_endpoint()
 
 namespace {
 
-// The process that holds the lock on a file, as the kernel lists it; 0: nobody any more.
+// The process that holds the lock on a file, from /proc/locks; 0 if it was released.
 int lock_holder(int descriptor)
 {
     struct stat status;
@@ -77,15 +77,15 @@ int lock_holder(int descriptor)
     return holder;
 }
 
-// Who binds holds the directory for a moment. One that was stopped just then holds it for ever.
+// Binding locks the directory for a moment. A process that was stopped just then keeps the lock.
 bool lock(int directory, const Endpoint& endpoint)
 {
     constexpr timespec moment{0, 2'000'000};
     const Deadline deadline(endpoint.timeout);
     while (flock(directory, LOCK_EX | LOCK_NB) != 0) {
         if ((errno != EWOULDBLOCK && errno != EINTR) || deadline.remaining() <= 0) {
-            complain("cannot bind SAP %u: process %d holds the directory %s", endpoint.handle.sap_id,
-                     lock_holder(directory), endpoint.directory);
+            report("cannot bind SAP %u: process %d has locked the directory %s", endpoint.handle.sap_id,
+                   lock_holder(directory), endpoint.directory);
             return false;
         }
         nanosleep(&moment, nullptr);
@@ -93,7 +93,7 @@ bool lock(int directory, const Endpoint& endpoint)
     return true;
 }
 
-// Makes way for a new socket: a file whose owner died is removed.
+// Removes the socket of an owner that died.
 bool vacate(const sockaddr_un& address, vor_uint16 sap)
 {
     struct stat status;
@@ -101,17 +101,17 @@ bool vacate(const sockaddr_un& address, vor_uint16 sap)
         return errno == ENOENT;
     }
     if (!S_ISSOCK(status.st_mode)) {
-        complain("cannot bind SAP %u: %s is no socket", sap, address.sun_path);
+        report("cannot bind SAP %u: %s is not a socket", sap, address.sun_path);
         return false;
     }
     const Descriptor probe(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     if (!probe) {
-        complain("cannot bind SAP %u: %s", sap, strerror(errno));
+        report("cannot bind SAP %u: %s", sap, strerror(errno));
         return false;
     }
     const auto* const target = reinterpret_cast<const sockaddr*>(&address);
     if (connect(probe.get(), target, sizeof address) == 0 || errno != ECONNREFUSED) {
-        complain("cannot bind SAP %u: it is in use (%s)", sap, address.sun_path);
+        report("cannot bind SAP %u: it is in use (%s)", sap, address.sun_path);
         return false;
     }
     return unlink(address.sun_path) == 0;
@@ -135,7 +135,7 @@ bool bind_socket(Endpoint& endpoint)
     }
     if (bind(endpoint.descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
         lstat(address.sun_path, &status) != 0) {
-        complain("cannot bind SAP %u to %s: %s", sap, address.sun_path, strerror(errno));
+        report("cannot bind SAP %u to %s: %s", sap, address.sun_path, strerror(errno));
         return false;
     }
     endpoint.device = status.st_dev;
@@ -160,7 +160,7 @@ bool open_endpoint(Endpoint& endpoint, vor_uint16 sap, vor_uint16 bind_option)
     Descriptor descriptor(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     if (!descriptor || !limit_blocking(descriptor.get(), SO_RCVTIMEO, *timeout) ||
         !limit_blocking(descriptor.get(), SO_SNDTIMEO, *timeout)) {
-        complain("cannot bind SAP %u: %s", sap, strerror(errno));
+        report("cannot bind SAP %u: %s", sap, strerror(errno));
         return false;
     }
     endpoint.handle = {sap, bind_option, &endpoint};
@@ -194,7 +194,7 @@ VOR_IPC_HANDLE* vor_ipc_bind(vor_uint16 sap, vor_uint16 bind_option)
     return &endpoint->handle;
 }
 
-// 1: unbound; 0: there was nothing to unbind.
+// 1: unbound; 0: it was not bound.
 vor_bool vor_ipc_unbind(VOR_IPC_HANDLE* handle)
 {
     if (handle == nullptr) {

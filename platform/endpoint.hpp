@@ -9,11 +9,11 @@
 namespace vorinfra {
 
 struct Endpoint {
-    VOR_IPC_HANDLE handle; // what the caller holds
+    VOR_IPC_HANDLE handle; // given to the caller
     Endpoint* next;
     int descriptor;
     int timeout;         // milliseconds
-    pthread_t binder;    // the thread whose endpoint it is
+    pthread_t binder;    // the thread that bound it
     vor_uint16 sequence; // of the last request
     bool answer_missing; // of an earlier request; it may still come
     dev_t device;        // with the inode: the socket's file, which
@@ -21,11 +21,10 @@ struct Endpoint {
     char directory[socket_path_size];
 };
 
-// The endpoint behind a handle; null, with a complaint that names the
-// operation, when there is none.
+// The endpoint of a handle; null if there is none, with a report that names the operation.
 Endpoint* bound_endpoint(const VOR_IPC_HANDLE* handle, const char* operation);
 
-// The newest that the calling thread has bound; else the newest of all. Null: none is bound.
+// The newest endpoint of the calling thread, else the newest of all; null if none is bound.
 const Endpoint* newest_endpoint();
 
 } // namespace vorinfra

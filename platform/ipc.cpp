@@ -19,13 +19,13 @@ bool send_buffer(Endpoint& endpoint, VOR_IPC_MSG_REF& message, Buffer& buffer, v
 {
     buffer.holder.store(&endpoint, std::memory_order_relaxed);
     if (buffer.unsendable) {
-        complain("message 0x%x to SAP %u is not sent: its chain was refused", static_cast<unsigned>(message_id), sap);
+        report("message 0x%x to SAP %u not sent: its chain was refused", static_cast<unsigned>(message_id), sap);
         errno = EMSGSIZE;
         return false;
     }
     if (message.meta_data_sz + payload_length > VORINFRA_DATA_MAX) {
-        complain("message 0x%x to SAP %u is not sent: %d bytes, at most %d", static_cast<unsigned>(message_id), sap,
-                 message.meta_data_sz + payload_length, VORINFRA_DATA_MAX);
+        report("message 0x%x to SAP %u not sent: %d bytes, at most %d", static_cast<unsigned>(message_id), sap,
+               message.meta_data_sz + payload_length, VORINFRA_DATA_MAX);
         errno = EMSGSIZE;
         return false;
     }
@@ -34,8 +34,7 @@ bool send_buffer(Endpoint& endpoint, VOR_IPC_MSG_REF& message, Buffer& buffer, v
     return send_message(endpoint, buffer.header, buffer.data, 0);
 }
 
-// An answer that comes after its caller gave up would take room that the next
-// answer needs.
+// A late answer, whose caller has given up, would take the room of the next one.
 void discard_late(Endpoint& endpoint)
 {
     const Deadline deadline(endpoint.timeout);
@@ -64,7 +63,7 @@ Awaited await_answer(Endpoint& endpoint, vor_uint16 sap, Buffer& buffer)
             return is_refusal(buffer) ? Awaited::refused : Awaited::answered;
         }
         if (received == Received::nothing && errno != EAGAIN && errno != EINTR) {
-            complain("SAP %u cannot receive: error %d", endpoint.handle.sap_id, errno);
+            report("SAP %u cannot receive: error %d", endpoint.handle.sap_id, errno);
             return Awaited::nothing;
         }
         flags = MSG_DONTWAIT;
@@ -137,7 +136,7 @@ vor_int32 vor_ipc_send(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 messag
         return VORINFRA_NOT_SENT;
     }
     if (!send_buffer(*endpoint, *message, *buffer, sap, message_id, 0, payload_length)) {
-        const bool unserved = errno == ENOENT || errno == ECONNREFUSED; // no socket, or one whose owner died
+        const bool unserved = errno == ENOENT || errno == ECONNREFUSED; // no socket, or its owner died
         if (!unserved) {
             return VORINFRA_NOT_SENT;
         }

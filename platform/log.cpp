@@ -5,8 +5,8 @@
 
 namespace vorinfra {
 
-// Composed first and written at once, so that lines of several processes on
-// one terminal do not mix. What is too long loses its end, never its line end.
+// Written at once, so that lines of several processes on one terminal do not mix. A line that is too long is cut, but
+// keeps its line end.
 void write_line(const char* format, va_list arguments)
 {
     constexpr char prefix[] = "vorinfra: ";
@@ -21,7 +21,7 @@ void write_line(const char* format, va_list arguments)
     fputs(line, stderr);
 }
 
-void complain(const char* format, ...)
+void report(const char* format, ...)
 {
     va_list arguments;
     va_start(arguments, format);

@@ -1,4 +1,4 @@
-// log.hpp: what the platform tells the developer, on standard error.
+// log.hpp: the platform's messages to the developer, on standard error.
 #pragma once
 
 #include <cstdarg>
@@ -7,8 +7,8 @@
 
 namespace vorinfra {
 
-// One line, for what went wrong and why.
-[[gnu::format(printf, 1, 2)]] void complain(const char* format, ...);
+// One line about an error.
+[[gnu::format(printf, 1, 2)]] void report(const char* format, ...);
 
 [[gnu::format(printf, 1, 0)]] void write_line(const char* format, va_list arguments);
 

@@ -24,8 +24,7 @@ int receive(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message, int flags, const 
         return received == Received::nothing ? 0 : -1;
     }
     if ((header.flag & answer_bit) != 0) {
-        complain("SAP %u received an answer from SAP %u that nobody awaits; dropped", endpoint->handle.sap_id,
-                 header.ipc_src_id);
+        report("SAP %u: unexpected answer from SAP %u dropped", endpoint->handle.sap_id, header.ipc_src_id);
         return -1;
     }
     message->source = header.ipc_src_id;
@@ -43,7 +42,7 @@ int receive(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message, int flags, const 
 VOR_IPC_MSG_HDR answer_header(const Endpoint& endpoint, const VORINFRA_MESSAGE& request, vor_uint32 id)
 {
     VOR_IPC_MSG_HDR header;
-    memset(&header, 0, sizeof header); // what lies behind its last field is sent, too
+    memset(&header, 0, sizeof header); // its padding is sent, too
     header.ipc_src_id = endpoint.handle.sap_id;
     header.ipc_dest_id = request.source;
     header.opcode = id;
@@ -72,13 +71,13 @@ int vorinfra_answer(VOR_IPC_HANDLE* handle, const VORINFRA_MESSAGE* request, vor
     }
     const vor_uint16 own_sap = endpoint->handle.sap_id;
     if (!request->answer_wanted) {
-        complain("SAP %u: message 0x%x from SAP %u wants no answer", own_sap, static_cast<unsigned>(request->id),
-                 request->source);
+        report("SAP %u: message 0x%x from SAP %u is one-way and cannot be answered", own_sap,
+               static_cast<unsigned>(request->id), request->source);
         return -1;
     }
     if (size > VORINFRA_DATA_MAX || (payload == nullptr && size > 0)) {
-        complain("SAP %u: an answer of %u bytes cannot be sent: %s", own_sap, size,
-                 payload == nullptr ? "null pointer" : "at most 4096");
+        report("SAP %u: cannot send an answer of %u bytes: %s", own_sap, size,
+               payload == nullptr ? "null pointer" : "at most 4096");
         return -1;
     }
     VOR_IPC_MSG_HDR header = answer_header(*endpoint, *request, id);

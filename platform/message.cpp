@@ -73,7 +73,7 @@ Received receive_message(const Endpoint& endpoint, VOR_IPC_MSG_HDR& header, void
     }
     if (static_cast<size_t>(size) < sizeof header || (message.msg_flags & MSG_TRUNC) != 0 ||
         static_cast<size_t>(size) != sizeof header + data_size(header)) {
-        complain("SAP %u received %zd bytes that are no message; dropped", endpoint.handle.sap_id, size);
+        report("SAP %u: %zd bytes dropped, not a message", endpoint.handle.sap_id, size);
         return Received::garbage;
     }
     trace("received", header);

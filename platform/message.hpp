@@ -12,14 +12,13 @@ namespace vorinfra {
 constexpr vor_uint16 answer_bit = 0x8000;
 constexpr vor_uint16 sequence_bits = 0x7fff;
 
-// An answer has no meta-data; one that is this and nothing more says that the
-// request was not taken.
+// An answer never has meta-data: one that consists of meta-data alone means that the request was refused.
 constexpr char refusal[] = "refused";
 constexpr vor_uint16 refusal_size = sizeof refusal - 1;
 
 enum class Received { message, nothing, garbage };
 
-// Sends to the header's destination. False: not sent, errno tells why.
+// Sends to the header's destination. False with errno: not sent.
 bool send_message(const Endpoint& endpoint, const VOR_IPC_MSG_HDR& header, const void* data, int flags);
 
 // Receives into the header and the VORINFRA_DATA_MAX bytes of data. Garbage

@@ -21,8 +21,8 @@ static_assert(sizeof(VOR_IPC_MSG_HDR) == 16 && offsetof(Buffer, data) == 16);
 
 constexpr unsigned first_block = 16;
 constexpr unsigned most_blocks = 16;
-constexpr vor_uchar first_use_pattern = 0xa5; // shows what a caller sends without having set it
-constexpr vor_uchar not_sent_pattern = 0xa5;  // no status, whatever bytes of one were sent
+constexpr vor_uchar first_use_pattern = 0xa5; // makes bytes visible that a caller sends without setting them
+constexpr vor_uchar not_sent_pattern = 0xa5;  // never looks like a status, however many of its bytes were sent
 constexpr unsigned many = 64;                 // taken at once; a call holds two
 
 pthread_mutex_t guard = PTHREAD_MUTEX_INITIALIZER;
@@ -113,7 +113,7 @@ Buffer* referenced_buffer(const VOR_IPC_MSG_REF* message, const char* operation)
         buffer = taken(message);
     }
     if (buffer == nullptr) {
-        complain("%s: this reference holds no message buffer", operation);
+        report("%s: the reference has no message buffer", operation);
     }
     return buffer;
 }
@@ -139,7 +139,7 @@ bool take_buffer(const Endpoint* holder, VOR_IPC_MSG_REF& message)
     }
     Buffer* const buffer = free_first;
     if (buffer == nullptr) {
-        complain("no message buffer: %u are taken, and there is no memory for more", taken_count);
+        report("no message buffer: %u in use, and no memory for more", taken_count);
         return false;
     }
     free_first = buffer->next_free;
@@ -156,9 +156,9 @@ bool take_buffer(const Endpoint* holder, VOR_IPC_MSG_REF& message)
     buffer->answer = false;
     buffer->unsendable = false;
     if (++taken_count == many) {
-        complain("%u message buffers are taken: some calls keep theirs by design until the endpoint is unbound, others "
-                 "leak",
-                 taken_count);
+        report("%u message buffers are taken: some calls keep theirs by design until the endpoint is unbound, others "
+               "leak",
+               taken_count);
     }
     message = {&buffer->header, sizeof buffer->header + sizeof buffer->data, 0, 0};
     return true;
@@ -173,11 +173,11 @@ void vor_ipc_drop_msg_buf(VOR_IPC_MSG_REF* message)
     if (Buffer* const buffer = referenced_buffer(message, "vor_ipc_drop_msg_buf")) {
         const Lock lock(guard);
         give_back(buffer);
-        message->data_ptr = nullptr; // a second drop must not hit the next taker
+        message->data_ptr = nullptr; // a second drop must not free it for its next user
     }
 }
 
-// Asking for it makes the byte part of a request; an answer has it or not.
+// Asking for the byte makes it part of a request; an answer has it or not.
 void* vor_ipc_get_meta_data_ptr(VOR_IPC_MSG_REF* message)
 {
     Buffer* const buffer = referenced_buffer(message, "vor_ipc_get_meta_data_ptr");
@@ -190,8 +190,7 @@ void* vor_ipc_get_meta_data_ptr(VOR_IPC_MSG_REF* message)
     return buffer->data;
 }
 
-// A request is written anywhere in its data area; of an answer there is only
-// what the manager sent.
+// A request may be written anywhere in its data area; an answer has only the bytes that the manager sent.
 void* vor_ipc_get_payload_ptr(VOR_IPC_MSG_REF* message, vor_uint16 offset)
 {
     Buffer* const buffer = referenced_buffer(message, "vor_ipc_get_payload_ptr");

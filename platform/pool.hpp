@@ -10,18 +10,18 @@ namespace vorinfra {
 
 struct Endpoint;
 
-// Where a record's 64-bit numbers may stand.
+// The alignment of a record's 64-bit numbers.
 constexpr size_t record_alignment = 8;
 
 struct alignas(record_alignment) Buffer {
-    // What a manager did not send of a status or a record must not look sent.
+    // Bytes of a status or record that the manager did not send must not look sent.
     static constexpr size_t margin = 64;
 
     VOR_IPC_MSG_HDR header; // the message begins here
     vor_uchar data[VORINFRA_DATA_MAX];
     vor_uchar behind[record_alignment + margin]; // of an answer
 
-    std::atomic<const Endpoint*> holder; // whose unbinding takes it back; any may look
+    std::atomic<const Endpoint*> holder; // unbinding it frees the buffer; read by any thread
     Buffer* next_free;
     bool touched; // taken before
     bool taken;
@@ -40,17 +40,16 @@ struct alignas(record_alignment) Buffer {
     }
 };
 
-// The buffer whose data area holds the address; null: none does.
+// The buffer whose data area holds the address, or null.
 Buffer* find_buffer(const void* address);
 
-// The buffer behind a reference; null, with a complaint that names the
-// operation, when there is none or it was given back.
+// The buffer of a reference; null if there is none or it was released, with a report that names the operation.
 Buffer* referenced_buffer(const VOR_IPC_MSG_REF* message, const char* operation);
 
-// Puts the payload of an answer just received where it is looked for, with no status behind its end.
+// Moves the payload of a received answer to where callers read it, with no status after its end.
 void settle_answer(Buffer& buffer);
 
-// False, with a complaint: there is no memory for another.
+// False, with a report: no memory for another.
 bool take_buffer(const Endpoint* holder, VOR_IPC_MSG_REF& message);
 void take_back_buffers(const Endpoint* holder);
 

@@ -23,7 +23,7 @@ std::optional<int> number(const char* name, int least, int most, int otherwise)
     const auto read = std::from_chars(text + (hexadecimal ? 2 : 0), end, value, hexadecimal ? 16 : 10);
     if (read.ec != std::errc() || read.ptr != end || value < static_cast<unsigned>(least) ||
         value > static_cast<unsigned>(most)) {
-        complain("%s is \"%s\": must be a number from %d to %d", name, text, least, most);
+        report("%s must be %d to %d, not \"%s\"", name, least, most, text);
         return std::nullopt;
     }
     return static_cast<int>(value);
@@ -57,7 +57,7 @@ std::optional<bool> timers_run()
     if (strcmp(value, "run") == 0) {
         return true;
     }
-    complain("VORINFRA_TIMERS is \"%s\": must be \"run\" or unset", value);
+    report("VORINFRA_TIMERS must be \"run\" or unset, not \"%s\"", value);
     return std::nullopt;
 }
 

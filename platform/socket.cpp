@@ -16,8 +16,8 @@ using namespace vorinfra;
 void* vor_socket_create(vor_uchar domain, vor_uchar type, vor_uchar protocol)
 {
     if (domain != 1 || type != 1 || protocol != 0) {
-        complain("cannot create a socket of domain %u, type %u, protocol %u: only Unix streams (1, 1, 0)", domain, type,
-                 protocol);
+        report("cannot create a socket of domain %u, type %u, protocol %u: only Unix streams (1, 1, 0)", domain, type,
+               protocol);
         return nullptr;
     }
     const auto timeout = timeout_milliseconds();
@@ -27,7 +27,7 @@ void* vor_socket_create(vor_uchar domain, vor_uchar type, vor_uchar protocol)
     auto* const created = static_cast<VOR_UNIX_SOCKET*>(calloc(1, sizeof(VOR_UNIX_SOCKET)));
     Descriptor descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (created == nullptr || !descriptor || !limit_blocking(descriptor.get(), SO_SNDTIMEO, *timeout)) {
-        complain("cannot create a socket: %s", strerror(errno));
+        report("cannot create a socket: %s", strerror(errno));
         free(created);
         return nullptr;
     }
@@ -53,18 +53,18 @@ vor_int32 vor_socket_config_unix(void* socket, vor_char* path)
 
 namespace {
 
-// Whoever made the socket's file first is told stored secrets.
+// Whoever creates the socket's file first would receive stored secrets.
 bool is_trusted(int descriptor, const char* path)
 {
     ucred peer{};
     socklen_t size = sizeof peer;
     if (getsockopt(descriptor, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) {
-        complain("cannot tell who serves %s: %s", path, strerror(errno));
+        report("cannot find out who serves %s: %s", path, strerror(errno));
         return false;
     }
     if (peer.uid != geteuid() && peer.uid != 0) {
-        complain("%s is served by user %u, not by user %u or root; nothing is sent there", path,
-                 static_cast<unsigned>(peer.uid), static_cast<unsigned>(geteuid()));
+        report("%s is served by user %u, not by user %u or root; nothing is sent there", path,
+               static_cast<unsigned>(peer.uid), static_cast<unsigned>(geteuid()));
         return false;
     }
     return true;
@@ -104,7 +104,7 @@ vor_int32 vor_socket_close(void* socket, vor_uchar)
 
 namespace {
 
-// Whether an operation that did not go through is to be tried again.
+// Whether a failed operation is to be retried.
 bool try_again(vor_int32 fd, short events, int flags, const Deadline& deadline)
 {
     if (errno == EINTR) {
@@ -149,7 +149,7 @@ vor_int32 vor_recv(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
         received = recv(fd, buffer, static_cast<size_t>(count), flags | MSG_DONTWAIT);
     } while (received < 0 && try_again(fd, POLLIN, flags, deadline));
     if (received < 0 && errno == EAGAIN && (flags & MSG_DONTWAIT) == 0) {
-        shutdown(fd, SHUT_RDWR); // an answer that comes yet would be taken for that to the next query
+        shutdown(fd, SHUT_RDWR); // a late answer would be taken for that to the next query
     }
     return static_cast<vor_int32>(received);
 }

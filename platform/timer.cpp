@@ -15,7 +15,7 @@ namespace vorinfra {
 namespace {
 
 struct Timer {
-    VOR_TIMER_HANDLE handle; // what the caller holds
+    VOR_TIMER_HANDLE handle; // given to the caller
     Timer* next;
     vor_uint32 milliseconds;
     unsigned starts; // a running timer that is started again fires once
@@ -58,7 +58,7 @@ void* wait_and_call(void* argument)
     return nullptr;
 }
 
-// The thread takes no signals: they belong to the program's own threads.
+// Signals are left to the program's own threads.
 bool run_in_thread(Run* run)
 {
     sigset_t all;
@@ -91,7 +91,7 @@ bool launch(Timer* timer, unsigned start, vor_uint32 milliseconds)
         }
         free(run);
     }
-    complain("the timer cannot run: no memory or no thread for it");
+    report("cannot run the timer: no memory or no thread");
     return false;
 }
 

@@ -60,12 +60,12 @@ vor_int32 add(TLV_CHAIN* chain, vor_uint16 tag, vorinfra_kind kind, vor_uchar* d
         return -1;
     }
     if (chain->used >= TLV_CHAIN_CAPACITY) {
-        complain("a chain holds %d elements; one more, with tag %u, is refused", TLV_CHAIN_CAPACITY, tag);
+        report("a chain holds at most %d elements; tag %u refused", TLV_CHAIN_CAPACITY, tag);
         return refuse(chain);
     }
     const size_t total = chain->total_sz + element_header + length;
     if (length > longest_value || total >= unsendable) {
-        complain("an element with tag %u and %zu bytes fits no message", tag, length);
+        report("the element with tag %u is too large for a message: %zu bytes", tag, length);
         return refuse(chain);
     }
     chain->object[chain->used++] = {
@@ -83,7 +83,7 @@ vor_int32 add_number(TLV_CHAIN* chain, vor_uint16 tag, vorinfra_kind kind, vor_i
 vor_int32 add_bytes(TLV_CHAIN* chain, vor_uint16 tag, vorinfra_kind kind, void* bytes, size_t length)
 {
     if (bytes == nullptr && chain != nullptr) {
-        complain("an element with tag %u has no %s: null pointer", tag, kind == VORINFRA_STRING ? "text" : "bytes");
+        report("the element with tag %u has no %s: null pointer", tag, kind == VORINFRA_STRING ? "text" : "bytes");
         return refuse(chain);
     }
     return add(chain, tag, kind, static_cast<vor_uchar*>(bytes), length);
@@ -151,7 +151,7 @@ vor_int32 vor_tlv_chain_serialize(TLV_CHAIN* chain, unsigned char* destination, 
     const size_t room = buffer != nullptr ? buffer->room_behind(destination) : VORINFRA_DATA_MAX;
     if (chain->total_sz > room) {
         if (chain->total_sz != unsendable) {
-            complain("a chain of %u bytes does not fit into the %zu bytes of its message", chain->total_sz, room);
+            report("a chain of %u bytes does not fit its message of %zu bytes", chain->total_sz, room);
         }
         if (buffer != nullptr) {
             buffer->unsendable = true;

@@ -1,5 +1,5 @@
 /*
- * vorinfra_inspect.h: what tests and tools may ask the development platform.
+ * vorinfra_inspect.h: the development platform's state, for tests and tools.
  */
 #ifndef VORINFRA_INSPECT_H
 #define VORINFRA_INSPECT_H
@@ -12,8 +12,8 @@ extern "C" {
 
 /* What vor_ipc_request_response and vor_ipc_send return besides 0. */
 enum {
-    VORINFRA_NOT_SENT = -1, /* refused; a request also when nobody serves its SAP */
-    VORINFRA_NO_ANSWER = -2 /* it was sent; what became of it is unknown */
+    VORINFRA_NOT_SENT = -1, /* refused; a request also if nobody serves its SAP */
+    VORINFRA_NO_ANSWER = -2 /* sent; whether it was handled is unknown */
 };
 
 /* The message buffers this process now holds. */

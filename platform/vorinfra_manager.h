@@ -16,7 +16,7 @@ extern "C" {
 
 #define VORINFRA_DATA_MAX 4096 /* meta-data and payload of one message, together */
 
-/* How an element's value is to be read. */
+/* The type of an element's value. */
 typedef enum vorinfra_kind {
     VORINFRA_INT16 = 1,
     VORINFRA_INT32 = 2,
@@ -51,27 +51,27 @@ typedef struct vorinfra_element {
 /* The descriptor to poll for reading; -1 for a null handle. */
 int vorinfra_descriptor(const VOR_IPC_HANDLE* handle);
 
-/* 1: a message was received; 0: none is waiting; -1: what came was no message
- * (reported on standard error, dropped). Never blocks. */
+/* 1: a message was received; 0: none is waiting; -1: a datagram that is not a
+ * message was dropped (and reported on standard error). Never blocks. */
 int vorinfra_receive(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message);
 
-/* The same, but waits for a message as long as VORINFRA_TIMEOUT_MS: for a manager that has nothing else to do. */
+/* The same, but waits for a message for up to VORINFRA_TIMEOUT_MS. */
 int vorinfra_await(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message);
 
 /* Answers `request` with a message of the given id (usually the request's own).
- * 0: sent; -1: the asker is gone or does not listen. Never blocks. */
+ * 0: sent; -1: the client is gone or does not receive. Never blocks. */
 int vorinfra_answer(VOR_IPC_HANDLE* handle, const VORINFRA_MESSAGE* request, vor_uint32 id, const void* payload,
                     vor_uint16 size);
 
-/* Lets `request` fail at its asker at once, as though nobody served the SAP.
- * 0: sent; -1: the asker is gone, or awaits no answer. Never blocks. */
+/* Lets `request` fail at its client at once, as if nobody served the SAP.
+ * 0: sent; -1: the client is gone, or awaits no answer. Never blocks. */
 int vorinfra_refuse(VOR_IPC_HANDLE* handle, const VORINFRA_MESSAGE* request);
 
 /* Reads the element at *cursor and moves it on. 1: read; 0: the end; -1: the
- * bytes are no chain. Start with cursor 0. */
+ * bytes are not a chain. Start with cursor 0. */
 int vorinfra_next_element(const vor_uchar* chain, vor_uint16 size, vor_uint16* cursor, VORINFRA_ELEMENT* element);
 
-/* The private directory that holds this gateway's sockets, made when missing.
+/* The private directory of this gateway's sockets, created when missing.
  * Null with a message on standard error when it cannot be used. */
 const char* vorinfra_directory(void);
 

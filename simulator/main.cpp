@@ -17,7 +17,7 @@
 
 namespace {
 
-// One that the starter closed would become a socket's, and be written on.
+// A closed standard descriptor would be reused by a socket, and output written to it.
 void keep_standard_descriptors()
 {
     int descriptor = STDIN_FILENO;
@@ -40,21 +40,24 @@ int main(int argc, char** argv)
         }
         const vorsim::Options options = vorsim::read_options(arguments);
         if (options.help) {
-            std::fputs((vorsim::help_text() + vorsim::client::help()).c_str(), stdout);
+            std::fputs(vorsim::client::help_text().c_str(), stdout);
             return 0;
         }
         starts = true;
         vorsim::Server server(options);
         starts = false;
         return server.run();
+    } catch (const vor::UnknownArgument& error) {
+        vor::print_line(stderr, fmt::format("vorsim: {}\nhint: vorsim --help", error.what()));
+        return 2;
     } catch (const vorsim::UsageError& error) {
-        vor::print_line(stderr, fmt::format("vorsim: {} (vorsim --help tells the options)", error.what()));
+        vor::print_line(stderr, fmt::format("vorsim: {}", error.what()));
         return 2;
     } catch (const vorsim::faults::BadFile& error) {
         vor::print_line(stderr, error.what());
         return 2;
     } catch (const std::exception& error) {
         vor::print_line(stderr, fmt::format("vorsim: {}", error.what()));
-        return starts ? 2 : 1; // what cannot be begun is told like bad usage: nothing was done
+        return starts ? 2 : 1; // failing to start counts as invalid usage: nothing was done
     }
 }

@@ -17,18 +17,19 @@ std::string wrong_with(const std::string& line)
     try {
         parse_rule(line);
         return "";
-    } catch (const RuleError& complaint) {
-        return std::to_string(complaint.column) + ": " + complaint.what();
+    } catch (const RuleError& error) {
+        return std::to_string(error.column) + ": " + error.what();
     }
 }
 
 TEST(fault_rules, accepted_forms)
 {
-    for (const char* const line :
-         {"any chance 0.25%: never", "SAP 77 0x4d001 11th: id 0x7003", "240: short 2 bytes, 5 times",
-          "any from SAP 4096 \"port 3\": die 2m", "konfd: hang up, for 10s", "canmgr:status -1,once # why not"}) {
+    for (const char* const line : {"any chance 0.25%: never", "SAP 77 0x4d001 111th: id 0x7003", "any 22nd: never",
+                                   "240: short 2 bytes, 5 times", "any from SAP 4096 \"port 3\": die 2m",
+                                   "konfd: hang up, for 10s", "canmgr:status -1,once # why not"}) {
         EXPECT_EQ("", wrong_with(line)) << line;
     }
+    EXPECT_EQ("8: unexpected \"12nd\"; expected 12th", wrong_with("canmgr 12nd: never"));
     EXPECT_EQ("canmgr: id high, once", parse_rule("  canmgr: id high, once   # a comment").text);
     EXPECT_EQ("answer \"-e\"", parse_rule("konfd: answer \"-e\", once").action_text);
 }
@@ -40,12 +41,12 @@ const Subject baudrate{
 std::string acts(const std::string& rule, const std::vector<Subject>& messages, std::uint64_t seed = 1,
                  std::chrono::milliseconds between = 1s)
 {
-    RuleList plan(seed);
+    RuleList rules(seed);
     Time now{};
-    plan.add(parse_rule(rule), now);
+    rules.add(parse_rule(rule), now);
     std::string seen;
     for (const Subject& message : messages) {
-        seen += plan.due(message, now) ? 'x' : '.';
+        seen += rules.due(message, now) ? 'x' : '.';
         now += between;
     }
     return seen;
@@ -111,21 +112,21 @@ TEST(fault_rules, counts_and_chance)
 
 TEST(fault_rules, first_match_acts_each_counts)
 {
-    RuleList plan(1);
-    plan.add(parse_rule("any: status 7, twice"), {});
-    plan.add(parse_rule("canmgr every 2nd: never"), {});
+    RuleList rules(1);
+    rules.add(parse_rule("any: status 7, twice"), {});
+    rules.add(parse_rule("canmgr every 2nd: never"), {});
     std::string seen;
     for (int message = 0; message < 5; ++message) {
-        const auto due = plan.due(baudrate, {});
+        const auto due = rules.due(baudrate, {});
         seen += due ? std::to_string(due->number) : ".";
     }
     EXPECT_EQ("11.2.", seen);
-    EXPECT_EQ("1: any: status 7, twice (acted on 2 of 2 messages, over)\n"
+    EXPECT_EQ("1: any: status 7, twice (acted on 2 of 2 messages, ended)\n"
               "2: canmgr every 2nd: never (acted on 1 of 5 messages)\n",
-              plan.text({}));
-    EXPECT_TRUE(plan.clear(1));
-    EXPECT_FALSE(plan.clear(1));
-    EXPECT_EQ(3U, plan.add(parse_rule("any: never"), {})) << "numbers are not used twice";
+              rules.text({}));
+    EXPECT_TRUE(rules.clear(1));
+    EXPECT_FALSE(rules.clear(1));
+    EXPECT_EQ(3U, rules.add(parse_rule("any: never"), {})) << "numbers are not used twice";
 }
 
 } // namespace

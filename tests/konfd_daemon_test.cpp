@@ -7,6 +7,7 @@
 
 #include "konfd/session.hpp"
 #include "record/json.hpp"
+#include "record/line.hpp"
 #include "record/stored.hpp"
 #include "text/json.hpp"
 
@@ -61,26 +62,26 @@ TEST(konfd_daemon, invalid_commands_change_nothing)
 {
     const std::string long_line = "-s -l \"" + std::string(1025, 'x') + '"';
     const std::pair<const char*, const char*> table[] = {
-        {"hello", "neither an option nor a quoted text at byte 1"},
-        {"-x", "neither an option nor a quoted text at byte 1"},
-        {"-s -l \"a", "no closing quote to the one at byte 7"},
-        {"-s -l", "nothing behind -l at byte 4"},
-        {"-s -l a", "no quoted text behind -l at byte 4"},
-        {"-s -r \"a\"", "-s without a line"},
-        {"-s -l \"\"", "-s without a line"},
-        {"-s -l \"a\" -l \"b\"", "a second -l at byte 11"},
-        {"-s -u -l \"a\"", "a second operation at byte 4"},
-        {"-u \"x\"", "-u without a line or a pattern"},
-        {"-c -p 1", "-c without a line or a pattern"},
-        {"-d -r \"a\"", "-d alone takes path words only"},
-        {"\"x\" -s -l \"a\"", "no operation (-s, -c, -u, -d) before the text at byte 1"},
-        {"-s -l \"a\" -p high", "no priority from 0 to 99999, or a second one, at byte 14"},
-        {"-s -l \"a\" \"\"", "an empty path word at byte 11"},
-        {"-s -l \"ssid a\"b\" -r \"^ssid \" \"i\"", "neither an option nor a quoted text at byte 15"},
-        {"-s -l \"a\x01\"", "a control character in the text at byte 7"},
-        {long_line.c_str(), "a text of more than 1024 bytes at byte 7"},
-        {"-s -l \"a\" -r \"(\"", "the pattern is no regular expression, or too much of one"},
-        {"-s -l \"a\" -s -l \"b", "no closing quote to the one at byte 17"}, // the first is not carried out, either
+        {"hello", "byte 1: expected an option or a quoted text"},
+        {"-x", "byte 1: expected an option or a quoted text"},
+        {"-s -l \"a", "byte 7: unclosed quote"},
+        {"-s -l", "byte 4: -l needs a value"},
+        {"-s -l a", "byte 4: -l needs a quoted text"},
+        {"-s -r \"a\"", "-s needs -l"},
+        {"-s -l \"\"", "-s needs -l"},
+        {"-s -l \"a\" -l \"b\"", "byte 11: unexpected second -l"},
+        {"-s -u -l \"a\"", "byte 4: unexpected second operation"},
+        {"-u \"x\"", "-u needs -l or -r"},
+        {"-c -p 1", "-c needs -l or -r"},
+        {"-d -r \"a\"", "-d alone takes only path words"},
+        {"\"x\" -s -l \"a\"", "byte 1: expected -s, -c, -u or -d first"},
+        {"-s -l \"a\" -p high", "byte 14: priority must be 0 to 99999"},
+        {"-s -l \"a\" \"\"", "byte 11: empty path word"},
+        {"-s -l \"ssid a\"b\" -r \"^ssid \" \"i\"", "byte 15: expected an option or a quoted text"},
+        {"-s -l \"a\x01\"", "byte 7: unexpected control character"},
+        {long_line.c_str(), "byte 7: text longer than 1024 bytes"},
+        {"-s -l \"a\" -r \"(\"", "the pattern is not a regular expression, or is too complex"},
+        {"-s -l \"a\" -s -l \"b", "byte 17: unclosed quote"}, // the first is not carried out, either
     };
     Konfd konfd;
     for (const auto& [command, why] : table) {
@@ -163,7 +164,7 @@ TEST(konfd_daemon, secrets_are_masked)
              {"-s -l \"password hunter2\" -r \"^password hunter2$\" \"interface wlan0\"", "-d \"interface wlan0\"",
               "-c -r \"^passphrase hunter2\" \"PSK hunter2\"", "-s -l \"password hunter2"}) {
             const Reply reply = konfd.execute(command);
-            everything += reply.record.line + vorsim::json_line(reply.record) + reply.answer;
+            everything += vorsim::line_of(reply.record) + vorsim::json_line(reply.record) + reply.answer;
         }
         everything += konfd.text() + vor::dump(vorsim::json_of(konfd));
         EXPECT_EQ(shown, everything.find("hunter2") != std::string::npos) << everything;

@@ -119,8 +119,8 @@ TEST_F(Neighbour, planted_links_are_refused)
     expect_said(place, {{"VORINFRA_DIR=" + path("open/run") + " vorsim", 2, "it is a symbolic link"}});
     fs::permissions(path("open"), fs::perms(0700));
     expect_said(place,
-                {{"VORINFRA_DIR=" + path("open") + " vorcfg --sap 7 gpio set-direction 3 1 0", 7, "is no socket"}});
-    expect_said(place, {{"VORINFRA_DIR=" + path("open") + " vorsim", 2, "exists and is no socket"}});
+                {{"VORINFRA_DIR=" + path("open") + " vorcfg --sap 7 gpio set-direction 3 1 0", 7, "is not a socket"}});
+    expect_said(place, {{"VORINFRA_DIR=" + path("open") + " vorsim", 2, "exists and is not a socket"}});
     EXPECT_EQ("mine", contents(path("mine")));
 }
 

@@ -110,7 +110,7 @@ TEST_F(Platform, refused_chain_is_never_sent)
     EXPECT_EQ(0, fill(50));
     EXPECT_EQ("350", attempt(0));
     EXPECT_TRUE(contains(errors_of([&] { EXPECT_NE(0, fill(51)); }), "50 elements"));
-    EXPECT_TRUE(contains(errors_of([&] { EXPECT_EQ("refused, size 0", attempt(0)); }), "0x7003 to SAP 7 is not sent"));
+    EXPECT_TRUE(contains(errors_of([&] { EXPECT_EQ("refused, size 0", attempt(0)); }), "0x7003 to SAP 7 not sent"));
 
     fill(1);
     EXPECT_TRUE(contains(errors_of([&] { vor_tlv_chain_add_str(&chain, 77, nullptr); }), "tag 77 has no text"));
@@ -121,11 +121,12 @@ TEST_F(Platform, refused_chain_is_never_sent)
         vor_tlv_chain_add_str(&chain, 1, large.data());
         const std::string errors =
             errors_of([&] { EXPECT_EQ(offset == 0 ? "4096" : "refused, size 0", attempt(offset)); });
-        EXPECT_TRUE(offset == 0 || contains(errors, "4096 bytes does not fit into the 4095 bytes")) << errors;
+        EXPECT_TRUE(offset == 0 || contains(errors, "4096 bytes does not fit its message of 4095 bytes")) << errors;
     }
     large.resize(70000, 'x'); // more than any element can be
     vor_tlv_chain_init(&chain);
-    EXPECT_TRUE(contains(errors_of([&] { vor_tlv_chain_add_str(&chain, 3, large.data()); }), "fits no message"));
+    EXPECT_TRUE(
+        contains(errors_of([&] { vor_tlv_chain_add_str(&chain, 3, large.data()); }), "too large for a message"));
     errors_of([&] { EXPECT_EQ("refused, size 0", attempt(0)); });
 
     Message message; // what does not fit leaves the end of its buffer alone
@@ -152,7 +153,7 @@ TEST_F(Platform, sap_has_one_owner)
         fs::remove(socket_file(manager_sap));
         std::ofstream(socket_file(manager_sap)) << "mine";
     }
-    EXPECT_TRUE(contains(errors_of([] { EXPECT_EQ(nullptr, Bound(manager_sap)); }), "is no socket"));
+    EXPECT_TRUE(contains(errors_of([] { EXPECT_EQ(nullptr, Bound(manager_sap)); }), "is not a socket"));
     EXPECT_EQ(4U, fs::file_size(socket_file(manager_sap)));
 }
 
@@ -198,13 +199,13 @@ TEST_F(Platform, unusable_directories_are_refused)
     fs::create_directory_symlink(home, home + "/link");
     std::ofstream(home + "/file") << "x";
     const std::pair<std::string, const char*> refusals[] = {
-        {home + "/open", "its mode is 0755, must be 0700"},
+        {home + "/open", "its mode must be 0700, not 0755"},
         {home + "/link", "it is a symbolic link"},
         {home + "/link//", "it is a symbolic link"},
         {home + "/file", "Not a directory"},
         {home + "/not/there", "No such file"},
         {"relative", "must be an absolute path"},
-        {home + "/" + std::string(10000, 'd'), "too long to hold sockets"}};
+        {home + "/" + std::string(10000, 'd'), "must have at most 94 characters"}};
     for (const auto& [directory, reason] : refusals) {
         EXPECT_TRUE(contains(refusal(directory), reason));
     }
@@ -240,7 +241,7 @@ TEST_F(Platform, invalid_settings_fail_the_bind)
         for (const char* const value : values) {
             setenv(name, value, 1);
             const std::string errors = errors_of([] { EXPECT_EQ(nullptr, Bound(manager_sap)); });
-            EXPECT_TRUE(contains(errors, std::string(name) + " is \"" + value + '"'));
+            EXPECT_TRUE(contains(errors, ", not \"" + std::string(value) + '"'));
         }
         setenv(name, "", 1);
         EXPECT_NE(nullptr, Bound(manager_sap)) << name << " empty";
@@ -319,7 +320,7 @@ TEST_F(Platform, only_the_matching_answer_counts)
             EXPECT_STREQ(expected, reinterpret_cast<char*>(answer.payload()));
             answering.get();
         });
-        EXPECT_TRUE(contains(errors, "SAP 200 received 1 bytes that are no message"));
+        EXPECT_TRUE(contains(errors, "SAP 200: 1 bytes dropped, not a message"));
     }
 }
 
@@ -331,7 +332,7 @@ TEST_F(Platform, process_stopped_while_binding_is_named)
     ASSERT_EQ(0, flock(held, LOCK_EX));
     const std::string errors = errors_of([] { EXPECT_EQ(nullptr, Bound(manager_sap)); });
     close(held);
-    EXPECT_TRUE(contains(errors, "process " + std::to_string(getpid()) + " holds the directory " + home + "/run"));
+    EXPECT_TRUE(contains(errors, "process " + std::to_string(getpid()) + " has locked the directory " + home + "/run"));
     EXPECT_NE(nullptr, Bound(manager_sap));
 }
 
@@ -376,7 +377,7 @@ TEST_F(Platform, nothing_waits_forever)
     while (vorinfra_answer(manager, &request, 1, nullptr, 0) == 0) {}
     VORINFRA_MESSAGE stray = next(manager); // a one-way message, then an unexpected answer
     errors_of([&] { EXPECT_EQ(-1, vorinfra_answer(manager, &stray, 1, nullptr, 0)); });
-    EXPECT_TRUE(contains(errors_of([&] { EXPECT_EQ(-1, vorinfra_receive(client, &stray)); }), "nobody awaits"));
+    EXPECT_TRUE(contains(errors_of([&] { EXPECT_EQ(-1, vorinfra_receive(client, &stray)); }), "unexpected answer"));
 }
 
 } // namespace

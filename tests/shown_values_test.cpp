@@ -40,15 +40,14 @@ private:
     Session session_{{}, std::nullopt};
 };
 
-// "call  object words: name=value name=value -> ..."
+// "status 0   manager  call  object words: name=value name=value"
 bool tells(const std::string& line, const std::string& name, const std::string& value)
 {
-    const std::size_t begin = line.find("  ");
-    const std::size_t end = line.find(" -> ");
-    if (line.starts_with("strict") || begin == line.npos || end == line.npos) {
+    constexpr std::size_t manager = 11;
+    if (line.starts_with("REFUSED")) {
         return false;
     }
-    std::istringstream words(line.substr(begin, end - begin));
+    std::istringstream words(line.substr(std::min(line.find("  ", manager), line.size())));
     for (std::string word; words >> word;) {
         if (word == name + "=" + value || word == value || word == value + ":" || word.starts_with(value + "/") ||
             word.ends_with("/" + value) || word.ends_with("/" + value + ":")) {

@@ -11,6 +11,7 @@
 
 #include "gateway/gateway.hpp"
 #include "record/json.hpp"
+#include "record/line.hpp"
 #include "record/stored.hpp"
 #include "text/json.hpp"
 #include "text/text.hpp"
@@ -72,7 +73,7 @@ Decision send(Gateway& gateway, std::uint16_t sap, std::uint32_t id, const std::
                                              .answer_wanted = waits,
                                              .meta_data = {&lead, option == none ? 0U : 1U},
                                              .payload = payload});
-    gateway.settle(decision);
+    gateway.store(decision);
     return decision;
 }
 
@@ -98,53 +99,48 @@ constexpr bool one_way = false;
 TEST(messages, mismatches_are_reported)
 {
     const Sent table[] = {
-        {4, 0x4005, "1 i16 3", request, none, "strict: gpiomgr(4) 0x4005: no such message -> status 2"},
+        {4, 0x4005, "1 i16 3", request, none, "REFUSED 2  gpiomgr  0x4005  unknown message id"},
         {21, 0x15003, "6 str g | 23 i16 3", request, none,
-         "strict: snmpmgr(21) 0x15003: no such message here (it is one of towermon(240)) -> status 2"},
+         "REFUSED 2  snmpmgr  0x15003  unknown message id; it belongs to towermon"},
         {4, 0x4004, "1 i16 3 | 9 i16 1 | 6 i16 0", request, none,
-         "strict: gpiomgr(4) 0x4004: element 2 is tag 9 int16, expected tag 2 int16 (direction) or tag 3 int16 "
-         "(mode) or "},
+         "REFUSED 3  gpiomgr  0x4004  element 2 is tag 9 int16, expected tag 2 int16 (direction), tag 3 int16 (mode)"},
         {4, 0x4004, "1 i16 3 | 2 i32 1 | 6 i16 0", request, none,
-         "strict: gpiomgr(4) 0x4004: element 2 (direction, tag 2) is int32, expected int16 -> status 3"},
+         "REFUSED 3  gpiomgr  0x4004  element 2 (direction, tag 2) is int32, expected int16"},
         {4, 0x4004, "1 i16 3 | 6 i16 0 | 2 i16 1", request, none,
-         "strict: gpiomgr(4) 0x4004: element 2 is tag 6 int16, expected tag 2 int16 (direction) or tag 3 int16 "
-         "(mode) or "},
+         "REFUSED 3  gpiomgr  0x4004  element 2 is tag 6 int16, expected tag 2 int16 (direction), tag 3 int16 (mode)"},
         {4, 0x4004, "1 i16 3 | 2 i16 1", request, none,
-         "strict: gpiomgr(4) 0x4004: ends after element 2, expected tag 6 int16 (option) -> status 3"},
+         "REFUSED 3  gpiomgr  0x4004  ends after element 2, expected tag 6 int16 (option)"},
         {4, 0x4004, "1 i16 3 | 2 i16 1 | 6 i16 0 | 6 i16 0", request, none,
-         "strict: gpiomgr(4) 0x4004: element 4 (tag 6 int16) is one too many -> status 3"},
-        {4, 0x4004, "hex 00", request, none,
-         "strict: gpiomgr(4) 0x4004: payload is no chain behind element 0 -> status 3"},
+         "REFUSED 3  gpiomgr  0x4004  unexpected element 4 (tag 6 int16)"},
+        {4, 0x4004, "hex 00", request, none, "REFUSED 3  gpiomgr  0x4004  payload is not a chain after element 0"},
         {15, 0xf005, "10 str s | 6 i16 2 | 7 str a | 8 i16 1 | 32 raw xy", request, 0,
-         "strict: mqttmgr(15) 0xf005: element 5 (server_type, tag 32) is 2 raw bytes, expected one raw byte -> status "
-         "3"},
-        {15, 0xf005, "2 str t", request, none,
-         "strict: mqttmgr(15) 0xf005: meta-data has 0 bytes, expected 1 -> status 3"},
-        {10, 0xa008, "", request, none,
-         "strict: datamgr(10) 0xa008: payload is empty, expected the byte set -> status 3"},
-        {7, 0x7012, "hex 0a0000000a000001", one_way, none, "strict: ethmgr(7) 0x7012: payload has 8 bytes, expected 4"},
+         "REFUSED 3  mqttmgr  0xf005  element 5 (server_type, tag 32) is 2 raw bytes, expected one raw byte"},
+        {15, 0xf005, "2 str t", request, none, "REFUSED 3  mqttmgr  0xf005  meta-data has 0 bytes, expected 1"},
+        {10, 0xa008, "", request, none, "REFUSED 3  datamgr  0xa008  payload is empty, expected the byte set first"},
+        {7, 0x7012, "hex 0a0000000a000001", one_way, none,
+         "REFUSED    ethmgr  0x7012  payload has 8 bytes, expected 4"},
         {7, 0x7003, "hex 01010000c0a8010affffff00", request, none,
-         "strict: ethmgr(7) 0x7003: interface_number is 1, expected 0 -> status 3"},
+         "REFUSED 3  ethmgr  0x7003  interface_number is 1, expected 0"},
         {7, 0x7005, "hex 00010000c0a8010affffff00", request, none,
-         "strict: ethmgr(7) 0x7005: interface_number is 0, expected 1 or 2 -> status 3"},
+         "REFUSED 3  ethmgr  0x7005  interface_number is 0, expected 1 or 2"},
         {7, 0x700b, "9 str lan | 11 i16 2 | 12 i32 1", request, 1,
-         "strict: ethmgr(7) 0x700b: dns_server_num is 2, but 1 of dns_server follow -> status 3"},
+         "REFUSED 3  ethmgr  0x700b  dns_server_num is 2, but dns_server has 1 element"},
         {21, 0x15001, "34 str hush | 4 i16 1", request, none,
-         "strict: snmpmgr(21) 0x15001: element 2 (option, tag 4) is 1, expected 2 -> status 3"},
+         "REFUSED 3  snmpmgr  0x15001  element 2 (option, tag 4) is 1, expected 2"},
         {21, 0x15001, "39 i16 1", request, none,
-         "strict: snmpmgr(21) 0x15001: vor_cfg_set_snmp_server_enable waits for an answer to a one-way message -> "
-         "status 4"},
+         "REFUSED 4  snmpmgr  0x15001  vor_cfg_set_snmp_server_enable is one-way, but an answer is awaited"},
         {12, 0xc002, "1 i16 1", one_way, none,
-         "strict: gsmmgr(12) 0xc002: vor_cfg_gsm_activate was sent one-way, but is to be answered"},
+         "REFUSED    gsmmgr  0xc002  vor_cfg_gsm_activate is a request, but was sent one-way"},
     };
     Gateway gateway({});
     for (const Sent& sent : table) {
         const Decision decision = send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option);
-        EXPECT_TRUE(decision.record.line.starts_with(sent.line)) << decision.record.line << "\nexpected " << sent.line;
+        const std::string line = vorsim::line_of(decision.record);
+        EXPECT_TRUE(line.starts_with(sent.line)) << line << "\nexpected " << sent.line;
         EXPECT_NE(0, status_of(decision)) << sent.line;
         EXPECT_TRUE(decision.record.complained) << sent.line;
     }
-    EXPECT_EQ("", gateway.state().text()) << "what is complained about is not kept";
+    EXPECT_EQ("", gateway.state().text()) << "a refused message is not stored";
 }
 
 TEST(measurements, change_and_repeat_by_seed)
@@ -189,12 +185,12 @@ TEST(state, latest_values_per_object)
     send(gateway, 7, 0x7011, "hex 010000000a000000", one_way);
     send(gateway, 7, 0x7013, "hex 000000000a000000", one_way);
     send(gateway, 4, 0x4007, "hex 0700"); // a query sets nothing
-    EXPECT_EQ("gpiomgr(4)\n"
+    EXPECT_EQ("gpiomgr\n"
               "  port 2\n"
               "    vor_cfg_set_gpio_channel_name  name=\"door\" set=1\n"
               "  port 10\n"
               "    vor_cfg_set_gpio_channel_name  name=\"mains\" set=1\n"
-              "ethmgr(7)\n"
+              "ethmgr\n"
               "  route 10.0.0.0\n"
               "    vor_cfg_remove_ip_route\n",
               gateway.state().text());
@@ -218,8 +214,8 @@ TEST(secrets, masked_unless_requested)
         Gateway gateway({.show_secrets = shown});
         for (const Sent& sent : table) {
             const Decision decision = send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option);
-            EXPECT_FALSE(decision.record.complained) << decision.record.line;
-            const std::string everything = decision.record.line + vorsim::json_line(decision.record) +
+            EXPECT_FALSE(decision.record.complained) << vorsim::line_of(decision.record);
+            const std::string everything = vorsim::line_of(decision.record) + vorsim::json_line(decision.record) +
                                            gateway.state().text() + vor::dump(vorsim::json_of(gateway.state()));
             EXPECT_EQ(shown, everything.find("hunter2") != std::string::npos) << everything;
             EXPECT_EQ(!shown, everything.find("********") != std::string::npos) << everything;
@@ -267,14 +263,13 @@ TEST(log_file, fields_depend_on_option)
     };
     Gateway gateway({});
     const auto judge = [&gateway](const std::vector<std::uint8_t>& payload) {
-        return gateway.judge({.sap = 2, .id = 0x2028, .payload = payload}).record.line;
+        return vorsim::line_of(gateway.judge({.sap = 2, .id = 0x2028, .payload = payload}).record);
     };
-    EXPECT_EQ("platmgr(2) 0x2028 vor_cfg_set_log_file  log boot: set_option=2 log_file_name=\"a.log\" -> no answer "
-              "awaited",
+    EXPECT_EQ("one-way    platmgr  vor_cfg_set_log_file  log boot: set_option=2 log_file_name=\"a.log\"",
               judge(record(2, 204, "a.log")));
-    EXPECT_EQ("strict: platmgr(2) 0x2028: log_file_name does not end within its 50 bytes",
+    EXPECT_EQ("REFUSED    platmgr  0x2028  log_file_name is not terminated within its 50 bytes",
               judge(record(2, 204, std::string(50, 'n'))));
-    EXPECT_EQ("strict: platmgr(2) 0x2028: set_option is 4, expected 1 or 2 or 3", judge(record(4, 204, "a.log")));
+    EXPECT_EQ("REFUSED    platmgr  0x2028  set_option is 4, expected 1, 2 or 3", judge(record(4, 204, "a.log")));
 }
 
 } // namespace

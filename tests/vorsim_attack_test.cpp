@@ -91,13 +91,14 @@ TEST(limits, hostile_texts_take_bounded_work)
         EXPECT_EQ("-e\n", konfd.execute(text).answer) << text.substr(0, 60);
     }
     EXPECT_EQ(before, konfd.text());
-    EXPECT_EQ("the patterns are too much work", konfd.execute("-u -r \"(.*a){30}(.*b){30}z\" \"a\"").record.complaint);
+    EXPECT_EQ("matching the patterns takes too long",
+              konfd.execute("-u -r \"(.*a){30}(.*b){30}z\" \"a\"").record.complaint);
     EXPECT_EQ("-o\n", konfd.execute("-u -r \"^a+7$\" \"a\"").answer) << "an honest pattern over all lines";
     // What is shown is shown whole, or refused.
     EXPECT_GT(konfd.execute("-d \"a\"").answer.size(), 400'000U);
     const vorsim::konfd::Reply twice = konfd.execute("-d \"a\" -d \"a\" -d \"a\"");
     EXPECT_EQ("-e\n", twice.answer);
-    EXPECT_EQ("what is to be shown has more than 1048576 bytes", twice.record.complaint);
+    EXPECT_EQ("output longer than 1048576 bytes", twice.record.complaint);
 }
 
 TEST_F(Attack, hostile_texts_and_unread_answers_take_bounded_memory)
@@ -209,10 +210,10 @@ TEST_F(Attack, unread_output_blocks_nothing)
     for (int question = 0; question < 3000; ++question) { // far more than a pipe holds
         ASSERT_EQ(0, ask(front_end));
     }
-    EXPECT_TRUE(contains(place.run("vorsim show").text, " lines lost\n"));
+    EXPECT_TRUE(contains(place.run("vorsim show").text, " lines dropped\n"));
     std::string said;
     for (std::string line = gateway.next_line(); said.empty(); line = gateway.next_line()) {
-        said = line.find(" lost here: nobody read what was written") != line.npos ? line : "";
+        said = line.find(" dropped: output not read") != line.npos ? line : "";
         ASSERT_EQ(0, ask(front_end));
     }
     EXPECT_EQ(0U, said.find("vorsim: ")) << said;
@@ -270,10 +271,10 @@ TEST(limits, state_is_bounded)
         const std::uint8_t payload[] = {static_cast<std::uint8_t>(port), static_cast<std::uint8_t>(port >> 8), 1, 0};
         const vorsim::Decision decision =
             gateway.judge({.sap = 4, .source = client_sap, .id = 0x4006, .payload = payload});
-        gateway.settle(decision);
+        gateway.store(decision);
         last = decision.record.complaint;
     }
-    EXPECT_EQ("nothing more can be kept (vorsim reset makes room)", last);
+    EXPECT_EQ("no room for more settings; vorsim reset clears them", last);
     EXPECT_GT(gateway.state().managers().at(4).size(), 5'000U);
     EXPECT_LT(peak_of(getpid()) - before, most_growth_kb);
     const std::uint8_t again[] = {0, 0, 0, 0}; // what is there already may change
@@ -307,7 +308,7 @@ TEST_F(Attack, startup_can_be_interrupted)
     ASSERT_EQ(0, flock(directory.get(), LOCK_EX)); // every SAP's binding waits for it
     const auto stopped = place.run("vorsim >said 2>&1 & until [ -e run/vorsim.control ]; do :; done; kill $!; wait $!");
     EXPECT_EQ(1, stopped.exit_code);
-    EXPECT_TRUE(contains(held("said"), "did not come to an end in time"));
+    EXPECT_TRUE(contains(held("said"), "not stopped in time"));
 }
 
 } // namespace

@@ -16,12 +16,12 @@ TEST_F(Vorsim, shows_state_and_cleans_up)
     for (const int signal_number : {SIGTERM, SIGINT}) {
         Gateway gateway(place, {"--journal", "journal", "--state", "state"});
         EXPECT_EQ(0, ask(Bound(client_sap)));
-        EXPECT_EQ(0U, gateway.next_line().find("platmgr(2) 0x2021 vor_cfg_get_system_temperature  board -> status=0"));
+        EXPECT_EQ(0U, gateway.next_line().find("answered   platmgr  vor_cfg_get_system_temperature  board: status=0"));
         const Stream client(konfd_path);
         client.send("-s -l \"interface wlan0\" -s -l \"password hunter2\" \"interface wlan0\"\n");
         EXPECT_EQ("-o\n", client.line());
 
-        EXPECT_EQ("vorsim: 1 message, 0 complaints\nkonfd\n  interface wlan0\n    password ********\n",
+        EXPECT_EQ("vorsim: 1 message\nkonfd\n  interface wlan0\n    password ********\n",
                   place.run("vorsim show").text);
         const auto last = state();
         EXPECT_EQ(1, last["schema"]);
@@ -38,7 +38,7 @@ TEST_F(Vorsim, strict_run_with_complaints_fails)
 {
     Gateway gateway(place, {"--strict", "--sap", "77"});
     EXPECT_EQ(2, ask(Bound(client_sap), 77, 0x4d001));
-    EXPECT_EQ("strict: sap(77) 0x4d001: no such message -> status 2", gateway.next_line());
+    EXPECT_EQ("REFUSED 2  sap 77  0x4d001  unknown message id", gateway.next_line());
     EXPECT_EQ(3, gateway.stop(SIGTERM));
 }
 

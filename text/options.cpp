@@ -27,8 +27,11 @@ std::string_view OptionWords::value_of(const Option& option, const std::string* 
 
 std::string Operands::take(std::string_view what)
 {
-    if (empty() || front().starts_with("-")) {
-        throw OptionError(empty() ? fmt::format("{} is missing", what) : fmt::format("unknown option \"{}\"", front()));
+    if (empty()) {
+        throw OptionError(fmt::format("{} is missing", what));
+    }
+    if (front().starts_with("-")) {
+        refuse();
     }
     return take();
 }
@@ -36,8 +39,14 @@ std::string Operands::take(std::string_view what)
 void Operands::end() const
 {
     if (!empty()) {
-        throw OptionError(fmt::format("\"{}\" is too much here", front()));
+        refuse();
     }
+}
+
+void Operands::refuse() const
+{
+    const bool is_option = front().starts_with("-") && front() != "-";
+    throw UnknownArgument(fmt::format("{} \"{}\"", is_option ? "unknown option" : "unexpected argument", front()));
 }
 
 } // namespace vor

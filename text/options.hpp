@@ -25,6 +25,11 @@ struct OptionError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// An option or argument that does not exist.
+struct UnknownArgument : OptionError {
+    using OptionError::OptionError;
+};
+
 // An option in front, and its value: `--name value` or `--name=value`.
 struct OptionWords {
     std::string_view name; // up to an equals sign; -h is --help
@@ -79,6 +84,8 @@ public:
     }
     // Throws an OptionError where there is more.
     void end() const;
+    // Throws the UnknownArgument in front.
+    [[noreturn]] void refuse() const;
 
 private:
     std::vector<std::string> words_;

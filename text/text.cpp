@@ -117,6 +117,14 @@ std::string counted(std::uint64_t number, std::string_view what)
     return fmt::format("{} {}{}", number, what, number == 1 ? "" : "s");
 }
 
+std::string either(std::span<const std::string> texts)
+{
+    if (texts.size() < 2) {
+        return joined(texts, "");
+    }
+    return fmt::format("{} or {}", joined(texts.first(texts.size() - 1), ", "), texts.back());
+}
+
 void print(std::FILE* to, std::string_view text)
 {
     std::fwrite(text.data(), 1, text.size(), to);

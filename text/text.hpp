@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -36,6 +37,9 @@ std::string joined(const Texts& texts, std::string_view between)
     }
     return all;
 }
+
+// "a, b or c"
+std::string either(std::span<const std::string> texts);
 
 // Written at once; a reader that is gone stops nobody.
 void print(std::FILE* to, std::string_view text);

@@ -6,6 +6,7 @@
 #include "faults/parse.hpp"
 #include "input.hpp"
 #include "record/json.hpp"
+#include "record/line.hpp"
 
 using namespace vorsim;
 using namespace vorsim::faults;
@@ -15,25 +16,25 @@ namespace {
 
 constexpr std::int32_t status = 3;
 
-void disturb_a_message(const DueRule& due)
+void apply_to_message(const DueRule& due)
 {
     Decision decision;
     decision.answered = true;
     decision.answer = status_answer(status);
     decision.record.status = status;
-    const Delivery delivery = disturb(decision, due);
+    const Delivery delivery = apply(decision, due);
     require(decision.answer.size() <= sizeof status, "no answer grows");
     require(delivery.wait >= Milliseconds(0), "no answer comes before its request");
-    require_printable(decision.record.line);
+    require_printable(line_of(decision.record));
     require_printable(json_line(decision.record));
 }
 
-void disturb_konfd(const DueRule& due)
+void apply_to_konfd(const DueRule& due)
 {
     konfd::Reply reply;
     reply.answer = "-o\n";
-    disturb(reply, due);
-    require_printable(reply.record.line);
+    apply(reply, due);
+    require_printable(line_of(reply.record));
     require_printable(json_line(reply.record));
 }
 
@@ -44,24 +45,24 @@ void check_rule(const Rule& rule)
     RuleList plan(1);
     const Time now{};
     plan.add(rule, now);
-    const bool konfd = rule.concern.who == Concern::Who::konfd;
+    const bool konfd = rule.condition.who == Condition::Who::konfd;
     const Subject subject{.konfd = konfd,
-                          .sap = rule.concern.sap,
-                          .client = rule.concern.client.value_or(200),
-                          .id = rule.concern.id.value_or(7),
+                          .sap = rule.condition.sap,
+                          .client = rule.condition.client.value_or(200),
+                          .id = rule.condition.id.value_or(7),
                           .call = "vor_cfg_set_can_id",
-                          .object = rule.concern.object,
+                          .object = rule.condition.object,
                           .answered = true};
     unsigned acted = 0;
     for (int message = 0; message < messages; ++message) {
         if (const auto due = plan.due(subject, now)) {
             ++acted;
             require_printable(due->text());
-            konfd ? disturb_konfd(*due) : disturb_a_message(*due);
+            konfd ? apply_to_konfd(*due) : apply_to_message(*due);
         }
     }
     require(acted <= rule.end.times.value_or(messages), "a rule ends");
-    require(rule.concern.when != Concern::When::nth || acted <= 1, "there is one n-th");
+    require(rule.condition.when != Condition::When::nth || acted <= 1, "there is one n-th");
     std::string text = plan.text(now);
     require(!text.empty() && text.back() == '\n', "a rule is listed");
     text.pop_back();

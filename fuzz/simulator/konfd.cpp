@@ -5,6 +5,7 @@
 #include "input.hpp"
 #include "konfd/session.hpp"
 #include "record/json.hpp"
+#include "record/line.hpp"
 #include "record/stored.hpp"
 #include "text/json.hpp"
 
@@ -35,7 +36,7 @@ void check(const Exchange& exchange)
 {
     const auto& [answer, record] = exchange.reply;
     require(answer.empty() || answer.starts_with("-o\n") || answer.starts_with("-e\n"), "an answer is -o or -e");
-    require_printable(record.line);
+    require_printable(line_of(record));
     require_printable(vorsim::json_line(record));
 }
 

@@ -4,6 +4,7 @@
 #include "gateway/gateway.hpp"
 #include "input.hpp"
 #include "record/json.hpp"
+#include "record/line.hpp"
 #include "record/stored.hpp"
 #include "text/json.hpp"
 
@@ -28,7 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         require(decision.answered == (header.flag != 0), "an awaited answer is sent");
         require(!decision.answered || decision.answer.size() >= sizeof(vor_int32), "an answer has a status");
         require(decision.answer.size() <= VORINFRA_DATA_MAX, "an answer fits a message");
-        require_printable(decision.record.line);
+        require_printable(line_of(decision.record));
         require_printable(json_line(decision.record));
         require(decision.record.complained != decision.record.complaint.empty(), "a complaint has a reason");
     }

@@ -22,19 +22,24 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds patience{10000};
 
-// What the answer is worth: itself, or what is thrown.
+// The result; throws the error that the answer holds instead.
 std::string checked(const std::string& answer)
 {
     const std::string text = answer.substr(1);
-    const std::string line = text.substr(0, text.find('\n'));
+    const std::string error = text.substr(0, text.find_last_not_of('\n') + 1);
     switch (answer.front()) {
     case '+':
         return text;
     case '?':
-        throw UsageError(line);
+        throw UsageError(error);
     default:
-        throw std::runtime_error(line);
+        throw std::runtime_error(error);
     }
+}
+
+std::runtime_error unavailable(std::string_view what)
+{
+    return std::runtime_error(fmt::format("vorsim in {} {}", directory(), what));
 }
 
 } // namespace
@@ -46,17 +51,22 @@ Connection::Connection(const std::string& line, const std::optional<std::string>
         refuse_line();
     }
     if (socket_.get() < 0) {
-        parse_command(line); // what is wrong with it matters more
-        throw std::runtime_error(fmt::format("no vorsim runs in {}", directory()));
+        parse_command(line); // its errors come first
+        throw std::runtime_error(
+            fmt::format("nothing listens in {}\nhint: start vorsim, or set VORINFRA_DIR", directory()));
     }
     const std::string request = (document ? line + '\n' + *document : line) + '\0';
+    if (request.size() > longest_request) {
+        throw std::runtime_error(fmt::format("the file is too large: {} bytes of compact JSON, at most {}",
+                                             document.value_or("").size(), longest_request));
+    }
     for (std::size_t at = 0; at < request.size();) {
         pollfd room{socket_.get(), POLLOUT, 0};
         const bool ready = poll(&room, 1, static_cast<int>(patience.count())) == 1;
         const ssize_t sent =
             ready ? send(socket_.get(), request.data() + at, request.size() - at, MSG_NOSIGNAL | MSG_DONTWAIT) : -1;
         if (sent < 0 && errno != EAGAIN && errno != EINTR) {
-            throw std::runtime_error(fmt::format("the vorsim in {} does not listen", directory()));
+            throw unavailable("closed the connection");
         }
         at += sent > 0 ? static_cast<std::size_t>(sent) : 0;
     }
@@ -81,7 +91,7 @@ bool EventStream::read(const OnLine& on_line)
     for (std::size_t end = 0; (end = text_.find('\n', begin)) != text_.npos; begin = end + 1) {
         const std::string line = text_.substr(begin, end - begin);
         if (begun_) {
-            on_line(What{line.front()}, std::string_view(line).substr(1));
+            on_line(Kind{line.front()}, std::string_view(line).substr(1));
         } else {
             checked(line);
         }
@@ -95,7 +105,7 @@ std::string ask(const std::string& line, const std::optional<std::string>& docum
 {
     Connection asked(line, document);
     milliseconds within = patience;
-    std::string otherwise = fmt::format("the vorsim in {} does not answer", directory());
+    std::string otherwise = unavailable("does not answer").what();
     std::string at_its_end = otherwise;
     std::string answer;
     auto more = asked.receive(within);
@@ -106,7 +116,7 @@ std::string ask(const std::string& line, const std::optional<std::string>& docum
             const std::size_t blank = answer.find(' ');
             within = milliseconds(vor::number_in<std::int64_t>(answer.substr(1, blank - 1)).value_or(0));
             otherwise = answer.substr(blank + 1, end - blank - 1);
-            at_its_end = "the gateway has ended";
+            at_its_end = unavailable("stopped").what();
             answer.erase(0, end + 1);
         }
     }

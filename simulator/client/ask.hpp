@@ -1,4 +1,4 @@
-// ask.hpp: the running gateway, from another process.
+// ask.hpp: requests to a running gateway.
 #pragma once
 
 #include <chrono>
@@ -11,13 +11,13 @@
 
 namespace vorsim::client {
 
-// A connection that carries one request: a line, and the document behind it where there is one.
+// A connection that carries one request: a line, and possibly a document.
 class Connection {
 public:
-    // Throws when no gateway runs in the directory; a UsageError first, where the line is not understood.
+    // Throws if no gateway runs in the directory; a UsageError first, if the line is invalid.
     explicit Connection(const std::string& line, const std::optional<std::string>& document = {});
 
-    // More of the answer, empty at its end; nothing when nothing comes in time.
+    // More of the answer, empty at its end; nothing on timeout.
     std::optional<std::string> receive(std::chrono::milliseconds within);
     int descriptor() const { return socket_.get(); }
 
@@ -28,14 +28,14 @@ private:
 // The messages of the running gateway from now on.
 class EventStream {
 public:
-    enum class What : char { message = '+', note = '!' }; // a note is for people
-    using OnLine = std::function<void(What what, std::string_view line)>;
+    enum class Kind : char { message = '+', note = '!' }; // a note is for people
+    using OnLine = std::function<void(Kind kind, std::string_view line)>;
 
     explicit EventStream(const std::string& line) : connection_(line) {}
 
     // Readable when there is more.
     int descriptor() const { return connection_.descriptor(); }
-    // Waits for more; false at the gateway's end. Throws what the gateway has against it.
+    // Waits for more; false when the gateway has ended. Throws the gateway's error.
     bool read(const OnLine& on_line);
 
 private:
@@ -44,7 +44,7 @@ private:
     bool begun_ = false;
 };
 
-// The whole answer; throws what the gateway has against it, a UsageError where it does not understand the line.
+// The whole answer; throws the gateway's error, a UsageError for an invalid line.
 std::string ask(const std::string& line, const std::optional<std::string>& document = {});
 
 } // namespace vorsim::client

@@ -5,14 +5,17 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <set>
 #include <sstream>
 
 #include <fmt/core.h>
 
 #include "client/ask.hpp"
-#include "record/filter.hpp"
+#include "client/line_options.hpp"
+#include "record/json.hpp"
 #include "server/commands.hpp"
 #include "server/options.hpp"
+#include "text/nearest.hpp"
 #include "text/parse.hpp"
 #include "text/text.hpp"
 
@@ -21,49 +24,97 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-// What is done without a gateway, or with any.
-struct Handler {
-    std::string_view name;
-    std::string_view operands;
-    std::string_view about;
-    int (*run)(const Arguments& arguments);
-};
-
-constexpr Handler handlers[] = {
-    {"decode", "[--json] [--bytes] [FILTER]... FILE", "print a journal", decode},
-    {"replay", "[--state FILE] FILE", "send a journal's requests again and compare", replay},
+constexpr Handler rows[] = {
+    {"watch", "[--json] [--ids] [--color WHEN] [FILTER]...", "print messages as they arrive", watch, true},
+    {"decode", "[--json] [--bytes] [--ids] [--color WHEN] [FILTER]... FILE", "print a journal", decode, false},
+    {"replay", "[--state FILE] FILE", "send a journal's requests again, compare the answers", replay, false},
 };
 
 // The line, as the gateway reads it.
-std::string line_of(const Arguments& arguments, bool sentence)
+std::string line_of(const Arguments& arguments, bool raw)
 {
     std::string line = arguments.front();
     for (std::size_t at = 1; at < arguments.size(); ++at) {
-        line += ' ' + (sentence ? arguments[at] : vor::typed(arguments[at]));
+        line += ' ' + (raw ? arguments[at] : vor::typed(arguments[at]));
     }
     return line;
 }
 
+// JSON without the white space between its parts: an indented state may be larger than a request.
+std::string compact(std::string_view json)
+{
+    std::string text;
+    bool in_string = false;
+    bool escaped = false;
+    for (const char character : json) {
+        if (in_string || std::string_view(" \t\r\n").find(character) == std::string_view::npos) {
+            text += character;
+        }
+        in_string = in_string != (character == '"' && !escaped);
+        escaped = in_string && character == '\\' && !escaped;
+    }
+    return text;
+}
+
 int pass_on(const CommandRow& row, const Arguments& arguments)
 {
-    const std::string line = line_of(arguments, row.sentence);
-    if (row.carries == CommandRow::Carries::stream) {
-        EventStream watch(line);
-        while (watch.read([](EventStream::What what, std::string_view text) {
-            if (what == EventStream::What::message) {
-                print(fmt::format("{}\n", text));
-            } else {
-                vor::print_line(stderr, text);
-            }
-        })) {}
-        return 0;
+    auto document = row.carries_document && arguments.size() > 1 ? contents(arguments[1]) : std::nullopt;
+    if (document) {
+        document = compact(*document);
     }
-    const bool carries = row.carries == CommandRow::Carries::document && arguments.size() > 1;
-    print(ask(line, carries ? contents(arguments[1]) : std::nullopt));
+    print(ask(line_of(arguments, row.raw), document));
     return 0;
 }
 
+[[noreturn]] void refuse_command(const std::string& name)
+{
+    std::set<std::string> names;
+    for (const Handler& row : rows) {
+        names.emplace(row.name);
+    }
+    for (const CommandRow& row : command_rows()) {
+        if (!row.about.empty()) {
+            names.emplace(first_word(row.name));
+        }
+    }
+    const std::vector<std::string> known(names.begin(), names.end());
+    const auto near = vor::nearest(name, known);
+    throw vor::UnknownArgument(
+        fmt::format("unknown command {}{}", vor::quoted(name), near.empty() ? "" : vor::suggestion(near, "")));
+}
+
 } // namespace
+
+int watch(const Arguments& arguments)
+{
+    LineOptions options;
+    Arguments line{"watch"};
+    for (vor::Operands operands(arguments); !operands.empty();) {
+        if (!operands.take_option(line_options, options)) {
+            line.push_back(operands.take());
+        }
+    }
+    if (options.json) {
+        line.emplace_back("--json");
+    }
+    const LineStyle style = options.style();
+    EventStream stream(line_of(line, false));
+    while (stream.read([&](EventStream::Kind kind, std::string_view text) {
+        if (kind == EventStream::Kind::note) {
+            vor::print_line(stderr, text);
+        } else if (options.json) {
+            print(fmt::format("{}\n", text));
+        } else {
+            print(fmt::format("{}\n", shown(read_line(text.substr(text.find(' ') + 1)).record, style)));
+        }
+    })) {}
+    return 0;
+}
+
+std::span<const Handler> handlers()
+{
+    return rows;
+}
 
 std::optional<std::string> contents(const std::string& path)
 {
@@ -80,33 +131,23 @@ void print(const std::string& text)
     }
 }
 
-std::string help()
-{
-    const auto told = [](const auto& row) {
-        return fmt::format("       vorsim {}{}{}\n           {}\n", row.name, row.operands.empty() ? "" : " ",
-                           row.operands, row.about);
-    };
-    std::string text;
-    for (const CommandRow& row : command_rows()) {
-        text += row.about.empty() ? "" : told(row);
-    }
-    for (const Handler& row : handlers) {
-        text += told(row);
-    }
-    return text + fmt::format("FILTER is one of {}\n", filter_help());
-}
-
 std::optional<int> run(const Arguments& arguments)
 {
     if (arguments.empty()) {
         return {};
     }
-    const auto* const own = std::ranges::find(handlers, arguments.front(), &Handler::name);
-    if (own != std::end(handlers)) {
+    const auto* const own = std::ranges::find(rows, arguments.front(), &Handler::name);
+    if (own != std::end(rows)) {
         return own->run({arguments.begin() + 1, arguments.end()});
     }
     const CommandRow* const row = command_named(arguments.front());
-    return row != nullptr && !row->about.empty() ? std::optional(pass_on(*row, arguments)) : std::nullopt;
+    if (row != nullptr && !row->about.empty()) {
+        return pass_on(*row, arguments);
+    }
+    if (!arguments.front().starts_with("-")) {
+        refuse_command(arguments.front());
+    }
+    return {};
 }
 
 } // namespace vorsim::client

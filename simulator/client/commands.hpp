@@ -1,26 +1,35 @@
-// commands.hpp: what vorsim does beside being the gateway: it asks, watches,
-// sets and ends the running one, and reads journals.
+// commands.hpp: the commands of vorsim beside simulating the gateway.
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vorsim::client {
 
-// The exit code; nothing when the first argument is no command.
+// Returns the exit code; nothing when the first argument is not a command.
 std::optional<int> run(const std::vector<std::string>& arguments);
 
-// "vorsim show ...   what it does", a line each.
-std::string help();
+std::string help_text();
 
-// Each in a file of its own.
+// A command with work to do here; the others are only passed on to the gateway.
+struct Handler {
+    std::string_view name;
+    std::string_view operands;
+    std::string_view about;
+    int (*run)(const std::vector<std::string>& arguments);
+    bool is_live; // needs a running gateway
+};
+std::span<const Handler> handlers();
+int watch(const std::vector<std::string>& arguments);
 int decode(const std::vector<std::string>& arguments);
 int replay(const std::vector<std::string>& arguments);
 
-// Nothing where there is no such file.
+// Nothing if the file cannot be read.
 std::optional<std::string> contents(const std::string& path);
-// A line to standard output; throws when that fails.
+// Writes to standard output; throws if that fails.
 void print(const std::string& text);
 
 } // namespace vorsim::client

@@ -7,9 +7,9 @@
 #include <fmt/core.h>
 
 #include "client/commands.hpp"
+#include "client/line_options.hpp"
 #include "record/filter.hpp"
 #include "record/reader.hpp"
-#include "server/options.hpp"
 #include "text/text.hpp"
 
 namespace vorsim::client {
@@ -33,22 +33,18 @@ std::string bytes(const Record& record)
     return text;
 }
 
-struct How {
-    bool json = false;
-    bool bytes = false;
-};
-constexpr vor::OptionOf<How> options[] = {{{"--json", "", ""}, vor::taken_as<&How::json>},
-                                          {{"--bytes", "", ""}, vor::taken_as<&How::bytes>}};
+constexpr vor::OptionOf<LineOptions> options[] = {{{"--bytes", "", ""}, vor::taken_as<&LineOptions::bytes>}};
 
 } // namespace
 
 int decode(const std::vector<std::string>& arguments)
 {
     Filter filter;
-    How how;
+    LineOptions how;
     std::string path;
     for (vor::Operands operands(arguments); !operands.empty();) {
-        if (!operands.take_option(options, how) && !operands.take_option(filter_options, filter)) {
+        if (!operands.take_option(options, how) && !operands.take_option(line_options, how) &&
+            !operands.take_option(filter_options, filter)) {
             if (!path.empty()) {
                 operands.end();
             }
@@ -58,6 +54,7 @@ int decode(const std::vector<std::string>& arguments)
     if (path.empty()) {
         throw UsageError("FILE is missing");
     }
+    const LineStyle style = how.style();
     JournalReader journal(path);
     while (const auto line = journal.next()) {
         const Record& record = line->record;
@@ -71,14 +68,14 @@ int decode(const std::vector<std::string>& arguments)
             print(rewritten(*line) + "\n");
             continue;
         }
-        const std::string took = record.took ? fmt::format(" {} us", *record.took) : "";
-        print(fmt::format("{} {}{}  {}\n", record.seq, record.time, took, record.line));
+        const std::string took = record.took ? fmt::format("{} us", *record.took) : "-";
+        print(fmt::format("{}\n", shown(record, style, fmt::format("{}  {}  {}", record.seq, record.time, took))));
         if (how.bytes) {
             print(bytes(record));
         }
     }
     if (journal.torn()) {
-        vor::print_line(stderr, fmt::format("vorsim: {}: the last line was never finished; it is left out", path));
+        vor::print_line(stderr, fmt::format("vorsim: {}: skipping the unfinished last line", path));
     }
     return 0;
 }

@@ -29,7 +29,7 @@ using vor::Json;
 constexpr int patience_ms = 5000;
 constexpr vor_uint16 answer_bit = 0x8000;
 
-// A name in the record whose bytes are not there to be sent.
+// A record that lacks the bytes to be sent.
 struct Unsendable : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -41,13 +41,13 @@ std::string bytes_in(const std::optional<std::string>& text, const char* name)
     }
     const auto bytes = bytes_of_hex(*text);
     if (!bytes) {
-        throw Unsendable(is_masked(*text) ? "is masked (--show-secrets writes a journal that can be replayed)"
+        throw Unsendable(is_masked(*text) ? "is masked (write the journal with --show-secrets)"
                                           : fmt::format("has a damaged {}", name));
     }
     return *bytes;
 }
 
-// "id 0x7003, 00000000", or that there was none.
+// "id 0x7003 status 0"
 std::string answer_text(vor_uint32 id, std::string_view payload)
 {
     std::int32_t status = 0;
@@ -70,7 +70,6 @@ public:
         }
     }
 
-    // Nothing sent leaves an answer behind it: what comes late is thrown away.
     bool send(vor_uint16 sap, const std::string& datagram)
     {
         sockaddr_un to{};
@@ -86,7 +85,7 @@ public:
         const std::string meta_data = bytes_in(record.meta_data, "meta_data");
         const std::string payload = bytes_in(record.payload, "payload");
         VOR_IPC_MSG_HDR header;
-        std::memset(&header, 0, sizeof header); // what lies behind its last field is sent, too
+        std::memset(&header, 0, sizeof header); // its padding is sent, too
         header.ipc_src_id = sap_;
         header.ipc_dest_id = record.sap;
         header.opcode = record.id;
@@ -96,7 +95,7 @@ public:
         header.meta_data_sz = static_cast<vor_uint16>(meta_data.size());
         const std::string head(reinterpret_cast<const char*>(&header), sizeof header);
         if (!send(header.ipc_dest_id, head + meta_data + payload)) {
-            return fmt::format("nobody receives ({})", std::strerror(errno));
+            return fmt::format("not delivered ({})", std::strerror(errno));
         }
         return record.awaits ? receive() : no_answer;
     }
@@ -130,7 +129,7 @@ private:
     vor_uint16 sequence_ = 0;
 };
 
-// konfd, spoken to with ended texts only: each is answered once.
+// A client of konfd that ends every text: each is answered once.
 class Konfd {
 public:
     std::string exchange(const std::string& text)
@@ -142,9 +141,9 @@ public:
             socket_ = usable ? connect_to(path.data()) : Descriptor();
         }
         if (!send_now(socket_.get(), ended)) {
-            return "nobody receives";
+            return "not delivered";
         }
-        // What a check or a showing answers comes at once; more may be under way.
+        // An answer may come in several pieces.
         std::string answer;
         pollfd waiting{socket_.get(), POLLIN, 0};
         while (poll(&waiting, 1, answer.empty() ? patience_ms : 0) == 1) {
@@ -174,17 +173,17 @@ public:
                 send_again(*line);
                 ++sent_;
             } catch (const Unsendable& why) {
-                ++refused_;
+                ++skipped_;
                 vor::print_line(stderr,
                                 fmt::format("{}: {} {}", journal_.place(*line), name(line->record), why.what()));
             }
         }
         if (journal_.torn()) {
-            vor::print_line(stderr, "vorsim: the last line was never finished; it is left out");
+            vor::print_line(stderr, "vorsim: skipping the unfinished last line");
         }
     }
 
-    void differ(const std::string& where, const std::string& was, const std::string& is)
+    void report(const std::string& where, const std::string& was, const std::string& is)
     {
         ++differences_;
         print(fmt::format("{}: was {}, is {}\n", where, was, is));
@@ -194,8 +193,8 @@ public:
     {
         print(fmt::format("vorsim: {} sent again, {}{}\n", vor::counted(sent_, "message"),
                           differences_ == 0 ? "no difference" : vor::counted(differences_, "difference"),
-                          refused_ == 0 ? "" : fmt::format(", {} refused", vor::counted(refused_, "line"))));
-        return differences_ + refused_ == 0 ? 0 : 1;
+                          skipped_ == 0 ? "" : fmt::format(", {} skipped", vor::counted(skipped_, "line"))));
+        return differences_ + skipped_ == 0 ? 0 : 1;
     }
 
 private:
@@ -215,7 +214,7 @@ private:
     {
         const Record& record = line.record;
         if (line.of_version < journal_version) {
-            throw Unsendable(fmt::format("is of version {}, which kept no bytes", line.of_version));
+            throw Unsendable(fmt::format("is of journal version {}, which has no bytes", line.of_version));
         }
         if (!line.damage.empty() || !line.complete) {
             throw Unsendable("is damaged");
@@ -241,7 +240,7 @@ private:
         }
         const std::string is = sender(record.source).exchange(record);
         if (was != is && record.delivered) {
-            differ(fmt::format("{}: {}", journal_.place(line), name(record)), was, is);
+            report(fmt::format("{}: {}", journal_.place(line), name(record)), was, is);
         }
     }
 
@@ -250,16 +249,16 @@ private:
         const Record& record = line.record;
         const std::string text = bytes_in(record.text, "text");
         if (text.empty()) {
-            throw Unsendable("was too long to be kept");
+            throw Unsendable("was too long to be recorded");
         }
         const std::string is = konfd_.exchange(text);
-        // One that shared its answer with the text before it has none of its own.
+        // A text that shared its answer with the previous one has none of its own.
         std::string was = bytes_in(record.answer_text, "answer_text");
         if (was.empty()) {
             was = record.delivered ? record.answer + "\n" : no_answer;
         }
         if (was != is) {
-            differ(fmt::format("{}: {}", journal_.place(line), name(record)), vor::quoted(was, 60),
+            report(fmt::format("{}: {}", journal_.place(line), name(record)), vor::quoted(was, 60),
                    vor::quoted(is, 60));
         }
     }
@@ -270,14 +269,14 @@ private:
     std::map<vor_uint16, Sender> senders_;
     Konfd konfd_;
     std::uint64_t sent_ = 0;
-    std::uint64_t refused_ = 0;
+    std::uint64_t skipped_ = 0;
     std::uint64_t differences_ = 0;
 };
 
-// Null: it is not held.
+// Null: there is none.
 void compare_held(Replay& replay, const Json* was, const Json* is, const std::string& path)
 {
-    const auto text = [](const Json* held) { return held != nullptr ? vor::dump(*held) : "not held"; };
+    const auto text = [](const Json* held) { return held != nullptr ? vor::dump(*held) : "missing"; };
     const bool alike = was != nullptr && is != nullptr && was->type() == is->type();
     if (alike && was->is_object()) {
         for (const auto& [key, value] : was->members()) {
@@ -293,7 +292,7 @@ void compare_held(Replay& replay, const Json* was, const Json* is, const std::st
             compare_held(replay, &was->elements()[at], &is->elements()[at], fmt::format("{}/{}", path, at));
         }
     } else if (!alike || *was != *is) {
-        replay.differ(path, text(was), text(is));
+        replay.report(path, text(was), text(is));
     }
 }
 
@@ -316,7 +315,7 @@ int replay(const std::vector<std::string>& arguments)
     if (!state.empty()) {
         held = Json::read(contents(state).value_or("")).value_or(Json());
         if (!held.is_object() || !held.contains("managers")) {
-            throw std::runtime_error(fmt::format("{} is no state", state));
+            throw std::runtime_error(fmt::format("{} is not a state file", state));
         }
     }
     Replay replay(path);

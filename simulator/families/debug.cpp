@@ -8,8 +8,7 @@ constexpr Exchange log_upload = one_way(0x2028);
 constexpr Field set_option = int32(0, "set_option");
 constexpr Field name = text(4, "name", 50);
 
-// What an option does not set holds whatever the sender's buffer held, so each
-// option reads its own fields only.
+// Fields that an option does not set hold what was in the sender's buffer, so each option reads only its own fields.
 constexpr MessageRow rows[] = {
     {debug_level, "vor_cfg_set_debug_info", "module {task_name}",
      record(32, uint32(0, "log_level"), uint16(4, "sap_id"), text(6, "task_name", 25))},

@@ -35,7 +35,7 @@ constexpr MessageRow rows[] = {
     {request(0x7006), "vor_cfg_set_interface_security_params", interface,
      option_and_chain(option, interface_number, text(2, "ssid"), uint16(3, "encryption_protocol"),
                       text(4, "password").secret())},
-    // Accepted, the same message goes out once more as a notice.
+    // Once accepted, the same message is sent again as a notice.
     {request(0x7014), "vor_cfg_set_access_point_params", "interface {intr_num}", access_point},
     {one_way(2).to("system"), "vor_cfg_set_access_point_params", "interface {intr_num}", access_point},
 

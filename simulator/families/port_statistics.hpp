@@ -8,7 +8,7 @@
 
 namespace vorsim::families {
 
-// The 24-byte record; the mode is the one the port was last told.
+// The 24-byte record; the mode is the one last set.
 inline Answer port_statistics(const Decoded& decoded, std::int32_t logical_port, std::string_view mode_name,
                               const State& state, Measurements& measurements)
 {

@@ -8,8 +8,7 @@ constexpr Exchange enable = one_way(0x15001);
 constexpr Exchange v3 = request(0x15001);
 constexpr Field option = int16(4, "option");
 
-// The tag stands for the mode and the option together; the option comes once
-// more by itself and has to agree.
+// The tag implies mode and option; the option is also sent by itself and has to agree.
 constexpr MessageRow credential(std::uint16_t tag, std::string_view object, std::int32_t value)
 {
     return {v3, "vor_cfg_set_snmp_server_v3_credentials", object,

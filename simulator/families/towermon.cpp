@@ -11,7 +11,7 @@ constexpr Field channel_name = text(6, "channel_name");
 constexpr Field option = int16(4, "option");
 constexpr Layout channel = chain(sensor_name, channel_name, option);
 
-// The k-th level travels under tag 6 + k.
+// The k-th level has tag 6 + k.
 constexpr Layout alerts(std::uint16_t levels)
 {
     constexpr std::string_view names[] = {"alert_1", "alert_2", "alert_3", "alert_4",  "alert_5",  "alert_6",
@@ -50,7 +50,7 @@ constexpr MessageRow rows[] = {
     {request(0x1500f), "vor_cfg_towermon_obj_fire_sensor_channel_name", "fire sensor {sensor_name}", channel},
     {request(0x15010), "vor_cfg_towermon_obj_door_sensor_channel_name", "door sensor {sensor_name}", channel},
 
-    // Six kinds of object send the same message: it tells the name, not the kind.
+    // Six kinds of object send the same message: it holds the name, not the kind.
     {aircon, "vor_cfg_towermon_obj_*_physical_id", "object {sensor_name}", chain(text(6, "sensor_name"), physical_id)},
     {ups, "vor_cfg_towermon_obj_ups_physical_id", "ups {sensor_name}", chain(sensor_name, physical_id)},
 

@@ -7,9 +7,9 @@
 namespace vorsim::faults {
 namespace {
 
-void tell(Record& record, const DueRule& due)
+void note(Record& record, const DueRule& due)
 {
-    record.line += fmt::format(" ({})", due.text());
+    record.notes.push_back(due.text());
     record.fault = {due.number, due.rule.text};
 }
 
@@ -19,7 +19,7 @@ Delivery::Way way_of(Action::Kind kind)
     case Action::Kind::doubled:
         return Delivery::Way::twice;
     case Action::Kind::swapped:
-        return Delivery::Way::behind_the_next;
+        return Delivery::Way::after_the_next;
     case Action::Kind::never:
         return Delivery::Way::never;
     case Action::Kind::refuse:
@@ -33,7 +33,7 @@ Delivery::Way way_of(Action::Kind kind)
 
 } // namespace
 
-Delivery disturb(Decision& decision, const DueRule& due)
+Delivery apply(Decision& decision, const DueRule& due)
 {
     using Kind = Action::Kind;
     constexpr std::uint32_t low_half = 0x1;
@@ -46,11 +46,10 @@ Delivery disturb(Decision& decision, const DueRule& due)
         const auto status = static_cast<std::int32_t>(action.number);
         decision.answer = status_answer(status);
         if (record.status != status) {
-            decision.row_to_keep = nullptr; // what is refused is not kept
+            decision.row_to_keep = nullptr; // a refused setting is not stored
         }
         record.answer_values.clear();
         record.status = status;
-        decision.set_outcome(fmt::format("status {}", status));
         break;
     }
     case Kind::id_low:
@@ -74,13 +73,13 @@ Delivery disturb(Decision& decision, const DueRule& due)
     default:
         break;
     }
-    tell(record, due);
+    note(record, due);
     return {way_of(action.kind), action.time};
 }
 
-ReplyFault disturb(konfd::Reply& reply, const DueRule& due)
+ReplyFault apply(konfd::Reply& reply, const DueRule& due)
 {
-    tell(reply.record, due);
+    note(reply.record, due);
     switch (due.rule.action.kind) {
     case Action::Kind::answer:
         reply.answer = fmt::format("{}\n", due.rule.action.text);

@@ -1,4 +1,4 @@
-// faults.hpp: what is done about a message between its judgement and its answer.
+// faults.hpp: how a fault changes a decision before it is answered.
 #pragma once
 
 #include "faults/rule_list.hpp"
@@ -12,27 +12,27 @@ struct Delivery {
     enum class Way : std::uint8_t {
         once,
         twice,
-        behind_the_next, // of the same manager
+        after_the_next, // of the same manager
         never,
-        refused, // as though nobody had received the message
-        dying,   // never, and the manager is gone for a time
+        refused, // as if nobody had received the message
+        dying,   // never, and the manager is down for a time
     };
     Way way{};
-    Milliseconds wait{}; // before it, or until the manager is back
+    Milliseconds wait{}; // before the answer, or until the manager is back
 };
 
-// Has the rule that is due disturb the decision, which then tells of it.
-Delivery disturb(Decision& decision, const DueRule& due);
+// Applies the rule that is due and notes it in the record.
+Delivery apply(Decision& decision, const DueRule& due);
 
-// How konfd's answer is heard.
+// How konfd's answer arrives.
 enum class ReplyFault : std::uint8_t {
     whole,
-    split, // its first byte, and the rest when that was read
+    split, // its first byte, and the rest once that was read
     never,
     hung_up,
 };
 
-// konfd has done what it was told: the fault is in what it says of it.
-ReplyFault disturb(konfd::Reply& reply, const DueRule& due);
+// The commands have been carried out: only the answer changes.
+ReplyFault apply(konfd::Reply& reply, const DueRule& due);
 
 } // namespace vorsim::faults

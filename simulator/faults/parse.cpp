@@ -21,29 +21,36 @@ namespace {
 
 using vor::number_in;
 
-// Words, quoted texts, colons and commas; the last is empty and stands behind them.
+// Words, quoted texts, colons and commas; the last token is empty and marks the end.
 std::vector<vor::Word> tokens_of(std::string_view line)
 {
     std::vector<vor::Word> tokens = vor::words_in(line, {.ends = ":,\"#", .expand = {}});
     for (const vor::Word& token : tokens) {
         if (token.quoted && token.named != 0) {
-            throw RuleError("a double quote within a word", token.column + token.named + 1);
+            throw RuleError("unexpected double quote within a word", token.column + token.named + 1);
         }
     }
     tokens.push_back({.column = tokens.empty() ? 1 : tokens.back().end});
     return tokens;
 }
 
-// The number of "2nd", "3rd" and "11th".
+// "2nd"
+std::string ordinal_text(std::uint32_t number)
+{
+    constexpr std::string_view endings[] = {"th", "st", "nd", "rd"};
+    const bool teen = number / 10 % 10 == 1;
+    const std::uint32_t digit = number % 10;
+    return fmt::format("{}{}", number, endings[teen || digit > 3 ? 0 : digit]);
+}
+
+// The number of "2nd", and also of "2th": its ending is checked by whoever reads it.
 std::optional<std::uint32_t> ordinal_in(std::string_view text)
 {
-    if (text.size() < 3) {
-        return {};
-    }
-    const std::string_view ending = text.substr(text.size() - 2);
-    const auto number = number_in<std::uint32_t>(text.substr(0, text.size() - 2));
-    constexpr std::string_view endings[] = {"st", "nd", "rd", "th"};
-    return number && *number > 0 && std::ranges::find(endings, ending) != std::end(endings) ? number : std::nullopt;
+    const std::size_t digits = std::min(text.find_first_not_of("0123456789"), text.size());
+    const std::string_view ending = text.substr(digits);
+    const auto number = number_in<std::uint32_t>(text.substr(0, digits));
+    const bool is_ordinal = ending == "st" || ending == "nd" || ending == "rd" || ending == "th";
+    return number && *number > 0 && is_ordinal ? number : std::nullopt;
 }
 
 // The millionths of "1%" and "0.25%".
@@ -76,33 +83,32 @@ std::vector<std::string> call_names()
 
 using Kind = Action::Kind;
 
-enum class Wants : std::uint8_t { nothing, integer, natural, time, text };
+enum class Operand : std::uint8_t { none, integer, natural, time, text };
 
-// What may happen, in words.
 struct ActionRow {
     std::string_view words;
     Kind kind;
-    bool manager; // befalls a manager's answers
-    bool konfd;   // befalls konfd's
-    Wants wants = Wants::nothing;
+    bool manager; // acts on a manager's answers
+    bool konfd;   // acts on konfd's
+    Operand operand = Operand::none;
     const char* expected = "";
 };
 
-constexpr char a_time[] = "a time, such as 20ms, 4s or 2min";
+constexpr char a_time[] = "a time such as 20ms, 4s or 2min";
 constexpr ActionRow actions[] = {
-    {"status", Kind::status, true, false, Wants::integer, "a status, such as 7"},
+    {"status", Kind::status, true, false, Operand::integer, "a status such as 7"},
     {"id low", Kind::id_low, true, false},
     {"id high", Kind::id_high, true, false},
-    {"id", Kind::id, true, false, Wants::natural, "an id, such as 0x7003 (or low, high)"},
+    {"id", Kind::id, true, false, Operand::natural, "low, high or an id such as 0x7003"},
     {"no payload", Kind::no_payload, true, false},
-    {"short", Kind::short_payload, true, false, Wants::natural, "how many bytes are left"},
-    {"late", Kind::late, true, false, Wants::time, a_time},
+    {"short", Kind::short_payload, true, false, Operand::natural, "a number of bytes"},
+    {"late", Kind::late, true, false, Operand::time, a_time},
     {"doubled", Kind::doubled, true, false},
     {"swapped", Kind::swapped, true, false},
     {"never", Kind::never, true, true},
     {"refuse", Kind::refuse, true, false},
-    {"die", Kind::die, true, false, Wants::time, a_time},
-    {"answer", Kind::answer, false, true, Wants::text, "the text between double quotes"},
+    {"die", Kind::die, true, false, Operand::time, a_time},
+    {"answer", Kind::answer, false, true, Operand::text, "a text in double quotes"},
     {"split", Kind::split, false, true},
     {"hang up", Kind::hang_up, false, true},
 };
@@ -114,7 +120,7 @@ std::string action_names(bool konfd)
         if (konfd ? row.konfd : row.manager) {
             constexpr std::string_view arguments[] = {"", " N", " N", " TIME", " \"TEXT\""};
             names += fmt::format("{}{}{}", names.empty() ? "" : ", ", row.words,
-                                 arguments[static_cast<std::size_t>(row.wants)]);
+                                 arguments[static_cast<std::size_t>(row.operand)]);
         }
     }
     return names;
@@ -139,7 +145,7 @@ public:
             read_end();
         }
         if (at_ + 1 < tokens_.size()) {
-            expected(rule_.end.times || rule_.end.time ? "the rule's end" : "a comma and how often, or the rule's end");
+            expected(rule_.end.times || rule_.end.time ? "the end of the rule" : "a comma or the end of the rule");
         }
         rule_.text = text_of(0, at_);
         return rule_;
@@ -161,22 +167,21 @@ private:
         return std::string(line_.substr(from - 1, tokens_[end - 1].end - from));
     }
 
-    // What stands here, and is no text between double quotes.
+    // The word here; empty for a quoted text.
     std::string_view plain() const { return here().quoted ? std::string_view() : here().text; }
 
     [[noreturn]] void expected(const std::string& what, const std::vector<std::string>& known = {}) const
     {
         const vor::Word& found = here();
-        std::string seen = "the rule ends here";
-        if (found.quoted || !found.text.empty()) {
-            seen = vor::quoted(found.text);
-        }
+        const bool at_end = !found.quoted && found.text.empty();
         const auto near = vor::nearest(found.text, known);
-        throw RuleError(fmt::format("{}; expected {}{}", seen, what, near.empty() ? "" : vor::suggestion(near, "")),
+        throw RuleError(fmt::format("unexpected {}; expected {}{}",
+                                    at_end ? "end of the rule" : vor::quoted(found.text), what,
+                                    near.empty() ? "" : vor::suggestion(near, "")),
                         found.column);
     }
 
-    // What was read of the token here, which is passed.
+    // The value of the token here, which is consumed.
     template <class Value>
     Value read(const std::optional<Value>& value, const std::string& what, const std::vector<std::string>& known = {})
     {
@@ -187,63 +192,66 @@ private:
         return *value;
     }
 
-    std::uint16_t sap() { return read(number_in<std::uint16_t>(plain()), "a number from 0 to 65535"); }
+    std::uint16_t sap() { return read(number_in<std::uint16_t>(plain()), "a SAP from 0 to 65535"); }
     Milliseconds time() { return read(vor::time_in(plain()), a_time); }
 
     void read_who()
     {
-        Concern& concern = rule_.concern;
+        Condition& condition = rule_.condition;
         if (take("any")) {
-            concern.who = Concern::Who::any;
+            condition.who = Condition::Who::any;
         } else if (take("konfd")) {
-            concern.who = Concern::Who::konfd;
+            condition.who = Condition::Who::konfd;
         } else if (take("SAP")) {
-            concern.sap = sap();
+            condition.sap = sap();
         } else {
-            concern.sap = read(sap_named(plain()), "a manager, SAP N, any or konfd", who_names());
+            condition.sap = read(sap_named(plain()), "a manager, SAP N, any or konfd", who_names());
         }
     }
 
-    void read_when(Concern::When when, std::optional<std::uint32_t> number, const std::string& what)
+    void read_when(Condition::When when, std::optional<std::uint32_t> number, const std::string& what)
     {
-        Concern& concern = rule_.concern;
+        Condition& condition = rule_.condition;
         if (!number) {
             expected(what);
         }
-        if (concern.when != Concern::When::always) {
-            expected("one of Nth, every Nth and chance N%, once");
+        if (when != Condition::When::chance && here().text != ordinal_text(*number)) {
+            expected(ordinal_text(*number));
         }
-        concern.when = when;
-        concern.number = *number;
+        if (condition.when != Condition::When::always) {
+            expected("only one of Nth, every Nth and chance N%");
+        }
+        condition.when = when;
+        condition.number = *number;
         ++at_;
     }
 
     void read_condition()
     {
-        Concern& concern = rule_.concern;
-        const bool konfd = concern.who == Concern::Who::konfd;
+        Condition& condition = rule_.condition;
+        const bool konfd = condition.who == Condition::Who::konfd;
         const vor::Word& token = here();
         if (token.quoted) {
-            if (!concern.object.empty() || token.text.empty()) {
-                expected(konfd ? "one text of konfd's commands" : "one object");
+            if (!condition.object.empty() || token.text.empty()) {
+                expected(konfd ? "only one text" : "only one object");
             }
-            concern.object = tokens_[at_++].text;
+            condition.object = tokens_[at_++].text;
         } else if (take("every")) {
-            read_when(Concern::When::every_nth, ordinal_in(here().text), "2nd, 3rd, 4th ...");
+            read_when(Condition::When::every_nth, ordinal_in(here().text), "2nd, 3rd, 4th ...");
         } else if (take("chance")) {
-            read_when(Concern::When::chance, chance_in(here().text), "a part of 100, such as 1%");
+            read_when(Condition::When::chance, chance_in(here().text), "a chance up to 100%, such as 1%");
         } else if (const auto ordinal = ordinal_in(token.text)) {
-            read_when(Concern::When::nth, ordinal, "");
+            read_when(Condition::When::nth, ordinal, "");
         } else if (!konfd && take("from")) {
-            if (!take("SAP") || concern.client) {
-                expected("SAP and the client's number, once");
+            if (!take("SAP") || condition.client) {
+                expected(condition.client ? "only one SAP N" : "SAP N");
             }
-            concern.client = sap();
+            condition.client = sap();
         } else if (const auto id = number_in<std::uint32_t>(token.text);
-                   !konfd && id && !concern.id && concern.call.empty()) {
-            concern.id = id;
+                   !konfd && id && !condition.id && condition.call.empty()) {
+            condition.id = id;
             ++at_;
-        } else if (!konfd && !concern.id && concern.call.empty() && token.text.find('_') != token.text.npos) {
+        } else if (!konfd && !condition.id && condition.call.empty() && token.text.find('_') != token.text.npos) {
             read_call();
         } else {
             expected(konfd ? "\"TEXT\", Nth, every Nth, chance N% or a colon"
@@ -261,7 +269,7 @@ private:
         if (!is_known) {
             expected("a call that sends a message", known);
         }
-        rule_.concern.call = tokens_[at_++].text;
+        rule_.condition.call = tokens_[at_++].text;
     }
 
     bool take_words(std::string_view words)
@@ -277,7 +285,7 @@ private:
 
     void read_action()
     {
-        const bool konfd = rule_.concern.who == Concern::Who::konfd;
+        const bool konfd = rule_.condition.who == Condition::Who::konfd;
         const auto row = std::ranges::find_if(
             actions, [&](const ActionRow& one) { return (konfd ? one.konfd : one.manager) && take_words(one.words); });
         if (row == std::end(actions)) {
@@ -285,18 +293,18 @@ private:
         }
         Action& action = rule_.action;
         action.kind = row->kind;
-        switch (row->wants) {
-        case Wants::integer:
+        switch (row->operand) {
+        case Operand::integer:
             action.number = read(number_in<std::int32_t>(plain()), row->expected);
             break;
-        case Wants::natural:
+        case Operand::natural:
             action.number = read(number_in<std::uint32_t>(plain()), row->expected);
             take("bytes");
             break;
-        case Wants::time:
+        case Operand::time:
             action.time = time();
             break;
-        case Wants::text:
+        case Operand::text:
             action.text = read(here().quoted ? std::optional(here().text) : std::nullopt, row->expected);
             break;
         default:
@@ -346,23 +354,23 @@ std::vector<Rule> read_rules(const std::string& file)
 {
     std::ifstream stream(file);
     if (!stream) {
-        throw BadFile(fmt::format("{}: cannot be read: {}", file, std::strerror(errno)));
+        throw std::runtime_error(fmt::format("cannot read {}: {}", file, std::strerror(errno)));
     }
     std::vector<Rule> rules;
-    std::string complaints;
+    std::string errors;
     std::size_t number = 1;
     for (std::string line; std::getline(stream, line); ++number) {
         try {
             if (Parser parser(line); !parser.empty()) {
                 rules.push_back(parser.run());
             }
-        } catch (const RuleError& complaint) {
-            complaints += fmt::format("{}{}:{}:{}: {}", complaints.empty() ? "" : "\n", file, number, complaint.column,
-                                      complaint.what());
+        } catch (const RuleError& error) {
+            errors +=
+                fmt::format("{}{}:{}:{}: {}", errors.empty() ? "" : "\n", file, number, error.column, error.what());
         }
     }
-    if (!complaints.empty()) {
-        throw BadFile(complaints);
+    if (!errors.empty()) {
+        throw BadFile(errors);
     }
     return rules;
 }

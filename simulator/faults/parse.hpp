@@ -13,19 +13,18 @@
 
 namespace vorsim::faults {
 
-// What is wrong with a rule, and where.
+// What is wrong with a rule, and at which column.
 using RuleError = vor::WordError;
 
 // Throws a RuleError.
 Rule parse_rule(std::string_view line);
 
-// A file that cannot be read, or all that is wrong with it, one FILE:LINE:COLUMN
-// a line.
+// All errors of a file, one FILE:LINE:COLUMN line each.
 struct BadFile : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// One rule a line; # begins a comment. Throws a BadFile.
+// One rule per line; # begins a comment. Throws a BadFile, or a runtime_error if the file cannot be read.
 std::vector<Rule> read_rules(const std::string& file);
 
 // A manager's name, "SAP N" or "N".

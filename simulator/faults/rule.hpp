@@ -1,4 +1,4 @@
-// rule.hpp: one fault as data: what it concerns, what happens, until when.
+// rule.hpp: one fault rule as data: which messages it matches, what happens to them, until when.
 #pragma once
 
 #include <chrono>
@@ -11,31 +11,31 @@ namespace vorsim::faults {
 
 using Milliseconds = std::chrono::milliseconds;
 
-// What a message is, as far as rules go.
+// The parts of a message that rules match.
 struct Subject {
     bool konfd{};
     std::uint16_t sap{};
     std::uint16_t client{};
     std::uint32_t id{};
-    std::string_view call{};   // empty where the message was complained about
+    std::string_view call{};   // empty where the message was refused
     std::string_view object{}; // konfd: the commands
     bool answered{};
 };
 
-struct Concern {
+struct Condition {
     enum class Who : std::uint8_t { manager, any, konfd };
     Who who{};
     std::uint16_t sap{};
     std::optional<std::uint32_t> id{};
     std::string call{};
-    std::string object{}; // konfd: a part of the commands
+    std::string object{}; // konfd: a part of its commands
     std::optional<std::uint16_t> client{};
 
     enum class When : std::uint8_t { always, nth, every_nth, chance };
     When when{};
     std::uint32_t number{}; // of the message, or millionths of a chance
 
-    bool covers(const Subject& subject) const;
+    bool matches(const Subject& subject) const;
 };
 
 struct Action {
@@ -61,8 +61,8 @@ struct Action {
     Milliseconds time{};
     std::string text{}; // konfd's answer
 
-    // Whether it also befalls messages that await no answer.
-    bool befalls_one_way() const { return kind == Kind::refuse || kind == Kind::die; }
+    // Whether it also acts on messages that await no answer.
+    bool acts_on_one_way() const { return kind == Kind::refuse || kind == Kind::die; }
 };
 
 struct End {
@@ -72,12 +72,11 @@ struct End {
 
 struct Rule {
     std::string text; // as it was written
-    Concern concern{};
+    Condition condition{};
     Action action{};
     End end{};
 
-    // ": ..." up to the end: what is said of a message that it befell.
-    std::string action_text;
+    std::string action_text; // the part noted on the messages that it acted on
 };
 
 } // namespace vorsim::faults

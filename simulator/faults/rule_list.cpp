@@ -14,12 +14,12 @@ constexpr std::size_t most_rules = 1000;
 
 } // namespace
 
-bool Concern::covers(const Subject& subject) const
+bool Condition::matches(const Subject& subject) const
 {
     if (subject.konfd || who == Who::konfd) {
         return subject.konfd && who == Who::konfd && subject.object.find(object) != subject.object.npos;
     }
-    // A row may stand for several calls, or a rule for several rows.
+    // A row's call and a rule's may both be patterns.
     const auto fits = [](const std::string& pattern, const std::string& name) {
         return fnmatch(pattern.c_str(), name.c_str(), 0) == 0;
     };
@@ -37,7 +37,7 @@ std::string DueRule::text() const
 unsigned RuleList::add(Rule rule, Time now)
 {
     if (entries_.size() == most_rules) {
-        throw std::runtime_error(fmt::format("there are {} faults already", most_rules));
+        throw std::runtime_error(fmt::format("at most {} faults can be in force", most_rules));
     }
     ++last_;
     Random random(seed_, fmt::format("fault {}", last_));
@@ -50,16 +50,16 @@ bool RuleList::Entry::over(Time now) const
     return (rule.end.times && acted >= *rule.end.times) || (rule.end.time && now >= since + *rule.end.time);
 }
 
-// Whether it is the n-th, an n-th, or drawn.
+// Whether its turn has come: the Nth, every Nth or by chance.
 bool RuleList::Entry::meets()
 {
-    switch (rule.concern.when) {
-    case Concern::When::nth:
-        return concerned == rule.concern.number;
-    case Concern::When::every_nth:
-        return concerned % rule.concern.number == 0;
-    case Concern::When::chance:
-        return random.draw(1'000'000) < rule.concern.number;
+    switch (rule.condition.when) {
+    case Condition::When::nth:
+        return matched == rule.condition.number;
+    case Condition::When::every_nth:
+        return matched % rule.condition.number == 0;
+    case Condition::When::chance:
+        return random.draw(1'000'000) < rule.condition.number;
     default:
         return true;
     }
@@ -69,11 +69,11 @@ std::optional<DueRule> RuleList::due(const Subject& subject, Time now)
 {
     std::optional<DueRule> due;
     for (auto& [number, entry] : entries_) {
-        if (!entry.rule.concern.covers(subject) || entry.over(now) ||
-            (!subject.answered && !entry.rule.action.befalls_one_way())) {
+        if (!entry.rule.condition.matches(subject) || entry.over(now) ||
+            (!subject.answered && !entry.rule.action.acts_on_one_way())) {
             continue;
         }
-        ++entry.concerned;
+        ++entry.matched;
         if (entry.meets() && !due) {
             ++entry.acted;
             due = DueRule{number, entry.rule};
@@ -86,7 +86,7 @@ std::vector<RuleList::Listed> RuleList::list(Time now) const
 {
     std::vector<Listed> rules;
     for (const auto& [number, entry] : entries_) {
-        rules.push_back({number, entry.rule.text, entry.acted, entry.concerned, entry.over(now)});
+        rules.push_back({number, entry.rule.text, entry.acted, entry.matched, entry.over(now)});
     }
     return rules;
 }
@@ -96,7 +96,7 @@ std::string RuleList::text(Time now) const
     std::string text;
     for (const Listed& rule : list(now)) {
         text += fmt::format("{}: {} (acted on {} of {}{})\n", rule.number, vor::printable(rule.rule), rule.acted,
-                            vor::counted(rule.concerned, "message"), rule.over ? ", over" : "");
+                            vor::counted(rule.matched, "message"), rule.over ? ", ended" : "");
     }
     return text;
 }

@@ -1,4 +1,4 @@
-// plan.hpp: the rules in force: which of them is due for a message.
+// rule_list.hpp: the rules in force, and which of them is due for a message.
 #pragma once
 
 #include <map>
@@ -13,7 +13,7 @@ using Time = std::chrono::steady_clock::time_point;
 
 // A rule that is due.
 struct DueRule {
-    unsigned number{}; // the rule's, as it is listed
+    unsigned number{}; // as listed
     Rule rule;
 
     // "fault 2: status 7"
@@ -24,19 +24,19 @@ class RuleList {
 public:
     explicit RuleList(std::uint64_t seed) : seed_(seed) {}
 
-    // The rule's number. Throws when there are too many.
+    // Returns the rule's number. Throws when there are too many.
     unsigned add(Rule rule, Time now);
     bool clear(unsigned number) { return entries_.erase(number) != 0; }
     void clear() { entries_.clear(); }
 
-    // Every rule counts the messages it concerns; the first that is due acts.
+    // Every rule counts the messages that match it; the first that is due acts.
     std::optional<DueRule> due(const Subject& subject, Time now);
 
     struct Listed {
         unsigned number{};
         std::string rule{};
         std::uint64_t acted{};
-        std::uint64_t concerned{};
+        std::uint64_t matched{};
         bool over{};
     };
     std::vector<Listed> list(Time now) const;
@@ -48,7 +48,7 @@ private:
         Rule rule;
         Random random;
         Time since;
-        std::uint64_t concerned = 0;
+        std::uint64_t matched = 0;
         std::uint64_t acted = 0;
 
         bool over(Time now) const;

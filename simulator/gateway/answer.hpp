@@ -1,4 +1,4 @@
-// answer.hpp: what a manager answers: the bytes, and what they say.
+// answer.hpp: a manager's answer: its bytes and their values.
 #pragma once
 
 #include <algorithm>

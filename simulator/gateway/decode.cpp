@@ -111,15 +111,15 @@ std::int32_t Decoded::number(std::string_view name) const
     return found == values.end() ? 0 : static_cast<std::int32_t>(*found->held<std::int64_t>());
 }
 
-std::string line_of(const std::vector<Value>& values)
+std::string values_text(const std::vector<Value>& values)
 {
-    std::string line;
+    std::string text;
     for (const Value& value : values) {
         if (!value.in_object) {
-            line += fmt::format("{}{}={}", line.empty() ? "" : " ", value.name, value.text);
+            text += fmt::format("{}{}={}", text.empty() ? "" : " ", value.name, value.text);
         }
     }
-    return line;
+    return text;
 }
 
 } // namespace vorsim

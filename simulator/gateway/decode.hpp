@@ -21,17 +21,17 @@ struct Decoded {
     std::string object{};
     std::vector<Value> values{};
 
-    // A number the message is known to carry.
+    // A number that the message must hold; 0 if there is none.
     std::int32_t number(std::string_view name) const;
 };
 
 // An accepted message.
 Decoded decode(std::uint16_t sap, const Match& match, bool show_secrets);
 
-// What the field holds, made to be shown; null: the option or flag byte.
+// What the field holds, ready to be shown; null: the option or flag byte.
 Value value_of(const MessageRow& row, const Field* field, std::variant<Scalar, List> data);
 
-// "name=value ..." of what the object does not tell.
-std::string line_of(const std::vector<Value>& values);
+// "name=value ...", without the values that the object holds.
+std::string values_text(const std::vector<Value>& values);
 
 } // namespace vorsim

@@ -8,6 +8,8 @@
 
 #include <vorinfra_manager.h>
 
+#include "text/text.hpp"
+
 namespace vorsim {
 namespace {
 
@@ -16,7 +18,7 @@ using MessageRows = std::vector<const MessageRow*>;
 
 // ---- Kinds in words ---------------------------------------------------------
 
-// None: raw bytes, but not one.
+// None for raw bytes other than one.
 std::optional<Kind> kind_of(const Element& element)
 {
     switch (element.kind) {
@@ -43,11 +45,11 @@ std::string kind_name(const Element& element)
     return kind && kind != Kind::byte ? std::string(kind_name(*kind)) : fmt::format("{} raw bytes", element.size);
 }
 
-// "a or b", each once.
-void add_alternative(std::string& all, const std::string& one)
+// Each once.
+void add_alternative(std::vector<std::string>& all, const std::string& one)
 {
-    if ((" or " + all + " or ").find(" or " + one + " or ") == all.npos) {
-        all += (all.empty() ? "" : " or ") + one;
+    if (std::ranges::find(all, one) == all.end()) {
+        all.push_back(one);
     }
 }
 
@@ -56,7 +58,7 @@ void add_alternative(std::string& all, const std::string& one)
 // How far a chain fits a row.
 struct Reach {
     std::size_t elements; // that fit, from the first on
-    const Field* wanted;  // what the row has where it stopped; null: nothing more
+    const Field* next;    // the row's next field; null: the row is complete
 };
 
 bool fits(const Element& element, const Field& field)
@@ -78,7 +80,7 @@ Reach compare(const MessageRow& row, const std::vector<Element>& elements)
     return {fitting, over ? nullptr : &fields[at]};
 }
 
-// Says what stands where the rows that fit furthest stop.
+// Describes the first element that none of the rows that fit furthest has.
 std::string mismatch(const MessageRows& rows, const std::vector<Element>& elements)
 {
     std::size_t furthest = 0;
@@ -87,31 +89,31 @@ std::string mismatch(const MessageRows& rows, const std::vector<Element>& elemen
     }
     const std::size_t number = furthest + 1;
     const Element* const found = furthest < elements.size() ? &elements[furthest] : nullptr;
-    std::string expected;
+    std::vector<std::string> expected;
     for (const MessageRow* row : rows) {
         const Reach reach = compare(*row, elements);
-        if (reach.elements != furthest || reach.wanted == nullptr) {
+        if (reach.elements != furthest || reach.next == nullptr) {
             continue;
         }
-        const Field& wanted = *reach.wanted;
-        if (found == nullptr || found->tag != wanted.tag_or_offset) {
+        const Field& next = *reach.next;
+        if (found == nullptr || found->tag != next.tag_or_offset) {
             add_alternative(expected,
-                            fmt::format("tag {} {} ({})", wanted.tag_or_offset, kind_name(wanted.kind), wanted.name));
-        } else if (kind_of(*found) != wanted.kind) {
-            return fmt::format("element {} ({}, tag {}) is {}, expected {}", number, wanted.name, found->tag,
-                               kind_name(*found), kind_name(wanted.kind));
+                            fmt::format("tag {} {} ({})", next.tag_or_offset, kind_name(next.kind), next.name));
+        } else if (kind_of(*found) != next.kind) {
+            return fmt::format("element {} ({}, tag {}) is {}, expected {}", number, next.name, found->tag,
+                               kind_name(*found), kind_name(next.kind));
         } else {
-            return fmt::format("element {} ({}, tag {}) is {}, expected {}", number, wanted.name, found->tag,
-                               found->number, *wanted.only_value);
+            return fmt::format("element {} ({}, tag {}) is {}, expected {}", number, next.name, found->tag,
+                               found->number, *next.only_value);
         }
     }
     if (found == nullptr) {
-        return furthest == 0 ? fmt::format("carries no element, expected {}", expected)
-                             : fmt::format("ends after element {}, expected {}", furthest, expected);
+        return furthest == 0 ? fmt::format("no elements, expected {}", vor::either(expected))
+                             : fmt::format("ends after element {}, expected {}", furthest, vor::either(expected));
     }
-    return expected.empty()
-               ? fmt::format("element {} (tag {} {}) is one too many", number, found->tag, kind_name(*found))
-               : fmt::format("element {} is tag {} {}, expected {}", number, found->tag, kind_name(*found), expected);
+    return expected.empty() ? fmt::format("unexpected element {} (tag {} {})", number, found->tag, kind_name(*found))
+                            : fmt::format("element {} is tag {} {}, expected {}", number, found->tag, kind_name(*found),
+                                          vor::either(expected));
 }
 
 Fitting fit_chain(const MessageRows& rows, Bytes payload)
@@ -123,7 +125,7 @@ Fitting fit_chain(const MessageRows& rows, Bytes payload)
         const int read =
             vorinfra_next_element(payload.data(), static_cast<std::uint16_t>(payload.size()), &cursor, &element);
         if (read < 0) {
-            return {.wrong = fmt::format("payload is no chain behind element {}", elements.size())};
+            return {.wrong = fmt::format("payload is not a chain after element {}", elements.size())};
         }
         if (read == 0) {
             break;
@@ -132,7 +134,7 @@ Fitting fit_chain(const MessageRows& rows, Bytes payload)
     }
     const auto row = std::ranges::find_if(rows, [&](const MessageRow* one) {
         const Reach reach = compare(*one, elements);
-        return reach.elements == elements.size() && reach.wanted == nullptr;
+        return reach.elements == elements.size() && reach.next == nullptr;
     });
     if (row == rows.end()) {
         return {.wrong = mismatch(rows, elements)};
@@ -173,7 +175,7 @@ Fitting fit_record(const MessageRows& rows, Bytes payload)
     if (payload.size() != length) {
         return {.wrong = fmt::format("payload has {} bytes, expected {}", payload.size(), length)};
     }
-    std::string expected;
+    std::vector<std::string> expected;
     std::string wrong;
     for (const MessageRow* row : rows) {
         Fitting fitting{.row = row};
@@ -185,7 +187,7 @@ Fitting fit_record(const MessageRows& rows, Bytes payload)
             if (field.only_value && part.number != *field.only_value) {
                 applies = false;
                 add_alternative(expected, std::to_string(*field.only_value));
-                wrong = fmt::format("{} is {}, expected {}", field.name, part.number, expected);
+                wrong = fmt::format("{} is {}, expected {}", field.name, part.number, vor::either(expected));
             }
         }
         if (!applies) {
@@ -193,8 +195,8 @@ Fitting fit_record(const MessageRows& rows, Bytes payload)
         }
         for (const Part& part : fitting.parts) {
             if (part.field->kind == Kind::text && text_in(part).size() == part.field->length) {
-                return {.wrong =
-                            fmt::format("{} does not end within its {} bytes", part.field->name, part.field->length)};
+                return {.wrong = fmt::format("{} is not terminated within its {} bytes", part.field->name,
+                                             part.field->length)};
             }
         }
         return fitting;

@@ -1,4 +1,4 @@
-// fit.hpp: which of a message's rows a payload fits, and if none, why not.
+// fit.hpp: which of a message's rows a payload fits, or why it fits none.
 #pragma once
 
 #include <span>

@@ -1,8 +1,7 @@
-// gateway.hpp: the managers' judgement of one message at a time.
+// gateway.hpp: what the managers decide about one message at a time.
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 #include <vector>
 
 #include "gateway/match.hpp"
@@ -12,18 +11,14 @@
 
 namespace vorsim {
 
-// What is to happen about a message: the gateway decides, faults may disturb
-// it, then the gateway settles it and the server carries it out.
+// What is to happen to a message: the gateway decides, faults may change it, then the gateway stores the setting and
+// the server sends the answer.
 struct Decision {
     bool answered{};
     std::uint32_t answer_id{};
     std::vector<std::uint8_t> answer{};
     Record record{};
-    const MessageRow* row_to_keep{}; // whose values are to be kept
-    std::size_t outcome_at{};        // where the line says what came of it
-
-    // Another outcome than the one judged.
-    void set_outcome(std::string_view outcome);
+    const MessageRow* row_to_keep{}; // whose values are to be stored
 };
 
 std::vector<std::uint8_t> status_answer(std::int32_t status);
@@ -38,8 +33,8 @@ public:
     explicit Gateway(const Settings& settings) : show_secrets_(settings.show_secrets), measurements_(settings.seed) {}
 
     Decision judge(const Message& message);
-    // Keeps what the judgement says is to be kept.
-    void settle(const Decision& decision);
+    // Stores the setting, where the message is one and was accepted.
+    void store(const Decision& decision);
 
     Measurements& measurements() { return measurements_; }
     const State& state() const { return state_; }

@@ -5,6 +5,7 @@
 #include <fmt/core.h>
 
 #include "tables/managers.hpp"
+#include "text/text.hpp"
 
 namespace vorsim {
 namespace {
@@ -13,13 +14,13 @@ std::string unknown(const Message& message)
 {
     for (const Manager& other : managers) {
         if (other.sap != message.sap && !rows_of(message.id, other.sap).empty()) {
-            return fmt::format("no such message here (it is one of {})", manager_label(other.sap));
+            return fmt::format("unknown message id; it belongs to {}", other.name);
         }
     }
-    return "no such message";
+    return "unknown message id";
 }
 
-// What is wrong with the number of repeated elements; empty when nothing is.
+// What is wrong with the number of repeated elements; empty when it is right.
 std::string wrong_count(const MessageRow& row, const std::vector<Part>& parts)
 {
     const auto fields = row.layout.fields();
@@ -33,7 +34,8 @@ std::string wrong_count(const MessageRow& row, const std::vector<Part>& parts)
     if (announced == present) {
         return {};
     }
-    return fmt::format("{} is {}, but {} of {} follow", list.counted_by, announced, present, list.name);
+    return fmt::format("{} is {}, but {} has {}", list.counted_by, announced, list.name,
+                       vor::counted(static_cast<std::uint64_t>(present), "element"));
 }
 
 } // namespace
@@ -55,7 +57,7 @@ std::variant<Match, Mismatch> match(const Message& message)
     Bytes lead = message.meta_data;
     if (layout.form == Form::flag_byte) {
         if (payload.empty()) {
-            return Mismatch{wrong_elements, fmt::format("payload is empty, expected the byte {}", layout.lead)};
+            return Mismatch{wrong_elements, fmt::format("payload is empty, expected the byte {} first", layout.lead)};
         }
         lead = payload.first(1);
         payload = payload.subspan(1);
@@ -68,8 +70,8 @@ std::variant<Match, Mismatch> match(const Message& message)
     const MessageRow& row = *fitting.row;
     if (row.exchange.answered != message.answer_wanted) {
         return Mismatch{wrong_manner, message.answer_wanted
-                                          ? fmt::format("{} waits for an answer to a one-way message", row.call)
-                                          : fmt::format("{} was sent one-way, but is to be answered", row.call)};
+                                          ? fmt::format("{} is one-way, but an answer is awaited", row.call)
+                                          : fmt::format("{} is a request, but was sent one-way", row.call)};
     }
     if (const std::string wrong = wrong_count(row, fitting.parts); !wrong.empty()) {
         return Mismatch{wrong_elements, wrong};

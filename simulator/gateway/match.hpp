@@ -1,4 +1,4 @@
-// match.hpp: the one place where a message is accepted or complained about.
+// match.hpp: the one place where a message is accepted or refused.
 #pragma once
 
 #include <variant>
@@ -17,12 +17,12 @@ struct Message {
     Bytes payload{};
 };
 
-// The statuses a complaint is answered with.
+// The statuses that a refused message is answered with.
 enum Refusal : std::int32_t {
-    unknown_message = 2, // no such id at this manager
+    unknown_message = 2, // an id that this manager does not have
     wrong_elements = 3,  // a tag, kind, order, length or fixed value
-    wrong_manner = 4,    // a request sent one-way, or a one-way message that waits
-    no_room = 5,         // right, but more than is kept
+    wrong_manner = 4,    // a request sent one-way, or a one-way message that awaits an answer
+    no_room = 5,         // valid, but there is no room to store it
 };
 
 struct Mismatch {
@@ -30,7 +30,7 @@ struct Mismatch {
     std::string text;
 };
 
-// An accepted message: its row and what it holds for it.
+// An accepted message: its row and the row's fields in it.
 struct Match {
     const MessageRow* row{};
     std::optional<std::uint8_t> lead{}; // the option or flag byte

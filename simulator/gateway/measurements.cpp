@@ -13,8 +13,7 @@ constexpr std::size_t most_streams = 4096; // more than a gateway has ports
 
 } // namespace
 
-// A new one begins anywhere below the bound. One beyond the limit begins anew
-// at every reading.
+// A new stream starts anywhere below the bound. Beyond the limit, streams start again at every reading.
 Measurements::Stream& Measurements::stream(std::string_view name, std::uint64_t begins_below)
 {
     const auto found = streams_.find(name);
@@ -45,7 +44,7 @@ std::int64_t Measurements::measure(std::string_view name, std::int32_t middle, s
         return static_cast<std::int64_t>(measured.value);
     }
     auto value = static_cast<std::int64_t>(measured.value) + (known ? 0 : least);
-    // Never stands still: a frozen measurement looks like a dead sensor.
+    // Always changes: a constant measurement looks like a dead sensor.
     const auto moved = static_cast<std::int64_t>(1 + measured.random.draw(static_cast<std::uint64_t>(step)));
     const bool up = value <= least || (value < most && measured.random.draw(2) == 0);
     value = std::clamp(value + (up ? moved : -moved), least, most);
@@ -62,15 +61,14 @@ std::int64_t Measurements::constant(std::string_view name, std::int64_t value) c
 void Measurements::set(std::string_view name, std::uint64_t value)
 {
     if (!is_known(name) && streams_.size() == most_streams) {
-        throw std::runtime_error(
-            fmt::format("no more than {} readings are kept (vorsim reset makes room)", most_streams));
+        throw std::runtime_error(fmt::format("at most {} readings can be set; vorsim reset clears them", most_streams));
     }
     Stream& reading = stream(name, 1);
     reading.value = value;
     reading.set = true;
 }
 
-void Measurements::let_go(std::string_view name)
+void Measurements::release(std::string_view name)
 {
     const auto found = streams_.find(name);
     if (found != streams_.end()) {

@@ -1,9 +1,7 @@
 // measurements.hpp: values that move from one query to the next.
 //
-// Every reading draws from the seed and its name: the same seed and the same
-// queries give the same values, whatever else is asked. A reading that was set
-// is what it was set to: a counter counts on from there, a measurement stays
-// until it is let go.
+// Every reading depends on the seed and its name only: the same seed and the same queries give the same values. After a
+// reading was set, a counter continues from there; a measurement keeps the value until it is released.
 #pragma once
 
 #include <cstdint>
@@ -24,13 +22,13 @@ public:
     std::uint64_t count(std::string_view name, std::uint64_t step);
     // A measurement: moves by at most `step` and stays within `range` of `middle`.
     std::int64_t measure(std::string_view name, std::int32_t middle, std::int32_t range, std::int32_t step);
-    // One that stands still until it is set.
+    // A measurement that stays constant until it is set.
     std::int64_t constant(std::string_view name, std::int64_t value) const;
 
     // Throws when no more readings can be kept.
     void set(std::string_view name, std::uint64_t value);
-    void let_go(std::string_view name);
-    // Counters grow so many times as fast.
+    void release(std::string_view name);
+    // Counters run so many times as fast.
     void speed_up(std::uint64_t times) { speed_ = times; }
 
 private:
@@ -45,7 +43,7 @@ private:
     std::uint64_t seed_;
     std::uint64_t speed_ = 1;
     std::map<std::string, Stream, std::less<>> streams_;
-    std::optional<Stream> unkept_; // the last one beyond the limit
+    std::optional<Stream> unkept_; // the latest beyond the limit
 };
 
 } // namespace vorsim

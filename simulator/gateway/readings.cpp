@@ -16,7 +16,7 @@
 namespace vorsim {
 namespace {
 
-// Null: there is none of this name.
+// Null: unknown.
 const Reading* find(const std::string& name, std::vector<std::string>& known)
 {
     for (const Family* family : all_families()) {
@@ -40,37 +40,35 @@ Setting parse_setting(std::string_view words)
     if (name == "counting") {
         const auto times = vor::number_in<std::uint64_t>(value);
         if (!times || *times == 0 || *times > 1'000'000) {
-            throw std::runtime_error(fmt::format("counting is \"{}\": how many times as fast is expected, 1 to 1000000",
-                                                 vor::escaped(value)));
+            throw std::runtime_error(fmt::format("counting must be 1 to 1000000, not \"{}\"", vor::escaped(value)));
         }
         return {[speed = *times](Measurements& measurements) { measurements.speed_up(speed); },
-                fmt::format("counters count {} times as fast", *times)};
+                fmt::format("counters run {} times as fast", *times)};
     }
     std::vector<std::string> known;
     const Reading* const reading = find(name, known);
     if (reading == nullptr) {
         throw std::runtime_error(fmt::format(
-            "no reading \"{}\"{}", vor::escaped(name),
+            "unknown reading \"{}\"{}", vor::escaped(name),
             vor::suggestion(vor::nearest(name, known),
-                            "there are temperature, port N polling_count, port N interrupt_count, adc N/N "
-                            "polling_count, adc N/N interrupt_count, the transceiver's registers such as rssi, and "
+                            "expected temperature, port N polling_count, port N interrupt_count, adc N/N "
+                            "polling_count, adc N/N interrupt_count, a transceiver register such as rssi, or "
                             "counting")));
     }
     if (value == "wander") {
-        return {[name](Measurements& measurements) { measurements.let_go(name); }, fmt::format("{} wanders", name)};
+        return {[name](Measurements& measurements) { measurements.release(name); }, fmt::format("{} wanders", name)};
     }
     const auto number = vor::integer_in(value);
     const bool at_least = number && number->exact &&
                           (number->negative ? number->bounded() >= reading->least
                                             : std::cmp_greater_equal(number->magnitude, reading->least));
     if (!at_least || (!number->negative && number->magnitude > reading->most)) {
-        throw std::runtime_error(fmt::format("{} is \"{}\": a number from {} to {} is expected{}", name,
-                                             vor::escaped(value), reading->least, reading->most,
-                                             reading->counts ? "" : ", or wander"));
+        throw std::runtime_error(fmt::format("{} must be {} to {}{}, not \"{}\"", name, reading->least, reading->most,
+                                             reading->counts ? "" : " or wander", vor::escaped(value)));
     }
     const std::uint64_t set_to = number->negative ? static_cast<std::uint64_t>(number->bounded()) : number->magnitude;
     return {[name, set_to](Measurements& measurements) { measurements.set(name, set_to); },
-            fmt::format("{} is {}", name, value)};
+            fmt::format("{} set to {}", name, value)};
 }
 
 } // namespace vorsim

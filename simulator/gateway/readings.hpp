@@ -1,4 +1,4 @@
-// readings.hpp: readings set on command.
+// readings.hpp: readings that can be set.
 #pragma once
 
 #include <functional>
@@ -11,11 +11,11 @@ namespace vorsim {
 
 struct Setting {
     std::function<void(Measurements& measurements)> apply;
-    std::string said; // what is then so
+    std::string result; // "temperature set to 850"
 };
 
 // "temperature 850", "port 3 polling_count 0", "rssi wander", "counting 100".
-// Throws a runtime_error that says what was expected.
+// Throws a runtime_error.
 Setting parse_setting(std::string_view words);
 
 } // namespace vorsim

@@ -11,7 +11,7 @@
 namespace vorsim {
 namespace {
 
-// What all settings may take, each with what it is kept in on top.
+// Of all settings together, with their overhead.
 constexpr std::size_t most_bytes = 4 << 20;
 constexpr std::size_t bytes_of_a_setting = 128;
 constexpr std::size_t bytes_of_a_value = 64;
@@ -96,11 +96,11 @@ std::string State::text() const
 {
     std::string text;
     for (const auto& [sap, objects] : managers_) {
-        text += fmt::format("{}\n", manager_label(sap));
+        text += fmt::format("{}\n", manager_key(sap));
         for (const auto& [object, settings] : objects) {
             text += fmt::format("  {}\n", object);
             for (const Setting& setting : settings) {
-                const std::string values = line_of(setting.values);
+                const std::string values = values_text(setting.values);
                 text += fmt::format("    {}{}{}\n", setting.row->call, values.empty() ? "" : "  ", values);
             }
         }

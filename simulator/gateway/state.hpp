@@ -1,4 +1,4 @@
-// state.hpp: what every manager has been told, by object.
+// state.hpp: the settings of every manager, by object.
 #pragma once
 
 #include <cstdint>
@@ -22,24 +22,24 @@ public:
     struct Natural {
         bool operator()(const std::string& left, const std::string& right) const;
     };
-    using Settings = std::vector<Setting>; // the latest told last
+    using Settings = std::vector<Setting>; // the latest one last
     using Objects = std::map<std::string, Settings, Natural>;
     using Managers = std::map<std::uint16_t, Objects>;
 
-    // False when that would be more than is kept.
+    // False when the limit would be exceeded.
     bool has_room(const Decoded& decoded) const;
     bool keep(Decoded decoded);
 
     const Managers& managers() const { return managers_; }
-    // The number last told to the object under this name, by whichever call.
+    // The latest number of this name that any call set on the object.
     std::optional<std::int32_t> latest(std::uint16_t sap, const std::string& object, std::string_view name) const;
 
     std::string text() const;
 
 private:
-    // Null: nothing is held.
+    // Null: there are none.
     const Settings* held(std::uint16_t sap, const std::string& object) const;
-    // What all settings take once this one is kept.
+    // The size of all settings, this one included.
     std::size_t size_with(const Decoded& decoded) const;
 
     Managers managers_;

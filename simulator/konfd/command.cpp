@@ -37,7 +37,7 @@ public:
     }
 
 private:
-    enum : bool { for_good, so_far }; // whether more text could still make it right
+    enum : bool { for_good, so_far }; // so far: more text could still make it valid
 
     [[noreturn]] static void refuse(std::string text, bool incomplete = for_good)
     {
@@ -45,7 +45,7 @@ private:
     }
     [[noreturn]] static void refuse_at(std::size_t at, std::string_view text, bool incomplete = for_good)
     {
-        refuse(fmt::format("{} at byte {}", text, at + 1), incomplete);
+        refuse(fmt::format("byte {}: {}", at + 1, text), incomplete);
     }
 
     std::optional<Token> next()
@@ -61,16 +61,16 @@ private:
         const std::size_t begin = quoted ? at + 1 : at;
         const std::size_t end = quoted ? burst_.find('"', begin) : burst_.find_first_of("\" \t\r", begin);
         if (quoted && end == burst_.npos) {
-            refuse_at(at, "no closing quote to the one", so_far);
+            refuse_at(at, "unclosed quote", so_far);
         }
         const std::string_view text = burst_.substr(begin, end - begin);
         at_ = begin + text.size() + (quoted ? 1 : 0);
         if (text.size() > longest_word) {
-            refuse_at(at, fmt::format("a text of more than {} bytes", longest_word));
+            refuse_at(at, fmt::format("text longer than {} bytes", longest_word));
         }
         const auto is_control = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; };
         if (std::ranges::any_of(text, is_control)) {
-            refuse_at(at, "a control character in the text");
+            refuse_at(at, "unexpected control character");
         }
         return Token{text, at, quoted};
     }
@@ -83,7 +83,7 @@ private:
         }
         if (token.text.size() != 2 || token.text[0] != '-' || options.find(token.text[1]) == options.npos) {
             const bool cut = token.text == "-" && at_ == burst_.size();
-            refuse_at(token.at, "neither an option nor a quoted text", cut);
+            refuse_at(token.at, "expected an option or a quoted text", cut);
         }
         const char option = token.text[1];
         if (operations.find(option) != operations.npos) {
@@ -102,7 +102,7 @@ private:
         }
         Command& command = commands_.back();
         if (option == 'd' ? command.show : command.operation != 0) {
-            refuse_at(at, "a second operation");
+            refuse_at(at, "unexpected second operation");
         }
         if (option == 'd') {
             command.show = true;
@@ -111,11 +111,11 @@ private:
         }
     }
 
-    // The command that content goes to.
+    // The command that the option or path word belongs to.
     Command& current(std::size_t at)
     {
         if (commands_.empty()) {
-            refuse_at(at, "no operation (-s, -c, -u, -d) before the text");
+            refuse_at(at, "expected -s, -c, -u or -d first");
         }
         has_content_ = true;
         return commands_.back();
@@ -125,10 +125,10 @@ private:
     {
         Command& command = current(token.at);
         if (token.text.empty()) {
-            refuse_at(token.at, "an empty path word");
+            refuse_at(token.at, "empty path word");
         }
         if (command.path.size() == deepest_path) {
-            refuse_at(token.at, fmt::format("a path deeper than {} words", deepest_path));
+            refuse_at(token.at, fmt::format("path deeper than {} words", deepest_path));
         }
         command.path.emplace_back(token.text);
     }
@@ -138,18 +138,18 @@ private:
         Command& command = current(at);
         const auto value = next();
         if (!value) {
-            refuse_at(at, fmt::format("nothing behind -{}", option), so_far);
+            refuse_at(at, fmt::format("-{} needs a value", option), so_far);
         }
         if (option == 'p') {
             take_priority(command, *value);
             return;
         }
         if (!value->quoted) {
-            refuse_at(at, fmt::format("no quoted text behind -{}", option));
+            refuse_at(at, fmt::format("-{} needs a quoted text", option));
         }
         std::optional<std::string>& text = option == 'l' ? command.line : command.pattern;
         if (text) {
-            refuse_at(at, fmt::format("a second -{}", option));
+            refuse_at(at, fmt::format("unexpected second -{}", option));
         }
         text = value->text;
     }
@@ -157,14 +157,16 @@ private:
     static void take_priority(Command& command, const Token& value)
     {
         const auto is_digit = [](unsigned char c) { return std::isdigit(c) != 0; };
-        if (command.priority || value.text.empty() || value.text.size() > 5 ||
-            !std::ranges::all_of(value.text, is_digit)) {
-            refuse_at(value.at, "no priority from 0 to 99999, or a second one,");
+        if (command.priority) {
+            refuse_at(value.at, "unexpected second -p");
+        }
+        if (value.text.empty() || value.text.size() > 5 || !std::ranges::all_of(value.text, is_digit)) {
+            refuse_at(value.at, "priority must be 0 to 99999");
         }
         command.priority = std::stoi(std::string(value.text));
     }
 
-    // The command, if any, is at its end: is it whole?
+    // Checks that the last command, if any, is complete.
     void finish() const
     {
         if (commands_.empty()) {
@@ -173,13 +175,13 @@ private:
         const Command& command = commands_.back();
         const bool names_lines = command.line || command.pattern;
         if (command.operation == 's' && (!command.line || command.line->empty())) {
-            refuse("-s without a line", !command.line);
+            refuse("-s needs -l", !command.line);
         }
         if ((command.operation == 'c' || command.operation == 'u') && !names_lines) {
-            refuse(fmt::format("-{} without a line or a pattern", command.operation), so_far);
+            refuse(fmt::format("-{} needs -l or -r", command.operation), so_far);
         }
         if (command.operation == 0 && (names_lines || command.priority)) {
-            refuse("-d alone takes path words only");
+            refuse("-d alone takes only path words");
         }
     }
 
@@ -194,8 +196,8 @@ private:
 std::variant<std::vector<Command>, SyntaxError> parse(std::string_view burst)
 try {
     return Parser(burst).run();
-} catch (const SyntaxError& complaint) {
-    return complaint;
+} catch (const SyntaxError& error) {
+    return error;
 }
 
 std::size_t secret_word_in(std::string_view text)

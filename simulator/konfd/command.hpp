@@ -1,9 +1,8 @@
-// command.hpp: the text konfd is spoken to in.
+// command.hpp: the commands that konfd reads.
 //
 // [-d] [-s|-c|-u] [-l "line"] [-r "pattern"] [-p priority] ["path word"]...
 //
-// A burst may hold several commands: an operation word behind anything but
-// operation words begins the next.
+// A burst may hold several commands: an operation after any other option begins the next.
 #pragma once
 
 #include <optional>
@@ -30,16 +29,16 @@ constexpr bool is_blank(char character)
 
 struct SyntaxError {
     std::string text;
-    bool incomplete = false; // more text could still make it right
+    bool incomplete = false; // more text could still make it valid
 };
 
-// Commands in order, or what is wrong with the whole. A blank text holds none.
+// The commands in order, or the first error. A blank text holds none.
 std::variant<std::vector<Command>, SyntaxError> parse(std::string_view burst);
 
-// The command in its own words; secrets masked unless they are to be shown.
+// The command as text, secrets masked unless they are to be shown.
 std::string text_of(const Command& command, bool show_secrets);
 
-// Where a word for a secret begins, in whatever case; npos: there is none.
+// Where a word such as "password" begins, in either case; npos: there is none.
 std::size_t secret_word_in(std::string_view text);
 // "password ********" for a line, a pattern or a path word that names a secret.
 std::string without_secret(std::string_view line);

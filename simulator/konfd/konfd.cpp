@@ -8,17 +8,17 @@
 namespace vorsim::konfd {
 namespace {
 
-// What a client of the configuration library receives at once. More would wait
-// in its socket and be taken for the next answer.
+// What a client of the configuration library receives at once. More would stay in its socket and be taken for the next
+// answer.
 constexpr std::size_t longest_answer = 50;
-// What one text may cost.
+// Limits of one text.
 constexpr std::size_t most_commands = 64;
 constexpr std::size_t most_shown = 1 << 20;
 constexpr std::uint64_t most_work = 4'000'000;
 
-constexpr char not_there[] = "it is not there";
+constexpr char not_there[] = "not found";
 
-// Why empty: it is done.
+// An empty reason: success.
 Reply reply_to(const std::string& commands, const std::string& why)
 {
     Reply reply;
@@ -26,7 +26,6 @@ Reply reply_to(const std::string& commands, const std::string& why)
     record.kind = Record::Kind::konfd;
     record.commands = commands;
     record.answer = why.empty() ? "-o" : "-e";
-    record.line = fmt::format("konfd {} -> {}{}{}", commands, record.answer, why.empty() ? "" : ": ", why);
     record.complaint = why;
     record.complained = !why.empty() && why != not_there;
     reply.answer = fmt::format("{}\n", record.answer);
@@ -45,16 +44,16 @@ std::string Konfd::carry_out(const Command& command, Work& work, std::string& sh
     const bool changes = command.operation == 's' || command.operation == 'u';
     const Tree::Node* const parent = tree_.find(command.path);
     if (changes && !settings_.lenient && parent == nullptr) {
-        return "the path is not there";
+        return "no such path";
     }
     static const std::vector<Tree::Node> none;
     const std::vector<Tree::Node>& nodes = parent != nullptr ? parent->children : none;
-    // What the pattern fits is known before anything is changed.
+    // Matched before anything is changed.
     std::set<std::string> fitting;
     if (command.pattern) {
         const auto pattern = Pattern::compile(*command.pattern);
         if (!pattern) {
-            return "the pattern is no regular expression, or too much of one";
+            return "the pattern is not a regular expression, or is too complex";
         }
         for (const Tree::Node& node : nodes) {
             if (pattern->matches(node.line, work)) {
@@ -62,7 +61,7 @@ std::string Konfd::carry_out(const Command& command, Work& work, std::string& sh
             }
         }
         if (work.exhausted()) {
-            return "the patterns are too much work";
+            return "matching the patterns takes too long";
         }
     }
     const auto matches_pattern = [&](const std::string& line) { return fitting.contains(line); };
@@ -81,9 +80,9 @@ std::string Konfd::carry_out(const Command& command, Work& work, std::string& sh
     if (command.show) {
         shown += text(command.path);
         if (shown.size() > most_shown && command.operation == 0) {
-            return fmt::format("what is to be shown has more than {} bytes", most_shown);
+            return fmt::format("output longer than {} bytes", most_shown);
         }
-        shown.resize(std::min(shown.size(), most_shown)); // far more than is answered
+        shown.resize(std::min(shown.size(), most_shown)); // far more than is sent
     }
     return why;
 }
@@ -91,8 +90,8 @@ std::string Konfd::carry_out(const Command& command, Work& work, std::string& sh
 Reply Konfd::execute(std::string_view burst)
 {
     const auto parsed = parse(burst);
-    if (const auto* const complaint = std::get_if<SyntaxError>(&parsed)) {
-        return refuse(complaint->text);
+    if (const auto* const error = std::get_if<SyntaxError>(&parsed)) {
+        return refuse(error->text);
     }
     if (std::get<std::vector<Command>>(parsed).size() > most_commands) {
         return refuse(fmt::format("more than {} commands in one text", most_commands));
@@ -114,7 +113,7 @@ Reply Konfd::execute(std::string_view burst)
     reply.answer += why.empty() ? shown : "";
     if (changes && reply.answer.size() > longest_answer) {
         reply.record.shown = fmt::format("cut to {} of {} bytes", longest_answer, reply.answer.size());
-        reply.record.line += fmt::format(" ({})", reply.record.shown);
+        reply.record.notes.push_back(reply.record.shown);
         reply.answer.resize(longest_answer);
     }
     return reply;

@@ -13,7 +13,7 @@
 namespace vorsim::konfd {
 
 struct Reply {
-    std::string answer; // "-o" or "-e", what was to be shown, and a line end
+    std::string answer; // "-o" or "-e", the output of -d, and a line end
     Record record;
 };
 
@@ -21,14 +21,14 @@ class Konfd {
 public:
     struct Settings {
         bool show_secrets = false;
-        bool lenient = false; // a path that is not there is made, or has nothing under it
+        bool lenient = false; // a missing path is created, or counts as empty
     };
 
     Konfd() : Konfd(Settings()) {}
     explicit Konfd(const Settings& settings) : settings_(settings) {}
 
-    // Carries the commands out in order. One that cannot be read keeps the
-    // whole burst from being carried out; one that fails stops it.
+    // Executes the commands in order. A syntax error in one keeps all from being executed; one that fails stops the
+    // rest.
     Reply execute(std::string_view burst);
     // The reply to a text too long to be kept.
     static Reply refuse(const std::string& why);
@@ -37,7 +37,7 @@ public:
     std::string text(const Path& path = {}, std::size_t depth = 0) const { return text_of(lines(path), depth); }
 
 private:
-    // Adds what the command shows. Why it failed; empty: it did not.
+    // Adds the command's output. Returns why it failed; empty: success.
     std::string carry_out(const Command& command, Work& work, std::string& shown);
 
     Settings settings_;

@@ -44,11 +44,10 @@ Bytes all_where(int (*is_one)(int))
     throw std::invalid_argument("no expression, or too large a one");
 }
 
-// A part of an expression. Its instructions go on relative to themselves, so
-// that it can be put anywhere, and more than once.
+// A part of an expression. Its instructions jump relative to themselves, so that it can be placed anywhere and copied.
 struct Part {
     Program program{};
-    std::size_t cost = 1; // of instructions, and of parts on the way to them: known before anything is copied
+    std::size_t cost = 1; // instructions and intermediate parts, known before anything is copied
 
     void costs(std::size_t more)
     {
@@ -150,7 +149,7 @@ private:
     {
         Part all;
         while (!left_.empty() && left_.front() != '|' && !(left_.front() == ')' && depth > 0)) {
-            // A place is not repeated: an operator behind it has nothing to repeat.
+            // An anchor is not repeated: an operator after it has no operand.
             Part one = place();
             if (one.program.empty()) {
                 one = atom(depth);
@@ -162,7 +161,7 @@ private:
         return all;
     }
 
-    // Empty where none stands.
+    // Empty: there is none.
     Part place()
     {
         constexpr std::pair<std::string_view, Place> places[] = {
@@ -229,7 +228,7 @@ private:
         }
     }
 
-    // *, +, ? or an interval behind the part.
+    // *, +, ? or an interval after the part.
     bool repeat(Part& part)
     {
         std::pair<int, int> times{0, unlimited};
@@ -246,7 +245,7 @@ private:
         return true;
     }
 
-    // A number, or -1 where none stands.
+    // A number, or -1.
     int number()
     {
         int value = -1;
@@ -289,7 +288,7 @@ private:
         return inverted ? ~set : set;
     }
 
-    // Of one byte, above all. A hyphen is itself at either end, and where it ends a range.
+    // A single byte or a range. A hyphen is literal at either end, and as the end of a range.
     void add_range(Bytes& set, bool first)
     {
         if (!first && left_.starts_with("-") && !left_.starts_with("-]")) {
@@ -312,7 +311,7 @@ private:
         }
     }
 
-    // One end of a range, or what is named between [. .].
+    // One end of a range, possibly between [. .].
     unsigned bracket_byte()
     {
         const bool named = take("[.");
@@ -364,7 +363,7 @@ bool holds(Place place, int before, int after)
     }
 }
 
-// The instructions that wait for the next byte, each once.
+// The instructions waiting for the next byte, each once.
 class States {
 public:
     explicit States(const Program& program) : program_(&program), seen_(program.size()) {}
@@ -375,7 +374,7 @@ public:
         std::fill(seen_.begin(), seen_.end(), false);
     }
 
-    // With everything that is reached without a byte. True: it is found.
+    // Adds all that is reached without a byte. True: a match.
     bool add(std::size_t from, int before, int after)
     {
         open_.push_back(from);
@@ -445,7 +444,7 @@ bool Pattern::matches(std::string_view line, Work& work) const
     int before = -1;
     for (std::size_t at = 0; !work.exhausted(); ++at) {
         const int byte = byte_at(at);
-        if (now.add(0, before, byte)) { // it may begin here
+        if (now.add(0, before, byte)) { // a match may begin here
             return true;
         }
         if (byte < 0) {
@@ -458,7 +457,7 @@ bool Pattern::matches(std::string_view line, Work& work) const
                 return true;
             }
         }
-        // Clearing is part of the work, though a quick one.
+        // Clearing counts as work, too.
         work.spend(1 + now.visited() + now.waiting().size() + next.visited() + program_.size() / 64);
         std::swap(now, next);
         before = byte;

@@ -1,4 +1,4 @@
-// pattern.hpp: a client's regular expression, kept from doing harm.
+// pattern.hpp: regular expressions of clients, matched in bounded time and memory.
 #pragma once
 
 #include <bitset>
@@ -10,7 +10,7 @@
 
 namespace vorsim::konfd {
 
-// How much matching may cost, counted in states looked at.
+// A budget for matching, in states visited.
 class Work {
 public:
     explicit Work(std::uint64_t steps) : left_(steps) {}
@@ -28,10 +28,10 @@ private:
 // the memory is the program's.
 class Pattern {
 public:
-    // Nothing when it is none, or too large a one.
+    // Nothing if it is invalid or too large.
     static std::optional<Pattern> compile(std::string_view expression);
 
-    // Whether it is found in the line. False, too, when the work is used up.
+    // Whether it matches anywhere in the line. Also false when the budget is used up.
     bool matches(std::string_view line, Work& work) const;
 
     enum class Operation : std::uint8_t {
@@ -46,7 +46,7 @@ public:
         Operation operation{};
         Place place{};
         std::uint16_t set{};
-        std::int16_t step{}; // to where else it goes on
+        std::int16_t step{}; // to the other branch
     };
     using Program = std::vector<Instruction>;
     using Bytes = std::bitset<256>;

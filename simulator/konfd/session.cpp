@@ -19,7 +19,7 @@ bool ends_text(char character)
 Exchange ClientSession::execute()
 {
     Reply reply =
-        too_long_ ? Konfd::refuse(fmt::format("a text of more than {} bytes", longest_text)) : konfd_->execute(text_);
+        too_long_ ? Konfd::refuse(fmt::format("text longer than {} bytes", longest_text)) : konfd_->execute(text_);
     too_long_ = false;
     return {std::exchange(text_, {}), std::move(reply)};
 }
@@ -74,7 +74,7 @@ std::optional<Exchange> ClientSession::time_out()
     Exchange exchange = execute();
     answered_unended_ = true;
     if (continues_) {
-        exchange.reply.record.line += " (one answer for both)";
+        exchange.reply.record.notes.emplace_back("one answer for both");
         exchange.reply.answer.clear();
     }
     return exchange;

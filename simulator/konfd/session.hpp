@@ -25,7 +25,7 @@ constexpr std::chrono::milliseconds quiet{10};
 constexpr std::chrono::milliseconds patience{1000};
 constexpr std::size_t longest_text = 16384;
 
-// A text and what came of it.
+// A text and the reply to it.
 struct Exchange {
     std::string text; // without its end; empty where it was too long to be kept
     Reply reply;

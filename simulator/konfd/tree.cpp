@@ -10,7 +10,7 @@
 namespace vorsim::konfd {
 namespace {
 
-constexpr std::size_t most_bytes = 1 << 19; // lines with 64 bytes each on top
+constexpr std::size_t most_bytes = 1 << 19; // with 64 bytes of overhead per line
 constexpr std::size_t bytes_of_a_line = 64;
 
 void mask(std::vector<Tree::Node>& nodes)

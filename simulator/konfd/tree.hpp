@@ -21,13 +21,12 @@ public:
         std::size_t size() const;
     };
 
-    // Puts the line under the path, made where missing, in place of the lines
-    // that match. The line itself, when already there, keeps what is under it.
-    // False when the tree is full.
+    // Puts the line under the path, which is created where missing, in place of the lines that match. The line itself,
+    // when already there, keeps what is under it. False when the tree is full.
     bool set(const Path& path, const std::string& line, const Matches& matches, std::optional<int> priority);
-    // Takes the matching lines under the path away, with all under them.
+    // Removes the matching lines under the path, with all under them.
     void unset(const Path& path, const Matches& matches);
-    // What has its lines under the path; null: the path is not there.
+    // Null: there is no such path.
     const Node* find(const Path& path) const;
 
     // The lines under the path, and those under them, secrets masked unless they are to be shown.

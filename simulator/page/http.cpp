@@ -12,7 +12,7 @@
 namespace vorsim::page {
 namespace {
 
-constexpr std::ptrdiff_t most_clients = 48; // beyond that the oldest that is no stream makes room
+constexpr std::ptrdiff_t most_clients = 48; // beyond that the oldest that is not a stream is closed
 constexpr unsigned most_at_once = 64;
 constexpr unsigned idle_seconds = 15;
 constexpr std::size_t memory_of_client = 1 << 15;
@@ -42,7 +42,7 @@ struct Http::Client {
     int descriptor;
     Source stream{};
     std::string unsent{};   // of the stream
-    bool suspended = false; // the stream is, for want of more
+    bool suspended = false; // the stream, until there is more
     bool ended = false;     // by us
 };
 
@@ -135,7 +135,7 @@ Http::Http(Loop& loop, int listener, Handler answer_to) : loop_(loop), answer_to
                                Callbacks::on_connection, this, MHD_OPTION_NOTIFY_COMPLETED, Callbacks::on_completed,
                                this, MHD_OPTION_END);
     if (daemon_ == nullptr) {
-        throw std::runtime_error("the HTTP server cannot be started");
+        throw std::runtime_error("cannot start the HTTP server");
     }
     const auto* const info = MHD_get_daemon_info(daemon_, MHD_DAEMON_INFO_EPOLL_FD);
     loop_.watch(info->epoll_fd, [this] { MHD_run(daemon_); });
@@ -152,7 +152,7 @@ Http::Http(Loop& loop, int listener, Handler answer_to) : loop_(loop), answer_to
 
 Http::~Http()
 {
-    wake(true); // suspended ones are not ended
+    wake(true); // suspended ones would not be closed
     MHD_stop_daemon(daemon_);
 }
 
@@ -164,7 +164,7 @@ void Http::make_room()
     const auto oldest = std::ranges::find_if(clients_, [](const Client& one) { return !one.stream && !one.ended; });
     if (oldest != clients_.end()) {
         oldest->ended = true;
-        shutdown(oldest->descriptor, SHUT_RDWR); // the library takes its end for the client's
+        shutdown(oldest->descriptor, SHUT_RDWR); // to the library, the client has closed it
     }
 }
 

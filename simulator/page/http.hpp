@@ -1,4 +1,4 @@
-// http.hpp: HTTP on a loop, as libmicrohttpd serves it; what any client may take of it is bounded.
+// http.hpp: HTTP on a loop by libmicrohttpd, with limits on what clients can use.
 #pragma once
 
 #include <cstdint>
@@ -18,13 +18,13 @@ struct Request {
     std::string method;
     std::string path;
     std::string host;
-    std::string origin; // empty: none was told
+    std::string origin; // empty: none was sent
     std::string token;
-    std::string last_event; // the last that the client has seen; empty: none
+    std::string last_event; // the last one that the client has received; empty: none
     std::string body{};
 };
 
-// What is streamed: more of it each time; empty: nothing for now.
+// Returns more of a stream each time; empty: nothing for now.
 using Source = std::function<std::string()>;
 
 struct Response {
@@ -43,7 +43,7 @@ public:
     Http(const Http&) = delete;
     Http& operator=(const Http&) = delete;
 
-    // The sources have more; `beat` has the streams say something at any rate, so that a dead one is noticed.
+    // The sources have more; `beat` sends something on every stream, so that a dead connection is noticed.
     void wake(bool beat = false);
     std::size_t streams() const;
 

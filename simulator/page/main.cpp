@@ -1,5 +1,5 @@
-// vorsim-page: the page of the gateway that started it. Standard input has the link's token in its first line and ends
-// with the gateway; standard output is the port.
+// vorsim-page: serves the page of the gateway that started it. Standard input holds the link's token in its first line
+// and ends with the gateway; standard output is the listening port.
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -21,7 +21,7 @@ namespace {
 
 using vorsim::Descriptor;
 
-// 0 where it is none that listens for HTTP.
+// 0 if it is not a TCP port.
 std::uint16_t port_of(const Descriptor& listener)
 {
     sockaddr_in address{};
@@ -35,14 +35,14 @@ std::uint16_t port_of(const Descriptor& listener)
 int main(int argc, char** argv)
 {
     for (const int signal_number : {SIGTERM, SIGINT, SIGHUP, SIGPIPE}) {
-        std::signal(signal_number, SIG_IGN); // a terminal sends them to all: the gateway's end is its own
+        std::signal(signal_number, SIG_IGN); // it ends when the gateway does
     }
     try {
         const Descriptor listener(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
         const std::uint16_t port = port_of(listener);
         std::string token;
         if (port == 0 || !std::getline(std::cin, token)) {
-            vor::print_line(stderr, "vorsim-page: it is started by vorsim --http PORT");
+            vor::print_line(stderr, "vorsim-page: start it with vorsim --http PORT");
             return 2;
         }
         const Descriptor nothing(open("/dev/null", O_WRONLY | O_CLOEXEC));
@@ -54,7 +54,7 @@ int main(int argc, char** argv)
         loop.run();
         return 0;
     } catch (const std::exception& error) {
-        vor::print_line(stderr, fmt::format("vorsim: the page: {}", error.what()));
+        vor::print_line(stderr, fmt::format("vorsim-page: {}", error.what()));
         return 1;
     }
 }

@@ -20,7 +20,7 @@ constexpr std::size_t most_bytes = 1 << 20;
 constexpr std::size_t most_at_once = 1 << 16;
 constexpr std::size_t most_streams = 16;
 constexpr auto state_lasts = 200ms;
-constexpr int state_share = 10; // of its time the gateway spends at most one part on telling what it holds
+constexpr int state_share = 10; // the gateway spends at most one part in so many of its time on it
 constexpr std::uint16_t http_port = 80;
 constexpr auto between_beats = 2s;
 
@@ -42,7 +42,7 @@ constexpr File files[] = {
     {"/script.js", "script", "text/javascript; charset=utf-8"},
 };
 
-// Takes as long wherever they differ.
+// Takes the same time wherever they differ.
 bool equal_in_constant_time(std::string_view left, std::string_view right)
 {
     unsigned difference = left.size() == right.size() ? 0 : 1;
@@ -92,26 +92,26 @@ Site::Site(Loop& loop, int listener, Settings settings)
 void Site::watch()
 {
     try {
-        watch_ = std::make_unique<client::EventStream>("events");
-        loop_.watch(watch_->descriptor(), [this] { listen(); });
+        watch_ = std::make_unique<client::EventStream>("watch");
+        loop_.watch(watch_->descriptor(), [this] { receive(); });
     } catch (const std::exception&) {
-        watch_.reset(); // at the next beat again
+        watch_.reset(); // retried at the next beat
     }
 }
 
-void Site::listen()
+void Site::receive()
 {
     bool more = false;
     try {
-        more = watch_->read([this](client::EventStream::What what, std::string_view line) {
-            if (what == client::EventStream::What::message) {
+        more = watch_->read([this](client::EventStream::Kind kind, std::string_view line) {
+            if (kind == client::EventStream::Kind::message) {
                 const std::size_t blank = line.find(' ');
                 feed_.add(vor::number_in<std::uint64_t>(line.substr(0, blank)).value_or(0),
                           std::string(line.substr(blank + 1)));
             }
         });
     } catch (const std::exception&) {
-        more = false; // too many watch: at the next beat again
+        more = false; // too many clients watch: retried at the next beat
     }
     if (!more) {
         loop_.forget(watch_->descriptor());
@@ -120,24 +120,23 @@ void Site::listen()
     http_.wake();
 }
 
-// A name that resolves to this machine is no name of ours: another site's page could have made it.
+// Any other name that resolves to this machine may belong to another site's page.
 std::optional<Response> Site::refusal(const Request& request) const
 {
-    const std::string port =
-        settings_.port == http_port ? "" : fmt::format(":{}", settings_.port); // left out by clients
+    const std::string port = settings_.port == http_port ? "" : fmt::format(":{}", settings_.port); // browsers omit it
     const std::string hosts[] = {"127.0.0.1" + port, "localhost" + port};
     const auto ours = [&](std::string_view scheme, std::string_view name) {
         return std::ranges::any_of(hosts,
                                    [&](const std::string& host) { return name == fmt::format("{}{}", scheme, host); });
     };
     if (!ours("", request.host)) {
-        return Response{.status = forbidden, .body = fmt::format("this is {}, and no other host\n", hosts[0])};
+        return Response{.status = forbidden, .body = fmt::format("expected host {}\n", hosts[0])};
     }
     if (!request.origin.empty() && !ours("http://", request.origin)) {
-        return Response{.status = forbidden, .body = "another site's page is not answered\n"};
+        return Response{.status = forbidden, .body = "requests from other sites are refused\n"};
     }
     if (request.method != "GET" && request.method != "POST") {
-        return Response{.status = not_allowed, .body = "GET and POST are answered\n"};
+        return Response{.status = not_allowed, .body = "only GET and POST are supported\n"};
     }
     return {};
 }
@@ -154,7 +153,8 @@ Response Site::answer(const Request& request)
                 .body = std::string(std::ranges::find(page_files, file->stem, &vor::BuiltIn::stem)->text)};
     }
     if (!equal_in_constant_time(request.token, settings_.token)) {
-        return {.status = forbidden, .body = "the link's token is missing, or of another run of vorsim\n"};
+        return {.status = forbidden,
+                .body = "the link's token is missing or out of date; open the link that vorsim printed\n"};
     }
     if (reads && request.path == "/state") {
         return state();
@@ -164,10 +164,10 @@ Response Site::answer(const Request& request)
     }
     if (!reads && request.path == "/command") {
         return settings_.control
-                   ? obey(request.body)
-                   : Response{.status = forbidden, .body = "only to be looked at: --http-control was not given\n"};
+                   ? execute(request.body)
+                   : Response{.status = forbidden, .body = "read-only: vorsim was started without --http-control\n"};
     }
-    return {.status = not_found, .body = "there is no such page\n"};
+    return {.status = not_found, .body = "not found\n"};
 }
 
 Response Site::state()
@@ -190,16 +190,16 @@ Response Site::state()
 Response Site::events(const Request& request)
 {
     if (http_.streams() >= most_streams) {
-        return {.status = unavailable, .body = fmt::format("{} look on already\n", most_streams)};
+        return {.status = unavailable, .body = fmt::format("at most {} pages can be open\n", most_streams)};
     }
     const std::uint64_t seen = vor::number_in<std::uint64_t>(request.last_event).value_or(0);
     return {.type = "text/event-stream", .stream = [this, seen = seen]() mutable { return feed_.after(seen); }};
 }
 
-// What vorsim's own command line takes, as far as it switches.
-Response Site::obey(const std::string& command)
+// The commands of the command line that change the simulation.
+Response Site::execute(const std::string& command)
 {
-    state_due_ = {}; // what is asked next is asked about what this makes of it
+    state_due_ = {}; // the next request must see the effect
     const CommandRow* const row = command_named(first_word(command));
     if (row == nullptr || !row->on_page) {
         return {.status = bad_request, .body = "expected fault, stop, start, set or reset\n"};

@@ -1,4 +1,4 @@
-// site.hpp: what the page answers, and to whom.
+// site.hpp: the requests that the page answers, and whose.
 #pragma once
 
 #include <chrono>
@@ -13,13 +13,13 @@
 
 namespace vorsim::page {
 
-// The latest messages, as events: what is kept is bounded, however many look on, and however slowly.
+// The latest messages as events, up to a limit shared by all who read them.
 class Feed {
 public:
-    // How many were lost before it shows in the numbers.
+    // A gap in the numbers means dropped messages.
     void add(std::uint64_t number, std::string data);
 
-    // Some of what came after the message that was seen last, which then moves on; empty: nothing did.
+    // Some events after the one seen last, which moves on; empty: there are none.
     std::string after(std::uint64_t& seen) const;
 
 private:
@@ -35,7 +35,7 @@ private:
 struct Settings {
     std::uint16_t port{};
     std::string token;
-    bool control{}; // faults and managers can be switched
+    bool control{}; // the page may change faults and managers
 };
 
 class Site {
@@ -44,21 +44,21 @@ public:
 
 private:
     Response answer(const Request& request);
-    // What is against the request, if anything.
+    // Why the request is refused, if it is.
     std::optional<Response> refusal(const Request& request) const;
     Response state();
     Response events(const Request& request);
-    Response obey(const std::string& command);
-    // Listens to the gateway, again where that came to an end.
+    Response execute(const std::string& command);
+    // Watches the gateway; reconnects when it has to.
     void watch();
-    void listen();
+    void receive();
 
     Settings settings_;
     Loop& loop_;
     Feed feed_;
     std::unique_ptr<client::EventStream> watch_;
     Loop::Time next_beat_;
-    std::string state_; // as of a moment ago, for all who ask
+    std::string state_; // shared by all requests for a moment
     Loop::Time state_due_{};
     Http http_;
 };

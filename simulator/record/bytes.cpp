@@ -18,14 +18,14 @@ namespace {
 
 using MessageRows = std::vector<const MessageRow*>;
 
-constexpr std::string_view meaningless = "--"; // a byte that is not told
+constexpr std::string_view meaningless = "--"; // a byte that is not recorded
 
 bool is_secret(const Field& field)
 {
     return field.display == Display::secret;
 }
 
-// Whether a message of these rows may carry one, or carries one under this tag.
+// Whether a message of these rows may hold a secret, under this tag if given.
 bool may_hold_secret(const MessageRows& rows, std::optional<std::uint16_t> tag = {})
 {
     return std::ranges::any_of(rows, [tag](const MessageRow* row) {
@@ -35,8 +35,7 @@ bool may_hold_secret(const MessageRows& rows, std::optional<std::uint16_t> tag =
     });
 }
 
-// Behind a text's end, and where the message means nothing, lies what the
-// sender's buffer held before, perhaps the password of an earlier message.
+// Bytes after the end of a text and in unused places hold what was in the sender's buffer before, perhaps a password.
 std::string record_of(const MessageRows& rows, Bytes payload)
 {
     const Fitting found = fit(rows, payload);
@@ -129,7 +128,7 @@ std::string payload_record(const Message& message, bool accepted, bool show_secr
         if (!accepted && may_hold_secret(rows_of(message.id))) { // sent to the wrong manager
             return std::string(vor::mask);
         }
-        // Of no manager's: perhaps a known one's id, misspelt.
+        // An unknown message may be a known one with a wrong id.
         return accepted || !rows.empty() ? hex(message.payload) : masked_chain(rows, message.payload, false);
     }
     const Layout& layout = rows.front()->layout; // the rows of one message share its form
@@ -159,7 +158,7 @@ std::string konfd_record(std::string_view text, bool show_secrets)
     if (!std::holds_alternative<std::vector<konfd::Command>>(parsed)) {
         return hex(text.substr(0, first)) + std::string(vor::mask);
     }
-    // Between quotes stands what konfd itself masks.
+    // konfd masks quoted texts itself.
     std::string record;
     for (bool inside = false; !text.empty(); inside = !inside) {
         const std::size_t end = std::min(text.find('"'), text.size());

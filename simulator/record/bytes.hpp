@@ -1,8 +1,8 @@
-// bytes.hpp: messages as they travelled, with their secrets masked.
+// bytes.hpp: messages byte by byte, with their secrets masked.
 //
-// Bytes are written in hexadecimal. In place of a secret stands the mask, and
-// in place of its length too: a record that holds it cannot be sent again. "--"
-// is a byte that means nothing to the manager, and is sent again as 0.
+// Bytes are written in hexadecimal. The mask replaces a secret and its length: a record that holds it cannot be
+// replayed.
+// "--" is a byte without meaning to the manager, and is replayed as 0.
 #pragma once
 
 #include <cstdint>
@@ -18,16 +18,16 @@ namespace vorsim {
 
 std::string hex(std::span<const std::uint8_t> bytes);
 std::string hex(std::string_view text);
-// Nothing when the text is no bytes: masked, or damaged.
+// Nothing if the text is not bytes: masked or damaged.
 std::optional<std::string> bytes_of_hex(std::string_view text);
 bool is_masked(std::string_view text);
 
-// A message's payload. Of one that was refused nobody knows where its secret
-// stands, so that every text in it is masked if it may carry one.
+// A message's payload. Where the secret is in a refused message is unknown: every text in it is masked if it may hold
+// one.
 std::string payload_record(const Message& message, bool accepted, bool show_secrets);
-// What came without being a message that a manager judges.
+// A malformed or foreign datagram.
 std::string datagram_record(std::span<const std::uint8_t> datagram, bool show_secrets);
-// A text that konfd was sent.
+// A text sent to konfd.
 std::string konfd_record(std::string_view text, bool show_secrets);
 
 } // namespace vorsim

@@ -1,4 +1,4 @@
-// counters.hpp: what came of everything that reached the gateway.
+// counters.hpp: totals of everything that reached the gateway.
 #pragma once
 
 #include <cstdint>
@@ -11,22 +11,21 @@
 namespace vorsim {
 
 struct Counters {
-    std::uint64_t messages = 0; // that managers judged
-    std::uint64_t accepted = 0; // of messages and of konfd's texts
+    std::uint64_t messages = 0; // to managers, malformed and foreign ones excluded
+    std::uint64_t accepted = 0; // messages and konfd's texts
     std::uint64_t complained = 0;
-    std::uint64_t malformed = 0; // datagrams that are no message
-    std::uint64_t foreign = 0;   // messages that no manager is to judge
-    std::uint64_t faulted = 0;   // disturbed on command
+    std::uint64_t malformed = 0; // datagrams that are not messages
+    std::uint64_t foreign = 0;   // unexpected answers, messages to another SAP
+    std::uint64_t faulted = 0;
 
-    bool blameless() const { return complained + malformed + foreign == 0; }
+    bool all_valid() const { return complained + malformed + foreign == 0; }
 
-    // "2 messages, 0 complaints", and what else there was.
+    // "2 messages, 1 refused"
     std::string text() const
     {
-        std::string text =
-            fmt::format("{}, {}", vor::counted(messages, "message"), vor::counted(complained, "complaint"));
+        std::string text = vor::counted(messages, "message");
         for (const auto& [number, what] :
-             {std::pair{malformed, "malformed"}, {foreign, "foreign"}, {faulted, "faulted"}}) {
+             {std::pair{complained, "refused"}, {malformed, "malformed"}, {foreign, "foreign"}, {faulted, "faulted"}}) {
             text += number > 0 ? fmt::format(", {} {}", number, what) : "";
         }
         return text;

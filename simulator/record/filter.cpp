@@ -1,7 +1,5 @@
 #include "record/filter.hpp"
 
-#include <fmt/core.h>
-
 #include "tables/managers.hpp"
 
 namespace vorsim {
@@ -17,16 +15,6 @@ bool Filter::passes(const Record& record) const
     return (!manager || is_manager(*manager)) && (!call || *call == record.call) &&
            (!object || *object == record.object) &&
            (!source || (message && *source == std::to_string(record.source))) && (!complaints || complaint);
-}
-
-std::string filter_help()
-{
-    std::string text;
-    for (const auto& option : filter_options) {
-        text += fmt::format("{}[{}{}{}]", text.empty() ? "" : " ", option.name, option.value.empty() ? "" : " ",
-                            option.value);
-    }
-    return text;
 }
 
 } // namespace vorsim

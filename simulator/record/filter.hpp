@@ -1,4 +1,4 @@
-// filter.hpp: which records somebody wants to see.
+// filter.hpp: which records to show.
 #pragma once
 
 #include <optional>
@@ -14,7 +14,7 @@ struct Filter {
     std::optional<std::string> call;
     std::optional<std::string> object;
     std::optional<std::string> source;
-    bool complaints = false; // what --strict would not let pass
+    bool complaints = false; // only those that --strict reports
 
     bool passes(const Record& record) const;
 };
@@ -26,7 +26,5 @@ inline constexpr vor::OptionOf<Filter> filter_options[] = {
     {{"--source", "SAP", ""}, vor::taken_as<&Filter::source>},
     {{"--complaints", "", ""}, vor::taken_as<&Filter::complaints>},
 };
-// "[--manager NAME|SAP] ..."
-std::string filter_help();
 
 } // namespace vorsim

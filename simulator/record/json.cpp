@@ -20,7 +20,7 @@ struct Hexadecimal {
 template <class Number>
 Hexadecimal(Number&) -> Hexadecimal<Number>;
 
-// Has `visit` see each member in the order in which they are written: its name, its value, and whether it is written.
+// Calls `visit` with each member in the order in which they are written: name, value and whether it is written.
 template <class AnyRecord, class Visit>
 void each_member(AnyRecord& record, Visit visit, bool bytes)
 {
@@ -152,14 +152,14 @@ template <class Number>
 void read(const Json& json, Hexadecimal<Number> id)
 {
     const auto number = vor::number_in<std::uint32_t>(json.string());
-    id.number = number ? *number : throw vor::JsonError(fmt::format("{} is no id", vor::dump(json)));
+    id.number = number ? *number : throw vor::JsonError(fmt::format("{} is not an id", vor::dump(json)));
 }
 
 Record::Kind kind_of(const Json& json)
 {
-    constexpr std::pair<const char*, Record::Kind> told[] = {
+    constexpr std::pair<const char*, Record::Kind> kinds[] = {
         {"konfd", Record::Kind::konfd}, {"malformed", Record::Kind::malformed}, {"foreign", Record::Kind::foreign}};
-    for (const auto& [name, kind] : told) {
+    for (const auto& [name, kind] : kinds) {
         if (json.contains(name)) {
             return kind;
         }
@@ -167,8 +167,8 @@ Record::Kind kind_of(const Json& json)
     return Record::Kind::message;
 }
 
-// A record of the first version has no line of its own.
-std::string line_of_old(const Json& json, const Record& record)
+// Records of the first version have no line.
+std::string line_of_version_1(const Json& json, const Record& record)
 {
     const char* const end = json.contains("status") ? "status" : "answer";
     const std::string id = fmt::format("{:#x}", record.id);
@@ -256,7 +256,7 @@ Line read_line(std::string_view text)
         }
     }
     if (line.record.line.empty()) {
-        line.record.line = line_of_old(json, line.record);
+        line.record.line = line_of_version_1(json, line.record);
     }
     return line;
 }

@@ -1,4 +1,4 @@
-// json.hpp: records as lines of JSON, of the journal and of what is watched.
+// json.hpp: records as lines of JSON, in the journal and for watching clients.
 #pragma once
 
 #include <cstdint>
@@ -15,9 +15,9 @@ class Json;
 
 namespace vorsim {
 
-inline constexpr int journal_version = 2; // 1 had no first line of its own, and no bytes
+inline constexpr int journal_version = 2; // 1 had no header line and no bytes
 
-// What a journal begins with.
+// The first line of a journal.
 std::string journal_head(const std::string& time, std::uint64_t seed, bool show_secrets);
 
 enum class Extent : std::uint8_t { whole, without_bytes };
@@ -25,19 +25,19 @@ std::string json_line(const Record& record, Extent extent = Extent::whole);
 
 // A line that was read.
 struct Line {
-    std::string text{};                   // as it came
-    std::optional<std::string> version{}; // a journal begins, of this one
+    std::string text{};                   // as it was read
+    std::optional<std::string> version{}; // in the first line of a journal
     Record record{};                      // else
     std::string damage{};                 // what is wrong with it
-    bool complete = true;                 // a message says where it came from, where it went, and what it is
+    bool complete = true;                 // a message has its source, SAP and id
 };
-// Throws a JsonError for what is no JSON object.
+// Throws a JsonError for anything but a JSON object.
 Line read_line(std::string_view text);
-// The same line as vorsim writes it, whoever wrote it.
+// The line as vorsim formats JSON.
 std::string rewritten(const Line& line);
 
 vor::Json json_of(const std::vector<Value>& values);
-// Throws a JsonError for what is neither text nor whole number, nor a list of those.
+// Throws a JsonError for anything but a text, an integer or a list of those.
 std::variant<Scalar, List> data_of(const vor::Json& json);
 
 } // namespace vorsim

@@ -30,16 +30,15 @@ std::optional<JournalLine> JournalReader::next()
         try {
             line = read_line(*text);
         } catch (const std::exception&) {
-            throw std::runtime_error(fmt::format("{}:{}: no record of a journal", path_, file_.number()));
+            throw std::runtime_error(fmt::format("{}:{}: not a journal record", path_, file_.number()));
         }
         if (!line.version) {
             return JournalLine{std::move(line), file_.number(), version_};
         }
         const auto* const known = std::ranges::find(versions, *line.version);
         if (known == std::end(versions)) {
-            throw std::runtime_error(
-                fmt::format("{}:{}: a journal of version {}, which this vorsim does not know: it reads 1 to {}", path_,
-                            file_.number(), *line.version, journal_version));
+            throw std::runtime_error(fmt::format("{}:{}: journal version {} is not supported, expected 1 to {}", path_,
+                                                 file_.number(), *line.version, journal_version));
         }
         version_ = static_cast<int>(known - versions) + 1;
     }

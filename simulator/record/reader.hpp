@@ -12,16 +12,16 @@ namespace vorsim {
 
 struct JournalLine : Line {
     std::uint64_t number{};
-    int of_version{}; // the journal that it stands in
+    int of_version{}; // of its journal
 };
 
 class JournalReader {
 public:
-    // Throws when there is no such file.
+    // Throws if the file cannot be read.
     explicit JournalReader(const std::string& path);
 
-    // Throws, with file and line, for what is no record, and for a journal of
-    // a version that is not known. A last line that was never finished is none.
+    // Throws, with file and line, for anything but a record and for an unknown version. An unfinished last line is
+    // skipped.
     std::optional<JournalLine> next();
     bool torn() const { return file_.torn(); }
     std::string place(const JournalLine& line) const;

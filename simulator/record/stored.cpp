@@ -17,7 +17,7 @@ using vor::Json;
 
 namespace {
 
-// The values of the row; none where one is missing, or one is not the row's. A list that held nothing was not shown.
+// The values of the row; none if one is missing or unknown. Empty lists are left out.
 std::optional<std::vector<Value>> values_of(const MessageRow& row, const Json& json)
 {
     std::vector<std::pair<const Field*, const Json*>> held;
@@ -46,7 +46,7 @@ std::optional<std::vector<Value>> values_of(const MessageRow& row, const Json& j
     return values;
 }
 
-// None: no message of this manager is such a call.
+// None: the manager has no such call.
 std::optional<Decoded> stored_call(std::uint16_t sap, const std::string& object, const std::string& call,
                                    const Json& json)
 {
@@ -67,12 +67,11 @@ void store_lines(konfd::Konfd& konfd, const Json& lines, const std::string& path
         const std::string& line = one.at("line").string();
         if (line.ends_with(vor::mask) && konfd::without_secret(line) == line && line != vor::mask) {
             throw std::runtime_error(
-                fmt::format("konfd's line \"{}\" is masked (--show-secrets writes a state that can be loaded)", line));
+                fmt::format("konfd's line \"{}\" is masked (write the state with --show-secrets)", line));
         }
         const std::string command = fmt::format("-s -l \"{}\" -p {}{}", line, one.value("priority", 0), path);
         if (depth > 16 || konfd.execute(command).answer != "-o\n") {
-            throw std::runtime_error(
-                fmt::format("konfd's line {} cannot be stored", vor::quoted(line, longest_in_line)));
+            throw std::runtime_error(fmt::format("cannot store konfd's line {}", vor::quoted(line, longest_in_line)));
         }
         if (const Json* const under = one.find("under")) {
             store_lines(konfd, *under, fmt::format("{} \"{}\"", path, line), depth + 1);
@@ -139,7 +138,7 @@ Json json_of(const std::vector<faults::RuleList::Listed>& rules)
         all.push_back({{"number", rule.number},
                        {"rule", rule.rule},
                        {"acted", rule.acted},
-                       {"concerned", rule.concerned},
+                       {"concerned", rule.matched},
                        {"over", rule.over}});
     }
     return all;
@@ -155,10 +154,10 @@ State stored_state(const Json& held)
                 auto decoded = stored_call(sap, object, call, values);
                 if (!decoded) {
                     throw std::runtime_error(
-                        fmt::format("{}/{}: no message of this manager is {} with these values", key, object, call));
+                        fmt::format("{}/{}: unknown call {} with these values", key, object, call));
                 }
                 if (!state.keep(std::move(*decoded))) {
-                    throw std::runtime_error("the state is more than can be kept");
+                    throw std::runtime_error("the state is too large");
                 }
             }
         }

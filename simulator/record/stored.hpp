@@ -1,4 +1,4 @@
-// stored.hpp: all that the gateway holds as JSON, and read back from it.
+// stored.hpp: the gateway's state, written and read as JSON.
 #pragma once
 
 #include <cstdint>
@@ -23,9 +23,9 @@ vor::Json json_of(const std::vector<faults::RuleList::Listed>& rules);
 // The document of a state file.
 vor::Json json_of(const Counters& counters, std::uint64_t lines_lost, const State& state, const konfd::Konfd& konfd);
 
-// Both throw for what is no such state, and say where.
+// Both throw for anything but such a state, with the place.
 State stored_state(const vor::Json& held);
-// What was masked cannot be stored again.
+// Masked lines cannot be stored.
 void store_konfd(konfd::Konfd& konfd, const vor::Json& lines);
 
 } // namespace vorsim

@@ -1,4 +1,4 @@
-// command.hpp: a command that was read: what is to be done about it.
+// command.hpp: a command that was read.
 #pragma once
 
 #include <chrono>
@@ -15,7 +15,7 @@ class Messages;
 class Recorder;
 struct World;
 
-// What commands are about.
+// What commands act on.
 struct Running {
     World& world;
     Messages& messages;
@@ -24,12 +24,11 @@ struct Running {
     bool konfd_served = false;
 };
 
-// Answered at once; what it throws is the answer, too.
+// Answered at once: with the result, or with the error that it throws.
 using Request = std::function<std::string(Running& running)>;
 
 struct WatchRequest {
-    enum class As : std::uint8_t { line, json, event }; // an event: its number, a blank, and JSON without the bytes
-    As as = As::line;
+    bool json = false; // with the bytes
     Filter filter;
 };
 struct Wait {

@@ -15,13 +15,13 @@
 #include "tables/managers.hpp"
 #include "text/json.hpp"
 #include "text/parse.hpp"
+#include "text/screen.hpp"
 #include "text/text.hpp"
 
 namespace vorsim {
 namespace {
 
 using vor::Json;
-using Carries = CommandRow::Carries;
 
 constexpr std::size_t longest_line = 4000;
 
@@ -39,7 +39,7 @@ void expect_none(std::string_view text)
     operands_in(text).end();
 }
 
-// The lines that concern one manager, or one of its objects.
+// The lines of one manager, or of one of its objects.
 std::string section(const std::string& text, const std::string& manager, const std::string& object)
 {
     std::string found;
@@ -50,7 +50,7 @@ std::string section(const std::string& text, const std::string& manager, const s
         const std::string_view line(text.data() + begin, end - begin);
         begin = end;
         if (!line.starts_with(" ")) {
-            in_manager = line.substr(0, line.find_first_of("(\n")) == manager;
+            in_manager = line.substr(0, line.size() - 1) == manager;
         } else if (in_manager && !line.starts_with("   ") && !object.empty()) {
             in_object = line.substr(2, line.size() - 3) == object;
         }
@@ -59,10 +59,10 @@ std::string section(const std::string& text, const std::string& manager, const s
     return found;
 }
 
-Json held_by(const Running& running)
+Json state_of(const Running& running)
 {
     const World& world = running.world;
-    return json_of(world.counters, running.recorder.lines_lost(), world.gateway.state(), world.konfd);
+    return json_of(world.counters, running.recorder.lines_dropped(), world.gateway.state(), world.konfd);
 }
 
 struct Show {
@@ -70,10 +70,9 @@ struct Show {
     std::string manager; // empty: all
     std::string object;
 
-    std::runtime_error nothing_held() const
+    std::runtime_error not_found() const
     {
-        return std::runtime_error(
-            fmt::format("nothing is held for {}{}{}", manager, object.empty() ? "" : "/", object));
+        return std::runtime_error(fmt::format("no settings of {}{}{}", manager, object.empty() ? "" : "/", object));
     }
     std::string text(const Running& running) const;
     std::string document(const Running& running) const;
@@ -85,23 +84,23 @@ std::string Show::text(const Running& running) const
     const std::string lines = world.konfd.text({}, 1);
     const std::string all = world.gateway.state().text() + (lines.empty() ? "" : "konfd\n" + lines);
     if (manager.empty()) {
-        const std::uint64_t lost = running.recorder.lines_lost();
+        const std::uint64_t dropped = running.recorder.lines_dropped();
         return fmt::format("vorsim: {}{}\n{}", world.counters.text(),
-                           lost > 0 ? fmt::format(", {} lost", vor::counted(lost, "line")) : "", all);
+                           dropped > 0 ? fmt::format(", {} dropped", vor::counted(dropped, "line")) : "", all);
     }
     std::string part = section(all, manager, object);
-    return std::ranges::count(part, '\n') >= 2 ? part : throw nothing_held();
+    return std::ranges::count(part, '\n') >= 2 ? part : throw not_found();
 }
 
 std::string Show::document(const Running& running) const
 {
-    Json shown = held_by(running);
+    Json shown = state_of(running);
     if (manager == "konfd") {
         shown = Json(shown["konfd"]);
     } else if (!manager.empty()) {
         const Json held = shown["managers"];
         if (!held.contains(manager) || (!object.empty() && !held[manager]["objects"].contains(object))) {
-            throw nothing_held();
+            throw not_found();
         }
         shown = object.empty() ? held[manager] : held[manager]["objects"][object];
     }
@@ -116,10 +115,10 @@ Command read_show(std::string_view text)
         if (operands.take_option(options, show)) {
             continue;
         }
-        if (operands.front().starts_with("-") || !show.manager.empty()) {
-            throw UsageError(fmt::format("show takes --json and one MANAGER[/OBJECT], not \"{}\"", operands.front()));
+        if (!show.manager.empty()) {
+            operands.end();
         }
-        const std::string what = operands.take();
+        const std::string what = operands.take("MANAGER");
         const std::size_t slash = std::min(what.find('/'), what.size());
         show.manager = what.substr(0, slash);
         show.object = what.substr(std::min(slash + 1, what.size()));
@@ -127,17 +126,17 @@ Command read_show(std::string_view text)
     return [show](Running& running) { return show.json ? show.document(running) : show.text(running); };
 }
 
-// The state, and beside it who is served and the faults in force.
+// The state, the managers that are served and the faults in force.
 Command read_overview(std::string_view text)
 {
     expect_none(text);
     return [](Running& running) {
-        Json all = held_by(running);
+        Json all = state_of(running);
         std::map<std::uint16_t, bool> served;
         for (const Manager& manager : managers) {
             served[manager.sap] = false;
         }
-        for (const auto& [sap, inlet] : running.messages.served()) {
+        for (const auto& [sap, endpoint] : running.messages.served()) {
             served[sap] = true;
         }
         for (const auto& [sap, is_served] : served) {
@@ -151,28 +150,21 @@ Command read_overview(std::string_view text)
 
 Command read_watch(std::string_view text)
 {
-    static constexpr vor::OptionOf<WatchRequest> options[] = {
-        {{"--json", "", ""}, [](WatchRequest& watch, std::string_view) { watch.as = WatchRequest::As::json; }}};
+    static constexpr vor::OptionOf<WatchRequest> options[] = {{{"--json", "", ""}, vor::taken_as<&WatchRequest::json>}};
     WatchRequest watch;
     for (vor::Operands operands = operands_in(text); !operands.empty();) {
         if (!operands.take_option(options, watch) && !operands.take_option(filter_options, watch.filter)) {
-            throw UsageError(fmt::format("watch takes --json and {}, not \"{}\"", filter_help(), operands.front()));
+            operands.refuse();
         }
     }
     return watch;
-}
-
-Command read_events(std::string_view text)
-{
-    expect_none(text);
-    return WatchRequest{.as = WatchRequest::As::event, .filter = {}};
 }
 
 void take_within(Wait& wait, std::string_view text)
 {
     const auto time = vor::time_in(text);
     if (!time) {
-        throw UsageError(fmt::format("--within is \"{}\": must be a time such as 500ms, 10s or 2m", text));
+        throw UsageError(fmt::format("--within must be a time such as 500ms, 10s or 2m, not \"{}\"", text));
     }
     wait.within = *time;
 }
@@ -185,7 +177,7 @@ Command read_wait(std::string_view text)
     Wait wait;
     for (vor::Operands operands = operands_in(text); !operands.empty();) {
         if (!operands.take_option(options, wait)) {
-            throw UsageError(fmt::format("wait takes --call, --object and --within, not \"{}\"", operands.front()));
+            operands.refuse();
         }
     }
     return !wait.call.empty() ? wait : throw UsageError("wait needs --call NAME");
@@ -205,7 +197,7 @@ void load(World& world, const std::string& file, const std::string& text)
 {
     const Json document = Json::read(text).value_or(Json());
     if (!document.is_object() || document.value("schema", 0) != 1) {
-        throw std::runtime_error(fmt::format("{} is no state of a schema that is known (1)", file));
+        throw std::runtime_error(fmt::format("{} is not a state file of schema 1", file));
     }
     State state = stored_state(document.at("managers"));
     konfd::Konfd konfd(world.settings_of_konfd);
@@ -216,7 +208,7 @@ void load(World& world, const std::string& file, const std::string& text)
     world.konfd = std::move(konfd);
 }
 
-// Without the document, the file could not be read.
+// Without a document: the client could not read the file.
 Command read_load(std::string_view text)
 {
     const std::size_t end = std::min(text.find('\n'), text.size());
@@ -225,7 +217,7 @@ Command read_load(std::string_view text)
     operands.end();
     return [file, document = std::string(text.substr(end))](Running& running) {
         if (document.empty()) {
-            throw std::runtime_error(fmt::format("cannot read the state {}", file));
+            throw std::runtime_error(fmt::format("cannot read {}", file));
         }
         load(running.world, file, document.substr(1));
         return std::string();
@@ -238,43 +230,28 @@ Command read_quit(std::string_view text)
     return Quit();
 }
 
-// How the gateway behaves from now on.
-Command switching(Request act)
-{
-    return [act = std::move(act)](Running& running) {
-        try {
-            return act(running);
-        } catch (const std::exception& error) {
-            throw std::runtime_error(fmt::format("not done: {}", error.what()));
-        }
-    };
-}
-
-// "fault add RULE, fault list or fault clear [N]"
-[[noreturn]] void expect_form(std::string_view command)
+// Lists the commands that begin with the word.
+[[noreturn]] void expect_form(std::string_view word)
 {
     std::vector<std::string> forms;
     for (const CommandRow& row : command_rows()) {
-        if (first_word(row.name) == command) {
+        if (first_word(row.name) == word) {
             forms.push_back(fmt::format("{}{}{}", row.name, row.operands.empty() ? "" : " ", row.operands));
         }
     }
-    std::string text = forms.front();
-    for (std::size_t at = 1; at < forms.size(); ++at) {
-        text += (at + 1 < forms.size() ? ", " : " or ") + forms[at];
-    }
-    throw UsageError(fmt::format("expected {}", text));
+    throw UsageError(fmt::format("expected {}", vor::either(forms)));
 }
 
 Command read_add_fault(std::string_view text)
 {
     try {
-        return switching([rule = faults::parse_rule(text)](Running& running) {
-            return fmt::format("fault {} is in force\n",
-                               running.world.faults.add(rule, std::chrono::steady_clock::now()));
-        });
-    } catch (const faults::RuleError& complaint) {
-        throw UsageError(fmt::format("fault add: column {} of the rule: {}", complaint.column, complaint.what()));
+        return [rule = faults::parse_rule(text)](Running& running) {
+            return fmt::format("fault {} added\n", running.world.faults.add(rule, std::chrono::steady_clock::now()));
+        };
+    } catch (const faults::RuleError& error) {
+        const std::string_view front = text.substr(0, error.column - 1);
+        throw UsageError(fmt::format("column {}: {}\n  {}\n  {:{}}^", error.column, error.what(), vor::printable(text),
+                                     "", vor::columns_of(vor::printable(front))));
     }
 }
 
@@ -283,10 +260,10 @@ Command read_list_faults(std::string_view text)
     if (!text.empty()) {
         expect_form("fault");
     }
-    return switching([](Running& running) {
+    return [](Running& running) {
         const std::string faults = running.world.faults.text(std::chrono::steady_clock::now());
         return faults.empty() ? "no faults\n" : faults;
-    });
+    };
 }
 
 Command read_clear_faults(std::string_view text)
@@ -295,76 +272,65 @@ Command read_clear_faults(std::string_view text)
     if (!number && !text.empty()) {
         expect_form("fault");
     }
-    return switching([number](Running& running) -> std::string {
+    return [number](Running& running) -> std::string {
         if (!number) {
             running.world.faults.clear();
             return "no faults\n";
         }
-        return running.world.faults.clear(*number)
-                   ? fmt::format("fault {} is cleared\n", *number)
-                   : throw std::runtime_error(fmt::format("there is no fault {}", *number));
-    });
-}
-
-std::uint16_t manager_in(std::string_view command, std::string_view name)
-{
-    const auto sap = faults::sap_named(name);
-    if (!sap) {
-        throw UsageError(fmt::format("{} takes a manager's name or its SAP, not \"{}\"", command, vor::escaped(name)));
-    }
-    return *sap;
+        return running.world.faults.clear(*number) ? fmt::format("fault {} cleared\n", *number)
+                                                   : throw std::runtime_error(fmt::format("no fault {}", *number));
+    };
 }
 
 Command read_stop(std::string_view text)
 {
-    return switching([sap = manager_in("stop", text)](Running& running) {
+    return [sap = manager_of("stop", text)](Running& running) {
         running.messages.stop(sap);
-        return fmt::format("{} is stopped\n", manager_key(sap));
-    });
+        return fmt::format("{} stopped\n", manager_key(sap));
+    };
 }
 
 Command read_start(std::string_view text)
 {
-    return switching([sap = manager_in("start", text)](Running& running) {
+    return [sap = manager_of("start", text)](Running& running) {
         running.messages.start(sap);
-        return fmt::format("{} is served\n", manager_key(sap));
-    });
+        return fmt::format("{} started\n", manager_key(sap));
+    };
 }
 
 Command read_setting(std::string_view text)
 {
     try {
-        return switching([setting = parse_setting(text)](Running& running) {
+        return [setting = parse_setting(text)](Running& running) {
             setting.apply(running.world.gateway.measurements());
-            return fmt::format("{}\n", setting.said);
-        });
+            return fmt::format("{}\n", setting.result);
+        };
     } catch (const std::exception& error) {
-        throw UsageError(fmt::format("set: {}", error.what()));
+        throw UsageError(error.what());
     }
 }
 
 constexpr CommandRow rows[] = {
-    {"show", "[--json] [MANAGER[/OBJECT]]", "print what the running gateway has been told", read_show},
+    {"show", "[--json] [MANAGER[/OBJECT]]", "print the settings that the managers hold", read_show},
+    {"watch", "", "", read_watch},
+    {"wait", "--call NAME [--object O] [--within T]", "wait for such a message (T: 500ms, 2m; default 10s)", read_wait},
     {"overview", "", "", read_overview},
-    {"watch", "[--json] [FILTER]...", "print its messages as they come", read_watch, Carries::stream},
-    {"events", "", "", read_events, Carries::stream},
-    {"wait", "--call NAME [--object O] [--within T]", "until such a message came (T: 500ms, 10s, 2m; default 10s)",
-     read_wait},
-    {"reset", "", "let it forget everything, counters included", read_reset, Carries::line, true},
-    {"load", "FILE", "let it hold what a state file holds", read_load, Carries::document},
-    {"quit", "", "stop it, and wait for its end", read_quit},
-    {"fault add", "RULE", "have it fail, as in \"canmgr: status 7, twice\"", read_add_fault, Carries::line, true, true},
-    {"fault list", "", "its rules, with how often each acted", read_list_faults, Carries::line, true, true},
-    {"fault clear", "[N]", "take one away, or all", read_clear_faults, Carries::line, true, true},
-    {"stop", "MANAGER", "the manager is gone, until it is started", read_stop, Carries::line, true, true},
-    {"start", "MANAGER", "it is there again", read_start, Carries::line, true, true},
+    {"fault add", "RULE", "add a fault rule such as \"canmgr: status 7, twice\"", read_add_fault, true, true},
+    {"fault list", "", "list the rules and how often each one acted", read_list_faults, true, true},
+    {"fault clear", "[N]", "remove rule N, or all rules", read_clear_faults, true, true},
+    {"stop", "MANAGER", "take a manager down", read_stop, true, true},
+    {"start", "MANAGER", "bring a manager back", read_start, true, true},
     {"set", "READING VALUE",
-     "as in \"temperature 850\", \"port 3 polling_count 0\"; \"temperature wander\"\n"
-     "           lets it go, \"counting 100\" has all counters count so many times as fast",
-     read_setting, Carries::line, true, true},
+     "set a reading: temperature 850, port 3 polling_count 0\n"
+     "\"temperature wander\" releases it, \"counting 100\" makes\n"
+     "counters run 100 times as fast",
+     read_setting, true, true},
+    {"reset", "", "clear all settings, readings and counters", read_reset, true},
+    {"load", "FILE", "replace the settings by those of a state file", read_load, false, false, true},
+    {"quit", "", "stop the gateway and wait for its end", read_quit},
 };
 
-// Whether the line is of that name, which is then taken off.
+// Removes the name from the line, where it begins with it.
 bool take_name(std::string_view& line, std::string_view name)
 {
     const bool begins = line.starts_with(name) && (line.size() == name.size() || line[name.size()] == ' ');
@@ -392,7 +358,7 @@ const CommandRow* command_named(std::string_view word)
 
 void refuse_line()
 {
-    throw UsageError(fmt::format("a command has at most {} bytes and no control characters", longest_line));
+    throw UsageError(fmt::format("a command must not exceed {} bytes or hold control characters", longest_line));
 }
 
 Command parse_command(std::string_view request)
@@ -405,8 +371,8 @@ Command parse_command(std::string_view request)
             if (!take_name(operands, row.name)) {
                 continue;
             }
-            const bool carries = row.carries == Carries::document;
-            if ((row.sentence && (line.size() > longest_line || std::ranges::any_of(line, is_control))) ||
+            const bool carries = row.carries_document;
+            if ((row.raw && (line.size() > longest_line || std::ranges::any_of(line, is_control))) ||
                 (!carries && line.size() != request.size())) {
                 refuse_line();
             }
@@ -418,7 +384,7 @@ Command parse_command(std::string_view request)
     if (command_named(first_word(line)) != nullptr) {
         expect_form(first_word(line));
     }
-    throw UsageError(fmt::format("\"{}\" is nothing that can be asked for", vor::escaped(first_word(line))));
+    throw UsageError(fmt::format("unknown request \"{}\"", vor::escaped(first_word(line))));
 }
 
 } // namespace vorsim

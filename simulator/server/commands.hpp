@@ -1,4 +1,4 @@
-// commands.hpp: what a running gateway is asked and told, as a line: one table, one parser.
+// commands.hpp: the commands of a running gateway: one table, one parser.
 #pragma once
 
 #include <cstdint>
@@ -10,26 +10,23 @@
 namespace vorsim {
 
 struct CommandRow {
-    // What goes over the connection besides an answer.
-    enum class Carries : std::uint8_t { line, document, stream };
-
-    std::string_view name; // of one word or two
+    std::string_view name; // one word or two
     std::string_view operands;
-    std::string_view about;                     // empty: a program's to ask for
-    Command (*read)(std::string_view operands); // with a line end and the document behind them, where one is carried
-    Carries carries = Carries::line;
-    bool on_page = false;  // a page that may switch may do so
-    bool sentence = false; // the operands are taken as they stand, else they are words
+    std::string_view about;                     // empty: for programs only
+    Command (*read)(std::string_view operands); // with a line end and the document, if one is carried
+    bool on_page = false;                       // allowed to a page with --http-control
+    bool raw = false;                           // the operands are one text, else words
+    bool carries_document = false;              // the file that its operand names
 };
 
 std::span<const CommandRow> command_rows();
-// The first row whose name is the word, or begins with it; null: there is none.
+// The first row whose name begins with the word; null: there is none.
 const CommandRow* command_named(std::string_view word);
 std::string_view first_word(std::string_view line);
 
-// Throws the UsageError about a line that cannot be taken as one.
+// Throws the UsageError about a line that is too long or holds control characters.
 [[noreturn]] void refuse_line();
-// Reads a line and, behind its end, the document that it carries. Throws a UsageError.
+// Reads a line and the document after its end, if it carries one. Throws a UsageError.
 Command parse_command(std::string_view request);
 
 } // namespace vorsim

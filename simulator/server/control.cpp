@@ -21,14 +21,13 @@ namespace {
 
 constexpr std::size_t most_control_clients = 16;
 constexpr std::ptrdiff_t most_watching = 12;
-constexpr std::size_t longest_request = 1 << 23;
-constexpr std::size_t most_unread = 1 << 18; // of one that watches
+constexpr std::size_t most_unread = 1 << 18; // of a watching client
 constexpr std::size_t most_seen = 4096;
 constexpr char end_of_request = '\0';
 
-bool is_of(const Wait& wanted, const std::string& call, const std::string& object)
+bool matches(const Wait& wait, const std::string& call, const std::string& object)
 {
-    return wanted.call == call && (wanted.object.empty() || wanted.object == object);
+    return wait.call == call && (wait.object.empty() || wait.object == object);
 }
 
 } // namespace
@@ -36,7 +35,7 @@ bool is_of(const Wait& wanted, const std::string& call, const std::string& objec
 std::string directory()
 {
     const char* const directory = vorinfra_directory();
-    return directory != nullptr ? directory : throw UsageError("the platform directory cannot be used");
+    return directory != nullptr ? directory : throw UsageError("cannot use the platform directory");
 }
 
 std::string control_path(const std::string& directory)
@@ -71,8 +70,8 @@ void Control::read_request(int descriptor)
     if (size < 0 && (errno == EAGAIN || errno == EINTR)) {
         return;
     }
-    if (size <= 0 || client.wish != Wish::answer) {
-        drop_client(descriptor); // it has left, or talks into what it watches
+    if (size <= 0 || client.mode != Mode::answer) {
+        drop_client(descriptor); // it is gone, or sends while it watches
         return;
     }
     client.active = std::chrono::steady_clock::now();
@@ -91,28 +90,28 @@ void Control::read_request(int descriptor)
 
 bool Control::answer_all()
 {
-    for (const int descriptor : std::exchange(connection_, std::exchange(fresh_, {}))) {
+    for (const int descriptor : std::exchange(requested_, std::exchange(fresh_, {}))) {
         const auto client = clients_.find(descriptor);
         if (client != clients_.end()) {
             client->second.output = answer_to(client->second, std::exchange(client->second.input, {}));
             write_some(descriptor);
         }
     }
-    return !connection_.empty();
+    return !requested_.empty();
 }
 
 std::string Control::answer_to(Client& client, const std::string& request)
 {
     try {
         const Command command = parse_(request);
-        if (const auto* const wanted = std::get_if<WatchRequest>(&command)) {
-            return watch(client, *wanted);
+        if (const auto* const request_to_watch = std::get_if<WatchRequest>(&command)) {
+            return watch(client, *request_to_watch);
         }
-        if (const auto* const wanted = std::get_if<Wait>(&command)) {
-            return wait(client, *wanted);
+        if (const auto* const request_to_wait = std::get_if<Wait>(&command)) {
+            return wait(client, *request_to_wait);
         }
         if (std::holds_alternative<Quit>(command)) {
-            client.wish = Wish::one; // its connection tells by its end that all is over
+            client.mode = Mode::wait; // until the process ends, and the connection with it
             loop_.stop();
             return "+";
         }
@@ -120,45 +119,45 @@ std::string Control::answer_to(Client& client, const std::string& request)
     } catch (const UsageError& error) {
         return fmt::format("?{}\n", error.what());
     } catch (const vor::JsonError&) {
-        return "-the request cannot be understood\n";
+        return "-invalid request\n";
     } catch (const std::exception& error) {
         return fmt::format("-{}\n", error.what());
     }
 }
 
-void Control::make_room_for_one_more() const
+void Control::limit_watching() const
 {
-    const auto watches = [](const auto& one) { return one.second.wish != Wish::answer; };
+    const auto watches = [](const auto& one) { return one.second.mode != Mode::answer; };
     if (std::ranges::count_if(clients_, watches) == most_watching) {
-        throw std::runtime_error(fmt::format("{} watch or wait already", most_watching));
+        throw std::runtime_error(fmt::format("at most {} clients can watch or wait", most_watching));
     }
 }
 
-std::string Control::watch(Client& client, const WatchRequest& wanted)
+std::string Control::watch(Client& client, const WatchRequest& request)
 {
-    make_room_for_one_more();
-    client.wish = Wish::all;
-    client.all = wanted;
+    limit_watching();
+    client.mode = Mode::watch;
+    client.watch = request;
     return "+\n";
 }
 
-std::string Control::wait(Client& client, const Wait& wanted)
+std::string Control::wait(Client& client, const Wait& request)
 {
-    make_room_for_one_more();
+    limit_watching();
     const bool there =
-        std::ranges::any_of(seen_, [&](const auto& one) { return is_of(wanted, one.first, one.second); });
+        std::ranges::any_of(seen_, [&](const auto& one) { return matches(request, one.first, one.second); });
     if (there) {
         return "+";
     }
-    client.wish = Wish::one;
-    client.one = wanted;
-    return fmt::format("~{0} no {1}{2}{3} within {0} ms\n", wanted.within.count(), wanted.call,
-                       wanted.object.empty() ? "" : " of ", wanted.object);
+    client.mode = Mode::wait;
+    client.wait = request;
+    return fmt::format("~{0} no {1}{2}{3} within {0} ms\n", request.within.count(), request.call,
+                       request.object.empty() ? "" : " of ", request.object);
 }
 
 bool Control::is_watched() const
 {
-    return std::ranges::any_of(clients_, [](const auto& one) { return one.second.wish == Wish::all; });
+    return std::ranges::any_of(clients_, [](const auto& one) { return one.second.mode == Mode::watch; });
 }
 
 void Control::note(const std::string& call, const std::string& object)
@@ -169,8 +168,8 @@ void Control::note(const std::string& call, const std::string& object)
     for (auto next = clients_.begin(); next != clients_.end();) {
         const int descriptor = next->first;
         Client& client = (next++)->second; // writing may drop it
-        if (client.wish == Wish::one && !call.empty() && is_of(client.one, call, object)) {
-            client.wish = Wish::answer;
+        if (client.mode == Mode::wait && !call.empty() && matches(client.wait, call, object)) {
+            client.mode = Mode::answer;
             client.output += "+";
             write_some(descriptor);
         }
@@ -179,31 +178,23 @@ void Control::note(const std::string& call, const std::string& object)
 
 void Control::publish(const Record& record, const std::string& json)
 {
-    const auto text_for = [&](const WatchRequest& wanted) {
-        switch (wanted.as) {
-        case WatchRequest::As::json:
-            return json;
-        case WatchRequest::As::event:
-            return fmt::format("{} {}", record.seq, json_line(record, Extent::without_bytes));
-        default:
-            return record.line;
-        }
-    };
     for (auto next = clients_.begin(); next != clients_.end();) {
         const int descriptor = next->first;
         Client& client = (next++)->second; // writing may drop it
-        if (client.wish != Wish::all || !client.all.filter.passes(record)) {
+        if (client.mode != Mode::watch || !client.watch.filter.passes(record)) {
             continue;
         }
-        const std::string line = fmt::format("+{}\n", text_for(client.all));
+        const std::string line = client.watch.json
+                                     ? fmt::format("+{}\n", json)
+                                     : fmt::format("+{} {}\n", record.seq, json_line(record, Extent::without_bytes));
         if (client.output.size() + line.size() > most_unread) {
-            ++client.lost;
+            ++client.dropped;
             continue;
         }
         const bool idle = client.output.empty();
-        if (client.lost > 0) {
-            client.output += fmt::format("!vorsim: {} not shown: not read in time\n",
-                                         vor::counted(std::exchange(client.lost, 0), "message"));
+        if (client.dropped > 0) {
+            client.output += fmt::format("!vorsim: {} dropped: output not read\n",
+                                         vor::counted(std::exchange(client.dropped, 0), "line"));
         }
         client.output += line;
         if (idle) {
@@ -224,7 +215,7 @@ void Control::write_some(int descriptor)
     client.output.erase(0, static_cast<std::size_t>(std::max<ssize_t>(sent, 0)));
     if (!client.output.empty()) {
         loop_.watch_writing(descriptor, [this, descriptor] { write_some(descriptor); });
-    } else if (client.wish == Wish::answer) {
+    } else if (client.mode == Mode::answer) {
         drop_client(descriptor);
     } else {
         loop_.watch(descriptor, [this, descriptor] { read_request(descriptor); });
@@ -235,7 +226,7 @@ void Control::drop_client(int descriptor)
 {
     loop_.forget(descriptor);
     std::erase(fresh_, descriptor);
-    std::erase(connection_, descriptor);
+    std::erase(requested_, descriptor);
     clients_.erase(descriptor);
 }
 

@@ -1,12 +1,13 @@
-// control.hpp: how the running gateway is asked, watched and told.
+// control.hpp: the control socket of the running gateway.
 //
-// A request is a command's line, the document that it carries behind the line's end, and a zero byte. The answer begins
-// with a byte that says what it is, and goes on to the connection's end:
-//   +  what was asked for
-//   -  why it was not done
-//   ?  why the command is not understood
-//   ~  a line: how many milliseconds it may take until one of the above follows, a blank, and why there is none then
-// Who watches gets lines after the first: + and a message, or ! and what is to be known beside them.
+// A request is a command's line, after the line's end the document that it carries, and a zero byte. The answer begins
+// with a byte that gives its kind, and ends with the connection:
+//   +  the result
+//   -  an error
+//   ?  a usage error
+//   ~  a line: the milliseconds until one of the above follows, a space, and the error if none does
+// A watching client gets more lines: + and a message (its number, a space and JSON without bytes; with --json the whole
+// JSON), or ! and a remark.
 #pragma once
 
 #include <map>
@@ -21,6 +22,8 @@
 
 namespace vorsim {
 
+inline constexpr std::size_t longest_request = 1 << 23;
+
 // The platform's directory. Throws a UsageError when it cannot be used.
 std::string directory();
 // The control socket of the gateway in this directory.
@@ -32,27 +35,27 @@ public:
 
     Control(Loop& loop, Running& running, Parse parse) : loop_(loop), running_(running), parse_(parse) {}
 
-    // Throws InUse where another gateway does.
+    // Throws InUse when another gateway does.
     void listen(const std::string& path);
 
-    // A message for those who wait for it, its record for those who watch.
+    // Notifies the clients that wait for the call, and those that watch.
     void note(const std::string& call, const std::string& object);
     void publish(const Record& record, const std::string& json);
     bool is_watched() const;
-    // What came before is waited for no more.
+    // Messages received so far no longer satisfy a wait.
     void forget_past() { seen_.clear(); }
 
 private:
-    enum class Wish : std::uint8_t { answer, all, one };
+    enum class Mode : std::uint8_t { answer, watch, wait };
     struct Client {
         Descriptor socket;
         Loop::Time active;
         std::string input{};
         std::string output{};
-        Wish wish{};
-        Wait one{};
-        WatchRequest all{};
-        std::uint64_t lost{};
+        Mode mode{};
+        Wait wait{};
+        WatchRequest watch{};
+        std::uint64_t dropped{};
     };
     using Clients = std::map<int, Client>;
 
@@ -62,7 +65,7 @@ private:
     std::string answer_to(Client& client, const std::string& request);
     std::string watch(Client& client, const WatchRequest& wanted);
     std::string wait(Client& client, const Wait& wanted);
-    void make_room_for_one_more() const;
+    void limit_watching() const;
     void write_some(int descriptor);
     void drop_client(int descriptor);
 
@@ -70,8 +73,8 @@ private:
     Running& running_;
     const Parse parse_;
     Clients clients_;
-    std::vector<int> fresh_;      // clients that asked in this turn: what was sent to managers before is served first
-    std::vector<int> connection_; // in the one before
+    std::vector<int> fresh_;     // clients whose request came in this turn: messages sent before it are served first
+    std::vector<int> requested_; // in the previous turn
     std::set<std::pair<std::string, std::string>> seen_; // calls and objects
     std::optional<Listener> listener_;
 };

@@ -15,7 +15,7 @@
 namespace vorsim {
 namespace {
 
-// As one of this version or of the first does, as far as that was written.
+// Whether it begins like a journal of this version or the first, as far as it was written.
 bool begins_as_a_journal(int file)
 {
     char bytes[10] = {};
@@ -27,7 +27,7 @@ bool begins_as_a_journal(int file)
     return size >= 0 && (agree("{\"journal\":") || agree("{\"seq\":"));
 }
 
-// A link, or what has a second name, may be another's file.
+// A symbolic link, or a file with a second hard link, may be somebody else's file.
 vor::JsonLines taken_over(const std::string& path, bool made)
 {
     vor::JsonLines file(path, O_RDWR | O_APPEND | O_NOFOLLOW | (made ? O_CREAT | O_EXCL : 0));
@@ -39,19 +39,19 @@ vor::JsonLines taken_over(const std::string& path, bool made)
         throw std::runtime_error(fmt::format("it belongs to user {}", status.st_uid));
     }
     if (status.st_nlink != 1) {
-        throw std::runtime_error("it has a second name");
+        throw std::runtime_error("it has a second hard link");
     }
     if (!begins_as_a_journal(file.descriptor())) {
-        throw std::runtime_error("it is no journal");
+        throw std::runtime_error("it is not a journal");
     }
     if (fchmod(file.descriptor(), 0600) != 0) {
         throw vor::FileError(errno);
     }
     while (const auto line = file.next()) {
         if (file.torn() && !line->starts_with('{')) {
-            throw std::runtime_error("it is no journal");
+            throw std::runtime_error("it is not a journal");
         }
-        if (file.torn()) { // what a killed process left unfinished is not added to
+        if (file.torn()) { // an unfinished line of a killed process is removed
             file.take_away();
         }
     }
@@ -62,9 +62,9 @@ std::string reason(const vor::FileError& error)
 {
     switch (error.error) {
     case 0:
-        return "it is no file";
+        return "it is not a regular file";
     case ELOOP:
-        return "it is a link";
+        return "it is a symbolic link";
     default:
         return error.what();
     }
@@ -88,7 +88,7 @@ MessageJournal::MessageJournal(const std::string& path) : path_(path)
     } catch (const std::runtime_error& error) {
         throw std::runtime_error(cannot_write(path, error.what()));
     }
-    std::signal(SIGXFSZ, SIG_IGN); // a limit is told by the write
+    std::signal(SIGXFSZ, SIG_IGN); // write reports the limit
 }
 
 MessageJournal::~MessageJournal()

@@ -10,12 +10,12 @@ namespace vorsim {
 class MessageJournal {
 public:
     MessageJournal() = default;
-    // Appends to the file, made its owner's alone; throws when it cannot be
-    // written, or is none of its own: a link, a folder, somebody else's.
+    // Appends to the file, which only its owner may read; throws when it cannot be written, or is a link, a folder or
+    // somebody else's.
     explicit MessageJournal(const std::string& path);
     MessageJournal(MessageJournal&&) = default;
     MessageJournal& operator=(MessageJournal&&) = default;
-    // A file of its own that holds nothing goes with it.
+    // Removes the file if it created it and nothing was written.
     ~MessageJournal();
 
     bool kept() const { return file_.is_open() && !failed(); }

@@ -94,9 +94,9 @@ bool KonfdServer::serve_one()
 void KonfdServer::answer(Client& client, konfd::Exchange exchange)
 {
     KonfdExchange whole{client.number, client.arrived, std::move(exchange)};
-    const faults::ReplyFault hearing = on_exchange_(whole);
+    const faults::ReplyFault fault = on_exchange_(whole);
     const std::string& answer = whole.exchange.reply.answer;
-    switch (hearing) {
+    switch (fault) {
     case faults::ReplyFault::never:
         break;
     case faults::ReplyFault::hung_up:
@@ -104,7 +104,7 @@ void KonfdServer::answer(Client& client, konfd::Exchange exchange)
         client.ended = true;
         break;
     default:
-        if (hearing == faults::ReplyFault::split && !answer.empty()) {
+        if (fault == faults::ReplyFault::split && !answer.empty()) {
             client.output += answer.front();
             client.rest = answer.substr(1);
             client.rest_due = std::chrono::steady_clock::now() + between_looks;
@@ -120,7 +120,7 @@ void KonfdServer::carry_on(int descriptor)
     if (!client.output.empty()) {
         const ssize_t sent = send(descriptor, client.output.data(), client.output.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
         if (sent < 0 && errno != EAGAIN && errno != EINTR) {
-            client.ended = true; // what it has sent is carried out nevertheless
+            client.ended = true; // what it has already sent is still executed
             client.output.clear();
         }
         client.output.erase(0, static_cast<std::size_t>(std::max<ssize_t>(sent, 0)));
@@ -148,7 +148,7 @@ void KonfdServer::drop_client(int descriptor)
     clients_.erase(descriptor);
 }
 
-// One that has more to say has its turn instead.
+// A client with unread input gets a turn instead.
 std::optional<konfd::Time> KonfdServer::deadline_of(const Client& client)
 {
     if (!client.rest.empty()) {
@@ -162,8 +162,8 @@ std::optional<konfd::Time> KonfdServer::deadline() const
     return earliest(clients_, [](const auto& one) { return deadline_of(one.second); });
 }
 
-// Carries out what its sender left without an end; one at a time, as above. Or
-// looks whether a first half was read: nothing tells.
+// Executes a text whose sender left it without an end; one at a time, as above. Or polls whether the first part of a
+// split answer was read: there is no event for that.
 void KonfdServer::on_deadline()
 {
     const auto first = deadline();

@@ -12,22 +12,22 @@
 
 namespace vorsim {
 
-// A text that a client sent, and what it was answered.
+// A text that a client sent, and the reply.
 struct KonfdExchange {
-    std::uint64_t client{}; // numbered as they come
+    std::uint64_t client{}; // in order of connection
     std::chrono::system_clock::time_point arrived;
     konfd::Exchange exchange;
 };
 
 class KonfdServer {
 public:
-    // Records it, and may disturb the answer.
+    // Records it, and may apply a fault to the answer.
     using OnExchange = std::function<faults::ReplyFault(KonfdExchange& exchange)>;
 
     KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& path, OnExchange on_exchange);
 
 private:
-    // One that has bytes to be read, or an answer to be taken, is not received from.
+    // Nothing is received from a client with unread input or an unsent answer.
     struct Client {
         Descriptor socket;
         konfd::ClientSession session;
@@ -36,19 +36,19 @@ private:
         std::chrono::system_clock::time_point arrived{};
         std::string input{};
         std::string output{};
-        std::string rest{}; // of an answer that comes in halves; nothing is received before
+        std::string rest{}; // of a split answer; nothing is received before it is sent
         Loop::Time rest_due{};
         bool answer_unread{};
-        bool ended{}; // sends no more, or has gone
+        bool ended{}; // sends no more, or is gone
     };
     using Clients = std::map<int, Client>;
 
     void welcome(Descriptor socket);
     void receive(int descriptor);
-    // One text; the managers have their turn before the next.
+    // One text; then the managers have their turn.
     bool serve_one();
     void answer(Client& client, konfd::Exchange exchange);
-    // Sends what can be sent; then goes on reading, or lets the client go.
+    // Sends what can be sent, then reads on or drops the client.
     void carry_on(int descriptor);
     void drop_client(int descriptor);
     static std::optional<konfd::Time> deadline_of(const Client& client);
@@ -60,7 +60,7 @@ private:
     OnExchange on_exchange_;
     Clients clients_;
     std::deque<int> turns_;  // clients with input
-    std::vector<int> fresh_; // those whose came in this turn: what was sent to managers before it is served first
+    std::vector<int> fresh_; // those whose input came in this turn: messages sent before it are served first
     std::uint64_t welcomed_ = 0;
     Listener listener_;
 };

@@ -8,8 +8,8 @@
 
 namespace vorsim {
 
-Managers::Managers(Loop& loop, OnReadable on_readable, Complain complain)
-    : loop_(loop), on_readable_(std::move(on_readable)), complain_(std::move(complain))
+Managers::Managers(Loop& loop, OnReadable on_readable, OnError on_error)
+    : loop_(loop), on_readable_(std::move(on_readable)), on_error_(std::move(on_error))
 {
     loop_.at([this] { return earliest(back_, [](const auto& one) { return std::optional(one.second); }); },
              [this] { start_due(); });
@@ -54,14 +54,14 @@ Endpoint* Managers::endpoint(std::uint16_t sap) const
 void Managers::start_due()
 {
     for (auto next = back_.begin(); next != back_.end();) {
-        const auto [sap, back] = *next++; // starting takes it away
+        const auto [sap, back] = *next++; // starting removes it
         if (back > std::chrono::steady_clock::now()) {
             continue;
         }
         try {
             start(sap);
         } catch (const std::exception& error) {
-            complain_(fmt::format("vorsim: {} does not come back: {}", manager_key(sap), error.what()));
+            on_error_(fmt::format("vorsim: cannot restart {}: {}", manager_key(sap), error.what()));
         }
     }
 }

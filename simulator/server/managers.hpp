@@ -1,4 +1,4 @@
-// managers.hpp: the managers that are there, and how they come and go.
+// managers.hpp: the managers that are served; they stop and start.
 #pragma once
 
 #include <functional>
@@ -16,16 +16,15 @@ namespace vorsim {
 class Managers {
 public:
     using OnReadable = std::function<void(Endpoint& endpoint)>;
-    using Complain = std::function<void(const std::string& why)>;
+    using OnError = std::function<void(const std::string& error)>;
     using Endpoints = std::map<std::uint16_t, std::unique_ptr<Endpoint>>;
 
-    // Complains of one that does not come back.
-    Managers(Loop& loop, OnReadable on_readable, Complain complain);
+    // Reports a manager that cannot be restarted.
+    Managers(Loop& loop, OnReadable on_readable, OnError on_error);
 
-    // Throws when somebody else serves the SAP.
+    // Throws when another process serves the SAP.
     void start(std::uint16_t sap);
     void stop(std::uint16_t sap);
-    // Stopped, and back at the time.
     void stop_until(std::uint16_t sap, Loop::Time back);
 
     // Null: not served.
@@ -37,7 +36,7 @@ private:
 
     Loop& loop_;
     OnReadable on_readable_;
-    Complain complain_;
+    OnError on_error_;
     Endpoints endpoints_;
     std::map<std::uint16_t, Loop::Time> back_;
 };

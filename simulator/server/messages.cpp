@@ -9,7 +9,6 @@
 
 #include "faults/faults.hpp"
 #include "record/bytes.hpp"
-#include "tables/managers.hpp"
 
 namespace vorsim {
 namespace {
@@ -61,8 +60,8 @@ void Messages::receive(Endpoint& endpoint)
     horizon_ = std::max(horizon_, endpoint.next().value_or(Arrival{}));
 }
 
-// What arrived after the horizon waits for the next turn: only then is it known
-// that nothing came before it at another manager.
+// A message that arrived after the horizon waits for the next turn: only then is it certain that none arrived before
+// it at another manager.
 bool Messages::serve()
 {
     for (int turn = 0; turn < messages_in_turn; ++turn) {
@@ -83,7 +82,7 @@ bool Messages::serve()
         }
     }
     horizon_ = std::chrono::system_clock::now();
-    return false; // what is left is readable still
+    return false; // the rest is still readable
 }
 
 void Messages::take(Endpoint& endpoint)
@@ -92,23 +91,22 @@ void Messages::take(Endpoint& endpoint)
     const std::uint16_t sap = endpoint.handle()->sap_id;
     VORINFRA_MESSAGE message;
     const int received = endpoint.receive(message);
-    if (std::ferror(stderr) != 0) { // the platform's own line found no room
+    if (std::ferror(stderr) != 0) { // the platform's own line was not written
         std::clearerr(stderr);
-        recorder_.errors().count_lost(1);
+        recorder_.errors().count_dropped(1);
     }
     if (received < 0) {
         const bool answers = is_message(endpoint.datagram());
         discard(endpoint, arrived, answers ? Record::Kind::foreign : Record::Kind::malformed,
-                answers ? "an answer that nobody awaits"
-                        : fmt::format("{} bytes that are no message", endpoint.datagram().size()));
+                answers ? "unexpected answer" : fmt::format("{} bytes, not a message", endpoint.datagram().size()));
     } else if (received > 0 && message.destination != sap) {
-        discard(endpoint, arrived, Record::Kind::foreign, fmt::format("a message to SAP {}", message.destination));
+        discard(endpoint, arrived, Record::Kind::foreign, fmt::format("addressed to SAP {}", message.destination));
     } else if (received > 0) {
         deliver(sap, message, arrived, world_.gateway.judge(message_of(sap, message)));
     }
 }
 
-faults::Delivery Messages::disturb(std::uint16_t sap, const VORINFRA_MESSAGE& message, Decision& decision)
+faults::Delivery Messages::apply_faults(std::uint16_t sap, const VORINFRA_MESSAGE& message, Decision& decision)
 {
     const auto now = std::chrono::steady_clock::now();
     faults::Delivery delivery;
@@ -120,7 +118,7 @@ faults::Delivery Messages::disturb(std::uint16_t sap, const VORINFRA_MESSAGE& me
                                             .answered = decision.answered},
                                            now)) {
         ++world_.counters.faulted;
-        delivery = faults::disturb(decision, *due);
+        delivery = faults::apply(decision, *due);
     }
     if (delivery.way == faults::Delivery::Way::dying) {
         managers_.stop_until(sap, now + delivery.wait);
@@ -134,29 +132,30 @@ faults::Delivery Messages::disturb(std::uint16_t sap, const VORINFRA_MESSAGE& me
 void Messages::deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Arrival arrived, Decision decision)
 {
     using Way = faults::Delivery::Way;
-    const faults::Delivery delivery = disturb(sap, message, decision);
-    world_.gateway.settle(decision);
+    const faults::Delivery delivery = apply_faults(sap, message, decision);
+    world_.gateway.store(decision);
     Record& record = decision.record;
     const auto sent = reply_queue_.send(sap, message, decision, delivery, std::chrono::steady_clock::now());
-    if (sent == ReplyQueue::Sent::gone) {
-        record.line += " (the asker is gone)";
-        record.delivered = false;
+    const bool answers = decision.answered && delivery.way != Way::never && delivery.way != Way::dying;
+    record.refused = decision.answered && delivery.way == Way::refused;
+    record.delivered = sent != ReplyQueue::Sent::gone;
+    record.unanswered = decision.answered && (!answers || record.refused || !record.delivered);
+    if (!record.delivered) {
+        record.notes.emplace_back("client gone");
     } else if (sent == ReplyQueue::Sent::crowded) {
-        record.line += " (too many answers are late: this one is not)";
+        record.notes.emplace_back("too many late answers: not delayed");
     }
     ++world_.counters.messages;
     ++(record.complained ? world_.counters.complained : world_.counters.accepted);
-    recorder_.out().line(record.line);
-    if (recorder_.bytes_wanted()) {
+    if (recorder_.keeps_bytes()) {
         record.meta_data = hex({message.meta_data, message.meta_data_size});
         record.payload = payload_record(message_of(sap, message), !record.complained, show_secrets_);
-        record.refused = decision.answered && delivery.way == Way::refused;
-        if (decision.answered && !record.refused && delivery.way != Way::never && delivery.way != Way::dying) {
+        if (answers && !record.refused) {
             record.answer_id = decision.answer_id;
             record.answer_payload = hex(decision.answer);
         }
     }
-    recorder_.write_down(record, arrived);
+    recorder_.record(record, arrived);
 }
 
 void Messages::discard(const Endpoint& endpoint, Arrival arrived, Record::Kind kind, const std::string& why)
@@ -166,34 +165,33 @@ void Messages::discard(const Endpoint& endpoint, Arrival arrived, Record::Kind k
     Record record{.kind = kind};
     record.sap = endpoint.handle()->sap_id;
     record.why = why;
-    record.line = fmt::format("{}: {}: {}", foreign ? "foreign" : "malformed", manager_label(record.sap), why);
-    if (recorder_.bytes_wanted()) {
+    if (recorder_.keeps_bytes()) {
         record.datagram = datagram_record(endpoint.datagram(), show_secrets_);
     }
-    recorder_.write_down(record, arrived);
+    recorder_.record(record, arrived);
 }
 
 faults::ReplyFault Messages::deliver(KonfdExchange& exchange)
 {
     auto& [text, reply] = exchange.exchange;
     Record& record = reply.record;
-    auto hearing = faults::ReplyFault::whole;
+    auto fault = faults::ReplyFault::whole;
     if (const auto due =
             world_.faults.due({.konfd = true, .object = record.commands, .answered = !reply.answer.empty()},
                               std::chrono::steady_clock::now())) {
         ++world_.counters.faulted;
-        hearing = faults::disturb(reply, *due);
+        fault = faults::apply(reply, *due);
     }
     ++(record.complained ? world_.counters.complained : world_.counters.accepted);
-    recorder_.out().line(record.line);
     record.client = exchange.client;
-    if (recorder_.bytes_wanted()) {
-        record.delivered = hearing != faults::ReplyFault::never && hearing != faults::ReplyFault::hung_up;
+    record.delivered = fault != faults::ReplyFault::never && fault != faults::ReplyFault::hung_up;
+    record.unanswered = !record.delivered;
+    if (recorder_.keeps_bytes()) {
         record.text = konfd_record(text, show_secrets_);
         record.answer_text = record.delivered ? hex(reply.answer) : "";
     }
-    recorder_.write_down(record, exchange.arrived);
-    return hearing;
+    recorder_.record(record, exchange.arrived);
+    return fault;
 }
 
 } // namespace vorsim

@@ -15,7 +15,7 @@
 
 namespace vorsim {
 
-// What the gateway is, however it is reached: what it was told, what disturbs it, what came of it.
+// The gateway's state, however it is reached: settings, faults and counters.
 struct World {
     World(const Gateway::Settings& gateway_settings, const konfd::Konfd::Settings& konfd_settings)
         : gateway(gateway_settings), konfd(konfd_settings), faults(gateway_settings.seed),
@@ -23,7 +23,7 @@ struct World {
     {
     }
 
-    // All that it was told is forgotten, but not what disturbs it.
+    // Faults stay.
     void reset()
     {
         gateway = Gateway(settings_of_gateway);
@@ -44,23 +44,23 @@ public:
     Messages(Loop& loop, World& world, Recorder& recorder, std::uint64_t seed,
              const std::map<std::uint16_t, Delay>& delays, bool show_secrets);
 
-    // Throws when somebody else serves the SAP.
+    // Throws when another process serves the SAP.
     void start(std::uint16_t sap) { managers_.start(sap); }
-    // What it had not answered is lost.
+    // Pending answers are lost.
     void stop(std::uint16_t sap);
     const Managers::Endpoints& served() const { return managers_.endpoints(); }
 
-    // The fault's part in what konfd did, and the record.
+    // Applies faults to konfd's reply and records it.
     faults::ReplyFault deliver(KonfdExchange& exchange);
 
 private:
-    // A message waits there. It is served in its turn: the earliest of all first.
+    // A message is waiting there. It is served in its turn: the earliest of all first.
     void receive(Endpoint& endpoint);
     bool serve();
     void take(Endpoint& endpoint);
     void deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Arrival arrived, Decision decision);
-    // What a fault makes of it; the manager may be gone then.
-    faults::Delivery disturb(std::uint16_t sap, const VORINFRA_MESSAGE& message, Decision& decision);
+    // Stops the manager where a fault says so.
+    faults::Delivery apply_faults(std::uint16_t sap, const VORINFRA_MESSAGE& message, Decision& decision);
     void discard(const Endpoint& endpoint, Arrival arrived, Record::Kind kind, const std::string& why);
 
     World& world_;
@@ -69,7 +69,7 @@ private:
     Managers managers_;
     ReplyQueue reply_queue_;
     Delays delays_;
-    Arrival horizon_{}; // what came until then is known, whatever its manager
+    Arrival horizon_{}; // all messages that arrived before it are known
 };
 
 } // namespace vorsim

@@ -17,19 +17,10 @@ Number number_of(std::string_view option, std::string_view text)
 {
     const auto number = vor::number_in<Number>(text);
     if (!number) {
-        throw UsageError(fmt::format("{} is \"{}\": must be a number from 0 to {}", option, text,
-                                     std::numeric_limits<Number>::max()));
+        throw UsageError(
+            fmt::format("{} must be 0 to {}, not \"{}\"", option, std::numeric_limits<Number>::max(), text));
     }
     return *number;
-}
-
-std::uint16_t manager_of(std::string_view option, std::string_view name)
-{
-    const auto sap = faults::sap_named(name);
-    if (!sap) {
-        throw UsageError(fmt::format("{} takes a manager's name or its SAP, not \"{}\"", option, name));
-    }
-    return *sap;
 }
 
 // "ethmgr=20ms..80ms", "ethmgr=50ms"
@@ -41,7 +32,7 @@ void take_delay(Options& options, std::string_view text)
     const auto least = vor::time_in(times.substr(0, dots));
     const auto most = dots == times.npos ? least : vor::time_in(times.substr(dots + 2));
     if (!least || !most || *least > *most) {
-        throw UsageError(fmt::format("--delay is \"{}\": expected such as ethmgr=20ms..80ms", text));
+        throw UsageError(fmt::format("--delay must be such as ethmgr=20ms..80ms, not \"{}\"", text));
     }
     options.delays.insert_or_assign(manager_of("--delay", text.substr(0, equals)), Delay{*least, *most});
 }
@@ -50,72 +41,50 @@ using vor::taken_as;
 using Text = std::string_view;
 
 constexpr vor::OptionOf<Options> rows[] = {
-    {{"--sap", "N", "serve one more SAP for transport applications (repeatable)"},
+    {{"--sap", "N", "serve one more SAP, for an application (repeatable)"},
      [](Options& options, Text value) { options.more_saps.push_back(number_of<std::uint16_t>("--sap", value)); }},
-    {{"--strict", "", "exit with 3 when any message was not as the tables say"}, taken_as<&Options::strict>},
-    {{"--seed", "N", "where counters and measurements begin (default 1)"},
-     [](Options& options, Text value) { options.seed = number_of<std::uint64_t>("--seed", value); }},
-    {{"--state", "FILE", "write the state as JSON, at the start and when stopping"}, taken_as<&Options::state_file>},
-    {{"--journal", "FILE", "append one JSON object per message"}, taken_as<&Options::journal_file>},
-    {{"--show-secrets", "", "passwords in clear, in lines, state, journal and konfd's answers"},
-     taken_as<&Options::show_secrets>},
-    {{"--faults", "FILE", "have the rules in the file, one a line, in force from the start"},
-     taken_as<&Options::faults_file>},
-    {{"--without", "MANAGER", "leave the manager to a program of yours (repeatable)"},
+    {{"--without", "MANAGER", "leave a manager to another program (repeatable)"},
      [](Options& options, Text value) { options.without.push_back(manager_of("--without", value)); }},
-    {{"--delay", "MANAGER=20ms..80ms", "how long the manager takes for each answer"}, take_delay},
-    {{"--lenient-konfd", "", "konfd makes the paths that are not there"}, taken_as<&Options::lenient_konfd>},
-    {{"--http", "PORT",
-      "a page to look at, for browsers of this machine; its link is\n"
-      "printed behind the ready line (0: on a port that is free)"},
+    {{"--delay", "MANAGER=20ms..80ms", "delay each answer of a manager"}, take_delay},
+    {{"--faults", "FILE", "start with the fault rules in FILE, one per line"}, taken_as<&Options::faults_file>},
+    {{"--lenient-konfd", "", "let konfd create missing paths"}, taken_as<&Options::lenient_konfd>},
+    {{"--seed", "N", "set where counters and readings start (default 1)"},
+     [](Options& options, Text value) { options.seed = number_of<std::uint64_t>("--seed", value); }},
+    {{"--strict", "", "exit with 3 if any message was refused, malformed or\nforeign"}, taken_as<&Options::strict>},
+    {{"--journal", "FILE", "append a JSON object per message to FILE"}, taken_as<&Options::journal_file>},
+    {{"--state", "FILE", "write the state to FILE as JSON, at start and at exit"}, taken_as<&Options::state_file>},
+    {{"--show-secrets", "", "do not mask passwords, in any output"}, taken_as<&Options::show_secrets>},
+    {{"--ids", "", "show SAPs and message ids"}, taken_as<&Options::ids>},
+    {{"--color", "WHEN", "colour lines: auto (at a terminal), always or never"},
+     [](Options& options, Text value) { options.color = color_of(value); }},
+    {{"--http", "PORT", "serve a page to browsers on this machine and print its\nlink (0: any free port)"},
      [](Options& options, Text value) { options.http = number_of<std::uint16_t>("--http", value); }},
-    {{"--http-control", "", "have the page switch faults and managers, too"}, taken_as<&Options::http_control>},
-    {{"--help", "", "print this"}, taken_as<&Options::help>},
+    {{"--http-control", "", "let the page change faults, managers and readings"}, taken_as<&Options::http_control>},
+    {{"--help", "", "print this help"}, taken_as<&Options::help>},
 };
-
-constexpr char usage[] =
-    R"(usage: vorsim [OPTION]...        be the gateway: all managers and konfd
-       vorsim COMMAND ...        as told below
-
-)";
-
-constexpr char beside_options[] =
-    R"(
-environment:
-  VORINFRA_DIR      the directory of the gateway's sockets (absolute, mode 0700);
-                    else $XDG_RUNTIME_DIR/vorinfra, else /tmp/vorinfra-UID
-  VORINFRA_ROOT     konfd listens at $VORINFRA_ROOT/tmp/konfd.socket; without it
-                    at /tmp/konfd.socket, when nobody else does
-
-A line "vorsim: ready, ..." tells that messages can be sent. SIGTERM and SIGINT
-stop the gateway and remove its sockets.
-
-exit codes: 0 stopped, or the command did its work; 1 failed (the journal could
-not be written on, nothing runs to be asked, it did not do what it was told, a
-replay found differences); 2 bad usage, rules or environment, or it could not
-start: a SAP, the directory or the port is in use, a file cannot be written; 3 complaints
-under --strict, malformed and foreign messages among them, faults not.
-
-commands:
-)";
 
 } // namespace
 
-std::string help_text()
+std::span<const vor::OptionOf<Options>> option_rows()
 {
-    constexpr std::size_t about_at = 20;
-    std::string text = usage;
-    for (const vor::Option& row : rows) {
-        const std::string option = fmt::format("  {}{}{}", row.name, row.value.empty() ? "" : " ", row.value);
-        text += option;
-        text += std::string(option.size() < about_at ? about_at - option.size() : 2, ' ');
-        for (const char character : row.about) {
-            text += character;
-            text += character == '\n' ? std::string(about_at, ' ') : "";
-        }
-        text += '\n';
+    return rows;
+}
+
+std::uint16_t manager_of(std::string_view option, std::string_view name)
+{
+    const auto sap = faults::sap_named(name);
+    if (!sap) {
+        const std::string found = name.empty() ? "" : fmt::format(", not {}", vor::quoted(name));
+        throw UsageError(fmt::format("{} needs a manager's name or SAP{}", option, found));
     }
-    return text + beside_options;
+    return *sap;
+}
+
+vor::ColorWhen color_of(std::string_view word)
+{
+    const auto when = vor::color_when(word);
+    return when ? *when
+                : throw UsageError(fmt::format("--color must be auto, always or never, not {}", vor::quoted(word)));
 }
 
 Options read_options(const std::vector<std::string>& arguments)
@@ -123,11 +92,11 @@ Options read_options(const std::vector<std::string>& arguments)
     Options options;
     for (vor::Operands operands(arguments); !operands.empty();) {
         if (!operands.take_option(rows, options)) {
-            throw UsageError(fmt::format("unknown option \"{}\"", operands.front()));
+            operands.refuse();
         }
     }
     if (options.http_control && !options.http) {
-        throw UsageError("--http-control needs --http PORT");
+        throw UsageError("--http-control requires --http PORT");
     }
     return options;
 }

@@ -4,15 +4,17 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "server/managers.hpp"
 #include "text/options.hpp"
+#include "text/screen.hpp"
 
 namespace vorsim {
 
-// What the command line or the environment got wrong: exit code 2.
+// An error of the command line or the environment: exit code 2.
 using UsageError = vor::OptionError;
 
 struct Options {
@@ -20,20 +22,26 @@ struct Options {
     bool strict = false;
     bool show_secrets = false;
     bool lenient_konfd = false;
+    bool ids = false;
+    vor::ColorWhen color{};
     std::uint64_t seed = 1;
     std::vector<std::uint16_t> more_saps;
     std::optional<std::string> state_file;
     std::optional<std::string> journal_file;
     std::optional<std::string> faults_file;
-    std::vector<std::uint16_t> without;    // the managers left to others
+    std::vector<std::uint16_t> without;    // managers left to other programs
     std::map<std::uint16_t, Delay> delays; // by manager
-    std::optional<std::uint16_t> http;     // the page's port; 0: the system chooses
+    std::optional<std::uint16_t> http;     // the page's port; 0: any free one
     bool http_control = false;
 };
 
 Options read_options(const std::vector<std::string>& arguments);
 
-// What --help prints, but for the commands.
-std::string help_text();
+std::span<const vor::OptionOf<Options>> option_rows();
+
+// The SAP of a manager's name or number. Throws a UsageError.
+std::uint16_t manager_of(std::string_view option, std::string_view name);
+// The value of --color. Throws a UsageError.
+vor::ColorWhen color_of(std::string_view word);
 
 } // namespace vorsim

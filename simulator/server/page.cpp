@@ -30,7 +30,7 @@ std::string program_beside_this()
     const std::string program = folder / "vorsim-page";
     if (access(program.c_str(), X_OK) != 0) {
         throw std::runtime_error(
-            fmt::format("--http needs the program vorsim-page, which is not in {}", folder.string()));
+            fmt::format("--http requires the program vorsim-page, which is not in {}", folder.string()));
     }
     return program;
 }
@@ -39,12 +39,12 @@ std::string random_token()
 {
     std::array<std::uint8_t, 16> bytes{};
     if (getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
-        fail("no random token for the page");
+        fail("cannot create a token for the page");
     }
     return hex(bytes);
 }
 
-// Listens at the port; where that is 0, at one that is free, which it becomes.
+// Listens at the port; 0 is replaced by the free one that was chosen.
 Descriptor listen_at(std::uint16_t& port)
 {
     sockaddr_in address{};
@@ -58,13 +58,13 @@ Descriptor listen_at(std::uint16_t& port)
     if (listener.get() < 0 || setsockopt(listener.get(), SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes) != 0 ||
         bind(listener.get(), plain, size) != 0 || listen(listener.get(), SOMAXCONN) != 0 ||
         getsockname(listener.get(), plain, &size) != 0) {
-        fail(fmt::format("--http {}: the page cannot be served at 127.0.0.1", port));
+        fail(fmt::format("cannot serve the page at 127.0.0.1:{}", port));
     }
     port = ntohs(address.sin_port);
     return listener;
 }
 
-// Its standard input is its end of the socket, its standard output the port.
+// The program gets its end of the socket as standard input, the listening port as standard output.
 pid_t spawn(const std::string& program, bool control, int socket, int listener)
 {
     char* const arguments[] = {const_cast<char*>("vorsim-page"), control ? const_cast<char*>("--control") : nullptr,
@@ -75,7 +75,7 @@ pid_t spawn(const std::string& program, bool control, int socket, int listener)
     posix_spawn_file_actions_adddup2(&actions, socket, STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, listener, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, STDERR_FILENO, STDERR_FILENO); // kept open
-    posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);    // whoever started vorsim may have others
+    posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);    // inherited ones stay out
     errno = posix_spawn(&child, program.c_str(), &actions, nullptr, arguments, environ);
     posix_spawn_file_actions_destroy(&actions);
     return errno == 0 ? child : -1;
@@ -93,15 +93,15 @@ void Page::start(Loop& loop, std::function<void(const std::string& exit_reason)>
 {
     std::array<int, 2> ends{};
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
-        fail("no socket for the page's program");
+        fail("cannot create a socket for vorsim-page");
     }
     socket_ = Descriptor(ends[0]);
     const Descriptor childs_end(ends[1]);
     send_now(socket_.get(), token_ + "\n");
-    std::signal(SIGCHLD, SIG_DFL); // whoever starts us may not want to know of his own; we do
+    std::signal(SIGCHLD, SIG_DFL); // the parent may have ignored it; waitpid needs it
     child_ = spawn(program_, control_, childs_end.get(), listener_.get());
     if (child_ < 0) {
-        fail("vorsim-page cannot be started");
+        fail("cannot start vorsim-page");
     }
     listener_ = Descriptor();
     loop.watch(socket_.get(), [this, &loop, on_end = std::move(on_end)] {
@@ -129,7 +129,7 @@ std::string Page::exit_reason()
     waitpid(child_, &status, 0);
     child_ = -1;
     const bool killed = WIFSIGNALED(status);
-    return fmt::format("the page is served no more: its process ended by {} {}", killed ? "signal" : "code",
+    return fmt::format("the page is no longer served: vorsim-page ended with {} {}", killed ? "signal" : "code",
                        killed ? WTERMSIG(status) : WEXITSTATUS(status));
 }
 

@@ -1,4 +1,4 @@
-// page.hpp: vorsim-page, the program that serves the page: what it does to the gateway any client could do.
+// page.hpp: starts vorsim-page, the program that serves the page. To the gateway it is a client like any other.
 #pragma once
 
 #include <cstdint>
@@ -13,16 +13,16 @@ namespace vorsim {
 
 class Page {
 public:
-    // Takes the port (0: one that is free); throws when it cannot, or when the program is not there.
+    // Binds the port (0: any free one); throws if it cannot, or if there is no such program.
     Page(std::uint16_t port, bool control);
-    // Ends it at once; it ends likewise when this process does, however that is.
+    // Kills it; it also ends when this process does, however that happens.
     ~Page();
     Page(const Page&) = delete;
     Page& operator=(const Page&) = delete;
 
-    // Starts it: the gateway can be asked from now on. Should it end, it is told what came of it.
+    // Starts it; on_end is called if it ends by itself.
     void start(Loop& loop, std::function<void(const std::string& exit_reason)> on_end);
-    // "http://127.0.0.1:8080/#TOKEN": what stands behind # is sent to nobody.
+    // "http://127.0.0.1:8080/#TOKEN": browsers do not send the part after #.
     std::string link() const;
 
 private:
@@ -33,7 +33,7 @@ private:
     std::string program_;
     std::string token_;
     Descriptor listener_;
-    Descriptor socket_; // closed, it ends; and where it ends, that is seen here
+    Descriptor socket_; // closing it ends the program, and its end closes it
     pid_t child_ = -1;
 };
 

@@ -28,8 +28,8 @@ std::string time_text(Arrival time)
 
 } // namespace
 
-Recorder::Recorder(Loop& loop, Control& control, const Counters& counters)
-    : control_(control), counters_(counters), out_(loop, STDOUT_FILENO), errors_(loop, STDERR_FILENO)
+Recorder::Recorder(Loop& loop, Control& control, const Counters& counters, const LineStyle& style)
+    : control_(control), counters_(counters), out_(loop, STDOUT_FILENO), errors_(loop, STDERR_FILENO), style_(style)
 {
 }
 
@@ -38,13 +38,19 @@ void Recorder::begin_journal(std::uint64_t seed, bool show_secrets)
     journal_.write(journal_head(time_text(std::chrono::system_clock::now()), seed, show_secrets));
 }
 
-void Recorder::write_down(Record& record, Arrival arrived)
+void Recorder::record(Record& record, Arrival arrived)
 {
-    blamed_ = blamed_ || !counters_.blameless();
+    failed_ = failed_ || !counters_.all_valid();
     record.seq = ++recorded_;
-    if (bytes_wanted()) {
-        const auto took = std::chrono::system_clock::now() - arrived;
+    record.line = line_of(record);
+    if (keeps_bytes() || style_.screen.is_terminal) {
         record.time = time_text(arrived);
+    }
+    if (record.kind == Record::Kind::message || record.kind == Record::Kind::konfd) {
+        out_.line(shown(record, style_)); // the platform has already reported the others, on standard error
+    }
+    if (keeps_bytes()) {
+        const auto took = std::chrono::system_clock::now() - arrived;
         record.took = std::chrono::duration_cast<std::chrono::microseconds>(took).count();
         const std::string line = json_line(record);
         const bool failed = journal_.failed();

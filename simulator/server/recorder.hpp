@@ -1,10 +1,11 @@
-// recorder.hpp: what is said and written down of all that reaches the gateway.
+// recorder.hpp: prints, journals and publishes all that reaches the gateway.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
 #include "record/counters.hpp"
+#include "record/line.hpp"
 #include "server/control.hpp"
 #include "server/journal.hpp"
 #include "sockets/console.hpp"
@@ -15,22 +16,22 @@ namespace vorsim {
 
 class Recorder {
 public:
-    Recorder(Loop& loop, Control& control, const Counters& counters);
+    Recorder(Loop& loop, Control& control, const Counters& counters, const LineStyle& style);
 
-    // Throws when the file cannot be a journal.
+    // Throws if the file cannot be used as a journal.
     void open_journal(const std::string& path) { journal_ = MessageJournal(path); }
     void begin_journal(std::uint64_t seed, bool show_secrets);
 
     Console& out() { return out_; }
     Console& errors() { return errors_; }
-    std::uint64_t lines_lost() const { return out_.lost() + errors_.lost(); }
+    std::uint64_t lines_dropped() const { return out_.dropped() + errors_.dropped(); }
 
-    // Somebody reads the bytes.
-    bool bytes_wanted() const { return journal_.kept() || control_.is_watched(); }
-    // Adds its number, when it came and how long it took, for the journal and for those who watch.
-    void write_down(Record& record, Arrival arrived);
+    // Whether the bytes are needed, for the journal or a watching client.
+    bool keeps_bytes() const { return journal_.kept() || control_.is_watched(); }
+    // Adds the number, the line and, where they are needed, the times.
+    void record(Record& record, Arrival arrived);
 
-    bool blamed() const { return blamed_; }
+    bool failed() const { return failed_; }
     bool journal_failed() const { return journal_.failed(); }
 
 private:
@@ -39,7 +40,8 @@ private:
     Console out_;
     Console errors_;
     MessageJournal journal_;
-    bool blamed_ = false; // ever, whatever was reset
+    LineStyle style_;
+    bool failed_ = false; // what --strict reports; stays over a reset
     std::uint64_t recorded_ = 0;
 };
 

@@ -52,7 +52,7 @@ bool ReplyQueue::send_now(const PendingReply& reply)
 
 ReplyQueue::Sent ReplyQueue::send_or_hold(PendingReply reply)
 {
-    if (reply.way == Way::behind_the_next && !held_.contains(reply.sap)) {
+    if (reply.way == Way::after_the_next && !held_.contains(reply.sap)) {
         held_.emplace(reply.sap, std::move(reply));
         return Sent::done;
     }

@@ -1,4 +1,4 @@
-// reply_queue.hpp: answers on their way: at once, later, or behind another's.
+// reply_queue.hpp: sends answers at once, later, or after another one.
 #pragma once
 
 #include <map>
@@ -18,11 +18,11 @@ public:
     ReplyQueue(Loop& loop, const Managers& endpoints);
 
     enum class Sent : std::uint8_t { done, gone, crowded };
-    // gone: the asker is; crowded: so many wait that this one did not.
+    // gone: the client is; crowded: too many answers were waiting, so this one was not delayed.
     Sent send(std::uint16_t sap, const VORINFRA_MESSAGE& request, const Decision& decision,
               const faults::Delivery& delivery, Time now);
 
-    // What a manager that is gone had not sent yet.
+    // Pending answers of a manager that stopped.
     void drop(std::uint16_t sap);
 
 private:
@@ -43,7 +43,7 @@ private:
 
     const Managers& managers_;
     std::multimap<Time, PendingReply> late_;
-    std::map<std::uint16_t, PendingReply> held_; // one a manager, behind its next
+    std::map<std::uint16_t, PendingReply> held_; // one per manager, sent after its next
 };
 
 } // namespace vorsim

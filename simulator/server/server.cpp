@@ -26,7 +26,7 @@ namespace fs = std::filesystem;
 
 constexpr char konfd_socket[] = "/tmp/konfd.socket";
 
-// Two files, neither of them a folder.
+// They must be two files, and not folders.
 void check_files(const Options& options)
 {
     std::error_code ignored;
@@ -38,7 +38,7 @@ void check_files(const Options& options)
     if (options.state_file) {
         const fs::file_type is = fs::symlink_status(*options.state_file, ignored).type();
         if (is != fs::file_type::not_found && is != fs::file_type::regular && is != fs::file_type::symlink) {
-            throw UsageError(fmt::format("{} is no plain file", *options.state_file));
+            throw UsageError(fmt::format("{} is not a regular file", *options.state_file));
         }
     }
     if (!options.state_file || !options.journal_file) {
@@ -47,7 +47,7 @@ void check_files(const Options& options)
     const fs::path state = fs::weakly_canonical(fs::absolute(*options.state_file), ignored);
     const fs::path journal = fs::weakly_canonical(fs::absolute(*options.journal_file), ignored);
     if (state == journal || fs::equivalent(state, journal, ignored)) {
-        throw UsageError(fmt::format("--state and --journal are one file: {}", *options.state_file));
+        throw UsageError(fmt::format("--state and --journal must not be the same file: {}", *options.state_file));
     }
 }
 
@@ -58,7 +58,8 @@ Server::Server(const Options& options)
       directory_(directory()), stop_requests_(stop_requests()),
       world_({.seed = options.seed, .show_secrets = options.show_secrets},
              {.show_secrets = options.show_secrets, .lenient = options.lenient_konfd}),
-      control_(loop_, running_, parse_command), recorder_(loop_, control_, world_.counters),
+      control_(loop_, running_, parse_command),
+      recorder_(loop_, control_, world_.counters, {vor::screen_of(STDOUT_FILENO, options.color), options.ids}),
       messages_(loop_, world_, recorder_, options.seed, options.delays, options.show_secrets), running_{world_,
                                                                                                         messages_,
                                                                                                         control_,
@@ -73,10 +74,9 @@ Server::Server(const Options& options)
         }
     }
     try {
-        control_.listen(
-            control_path(directory_)); // behind the messages: they are served before what is asked about them
+        control_.listen(control_path(directory_)); // after the messages, which are served before requests about them
     } catch (const InUse&) {
-        throw std::runtime_error(fmt::format("another vorsim runs in {}", directory_));
+        throw std::runtime_error(fmt::format("another vorsim is running in {}", directory_));
     }
     bind_managers();
     bind_konfd();
@@ -84,7 +84,7 @@ Server::Server(const Options& options)
         recorder_.open_journal(*options_.journal_file);
     }
     if (options_.state_file) {
-        write_state(); // what cannot be written is better known now
+        write_state(); // fails now rather than at exit
     }
     recorder_.begin_journal(options_.seed, options_.show_secrets);
     loop_.watch(stop_requests_.get(), [this] { loop_.stop(); });
@@ -112,7 +112,7 @@ void Server::bind_konfd()
 {
     std::array<char, 4096> path{};
     if (vorinfra_rooted_path(konfd_socket, path.data(), path.size()) != 0) {
-        throw UsageError("konfd's socket path cannot be used");
+        throw UsageError("cannot use konfd's socket path");
     }
     const bool rooted = std::strcmp(path.data(), konfd_socket) != 0;
     try {
@@ -127,8 +127,7 @@ void Server::bind_konfd()
             throw;
         }
         // The real path may be a real konfd's.
-        recorder_.errors().line(
-            fmt::format("vorsim: konfd is not served: {} (VORINFRA_ROOT gives it a place of its own)", error.what()));
+        recorder_.errors().line(fmt::format("vorsim: konfd is not served: {}\nhint: set VORINFRA_ROOT", error.what()));
     }
 }
 
@@ -137,7 +136,7 @@ void Server::write_state()
 {
     const std::string path = *options_.state_file;
     std::string unfinished = fmt::format("{}.XXXXXX", path);
-    const Descriptor file(mkostemp(unfinished.data(), O_CLOEXEC)); // its owner's alone: it may hold passwords in clear
+    const Descriptor file(mkostemp(unfinished.data(), O_CLOEXEC)); // for its owner only: it may hold passwords
     const std::string text = std::get<Request>(parse_command("show --json"))(running_);
     if (file.get() < 0 || write(file.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()) ||
         std::rename(unfinished.c_str(), path.c_str()) != 0) {
@@ -154,10 +153,10 @@ int Server::run()
     recorder_.out().line(fmt::format("vorsim: ready, {} managers{} in {}", messages_.served().size(),
                                      konfd_server_ != nullptr ? " and konfd" : ", no konfd,", directory_));
     if (page_ != nullptr) {
-        recorder_.out().line(fmt::format("vorsim: the page is at {}", page_->link()));
+        recorder_.out().line(fmt::format("vorsim: page at {}", page_->link()));
     }
     loop_.run();
-    page_.reset(); // before the sockets go, by which others know the end
+    page_.reset(); // before the sockets, whose removal signals the end to others
     spare_ = Descriptor();
     if (options_.state_file) {
         write_state();
@@ -165,7 +164,7 @@ int Server::run()
     if (recorder_.journal_failed()) {
         return 1;
     }
-    return options_.strict && recorder_.blamed() ? 3 : 0;
+    return options_.strict && recorder_.failed() ? 3 : 0;
 }
 
 } // namespace vorsim

@@ -1,4 +1,4 @@
-// server.hpp: the gateway as a process: its files, its signals, its end.
+// server.hpp: the gateway as a process: its files, its signals, its exit.
 #pragma once
 
 #include <memory>
@@ -16,7 +16,7 @@ namespace vorsim {
 
 class Server {
 public:
-    // Binds everything and opens its files; throws when it cannot, and leaves nothing.
+    // Binds everything and opens its files; if it throws, nothing is left behind.
     explicit Server(const Options& options);
 
     // Until a signal ends it. Returns the exit code.
@@ -28,7 +28,7 @@ private:
     void write_state();
 
     Options options_;
-    std::unique_ptr<Page> page_; // its port is taken before anything is made
+    std::unique_ptr<Page> page_; // its port is bound before anything else is created
     std::string directory_;
     Loop loop_;
     Descriptor stop_requests_;
@@ -38,7 +38,7 @@ private:
     Messages messages_;
     Running running_;
     std::unique_ptr<KonfdServer> konfd_server_;
-    Descriptor spare_; // for the state's file, when none is left
+    Descriptor spare_; // kept for the state file
 };
 
 } // namespace vorsim

@@ -21,8 +21,7 @@ constexpr std::size_t most_pending = 1 << 16;
 
 } // namespace
 
-// Writing to it blocks nobody any more. The terminal or pipe is opened anew for
-// that, since a flag on the descriptor would be felt by whoever else holds it.
+// Reopens a terminal or pipe without blocking, since a flag on the descriptor would affect whoever shares it.
 Console::Kind Console::keep_from_blocking(int descriptor)
 {
     struct stat status {};
@@ -37,7 +36,7 @@ Console::Kind Console::keep_from_blocking(int descriptor)
     return own.get() >= 0 && dup2(own.get(), descriptor) == descriptor ? Kind::file : Kind::asked_first;
 }
 
-// As much as is taken without waiting; -1 for nothing, errno tells why.
+// Writes as much as is possible without waiting; -1 with errno if nothing was.
 ssize_t Console::write_some(std::string_view bytes) const
 {
     if (kind_ == Kind::socket) {
@@ -72,21 +71,20 @@ void Console::flush()
     }
 }
 
-// Full once, it takes nothing until there is room for a good deal.
-void Console::say_lost()
+// Once full, it accepts nothing until half of it is free.
+void Console::report_dropped()
 {
     full_ = full_ && pending_.size() > most_pending / 2;
-    if (!full_ && lost_ > told_) {
-        pending_ +=
-            fmt::format("vorsim: {} lost here: nobody read what was written\n", vor::counted(lost_ - told_, "line"));
-        told_ = lost_;
+    if (!full_ && dropped_ > reported_) {
+        pending_ += fmt::format("vorsim: {} dropped: output not read\n", vor::counted(dropped_ - reported_, "line"));
+        reported_ = dropped_;
     }
 }
 
 void Console::on_writable()
 {
     flush();
-    say_lost();
+    report_dropped();
     if (pending_.empty() && waits_) {
         waits_ = false;
         loop_.forget(descriptor_);
@@ -98,10 +96,10 @@ void Console::line(std::string_view text)
     if (gone_) {
         return;
     }
-    say_lost();
+    report_dropped();
     full_ = full_ || pending_.size() + text.size() > most_pending;
     if (full_) {
-        ++lost_;
+        ++dropped_;
         return;
     }
     pending_ += text;

@@ -1,4 +1,4 @@
-// console.hpp: standard output and error, which need not be read by anybody.
+// console.hpp: standard output and error, whether or not anybody reads them.
 #pragma once
 
 #include <cstdint>
@@ -11,25 +11,25 @@
 
 namespace vorsim {
 
-// Lines to a descriptor, never waited for. What is not read in time is kept up
-// to a limit; lines beyond it are lost, counted, and said to be.
+// Writes lines to a descriptor without ever blocking. Unread lines are kept up to a limit; those beyond it are dropped
+// and counted, and a line reports how many.
 class Console {
 public:
     Console(Loop& loop, int descriptor);
 
     void line(std::string_view text);
     // Lines that others failed to write to the same descriptor.
-    void count_lost(std::uint64_t lines) { lost_ += lines; }
-    std::uint64_t lost() const { return lost_; }
+    void count_dropped(std::uint64_t lines) { dropped_ += lines; }
+    std::uint64_t dropped() const { return dropped_; }
 
 private:
-    // What must be done so that writing does not wait.
+    // How writing is kept from blocking.
     enum class Kind : std::uint8_t { asked_first, socket, file };
 
     static Kind keep_from_blocking(int descriptor);
     ssize_t write_some(std::string_view bytes) const;
-    void flush(); // what fits now
-    void say_lost();
+    void flush(); // as much as fits now
+    void report_dropped();
     void on_writable();
 
     Loop& loop_;
@@ -37,10 +37,10 @@ private:
     Kind kind_;
     bool waits_ = false;
     bool full_ = false;
-    bool gone_ = false; // its reader is
+    bool gone_ = false; // the reader
     std::string pending_;
-    std::uint64_t lost_ = 0;
-    std::uint64_t told_ = 0; // of the lost
+    std::uint64_t dropped_ = 0;
+    std::uint64_t reported_ = 0; // of the dropped
 };
 
 } // namespace vorsim

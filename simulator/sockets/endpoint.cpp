@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t longest_kept = sizeof(VOR_IPC_MSG_HDR) + VORINFRA_DATA_MAX;
 
-// The moment the kernel took the datagram from its sender.
+// When the kernel queued the datagram.
 Arrival arrival_of(msghdr& message)
 {
     for (cmsghdr* part = CMSG_FIRSTHDR(&message); part != nullptr; part = CMSG_NXTHDR(&message, part)) {
@@ -35,7 +35,7 @@ Endpoint::Endpoint(std::uint16_t sap) : endpoint_(vor_ipc_bind(sap, 0))
 {
     const int on = 1;
     if (endpoint_ != nullptr && setsockopt(descriptor(), SOL_SOCKET, SO_TIMESTAMPNS, &on, sizeof on) != 0) {
-        setsockopt(descriptor(), SOL_SOCKET, SO_TIMESTAMP, &on, sizeof on); // where an emulator knows no better
+        setsockopt(descriptor(), SOL_SOCKET, SO_TIMESTAMP, &on, sizeof on); // some emulators only have this one
     }
 }
 

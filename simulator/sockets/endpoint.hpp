@@ -1,4 +1,4 @@
-// endpoint.hpp: a manager's endpoint, and what is known of the message at its head.
+// endpoint.hpp: a manager's endpoint and its next message.
 #pragma once
 
 #include <chrono>
@@ -15,19 +15,19 @@ using Arrival = std::chrono::time_point<std::chrono::system_clock, std::chrono::
 
 class Endpoint {
 public:
-    // Null inside when the SAP cannot be bound; why is on standard error.
+    // The handle is null if the SAP cannot be bound; the platform prints why.
     explicit Endpoint(std::uint16_t sap);
 
     VOR_IPC_HANDLE* handle() const { return endpoint_.get(); }
     int descriptor() const { return vorinfra_descriptor(endpoint_.get()); }
 
-    // When the message that is next came in; nothing when none waits.
+    // When the next message arrived; nothing when none is waiting.
     std::optional<Arrival> next();
-    // The same, as far as it was looked for.
+    // The same, without looking again.
     std::optional<Arrival> known() const { return next_; }
-    // Takes it, as vorinfra_receive does.
+    // Receives it, as vorinfra_receive does.
     int receive(VORINFRA_MESSAGE& message);
-    // The last one taken, as it travelled.
+    // The bytes of the last one received.
     const std::vector<std::uint8_t>& datagram() const { return datagram_; }
 
 private:

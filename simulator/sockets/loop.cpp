@@ -26,19 +26,19 @@ extern "C" void on_stop_signal(int)
 {
     const int error = errno;
     const std::uint64_t once = 1;
-    [[maybe_unused]] const ssize_t told = write(requests, &once, sizeof once);
+    [[maybe_unused]] const ssize_t written = write(requests, &once, sizeof once);
     itimerval timer{};
     timer.it_value.tv_usec = patience_us;
     setitimer(ITIMER_REAL, &timer, nullptr);
     errno = error;
 }
 
-extern "C" void on_patience_over(int)
+extern "C" void on_stop_timeout(int)
 {
-    static constexpr char text[] = "vorsim: did not come to an end in time; the next one takes its sockets over\n";
+    static constexpr char text[] = "vorsim: not stopped in time, killed; the next start replaces its sockets\n";
     pollfd readers{STDERR_FILENO, POLLOUT, 0};
     if (poll(&readers, 1, 0) == 1) {
-        [[maybe_unused]] const ssize_t told = write(STDERR_FILENO, text, sizeof text - 1);
+        [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text, sizeof text - 1);
     }
     _exit(1);
 }
@@ -134,7 +134,7 @@ void Loop::run()
 {
     bool more = false;
     while (running_) {
-        std::array<epoll_event, 256> events; // all that is ready, so that none is overlooked for another
+        std::array<epoll_event, 256> events; // all ready ones, so that none is starved
         const int count =
             epoll_wait(poll_.get(), events.data(), static_cast<int>(events.size()), more ? 0 : milliseconds_left());
         for (int at = 0; at < count; ++at) {
@@ -159,7 +159,7 @@ Descriptor stop_requests()
         fail("eventfd");
     }
     requests = descriptor.get();
-    handle(SIGALRM, on_patience_over);
+    handle(SIGALRM, on_stop_timeout);
     handle(SIGTERM, on_stop_signal);
     handle(SIGINT, on_stop_signal);
     return descriptor;

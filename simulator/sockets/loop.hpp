@@ -31,7 +31,7 @@ private:
     int descriptor_;
 };
 
-// Throws a runtime_error that says why, as errno tells.
+// Throws a runtime_error with the reason in errno.
 [[noreturn]] void fail(const std::string& what);
 
 class Loop {
@@ -45,9 +45,9 @@ public:
     void watch_writing(int descriptor, Handler on_writable);
     void forget(int descriptor);
 
-    // When to wake although nothing came in, and what to do then.
+    // When to wake up without input, and what to do then.
     void at(std::function<std::optional<Time>()> next, Handler on_deadline);
-    // What is done in every turn, a bounded piece at a time. True: there is more.
+    // Work for every turn, a bounded piece at a time; returns whether there is more.
     void in_turn(std::function<bool()> work);
 
     void run();
@@ -70,7 +70,7 @@ private:
     bool running_ = true;
 };
 
-// The first of the deadlines that some of them have.
+// The first deadline, if any has one.
 template <class Each, class DeadlineOf>
 std::optional<Loop::Time> earliest(const Each& each, DeadlineOf deadline_of)
 {
@@ -83,8 +83,7 @@ std::optional<Loop::Time> earliest(const Each& each, DeadlineOf deadline_of)
     return first;
 }
 
-// Readable as soon as SIGTERM or SIGINT asks for the end; where that then takes too long, it is made, whatever is being
-// done. Once in a process.
+// Readable after SIGTERM or SIGINT; if stopping then takes too long, the process exits. Only once in a process.
 Descriptor stop_requests();
 
 } // namespace vorsim

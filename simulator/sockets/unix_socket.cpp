@@ -35,7 +35,7 @@ void clear_dead_owner(const std::string& path)
         return;
     }
     if (!S_ISSOCK(status.st_mode)) {
-        throw std::runtime_error(fmt::format("{} exists and is no socket", path));
+        throw std::runtime_error(fmt::format("{} exists and is not a socket", path));
     }
     if (connect_to(path).get() >= 0 || errno != ECONNREFUSED) {
         throw InUse(fmt::format("{} is served by another process", path));
@@ -56,7 +56,7 @@ Listener::Listener(Loop& loop, const std::string& path, MakeRoom make_room, OnCl
 {
     const sockaddr_un address = address_of(path);
     if (socket_.get() < 0) {
-        fail(fmt::format("no socket for {}", path));
+        fail(fmt::format("cannot create a socket for {}", path));
     }
     clear_dead_owner(path);
     const mode_t before = umask(0077);
@@ -65,7 +65,7 @@ Listener::Listener(Loop& loop, const std::string& path, MakeRoom make_room, OnCl
     if (bound != 0) {
         fail(fmt::format("cannot bind {}", path));
     }
-    bound_.path = path; // from here on it is ours to remove
+    bound_.path = path; // from here on it is removed
     if (listen(socket_.get(), 16) != 0) {
         fail(fmt::format("cannot listen at {}", path));
     }

@@ -11,21 +11,20 @@
 
 namespace vorsim {
 
-// The path is served already, by a process that lives.
+// A living process already serves the path.
 struct InUse : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// A listening socket; its path goes with it. A caller that finds no room, or no descriptor left, waits outside; nobody
-// spins meanwhile.
+// A listening socket, whose path is removed with it. While there is no room or no descriptor for another client,
+// clients wait to be accepted.
 class Listener {
 public:
-    // Frees a place where one is needed and can be had; one is needed at any
-    // rate when there is no descriptor left. False: all are in use.
+    // Frees a place if needed and possible; always needed when there is no descriptor left. False: all are in use.
     using MakeRoom = std::function<bool(bool no_descriptor)>;
-    using OnClient = std::function<void(Descriptor socket)>; // it does not block
+    using OnClient = std::function<void(Descriptor socket)>; // must not block
 
-    // Takes a dead owner's path over. Throws InUse, or runtime_error.
+    // Replaces the socket of a dead owner. Throws InUse or runtime_error.
     Listener(Loop& loop, const std::string& path, MakeRoom make_room, OnClient on_client);
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
@@ -48,11 +47,11 @@ private:
     std::optional<Loop::Time> opens_at_;
 };
 
-// Without a word for so long, a client may lose its place to another.
+// A client that is idle for so long may be dropped for another.
 inline constexpr std::chrono::milliseconds idle_for{2000};
 
-// Lets go of the client that has been idle longest, and long enough, where one
-// is asked for. False: there is room for no further one.
+// Drops the client that has been idle longest, if it has been idle long enough and a place is needed. False: there is
+// still no room.
 template <class Clients, class Drop>
 bool make_room_among(Clients& clients, std::size_t most, bool no_descriptor, Drop drop)
 {
@@ -69,7 +68,7 @@ bool make_room_among(Clients& clients, std::size_t most, bool no_descriptor, Dro
 // Connected, or -1 inside with errno set.
 Descriptor connect_to(const std::string& path);
 
-// All of it at once, without waiting and without a signal.
+// All or nothing, without waiting and without SIGPIPE.
 bool send_now(int descriptor, const std::string& bytes);
 
 } // namespace vorsim

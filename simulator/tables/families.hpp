@@ -10,7 +10,7 @@
 namespace vorsim {
 
 struct Family {
-    std::uint16_t sap; // of every row that names no manager itself
+    std::uint16_t sap; // of the rows without a manager of their own
     std::span<const MessageRow> rows;
     std::span<const Reading> readings;
 

@@ -11,12 +11,10 @@
 
 namespace vorsim {
 
-// "ethmgr(7)"; "sap(77)" for a SAP that is no manager's.
-std::string manager_label(std::uint16_t sap);
-// "ethmgr"; "sap 77" for a SAP that is no manager's.
+// "ethmgr"; "sap 77" for a SAP without a manager.
 std::string manager_key(std::uint16_t sap);
 
-// A row, and the manager that its message may reach.
+// A row and the manager that receives its message.
 struct ListedRow {
     const MessageRow* row;
     std::int32_t manager; // or any
@@ -25,7 +23,7 @@ struct ListedRow {
 };
 
 std::span<const ListedRow> all_rows();
-// Those of a message that reached the manager, or any.
+// The rows of a message id, for one manager or for all.
 std::vector<const MessageRow*> rows_of(std::uint32_t id, std::optional<std::uint16_t> sap = {});
 
 } // namespace vorsim

@@ -1,7 +1,7 @@
 // row.hpp: how the managers describe the messages they accept.
 //
-// A family file holds one constexpr row per call. The tables are the managers'
-// own: a wrong tag in the library cannot agree with itself here.
+// A family file holds one constexpr row per call. The tables are independent of the library, so that they find a wrong
+// tag there.
 #pragma once
 
 #include <array>
@@ -87,13 +87,13 @@ constexpr Field text(std::uint16_t at, std::string_view name, std::uint16_t leng
 enum class Form : std::uint8_t {
     chain,       // elements only
     option_byte, // a byte in the meta-data area, elements in the payload
-    flag_byte,   // a byte at the start of the payload, elements behind it
+    flag_byte,   // a byte at the start of the payload, followed by elements
     record,      // fields at fixed offsets, one exact length (0: an empty request)
 };
 
 constexpr std::size_t fields_max = 13;
 
-// What the areas of a message consist of.
+// The contents of a message's areas.
 struct Layout {
     Form form{};
     std::uint16_t length{};
@@ -136,13 +136,13 @@ constexpr Layout nothing = record(0);
 constexpr std::int32_t any_manager = -1;
 constexpr std::int32_t family_manager = -2;
 
-// What a message is addressed by and how its manager answers.
+// A message's address and how its manager answers.
 struct Exchange {
     std::int32_t manager = family_manager; // else a SAP, or any
     std::uint32_t id{};
     bool answered{};
     std::uint32_t answer_id{};
-    std::int32_t accepted{}; // the status that tells acceptance
+    std::int32_t accepted{}; // the status that means accepted
 
     consteval Exchange to(std::string_view other_manager) const
     {
@@ -186,16 +186,16 @@ struct Answer;
 class State;
 class Measurements;
 
-// What a query answers; a setting answers its status alone.
+// The answer to a query; a setting is answered with its status alone.
 using Query = Answer (*)(const Decoded& decoded, const State& state, Measurements& measurements);
 
-// Nowhere defined: what a row that breaks the rules runs into.
+// Not defined: calling one makes a row that breaks the rule fail to compile.
 void the_object_names_no_field_of_the_message();
 void a_field_lies_outside_the_record();
 void only_the_last_element_repeats();
 void the_count_names_no_field_of_the_message();
 
-// One accepted form of one message. The object is what the message concerns:
+// One accepted form of one message. The object is what the message is about:
 // text with field names in braces. Of the calls that share a slot an object
 // keeps the latest only (a route added, then removed). A row that breaks these
 // rules does not compile.
@@ -207,9 +207,9 @@ struct MessageRow {
     std::string_view slot;
     Query query;
 
-    constexpr MessageRow(const Exchange& travels, std::string_view sent_by, std::string_view concerns,
+    constexpr MessageRow(const Exchange& travels, std::string_view sent_by, std::string_view about,
                          const Layout& carries, std::string_view shared_slot = {}, Query answers = nullptr)
-        : exchange(travels), call(sent_by), object(concerns), layout(carries), slot(shared_slot), query(answers)
+        : exchange(travels), call(sent_by), object(about), layout(carries), slot(shared_slot), query(answers)
     {
         for (std::size_t at = object.find('{'); at != object.npos; at = object.find('{', at + 1)) {
             const std::size_t end = object.find('}', at);
@@ -230,10 +230,10 @@ struct MessageRow {
         }
     }
 
-    // A row whose message is a question.
-    constexpr MessageRow(const Exchange& travels, std::string_view sent_by, std::string_view concerns,
+    // A row whose message is a query.
+    constexpr MessageRow(const Exchange& travels, std::string_view sent_by, std::string_view about,
                          const Layout& carries, Query answers)
-        : MessageRow(travels, sent_by, concerns, carries, {}, answers)
+        : MessageRow(travels, sent_by, about, carries, {}, answers)
     {
     }
 

@@ -1,4 +1,4 @@
-// saps.hpp: the daemons behind the SAPs, each named and numbered here alone.
+// saps.hpp: the managers' names and SAPs.
 #pragma once
 
 #include <array>
@@ -19,7 +19,7 @@ inline constexpr auto managers = std::to_array<Manager>({
     {23, "pcumgr"},    {24, "loramgr"},     {240, "towermon"},
 });
 
-void no_such_manager(); // nowhere defined: a name that is no manager's does not compile
+void no_such_manager(); // nowhere defined: an unknown name does not compile
 
 consteval std::uint16_t sap_of(std::string_view name)
 {

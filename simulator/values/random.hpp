@@ -1,4 +1,4 @@
-// random.hpp: draws that are the seed's own.
+// random.hpp: random numbers determined by the seed.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@ namespace vorsim {
 // splitmix64
 class Random {
 public:
-    // Every name has draws of its own, whatever else is drawn.
+    // Every name has a sequence of its own.
     Random(std::uint64_t seed, std::string_view name) : state_(0xcbf29ce484222325U ^ seed)
     {
         for (const char character : name) { // FNV-1a

@@ -1,4 +1,4 @@
-// record.hpp: what vorsim knows of a message that reached it, and of what came of it.
+// record.hpp: a message that reached vorsim, and its outcome.
 #pragma once
 
 #include <cstdint>
@@ -13,9 +13,9 @@ namespace vorsim {
 struct Record {
     enum class Kind : std::uint8_t {
         message,
-        konfd,     // a text that konfd was sent
-        malformed, // a datagram that is no message
-        foreign,   // a message that no manager is to judge
+        konfd,     // a text sent to konfd
+        malformed, // a datagram that is not a message
+        foreign,   // an unexpected answer, or a message to another SAP
     };
     struct Fault {
         unsigned number{};
@@ -26,31 +26,33 @@ struct Record {
     std::uint64_t seq{};
     std::string time{};
     std::optional<std::int64_t> took{}; // in microseconds
-    std::string line{};                 // for people
+    std::string line{};                 // for people, made of the rest when it is recorded
+    std::vector<std::string> notes{};   // in brackets at the end of its line
     std::string complaint{};
-    bool complained{}; // a check of konfd's that finds nothing is no complaint
+    bool complained{}; // false for a konfd check that finds nothing
     std::optional<Fault> fault{};
     bool delivered = true; // its answer
-    bool refused{};        // as though nobody had received it
+    bool unanswered{};     // an answer was due, and no client got one
+    bool refused{};        // as if nobody had received it
 
     std::uint16_t sap{}; // the manager it reached
     std::uint16_t source{};
     std::uint32_t id{};
-    std::string call{}; // empty where it was complained about
+    std::string call{}; // empty where there is a complaint
     std::string object{};
     std::vector<Value> values{};
     std::vector<Value> answer_values{};
     std::optional<std::int32_t> status{}; // none: one-way, or answered with values
     bool awaits{};
 
-    std::uint64_t client{}; // konfd's, numbered as they come
+    std::uint64_t client{}; // of konfd, numbered in order of connection
     std::string commands{};
     std::string answer{};
-    std::string shown{}; // what was left out of the answer
+    std::string shown{}; // how the answer was cut
 
-    std::string why{}; // it is malformed or foreign
+    std::string why{}; // of a malformed or foreign one
 
-    // The bytes in hexadecimal, secrets masked; put together for those who read them.
+    // The bytes in hexadecimal, secrets masked; filled in only when somebody reads them.
     std::optional<std::string> meta_data{};
     std::optional<std::string> payload{};
     std::optional<std::uint32_t> answer_id{}; // none: there was no answer

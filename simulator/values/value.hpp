@@ -13,14 +13,14 @@ inline constexpr std::size_t longest_in_line = 80; // of a text
 using Scalar = std::variant<std::int64_t, std::uint64_t, std::string>;
 using List = std::vector<Scalar>;
 
-// Ready to be shown: a secret is masked already.
+// Ready to be shown: secrets are masked.
 struct Value {
     std::string name;
     std::string text;
     std::variant<Scalar, List> data;
-    bool in_object{}; // told by the object's own text
+    bool in_object{}; // part of the object's text
 
-    // What it holds of this type; null where that is something else.
+    // Null: it holds another type.
     template <class Type>
     const Type* held() const
     {

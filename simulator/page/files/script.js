@@ -1,6 +1,6 @@
 "use strict";
 
-// Whatever comes from the gateway is put in as text.
+// All data of the gateway is inserted as text, never as HTML.
 const find = (id) => document.getElementById(id);
 const make = (tag, properties = {}, ...children) => {
   const element = Object.assign(document.createElement(tag), properties);
@@ -13,7 +13,7 @@ const mostListed = 1000;
 const names = new Map(); // of managers, by SAP
 const opened = new Set(); // managers whose objects are shown
 const drawn = new Map(); // what each part shows
-let seen = 0; // the last message
+let seen = 0; // the number of the last message
 let control = false;
 
 function notice(text) {
@@ -46,15 +46,8 @@ function values(all) {
 
 // --- Messages -----------------------------------------------------------------
 
-function outcome(record) {
-  if (record.delivered === false) {
-    return "not delivered";
-  }
-  if (record.status !== undefined) {
-    return record.status === null ? "one-way" : `status ${record.status}`;
-  }
-  return typeof record.answer === "string" ? record.answer : record.answer !== undefined ? "answered" : "";
-}
+// The first column of the gateway's own line.
+const verdict = (record) => record.line.split(/ {2,}/, 1)[0];
 
 function message(record) {
   const wrong = record.complained || record.malformed !== undefined || record.foreign !== undefined;
@@ -66,18 +59,18 @@ function message(record) {
         make("b", {}, who),
         make("span", { className: "call" }, record.call ?? record.id ?? ""),
         make("span", { className: "object" }, record.object ?? "")),
-      make("span", { className: "outcome" }, outcome(record))));
+      make("span", { className: "outcome" }, verdict(record))));
   if (record.konfd !== undefined) {
     item.append(make("div", { className: "line" }, record.konfd));
   } else if (record.values !== undefined || typeof record.answer === "object") {
     item.append(values({ ...record.values, ...(typeof record.answer === "object" ? record.answer : {}) }));
   }
-  const said = record.complaint ?? record.malformed ?? record.foreign;
-  if (said !== undefined) {
-    item.append(make("div", { className: "said" }, said));
+  const reason = record.complaint ?? record.malformed ?? record.foreign;
+  if (reason !== undefined) {
+    item.append(make("div", { className: "reason" }, reason));
   }
   if (record.fault) {
-    item.append(make("div", { className: "said" }, `fault ${record.fault.number}: ${record.fault.rule}`));
+    item.append(make("div", { className: "reason" }, `fault ${record.fault.number}: ${record.fault.rule}`));
   }
   item.words = `${who} ${record.line ?? ""}`.toLowerCase();
   return item;
@@ -104,7 +97,7 @@ function refilter() {
 }
 
 function gap(count) {
-  list(Object.assign(make("li", { className: "gap" }, `${count} not shown: too many at once`), { words: "" }));
+  list(Object.assign(make("li", { className: "gap" }, `${counted(count, "message")} dropped: too many at once`), { words: "" }));
 }
 
 function listen() {
@@ -123,7 +116,7 @@ function listen() {
   };
   events.onerror = () => {
     connection("not connected");
-    if (events.readyState === EventSource.CLOSED) { // refused: it does not try again by itself
+    if (events.readyState === EventSource.CLOSED) { // refused: the browser does not retry
       events.close();
       setTimeout(listen, 2000);
     }
@@ -132,7 +125,7 @@ function listen() {
 
 // --- What the gateway holds ---------------------------------------------------
 
-// Draws a part anew where it has changed: what somebody reads or clicks stays as it is otherwise.
+// Redraws a part only if it has changed, so that scrolling and clicking are not disturbed.
 function draw(id, data, elements) {
   const text = JSON.stringify([data, control]);
   if (drawn.get(id) !== text) {
@@ -149,19 +142,20 @@ function counter(text, className = "") {
 }
 
 function counters({ messages, complaints, counters: { malformed, foreign, faulted } }) {
-  return [counter(counted(messages, "message")), counter(counted(complaints, "complaint"), "bad"),
+  return [counter(counted(messages, "message")),
+    ...(complaints ? [counter(`${complaints} refused`, "bad")] : []),
     ...(malformed ? [counter(`${malformed} malformed`, "bad")] : []),
     ...(foreign ? [counter(`${foreign} foreign`, "bad")] : []),
     ...(faulted ? [counter(`${faulted} faulted`, "fault")] : [])];
 }
 
 function button(text, command) {
-  return control ? [make("button", { type: "button", onclick: () => tell(command) }, text)] : [];
+  return control ? [make("button", { type: "button", onclick: () => send(command) }, text)] : [];
 }
 
 function objects(held) {
   return Object.entries(held).flatMap(([object, calls]) => [make("h3", {}, object),
-    ...Object.entries(calls).flatMap(([call, told]) => [make("div", { className: "call" }, call), values(told)])]);
+    ...Object.entries(calls).flatMap(([call, held]) => [make("div", { className: "call" }, call), values(held)])]);
 }
 
 function manager({ name, sap, served }, held) {
@@ -179,7 +173,7 @@ function manager({ name, sap, served }, held) {
 function rule(one) {
   return make("li", { className: one.over ? "over" : "" }, make("small", {}, String(one.number)),
     make("div", {}, make("code", {}, one.rule), make("br"),
-      make("small", {}, `acted on ${one.acted} of ${counted(one.concerned, "message")}${one.over ? ", over" : ""}`)),
+      make("small", {}, `acted on ${one.acted} of ${counted(one.concerned, "message")}${one.over ? ", ended" : ""}`)),
     ...button("clear", `fault clear ${one.number}`));
 }
 
@@ -202,9 +196,9 @@ function show({ control: may, watched, gateway }) {
   draw("tree", gateway.konfd, () => gateway.konfd.map(branch));
 }
 
-// --- Asked and told -----------------------------------------------------------
+// --- Requests -----------------------------------------------------------------
 
-const unserved = "The page is not served any more, or the connection broke.";
+const unserved = "No connection to vorsim.";
 let waiting = false;
 
 function refreshSoon() {
@@ -223,32 +217,32 @@ async function refresh() {
     }
     const state = await answer.json();
     show(state);
-    notice(state.watched ? "" : "Messages are not shown: too many watch the gateway already.");
+    notice(state.watched ? "" : "Messages are not shown: too many clients watch the gateway.");
   } catch (error) {
     notice(error instanceof TypeError ? unserved : error.message);
   }
 }
 
-async function tell(command) {
+async function send(command) {
   const output = find("answer");
-  let told = false;
+  let done = false;
   try {
     const answer = await fetch(`/command?token=${token}`, { method: "POST", body: command });
-    told = answer.ok;
+    done = answer.ok;
     output.textContent = await answer.text();
   } catch {
     output.textContent = unserved;
   }
-  output.className = told ? "" : "wrong";
+  output.className = done ? "" : "wrong";
   output.hidden = output.textContent === "";
   refresh();
-  return told;
+  return done;
 }
 
 find("faults").querySelector("form").onsubmit = async (event) => {
   event.preventDefault();
   const input = find("rule");
-  if (await tell(`fault add ${input.value}`)) {
+  if (await send(`fault add ${input.value}`)) {
     input.value = "";
   } else {
     const column = Number(/column (\d+)/.exec(find("answer").textContent)?.[1] ?? 1);
@@ -256,8 +250,9 @@ find("faults").querySelector("form").onsubmit = async (event) => {
     input.setSelectionRange(column - 1, input.value.length);
   }
 };
-find("clear").onclick = () => tell("fault clear");
-find("reset").onclick = () => tell("reset");
+find("clear").onclick = () => send("fault clear");
+find("reset").onclick = () =>
+  confirm("Clear all settings, konfd's tree, readings and counters?") && send("reset");
 find("messages").querySelector("form").onsubmit = (event) => event.preventDefault();
 find("kind").onchange = refilter;
 find("words").oninput = refilter;
@@ -265,8 +260,8 @@ window.onhashchange = () => location.reload();
 
 if (token === "") {
   connection("not connected");
-  notice("The link that vorsim printed goes on behind a #: open all of it.");
+  notice("The link is incomplete: open all of the link that vorsim printed, with the part after #.");
 } else {
   refresh().then(listen);
-  setInterval(() => document.hidden || refresh(), 2000); // rules end and managers come back by themselves
+  setInterval(() => document.hidden || refresh(), 2000); // rules expire and managers restart by themselves
 }

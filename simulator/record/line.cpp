@@ -1,0 +1,151 @@
+#include "record/line.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <ctime>
+
+#include <fmt/core.h>
+
+#include "gateway/decode.hpp"
+#include "tables/managers.hpp"
+#include "text/text.hpp"
+
+namespace vorsim {
+namespace {
+
+using vor::Color;
+
+constexpr std::size_t verdict_width = 9;
+constexpr std::string_view between = "  ";
+
+struct Columns {
+    std::string verdict;
+    std::string manager;
+    std::string call;
+    std::string text;
+};
+
+std::string verdict_of(const Record& record)
+{
+    const bool konfd = record.kind == Record::Kind::konfd;
+    if (record.unanswered) {
+        return "NO ANSWER";
+    }
+    if (record.complained) {
+        return record.awaits ? fmt::format("REFUSED {}", record.status.value_or(0)) : "REFUSED";
+    }
+    if (konfd && (record.answer == "-o" || record.answer == "-e")) {
+        return fmt::format("answer {}", record.answer);
+    }
+    if (konfd || !record.answer_values.empty()) {
+        return "answered";
+    }
+    return record.status ? fmt::format("status {}", *record.status) : "one-way";
+}
+
+std::string text_of(const Record& record)
+{
+    std::string text;
+    const auto add = [&text](std::string_view more, std::string_view separator) {
+        text += text.empty() || more.empty() ? "" : separator;
+        text += more;
+    };
+    add(record.kind == Record::Kind::konfd ? record.commands : record.object, "");
+    add(record.complaint, ": ");
+    add(values_text(record.values), ": ");
+    add(values_text(record.answer_values), text == record.object ? ": " : " ");
+    for (const std::string& note : record.notes) {
+        add(fmt::format("[{}]", note), between);
+    }
+    return text;
+}
+
+Columns columns_of(const Record& record)
+{
+    switch (record.kind) {
+    case Record::Kind::konfd:
+        return {verdict_of(record), "konfd", fmt::format("client {}", record.client), text_of(record)};
+    case Record::Kind::malformed:
+        return {"MALFORMED", manager_key(record.sap), "-", record.why};
+    case Record::Kind::foreign:
+        return {"FOREIGN", manager_key(record.sap), "-", record.why};
+    default:
+        return {verdict_of(record), manager_key(record.sap),
+                record.call.empty() ? fmt::format("{:#x}", record.id) : record.call, text_of(record)};
+    }
+}
+
+// None where the line is of an earlier version.
+std::optional<Columns> columns_in(std::string_view line)
+{
+    std::array<std::string, 3> first;
+    for (std::string& column : first) {
+        const std::size_t end = line.find(between);
+        if (end == line.npos) {
+            return {};
+        }
+        column = line.substr(0, end);
+        line.remove_prefix(std::min(line.find_first_not_of(' ', end), line.size()));
+    }
+    return Columns{first[0], first[1], first[2], std::string(line)};
+}
+
+// "13:34:09.142" for "2024-05-01T12:34:09.142337Z"
+std::string local_time(const std::string& utc)
+{
+    tm parts{};
+    const char* const fraction = strptime(utc.c_str(), "%Y-%m-%dT%H:%M:%S", &parts);
+    if (fraction == nullptr) {
+        return utc;
+    }
+    const std::time_t seconds = timegm(&parts);
+    localtime_r(&seconds, &parts);
+    return fmt::format("{:02}:{:02}:{:02}{:.4}", parts.tm_hour, parts.tm_min, parts.tm_sec, fraction);
+}
+
+} // namespace
+
+std::string line_of(const Record& record)
+{
+    const Columns columns = columns_of(record);
+    return fmt::format("{:<{}}{}{}{}{}{}{}", columns.verdict, verdict_width, between, columns.manager, between,
+                       columns.call, between, columns.text);
+}
+
+std::string shown(const Record& record, const LineStyle& style, std::optional<std::string> stamp)
+{
+    const vor::Screen& screen = style.screen;
+    if (!stamp && screen.is_terminal) {
+        stamp = local_time(record.time);
+    }
+    const std::string front = stamp ? fmt::format("{}{}", *stamp, between) : "";
+    auto columns = columns_in(record.line);
+    if (!columns) {
+        return front + record.line;
+    }
+    if (style.ids && record.kind != Record::Kind::konfd) {
+        columns->manager += fmt::format(" {}", record.sap);
+        columns->manager += record.kind == Record::Kind::message ? fmt::format(" {:#x}", record.id) : "";
+    }
+    const std::string verdict = fmt::format("{:<{}}{}", columns->verdict, verdict_width, between);
+    const std::string call = fmt::format("{}{}", between, columns->call);
+    const std::size_t indent = std::min(front.size() + verdict.size(), screen.width / 3);
+    const std::size_t begin = front.size() + verdict.size() + columns->manager.size() + call.size() + between.size();
+    std::string text = columns->text;
+    std::string before_text(between);
+    if (screen.width != text.npos && begin + vor::columns_of(text) > screen.width) {
+        before_text = '\n' + std::string(indent, ' ');
+        text = vor::joined(vor::folded(text, screen.width - indent), before_text);
+    }
+    const std::size_t notes = std::min(text.rfind("["), text.size());
+    const bool has_notes = !record.notes.empty() || record.fault;
+    const std::size_t end = has_notes ? notes : text.size();
+    const bool failed = std::isupper(static_cast<unsigned char>(verdict[0])) != 0;
+    const Color normal = record.fault ? Color::yellow : Color::plain;
+    return screen.painted(front, Color::dim) + screen.painted(verdict, failed ? Color::red : normal) +
+           screen.painted(columns->manager, Color::dim) + call + before_text + text.substr(0, end) +
+           screen.painted(std::string_view(text).substr(end), Color::yellow);
+}
+
+} // namespace vorsim

@@ -150,9 +150,12 @@ bool changes_nothing(const PreparedCall& planned)
     return false;
 }
 
-std::string shown(const Argument& argument, const KeptValue& value)
+std::string shown(const Argument& argument, const KeptValue& value, bool hexadecimal)
 {
     if (const auto* const number = std::get_if<std::int64_t>(&value)) {
+        if (hexadecimal && *number >= 0) {
+            return fmt::format("0x{:x}", *number);
+        }
         const auto named = std::ranges::find(argument.choices, *number, &Choice::number);
         return named != argument.choices.end() ? std::string(named->name) : std::to_string(*number);
     }
@@ -163,10 +166,10 @@ std::string shown(const Argument& argument, const KeptValue& value)
     return text.empty() || text.find_first_of(" \t\"#") != std::string::npos ? vor::quoted(text) : vor::escaped(text);
 }
 
-std::string shown(const Argument& argument, const KeptValues& values)
+std::string shown(const Argument& argument, const KeptValues& values, bool hexadecimal)
 {
     if (!argument.is_list) {
-        return values.empty() ? "not given" : shown(argument, values.front());
+        return values.empty() ? "not given" : shown(argument, values.front(), hexadecimal);
     }
     std::string items;
     for (const KeptValue& value : values) {

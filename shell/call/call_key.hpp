@@ -56,7 +56,7 @@ bool changes_nothing(const PreparedCall& planned);
 // "ip set-ip-address 0"
 std::string name_of(const CallKey& key);
 // One argument as it is shown: 192.168.1.10, "Tower 17", [1, 2], the word for a number, or "not given".
-std::string shown(const Argument& argument, const KeptValues& values);
-std::string shown(const Argument& argument, const KeptValue& value); // an item of a list
+std::string shown(const Argument& argument, const KeptValues& values, bool hexadecimal = false);
+std::string shown(const Argument& argument, const KeptValue& value, bool hexadecimal = false); // an item of a list
 
 } // namespace vorcfg

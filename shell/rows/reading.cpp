@@ -108,6 +108,7 @@ Value Reading::value(const Argument& argument, std::size_t index)
     Value value{.secret = argument.is_secret, .word = index_of(index)};
     if (argument.is_number()) {
         value.number = read_number(*this, argument, index);
+        value.hexadecimal = words[index].text.starts_with("0x") || words[index].text.starts_with("0X");
         value.text = argument.kind == Kind::decimal ? std::to_string(value.number) : "";
         return value;
     }

@@ -27,6 +27,7 @@ enum Marks : unsigned {
 // The value given for an argument; for a result, its buffer.
 struct Value {
     std::int64_t number = 0;
+    bool hexadecimal = false; // as it was typed
     std::string text{};
     bool secret = false;
     bool given = true;    // false: an optional one that was left out

@@ -51,7 +51,11 @@ void Planner::add(const PreparedCall& planned)
     for (const Value& value : planned.values) {
         secrets = value.secret ? secrets * 31 + std::hash<std::string>()(value.text) : secrets;
     }
-    plan_.lines.push_back({.line = planned.place.line, .key = key_of(planned)});
+    std::vector<bool> hexadecimal;
+    for (std::size_t i = 0; i < planned.row->arguments().size(); i++) {
+        hexadecimal.push_back(i < planned.values.size() && planned.values[i].hexadecimal);
+    }
+    plan_.lines.push_back({.line = planned.place.line, .key = key_of(planned), .hexadecimal = std::move(hexadecimal)});
     secrets_.push_back(secrets);
 }
 

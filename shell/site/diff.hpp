@@ -41,6 +41,7 @@ inline constexpr LineStateName states[] = {{LineState::fresh, "new", "new", '+'}
 struct PlanLine {
     std::size_t line = 0; // 0: not in the file
     CallKey key;
+    std::vector<bool> hexadecimal{}; // per argument: how the file has the number
     LineState state{};
     bool due = false;                // to be made
     const Entry* before = nullptr;   // done last about the same thing

@@ -36,7 +36,8 @@ std::string changes_of(const PlanLine& line)
                     shown(arguments[i], now[item]));
             }
         } else if (!arguments[i].is_count) {
-            add(name, shown(arguments[i], before), shown(arguments[i], now));
+            const bool hexadecimal = line.hexadecimal[i];
+            add(name, shown(arguments[i], before, hexadecimal), shown(arguments[i], now, hexadecimal));
         }
     }
     return vor::joined(changes, ", ");
@@ -60,7 +61,7 @@ std::string state_text(const PlanLine& line)
 {
     switch (line.state) {
     case LineState::fresh:
-        return values_of(line.key);
+        return values_of(line.key, line.hexadecimal);
     case LineState::changed:
         return changes_of(line);
     case LineState::again:
@@ -179,7 +180,7 @@ std::string json_of(const Plan& plan, const Tally& calls, std::size_t left, cons
 
 } // namespace
 
-std::string values_of(const CallKey& key)
+std::string values_of(const CallKey& key, const std::vector<bool>& hexadecimal)
 {
     std::string text;
     const auto add = [&](std::string_view name, std::string_view value) {
@@ -190,7 +191,7 @@ std::string values_of(const CallKey& key)
         if (argument.is_secret && key.secret) {
             add(argument.name, vor::mask);
         } else if (!argument.is_object && !argument.is_count && (argument.is_list || !key.values[i].empty())) {
-            add(argument.name, shown(argument, key.values[i]));
+            add(argument.name, shown(argument, key.values[i], i < hexadecimal.size() && hexadecimal[i]));
         }
     }
     return text;

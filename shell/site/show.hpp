@@ -34,6 +34,6 @@ std::string applied_text(const Plan& plan, const Tally& calls, std::size_t left,
 // About lines of a file that set the same thing differently.
 std::string warnings_of(const Plan& plan, const Shown& shown);
 // "ip_address 192.168.1.10, subnet_mask 255.255.255.0", without the arguments that name the object
-std::string values_of(const CallKey& key);
+std::string values_of(const CallKey& key, const std::vector<bool>& hexadecimal = {});
 
 } // namespace vorcfg

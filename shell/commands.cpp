@@ -22,28 +22,28 @@ namespace {
 
 int print_paged(std::string_view text)
 {
-    page(text);
-    return exit_ok;
+    help::page(text);
+    return input::exit_ok;
 }
 
 int print(std::string_view text)
 {
     std::fwrite(text.data(), 1, text.size(), stdout);
-    return exit_ok;
+    return input::exit_ok;
 }
 
 // --- The operand of a command -----------------------------------------------------
 
-[[noreturn]] void fail_usage(const Options& options, std::string text)
+[[noreturn]] void fail_usage(const input::Options& options, std::string text)
 {
-    const Command& command = *command_named(options.words[0].text);
+    const input::Command& command = *input::command_named(options.words[0].text);
     const std::string_view more = command.options;
-    throw InputError{.text = std::move(text),
-                     .excerpt = fmt::format("usage: {}{}{}\n", command.usage, more.empty() ? "" : " ", more)};
+    throw input::InputError{.text = std::move(text),
+                            .excerpt = fmt::format("usage: {}{}{}\n", command.usage, more.empty() ? "" : " ", more)};
 }
 
 // Null where there is none.
-const std::string* operand(const Options& options)
+const std::string* operand(const input::Options& options)
 {
     if (options.words.size() > 2) {
         fail_usage(options, fmt::format("unexpected argument {}", vor::quoted(options.words[2].text)));
@@ -51,18 +51,18 @@ const std::string* operand(const Options& options)
     return options.words.size() == 2 ? &options.words[1].text : nullptr;
 }
 
-const std::string& required_operand(const Options& options)
+const std::string& required_operand(const input::Options& options)
 {
     const std::string* const word = operand(options);
     if (word == nullptr) {
-        const Command& command = *command_named(options.words[0].text);
+        const input::Command& command = *input::command_named(options.words[0].text);
         fail_usage(options, fmt::format("{} needs {}", command.name, command.usage.substr(command.name.size() + 1)));
     }
     return *word;
 }
 
-template <int (*Run)(const std::string& file, const Options& options)>
-int over_file(const Options& options)
+template <int (*Run)(const std::string& file, const input::Options& options)>
+int over_file(const input::Options& options)
 {
     return Run(required_operand(options), options);
 }
@@ -76,63 +76,65 @@ void pause_for(unsigned milliseconds)
     std::signal(SIGINT, before);
 }
 
-PreparedCall prepared(const Options& options, Secrets& secrets)
+call::PreparedCall prepared(const input::Options& options, input::Secrets& secrets)
 try {
-    PreparedCall planned = plan(options.words, secrets);
-    check_confirmed(planned, options);
-    rehearse(planned);
+    call::PreparedCall planned = call::plan(options.words, secrets);
+    call::check_confirmed(planned, options);
+    call::rehearse(planned);
     return planned;
-} catch (InputError& error) {
-    point_out(error, options.words);
+} catch (input::InputError& error) {
+    help::point_out(error, options.words);
     throw;
 }
 
-int run_call(const Options& options)
+int run_call(const input::Options& options)
 {
     if (options.words.size() < 2) {
-        vor::print(stderr, help(require_family(options.words[0].text, Expected::command_or_family)));
-        return exit_usage;
+        vor::print(stderr, help::help(rows::require_family(options.words[0].text, rows::Expected::command_or_family)));
+        return input::exit_usage;
     }
-    Secrets secrets({.literals = options.in_session,
-                     .standard_input = !options.in_session,
-                     .left_out = options.password.value_or(Word{{"?"}})});
-    PreparedCall planned = prepared(options, secrets);
-    if (planned.row->has(cuts_link) && !agreed_to({named(planned)}, "Make it?", options)) {
-        return exit_usage;
+    input::Secrets secrets({.literals = options.in_session,
+                            .standard_input = !options.in_session,
+                            .left_out = options.password.value_or(input::Word{{"?"}})});
+    call::PreparedCall planned = prepared(options, secrets);
+    if (planned.row->has(rows::cuts_link) && !call::agreed_to({call::named(planned)}, "Make it?", options)) {
+        return input::exit_usage;
     }
-    Session session({options.dry_run, options.trace}, options.sap);
-    const CallResult report = session.make(planned);
-    vor::print(stdout, options.json ? json_of(planned, report) : text_of(planned, report, screen_of(options)));
+    call::Session session({options.dry_run, options.trace}, options.sap);
+    const call::CallResult report = session.make(planned);
+    vor::print(stdout, options.json ? output::json_of(planned, report)
+                                    : output::text_of(planned, report, output::screen_of(options)));
     if (!options.json && !report.verdict.hint.empty()) {
         vor::print_line(stderr, fmt::format("hint: {}", report.verdict.hint));
     }
-    wait_for(*planned.row, report, pause_for);
-    return exit_of(report.verdict.outcome);
+    call::wait_for(*planned.row, report, pause_for);
+    return call::exit_of(report.verdict.outcome);
 }
 
-int run_batch(const std::string& path, const Options& options)
+int run_batch(const std::string& path, const input::Options& options)
 {
-    Batch batch = batch_of(path, options);
+    call::Batch batch = call::batch_of(path, options);
     std::vector<std::string> cutting;
-    Account account(options, screen_of(options), [&](const Tally& tally, std::size_t left) {
-        return options.json ? json_of(tally, batch.name(), left) : text_of(tally, batch.name(), left, options);
+    output::Account account(options, output::screen_of(options), [&](const call::Tally& tally, std::size_t left) {
+        return options.json ? output::json_of(tally, batch.name(), left)
+                            : output::text_of(tally, batch.name(), left, options);
     });
-    const auto count = [&](const PreparedCall& planned) {
-        check_confirmed(planned, options);
-        account.expect(name_of(key_of(planned)));
-        if (planned.row->has(cuts_link)) {
-            cutting.push_back(named(planned));
+    const auto count = [&](const call::PreparedCall& planned) {
+        call::check_confirmed(planned, options);
+        account.expect(call::name_of(call::key_of(planned)));
+        if (planned.row->has(rows::cuts_link)) {
+            cutting.push_back(call::named(planned));
         }
     };
-    if (const int exit = check(batch, count, error_printer(options.json)); exit != exit_ok) {
+    if (const int exit = call::check(batch, count, output::error_printer(options.json)); exit != input::exit_ok) {
         return exit;
     }
-    if (!agreed_to(cutting, fmt::format("Make {}?", vor::counted(account.calls(), "call")), options)) {
-        return exit_usage;
+    if (!call::agreed_to(cutting, fmt::format("Make {}?", vor::counted(account.calls(), "call")), options)) {
+        return input::exit_usage;
     }
     batch.ask();
     batch.rewind();
-    BatchRunner runner(options, account.calls(), account, {});
+    call::BatchRunner runner(options, account.calls(), account, {});
     for (bool more = true; more;) {
         auto planned = batch.next();
         more = planned && runner.make(*planned);
@@ -140,78 +142,79 @@ int run_batch(const std::string& path, const Options& options)
     return runner.finish();
 }
 
-int run_check(const std::string& path, const Options& options)
+int run_check(const std::string& path, const input::Options& options)
 {
-    Batch batch = batch_of(path, options);
+    call::Batch batch = call::batch_of(path, options);
     batch.leave_input();
     std::size_t calls = 0;
-    if (check(
-            batch, [&](const PreparedCall&) { calls++; }, error_printer(options.json)) != exit_ok) {
-        return exit_usage;
+    if (call::check(
+            batch, [&](const call::PreparedCall&) { calls++; }, output::error_printer(options.json)) !=
+        input::exit_ok) {
+        return input::exit_usage;
     }
-    vor::print(stdout, options.json ? checked_json(batch.name(), calls)
+    vor::print(stdout, options.json ? output::checked_json(batch.name(), calls)
                                     : fmt::format("{}: {}, no errors\n", vor::printable(batch.name()),
                                                   vor::counted(calls, "call")));
-    return exit_ok;
+    return input::exit_ok;
 }
 
 // --- Looking up ---------------------------------------------------------------------
 
-int print_help(std::span<const Word> words, bool brief)
+int print_help(std::span<const input::Word> words, bool brief)
 {
     if (words.empty()) {
-        return brief ? print(brief_help()) : print_paged(help());
+        return brief ? print(help::brief_help()) : print_paged(help::help());
     }
-    if (const Command* const command = command_named(words[0].text)) {
-        return print(help(*command));
+    if (const input::Command* const command = input::command_named(words[0].text)) {
+        return print(help::help(*command));
     }
     if (words.size() == 1) {
-        const Family& family = require_family(words[0].text, Expected::command_or_family);
-        return brief ? print(brief_help(family)) : print_paged(help(family));
+        const rows::Family& family = rows::require_family(words[0].text, rows::Expected::command_or_family);
+        return brief ? print(help::brief_help(family)) : print_paged(help::help(family));
     }
-    const Row& row = require_row(words[0].text, words[1].text, Expected::command_or_family);
-    return brief ? print(brief_help(row)) : print_paged(help(row));
+    const rows::Row& row = rows::require_row(words[0].text, words[1].text, rows::Expected::command_or_family);
+    return brief ? print(help::brief_help(row)) : print_paged(help::help(row));
 }
 
-int run_help(const Options& options)
+int run_help(const input::Options& options)
 {
     return print_help(std::span(options.words).subspan(1), false);
 }
 
-int run_list(const Options& options)
+int run_list(const input::Options& options)
 {
     const std::string* const family = operand(options);
-    return print(list(family != nullptr ? &require_family(*family) : nullptr, options.json));
+    return print(help::list(family != nullptr ? &rows::require_family(*family) : nullptr, options.json));
 }
 
-int run_search(const Options& options)
+int run_search(const input::Options& options)
 {
     const std::string& word = required_operand(options);
-    const std::string found = search(word, options.json);
+    const std::string found = help::search(word, options.json);
     if (found.empty()) {
-        throw InputError{fmt::format("no call matches {}", vor::quoted(word))};
+        throw input::InputError{fmt::format("no call matches {}", vor::quoted(word))};
     }
     return print(found);
 }
 
-int run_manual(const Options& options)
+int run_manual(const input::Options& options)
 {
     const std::string* const page = operand(options);
-    return print(page != nullptr ? manual(*page) : vor::joined(manual_pages(), "\n") + "\n");
+    return print(page != nullptr ? help::manual(*page) : vor::joined(help::manual_pages(), "\n") + "\n");
 }
 
-int run_completion(const Options& options)
+int run_completion(const input::Options& options)
 {
-    return print(completion_script(required_operand(options)));
+    return print(help::completion_script(required_operand(options)));
 }
 
 // --- The table ----------------------------------------------------------------------
 
-using enum CommandGroup;
+using enum input::CommandGroup;
 
-constexpr Command table[] = {
+constexpr input::Command table[] = {
     {make, "", "FAMILY CALL ARGUMENT...", "make a call", "", run_call},
-    {make, "", "", "read lines from standard input; prompt at a terminal", "", run_prompt},
+    {make, "", "", "read lines from standard input; prompt at a terminal", "", prompt::run_prompt},
     {make, "batch", "batch FILE", "make every call in FILE; - is standard input",
      "Each line is a call, written as after vorcfg. A # begins a comment; text with spaces is put in double quotes, in "
      "which \\\" and \\\\ are a double quote and a backslash. Before the first message, the whole file is checked and "
@@ -222,15 +225,16 @@ constexpr Command table[] = {
     {set_up, "plan", "plan FILE", "list the calls in FILE that the gateway has not accepted yet",
      "Compares the file with the journal of accepted calls and sends nothing. The exit code is 11 if any are left to "
      "make. The settings of a gateway cannot be read back, so they are not compared.",
-     over_file<run_plan>, "[--journal JOURNAL]"},
+     over_file<site::run_plan>, "[--journal JOURNAL]"},
     {set_up, "apply", "apply FILE", "make the calls that the gateway has not accepted yet",
      "Makes them in the order of the file. The journal gets each call before it is sent and its verdict afterwards, so "
      "that applying again continues where the last apply ended. With --confirm, all changes are reverted unless they "
      "are confirmed in time.",
-     over_file<run_apply>, "[--journal JOURNAL]"},
-    {set_up, "confirm", "confirm JOURNAL", "keep the changes of apply --confirm", "", over_file<run_confirm>},
-    {set_up, "revert", "revert JOURNAL", "revert the changes of apply --confirm now", "", over_file<run_revert>},
-    {set_up, "report", "report JOURNAL", "print the accepted settings, for the hand-over", "", over_file<run_report>},
+     over_file<site::run_apply>, "[--journal JOURNAL]"},
+    {set_up, "confirm", "confirm JOURNAL", "keep the changes of apply --confirm", "", over_file<site::run_confirm>},
+    {set_up, "revert", "revert JOURNAL", "revert the changes of apply --confirm now", "", over_file<site::run_revert>},
+    {set_up, "report", "report JOURNAL", "print the accepted settings, for the hand-over", "",
+     over_file<site::run_report>},
     {look_up, "list", "list [FAMILY]", "list all calls",
      "With --json, lists all that is known of each call: ranges, lengths, words and marks.", run_list},
     {look_up, "search", "search WORD", "list the calls that mention WORD",
@@ -242,31 +246,31 @@ constexpr Command table[] = {
      "To use it now: source <(vorcfg completion bash)", run_completion},
 };
 
-const Command& command_for(std::span<const Word> words)
+const input::Command& command_for(std::span<const input::Word> words)
 {
-    const Command& call = table[0];
-    const Command& lines = table[1];
+    const input::Command& call = table[0];
+    const input::Command& lines = table[1];
     if (words.empty()) {
         return lines;
     }
-    const Command* const named = command_named(words[0].text);
+    const input::Command* const named = input::command_named(words[0].text);
     return named != nullptr ? *named : call;
 }
 
 } // namespace
 
-std::span<const Command> commands()
+std::span<const input::Command> input::commands()
 {
     return table;
 }
 
-const Command* command_named(std::string_view name)
+const input::Command* input::command_named(std::string_view name)
 {
-    const auto found = std::ranges::find(table, name, &Command::name);
+    const auto found = std::ranges::find(table, name, &input::Command::name);
     return name.empty() || found == std::end(table) ? nullptr : found;
 }
 
-int run(const Options& options)
+int input::run(const input::Options& options)
 {
     if (options.version) {
         return print("vorcfg " VORCFG_VERSION "\n");
@@ -274,11 +278,11 @@ int run(const Options& options)
     if (options.help) {
         return print_help(options.words, options.brief);
     }
-    const Command& command = command_for(options.words);
+    const input::Command& command = command_for(options.words);
     if (!options.words.empty()) {
-        check_given(options, command.name.empty() ? "a call" : command.name);
+        input::check_given(options, command.name.empty() ? "a call" : command.name);
         if (options.words[0].text == "complete") { // asked by the completion scripts
-            return print(completions(std::span(options.words).subspan(1)));
+            return print(help::completions(std::span(options.words).subspan(1)));
         }
     }
     return command.run(options);

@@ -14,7 +14,7 @@ int finished(int code)
 {
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
         std::perror("vorcfg: standard output");
-        return exit_no_output;
+        return input::exit_no_output;
     }
     return code;
 }
@@ -26,10 +26,10 @@ int main(int argc, char** argv)
     prctl(PR_SET_DUMPABLE, 0); // keeps secrets from core files and other processes
     bool json = false;
     try {
-        const Options options = options_of({argv + 1, argv + argc});
+        const input::Options options = input::options_of({argv + 1, argv + argc});
         json = options.json;
-        return finished(run(options));
-    } catch (const InputError& error) {
-        return print_error(error, json);
+        return finished(input::run(options));
+    } catch (const input::InputError& error) {
+        return output::print_error(error, json);
     }
 }

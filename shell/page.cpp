@@ -19,74 +19,76 @@ namespace {
 constexpr std::string_view sample_secret = "Monsoon-17";
 
 // Printing a page must not restart the gateway.
-bool shown_dry(const Row& row)
+bool shown_dry(const rows::Row& row)
 {
-    return row.has(confirmed);
+    return row.has(rows::confirmed);
 }
 
 // The example as a shell line: a secret comes from standard input.
-std::string example_line(const Row& row)
+std::string example_line(const rows::Row& row)
 {
-    const bool secret = std::ranges::any_of(row.arguments(), &Argument::is_secret);
+    const bool secret = std::ranges::any_of(row.arguments(), &rows::Argument::is_secret);
     return fmt::format("{}vorcfg {}{}", secret ? fmt::format("printf {} | ", sample_secret) : "",
-                       shown_dry(row) ? "--dry-run " : "", example_call(row));
+                       shown_dry(row) ? "--dry-run " : "", rows::example_call(row));
 }
 
-PreparedCall planned_example(const Row& row)
+call::PreparedCall planned_example(const rows::Row& row)
 {
-    std::vector<Word> words = words_of(example_call(row));
-    for (Word& word : words) {
+    std::vector<input::Word> words = input::words_of(rows::example_call(row));
+    for (input::Word& word : words) {
         if (!word.quoted && word.text == "-") {
             word = {{std::string(sample_secret), true}};
         }
     }
-    Secrets secrets({.literals = true});
-    return plan(words, secrets);
+    input::Secrets secrets({.literals = true});
+    return call::plan(words, secrets);
 }
 
-std::string messages_text(const Row& row)
+std::string messages_text(const rows::Row& row)
 {
-    PreparedCall planned = planned_example(row);
-    const CallResult report = Session({.capture = true}, std::nullopt).make(planned);
+    call::PreparedCall planned = planned_example(row);
+    const call::CallResult report = call::Session({.capture = true}, std::nullopt).make(planned);
     std::string text;
-    for (const Message& message : report.seen.messages) {
-        text += described(message, row, planned.values) + '\n';
+    for (const call::Message& message : report.seen.messages) {
+        text += call::described(message, row, planned.values) + '\n';
     }
     return text.empty() ? "" : fmt::format("Sent as\n\n```text\n{}```\n\n", text);
 }
 
 // What the example prints; notes it where it fails.
-std::string example_text(const Row& row, std::string& faults)
+std::string example_text(const rows::Row& row, std::string& faults)
 {
-    PreparedCall planned = planned_example(row);
-    const CallResult report = Session({.capture = shown_dry(row)}, std::nullopt).make(planned);
-    const std::string text = text_of(planned, report);
-    const Outcome outcome = report.verdict.outcome;
-    if (exit_of(outcome) != exit_ok && !(outcome == Outcome::unread && row.has(answer_unread))) {
+    call::PreparedCall planned = planned_example(row);
+    const call::CallResult report = call::Session({.capture = shown_dry(row)}, std::nullopt).make(planned);
+    const std::string text = output::text_of(planned, report);
+    const call::Outcome outcome = report.verdict.outcome;
+    if (call::exit_of(outcome) != input::exit_ok &&
+        !(outcome == call::Outcome::unread && row.has(rows::answer_unread))) {
         faults += fmt::format("\n{}", std::string_view{text}.substr(0, text.size() - 1));
     }
     return fmt::format("```console\n$ {}\n{}```\n\n", example_line(row), text);
 }
 
-std::string arguments_text(const Row& row, const CallContract& contract)
+std::string arguments_text(const rows::Row& row, const rows::CallContract& contract)
 {
     std::string text;
-    for (const Argument& argument : row.arguments()) {
+    for (const rows::Argument& argument : row.arguments()) {
         std::string meaning(contract.meaning(argument));
         meaning += argument.is_secret ? " (a secret: `@FILE`, `-` or `?`)" : "";
-        text += fmt::format("| `{}` | {} |{}{} |\n", argument.name, argument.is_count ? "counted" : type_name(argument),
-                            meaning.empty() ? "" : " ", meaning);
+        text +=
+            fmt::format("| `{}` | {} |{}{} |\n", argument.name,
+                        argument.is_count ? "counted" : rows::type_name(argument), meaning.empty() ? "" : " ", meaning);
     }
     return text.empty() ? "" : fmt::format("| Argument | Type | |\n|---|---|---|\n{}\n", text);
 }
 
-std::string contract_text(const Row& row)
+std::string contract_text(const rows::Row& row)
 {
     if (row.read != nullptr) {
-        return fmt::format("`vorcfg {}`\n\n{}\n\n```text\n{}```\n\n", usage_of(row), sentence(summary_of(row)),
-                           row.usage_help);
+        return fmt::format("`vorcfg {}`\n\n{}\n\n```text\n{}```\n\n", rows::usage_of(row),
+                           rows::sentence(rows::summary_of(row)), row.usage_help);
     }
-    const CallContract& contract = contract_of(row);
+    const rows::CallContract& contract = rows::contract_of(row);
     std::string text = fmt::format("`{}`\n\n", contract.declaration);
     for (const std::string& paragraph : contract.paragraphs) {
         text += paragraph + "\n\n";
@@ -98,7 +100,7 @@ std::string contract_text(const Row& row)
     return text;
 }
 
-std::string row_text(const Row& row, std::string& faults)
+std::string row_text(const rows::Row& row, std::string& faults)
 {
     std::string text = fmt::format("## {}\n\n{}", row.full_name(), contract_text(row));
     if (!row.used_by.empty()) {
@@ -113,26 +115,27 @@ std::string page_of(std::string_view header)
     std::string text = fmt::format("# {}\n\n[How to read this page, and the common codes](README.md)\n\n", header);
     std::string rows;
     std::string faults;
-    for (const Family* const family : families()) {
+    for (const rows::Family* const family : rows::families()) {
         if (family->header != header) {
             continue;
         }
         if (rows.empty()) {
-            for (const std::string& paragraph : contract_of(*family).paragraphs) {
+            for (const std::string& paragraph : rows::contract_of(*family).paragraphs) {
                 text += paragraph + "\n\n";
             }
         }
-        for (const Row& row : family->rows) {
+        for (const rows::Row& row : family->rows) {
             rows += row_text(row, faults);
         }
     }
     if (rows.empty()) {
-        throw InputError{fmt::format("no header \"{}\" declares calls", header)};
+        throw input::InputError{fmt::format("no header \"{}\" declares calls", header)};
     }
     if (!faults.empty()) {
-        throw InputError{fmt::format("no page printed, these examples failed:{}", faults), exit_not_delivered};
+        throw input::InputError{fmt::format("no page printed, these examples failed:{}", faults),
+                                input::exit_not_delivered};
     }
-    text += fmt::format("{}\n\n{}", default_meaning, rows);
+    text += fmt::format("{}\n\n{}", rows::default_meaning, rows);
     text.pop_back();
     return text;
 }
@@ -143,11 +146,11 @@ int main(int argc, char** argv)
 {
     try {
         if (argc != 2) {
-            throw InputError{"usage: vorcfg-page HEADER"};
+            throw input::InputError{"usage: vorcfg-page HEADER"};
         }
         vor::print(stdout, page_of(argv[1]));
-        return exit_ok;
-    } catch (const InputError& error) {
+        return input::exit_ok;
+    } catch (const input::InputError& error) {
         vor::print_line(stderr, fmt::format("vorcfg-page: {}", error.text));
         return error.exit;
     }

@@ -38,19 +38,19 @@ int main(int argc, char** argv)
         if (const auto code = vorsim::client::run(arguments)) {
             return *code;
         }
-        const vorsim::Options options = vorsim::read_options(arguments);
+        const vorsim::server::Options options = vorsim::server::read_options(arguments);
         if (options.help) {
             std::fputs(vorsim::client::help_text().c_str(), stdout);
             return 0;
         }
         starts = true;
-        vorsim::Server server(options);
+        vorsim::server::Server server(options);
         starts = false;
         return server.run();
     } catch (const vor::UnknownArgument& error) {
         vor::print_line(stderr, fmt::format("vorsim: {}\nhint: vorsim --help", error.what()));
         return 2;
-    } catch (const vorsim::UsageError& error) {
+    } catch (const vorsim::server::UsageError& error) {
         vor::print_line(stderr, fmt::format("vorsim: {}", error.what()));
         return 2;
     } catch (const vorsim::faults::BadFile& error) {

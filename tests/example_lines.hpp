@@ -13,15 +13,15 @@
 
 namespace vorcfg {
 
-using Line = std::vector<Word>;
+using Line = std::vector<input::Word>;
 
 inline const std::string secret = "gr33n-m0nsoon";
 
-inline std::vector<const Row*> rows_that(const std::function<bool(const Row&)>& wanted)
+inline std::vector<const rows::Row*> rows_that(const std::function<bool(const rows::Row&)>& wanted)
 {
-    std::vector<const Row*> rows;
-    for (const Family* const family : families()) {
-        for (const Row& row : family->rows) {
+    std::vector<const rows::Row*> rows;
+    for (const rows::Family* const family : rows::families()) {
+        for (const rows::Row& row : family->rows) {
             if (wanted(row)) {
                 rows.push_back(&row);
             }
@@ -31,10 +31,10 @@ inline std::vector<const Row*> rows_that(const std::function<bool(const Row&)>& 
 }
 
 // The arguments that a line gives, each with its place there.
-inline std::vector<std::pair<Argument, std::size_t>> given_arguments(const Row& row)
+inline std::vector<std::pair<rows::Argument, std::size_t>> given_arguments(const rows::Row& row)
 {
-    std::vector<std::pair<Argument, std::size_t>> given;
-    for (const Argument& argument : row.arguments()) {
+    std::vector<std::pair<rows::Argument, std::size_t>> given;
+    for (const rows::Argument& argument : row.arguments()) {
         if (argument.is_given()) {
             given.emplace_back(argument, 2 + given.size());
         }
@@ -42,10 +42,10 @@ inline std::vector<std::pair<Argument, std::size_t>> given_arguments(const Row& 
     return given;
 }
 
-inline Line example_of(const Row& row)
+inline Line example_of(const rows::Row& row)
 {
-    Line words = words_of(row.full_name() + ' ' + std::string(row.example));
-    for (Word& word : words) {
+    Line words = input::words_of(row.full_name() + ' ' + std::string(row.example));
+    for (input::Word& word : words) {
         if (!word.quoted && word.text == "-") {
             word = {secret, true};
         }
@@ -54,7 +54,7 @@ inline Line example_of(const Row& row)
 }
 
 // With something for each argument that the line sends, and nothing for those that it does not.
-inline Line fitted(const Row& row, Line line)
+inline Line fitted(const rows::Row& row, Line line)
 {
     const auto given = given_arguments(row);
     for (const auto& [argument, at] : given) {
@@ -71,11 +71,11 @@ inline Line fitted(const Row& row, Line line)
 
 // The example, and the example with each word of its worded arguments: some calls look at an argument for one word
 // and not for another.
-inline std::vector<Line> variants(const Row& row)
+inline std::vector<Line> variants(const rows::Row& row)
 {
     std::vector<Line> lines{example_of(row)};
     for (const auto& [argument, at] : given_arguments(row)) {
-        for (const Choice& choice : argument.choices) {
+        for (const rows::Choice& choice : argument.choices) {
             lines.push_back(lines.front());
             lines.back()[at].text = choice.name;
             lines.back() = fitted(row, lines.back());
@@ -85,7 +85,7 @@ inline std::vector<Line> variants(const Row& row)
 }
 
 // What a call turns into something else on its way: only that it makes a difference can be seen.
-inline bool is_turned(const Row& row, const Argument& argument)
+inline bool is_turned(const rows::Row& row, const rows::Argument& argument)
 {
     static const std::set<std::pair<std::string_view, std::string_view>> turned = {
         {"vor_cfg_set_debug_info", "en_dis_flag"}, // into a mask of levels

@@ -35,7 +35,7 @@ inline int ask(VOR_IPC_HANDLE* front_end, vor_uint16 sap = 2, vor_uint32 id = 0x
 // A connection to one of the gateway's stream sockets.
 class Stream {
 public:
-    explicit Stream(const std::string& path) : socket_(vorsim::connect_to(path))
+    explicit Stream(const std::string& path) : socket_(vorsim::sockets::connect_to(path))
     {
         EXPECT_GE(socket_.get(), 0) << path;
     }
@@ -56,5 +56,5 @@ public:
     }
 
 private:
-    vorsim::Descriptor socket_;
+    vorsim::sockets::Descriptor socket_;
 };

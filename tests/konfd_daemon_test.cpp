@@ -164,9 +164,10 @@ TEST(konfd_daemon, secrets_are_masked)
              {"-s -l \"password hunter2\" -r \"^password hunter2$\" \"interface wlan0\"", "-d \"interface wlan0\"",
               "-c -r \"^passphrase hunter2\" \"PSK hunter2\"", "-s -l \"password hunter2"}) {
             const Reply reply = konfd.execute(command);
-            everything += vorsim::line_of(reply.record) + vorsim::json_line(reply.record) + reply.answer;
+            everything +=
+                vorsim::record::line_of(reply.record) + vorsim::record::json_line(reply.record) + reply.answer;
         }
-        everything += konfd.text() + vor::dump(vorsim::json_of(konfd));
+        everything += konfd.text() + vor::dump(vorsim::record::json_of(konfd));
         EXPECT_EQ(shown, everything.find("hunter2") != std::string::npos) << everything;
     }
 }

@@ -15,7 +15,7 @@ namespace {
 
 using processes::Gateway;
 using vor::Json;
-using vorsim::Descriptor;
+using vorsim::sockets::Descriptor;
 
 // Up to and with the wanted text, or what came before the end.
 std::string read_until(const Descriptor& socket, std::string_view wanted)
@@ -56,7 +56,7 @@ public:
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         Descriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
         const bool there = connect(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
-                           vorsim::send_now(socket.get(), begin);
+                           vorsim::sockets::send_now(socket.get(), begin);
         return there ? std::move(socket) : Descriptor();
     }
     // The answer to a request, up to the wanted text or its end.
@@ -112,8 +112,8 @@ TEST(page, access_requires_token)
     }
     EXPECT_EQ("", page.answer(command, "", std::string(20'000, 'x'))) << "far more than a command";
     EXPECT_TRUE(contains(page.answer("GET /state" + page.token), "\"watched\":true")) << "and it goes on";
-    const Descriptor konfd = vorsim::connect_to((page.place.path() / "root/tmp/konfd.socket").string());
-    EXPECT_TRUE(vorsim::send_now(konfd.get(), "-s -l \"password hunter2\"\n"));
+    const Descriptor konfd = vorsim::sockets::connect_to((page.place.path() / "root/tmp/konfd.socket").string());
+    EXPECT_TRUE(vorsim::sockets::send_now(konfd.get(), "-s -l \"password hunter2\"\n"));
     EXPECT_TRUE(contains(read_until(page.asked(events, ""), "\"-o\""), "password ********\\\""));
 
     const Page read_only({});
@@ -195,7 +195,7 @@ public:
         if (!session_.empty()) {
             request["sessionId"] = session_;
         }
-        EXPECT_TRUE(vorsim::send_now(socket_.get(), vor::dump(request) + '\0'));
+        EXPECT_TRUE(vorsim::sockets::send_now(socket_.get(), vor::dump(request) + '\0'));
         for (std::string text; !(text = read_until(socket_, std::string_view("", 1))).empty();) {
             const auto told = Json::read(text.c_str());
             if (!told || told->value("id", 0) == last_) {

@@ -28,13 +28,13 @@ TEST(rows, match_declared_calls)
 {
     Names rows;
     Names names;
-    for (const Row* const row : rows_that([](const Row& each) { return each.read == nullptr; })) {
+    for (const rows::Row* const row : rows_that([](const rows::Row& each) { return each.read == nullptr; })) {
         EXPECT_TRUE(rows.emplace(row->symbol).second) << row->symbol << " has two rows";
         EXPECT_TRUE(names.insert(row->full_name()).second) << row->full_name();
     }
     Names declared;
-    for (const Family* const family : families()) {
-        for (const CallContract& call : contract_of(*family).calls) {
+    for (const rows::Family* const family : rows::families()) {
+        for (const rows::CallContract& call : rows::contract_of(*family).calls) {
             declared.insert(call.symbol);
         }
     }
@@ -45,14 +45,14 @@ TEST(rows, match_declared_calls)
 
 TEST(rows, argument_names_match_headers)
 {
-    for (const Row* const row :
-         rows_that([](const Row& each) { return each.make != nullptr && each.read == nullptr; })) {
+    for (const rows::Row* const row :
+         rows_that([](const rows::Row& each) { return each.make != nullptr && each.read == nullptr; })) {
         std::vector<std::string> documented;
-        for (const auto& [name, text] : contract_of(*row).arguments) {
+        for (const auto& [name, text] : rows::contract_of(*row).arguments) {
             documented.push_back(name);
         }
         std::vector<std::string> named;
-        for (const Argument& argument : row->arguments()) {
+        for (const rows::Argument& argument : row->arguments()) {
             named.emplace_back(argument.is_list ? "..." : argument.name);
         }
         EXPECT_EQ(named, documented) << row->symbol;
@@ -62,33 +62,33 @@ TEST(rows, argument_names_match_headers)
 // --- Lines, tried -----------------------------------------------------------------
 
 struct Trial {
-    std::optional<InputError> complaint;
-    PreparedCall planned;
-    std::vector<Message> messages;
+    std::optional<input::InputError> complaint;
+    call::PreparedCall planned;
+    std::vector<call::Message> messages;
 };
 
 Trial tried(const Line& words)
 {
-    Secrets secrets({.literals = true});
+    input::Secrets secrets({.literals = true});
     Trial trial;
     try {
-        trial.planned = plan(words, secrets);
-        rehearse(trial.planned);
-        trial.messages = Session({.capture = true}, std::nullopt).make(trial.planned).seen.messages;
-    } catch (const InputError& complaint) {
+        trial.planned = call::plan(words, secrets);
+        call::rehearse(trial.planned);
+        trial.messages = call::Session({.capture = true}, std::nullopt).make(trial.planned).seen.messages;
+    } catch (const input::InputError& complaint) {
         trial.complaint = complaint;
     }
     return trial;
 }
 
 // All bytes that go out, in whatever form.
-std::string bytes_of(const std::vector<Message>& messages)
+std::string bytes_of(const std::vector<call::Message>& messages)
 {
     std::string bytes;
-    for (const Message& message : messages) {
+    for (const call::Message& message : messages) {
         bytes += std::to_string(message.sap) + '/' + std::to_string(message.id) + '/' +
                  std::to_string(message.option.value_or(0)) + '/' + std::to_string(message.flag.value_or(0)) + '/';
-        for (const Element& element : message.elements) {
+        for (const call::Element& element : message.elements) {
             bytes += std::to_string(element.tag) + ' ' + std::to_string(element.number) + ' ' + element.bytes + '|';
         }
         bytes += message.record + message.command;
@@ -96,18 +96,18 @@ std::string bytes_of(const std::vector<Message>& messages)
     return bytes;
 }
 
-bool carries(const Message& message, const Row& row, const std::string& text)
+bool carries(const call::Message& message, const rows::Row& row, const std::string& text)
 {
-    const auto fields = fields_of(message, row).value_or(std::vector<Field>());
-    return std::ranges::any_of(message.elements, [&](const Element& each) { return each.bytes == text; }) ||
+    const auto fields = call::fields_of(message, row).value_or(std::vector<rows::Field>());
+    return std::ranges::any_of(message.elements, [&](const call::Element& each) { return each.bytes == text; }) ||
            message.record.find(text + '\0') != std::string::npos || message.command.find(text) != std::string::npos ||
-           std::ranges::any_of(fields, [&](const Field& field) { return field.text == text; });
+           std::ranges::any_of(fields, [&](const rows::Field& field) { return field.text == text; });
 }
 
 bool arrives(const Trial& trial, const std::string& value)
 {
-    return std::ranges::any_of(trial.messages,
-                               [&](const Message& message) { return carries(message, *trial.planned.row, value); });
+    return std::ranges::any_of(
+        trial.messages, [&](const call::Message& message) { return carries(message, *trial.planned.row, value); });
 }
 
 std::string complaint_about(const Line& line)
@@ -118,7 +118,7 @@ std::string complaint_about(const Line& line)
 
 // The least and the greatest number are accepted and differ, each word equals its number; one beyond is refused by
 // name. That they arrive as given is tested by shown_values_test.
-std::string fault_of_number(const Row& row, const Argument& argument, Line line, std::size_t at)
+std::string fault_of_number(const rows::Row& row, const rows::Argument& argument, Line line, std::size_t at)
 {
     std::set<std::string> seen;
     for (const std::int64_t number : {argument.range.least, argument.range.most}) {
@@ -134,7 +134,7 @@ std::string fault_of_number(const Row& row, const Argument& argument, Line line,
             return line[at].text + " is accepted, or not refused by its name";
         }
     }
-    for (const Choice& choice : argument.choices) {
+    for (const rows::Choice& choice : argument.choices) {
         line[at].text = choice.name;
         const std::string bytes = bytes_of(tried(fitted(row, line)).messages);
         line[at].text = std::to_string(choice.number);
@@ -145,10 +145,10 @@ std::string fault_of_number(const Row& row, const Argument& argument, Line line,
     return "";
 }
 
-std::string fault_of_choices(const Row& row, const Argument& argument, Line line, std::size_t at)
+std::string fault_of_choices(const rows::Row& row, const rows::Argument& argument, Line line, std::size_t at)
 {
     std::set<std::string> seen;
-    for (const Choice& choice : argument.choices) {
+    for (const rows::Choice& choice : argument.choices) {
         line[at].text = choice.name;
         const Trial trial = tried(line);
         const bool silent = choice.name == "ipc"; // switches the platform's own trace
@@ -176,14 +176,14 @@ std::size_t most_accepted(const std::function<Line(std::size_t)>& line_of)
 }
 
 // The longest text accepted arrives whole; one byte more is refused by name. konfd's commands have any length.
-std::string fault_of_text(const Row& row, const Argument& argument, const Line& line, std::size_t at)
+std::string fault_of_text(const rows::Row& row, const rows::Argument& argument, const Line& line, std::size_t at)
 {
     const auto with = [&](std::size_t size) {
         Line changed = line;
         changed[at] = {std::string(size, 'x'), true};
         return changed;
     };
-    const bool any_length = row.channel == Channel::konfd;
+    const bool any_length = row.channel == rows::Channel::konfd;
     const std::size_t most = any_length ? 5000 : most_accepted(with);
     if (!arrives(tried(with(most)), std::string(most, 'x'))) {
         return std::to_string(most) + " bytes are accepted and do not arrive whole";
@@ -194,13 +194,14 @@ std::string fault_of_text(const Row& row, const Argument& argument, const Line& 
     return "";
 }
 
-std::string fault_of_address(const Argument& argument, Line line, std::size_t at)
+std::string fault_of_address(const rows::Argument& argument, Line line, std::size_t at)
 {
     for (const char* const word : {"1.2.3.4", "255.255.255.255"}) {
         line[at].text = word;
         const Trial trial = tried(line);
-        if (trial.complaint || !std::ranges::any_of(trial.messages, [&](const Message& message) {
-                return described(message, *trial.planned.row, trial.planned.values).find(word) != std::string::npos;
+        if (trial.complaint || !std::ranges::any_of(trial.messages, [&](const call::Message& message) {
+                return call::described(message, *trial.planned.row, trial.planned.values).find(word) !=
+                       std::string::npos;
             })) {
             return std::string(word) + " is refused, or not shown in the message";
         }
@@ -215,15 +216,15 @@ std::string fault_of_address(const Argument& argument, Line line, std::size_t at
 }
 
 // As many as a message holds arrive; one more is refused by name.
-std::string fault_of_list(const Argument& argument, const Line& line, std::size_t at)
+std::string fault_of_list(const rows::Argument& argument, const Line& line, std::size_t at)
 {
     const auto with = [&](std::size_t size) {
         Line changed(line.begin(), line.begin() + static_cast<std::ptrdiff_t>(at));
-        changed.resize(at + size, {argument.kind == Kind::ipv4 ? "9.9.9.9" : "x", true});
+        changed.resize(at + size, {argument.kind == rows::Kind::ipv4 ? "9.9.9.9" : "x", true});
         return changed;
     };
     const std::size_t most = most_accepted(with);
-    const std::vector<Message> messages = tried(with(most)).messages;
+    const std::vector<call::Message> messages = tried(with(most)).messages;
     const std::size_t before = tried(with(0)).messages.at(0).elements.size();
     if (messages.empty() || messages[0].elements.size() != before + most) {
         return "not all of " + std::to_string(most) + " arrive";
@@ -231,7 +232,7 @@ std::string fault_of_list(const Argument& argument, const Line& line, std::size_
     return complaint_about(with(most + 1)) == argument.name ? "" : "one more is not refused by name";
 }
 
-std::string fault_of(const Row& row, const Argument& argument, const Line& line, std::size_t at)
+std::string fault_of(const rows::Row& row, const rows::Argument& argument, const Line& line, std::size_t at)
 {
     if (argument.is_list) {
         return fault_of_list(argument, line, at);
@@ -242,17 +243,18 @@ std::string fault_of(const Row& row, const Argument& argument, const Line& line,
     if (!argument.choices.empty()) {
         return fault_of_choices(row, argument, line, at);
     }
-    return argument.kind == Kind::ipv4 ? fault_of_address(argument, line, at) : fault_of_text(row, argument, line, at);
+    return argument.kind == rows::Kind::ipv4 ? fault_of_address(argument, line, at)
+                                             : fault_of_text(row, argument, line, at);
 }
 
 // No value is sent that the call would mangle, and no two words send the same: for some word of the worded
 // arguments beside it, if there are any.
 TEST(rows, limits_of_every_argument)
 {
-    const auto sends = [](const Row& row) {
-        return row.make != nullptr && row.channel != Channel::none && row.read == nullptr;
+    const auto sends = [](const rows::Row& row) {
+        return row.make != nullptr && row.channel != rows::Channel::none && row.read == nullptr;
     };
-    for (const Row* const row : rows_that(sends)) {
+    for (const rows::Row* const row : rows_that(sends)) {
         const std::vector<Line> lines = variants(*row);
         for (const auto& [argument, at] : given_arguments(*row)) {
             std::string fault = argument.is_sent ? "no line to try" : "";
@@ -267,15 +269,15 @@ TEST(rows, limits_of_every_argument)
 // Every call runs, nothing reaches the platform, and what is shown of a secret is the mask alone.
 TEST(rows, dry_run_shows_no_secret)
 {
-    for (const Row* const row : rows_that([](const Row& each) { return each.make != nullptr; })) {
-        Secrets secrets({.literals = true});
-        PreparedCall planned = plan(example_of(*row), secrets);
-        const CallResult report = Session({.capture = true}, std::nullopt).make(planned);
-        EXPECT_EQ(row->channel == Channel::none, report.seen.messages.empty()) << row->symbol;
-        EXPECT_EQ(exit_ok, exit_of(report.verdict.outcome)) << row->symbol << report.verdict.text;
-        const std::string shown = text_of(planned, report) + json_of(planned, report);
+    for (const rows::Row* const row : rows_that([](const rows::Row& each) { return each.make != nullptr; })) {
+        input::Secrets secrets({.literals = true});
+        call::PreparedCall planned = call::plan(example_of(*row), secrets);
+        const call::CallResult report = call::Session({.capture = true}, std::nullopt).make(planned);
+        EXPECT_EQ(row->channel == rows::Channel::none, report.seen.messages.empty()) << row->symbol;
+        EXPECT_EQ(input::exit_ok, call::exit_of(report.verdict.outcome)) << row->symbol << report.verdict.text;
+        const std::string shown = output::text_of(planned, report) + output::json_of(planned, report);
         EXPECT_EQ(std::string::npos, shown.find(secret)) << shown;
-        EXPECT_EQ(std::ranges::any_of(row->arguments(), &Argument::is_secret),
+        EXPECT_EQ(std::ranges::any_of(row->arguments(), &rows::Argument::is_secret),
                   shown.find(vor::mask) != std::string::npos)
             << shown;
     }
@@ -284,8 +286,10 @@ TEST(rows, dry_run_shows_no_secret)
 // Wherever a passphrase lands by mistake, no complaint repeats it.
 TEST(rows, errors_repeat_no_secret)
 {
-    const auto has_secret = [](const Row& row) { return std::ranges::any_of(row.arguments(), &Argument::is_secret); };
-    for (const Row* const row : rows_that(has_secret)) {
+    const auto has_secret = [](const rows::Row& row) {
+        return std::ranges::any_of(row.arguments(), &rows::Argument::is_secret);
+    };
+    for (const rows::Row* const row : rows_that(has_secret)) {
         const Line line = example_of(*row);
         for (std::size_t at = 2; at <= line.size(); at++) {
             Line wrong = line;
@@ -293,7 +297,7 @@ TEST(rows, errors_repeat_no_secret)
             wrong.resize(line.size() + 1 + at % 2, {"mons00n", false});
             const Trial trial = tried(wrong);
             ASSERT_TRUE(trial.complaint) << row->full_name();
-            const std::string shown = text_of(*trial.complaint) + json_of(*trial.complaint);
+            const std::string shown = output::text_of(*trial.complaint) + output::json_of(*trial.complaint);
             EXPECT_EQ(shown.find("mons00n"), std::string::npos) << shown;
             EXPECT_EQ(shown.find(secret), std::string::npos) << shown;
         }
@@ -312,10 +316,11 @@ std::size_t widest_line(const std::string& text)
 
 TEST(help, fits_the_screen)
 {
-    std::vector<std::pair<std::string, std::string>> texts{{brief_help(), help()}}; // on one screen, and in full
-    for (const Row* const row : rows_that([](const Row&) { return true; })) {
-        texts.emplace_back(brief_help(*row->family), help(*row->family));
-        texts.emplace_back(brief_help(*row), help(*row));
+    std::vector<std::pair<std::string, std::string>> texts{
+        {help::brief_help(), help::help()}}; // on one screen, and in full
+    for (const rows::Row* const row : rows_that([](const rows::Row&) { return true; })) {
+        texts.emplace_back(help::brief_help(*row->family), help::help(*row->family));
+        texts.emplace_back(help::brief_help(*row), help::help(*row));
     }
     for (const auto& [brief, full] : texts) {
         EXPECT_LE(widest_line(brief + full), 80U) << full;
@@ -343,7 +348,7 @@ TEST_P(Page, is_up_to_date)
 std::vector<std::string> headers()
 {
     Names names;
-    for (const Family* const family : families()) {
+    for (const rows::Family* const family : rows::families()) {
         names.emplace(family->header);
     }
     return {names.begin(), names.end()};

@@ -14,7 +14,7 @@ namespace {
 TEST(options, anywhere_before_double_dash)
 {
     const char* const words[] = {"gpio", "--json", "set-value", "-1", "--sap=0x1010", "--", "--yes"};
-    const Options options = options_of({const_cast<char* const*>(words), std::size(words)});
+    const input::Options options = input::options_of({const_cast<char* const*>(words), std::size(words)});
     EXPECT_TRUE(options.json);
     EXPECT_FALSE(options.yes);
     EXPECT_EQ(0x1010, options.sap);
@@ -25,53 +25,53 @@ TEST(options, anywhere_before_double_dash)
 TEST(konfd_query, passwords_are_masked)
 {
     EXPECT_EQ("-s -l \"password ********\" -r \"^password \" \"ssid password\"",
-              without_secrets("-s -l \"password a b\" -r \"^password \" \"ssid password\"", {}));
-    EXPECT_EQ("-c -r \"^password ********\"", without_secrets("-c -r \"^password a$\"", {}));
-    EXPECT_EQ("the password is", without_secrets("the password is", {}));
+              call::without_secrets("-s -l \"password a b\" -r \"^password \" \"ssid password\"", {}));
+    EXPECT_EQ("-c -r \"^password ********\"", call::without_secrets("-c -r \"^password a$\"", {}));
+    EXPECT_EQ("the password is", call::without_secrets("the password is", {}));
 }
 
 // --- Verdicts -----------------------------------------------------------------
 
-Message by(Way way, bool delivered)
+call::Message by(call::Way way, bool delivered)
 {
-    Message message;
+    call::Message message;
     message.way = way;
     message.sap = 4;
     message.delivered = delivered;
     return message;
 }
 
-Message request(std::optional<std::int32_t> status)
+call::Message request(std::optional<std::int32_t> status)
 {
-    Message message = by(Way::request, true);
+    call::Message message = by(call::Way::request, true);
     message.answer_status = status;
     return message;
 }
 
-Message konfd_command(const char* answer)
+call::Message konfd_command(const char* answer)
 {
-    Message message = by(Way::konfd, true);
+    call::Message message = by(call::Way::konfd, true);
     message.answer = answer;
     return message;
 }
 
 TEST(verdict, outcome_and_exit_code)
 {
-    const Row& setter = *row_named("gpio", "set-direction");
-    const Row& unread = *row_named("serial", "set-parity");
-    const Row& stub = *row_named("ip", "get-ip-address");
-    const Row& stored = *row_named("konfd", "set-interface-ip");
-    const Message one_way = by(Way::one_way, true);
-    const Message unsent = by(Way::one_way, false);
-    Message unserved = unsent;
+    const rows::Row& setter = *rows::row_named("gpio", "set-direction");
+    const rows::Row& unread = *rows::row_named("serial", "set-parity");
+    const rows::Row& stub = *rows::row_named("ip", "get-ip-address");
+    const rows::Row& stored = *rows::row_named("konfd", "set-interface-ip");
+    const call::Message one_way = by(call::Way::one_way, true);
+    const call::Message unsent = by(call::Way::one_way, false);
+    call::Message unserved = unsent;
     unserved.unserved = true;
-    Message timed_out = by(Way::request, false);
+    call::Message timed_out = by(call::Way::request, false);
     timed_out.timed_out = true;
     struct VerdictCase {
-        const Row& row;
+        const rows::Row& row;
         std::int32_t code;
         std::int32_t manager_errno;
-        std::vector<Message> messages;
+        std::vector<call::Message> messages;
         const char* name;
         int exit;
     } const cases[] = {
@@ -80,7 +80,7 @@ TEST(verdict, outcome_and_exit_code)
         {setter, -1001, 0, {request(0)}, "refused", 1},
         {setter, -1, 0, {request(7)}, "unread", 5},
         {setter, -4, 0, {request({})}, "unread", 5},
-        {setter, -3, 0, {by(Way::request, false)}, "not delivered", 3},
+        {setter, -3, 0, {by(call::Way::request, false)}, "not delivered", 3},
         {setter, -3, 0, {timed_out}, "unknown", 6},
         {setter, -4, 0, {}, "not sent", 4},
         {setter, 0, 0, {one_way}, "sent", 0},
@@ -94,29 +94,31 @@ TEST(verdict, outcome_and_exit_code)
         {stub, 0, 0, {}, "nothing to do", 0},
         {stored, 0, 0, {konfd_command("-o")}, "accepted", 0},
         {stored, -1, 0, {konfd_command("-e")}, "refused", 1},
-        {stored, -1, 0, {by(Way::konfd, true)}, "unknown", 6},
-        {stored, -1, 0, {by(Way::konfd, false)}, "not delivered", 3},
+        {stored, -1, 0, {by(call::Way::konfd, true)}, "unknown", 6},
+        {stored, -1, 0, {by(call::Way::konfd, false)}, "not delivered", 3},
         {stored, -1, 0, {konfd_command("-o")}, "contradiction", 9},
     };
     for (const VerdictCase& each : cases) {
-        Returned back;
+        rows::Returned back;
         back.code = each.code;
-        Observation seen;
+        call::Observation seen;
         seen.messages = each.messages;
-        const Verdict verdict = judged(each.row, back, each.manager_errno, seen);
-        EXPECT_EQ(each.name, name_of(verdict.outcome)) << verdict.text;
-        EXPECT_EQ(each.exit, exit_of(verdict.outcome)) << verdict.text;
+        const call::Verdict verdict = call::judged(each.row, back, each.manager_errno, seen);
+        EXPECT_EQ(each.name, call::name_of(verdict.outcome)) << verdict.text;
+        EXPECT_EQ(each.exit, call::exit_of(verdict.outcome)) << verdict.text;
     }
 }
 
 TEST(options, timeout_units)
 {
-    const auto seconds = [](const std::string& text) { return options_of(words_of("--timeout " + text), {}).timeout; };
+    const auto seconds = [](const std::string& text) {
+        return input::options_of(input::words_of("--timeout " + text), {}).timeout;
+    };
     for (const char* const text : {"7200", "7200s", "0x1c20", "120m", "120min", "2h", "7200000ms"}) {
         EXPECT_EQ(7200U, seconds(text)) << text;
     }
     for (const char* const text : {"0", "500ms", "86401", "25h", "2hours", "s", "-1"}) {
-        EXPECT_THROW(seconds(text), InputError) << text;
+        EXPECT_THROW(seconds(text), input::InputError) << text;
     }
 }
 

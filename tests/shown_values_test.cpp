@@ -23,13 +23,13 @@ public:
     // The lines that the gateway prints of a call; none where the argument does not go out beside the others.
     std::vector<std::string> shown(const Line& line)
     try {
-        Secrets secrets({.literals = true});
-        PreparedCall planned = plan(line, secrets);
+        input::Secrets secrets({.literals = true});
+        call::PreparedCall planned = call::plan(line, secrets);
         const std::size_t messages = session_.make(planned).seen.messages.size();
         std::vector<std::string> lines(messages);
         std::ranges::generate(lines, [this] { return gateway_.next_line(); });
         return lines;
-    } catch (const InputError&) {
+    } catch (const input::InputError&) {
         return {};
     }
     int stop() { return gateway_.stop(SIGTERM); }
@@ -37,7 +37,7 @@ public:
 private:
     processes::Workplace place_;
     processes::Gateway gateway_{place_, {"--strict", "--sap", "65535"}};
-    Session session_{{}, std::nullopt};
+    call::Session session_{{}, std::nullopt};
 };
 
 // "status 0   manager  call  object words: name=value name=value"
@@ -58,9 +58,9 @@ bool tells(const std::string& line, const std::string& name, const std::string& 
 }
 
 // Of an argument whose values can be told from the gateway's lines.
-std::vector<std::string> telling_values(const Row& row, const Argument& argument)
+std::vector<std::string> telling_values(const rows::Row& row, const rows::Argument& argument)
 {
-    if (argument.kind == Kind::ipv4 && !argument.is_list) {
+    if (argument.kind == rows::Kind::ipv4 && !argument.is_list) {
         return {"0.0.0.1", "255.255.255.255"};
     }
     const bool names_manager = argument.name == "app_sap_id";
@@ -73,10 +73,10 @@ std::vector<std::string> telling_values(const Row& row, const Argument& argument
 TEST(shown_values, limits_of_every_argument)
 {
     Desk desk;
-    const auto is_sent = [](const Row& row) {
-        return row.make != nullptr && row.read == nullptr && row.channel == Channel::manager;
+    const auto is_sent = [](const rows::Row& row) {
+        return row.make != nullptr && row.read == nullptr && row.channel == rows::Channel::manager;
     };
-    for (const Row* const row : rows_that(is_sent)) {
+    for (const rows::Row* const row : rows_that(is_sent)) {
         for (const auto& [argument, at] : given_arguments(*row)) {
             for (const std::string& value : telling_values(*row, argument)) {
                 bool told = false;

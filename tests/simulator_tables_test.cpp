@@ -19,9 +19,9 @@
 
 namespace {
 
-using vorsim::Field;
-using vorsim::Form;
-using vorsim::MessageRow;
+using vorsim::tables::Field;
+using vorsim::tables::Form;
+using vorsim::tables::MessageRow;
 
 // A call as its header declares it, and all that the header declares.
 struct Declared {
@@ -78,9 +78,9 @@ bool same_elements(const MessageRow& one, const MessageRow& other)
 // A row that another row's message fits as well would never be found.
 TEST(tables, messages_are_distinguishable)
 {
-    for (const vorsim::Manager& manager : vorsim::managers) {
+    for (const vorsim::tables::Manager& manager : vorsim::tables::managers) {
         std::vector<const MessageRow*> earlier;
-        for (const auto& listed : vorsim::all_rows()) {
+        for (const auto& listed : vorsim::tables::all_rows()) {
             if (!listed.serves(manager.sap)) {
                 continue;
             }
@@ -99,7 +99,7 @@ TEST(tables, messages_are_distinguishable)
 
 TEST(tables, names_match_headers)
 {
-    for (const auto& [row, manager] : vorsim::all_rows()) {
+    for (const auto& [row, manager] : vorsim::tables::all_rows()) {
         const std::vector<Declared> calls = matching(row->call);
         EXPECT_FALSE(calls.empty()) << row->call << " is declared nowhere";
         for (const Declared& call : calls) {
@@ -118,13 +118,13 @@ TEST(tables, names_match_headers)
 
 TEST(tables, answers_match_declared_records)
 {
-    const vorsim::State state;
-    vorsim::Measurements measurements(1);
-    for (const auto& [row, manager] : vorsim::all_rows()) {
+    const vorsim::gateway::State state;
+    vorsim::gateway::Measurements measurements(1);
+    for (const auto& [row, manager] : vorsim::tables::all_rows()) {
         if (row->query == nullptr) {
             continue;
         }
-        for (const vorsim::Value& value : row->query({.row = row}, state, measurements).values) {
+        for (const vorsim::values::Value& value : row->query({.row = row}, state, measurements).values) {
             for (const Declared& call : matching(row->call)) {
                 EXPECT_TRUE(has_word(call.header, value.name)) << row->call << " reads no field " << value.name;
             }

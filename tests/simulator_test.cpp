@@ -18,8 +18,8 @@
 
 namespace {
 
-using vorsim::Decision;
-using vorsim::Gateway;
+using vorsim::gateway::Decision;
+using vorsim::gateway::Gateway;
 
 // A payload in words: "1 i16 3 | 5 str door | 32 raw x", or "hex 0300".
 std::vector<std::uint8_t> payload_of(const std::string& words)
@@ -135,7 +135,7 @@ TEST(messages, mismatches_are_reported)
     Gateway gateway({});
     for (const Sent& sent : table) {
         const Decision decision = send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option);
-        const std::string line = vorsim::line_of(decision.record);
+        const std::string line = vorsim::record::line_of(decision.record);
         EXPECT_TRUE(line.starts_with(sent.line)) << line << "\nexpected " << sent.line;
         EXPECT_NE(0, status_of(decision)) << sent.line;
         EXPECT_TRUE(decision.record.complained) << sent.line;
@@ -147,7 +147,7 @@ TEST(measurements, change_and_repeat_by_seed)
 {
     const auto polls = [](const Decision& decision) {
         const auto& values = decision.record.answer_values;
-        const auto found = std::ranges::find(values, "polling_count", &vorsim::Value::name);
+        const auto found = std::ranges::find(values, "polling_count", &vorsim::values::Value::name);
         return static_cast<int>(*found->held<std::uint64_t>());
     };
     Gateway gateway({.seed = 5});
@@ -194,7 +194,7 @@ TEST(state, latest_values_per_object)
               "  route 10.0.0.0\n"
               "    vor_cfg_remove_ip_route\n",
               gateway.state().text());
-    const vor::Json gpio = vorsim::json_of(gateway.state())["gpiomgr"];
+    const vor::Json gpio = vorsim::record::json_of(gateway.state())["gpiomgr"];
     EXPECT_EQ(4, gpio["sap"]);
     EXPECT_EQ("door", gpio["objects"]["port 2"]["vor_cfg_set_gpio_channel_name"]["name"]);
     EXPECT_FALSE(gpio["objects"].contains("port 7"));
@@ -214,9 +214,10 @@ TEST(secrets, masked_unless_requested)
         Gateway gateway({.show_secrets = shown});
         for (const Sent& sent : table) {
             const Decision decision = send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option);
-            EXPECT_FALSE(decision.record.complained) << vorsim::line_of(decision.record);
-            const std::string everything = vorsim::line_of(decision.record) + vorsim::json_line(decision.record) +
-                                           gateway.state().text() + vor::dump(vorsim::json_of(gateway.state()));
+            EXPECT_FALSE(decision.record.complained) << vorsim::record::line_of(decision.record);
+            const std::string everything = vorsim::record::line_of(decision.record) +
+                                           vorsim::record::json_line(decision.record) + gateway.state().text() +
+                                           vor::dump(vorsim::record::json_of(gateway.state()));
             EXPECT_EQ(shown, everything.find("hunter2") != std::string::npos) << everything;
             EXPECT_EQ(!shown, everything.find("********") != std::string::npos) << everything;
         }
@@ -263,7 +264,7 @@ TEST(log_file, fields_depend_on_option)
     };
     Gateway gateway({});
     const auto judge = [&gateway](const std::vector<std::uint8_t>& payload) {
-        return vorsim::line_of(gateway.judge({.sap = 2, .id = 0x2028, .payload = payload}).record);
+        return vorsim::record::line_of(gateway.judge({.sap = 2, .id = 0x2028, .payload = payload}).record);
     };
     EXPECT_EQ("one-way    platmgr  vor_cfg_set_log_file  log boot: set_option=2 log_file_name=\"a.log\"",
               judge(record(2, 204, "a.log")));

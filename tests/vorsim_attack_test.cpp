@@ -243,9 +243,9 @@ TEST_F(Attack, descriptor_exhaustion_recovers_without_spinning)
     watcher.send(std::string("watch\0", 6));
     EXPECT_EQ("+\n", watcher.line());
     const Bound front_end(client_sap);
-    std::vector<vorsim::Descriptor> many;
+    std::vector<vorsim::sockets::Descriptor> many;
     for (int client = 0; client < 60; ++client) { // until its descriptors are gone, and some more
-        vorsim::Descriptor one(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+        vorsim::sockets::Descriptor one(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
         const sockaddr_un to = address_of(konfd_path);
         connect(one.get(), reinterpret_cast<const sockaddr*>(&to), sizeof to);
         many.push_back(std::move(one));
@@ -264,12 +264,12 @@ TEST_F(Attack, descriptor_exhaustion_recovers_without_spinning)
 
 TEST(limits, state_is_bounded)
 {
-    vorsim::Gateway gateway({});
+    vorsim::gateway::Gateway gateway({});
     const long before = peak_of(getpid());
     std::string last;
     for (unsigned port = 0; port < 0x8000; ++port) {
         const std::uint8_t payload[] = {static_cast<std::uint8_t>(port), static_cast<std::uint8_t>(port >> 8), 1, 0};
-        const vorsim::Decision decision =
+        const vorsim::gateway::Decision decision =
             gateway.judge({.sap = 4, .source = client_sap, .id = 0x4006, .payload = payload});
         gateway.store(decision);
         last = decision.record.complaint;
@@ -283,13 +283,13 @@ TEST(limits, state_is_bounded)
 
 TEST(limits, readings_are_bounded)
 {
-    vorsim::Gateway gateway({});
+    vorsim::gateway::Gateway gateway({});
     const auto polls = [&gateway](unsigned input) {
         const std::uint8_t payload[] = {static_cast<std::uint8_t>(input >> 16), 0, static_cast<std::uint8_t>(input),
                                         static_cast<std::uint8_t>(input >> 8)};
         const auto values =
             gateway.judge({.sap = 5, .id = 0x5007, .answer_wanted = true, .payload = payload}).record.answer_values;
-        return *std::ranges::find(values, "polling_count", &vorsim::Value::name)->held<std::uint64_t>();
+        return *std::ranges::find(values, "polling_count", &vorsim::values::Value::name)->held<std::uint64_t>();
     };
     const std::uint64_t first = polls(0);
     for (unsigned input = 1; input < 3'000; ++input) {
@@ -304,7 +304,7 @@ TEST(limits, readings_are_bounded)
 TEST_F(Attack, startup_can_be_interrupted)
 {
     place.run("mkdir -m 700 -p run");
-    const vorsim::Descriptor directory(open(in_place("run").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const vorsim::sockets::Descriptor directory(open(in_place("run").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     ASSERT_EQ(0, flock(directory.get(), LOCK_EX)); // every SAP's binding waits for it
     const auto stopped = place.run("vorsim >said 2>&1 & until [ -e run/vorsim.control ]; do :; done; kill $!; wait $!");
     EXPECT_EQ(1, stopped.exit_code);

@@ -12,9 +12,9 @@
 #include "text/screen.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::call {
 
-Batch::Batch(std::string text, std::string name, SecretSources sources, Variables variables)
+Batch::Batch(std::string text, std::string name, input::SecretSources sources, input::Variables variables)
     : text_(std::move(text)), name_(std::move(name)), secrets_(std::move(sources)), variables_(std::move(variables))
 {
 }
@@ -36,15 +36,15 @@ void Batch::ask(const std::function<bool(std::size_t)>& selected)
     }
 }
 
-std::size_t column_of(const InputError& complaint, const std::vector<Word>& words, std::string_view line)
+std::size_t column_of(const input::InputError& complaint, const std::vector<input::Word>& words, std::string_view line)
 {
     std::size_t column = complaint.place.column;
-    if (column == 0 && complaint.word == InputError::no_word) {
+    if (column == 0 && complaint.word == input::InputError::no_word) {
         column = words.empty() ? 1 : words.front().column;
     } else if (column == 0) {
         column = complaint.word < words.size() ? words[complaint.word].column : words.back().end;
     }
-    return column_in(line, column);
+    return input::column_in(line, column);
 }
 
 std::optional<PreparedCall> Batch::next()
@@ -57,9 +57,9 @@ std::optional<PreparedCall> Batch::next()
         if (selected_ && !selected_(line_)) {
             continue;
         }
-        std::vector<Word> words;
+        std::vector<input::Word> words;
         try {
-            words = words_of(line, &variables_);
+            words = input::words_of(line, &variables_);
             if (!words.empty()) {
                 const std::size_t call = words.size() > 1 ? words[1].column : words[0].column;
                 PreparedCall planned = plan(words, secrets_, {name_, line_, call});
@@ -68,26 +68,26 @@ std::optional<PreparedCall> Batch::next()
                 }
                 return planned;
             }
-        } catch (InputError& complaint) {
+        } catch (input::InputError& complaint) {
             complaint.place = {name_, line_, column_of(complaint, words, line)};
-            complaint.hint = complaint.hint.empty() ? hint_about(words) : complaint.hint;
+            complaint.hint = complaint.hint.empty() ? input::hint_about(words) : complaint.hint;
             throw;
         }
     }
     return std::nullopt;
 }
 
-Batch batch_of(const std::string& path, const Options& options)
+Batch batch_of(const std::string& path, const input::Options& options)
 {
     if (options.password) {
-        throw InputError{
+        throw input::InputError{
             "--password-file and --password-stdin are for a single call; in a file, write @FILE, - or ? in place of "
             "the secret"};
     }
     if (path == "-" && options.in_session) {
-        throw InputError{"cannot read a batch from standard input, which the session is reading"};
+        throw input::InputError{"cannot read a batch from standard input, which the session is reading"};
     }
-    Variables variables;
+    input::Variables variables;
     for (const std::string& definition : options.sets) {
         variables.set(definition);
     }
@@ -96,7 +96,7 @@ Batch batch_of(const std::string& path, const Options& options)
     }
     const bool from_file = path != "-";
     const std::string name = from_file ? path : "standard input";
-    return {content_of(from_file ? std::fopen(path.c_str(), "re") : stdin, name),
+    return {input::content_of(from_file ? std::fopen(path.c_str(), "re") : stdin, name),
             name,
             {.literals = true,
              .standard_input = from_file,
@@ -105,10 +105,10 @@ Batch batch_of(const std::string& path, const Options& options)
             std::move(variables)};
 }
 
-void check_confirmed(const PreparedCall& planned, const Options& options)
+void check_confirmed(const PreparedCall& planned, const input::Options& options)
 {
-    if (planned.row->has(confirmed) && !options.yes && !options.dry_run) {
-        throw InputError{"requires --yes", exit_usage, {}, 1, planned.row->full_name(), planned.place};
+    if (planned.row->has(rows::confirmed) && !options.yes && !options.dry_run) {
+        throw input::InputError{"requires --yes", input::exit_usage, {}, 1, planned.row->full_name(), planned.place};
     }
 }
 
@@ -118,10 +118,11 @@ std::string named(const PreparedCall& planned)
     return name_of(key_of(planned)) + line;
 }
 
-bool agreed_to(const std::vector<std::string>& cutting, const std::string& question, const Options& options)
+bool agreed_to(const std::vector<std::string>& cutting, const std::string& question, const input::Options& options)
 {
-    if (cutting.empty() || options.yes || options.dry_run || !at_terminal() ||
-        agreed(fmt::format("{} may drop the connection you are using. {}", vor::joined(cutting, ", "), question))) {
+    if (cutting.empty() || options.yes || options.dry_run || !input::at_terminal() ||
+        input::agreed(
+            fmt::format("{} may drop the connection you are using. {}", vor::joined(cutting, ", "), question))) {
         return true;
     }
     vor::print_line(stderr, "Nothing was sent.");
@@ -129,9 +130,9 @@ bool agreed_to(const std::vector<std::string>& cutting, const std::string& quest
 }
 
 int check(Batch& batch, const std::function<void(const PreparedCall&)>& each,
-          const std::function<int(const InputError&)>& report)
+          const std::function<int(const input::InputError&)>& report)
 {
-    int exit = exit_ok;
+    int exit = input::exit_ok;
     vor::Progress progress("lines checked");
     for (bool more = true; more;) {
         progress.show(batch.line());
@@ -141,16 +142,16 @@ int check(Batch& batch, const std::function<void(const PreparedCall&)>& each,
             if (more) {
                 each(*planned);
             }
-        } catch (const InputError& complaint) {
+        } catch (const input::InputError& complaint) {
             progress.clear();
             exit = report(complaint);
         }
     }
     progress.clear();
-    for (const InputError& complaint : batch.unused_variables()) {
+    for (const input::InputError& complaint : batch.unused_variables()) {
         exit = report(complaint);
     }
     return exit;
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::call

@@ -10,15 +10,15 @@
 #include "call/prepare.hpp"
 #include "input/options.hpp"
 
-namespace vorcfg {
+namespace vorcfg::call {
 
 // The column of the wrong word in its line; after the last for a missing one.
-std::size_t column_of(const InputError& complaint, const std::vector<Word>& words, std::string_view line);
+std::size_t column_of(const input::InputError& complaint, const std::vector<input::Word>& words, std::string_view line);
 
 // The calls of a batch, one after the other. None is kept: memory holds only the text and the secrets.
 class Batch {
 public:
-    Batch(std::string text, std::string name, SecretSources sources, Variables variables = {});
+    Batch(std::string text, std::string name, input::SecretSources sources, input::Variables variables = {});
 
     // The next line's call, tried when it is read for the first time; none at the end. Throws an InputError with its
     // place; the next call continues behind it.
@@ -30,15 +30,15 @@ public:
     // Back to the beginning, to make what was tried: all lines, or those selected.
     void rewind(std::function<bool(std::size_t line)> selected = {});
 
-    std::vector<InputError> unused_variables() const { return variables_.unused(name_); }
+    std::vector<input::InputError> unused_variables() const { return variables_.unused(name_); }
     const std::string& name() const { return name_; }
     std::size_t line() const { return line_; } // read last
 
 private:
     std::string text_;
     std::string name_;
-    Secrets secrets_;
-    Variables variables_;
+    input::Secrets secrets_;
+    input::Variables variables_;
     std::function<bool(std::size_t)> selected_;
     std::size_t at_ = 0;
     std::size_t line_ = 0;
@@ -46,17 +46,17 @@ private:
 };
 
 // The file at `path`; - is standard input.
-Batch batch_of(const std::string& path, const Options& options);
+Batch batch_of(const std::string& path, const input::Options& options);
 
 // Reads it whole and hands each valid call to `each`. The exit code of the last error.
 int check(Batch& batch, const std::function<void(const PreparedCall&)>& each,
-          const std::function<int(const InputError&)>& report);
+          const std::function<int(const input::InputError&)>& report);
 
 // Throws where the call requires --yes, which was not given.
-void check_confirmed(const PreparedCall& planned, const Options& options);
+void check_confirmed(const PreparedCall& planned, const input::Options& options);
 // Asks once before calls that may drop the operator's connection, and only at a terminal; false where nothing may be
 // sent. `question` says what would be made: "Make 12 calls?"
-bool agreed_to(const std::vector<std::string>& cutting, const std::string& question, const Options& options);
+bool agreed_to(const std::vector<std::string>& cutting, const std::string& question, const input::Options& options);
 std::string named(const PreparedCall& planned); // "ip set-dhcp 0 (line 7)"
 
-} // namespace vorcfg
+} // namespace vorcfg::call

@@ -7,27 +7,27 @@
 #include "rows/reading.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::call {
 
 namespace {
 
 bool is_object_of(const CallKey& key, std::size_t index)
 {
-    const Argument& argument = key.row->arguments()[index];
+    const rows::Argument& argument = key.row->arguments()[index];
     return argument.is_object && (argument.is_list || !key.values[index].empty());
 }
 
-bool goes_out(const CallKey& key, const Argument& argument)
+bool goes_out(const CallKey& key, const rows::Argument& argument)
 {
     if (!argument.is_sent || argument.is_result() || argument.decided_by.empty()) {
         return argument.is_sent && !argument.is_result();
     }
     const auto arguments = key.row->arguments();
-    const auto decides = std::ranges::find(arguments, argument.decided_by, &Argument::name);
+    const auto decides = std::ranges::find(arguments, argument.decided_by, &rows::Argument::name);
     return key.values[static_cast<std::size_t>(decides - arguments.begin())] == KeptValues{argument.decided_at.number};
 }
 
-KeptValue kept(const Argument& argument, const Value& value)
+KeptValue kept(const rows::Argument& argument, const rows::Value& value)
 {
     if (argument.is_number()) {
         return value.number;
@@ -35,17 +35,17 @@ KeptValue kept(const Argument& argument, const Value& value)
     return vor::is_utf8(value.text) ? KeptValue(value.text) : KeptValue(RawText{value.text});
 }
 
-Value value_of(const CallKey& key, const Argument& argument, const KeptValue& kept)
+rows::Value value_of(const CallKey& key, const rows::Argument& argument, const KeptValue& kept)
 {
-    Value value;
+    rows::Value value;
     const auto* const number = std::get_if<std::int64_t>(&kept);
     if (argument.is_number() != (number != nullptr)) {
-        throw InputError{
+        throw input::InputError{
             fmt::format("{} does not take {} {}", key.row->full_name(), argument.name, shown(argument, kept))};
     }
     if (number != nullptr) {
         value.number = *number;
-        value.text = argument.kind == Kind::decimal ? std::to_string(*number) : "";
+        value.text = argument.kind == rows::Kind::decimal ? std::to_string(*number) : "";
     } else {
         const auto* const bytes = std::get_if<RawText>(&kept);
         value.text = bytes != nullptr ? bytes->text : std::get<std::string>(kept);
@@ -58,21 +58,21 @@ Value value_of(const CallKey& key, const Argument& argument, const KeptValue& ke
 CallKey key_of(const PreparedCall& planned)
 {
     std::vector<KeptValues> values;
-    for (const Argument& argument : planned.row->arguments()) {
+    for (const rows::Argument& argument : planned.row->arguments()) {
         const std::size_t begin = values.size();
         const std::size_t end = argument.is_list ? planned.values.size() : begin + 1;
         KeptValues& sent = values.emplace_back();
         for (std::size_t i = begin; i < end; i++) {
-            const Value& value = planned.values[i];
+            const rows::Value& value = planned.values[i];
             if (value.given && !value.secret) {
                 sent.push_back(kept(argument, value));
             }
         }
     }
-    return key_of(*planned.row, std::move(values), std::ranges::any_of(planned.values, &Value::secret));
+    return key_of(*planned.row, std::move(values), std::ranges::any_of(planned.values, &rows::Value::secret));
 }
 
-CallKey key_of(const Row& row, std::vector<KeptValues> values, bool secret)
+CallKey key_of(const rows::Row& row, std::vector<KeptValues> values, bool secret)
 {
     CallKey key{&row, std::move(values), secret};
     for (std::size_t i = 0; i < key.values.size(); i++) { // an older journal may have values that are never sent
@@ -86,22 +86,22 @@ CallKey key_of(const Row& row, std::vector<KeptValues> values, bool secret)
 PreparedCall planned(const CallKey& key)
 {
     if (!key.unknown.empty()) {
-        throw InputError{fmt::format("{} has no argument {}", key.row->full_name(), key.unknown.front().first)};
+        throw input::InputError{fmt::format("{} has no argument {}", key.row->full_name(), key.unknown.front().first)};
     }
     PreparedCall again{key.row, {}, {}};
     for (std::size_t i = 0; i < key.values.size(); i++) {
-        const Argument& argument = key.row->arguments()[i];
+        const rows::Argument& argument = key.row->arguments()[i];
         for (const KeptValue& kept : key.values[i]) {
             again.values.push_back(value_of(key, argument, kept));
         }
         if (argument.is_list || !key.values[i].empty()) {
             continue;
         }
-        Value& left_out = again.values.emplace_back();
+        rows::Value& left_out = again.values.emplace_back();
         left_out.given = argument.is_result();
-        left_out.text.resize(argument.kind == Kind::untouched ? result_room : 0);
+        left_out.text.resize(argument.kind == rows::Kind::untouched ? rows::result_room : 0);
         if (argument.is_sent && !argument.is_result() && !argument.is_optional && argument.decided_by.empty()) {
-            throw InputError{fmt::format("{} is missing", argument.name)};
+            throw input::InputError{fmt::format("{} is missing", argument.name)};
         }
     }
     return again;
@@ -121,7 +121,7 @@ Subject subject_of(const CallKey& key)
 std::vector<Subject> opposites_of(const CallKey& key)
 {
     std::vector<Subject> opposites;
-    for (const Row& other : key.row->family->rows) {
+    for (const rows::Row& other : key.row->family->rows) {
         if (key.row->undoes(other)) {
             opposites.push_back(subject_of(key));
             opposites.back().row = &other;
@@ -132,13 +132,13 @@ std::vector<Subject> opposites_of(const CallKey& key)
 
 bool changes_nothing(const PreparedCall& planned)
 {
-    const Row& row = *planned.row;
-    if (row.channel == Channel::none || row.has(does_nothing) || row.answers_record) {
+    const rows::Row& row = *planned.row;
+    if (row.channel == rows::Channel::none || row.has(rows::does_nothing) || row.answers_record) {
         return true;
     }
     const auto arguments = row.arguments();
     for (std::size_t i = 0; i < arguments.size() && i < planned.values.size(); i++) {
-        const auto is_idle = [&](const Choice& choice) {
+        const auto is_idle = [&](const rows::Choice& choice) {
             return choice.idle && (arguments[i].is_number() ? choice.number == planned.values[i].number
                                                             : choice.name == planned.values[i].text);
         };
@@ -150,13 +150,13 @@ bool changes_nothing(const PreparedCall& planned)
     return false;
 }
 
-std::string shown(const Argument& argument, const KeptValue& value, bool hexadecimal)
+std::string shown(const rows::Argument& argument, const KeptValue& value, bool hexadecimal)
 {
     if (const auto* const number = std::get_if<std::int64_t>(&value)) {
         if (hexadecimal && *number >= 0) {
             return fmt::format("0x{:x}", *number);
         }
-        const auto named = std::ranges::find(argument.choices, *number, &Choice::number);
+        const auto named = std::ranges::find(argument.choices, *number, &rows::Choice::number);
         return named != argument.choices.end() ? std::string(named->name) : std::to_string(*number);
     }
     if (const auto* const bytes = std::get_if<RawText>(&value)) {
@@ -166,7 +166,7 @@ std::string shown(const Argument& argument, const KeptValue& value, bool hexadec
     return text.empty() || text.find_first_of(" \t\"#") != std::string::npos ? vor::quoted(text) : vor::escaped(text);
 }
 
-std::string shown(const Argument& argument, const KeptValues& values, bool hexadecimal)
+std::string shown(const rows::Argument& argument, const KeptValues& values, bool hexadecimal)
 {
     if (!argument.is_list) {
         return values.empty() ? "not given" : shown(argument, values.front(), hexadecimal);
@@ -189,4 +189,4 @@ std::string name_of(const CallKey& key)
     return name;
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::call

@@ -10,7 +10,7 @@
 
 #include "call/prepare.hpp"
 
-namespace vorcfg {
+namespace vorcfg::call {
 
 // A text that is not UTF-8.
 struct RawText {
@@ -23,7 +23,7 @@ using KeptValue = std::variant<std::int64_t, RawText, std::string>;
 using KeptValues = std::vector<KeptValue>;
 
 struct CallKey {
-    const Row* row = nullptr;
+    const rows::Row* row = nullptr;
     std::vector<KeptValues> values; // per argument what is sent: none, one or a list; no secret in any form
     bool secret = false;            // it has one
     std::vector<std::pair<std::string, KeptValue>> unknown{}; // arguments that only another version has
@@ -33,14 +33,14 @@ struct CallKey {
 
 CallKey key_of(const PreparedCall& planned);
 // The same of stored values.
-CallKey key_of(const Row& row, std::vector<KeptValues> values, bool secret);
+CallKey key_of(const rows::Row& row, std::vector<KeptValues> values, bool secret);
 // The call again. Throws an InputError where the values do not fit it.
 PreparedCall planned(const CallKey& key);
 
 // What calls about the same thing have in common: the row, and the arguments marked as its object. Sorted by family and
 // row, then by object, numbers as numbers.
 struct Subject {
-    const Row* row = nullptr;
+    const rows::Row* row = nullptr;
     std::vector<KeptValues> objects;
 
     auto operator<=>(const Subject&) const = default; // NOLINT(modernize-use-nullptr): as above
@@ -56,7 +56,8 @@ bool changes_nothing(const PreparedCall& planned);
 // "ip set-ip-address 0"
 std::string name_of(const CallKey& key);
 // One argument as it is shown: 192.168.1.10, "Tower 17", [1, 2], the word for a number, or "not given".
-std::string shown(const Argument& argument, const KeptValues& values, bool hexadecimal = false);
-std::string shown(const Argument& argument, const KeptValue& value, bool hexadecimal = false); // an item of a list
+std::string shown(const rows::Argument& argument, const KeptValues& values, bool hexadecimal = false);
+std::string shown(const rows::Argument& argument, const KeptValue& value,
+                  bool hexadecimal = false); // an item of a list
 
-} // namespace vorcfg
+} // namespace vorcfg::call

@@ -21,6 +21,7 @@
 #include "text/text.hpp"
 
 using namespace vorcfg;
+using namespace vorcfg::call;
 
 namespace {
 
@@ -77,11 +78,11 @@ bool captures()
 template <auto Operation>
 auto* platform()
 {
-    static const std::string name(symbol_of<Operation>());
+    static const std::string name(rows::symbol_of<Operation>());
     static auto* const found = reinterpret_cast<decltype(Operation)>(dlsym(RTLD_NEXT, name.c_str()));
     if (found == nullptr) {
         std::fprintf(stderr, "vorcfg: the platform library has no %s\n", name.c_str());
-        std::_Exit(exit_unusable);
+        std::_Exit(input::exit_unusable);
     }
     return found;
 }
@@ -115,7 +116,7 @@ Unsent& unsent_of(const VOR_IPC_MSG_REF* message)
 
 bool is_secret(const char* text)
 {
-    return watching() && std::ranges::any_of(boundary.watch->values, [&](const Value& each) {
+    return watching() && std::ranges::any_of(boundary.watch->values, [&](const rows::Value& each) {
                return each.secret && each.text.data() == text;
            });
 }
@@ -266,7 +267,7 @@ vor_int32 add(TLV_CHAIN* chain, Element element, Arguments... arguments)
 } // namespace
 
 // Managers' sockets are sap-0 to sap-240; vorcfg's own begin at 0x1000.
-std::string vorcfg::deserted_directory()
+std::string vorcfg::call::deserted_directory()
 {
     constexpr std::string_view prefix = "sap-";
     constexpr unsigned first_of_shells = 0x1000;
@@ -287,7 +288,7 @@ std::string vorcfg::deserted_directory()
     return directory;
 }
 
-Observer::Observer(Settings how, const Row& called, std::span<const Value> given)
+Observer::Observer(Settings how, const rows::Row& called, std::span<const rows::Value> given)
     : settings(how), row(called), values(given), endpoint_(vor_cfg_get_ipc_endpoint())
 {
     boundary.unsent.clear();

@@ -9,7 +9,7 @@
 
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::call {
 
 namespace {
 
@@ -33,7 +33,7 @@ std::string number_text(const char* at)
     return std::to_string(value);
 }
 
-std::string number_text(const RecordField& field, const char* at)
+std::string number_text(const rows::RecordField& field, const char* at)
 {
     switch (field.size) {
     case 1:
@@ -45,25 +45,25 @@ std::string number_text(const RecordField& field, const char* at)
     }
 }
 
-Field field_of(const RecordField& field, const std::string& record)
+rows::Field field_of(const rows::RecordField& field, const std::string& record)
 {
     const char* const at = record.data() + field.offset;
     const std::string name(field.name);
     if (static_cast<std::size_t>(field.offset) + field.size > record.size()) {
-        return {name, "?", Field::Kind::word};
+        return {name, "?", rows::Field::Kind::word};
     }
     switch (field.kind) {
-    case RecordField::Kind::number:
+    case rows::RecordField::Kind::number:
         return {name, number_text(field, at)};
-    case RecordField::Kind::address: {
+    case rows::RecordField::Kind::address: {
         std::uint32_t address;
         std::memcpy(&address, at, sizeof address);
-        return {name, vor::dotted(address), Field::Kind::word};
+        return {name, vor::dotted(address), rows::Field::Kind::word};
     }
-    case RecordField::Kind::text:
-        return {name, std::string(at, strnlen(at, field.size)), Field::Kind::text};
+    case rows::RecordField::Kind::text:
+        return {name, std::string(at, strnlen(at, field.size)), rows::Field::Kind::text};
     default:
-        return {name, "", Field::Kind::secret};
+        return {name, "", rows::Field::Kind::secret};
     }
 }
 
@@ -75,15 +75,15 @@ std::string manager_name(std::uint16_t sap)
     return found != std::end(managers) ? std::string(found->name) : fmt::format("SAP {}", sap);
 }
 
-std::optional<std::vector<Field>> fields_of(const Message& message, const Row& row)
+std::optional<std::vector<rows::Field>> fields_of(const Message& message, const rows::Row& row)
 {
     if (row.record.empty() || message.record.empty()) {
         return std::nullopt;
     }
     std::int32_t option = 0;
     std::memcpy(&option, message.record.data(), std::min(sizeof option, message.record.size()));
-    std::vector<Field> fields;
-    for (const RecordField& field : row.record) {
+    std::vector<rows::Field> fields;
+    for (const rows::RecordField& field : row.record) {
         if (field.option == 0 || field.option == option) {
             fields.push_back(field_of(field, message.record));
         }
@@ -94,10 +94,10 @@ std::optional<std::vector<Field>> fields_of(const Message& message, const Row& r
 namespace {
 
 // The word that stands for a number, behind it.
-std::string choice_text(std::string_view name, std::string_view number, const Row& row)
+std::string choice_text(std::string_view name, std::string_view number, const rows::Row& row)
 {
-    for (const Argument& argument : row.arguments()) {
-        for (const Choice& choice : argument.choices) {
+    for (const rows::Argument& argument : row.arguments()) {
+        for (const rows::Choice& choice : argument.choices) {
             if (argument.is_number() && argument.name == name && std::to_string(choice.number) == number) {
                 return fmt::format(" ({})", choice.name);
             }
@@ -106,39 +106,39 @@ std::string choice_text(std::string_view name, std::string_view number, const Ro
     return "";
 }
 
-std::string field_text(const Field& field, const Row& row)
+std::string field_text(const rows::Field& field, const rows::Row& row)
 {
     switch (field.kind) {
-    case Field::Kind::number:
+    case rows::Field::Kind::number:
         return fmt::format(" | {} {}{}", field.name, field.text, choice_text(field.name, field.text, row));
-    case Field::Kind::word:
+    case rows::Field::Kind::word:
         return fmt::format(" | {} {}", field.name, field.text);
-    case Field::Kind::text:
+    case rows::Field::Kind::text:
         return fmt::format(" | {} {}", field.name, vor::quoted(field.text));
     default:
         return fmt::format(" | {} {}", field.name, vor::mask);
     }
 }
 
-std::string record_text(const Message& message, const Row& row, std::span<const Value> values)
+std::string record_text(const Message& message, const rows::Row& row, std::span<const rows::Value> values)
 {
     const auto fields = fields_of(message, row);
     if (!fields) {
-        const bool holds_secret = std::ranges::any_of(values, &Value::secret);
+        const bool holds_secret = std::ranges::any_of(values, &rows::Value::secret);
         return fmt::format(" | {} bytes {}", message.record.size(),
                            holds_secret ? std::string(vor::mask) : vor::hexadecimal(message.record));
     }
     std::string text;
-    for (const Field& field : *fields) {
+    for (const rows::Field& field : *fields) {
         text += field_text(field, row);
     }
     return text;
 }
 
 // An address is sent as a number; the argument that it came from shows that it is one.
-std::string number_text(const Element& element, std::span<const Value> values)
+std::string number_text(const Element& element, std::span<const rows::Value> values)
 {
-    for (const Value& value : values) {
+    for (const rows::Value& value : values) {
         in_addr address{};
         if (element.kind == Element::Kind::int32 && value.text.find('.') != std::string::npos &&
             inet_pton(AF_INET, value.text.c_str(), &address) == 1 &&
@@ -149,7 +149,7 @@ std::string number_text(const Element& element, std::span<const Value> values)
     return fmt::format("{}", element.number);
 }
 
-std::string element_text(const Element& element, std::span<const Value> values)
+std::string element_text(const Element& element, std::span<const rows::Value> values)
 {
     switch (element.kind) {
     case Element::Kind::int16:
@@ -184,10 +184,10 @@ std::string without_passwords(std::string_view text)
 
 } // namespace
 
-std::string without_secrets(std::string_view text, std::span<const Value> values)
+std::string without_secrets(std::string_view text, std::span<const rows::Value> values)
 {
     std::string masked = without_passwords(text);
-    for (const Value& value : values) {
+    for (const rows::Value& value : values) {
         for (std::size_t at = 0; value.secret && !value.text.empty();) {
             at = masked.find(value.text, at);
             if (at == std::string::npos) {
@@ -213,7 +213,7 @@ std::string unfit_text(const Message& message)
                        message.room);
 }
 
-std::string described(const Message& message, const Row& row, std::span<const Value> values)
+std::string described(const Message& message, const rows::Row& row, std::span<const rows::Value> values)
 {
     if (message.way == Way::konfd) {
         return fmt::format("konfd | {} bytes | {}", message.counted,
@@ -238,4 +238,4 @@ std::string described(const Message& message, const Row& row, std::span<const Va
     return text;
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::call

@@ -10,7 +10,7 @@
 
 #include "rows/row.hpp"
 
-namespace vorcfg {
+namespace vorcfg::call {
 
 // One tagged part of a chain.
 struct Element {
@@ -50,16 +50,16 @@ struct Message {
 std::string manager_name(std::uint16_t sap);
 
 // The fields of the record, if the call's row names them.
-std::optional<std::vector<Field>> fields_of(const Message& message, const Row& row);
+std::optional<std::vector<rows::Field>> fields_of(const Message& message, const rows::Row& row);
 
 // A message in one line: `ethmgr (SAP 7) 0x7018 | option 1 | 1 i16 0 | 22 str "fe80::1"`. Its call says
 // which numbers are addresses, what words stand for them, and what is secret.
-std::string described(const Message& message, const Row& row, std::span<const Value> values);
+std::string described(const Message& message, const rows::Row& row, std::span<const rows::Value> values);
 
 // A konfd command, or what the library prints of one, with the secrets in it masked.
-std::string without_secrets(std::string_view text, std::span<const Value> values);
+std::string without_secrets(std::string_view text, std::span<const rows::Value> values);
 
 // "5000 bytes of text, but a message has room for 4096, element headers included"
 std::string unfit_text(const Message& message);
 
-} // namespace vorcfg
+} // namespace vorcfg::call

@@ -13,7 +13,7 @@
 
 #include "call/message.hpp"
 
-namespace vorcfg {
+namespace vorcfg::call {
 
 struct Observation {
     std::vector<Message> messages;
@@ -32,14 +32,14 @@ public:
     };
 
     // The call's values say what is secret; a record that is answered does not begin with a status.
-    Observer(Settings wanted, const Row& called, std::span<const Value> given);
+    Observer(Settings wanted, const rows::Row& called, std::span<const rows::Value> given);
     Observer(const Observer&) = delete;
     Observer& operator=(const Observer&) = delete;
     ~Observer();
 
     const Settings settings;
-    const Row& row;
-    const std::span<const Value> values;
+    const rows::Row& row;
+    const std::span<const rows::Value> values;
     Observation seen;
 
 private:
@@ -50,4 +50,4 @@ private:
 // empty.
 std::string deserted_directory();
 
-} // namespace vorcfg
+} // namespace vorcfg::call

@@ -10,45 +10,46 @@
 #include "text/nearest.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::call {
 
 namespace {
 
 // A line may leave its secret out where an option or a prompt provides it.
-std::vector<Word> with_secret(const Row& row, std::span<const Word> words, const SecretSources& sources)
+std::vector<input::Word> with_secret(const rows::Row& row, std::span<const input::Word> words,
+                                     const input::SecretSources& sources)
 {
-    std::vector<Word> all(words.begin(), words.end());
+    std::vector<input::Word> all(words.begin(), words.end());
     if (!sources.left_out) {
         return all;
     }
     std::size_t at = 0;
-    std::size_t wanted = Reading::first_word;
-    for (const Argument& argument : row.arguments()) {
+    std::size_t wanted = rows::Reading::first_word;
+    for (const rows::Argument& argument : row.arguments()) {
         at = argument.is_secret ? wanted : at;
         wanted += argument.is_given() && !argument.is_list ? 1 : 0;
     }
     const bool asked_for = sources.left_out->text != "?";
     if (at == 0) {
         if (asked_for) {
-            throw InputError{"takes no secret argument"};
+            throw input::InputError{"takes no secret argument"};
         }
-    } else if (all.size() + 1 == wanted && !(at < all.size() && is_secret_source(all[at]))) {
+    } else if (all.size() + 1 == wanted && !(at < all.size() && input::is_secret_source(all[at]))) {
         all.insert(all.begin() + static_cast<std::ptrdiff_t>(at), *sources.left_out);
     } else if (asked_for) {
-        throw InputError{"the secret is given twice, or another argument is missing"};
+        throw input::InputError{"the secret is given twice, or another argument is missing"};
     }
     return all;
 }
 
 // Named arguments come after those without a name; text that only looks like a name is text.
-const Argument* named_argument(const Row& row, const Word& word, bool after_a_name)
+const rows::Argument* named_argument(const rows::Row& row, const input::Word& word, bool after_a_name)
 {
     if (word.named == 0) {
         return nullptr;
     }
     const std::string_view name = std::string_view{word.text}.substr(0, word.named);
     std::vector<std::string> known;
-    for (const Argument& argument : row.arguments()) {
+    for (const rows::Argument& argument : row.arguments()) {
         if (argument.is_given() && argument.name == name) {
             return &argument;
         }
@@ -58,50 +59,52 @@ const Argument* named_argument(const Row& row, const Word& word, bool after_a_na
     }
     const std::vector<std::string> near = vor::nearest(name, known);
     if (!near.empty() || after_a_name || word.quoted) {
-        const bool hidden = std::ranges::any_of(row.arguments(), &Argument::is_secret); // it may be misplaced
-        throw InputError{.text = fmt::format("no argument \"{}\"{}", hidden ? vor::mask : name,
-                                             vor::suggestion(near, "expected " + vor::alternatives(known))),
-                         .word = word.index};
+        const bool hidden = std::ranges::any_of(row.arguments(), &rows::Argument::is_secret); // it may be misplaced
+        throw input::InputError{.text = fmt::format("no argument \"{}\"{}", hidden ? vor::mask : name,
+                                                    vor::suggestion(near, "expected " + vor::alternatives(known))),
+                                .word = word.index};
     }
     return nullptr;
 }
 
 // The words in the order of their arguments, without names.
-std::vector<Word> in_order(const Row& row, std::vector<Word> words, const SecretSources& sources)
+std::vector<input::Word> in_order(const rows::Row& row, std::vector<input::Word> words,
+                                  const input::SecretSources& sources)
 {
-    const auto is_named = [&](const Word& word) { return named_argument(row, word, false) != nullptr; };
-    const auto first = std::find_if(words.begin() + Reading::first_word, words.end(), is_named);
+    const auto is_named = [&](const input::Word& word) { return named_argument(row, word, false) != nullptr; };
+    const auto first = std::find_if(words.begin() + rows::Reading::first_word, words.end(), is_named);
     if (row.read != nullptr || first == words.end()) {
         return with_secret(row, words, sources);
     }
-    std::vector<Word> all(words.begin(), first);
-    std::vector<Word> listed;
-    std::size_t at = Reading::first_word;
-    std::map<std::string_view, Word> named;
+    std::vector<input::Word> all(words.begin(), first);
+    std::vector<input::Word> listed;
+    std::size_t at = rows::Reading::first_word;
+    std::map<std::string_view, input::Word> named;
     for (auto word = first; word != words.end(); ++word) {
-        const Argument* const argument = named_argument(row, *word, true);
+        const rows::Argument* const argument = named_argument(row, *word, true);
         if (argument == nullptr) {
-            throw InputError{.text = "arguments without a name must come before named ones", .word = word->index};
+            throw input::InputError{.text = "arguments without a name must come before named ones",
+                                    .word = word->index};
         }
-        Word value = *word;
+        input::Word value = *word;
         value.text.erase(0, value.named + 1);
         value.named = 0;
         if (argument->is_list) {
             listed.push_back(std::move(value));
         } else if (!named.emplace(argument->name, std::move(value)).second) {
-            throw InputError{fmt::format("{} is given twice", argument->name), exit_usage, std::string(argument->name),
-                             word->index};
+            throw input::InputError{fmt::format("{} is given twice", argument->name), input::exit_usage,
+                                    std::string(argument->name), word->index};
         }
     }
-    for (const Argument& argument : row.arguments()) {
+    for (const rows::Argument& argument : row.arguments()) {
         if (!argument.is_given() || argument.is_list) {
             continue;
         }
         const auto value = named.find(argument.name);
         if (at++ < static_cast<std::size_t>(first - words.begin())) {
             if (value != named.end()) {
-                throw InputError{fmt::format("{} is given twice", argument.name), exit_usage,
-                                 std::string(argument.name), value->second.index};
+                throw input::InputError{fmt::format("{} is given twice", argument.name), input::exit_usage,
+                                        std::string(argument.name), value->second.index};
             }
         } else if (value != named.end()) {
             all.push_back(std::move(value->second));
@@ -110,8 +113,8 @@ std::vector<Word> in_order(const Row& row, std::vector<Word> words, const Secret
         } else if (!argument.decided_by.empty()) {
             all.push_back({{}, words.size(), true});
         } else {
-            throw InputError{fmt::format("needs {}", argument.name), exit_usage, std::string(argument.name),
-                             words.size()};
+            throw input::InputError{fmt::format("needs {}", argument.name), input::exit_usage,
+                                    std::string(argument.name), words.size()};
         }
     }
     all.insert(all.end(), listed.begin(), listed.end());
@@ -120,31 +123,32 @@ std::vector<Word> in_order(const Row& row, std::vector<Word> words, const Secret
 
 } // namespace
 
-PreparedCall plan(std::span<const Word> line, Secrets& secrets, const Place& place)
+PreparedCall plan(std::span<const input::Word> line, input::Secrets& secrets, const input::Place& place)
 {
-    std::vector<Word> words(line.begin(), line.end());
+    std::vector<input::Word> words(line.begin(), line.end());
     for (std::size_t i = 0; i < words.size(); i++) {
         words[i].index = i;
     }
-    const Expected expected = place.file.empty() ? Expected::command_or_family : Expected::family;
-    const Family& family = require_family(words[0].text, expected);
+    const rows::Expected expected = place.file.empty() ? rows::Expected::command_or_family : rows::Expected::family;
+    const rows::Family& family = rows::require_family(words[0].text, expected);
     if (words.size() == 1) {
-        throw InputError{.text = fmt::format("{} needs a call", family.name),
-                         .hint = fmt::format("vorcfg help {} lists its calls", family.name)};
+        throw input::InputError{.text = fmt::format("{} needs a call", family.name),
+                                .hint = fmt::format("vorcfg help {} lists its calls", family.name)};
     }
-    const Row& row = require_row(words[0].text, words[1].text);
+    const rows::Row& row = rows::require_row(words[0].text, words[1].text);
     try {
         if (row.make == nullptr) {
-            throw InputError{.text = fmt::format("cannot be made on its own; used by {}", row.used_by), .word = 1};
+            throw input::InputError{.text = fmt::format("cannot be made on its own; used by {}", row.used_by),
+                                    .word = 1};
         }
-        const std::vector<Word> all = in_order(row, std::move(words), secrets.sources());
-        Reading reading{row, all, place, secrets, {}};
-        (row.read != nullptr ? row.read : read_words)(reading);
+        const std::vector<input::Word> all = in_order(row, std::move(words), secrets.sources());
+        rows::Reading reading{row, all, place, secrets, {}};
+        (row.read != nullptr ? row.read : rows::read_words)(reading);
         return {&row, std::move(reading.values), place};
-    } catch (InputError& error) {
+    } catch (input::InputError& error) {
         error.call = row.full_name();
         throw;
     }
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::call

@@ -8,15 +8,15 @@
 #include "input/secret.hpp"
 #include "rows/row.hpp"
 
-namespace vorcfg {
+namespace vorcfg::call {
 
 struct PreparedCall {
-    const Row* row = nullptr;
-    std::vector<Value> values; // one per argument, then the list
-    Place place;
+    const rows::Row* row = nullptr;
+    std::vector<rows::Value> values; // one per argument, then the list
+    input::Place place;
 };
 
 // The call of a line. Throws an InputError that names the word.
-PreparedCall plan(std::span<const Word> line, Secrets& secrets, const Place& place = {});
+PreparedCall plan(std::span<const input::Word> line, input::Secrets& secrets, const input::Place& place = {});
 
-} // namespace vorcfg
+} // namespace vorcfg::call

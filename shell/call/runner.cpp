@@ -7,19 +7,20 @@
 
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::call {
 
-ExitCode worse(ExitCode one, ExitCode other)
+input::ExitCode worse(input::ExitCode one, input::ExitCode other)
 {
-    static constexpr ExitCode order[] = {exit_ok,      exit_unread,  exit_not_sent,      exit_usage,
-                                         exit_refused, exit_unknown, exit_not_delivered, exit_contradiction,
-                                         exit_unusable};
+    static constexpr input::ExitCode order[] = {
+        input::exit_ok,      input::exit_unread,  input::exit_not_sent,      input::exit_usage,
+        input::exit_refused, input::exit_unknown, input::exit_not_delivered, input::exit_contradiction,
+        input::exit_unusable};
     return std::ranges::find(order, one) > std::ranges::find(order, other) ? one : other;
 }
 
 bool Tally::count(const PreparedCall& planned, Outcome outcome)
 {
-    if (exit_of(outcome) == exit_ok || (outcome == Outcome::unread && planned.row->has(answer_unread))) {
+    if (exit_of(outcome) == input::exit_ok || (outcome == Outcome::unread && planned.row->has(rows::answer_unread))) {
         succeeded[static_cast<std::size_t>(outcome)]++;
         return true;
     }
@@ -42,9 +43,9 @@ std::vector<std::size_t> Tally::failed_lines() const
     return lines;
 }
 
-void wait_for(const Row& row, const CallResult& report, const std::function<void(unsigned)>& rest)
+void wait_for(const rows::Row& row, const CallResult& report, const std::function<void(unsigned)>& rest)
 {
-    if (row.has(waits) && report.seen.timer && report.verdict.outcome == Outcome::sent) {
+    if (row.has(rows::waits) && report.seen.timer && report.verdict.outcome == Outcome::sent) {
         vor::print(stderr,
                    "vorcfg: waiting until the timer is due: it ends with this process; interrupt to cancel it\n");
         rest(*report.seen.timer);
@@ -53,7 +54,7 @@ void wait_for(const Row& row, const CallResult& report, const std::function<void
 
 namespace {
 
-const Options& with_platform_timeout(const Options& options)
+const input::Options& with_platform_timeout(const input::Options& options)
 {
     if (options.timeout) {
         setenv("VORINFRA_TIMEOUT_MS", std::to_string(*options.timeout * 1000).c_str(), 1);
@@ -63,7 +64,7 @@ const Options& with_platform_timeout(const Options& options)
 
 } // namespace
 
-BatchRunner::BatchRunner(const Options& options, std::size_t calls, Reporter& reporter, Hooks hooks)
+BatchRunner::BatchRunner(const input::Options& options, std::size_t calls, Reporter& reporter, Hooks hooks)
     : options_(with_platform_timeout(options)), reporter_(reporter), hooks_(std::move(hooks)), left_(calls),
       session_({options.dry_run, options.trace}, options.sap),
       watchdog_(options.timeout, hooks_.hang_up_ends, [this](const char* why) { return give_up(why); })
@@ -119,4 +120,4 @@ int BatchRunner::finish()
     return reporter_.finish(tally_, left_, watchdog_.ended() && left_ != 0);
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::call

@@ -9,10 +9,10 @@
 #include "call/watchdog.hpp"
 #include "input/options.hpp"
 
-namespace vorcfg {
+namespace vorcfg::call {
 
 // The worst of several failures is the one that leaves the site least known.
-ExitCode worse(ExitCode one, ExitCode other);
+input::ExitCode worse(input::ExitCode one, input::ExitCode other);
 
 // The calls made, by their outcomes.
 struct Tally {
@@ -23,7 +23,7 @@ struct Tally {
 
     std::array<unsigned, outcome_count> succeeded{};
     std::vector<Failure> failed;
-    ExitCode worst = exit_ok;
+    input::ExitCode worst = input::exit_ok;
 
     // Whether the call succeeded.
     bool count(const PreparedCall& planned, Outcome outcome);
@@ -33,7 +33,7 @@ struct Tally {
 };
 
 // Where a call started a timer, which ends with this process: waits until it is due.
-void wait_for(const Row& row, const CallResult& report, const std::function<void(unsigned milliseconds)>& rest);
+void wait_for(const rows::Row& row, const CallResult& report, const std::function<void(unsigned milliseconds)>& rest);
 
 // Reports a run.
 class Reporter {
@@ -54,7 +54,7 @@ public:
         bool hang_up_ends = true;
     };
 
-    BatchRunner(const Options& options, std::size_t calls, Reporter& reporter, Hooks hooks);
+    BatchRunner(const input::Options& options, std::size_t calls, Reporter& reporter, Hooks hooks);
 
     // Whether to continue.
     bool make(PreparedCall& planned);
@@ -67,7 +67,7 @@ public:
 private:
     int give_up(const char* why);
 
-    const Options& options_;
+    const input::Options& options_;
     Reporter& reporter_;
     const Hooks hooks_;
     std::size_t left_;
@@ -77,4 +77,4 @@ private:
     Watchdog watchdog_;
 };
 
-} // namespace vorcfg
+} // namespace vorcfg::call

@@ -12,7 +12,7 @@
 #include "text/parse.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::call {
 
 namespace {
 
@@ -125,9 +125,9 @@ bool Session::bind(std::string& complaints)
 
 CallResult Session::make(PreparedCall& planned)
 {
-    const Row& row = *planned.row;
+    const rows::Row& row = *planned.row;
     std::string complaints;
-    if (row.channel == Channel::manager && !settings_.capture && !bind(complaints)) {
+    if (row.channel == rows::Channel::manager && !settings_.capture && !bind(complaints)) {
         const std::string where = sap_ ? fmt::format("SAP {}", *sap_) : "any SAP";
         const std::vector<std::string_view> lines = vor::lines_in(complaints);
         return {.verdict = {Outcome::no_endpoint, fmt::format("not sent: no endpoint at {}", where)},
@@ -181,7 +181,7 @@ std::size_t most_of(const PreparedCall& planned, Unfit unfit)
 
 void rehearse(PreparedCall& planned)
 {
-    if (planned.row->channel == Channel::none) {
+    if (planned.row->channel == rows::Channel::none) {
         return;
     }
     const CallResult report = Session({.capture = true}, std::nullopt).make(planned);
@@ -190,18 +190,18 @@ void rehearse(PreparedCall& planned)
             const auto arguments = planned.row->arguments();
             const std::size_t value = most_of(planned, message.unfit);
             const std::string argument(arguments[std::min(value, arguments.size() - 1)].name);
-            throw InputError{.text = fmt::format("{} does not fit: {}", argument, unfit_text(message)),
-                             .argument = argument,
-                             .word = planned.values[value].word,
-                             .call = planned.row->full_name()};
+            throw input::InputError{.text = fmt::format("{} does not fit: {}", argument, unfit_text(message)),
+                                    .argument = argument,
+                                    .word = planned.values[value].word,
+                                    .call = planned.row->full_name()};
         }
     }
     if (report.seen.messages.empty() && !report.back.succeeded()) {
-        throw InputError{
+        throw input::InputError{
             .text = fmt::format("the library refuses this call and would send nothing (code {})", *report.back.code),
             .word = 1,
             .call = planned.row->full_name()};
     }
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::call

@@ -9,11 +9,11 @@
 #include "call/prepare.hpp"
 #include "call/verdict.hpp"
 
-namespace vorcfg {
+namespace vorcfg::call {
 
 struct CallResult {
     Verdict verdict{};
-    Returned back{};
+    rows::Returned back{};
     std::int32_t manager_errno = 0;
     Observation seen{};
     std::vector<std::string> library{}; // the lines the library printed
@@ -43,4 +43,4 @@ void end_captures();
 // Tries the call on a platform that only captures, and throws an InputError where the library itself refuses it.
 void rehearse(PreparedCall& planned);
 
-} // namespace vorcfg
+} // namespace vorcfg::call

@@ -7,35 +7,35 @@
 
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::call {
 
 namespace {
 
 struct OutcomeRow {
     std::string_view name; // in JSON and in journals
-    ExitCode exit;
+    input::ExitCode exit;
     std::string_view total; // in a total, behind its number
     std::string_view lead;  // how the verdict's text begins, where a column has the name beside it
 };
 
 constexpr OutcomeRow outcomes[] = {
-    {"accepted", exit_ok, "accepted", "accepted by "},
-    {"sent", exit_ok, "sent", "sent to "},
-    {"done", exit_ok, "handled locally", "done: "},
-    {"nothing to do", exit_ok, "handled locally", "nothing to do: "},
-    {"dry run", exit_ok, "not sent (dry run)", "dry run, "},
-    {"refused", exit_refused, "refused", "refused by "},
-    {"rejected", exit_usage, "rejected", "rejected by "},
-    {"not delivered", exit_not_delivered, "not delivered", "not delivered: "},
-    {"not sent", exit_not_sent, "not sent", "not sent "},
-    {"unread", exit_unread, "unread", "delivered to "},
-    {"unknown", exit_unknown, "unknown", "unknown: "},
-    {"no endpoint", exit_unusable, "not sent", "not sent: "},
-    {"contradiction", exit_contradiction, "contradictory", ""},
+    {"accepted", input::exit_ok, "accepted", "accepted by "},
+    {"sent", input::exit_ok, "sent", "sent to "},
+    {"done", input::exit_ok, "handled locally", "done: "},
+    {"nothing to do", input::exit_ok, "handled locally", "nothing to do: "},
+    {"dry run", input::exit_ok, "not sent (dry run)", "dry run, "},
+    {"refused", input::exit_refused, "refused", "refused by "},
+    {"rejected", input::exit_usage, "rejected", "rejected by "},
+    {"not delivered", input::exit_not_delivered, "not delivered", "not delivered: "},
+    {"not sent", input::exit_not_sent, "not sent", "not sent "},
+    {"unread", input::exit_unread, "unread", "delivered to "},
+    {"unknown", input::exit_unknown, "unknown", "unknown: "},
+    {"no endpoint", input::exit_unusable, "not sent", "not sent: "},
+    {"contradiction", input::exit_contradiction, "contradictory", ""},
 };
 static_assert(std::size(outcomes) == outcome_count);
 
-std::string code_text(const Returned& back)
+std::string code_text(const rows::Returned& back)
 {
     return back.code ? fmt::format(" (code {})", *back.code) : "";
 }
@@ -46,7 +46,7 @@ std::string status_text(const Message& message)
                                  : "its answer carried no status";
 }
 
-bool refused(const Returned& back, std::int32_t manager_errno, const Message& message)
+bool refused(const rows::Returned& back, std::int32_t manager_errno, const Message& message)
 {
     static constexpr std::int32_t refusals[] = {VOR_CODE_LATITUDE, VOR_CODE_LONGITUDE};
     const std::int32_t code = back.code.value_or(0);
@@ -65,7 +65,7 @@ Verdict nothing_listens(const Observation& seen)
             "start vorsim, or set VORINFRA_DIR"};
 }
 
-Verdict undelivered(const Message& message, const Returned& back, const Observation& seen)
+Verdict undelivered(const Message& message, const rows::Returned& back, const Observation& seen)
 {
     const std::string manager = manager_name(message.sap);
     if (message.timed_out) {
@@ -85,7 +85,7 @@ Verdict undelivered(const Message& message, const Returned& back, const Observat
                                                                            : "the message is too long")};
 }
 
-Verdict answered(const Row& row, const Returned& back, std::int32_t manager_errno, const Message& message)
+Verdict answered(const rows::Row& row, const rows::Returned& back, std::int32_t manager_errno, const Message& message)
 {
     const std::string manager = manager_name(message.sap);
     if (back.succeeded()) {
@@ -94,7 +94,7 @@ Verdict answered(const Row& row, const Returned& back, std::int32_t manager_errn
     if (refused(back, manager_errno, message)) {
         return {Outcome::refused, fmt::format("refused by {}: status {}", manager, *message.answer_status)};
     }
-    if (row.has(answer_unread)) {
+    if (row.has(rows::answer_unread)) {
         return {Outcome::unread,
                 fmt::format("delivered to {}, verdict unread by this call ({})", manager, status_text(message))};
     }
@@ -103,7 +103,7 @@ Verdict answered(const Row& row, const Returned& back, std::int32_t manager_errn
                                          row.answers_record ? "" : ", " + status_text(message), code_text(back))};
 }
 
-Verdict judged_konfd(const Returned& back, const Observation& seen)
+Verdict judged_konfd(const rows::Returned& back, const Observation& seen)
 {
     const std::string code = code_text(back);
     if (back.code == 0) {
@@ -132,7 +132,8 @@ Verdict judged_konfd(const Returned& back, const Observation& seen)
     return {Outcome::contradiction, fmt::format("konfd agreed, yet the call failed{}", code)};
 }
 
-Verdict judged_messages(const Row& row, const Returned& back, std::int32_t manager_errno, const Observation& seen)
+Verdict judged_messages(const rows::Row& row, const rows::Returned& back, std::int32_t manager_errno,
+                        const Observation& seen)
 {
     const Message& last = seen.messages.back();
     const bool notice = seen.messages.size() > 1;
@@ -158,16 +159,16 @@ Verdict judged_messages(const Row& row, const Returned& back, std::int32_t manag
     return {Outcome::sent, fmt::format("sent to {} one-way, no verdict will come{}", manager, timer_text(seen))};
 }
 
-Verdict judged_local(const Row& row, const Returned& back, const Observation& seen)
+Verdict judged_local(const rows::Row& row, const rows::Returned& back, const Observation& seen)
 {
-    if (row.has(does_nothing)) {
+    if (row.has(rows::does_nothing)) {
         return {Outcome::nothing_to_do, "nothing to do: this call does nothing"};
     }
     if (seen.trace_switched) {
         return {Outcome::done,
                 fmt::format("done: the platform's own trace of SAP {} was switched", *seen.trace_switched)};
     }
-    if (row.channel != Channel::none) {
+    if (row.channel != rows::Channel::none) {
         return {Outcome::not_sent, fmt::format("not sent{}", code_text(back))};
     }
     return back.succeeded() ? Verdict{Outcome::done, "done"}
@@ -176,7 +177,7 @@ Verdict judged_local(const Row& row, const Returned& back, const Observation& se
 
 } // namespace
 
-std::optional<bool> was_done(const Row& row, Outcome outcome, const Observation& seen)
+std::optional<bool> was_done(const rows::Row& row, Outcome outcome, const Observation& seen)
 {
     switch (outcome) {
     case Outcome::accepted:
@@ -185,7 +186,7 @@ std::optional<bool> was_done(const Row& row, Outcome outcome, const Observation&
     case Outcome::nothing_to_do:
         return true;
     case Outcome::unread:
-        if (row.has(answer_unread) && seen.messages.back().answer_status.value_or(0) == 0) {
+        if (row.has(rows::answer_unread) && seen.messages.back().answer_status.value_or(0) == 0) {
             return true;
         }
         return std::nullopt;
@@ -215,17 +216,17 @@ std::string_view detail_of(const Verdict& verdict)
     return text.substr(text.starts_with(lead) ? lead.size() : 0);
 }
 
-ExitCode exit_of(Outcome outcome)
+input::ExitCode exit_of(Outcome outcome)
 {
     return outcomes[static_cast<std::size_t>(outcome)].exit;
 }
 
-Verdict judged(const Row& row, const Returned& back, std::int32_t manager_errno, const Observation& seen)
+Verdict judged(const rows::Row& row, const rows::Returned& back, std::int32_t manager_errno, const Observation& seen)
 {
-    if (row.channel == Channel::konfd) {
+    if (row.channel == rows::Channel::konfd) {
         return judged_konfd(back, seen);
     }
     return seen.messages.empty() ? judged_local(row, back, seen) : judged_messages(row, back, manager_errno, seen);
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::call

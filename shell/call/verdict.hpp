@@ -8,7 +8,7 @@
 #include "call/observer.hpp"
 #include "input/input_error.hpp"
 
-namespace vorcfg {
+namespace vorcfg::call {
 
 enum class Outcome {
     accepted,      // by the manager or konfd
@@ -34,15 +34,15 @@ struct Verdict {
     std::string hint{}; // what to do about it
 };
 
-Verdict judged(const Row& row, const Returned& back, std::int32_t manager_errno, const Observation& seen);
+Verdict judged(const rows::Row& row, const rows::Returned& back, std::int32_t manager_errno, const Observation& seen);
 
 // Whether the gateway has done it, where that is known. What is sent one-way counts as done.
-std::optional<bool> was_done(const Row& row, Outcome outcome, const Observation& seen);
+std::optional<bool> was_done(const rows::Row& row, Outcome outcome, const Observation& seen);
 
 std::string_view name_of(Outcome outcome);
 std::string_view total_of(Outcome outcome); // as in "2 not sent"
 // The text without what the outcome's name says already.
 std::string_view detail_of(const Verdict& verdict);
-ExitCode exit_of(Outcome outcome);
+input::ExitCode exit_of(Outcome outcome);
 
-} // namespace vorcfg
+} // namespace vorcfg::call

@@ -14,7 +14,7 @@
 
 #include "input/input_error.hpp"
 
-namespace vorcfg {
+namespace vorcfg::call {
 
 namespace {
 
@@ -46,7 +46,7 @@ Watchdog::Watchdog(std::optional<unsigned> seconds, bool hang_up_ends, GiveUp gi
     timer_ = timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK);
     end_ = eventfd(0, EFD_CLOEXEC);
     if (signals_ < 0 || timer_ < 0 || end_ < 0) {
-        throw InputError{fmt::format("cannot wait for signals: {}", std::strerror(errno)), exit_unusable};
+        throw input::InputError{fmt::format("cannot wait for signals: {}", std::strerror(errno)), input::exit_unusable};
     }
     thread_ = std::thread([this] { watch(); });
 }
@@ -112,4 +112,4 @@ void Watchdog::watch()
     }
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::call

@@ -9,7 +9,7 @@
 #include <optional>
 #include <thread>
 
-namespace vorcfg {
+namespace vorcfg::call {
 
 // While it is in scope, a thread waits for interrupt, hang-up and termination, which do not end a call under way at
 // once. A call that does not return in time, or soon after a signal, is given up: `give_up` is called with "no answer
@@ -56,4 +56,4 @@ private:
     std::thread thread_;
 };
 
-} // namespace vorcfg
+} // namespace vorcfg::call

@@ -2,7 +2,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 void append_fields(Fields& fields, const ADC_PIN_STATS& record)
 {
@@ -39,4 +39,4 @@ FAMILY(adc,
        call<vor_cfg_reset_adc_config_mode>("reset-config-mode",
                                            {object("adc_index"), object("channel_index"), "mode", "option"}, "1 2 1 0"))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

@@ -2,7 +2,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 FAMILY(can,
        call<vor_cfg_set_can_channel_name>("set-channel-name", {object("peer_id"), "name", "set"}, "0x101 rectifier 1"),
@@ -11,4 +11,4 @@ FAMILY(can,
        call<vor_cfg_set_can_peer_id>("set-peer-id", {object("port_num"), "peer_id", "option"}, "1 0x101 1"),
        call<vor_cfg_set_can_msg_id>("set-msg-id", {object("peer_id"), "msg_id", "option"}, "0x101 0x18ff50e6 1"))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

@@ -2,7 +2,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 namespace {
 
@@ -28,4 +28,4 @@ FAMILY(common, part<vor_cfg_create_ipc_endpoint>("create-ipc-endpoint", "every c
            .sends(notice),
        part<vor_restart_timer>("restart-timer", "common system-restart, when its timer expires"))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

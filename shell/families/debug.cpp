@@ -2,7 +2,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 namespace {
 
@@ -52,4 +52,4 @@ FAMILY(debug,
                                   "1 site-log \"\" 192.168.1.5 tower17 - 0")
            .sends(log_file))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

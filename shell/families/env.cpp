@@ -2,8 +2,8 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 FAMILY(env, call<vor_cfg_get_system_temperature>("get-system-temperature", {result("system_temp")}, ""))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

@@ -2,7 +2,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 void append_fields(Fields& fields, const GPIO_PIN_STATS& record)
 {
@@ -32,4 +32,4 @@ FAMILY(gpio, call<vor_cfg_set_gpio_direction>("set-direction", {object("port_num
        call<vor_cfg_get_gpio_port_stats>("get-port-stats", {number("port_num").fits<vor_uint16>().object()}, "3")
            .sends(pin))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

@@ -2,7 +2,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 FAMILY(gsm,
        call<vor_cfg_gsm_set_access_point_name>("set-access-point-name",
@@ -12,4 +12,4 @@ FAMILY(gsm,
                                       "1 - 1"),
        call<vor_cfg_gsm_activate>("activate", {object("gsm_port")}, "1").marked(acts))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

@@ -2,7 +2,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 FAMILY(gw,
        call<vor_cfg_set_gw_device_latitude_config>("set-device-latitude-config",
@@ -10,4 +10,4 @@ FAMILY(gw,
        call<vor_cfg_set_gw_device_longitude_config>("set-device-longitude-config",
                                                     {number("set").between(0, 1), "longitude"}, "1 77.5946E"))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

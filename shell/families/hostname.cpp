@@ -2,8 +2,8 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 FAMILY(hostname, call<vor_cfg_set_plat_hostname>("set-plat-hostname", {"hostname"}, "tower-17"))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

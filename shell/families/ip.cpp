@@ -2,7 +2,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 namespace {
 
@@ -114,4 +114,4 @@ FAMILY(
         .sends(removed_route)
         .marked(cuts_link))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

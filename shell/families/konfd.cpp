@@ -3,7 +3,7 @@
 #include "rows/family.hpp"
 #include "rows/konfd_query.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 FAMILY(konfd, part<vor_cfg_proto_init>("proto-init", "konfd query"),
        part<vor_cfg_proto_set_op>("proto-set-op", "konfd query"),
@@ -19,4 +19,4 @@ FAMILY(konfd, part<vor_cfg_proto_init>("proto-init", "konfd query"),
            .on(Channel::konfd),
        konfd_query::row("query", "--set --line interface wlan0 --pattern interface wlan0"))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

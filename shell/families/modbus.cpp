@@ -2,7 +2,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 FAMILY(modbus,
        call<vor_cfg_set_modbus_channel_name>("set-channel-name",
@@ -58,4 +58,4 @@ FAMILY(modbus,
                                                  {object("service_name"), "name", object("slave_id"), "set"},
                                                  "genset-bus genset 5 1"))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

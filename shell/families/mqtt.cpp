@@ -2,7 +2,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 FAMILY(mqtt,
        call<vor_cfg_set_mqtt_username_and_password>("set-username-and-password",
@@ -38,4 +38,4 @@ FAMILY(mqtt,
                                                  {number("clean_session_flag").fits<vor_uint16>(), "config_option"},
                                                  "1 1"))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

@@ -2,7 +2,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 FAMILY(sensor,
        call<vor_cfg_set_flow_data_template>("set-flow-data-template",
@@ -18,4 +18,4 @@ FAMILY(sensor,
        call<vor_cfg_set_sensor_channel>("set-channel", {object("sensor_name"), "channel_name", "set_flag"},
                                         "door-1 door 1"))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

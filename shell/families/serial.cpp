@@ -2,7 +2,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 FAMILY(
     serial, call<vor_cfg_set_serial_polling>("set-polling", {object("port_num"), "polling_freq", "option"}, "1 1000 1"),
@@ -15,4 +15,4 @@ FAMILY(
     call<vor_cfg_serial_set_channel>("set-channel", {object("port_num"), "channel_name", unsent("set")},
                                      "1 rectifier-console 1"))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

@@ -2,7 +2,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 FAMILY(snmp,
        call<vor_cfg_set_snmp_v2_server_community_name>("set-v2-server-community-name",
@@ -20,4 +20,4 @@ FAMILY(snmp,
                                                     "noc 1"),
        call<vor_cfg_set_snmp_server_v3_engine_id>("set-server-v3-engine-id", {"input_string"}, "8000000001020317"))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

@@ -2,7 +2,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 namespace {
 
@@ -36,4 +36,4 @@ FAMILY(sub1g, call<vor_cfg_set_sub1g_frequency>("set-frequency", {object("interf
        call<vor_cfg_get_reg_values>("get-reg-values", {result("sub1g_reg")}, ""),
        call<vor_cfg_set_sub1g_power>("set-power", {object("interface_num"), "power"}, "1 10"))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

@@ -2,7 +2,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 FAMILY(svc, call<vor_cfg_rest_set_bind_addr>("rest-set-bind-addr", {object("service_name"), "bind_iface"}, "rest eth0"),
        call<vor_cfg_rest_set_app>("rest-set-app", {object("service_name"), "app_name"}, "rest telemetry"),
@@ -18,4 +18,4 @@ FAMILY(svc, call<vor_cfg_rest_set_bind_addr>("rest-set-bind-addr", {object("serv
                                 {object("service_name"), "app_name", number("app_sap_id").fits<vor_uint16>().object()},
                                 "uplink telemetry 15"))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

@@ -2,7 +2,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 namespace {
 
@@ -18,4 +18,4 @@ FAMILY(syslog,
        stub<vor_cfg_get_sysloginfo>("get-sysloginfo",
                                     {untouched("ip_address"), untouched("port_number"), untouched("protocol")}, ""))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

@@ -2,7 +2,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 FAMILY(time,
        call<vor_set_ntp_server>("set-ntp-server", {"server_name", port("port_no"), number("option").fits<vor_int16>()},
@@ -10,4 +10,4 @@ FAMILY(time,
        call<vor_set_timezone_string>("set-timezone-string", {"time_zone_index", number("option").fits<vor_int16>()},
                                      "44 1"))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

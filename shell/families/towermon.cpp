@@ -2,7 +2,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 FAMILY(towermon,
        call<vor_cfg_towermon_obj_aircon_channel_name>("obj-aircon-channel-name",
@@ -92,4 +92,4 @@ FAMILY(towermon,
                                                  "\"hill road, Coorg\" 1"),
        call<vor_cfg_towermon_set_tower_id>("set-tower-id", {"sensor_id", unsent("option")}, "17 1"))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

@@ -2,7 +2,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 FAMILY_OF("konfd", wifi, "the stored Wi-Fi network",
           call<vor_cfg_set_wifi_ssid_password>("set-ssid-password", {"ssid", text("password").secret()},
@@ -10,4 +10,4 @@ FAMILY_OF("konfd", wifi, "the stored Wi-Fi network",
               .marked(cuts_link)
               .on(Channel::konfd))
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

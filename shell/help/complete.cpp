@@ -13,7 +13,7 @@
 
 #include "script_texts.hpp" // of the files in scripts/, by the build
 
-namespace vorcfg {
+namespace vorcfg::help {
 
 namespace {
 
@@ -44,7 +44,7 @@ std::vector<std::string> paths_that_begin(std::string_view typed, bool home)
 
 class Completion {
 public:
-    explicit Completion(std::span<const Word> words)
+    explicit Completion(std::span<const input::Word> words)
     {
         if (!words.empty()) {
             current_ = words.back().text;
@@ -66,14 +66,14 @@ public:
 
 private:
     // The words before the current one; an option is pending if the current word is its value.
-    void take(std::span<const Word> words)
+    void take(std::span<const input::Word> words)
     {
-        for (const Word& word : words) {
+        for (const input::Word& word : words) {
             if (pending_ != nullptr) {
                 pending_ = nullptr;
             } else if (!over_ && word.text == "--") {
                 over_ = true;
-            } else if (const OptionRow* const row = over_ ? nullptr : option_named(word.text)) {
+            } else if (const input::OptionRow* const row = over_ ? nullptr : option_named(word.text)) {
                 pending_ = row->value.empty() ? nullptr : row;
             } else if (over_ || !word.text.starts_with("--") || call() != nullptr) {
                 before_.push_back(word.text);
@@ -81,13 +81,13 @@ private:
         }
     }
 
-    static const OptionRow* option_named(std::string_view name)
+    static const input::OptionRow* option_named(std::string_view name)
     {
-        const auto found = std::ranges::find(option_rows(), name, &OptionRow::name);
-        return found != option_rows().end() ? &*found : nullptr;
+        const auto found = std::ranges::find(input::option_rows(), name, &input::OptionRow::name);
+        return found != input::option_rows().end() ? &*found : nullptr;
     }
 
-    const Row* call() const { return before_.size() >= 2 ? row_named(before_[0], before_[1]) : nullptr; }
+    const rows::Row* call() const { return before_.size() >= 2 ? rows::row_named(before_[0], before_[1]) : nullptr; }
 
     void offer(std::string word, std::string_view hint = {})
     {
@@ -127,21 +127,21 @@ private:
     {
         const std::size_t equals = current_.find('=');
         if (equals != std::string::npos) {
-            if (const OptionRow* const row = option_named(current_.substr(0, equals))) {
+            if (const input::OptionRow* const row = option_named(current_.substr(0, equals))) {
                 offer_named(row->value, current_.substr(0, equals + 1), current_.substr(equals + 1));
             }
             return;
         }
-        if (const Row* const row = call(); row != nullptr && row->read != nullptr) {
+        if (const rows::Row* const row = call(); row != nullptr && row->read != nullptr) {
             offer_own_options(*row);
         }
-        for (const OptionRow& row : option_rows()) {
+        for (const input::OptionRow& row : input::option_rows()) {
             offer(std::string(row.name), row.about);
         }
     }
 
     // Those in the usage of a call that reads its own words.
-    void offer_own_options(const Row& row)
+    void offer_own_options(const rows::Row& row)
     {
         static constexpr std::string_view letters = "abcdefghijklmnopqrstuvwxyz-";
         for (std::size_t at = row.usage.find("--"); at != std::string_view::npos;) {
@@ -153,16 +153,16 @@ private:
 
     void offer_families()
     {
-        for (const Family* const family : families()) {
-            offer(std::string(family->name), about(*family));
+        for (const rows::Family* const family : rows::families()) {
+            offer(std::string(family->name), rows::about(*family));
         }
     }
 
     void offer_calls(std::string_view family)
     {
-        if (const Family* const known = family_named(family)) {
-            for (const Row& row : known->rows) {
-                offer(std::string(row.name), summary_of(row));
+        if (const rows::Family* const known = rows::family_named(family)) {
+            for (const rows::Row& row : known->rows) {
+                offer(std::string(row.name), rows::summary_of(row));
             }
         }
     }
@@ -171,12 +171,12 @@ private:
     {
         if (before_.empty()) {
             offer_families();
-            for (const Command& command : commands()) {
+            for (const input::Command& command : input::commands()) {
                 offer(std::string(command.name), command.about);
             }
-        } else if (const Command* const command = command_named(before_[0])) {
+        } else if (const input::Command* const command = input::command_named(before_[0])) {
             offer_word_of(*command);
-        } else if (const Row* const row = call()) {
+        } else if (const rows::Row* const row = call()) {
             offer_argument(*row);
         } else if (before_.size() == 1) {
             offer_calls(before_[0]);
@@ -184,43 +184,43 @@ private:
     }
 
     // The operand in the current position, as in "help [FAMILY [CALL]]".
-    void offer_word_of(const Command& command)
+    void offer_word_of(const input::Command& command)
     {
         std::string usage(command.usage);
         std::erase_if(usage, [](char c) { return c == '[' || c == ']'; });
-        const std::vector<Word> names = words_of(usage);
+        const std::vector<input::Word> names = input::words_of(usage);
         if (before_.size() < names.size()) {
             offer_named(names[before_.size()].text, "", current_);
         }
     }
 
-    static const Argument* argument_named(const Row& row, std::string_view word)
+    static const rows::Argument* argument_named(const rows::Row& row, std::string_view word)
     {
         const std::size_t equals = word.find('=');
-        const auto found = std::ranges::find_if(row.arguments(), [&](const Argument& each) {
+        const auto found = std::ranges::find_if(row.arguments(), [&](const rows::Argument& each) {
             return equals != std::string_view::npos && each.is_given() && each.name == word.substr(0, equals);
         });
         return found != row.arguments().end() ? &*found : nullptr;
     }
 
-    void offer_argument(const Row& row)
+    void offer_argument(const rows::Row& row)
     {
         if (row.read != nullptr) {
             offer_own_options(row);
             return;
         }
-        if (const Argument* const named = argument_named(row, current_)) {
+        if (const rows::Argument* const named = argument_named(row, current_)) {
             offer_value_of(*named, current_.substr(0, named->name.size() + 1));
             return;
         }
-        std::vector<const Argument*> left;
-        for (const Argument& argument : row.arguments()) {
+        std::vector<const rows::Argument*> left;
+        for (const rows::Argument& argument : row.arguments()) {
             if (argument.is_given()) {
                 left.push_back(&argument);
             }
         }
         for (std::size_t i = 2; i < before_.size() && !left.empty(); i++) {
-            const Argument* const named = argument_named(row, before_[i]);
+            const rows::Argument* const named = argument_named(row, before_[i]);
             const auto given = named != nullptr ? std::ranges::find(left, named) : left.begin();
             if (given != left.end() && !(*given)->is_list) {
                 left.erase(given);
@@ -230,17 +230,17 @@ private:
             return;
         }
         offer_value_of(*left.front(), "");
-        for (const Argument* const argument : left) {
+        for (const rows::Argument* const argument : left) {
             if (!argument->is_list) {
-                offer(fmt::format("{}=", argument->name), kind_text(*argument));
+                offer(fmt::format("{}=", argument->name), rows::kind_text(*argument));
             }
         }
-        found_.push_back({"", fmt::format("{}: {}", left.front()->name, kind_text(*left.front()))});
+        found_.push_back({"", fmt::format("{}: {}", left.front()->name, rows::kind_text(*left.front()))});
     }
 
-    void offer_value_of(const Argument& argument, std::string_view name)
+    void offer_value_of(const rows::Argument& argument, std::string_view name)
     {
-        for (const Choice& choice : argument.choices) {
+        for (const rows::Choice& choice : argument.choices) {
             offer(fmt::format("{}{}", name, choice.name),
                   argument.is_number() ? std::to_string(choice.number) : std::string());
         }
@@ -256,14 +256,14 @@ private:
 
     std::string current_;
     std::vector<std::string> before_;
-    const OptionRow* pending_ = nullptr;
+    const input::OptionRow* pending_ = nullptr;
     bool over_ = false; // after a --
     std::vector<Candidate> found_;
 };
 
 } // namespace
 
-std::vector<Candidate> candidates(std::span<const Word> words)
+std::vector<Candidate> candidates(std::span<const input::Word> words)
 {
     return Completion(words).found();
 }
@@ -273,7 +273,7 @@ bool is_whole(std::string_view word)
     return !word.ends_with('/') && !word.ends_with('=') && !word.ends_with('@');
 }
 
-std::string completions(std::span<const Word> words)
+std::string completions(std::span<const input::Word> words)
 {
     std::string text;
     for (const Candidate& candidate : candidates(words)) {
@@ -295,10 +295,10 @@ std::string_view completion_script(std::string_view shell)
 {
     const auto found = std::ranges::find(script_texts, shell, &vor::BuiltIn::stem);
     if (found == std::end(script_texts)) {
-        throw InputError{
+        throw input::InputError{
             fmt::format("no completion for \"{}\"; expected {}", shell, vor::alternatives(completed_shells()))};
     }
     return found->text;
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::help

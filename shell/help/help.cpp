@@ -12,7 +12,7 @@
 #include "text/screen.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::help {
 
 namespace {
 
@@ -57,15 +57,15 @@ private:
     std::vector<std::pair<std::string, std::string>> rows_;
 };
 
-std::string option_text(const OptionRow& row)
+std::string option_text(const input::OptionRow& row)
 {
     return row.value.empty() ? std::string(row.name) : fmt::format("{} {}", row.name, row.value);
 }
 
-std::string options_text(bool (*shown)(const OptionRow&), bool with_commands = true)
+std::string options_text(bool (*shown)(const input::OptionRow&), bool with_commands = true)
 {
     Columns columns;
-    for (const OptionRow& row : option_rows()) {
+    for (const input::OptionRow& row : input::option_rows()) {
         if (shown(row)) {
             columns.add(option_text(row), row.commands.empty() || !with_commands
                                               ? std::string(row.about)
@@ -79,41 +79,41 @@ std::string options_text(bool (*shown)(const OptionRow&), bool with_commands = t
 std::string commands_text(std::string_view between)
 {
     std::string text;
-    for (std::size_t group = 0; group < std::size(group_titles); group++) {
+    for (std::size_t group = 0; group < std::size(input::group_titles); group++) {
         Columns columns;
-        for (const Command& command : commands()) {
-            if (command.group == static_cast<CommandGroup>(group)) {
+        for (const input::Command& command : input::commands()) {
+            if (command.group == static_cast<input::CommandGroup>(group)) {
                 columns.add(std::string(command.usage.empty() ? "(no arguments)" : command.usage),
                             std::string(command.about));
             }
         }
-        text += fmt::format("{}{}:\n{}", between, group_titles[group], columns.text());
+        text += fmt::format("{}{}:\n{}", between, input::group_titles[group], columns.text());
     }
     return text;
 }
 
-bool mentions(const Row& row, const std::string& word)
+bool mentions(const rows::Row& row, const std::string& word)
 {
     const auto has = [&](std::string_view text) { return vor::folded(text).find(word) != std::string::npos; };
-    const CallContract& contract = contract_of(row);
+    const rows::CallContract& contract = rows::contract_of(row);
     return has(row.full_name()) || has(row.symbol) || std::ranges::any_of(contract.paragraphs, has) ||
            std::ranges::any_of(row.arguments(),
-                               [&](const Argument& each) { return has(each.name) || has(contract.about(each)); });
+                               [&](const rows::Argument& each) { return has(each.name) || has(contract.about(each)); });
 }
 
 template <class Selects>
 std::string listed(bool json, Selects selects)
 {
     std::string text;
-    for (const Family* const family : families()) {
-        for (const Row& row : family->rows) {
+    for (const rows::Family* const family : rows::families()) {
+        for (const rows::Row& row : family->rows) {
             if (!selects(row)) {
                 continue;
             }
             if (json) {
-                text += json_of(row);
+                text += output::json_of(row);
             } else {
-                text += usage_of(row);
+                text += rows::usage_of(row);
                 text += row.used_by.empty() ? "\n" : fmt::format(" (not on its own; used by {})\n", row.used_by);
             }
         }
@@ -127,15 +127,15 @@ std::string help()
 {
     std::string text = fmt::format(
         "{}.\n{}\nOptions:\n{}\nOptions of some commands:\n{}\n{}\nFamilies:\n", about_vorcfg, commands_text("\n"),
-        options_text([](const OptionRow& row) { return row.commands.empty(); }),
-        options_text([](const OptionRow& row) { return !row.commands.empty(); }), help_paragraph(about_words));
+        options_text([](const input::OptionRow& row) { return row.commands.empty(); }),
+        options_text([](const input::OptionRow& row) { return !row.commands.empty(); }), help_paragraph(about_words));
     Columns known;
-    for (const Family* const family : families()) {
-        known.add(std::string(family->name), about(*family));
+    for (const rows::Family* const family : rows::families()) {
+        known.add(std::string(family->name), rows::about(*family));
     }
     Columns exits;
-    for (std::size_t code = 0; code < std::size(exit_texts); code++) {
-        exits.add(fmt::format("{:>2}", code), std::string(exit_texts[code]));
+    for (std::size_t code = 0; code < std::size(input::exit_texts); code++) {
+        exits.add(fmt::format("{:>2}", code), std::string(input::exit_texts[code]));
     }
     return fmt::format("{}{}\nExit codes:\n{}", text, known.text(), exits.text());
 }
@@ -143,29 +143,29 @@ std::string help()
 std::string brief_help()
 {
     return fmt::format("{}.\n{}Options; vorcfg --help lists all of them:\n{}", about_vorcfg, commands_text(""),
-                       options_text([](const OptionRow& row) { return row.brief; }, false));
+                       options_text([](const input::OptionRow& row) { return row.brief; }, false));
 }
 
-std::string help(const Command& command)
+std::string help(const input::Command& command)
 {
     const std::string text = fmt::format("usage: vorcfg {}\n\n{}\n", command.usage, command.about);
     return command.more.empty() ? text : text + '\n' + help_paragraph(command.more);
 }
 
-std::string help(const Family& family)
+std::string help(const rows::Family& family)
 {
     Columns calls;
-    for (const Row& row : family.rows) {
-        calls.add(std::string(row.name), summary_of(row));
+    for (const rows::Row& row : family.rows) {
+        calls.add(std::string(row.name), rows::summary_of(row));
     }
-    return fmt::format("usage: vorcfg {} CALL ARGUMENT...\n\n{}\n\n{}", family.name, about(family), calls.text());
+    return fmt::format("usage: vorcfg {} CALL ARGUMENT...\n\n{}\n\n{}", family.name, rows::about(family), calls.text());
 }
 
 // The names alone, in as many columns as fit.
-std::string brief_help(const Family& family)
+std::string brief_help(const rows::Family& family)
 {
     std::size_t width = 0;
-    for (const Row& row : family.rows) {
+    for (const rows::Row& row : family.rows) {
         width = std::max(width, row.name.size() + 2);
     }
     const std::size_t columns = (line_width - 2) / width;
@@ -180,19 +180,19 @@ std::string brief_help(const Family& family)
 
 namespace {
 
-std::string usage_text(const Row& row)
+std::string usage_text(const rows::Row& row)
 {
-    return hanging(fmt::format("usage: vorcfg {}", usage_of(row)), 4);
+    return hanging(fmt::format("usage: vorcfg {}", rows::usage_of(row)), 4);
 }
 
 } // namespace
 
-std::string help(const Row& row)
+std::string help(const rows::Row& row)
 {
-    const CallContract& contract = contract_of(row);
+    const rows::CallContract& contract = rows::contract_of(row);
     std::string text = usage_text(row) + '\n';
     if (row.read != nullptr) {
-        text += help_paragraph(sentence(summary_of(row)));
+        text += help_paragraph(rows::sentence(rows::summary_of(row)));
     } else {
         for (const std::string& each : contract.paragraphs) {
             text += help_paragraph(each);
@@ -201,44 +201,44 @@ std::string help(const Row& row)
     if (!row.used_by.empty()) {
         return text + fmt::format("Not made on its own; used by {}\n", row.used_by);
     }
-    for (const std::string_view remark : remarks_of(row)) {
+    for (const std::string_view remark : rows::remarks_of(row)) {
         text += help_paragraph(remark);
     }
     text += row.usage_help;
-    for (const Argument& argument : row.arguments()) {
+    for (const rows::Argument& argument : row.arguments()) {
         if (row.read != nullptr || !argument.is_given()) {
             continue;
         }
         const std::string_view meaning = contract.meaning(argument);
-        text += fmt::format("\n  {}\n{}{}", argument.name, help_paragraph(kind_text(argument), 6),
+        text += fmt::format("\n  {}\n{}{}", argument.name, help_paragraph(rows::kind_text(argument), 6),
                             meaning.empty() ? "" : help_paragraph(meaning, 6));
     }
     if (row.read == nullptr) {
-        text += '\n' + help_paragraph(default_meaning) +
+        text += '\n' + help_paragraph(rows::default_meaning) +
                 help_paragraph(fmt::format("The library returns {}.", contract.returned));
     }
-    return text + fmt::format("\nExample: vorcfg {}\n", example_call(row));
+    return text + fmt::format("\nExample: vorcfg {}\n", rows::example_call(row));
 }
 
-std::string brief_help(const Row& row)
+std::string brief_help(const rows::Row& row)
 {
     Columns arguments;
-    for (const Argument& argument : row.arguments()) {
+    for (const rows::Argument& argument : row.arguments()) {
         if (row.read == nullptr && argument.is_given()) {
-            arguments.add(std::string(argument.name), kind_text(argument));
+            arguments.add(std::string(argument.name), rows::kind_text(argument));
         }
     }
-    return fmt::format("{}{}\n{}{}", usage_text(row), summary_of(row), row.usage_help, arguments.text());
+    return fmt::format("{}{}\n{}{}", usage_text(row), rows::summary_of(row), row.usage_help, arguments.text());
 }
 
-std::string list(const Family* family, bool json)
+std::string list(const rows::Family* family, bool json)
 {
-    return listed(json, [&](const Row& row) { return family == nullptr || row.family == family; });
+    return listed(json, [&](const rows::Row& row) { return family == nullptr || row.family == family; });
 }
 
 std::string search(std::string_view word, bool json)
 {
-    return listed(json, [folded = vor::folded(word)](const Row& row) { return mentions(row, folded); });
+    return listed(json, [folded = vor::folded(word)](const rows::Row& row) { return mentions(row, folded); });
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::help

@@ -10,25 +10,25 @@
 #include "input/words.hpp"
 #include "rows/row.hpp"
 
-namespace vorcfg {
+namespace vorcfg::help {
 
 // All of it; the brief one is on one screen of 24 rows.
 std::string help();
-std::string help(const Family& family);
-std::string help(const Row& row);
-std::string help(const Command& command);
+std::string help(const rows::Family& family);
+std::string help(const rows::Row& row);
+std::string help(const input::Command& command);
 std::string brief_help();
-std::string brief_help(const Family& family);
-std::string brief_help(const Row& row);
+std::string brief_help(const rows::Family& family);
+std::string brief_help(const rows::Row& row);
 
 // Shows the text through $PAGER, or less, where standard output is a terminal; else prints it.
 void page(std::string_view text);
 
 // Adds a hint to an error about an argument, and lines that show where it is.
-void point_out(InputError& error, std::span<const Word> words);
+void point_out(input::InputError& error, std::span<const input::Word> words);
 
 // All calls, those of one family, or those that mention the word.
-std::string list(const Family* family, bool json);
+std::string list(const rows::Family* family, bool json);
 std::string search(std::string_view word, bool json);
 
 // The manual pages in mdoc: those in pages/, filled in from the tables, and one for each family.
@@ -44,16 +44,16 @@ struct Candidate {
 };
 
 // How the last of the words, which may be empty, can be completed.
-std::vector<Candidate> candidates(std::span<const Word> words);
+std::vector<Candidate> candidates(std::span<const input::Word> words);
 
 // Whether a space follows, or the word continues.
 bool is_whole(std::string_view word);
 
 // One per line, followed by a tab and its hint.
-std::string completions(std::span<const Word> words);
+std::string completions(std::span<const input::Word> words);
 
 // The script by which a shell asks for them. Throws an InputError that lists the known shells.
 std::string_view completion_script(std::string_view shell);
 std::vector<std::string_view> completed_shells();
 
-} // namespace vorcfg
+} // namespace vorcfg::help

@@ -16,7 +16,7 @@
 
 #include "manual_texts.hpp" // of the pages, by the build
 
-namespace vorcfg {
+namespace vorcfg::help {
 
 namespace {
 
@@ -85,7 +85,7 @@ std::string literal(std::string_view lines)
 // An item of a list, as a sentence.
 std::string item(std::string_view tag, std::string_view text)
 {
-    return fmt::format(".It {}\n{}", tag, filled(sentence(std::string(text))));
+    return fmt::format(".It {}\n{}", tag, filled(rows::sentence(std::string(text))));
 }
 
 // The day of SOURCE_DATE_EPOCH, else today.
@@ -116,7 +116,7 @@ std::vector<std::pair<std::string_view, std::string>> fillings()
 {
     std::string synopsis;
     std::string listed;
-    for (const Command& command : commands()) {
+    for (const input::Command& command : input::commands()) {
         const std::string macros = usage_macros(command.name, command.usage);
         synopsis += ".Nm\n.Op Ar OPTION ...\n";
         if (!macros.empty()) {
@@ -125,18 +125,18 @@ std::vector<std::pair<std::string_view, std::string>> fillings()
         }
     }
     std::string options;
-    for (const OptionRow& row : option_rows()) {
+    for (const input::OptionRow& row : input::option_rows()) {
         const std::string value = row.value.empty() ? "" : " Ar " + argument(row.value);
         options += item(fmt::format("Fl {}{}", escaped(row.name.substr(1)), value),
                         fmt::format("{}{}{}", row.about, row.commands.empty() ? "" : "; for ", row.commands));
     }
     std::string known;
-    for (const Family* const family : families()) {
-        known += item(family->name, about(*family));
+    for (const rows::Family* const family : rows::families()) {
+        known += item(family->name, rows::about(*family));
     }
     std::string exits;
-    for (std::size_t code = 0; code < std::size(exit_texts); code++) {
-        exits += item(std::to_string(code), exit_texts[code]);
+    for (std::size_t code = 0; code < std::size(input::exit_texts); code++) {
+        exits += item(std::to_string(code), input::exit_texts[code]);
     }
     return {{"@DATE@", day()},        {"@SYNOPSIS@\n", synopsis}, {"@COMMANDS@\n", listed},
             {"@OPTIONS@\n", options}, {"@FAMILIES@\n", known},    {"@EXIT_STATUS@\n", exits}};
@@ -153,25 +153,25 @@ std::string without_file(std::string text)
     return text;
 }
 
-std::string arguments_of(const Row& row, const CallContract& contract)
+std::string arguments_of(const rows::Row& row, const rows::CallContract& contract)
 {
     std::string items;
-    for (const Argument& each : row.arguments()) {
+    for (const rows::Argument& each : row.arguments()) {
         if (each.is_given()) {
             const std::string_view meaning = contract.meaning(each);
-            items += item(fmt::format("Ar {}", each.name), kind_text(each));
-            items += filled(sentence(std::string(meaning)));
+            items += item(fmt::format("Ar {}", each.name), rows::kind_text(each));
+            items += filled(rows::sentence(std::string(meaning)));
         }
     }
     return items.empty() ? "" : fmt::format(".Bl -tag -width Ds\n{}.El\n", items);
 }
 
-std::string section_of(const Row& row)
+std::string section_of(const rows::Row& row)
 {
-    const CallContract& contract = contract_of(row);
+    const rows::CallContract& contract = rows::contract_of(row);
     std::string text = fmt::format(".Ss {}\n", escaped(row.full_name()));
     if (row.read != nullptr) {
-        text += filled(sentence(summary_of(row))) + literal(row.usage_help);
+        text += filled(rows::sentence(rows::summary_of(row))) + literal(row.usage_help);
     } else {
         text += literal(contract.declaration);
         for (const std::string& each : contract.paragraphs) {
@@ -181,30 +181,30 @@ std::string section_of(const Row& row)
     if (!row.used_by.empty()) {
         return text + paragraph(fmt::format("Not made on its own; used by {}.", row.used_by));
     }
-    for (const std::string_view remark : remarks_of(row)) {
+    for (const std::string_view remark : rows::remarks_of(row)) {
         text += paragraph(remark);
     }
     if (row.read == nullptr) {
         text += arguments_of(row, contract) + paragraph(fmt::format("The library returns {}.", contract.returned));
     }
-    return text + literal(fmt::format("vorcfg {}", example_call(row)));
+    return text + literal(fmt::format("vorcfg {}", rows::example_call(row)));
 }
 
-std::string page_of(const Family& family)
+std::string page_of(const rows::Family& family)
 {
     std::string title = fmt::format("vorcfg-{}", family.name);
-    std::string text = fmt::format(".Nm {}\n.Nd {}\n.Sh SYNOPSIS\n", title, escaped(about(family)));
-    for (const Row& row : family.rows) {
+    std::string text = fmt::format(".Nm {}\n.Nd {}\n.Sh SYNOPSIS\n", title, escaped(rows::about(family)));
+    for (const rows::Row& row : family.rows) {
         if (row.used_by.empty()) {
-            text += fmt::format(".Nm vorcfg\n.{}\n", usage_macros(row.full_name(), usage_of(row)));
+            text += fmt::format(".Nm vorcfg\n.{}\n", usage_macros(row.full_name(), rows::usage_of(row)));
         }
     }
     std::string description;
-    for (const std::string& each : contract_of(family).paragraphs) {
+    for (const std::string& each : rows::contract_of(family).paragraphs) {
         description += description.empty() ? filled(without_file(each)) : paragraph(without_file(each));
     }
-    text += ".Sh DESCRIPTION\n" + description + paragraph(default_meaning);
-    for (const Row& row : family.rows) {
+    text += ".Sh DESCRIPTION\n" + description + paragraph(rows::default_meaning);
+    for (const rows::Row& row : family.rows) {
         text += section_of(row);
     }
     std::ranges::transform(title, title.begin(), [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
@@ -220,7 +220,7 @@ std::vector<std::string> manual_pages()
     for (const vor::BuiltIn& page : manual_texts) {
         pages.emplace_back(page.stem);
     }
-    for (const Family* const family : families()) {
+    for (const rows::Family* const family : rows::families()) {
         pages.push_back(fmt::format("vorcfg-{}.1", family->name));
     }
     return pages;
@@ -237,13 +237,14 @@ std::string manual(std::string_view page)
             return text;
         }
     }
-    for (const Family* const family : families()) {
+    for (const rows::Family* const family : rows::families()) {
         if (page == fmt::format("vorcfg-{}.1", family->name)) {
             return page_of(*family);
         }
     }
-    throw InputError{fmt::format("no manual page \"{}\"{}", page,
-                                 vor::suggestion(vor::nearest(page, manual_pages()), "vorcfg manual lists them"))};
+    throw input::InputError{
+        fmt::format("no manual page \"{}\"{}", page,
+                    vor::suggestion(vor::nearest(page, manual_pages()), "vorcfg manual lists them"))};
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::help

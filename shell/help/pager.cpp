@@ -7,7 +7,7 @@
 #include "help/help.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::help {
 
 // Where the pager does not exist, the shell exits with 127.
 void page(std::string_view text)
@@ -31,4 +31,4 @@ void page(std::string_view text)
     }
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::help

@@ -7,7 +7,7 @@
 #include "text/parse.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::help {
 
 namespace {
 
@@ -16,7 +16,7 @@ struct Excerpt {
     std::size_t at = std::string::npos; // what the caret points at
 };
 
-Excerpt typed_call(const InputError& error, std::span<const Word> words)
+Excerpt typed_call(const input::InputError& error, std::span<const input::Word> words)
 {
     Excerpt excerpt{"  "};
     for (std::size_t i = 0; i < words.size(); i++) {
@@ -27,12 +27,12 @@ Excerpt typed_call(const InputError& error, std::span<const Word> words)
     return excerpt;
 }
 
-Excerpt usage(const InputError& error, const Row& row)
+Excerpt usage(const input::InputError& error, const rows::Row& row)
 {
-    Excerpt excerpt{fmt::format("usage: {}", usage_of(row))};
+    Excerpt excerpt{fmt::format("usage: {}", rows::usage_of(row))};
     std::size_t name = 0;
-    for (const Argument& argument : row.arguments()) {
-        const std::string shown = placeholder(argument);
+    for (const rows::Argument& argument : row.arguments()) {
+        const std::string shown = rows::placeholder(argument);
         const std::size_t found = excerpt.line.find(shown, name);
         name = found != std::string::npos ? found + shown.size() : name; // a name may begin another
         excerpt.at = argument.name == error.argument ? found : excerpt.at;
@@ -42,22 +42,22 @@ Excerpt usage(const InputError& error, const Row& row)
 
 } // namespace
 
-void point_out(InputError& error, std::span<const Word> words)
+void point_out(input::InputError& error, std::span<const input::Word> words)
 {
     constexpr std::size_t widest = 80;
-    const Row* const row = words.size() > 1 ? row_named(words[0].text, words[1].text) : nullptr;
+    const rows::Row* const row = words.size() > 1 ? rows::row_named(words[0].text, words[1].text) : nullptr;
     if (row == nullptr) {
         return;
     }
-    const bool about_argument = error.word != InputError::no_word && error.word >= Reading::first_word;
-    if (error.exit != exit_usage || !about_argument) {
+    const bool about_argument = error.word != input::InputError::no_word && error.word >= rows::Reading::first_word;
+    if (error.exit != input::exit_usage || !about_argument) {
         return;
     }
     if (error.hint.empty()) {
         error.hint = fmt::format("vorcfg help {}", row->full_name());
     }
     Excerpt shown = typed_call(error, words);
-    if (error.word >= words.size() || may_hold_secret(*row, words) || vor::characters_in(shown.line) > widest) {
+    if (error.word >= words.size() || rows::may_hold_secret(*row, words) || vor::characters_in(shown.line) > widest) {
         shown = usage(error, *row);
     }
     error.excerpt = shown.line + '\n';
@@ -67,4 +67,4 @@ void point_out(InputError& error, std::span<const Word> words)
     }
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::help

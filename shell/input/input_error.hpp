@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace vorcfg {
+namespace vorcfg::input {
 
 // The exit codes, the shell's contract with scripts.
 enum ExitCode : int {
@@ -65,4 +65,4 @@ struct InputError {
     std::string hint{};    // what helps, for a line of its own
 };
 
-} // namespace vorcfg
+} // namespace vorcfg::input

@@ -11,7 +11,7 @@
 #include "text/parse.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::input {
 
 namespace {
 
@@ -224,4 +224,4 @@ void check_given(const Options& options, std::string_view command)
     }
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::input

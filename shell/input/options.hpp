@@ -11,7 +11,7 @@
 #include "text/options.hpp"
 #include "text/screen.hpp"
 
-namespace vorcfg {
+namespace vorcfg::input {
 
 struct OptionRow;
 
@@ -84,4 +84,4 @@ const Command* command_named(std::string_view name);
 // Runs a line; returns the exit code. Throws an InputError.
 int run(const Options& options);
 
-} // namespace vorcfg
+} // namespace vorcfg::input

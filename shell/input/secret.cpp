@@ -9,7 +9,7 @@
 
 #include "input/input_error.hpp"
 
-namespace vorcfg {
+namespace vorcfg::input {
 
 namespace {
 
@@ -156,4 +156,4 @@ bool is_secret_source(const Word& word)
     return !word.quoted && (word.text.starts_with('@') || word.text == "-" || word.text == "?");
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::input

@@ -12,7 +12,7 @@
 
 #include "input/words.hpp"
 
-namespace vorcfg {
+namespace vorcfg::input {
 
 struct SecretSources {
     bool literals = false;             // as in a file of calls
@@ -47,4 +47,4 @@ private:
 // Whether the word says where a secret comes from.
 bool is_secret_source(const Word& word);
 
-} // namespace vorcfg
+} // namespace vorcfg::input

@@ -8,7 +8,7 @@
 
 #include "input/input_error.hpp"
 
-namespace vorcfg {
+namespace vorcfg::input {
 
 namespace {
 
@@ -79,4 +79,4 @@ bool agreed(std::string_view question)
     return answer == "y" || answer == "yes" || answer == "Y";
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::input

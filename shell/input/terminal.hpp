@@ -7,7 +7,7 @@
 #include <string_view>
 #include <unistd.h>
 
-namespace vorcfg {
+namespace vorcfg::input {
 
 // While it lives, Ctrl-C is blocked until a wait, so that one between two keys is not lost.
 class Waiting {
@@ -33,4 +33,4 @@ bool at_terminal();
 // True for y or yes, false for anything else. Throws an InputError where Ctrl-C or Ctrl-D ends the question.
 bool agreed(std::string_view question);
 
-} // namespace vorcfg
+} // namespace vorcfg::input

@@ -10,7 +10,7 @@
 #include "text/nearest.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::input {
 
 std::string content_of(std::FILE* file, const std::string& name, const Bounds& bounds)
 {
@@ -183,4 +183,4 @@ std::string hint_about(const std::vector<Word>& words)
     return {};
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::input

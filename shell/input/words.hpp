@@ -11,7 +11,7 @@
 #include "input/input_error.hpp"
 #include "text/parse.hpp"
 
-namespace vorcfg {
+namespace vorcfg::input {
 
 // Exposed: it contains a value from the command line.
 struct Word : vor::Word {
@@ -62,4 +62,4 @@ std::vector<Word> words_of(std::string_view line, Variables* variables = nullptr
 // What may help with a line that was refused: it has $name or 'text', as a shell would take them. Else empty.
 std::string hint_about(const std::vector<Word>& words);
 
-} // namespace vorcfg
+} // namespace vorcfg::input

@@ -8,9 +8,9 @@
 #include "output/output.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::output {
 
-int print_error(const InputError& complaint, bool json)
+int print_error(const input::InputError& complaint, bool json)
 {
     std::fflush(stdout);
     vor::print(stderr, json ? json_of(complaint) : text_of(complaint));
@@ -21,12 +21,12 @@ int print_error(const InputError& complaint, bool json)
     return complaint.exit;
 }
 
-std::function<int(const InputError&)> error_printer(bool json)
+std::function<int(const input::InputError&)> error_printer(bool json)
 {
-    return [json](const InputError& complaint) { return print_error(complaint, json); };
+    return [json](const input::InputError& complaint) { return print_error(complaint, json); };
 }
 
-vor::Screen screen_of(const Options& options)
+vor::Screen screen_of(const input::Options& options)
 {
     return vor::screen_of(STDOUT_FILENO, options.color);
 }
@@ -34,10 +34,10 @@ vor::Screen screen_of(const Options& options)
 void Account::expect(const std::string& name)
 {
     calls_++;
-    table_.fit(cells_of(0, {Outcome::accepted, {}}, name));
+    table_.fit(cells_of(0, {call::Outcome::accepted, {}}, name));
 }
 
-std::string Account::shown(const PreparedCall& planned, const CallResult& report) const
+std::string Account::shown(const call::PreparedCall& planned, const call::CallResult& report) const
 {
     if (json_) {
         return json_of(planned, report);
@@ -45,7 +45,7 @@ std::string Account::shown(const PreparedCall& planned, const CallResult& report
     return table_.screen().is_terminal ? row_of(planned, report, table_) : text_of(planned, report, table_.screen());
 }
 
-bool Account::report_call(const PreparedCall& planned, const CallResult& report, std::size_t left)
+bool Account::report_call(const call::PreparedCall& planned, const call::CallResult& report, std::size_t left)
 {
     progress_.clear();
     errno = 0;
@@ -55,7 +55,7 @@ bool Account::report_call(const PreparedCall& planned, const CallResult& report,
     return std::ferror(stdout) == 0;
 }
 
-int Account::finish(const Tally& tally, std::size_t left, bool interrupted)
+int Account::finish(const call::Tally& tally, std::size_t left, bool interrupted)
 {
     progress_.clear();
     if (interrupted) {
@@ -67,9 +67,9 @@ int Account::finish(const Tally& tally, std::size_t left, bool interrupted)
     error_ = error_ == 0 ? errno : error_;
     errno = error_; // for the caller that reports it
     if (std::ferror(stdout) != 0) {
-        return exit_no_output;
+        return input::exit_no_output;
     }
-    return interrupted ? exit_ended : tally.worst;
+    return interrupted ? input::exit_ended : tally.worst;
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::output

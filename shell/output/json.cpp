@@ -4,7 +4,7 @@
 #include "text/parse.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::output {
 
 namespace {
 
@@ -15,35 +15,35 @@ std::string line_of(const Json& json)
     return vor::dump(json) + '\n';
 }
 
-Json json_of(const Field& field)
+Json json_of(const rows::Field& field)
 {
     switch (field.kind) {
-    case Field::Kind::number:
+    case rows::Field::Kind::number:
         return field.text.starts_with('-') ? Json(vor::number_in<std::int64_t>(field.text).value_or(0))
                                            : Json(vor::number_in<std::uint64_t>(field.text).value_or(0));
-    case Field::Kind::secret:
+    case rows::Field::Kind::secret:
         return vor::mask;
     default:
         return field.text;
     }
 }
 
-Json json_of(const std::vector<Field>& fields)
+Json json_of(const std::vector<rows::Field>& fields)
 {
     Json json = Json::object();
-    for (const Field& field : fields) {
+    for (const rows::Field& field : fields) {
         json[field.name] = json_of(field);
     }
     return json;
 }
 
-Json json_of(const Element& element)
+Json json_of(const call::Element& element)
 {
     static constexpr const char* kinds[] = {"i16", "i32", "str", "raw"};
     Json json{{"tag", element.tag}, {"kind", kinds[static_cast<std::size_t>(element.kind)]}};
-    if (element.kind == Element::Kind::text) {
+    if (element.kind == call::Element::Kind::text) {
         json["value"] = element.secret ? std::string(vor::mask) : element.bytes;
-    } else if (element.kind == Element::Kind::raw) {
+    } else if (element.kind == call::Element::Kind::raw) {
         json["value"] = Json::array(std::vector<std::uint8_t>(element.bytes.begin(), element.bytes.end()));
     } else {
         json["value"] = element.number;
@@ -51,13 +51,13 @@ Json json_of(const Element& element)
     return json;
 }
 
-Json json_of(const Message& message, const PreparedCall& planned)
+Json json_of(const call::Message& message, const call::PreparedCall& planned)
 {
     static constexpr const char* ways[] = {"request", "one-way", "konfd"};
     Json json{{"way", ways[static_cast<std::size_t>(message.way)]},
-              {"text", described(message, *planned.row, planned.values)}};
-    if (message.way == Way::konfd) {
-        json["command"] = without_secrets(message.command, planned.values);
+              {"text", call::described(message, *planned.row, planned.values)}};
+    if (message.way == call::Way::konfd) {
+        json["command"] = call::without_secrets(message.command, planned.values);
         json["bytes"] = message.counted;
     } else {
         json["sap"] = message.sap;
@@ -67,10 +67,10 @@ Json json_of(const Message& message, const PreparedCall& planned)
     json.add("flag", message.flag);
     if (message.chain) {
         json["elements"] = Json::array();
-        for (const Element& element : message.elements) {
+        for (const call::Element& element : message.elements) {
             json["elements"].push_back(json_of(element));
         }
-    } else if (const auto fields = fields_of(message, *planned.row)) {
+    } else if (const auto fields = call::fields_of(message, *planned.row)) {
         json["fields"] = json_of(*fields);
     }
     json["delivered"] = message.timed_out ? Json() : Json(message.delivered); // null: not known
@@ -81,14 +81,14 @@ Json json_of(const Message& message, const PreparedCall& planned)
 }
 
 // The given values by their arguments' names.
-Json values_json(const PreparedCall& planned)
+Json values_json(const call::PreparedCall& planned)
 {
     Json values = Json::object();
     const auto arguments = planned.row->arguments();
     for (std::size_t i = 0; i < arguments.size(); i++) {
-        const Argument& argument = arguments[i];
+        const rows::Argument& argument = arguments[i];
         const auto json_at = [&](std::size_t index) {
-            const Value& value = planned.values[index];
+            const rows::Value& value = planned.values[index];
             return argument.is_number() ? Json(value.number) : Json(value.secret ? std::string(vor::mask) : value.text);
         };
         if (argument.is_list) {
@@ -104,12 +104,12 @@ Json values_json(const PreparedCall& planned)
 }
 
 // The values, and the words that stand for them.
-void add_arguments(Json& json, const PreparedCall& planned)
+void add_arguments(Json& json, const call::PreparedCall& planned)
 {
     Json words = Json::object();
     const auto arguments = planned.row->arguments();
     for (std::size_t i = 0; i < arguments.size() && i < planned.values.size(); i++) {
-        for (const Choice& choice : arguments[i].choices) {
+        for (const rows::Choice& choice : arguments[i].choices) {
             if (arguments[i].is_number() && planned.values[i].given && choice.number == planned.values[i].number) {
                 words[arguments[i].name] = choice.name;
             }
@@ -121,9 +121,9 @@ void add_arguments(Json& json, const PreparedCall& planned)
     }
 }
 
-Json json_of(const Argument& argument, const CallContract& contract)
+Json json_of(const rows::Argument& argument, const rows::CallContract& contract)
 {
-    Json json{{"name", argument.name}, {"type", type_name(argument)}};
+    Json json{{"name", argument.name}, {"type", rows::type_name(argument)}};
     if (argument.is_number() && !argument.is_count) {
         json["least"] = argument.range.least;
         json["most"] = argument.range.most;
@@ -132,7 +132,7 @@ Json json_of(const Argument& argument, const CallContract& contract)
     json.add("most_listed", argument.most_listed);
     if (!argument.choices.empty()) {
         json["words"] = Json::object();
-        for (const Choice& choice : argument.choices) {
+        for (const rows::Choice& choice : argument.choices) {
             json["words"][choice.name] = argument.is_number() ? Json(choice.number) : Json(choice.name);
         }
     }
@@ -152,7 +152,7 @@ Json json_of(const Argument& argument, const CallContract& contract)
 
 } // namespace
 
-std::string json_of(const PreparedCall& planned, const CallResult& report)
+std::string json_of(const call::PreparedCall& planned, const call::CallResult& report)
 {
     Json json{{"schema", schema}};
     if (!planned.place.file.empty()) {
@@ -161,25 +161,25 @@ std::string json_of(const PreparedCall& planned, const CallResult& report)
     }
     json["call"] = planned.row->full_name();
     add_arguments(json, planned);
-    json["outcome"] = name_of(report.verdict.outcome);
+    json["outcome"] = call::name_of(report.verdict.outcome);
     json["verdict"] = report.verdict.text;
-    json["exit"] = exit_of(report.verdict.outcome);
-    if (report.back.code && report.verdict.outcome != Outcome::no_endpoint) {
+    json["exit"] = call::exit_of(report.verdict.outcome);
+    if (report.back.code && report.verdict.outcome != call::Outcome::no_endpoint) {
         json["code"] = *report.back.code;
     }
     json.add("status", report.manager_errno);
     json["messages"] = Json::array();
-    for (const Message& message : report.seen.messages) {
+    for (const call::Message& message : report.seen.messages) {
         json["messages"].push_back(json_of(message, planned));
     }
     json["library"] = Json::array(report.library);
-    if (!report.back.fields.empty() && report.verdict.outcome != Outcome::dry_run) {
+    if (!report.back.fields.empty() && report.verdict.outcome != call::Outcome::dry_run) {
         json["result"] = json_of(report.back.fields);
     }
     return line_of(json);
 }
 
-std::string json_of(const InputError& complaint)
+std::string json_of(const input::InputError& complaint)
 {
     Json json{{"schema", schema}};
     if (!complaint.place.file.empty()) {
@@ -194,15 +194,15 @@ std::string json_of(const InputError& complaint)
     return line_of(json);
 }
 
-std::string json_of(const Tally& tally, const std::string& name, std::size_t left)
+std::string json_of(const call::Tally& tally, const std::string& name, std::size_t left)
 {
     return line_of({{"schema", schema},
                     {"batch", name},
-                    {"accepted", tally.successes(Outcome::accepted)},
-                    {"sent", tally.successes(Outcome::sent)},
-                    {"unread", tally.successes(Outcome::unread)},
-                    {"dry_run", tally.successes(Outcome::dry_run)},
-                    {"done", tally.successes(Outcome::done) + tally.successes(Outcome::nothing_to_do)},
+                    {"accepted", tally.successes(call::Outcome::accepted)},
+                    {"sent", tally.successes(call::Outcome::sent)},
+                    {"unread", tally.successes(call::Outcome::unread)},
+                    {"dry_run", tally.successes(call::Outcome::dry_run)},
+                    {"done", tally.successes(call::Outcome::done) + tally.successes(call::Outcome::nothing_to_do)},
                     {"failed_lines", Json::array(tally.failed_lines())},
                     {"not_made", left},
                     {"exit", tally.worst}});
@@ -210,26 +210,26 @@ std::string json_of(const Tally& tally, const std::string& name, std::size_t lef
 
 std::string checked_json(const std::string& name, std::size_t calls)
 {
-    return line_of({{"schema", schema}, {"check", name}, {"calls", calls}, {"exit", exit_ok}});
+    return line_of({{"schema", schema}, {"check", name}, {"calls", calls}, {"exit", input::exit_ok}});
 }
 
-std::string json_of(const Row& row)
+std::string json_of(const rows::Row& row)
 {
-    const CallContract& contract = contract_of(row);
-    Json json{{"schema", schema},     {"family", row.family->name}, {"name", row.name},
-              {"symbol", row.symbol}, {"summary", summary_of(row)}, {"callable", row.make != nullptr}};
+    const rows::CallContract& contract = rows::contract_of(row);
+    Json json{{"schema", schema},     {"family", row.family->name},       {"name", row.name},
+              {"symbol", row.symbol}, {"summary", rows::summary_of(row)}, {"callable", row.make != nullptr}};
     if (!row.used_by.empty()) {
         json["used_by"] = row.used_by;
         return line_of(json);
     }
     json.add("usage", row.usage);
     json["marks"] = Json::array();
-    static constexpr std::pair<Marks, const char*> marks[] = {{answer_unread, "answer_unread"},
-                                                              {does_nothing, "does_nothing"},
-                                                              {confirmed, "wants_yes"},
-                                                              {waits, "waits"},
-                                                              {acts, "acts"},
-                                                              {cuts_link, "cuts_link"}};
+    static constexpr std::pair<rows::Marks, const char*> marks[] = {{rows::answer_unread, "answer_unread"},
+                                                                    {rows::does_nothing, "does_nothing"},
+                                                                    {rows::confirmed, "wants_yes"},
+                                                                    {rows::waits, "waits"},
+                                                                    {rows::acts, "acts"},
+                                                                    {rows::cuts_link, "cuts_link"}};
     for (const auto& [mark, name] : marks) {
         if (row.has(mark)) {
             json["marks"].push_back(name);
@@ -237,10 +237,10 @@ std::string json_of(const Row& row)
     }
     json.add("undone_by", row.undone_by);
     json["arguments"] = Json::array();
-    for (const Argument& argument : row.arguments()) {
+    for (const rows::Argument& argument : row.arguments()) {
         json["arguments"].push_back(json_of(argument, contract));
     }
     return line_of(json);
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::output

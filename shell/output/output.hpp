@@ -11,20 +11,20 @@
 #include "input/input_error.hpp"
 #include "text/table.hpp"
 
-namespace vorcfg {
+namespace vorcfg::output {
 
 // Of all JSON: raised when something is removed or changes its meaning.
 inline constexpr int schema = 2;
 
 // Where standard output goes.
-vor::Screen screen_of(const Options& options);
+vor::Screen screen_of(const input::Options& options);
 
 // As text, its lines ended: "can set-id 1: accepted by canmgr", in front of it the place of a file's line.
-std::string text_of(const PreparedCall& planned, const CallResult& report, const vor::Screen& screen = {});
-std::string text_of(const InputError& complaint);
+std::string text_of(const call::PreparedCall& planned, const call::CallResult& report, const vor::Screen& screen = {});
+std::string text_of(const input::InputError& complaint);
 // A file's line at a terminal: the line's number, the outcome, the call and its object, the rest of the verdict.
-vor::Cells cells_of(std::size_t line, const Verdict& verdict, const std::string& name);
-std::string row_of(const PreparedCall& planned, const CallResult& report, const vor::Table& table);
+vor::Cells cells_of(std::size_t line, const call::Verdict& verdict, const std::string& name);
+std::string row_of(const call::PreparedCall& planned, const call::CallResult& report, const vor::Table& table);
 
 // Numbers of things: "3 accepted, 1 refused", in the order in which they came, without zeros.
 class Counts {
@@ -36,33 +36,33 @@ private:
     std::vector<std::pair<std::string, std::size_t>> counts_;
 };
 
-Counts counts_of(const Tally& tally, std::size_t left);
+Counts counts_of(const call::Tally& tally, std::size_t left);
 // What totals begin with: "f", "f: stopped at line 9" or "f: failed at lines 4 and 9"; at a terminal, which shows one
 // file, `title`, "Stopped at line 9" ...
-std::string end_of_run(const std::string& file, std::string_view title, bool stopped, const Tally& tally,
+std::string end_of_run(const std::string& file, std::string_view title, bool stopped, const call::Tally& tally,
                        const vor::Screen& screen);
-std::string text_of(const Tally& tally, const std::string& name, std::size_t left, const Options& options);
+std::string text_of(const call::Tally& tally, const std::string& name, std::size_t left, const input::Options& options);
 // "line 5", "lines 5, 7 and 9", "lines 4-14"
 std::string lines_text(const std::vector<std::size_t>& lines);
 
 // One object on one line, ended.
-std::string json_of(const PreparedCall& planned, const CallResult& report);
-std::string json_of(const InputError& complaint);
-std::string json_of(const Tally& tally, const std::string& name, std::size_t left);
-std::string json_of(const Row& row);
+std::string json_of(const call::PreparedCall& planned, const call::CallResult& report);
+std::string json_of(const input::InputError& complaint);
+std::string json_of(const call::Tally& tally, const std::string& name, std::size_t left);
+std::string json_of(const rows::Row& row);
 std::string checked_json(const std::string& name, std::size_t calls);
 
 // Prints an error on standard error; its exit code.
-int print_error(const InputError& complaint, bool json);
-std::function<int(const InputError&)> error_printer(bool json);
+int print_error(const input::InputError& complaint, bool json);
+std::function<int(const input::InputError&)> error_printer(bool json);
 
 // A run reported on standard output.
-class Account final : public Reporter {
+class Account final : public call::Reporter {
 public:
     // The totals as text or JSON.
-    using Summary = std::function<std::string(const Tally& tally, std::size_t left)>;
+    using Summary = std::function<std::string(const call::Tally& tally, std::size_t left)>;
 
-    Account(const Options& options, const vor::Screen& screen, Summary summary)
+    Account(const input::Options& options, const vor::Screen& screen, Summary summary)
         : json_(options.json), table_(screen), summary_(std::move(summary))
     {
     }
@@ -71,11 +71,11 @@ public:
     void expect(const std::string& name);
     std::size_t calls() const { return calls_; }
 
-    bool report_call(const PreparedCall& planned, const CallResult& report, std::size_t left) override;
-    int finish(const Tally& tally, std::size_t left, bool interrupted) override;
+    bool report_call(const call::PreparedCall& planned, const call::CallResult& report, std::size_t left) override;
+    int finish(const call::Tally& tally, std::size_t left, bool interrupted) override;
 
 private:
-    std::string shown(const PreparedCall& planned, const CallResult& report) const;
+    std::string shown(const call::PreparedCall& planned, const call::CallResult& report) const;
 
     const bool json_;
     vor::Table table_;
@@ -85,4 +85,4 @@ private:
     int error_ = 0; // of standard output, an errno
 };
 
-} // namespace vorcfg
+} // namespace vorcfg::output

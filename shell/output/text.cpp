@@ -6,70 +6,70 @@
 #include "output/output.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::output {
 
 namespace {
 
-std::string place_of(const PreparedCall& planned)
+std::string place_of(const call::PreparedCall& planned)
 {
-    const Place& at = planned.place;
+    const input::Place& at = planned.place;
     return at.file.empty() ? "" : fmt::format("{}:{}: ", vor::printable(at.file), at.line);
 }
 
 // Besides the verdict.
-std::vector<std::string> notes_of(const PreparedCall& planned, const CallResult& report)
+std::vector<std::string> notes_of(const call::PreparedCall& planned, const call::CallResult& report)
 {
     std::vector<std::string> notes;
     for (const std::string& line : report.library) {
         notes.push_back("library: " + line);
     }
-    for (const Message& message : report.seen.messages) {
-        if (report.verdict.outcome == Outcome::dry_run) {
-            notes.push_back("would send: " + described(message, *planned.row, planned.values));
+    for (const call::Message& message : report.seen.messages) {
+        if (report.verdict.outcome == call::Outcome::dry_run) {
+            notes.push_back("would send: " + call::described(message, *planned.row, planned.values));
         } else if (planned.row->read != nullptr) { // its command is not obvious
-            notes.push_back("command: " + vor::printable(without_secrets(message.command, planned.values)));
+            notes.push_back("command: " + vor::printable(call::without_secrets(message.command, planned.values)));
         }
     }
     return notes;
 }
 
-std::string fields_text(const CallResult& report, std::string_view indentation)
+std::string fields_text(const call::CallResult& report, std::string_view indentation)
 {
     std::string text;
-    if (report.verdict.outcome != Outcome::dry_run) {
-        for (const Field& field : report.back.fields) {
+    if (report.verdict.outcome != call::Outcome::dry_run) {
+        for (const rows::Field& field : report.back.fields) {
             text += fmt::format("{}{} {}\n", indentation, field.name, field.text);
         }
     }
     return text;
 }
 
-vor::Color color_of(Outcome outcome)
+vor::Color color_of(call::Outcome outcome)
 {
-    if (exit_of(outcome) == exit_ok) {
-        return outcome == Outcome::accepted ? vor::Color::green : vor::Color::plain;
+    if (call::exit_of(outcome) == input::exit_ok) {
+        return outcome == call::Outcome::accepted ? vor::Color::green : vor::Color::plain;
     }
-    return outcome == Outcome::unknown || outcome == Outcome::unread ? vor::Color::yellow : vor::Color::red;
+    return outcome == call::Outcome::unknown || outcome == call::Outcome::unread ? vor::Color::yellow : vor::Color::red;
 }
 
 } // namespace
 
-std::string text_of(const PreparedCall& planned, const CallResult& report, const vor::Screen& screen)
+std::string text_of(const call::PreparedCall& planned, const call::CallResult& report, const vor::Screen& screen)
 {
     const std::string place = place_of(planned);
     std::string text;
     for (const std::string& note : notes_of(planned, report)) {
         text += fmt::format("{}{}\n", place, note);
     }
-    return text + fmt::format("{}{}: {}\n{}", place, name_of(key_of(planned)),
+    return text + fmt::format("{}{}: {}\n{}", place, call::name_of(call::key_of(planned)),
                               screen.painted(report.verdict.text, color_of(report.verdict.outcome)),
                               fields_text(report, "  "));
 }
 
-vor::Cells cells_of(std::size_t line, const Verdict& verdict, const std::string& name)
+vor::Cells cells_of(std::size_t line, const call::Verdict& verdict, const std::string& name)
 {
     const vor::Color color = color_of(verdict.outcome);
-    std::string outcome(name_of(verdict.outcome));
+    std::string outcome(call::name_of(verdict.outcome));
     if (color == vor::Color::red) {
         std::ranges::transform(outcome, outcome.begin(),
                                [](char c) { return c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c; });
@@ -77,15 +77,15 @@ vor::Cells cells_of(std::size_t line, const Verdict& verdict, const std::string&
     return {{fmt::format("{:>5}", line)},
             {std::move(outcome), color},
             {name},
-            {std::string(detail_of(verdict)), vor::Color::dim}};
+            {std::string(call::detail_of(verdict)), vor::Color::dim}};
 }
 
-std::string row_of(const PreparedCall& planned, const CallResult& report, const vor::Table& table)
+std::string row_of(const call::PreparedCall& planned, const call::CallResult& report, const vor::Table& table)
 {
     constexpr std::string_view indentation = "      ";
-    vor::Cells cells = cells_of(planned.place.line, report.verdict, name_of(key_of(planned)));
+    vor::Cells cells = cells_of(planned.place.line, report.verdict, call::name_of(call::key_of(planned)));
     std::vector<std::string> notes = notes_of(planned, report);
-    if (report.verdict.outcome == Outcome::dry_run) { // which is about the messages
+    if (report.verdict.outcome == call::Outcome::dry_run) { // which is about the messages
         cells.back() = {vor::joined(std::exchange(notes, {}), "; ")};
     }
     std::string text = table.text_of(cells);
@@ -96,7 +96,7 @@ std::string row_of(const PreparedCall& planned, const CallResult& report, const 
 }
 
 // In a file it is one line that begins with its place, as compilers write it.
-std::string text_of(const InputError& complaint)
+std::string text_of(const input::InputError& complaint)
 {
     if (!complaint.place.file.empty()) {
         return vor::printable(fmt::format("{}:{}:{}: {}", complaint.place.file, complaint.place.line,
@@ -127,18 +127,18 @@ std::string Counts::text(std::string_view none) const
     return text.empty() ? std::string(none) : text;
 }
 
-Counts counts_of(const Tally& tally, std::size_t left)
+Counts counts_of(const call::Tally& tally, std::size_t left)
 {
     Counts counts;
-    for (std::size_t i = 0; i < outcome_count; i++) {
-        const auto outcome = static_cast<Outcome>(i);
-        counts.add(total_of(outcome), tally.successes(outcome) + tally.failures(outcome));
+    for (std::size_t i = 0; i < call::outcome_count; i++) {
+        const auto outcome = static_cast<call::Outcome>(i);
+        counts.add(call::total_of(outcome), tally.successes(outcome) + tally.failures(outcome));
     }
     counts.add("not made", left);
     return counts;
 }
 
-std::string end_of_run(const std::string& file, std::string_view title, bool stopped, const Tally& tally,
+std::string end_of_run(const std::string& file, std::string_view title, bool stopped, const call::Tally& tally,
                        const vor::Screen& screen)
 {
     const std::string where = tally.failed.empty() ? "" : " at " + lines_text(tally.failed_lines());
@@ -149,7 +149,7 @@ std::string end_of_run(const std::string& file, std::string_view title, bool sto
                               : fmt::format("{}: {}{}", vor::printable(file), stopped ? "stopped" : "failed", where);
 }
 
-std::string text_of(const Tally& tally, const std::string& name, std::size_t left, const Options& options)
+std::string text_of(const call::Tally& tally, const std::string& name, std::size_t left, const input::Options& options)
 {
     const bool stopped = left != 0 || (!options.keep_going && !tally.failed.empty());
     const vor::Screen screen = screen_of(options);
@@ -176,4 +176,4 @@ std::string lines_text(const std::vector<std::size_t>& lines)
                        ranges.empty() ? "" : " and ", last);
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::output

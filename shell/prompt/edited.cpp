@@ -14,11 +14,11 @@
 #include "prompt/prompt.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::prompt {
 
 namespace {
 
-Waiting* waiting = nullptr; // while a line is edited
+input::Waiting* waiting = nullptr; // while a line is edited
 
 // One key, of however many bytes; an invalid byte is taken as a character.
 int next_key(EditLine*, wchar_t* key)
@@ -48,15 +48,15 @@ char* prompt(EditLine*)
 }
 
 // A word that needs quotes is not offered: quoted, it would be plain text.
-bool needs_no_quotes(const Candidate& candidate)
+bool needs_no_quotes(const help::Candidate& candidate)
 {
     return !candidate.word.empty() && candidate.word.find_first_of(" \t\"#") == std::string::npos;
 }
 
-std::string shared_beginning(const std::vector<Candidate>& candidates)
+std::string shared_beginning(const std::vector<help::Candidate>& candidates)
 {
     std::string shared = candidates.front().word;
-    for (const Candidate& candidate : candidates) {
+    for (const help::Candidate& candidate : candidates) {
         const auto [end, other] = std::ranges::mismatch(shared, candidate.word);
         shared.erase(end, shared.end());
     }
@@ -67,10 +67,10 @@ unsigned char complete(EditLine* line, int)
 {
     const LineInfo* const typed = el_line(line);
     const std::string_view text(typed->buffer, static_cast<std::size_t>(typed->cursor - typed->buffer));
-    std::vector<Word> words;
+    std::vector<input::Word> words;
     try {
-        words = words_of(text);
-    } catch (const InputError&) {
+        words = input::words_of(text);
+    } catch (const input::InputError&) {
         return CC_ERROR;
     }
     if (text.empty() || text.back() == ' ' || text.back() == '\t') {
@@ -79,13 +79,13 @@ unsigned char complete(EditLine* line, int)
     if (words.empty() || words.back().quoted) {
         return CC_ERROR;
     }
-    const std::vector<Candidate> all = candidates(words);
-    std::vector<Candidate> plain;
+    const std::vector<help::Candidate> all = help::candidates(words);
+    std::vector<help::Candidate> plain;
     std::ranges::copy_if(all, std::back_inserter(plain), needs_no_quotes);
     const std::string shared = plain.empty() ? "" : shared_beginning(plain);
     const bool only = plain.size() == 1;
     const std::string more =
-        shared.substr(std::min(words.back().text.size(), shared.size())) + (only && is_whole(shared) ? " " : "");
+        shared.substr(std::min(words.back().text.size(), shared.size())) + (only && help::is_whole(shared) ? " " : "");
     if (!more.empty()) {
         return el_insertstr(line, more.c_str()) == 0 ? CC_REFRESH : CC_ERROR;
     }
@@ -93,7 +93,7 @@ unsigned char complete(EditLine* line, int)
         return CC_ERROR;
     }
     std::string list = "\n";
-    for (const Candidate& candidate : all) {
+    for (const help::Candidate& candidate : all) {
         list += fmt::format("  {:<24}  {}\n", candidate.word, candidate.hint);
     }
     vor::print(stdout, list);
@@ -127,7 +127,7 @@ public:
 
     std::optional<std::string> next() override
     {
-        Waiting for_keys;
+        input::Waiting for_keys;
         waiting = &for_keys;
         el_set(line_, EL_PREP_TERM, 1); // before the prompt is shown: Ctrl-D is a key from then on
         int size = 0;
@@ -174,4 +174,4 @@ std::unique_ptr<Lines> edited_lines()
     return std::make_unique<EditedLines>();
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::prompt

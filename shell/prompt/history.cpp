@@ -16,7 +16,7 @@
 #include "rows/families.hpp"
 #include "rows/reading.hpp"
 
-namespace vorcfg {
+namespace vorcfg::prompt {
 
 namespace {
 
@@ -52,14 +52,15 @@ void append(const std::string& path, int flags, std::string_view text)
 bool may_be_kept(std::string_view line)
 {
     try {
-        std::vector<Word> words = words_of(line);
-        std::erase_if(words, [](const Word& word) { return !word.quoted && word.text.starts_with("--"); });
+        std::vector<input::Word> words = input::words_of(line);
+        std::erase_if(words, [](const input::Word& word) { return !word.quoted && word.text.starts_with("--"); });
         if (words.empty()) {
             return false;
         }
-        const Row* const row = words.size() > 1 ? row_named(words[0].text, words[1].text) : nullptr;
-        return command_named(words[0].text) != nullptr || (row != nullptr && !may_hold_secret(*row, words_of(line)));
-    } catch (const InputError&) {
+        const rows::Row* const row = words.size() > 1 ? rows::row_named(words[0].text, words[1].text) : nullptr;
+        return input::command_named(words[0].text) != nullptr ||
+               (row != nullptr && !rows::may_hold_secret(*row, input::words_of(line)));
+    } catch (const input::InputError&) {
         return false;
     }
 }
@@ -81,11 +82,11 @@ std::vector<std::string> LineHistory::read() const
 {
     std::vector<std::string> lines;
     try {
-        const std::string text = content_of(path_.empty() ? nullptr : std::fopen(path_.c_str(), "re"), path_);
+        const std::string text = input::content_of(path_.empty() ? nullptr : std::fopen(path_.c_str(), "re"), path_);
         for (const std::string_view line : vor::lines_in(text)) {
             lines.emplace_back(line);
         }
-    } catch (const InputError&) {
+    } catch (const input::InputError&) {
         return {};
     }
     if (lines.size() > 2 * most) { // only now and then, not for every line
@@ -108,4 +109,4 @@ void LineHistory::add(const std::string& line) const
     }
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::prompt

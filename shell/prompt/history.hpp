@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace vorcfg {
+namespace vorcfg::prompt {
 
 // Whether a line may be kept: it is valid and can hold no secret.
 bool may_be_kept(std::string_view line);
@@ -24,4 +24,4 @@ private:
     std::string path_; // empty: none
 };
 
-} // namespace vorcfg
+} // namespace vorcfg::prompt

@@ -16,7 +16,7 @@
 #include "prompt/history.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::prompt {
 
 namespace {
 
@@ -32,7 +32,7 @@ public:
         if (!prompted_) {
             return read();
         }
-        Waiting for_line;
+        input::Waiting for_line;
         vor::print(stdout, prompt_text);
         const bool there = for_line.wait();
         auto line = there ? read() : std::optional<std::string>("");
@@ -47,8 +47,8 @@ private:
         int byte;
         while ((byte = std::getc(stdin)) != EOF && byte != '\n') {
             line += static_cast<char>(byte);
-            if (line.size() > Bounds().line) {
-                throw InputError{fmt::format("line of more than {} bytes", Bounds().line)};
+            if (line.size() > input::Bounds().line) {
+                throw input::InputError{fmt::format("line of more than {} bytes", input::Bounds().line)};
             }
         }
         return byte == EOF && line.empty() ? std::nullopt : std::optional(std::move(line));
@@ -68,43 +68,43 @@ std::unique_ptr<Lines> lines_of_input(bool terminal)
 }
 
 // The exit code; none for the line that ends the session.
-std::optional<int> run_line(const std::string& line, std::size_t number, const Options& base)
+std::optional<int> run_line(const std::string& line, std::size_t number, const input::Options& base)
 {
     bool json = base.json;
-    Options options;
+    input::Options options;
     try {
-        options = options_of(words_of(line), base);
+        options = input::options_of(input::words_of(line), base);
         json = options.json;
         if (options.words.size() == 1 && (options.words[0].text == "exit" || options.words[0].text == "quit")) {
             return std::nullopt;
         }
-        return options.words.empty() && !options.help && !options.version ? exit_ok : run(options);
-    } catch (InputError& complaint) {
-        if (!at_terminal() && complaint.place.file.empty()) {
-            complaint.place = {"standard input", number, column_of(complaint, options.words, line)};
+        return options.words.empty() && !options.help && !options.version ? input::exit_ok : input::run(options);
+    } catch (input::InputError& complaint) {
+        if (!input::at_terminal() && complaint.place.file.empty()) {
+            complaint.place = {"standard input", number, call::column_of(complaint, options.words, line)};
         }
-        return print_error(complaint, json);
+        return output::print_error(complaint, json);
     }
 }
 
 } // namespace
 
-int run_prompt(const Options& given)
+int run_prompt(const input::Options& given)
 {
-    Options options = given;
+    input::Options options = given;
     options.in_session = true;
-    const bool terminal = at_terminal();
+    const bool terminal = input::at_terminal();
     const std::unique_ptr<Lines> lines = lines_of_input(terminal);
     if (terminal) {
         vor::print(stdout, greeting);
         std::signal(SIGINT, SIG_IGN); // a call that is under way ends with its verdict
     }
-    ExitCode worst = exit_ok;
+    input::ExitCode worst = input::exit_ok;
     std::size_t number = 0;
     const auto next = [&]() -> std::optional<std::string> {
         try {
             return lines->next();
-        } catch (InputError& complaint) {
+        } catch (input::InputError& complaint) {
             complaint.place = {"standard input", number + 1, 1};
             complaint.text += "; this line and those after it are ignored";
             throw;
@@ -119,13 +119,13 @@ int run_prompt(const Options& given)
         if (!exit) {
             break;
         }
-        worst = worse(static_cast<ExitCode>(*exit), worst);
+        worst = call::worse(static_cast<input::ExitCode>(*exit), worst);
     }
     if (number == 0 && !terminal) { // as from /dev/null
-        vor::print(stderr, brief_help());
-        return exit_usage;
+        vor::print(stderr, help::brief_help());
+        return input::exit_usage;
     }
-    return terminal ? exit_ok : worst;
+    return terminal ? input::exit_ok : worst;
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::prompt

@@ -7,7 +7,7 @@
 
 #include "input/options.hpp"
 
-namespace vorcfg {
+namespace vorcfg::prompt {
 
 // Where the lines come from.
 class Lines {
@@ -25,6 +25,6 @@ std::unique_ptr<Lines> edited_lines();
 inline constexpr const char* prompt_text = "vorcfg> ";
 
 // Runs each line with its own options and those given. The exit code is that of the worst line; 0 at a terminal.
-int run_prompt(const Options& given);
+int run_prompt(const input::Options& given);
 
-} // namespace vorcfg
+} // namespace vorcfg::prompt

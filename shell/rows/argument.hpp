@@ -6,7 +6,7 @@
 #include <span>
 #include <string_view>
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 // The C type of an argument.
 enum class Type : std::uint8_t { uint8, byte, int16, uint16, int32, uint32, text, result };
@@ -92,4 +92,4 @@ constexpr Argument result(const char* name) { return {name, Kind::result}; }
 constexpr Argument untouched(const char* name) { return {name, Kind::untouched}; }
 // clang-format on
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

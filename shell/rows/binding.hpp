@@ -12,7 +12,7 @@
 
 #include "rows/row.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 // The exported name of a function, as the compiler spells it.
 template <auto Function>
@@ -196,4 +196,4 @@ struct Binding<Function, Result (*)(Arguments..., ...)> {
     }
 };
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

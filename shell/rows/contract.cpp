@@ -12,7 +12,7 @@
 
 #include "header_texts.hpp" // of the headers themselves, by the build
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 namespace {
 
@@ -299,4 +299,4 @@ void append_field(Fields& fields, std::string_view name, const vor_uchar* mac)
          Field::Kind::word});
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

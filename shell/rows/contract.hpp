@@ -9,7 +9,7 @@
 
 #include "rows/row.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 struct CallContract {
     std::string symbol;
@@ -53,4 +53,4 @@ inline constexpr std::string_view default_meaning =
 // "number, 0 to 255; never sent"
 std::string kind_text(const Argument& argument);
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

@@ -12,7 +12,7 @@
 
 #include "family_list.hpp" // of the files in families/, by the build
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 std::span<const Family* const> families()
 {
@@ -69,7 +69,7 @@ const Family& require_family(std::string_view name, Expected expected)
     }
     const bool or_command = expected == Expected::command_or_family;
     std::vector<std::string> known;
-    for (const Command& command : commands()) {
+    for (const input::Command& command : input::commands()) {
         if (or_command && !command.name.empty()) {
             known.emplace_back(command.name);
         }
@@ -83,10 +83,10 @@ const Family& require_family(std::string_view name, Expected expected)
         }
     }
     const std::vector<std::string> near = similar(name, known, calls);
-    throw InputError{.text = fmt::format("no {} {}{}", or_command ? "command or family" : "family", vor::quoted(name),
-                                         vor::suggestion(near)),
-                     .word = 0,
-                     .hint = near.empty() ? "vorcfg --help lists them" : ""};
+    throw input::InputError{.text = fmt::format("no {} {}{}", or_command ? "command or family" : "family",
+                                                vor::quoted(name), vor::suggestion(near)),
+                            .word = 0,
+                            .hint = near.empty() ? "vorcfg --help lists them" : ""};
 }
 
 const Row& require_row(std::string_view family, std::string_view name, Expected expected)
@@ -100,9 +100,10 @@ const Row& require_row(std::string_view family, std::string_view name, Expected 
         names.emplace_back(row.name);
     }
     const std::vector<std::string> near = similar(name, names, names);
-    throw InputError{.text = fmt::format("{} has no call {}{}", family, vor::quoted(name), vor::suggestion(near)),
-                     .word = 1,
-                     .hint = near.empty() ? fmt::format("vorcfg help {} lists its calls", family) : ""};
+    throw input::InputError{.text =
+                                fmt::format("{} has no call {}{}", family, vor::quoted(name), vor::suggestion(near)),
+                            .word = 1,
+                            .hint = near.empty() ? fmt::format("vorcfg help {} lists its calls", family) : ""};
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

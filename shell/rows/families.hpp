@@ -7,7 +7,7 @@
 
 #include "rows/row.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 std::span<const Family* const> families(); // in the order of their names
 
@@ -20,4 +20,4 @@ enum class Expected : bool { family, command_or_family };
 const Family& require_family(std::string_view name, Expected expected = Expected::family);
 const Row& require_row(std::string_view family, std::string_view name, Expected expected = Expected::family);
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

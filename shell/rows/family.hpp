@@ -6,7 +6,7 @@
 
 #include "rows/binding.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 // A row with its own arguments, before it is in the table of its family.
 template <std::size_t Count>
@@ -179,4 +179,4 @@ consteval auto table(const Family* family, const Draft<Counts>&... drafts)
 // A family with the name of its header.
 #define FAMILY(stem, ...) FAMILY_OF(#stem, stem, {}, __VA_ARGS__)
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

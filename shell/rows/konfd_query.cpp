@@ -11,7 +11,7 @@
 #include "input/input_error.hpp"
 #include "rows/reading.hpp"
 
-namespace vorcfg::konfd_query {
+namespace vorcfg::rows::konfd_query {
 
 namespace {
 
@@ -72,7 +72,8 @@ std::size_t read_option(Reading& reading, const Option& option, std::size_t at)
 
 void read(Reading& reading)
 {
-    reading.hides_words = std::ranges::any_of(reading.words, [](const Word& word) { return word.text == "password"; });
+    reading.hides_words =
+        std::ranges::any_of(reading.words, [](const input::Word& word) { return word.text == "password"; });
     reading.values.resize(path, {.given = false});
     Value& chosen = reading.values[operation];
     for (std::size_t at = Reading::first_word; at < reading.words.size();) {
@@ -135,7 +136,7 @@ Query built(std::span<Value> values)
 {
     Query query(vor_cfg_proto_init());
     if (query == nullptr) {
-        throw InputError{"not enough memory for the query", exit_not_sent};
+        throw input::InputError{"not enough memory for the query", input::exit_not_sent};
     }
     const auto text = [&](Part part) { return values[part].text.data(); };
     vor_cfg_proto_set_op(query.get(), static_cast<vor_uchar>(values[operation].number));
@@ -169,4 +170,4 @@ Returned make(const Row&, std::span<Value> values)
     return back;
 }
 
-} // namespace vorcfg::konfd_query
+} // namespace vorcfg::rows::konfd_query

@@ -3,7 +3,7 @@
 
 #include "rows/family.hpp"
 
-namespace vorcfg::konfd_query {
+namespace vorcfg::rows::konfd_query {
 
 inline constexpr Choice operations[] = {{"set", 1}, {"check", 2, true}, {"unset", 3}};
 
@@ -46,4 +46,4 @@ consteval auto row(std::string_view name, std::string_view example)
     return draft;
 }
 
-} // namespace vorcfg::konfd_query
+} // namespace vorcfg::rows::konfd_query

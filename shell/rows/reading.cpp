@@ -10,7 +10,7 @@
 #include "text/parse.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 std::string Reading::shown(std::size_t index) const
 {
@@ -24,7 +24,7 @@ std::string Reading::shown_quoted(std::size_t index) const
 
 [[noreturn]] void Reading::fail(std::string text, std::size_t index, std::string_view argument) const
 {
-    throw InputError{std::move(text), exit_usage, std::string(argument), index_of(index)};
+    throw input::InputError{std::move(text), input::exit_usage, std::string(argument), index_of(index)};
 }
 
 std::size_t Reading::index_of(std::size_t index) const
@@ -36,12 +36,12 @@ namespace {
 
 std::string read_secret(const Reading& reading, const Argument& argument, std::size_t index)
 try {
-    const Place& place = reading.place;
+    const input::Place& place = reading.place;
     const std::string name = place.file.empty() ? std::string(argument.name) // as a prompt shows it
                                                 : fmt::format("{}:{}: {}: {}", place.file, place.line,
                                                               reading.row.full_name(), argument.name);
     return reading.secrets.read(reading.words[index], name, place.line);
-} catch (InputError& error) {
+} catch (input::InputError& error) {
     error.text = fmt::format("{}: {}", argument.name, error.text);
     error.argument = argument.name;
     error.word = reading.index_of(index);
@@ -130,7 +130,7 @@ namespace {
 // Of an argument that is not sent; a secret that would be prompted for is left out.
 Value unsent_value(const Reading& reading, const Argument& argument, std::size_t index)
 {
-    const Word& word = reading.words[index];
+    const input::Word& word = reading.words[index];
     const std::string_view nothing = argument.is_number() ? "0" : "";
     if (word.text != nothing && !word.left_out && !(argument.is_secret && word.text == "?")) {
         reading.fail(fmt::format("{} must be {} unless {} is {}", argument.name, argument.is_number() ? "0" : "\"\"",
@@ -142,9 +142,9 @@ Value unsent_value(const Reading& reading, const Argument& argument, std::size_t
 
 } // namespace
 
-bool may_hold_secret(const Row& row, std::span<const Word> words)
+bool may_hold_secret(const Row& row, std::span<const input::Word> words)
 {
-    const auto names_one = [](const Word& word) { return word.text.find("password") != std::string::npos; };
+    const auto names_one = [](const input::Word& word) { return word.text.find("password") != std::string::npos; };
     return row.read != nullptr ? std::ranges::any_of(words, names_one)
                                : std::ranges::any_of(row.arguments(), &Argument::is_secret);
 }
@@ -189,4 +189,4 @@ void read_words(Reading& reading)
     }
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

@@ -10,15 +10,15 @@
 #include "input/secret.hpp"
 #include "rows/row.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 inline constexpr std::size_t result_room = 64; // of one that the call does not write
 
 struct Reading {
     const Row& row;
-    std::span<const Word> words; // the whole line: the family's name is 0, the call's 1
-    const Place& place;
-    Secrets& secrets;
+    std::span<const input::Word> words; // the whole line: the family's name is 0, the call's 1
+    const input::Place& place;
+    input::Secrets& secrets;
     std::vector<Value> values;
     // No error repeats a word of a line with a secret: a misplaced word may be the secret.
     bool hides_words = false;
@@ -40,6 +40,6 @@ struct Reading {
 void read_words(Reading& reading);
 
 // Whether a secret may be among the words of a line. A call that reads its own words names it by a key.
-bool may_hold_secret(const Row& row, std::span<const Word> words);
+bool may_hold_secret(const Row& row, std::span<const input::Word> words);
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

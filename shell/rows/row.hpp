@@ -9,7 +9,7 @@
 
 #include "rows/argument.hpp"
 
-namespace vorcfg {
+namespace vorcfg::rows {
 
 // Where a call's message goes, and so what it needs before it can be made.
 enum class Channel : std::uint8_t { manager, konfd, none };
@@ -102,4 +102,4 @@ struct Family {
     std::string_view about;  // if it is not the header's first line
 };
 
-} // namespace vorcfg
+} // namespace vorcfg::rows

@@ -13,21 +13,21 @@
 #include "site/show.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::site {
 
 namespace {
 
-std::string journal_of(const std::string& path, const Options& options)
+std::string journal_of(const std::string& path, const input::Options& options)
 {
     if (options.journal.empty() && path == "-") {
-        throw InputError{"a file on standard input has no journal of its own: --journal is required"};
+        throw input::InputError{"a file on standard input has no journal of its own: --journal is required"};
     }
     return options.journal.empty() ? path + ".journal" : options.journal;
 }
 
-Selection selection_of(const Options& options)
+Selection selection_of(const input::Options& options)
 {
-    return {options.from, options.only.empty() ? nullptr : &require_family(options.only), options.resend_secrets};
+    return {options.from, options.only.empty() ? nullptr : &rows::require_family(options.only), options.resend_secrets};
 }
 
 std::string listed(const Plan& plan, const Shown& to, bool (*selected)(const PlanLine&))
@@ -68,9 +68,9 @@ std::string time_text(unsigned seconds)
 
 class Application {
 public:
-    Application(const std::string& path, const Options& options)
-        : options_(options), batch_(batch_of(path, options)),
-          path_(journal_of(path, options)), to_{batch_.name(), path_, options.json, screen_of(options)}
+    Application(const std::string& path, const input::Options& options)
+        : options_(options), batch_(call::batch_of(path, options)),
+          path_(journal_of(path, options)), to_{batch_.name(), path_, options.json, output::screen_of(options)}
     {
     }
 
@@ -79,13 +79,13 @@ public:
     // The exit code of the last error.
     int read()
     {
-        const auto each = [&](const PreparedCall& planned) {
-            if (!changes_nothing(planned)) {
-                check_confirmed(planned, options_);
+        const auto each = [&](const call::PreparedCall& planned) {
+            if (!call::changes_nothing(planned)) {
+                call::check_confirmed(planned, options_);
             }
             planner_.add(planned);
         };
-        return check(batch_, each, error_printer(options_.json));
+        return call::check(batch_, each, output::error_printer(options_.json));
     }
 
     int show()
@@ -94,10 +94,10 @@ public:
         journal.check_gateway(options_.gateway);
         const Plan plan = planned_against(journal);
         if (journal.history().pending()) {
-            print_error(pending_error(journal), false);
+            output::print_error(pending_error(journal), false);
         }
         vor::print(stdout, shown(plan));
-        return plan.tally().due != 0 ? exit_due : exit_ok;
+        return plan.tally().due != 0 ? input::exit_due : input::exit_ok;
     }
 
     int make()
@@ -106,17 +106,17 @@ public:
         check_nothing_pending(journal);
         to_.may_revert = options_.confirm.has_value();
         Plan plan = planned_against(journal);
-        const bool asks = at_terminal() && !options_.yes;
+        const bool asks = input::at_terminal() && !options_.yes;
         const std::string unknown = asks ? "" : listed(plan, to_, is_unknown);
         if (options_.skip_unknown) {
             leave_out_unknown(plan);
         }
         vor::print(stdout, to_.in_rows() ? shown(plan) : unknown + notes_of(plan, to_));
         if (!unknown.empty() && !options_.retry_unknown && !options_.skip_unknown) {
-            throw InputError{.text = fmt::format("{}: {} without a verdict; nothing was sent", to_.file,
-                                                 vor::counted(plan.tally()[LineState::unknown], "line")),
-                             .exit = exit_unknown,
-                             .hint = "--retry-unknown makes such lines again, --skip-unknown leaves them out"};
+            throw input::InputError{.text = fmt::format("{}: {} without a verdict; nothing was sent", to_.file,
+                                                        vor::counted(plan.tally()[LineState::unknown], "line")),
+                                    .exit = input::exit_unknown,
+                                    .hint = "--retry-unknown makes such lines again, --skip-unknown leaves them out"};
         }
         std::vector<std::size_t> lines;
         for (const PlanLine& line : plan.lines) {
@@ -125,12 +125,12 @@ public:
             }
         }
         if (lines.empty() && to_.in_rows()) { // as the plan says
-            return exit_ok;
+            return input::exit_ok;
         }
         check_reverts(plan, asks);
-        if (asks && !lines.empty() && !agreed(question(journal, lines.size()))) {
+        if (asks && !lines.empty() && !input::agreed(question(journal, lines.size()))) {
             vor::print_line(stderr, "Nothing was sent.");
-            return exit_usage;
+            return input::exit_usage;
         }
         const auto selected = [&](std::size_t line) { return std::ranges::binary_search(lines, line); };
         batch_.ask(selected);
@@ -167,7 +167,7 @@ private:
         const std::string staying = options_.confirm ? listed(plan, to_, stays) : "";
         vor::print(stdout, to_.json ? staying : "");
         if (!staying.empty() && !asks && !options_.yes) {
-            throw InputError{"making calls that cannot be reverted requires --yes; nothing was sent"};
+            throw input::InputError{"making calls that cannot be reverted requires --yes; nothing was sent"};
         }
     }
 
@@ -182,38 +182,38 @@ private:
 
     int make(Journal& journal, const Plan& plan, std::size_t calls)
     {
-        const auto summary = [&](const Tally& tally, std::size_t left) {
+        const auto summary = [&](const call::Tally& tally, std::size_t left) {
             return applied_text(plan, tally, left, options_, to_);
         };
-        BatchRunner::Hooks hooks{
-            .before = [&](const PreparedCall& planned) { journal.begin(planned); },
-            .after = [&](const PreparedCall& planned, const CallResult& report) { journal.end(planned, report); },
-            .hang_up_ends = !options_.confirm};
+        call::BatchRunner::Hooks hooks{.before = [&](const call::PreparedCall& planned) { journal.begin(planned); },
+                                       .after = [&](const call::PreparedCall& planned,
+                                                    const call::CallResult& report) { journal.end(planned, report); },
+                                       .hang_up_ends = !options_.confirm};
         if (options_.confirm) {
-            hooks.given_up = [&] { print_error(pending_error(journal), false); };
+            hooks.given_up = [&] { output::print_error(pending_error(journal), false); };
         }
-        Account account(options_, to_.screen, summary);
+        output::Account account(options_, to_.screen, summary);
         for (const PlanLine& line : plan.lines) {
             if (line.due) {
-                account.expect(name_of(line.key));
+                account.expect(call::name_of(line.key));
             }
         }
-        BatchRunner runner(options_, calls, account, std::move(hooks));
-        int exit = exit_ok;
+        call::BatchRunner runner(options_, calls, account, std::move(hooks));
+        int exit = input::exit_ok;
         try {
             for (bool more = true; more;) {
                 auto planned = batch_.next();
                 more = planned && runner.make(*planned);
             }
-        } catch (const InputError& complaint) { // a full disk, above all
-            exit = print_error(complaint, options_.json);
+        } catch (const input::InputError& complaint) { // a full disk, above all
+            exit = output::print_error(complaint, options_.json);
         }
         journal.sync();
         return std::max(exit, runner.finish());
     }
 
-    const Options& options_;
-    Batch batch_;
+    const input::Options& options_;
+    call::Batch batch_;
     const std::string path_;
     Shown to_;
     Planner planner_{selection_of(options_)};
@@ -221,26 +221,26 @@ private:
 
 } // namespace
 
-int run_plan(const std::string& path, const Options& options)
+int run_plan(const std::string& path, const input::Options& options)
 {
     Application application(path, options);
     application.leave_input();
     const int exit = application.read();
-    return exit != exit_ok ? exit : application.show();
+    return exit != input::exit_ok ? exit : application.show();
 }
 
-int run_apply(const std::string& path, const Options& options)
+int run_apply(const std::string& path, const input::Options& options)
 {
     if (options.dry_run) {
-        throw InputError{
+        throw input::InputError{
             "apply does not take --dry-run: use plan to see the calls, --dry-run batch to see the messages"};
     }
     if (options.retry_unknown && options.skip_unknown) {
-        throw InputError{"--retry-unknown and --skip-unknown exclude each other"};
+        throw input::InputError{"--retry-unknown and --skip-unknown exclude each other"};
     }
     Application application(path, options);
     const int exit = application.read();
-    return exit != exit_ok ? exit : application.make();
+    return exit != input::exit_ok ? exit : application.make();
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::site

@@ -5,14 +5,14 @@
 
 #include "input/options.hpp"
 
-namespace vorcfg {
+namespace vorcfg::site {
 
-int run_plan(const std::string& path, const Options& options);
-int run_apply(const std::string& path, const Options& options);
+int run_plan(const std::string& path, const input::Options& options);
+int run_apply(const std::string& path, const input::Options& options);
 
 // Over a journal. A report is text, JSON or, with --html, a page.
-int run_confirm(const std::string& path, const Options& options);
-int run_revert(const std::string& path, const Options& options);
-int run_report(const std::string& path, const Options& options);
+int run_confirm(const std::string& path, const input::Options& options);
+int run_revert(const std::string& path, const input::Options& options);
+int run_report(const std::string& path, const input::Options& options);
 
-} // namespace vorcfg
+} // namespace vorcfg::site

@@ -5,7 +5,7 @@
 #include <set>
 #include <utility>
 
-namespace vorcfg {
+namespace vorcfg::site {
 
 bool PlanLine::is_up_to_date() const
 {
@@ -14,7 +14,7 @@ bool PlanLine::is_up_to_date() const
 
 bool PlanLine::can_be_reverted() const
 {
-    return vorcfg::can_be_reverted(key, replaced);
+    return vorcfg::site::can_be_reverted(key, replaced);
 }
 
 bool PlanLine::is_not_compared() const
@@ -41,39 +41,41 @@ PlanTally Plan::tally() const
     return tally;
 }
 
-void Planner::add(const PreparedCall& planned)
+void Planner::add(const call::PreparedCall& planned)
 {
-    if (changes_nothing(planned)) {
+    if (call::changes_nothing(planned)) {
         plan_.asking++;
         return;
     }
     std::size_t secrets = 0;
-    for (const Value& value : planned.values) {
+    for (const rows::Value& value : planned.values) {
         secrets = value.secret ? secrets * 31 + std::hash<std::string>()(value.text) : secrets;
     }
     std::vector<bool> hexadecimal;
     for (std::size_t i = 0; i < planned.row->arguments().size(); i++) {
         hexadecimal.push_back(i < planned.values.size() && planned.values[i].hexadecimal);
     }
-    plan_.lines.push_back({.line = planned.place.line, .key = key_of(planned), .hexadecimal = std::move(hexadecimal)});
+    plan_.lines.push_back(
+        {.line = planned.place.line, .key = call::key_of(planned), .hexadecimal = std::move(hexadecimal)});
     secrets_.push_back(secrets);
 }
 
 std::vector<const PlanLine*> Planner::find_overtaken()
 {
     std::vector<PlanLine>& lines = plan_.lines;
-    std::map<Subject, std::size_t> next; // among the lines behind
+    std::map<call::Subject, std::size_t> next; // among the lines behind
     std::vector<const PlanLine*> overtaken_by(lines.size());
     for (std::size_t i = lines.size(); i-- > 0;) {
         std::size_t by = lines.size();
-        for (const Subject& opposite : opposites_of(lines[i].key)) {
+        for (const call::Subject& opposite : call::opposites_of(lines[i].key)) {
             const auto later = next.find(opposite);
             by = later != next.end() ? std::min(by, later->second) : by;
         }
-        const auto [same, is_last] = next.try_emplace(subject_of(lines[i].key), i);
+        const auto [same, is_last] = next.try_emplace(call::subject_of(lines[i].key), i);
         if (!is_last) {
             const PlanLine& other = lines[same->second];
-            if (!other.key.row->has(acts) && (lines[i].key != other.key || secrets_[i] != secrets_[same->second])) {
+            if (!other.key.row->has(rows::acts) &&
+                (lines[i].key != other.key || secrets_[i] != secrets_[same->second])) {
                 lines[i].differs_from = other.line;
             }
             by = std::min(by, std::exchange(same->second, i));
@@ -85,7 +87,7 @@ std::vector<const PlanLine*> Planner::find_overtaken()
 
 void Planner::judge(PlanLine& line, const History& history) const
 {
-    const Known& known = history.of(subject_of(line.key));
+    const Known& known = history.of(call::subject_of(line.key));
     line.before = known.standing;
     line.open = known.open;
     line.failed = known.failed != nullptr && known.failed->begun.key == line.key ? known.failed : nullptr;
@@ -111,14 +113,14 @@ bool Planner::find_following(const History& history)
         std::uint64_t entry = 0;
         std::size_t line = 0;
     };
-    std::map<const Family*, Made> last; // of the lines so far
+    std::map<const rows::Family*, Made> last; // of the lines so far
     constexpr std::uint64_t now = UINT64_MAX;
     bool found = false;
     for (PlanLine& line : plan_.lines) {
-        const Entry* const done = history.of(subject_of(line.key)).last_done;
+        const Entry* const done = history.of(call::subject_of(line.key)).last_done;
         Made& before = last[line.key.row->family];
-        if (line.key.row->has(acts) && done != nullptr && before.entry > done->begun.number && line.is_up_to_date() &&
-            line.state != LineState::overtaken) {
+        if (line.key.row->has(rows::acts) && done != nullptr && before.entry > done->begun.number &&
+            line.is_up_to_date() && line.state != LineState::overtaken) {
             found = true;
             line.state = LineState::again;
             line.follows = before.line;
@@ -164,13 +166,13 @@ Plan Planner::against(const History& history)
 
 void Planner::find_removed(const History& history)
 {
-    std::set<Subject> subjects;
+    std::set<call::Subject> subjects;
     for (const PlanLine& line : plan_.lines) {
-        subjects.insert(subject_of(line.key));
+        subjects.insert(call::subject_of(line.key));
     }
     for (const Known* const known : history.known()) {
-        const CallKey& key = known->latest()->begun.key;
-        if (!subjects.contains(subject_of(key))) {
+        const call::CallKey& key = known->latest()->begun.key;
+        if (!subjects.contains(call::subject_of(key))) {
             plan_.removed.push_back(
                 {.key = key, .state = LineState::removed, .before = known->standing, .open = known->open});
         }
@@ -181,4 +183,4 @@ void Planner::find_removed(const History& history)
     std::ranges::sort(plan_.removed, {}, number);
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::site

@@ -9,7 +9,7 @@
 #include "call/batch.hpp"
 #include "site/history.hpp"
 
-namespace vorcfg {
+namespace vorcfg::site {
 
 enum class LineState {
     fresh,     // nothing of it was ever accepted
@@ -40,7 +40,7 @@ inline constexpr LineStateName states[] = {{LineState::fresh, "new", "new", '+'}
 
 struct PlanLine {
     std::size_t line = 0; // 0: not in the file
-    CallKey key;
+    call::CallKey key;
     std::vector<bool> hexadecimal{}; // per argument: how the file has the number
     LineState state{};
     bool due = false;                // to be made
@@ -60,7 +60,7 @@ struct PlanLine {
 
 struct Selection {
     std::size_t from = 0;
-    const Family* only = nullptr;
+    const rows::Family* only = nullptr;
     bool resend_secrets = false;
 
     bool holds(const PlanLine& line) const
@@ -92,7 +92,7 @@ class Planner {
 public:
     explicit Planner(Selection selection) : selection_(selection) {}
 
-    void add(const PreparedCall& planned);
+    void add(const call::PreparedCall& planned);
     Plan against(const History& history);
 
 private:
@@ -107,4 +107,4 @@ private:
     std::vector<std::size_t> secrets_; // per line: a fingerprint of its secrets, within this process
 };
 
-} // namespace vorcfg
+} // namespace vorcfg::site

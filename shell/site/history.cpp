@@ -7,24 +7,24 @@
 
 #include "call/verdict.hpp"
 
-namespace vorcfg {
+namespace vorcfg::site {
 
 bool Entry::is_sent() const
 {
-    return ended.outcome == name_of(Outcome::sent) || ended.outcome == name_of(Outcome::unread);
+    return ended.outcome == call::name_of(call::Outcome::sent) || ended.outcome == call::name_of(call::Outcome::unread);
 }
 
-bool can_be_reverted(const CallKey& key, const Entry* before)
+bool can_be_reverted(const call::CallKey& key, const Entry* before)
 {
-    return before != nullptr && !key.secret && !before->begun.key.secret && !key.row->has(acts) &&
-           !before->begun.key.row->has(acts);
+    return before != nullptr && !key.secret && !before->begun.key.secret && !key.row->has(rows::acts) &&
+           !before->begun.key.row->has(rows::acts);
 }
 
 namespace {
 
 [[noreturn]] void fail_not_begun(std::uint64_t number)
 {
-    throw InputError{fmt::format("call {} has not begun", number)};
+    throw input::InputError{fmt::format("call {} has not begun", number)};
 }
 
 } // namespace
@@ -37,7 +37,7 @@ void History::take(const Record& record)
 void History::add(const CallBegun& record)
 {
     if (record.number != entries_.size() + 1) {
-        throw InputError{fmt::format("call {} is missing", entries_.size() + 1)};
+        throw input::InputError{fmt::format("call {} is missing", entries_.size() + 1)};
     }
     for (const auto& before : {record.replaces, record.takes_back}) {
         if (before && (*before == 0 || *before >= record.number)) {
@@ -59,7 +59,7 @@ void History::add(const CallEnded& record)
 // While a call has no verdict it may have been done, and have replaced what was done before.
 void History::note(const Entry& entry)
 {
-    Known& known = known_[subject_of(entry.begun.key)];
+    Known& known = known_[call::subject_of(entry.begun.key)];
     const std::optional<bool>& done = entry.ended.done;
     if (done == true) {
         known = {.standing = &entry, .open = nullptr, .last_done = &entry};
@@ -69,7 +69,7 @@ void History::note(const Entry& entry)
         known.open = known.open == &entry ? nullptr : known.open;
         known.failed = &entry;
     }
-    for (const Subject& subject : opposites_of(entry.begun.key)) {
+    for (const call::Subject& subject : call::opposites_of(entry.begun.key)) {
         Known& other = known_[subject];
         if (done == true) {
             other = {.last_done = other.last_done};
@@ -81,7 +81,7 @@ void History::note(const Entry& entry)
     }
 }
 
-const Known& History::of(const Subject& subject) const
+const Known& History::of(const call::Subject& subject) const
 {
     static const Known nothing;
     const auto known = known_.find(subject);
@@ -92,17 +92,17 @@ std::vector<const Known*> History::known() const
 {
     std::vector<const Known*> all;
     for (const auto& [subject, known] : known_) {
-        if (known.latest() != nullptr && subject_of(known.latest()->begun.key) == subject) {
+        if (known.latest() != nullptr && call::subject_of(known.latest()->begun.key) == subject) {
             all.push_back(&known);
         }
     }
     return all;
 }
 
-const Entry* History::replaced_by(const CallKey& key) const
+const Entry* History::replaced_by(const call::CallKey& key) const
 {
-    const Entry* standing = of(subject_of(key)).standing;
-    for (const Subject& subject : opposites_of(key)) {
+    const Entry* standing = of(call::subject_of(key)).standing;
+    for (const call::Subject& subject : call::opposites_of(key)) {
         standing = standing == nullptr ? of(subject).standing : standing;
     }
     return standing;
@@ -127,4 +127,4 @@ std::vector<History::Undo> History::undos() const
     return undos;
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::site

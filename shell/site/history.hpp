@@ -10,7 +10,7 @@
 
 #include "site/record.hpp"
 
-namespace vorcfg {
+namespace vorcfg::site {
 
 struct Entry {
     CallBegun begun;
@@ -20,7 +20,7 @@ struct Entry {
 };
 
 // Not an act, nor where a secret would have to be sent again.
-bool can_be_reverted(const CallKey& key, const Entry* before);
+bool can_be_reverted(const call::CallKey& key, const Entry* before);
 
 // What is known of one subject.
 struct Known {
@@ -37,9 +37,9 @@ public:
     // Throws an InputError about a record that does not follow from those before it.
     void take(const Record& record);
 
-    const Known& of(const Subject& subject) const;
+    const Known& of(const call::Subject& subject) const;
     // What a call replaces: the last one done about its subject, or about that of a call that it undoes.
-    const Entry* replaced_by(const CallKey& key) const;
+    const Entry* replaced_by(const call::CallKey& key) const;
     const std::deque<Entry>& entries() const { return entries_; }
     // Of every subject, in their order, with the last call about it itself, not about one that undoes it.
     std::vector<const Known*> known() const;
@@ -62,9 +62,9 @@ private:
     void note(const Entry& entry);
 
     std::deque<Entry> entries_;
-    std::map<Subject, Known> known_;
+    std::map<call::Subject, Known> known_;
     std::string gateway_;
     std::optional<ApplyPending> pending_;
 };
 
-} // namespace vorcfg
+} // namespace vorcfg::site

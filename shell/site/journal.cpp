@@ -13,13 +13,13 @@
 #include "text/json.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::site {
 
 namespace {
 
 [[noreturn]] void fail(const std::string& path, std::string_view why)
 {
-    throw InputError{fmt::format("{}: {}", path, why), exit_journal};
+    throw input::InputError{fmt::format("{}: {}", path, why), input::exit_journal};
 }
 
 // Perhaps it is the file of calls, whose name the journal's begins with.
@@ -27,9 +27,9 @@ namespace {
 {
     const std::string journal = path + ".journal";
     const bool has_one = std::filesystem::exists(journal);
-    throw InputError{.text = fmt::format("{} is not a journal", path),
-                     .exit = exit_journal,
-                     .hint = has_one ? fmt::format("its journal is {}", journal) : ""};
+    throw input::InputError{.text = fmt::format("{} is not a journal", path),
+                            .exit = input::exit_journal,
+                            .hint = has_one ? fmt::format("its journal is {}", journal) : ""};
 }
 
 // A new file's name is on disk when its directory is.
@@ -112,7 +112,7 @@ void Journal::load(bool repair)
             history_.take(record_in(*line, is_first));
         } catch (const vor::JsonError&) {
             fail(path_, fmt::format("line {} is not a valid record", number));
-        } catch (const InputError& complaint) {
+        } catch (const input::InputError& complaint) {
             fail(path_, fmt::format("line {}: {}", number, complaint.text));
         }
     }
@@ -126,12 +126,12 @@ try {
     fail(path_, error.what());
 }
 
-void Journal::begin(const PreparedCall& planned, const Entry* takes_back)
+void Journal::begin(const call::PreparedCall& planned, const Entry* takes_back)
 {
     const auto number_of = [](const Entry* entry) {
         return entry != nullptr ? std::optional(entry->begun.number) : std::nullopt;
     };
-    const CallKey key = key_of(planned);
+    const call::CallKey key = call::key_of(planned);
     append(CallBegun{.number = history_.entries().size() + 1,
                      .at = stamp(),
                      .file = planned.place.file,
@@ -142,14 +142,14 @@ void Journal::begin(const PreparedCall& planned, const Entry* takes_back)
 }
 
 // On disk with the next call that begins, or at the end.
-void Journal::end(const PreparedCall& planned, const CallResult& report)
+void Journal::end(const call::PreparedCall& planned, const call::CallResult& report)
 {
     append(CallEnded{.number = history_.entries().size(),
                      .at = stamp(),
-                     .outcome = std::string(name_of(report.verdict.outcome)),
+                     .outcome = std::string(call::name_of(report.verdict.outcome)),
                      .verdict = report.verdict.text,
-                     .done = was_done(*planned.row, report.verdict.outcome, report.seen)},
+                     .done = call::was_done(*planned.row, report.verdict.outcome, report.seen)},
            false);
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::site

@@ -10,7 +10,7 @@
 #include "site/history.hpp"
 #include "text/json_lines.hpp"
 
-namespace vorcfg {
+namespace vorcfg::site {
 
 // All of these throw an InputError where the journal cannot be used.
 class Journal {
@@ -26,8 +26,8 @@ public:
     const std::string& path() const { return path_; }
 
     // The call that is about to be sent, on disk when this returns; and its verdict.
-    void begin(const PreparedCall& planned, const Entry* takes_back = nullptr);
-    void end(const PreparedCall& planned, const CallResult& report);
+    void begin(const call::PreparedCall& planned, const Entry* takes_back = nullptr);
+    void end(const call::PreparedCall& planned, const call::CallResult& report);
 
     void append(const Record& record, bool on_disk = true);
     void sync() { fdatasync(file_.descriptor()); }
@@ -42,4 +42,4 @@ private:
     History history_;
 };
 
-} // namespace vorcfg
+} // namespace vorcfg::site

@@ -19,7 +19,7 @@
 #include "site/commands.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::site {
 
 namespace {
 
@@ -52,7 +52,7 @@ bool is_waiting(const std::string& path)
 
 struct Call {
     const Entry* undone;
-    PreparedCall planned;
+    call::PreparedCall planned;
 };
 
 // The calls that revert, all of them prepared before the first is made. Names those that cannot be reverted.
@@ -64,42 +64,42 @@ std::vector<Call> reverting_calls(const std::vector<History::Undo>& undos)
         std::string why;
         try {
             if (undo.before != nullptr) {
-                calls.push_back({undo.entry, planned(undo.before->begun.key)});
+                calls.push_back({undo.entry, call::planned(undo.before->begun.key)});
                 calls.back().planned.place = {begun.file, begun.line, 0};
                 continue;
             }
-        } catch (const InputError& complaint) { // of another version's journal
+        } catch (const input::InputError& complaint) { // of another version's journal
             why = ": " + complaint.text;
         }
         vor::print_line(stdout, fmt::format("{}:{}: {}: cannot be reverted{}", vor::printable(begun.file), begun.line,
-                                            name_of(begun.key), why));
+                                            call::name_of(begun.key), why));
     }
     return calls;
 }
 
 // Makes again what each call replaced, the last first.
-int revert(Journal& journal, const Options& options)
+int revert(Journal& journal, const input::Options& options)
 {
     const auto undos = journal.history().undos();
     std::vector<Call> calls = reverting_calls(undos);
-    const auto summary = [&](const Tally& tally, std::size_t left) {
-        Counts counts = counts_of(tally, left);
+    const auto summary = [&](const call::Tally& tally, std::size_t left) {
+        output::Counts counts = output::counts_of(tally, left);
         counts.add("cannot be reverted", undos.size() - calls.size());
         return fmt::format("{}: {}reverted: {}\n", vor::printable(journal.path()),
                            tally.failed.empty() && left == 0 ? "" : "not all calls were ", counts.text());
     };
-    Options all = options;
+    input::Options all = options;
     all.keep_going = true;
     const Entry* undone = nullptr;
-    Account account(all, screen_of(options), summary);
+    output::Account account(all, output::screen_of(options), summary);
     for (const Call& call : calls) {
-        account.expect(name_of(call.undone->begun.key));
+        account.expect(call::name_of(call.undone->begun.key));
     }
-    BatchRunner runner(
-        all, calls.size(), account,
-        {.before = [&](const PreparedCall& planned) { journal.begin(planned, undone); },
-         .after = [&](const PreparedCall& planned, const CallResult& report) { journal.end(planned, report); },
-         .hang_up_ends = false});
+    call::BatchRunner runner(all, calls.size(), account,
+                             {.before = [&](const call::PreparedCall& planned) { journal.begin(planned, undone); },
+                              .after = [&](const call::PreparedCall& planned,
+                                           const call::CallResult& report) { journal.end(planned, report); },
+                              .hang_up_ends = false});
     for (Call& call : calls) {
         undone = call.undone;
         if (!runner.make(call.planned) && runner.ended()) {
@@ -107,33 +107,33 @@ int revert(Journal& journal, const Options& options)
         }
     }
     const int exit = runner.finish();
-    if (runner.tally().failed.empty() && exit != exit_ended) {
+    if (runner.tally().failed.empty() && exit != input::exit_ended) {
         journal.append(ApplyDecided{.confirmed = false});
     }
     return exit;
 }
 
 // In the waiting process: reads the journal whenever it changes. One in use is being confirmed or reverted.
-int wait_and_revert(const std::string& path, const Options& options, Clock::time_point deadline)
+int wait_and_revert(const std::string& path, const input::Options& options, Clock::time_point deadline)
 {
     const int changes = inotify_init1(IN_CLOEXEC);
     inotify_add_watch(changes, path.c_str(), IN_MODIFY);
     while (true) {
         try {
             if (!Journal::read(path).history().pending()) {
-                return exit_ok;
+                return input::exit_ok;
             }
             const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
             if (left <= 0) {
                 Journal journal = Journal::open(path);
-                return journal.history().pending() ? revert(journal, options) : exit_ok;
+                return journal.history().pending() ? revert(journal, options) : input::exit_ok;
             }
             pollfd change{changes, POLLIN, 0};
             if (poll(&change, 1, static_cast<int>(left)) == 1) {
                 std::array<char, 4096> events{};
                 (void)!read(changes, events.data(), events.size());
             }
-        } catch (const InputError&) {
+        } catch (const input::InputError&) {
             constexpr int while_it_is_in_use_ms = 50;
             poll(nullptr, 0, while_it_is_in_use_ms);
         }
@@ -141,7 +141,8 @@ int wait_and_revert(const std::string& path, const Options& options, Clock::time
 }
 
 // The detached process: no terminal, no hang-up.
-[[noreturn]] void wait_detached(const std::string& path, const Options& options, int ready, Clock::time_point deadline)
+[[noreturn]] void wait_detached(const std::string& path, const input::Options& options, int ready,
+                                Clock::time_point deadline)
 {
     setsid();
     std::signal(SIGHUP, SIG_IGN);
@@ -162,13 +163,13 @@ struct Waiter {
 };
 
 // Returns once it holds its lock.
-Waiter start_waiting(Journal& journal, const Options& options, Clock::time_point deadline)
+Waiter start_waiting(Journal& journal, const input::Options& options, Clock::time_point deadline)
 {
-    const InputError failure{
-        .text = "cannot start the confirmation timer", .exit = exit_journal, .hint = hint_for(journal.path())};
+    const input::InputError failure{
+        .text = "cannot start the confirmation timer", .exit = input::exit_journal, .hint = hint_for(journal.path())};
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-        throw InputError(failure);
+        throw input::InputError(failure);
     }
     std::fflush(nullptr);
     const pid_t process = fork();
@@ -180,7 +181,7 @@ Waiter start_waiting(Journal& journal, const Options& options, Clock::time_point
     close(ends[1]);
     char ready = 'n';
     if (process < 0 || read(ends[0], &ready, 1) != 1 || ready != 'y') {
-        throw InputError(failure);
+        throw input::InputError(failure);
     }
     return {process, ends[0]};
 }
@@ -190,7 +191,7 @@ enum class Left { enter, interrupted, alone };
 // Counts down until an empty line, Ctrl-C, or until the other process has ended or this one has no terminal any more.
 Left wait_at_terminal(const Waiter& waiter, Clock::time_point deadline)
 {
-    Waiting for_enter;
+    input::Waiting for_enter;
     bool empty = true;
     vor::Progress countdown("");
     const int second = timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC);
@@ -243,19 +244,19 @@ int report_decision(const std::string& path, std::uint64_t first)
     const auto undone = reverted_calls(journal.history(), first);
     for (const Entry* const entry : undone) {
         vor::print_line(stdout, fmt::format("{}:{}: {}: reverted, {}", vor::printable(entry->begun.file),
-                                            entry->begun.line, name_of(entry->begun.key), entry->ended.verdict));
+                                            entry->begun.line, call::name_of(entry->begun.key), entry->ended.verdict));
     }
     if (journal.history().pending()) {
-        print_error(pending_error(journal), false);
+        output::print_error(pending_error(journal), false);
     } else {
         vor::print_line(stdout, fmt::format("{}: {}", vor::printable(path), undone.empty() ? "confirmed" : "reverted"));
     }
-    return undone.empty() ? exit_ok : exit_ended;
+    return undone.empty() ? input::exit_ok : input::exit_ended;
 }
 
 } // namespace
 
-InputError pending_error(const Journal& journal)
+input::InputError pending_error(const Journal& journal)
 {
     const std::string& path = journal.path();
     const ApplyPending& pending = *journal.history().pending();
@@ -265,22 +266,22 @@ InputError pending_error(const Journal& journal)
     } else if (!reverted_calls(journal.history(), pending.first).empty()) {
         state = "the last apply was reverted only in part";
     }
-    return {.text = fmt::format("{}: {}", path, state), .exit = exit_journal, .hint = hint_for(path)};
+    return {.text = fmt::format("{}: {}", path, state), .exit = input::exit_journal, .hint = hint_for(path)};
 }
 
 void check_nothing_pending(const Journal& journal)
 {
     if (journal.history().pending()) {
-        throw InputError(pending_error(journal));
+        throw input::InputError(pending_error(journal));
     }
 }
 
-int wait_for_confirmation(Journal journal, const Options& options)
+int wait_for_confirmation(Journal journal, const input::Options& options)
 {
     const std::string path = journal.path();
     if (journal.history().undos().empty()) { // no call was made
         journal.append(ApplyDecided{.confirmed = true});
-        return exit_ok;
+        return input::exit_ok;
     }
     const std::chrono::seconds time(*options.confirm);
     const std::string until = stamp(time);
@@ -289,21 +290,21 @@ int wait_for_confirmation(Journal journal, const Options& options)
     const std::uint64_t first = journal.history().pending()->first;
     journal.append(ApplyPending{first, until, waiter.process});
     journal.close();
-    const bool asks = at_terminal();
+    const bool asks = input::at_terminal();
     if (asks) {
         tcflush(STDIN_FILENO, TCIFLUSH); // what was typed before is no confirmation
     }
     vor::print_line(stdout, fmt::format("{}: reverted at {} unless confirmed\nhint: {}", vor::printable(path),
                                         second_of(until), hint_for(path)));
     if (!asks) {
-        return exit_ok;
+        return input::exit_ok;
     }
     switch (wait_at_terminal(waiter, deadline)) {
     case Left::enter:
         return run_confirm(path, options);
     case Left::interrupted:
-        print_error(pending_error(Journal::read(path)), false);
-        return exit_ended;
+        output::print_error(pending_error(Journal::read(path)), false);
+        return input::exit_ended;
     default:
         return report_decision(path, first);
     }
@@ -315,24 +316,24 @@ Journal pending_journal(const std::string& path, const char* what)
 {
     Journal journal = Journal::open(path);
     if (!journal.history().pending()) {
-        throw InputError{fmt::format("{}: no apply is waiting to be {}", path, what), exit_journal};
+        throw input::InputError{fmt::format("{}: no apply is waiting to be {}", path, what), input::exit_journal};
     }
     return journal;
 }
 
 } // namespace
 
-int run_confirm(const std::string& path, const Options&)
+int run_confirm(const std::string& path, const input::Options&)
 {
     pending_journal(path, "confirmed").append(ApplyDecided{.confirmed = true});
     vor::print_line(stdout, fmt::format("{}: confirmed", vor::printable(path)));
-    return exit_ok;
+    return input::exit_ok;
 }
 
-int run_revert(const std::string& path, const Options& options)
+int run_revert(const std::string& path, const input::Options& options)
 {
     Journal journal = pending_journal(path, "reverted");
     return revert(journal, options);
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::site

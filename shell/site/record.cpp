@@ -14,7 +14,7 @@
 #include "text/parse.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::site {
 
 using vor::Json;
 
@@ -23,9 +23,9 @@ namespace {
 constexpr int version = 1;
 
 // JSON cannot hold a text that is not UTF-8: its bytes are written in hexadecimal.
-Json json_of(const KeptValue& value)
+Json json_of(const call::KeptValue& value)
 {
-    if (const auto* const bytes = std::get_if<RawText>(&value)) {
+    if (const auto* const bytes = std::get_if<call::RawText>(&value)) {
         return {{"bytes", vor::hexadecimal(bytes->text)}};
     }
     const auto* const number = std::get_if<std::int64_t>(&value);
@@ -33,9 +33,9 @@ Json json_of(const KeptValue& value)
 }
 
 // "0a ff"
-RawText bytes_in(std::string_view digits)
+call::RawText bytes_in(std::string_view digits)
 {
-    RawText bytes;
+    call::RawText bytes;
     for (std::size_t at = 0; at + 2 <= digits.size(); at += 3) {
         unsigned char byte = 0;
         std::from_chars(digits.data() + at, digits.data() + at + 2, byte, 16);
@@ -44,7 +44,7 @@ RawText bytes_in(std::string_view digits)
     return bytes;
 }
 
-KeptValue value_in(std::string_view name, const Json& json)
+call::KeptValue value_in(std::string_view name, const Json& json)
 {
     if (json.type() == Json::Type::integer) {
         return json.number<std::int64_t>();
@@ -53,50 +53,50 @@ KeptValue value_in(std::string_view name, const Json& json)
         return json.string();
     }
     const Json* const digits = json.size() == 1 ? json.find("bytes") : nullptr;
-    RawText bytes = digits != nullptr && digits->is_string() ? bytes_in(digits->string()) : RawText();
+    call::RawText bytes = digits != nullptr && digits->is_string() ? bytes_in(digits->string()) : call::RawText();
     if (digits == nullptr || *digits != Json(vor::hexadecimal(bytes.text))) {
-        throw InputError{fmt::format("{} must be a number, a text or its bytes, not {}", name, vor::dump(json))};
+        throw input::InputError{fmt::format("{} must be a number, a text or its bytes, not {}", name, vor::dump(json))};
     }
     return bytes;
 }
 
-KeptValues values_in(const Argument& argument, const Json& json)
+call::KeptValues values_in(const rows::Argument& argument, const Json& json)
 {
     if (!argument.is_list || !json.is_array()) {
         return {value_in(argument.name, json)};
     }
-    KeptValues values;
+    call::KeptValues values;
     for (const Json& element : json.elements()) {
         values.push_back(value_in(argument.name, element));
     }
     return values;
 }
 
-CallKey key_in(const Json& json)
+call::CallKey key_in(const Json& json)
 {
     const auto call = json.at("call").string();
     const std::size_t blank = std::min(call.find(' '), call.size());
-    const Row* const row =
-        row_named(call.substr(0, blank), std::string_view{call}.substr(std::min(blank + 1, call.size())));
+    const rows::Row* const row =
+        rows::row_named(call.substr(0, blank), std::string_view{call}.substr(std::min(blank + 1, call.size())));
     if (row == nullptr) {
-        throw InputError{fmt::format("unknown call \"{}\"", call)};
+        throw input::InputError{fmt::format("unknown call \"{}\"", call)};
     }
     const Json& arguments = json.at("arguments");
     if (!arguments.is_object()) {
-        throw InputError{"the arguments must have names"};
+        throw input::InputError{"the arguments must have names"};
     }
     const auto known = row->arguments();
-    std::vector<KeptValues> values(known.size());
-    decltype(CallKey::unknown) unknown;
+    std::vector<call::KeptValues> values(known.size());
+    decltype(call::CallKey::unknown) unknown;
     for (const auto& [name, value] : arguments.members()) {
-        const auto argument = std::ranges::find(known, name, &Argument::name);
+        const auto argument = std::ranges::find(known, name, &rows::Argument::name);
         if (argument == known.end()) {
             unknown.emplace_back(name, value_in(name, value));
         } else {
             values[static_cast<std::size_t>(argument - known.begin())] = values_in(*argument, value);
         }
     }
-    CallKey key = key_of(*row, std::move(values), json.contains("secret"));
+    call::CallKey key = call::key_of(*row, std::move(values), json.contains("secret"));
     key.unknown = std::move(unknown);
     return key;
 }
@@ -162,14 +162,14 @@ Json json_of(const ApplyDecided& record)
 
 } // namespace
 
-Json values_json(const CallKey& key)
+Json values_json(const call::CallKey& key)
 {
     Json values = Json::object();
     for (std::size_t i = 0; i < key.values.size(); i++) {
-        const Argument& argument = key.row->arguments()[i];
+        const rows::Argument& argument = key.row->arguments()[i];
         if (argument.is_list) {
             Json& items = values[argument.name] = Json::array();
-            for (const KeptValue& value : key.values[i]) {
+            for (const call::KeptValue& value : key.values[i]) {
                 items.push_back(json_of(value));
             }
         } else if (!key.values[i].empty()) {
@@ -192,10 +192,10 @@ Record record_in(std::string_view line, bool is_first)
     const Json json = Json::parse(line);
     const Json* const known = json.find("vorcfg_journal");
     if (is_first && known == nullptr) {
-        throw InputError{"not a journal"};
+        throw input::InputError{"not a journal"};
     }
     if (is_first && *known != Json(version)) {
-        throw InputError{fmt::format("journal version must be {1}, not {0}", vor::dump(*known), version)};
+        throw input::InputError{fmt::format("journal version must be {1}, not {0}", vor::dump(*known), version)};
     }
     if (json.contains("begin")) {
         return CallBegun{.number = json["begin"].number<std::uint64_t>(),
@@ -223,7 +223,7 @@ Record record_in(std::string_view line, bool is_first)
     if (json.contains("gateway")) {
         return GatewayNamed{json["gateway"].string(), known != nullptr};
     }
-    throw InputError{"unknown record"};
+    throw input::InputError{"unknown record"};
 }
 
 std::string stamp(std::chrono::seconds from_now)
@@ -259,4 +259,4 @@ std::string second_of(std::string_view stamp)
     return cut(stamp, "2026-05-12T10:04:00");
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::site

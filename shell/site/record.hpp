@@ -14,7 +14,7 @@ namespace vor {
 class Json;
 }
 
-namespace vorcfg {
+namespace vorcfg::site {
 
 struct GatewayNamed {
     std::string gateway; // empty: not known
@@ -26,7 +26,7 @@ struct CallBegun {
     std::string at{};         // a stamp
     std::string file{};
     std::size_t line = 0;
-    CallKey key{};
+    call::CallKey key{};
     std::optional<std::uint64_t> replaces{};   // the call done before
     std::optional<std::uint64_t> takes_back{}; // the call that this one reverts
 };
@@ -58,11 +58,11 @@ std::string text_of(const Record& record);
 Record record_in(std::string_view line, bool is_first);
 
 // The values by their arguments' names.
-vor::Json values_json(const CallKey& key);
+vor::Json values_json(const call::CallKey& key);
 
 // "2026-05-12T10:04:00Z"; SOURCE_DATE_EPOCH sets the present, so that output can be reproduced.
 std::string stamp(std::chrono::seconds from_now = {});
 std::string minute_of(std::string_view stamp); // "2026-05-12 10:04 UTC"
 std::string second_of(std::string_view stamp); // "2026-05-12 10:04:00 UTC"
 
-} // namespace vorcfg
+} // namespace vorcfg::site

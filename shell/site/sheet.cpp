@@ -15,7 +15,7 @@
 #include "text/json.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::site {
 
 using vor::Json;
 
@@ -30,7 +30,7 @@ struct SheetLine {
 };
 
 struct SheetSection {
-    const Family* family;
+    const rows::Family* family;
     std::vector<SheetLine> lines;
 };
 
@@ -47,12 +47,13 @@ struct Sheet {
 SheetLine line_of(const Known& known)
 {
     const Entry& entry = *known.latest();
-    const CallKey& key = entry.begun.key;
-    const std::string name = name_of(key).substr(key.row->family->name.size() + 1);
+    const call::CallKey& key = entry.begun.key;
+    const std::string name = call::name_of(key).substr(key.row->family->name.size() + 1);
     if (known.open != nullptr) {
         return {name, values_of(known.open->begun.key), "unknown", minute_of(known.open->begun.at), true};
     }
-    return {name, values_of(key), entry.is_sent() ? std::string(name_of(Outcome::sent)) : entry.ended.outcome,
+    return {name, values_of(key),
+            entry.is_sent() ? std::string(call::name_of(call::Outcome::sent)) : entry.ended.outcome,
             minute_of(entry.ended.at)};
 }
 
@@ -63,7 +64,7 @@ Sheet sheet_of(const Journal& journal)
     const auto known = history.known();
     Sheet sheet;
     sheet.title = history.gateway().empty() ? std::filesystem::path(journal.path()).stem().string() : history.gateway();
-    for (const Family* const family : families()) {
+    for (const rows::Family* const family : rows::families()) {
         SheetSection section{family, {}};
         for (const Known* const each : known) {
             if (each->latest()->begun.key.row->family != family) {
@@ -111,7 +112,7 @@ std::string text_of(const Sheet& sheet, const vor::Screen& screen)
     std::string text = vor::paragraph(fmt::format("{}: {}", vor::printable(sheet.title), counts_of(sheet)), screen) +
                        vor::paragraph(meaning, screen) + (sheet.note.empty() ? "" : vor::paragraph(sheet.note, screen));
     for (const SheetSection& section : sheet.sections) {
-        text += fmt::format("\n{}: {}\n", section.family->name, about(*section.family));
+        text += fmt::format("\n{}: {}\n", section.family->name, rows::about(*section.family));
         for (const SheetLine& line : section.lines) {
             text += table.text_of(cells_of(line));
         }
@@ -154,7 +155,7 @@ std::string html_of(const Sheet& sheet)
                             "<tr><th colspan=\"4\"><h2>{} <span>{}</span></h2></th></tr>\n"
                             "<tr><th>Call and object</th><th>Value</th><th>Verdict</th><th>When</th></tr>\n"
                             "</thead>\n<tbody>\n",
-                            section.family->name, html(about(*section.family)));
+                            section.family->name, html(rows::about(*section.family)));
         for (const SheetLine& line : section.lines) {
             text += fmt::format("<tr{}><td>{}</td><td>{}</td><td>{}</td><td>{}</td></tr>\n",
                                 line.open ? " class=\"open\"" : "", html(line.name), html(line.values),
@@ -170,40 +171,40 @@ std::string json_of(const Sheet& sheet)
     Json lines = Json::array();
     for (const SheetSection& section : sheet.sections) {
         for (const SheetLine& line : section.lines) {
-            lines.push_back(
-                {{"family", section.family->name},
-                 {"name", line.name},
-                 {"values", line.values},
-                 {"verdict", line.verdict == name_of(Outcome::sent) ? "sent, no verdict comes" : line.verdict},
-                 {"when", line.when}});
+            lines.push_back({{"family", section.family->name},
+                             {"name", line.name},
+                             {"values", line.values},
+                             {"verdict", line.verdict == call::name_of(call::Outcome::sent) ? "sent, no verdict comes"
+                                                                                            : line.verdict},
+                             {"when", line.when}});
         }
     }
-    const Json json{{"schema", schema},      {"report", sheet.title},          {"settled", sheet.settled},
-                    {"unknown", sheet.open}, {"pending", !sheet.note.empty()}, {"lines", std::move(lines)}};
+    const Json json{{"schema", output::schema}, {"report", sheet.title},          {"settled", sheet.settled},
+                    {"unknown", sheet.open},    {"pending", !sheet.note.empty()}, {"lines", std::move(lines)}};
     return vor::dump(json) + '\n';
 }
 
 } // namespace
 
-int run_report(const std::string& path, const Options& options)
+int run_report(const std::string& path, const input::Options& options)
 {
     if (options.json && options.html) {
-        throw InputError{"--json and --html exclude each other"};
+        throw input::InputError{"--json and --html exclude each other"};
     }
     if (!std::filesystem::exists(path)) {
-        throw InputError{fmt::format("{}: no such journal", path), exit_journal};
+        throw input::InputError{fmt::format("{}: no such journal", path), input::exit_journal};
     }
     const Journal journal = Journal::read(path);
     if (journal.history().pending()) {
-        print_error(pending_error(journal), false);
+        output::print_error(pending_error(journal), false);
     }
     const Sheet sheet = sheet_of(journal);
     if (options.json) {
         vor::print(stdout, json_of(sheet));
     } else {
-        vor::print(stdout, options.html ? html_of(sheet) : text_of(sheet, screen_of(options)));
+        vor::print(stdout, options.html ? html_of(sheet) : text_of(sheet, output::screen_of(options)));
     }
-    return exit_ok;
+    return input::exit_ok;
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::site

@@ -10,7 +10,7 @@
 #include "text/json.hpp"
 #include "text/text.hpp"
 
-namespace vorcfg {
+namespace vorcfg::site {
 
 using vor::Json;
 
@@ -27,17 +27,17 @@ std::string changes_of(const PlanLine& line)
     };
     const auto arguments = line.key.row->arguments();
     for (std::size_t i = 0; i < arguments.size(); i++) {
-        const KeptValues& now = line.key.values[i];
-        const KeptValues& before = line.before->begun.key.values[i];
+        const call::KeptValues& now = line.key.values[i];
+        const call::KeptValues& before = line.before->begun.key.values[i];
         const std::string name(arguments[i].name);
         if (arguments[i].is_list && now.size() == before.size()) {
             for (std::size_t item = 0; item < now.size(); item++) {
-                add(fmt::format("{}[{}]", name, item), shown(arguments[i], before[item]),
-                    shown(arguments[i], now[item]));
+                add(fmt::format("{}[{}]", name, item), call::shown(arguments[i], before[item]),
+                    call::shown(arguments[i], now[item]));
             }
         } else if (!arguments[i].is_count) {
             const bool hexadecimal = line.hexadecimal[i];
-            add(name, shown(arguments[i], before, hexadecimal), shown(arguments[i], now, hexadecimal));
+            add(name, call::shown(arguments[i], before, hexadecimal), call::shown(arguments[i], now, hexadecimal));
         }
     }
     return vor::joined(changes, ", ");
@@ -110,7 +110,7 @@ vor::Cells cells_of(const PlanLine& line)
     const bool stands_out =
         line.failed != nullptr || line.state == LineState::unknown || line.state == LineState::changed;
     return {{line.line != 0 ? fmt::format("{:>5}", line.line) : "     "},
-            {fmt::format("{} {}", line.failed != nullptr ? '!' : name_of(line.state).mark, name_of(line.key)),
+            {fmt::format("{} {}", line.failed != nullptr ? '!' : name_of(line.state).mark, call::name_of(line.key)),
              stands_out ? vor::Color::yellow : vor::Color::plain},
             {state + (state.empty() || detail.empty() ? "" : ", ") + detail}};
 }
@@ -125,7 +125,7 @@ std::string not_compared_text(const PlanTally& tally)
 
 std::string json_of(const PlanLine& line, const std::string& file)
 {
-    Json json{{"schema", schema}, {"file", file}};
+    Json json{{"schema", output::schema}, {"file", file}};
     json.add("line", line.line);
     json["call"] = line.key.row->full_name();
     json["arguments"] = values_json(line.key);
@@ -148,27 +148,27 @@ std::string json_of(const PlanLine& line, const std::string& file)
 std::string json_of(const Plan& plan, const Shown& to)
 {
     const PlanTally tally = plan.tally();
-    Json json{{"schema", schema}, {"plan", to.file}, {"journal", to.journal}, {"due", tally.due}};
+    Json json{{"schema", output::schema}, {"plan", to.file}, {"journal", to.journal}, {"due", tally.due}};
     for (const LineStateName& each : states) {
         json[each.name] = tally[each.state];
     }
     json["secrets_not_compared"] = tally.not_compared;
     json["left_to_batch"] = plan.asking;
-    json["exit"] = tally.due != 0 ? exit_due : exit_ok;
+    json["exit"] = tally.due != 0 ? input::exit_due : input::exit_ok;
     return vor::dump(json) + '\n';
 }
 
-std::string json_of(const Plan& plan, const Tally& calls, std::size_t left, const Shown& to)
+std::string json_of(const Plan& plan, const call::Tally& calls, std::size_t left, const Shown& to)
 {
     const PlanTally tally = plan.tally();
-    const Json json{{"schema", schema},
+    const Json json{{"schema", output::schema},
                     {"apply", to.file},
                     {"journal", to.journal},
-                    {"accepted", calls.successes(Outcome::accepted)},
-                    {"sent", calls.successes(Outcome::sent)},
-                    {"unread", calls.successes(Outcome::unread)},
-                    {"unknown", calls.failures(Outcome::unknown)},
-                    {"refused", calls.failures(Outcome::refused)},
+                    {"accepted", calls.successes(call::Outcome::accepted)},
+                    {"sent", calls.successes(call::Outcome::sent)},
+                    {"unread", calls.successes(call::Outcome::unread)},
+                    {"unknown", calls.failures(call::Outcome::unknown)},
+                    {"refused", calls.failures(call::Outcome::refused)},
                     {"failed_lines", Json::array(calls.failed_lines())},
                     {"not_made", left},
                     {"left_unknown", tally.left_unknown},
@@ -180,18 +180,18 @@ std::string json_of(const Plan& plan, const Tally& calls, std::size_t left, cons
 
 } // namespace
 
-std::string values_of(const CallKey& key, const std::vector<bool>& hexadecimal)
+std::string values_of(const call::CallKey& key, const std::vector<bool>& hexadecimal)
 {
     std::string text;
     const auto add = [&](std::string_view name, std::string_view value) {
         text += fmt::format("{}{} {}", text.empty() ? "" : ", ", name, value);
     };
     for (std::size_t i = 0; i < key.values.size(); i++) {
-        const Argument& argument = key.row->arguments()[i];
+        const rows::Argument& argument = key.row->arguments()[i];
         if (argument.is_secret && key.secret) {
             add(argument.name, vor::mask);
         } else if (!argument.is_object && !argument.is_count && (argument.is_list || !key.values[i].empty())) {
-            add(argument.name, shown(argument, key.values[i], i < hexadecimal.size() && hexadecimal[i]));
+            add(argument.name, call::shown(argument, key.values[i], i < hexadecimal.size() && hexadecimal[i]));
         }
     }
     return text;
@@ -216,7 +216,7 @@ std::string line_of(const PlanLine& line, const Shown& to)
     const std::string place =
         line.line != 0 ? fmt::format("{}:{}", vor::printable(to.file), line.line) : vor::printable(to.journal);
     const std::string detail = detail_of(line);
-    return fmt::format("{}: {}: {}{}{}\n", place, name_of(line.key),
+    return fmt::format("{}: {}: {}{}{}\n", place, call::name_of(line.key),
                        line.state == LineState::removed ? name_of(line.state).total : name_of(line.state).name,
                        detail.empty() ? "" : ": ", detail);
 }
@@ -251,10 +251,11 @@ std::string notes_of(const Plan& plan, const Shown& to)
             }
         }
         if (!lines.empty()) {
-            notes.push_back(lines_text(lines).append(note));
+            notes.push_back(output::lines_text(lines).append(note));
         }
     };
-    add([](const PlanLine& line) { return line.due && line.key.row->has(cuts_link); }, " may drop your connection");
+    add([](const PlanLine& line) { return line.due && line.key.row->has(rows::cuts_link); },
+        " may drop your connection");
     if (to.may_revert) {
         add([](const PlanLine& line) { return line.due && !line.can_be_reverted(); }, " cannot be reverted");
     }
@@ -276,7 +277,7 @@ std::string summary_of(const Plan& plan, const Shown& to)
     if (to.json) {
         return json_of(plan, to);
     }
-    Counts due;
+    output::Counts due;
     for (const PlanLine& line : plan.lines) {
         if (line.due) {
             due.add(line.failed != nullptr ? line.failed->ended.outcome + " before"
@@ -284,19 +285,19 @@ std::string summary_of(const Plan& plan, const Shown& to)
         }
     }
     const PlanTally tally = plan.tally();
-    Counts others;
+    output::Counts others;
     others.add("to make" + (tally.due != 0 ? fmt::format(" ({})", due.text()) : ""), tally.due);
     others.add("left unknown", tally.left_unknown);
     others.add("left to batch", plan.asking);
     others.add(name_of(LineState::removed).total, tally[LineState::removed]);
     others.add(name_of(LineState::accepted).total, tally.up_to_date());
-    const std::string nothing = tally.due == 0 ? fmt::format("{}, ", Counts().text()) : "";
+    const std::string nothing = tally.due == 0 ? fmt::format("{}, ", output::Counts().text()) : "";
     return vor::paragraph(fmt::format("{}: {}{}{}", to.in_rows() ? "Plan" : vor::printable(to.file), nothing,
                                       others.text("the file has no calls"), not_compared_text(tally)),
                           to.screen);
 }
 
-std::string applied_text(const Plan& plan, const Tally& calls, std::size_t left, const Options& options,
+std::string applied_text(const Plan& plan, const call::Tally& calls, std::size_t left, const input::Options& options,
                          const Shown& to)
 {
     if (to.json) {
@@ -304,7 +305,7 @@ std::string applied_text(const Plan& plan, const Tally& calls, std::size_t left,
     }
     const PlanTally tally = plan.tally();
     const bool stopped = left != 0 || (!options.keep_going && !calls.failed.empty());
-    Counts counts = counts_of(calls, left);
+    output::Counts counts = output::counts_of(calls, left);
     counts.add("left unknown", tally.left_unknown);
     std::string text;
     if (to.in_rows()) { // below the plan, which has the others
@@ -313,8 +314,8 @@ std::string applied_text(const Plan& plan, const Tally& calls, std::size_t left,
         counts.add(name_of(LineState::accepted).total, tally.up_to_date());
         text = counts.text() + not_compared_text(tally);
     }
-    return vor::paragraph(fmt::format("{}: {}", end_of_run(to.file, "Applied", stopped, calls, to.screen), text),
-                          to.screen);
+    return vor::paragraph(
+        fmt::format("{}: {}", output::end_of_run(to.file, "Applied", stopped, calls, to.screen), text), to.screen);
 }
 
 std::string warnings_of(const Plan& plan, const Shown& to)
@@ -322,12 +323,12 @@ std::string warnings_of(const Plan& plan, const Shown& to)
     std::string text;
     std::set<std::string> said;
     for (const PlanLine& line : plan.lines) {
-        if (line.differs_from != 0 && said.insert(name_of(line.key)).second) {
+        if (line.differs_from != 0 && said.insert(call::name_of(line.key)).second) {
             text += fmt::format("{}:{}: warning: {}: line {} sets it differently\n", vor::printable(to.file), line.line,
-                                name_of(line.key), line.differs_from);
+                                call::name_of(line.key), line.differs_from);
         }
     }
     return text;
 }
 
-} // namespace vorcfg
+} // namespace vorcfg::site

@@ -7,7 +7,7 @@
 #include "site/diff.hpp"
 #include "text/table.hpp"
 
-namespace vorcfg {
+namespace vorcfg::site {
 
 struct Shown {
     const std::string& file;
@@ -29,11 +29,11 @@ std::string lines_of(const Plan& plan, const Shown& shown);
 std::string notes_of(const Plan& plan, const Shown& shown);
 std::string summary_of(const Plan& plan, const Shown& shown);
 // What became of the calls that were due.
-std::string applied_text(const Plan& plan, const Tally& calls, std::size_t left, const Options& options,
+std::string applied_text(const Plan& plan, const call::Tally& calls, std::size_t left, const input::Options& options,
                          const Shown& shown);
 // About lines of a file that set the same thing differently.
 std::string warnings_of(const Plan& plan, const Shown& shown);
 // "ip_address 192.168.1.10, subnet_mask 255.255.255.0", without the arguments that name the object
-std::string values_of(const CallKey& key, const std::vector<bool>& hexadecimal = {});
+std::string values_of(const call::CallKey& key, const std::vector<bool>& hexadecimal = {});
 
-} // namespace vorcfg
+} // namespace vorcfg::site

@@ -31,7 +31,7 @@ std::string checked(const std::string& answer)
     case '+':
         return text;
     case '?':
-        throw UsageError(error);
+        throw server::UsageError(error);
     default:
         throw std::runtime_error(error);
     }
@@ -39,26 +39,26 @@ std::string checked(const std::string& answer)
 
 std::runtime_error unavailable(std::string_view what)
 {
-    return std::runtime_error(fmt::format("vorsim in {} {}", directory(), what));
+    return std::runtime_error(fmt::format("vorsim in {} {}", server::directory(), what));
 }
 
 } // namespace
 
 Connection::Connection(const std::string& line, const std::optional<std::string>& document)
-    : socket_(connect_to(control_path(directory())))
+    : socket_(sockets::connect_to(server::control_path(server::directory())))
 {
     if (line.find_first_of(std::string_view("\n\0", 2)) != line.npos) { // they would end it
-        refuse_line();
+        server::refuse_line();
     }
     if (socket_.get() < 0) {
-        parse_command(line); // its errors come first
+        server::parse_command(line); // its errors come first
         throw std::runtime_error(
-            fmt::format("nothing listens in {}\nhint: start vorsim, or set VORINFRA_DIR", directory()));
+            fmt::format("nothing listens in {}\nhint: start vorsim, or set VORINFRA_DIR", server::directory()));
     }
     const std::string request = (document ? line + '\n' + *document : line) + '\0';
-    if (request.size() > longest_request) {
+    if (request.size() > server::longest_request) {
         throw std::runtime_error(fmt::format("the file is too large: {} bytes of compact JSON, at most {}",
-                                             document.value_or("").size(), longest_request));
+                                             document.value_or("").size(), server::longest_request));
     }
     for (std::size_t at = 0; at < request.size();) {
         pollfd room{socket_.get(), POLLOUT, 0};

@@ -22,7 +22,7 @@ public:
     int descriptor() const { return socket_.get(); }
 
 private:
-    Descriptor socket_;
+    sockets::Descriptor socket_;
 };
 
 // The messages of the running gateway from now on.

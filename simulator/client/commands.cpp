@@ -56,7 +56,7 @@ std::string compact(std::string_view json)
     return text;
 }
 
-int pass_on(const CommandRow& row, const Arguments& arguments)
+int pass_on(const server::CommandRow& row, const Arguments& arguments)
 {
     auto document = row.carries_document && arguments.size() > 1 ? contents(arguments[1]) : std::nullopt;
     if (document) {
@@ -72,9 +72,9 @@ int pass_on(const CommandRow& row, const Arguments& arguments)
     for (const Handler& row : handler_rows) {
         names.emplace(row.name);
     }
-    for (const CommandRow& row : command_rows()) {
+    for (const server::CommandRow& row : server::command_rows()) {
         if (!row.about.empty()) {
-            names.emplace(first_word(row.name));
+            names.emplace(server::first_word(row.name));
         }
     }
     const std::vector<std::string> known(names.begin(), names.end());
@@ -97,7 +97,7 @@ int watch(const Arguments& arguments)
     if (options.json) {
         line.emplace_back("--json");
     }
-    const LineStyle style = options.style();
+    const record::LineStyle style = options.style();
     EventStream stream(line_of(line, false));
     while (stream.read([&](EventStream::Kind kind, std::string_view text) {
         if (kind == EventStream::Kind::note) {
@@ -105,7 +105,7 @@ int watch(const Arguments& arguments)
         } else if (options.json) {
             print(fmt::format("{}\n", text));
         } else {
-            print(fmt::format("{}\n", shown(read_line(text.substr(text.find(' ') + 1)).record, style)));
+            print(fmt::format("{}\n", record::shown(record::read_line(text.substr(text.find(' ') + 1)).record, style)));
         }
     })) {}
     return 0;
@@ -140,7 +140,7 @@ std::optional<int> run(const Arguments& arguments)
     if (own != std::end(handler_rows)) {
         return own->run({arguments.begin() + 1, arguments.end()});
     }
-    const CommandRow* const row = command_named(arguments.front());
+    const server::CommandRow* const row = server::command_named(arguments.front());
     if (row != nullptr && !row->about.empty()) {
         return pass_on(*row, arguments);
     }

@@ -15,7 +15,7 @@
 namespace vorsim::client {
 namespace {
 
-std::string bytes(const Record& record)
+std::string bytes(const values::Record& record)
 {
     std::string text;
     const auto add = [&text](const char* name, const std::optional<std::string>& bytes) {
@@ -39,12 +39,12 @@ constexpr vor::OptionOf<LineOptions> decode_options[] = {{{"--bytes", "", ""}, v
 
 int decode(const std::vector<std::string>& arguments)
 {
-    Filter filter;
+    record::Filter filter;
     LineOptions how;
     std::string path;
     for (vor::Operands operands(arguments); !operands.empty();) {
         if (!operands.take_option(decode_options, how) && !operands.take_option(line_options, how) &&
-            !operands.take_option(filter_options, filter)) {
+            !operands.take_option(record::filter_options, filter)) {
             if (!path.empty()) {
                 operands.end();
             }
@@ -52,12 +52,12 @@ int decode(const std::vector<std::string>& arguments)
         }
     }
     if (path.empty()) {
-        throw UsageError("FILE is missing");
+        throw server::UsageError("FILE is missing");
     }
-    const LineStyle style = how.style();
-    JournalReader journal(path);
+    const record::LineStyle style = how.style();
+    record::JournalReader journal(path);
     while (const auto line = journal.next()) {
-        const Record& record = line->record;
+        const values::Record& record = line->record;
         if (!line->damage.empty() && !how.json) {
             throw std::runtime_error(fmt::format("{}: {}", journal.place(*line), line->damage));
         }
@@ -65,11 +65,12 @@ int decode(const std::vector<std::string>& arguments)
             continue;
         }
         if (how.json) {
-            print(rewritten(*line) + "\n");
+            print(record::rewritten(*line) + "\n");
             continue;
         }
         const std::string took = record.took ? fmt::format("{} us", *record.took) : "-";
-        print(fmt::format("{}\n", shown(record, style, fmt::format("{}  {}  {}", record.seq, record.time, took))));
+        print(fmt::format("{}\n",
+                          record::shown(record, style, fmt::format("{}  {}  {}", record.seq, record.time, took))));
         if (how.bytes) {
             print(bytes(record));
         }

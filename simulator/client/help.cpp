@@ -69,7 +69,7 @@ void add_row(std::string& text, std::string_view name, std::string_view operands
 std::string help_text()
 {
     std::string text = usage;
-    for (const vor::Option& row : option_rows()) {
+    for (const vor::Option& row : server::option_rows()) {
         add_row(text, row.name, row.value, row.about);
     }
     const auto add_handlers = [&text](bool live) {
@@ -79,7 +79,7 @@ std::string help_text()
             }
         }
     };
-    for (const CommandRow& row : command_rows()) {
+    for (const server::CommandRow& row : server::command_rows()) {
         if (!row.about.empty()) {
             add_row(text, row.name, row.operands, row.about);
         } else if (row.name == "watch") {

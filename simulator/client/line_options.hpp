@@ -14,13 +14,14 @@ struct LineOptions {
     bool ids = false;
     vor::ColorWhen color{};
 
-    LineStyle style() const { return {vor::screen_of(STDOUT_FILENO, color), ids}; }
+    record::LineStyle style() const { return {vor::screen_of(STDOUT_FILENO, color), ids}; }
 };
 
 inline constexpr vor::OptionOf<LineOptions> line_options[] = {
     {{"--json", "", ""}, vor::taken_as<&LineOptions::json>},
     {{"--ids", "", ""}, vor::taken_as<&LineOptions::ids>},
-    {{"--color", "WHEN", ""}, [](LineOptions& options, std::string_view value) { options.color = color_of(value); }},
+    {{"--color", "WHEN", ""},
+     [](LineOptions& options, std::string_view value) { options.color = server::color_of(value); }},
 };
 
 } // namespace vorsim::client

@@ -39,10 +39,10 @@ std::string bytes_in(const std::optional<std::string>& text, const char* name)
     if (!text) {
         throw Unsendable(fmt::format("has no {}", name));
     }
-    const auto bytes = bytes_of_hex(*text);
+    const auto bytes = record::bytes_of_hex(*text);
     if (!bytes) {
-        throw Unsendable(is_masked(*text) ? "is masked (write the journal with --show-secrets)"
-                                          : fmt::format("has a damaged {}", name));
+        throw Unsendable(record::is_masked(*text) ? "is masked (write the journal with --show-secrets)"
+                                                  : fmt::format("has a damaged {}", name));
     }
     return *bytes;
 }
@@ -55,7 +55,7 @@ std::string answer_text(vor_uint32 id, std::string_view payload)
         std::memcpy(&status, payload.data(), sizeof status);
         return fmt::format("id {:#x} status {}", id, status);
     }
-    return fmt::format("id {:#x} {}", id, payload.empty() ? "no payload" : hex(payload));
+    return fmt::format("id {:#x} {}", id, payload.empty() ? "no payload" : record::hex(payload));
 }
 constexpr char no_answer[] = "no answer";
 constexpr char refused[] = "refused";
@@ -74,13 +74,13 @@ public:
     {
         sockaddr_un to{};
         to.sun_family = AF_UNIX;
-        const std::string path = fmt::format("{}/sap-{}", directory(), sap);
+        const std::string path = fmt::format("{}/sap-{}", server::directory(), sap);
         path.copy(to.sun_path, sizeof to.sun_path - 1);
         return sendto(endpoint_.descriptor(), datagram.data(), datagram.size(), MSG_NOSIGNAL,
                       reinterpret_cast<const sockaddr*>(&to), sizeof to) >= 0;
     }
 
-    std::string exchange(const Record& record)
+    std::string exchange(const values::Record& record)
     {
         const std::string meta_data = bytes_in(record.meta_data, "meta_data");
         const std::string payload = bytes_in(record.payload, "payload");
@@ -124,7 +124,7 @@ private:
         return no_answer;
     }
 
-    Endpoint endpoint_;
+    sockets::Endpoint endpoint_;
     vor_uint16 sap_;
     vor_uint16 sequence_ = 0;
 };
@@ -138,9 +138,9 @@ public:
         if (socket_.get() < 0) {
             std::array<char, 4096> path{};
             const bool usable = vorinfra_rooted_path("/tmp/konfd.socket", path.data(), path.size()) == 0;
-            socket_ = usable ? connect_to(path.data()) : Descriptor();
+            socket_ = usable ? sockets::connect_to(path.data()) : sockets::Descriptor();
         }
-        if (!send_now(socket_.get(), ended)) {
+        if (!sockets::send_now(socket_.get(), ended)) {
             return "not delivered";
         }
         // An answer may come in several pieces.
@@ -150,7 +150,7 @@ public:
             std::array<char, 65536> bytes; // NOLINT: filled by the receive
             const ssize_t size = recv(socket_.get(), bytes.data(), bytes.size(), 0);
             if (size <= 0) {
-                socket_ = Descriptor();
+                socket_ = sockets::Descriptor();
                 break;
             }
             answer.append(bytes.data(), static_cast<std::size_t>(size));
@@ -159,7 +159,7 @@ public:
     }
 
 private:
-    Descriptor socket_;
+    sockets::Descriptor socket_;
 };
 
 class Replay {
@@ -198,32 +198,33 @@ public:
     }
 
 private:
-    static std::string name(const Record& record)
+    static std::string name(const values::Record& record)
     {
-        if (record.kind == Record::Kind::konfd) {
+        if (record.kind == values::Record::Kind::konfd) {
             return fmt::format("konfd {}", record.commands);
         }
         if (!record.call.empty()) {
             return fmt::format("{} {}", record.call, record.object);
         }
-        const std::string id = record.kind == Record::Kind::message ? fmt::format("{:#x}", record.id) : "without an id";
+        const std::string id =
+            record.kind == values::Record::Kind::message ? fmt::format("{:#x}", record.id) : "without an id";
         return fmt::format("message {} to SAP {}", id, record.sap);
     }
 
-    void send_again(const JournalLine& line)
+    void send_again(const record::JournalLine& line)
     {
-        const Record& record = line.record;
-        if (line.of_version < journal_version) {
+        const values::Record& record = line.record;
+        if (line.of_version < record::journal_version) {
             throw Unsendable(fmt::format("is of journal version {}, which has no bytes", line.of_version));
         }
         if (!line.damage.empty() || !line.complete) {
             throw Unsendable("is damaged");
         }
         switch (record.kind) {
-        case Record::Kind::message:
+        case values::Record::Kind::message:
             compare_message(line);
             break;
-        case Record::Kind::konfd:
+        case values::Record::Kind::konfd:
             compare_konfd(line);
             break;
         default:
@@ -231,9 +232,9 @@ private:
         }
     }
 
-    void compare_message(const JournalLine& line)
+    void compare_message(const record::JournalLine& line)
     {
-        const Record& record = line.record;
+        const values::Record& record = line.record;
         std::string was = record.refused ? refused : no_answer;
         if (record.answer_id && record.delivered) {
             was = answer_text(*record.answer_id, bytes_in(record.answer_payload, "answer_payload"));
@@ -244,9 +245,9 @@ private:
         }
     }
 
-    void compare_konfd(const JournalLine& line)
+    void compare_konfd(const record::JournalLine& line)
     {
-        const Record& record = line.record;
+        const values::Record& record = line.record;
         const std::string text = bytes_in(record.text, "text");
         if (text.empty()) {
             throw Unsendable("was too long to be recorded");
@@ -265,7 +266,7 @@ private:
 
     Sender& sender(vor_uint16 sap) { return senders_.try_emplace(sap, sap).first->second; }
 
-    JournalReader journal_;
+    record::JournalReader journal_;
     std::map<vor_uint16, Sender> senders_;
     Konfd konfd_;
     std::uint64_t sent_ = 0;

@@ -13,7 +13,8 @@ constexpr Field option = int16(7, "option");
 
 constexpr std::int32_t channels_of_a_converter = 8;
 
-Answer port_stats(const Decoded& decoded, const State& state, Measurements& measurements)
+gateway::Answer port_stats(const gateway::Decoded& decoded, const gateway::State& state,
+                           gateway::Measurements& measurements)
 {
     const std::int32_t logical =
         decoded.number("adc_index") * channels_of_a_converter + decoded.number("channel_index");

@@ -6,9 +6,9 @@ namespace vorsim::families {
 namespace {
 
 // Tenths of a degree Celsius.
-Answer temperature(const Decoded&, const State&, Measurements& measurements)
+gateway::Answer temperature(const gateway::Decoded&, const gateway::State&, gateway::Measurements& measurements)
 {
-    Answer answer(6);
+    gateway::Answer answer(6);
     answer.put(0, "status", std::int32_t{0})
         .put(4, "system_temperature", static_cast<std::int16_t>(measurements.measure("temperature", 415, 120, 6)));
     return answer;

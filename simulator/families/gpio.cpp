@@ -9,7 +9,8 @@ constexpr Field port_num = int16(1, "port_num");
 constexpr Field mode = int16(3, "mode");
 constexpr Field option = int16(6, "option");
 
-Answer port_stats(const Decoded& decoded, const State& state, Measurements& measurements)
+gateway::Answer port_stats(const gateway::Decoded& decoded, const gateway::State& state,
+                           gateway::Measurements& measurements)
 {
     return port_statistics(decoded, decoded.number("port_num"), "mode", state, measurements);
 }

@@ -37,9 +37,9 @@ constexpr auto readings = [] {
     return all;
 }();
 
-Answer register_values(const Decoded&, const State&, Measurements& measurements)
+gateway::Answer register_values(const gateway::Decoded&, const gateway::State&, gateway::Measurements& measurements)
 {
-    Answer answer(std::size(registers));
+    gateway::Answer answer(std::size(registers));
     const auto byte = [](auto value) { return static_cast<std::uint8_t>(value); };
     std::ranges::transform(registers, answer.bytes.begin(),
                            [&](const Register& one) { return byte(measurements.constant(one.name, one.at_rest)); });

@@ -7,7 +7,7 @@
 namespace vorsim::faults {
 namespace {
 
-void note(Record& record, const DueRule& due)
+void note(values::Record& record, const DueRule& due)
 {
     record.notes.push_back(due.text());
     record.fault = {due.number, due.rule.text};
@@ -33,18 +33,18 @@ Delivery::Way way_of(Action::Kind kind)
 
 } // namespace
 
-Delivery apply(Decision& decision, const DueRule& due)
+Delivery apply(gateway::Decision& decision, const DueRule& due)
 {
     using Kind = Action::Kind;
     constexpr std::uint32_t low_half = 0x1;
     constexpr std::uint32_t high_half = 0x10000;
 
     const Action& action = due.rule.action;
-    Record& record = decision.record;
+    values::Record& record = decision.record;
     switch (action.kind) {
     case Kind::status: {
         const auto status = static_cast<std::int32_t>(action.number);
-        decision.answer = status_answer(status);
+        decision.answer = gateway::status_answer(status);
         if (record.status != status) {
             decision.row_to_keep = nullptr; // a refused setting is not stored
         }

@@ -22,7 +22,7 @@ struct Delivery {
 };
 
 // Applies the rule that is due and notes it in the record.
-Delivery apply(Decision& decision, const DueRule& due);
+Delivery apply(gateway::Decision& decision, const DueRule& due);
 
 // How konfd's answer arrives.
 enum class ReplyFault : std::uint8_t {

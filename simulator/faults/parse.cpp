@@ -66,7 +66,7 @@ std::optional<std::uint32_t> chance_in(std::string_view text)
 std::vector<std::string> who_names()
 {
     std::vector<std::string> names{"any", "konfd"};
-    for (const Manager& manager : managers) {
+    for (const tables::Manager& manager : tables::managers) {
         names.emplace_back(manager.name);
     }
     return names;
@@ -75,7 +75,7 @@ std::vector<std::string> who_names()
 std::vector<std::string> call_names()
 {
     std::set<std::string> names;
-    for (const ListedRow& listed : all_rows()) {
+    for (const tables::ListedRow& listed : tables::all_rows()) {
         names.emplace(listed.row->call);
     }
     return {names.begin(), names.end()};
@@ -341,8 +341,8 @@ private:
 
 std::optional<std::uint16_t> sap_named(std::string_view name)
 {
-    const auto found = std::ranges::find(managers, name, &Manager::name);
-    return found != managers.end() ? std::optional(found->sap) : number_in<std::uint16_t>(name);
+    const auto found = std::ranges::find(tables::managers, name, &tables::Manager::name);
+    return found != tables::managers.end() ? std::optional(found->sap) : number_in<std::uint16_t>(name);
 }
 
 Rule parse_rule(std::string_view line)

@@ -40,7 +40,7 @@ unsigned RuleList::add(Rule rule, Time now)
         throw std::runtime_error(fmt::format("at most {} faults can be in force", most_rules));
     }
     ++last_;
-    Random random(seed_, fmt::format("fault {}", last_));
+    values::Random random(seed_, fmt::format("fault {}", last_));
     entries_.emplace(last_, Entry{std::move(rule), random, now});
     return last_;
 }

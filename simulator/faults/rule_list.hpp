@@ -46,7 +46,7 @@ public:
 private:
     struct Entry {
         Rule rule;
-        Random random;
+        values::Random random;
         Time since;
         std::uint64_t matched = 0;
         std::uint64_t acted = 0;

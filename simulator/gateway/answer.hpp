@@ -10,11 +10,11 @@
 
 #include "values/value.hpp"
 
-namespace vorsim {
+namespace vorsim::gateway {
 
 struct Answer {
     std::vector<std::uint8_t> bytes{};
-    std::vector<Value> values{};
+    std::vector<values::Value> values{};
 
     explicit Answer(std::size_t size) : bytes(size) {}
 
@@ -30,4 +30,4 @@ struct Answer {
     }
 };
 
-} // namespace vorsim
+} // namespace vorsim::gateway

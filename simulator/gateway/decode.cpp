@@ -8,45 +8,45 @@
 #include "gateway/match.hpp"
 #include "text/text.hpp"
 
-namespace vorsim {
+namespace vorsim::gateway {
 namespace {
 
 // Each branch widens from its own width: a common type of them all would lose the sign.
-std::int64_t number_shown(const Field& field, std::int32_t number)
+std::int64_t number_shown(const tables::Field& field, std::int32_t number)
 {
-    if (field.display == Display::signed_number) {
+    if (field.display == tables::Display::signed_number) {
         return number;
     }
-    return field.kind == Kind::int32 ? std::int64_t{static_cast<std::uint32_t>(number)}
-                                     : std::int64_t{static_cast<std::uint16_t>(number)};
+    return field.kind == tables::Kind::int32 ? std::int64_t{static_cast<std::uint32_t>(number)}
+                                             : std::int64_t{static_cast<std::uint16_t>(number)};
 }
 
-Scalar scalar_of(const Part& part, bool show_secrets)
+values::Scalar scalar_of(const Part& part, bool show_secrets)
 {
-    const Field& field = *part.field;
-    if (field.kind == Kind::text) {
-        const bool masked = field.display == Display::secret && !show_secrets;
+    const tables::Field& field = *part.field;
+    if (field.kind == tables::Kind::text) {
+        const bool masked = field.display == tables::Display::secret && !show_secrets;
         return std::string(masked ? vor::mask : text_in(part));
     }
-    if (field.display == Display::address) {
+    if (field.display == tables::Display::address) {
         return vor::dotted(static_cast<std::uint32_t>(part.number));
     }
     return number_shown(field, part.number);
 }
 
-std::string text_of(const Field* field, const Scalar& scalar)
+std::string text_of(const tables::Field* field, const values::Scalar& scalar)
 {
     const auto* const text = std::get_if<std::string>(&scalar);
     if (text == nullptr) {
         return std::visit([](const auto& number) { return fmt::format("{}", number); }, scalar);
     }
-    const bool plain = field != nullptr && (field->display == Display::address ||
-                                            (field->display == Display::secret && *text == vor::mask));
-    return plain ? vor::escaped(*text) : vor::quoted(*text, longest_in_line);
+    const bool plain = field != nullptr && (field->display == tables::Display::address ||
+                                            (field->display == tables::Display::secret && *text == vor::mask));
+    return plain ? vor::escaped(*text) : vor::quoted(*text, values::longest_in_line);
 }
 
 // The object's text with the values in place of their names.
-std::string object_of(std::string_view pattern, const std::vector<Value>& values)
+std::string object_of(std::string_view pattern, const std::vector<values::Value>& values)
 {
     std::string object;
     while (!pattern.empty()) {
@@ -56,7 +56,7 @@ std::string object_of(std::string_view pattern, const std::vector<Value>& values
             break;
         }
         const std::size_t close = pattern.find('}', open);
-        const auto value = std::ranges::find(values, pattern.substr(open + 1, close - open - 1), &Value::name);
+        const auto value = std::ranges::find(values, pattern.substr(open + 1, close - open - 1), &values::Value::name);
         const auto* const held = value->held<std::string>();
         const std::string text = held != nullptr ? vor::escaped(*held) : value->text;
         object += text.empty() ? "\"\"" : text;
@@ -67,31 +67,32 @@ std::string object_of(std::string_view pattern, const std::vector<Value>& values
 
 } // namespace
 
-Value value_of(const MessageRow& row, const Field* field, std::variant<Scalar, List> data)
+values::Value value_of(const tables::MessageRow& row, const tables::Field* field,
+                       std::variant<values::Scalar, values::List> data)
 {
     const std::string name(field != nullptr ? field->name : row.layout.lead);
     const bool in_object = row.object.find("{" + name + "}") != row.object.npos;
     std::string text;
-    if (const auto* const list = std::get_if<List>(&data)) {
-        for (const Scalar& scalar : *list) {
+    if (const auto* const list = std::get_if<values::List>(&data)) {
+        for (const values::Scalar& scalar : *list) {
             text += (text.empty() ? "" : ",") + text_of(field, scalar);
         }
     } else {
-        text = text_of(field, std::get<Scalar>(data));
+        text = text_of(field, std::get<values::Scalar>(data));
     }
     return {name, std::move(text), std::move(data), in_object};
 }
 
 Decoded decode(std::uint16_t sap, const Match& match, bool show_secrets)
 {
-    const MessageRow& row = *match.row;
+    const tables::MessageRow& row = *match.row;
     Decoded decoded{.sap = sap, .row = &row};
     if (match.lead) {
         decoded.values.push_back(value_of(row, nullptr, std::int64_t{*match.lead}));
     }
-    List list; // of the last field
+    values::List list; // of the last field
     for (const Part& part : match.parts) {
-        Scalar scalar = scalar_of(part, show_secrets);
+        values::Scalar scalar = scalar_of(part, show_secrets);
         if (part.field->repeated) {
             list.push_back(std::move(scalar));
         } else {
@@ -107,14 +108,14 @@ Decoded decode(std::uint16_t sap, const Match& match, bool show_secrets)
 
 std::int32_t Decoded::number(std::string_view name) const
 {
-    const auto found = std::ranges::find(values, name, &Value::name);
+    const auto found = std::ranges::find(values, name, &values::Value::name);
     return found == values.end() ? 0 : static_cast<std::int32_t>(*found->held<std::int64_t>());
 }
 
-std::string values_text(const std::vector<Value>& values)
+std::string values_text(const std::vector<values::Value>& values)
 {
     std::string text;
-    for (const Value& value : values) {
+    for (const values::Value& value : values) {
         if (!value.in_object) {
             text += fmt::format("{}{}={}", text.empty() ? "" : " ", value.name, value.text);
         }
@@ -122,4 +123,4 @@ std::string values_text(const std::vector<Value>& values)
     return text;
 }
 
-} // namespace vorsim
+} // namespace vorsim::gateway

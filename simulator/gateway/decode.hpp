@@ -9,17 +9,20 @@
 
 #include "values/value.hpp"
 
-namespace vorsim {
-
+namespace vorsim::tables {
 struct Field;
-struct Match;
 struct MessageRow;
+} // namespace vorsim::tables
+
+namespace vorsim::gateway {
+
+struct Match;
 
 struct Decoded {
     std::uint16_t sap{}; // the manager it reached
-    const MessageRow* row{};
+    const tables::MessageRow* row{};
     std::string object{};
-    std::vector<Value> values{};
+    std::vector<values::Value> values{};
 
     // A number that the message must hold; 0 if there is none.
     std::int32_t number(std::string_view name) const;
@@ -29,9 +32,10 @@ struct Decoded {
 Decoded decode(std::uint16_t sap, const Match& match, bool show_secrets);
 
 // What the field holds, ready to be shown; null: the option or flag byte.
-Value value_of(const MessageRow& row, const Field* field, std::variant<Scalar, List> data);
+values::Value value_of(const tables::MessageRow& row, const tables::Field* field,
+                       std::variant<values::Scalar, values::List> data);
 
 // "name=value ...", without the values that the object holds.
-std::string values_text(const std::vector<Value>& values);
+std::string values_text(const std::vector<values::Value>& values);
 
-} // namespace vorsim
+} // namespace vorsim::gateway

@@ -10,30 +10,30 @@
 
 #include "text/text.hpp"
 
-namespace vorsim {
+namespace vorsim::gateway {
 namespace {
 
 using Element = VORINFRA_ELEMENT;
-using MessageRows = std::vector<const MessageRow*>;
+using MessageRows = std::vector<const tables::MessageRow*>;
 
 // ---- Kinds in words ---------------------------------------------------------
 
 // None for raw bytes other than one.
-std::optional<Kind> kind_of(const Element& element)
+std::optional<tables::Kind> kind_of(const Element& element)
 {
     switch (element.kind) {
     case VORINFRA_INT16:
-        return Kind::int16;
+        return tables::Kind::int16;
     case VORINFRA_INT32:
-        return Kind::int32;
+        return tables::Kind::int32;
     case VORINFRA_STRING:
-        return Kind::text;
+        return tables::Kind::text;
     default:
-        return element.size == 1 ? std::optional(Kind::byte) : std::nullopt;
+        return element.size == 1 ? std::optional(tables::Kind::byte) : std::nullopt;
     }
 }
 
-constexpr std::string_view kind_name(Kind kind)
+constexpr std::string_view kind_name(tables::Kind kind)
 {
     constexpr std::string_view names[] = {"one raw byte", "int16", "int32", "string"};
     return names[static_cast<std::size_t>(kind)];
@@ -42,7 +42,8 @@ constexpr std::string_view kind_name(Kind kind)
 std::string kind_name(const Element& element)
 {
     const auto kind = kind_of(element);
-    return kind && kind != Kind::byte ? std::string(kind_name(*kind)) : fmt::format("{} raw bytes", element.size);
+    return kind && kind != tables::Kind::byte ? std::string(kind_name(*kind))
+                                              : fmt::format("{} raw bytes", element.size);
 }
 
 // Each once.
@@ -57,17 +58,17 @@ void add_alternative(std::vector<std::string>& all, const std::string& one)
 
 // How far a chain fits a row.
 struct Reach {
-    std::size_t elements; // that fit, from the first on
-    const Field* next;    // the row's next field; null: the row is complete
+    std::size_t elements;      // that fit, from the first on
+    const tables::Field* next; // the row's next field; null: the row is complete
 };
 
-bool fits(const Element& element, const Field& field)
+bool fits(const Element& element, const tables::Field& field)
 {
     return element.tag == field.tag_or_offset && kind_of(element) == field.kind &&
            (!field.only_value || element.number == *field.only_value);
 }
 
-Reach compare(const MessageRow& row, const std::vector<Element>& elements)
+Reach compare(const tables::MessageRow& row, const std::vector<Element>& elements)
 {
     const auto fields = row.layout.fields();
     std::size_t at = 0;
@@ -84,18 +85,18 @@ Reach compare(const MessageRow& row, const std::vector<Element>& elements)
 std::string mismatch(const MessageRows& rows, const std::vector<Element>& elements)
 {
     std::size_t furthest = 0;
-    for (const MessageRow* row : rows) {
+    for (const tables::MessageRow* row : rows) {
         furthest = std::max(furthest, compare(*row, elements).elements);
     }
     const std::size_t number = furthest + 1;
     const Element* const found = furthest < elements.size() ? &elements[furthest] : nullptr;
     std::vector<std::string> expected;
-    for (const MessageRow* row : rows) {
+    for (const tables::MessageRow* row : rows) {
         const Reach reach = compare(*row, elements);
         if (reach.elements != furthest || reach.next == nullptr) {
             continue;
         }
-        const Field& next = *reach.next;
+        const tables::Field& next = *reach.next;
         if (found == nullptr || found->tag != next.tag_or_offset) {
             add_alternative(expected,
                             fmt::format("tag {} {} ({})", next.tag_or_offset, kind_name(next.kind), next.name));
@@ -132,7 +133,7 @@ Fitting fit_chain(const MessageRows& rows, Bytes payload)
         }
         elements.push_back(element);
     }
-    const auto row = std::ranges::find_if(rows, [&](const MessageRow* one) {
+    const auto row = std::ranges::find_if(rows, [&](const tables::MessageRow* one) {
         const Reach reach = compare(*one, elements);
         return reach.elements == elements.size() && reach.next == nullptr;
     });
@@ -142,26 +143,26 @@ Fitting fit_chain(const MessageRows& rows, Bytes payload)
     Fitting fitting{.row = *row};
     const auto fields = fitting.row->layout.fields();
     for (std::size_t at = 0; at < elements.size(); ++at) {
-        const Field& field = fields[std::min(at, fields.size() - 1)];
+        const tables::Field& field = fields[std::min(at, fields.size() - 1)];
         const Bytes bytes(elements[at].value, elements[at].size);
-        fitting.parts.push_back({&field, bytes, field.kind == Kind::byte ? bytes[0] : elements[at].number});
+        fitting.parts.push_back({&field, bytes, field.kind == tables::Kind::byte ? bytes[0] : elements[at].number});
     }
     return fitting;
 }
 
 // ---- Records ----------------------------------------------------------------
 
-std::int32_t number_in(const Field& field, Bytes bytes)
+std::int32_t number_in(const tables::Field& field, Bytes bytes)
 {
     std::int32_t wide = 0;
     std::int16_t narrow = 0;
     switch (field.kind) {
-    case Kind::byte:
+    case tables::Kind::byte:
         return bytes[0];
-    case Kind::int16:
+    case tables::Kind::int16:
         std::memcpy(&narrow, bytes.data(), sizeof narrow);
         return narrow;
-    case Kind::int32:
+    case tables::Kind::int32:
         std::memcpy(&wide, bytes.data(), sizeof wide);
         return wide;
     default:
@@ -177,10 +178,10 @@ Fitting fit_record(const MessageRows& rows, Bytes payload)
     }
     std::vector<std::string> expected;
     std::string wrong;
-    for (const MessageRow* row : rows) {
+    for (const tables::MessageRow* row : rows) {
         Fitting fitting{.row = row};
         bool applies = true;
-        for (const Field& field : row->layout.fields()) {
+        for (const tables::Field& field : row->layout.fields()) {
             const Bytes bytes = payload.subspan(field.tag_or_offset, field.size());
             const Part part{&field, bytes, number_in(field, bytes)};
             fitting.parts.push_back(part);
@@ -194,7 +195,7 @@ Fitting fit_record(const MessageRows& rows, Bytes payload)
             continue;
         }
         for (const Part& part : fitting.parts) {
-            if (part.field->kind == Kind::text && text_in(part).size() == part.field->length) {
+            if (part.field->kind == tables::Kind::text && text_in(part).size() == part.field->length) {
                 return {.wrong = fmt::format("{} is not terminated within its {} bytes", part.field->name,
                                              part.field->length)};
             }
@@ -214,7 +215,7 @@ std::string_view text_in(const Part& part)
 
 Fitting fit(const MessageRows& rows, Bytes payload)
 {
-    return rows.front()->layout.form == Form::record ? fit_record(rows, payload) : fit_chain(rows, payload);
+    return rows.front()->layout.form == tables::Form::record ? fit_record(rows, payload) : fit_chain(rows, payload);
 }
 
-} // namespace vorsim
+} // namespace vorsim::gateway

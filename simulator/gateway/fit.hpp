@@ -8,13 +8,13 @@
 
 #include "tables/row.hpp"
 
-namespace vorsim {
+namespace vorsim::gateway {
 
 using Bytes = std::span<const std::uint8_t>;
 
 // An element or a field of the row, and what the message holds for it.
 struct Part {
-    const Field* field;
+    const tables::Field* field;
     Bytes bytes;
     std::int32_t number;
 };
@@ -24,12 +24,12 @@ std::string_view text_in(const Part& part);
 
 // The row that the payload fits, and its parts; or null and what is wrong.
 struct Fitting {
-    const MessageRow* row{};
+    const tables::MessageRow* row{};
     std::vector<Part> parts{};
     std::string wrong{};
 };
 
 // The rows are those of one message: they share a form.
-Fitting fit(const std::vector<const MessageRow*>& rows, Bytes payload);
+Fitting fit(const std::vector<const tables::MessageRow*>& rows, Bytes payload);
 
-} // namespace vorsim
+} // namespace vorsim::gateway

@@ -4,7 +4,7 @@
 
 #include "gateway/answer.hpp"
 
-namespace vorsim {
+namespace vorsim::gateway {
 namespace {
 
 Decision begin(const Message& message)
@@ -36,12 +36,12 @@ std::vector<std::uint8_t> status_answer(std::int32_t status)
 
 Decision Gateway::accept(const Message& message, Decoded decoded)
 {
-    const MessageRow& row = *decoded.row;
+    const tables::MessageRow& row = *decoded.row;
     if (row.query == nullptr && !state_.has_room(decoded)) {
         return refuse(message, {no_room, "no room for more settings; vorsim reset clears them"});
     }
     Decision decision = begin(message);
-    Record& record = decision.record;
+    values::Record& record = decision.record;
     if (row.query != nullptr) {
         Answer answer = row.query(decoded, state_, measurements_);
         decision.answer = std::move(answer.bytes);
@@ -63,7 +63,7 @@ Decision Gateway::accept(const Message& message, Decoded decoded)
 void Gateway::store(const Decision& decision)
 {
     if (decision.row_to_keep != nullptr) {
-        const Record& record = decision.record;
+        const values::Record& record = decision.record;
         state_.keep({.sap = record.sap, .row = decision.row_to_keep, .object = record.object, .values = record.values});
     }
 }
@@ -76,4 +76,4 @@ Decision Gateway::judge(const Message& message)
                                 : accept(message, decode(message.sap, std::get<Match>(matched), show_secrets_));
 }
 
-} // namespace vorsim
+} // namespace vorsim::gateway

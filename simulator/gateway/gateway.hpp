@@ -9,7 +9,7 @@
 #include "gateway/state.hpp"
 #include "values/record.hpp"
 
-namespace vorsim {
+namespace vorsim::gateway {
 
 // What is to happen to a message: the gateway decides, faults may change it, then the gateway stores the setting and
 // the server sends the answer.
@@ -17,8 +17,8 @@ struct Decision {
     bool answered{};
     std::uint32_t answer_id{};
     std::vector<std::uint8_t> answer{};
-    Record record{};
-    const MessageRow* row_to_keep{}; // whose values are to be stored
+    values::Record record{};
+    const tables::MessageRow* row_to_keep{}; // whose values are to be stored
 };
 
 std::vector<std::uint8_t> status_answer(std::int32_t status);
@@ -48,4 +48,4 @@ private:
     Measurements measurements_;
 };
 
-} // namespace vorsim
+} // namespace vorsim::gateway

@@ -7,13 +7,13 @@
 #include "tables/managers.hpp"
 #include "text/text.hpp"
 
-namespace vorsim {
+namespace vorsim::gateway {
 namespace {
 
 std::string unknown(const Message& message)
 {
-    for (const Manager& other : managers) {
-        if (other.sap != message.sap && !rows_of(message.id, other.sap).empty()) {
+    for (const tables::Manager& other : tables::managers) {
+        if (other.sap != message.sap && !tables::rows_of(message.id, other.sap).empty()) {
             return fmt::format("unknown message id; it belongs to {}", other.name);
         }
     }
@@ -21,13 +21,13 @@ std::string unknown(const Message& message)
 }
 
 // What is wrong with the number of repeated elements; empty when it is right.
-std::string wrong_count(const MessageRow& row, const std::vector<Part>& parts)
+std::string wrong_count(const tables::MessageRow& row, const std::vector<Part>& parts)
 {
     const auto fields = row.layout.fields();
     if (fields.empty() || fields.back().counted_by.empty()) {
         return {};
     }
-    const Field& list = fields.back();
+    const tables::Field& list = fields.back();
     const auto named = [](const Part& part) { return part.field->name; };
     const auto present = std::ranges::count(parts, list.name, named);
     const std::int32_t announced = std::ranges::find(parts, list.counted_by, named)->number;
@@ -42,20 +42,20 @@ std::string wrong_count(const MessageRow& row, const std::vector<Part>& parts)
 
 std::variant<Match, Mismatch> match(const Message& message)
 {
-    const std::vector<const MessageRow*> rows = rows_of(message.id, message.sap);
+    const std::vector<const tables::MessageRow*> rows = tables::rows_of(message.id, message.sap);
     if (rows.empty()) {
         return Mismatch{unknown_message, unknown(message)};
     }
 
-    const Layout& layout = rows.front()->layout; // the rows of one message share its form
-    const std::size_t meta_size = layout.form == Form::option_byte ? 1 : 0;
+    const tables::Layout& layout = rows.front()->layout; // the rows of one message share its form
+    const std::size_t meta_size = layout.form == tables::Form::option_byte ? 1 : 0;
     if (message.meta_data.size() != meta_size) {
         return Mismatch{wrong_elements,
                         fmt::format("meta-data has {} bytes, expected {}", message.meta_data.size(), meta_size)};
     }
     Bytes payload = message.payload;
     Bytes lead = message.meta_data;
-    if (layout.form == Form::flag_byte) {
+    if (layout.form == tables::Form::flag_byte) {
         if (payload.empty()) {
             return Mismatch{wrong_elements, fmt::format("payload is empty, expected the byte {} first", layout.lead)};
         }
@@ -67,7 +67,7 @@ std::variant<Match, Mismatch> match(const Message& message)
     if (fitting.row == nullptr) {
         return Mismatch{wrong_elements, fitting.wrong};
     }
-    const MessageRow& row = *fitting.row;
+    const tables::MessageRow& row = *fitting.row;
     if (row.exchange.answered != message.answer_wanted) {
         return Mismatch{wrong_manner, message.answer_wanted
                                           ? fmt::format("{} is one-way, but an answer is awaited", row.call)
@@ -83,4 +83,4 @@ std::variant<Match, Mismatch> match(const Message& message)
     return match;
 }
 
-} // namespace vorsim
+} // namespace vorsim::gateway

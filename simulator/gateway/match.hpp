@@ -5,7 +5,7 @@
 
 #include "gateway/fit.hpp"
 
-namespace vorsim {
+namespace vorsim::gateway {
 
 // A message as it came in.
 struct Message {
@@ -32,11 +32,11 @@ struct Mismatch {
 
 // An accepted message: its row and the row's fields in it.
 struct Match {
-    const MessageRow* row{};
+    const tables::MessageRow* row{};
     std::optional<std::uint8_t> lead{}; // the option or flag byte
     std::vector<Part> parts{};
 };
 
 std::variant<Match, Mismatch> match(const Message& message);
 
-} // namespace vorsim
+} // namespace vorsim::gateway

@@ -6,7 +6,7 @@
 
 #include <fmt/core.h>
 
-namespace vorsim {
+namespace vorsim::gateway {
 namespace {
 
 constexpr std::size_t most_streams = 4096; // more than a gateway has ports
@@ -20,7 +20,7 @@ Measurements::Stream& Measurements::stream(std::string_view name, std::uint64_t 
     if (found != streams_.end()) {
         return found->second;
     }
-    Stream fresh{Random(seed_, name), 0, false};
+    Stream fresh{values::Random(seed_, name), 0, false};
     fresh.value = fresh.random.draw(begins_below);
     return streams_.size() < most_streams ? streams_.emplace(name, fresh).first->second : unkept_.emplace(fresh);
 }
@@ -76,4 +76,4 @@ void Measurements::release(std::string_view name)
     }
 }
 
-} // namespace vorsim
+} // namespace vorsim::gateway

@@ -12,7 +12,7 @@
 
 #include "values/random.hpp"
 
-namespace vorsim {
+namespace vorsim::gateway {
 
 class Measurements {
 public:
@@ -33,7 +33,7 @@ public:
 
 private:
     struct Stream {
-        Random random;
+        values::Random random;
         std::uint64_t value;
         bool set;
     };
@@ -46,4 +46,4 @@ private:
     std::optional<Stream> unkept_; // the latest beyond the limit
 };
 
-} // namespace vorsim
+} // namespace vorsim::gateway

@@ -13,14 +13,14 @@
 #include "text/parse.hpp"
 #include "text/text.hpp"
 
-namespace vorsim {
+namespace vorsim::gateway {
 namespace {
 
 // Null: unknown.
-const Reading* find(const std::string& name, std::vector<std::string>& known)
+const tables::Reading* find(const std::string& name, std::vector<std::string>& known)
 {
-    for (const Family* family : all_families()) {
-        for (const Reading& reading : family->readings) {
+    for (const tables::Family* family : tables::all_families()) {
+        for (const tables::Reading& reading : family->readings) {
             known.emplace_back(reading.name);
             if (fnmatch(known.back().c_str(), name.c_str(), 0) == 0) {
                 return &reading;
@@ -46,7 +46,7 @@ Setting parse_setting(std::string_view words)
                 fmt::format("counters run {} times as fast", *times)};
     }
     std::vector<std::string> known;
-    const Reading* const reading = find(name, known);
+    const tables::Reading* const reading = find(name, known);
     if (reading == nullptr) {
         throw std::runtime_error(fmt::format(
             "unknown reading \"{}\"{}", vor::escaped(name),
@@ -71,4 +71,4 @@ Setting parse_setting(std::string_view words)
             fmt::format("{} set to {}", name, value)};
 }
 
-} // namespace vorsim
+} // namespace vorsim::gateway

@@ -7,7 +7,7 @@
 
 #include "gateway/measurements.hpp"
 
-namespace vorsim {
+namespace vorsim::gateway {
 
 struct Setting {
     std::function<void(Measurements& measurements)> apply;
@@ -18,4 +18,4 @@ struct Setting {
 // Throws a runtime_error.
 Setting parse_setting(std::string_view words);
 
-} // namespace vorsim
+} // namespace vorsim::gateway

@@ -8,7 +8,7 @@
 #include "tables/managers.hpp"
 #include "tables/row.hpp"
 
-namespace vorsim {
+namespace vorsim::gateway {
 namespace {
 
 // Of all settings together, with their overhead.
@@ -16,16 +16,16 @@ constexpr std::size_t most_bytes = 4 << 20;
 constexpr std::size_t bytes_of_a_setting = 128;
 constexpr std::size_t bytes_of_a_value = 64;
 
-std::size_t size_of(const std::string& object, const std::vector<Value>& values)
+std::size_t size_of(const std::string& object, const std::vector<values::Value>& values)
 {
     std::size_t size = object.size() + bytes_of_a_setting;
-    for (const Value& value : values) {
+    for (const values::Value& value : values) {
         size += value.name.size() + value.text.size() + bytes_of_a_value;
     }
     return size;
 }
 
-bool replaces(const MessageRow& row, const MessageRow& earlier)
+bool replaces(const tables::MessageRow& row, const tables::MessageRow& earlier)
 {
     return row.slot.empty() ? earlier.call == row.call : earlier.slot == row.slot;
 }
@@ -82,7 +82,7 @@ std::optional<std::int32_t> State::latest(std::uint16_t sap, const std::string& 
         return {};
     }
     for (auto setting = settings->rbegin(); setting != settings->rend(); ++setting) {
-        for (const Value& value : setting->values) {
+        for (const values::Value& value : setting->values) {
             const auto* const number = value.held<std::int64_t>();
             if (value.name == name && number != nullptr && std::in_range<std::int32_t>(*number)) {
                 return static_cast<std::int32_t>(*number);
@@ -96,7 +96,7 @@ std::string State::text() const
 {
     std::string text;
     for (const auto& [sap, objects] : managers_) {
-        text += fmt::format("{}\n", manager_key(sap));
+        text += fmt::format("{}\n", tables::manager_key(sap));
         for (const auto& [object, settings] : objects) {
             text += fmt::format("  {}\n", object);
             for (const Setting& setting : settings) {
@@ -108,4 +108,4 @@ std::string State::text() const
     return text;
 }
 
-} // namespace vorsim
+} // namespace vorsim::gateway

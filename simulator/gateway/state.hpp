@@ -10,13 +10,13 @@
 
 #include "gateway/decode.hpp"
 
-namespace vorsim {
+namespace vorsim::gateway {
 
 class State {
 public:
     struct Setting {
-        const MessageRow* row;
-        std::vector<Value> values;
+        const tables::MessageRow* row;
+        std::vector<values::Value> values;
     };
     // "port 2" before "port 10".
     struct Natural {
@@ -46,4 +46,4 @@ private:
     std::size_t size_ = 0;
 };
 
-} // namespace vorsim
+} // namespace vorsim::gateway

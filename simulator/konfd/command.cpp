@@ -221,7 +221,7 @@ std::string without_secret(std::string_view line)
 std::string text_of(const Command& command, bool show_secrets)
 {
     const auto quote = [show_secrets](const std::string& text) {
-        return vor::quoted(show_secrets ? text : without_secret(text), longest_in_line);
+        return vor::quoted(show_secrets ? text : without_secret(text), values::longest_in_line);
     };
     std::string text = command.show ? "-d" : "";
     if (command.operation != 0) {

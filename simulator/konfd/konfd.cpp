@@ -22,8 +22,8 @@ constexpr char not_there[] = "not found";
 Reply reply_to(const std::string& commands, const std::string& why)
 {
     Reply reply;
-    Record& record = reply.record;
-    record.kind = Record::Kind::konfd;
+    values::Record& record = reply.record;
+    record.kind = values::Record::Kind::konfd;
     record.commands = commands;
     record.answer = why.empty() ? "-o" : "-e";
     record.complaint = why;

@@ -14,7 +14,7 @@ namespace vorsim::konfd {
 
 struct Reply {
     std::string answer; // "-o" or "-e", the output of -d, and a line end
-    Record record;
+    values::Record record;
 };
 
 class Konfd {

@@ -126,7 +126,7 @@ struct Http::Callbacks {
     }
 };
 
-Http::Http(Loop& loop, int listener, Handler answer_to) : loop_(loop), answer_to_(std::move(answer_to))
+Http::Http(sockets::Loop& loop, int listener, Handler answer_to) : loop_(loop), answer_to_(std::move(answer_to))
 {
     daemon_ = MHD_start_daemon(MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr, Callbacks::on_request,
                                this, MHD_OPTION_LISTEN_SOCKET, listener, MHD_OPTION_CONNECTION_LIMIT, most_at_once,
@@ -139,12 +139,12 @@ Http::Http(Loop& loop, int listener, Handler answer_to) : loop_(loop), answer_to
     }
     const auto* const info = MHD_get_daemon_info(daemon_, MHD_DAEMON_INFO_EPOLL_FD);
     loop_.watch(info->epoll_fd, [this] { MHD_run(daemon_); });
-    const auto next = [this]() -> std::optional<Loop::Time> {
+    const auto next = [this]() -> std::optional<sockets::Loop::Time> {
         MHD_UNSIGNED_LONG_LONG milliseconds = 0;
         if (MHD_get_timeout(daemon_, &milliseconds) != MHD_YES) {
             return {};
         }
-        return milliseconds == 0 ? Loop::Time() // at once
+        return milliseconds == 0 ? sockets::Loop::Time() // at once
                                  : std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
     };
     loop_.at(next, [this] { MHD_run(daemon_); });

@@ -38,7 +38,7 @@ class Http {
 public:
     using Handler = std::function<Response(const Request& request)>;
 
-    Http(Loop& loop, int listener, Handler answer_to);
+    Http(sockets::Loop& loop, int listener, Handler answer_to);
     ~Http();
     Http(const Http&) = delete;
     Http& operator=(const Http&) = delete;
@@ -53,7 +53,7 @@ private:
 
     void make_room();
 
-    Loop& loop_;
+    sockets::Loop& loop_;
     Handler answer_to_;
     std::list<Client> clients_; // the oldest first
     MHD_Daemon* daemon_ = nullptr;

@@ -19,7 +19,7 @@
 
 namespace {
 
-using vorsim::Descriptor;
+using vorsim::sockets::Descriptor;
 
 // 0 if it is not a TCP port.
 std::uint16_t port_of(const Descriptor& listener)
@@ -47,7 +47,7 @@ int main(int argc, char** argv)
         }
         const Descriptor nothing(open("/dev/null", O_WRONLY | O_CLOEXEC));
         dup2(nothing.get(), STDOUT_FILENO);
-        vorsim::Loop loop;
+        vorsim::sockets::Loop loop;
         loop.watch(STDIN_FILENO, [&loop] { loop.stop(); });
         const bool control = argc == 2 && std::string_view(argv[1]) == "--control";
         const vorsim::page::Site site(loop, listener.get(), {.port = port, .token = token, .control = control});

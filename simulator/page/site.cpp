@@ -75,7 +75,7 @@ std::string Feed::after(std::uint64_t& seen) const
     return text;
 }
 
-Site::Site(Loop& loop, int listener, Settings settings)
+Site::Site(sockets::Loop& loop, int listener, Settings settings)
     : settings_(std::move(settings)), loop_(loop), next_beat_(std::chrono::steady_clock::now()),
       http_(loop, listener, [this](const Request& request) { return answer(request); })
 {
@@ -177,7 +177,7 @@ Response Site::state()
         if (now >= state_due_) {
             state_ = client::ask("overview");
             const auto end = std::chrono::steady_clock::now();
-            state_due_ = end + std::max<Loop::Time::duration>(state_lasts, state_share * (end - now));
+            state_due_ = end + std::max<sockets::Loop::Time::duration>(state_lasts, state_share * (end - now));
         }
     } catch (const std::exception& error) {
         return {.status = unavailable, .body = fmt::format("{}\n", error.what())};
@@ -200,13 +200,13 @@ Response Site::events(const Request& request)
 Response Site::execute(const std::string& command)
 {
     state_due_ = {}; // the next request must see the effect
-    const CommandRow* const row = command_named(first_word(command));
+    const server::CommandRow* const row = server::command_named(server::first_word(command));
     if (row == nullptr || !row->on_page) {
         return {.status = bad_request, .body = "expected fault, stop, start, set or reset\n"};
     }
     try {
         return {.body = client::ask(command)};
-    } catch (const UsageError& error) {
+    } catch (const server::UsageError& error) {
         return {.status = bad_request, .body = fmt::format("{}\n", error.what())};
     } catch (const std::exception& error) {
         return {.status = conflict, .body = fmt::format("{}\n", error.what())};

@@ -40,7 +40,7 @@ struct Settings {
 
 class Site {
 public:
-    Site(Loop& loop, int listener, Settings settings);
+    Site(sockets::Loop& loop, int listener, Settings settings);
 
 private:
     Response answer(const Request& request);
@@ -54,12 +54,12 @@ private:
     void receive();
 
     Settings settings_;
-    Loop& loop_;
+    sockets::Loop& loop_;
     Feed feed_;
     std::unique_ptr<client::EventStream> watch_;
-    Loop::Time next_beat_;
+    sockets::Loop::Time next_beat_;
     std::string state_; // shared by all requests for a moment
-    Loop::Time state_due_{};
+    sockets::Loop::Time state_due_{};
     Http http_;
 };
 

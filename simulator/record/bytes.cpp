@@ -13,40 +13,41 @@
 #include "tables/managers.hpp"
 #include "text/text.hpp"
 
-namespace vorsim {
+namespace vorsim::record {
 namespace {
 
-using MessageRows = std::vector<const MessageRow*>;
+using MessageRows = std::vector<const tables::MessageRow*>;
 
 constexpr std::string_view meaningless = "--"; // a byte that is not recorded
 
-bool is_secret(const Field& field)
+bool is_secret(const tables::Field& field)
 {
-    return field.display == Display::secret;
+    return field.display == tables::Display::secret;
 }
 
 // Whether a message of these rows may hold a secret, under this tag if given.
 bool may_hold_secret(const MessageRows& rows, std::optional<std::uint16_t> tag = {})
 {
-    return std::ranges::any_of(rows, [tag](const MessageRow* row) {
-        return std::ranges::any_of(row->layout.fields(), [tag](const Field& field) {
+    return std::ranges::any_of(rows, [tag](const tables::MessageRow* row) {
+        return std::ranges::any_of(row->layout.fields(), [tag](const tables::Field& field) {
             return is_secret(field) && field.tag_or_offset == tag.value_or(field.tag_or_offset);
         });
     });
 }
 
 // Bytes after the end of a text and in unused places hold what was in the sender's buffer before, perhaps a password.
-std::string record_of(const MessageRows& rows, Bytes payload)
+std::string record_of(const MessageRows& rows, gateway::Bytes payload)
 {
-    const Fitting found = fit(rows, payload);
+    const gateway::Fitting found = gateway::fit(rows, payload);
     if (found.row == nullptr) {
         return payload.empty() ? "" : std::string(vor::mask);
     }
     std::vector<std::string> bytes(payload.size(), std::string(meaningless));
-    for (const Part& part : found.parts) {
+    for (const gateway::Part& part : found.parts) {
         const std::size_t at = part.field->tag_or_offset;
-        const bool text = part.field->kind == Kind::text;
-        const std::size_t size = text ? std::min(text_in(part).size() + 1, part.bytes.size()) : part.bytes.size();
+        const bool text = part.field->kind == tables::Kind::text;
+        const std::size_t size =
+            text ? std::min(gateway::text_in(part).size() + 1, part.bytes.size()) : part.bytes.size();
         for (std::size_t byte = 0; byte < size; ++byte) {
             bytes[at + byte] = is_secret(*part.field) ? "" : hex(part.bytes.subspan(byte, 1));
         }
@@ -58,7 +59,7 @@ std::string record_of(const MessageRows& rows, Bytes payload)
     return vor::joined(bytes, "");
 }
 
-std::string masked_chain(const MessageRows& rows, Bytes chain, bool accepted)
+std::string masked_chain(const MessageRows& rows, gateway::Bytes chain, bool accepted)
 {
     std::string text;
     std::uint16_t cursor = 0;
@@ -73,7 +74,7 @@ std::string masked_chain(const MessageRows& rows, Bytes chain, bool accepted)
         if (read == 0) {
             return text;
         }
-        const Bytes whole = chain.subspan(begin, static_cast<std::size_t>(cursor - begin));
+        const gateway::Bytes whole = chain.subspan(begin, static_cast<std::size_t>(cursor - begin));
         const bool number = element.kind == VORINFRA_INT16 || element.kind == VORINFRA_INT32;
         const bool masked = may_hold_secret(rows, element.tag) || (!accepted && !number);
         text += masked ? hex(whole.first(2)) + std::string(vor::mask) : hex(whole);
@@ -82,7 +83,7 @@ std::string masked_chain(const MessageRows& rows, Bytes chain, bool accepted)
 
 } // namespace
 
-std::string hex(Bytes bytes)
+std::string hex(gateway::Bytes bytes)
 {
     std::string text;
     for (const unsigned char byte : bytes) {
@@ -93,7 +94,7 @@ std::string hex(Bytes bytes)
 
 std::string hex(std::string_view text)
 {
-    return hex(Bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
+    return hex(gateway::Bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
 }
 
 std::optional<std::string> bytes_of_hex(std::string_view text)
@@ -115,35 +116,35 @@ bool is_masked(std::string_view text)
     return text.find(vor::mask) != text.npos;
 }
 
-std::string payload_record(const Message& message, bool accepted, bool show_secrets)
+std::string payload_record(const gateway::Message& message, bool accepted, bool show_secrets)
 {
     if (show_secrets) {
         return hex(message.payload);
     }
-    const auto rows = rows_of(message.id, message.sap);
-    if (!rows.empty() && rows.front()->layout.form == Form::record) {
+    const auto rows = tables::rows_of(message.id, message.sap);
+    if (!rows.empty() && rows.front()->layout.form == tables::Form::record) {
         return record_of(rows, message.payload);
     }
     if (!may_hold_secret(rows)) {
-        if (!accepted && may_hold_secret(rows_of(message.id))) { // sent to the wrong manager
+        if (!accepted && may_hold_secret(tables::rows_of(message.id))) { // sent to the wrong manager
             return std::string(vor::mask);
         }
         // An unknown message may be a known one with a wrong id.
         return accepted || !rows.empty() ? hex(message.payload) : masked_chain(rows, message.payload, false);
     }
-    const Layout& layout = rows.front()->layout; // the rows of one message share its form
-    const std::size_t lead = layout.form == Form::flag_byte && !message.payload.empty() ? 1 : 0;
+    const tables::Layout& layout = rows.front()->layout; // the rows of one message share its form
+    const std::size_t lead = layout.form == tables::Form::flag_byte && !message.payload.empty() ? 1 : 0;
     return hex(message.payload.first(lead)) + masked_chain(rows, message.payload.subspan(lead), accepted);
 }
 
-std::string datagram_record(Bytes datagram, bool show_secrets)
+std::string datagram_record(gateway::Bytes datagram, bool show_secrets)
 {
     VOR_IPC_MSG_HDR header{};
     if (show_secrets || datagram.size() <= sizeof header) {
         return hex(datagram);
     }
     std::memcpy(&header, datagram.data(), sizeof header);
-    const auto rows = rows_of(header.opcode);
+    const auto rows = tables::rows_of(header.opcode);
     const bool plain = !rows.empty() && !may_hold_secret(rows);
     return plain ? hex(datagram) : hex(datagram.first(sizeof header)) + std::string(vor::mask);
 }
@@ -171,4 +172,4 @@ std::string konfd_record(std::string_view text, bool show_secrets)
     return record;
 }
 
-} // namespace vorsim
+} // namespace vorsim::record

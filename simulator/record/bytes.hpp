@@ -14,7 +14,7 @@
 
 #include "gateway/match.hpp"
 
-namespace vorsim {
+namespace vorsim::record {
 
 std::string hex(std::span<const std::uint8_t> bytes);
 std::string hex(std::string_view text);
@@ -24,10 +24,10 @@ bool is_masked(std::string_view text);
 
 // A message's payload. Where the secret is in a refused message is unknown: every text in it is masked if it may hold
 // one.
-std::string payload_record(const Message& message, bool accepted, bool show_secrets);
+std::string payload_record(const gateway::Message& message, bool accepted, bool show_secrets);
 // A malformed or foreign datagram.
 std::string datagram_record(std::span<const std::uint8_t> datagram, bool show_secrets);
 // A text sent to konfd.
 std::string konfd_record(std::string_view text, bool show_secrets);
 
-} // namespace vorsim
+} // namespace vorsim::record

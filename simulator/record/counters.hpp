@@ -8,7 +8,7 @@
 
 #include "text/text.hpp"
 
-namespace vorsim {
+namespace vorsim::record {
 
 struct Counters {
     std::uint64_t messages = 0; // to managers, malformed and foreign ones excluded
@@ -32,4 +32,4 @@ struct Counters {
     }
 };
 
-} // namespace vorsim
+} // namespace vorsim::record

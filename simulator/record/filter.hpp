@@ -7,7 +7,7 @@
 #include "text/options.hpp"
 #include "values/record.hpp"
 
-namespace vorsim {
+namespace vorsim::record {
 
 struct Filter {
     std::optional<std::string> manager; // its name or SAP, or "konfd"
@@ -16,7 +16,7 @@ struct Filter {
     std::optional<std::string> source;
     bool complaints = false; // only those that --strict reports
 
-    bool passes(const Record& record) const;
+    bool passes(const values::Record& record) const;
 };
 
 inline constexpr vor::OptionOf<Filter> filter_options[] = {
@@ -27,4 +27,4 @@ inline constexpr vor::OptionOf<Filter> filter_options[] = {
     {{"--complaints", "", ""}, vor::taken_as<&Filter::complaints>},
 };
 
-} // namespace vorsim
+} // namespace vorsim::record

@@ -7,7 +7,7 @@
 #include "text/json.hpp"
 #include "text/parse.hpp"
 
-namespace vorsim {
+namespace vorsim::record {
 namespace {
 
 using vor::Json;
@@ -24,7 +24,7 @@ Hexadecimal(Number&) -> Hexadecimal<Number>;
 template <class AnyRecord, class Visit>
 void each_member(AnyRecord& record, Visit visit, bool bytes)
 {
-    using Kind = Record::Kind;
+    using Kind = values::Record::Kind;
     const auto if_any = [&](const char* name, auto& value) { visit(name, value, !value.empty()); };
     const auto if_known = [&](const char* name, auto& value) { visit(name, value, value.has_value()); };
     const auto if_kept = [&](const char* name, auto& value) { visit(name, value, bytes && value.has_value()); };
@@ -81,22 +81,22 @@ Json json(const Plain& plain)
 {
     return plain;
 }
-Json json(const std::vector<Value>& values)
+Json json(const std::vector<values::Value>& values)
 {
     return json_of(values);
 }
-Json json(const Record::Fault& fault)
+Json json(const values::Record::Fault& fault)
 {
     return {{"number", fault.number}, {"rule", fault.rule}};
 }
-Json json(const Scalar& scalar)
+Json json(const values::Scalar& scalar)
 {
     return std::visit([](const auto& held) { return Json(held); }, scalar);
 }
-Json json(const List& list)
+Json json(const values::List& list)
 {
     Json elements = Json::array();
-    for (const Scalar& scalar : list) {
+    for (const values::Scalar& scalar : list) {
         elements.push_back(json(scalar));
     }
     return elements;
@@ -130,13 +130,13 @@ void read(const Json& json, Number& number)
 {
     number = json.number<Number>();
 }
-void read(const Json& json, std::vector<Value>& values)
+void read(const Json& json, std::vector<values::Value>& values)
 {
     for (const auto& [name, data] : json.members()) {
         values.push_back({.name = name, .text = {}, .data = data_of(data)});
     }
 }
-void read(const Json& json, Record::Fault& fault)
+void read(const Json& json, values::Record::Fault& fault)
 {
     fault = {json.at("number").number<unsigned>(), json.at("rule").string()};
 }
@@ -155,31 +155,32 @@ void read(const Json& json, Hexadecimal<Number> id)
     id.number = number ? *number : throw vor::JsonError(fmt::format("{} is not an id", vor::dump(json)));
 }
 
-Record::Kind kind_of(const Json& json)
+values::Record::Kind kind_of(const Json& json)
 {
-    constexpr std::pair<const char*, Record::Kind> kinds[] = {
-        {"konfd", Record::Kind::konfd}, {"malformed", Record::Kind::malformed}, {"foreign", Record::Kind::foreign}};
+    constexpr std::pair<const char*, values::Record::Kind> kinds[] = {{"konfd", values::Record::Kind::konfd},
+                                                                      {"malformed", values::Record::Kind::malformed},
+                                                                      {"foreign", values::Record::Kind::foreign}};
     for (const auto& [name, kind] : kinds) {
         if (json.contains(name)) {
             return kind;
         }
     }
-    return Record::Kind::message;
+    return values::Record::Kind::message;
 }
 
 // Records of the first version have no line.
-std::string line_of_version_1(const Json& json, const Record& record)
+std::string line_of_version_1(const Json& json, const values::Record& record)
 {
     const char* const end = json.contains("status") ? "status" : "answer";
     const std::string id = fmt::format("{:#x}", record.id);
-    const std::string what = record.kind == Record::Kind::konfd ? fmt::format("konfd {}", record.commands)
-                             : record.call.empty()              ? fmt::format("strict: {}: {}", id, record.complaint)
+    const std::string what = record.kind == values::Record::Kind::konfd ? fmt::format("konfd {}", record.commands)
+                             : record.call.empty() ? fmt::format("strict: {}: {}", id, record.complaint)
                                                    : fmt::format("{} {} {}", id, record.call, record.object);
     const std::string outcome = json.contains(end) ? vor::dump(json[end]) : "";
     return fmt::format("{} -> {}{}", what, json.contains("status") ? "status " : "", outcome);
 }
 
-Scalar scalar_of(const Json& json)
+values::Scalar scalar_of(const Json& json)
 {
     if (json.is_string()) {
         return json.string();
@@ -192,21 +193,21 @@ Scalar scalar_of(const Json& json)
 
 } // namespace
 
-Json json_of(const std::vector<Value>& values)
+Json json_of(const std::vector<values::Value>& values)
 {
     Json object = Json::object();
-    for (const Value& value : values) {
+    for (const values::Value& value : values) {
         object[value.name] = std::visit([](const auto& data) { return json(data); }, value.data);
     }
     return object;
 }
 
-std::variant<Scalar, List> data_of(const Json& json)
+std::variant<values::Scalar, values::List> data_of(const Json& json)
 {
     if (!json.is_array()) {
         return scalar_of(json);
     }
-    List list;
+    values::List list;
     for (const Json& element : json.elements()) {
         list.push_back(scalar_of(element));
     }
@@ -218,7 +219,7 @@ std::string journal_head(const std::string& time, std::uint64_t seed, bool show_
     return vor::dump({{"journal", journal_version}, {"time", time}, {"seed", seed}, {"secrets", show_secrets}});
 }
 
-std::string json_line(const Record& record, Extent extent)
+std::string json_line(const values::Record& record, Extent extent)
 {
     Json object = Json::object();
     const auto write = [&object](const char* name, const auto& value, bool written) {
@@ -250,7 +251,7 @@ Line read_line(std::string_view text)
         }
     };
     each_member(line.record, take, true);
-    if (line.record.kind == Record::Kind::message) {
+    if (line.record.kind == values::Record::Kind::message) {
         for (const char* const name : {"sap", "source", "id"}) {
             line.complete = line.complete && json.contains(name);
         }
@@ -266,4 +267,4 @@ std::string rewritten(const Line& line)
     return vor::dump(Json::parse(line.text));
 }
 
-} // namespace vorsim
+} // namespace vorsim::record

@@ -11,7 +11,7 @@
 #include "tables/managers.hpp"
 #include "text/text.hpp"
 
-namespace vorsim {
+namespace vorsim::record {
 namespace {
 
 using vor::Color;
@@ -26,9 +26,9 @@ struct Columns {
     std::string text;
 };
 
-std::string verdict_of(const Record& record)
+std::string verdict_of(const values::Record& record)
 {
-    const bool konfd = record.kind == Record::Kind::konfd;
+    const bool konfd = record.kind == values::Record::Kind::konfd;
     if (record.unanswered) {
         return "NO ANSWER";
     }
@@ -44,34 +44,34 @@ std::string verdict_of(const Record& record)
     return record.status ? fmt::format("status {}", *record.status) : "one-way";
 }
 
-std::string text_of(const Record& record)
+std::string text_of(const values::Record& record)
 {
     std::string text;
     const auto add = [&text](std::string_view more, std::string_view separator) {
         text += text.empty() || more.empty() ? "" : separator;
         text += more;
     };
-    add(record.kind == Record::Kind::konfd ? record.commands : record.object, "");
+    add(record.kind == values::Record::Kind::konfd ? record.commands : record.object, "");
     add(record.complaint, ": ");
-    add(values_text(record.values), ": ");
-    add(values_text(record.answer_values), text == record.object ? ": " : " ");
+    add(gateway::values_text(record.values), ": ");
+    add(gateway::values_text(record.answer_values), text == record.object ? ": " : " ");
     for (const std::string& note : record.notes) {
         add(fmt::format("[{}]", note), between);
     }
     return text;
 }
 
-Columns columns_of(const Record& record)
+Columns columns_of(const values::Record& record)
 {
     switch (record.kind) {
-    case Record::Kind::konfd:
+    case values::Record::Kind::konfd:
         return {verdict_of(record), "konfd", fmt::format("client {}", record.client), text_of(record)};
-    case Record::Kind::malformed:
-        return {"MALFORMED", manager_key(record.sap), "-", record.why};
-    case Record::Kind::foreign:
-        return {"FOREIGN", manager_key(record.sap), "-", record.why};
+    case values::Record::Kind::malformed:
+        return {"MALFORMED", tables::manager_key(record.sap), "-", record.why};
+    case values::Record::Kind::foreign:
+        return {"FOREIGN", tables::manager_key(record.sap), "-", record.why};
     default:
-        return {verdict_of(record), manager_key(record.sap),
+        return {verdict_of(record), tables::manager_key(record.sap),
                 record.call.empty() ? fmt::format("{:#x}", record.id) : record.call, text_of(record)};
     }
 }
@@ -106,14 +106,14 @@ std::string local_time(const std::string& utc)
 
 } // namespace
 
-std::string line_of(const Record& record)
+std::string line_of(const values::Record& record)
 {
     const Columns columns = columns_of(record);
     return fmt::format("{:<{}}{}{}{}{}{}{}", columns.verdict, verdict_width, between, columns.manager, between,
                        columns.call, between, columns.text);
 }
 
-std::string shown(const Record& record, const LineStyle& style, std::optional<std::string> stamp)
+std::string shown(const values::Record& record, const LineStyle& style, std::optional<std::string> stamp)
 {
     const vor::Screen& screen = style.screen;
     if (!stamp && screen.is_terminal) {
@@ -124,9 +124,9 @@ std::string shown(const Record& record, const LineStyle& style, std::optional<st
     if (!columns) {
         return front + record.line;
     }
-    if (style.ids && record.kind != Record::Kind::konfd) {
+    if (style.ids && record.kind != values::Record::Kind::konfd) {
         columns->manager += fmt::format(" {}", record.sap);
-        columns->manager += record.kind == Record::Kind::message ? fmt::format(" {:#x}", record.id) : "";
+        columns->manager += record.kind == values::Record::Kind::message ? fmt::format(" {:#x}", record.id) : "";
     }
     const std::string verdict = fmt::format("{:<{}}{}", columns->verdict, verdict_width, between);
     const std::string call = fmt::format("{}{}", between, columns->call);
@@ -148,4 +148,4 @@ std::string shown(const Record& record, const LineStyle& style, std::optional<st
            screen.painted(std::string_view(text).substr(end), Color::yellow);
 }
 
-} // namespace vorsim
+} // namespace vorsim::record

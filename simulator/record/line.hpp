@@ -13,10 +13,10 @@
 #include "text/screen.hpp"
 #include "values/record.hpp"
 
-namespace vorsim {
+namespace vorsim::record {
 
 // The line as it is recorded.
-std::string line_of(const Record& record);
+std::string line_of(const values::Record& record);
 
 // How recorded lines are shown.
 struct LineStyle {
@@ -25,6 +25,6 @@ struct LineStyle {
 };
 
 // The record's line after a stamp; by default, at a terminal, the local time.
-std::string shown(const Record& record, const LineStyle& style, std::optional<std::string> stamp = {});
+std::string shown(const values::Record& record, const LineStyle& style, std::optional<std::string> stamp = {});
 
-} // namespace vorsim
+} // namespace vorsim::record

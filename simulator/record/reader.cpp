@@ -11,7 +11,7 @@
 
 #include <fmt/core.h>
 
-namespace vorsim {
+namespace vorsim::record {
 
 JournalReader::JournalReader(const std::string& path) : path_(path), file_(std::fopen(path.c_str(), "re"))
 {
@@ -50,4 +50,4 @@ std::string JournalReader::place(const JournalLine& line) const
     return fmt::format("{}:{}", path_, line.number);
 }
 
-} // namespace vorsim
+} // namespace vorsim::record

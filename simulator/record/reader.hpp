@@ -8,7 +8,7 @@
 #include "record/json.hpp"
 #include "text/json_lines.hpp"
 
-namespace vorsim {
+namespace vorsim::record {
 
 struct JournalLine : Line {
     std::uint64_t number{};
@@ -32,4 +32,4 @@ private:
     int version_ = 1;
 };
 
-} // namespace vorsim
+} // namespace vorsim::record

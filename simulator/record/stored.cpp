@@ -11,18 +11,18 @@
 #include "text/json.hpp"
 #include "text/text.hpp"
 
-namespace vorsim {
+namespace vorsim::record {
 
 using vor::Json;
 
 namespace {
 
 // The values of the row; none if one is missing or unknown. Empty lists are left out.
-std::optional<std::vector<Value>> values_of(const MessageRow& row, const Json& json)
+std::optional<std::vector<values::Value>> values_of(const tables::MessageRow& row, const Json& json)
 {
-    std::vector<std::pair<const Field*, const Json*>> held;
+    std::vector<std::pair<const tables::Field*, const Json*>> held;
     bool whole = true;
-    const auto look = [&](std::string_view name, const Field* field) {
+    const auto look = [&](std::string_view name, const tables::Field* field) {
         const Json* const data = json.find(name);
         if (data != nullptr) {
             held.emplace_back(field, data);
@@ -33,29 +33,29 @@ std::optional<std::vector<Value>> values_of(const MessageRow& row, const Json& j
     if (!row.layout.lead.empty()) {
         look(row.layout.lead, nullptr);
     }
-    for (const Field& field : row.layout.fields()) {
+    for (const tables::Field& field : row.layout.fields()) {
         look(field.name, &field);
     }
     if (!whole || held.size() != json.members().size()) {
         return {};
     }
-    std::vector<Value> values;
+    std::vector<values::Value> values;
     for (const auto& [field, data] : held) {
-        values.push_back(value_of(row, field, data_of(*data)));
+        values.push_back(gateway::value_of(row, field, data_of(*data)));
     }
     return values;
 }
 
 // None: the manager has no such call.
-std::optional<Decoded> stored_call(std::uint16_t sap, const std::string& object, const std::string& call,
-                                   const Json& json)
+std::optional<gateway::Decoded> stored_call(std::uint16_t sap, const std::string& object, const std::string& call,
+                                            const Json& json)
 {
-    for (const ListedRow& listed : all_rows()) {
+    for (const tables::ListedRow& listed : tables::all_rows()) {
         if (listed.row->call != call || !listed.serves(sap)) {
             continue;
         }
         if (auto values = values_of(*listed.row, json)) {
-            return Decoded{sap, listed.row, object, std::move(*values)};
+            return gateway::Decoded{sap, listed.row, object, std::move(*values)};
         }
     }
     return {};
@@ -71,7 +71,8 @@ void store_lines(konfd::Konfd& konfd, const Json& lines, const std::string& path
         }
         const std::string command = fmt::format("-s -l \"{}\" -p {}{}", line, one.value("priority", 0), path);
         if (depth > 16 || konfd.execute(command).answer != "-o\n") {
-            throw std::runtime_error(fmt::format("cannot store konfd's line {}", vor::quoted(line, longest_in_line)));
+            throw std::runtime_error(
+                fmt::format("cannot store konfd's line {}", vor::quoted(line, values::longest_in_line)));
         }
         if (const Json* const under = one.find("under")) {
             store_lines(konfd, *under, fmt::format("{} \"{}\"", path, line), depth + 1);
@@ -99,23 +100,23 @@ Json json_of(const Counters& counters)
 
 } // namespace
 
-Json json_of(const State& state)
+Json json_of(const gateway::State& state)
 {
     Json all = Json::object();
     for (const auto& [sap, objects] : state.managers()) {
         Json by_object = Json::object();
         for (const auto& [object, settings] : objects) {
             Json& calls = by_object[object] = Json::object();
-            for (const State::Setting& setting : settings) {
+            for (const gateway::State::Setting& setting : settings) {
                 calls[setting.row->call] = json_of(setting.values);
             }
         }
-        all[manager_key(sap)] = {{"sap", sap}, {"objects", std::move(by_object)}};
+        all[tables::manager_key(sap)] = {{"sap", sap}, {"objects", std::move(by_object)}};
     }
     return all;
 }
 
-Json json_of(const Counters& counters, std::uint64_t lines_lost, const State& state, const konfd::Konfd& konfd)
+Json json_of(const Counters& counters, std::uint64_t lines_lost, const gateway::State& state, const konfd::Konfd& konfd)
 {
     return {{"schema", 1},
             {"messages", counters.messages},
@@ -144,9 +145,9 @@ Json json_of(const std::vector<faults::RuleList::Listed>& rules)
     return all;
 }
 
-State stored_state(const Json& held)
+gateway::State stored_state(const Json& held)
 {
-    State state;
+    gateway::State state;
     for (const auto& [key, manager] : held.members()) {
         const auto sap = manager.at("sap").number<std::uint16_t>();
         for (const auto& [object, calls] : manager.at("objects").members()) {
@@ -170,4 +171,4 @@ void store_konfd(konfd::Konfd& konfd, const Json& lines)
     store_lines(konfd, lines, "", 0);
 }
 
-} // namespace vorsim
+} // namespace vorsim::record

@@ -13,19 +13,20 @@ namespace vor {
 class Json;
 }
 
-namespace vorsim {
+namespace vorsim::record {
 
 // {"ethmgr": {"sap": 7, "objects": {"interface 0": {"vor_cfg_set_dhcp": {...}}}}}
-vor::Json json_of(const State& state);
+vor::Json json_of(const gateway::State& state);
 // [{"line": "interface wlan0", "priority": 0, "under": [...]}]
 vor::Json json_of(const konfd::Konfd& konfd);
 vor::Json json_of(const std::vector<faults::RuleList::Listed>& rules);
 // The document of a state file.
-vor::Json json_of(const Counters& counters, std::uint64_t lines_lost, const State& state, const konfd::Konfd& konfd);
+vor::Json json_of(const Counters& counters, std::uint64_t lines_lost, const gateway::State& state,
+                  const konfd::Konfd& konfd);
 
 // Both throw for anything but such a state, with the place.
-State stored_state(const vor::Json& held);
+gateway::State stored_state(const vor::Json& held);
 // Masked lines cannot be stored.
 void store_konfd(konfd::Konfd& konfd, const vor::Json& lines);
 
-} // namespace vorsim
+} // namespace vorsim::record

@@ -8,7 +8,7 @@
 
 #include "record/filter.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 
 class Control;
 class Messages;
@@ -29,7 +29,7 @@ using Request = std::function<std::string(Running& running)>;
 
 struct WatchRequest {
     bool json = false; // with the bytes
-    Filter filter;
+    record::Filter filter;
 };
 struct Wait {
     std::string call;
@@ -41,4 +41,4 @@ struct Quit {};
 
 using Command = std::variant<Request, WatchRequest, Wait, Quit>;
 
-} // namespace vorsim
+} // namespace vorsim::server

@@ -18,7 +18,7 @@
 #include "text/screen.hpp"
 #include "text/text.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 namespace {
 
 using vor::Json;
@@ -62,7 +62,7 @@ std::string section(const std::string& text, const std::string& manager, const s
 Json state_of(const Running& running)
 {
     const World& world = running.world;
-    return json_of(world.counters, running.recorder.lines_dropped(), world.gateway.state(), world.konfd);
+    return record::json_of(world.counters, running.recorder.lines_dropped(), world.gateway.state(), world.konfd);
 }
 
 struct Show {
@@ -133,17 +133,17 @@ Command read_overview(std::string_view text)
     return [](Running& running) {
         Json all = state_of(running);
         std::map<std::uint16_t, bool> served;
-        for (const Manager& manager : managers) {
+        for (const tables::Manager& manager : tables::managers) {
             served[manager.sap] = false;
         }
         for (const auto& [sap, endpoint] : running.messages.served()) {
             served[sap] = true;
         }
         for (const auto& [sap, is_served] : served) {
-            all["served"].push_back({{"name", manager_key(sap)}, {"sap", sap}, {"served", is_served}});
+            all["served"].push_back({{"name", tables::manager_key(sap)}, {"sap", sap}, {"served", is_served}});
         }
         all["konfd_served"] = running.konfd_served;
-        all["faults"] = json_of(running.world.faults.list(std::chrono::steady_clock::now()));
+        all["faults"] = record::json_of(running.world.faults.list(std::chrono::steady_clock::now()));
         return vor::dump(all);
     };
 }
@@ -153,7 +153,7 @@ Command read_watch(std::string_view text)
     static constexpr vor::OptionOf<WatchRequest> options[] = {{{"--json", "", ""}, vor::taken_as<&WatchRequest::json>}};
     WatchRequest watch;
     for (vor::Operands operands = operands_in(text); !operands.empty();) {
-        if (!operands.take_option(options, watch) && !operands.take_option(filter_options, watch.filter)) {
+        if (!operands.take_option(options, watch) && !operands.take_option(record::filter_options, watch.filter)) {
             operands.refuse();
         }
     }
@@ -199,10 +199,10 @@ void load(World& world, const std::string& file, const std::string& text)
     if (!document.is_object() || document.value("schema", 0) != 1) {
         throw std::runtime_error(fmt::format("{} is not a state file of schema 1", file));
     }
-    State state = stored_state(document.at("managers"));
+    gateway::State state = record::stored_state(document.at("managers"));
     konfd::Konfd konfd(world.settings_of_konfd);
     if (const Json* const lines = document.find("konfd")) {
-        store_konfd(konfd, *lines);
+        record::store_konfd(konfd, *lines);
     }
     world.gateway.hold(std::move(state));
     world.konfd = std::move(konfd);
@@ -286,7 +286,7 @@ Command read_stop(std::string_view text)
 {
     return [sap = manager_of("stop", text)](Running& running) {
         running.messages.stop(sap);
-        return fmt::format("{} stopped\n", manager_key(sap));
+        return fmt::format("{} stopped\n", tables::manager_key(sap));
     };
 }
 
@@ -294,14 +294,14 @@ Command read_start(std::string_view text)
 {
     return [sap = manager_of("start", text)](Running& running) {
         running.messages.start(sap);
-        return fmt::format("{} started\n", manager_key(sap));
+        return fmt::format("{} started\n", tables::manager_key(sap));
     };
 }
 
 Command read_setting(std::string_view text)
 {
     try {
-        return [setting = parse_setting(text)](Running& running) {
+        return [setting = gateway::parse_setting(text)](Running& running) {
             setting.apply(running.world.gateway.measurements());
             return fmt::format("{}\n", setting.result);
         };
@@ -387,4 +387,4 @@ Command parse_command(std::string_view request)
     throw UsageError(fmt::format("unknown request \"{}\"", vor::escaped(first_word(line))));
 }
 
-} // namespace vorsim
+} // namespace vorsim::server

@@ -7,7 +7,7 @@
 
 #include "server/command.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 
 struct CommandRow {
     std::string_view name; // one word or two
@@ -29,4 +29,4 @@ std::string_view first_word(std::string_view line);
 // Reads a line and the document after its end, if it carries one. Throws a UsageError.
 Command parse_command(std::string_view request);
 
-} // namespace vorsim
+} // namespace vorsim::server

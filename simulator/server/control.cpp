@@ -16,7 +16,7 @@
 #include "text/json.hpp"
 #include "text/text.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 namespace {
 
 constexpr std::size_t most_control_clients = 16;
@@ -48,14 +48,14 @@ void Control::listen(const std::string& path)
     listener_.emplace(
         loop_, path,
         [this](bool no_descriptor) {
-            return make_room_among(clients_, most_control_clients, no_descriptor,
-                                   [this](int descriptor) { drop_client(descriptor); });
+            return sockets::make_room_among(clients_, most_control_clients, no_descriptor,
+                                            [this](int descriptor) { drop_client(descriptor); });
         },
-        [this](Descriptor socket) { welcome(std::move(socket)); });
+        [this](sockets::Descriptor socket) { welcome(std::move(socket)); });
     loop_.in_turn([this] { return answer_all(); });
 }
 
-void Control::welcome(Descriptor socket)
+void Control::welcome(sockets::Descriptor socket)
 {
     const int descriptor = socket.get();
     clients_.emplace(descriptor, Client{.socket = std::move(socket), .active = std::chrono::steady_clock::now()});
@@ -176,7 +176,7 @@ void Control::note(const std::string& call, const std::string& object)
     }
 }
 
-void Control::publish(const Record& record, const std::string& json)
+void Control::publish(const values::Record& record, const std::string& json)
 {
     for (auto next = clients_.begin(); next != clients_.end();) {
         const int descriptor = next->first;
@@ -184,9 +184,10 @@ void Control::publish(const Record& record, const std::string& json)
         if (client.mode != Mode::watch || !client.watch.filter.passes(record)) {
             continue;
         }
-        const std::string line = client.watch.json
-                                     ? fmt::format("+{}\n", json)
-                                     : fmt::format("+{} {}\n", record.seq, json_line(record, Extent::without_bytes));
+        const std::string line =
+            client.watch.json
+                ? fmt::format("+{}\n", json)
+                : fmt::format("+{} {}\n", record.seq, record::json_line(record, record::Extent::without_bytes));
         if (client.output.size() + line.size() > most_unread) {
             ++client.dropped;
             continue;
@@ -230,4 +231,4 @@ void Control::drop_client(int descriptor)
     clients_.erase(descriptor);
 }
 
-} // namespace vorsim
+} // namespace vorsim::server

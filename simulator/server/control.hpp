@@ -20,7 +20,7 @@
 #include "sockets/unix_socket.hpp"
 #include "values/record.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 
 inline constexpr std::size_t longest_request = 1 << 23;
 
@@ -33,14 +33,14 @@ class Control {
 public:
     using Parse = Command (*)(std::string_view request); // throws a UsageError
 
-    Control(Loop& loop, Running& running, Parse parse) : loop_(loop), running_(running), parse_(parse) {}
+    Control(sockets::Loop& loop, Running& running, Parse parse) : loop_(loop), running_(running), parse_(parse) {}
 
     // Throws InUse when another gateway does.
     void listen(const std::string& path);
 
     // Notifies the clients that wait for the call, and those that watch.
     void note(const std::string& call, const std::string& object);
-    void publish(const Record& record, const std::string& json);
+    void publish(const values::Record& record, const std::string& json);
     bool is_watched() const;
     // Messages received so far no longer satisfy a wait.
     void forget_past() { seen_.clear(); }
@@ -48,8 +48,8 @@ public:
 private:
     enum class Mode : std::uint8_t { answer, watch, wait };
     struct Client {
-        Descriptor socket;
-        Loop::Time active;
+        sockets::Descriptor socket;
+        sockets::Loop::Time active;
         std::string input{};
         std::string output{};
         Mode mode{};
@@ -59,7 +59,7 @@ private:
     };
     using Clients = std::map<int, Client>;
 
-    void welcome(Descriptor socket);
+    void welcome(sockets::Descriptor socket);
     void read_request(int descriptor);
     bool answer_all();
     std::string answer_to(Client& client, const std::string& request);
@@ -69,14 +69,14 @@ private:
     void write_some(int descriptor);
     void drop_client(int descriptor);
 
-    Loop& loop_;
+    sockets::Loop& loop_;
     Running& running_;
     const Parse parse_;
     Clients clients_;
     std::vector<int> fresh_;     // clients whose request came in this turn: messages sent before it are served first
     std::vector<int> requested_; // in the previous turn
     std::set<std::pair<std::string, std::string>> seen_; // calls and objects
-    std::optional<Listener> listener_;
+    std::optional<sockets::Listener> listener_;
 };
 
-} // namespace vorsim
+} // namespace vorsim::server

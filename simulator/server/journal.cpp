@@ -12,7 +12,7 @@
 
 #include <fmt/core.h>
 
-namespace vorsim {
+namespace vorsim::server {
 namespace {
 
 // Whether it begins like a journal of this version or the first, as far as it was written.
@@ -110,4 +110,4 @@ void MessageJournal::write(const std::string& line)
     }
 }
 
-} // namespace vorsim
+} // namespace vorsim::server

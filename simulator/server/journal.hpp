@@ -5,7 +5,7 @@
 
 #include "text/json_lines.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 
 class MessageJournal {
 public:
@@ -30,4 +30,4 @@ private:
     std::string why_;
 };
 
-} // namespace vorsim
+} // namespace vorsim::server

@@ -9,7 +9,7 @@
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
-namespace vorsim {
+namespace vorsim::server {
 namespace {
 
 constexpr std::size_t most_konfd_clients = 64;
@@ -24,21 +24,21 @@ bool answer_unread(int descriptor)
 
 } // namespace
 
-KonfdServer::KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& path, OnExchange on_exchange)
+KonfdServer::KonfdServer(sockets::Loop& loop, konfd::Konfd& konfd, const std::string& path, OnExchange on_exchange)
     : loop_(loop), konfd_(konfd), on_exchange_(std::move(on_exchange)),
       listener_(
           loop, path,
           [this](bool no_descriptor) {
-              return make_room_among(clients_, most_konfd_clients, no_descriptor,
-                                     [this](int descriptor) { drop_client(descriptor); });
+              return sockets::make_room_among(clients_, most_konfd_clients, no_descriptor,
+                                              [this](int descriptor) { drop_client(descriptor); });
           },
-          [this](Descriptor socket) { welcome(std::move(socket)); })
+          [this](sockets::Descriptor socket) { welcome(std::move(socket)); })
 {
     loop_.in_turn([this] { return serve_one(); });
     loop_.at([this] { return deadline(); }, [this] { on_deadline(); });
 }
 
-void KonfdServer::welcome(Descriptor socket)
+void KonfdServer::welcome(sockets::Descriptor socket)
 {
     const int descriptor = socket.get();
     clients_.emplace(descriptor, Client{.socket = std::move(socket),
@@ -159,7 +159,7 @@ std::optional<konfd::Time> KonfdServer::deadline_of(const Client& client)
 
 std::optional<konfd::Time> KonfdServer::deadline() const
 {
-    return earliest(clients_, [](const auto& one) { return deadline_of(one.second); });
+    return sockets::earliest(clients_, [](const auto& one) { return deadline_of(one.second); });
 }
 
 // Executes a text whose sender left it without an end; one at a time, as above. Or polls whether the first part of a
@@ -184,4 +184,4 @@ void KonfdServer::on_deadline()
     carry_on(descriptor);
 }
 
-} // namespace vorsim
+} // namespace vorsim::server

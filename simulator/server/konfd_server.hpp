@@ -10,7 +10,7 @@
 #include "konfd/session.hpp"
 #include "sockets/unix_socket.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 
 // A text that a client sent, and the reply.
 struct KonfdExchange {
@@ -24,26 +24,26 @@ public:
     // Records it, and may apply a fault to the answer.
     using OnExchange = std::function<faults::ReplyFault(KonfdExchange& exchange)>;
 
-    KonfdServer(Loop& loop, konfd::Konfd& konfd, const std::string& path, OnExchange on_exchange);
+    KonfdServer(sockets::Loop& loop, konfd::Konfd& konfd, const std::string& path, OnExchange on_exchange);
 
 private:
     // Nothing is received from a client with unread input or an unsent answer.
     struct Client {
-        Descriptor socket;
+        sockets::Descriptor socket;
         konfd::ClientSession session;
         std::uint64_t number{};
-        Loop::Time active;
+        sockets::Loop::Time active;
         std::chrono::system_clock::time_point arrived{};
         std::string input{};
         std::string output{};
         std::string rest{}; // of a split answer; nothing is received before it is sent
-        Loop::Time rest_due{};
+        sockets::Loop::Time rest_due{};
         bool answer_unread{};
         bool ended{}; // sends no more, or is gone
     };
     using Clients = std::map<int, Client>;
 
-    void welcome(Descriptor socket);
+    void welcome(sockets::Descriptor socket);
     void receive(int descriptor);
     // One text; then the managers have their turn.
     bool serve_one();
@@ -55,14 +55,14 @@ private:
     std::optional<konfd::Time> deadline() const;
     void on_deadline();
 
-    Loop& loop_;
+    sockets::Loop& loop_;
     konfd::Konfd& konfd_;
     OnExchange on_exchange_;
     Clients clients_;
     std::deque<int> turns_;  // clients with input
     std::vector<int> fresh_; // those whose input came in this turn: messages sent before it are served first
     std::uint64_t welcomed_ = 0;
-    Listener listener_;
+    sockets::Listener listener_;
 };
 
-} // namespace vorsim
+} // namespace vorsim::server

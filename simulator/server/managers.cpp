@@ -6,12 +6,12 @@
 
 #include "tables/managers.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 
-Managers::Managers(Loop& loop, OnReadable on_readable, OnError on_error)
+Managers::Managers(sockets::Loop& loop, OnReadable on_readable, OnError on_error)
     : loop_(loop), on_readable_(std::move(on_readable)), on_error_(std::move(on_error))
 {
-    loop_.at([this] { return earliest(back_, [](const auto& one) { return std::optional(one.second); }); },
+    loop_.at([this] { return sockets::earliest(back_, [](const auto& one) { return std::optional(one.second); }); },
              [this] { start_due(); });
 }
 
@@ -21,7 +21,7 @@ void Managers::start(std::uint16_t sap)
     if (endpoints_.contains(sap)) {
         return;
     }
-    auto endpoint = std::make_unique<Endpoint>(sap);
+    auto endpoint = std::make_unique<sockets::Endpoint>(sap);
     if (endpoint->handle() == nullptr) {
         throw std::runtime_error(fmt::format("cannot serve SAP {} in {}", sap, vorinfra_directory()));
     }
@@ -39,13 +39,13 @@ void Managers::stop(std::uint16_t sap)
     }
 }
 
-void Managers::stop_until(std::uint16_t sap, Loop::Time back)
+void Managers::stop_until(std::uint16_t sap, sockets::Loop::Time back)
 {
     stop(sap);
     back_[sap] = back;
 }
 
-Endpoint* Managers::endpoint(std::uint16_t sap) const
+sockets::Endpoint* Managers::endpoint(std::uint16_t sap) const
 {
     const auto found = endpoints_.find(sap);
     return found == endpoints_.end() ? nullptr : found->second.get();
@@ -61,7 +61,7 @@ void Managers::start_due()
         try {
             start(sap);
         } catch (const std::exception& error) {
-            on_error_(fmt::format("vorsim: cannot restart {}: {}", manager_key(sap), error.what()));
+            on_error_(fmt::format("vorsim: cannot restart {}: {}", tables::manager_key(sap), error.what()));
         }
     }
 }
@@ -69,7 +69,7 @@ void Managers::start_due()
 Delays::Delays(std::uint64_t seed, const std::map<std::uint16_t, Delay>& delays)
 {
     for (const auto& [sap, delay] : delays) {
-        drawn_.emplace(sap, Drawn{delay, Random(seed, fmt::format("delay {}", sap))});
+        drawn_.emplace(sap, Drawn{delay, values::Random(seed, fmt::format("delay {}", sap))});
     }
 }
 
@@ -84,4 +84,4 @@ faults::Milliseconds Delays::draw(std::uint16_t sap)
     return delay.least + faults::Milliseconds(random.draw(span + 1));
 }
 
-} // namespace vorsim
+} // namespace vorsim::server

@@ -11,34 +11,34 @@
 #include "sockets/loop.hpp"
 #include "values/random.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 
 class Managers {
 public:
-    using OnReadable = std::function<void(Endpoint& endpoint)>;
+    using OnReadable = std::function<void(sockets::Endpoint& endpoint)>;
     using OnError = std::function<void(const std::string& error)>;
-    using Endpoints = std::map<std::uint16_t, std::unique_ptr<Endpoint>>;
+    using Endpoints = std::map<std::uint16_t, std::unique_ptr<sockets::Endpoint>>;
 
     // Reports a manager that cannot be restarted.
-    Managers(Loop& loop, OnReadable on_readable, OnError on_error);
+    Managers(sockets::Loop& loop, OnReadable on_readable, OnError on_error);
 
     // Throws when another process serves the SAP.
     void start(std::uint16_t sap);
     void stop(std::uint16_t sap);
-    void stop_until(std::uint16_t sap, Loop::Time back);
+    void stop_until(std::uint16_t sap, sockets::Loop::Time back);
 
     // Null: not served.
-    Endpoint* endpoint(std::uint16_t sap) const;
+    sockets::Endpoint* endpoint(std::uint16_t sap) const;
     const Endpoints& endpoints() const { return endpoints_; }
 
 private:
     void start_due();
 
-    Loop& loop_;
+    sockets::Loop& loop_;
     OnReadable on_readable_;
     OnError on_error_;
     Endpoints endpoints_;
-    std::map<std::uint16_t, Loop::Time> back_;
+    std::map<std::uint16_t, sockets::Loop::Time> back_;
 };
 
 // How long a manager takes for each answer, drawn from the seed.
@@ -56,9 +56,9 @@ public:
 private:
     struct Drawn {
         Delay delay;
-        Random random;
+        values::Random random;
     };
     std::map<std::uint16_t, Drawn> drawn_;
 };
 
-} // namespace vorsim
+} // namespace vorsim::server

@@ -10,12 +10,12 @@
 #include "faults/faults.hpp"
 #include "record/bytes.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 namespace {
 
 constexpr int messages_in_turn = 64;
 
-Message message_of(std::uint16_t sap, const VORINFRA_MESSAGE& message)
+gateway::Message message_of(std::uint16_t sap, const VORINFRA_MESSAGE& message)
 {
     return {.sap = sap,
             .source = message.source,
@@ -38,11 +38,11 @@ bool is_message(const std::vector<std::uint8_t>& datagram)
 
 } // namespace
 
-Messages::Messages(Loop& loop, World& world, Recorder& recorder, std::uint64_t seed,
+Messages::Messages(sockets::Loop& loop, World& world, Recorder& recorder, std::uint64_t seed,
                    const std::map<std::uint16_t, Delay>& delays, bool show_secrets)
     : world_(world), recorder_(recorder), show_secrets_(show_secrets),
       managers_(
-          loop, [this](Endpoint& endpoint) { receive(endpoint); },
+          loop, [this](sockets::Endpoint& endpoint) { receive(endpoint); },
           [this](const std::string& why) { recorder_.errors().line(why); }),
       reply_queue_(loop, managers_), delays_(seed, delays)
 {
@@ -55,9 +55,9 @@ void Messages::stop(std::uint16_t sap)
     reply_queue_.drop(sap);
 }
 
-void Messages::receive(Endpoint& endpoint)
+void Messages::receive(sockets::Endpoint& endpoint)
 {
-    horizon_ = std::max(horizon_, endpoint.next().value_or(Arrival{}));
+    horizon_ = std::max(horizon_, endpoint.next().value_or(sockets::Arrival{}));
 }
 
 // A message that arrived after the horizon waits for the next turn: only then is it certain that none arrived before
@@ -65,7 +65,7 @@ void Messages::receive(Endpoint& endpoint)
 bool Messages::serve()
 {
     for (int turn = 0; turn < messages_in_turn; ++turn) {
-        Endpoint* first = nullptr;
+        sockets::Endpoint* first = nullptr;
         for (const auto& [sap, endpoint] : managers_.endpoints()) {
             const auto next = endpoint->known();
             if (next && *next <= horizon_ && (first == nullptr || *next < *first->known())) {
@@ -77,7 +77,7 @@ bool Messages::serve()
         }
         const std::uint16_t sap = first->handle()->sap_id;
         take(*first);
-        if (Endpoint* const still = managers_.endpoint(sap)) {
+        if (sockets::Endpoint* const still = managers_.endpoint(sap)) {
             still->next();
         }
     }
@@ -85,9 +85,9 @@ bool Messages::serve()
     return false; // the rest is still readable
 }
 
-void Messages::take(Endpoint& endpoint)
+void Messages::take(sockets::Endpoint& endpoint)
 {
-    const Arrival arrived = *endpoint.known();
+    const sockets::Arrival arrived = *endpoint.known();
     const std::uint16_t sap = endpoint.handle()->sap_id;
     VORINFRA_MESSAGE message;
     const int received = endpoint.receive(message);
@@ -97,16 +97,17 @@ void Messages::take(Endpoint& endpoint)
     }
     if (received < 0) {
         const bool answers = is_message(endpoint.datagram());
-        discard(endpoint, arrived, answers ? Record::Kind::foreign : Record::Kind::malformed,
+        discard(endpoint, arrived, answers ? values::Record::Kind::foreign : values::Record::Kind::malformed,
                 answers ? "unexpected answer" : fmt::format("{} bytes, not a message", endpoint.datagram().size()));
     } else if (received > 0 && message.destination != sap) {
-        discard(endpoint, arrived, Record::Kind::foreign, fmt::format("addressed to SAP {}", message.destination));
+        discard(endpoint, arrived, values::Record::Kind::foreign,
+                fmt::format("addressed to SAP {}", message.destination));
     } else if (received > 0) {
         deliver(sap, message, arrived, world_.gateway.judge(message_of(sap, message)));
     }
 }
 
-faults::Delivery Messages::apply_faults(std::uint16_t sap, const VORINFRA_MESSAGE& message, Decision& decision)
+faults::Delivery Messages::apply_faults(std::uint16_t sap, const VORINFRA_MESSAGE& message, gateway::Decision& decision)
 {
     const auto now = std::chrono::steady_clock::now();
     faults::Delivery delivery;
@@ -129,12 +130,13 @@ faults::Delivery Messages::apply_faults(std::uint16_t sap, const VORINFRA_MESSAG
     return delivery;
 }
 
-void Messages::deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Arrival arrived, Decision decision)
+void Messages::deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, sockets::Arrival arrived,
+                       gateway::Decision decision)
 {
     using Way = faults::Delivery::Way;
     const faults::Delivery delivery = apply_faults(sap, message, decision);
     world_.gateway.store(decision);
-    Record& record = decision.record;
+    values::Record& record = decision.record;
     const auto sent = reply_queue_.send(sap, message, decision, delivery, std::chrono::steady_clock::now());
     const bool answers = decision.answered && delivery.way != Way::never && delivery.way != Way::dying;
     record.refused = decision.answered && delivery.way == Way::refused;
@@ -148,25 +150,26 @@ void Messages::deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Arriv
     ++world_.counters.messages;
     ++(record.complained ? world_.counters.complained : world_.counters.accepted);
     if (recorder_.keeps_bytes()) {
-        record.meta_data = hex({message.meta_data, message.meta_data_size});
-        record.payload = payload_record(message_of(sap, message), !record.complained, show_secrets_);
+        record.meta_data = record::hex({message.meta_data, message.meta_data_size});
+        record.payload = record::payload_record(message_of(sap, message), !record.complained, show_secrets_);
         if (answers && !record.refused) {
             record.answer_id = decision.answer_id;
-            record.answer_payload = hex(decision.answer);
+            record.answer_payload = record::hex(decision.answer);
         }
     }
     recorder_.record(record, arrived);
 }
 
-void Messages::discard(const Endpoint& endpoint, Arrival arrived, Record::Kind kind, const std::string& why)
+void Messages::discard(const sockets::Endpoint& endpoint, sockets::Arrival arrived, values::Record::Kind kind,
+                       const std::string& why)
 {
-    const bool foreign = kind == Record::Kind::foreign;
+    const bool foreign = kind == values::Record::Kind::foreign;
     ++(foreign ? world_.counters.foreign : world_.counters.malformed);
-    Record record{.kind = kind};
+    values::Record record{.kind = kind};
     record.sap = endpoint.handle()->sap_id;
     record.why = why;
     if (recorder_.keeps_bytes()) {
-        record.datagram = datagram_record(endpoint.datagram(), show_secrets_);
+        record.datagram = record::datagram_record(endpoint.datagram(), show_secrets_);
     }
     recorder_.record(record, arrived);
 }
@@ -174,7 +177,7 @@ void Messages::discard(const Endpoint& endpoint, Arrival arrived, Record::Kind k
 faults::ReplyFault Messages::deliver(KonfdExchange& exchange)
 {
     auto& [text, reply] = exchange.exchange;
-    Record& record = reply.record;
+    values::Record& record = reply.record;
     auto fault = faults::ReplyFault::whole;
     if (const auto due =
             world_.faults.due({.konfd = true, .object = record.commands, .answered = !reply.answer.empty()},
@@ -187,11 +190,11 @@ faults::ReplyFault Messages::deliver(KonfdExchange& exchange)
     record.delivered = fault != faults::ReplyFault::never && fault != faults::ReplyFault::hung_up;
     record.unanswered = !record.delivered;
     if (recorder_.keeps_bytes()) {
-        record.text = konfd_record(text, show_secrets_);
-        record.answer_text = record.delivered ? hex(reply.answer) : "";
+        record.text = record::konfd_record(text, show_secrets_);
+        record.answer_text = record.delivered ? record::hex(reply.answer) : "";
     }
     recorder_.record(record, exchange.arrived);
     return fault;
 }
 
-} // namespace vorsim
+} // namespace vorsim::server

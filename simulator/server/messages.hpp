@@ -13,11 +13,11 @@
 #include "server/recorder.hpp"
 #include "server/reply_queue.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 
 // The gateway's state, however it is reached: settings, faults and counters.
 struct World {
-    World(const Gateway::Settings& gateway_settings, const konfd::Konfd::Settings& konfd_settings)
+    World(const gateway::Gateway::Settings& gateway_settings, const konfd::Konfd::Settings& konfd_settings)
         : gateway(gateway_settings), konfd(konfd_settings), faults(gateway_settings.seed),
           settings_of_gateway(gateway_settings), settings_of_konfd(konfd_settings)
     {
@@ -26,22 +26,22 @@ struct World {
     // Faults stay.
     void reset()
     {
-        gateway = Gateway(settings_of_gateway);
+        gateway = gateway::Gateway(settings_of_gateway);
         konfd = konfd::Konfd(settings_of_konfd);
         counters = {};
     }
 
-    Gateway gateway;
+    gateway::Gateway gateway;
     konfd::Konfd konfd;
     faults::RuleList faults;
-    Counters counters{}; // since the last reset
-    Gateway::Settings settings_of_gateway;
+    record::Counters counters{}; // since the last reset
+    gateway::Gateway::Settings settings_of_gateway;
     konfd::Konfd::Settings settings_of_konfd;
 };
 
 class Messages {
 public:
-    Messages(Loop& loop, World& world, Recorder& recorder, std::uint64_t seed,
+    Messages(sockets::Loop& loop, World& world, Recorder& recorder, std::uint64_t seed,
              const std::map<std::uint16_t, Delay>& delays, bool show_secrets);
 
     // Throws when another process serves the SAP.
@@ -55,13 +55,15 @@ public:
 
 private:
     // A message is waiting there. It is served in its turn: the earliest of all first.
-    void receive(Endpoint& endpoint);
+    void receive(sockets::Endpoint& endpoint);
     bool serve();
-    void take(Endpoint& endpoint);
-    void deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, Arrival arrived, Decision decision);
+    void take(sockets::Endpoint& endpoint);
+    void deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, sockets::Arrival arrived,
+                 gateway::Decision decision);
     // Stops the manager where a fault says so.
-    faults::Delivery apply_faults(std::uint16_t sap, const VORINFRA_MESSAGE& message, Decision& decision);
-    void discard(const Endpoint& endpoint, Arrival arrived, Record::Kind kind, const std::string& why);
+    faults::Delivery apply_faults(std::uint16_t sap, const VORINFRA_MESSAGE& message, gateway::Decision& decision);
+    void discard(const sockets::Endpoint& endpoint, sockets::Arrival arrived, values::Record::Kind kind,
+                 const std::string& why);
 
     World& world_;
     Recorder& recorder_;
@@ -69,7 +71,7 @@ private:
     Managers managers_;
     ReplyQueue reply_queue_;
     Delays delays_;
-    Arrival horizon_{}; // all messages that arrived before it are known
+    sockets::Arrival horizon_{}; // all messages that arrived before it are known
 };
 
-} // namespace vorsim
+} // namespace vorsim::server

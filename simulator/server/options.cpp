@@ -9,7 +9,7 @@
 #include "text/parse.hpp"
 #include "text/text.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 namespace {
 
 template <class Number>
@@ -101,4 +101,4 @@ Options read_options(const std::vector<std::string>& arguments)
     return options;
 }
 
-} // namespace vorsim
+} // namespace vorsim::server

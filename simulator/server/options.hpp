@@ -12,7 +12,7 @@
 #include "text/options.hpp"
 #include "text/screen.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 
 // An error of the command line or the environment: exit code 2.
 using UsageError = vor::OptionError;
@@ -44,4 +44,4 @@ std::uint16_t manager_of(std::string_view option, std::string_view name);
 // The value of --color. Throws a UsageError.
 vor::ColorWhen color_of(std::string_view word);
 
-} // namespace vorsim
+} // namespace vorsim::server

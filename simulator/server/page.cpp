@@ -20,7 +20,7 @@
 #include "record/bytes.hpp"
 #include "sockets/unix_socket.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 namespace {
 
 std::string program_beside_this()
@@ -39,13 +39,13 @@ std::string random_token()
 {
     std::array<std::uint8_t, 16> bytes{};
     if (getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
-        fail("cannot create a token for the page");
+        sockets::fail("cannot create a token for the page");
     }
-    return hex(bytes);
+    return record::hex(bytes);
 }
 
 // Listens at the port; 0 is replaced by the free one that was chosen.
-Descriptor listen_at(std::uint16_t& port)
+sockets::Descriptor listen_at(std::uint16_t& port)
 {
     sockaddr_in address{};
     address.sin_family = AF_INET;
@@ -54,11 +54,11 @@ Descriptor listen_at(std::uint16_t& port)
     auto* const plain = reinterpret_cast<sockaddr*>(&address);
     socklen_t size = sizeof address;
     const int yes = 1;
-    Descriptor listener(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    sockets::Descriptor listener(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     if (listener.get() < 0 || setsockopt(listener.get(), SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes) != 0 ||
         bind(listener.get(), plain, size) != 0 || listen(listener.get(), SOMAXCONN) != 0 ||
         getsockname(listener.get(), plain, &size) != 0) {
-        fail(fmt::format("cannot serve the page at 127.0.0.1:{}", port));
+        sockets::fail(fmt::format("cannot serve the page at 127.0.0.1:{}", port));
     }
     port = ntohs(address.sin_port);
     return listener;
@@ -89,21 +89,21 @@ Page::Page(std::uint16_t port, bool control)
 {
 }
 
-void Page::start(Loop& loop, std::function<void(const std::string& exit_reason)> on_end)
+void Page::start(sockets::Loop& loop, std::function<void(const std::string& exit_reason)> on_end)
 {
     std::array<int, 2> ends{};
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
-        fail("cannot create a socket for vorsim-page");
+        sockets::fail("cannot create a socket for vorsim-page");
     }
-    socket_ = Descriptor(ends[0]);
-    const Descriptor childs_end(ends[1]);
-    send_now(socket_.get(), token_ + "\n");
+    socket_ = sockets::Descriptor(ends[0]);
+    const sockets::Descriptor childs_end(ends[1]);
+    sockets::send_now(socket_.get(), token_ + "\n");
     std::signal(SIGCHLD, SIG_DFL); // the parent may have ignored it; waitpid needs it
     child_ = spawn(program_, control_, childs_end.get(), listener_.get());
     if (child_ < 0) {
-        fail("cannot start vorsim-page");
+        sockets::fail("cannot start vorsim-page");
     }
-    listener_ = Descriptor();
+    listener_ = sockets::Descriptor();
     loop.watch(socket_.get(), [this, &loop, on_end = std::move(on_end)] {
         loop.forget(socket_.get());
         on_end(exit_reason());
@@ -133,4 +133,4 @@ std::string Page::exit_reason()
                        killed ? WTERMSIG(status) : WEXITSTATUS(status));
 }
 
-} // namespace vorsim
+} // namespace vorsim::server

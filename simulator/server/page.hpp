@@ -9,7 +9,7 @@
 
 #include "sockets/loop.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 
 class Page {
 public:
@@ -21,7 +21,7 @@ public:
     Page& operator=(const Page&) = delete;
 
     // Starts it; on_end is called if it ends by itself.
-    void start(Loop& loop, std::function<void(const std::string& exit_reason)> on_end);
+    void start(sockets::Loop& loop, std::function<void(const std::string& exit_reason)> on_end);
     // "http://127.0.0.1:8080/#TOKEN": browsers do not send the part after #.
     std::string link() const;
 
@@ -32,9 +32,9 @@ private:
     std::uint16_t port_;
     std::string program_;
     std::string token_;
-    Descriptor listener_;
-    Descriptor socket_; // closing it ends the program, and its end closes it
+    sockets::Descriptor listener_;
+    sockets::Descriptor socket_; // closing it ends the program, and its end closes it
     pid_t child_ = -1;
 };
 
-} // namespace vorsim
+} // namespace vorsim::server

@@ -10,11 +10,11 @@
 
 #include "record/json.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 namespace {
 
 // "2024-05-01T12:00:00.123456Z"
-std::string time_text(Arrival time)
+std::string time_text(sockets::Arrival time)
 {
     const auto since = std::chrono::floor<std::chrono::microseconds>(time.time_since_epoch());
     const auto seconds = std::chrono::floor<std::chrono::seconds>(since);
@@ -28,31 +28,32 @@ std::string time_text(Arrival time)
 
 } // namespace
 
-Recorder::Recorder(Loop& loop, Control& control, const Counters& counters, const LineStyle& style)
+Recorder::Recorder(sockets::Loop& loop, Control& control, const record::Counters& counters,
+                   const record::LineStyle& style)
     : control_(control), counters_(counters), out_(loop, STDOUT_FILENO), errors_(loop, STDERR_FILENO), style_(style)
 {
 }
 
 void Recorder::begin_journal(std::uint64_t seed, bool show_secrets)
 {
-    journal_.write(journal_head(time_text(std::chrono::system_clock::now()), seed, show_secrets));
+    journal_.write(record::journal_head(time_text(std::chrono::system_clock::now()), seed, show_secrets));
 }
 
-void Recorder::record(Record& record, Arrival arrived)
+void Recorder::record(values::Record& record, sockets::Arrival arrived)
 {
     failed_ = failed_ || !counters_.all_valid();
     record.seq = ++recorded_;
-    record.line = line_of(record);
+    record.line = record::line_of(record);
     if (keeps_bytes() || style_.screen.is_terminal) {
         record.time = time_text(arrived);
     }
-    if (record.kind == Record::Kind::message || record.kind == Record::Kind::konfd) {
-        out_.line(shown(record, style_)); // the platform has already reported the others, on standard error
+    if (record.kind == values::Record::Kind::message || record.kind == values::Record::Kind::konfd) {
+        out_.line(record::shown(record, style_)); // the platform has already reported the others, on standard error
     }
     if (keeps_bytes()) {
         const auto took = std::chrono::system_clock::now() - arrived;
         record.took = std::chrono::duration_cast<std::chrono::microseconds>(took).count();
-        const std::string line = json_line(record);
+        const std::string line = record::json_line(record);
         const bool failed = journal_.failed();
         journal_.write(line);
         if (journal_.failed() && !failed) {
@@ -63,4 +64,4 @@ void Recorder::record(Record& record, Arrival arrived)
     control_.note(record.call, record.object);
 }
 
-} // namespace vorsim
+} // namespace vorsim::server

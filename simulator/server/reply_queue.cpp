@@ -1,6 +1,6 @@
 #include "server/reply_queue.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 namespace {
 
 using Way = faults::Delivery::Way;
@@ -9,7 +9,7 @@ constexpr std::size_t most_late = 1000;
 
 } // namespace
 
-ReplyQueue::ReplyQueue(Loop& loop, const Managers& served) : managers_(served)
+ReplyQueue::ReplyQueue(sockets::Loop& loop, const Managers& served) : managers_(served)
 {
     loop.at([this] { return late_.empty() ? std::nullopt : std::optional(late_.begin()->first); },
             [this] { send_due(); });
@@ -17,7 +17,7 @@ ReplyQueue::ReplyQueue(Loop& loop, const Managers& served) : managers_(served)
 
 bool ReplyQueue::post(const PendingReply& reply)
 {
-    const Endpoint* const endpoint = managers_.endpoint(reply.sap);
+    const sockets::Endpoint* const endpoint = managers_.endpoint(reply.sap);
     if (endpoint == nullptr) {
         return false;
     }
@@ -59,7 +59,7 @@ ReplyQueue::Sent ReplyQueue::send_or_hold(PendingReply reply)
     return send_now(reply) ? Sent::done : Sent::gone;
 }
 
-ReplyQueue::Sent ReplyQueue::send(std::uint16_t sap, const VORINFRA_MESSAGE& request, const Decision& decision,
+ReplyQueue::Sent ReplyQueue::send(std::uint16_t sap, const VORINFRA_MESSAGE& request, const gateway::Decision& decision,
                                   const faults::Delivery& delivery, Time now)
 {
     if (!decision.answered || delivery.way == Way::never || delivery.way == Way::dying) {
@@ -90,4 +90,4 @@ void ReplyQueue::drop(std::uint16_t sap)
     std::erase_if(late_, [sap](const auto& each) { return each.second.sap == sap; });
 }
 
-} // namespace vorsim
+} // namespace vorsim::server

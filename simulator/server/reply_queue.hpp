@@ -9,17 +9,17 @@
 #include "faults/faults.hpp"
 #include "server/managers.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 
 class ReplyQueue {
 public:
     using Time = faults::Time;
 
-    ReplyQueue(Loop& loop, const Managers& endpoints);
+    ReplyQueue(sockets::Loop& loop, const Managers& endpoints);
 
     enum class Sent : std::uint8_t { done, gone, crowded };
     // gone: the client is; crowded: too many answers were waiting, so this one was not delayed.
-    Sent send(std::uint16_t sap, const VORINFRA_MESSAGE& request, const Decision& decision,
+    Sent send(std::uint16_t sap, const VORINFRA_MESSAGE& request, const gateway::Decision& decision,
               const faults::Delivery& delivery, Time now);
 
     // Pending answers of a manager that stopped.
@@ -46,4 +46,4 @@ private:
     std::map<std::uint16_t, PendingReply> held_; // one per manager, sent after its next
 };
 
-} // namespace vorsim
+} // namespace vorsim::server

@@ -19,7 +19,7 @@
 #include "server/commands.hpp"
 #include "tables/managers.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 namespace {
 
 namespace fs = std::filesystem;
@@ -55,7 +55,7 @@ void check_files(const Options& options)
 
 Server::Server(const Options& options)
     : options_(options), page_(options.http ? std::make_unique<Page>(*options.http, options.http_control) : nullptr),
-      directory_(directory()), stop_requests_(stop_requests()),
+      directory_(directory()), stop_requests_(sockets::stop_requests()),
       world_({.seed = options.seed, .show_secrets = options.show_secrets},
              {.show_secrets = options.show_secrets, .lenient = options.lenient_konfd}),
       control_(loop_, running_, parse_command),
@@ -75,7 +75,7 @@ Server::Server(const Options& options)
     }
     try {
         control_.listen(control_path(directory_)); // after the messages, which are served before requests about them
-    } catch (const InUse&) {
+    } catch (const sockets::InUse&) {
         throw std::runtime_error(fmt::format("another vorsim is running in {}", directory_));
     }
     bind_managers();
@@ -97,7 +97,7 @@ Server::Server(const Options& options)
 void Server::bind_managers()
 {
     std::set<std::uint16_t> saps(options_.more_saps.begin(), options_.more_saps.end());
-    for (const Manager& manager : managers) {
+    for (const tables::Manager& manager : tables::managers) {
         saps.insert(manager.sap);
     }
     for (const std::uint16_t sap : options_.without) {
@@ -136,7 +136,7 @@ void Server::write_state()
 {
     const std::string path = *options_.state_file;
     std::string unfinished = fmt::format("{}.XXXXXX", path);
-    const Descriptor file(mkostemp(unfinished.data(), O_CLOEXEC)); // for its owner only: it may hold passwords
+    const sockets::Descriptor file(mkostemp(unfinished.data(), O_CLOEXEC)); // for its owner only: it may hold passwords
     const std::string text = std::get<Request>(parse_command("show --json"))(running_);
     if (file.get() < 0 || write(file.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()) ||
         std::rename(unfinished.c_str(), path.c_str()) != 0) {
@@ -157,7 +157,7 @@ int Server::run()
     }
     loop_.run();
     page_.reset(); // before the sockets, whose removal signals the end to others
-    spare_ = Descriptor();
+    spare_ = sockets::Descriptor();
     if (options_.state_file) {
         write_state();
     }
@@ -167,4 +167,4 @@ int Server::run()
     return options_.strict && recorder_.failed() ? 3 : 0;
 }
 
-} // namespace vorsim
+} // namespace vorsim::server

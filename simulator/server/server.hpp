@@ -12,7 +12,7 @@
 #include "server/recorder.hpp"
 #include "sockets/loop.hpp"
 
-namespace vorsim {
+namespace vorsim::server {
 
 class Server {
 public:
@@ -30,15 +30,15 @@ private:
     Options options_;
     std::unique_ptr<Page> page_; // its port is bound before anything else is created
     std::string directory_;
-    Loop loop_;
-    Descriptor stop_requests_;
+    sockets::Loop loop_;
+    sockets::Descriptor stop_requests_;
     World world_;
     Control control_;
     Recorder recorder_;
     Messages messages_;
     Running running_;
     std::unique_ptr<KonfdServer> konfd_server_;
-    Descriptor spare_; // kept for the state file
+    sockets::Descriptor spare_; // kept for the state file
 };
 
-} // namespace vorsim
+} // namespace vorsim::server

@@ -14,7 +14,7 @@
 
 #include "text/text.hpp"
 
-namespace vorsim {
+namespace vorsim::sockets {
 namespace {
 
 constexpr std::size_t most_pending = 1 << 16;
@@ -113,4 +113,4 @@ void Console::line(std::string_view text)
     }
 }
 
-} // namespace vorsim
+} // namespace vorsim::sockets

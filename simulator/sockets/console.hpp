@@ -9,7 +9,7 @@
 
 #include "sockets/loop.hpp"
 
-namespace vorsim {
+namespace vorsim::sockets {
 
 // Writes lines to a descriptor without ever blocking. Unread lines are kept up to a limit; those beyond it are dropped
 // and counted, and a line reports how many.
@@ -43,4 +43,4 @@ private:
     std::uint64_t reported_ = 0; // of the dropped
 };
 
-} // namespace vorsim
+} // namespace vorsim::sockets

@@ -6,7 +6,7 @@
 #include <sys/socket.h>
 #include <sys/time.h>
 
-namespace vorsim {
+namespace vorsim::sockets {
 namespace {
 
 constexpr std::size_t longest_kept = sizeof(VOR_IPC_MSG_HDR) + VORINFRA_DATA_MAX;
@@ -66,4 +66,4 @@ int Endpoint::receive(VORINFRA_MESSAGE& message)
     return vorinfra_receive(endpoint_.get(), &message);
 }
 
-} // namespace vorsim
+} // namespace vorsim::sockets

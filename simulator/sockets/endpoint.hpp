@@ -9,7 +9,7 @@
 
 #include <vorinfra_manager.h>
 
-namespace vorsim {
+namespace vorsim::sockets {
 
 using Arrival = std::chrono::time_point<std::chrono::system_clock, std::chrono::nanoseconds>;
 
@@ -40,4 +40,4 @@ private:
     std::vector<std::uint8_t> datagram_;
 };
 
-} // namespace vorsim
+} // namespace vorsim::sockets

@@ -15,7 +15,7 @@
 
 #include <fmt/core.h>
 
-namespace vorsim {
+namespace vorsim::sockets {
 namespace {
 
 constexpr suseconds_t patience_us = 750'000;
@@ -165,4 +165,4 @@ Descriptor stop_requests()
     return descriptor;
 }
 
-} // namespace vorsim
+} // namespace vorsim::sockets

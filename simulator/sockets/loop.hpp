@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace vorsim {
+namespace vorsim::sockets {
 
 class Descriptor {
 public:
@@ -86,4 +86,4 @@ std::optional<Loop::Time> earliest(const Each& each, DeadlineOf deadline_of)
 // Readable after SIGTERM or SIGINT; if stopping then takes too long, the process exits. Only once in a process.
 Descriptor stop_requests();
 
-} // namespace vorsim
+} // namespace vorsim::sockets

@@ -10,7 +10,7 @@
 
 #include <fmt/core.h>
 
-namespace vorsim {
+namespace vorsim::sockets {
 namespace {
 
 constexpr std::chrono::milliseconds before_next_try{100};
@@ -125,4 +125,4 @@ bool send_now(int descriptor, const std::string& bytes)
            static_cast<ssize_t>(bytes.size());
 }
 
-} // namespace vorsim
+} // namespace vorsim::sockets

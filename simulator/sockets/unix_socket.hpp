@@ -9,7 +9,7 @@
 
 #include "sockets/loop.hpp"
 
-namespace vorsim {
+namespace vorsim::sockets {
 
 // A living process already serves the path.
 struct InUse : std::runtime_error {
@@ -71,4 +71,4 @@ Descriptor connect_to(const std::string& path);
 // All or nothing, without waiting and without SIGPIPE.
 bool send_now(int descriptor, const std::string& bytes);
 
-} // namespace vorsim
+} // namespace vorsim::sockets

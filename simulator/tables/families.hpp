@@ -7,7 +7,7 @@
 
 #include "tables/row.hpp"
 
-namespace vorsim {
+namespace vorsim::tables {
 
 struct Family {
     std::uint16_t sap; // of the rows without a manager of their own
@@ -22,4 +22,9 @@ struct Family {
 
 std::span<const Family* const> all_families();
 
-} // namespace vorsim
+} // namespace vorsim::tables
+
+// A family's file is written in the words of the tables.
+namespace vorsim::families {
+using namespace tables;
+} // namespace vorsim::families

@@ -6,7 +6,7 @@
 
 #include "tables/families.hpp"
 
-namespace vorsim {
+namespace vorsim::tables {
 
 std::string manager_key(std::uint16_t sap)
 {
@@ -40,4 +40,4 @@ std::vector<const MessageRow*> rows_of(std::uint32_t id, std::optional<std::uint
     return rows;
 }
 
-} // namespace vorsim
+} // namespace vorsim::tables

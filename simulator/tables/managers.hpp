@@ -9,7 +9,7 @@
 
 #include "tables/row.hpp"
 
-namespace vorsim {
+namespace vorsim::tables {
 
 // "ethmgr"; "sap 77" for a SAP without a manager.
 std::string manager_key(std::uint16_t sap);
@@ -26,4 +26,4 @@ std::span<const ListedRow> all_rows();
 // The rows of a message id, for one manager or for all.
 std::vector<const MessageRow*> rows_of(std::uint32_t id, std::optional<std::uint16_t> sap = {});
 
-} // namespace vorsim
+} // namespace vorsim::tables

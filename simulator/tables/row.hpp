@@ -12,7 +12,14 @@
 
 #include "tables/saps.hpp"
 
-namespace vorsim {
+namespace vorsim::gateway {
+struct Decoded;
+struct Answer;
+class State;
+class Measurements;
+} // namespace vorsim::gateway
+
+namespace vorsim::tables {
 
 // In a chain, byte is a raw element of one byte; in a record it is a byte.
 enum class Kind : std::uint8_t { byte, int16, int32, text };
@@ -181,13 +188,9 @@ constexpr Exchange one_way(std::uint32_t id)
     return {.id = id};
 }
 
-struct Decoded;
-struct Answer;
-class State;
-class Measurements;
-
 // The answer to a query; a setting is answered with its status alone.
-using Query = Answer (*)(const Decoded& decoded, const State& state, Measurements& measurements);
+using Query = gateway::Answer (*)(const gateway::Decoded& decoded, const gateway::State& state,
+                                  gateway::Measurements& measurements);
 
 // Not defined: calling one makes a row that breaks the rule fail to compile.
 void the_object_names_no_field_of_the_message();
@@ -267,4 +270,4 @@ struct Reading {
 // A counter of 64 bits.
 constexpr Reading::Counter counter{};
 
-} // namespace vorsim
+} // namespace vorsim::tables

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace vorsim {
+namespace vorsim::tables {
 
 struct Manager {
     std::uint16_t sap{};
@@ -32,4 +32,4 @@ consteval std::uint16_t sap_of(std::string_view name)
     return 0;
 }
 
-} // namespace vorsim
+} // namespace vorsim::tables

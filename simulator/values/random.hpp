@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace vorsim {
+namespace vorsim::values {
 
 // splitmix64
 class Random {
@@ -30,4 +30,4 @@ private:
     std::uint64_t state_;
 };
 
-} // namespace vorsim
+} // namespace vorsim::values

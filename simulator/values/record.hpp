@@ -8,7 +8,7 @@
 
 #include "values/value.hpp"
 
-namespace vorsim {
+namespace vorsim::values {
 
 struct Record {
     enum class Kind : std::uint8_t {
@@ -62,4 +62,4 @@ struct Record {
     std::optional<std::string> datagram{};
 };
 
-} // namespace vorsim
+} // namespace vorsim::values

@@ -6,7 +6,7 @@
 #include <variant>
 #include <vector>
 
-namespace vorsim {
+namespace vorsim::values {
 
 inline constexpr std::size_t longest_in_line = 80; // of a text
 
@@ -28,4 +28,4 @@ struct Value {
     }
 };
 
-} // namespace vorsim
+} // namespace vorsim::values

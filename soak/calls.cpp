@@ -35,20 +35,21 @@ std::vector<Outcome> expected_of_none(const Made& made)
 }
 
 // A row of vorcfg with its example's words.
-Call call_of(const vorcfg::Row& row)
+Call call_of(const vorcfg::rows::Row& row)
 {
     std::string line = fmt::format("{} {}", row.full_name(), row.example);
     if (line.ends_with(" -")) { // a secret, which a batch may hold
         line.replace(line.size() - 1, 1, "secret");
     }
-    auto planned = vorcfg::Batch(line, std::string(row.symbol), {.literals = true, .standard_input = false}).next();
-    const bool konfd = row.channel == vorcfg::Channel::konfd;
+    auto planned =
+        vorcfg::call::Batch(line, std::string(row.symbol), {.literals = true, .standard_input = false}).next();
+    const bool konfd = row.channel == vorcfg::rows::Channel::konfd;
     const auto make = [given = std::move(planned->values), &row, konfd](const std::string& tag) {
         auto values = given;
-        for (vorcfg::Value& value : values) {
+        for (vorcfg::rows::Value& value : values) {
             value.text += konfd && !value.text.empty() ? tag : "";
         }
-        const vorcfg::Returned back = row.make(row, values);
+        const vorcfg::rows::Returned back = row.make(row, values);
         if (vor_cfg_get_sock_endpoint() != nullptr) { // a call that fails leaves its connection open
             vor_cfg_remove_sock_endpoint();
         }
@@ -71,9 +72,9 @@ std::vector<Call> all_calls()
         calls.push_back({row.call, [row](const std::string&) { return row.make(); },
                          [row](const Made& made) { return expected_of(row, made); }});
     }
-    for (const vorcfg::Family* family : vorcfg::families()) {
-        for (const vorcfg::Row& row : family->rows) {
-            if (row.channel != vorcfg::Channel::manager && row.make != nullptr && row.used_by.empty()) {
+    for (const vorcfg::rows::Family* family : vorcfg::rows::families()) {
+        for (const vorcfg::rows::Row& row : family->rows) {
+            if (row.channel != vorcfg::rows::Channel::manager && row.make != nullptr && row.used_by.empty()) {
                 calls.push_back(call_of(row));
             }
         }

@@ -174,7 +174,7 @@ private:
     const std::uint16_t sap_;
     const std::string tag_;
     const std::vector<Call> calls_;
-    vorsim::Random random_;
+    vorsim::values::Random random_;
     VOR_IPC_HANDLE* handle_ = nullptr;
     std::optional<JournalTail> journal_;
     unsigned gateway_ = 0;

@@ -24,7 +24,7 @@ Record record_of(const vor::Json& json)
     record.answered = json.value("delivered", true);
     if (record.konfd) {
         record.text = json.value("konfd", "");
-        record.answer = vorsim::bytes_of_hex(json.value("answer_text", "")).value();
+        record.answer = vorsim::record::bytes_of_hex(json.value("answer_text", "")).value();
         return record;
     }
     record.awaited = json.value("awaits", false);
@@ -33,7 +33,7 @@ Record record_of(const vor::Json& json)
     record.id = vor::number_in<std::uint32_t>(json.at("id").string()).value();
     if (record.answered) {
         record.answer_id = vor::number_in<std::uint32_t>(json.at("answer_id").string()).value();
-        record.answer = vorsim::bytes_of_hex(json.at("answer_payload").string()).value();
+        record.answer = vorsim::record::bytes_of_hex(json.at("answer_payload").string()).value();
     }
     return record;
 }

@@ -25,11 +25,11 @@ void require_printable(const std::string& text)
             "no control character is printed");
 }
 
-void require_reported(const InputError& error)
+void require_reported(const input::InputError& error)
 {
     require(!error.text.empty(), "an error says what is wrong");
-    require_printable(text_of(error));
-    require(vor::Json::read(json_of(error)).has_value(), "an error can be reported in JSON");
+    require_printable(output::text_of(error));
+    require(vor::Json::read(output::json_of(error)).has_value(), "an error can be reported in JSON");
 }
 
 // Reads no file of this machine and asks for no secret.
@@ -40,13 +40,13 @@ std::string harmless(std::string text)
     return text;
 }
 
-Variables variables_of(const std::string& path, Input& input)
+input::Variables variables_of(const std::string& path, Input& input)
 {
-    Variables variables;
+    input::Variables variables;
     for (int given = input.byte() % 3; given > 0; --given) {
         try {
             variables.set(harmless(input.text()));
-        } catch (const InputError& error) {
+        } catch (const input::InputError& error) {
             require_reported(error);
         }
     }
@@ -54,18 +54,18 @@ Variables variables_of(const std::string& path, Input& input)
     std::ofstream(path, std::ios::binary) << file;
     try {
         variables.read(path);
-    } catch (const InputError& error) {
+    } catch (const input::InputError& error) {
         require(error.place.line > 0 && error.place.column > 0, "a variable has its place");
         require_reported(error);
     }
     return variables;
 }
 
-std::vector<PreparedCall> calls_in(Batch& batch, std::size_t lines)
+std::vector<call::PreparedCall> calls_in(call::Batch& batch, std::size_t lines)
 {
-    std::vector<PreparedCall> calls;
+    std::vector<call::PreparedCall> calls;
     std::size_t line = 0;
-    const auto require_next = [&](const Place& place) {
+    const auto require_next = [&](const input::Place& place) {
         require(place.line > line && place.line <= lines && place.column > 0, "lines are read in order, each once");
         line = place.line;
     };
@@ -77,41 +77,42 @@ std::vector<PreparedCall> calls_in(Batch& batch, std::size_t lines)
             }
             require_next(call->place);
             calls.push_back(*call);
-            const CallResult result = Session({.capture = true}, std::nullopt).make(*call);
-            require_printable(text_of(*call, result));
-            require(vor::Json::read(json_of(*call, result)).has_value(), "a call can be reported in JSON");
-        } catch (const InputError& error) {
+            const call::CallResult result = call::Session({.capture = true}, std::nullopt).make(*call);
+            require_printable(output::text_of(*call, result));
+            require(vor::Json::read(output::json_of(*call, result)).has_value(), "a call can be reported in JSON");
+        } catch (const input::InputError& error) {
             require_next(error.place);
             require_reported(error);
         }
     }
 }
 
-Plan plan_of(const std::vector<PreparedCall>& calls, const History& history)
+site::Plan plan_of(const std::vector<call::PreparedCall>& calls, const site::History& history)
 {
-    Planner planner({});
-    for (const PreparedCall& call : calls) {
+    site::Planner planner({});
+    for (const call::PreparedCall& call : calls) {
         planner.add(call);
     }
     return planner.against(history);
 }
 
 // As an apply writes it down.
-void make(const Plan& plan, History& history)
+void make(const site::Plan& plan, site::History& history)
 {
-    for (const PlanLine& line : plan.lines) {
+    for (const site::PlanLine& line : plan.lines) {
         const std::size_t number = history.entries().size() + 1;
         if (line.due) {
-            history.take(CallBegun{.number = number, .key = line.key});
-            history.take(CallEnded{.number = number, .outcome = std::string(name_of(Outcome::accepted)), .done = true});
+            history.take(site::CallBegun{.number = number, .key = line.key});
+            history.take(site::CallEnded{
+                .number = number, .outcome = std::string(name_of(call::Outcome::accepted)), .done = true});
         }
     }
 }
 
-void require_printable_plan(const Plan& plan)
+void require_printable_plan(const site::Plan& plan)
 {
     for (const bool json : {false, true}) {
-        const Shown shown{site_name, journal_name, json};
+        const site::Shown shown{site_name, journal_name, json};
         require_printable(lines_of(plan, shown) + summary_of(plan, shown) + warnings_of(plan, shown));
     }
 }
@@ -122,20 +123,20 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     static const processes::TemporaryDirectory place;
     Input input(data, size);
-    Variables variables = variables_of((place.path() / "vars").string(), input);
+    input::Variables variables = variables_of((place.path() / "vars").string(), input);
     const Bytes rest = input.take(size);
     const std::string text = harmless({rest.begin(), rest.end()});
-    Batch batch(text, site_name, {.literals = true, .standard_input = false}, std::move(variables));
-    const std::vector<PreparedCall> calls =
+    call::Batch batch(text, site_name, {.literals = true, .standard_input = false}, std::move(variables));
+    const std::vector<call::PreparedCall> calls =
         calls_in(batch, static_cast<std::size_t>(std::ranges::count(text, '\n')) + 1);
     batch.unused_variables();
 
-    History history;
-    const Plan fresh = plan_of(calls, history);
+    site::History history;
+    const site::Plan fresh = plan_of(calls, history);
     require_printable_plan(fresh);
     require(fresh.tally().due + fresh.asking <= calls.size(), "a line is one call");
     make(fresh, history);
-    const Plan again = plan_of(calls, history);
+    const site::Plan again = plan_of(calls, history);
     require_printable_plan(again);
     require(again.tally().due == 0, "what was accepted is not due again");
     return 0;

@@ -12,24 +12,24 @@ namespace {
 
 const std::string file_name = "file";
 
-void check_history(const History& history)
+void check_history(const site::History& history)
 {
-    for (const Entry& entry : history.entries()) {
+    for (const site::Entry& entry : history.entries()) {
         name_of(entry.begun.key);
         try {
             require(key_of(planned(entry.begun.key)).values == entry.begun.key.values,
                     "what was made can be made again");
-        } catch (const InputError& error) {
+        } catch (const input::InputError& error) {
             require(!error.text.empty(), "or an error says why not");
         }
     }
-    for (const History::Undo& undo : history.undos()) {
+    for (const site::History::Undo& undo : history.undos()) {
         require(undo.entry != nullptr &&
                     (undo.before == nullptr || undo.before->begun.number < undo.entry->begun.number),
                 "what a call replaced was made before it");
     }
-    const Shown shown{file_name, file_name, true};
-    const Plan plan = Planner({}).against(history);
+    const site::Shown shown{file_name, file_name, true};
+    const site::Plan plan = site::Planner({}).against(history);
     require(plan.tally().due == 0, "an empty file has nothing to make");
     require(!summary_of(plan, shown).empty() && lines_of(plan, shown).find('\0') == std::string::npos,
             "a plan can be shown");
@@ -41,12 +41,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     const std::string path = file_of(data, size);
     try {
-        const Journal read = Journal::read(path);
+        const site::Journal read = site::Journal::read(path);
         check_history(read.history());
-        const std::size_t entries = Journal::open(path).history().entries().size();
+        const std::size_t entries = site::Journal::open(path).history().entries().size();
         require(entries == read.history().entries().size(), "a repair loses nothing that was read");
-        require(Journal::read(path).history().entries().size() == entries, "a second repair changes nothing");
-    } catch (const InputError& error) {
+        require(site::Journal::read(path).history().entries().size() == entries, "a second repair changes nothing");
+    } catch (const input::InputError& error) {
         require(error.text.find(path) != std::string::npos, "an error names the file");
     }
     return 0;

@@ -18,15 +18,15 @@ constexpr std::int32_t status = 3;
 
 void apply_to_message(const DueRule& due)
 {
-    Decision decision;
+    gateway::Decision decision;
     decision.answered = true;
-    decision.answer = status_answer(status);
+    decision.answer = gateway::status_answer(status);
     decision.record.status = status;
     const Delivery delivery = apply(decision, due);
     require(decision.answer.size() <= sizeof status, "no answer grows");
     require(delivery.wait >= Milliseconds(0), "no answer comes before its request");
-    require_printable(line_of(decision.record));
-    require_printable(json_line(decision.record));
+    require_printable(record::line_of(decision.record));
+    require_printable(record::json_line(decision.record));
 }
 
 void apply_to_konfd(const DueRule& due)
@@ -34,8 +34,8 @@ void apply_to_konfd(const DueRule& due)
     konfd::Reply reply;
     reply.answer = "-o\n";
     apply(reply, due);
-    require_printable(line_of(reply.record));
-    require_printable(json_line(reply.record));
+    require_printable(record::line_of(reply.record));
+    require_printable(record::json_line(reply.record));
 }
 
 // No message meets two faults, and no more messages meet one than the rule allows.

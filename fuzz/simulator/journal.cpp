@@ -16,10 +16,11 @@ namespace {
 void restore(const vor::Json& state)
 {
     try {
-        require(vor::Json::read(vor::dump(json_of(stored_state(state)))).has_value(), "what is stored can be shown");
+        require(vor::Json::read(vor::dump(record::json_of(record::stored_state(state)))).has_value(),
+                "what is stored can be shown");
         konfd::Konfd konfd;
-        store_konfd(konfd, state);
-        require(vor::Json::read(vor::dump(json_of(konfd))).has_value(), "what is stored can be shown");
+        record::store_konfd(konfd, state);
+        require(vor::Json::read(vor::dump(record::json_of(konfd))).has_value(), "what is stored can be shown");
     } catch (const std::exception& error) {
         require(error.what()[0] != '\0', "an error says what is wrong");
     }
@@ -30,22 +31,22 @@ void restore(const vor::Json& state)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::string path = file_of(data, size);
-    JournalReader reader(path);
+    record::JournalReader reader(path);
     std::uint64_t number = 0;
     try {
         while (const auto line = reader.next()) {
             require(line->number > number, "lines are read in order");
             number = line->number;
-            require(line->of_version >= 1 && line->of_version <= journal_version, "its version is known");
+            require(line->of_version >= 1 && line->of_version <= record::journal_version, "its version is known");
             const vor::Json json = vor::Json::parse(line->text);
             for (const auto& [name, part] : json.members()) {
                 if (part.is_string()) {
-                    const auto bytes = bytes_of_hex(part.string());
-                    require(!bytes || bytes_of_hex(hex(*bytes)) == bytes, "bytes survive a round trip");
+                    const auto bytes = record::bytes_of_hex(part.string());
+                    require(!bytes || record::bytes_of_hex(record::hex(*bytes)) == bytes, "bytes survive a round trip");
                 }
             }
-            const std::string written = json_line(line->record);
-            require(json_line(read_line(written).record) == written, "a written line reads the same");
+            const std::string written = record::json_line(line->record);
+            require(record::json_line(record::read_line(written).record) == written, "a written line reads the same");
             restore(json);
         }
     } catch (const std::exception& error) {

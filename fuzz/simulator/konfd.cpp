@@ -36,8 +36,8 @@ void check(const Exchange& exchange)
 {
     const auto& [answer, record] = exchange.reply;
     require(answer.empty() || answer.starts_with("-o\n") || answer.starts_with("-e\n"), "an answer is -o or -e");
-    require_printable(line_of(record));
-    require_printable(vorsim::json_line(record));
+    require_printable(vorsim::record::line_of(record));
+    require_printable(vorsim::record::json_line(record));
 }
 
 } // namespace
@@ -88,6 +88,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const std::string text = konfd.text();
     require(text.empty() || text.back() == '\n', "the tree is lines");
-    require(!vor::dump(vorsim::json_of(konfd)).empty(), "the tree is JSON");
+    require(!vor::dump(vorsim::record::json_of(konfd)).empty(), "the tree is JSON");
     return 0;
 }

@@ -25,11 +25,11 @@ bool is_dumb()
 std::size_t width_of(int terminal)
 {
     const char* const columns = std::getenv("COLUMNS");
-    const auto given = columns != nullptr ? number_in<std::size_t>(columns) : std::nullopt;
-    winsize size{};
-    if (given.value_or(0) != 0) {
-        return *given;
+    const std::size_t given = columns != nullptr ? number_in<std::size_t>(columns).value_or(0) : 0;
+    if (given != 0) {
+        return given;
     }
+    winsize size{};
     return ioctl(terminal, TIOCGWINSZ, &size) == 0 && size.ws_col != 0 ? size.ws_col : usual_width;
 }
 

@@ -228,8 +228,11 @@ std::vector<std::string> manual_pages()
 
 std::string manual(std::string_view page)
 {
+    const auto is_named = [page](std::string_view name) { // with its section, or without
+        return page == name || page == name.substr(0, name.rfind('.'));
+    };
     for (const vor::BuiltIn& each : manual_texts) {
-        if (page == each.stem) {
+        if (is_named(each.stem)) {
             std::string text(each.text);
             for (const auto& [marker, filling] : fillings()) {
                 text = replaced(text, marker, filling);
@@ -238,7 +241,7 @@ std::string manual(std::string_view page)
         }
     }
     for (const rows::Family* const family : rows::families()) {
-        if (page == fmt::format("vorcfg-{}.1", family->name)) {
+        if (is_named(fmt::format("vorcfg-{}.1", family->name))) {
             return page_of(*family);
         }
     }

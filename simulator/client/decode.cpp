@@ -61,6 +61,9 @@ int decode(const std::vector<std::string>& arguments)
         if (!line->damage.empty() && !how.json) {
             throw std::runtime_error(fmt::format("{}: {}", journal.place(*line), line->damage));
         }
+        if (record.seq == 0 && !how.json) {
+            throw std::runtime_error(fmt::format("{}: not a journal record", journal.place(*line)));
+        }
         if (!filter.passes(record)) {
             continue;
         }

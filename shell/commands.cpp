@@ -22,7 +22,7 @@ namespace {
 
 int print_paged(std::string_view text)
 {
-    help::page(text);
+    help::show_in_pager(text);
     return input::exit_ok;
 }
 
@@ -78,10 +78,10 @@ void pause_for(unsigned milliseconds)
 
 call::PreparedCall prepared(const input::Options& options, input::Secrets& secrets)
 try {
-    call::PreparedCall planned = call::plan(options.words, secrets);
-    call::check_confirmed(planned, options);
-    call::rehearse(planned);
-    return planned;
+    call::PreparedCall call = call::prepare(options.words, secrets);
+    call::check_confirmed(call, options);
+    call::rehearse(call);
+    return call;
 } catch (input::InputError& error) {
     help::point_out(error, options.words);
     throw;
@@ -96,34 +96,35 @@ int run_call(const input::Options& options)
     input::Secrets secrets({.literals = options.in_session,
                             .standard_input = !options.in_session,
                             .left_out = options.password.value_or(input::Word{{"?"}})});
-    call::PreparedCall planned = prepared(options, secrets);
-    if (planned.row->has(rows::cuts_link) && !call::agreed_to({call::named(planned)}, "Make it?", options)) {
+    call::PreparedCall call = prepared(options, secrets);
+    if (call.row->has(rows::cuts_link) && !call::agreed_to({call::named(call)}, "Make this call?", options)) {
         return input::exit_usage;
     }
     call::Session session({options.dry_run, options.trace}, options.sap);
-    const call::CallResult report = session.make(planned);
-    vor::print(stdout, options.json ? output::json_of(planned, report)
-                                    : output::text_of(planned, report, output::screen_of(options)));
-    if (!options.json && !report.verdict.hint.empty()) {
-        vor::print_line(stderr, fmt::format("hint: {}", report.verdict.hint));
+    const call::CallResult result = session.make(call);
+    vor::print(stdout, options.json ? output::json_of(call, result)
+                                    : output::text_of(call, result, output::screen_of(options)));
+    if (!options.json && !result.verdict.hint.empty()) {
+        vor::print_line(stderr, fmt::format("hint: {}", result.verdict.hint));
     }
-    call::wait_for(*planned.row, report, pause_for);
-    return call::exit_of(report.verdict.outcome);
+    call::wait_for(*call.row, result, pause_for);
+    return call::exit_of(result.verdict.outcome);
 }
 
 int run_batch(const std::string& path, const input::Options& options)
 {
     call::Batch batch = call::batch_of(path, options);
     std::vector<std::string> cutting;
-    output::Account account(options, output::screen_of(options), [&](const call::Tally& tally, std::size_t left) {
-        return options.json ? output::json_of(tally, batch.name(), left)
-                            : output::text_of(tally, batch.name(), left, options);
-    });
-    const auto count = [&](const call::PreparedCall& planned) {
-        call::check_confirmed(planned, options);
-        account.expect(call::name_of(call::key_of(planned)));
-        if (planned.row->has(rows::cuts_link)) {
-            cutting.push_back(call::named(planned));
+    output::ConsoleReporter account(options, output::screen_of(options),
+                                    [&](const call::Tally& tally, std::size_t left) {
+                                        return options.json ? output::json_of(tally, batch.name(), left)
+                                                            : output::text_of(tally, batch.name(), left, options);
+                                    });
+    const auto count = [&](const call::PreparedCall& call) {
+        call::check_confirmed(call, options);
+        account.expect(call::name_of(call));
+        if (call.row->has(rows::cuts_link)) {
+            cutting.push_back(call::named(call));
         }
     };
     if (const int exit = call::check(batch, count, output::error_printer(options.json)); exit != input::exit_ok) {
@@ -136,8 +137,8 @@ int run_batch(const std::string& path, const input::Options& options)
     batch.rewind();
     call::BatchRunner runner(options, account.calls(), account, {});
     for (bool more = true; more;) {
-        auto planned = batch.next();
-        more = planned && runner.make(*planned);
+        auto call = batch.next();
+        more = call && runner.make(*call);
     }
     return runner.finish();
 }

@@ -32,7 +32,7 @@ std::string example_line(const rows::Row& row)
                        shown_dry(row) ? "--dry-run " : "", rows::example_call(row));
 }
 
-call::PreparedCall planned_example(const rows::Row& row)
+call::PreparedCall prepared_example(const rows::Row& row)
 {
     std::vector<input::Word> words = input::words_of(rows::example_call(row));
     for (input::Word& word : words) {
@@ -41,16 +41,16 @@ call::PreparedCall planned_example(const rows::Row& row)
         }
     }
     input::Secrets secrets({.literals = true});
-    return call::plan(words, secrets);
+    return call::prepare(words, secrets);
 }
 
 std::string messages_text(const rows::Row& row)
 {
-    call::PreparedCall planned = planned_example(row);
-    const call::CallResult report = call::Session({.capture = true}, std::nullopt).make(planned);
+    call::PreparedCall call = prepared_example(row);
+    const call::CallResult result = call::Session({.capture = true}, std::nullopt).make(call);
     std::string text;
-    for (const call::Message& message : report.seen.messages) {
-        text += call::described(message, row, planned.values) + '\n';
+    for (const call::Message& message : result.seen.messages) {
+        text += call::described(message, row, call.values) + '\n';
     }
     return text.empty() ? "" : fmt::format("Sent as\n\n```text\n{}```\n\n", text);
 }
@@ -58,10 +58,10 @@ std::string messages_text(const rows::Row& row)
 // What the example prints; notes it where it fails.
 std::string example_text(const rows::Row& row, std::string& faults)
 {
-    call::PreparedCall planned = planned_example(row);
-    const call::CallResult report = call::Session({.capture = shown_dry(row)}, std::nullopt).make(planned);
-    const std::string text = output::text_of(planned, report);
-    const call::Outcome outcome = report.verdict.outcome;
+    call::PreparedCall call = prepared_example(row);
+    const call::CallResult result = call::Session({.capture = shown_dry(row)}, std::nullopt).make(call);
+    const std::string text = output::text_of(call, result);
+    const call::Outcome outcome = result.verdict.outcome;
     if (call::exit_of(outcome) != input::exit_ok &&
         !(outcome == call::Outcome::unread && row.has(rows::answer_unread))) {
         faults += fmt::format("\n{}", std::string_view{text}.substr(0, text.size() - 1));

@@ -58,7 +58,7 @@ TEST(faults, verdict_per_fault)
         {"canmgr: doubled", baudrate, 0, "accepted by canmgr"},
         {"canmgr: swapped", impatient + baudrate, 6, nothing_came},
         {"canmgr: never", impatient + baudrate, 6, nothing_came},
-        {"canmgr: refuse", baudrate, 3, "not delivered: exchange refused (code -3); is canmgr running?"},
+        {"canmgr: refuse", baudrate, 3, "not delivered: exchange refused (code -3)"},
         {"canmgr: die 1ms", impatient + baudrate, 6, nothing_came},
         {"konfd: answer \"-e\"", query, 1, "refused by konfd: answer \"-e\""},
         {"konfd: answer \"+o\"", query, 1, "refused by konfd: answer \"+o\""},
@@ -71,7 +71,7 @@ TEST(faults, verdict_per_fault)
     Gateway gateway(place, {"--strict"});
     for (const Felt& felt : table) {
         ASSERT_EQ(0, place.run("vorsim fault add '" + std::string(felt.rule) + "'").exit_code) << felt.rule;
-        const Output output = place.run(felt.command);
+        const Output output = place.run(felt.command + " 2>/dev/null"); // without the hint
         EXPECT_EQ((felt.command.find("konfd") == std::string::npos ? can : stored) + felt.verdict, last_line(output))
             << felt.rule;
         EXPECT_EQ(felt.exit, output.exit_code) << felt.rule;

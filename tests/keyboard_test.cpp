@@ -38,7 +38,7 @@ TEST_P(Completion, completed_lines_are_accepted)
     ASSERT_NE(terminal.shown_until("ready").find("ready"), std::string::npos);
     const std::pair<const char*, const char*> lines[] = {
         {"vorcfg gpi\tset-val\t5 1\n", "gpio set-value 5: sent to gpiomgr"},
-        {"vorcfg ip enable-ip-routing dis\t\n", "Make it? [y/N] "},
+        {"vorcfg ip enable-ip-routing dis\t\n", "Make this call? [y/N] "},
         {"y\n", "ip enable-ip-routing: sent to ethmgr"},
         {"vorcfg gsm set-password 1 @tow\t1\n", "gsm set-password 1: accepted"},
         {"vorcfg --tra\tlist gp\t\n", "gpio set-value PORT_NUM VALUE"},
@@ -92,11 +92,11 @@ TEST_F(Prompt, asks_before_a_disconnecting_call)
     begin();
     for (const std::string no : {"n\n", "\n", ctrl_c}) {
         terminal_->type("ip set-dhcp 0 1\n");
-        terminal_->shown_until("Make it? [y/N] ");
+        terminal_->shown_until("Make this call? [y/N] ");
         EXPECT_NE(typed(no).find("othing was sent"), std::string::npos);
     }
     terminal_->type("ip set-dhcp 1 1\n");
-    terminal_->shown_until("Make it? [y/N] ");
+    terminal_->shown_until("Make this call? [y/N] ");
     EXPECT_NE(typed("y\n").find("ip set-dhcp 1: accepted by ethmgr"), std::string::npos);
     EXPECT_NE(typed("ip set-dhcp 2 1 --yes\n").find("ip set-dhcp 2: accepted by ethmgr"), std::string::npos);
     end();

@@ -72,7 +72,7 @@ Trial tried(const Line& words)
     input::Secrets secrets({.literals = true});
     Trial trial;
     try {
-        trial.planned = call::plan(words, secrets);
+        trial.planned = call::prepare(words, secrets);
         call::rehearse(trial.planned);
         trial.messages = call::Session({.capture = true}, std::nullopt).make(trial.planned).seen.messages;
     } catch (const input::InputError& complaint) {
@@ -271,7 +271,7 @@ TEST(rows, dry_run_shows_no_secret)
 {
     for (const rows::Row* const row : rows_that([](const rows::Row& each) { return each.make != nullptr; })) {
         input::Secrets secrets({.literals = true});
-        call::PreparedCall planned = call::plan(example_of(*row), secrets);
+        call::PreparedCall planned = call::prepare(example_of(*row), secrets);
         const call::CallResult report = call::Session({.capture = true}, std::nullopt).make(planned);
         EXPECT_EQ(row->channel == rows::Channel::none, report.seen.messages.empty()) << row->symbol;
         EXPECT_EQ(input::exit_ok, call::exit_of(report.verdict.outcome)) << row->symbol << report.verdict.text;

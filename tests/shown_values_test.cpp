@@ -24,7 +24,7 @@ public:
     std::vector<std::string> shown(const Line& line)
     try {
         input::Secrets secrets({.literals = true});
-        call::PreparedCall planned = call::plan(line, secrets);
+        call::PreparedCall planned = call::prepare(line, secrets);
         const std::size_t messages = session_.make(planned).seen.messages.size();
         std::vector<std::string> lines(messages);
         std::ranges::generate(lines, [this] { return gateway_.next_line(); });

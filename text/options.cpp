@@ -2,7 +2,19 @@
 
 #include <fmt/core.h>
 
+#include "text/text.hpp"
+
 namespace vor {
+
+ColorWhen color_when(std::string_view word)
+{
+    static constexpr std::string_view words[] = {"auto", "always", "never"};
+    const auto* const found = std::ranges::find(words, word);
+    if (found == std::end(words)) {
+        throw OptionError(fmt::format("--color must be auto, always or never, not {}", quoted(word)));
+    }
+    return static_cast<ColorWhen>(found - words);
+}
 
 OptionWords::OptionWords(std::string_view word)
 {
@@ -18,17 +30,18 @@ std::string_view OptionWords::value_of(const Option& option, const std::string* 
     if (option.value.empty()) {
         return value ? throw OptionError(fmt::format("{} takes no value", option.name)) : std::string_view();
     }
-    if (!value && next == nullptr) {
+    const std::string_view given = value || next == nullptr ? value.value_or("") : std::string_view(*next);
+    if (given.empty()) {
         throw OptionError(fmt::format("{} needs a value", option.name));
     }
     used += value ? 0 : 1;
-    return value ? *value : std::string_view(*next);
+    return given;
 }
 
 std::string Operands::take(std::string_view what)
 {
     if (empty()) {
-        throw OptionError(fmt::format("{} is missing", what));
+        throw OptionError(fmt::format("needs {}", what));
     }
     if (front().starts_with("-")) {
         refuse();

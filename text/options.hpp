@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "text/screen.hpp"
+
 namespace vor {
 
 struct Option {
@@ -29,6 +31,9 @@ struct OptionError : std::runtime_error {
 struct UnknownArgument : OptionError {
     using OptionError::OptionError;
 };
+
+// The value of --color: "auto", "always" or "never". Throws an OptionError.
+ColorWhen color_when(std::string_view word);
 
 // An option in front, and its value: `--name value` or `--name=value`.
 struct OptionWords {

@@ -16,12 +16,6 @@ namespace {
 
 constexpr std::size_t usual_width = 80;
 
-bool is_dumb()
-{
-    const char* const terminal = std::getenv("TERM");
-    return terminal == nullptr || std::string_view(terminal) == "dumb";
-}
-
 std::size_t width_of(int terminal)
 {
     const char* const columns = std::getenv("COLUMNS");
@@ -51,11 +45,10 @@ std::size_t bytes_of(std::string_view text, std::size_t characters)
 
 } // namespace
 
-std::optional<ColorWhen> color_when(std::string_view word)
+bool is_dumb()
 {
-    static constexpr std::string_view words[] = {"auto", "always", "never"};
-    const auto* const found = std::ranges::find(words, word);
-    return found != std::end(words) ? std::optional(static_cast<ColorWhen>(found - words)) : std::nullopt;
+    const char* const terminal = std::getenv("TERM");
+    return terminal == nullptr || std::string_view(terminal) == "dumb";
 }
 
 std::string Screen::painted(std::string_view text, Color color) const

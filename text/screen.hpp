@@ -4,7 +4,6 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,9 +13,6 @@ namespace vor {
 enum class Color : std::uint8_t { plain, green, red, yellow, dim };
 enum class ColorWhen : std::uint8_t { automatic, always, never };
 
-// The value of --color: "auto", "always" or "never".
-std::optional<ColorWhen> color_when(std::string_view word);
-
 // By default a file or a pipe.
 struct Screen {
     bool is_terminal = false;
@@ -25,6 +21,9 @@ struct Screen {
 
     std::string painted(std::string_view text, Color color) const;
 };
+
+// TERM=dumb, or not set: it cannot move its cursor.
+bool is_dumb();
 
 // COLUMNS overrides a terminal's width; NO_COLOR and TERM=dumb turn automatic colours off.
 Screen screen_of(int descriptor, ColorWhen when);

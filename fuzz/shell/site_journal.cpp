@@ -17,7 +17,7 @@ void check_history(const site::History& history)
     for (const site::Entry& entry : history.entries()) {
         name_of(entry.begun.key);
         try {
-            require(key_of(planned(entry.begun.key)).values == entry.begun.key.values,
+            require(key_of(prepare(entry.begun.key)).values == entry.begun.key.values,
                     "what was made can be made again");
         } catch (const input::InputError& error) {
             require(!error.text.empty(), "or an error says why not");

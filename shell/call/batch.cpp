@@ -36,13 +36,13 @@ void Batch::ask(const std::function<bool(std::size_t)>& selected)
     }
 }
 
-std::size_t column_of(const input::InputError& complaint, const std::vector<input::Word>& words, std::string_view line)
+std::size_t column_of(const input::InputError& error, const std::vector<input::Word>& words, std::string_view line)
 {
-    std::size_t column = complaint.place.column;
-    if (column == 0 && complaint.word == input::InputError::no_word) {
+    std::size_t column = error.place.column;
+    if (column == 0 && error.word == input::InputError::no_word) {
         column = words.empty() ? 1 : words.front().column;
     } else if (column == 0) {
-        column = complaint.word < words.size() ? words[complaint.word].column : words.back().end;
+        column = error.word < words.size() ? words[error.word].column : words.back().end;
     }
     return input::column_in(line, column);
 }
@@ -61,16 +61,16 @@ std::optional<PreparedCall> Batch::next()
         try {
             words = input::words_of(line, &variables_);
             if (!words.empty()) {
-                const std::size_t call = words.size() > 1 ? words[1].column : words[0].column;
-                PreparedCall planned = plan(words, secrets_, {name_, line_, call});
+                const std::size_t column = words.size() > 1 ? words[1].column : words[0].column;
+                PreparedCall call = prepare(words, secrets_, {name_, line_, column});
                 if (!tried_) {
-                    rehearse(planned);
+                    rehearse(call);
                 }
-                return planned;
+                return call;
             }
-        } catch (input::InputError& complaint) {
-            complaint.place = {name_, line_, column_of(complaint, words, line)};
-            complaint.hint = complaint.hint.empty() ? input::hint_about(words) : complaint.hint;
+        } catch (input::InputError& error) {
+            error.place = {name_, line_, column_of(error, words, line)};
+            error.hint = error.hint.empty() ? input::hint_about(words) : error.hint;
             throw;
         }
     }
@@ -105,17 +105,17 @@ Batch batch_of(const std::string& path, const input::Options& options)
             std::move(variables)};
 }
 
-void check_confirmed(const PreparedCall& planned, const input::Options& options)
+void check_confirmed(const PreparedCall& call, const input::Options& options)
 {
-    if (planned.row->has(rows::confirmed) && !options.yes && !options.dry_run) {
-        throw input::InputError{"requires --yes", input::exit_usage, {}, 1, planned.row->full_name(), planned.place};
+    if (call.row->has(rows::confirmed) && !options.yes && !options.dry_run) {
+        throw input::InputError{"requires --yes", input::exit_usage, {}, 1, call.row->full_name(), call.place};
     }
 }
 
-std::string named(const PreparedCall& planned)
+std::string named(const PreparedCall& call)
 {
-    const std::string line = planned.place.line != 0 ? fmt::format(" (line {})", planned.place.line) : "";
-    return name_of(key_of(planned)) + line;
+    const std::string line = call.place.line != 0 ? fmt::format(" (line {})", call.place.line) : "";
+    return name_of(call) + line;
 }
 
 bool agreed_to(const std::vector<std::string>& cutting, const std::string& question, const input::Options& options)
@@ -137,19 +137,19 @@ int check(Batch& batch, const std::function<void(const PreparedCall&)>& each,
     for (bool more = true; more;) {
         progress.show(batch.line());
         try {
-            const auto planned = batch.next();
-            more = planned.has_value();
+            const auto call = batch.next();
+            more = call.has_value();
             if (more) {
-                each(*planned);
+                each(*call);
             }
-        } catch (const input::InputError& complaint) {
+        } catch (const input::InputError& error) {
             progress.clear();
-            exit = report(complaint);
+            exit = report(error);
         }
     }
     progress.clear();
-    for (const input::InputError& complaint : batch.unused_variables()) {
-        exit = report(complaint);
+    for (const input::InputError& error : batch.unused_variables()) {
+        exit = report(error);
     }
     return exit;
 }

@@ -13,7 +13,7 @@
 namespace vorcfg::call {
 
 // The column of the wrong word in its line; after the last for a missing one.
-std::size_t column_of(const input::InputError& complaint, const std::vector<input::Word>& words, std::string_view line);
+std::size_t column_of(const input::InputError& error, const std::vector<input::Word>& words, std::string_view line);
 
 // The calls of a batch, one after the other. None is kept: memory holds only the text and the secrets.
 class Batch {
@@ -53,10 +53,10 @@ int check(Batch& batch, const std::function<void(const PreparedCall&)>& each,
           const std::function<int(const input::InputError&)>& report);
 
 // Throws where the call requires --yes, which was not given.
-void check_confirmed(const PreparedCall& planned, const input::Options& options);
+void check_confirmed(const PreparedCall& call, const input::Options& options);
 // Asks once before calls that may drop the operator's connection, and only at a terminal; false where nothing may be
 // sent. `question` says what would be made: "Make 12 calls?"
 bool agreed_to(const std::vector<std::string>& cutting, const std::string& question, const input::Options& options);
-std::string named(const PreparedCall& planned); // "ip set-dhcp 0 (line 7)"
+std::string named(const PreparedCall& call); // "ip set-dhcp 0 (line 7)"
 
 } // namespace vorcfg::call

@@ -55,21 +55,21 @@ rows::Value value_of(const CallKey& key, const rows::Argument& argument, const K
 
 } // namespace
 
-CallKey key_of(const PreparedCall& planned)
+CallKey key_of(const PreparedCall& call)
 {
     std::vector<KeptValues> values;
-    for (const rows::Argument& argument : planned.row->arguments()) {
+    for (const rows::Argument& argument : call.row->arguments()) {
         const std::size_t begin = values.size();
-        const std::size_t end = argument.is_list ? planned.values.size() : begin + 1;
+        const std::size_t end = argument.is_list ? call.values.size() : begin + 1;
         KeptValues& sent = values.emplace_back();
         for (std::size_t i = begin; i < end; i++) {
-            const rows::Value& value = planned.values[i];
+            const rows::Value& value = call.values[i];
             if (value.given && !value.secret) {
                 sent.push_back(kept(argument, value));
             }
         }
     }
-    return key_of(*planned.row, std::move(values), std::ranges::any_of(planned.values, &rows::Value::secret));
+    return key_of(*call.row, std::move(values), std::ranges::any_of(call.values, &rows::Value::secret));
 }
 
 CallKey key_of(const rows::Row& row, std::vector<KeptValues> values, bool secret)
@@ -83,7 +83,7 @@ CallKey key_of(const rows::Row& row, std::vector<KeptValues> values, bool secret
     return key;
 }
 
-PreparedCall planned(const CallKey& key)
+PreparedCall prepare(const CallKey& key)
 {
     if (!key.unknown.empty()) {
         throw input::InputError{fmt::format("{} has no argument {}", key.row->full_name(), key.unknown.front().first)};
@@ -130,20 +130,19 @@ std::vector<Subject> opposites_of(const CallKey& key)
     return opposites;
 }
 
-bool changes_nothing(const PreparedCall& planned)
+bool changes_nothing(const PreparedCall& call)
 {
-    const rows::Row& row = *planned.row;
+    const rows::Row& row = *call.row;
     if (row.channel == rows::Channel::none || row.has(rows::does_nothing) || row.answers_record) {
         return true;
     }
     const auto arguments = row.arguments();
-    for (std::size_t i = 0; i < arguments.size() && i < planned.values.size(); i++) {
+    for (std::size_t i = 0; i < arguments.size() && i < call.values.size(); i++) {
         const auto is_idle = [&](const rows::Choice& choice) {
-            return choice.idle && (arguments[i].is_number() ? choice.number == planned.values[i].number
-                                                            : choice.name == planned.values[i].text);
+            return choice.idle && (arguments[i].is_number() ? choice.number == call.values[i].number
+                                                            : choice.name == call.values[i].text);
         };
-        if (arguments[i].is_result() ||
-            (planned.values[i].given && std::ranges::any_of(arguments[i].choices, is_idle))) {
+        if (arguments[i].is_result() || (call.values[i].given && std::ranges::any_of(arguments[i].choices, is_idle))) {
             return true;
         }
     }
@@ -178,12 +177,26 @@ std::string shown(const rows::Argument& argument, const KeptValues& values, bool
     return fmt::format("[{}]", items);
 }
 
-std::string name_of(const CallKey& key)
+std::vector<bool> hexadecimal_of(const PreparedCall& call)
+{
+    std::vector<bool> hexadecimal;
+    for (std::size_t i = 0; i < call.row->arguments().size(); i++) {
+        hexadecimal.push_back(i < call.values.size() && call.values[i].hexadecimal);
+    }
+    return hexadecimal;
+}
+
+std::string name_of(const PreparedCall& call)
+{
+    return name_of(key_of(call), hexadecimal_of(call));
+}
+
+std::string name_of(const CallKey& key, const std::vector<bool>& hexadecimal)
 {
     std::string name = key.row->full_name();
     for (std::size_t i = 0; i < key.values.size(); i++) {
         for (const KeptValue& value : is_object_of(key, i) ? key.values[i] : KeptValues()) {
-            name += ' ' + shown(key.row->arguments()[i], value);
+            name += ' ' + shown(key.row->arguments()[i], value, i < hexadecimal.size() && hexadecimal[i]);
         }
     }
     return name;

@@ -31,11 +31,11 @@ struct CallKey {
     bool operator==(const CallKey&) const = default;
 };
 
-CallKey key_of(const PreparedCall& planned);
+CallKey key_of(const PreparedCall& call);
 // The same of stored values.
 CallKey key_of(const rows::Row& row, std::vector<KeptValues> values, bool secret);
 // The call again. Throws an InputError where the values do not fit it.
-PreparedCall planned(const CallKey& key);
+PreparedCall prepare(const CallKey& key);
 
 // What calls about the same thing have in common: the row, and the arguments marked as its object. Sorted by family and
 // row, then by object, numbers as numbers.
@@ -51,10 +51,14 @@ Subject subject_of(const CallKey& key);
 std::vector<Subject> opposites_of(const CallKey& key);
 
 // Whether it only queries, does nothing or stays on this machine, so that a gateway has nothing to accept.
-bool changes_nothing(const PreparedCall& planned);
+bool changes_nothing(const PreparedCall& call);
+
+// Per argument: whether its number was typed in hexadecimal.
+std::vector<bool> hexadecimal_of(const PreparedCall& call);
 
 // "ip set-ip-address 0"
-std::string name_of(const CallKey& key);
+std::string name_of(const CallKey& key, const std::vector<bool>& hexadecimal = {});
+std::string name_of(const PreparedCall& call);
 // One argument as it is shown: 192.168.1.10, "Tower 17", [1, 2], the word for a number, or "not given".
 std::string shown(const rows::Argument& argument, const KeptValues& values, bool hexadecimal = false);
 std::string shown(const rows::Argument& argument, const KeptValue& value,

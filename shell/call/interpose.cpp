@@ -55,8 +55,8 @@ struct Captured {
 
 // The record of the functions called. They have no argument that could carry it, so there is only one.
 struct Boundary {
-    Observer* watch = nullptr; // the one in scope
-    int depth = 0;             // how many of the platform's own functions are running
+    Observer* observer = nullptr; // the one in scope
+    int depth = 0;                // how many of the platform's own functions are running
     std::vector<Unsent> unsent;
     Chain chain; // the library builds one at a time
     Captured captured;
@@ -64,14 +64,14 @@ struct Boundary {
 };
 Boundary boundary;
 
-bool watching()
+bool observing()
 {
-    return boundary.watch != nullptr && boundary.depth == 0;
+    return boundary.observer != nullptr && boundary.depth == 0;
 }
 
 bool captures()
 {
-    return watching() && boundary.watch->settings.capture;
+    return observing() && boundary.observer->settings.capture;
 }
 
 // A platform operation, in the platform library that is loaded behind this executable.
@@ -116,7 +116,7 @@ Unsent& unsent_of(const VOR_IPC_MSG_REF* message)
 
 bool is_secret(const char* text)
 {
-    return watching() && std::ranges::any_of(boundary.watch->values, [&](const rows::Value& each) {
+    return observing() && std::ranges::any_of(boundary.observer->values, [&](const rows::Value& each) {
                return each.secret && each.text.data() == text;
            });
 }
@@ -152,18 +152,18 @@ void take_size(Message& message)
 
 void trace(const std::string& line)
 {
-    if (boundary.watch->settings.trace && !boundary.watch->settings.capture) {
+    if (boundary.observer->settings.trace && !boundary.observer->settings.capture) {
         std::fprintf(stderr, "< %s\n", line.c_str());
     }
 }
 
 Message& push(Message message)
 {
-    Observer& watch = *boundary.watch;
-    if (watch.settings.trace) {
-        std::fprintf(stderr, "> %s\n", described(message, watch.row, watch.values).c_str());
+    Observer& observer = *boundary.observer;
+    if (observer.settings.trace) {
+        std::fprintf(stderr, "> %s\n", described(message, observer.row, observer.values).c_str());
     }
-    return watch.seen.messages.emplace_back(std::move(message));
+    return observer.seen.messages.emplace_back(std::move(message));
 }
 
 // A message that is sent now; the caller adds its outcome.
@@ -197,7 +197,7 @@ void take_answer(Message& message, VOR_IPC_MSG_REF* response)
     std::memcpy(&header, response->data_ptr, sizeof header);
     message.answer_id = header.opcode;
     const void* const payload = pass<vor_ipc_get_payload_ptr>(response, static_cast<vor_uint16>(0));
-    if (boundary.watch->row.answers_record) {
+    if (boundary.observer->row.answers_record) {
         trace(fmt::format("0x{:x} {}", header.opcode, payload != nullptr ? "record" : "empty"));
     } else if (payload == nullptr || header.payload_sz < sizeof(vor_int32)) {
         trace(fmt::format("0x{:x}, no status", header.opcode));
@@ -215,8 +215,8 @@ bool waited(Clock::time_point start)
 
 void note_connecting(bool done)
 {
-    if (watching() && !done) {
-        boundary.watch->seen.unconnected = true;
+    if (observing() && !done) {
+        boundary.observer->seen.unconnected = true;
     }
 }
 
@@ -256,7 +256,7 @@ vor_int32 serialize_captured(TLV_CHAIN* chain, vor_int32* size)
 template <auto Operation, class... Arguments>
 vor_int32 add(TLV_CHAIN* chain, Element element, Arguments... arguments)
 {
-    if (watching() && chain == boundary.chain.chain) {
+    if (observing() && chain == boundary.chain.chain) {
         boundary.chain.elements.push_back(std::move(element));
     }
     const vor_int32 result = pass<Operation>(chain, arguments...);
@@ -266,11 +266,10 @@ vor_int32 add(TLV_CHAIN* chain, Element element, Arguments... arguments)
 
 } // namespace
 
-// Managers' sockets are sap-0 to sap-240; vorcfg's own begin at 0x1000.
+// A socket's name is its SAP: sap-0 to sap-240 are managers'.
 std::string vorcfg::call::deserted_directory()
 {
     constexpr std::string_view prefix = "sap-";
-    constexpr unsigned first_of_shells = 0x1000;
     static auto* const operation = reinterpret_cast<const char* (*)()>(dlsym(RTLD_DEFAULT, "vorinfra_directory"));
     const char* const directory = operation != nullptr ? operation() : nullptr;
     if (directory == nullptr) {
@@ -279,8 +278,8 @@ std::string vorcfg::call::deserted_directory()
     std::error_code ignored;
     for (const auto& entry : std::filesystem::directory_iterator(directory, ignored)) {
         const std::string name = entry.path().filename().string();
-        const bool is_manager = name.starts_with(prefix) &&
-                                vor::number_in<unsigned>(name.substr(prefix.size())).value_or(0) < first_of_shells;
+        const bool is_manager =
+            name.starts_with(prefix) && vor::number_in<unsigned>(name.substr(prefix.size())).value_or(0) < first_sap;
         if (is_manager || name == "konfd.socket") {
             return {};
         }
@@ -293,7 +292,7 @@ Observer::Observer(Settings how, const rows::Row& called, std::span<const rows::
 {
     boundary.unsent.clear();
     boundary.chain = {};
-    boundary.watch = this;
+    boundary.observer = this;
     if (settings.capture) {
         vor_cfg_set_ipc_endpoint(&boundary.captured.handle);
     }
@@ -304,13 +303,13 @@ Observer::~Observer()
     if (settings.capture) {
         vor_cfg_set_ipc_endpoint(endpoint_);
     }
-    boundary.watch = nullptr;
+    boundary.observer = nullptr;
     boundary.captured.buffers.clear();
 }
 
 vor_int32 vor_tlv_chain_init(TLV_CHAIN* chain)
 {
-    if (watching()) {
+    if (observing()) {
         boundary.chain = {};
         boundary.chain.chain = chain;
     }
@@ -341,7 +340,7 @@ vor_int32 vor_tlv_chain_add_raw(TLV_CHAIN* chain, vor_uint16 tag, vor_uint16 len
 
 vor_int32 vor_tlv_chain_serialize(TLV_CHAIN* chain, unsigned char* destination, vor_int32* size)
 {
-    if (watching() && chain == boundary.chain.chain) {
+    if (observing() && chain == boundary.chain.chain) {
         boundary.chain.destination = destination;
     }
     return captures() ? serialize_captured(chain, size) : pass<vor_tlv_chain_serialize>(chain, destination, size);
@@ -366,7 +365,7 @@ void* vor_ipc_get_meta_data_ptr(VOR_IPC_MSG_REF* message)
 {
     void* const found = captures() ? static_cast<vor_uchar*>(message->data_ptr) + header_size
                                    : pass<vor_ipc_get_meta_data_ptr>(message);
-    if (watching()) {
+    if (observing()) {
         unsent_of(message).meta_data = static_cast<vor_uchar*>(found);
     }
     return found;
@@ -376,7 +375,7 @@ void* vor_ipc_get_payload_ptr(VOR_IPC_MSG_REF* message, vor_uint16 offset)
 {
     void* const found = captures() ? static_cast<vor_uchar*>(message->data_ptr) + header_size + offset
                                    : pass<vor_ipc_get_payload_ptr>(message, offset);
-    if (watching()) {
+    if (observing()) {
         Unsent& draft = unsent_of(message);
         if (draft.payload == nullptr) { // a second pointer looks further into the same payload
             draft.payload = static_cast<vor_uchar*>(found);
@@ -387,7 +386,7 @@ void* vor_ipc_get_payload_ptr(VOR_IPC_MSG_REF* message, vor_uint16 offset)
 
 void vor_ipc_drop_msg_buf(VOR_IPC_MSG_REF* message)
 {
-    if (watching()) {
+    if (observing()) {
         std::erase_if(boundary.unsent, [&](const Unsent& one) { return one.message == message->data_ptr; });
     }
     if (!captures()) {
@@ -399,7 +398,7 @@ vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_u
                                    VOR_IPC_MSG_REF* request, VOR_IPC_MSG_REF* response, vor_uint16 payload_length,
                                    vor_uint16 zero)
 {
-    if (!watching()) {
+    if (!observing()) {
         return pass<vor_ipc_request_response>(handle, sap, message_id, request, response, payload_length, zero);
     }
     Message& message = begin(Way::request, sap, message_id, request, payload_length);
@@ -424,7 +423,7 @@ vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_u
 vor_int32 vor_ipc_send(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 message_id, VOR_IPC_MSG_REF* message,
                        vor_uint16 payload_length, vor_uint16 zero)
 {
-    if (!watching()) {
+    if (!observing()) {
         return pass<vor_ipc_send>(handle, sap, message_id, message, payload_length, zero);
     }
     Message& sent = begin(Way::one_way, sap, message_id, message, payload_length);
@@ -437,14 +436,14 @@ vor_int32 vor_ipc_send(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 messag
     sent.unfit = result != 0 && errno == EMSGSIZE ? Unfit::bytes : Unfit::no;
     sent.unserved = messages_undelivered() != undelivered;
     sent.delivered = result == 0 && !sent.unserved;
-    trace(sent.delivered ? "sent one-way" : sent.unserved ? "nobody listens" : "send refused");
+    trace(sent.delivered ? "sent one-way" : sent.unserved ? "nothing listens" : "send refused");
     return result;
 }
 
 vor_int32 vor_ipc_debug(VOR_IPC_HANDLE* handle, vor_uint16 module_number)
 {
-    if (watching()) {
-        boundary.watch->seen.trace_switched = module_number;
+    if (observing()) {
+        boundary.observer->seen.trace_switched = module_number;
     }
     return pass_or<vor_ipc_debug>(0, handle, module_number);
 }
@@ -478,7 +477,7 @@ vor_int32 vor_socket_close(void* socket, vor_uchar option)
 
 vor_int32 vor_send(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
 {
-    if (!watching()) {
+    if (!observing()) {
         return pass<vor_send>(fd, buffer, count, flags);
     }
     Message message;
@@ -504,9 +503,9 @@ vor_int32 vor_recv(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
         return judged;
     }
     const vor_int32 result = pass<vor_recv>(fd, buffer, count, flags);
-    if (watching() && result > 0 && !boundary.watch->seen.messages.empty()) {
+    if (observing() && result > 0 && !boundary.observer->seen.messages.empty()) {
         const std::size_t length = std::min(static_cast<std::size_t>(result), judged);
-        Message& last = boundary.watch->seen.messages.back();
+        Message& last = boundary.observer->seen.messages.back();
         last.answer = std::string(static_cast<char*>(buffer), strnlen(static_cast<char*>(buffer), length));
         trace("konfd " + vor::printable(*last.answer));
     }
@@ -520,8 +519,8 @@ VOR_TIMER_HANDLE* vor_timer_create(vor_uint32 option, void* context, VOR_TIMER_C
 
 vor_int32 vor_timer_start(VOR_TIMER_HANDLE* timer, vor_uint32 milliseconds, vor_uint32 option)
 {
-    if (watching()) {
-        boundary.watch->seen.timer = milliseconds;
+    if (observing()) {
+        boundary.observer->seen.timer = milliseconds;
     }
     return timer == &boundary.captured.timer ? 0 : pass<vor_timer_start>(timer, milliseconds, option);
 }

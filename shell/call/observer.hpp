@@ -15,6 +15,9 @@
 
 namespace vorcfg::call {
 
+// The shells' endpoints, which no manager uses, begin here.
+inline constexpr std::uint16_t first_sap = 0x1000;
+
 struct Observation {
     std::vector<Message> messages;
     std::optional<std::uint16_t> trace_switched; // the module whose platform trace was switched
@@ -32,7 +35,7 @@ public:
     };
 
     // The call's values say what is secret; a record that is answered does not begin with a status.
-    Observer(Settings wanted, const rows::Row& called, std::span<const rows::Value> given);
+    Observer(Settings settings, const rows::Row& called, std::span<const rows::Value> given);
     Observer(const Observer&) = delete;
     Observer& operator=(const Observer&) = delete;
     ~Observer();

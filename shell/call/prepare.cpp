@@ -123,7 +123,7 @@ std::vector<input::Word> in_order(const rows::Row& row, std::vector<input::Word>
 
 } // namespace
 
-PreparedCall plan(std::span<const input::Word> line, input::Secrets& secrets, const input::Place& place)
+PreparedCall prepare(std::span<const input::Word> line, input::Secrets& secrets, const input::Place& place)
 {
     std::vector<input::Word> words(line.begin(), line.end());
     for (std::size_t i = 0; i < words.size(); i++) {

@@ -17,6 +17,6 @@ struct PreparedCall {
 };
 
 // The call of a line. Throws an InputError that names the word.
-PreparedCall plan(std::span<const input::Word> line, input::Secrets& secrets, const input::Place& place = {});
+PreparedCall prepare(std::span<const input::Word> line, input::Secrets& secrets, const input::Place& place = {});
 
 } // namespace vorcfg::call

@@ -18,13 +18,13 @@ input::ExitCode worse(input::ExitCode one, input::ExitCode other)
     return std::ranges::find(order, one) > std::ranges::find(order, other) ? one : other;
 }
 
-bool Tally::count(const PreparedCall& planned, Outcome outcome)
+bool Tally::count(const PreparedCall& call, Outcome outcome)
 {
-    if (exit_of(outcome) == input::exit_ok || (outcome == Outcome::unread && planned.row->has(rows::answer_unread))) {
+    if (exit_of(outcome) == input::exit_ok || (outcome == Outcome::unread && call.row->has(rows::answer_unread))) {
         succeeded[static_cast<std::size_t>(outcome)]++;
         return true;
     }
-    failed.push_back({planned.place.line, outcome});
+    failed.push_back({call.place.line, outcome});
     worst = worse(exit_of(outcome), worst);
     return false;
 }
@@ -43,12 +43,12 @@ std::vector<std::size_t> Tally::failed_lines() const
     return lines;
 }
 
-void wait_for(const rows::Row& row, const CallResult& report, const std::function<void(unsigned)>& rest)
+void wait_for(const rows::Row& row, const CallResult& result, const std::function<void(unsigned)>& rest)
 {
-    if (row.has(rows::waits) && report.seen.timer && report.verdict.outcome == Outcome::sent) {
+    if (row.has(rows::waits) && result.seen.timer && result.verdict.outcome == Outcome::sent) {
         vor::print(stderr,
                    "vorcfg: waiting until the timer is due: it ends with this process; interrupt to cancel it\n");
-        rest(*report.seen.timer);
+        rest(*result.seen.timer);
     }
 }
 
@@ -71,30 +71,30 @@ BatchRunner::BatchRunner(const input::Options& options, std::size_t calls, Repor
 {
 }
 
-bool BatchRunner::make(PreparedCall& planned)
+bool BatchRunner::make(PreparedCall& call)
 {
     if (watchdog_.ended()) {
         return false;
     }
     if (hooks_.before) {
-        hooks_.before(planned);
+        hooks_.before(call);
     }
-    CallResult report;
+    CallResult result;
     {
-        under_way_ = &planned;
-        const Watchdog::Call call(watchdog_);
-        report = session_.make(planned);
+        under_way_ = &call;
+        const Watchdog::Call watched(watchdog_);
+        result = session_.make(call);
     }
     left_--;
-    const bool success = tally_.count(planned, report.verdict.outcome);
-    const bool reported = reporter_.report_call(planned, report, left_);
+    const bool success = tally_.count(call, result.verdict.outcome);
+    const bool reported = reporter_.report_call(call, result, left_);
     if (hooks_.after) {
-        hooks_.after(planned, report);
+        hooks_.after(call, result);
     }
     if (!reported || (!success && !options_.keep_going)) {
         return false;
     }
-    wait_for(*planned.row, report, [this](unsigned milliseconds) { watchdog_.rest(milliseconds); });
+    wait_for(*call.row, result, [this](unsigned milliseconds) { watchdog_.rest(milliseconds); });
     return !watchdog_.ended();
 }
 
@@ -103,11 +103,11 @@ bool BatchRunner::make(PreparedCall& planned)
 int BatchRunner::give_up(const char* why)
 {
     end_captures();
-    CallResult report;
-    report.verdict = {Outcome::unknown, fmt::format("unknown: {}, it may or may not have been done", why)};
+    CallResult result;
+    result.verdict = {Outcome::unknown, fmt::format("unknown: {}, it may or may not have been done", why)};
     left_--;
     tally_.count(*under_way_, Outcome::unknown);
-    reporter_.report_call(*under_way_, report, left_);
+    reporter_.report_call(*under_way_, result, left_);
     const int exit = finish();
     if (hooks_.given_up) {
         hooks_.given_up();

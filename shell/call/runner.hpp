@@ -26,21 +26,21 @@ struct Tally {
     input::ExitCode worst = input::exit_ok;
 
     // Whether the call succeeded.
-    bool count(const PreparedCall& planned, Outcome outcome);
+    bool count(const PreparedCall& call, Outcome outcome);
     unsigned successes(Outcome outcome) const { return succeeded[static_cast<std::size_t>(outcome)]; }
     unsigned failures(Outcome outcome) const;
     std::vector<std::size_t> failed_lines() const;
 };
 
 // Where a call started a timer, which ends with this process: waits until it is due.
-void wait_for(const rows::Row& row, const CallResult& report, const std::function<void(unsigned milliseconds)>& rest);
+void wait_for(const rows::Row& row, const CallResult& result, const std::function<void(unsigned milliseconds)>& rest);
 
 // Reports a run.
 class Reporter {
 public:
     virtual ~Reporter() = default;
     // A call, and how many are left; false where the report cannot be written any more.
-    virtual bool report_call(const PreparedCall& planned, const CallResult& report, std::size_t left) = 0;
+    virtual bool report_call(const PreparedCall& call, const CallResult& result, std::size_t left) = 0;
     // The totals; the exit code.
     virtual int finish(const Tally& tally, std::size_t left, bool interrupted) = 0;
 };
@@ -57,7 +57,7 @@ public:
     BatchRunner(const input::Options& options, std::size_t calls, Reporter& reporter, Hooks hooks);
 
     // Whether to continue.
-    bool make(PreparedCall& planned);
+    bool make(PreparedCall& call);
     // Reports the totals; the exit code.
     int finish();
 

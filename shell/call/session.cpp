@@ -16,8 +16,7 @@ namespace vorcfg::call {
 
 namespace {
 
-// Not used by managers; tried in turn, so that several shells can run at once.
-constexpr std::uint16_t first_sap = 0x1000;
+// Tried in turn from the first on, so that several shells can run at once.
 constexpr std::uint16_t last_sap = 0x103f;
 
 // Keeps the library's output apart from the shell's: captures what is written to a descriptor until `take` or the end
@@ -123,9 +122,9 @@ bool Session::bind(std::string& complaints)
     return bound_;
 }
 
-CallResult Session::make(PreparedCall& planned)
+CallResult Session::make(PreparedCall& call)
 {
-    const rows::Row& row = *planned.row;
+    const rows::Row& row = *call.row;
     std::string complaints;
     if (row.channel == rows::Channel::manager && !settings_.capture && !bind(complaints)) {
         const std::string where = sap_ ? fmt::format("SAP {}", *sap_) : "any SAP";
@@ -133,9 +132,9 @@ CallResult Session::make(PreparedCall& planned)
         return {.verdict = {Outcome::no_endpoint, fmt::format("not sent: no endpoint at {}", where)},
                 .library = {lines.begin(), lines.end()}};
     }
-    CallResult report;
+    CallResult result;
     std::string library;
-    Observer watch(settings_, row, planned.values);
+    Observer observer(settings_, row, call.values);
     vor_errno = 0;
     {
         Capture printed(STDOUT_FILENO);
@@ -143,64 +142,64 @@ CallResult Session::make(PreparedCall& planned)
         if (settings_.capture && !settings_.trace) {
             complained.emplace(STDERR_FILENO);
         }
-        report.back = row.make(row, planned.values);
+        result.back = row.make(row, call.values);
         library = printed.take();
     }
     if (vor_cfg_get_sock_endpoint() != nullptr) { // a call that fails leaves its connection open
         vor_cfg_remove_sock_endpoint();
     }
     for (const std::string_view line : vor::lines_in(library)) {
-        report.library.push_back(vor::printable(without_secrets(line, planned.values)));
+        result.library.push_back(vor::printable(without_secrets(line, call.values)));
     }
-    report.manager_errno = vor_errno;
-    report.seen = std::move(watch.seen);
+    result.manager_errno = vor_errno;
+    result.seen = std::move(observer.seen);
     const auto is_lost = [](const Message& message) { return !message.delivered; };
-    if (!settings_.capture && (report.seen.unconnected || std::ranges::any_of(report.seen.messages, is_lost))) {
-        report.seen.deserted = deserted_directory();
+    if (!settings_.capture && (result.seen.unconnected || std::ranges::any_of(result.seen.messages, is_lost))) {
+        result.seen.deserted = deserted_directory();
     }
-    const bool captured = settings_.capture && (!report.seen.messages.empty() || report.seen.trace_switched);
-    report.verdict = captured ? Verdict{Outcome::dry_run, "dry run, nothing sent"}
-                              : judged(row, report.back, report.manager_errno, report.seen);
-    return report;
+    const bool captured = settings_.capture && (!result.seen.messages.empty() || result.seen.trace_switched);
+    result.verdict = captured ? Verdict{Outcome::dry_run, "dry run, nothing sent"}
+                              : judged(row, result.back, result.manager_errno, result.seen);
+    return result;
 }
 
 namespace {
 
 // The argument to shorten where a message is too long: the list, or the longest text.
-std::size_t most_of(const PreparedCall& planned, Unfit unfit)
+std::size_t most_of(const PreparedCall& call, Unfit unfit)
 {
-    const auto arguments = planned.row->arguments();
+    const auto arguments = call.row->arguments();
     std::size_t longest = 0;
-    for (std::size_t i = 0; i < planned.values.size(); i++) {
-        longest = planned.values[i].text.size() > planned.values[longest].text.size() ? i : longest;
+    for (std::size_t i = 0; i < call.values.size(); i++) {
+        longest = call.values[i].text.size() > call.values[longest].text.size() ? i : longest;
     }
     return unfit == Unfit::elements ? arguments.size() - 1 : longest;
 }
 
 } // namespace
 
-void rehearse(PreparedCall& planned)
+void rehearse(PreparedCall& call)
 {
-    if (planned.row->channel == rows::Channel::none) {
+    if (call.row->channel == rows::Channel::none) {
         return;
     }
-    const CallResult report = Session({.capture = true}, std::nullopt).make(planned);
-    for (const Message& message : report.seen.messages) {
+    const CallResult result = Session({.capture = true}, std::nullopt).make(call);
+    for (const Message& message : result.seen.messages) {
         if (message.unfit != Unfit::no) {
-            const auto arguments = planned.row->arguments();
-            const std::size_t value = most_of(planned, message.unfit);
+            const auto arguments = call.row->arguments();
+            const std::size_t value = most_of(call, message.unfit);
             const std::string argument(arguments[std::min(value, arguments.size() - 1)].name);
             throw input::InputError{.text = fmt::format("{} does not fit: {}", argument, unfit_text(message)),
                                     .argument = argument,
-                                    .word = planned.values[value].word,
-                                    .call = planned.row->full_name()};
+                                    .word = call.values[value].word,
+                                    .call = call.row->full_name()};
         }
     }
-    if (report.seen.messages.empty() && !report.back.succeeded()) {
+    if (result.seen.messages.empty() && !result.back.succeeded()) {
         throw input::InputError{
-            .text = fmt::format("the library refuses this call and would send nothing (code {})", *report.back.code),
+            .text = fmt::format("the library refuses this call and would send nothing (code {})", *result.back.code),
             .word = 1,
-            .call = planned.row->full_name()};
+            .call = call.row->full_name()};
     }
 }
 

@@ -27,7 +27,7 @@ public:
     Session& operator=(const Session&) = delete;
     ~Session();
 
-    CallResult make(PreparedCall& planned);
+    CallResult make(PreparedCall& call);
 
 private:
     bool bind(std::string& complaints);
@@ -41,6 +41,6 @@ private:
 void end_captures();
 
 // Tries the call on a platform that only captures, and throws an InputError where the library itself refuses it.
-void rehearse(PreparedCall& planned);
+void rehearse(PreparedCall& call);
 
 } // namespace vorcfg::call

@@ -65,6 +65,11 @@ Verdict nothing_listens(const Observation& seen)
             "start vorsim, or set VORINFRA_DIR"};
 }
 
+std::string running_hint(std::string_view manager)
+{
+    return fmt::format("is {} running?", manager);
+}
+
 Verdict undelivered(const Message& message, const rows::Returned& back, const Observation& seen)
 {
     const std::string manager = manager_name(message.sap);
@@ -76,13 +81,14 @@ Verdict undelivered(const Message& message, const rows::Returned& back, const Ob
         return nothing_listens(seen);
     }
     if (message.unserved) {
-        return {Outcome::not_delivered,
-                fmt::format("not delivered: nobody listens{}; is {} running?", timer_text(seen), manager)};
+        return {Outcome::not_delivered, fmt::format("not delivered: nothing listens{}", timer_text(seen)),
+                running_hint(manager)};
     }
-    return {Outcome::not_delivered, fmt::format("not delivered: {} refused{}; {}",
-                                                message.way == Way::request ? "exchange" : "send", code_text(back),
-                                                message.unfit == Unfit::no ? fmt::format("is {} running?", manager)
-                                                                           : "the message is too long")};
+    const bool fits = message.unfit == Unfit::no;
+    return {Outcome::not_delivered,
+            fmt::format("not delivered: {} refused{}{}", message.way == Way::request ? "exchange" : "send",
+                        code_text(back), fits ? "" : "; the message is too long"),
+            fits ? running_hint(manager) : ""};
 }
 
 Verdict answered(const rows::Row& row, const rows::Returned& back, std::int32_t manager_errno, const Message& message)
@@ -113,7 +119,7 @@ Verdict judged_konfd(const rows::Returned& back, const Observation& seen)
         return nothing_listens(seen);
     }
     if (seen.unconnected) {
-        return {Outcome::not_delivered, fmt::format("not delivered: no connection{}; is konfd running?", code)};
+        return {Outcome::not_delivered, fmt::format("not delivered: no connection{}", code), running_hint("konfd")};
     }
     if (seen.messages.empty()) {
         return {Outcome::not_sent, fmt::format("not sent{}", code)};
@@ -141,7 +147,7 @@ Verdict judged_messages(const rows::Row& row, const rows::Returned& back, std::i
     if (!last.delivered && notice) {
         return {Outcome::not_delivered,
                 fmt::format("accepted by {}, but the notice to SAP {} was {}", first_manager, last.sap,
-                            last.unserved ? "not delivered: nobody listens" : "refused" + code_text(back))};
+                            last.unserved ? "not delivered: nothing listens" : "refused" + code_text(back))};
     }
     if (!last.delivered) {
         return undelivered(last, back, seen);

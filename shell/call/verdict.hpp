@@ -18,7 +18,7 @@ enum class Outcome {
     dry_run,       // captured
     refused,       // by the manager or konfd
     rejected,      // by the call itself
-    not_delivered, // the platform refused, or nobody listens
+    not_delivered, // the platform refused, or nothing listens
     not_sent,
     unread,  // delivered, the verdict cannot be read
     unknown, // no answer in time

@@ -1,6 +1,7 @@
 #include "help/help.hpp"
 
 #include <algorithm>
+#include <unistd.h>
 
 #include <fmt/core.h>
 
@@ -21,12 +22,11 @@ constexpr std::string_view about_words = "Numbers are decimal or 0x. A secret is
                                          "input) or '?' (a prompt); one left out "
                                          "on the command line is prompted for.";
 
-constexpr std::size_t line_width = 80;
-
 // Lines that fit, all but the first indented.
 std::string hanging(std::string_view text, std::size_t indent)
 {
-    return vor::joined(vor::wrapped(text, line_width - indent), '\n' + std::string(indent, ' ')) + '\n';
+    const std::size_t width = help_width(STDOUT_FILENO);
+    return vor::joined(vor::wrapped(text, width - std::min(indent, width / 2)), '\n' + std::string(indent, ' ')) + '\n';
 }
 
 std::string help_paragraph(std::string_view text, std::size_t indent = 0)
@@ -56,6 +56,11 @@ public:
 private:
     std::vector<std::pair<std::string, std::string>> rows_;
 };
+
+std::string usage_text(const rows::Row& row)
+{
+    return hanging(fmt::format("usage: vorcfg {}", rows::usage_of(row)), 4);
+}
 
 std::string option_text(const input::OptionRow& row)
 {
@@ -123,6 +128,13 @@ std::string listed(bool json, Selects selects)
 
 } // namespace
 
+std::size_t help_width(int descriptor)
+{
+    constexpr std::size_t least = 20;
+    constexpr std::size_t most = 80;
+    return std::clamp(vor::screen_of(descriptor, vor::ColorWhen::never).width, least, most);
+}
+
 std::string help()
 {
     std::string text = fmt::format(
@@ -168,7 +180,7 @@ std::string brief_help(const rows::Family& family)
     for (const rows::Row& row : family.rows) {
         width = std::max(width, row.name.size() + 2);
     }
-    const std::size_t columns = (line_width - 2) / width;
+    const std::size_t columns = std::max<std::size_t>((help_width(STDOUT_FILENO) - 2) / width, 1);
     std::string text = fmt::format("usage: vorcfg {} CALL ARGUMENT...\n", family.name);
     for (std::size_t i = 0; i < family.rows.size(); i++) {
         const bool ends = i % columns == columns - 1 || i + 1 == family.rows.size();
@@ -177,15 +189,6 @@ std::string brief_help(const rows::Family& family)
     }
     return text;
 }
-
-namespace {
-
-std::string usage_text(const rows::Row& row)
-{
-    return hanging(fmt::format("usage: vorcfg {}", rows::usage_of(row)), 4);
-}
-
-} // namespace
 
 std::string help(const rows::Row& row)
 {

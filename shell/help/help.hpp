@@ -12,6 +12,9 @@
 
 namespace vorcfg::help {
 
+// How wide help is at this terminal, or in a file.
+std::size_t help_width(int descriptor);
+
 // All of it; the brief one is on one screen of 24 rows.
 std::string help();
 std::string help(const rows::Family& family);
@@ -21,8 +24,8 @@ std::string brief_help();
 std::string brief_help(const rows::Family& family);
 std::string brief_help(const rows::Row& row);
 
-// Shows the text through $PAGER, or less, where standard output is a terminal; else prints it.
-void page(std::string_view text);
+// Shows the text through $PAGER, or less, where standard output is a terminal that is not dumb; else prints it.
+void show_in_pager(std::string_view text);
 
 // Adds a hint to an error about an argument, and lines that show where it is.
 void point_out(input::InputError& error, std::span<const input::Word> words);

@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <fmt/core.h>
 
 #include "help/help.hpp"
@@ -44,7 +46,7 @@ Excerpt usage(const input::InputError& error, const rows::Row& row)
 
 void point_out(input::InputError& error, std::span<const input::Word> words)
 {
-    constexpr std::size_t widest = 80;
+    const std::size_t widest = help_width(STDERR_FILENO);
     const rows::Row* const row = words.size() > 1 ? rows::row_named(words[0].text, words[1].text) : nullptr;
     if (row == nullptr) {
         return;

@@ -62,13 +62,9 @@ void take_line(Options& options, const OptionRow& row, std::string_view value)
     options.from = within(1, UINT32_MAX, vor::number_in<std::uint32_t>(value), row, value);
 }
 
-void take_color(Options& options, const OptionRow& row, std::string_view value)
+void take_color(Options& options, const OptionRow&, std::string_view value)
 {
-    const auto when = vor::color_when(value);
-    if (!when) {
-        throw InputError{fmt::format("{} must be auto, always or never, not \"{}\"", row.name, value)};
-    }
-    options.color = *when;
+    options.color = vor::color_when(value);
 }
 
 void take_password(Options& options, const OptionRow& row, std::string_view value)
@@ -202,9 +198,6 @@ try {
         }
         const std::string* const next = used < typed.size() ? &typed[used].text : nullptr;
         const std::string_view value = option.value_of(*row, next, used);
-        if (!row->value.empty() && value.empty()) {
-            throw InputError{fmt::format("{} needs a value", row->name)};
-        }
         row->take(options, *row, value);
         options.brief = options.brief || word.text == "-h";
         options.given.push_back(row);

@@ -19,16 +19,16 @@ std::string one_line(std::string text, const std::string& source)
     if (text.ends_with('\n')) {
         text.pop_back();
     }
-    const char* const wrong = text.empty() ? "is empty; an empty secret is written \"\" in a file"
-                              : text.starts_with(vor::byte_order_mark)
-                                  ? "begins with a byte order mark; save it as plain text"
-                              : text.ends_with('\r') ? "ends with a carriage return; save it with Unix line endings"
-                              : text.find('\n') != std::string::npos ? "has more than one line"
-                              : text.find('\0') != std::string::npos ? "contains a zero byte"
-                                                                     : nullptr;
-    if (wrong != nullptr) {
-        throw InputError{fmt::format("{} {}", source, wrong), exit_no_input};
-    }
+    const auto refuse_if = [&](bool wrong, std::string_view why, std::string hint = {}) {
+        if (wrong) {
+            throw InputError{.text = fmt::format("{} {}", source, why), .exit = exit_no_input, .hint = std::move(hint)};
+        }
+    };
+    refuse_if(text.empty(), "is empty", "write an empty secret as \"\" in a file of calls");
+    refuse_if(text.starts_with(vor::byte_order_mark), "begins with a byte order mark", "save it as plain text");
+    refuse_if(text.ends_with('\r'), "ends with a carriage return", "save it with Unix line endings");
+    refuse_if(text.find('\n') != std::string::npos, "has more than one line");
+    refuse_if(text.find('\0') != std::string::npos, "contains a zero byte");
     return text;
 }
 
@@ -63,7 +63,9 @@ public:
     explicit Prompt(std::string_view name) : terminal(open("/dev/tty", O_RDWR | O_CLOEXEC))
     {
         if (terminal < 0 || tcgetattr(terminal, &before_) != 0) {
-            throw InputError{"no terminal to prompt on; give @FILE, or - for standard input", exit_no_input};
+            throw InputError{.text = "no terminal to prompt on",
+                             .exit = exit_no_input,
+                             .hint = "give @FILE, or - for a line of standard input"};
         }
         struct sigaction action {};
         for (std::size_t i = 0; i < std::size(signals); i++) {

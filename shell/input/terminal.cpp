@@ -38,14 +38,14 @@ bool Waiting::wait(int input)
     return !interrupted_;
 }
 
-bool Waiting::wait(std::span<pollfd> inputs)
+bool Waiting::wait(std::span<pollfd> inputs, const timespec* limit)
 {
     struct sigaction comes {};
     struct sigaction before {};
     comes.sa_handler = [](int) { interrupt_came = 1; };
     interrupt_came = 0;
     sigaction(SIGINT, &comes, &before);
-    while (ppoll(inputs.data(), inputs.size(), nullptr, &before_) < 0 && errno == EINTR && interrupt_came == 0) {}
+    while (ppoll(inputs.data(), inputs.size(), limit, &before_) < 0 && errno == EINTR && interrupt_came == 0) {}
     sigaction(SIGINT, &before, nullptr);
     interrupted_ = interrupt_came != 0;
     return !interrupted_;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <csignal>
+#include <ctime>
 #include <poll.h>
 #include <span>
 #include <string_view>
@@ -19,7 +20,7 @@ public:
 
     // False if Ctrl-C ended it.
     bool wait(int input = STDIN_FILENO);
-    bool wait(std::span<pollfd> inputs);
+    bool wait(std::span<pollfd> inputs, const timespec* limit = nullptr);
     bool was_interrupted() const { return interrupted_; }
 
 private:

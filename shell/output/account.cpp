@@ -10,20 +10,20 @@
 
 namespace vorcfg::output {
 
-int print_error(const input::InputError& complaint, bool json)
+int print_error(const input::InputError& error, bool json)
 {
     std::fflush(stdout);
-    vor::print(stderr, json ? json_of(complaint) : text_of(complaint));
-    const bool in_file = !complaint.place.file.empty(); // one line per error, unless it is read at a terminal
-    if (!json && !complaint.hint.empty() && (!in_file || isatty(STDERR_FILENO) == 1)) {
-        vor::print_line(stderr, fmt::format("hint: {}", complaint.hint));
+    vor::print(stderr, json ? json_of(error) : text_of(error));
+    const bool in_file = !error.place.file.empty(); // one line per error, unless it is read at a terminal
+    if (!json && !error.hint.empty() && (!in_file || isatty(STDERR_FILENO) == 1)) {
+        vor::print_line(stderr, fmt::format("hint: {}", error.hint));
     }
-    return complaint.exit;
+    return error.exit;
 }
 
 std::function<int(const input::InputError&)> error_printer(bool json)
 {
-    return [json](const input::InputError& complaint) { return print_error(complaint, json); };
+    return [json](const input::InputError& error) { return print_error(error, json); };
 }
 
 vor::Screen screen_of(const input::Options& options)
@@ -31,31 +31,31 @@ vor::Screen screen_of(const input::Options& options)
     return vor::screen_of(STDOUT_FILENO, options.color);
 }
 
-void Account::expect(const std::string& name)
+void ConsoleReporter::expect(const std::string& name)
 {
     calls_++;
     table_.fit(cells_of(0, {call::Outcome::accepted, {}}, name));
 }
 
-std::string Account::shown(const call::PreparedCall& planned, const call::CallResult& report) const
+std::string ConsoleReporter::shown(const call::PreparedCall& call, const call::CallResult& result) const
 {
     if (json_) {
-        return json_of(planned, report);
+        return json_of(call, result);
     }
-    return table_.screen().is_terminal ? row_of(planned, report, table_) : text_of(planned, report, table_.screen());
+    return table_.screen().is_terminal ? row_of(call, result, table_) : text_of(call, result, table_.screen());
 }
 
-bool Account::report_call(const call::PreparedCall& planned, const call::CallResult& report, std::size_t left)
+bool ConsoleReporter::report_call(const call::PreparedCall& call, const call::CallResult& result, std::size_t left)
 {
     progress_.clear();
     errno = 0;
-    vor::print(stdout, shown(planned, report));
+    vor::print(stdout, shown(call, result));
     error_ = error_ != 0 || std::ferror(stdout) == 0 ? error_ : errno;
     progress_.show(calls_ - left, calls_);
     return std::ferror(stdout) == 0;
 }
 
-int Account::finish(const call::Tally& tally, std::size_t left, bool interrupted)
+int ConsoleReporter::finish(const call::Tally& tally, std::size_t left, bool interrupted)
 {
     progress_.clear();
     if (interrupted) {

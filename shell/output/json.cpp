@@ -51,13 +51,13 @@ Json json_of(const call::Element& element)
     return json;
 }
 
-Json json_of(const call::Message& message, const call::PreparedCall& planned)
+Json json_of(const call::Message& message, const call::PreparedCall& call)
 {
     static constexpr const char* ways[] = {"request", "one-way", "konfd"};
     Json json{{"way", ways[static_cast<std::size_t>(message.way)]},
-              {"text", call::described(message, *planned.row, planned.values)}};
+              {"text", call::described(message, *call.row, call.values)}};
     if (message.way == call::Way::konfd) {
-        json["command"] = call::without_secrets(message.command, planned.values);
+        json["command"] = call::without_secrets(message.command, call.values);
         json["bytes"] = message.counted;
     } else {
         json["sap"] = message.sap;
@@ -70,7 +70,7 @@ Json json_of(const call::Message& message, const call::PreparedCall& planned)
         for (const call::Element& element : message.elements) {
             json["elements"].push_back(json_of(element));
         }
-    } else if (const auto fields = call::fields_of(message, *planned.row)) {
+    } else if (const auto fields = call::fields_of(message, *call.row)) {
         json["fields"] = json_of(*fields);
     }
     json["delivered"] = message.timed_out ? Json() : Json(message.delivered); // null: not known
@@ -81,22 +81,22 @@ Json json_of(const call::Message& message, const call::PreparedCall& planned)
 }
 
 // The given values by their arguments' names.
-Json values_json(const call::PreparedCall& planned)
+Json values_json(const call::PreparedCall& call)
 {
     Json values = Json::object();
-    const auto arguments = planned.row->arguments();
+    const auto arguments = call.row->arguments();
     for (std::size_t i = 0; i < arguments.size(); i++) {
         const rows::Argument& argument = arguments[i];
         const auto json_at = [&](std::size_t index) {
-            const rows::Value& value = planned.values[index];
+            const rows::Value& value = call.values[index];
             return argument.is_number() ? Json(value.number) : Json(value.secret ? std::string(vor::mask) : value.text);
         };
         if (argument.is_list) {
             Json& items = values[argument.name] = Json::array();
-            for (std::size_t item = i; item < planned.values.size(); item++) {
+            for (std::size_t item = i; item < call.values.size(); item++) {
                 items.push_back(json_at(item));
             }
-        } else if (!argument.is_result() && planned.values[i].given) {
+        } else if (!argument.is_result() && call.values[i].given) {
             values[argument.name] = json_at(i);
         }
     }
@@ -104,18 +104,18 @@ Json values_json(const call::PreparedCall& planned)
 }
 
 // The values, and the words that stand for them.
-void add_arguments(Json& json, const call::PreparedCall& planned)
+void add_arguments(Json& json, const call::PreparedCall& call)
 {
     Json words = Json::object();
-    const auto arguments = planned.row->arguments();
-    for (std::size_t i = 0; i < arguments.size() && i < planned.values.size(); i++) {
+    const auto arguments = call.row->arguments();
+    for (std::size_t i = 0; i < arguments.size() && i < call.values.size(); i++) {
         for (const rows::Choice& choice : arguments[i].choices) {
-            if (arguments[i].is_number() && planned.values[i].given && choice.number == planned.values[i].number) {
+            if (arguments[i].is_number() && call.values[i].given && choice.number == call.values[i].number) {
                 words[arguments[i].name] = choice.name;
             }
         }
     }
-    json["arguments"] = values_json(planned);
+    json["arguments"] = values_json(call);
     if (!words.empty()) {
         json["words"] = words;
     }
@@ -152,45 +152,45 @@ Json json_of(const rows::Argument& argument, const rows::CallContract& contract)
 
 } // namespace
 
-std::string json_of(const call::PreparedCall& planned, const call::CallResult& report)
+std::string json_of(const call::PreparedCall& call, const call::CallResult& result)
 {
     Json json{{"schema", schema}};
-    if (!planned.place.file.empty()) {
-        json["file"] = planned.place.file;
-        json["line"] = planned.place.line;
+    if (!call.place.file.empty()) {
+        json["file"] = call.place.file;
+        json["line"] = call.place.line;
     }
-    json["call"] = planned.row->full_name();
-    add_arguments(json, planned);
-    json["outcome"] = call::name_of(report.verdict.outcome);
-    json["verdict"] = report.verdict.text;
-    json["exit"] = call::exit_of(report.verdict.outcome);
-    if (report.back.code && report.verdict.outcome != call::Outcome::no_endpoint) {
-        json["code"] = *report.back.code;
+    json["call"] = call.row->full_name();
+    add_arguments(json, call);
+    json["outcome"] = call::name_of(result.verdict.outcome);
+    json["verdict"] = result.verdict.text;
+    json["exit"] = call::exit_of(result.verdict.outcome);
+    if (result.back.code && result.verdict.outcome != call::Outcome::no_endpoint) {
+        json["code"] = *result.back.code;
     }
-    json.add("status", report.manager_errno);
+    json.add("status", result.manager_errno);
     json["messages"] = Json::array();
-    for (const call::Message& message : report.seen.messages) {
-        json["messages"].push_back(json_of(message, planned));
+    for (const call::Message& message : result.seen.messages) {
+        json["messages"].push_back(json_of(message, call));
     }
-    json["library"] = Json::array(report.library);
-    if (!report.back.fields.empty() && report.verdict.outcome != call::Outcome::dry_run) {
-        json["result"] = json_of(report.back.fields);
+    json["library"] = Json::array(result.library);
+    if (!result.back.fields.empty() && result.verdict.outcome != call::Outcome::dry_run) {
+        json["result"] = json_of(result.back.fields);
     }
     return line_of(json);
 }
 
-std::string json_of(const input::InputError& complaint)
+std::string json_of(const input::InputError& error)
 {
     Json json{{"schema", schema}};
-    if (!complaint.place.file.empty()) {
-        json["file"] = complaint.place.file;
-        json["line"] = complaint.place.line;
-        json["column"] = complaint.place.column;
+    if (!error.place.file.empty()) {
+        json["file"] = error.place.file;
+        json["line"] = error.place.line;
+        json["column"] = error.place.column;
     }
-    json.add("call", complaint.call);
-    json.add("argument", complaint.argument);
-    json["complaint"] = complaint.text;
-    json["exit"] = complaint.exit;
+    json.add("call", error.call);
+    json.add("argument", error.argument);
+    json["complaint"] = error.text;
+    json["exit"] = error.exit;
     return line_of(json);
 }
 

@@ -20,11 +20,11 @@ inline constexpr int schema = 2;
 vor::Screen screen_of(const input::Options& options);
 
 // As text, its lines ended: "can set-id 1: accepted by canmgr", in front of it the place of a file's line.
-std::string text_of(const call::PreparedCall& planned, const call::CallResult& report, const vor::Screen& screen = {});
-std::string text_of(const input::InputError& complaint);
+std::string text_of(const call::PreparedCall& call, const call::CallResult& result, const vor::Screen& screen = {});
+std::string text_of(const input::InputError& error);
 // A file's line at a terminal: the line's number, the outcome, the call and its object, the rest of the verdict.
 vor::Cells cells_of(std::size_t line, const call::Verdict& verdict, const std::string& name);
-std::string row_of(const call::PreparedCall& planned, const call::CallResult& report, const vor::Table& table);
+std::string row_of(const call::PreparedCall& call, const call::CallResult& result, const vor::Table& table);
 
 // Numbers of things: "3 accepted, 1 refused", in the order in which they came, without zeros.
 class Counts {
@@ -46,23 +46,23 @@ std::string text_of(const call::Tally& tally, const std::string& name, std::size
 std::string lines_text(const std::vector<std::size_t>& lines);
 
 // One object on one line, ended.
-std::string json_of(const call::PreparedCall& planned, const call::CallResult& report);
-std::string json_of(const input::InputError& complaint);
+std::string json_of(const call::PreparedCall& call, const call::CallResult& result);
+std::string json_of(const input::InputError& error);
 std::string json_of(const call::Tally& tally, const std::string& name, std::size_t left);
 std::string json_of(const rows::Row& row);
 std::string checked_json(const std::string& name, std::size_t calls);
 
 // Prints an error on standard error; its exit code.
-int print_error(const input::InputError& complaint, bool json);
+int print_error(const input::InputError& error, bool json);
 std::function<int(const input::InputError&)> error_printer(bool json);
 
 // A run reported on standard output.
-class Account final : public call::Reporter {
+class ConsoleReporter final : public call::Reporter {
 public:
     // The totals as text or JSON.
     using Summary = std::function<std::string(const call::Tally& tally, std::size_t left)>;
 
-    Account(const input::Options& options, const vor::Screen& screen, Summary summary)
+    ConsoleReporter(const input::Options& options, const vor::Screen& screen, Summary summary)
         : json_(options.json), table_(screen), summary_(std::move(summary))
     {
     }
@@ -71,11 +71,11 @@ public:
     void expect(const std::string& name);
     std::size_t calls() const { return calls_; }
 
-    bool report_call(const call::PreparedCall& planned, const call::CallResult& report, std::size_t left) override;
+    bool report_call(const call::PreparedCall& call, const call::CallResult& result, std::size_t left) override;
     int finish(const call::Tally& tally, std::size_t left, bool interrupted) override;
 
 private:
-    std::string shown(const call::PreparedCall& planned, const call::CallResult& report) const;
+    std::string shown(const call::PreparedCall& call, const call::CallResult& result) const;
 
     const bool json_;
     vor::Table table_;

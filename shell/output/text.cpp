@@ -10,34 +10,34 @@ namespace vorcfg::output {
 
 namespace {
 
-std::string place_of(const call::PreparedCall& planned)
+std::string place_of(const call::PreparedCall& call)
 {
-    const input::Place& at = planned.place;
+    const input::Place& at = call.place;
     return at.file.empty() ? "" : fmt::format("{}:{}: ", vor::printable(at.file), at.line);
 }
 
 // Besides the verdict.
-std::vector<std::string> notes_of(const call::PreparedCall& planned, const call::CallResult& report)
+std::vector<std::string> notes_of(const call::PreparedCall& call, const call::CallResult& result)
 {
     std::vector<std::string> notes;
-    for (const std::string& line : report.library) {
+    for (const std::string& line : result.library) {
         notes.push_back("library: " + line);
     }
-    for (const call::Message& message : report.seen.messages) {
-        if (report.verdict.outcome == call::Outcome::dry_run) {
-            notes.push_back("would send: " + call::described(message, *planned.row, planned.values));
-        } else if (planned.row->read != nullptr) { // its command is not obvious
-            notes.push_back("command: " + vor::printable(call::without_secrets(message.command, planned.values)));
+    for (const call::Message& message : result.seen.messages) {
+        if (result.verdict.outcome == call::Outcome::dry_run) {
+            notes.push_back("would send: " + call::described(message, *call.row, call.values));
+        } else if (call.row->read != nullptr) { // its command is not obvious
+            notes.push_back("command: " + vor::printable(call::without_secrets(message.command, call.values)));
         }
     }
     return notes;
 }
 
-std::string fields_text(const call::CallResult& report, std::string_view indentation)
+std::string fields_text(const call::CallResult& result, std::string_view indentation)
 {
     std::string text;
-    if (report.verdict.outcome != call::Outcome::dry_run) {
-        for (const rows::Field& field : report.back.fields) {
+    if (result.verdict.outcome != call::Outcome::dry_run) {
+        for (const rows::Field& field : result.back.fields) {
             text += fmt::format("{}{} {}\n", indentation, field.name, field.text);
         }
     }
@@ -54,16 +54,16 @@ vor::Color color_of(call::Outcome outcome)
 
 } // namespace
 
-std::string text_of(const call::PreparedCall& planned, const call::CallResult& report, const vor::Screen& screen)
+std::string text_of(const call::PreparedCall& call, const call::CallResult& result, const vor::Screen& screen)
 {
-    const std::string place = place_of(planned);
+    const std::string place = place_of(call);
     std::string text;
-    for (const std::string& note : notes_of(planned, report)) {
+    for (const std::string& note : notes_of(call, result)) {
         text += fmt::format("{}{}\n", place, note);
     }
-    return text + fmt::format("{}{}: {}\n{}", place, call::name_of(call::key_of(planned)),
-                              screen.painted(report.verdict.text, color_of(report.verdict.outcome)),
-                              fields_text(report, "  "));
+    return text + fmt::format("{}{}: {}\n{}", place, call::name_of(call),
+                              screen.painted(result.verdict.text, color_of(result.verdict.outcome)),
+                              fields_text(result, "  "));
 }
 
 vor::Cells cells_of(std::size_t line, const call::Verdict& verdict, const std::string& name)
@@ -80,32 +80,32 @@ vor::Cells cells_of(std::size_t line, const call::Verdict& verdict, const std::s
             {std::string(call::detail_of(verdict)), vor::Color::dim}};
 }
 
-std::string row_of(const call::PreparedCall& planned, const call::CallResult& report, const vor::Table& table)
+std::string row_of(const call::PreparedCall& call, const call::CallResult& result, const vor::Table& table)
 {
     constexpr std::string_view indentation = "      ";
-    vor::Cells cells = cells_of(planned.place.line, report.verdict, call::name_of(call::key_of(planned)));
-    std::vector<std::string> notes = notes_of(planned, report);
-    if (report.verdict.outcome == call::Outcome::dry_run) { // which is about the messages
+    vor::Cells cells = cells_of(call.place.line, result.verdict, call::name_of(call));
+    std::vector<std::string> notes = notes_of(call, result);
+    if (result.verdict.outcome == call::Outcome::dry_run) { // which is about the messages
         cells.back() = {vor::joined(std::exchange(notes, {}), "; ")};
     }
     std::string text = table.text_of(cells);
     for (const std::string& note : notes) {
         text += vor::paragraph(note, table.screen(), indentation);
     }
-    return text + fields_text(report, indentation);
+    return text + fields_text(result, indentation);
 }
 
 // In a file it is one line that begins with its place, as compilers write it.
-std::string text_of(const input::InputError& complaint)
+std::string text_of(const input::InputError& error)
 {
-    if (!complaint.place.file.empty()) {
-        return vor::printable(fmt::format("{}:{}:{}: {}", complaint.place.file, complaint.place.line,
-                                          complaint.place.column, complaint.text)) +
+    if (!error.place.file.empty()) {
+        return vor::printable(
+                   fmt::format("{}:{}:{}: {}", error.place.file, error.place.line, error.place.column, error.text)) +
                '\n';
     }
-    const bool named = !complaint.call.empty() && complaint.excerpt.empty(); // an excerpt shows the call
-    const std::string call = named ? complaint.call + ": " : "";
-    return vor::printable(fmt::format("vorcfg: {}{}", call, complaint.text)) + '\n' + complaint.excerpt;
+    const bool named = !error.call.empty() && error.excerpt.empty(); // an excerpt shows the call
+    const std::string call = named ? error.call + ": " : "";
+    return vor::printable(fmt::format("vorcfg: {}{}", call, error.text)) + '\n' + error.excerpt;
 }
 
 void Counts::add(std::string_view what, std::size_t number)

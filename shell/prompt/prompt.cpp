@@ -79,11 +79,11 @@ std::optional<int> run_line(const std::string& line, std::size_t number, const i
             return std::nullopt;
         }
         return options.words.empty() && !options.help && !options.version ? input::exit_ok : input::run(options);
-    } catch (input::InputError& complaint) {
-        if (!input::at_terminal() && complaint.place.file.empty()) {
-            complaint.place = {"standard input", number, call::column_of(complaint, options.words, line)};
+    } catch (input::InputError& error) {
+        if (!input::at_terminal() && error.place.file.empty()) {
+            error.place = {"standard input", number, call::column_of(error, options.words, line)};
         }
-        return output::print_error(complaint, json);
+        return output::print_error(error, json);
     }
 }
 
@@ -104,9 +104,9 @@ int run_prompt(const input::Options& given)
     const auto next = [&]() -> std::optional<std::string> {
         try {
             return lines->next();
-        } catch (input::InputError& complaint) {
-            complaint.place = {"standard input", number + 1, 1};
-            complaint.text += "; this line and those after it are ignored";
+        } catch (input::InputError& error) {
+            error.place = {"standard input", number + 1, 1};
+            error.text += "; this line and those after it are ignored";
             throw;
         }
     };

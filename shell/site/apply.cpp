@@ -20,7 +20,7 @@ namespace {
 std::string journal_of(const std::string& path, const input::Options& options)
 {
     if (options.journal.empty() && path == "-") {
-        throw input::InputError{"a file on standard input has no journal of its own: --journal is required"};
+        throw input::InputError{.text = "a file on standard input has no journal of its own", .hint = "give --journal"};
     }
     return options.journal.empty() ? path + ".journal" : options.journal;
 }
@@ -79,11 +79,11 @@ public:
     // The exit code of the last error.
     int read()
     {
-        const auto each = [&](const call::PreparedCall& planned) {
-            if (!call::changes_nothing(planned)) {
-                call::check_confirmed(planned, options_);
+        const auto each = [&](const call::PreparedCall& call) {
+            if (!call::changes_nothing(call)) {
+                call::check_confirmed(call, options_);
             }
-            planner_.add(planned);
+            planner_.add(call);
         };
         return call::check(batch_, each, output::error_printer(options_.json));
     }
@@ -106,7 +106,7 @@ public:
         check_nothing_pending(journal);
         to_.may_revert = options_.confirm.has_value();
         Plan plan = planned_against(journal);
-        const bool asks = input::at_terminal() && !options_.yes;
+        const bool asks = input::at_terminal() && !options_.yes && to_.in_rows(); // about a plan that is shown
         const std::string unknown = asks ? "" : listed(plan, to_, is_unknown);
         if (options_.skip_unknown) {
             leave_out_unknown(plan);
@@ -185,28 +185,28 @@ private:
         const auto summary = [&](const call::Tally& tally, std::size_t left) {
             return applied_text(plan, tally, left, options_, to_);
         };
-        call::BatchRunner::Hooks hooks{.before = [&](const call::PreparedCall& planned) { journal.begin(planned); },
-                                       .after = [&](const call::PreparedCall& planned,
-                                                    const call::CallResult& report) { journal.end(planned, report); },
-                                       .hang_up_ends = !options_.confirm};
+        call::BatchRunner::Hooks hooks{
+            .before = [&](const call::PreparedCall& call) { journal.begin(call); },
+            .after = [&](const call::PreparedCall& call, const call::CallResult& result) { journal.end(call, result); },
+            .hang_up_ends = !options_.confirm};
         if (options_.confirm) {
             hooks.given_up = [&] { output::print_error(pending_error(journal), false); };
         }
-        output::Account account(options_, to_.screen, summary);
+        output::ConsoleReporter account(options_, to_.screen, summary);
         for (const PlanLine& line : plan.lines) {
             if (line.due) {
-                account.expect(call::name_of(line.key));
+                account.expect(call::name_of(line.key, line.hexadecimal));
             }
         }
         call::BatchRunner runner(options_, calls, account, std::move(hooks));
         int exit = input::exit_ok;
         try {
             for (bool more = true; more;) {
-                auto planned = batch_.next();
-                more = planned && runner.make(*planned);
+                auto call = batch_.next();
+                more = call && runner.make(*call);
             }
-        } catch (const input::InputError& complaint) { // a full disk, above all
-            exit = output::print_error(complaint, options_.json);
+        } catch (const input::InputError& error) { // a full disk, above all
+            exit = output::print_error(error, options_.json);
         }
         journal.sync();
         return std::max(exit, runner.finish());
@@ -232,8 +232,8 @@ int run_plan(const std::string& path, const input::Options& options)
 int run_apply(const std::string& path, const input::Options& options)
 {
     if (options.dry_run) {
-        throw input::InputError{
-            "apply does not take --dry-run: use plan to see the calls, --dry-run batch to see the messages"};
+        throw input::InputError{.text = "apply does not take --dry-run",
+                                .hint = "use plan to see the calls, batch --dry-run to see the messages"};
     }
     if (options.retry_unknown && options.skip_unknown) {
         throw input::InputError{"--retry-unknown and --skip-unknown exclude each other"};

@@ -41,22 +41,18 @@ PlanTally Plan::tally() const
     return tally;
 }
 
-void Planner::add(const call::PreparedCall& planned)
+void Planner::add(const call::PreparedCall& call)
 {
-    if (call::changes_nothing(planned)) {
+    if (call::changes_nothing(call)) {
         plan_.asking++;
         return;
     }
     std::size_t secrets = 0;
-    for (const rows::Value& value : planned.values) {
+    for (const rows::Value& value : call.values) {
         secrets = value.secret ? secrets * 31 + std::hash<std::string>()(value.text) : secrets;
     }
-    std::vector<bool> hexadecimal;
-    for (std::size_t i = 0; i < planned.row->arguments().size(); i++) {
-        hexadecimal.push_back(i < planned.values.size() && planned.values[i].hexadecimal);
-    }
     plan_.lines.push_back(
-        {.line = planned.place.line, .key = call::key_of(planned), .hexadecimal = std::move(hexadecimal)});
+        {.line = call.place.line, .key = call::key_of(call), .hexadecimal = call::hexadecimal_of(call)});
     secrets_.push_back(secrets);
 }
 

@@ -92,7 +92,7 @@ class Planner {
 public:
     explicit Planner(Selection selection) : selection_(selection) {}
 
-    void add(const call::PreparedCall& planned);
+    void add(const call::PreparedCall& call);
     Plan against(const History& history);
 
 private:

@@ -112,8 +112,8 @@ void Journal::load(bool repair)
             history_.take(record_in(*line, is_first));
         } catch (const vor::JsonError&) {
             fail(path_, fmt::format("line {} is not a valid record", number));
-        } catch (const input::InputError& complaint) {
-            fail(path_, fmt::format("line {}: {}", number, complaint.text));
+        } catch (const input::InputError& error) {
+            fail(path_, fmt::format("line {}: {}", number, error.text));
         }
     }
 }
@@ -126,29 +126,29 @@ try {
     fail(path_, error.what());
 }
 
-void Journal::begin(const call::PreparedCall& planned, const Entry* takes_back)
+void Journal::begin(const call::PreparedCall& call, const Entry* takes_back)
 {
     const auto number_of = [](const Entry* entry) {
         return entry != nullptr ? std::optional(entry->begun.number) : std::nullopt;
     };
-    const call::CallKey key = call::key_of(planned);
+    const call::CallKey key = call::key_of(call);
     append(CallBegun{.number = history_.entries().size() + 1,
                      .at = stamp(),
-                     .file = planned.place.file,
-                     .line = planned.place.line,
+                     .file = call.place.file,
+                     .line = call.place.line,
                      .key = key,
                      .replaces = number_of(history_.replaced_by(key)),
                      .takes_back = number_of(takes_back)});
 }
 
 // On disk with the next call that begins, or at the end.
-void Journal::end(const call::PreparedCall& planned, const call::CallResult& report)
+void Journal::end(const call::PreparedCall& call, const call::CallResult& result)
 {
     append(CallEnded{.number = history_.entries().size(),
                      .at = stamp(),
-                     .outcome = std::string(call::name_of(report.verdict.outcome)),
-                     .verdict = report.verdict.text,
-                     .done = call::was_done(*planned.row, report.verdict.outcome, report.seen)},
+                     .outcome = std::string(call::name_of(result.verdict.outcome)),
+                     .verdict = result.verdict.text,
+                     .done = call::was_done(*call.row, result.verdict.outcome, result.seen)},
            false);
 }
 

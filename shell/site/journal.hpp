@@ -26,8 +26,8 @@ public:
     const std::string& path() const { return path_; }
 
     // The call that is about to be sent, on disk when this returns; and its verdict.
-    void begin(const call::PreparedCall& planned, const Entry* takes_back = nullptr);
-    void end(const call::PreparedCall& planned, const call::CallResult& report);
+    void begin(const call::PreparedCall& call, const Entry* takes_back = nullptr);
+    void end(const call::PreparedCall& call, const call::CallResult& result);
 
     void append(const Record& record, bool on_disk = true);
     void sync() { fdatasync(file_.descriptor()); }

@@ -8,7 +8,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/inotify.h>
-#include <sys/timerfd.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -27,7 +26,7 @@ using Clock = std::chrono::steady_clock;
 
 std::string hint_for(const std::string& path)
 {
-    return fmt::format("vorcfg confirm {0}, or vorcfg revert {0}", path);
+    return fmt::format("vorcfg confirm {0} to keep the changes, vorcfg revert {0} to undo them", path);
 }
 
 // The waiting process holds a lock far behind the journal's end, which goes with the process, however that ends.
@@ -52,7 +51,7 @@ bool is_waiting(const std::string& path)
 
 struct Call {
     const Entry* undone;
-    call::PreparedCall planned;
+    call::PreparedCall prepared;
 };
 
 // The calls that revert, all of them prepared before the first is made. Names those that cannot be reverted.
@@ -64,12 +63,12 @@ std::vector<Call> reverting_calls(const std::vector<History::Undo>& undos)
         std::string why;
         try {
             if (undo.before != nullptr) {
-                calls.push_back({undo.entry, call::planned(undo.before->begun.key)});
-                calls.back().planned.place = {begun.file, begun.line, 0};
+                calls.push_back({undo.entry, call::prepare(undo.before->begun.key)});
+                calls.back().prepared.place = {begun.file, begun.line, 0};
                 continue;
             }
-        } catch (const input::InputError& complaint) { // of another version's journal
-            why = ": " + complaint.text;
+        } catch (const input::InputError& error) { // of another version's journal
+            why = ": " + error.text;
         }
         vor::print_line(stdout, fmt::format("{}:{}: {}: cannot be reverted{}", vor::printable(begun.file), begun.line,
                                             call::name_of(begun.key), why));
@@ -91,18 +90,18 @@ int revert(Journal& journal, const input::Options& options)
     input::Options all = options;
     all.keep_going = true;
     const Entry* undone = nullptr;
-    output::Account account(all, output::screen_of(options), summary);
+    output::ConsoleReporter account(all, output::screen_of(options), summary);
     for (const Call& call : calls) {
         account.expect(call::name_of(call.undone->begun.key));
     }
-    call::BatchRunner runner(all, calls.size(), account,
-                             {.before = [&](const call::PreparedCall& planned) { journal.begin(planned, undone); },
-                              .after = [&](const call::PreparedCall& planned,
-                                           const call::CallResult& report) { journal.end(planned, report); },
-                              .hang_up_ends = false});
+    call::BatchRunner runner(
+        all, calls.size(), account,
+        {.before = [&](const call::PreparedCall& call) { journal.begin(call, undone); },
+         .after = [&](const call::PreparedCall& call, const call::CallResult& result) { journal.end(call, result); },
+         .hang_up_ends = false});
     for (Call& call : calls) {
         undone = call.undone;
-        if (!runner.make(call.planned) && runner.ended()) {
+        if (!runner.make(call.prepared) && runner.ended()) {
             break;
         }
     }
@@ -194,19 +193,13 @@ Left wait_at_terminal(const Waiter& waiter, Clock::time_point deadline)
     input::Waiting for_enter;
     bool empty = true;
     vor::Progress countdown("");
-    const int second = timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC);
-    constexpr itimerspec every_second{{1, 0}, {1, 0}};
-    timerfd_settime(second, 0, &every_second, nullptr);
     while (true) {
         const auto left = std::chrono::ceil<std::chrono::seconds>(deadline - Clock::now()).count();
-        countdown.show_text(fmt::format("Reverted in {} s unless confirmed: press Enter to confirm ", left));
-        pollfd waits[] = {{STDIN_FILENO, POLLIN, 0}, {waiter.end, POLLIN, 0}, {second, POLLIN, 0}};
-        if (!for_enter.wait(waits)) {
+        countdown.show_text(left > 0 ? fmt::format("Reverted in {} s unless confirmed ", left) : "Reverting ... ");
+        pollfd waits[] = {{STDIN_FILENO, POLLIN, 0}, {waiter.end, POLLIN, 0}};
+        constexpr timespec second{1, 0};
+        if (!for_enter.wait(waits, &second)) {
             return Left::interrupted;
-        }
-        std::uint64_t ticks = 0;
-        if (waits[2].revents != 0) {
-            (void)!read(second, &ticks, sizeof ticks);
         }
         if (waits[1].revents != 0 || (waits[0].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0) {
             return Left::alone;
@@ -220,6 +213,10 @@ Left wait_at_terminal(const Waiter& waiter, Clock::time_point deadline)
         }
         if (byte == '\n' && empty) {
             return Left::enter;
+        }
+        if (byte == '\n') {
+            countdown.clear();
+            vor::print_line(stdout, "Press Enter alone to confirm");
         }
         empty = byte == '\n';
     }
@@ -294,8 +291,8 @@ int wait_for_confirmation(Journal journal, const input::Options& options)
     if (asks) {
         tcflush(STDIN_FILENO, TCIFLUSH); // what was typed before is no confirmation
     }
-    vor::print_line(stdout, fmt::format("{}: reverted at {} unless confirmed\nhint: {}", vor::printable(path),
-                                        second_of(until), hint_for(path)));
+    vor::print_line(stdout, fmt::format("{}: reverted at {} unless confirmed\nhint: {}{}", vor::printable(path),
+                                        second_of(until), hint_for(path), asks ? "\nPress Enter to confirm" : ""));
     if (!asks) {
         return input::exit_ok;
     }

@@ -27,6 +27,7 @@ struct SheetLine {
     std::string verdict;
     std::string when;
     bool open = false;
+    bool sent = false;
 };
 
 struct SheetSection {
@@ -52,9 +53,7 @@ SheetLine line_of(const Known& known)
     if (known.open != nullptr) {
         return {name, values_of(known.open->begun.key), "unknown", minute_of(known.open->begun.at), true};
     }
-    return {name, values_of(key),
-            entry.is_sent() ? std::string(call::name_of(call::Outcome::sent)) : entry.ended.outcome,
-            minute_of(entry.ended.at)};
+    return {name, values_of(key), entry.ended.outcome, minute_of(entry.ended.at), false, entry.is_sent()};
 }
 
 // The calls of a family are in the order of its rows, those of one call in the order of their objects.
@@ -93,7 +92,8 @@ std::string counts_of(const Sheet& sheet)
     return sheet.first == sheet.last ? text : fmt::format("{} to {}", text, sheet.last);
 }
 
-constexpr const char* meaning = "Settings that the gateway accepted, and when. Its current values cannot be read back.";
+constexpr const char* meaning =
+    "Settings sent to the gateway, with their outcomes. Its current values cannot be read back.";
 
 vor::Cells cells_of(const SheetLine& line)
 {
@@ -174,8 +174,7 @@ std::string json_of(const Sheet& sheet)
             lines.push_back({{"family", section.family->name},
                              {"name", line.name},
                              {"values", line.values},
-                             {"verdict", line.verdict == call::name_of(call::Outcome::sent) ? "sent, no verdict comes"
-                                                                                            : line.verdict},
+                             {"verdict", line.sent ? "sent, no verdict comes" : line.verdict},
                              {"when", line.when}});
         }
     }

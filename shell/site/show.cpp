@@ -40,6 +40,9 @@ std::string changes_of(const PlanLine& line)
             add(name, call::shown(arguments[i], before, hexadecimal), call::shown(arguments[i], now, hexadecimal));
         }
     }
+    for (const auto& [name, value] : line.before->begun.key.unknown) { // of another version's journal
+        changes.push_back(fmt::format("{} no longer given", name));
+    }
     return vor::joined(changes, ", ");
 }
 
@@ -110,7 +113,8 @@ vor::Cells cells_of(const PlanLine& line)
     const bool stands_out =
         line.failed != nullptr || line.state == LineState::unknown || line.state == LineState::changed;
     return {{line.line != 0 ? fmt::format("{:>5}", line.line) : "     "},
-            {fmt::format("{} {}", line.failed != nullptr ? '!' : name_of(line.state).mark, call::name_of(line.key)),
+            {fmt::format("{} {}", line.failed != nullptr ? '!' : name_of(line.state).mark,
+                         call::name_of(line.key, line.hexadecimal)),
              stands_out ? vor::Color::yellow : vor::Color::plain},
             {state + (state.empty() || detail.empty() ? "" : ", ") + detail}};
 }
@@ -216,7 +220,7 @@ std::string line_of(const PlanLine& line, const Shown& to)
     const std::string place =
         line.line != 0 ? fmt::format("{}:{}", vor::printable(to.file), line.line) : vor::printable(to.journal);
     const std::string detail = detail_of(line);
-    return fmt::format("{}: {}: {}{}{}\n", place, call::name_of(line.key),
+    return fmt::format("{}: {}: {}{}{}\n", place, call::name_of(line.key, line.hexadecimal),
                        line.state == LineState::removed ? name_of(line.state).total : name_of(line.state).name,
                        detail.empty() ? "" : ": ", detail);
 }
@@ -261,10 +265,10 @@ std::string notes_of(const Plan& plan, const Shown& to)
     }
     if (to.in_rows()) {
         add([](const PlanLine& line) { return line.due && line.state == LineState::unknown; },
-            " may have been made already (--skip-unknown leaves it out)");
+            " may have been made already (--skip-unknown to leave out)");
     }
     add([](const PlanLine& line) { return line.is_not_compared(); },
-        ": secret not compared (--resend-secrets sends it again)");
+        ": secret not compared (--resend-secrets to send again)");
     if (to.json || notes.empty()) {
         return "";
     }
@@ -323,9 +327,9 @@ std::string warnings_of(const Plan& plan, const Shown& to)
     std::string text;
     std::set<std::string> said;
     for (const PlanLine& line : plan.lines) {
-        if (line.differs_from != 0 && said.insert(call::name_of(line.key)).second) {
+        if (line.differs_from != 0 && said.insert(call::name_of(line.key, line.hexadecimal)).second) {
             text += fmt::format("{}:{}: warning: {}: line {} sets it differently\n", vor::printable(to.file), line.line,
-                                call::name_of(line.key), line.differs_from);
+                                call::name_of(line.key, line.hexadecimal), line.differs_from);
         }
     }
     return text;

@@ -21,7 +21,7 @@ inline constexpr vor::OptionOf<LineOptions> line_options[] = {
     {{"--json", "", ""}, vor::taken_as<&LineOptions::json>},
     {{"--ids", "", ""}, vor::taken_as<&LineOptions::ids>},
     {{"--color", "WHEN", ""},
-     [](LineOptions& options, std::string_view value) { options.color = server::color_of(value); }},
+     [](LineOptions& options, std::string_view value) { options.color = vor::color_when(value); }},
 };
 
 } // namespace vorsim::client

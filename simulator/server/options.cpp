@@ -56,7 +56,7 @@ constexpr vor::OptionOf<Options> gateway_options[] = {
     {{"--show-secrets", "", "do not mask passwords, in any output"}, taken_as<&Options::show_secrets>},
     {{"--ids", "", "show SAPs and message ids"}, taken_as<&Options::ids>},
     {{"--color", "WHEN", "colour lines: auto (at a terminal), always or never"},
-     [](Options& options, Text value) { options.color = color_of(value); }},
+     [](Options& options, Text value) { options.color = vor::color_when(value); }},
     {{"--http", "PORT", "serve a page to browsers on this machine and print its\nlink (0: any free port)"},
      [](Options& options, Text value) { options.http = number_of<std::uint16_t>("--http", value); }},
     {{"--http-control", "", "let the page change faults, managers and readings"}, taken_as<&Options::http_control>},
@@ -78,13 +78,6 @@ std::uint16_t manager_of(std::string_view option, std::string_view name)
         throw UsageError(fmt::format("{} needs a manager's name or SAP{}", option, found));
     }
     return *sap;
-}
-
-vor::ColorWhen color_of(std::string_view word)
-{
-    const auto when = vor::color_when(word);
-    return when ? *when
-                : throw UsageError(fmt::format("--color must be auto, always or never, not {}", vor::quoted(word)));
 }
 
 Options read_options(const std::vector<std::string>& arguments)

@@ -42,6 +42,5 @@ std::span<const vor::OptionOf<Options>> option_rows();
 // The SAP of a manager's name or number. Throws a UsageError.
 std::uint16_t manager_of(std::string_view option, std::string_view name);
 // The value of --color. Throws a UsageError.
-vor::ColorWhen color_of(std::string_view word);
 
 } // namespace vorsim::server

@@ -256,7 +256,7 @@ TEST_F(Site, unconfirmed_apply_is_reverted)
 
     Terminal(workplace, apply({"--confirm", "1", "--yes"})).shown_until("unless confirmed");
     const Output gone = workplace.run("vorcfg apply f --confirm 1 --yes; echo $?");
-    EXPECT_NE(std::string::npos, gone.text.find("f.journal: the last apply is waiting for confirmation until"))
+    EXPECT_NE(std::string::npos, gone.text.find("f.journal: not confirmed yet, the last apply will be reverted at"))
         << gone.text;
     EXPECT_NE(std::string::npos, gone.text.find("12\n")) << gone.text;
     workplace.run("tail -n +1 -f f.journal | grep -m 1 taken_back; flock f.journal true");

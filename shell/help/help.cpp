@@ -67,7 +67,8 @@ std::string option_text(const input::OptionRow& row)
     return row.value.empty() ? std::string(row.name) : fmt::format("{} {}", row.name, row.value);
 }
 
-std::string options_text(bool (*shown)(const input::OptionRow&), bool with_commands = true)
+template <class Shown>
+std::string options_text(Shown shown, bool with_commands = true)
 {
     Columns columns;
     for (const input::OptionRow& row : input::option_rows()) {
@@ -160,8 +161,13 @@ std::string brief_help()
 
 std::string help(const input::Command& command)
 {
-    const std::string text = fmt::format("usage: vorcfg {}\n\n{}\n", command.usage, command.about);
-    return command.more.empty() ? text : text + '\n' + help_paragraph(command.more);
+    std::string text = fmt::format("usage: vorcfg {}\n\n{}\n", command.usage, command.about);
+    text += command.more.empty() ? "" : '\n' + help_paragraph(command.more);
+    const std::string options = options_text(
+        [&command](const input::OptionRow& row) { return !row.commands.empty() && takes_option(row, command.name); },
+        false);
+    return options.empty() ? text
+                           : fmt::format("{}\nOptions; vorcfg --help lists those of every command:\n{}", text, options);
 }
 
 std::string help(const rows::Family& family)

@@ -138,12 +138,6 @@ std::vector<std::string_view> commands_of(const OptionRow& row)
     return commands;
 }
 
-bool takes_option(const OptionRow& row, std::string_view command)
-{
-    const std::vector<std::string_view> commands = commands_of(row);
-    return commands.empty() || std::ranges::find(commands, command) != commands.end();
-}
-
 // `konfd query` reads its own options.
 bool has_own_options(const std::vector<Word>& words)
 {
@@ -162,6 +156,12 @@ const OptionRow* row_named(std::string_view name, const std::vector<Word>& words
 }
 
 } // namespace
+
+bool takes_option(const OptionRow& row, std::string_view command)
+{
+    const std::vector<std::string_view> commands = commands_of(row);
+    return commands.empty() || std::ranges::find(commands, command) != commands.end();
+}
 
 std::span<const OptionRow> option_rows()
 {

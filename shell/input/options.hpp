@@ -51,6 +51,7 @@ struct OptionRow : vor::Option {
 };
 
 std::span<const OptionRow> option_rows();
+bool takes_option(const OptionRow& row, std::string_view command);
 
 // Throws an InputError about an option that the command does not take; "a call" is a command here.
 void check_given(const Options& options, std::string_view command);

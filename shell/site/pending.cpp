@@ -195,7 +195,7 @@ Left wait_at_terminal(const Waiter& waiter, Clock::time_point deadline)
     vor::Progress countdown("");
     while (true) {
         const auto left = std::chrono::ceil<std::chrono::seconds>(deadline - Clock::now()).count();
-        countdown.show_text(left > 0 ? fmt::format("Reverted in {} s unless confirmed ", left) : "Reverting ... ");
+        countdown.show_text(left > 0 ? fmt::format("Reverting in {} s unless confirmed ", left) : "Reverting ... ");
         pollfd waits[] = {{STDIN_FILENO, POLLIN, 0}, {waiter.end, POLLIN, 0}};
         constexpr timespec second{1, 0};
         if (!for_enter.wait(waits, &second)) {
@@ -259,7 +259,7 @@ input::InputError pending_error(const Journal& journal)
     const ApplyPending& pending = *journal.history().pending();
     std::string state = "the last apply ended before it was confirmed";
     if (is_waiting(path)) {
-        state = fmt::format("the last apply is waiting for confirmation until {}", second_of(pending.until));
+        state = fmt::format("not confirmed yet, the last apply will be reverted at {}", second_of(pending.until));
     } else if (!reverted_calls(journal.history(), pending.first).empty()) {
         state = "the last apply was reverted only in part";
     }
@@ -291,7 +291,7 @@ int wait_for_confirmation(Journal journal, const input::Options& options)
     if (asks) {
         tcflush(STDIN_FILENO, TCIFLUSH); // what was typed before is no confirmation
     }
-    vor::print_line(stdout, fmt::format("{}: reverted at {} unless confirmed\nhint: {}{}", vor::printable(path),
+    vor::print_line(stdout, fmt::format("{}: will be reverted at {} unless confirmed\nhint: {}{}", vor::printable(path),
                                         second_of(until), hint_for(path), asks ? "\nPress Enter to confirm" : ""));
     if (!asks) {
         return input::exit_ok;

@@ -28,7 +28,7 @@ std::string_view OptionWords::value_of(const Option& option, const std::string* 
 std::string Operands::take(std::string_view what)
 {
     if (empty()) {
-        throw OptionError(fmt::format("{} is missing", what));
+        throw OptionError(fmt::format("needs {}", what));
     }
     if (front().starts_with("-")) {
         refuse();

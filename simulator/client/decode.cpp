@@ -52,7 +52,7 @@ int decode(const std::vector<std::string>& arguments)
         }
     }
     if (path.empty()) {
-        throw server::UsageError("FILE is missing");
+        throw server::UsageError("needs FILE");
     }
     const record::LineStyle style = how.style();
     record::JournalReader journal(path);

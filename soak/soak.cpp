@@ -35,7 +35,7 @@ using std::chrono::milliseconds;
 constexpr milliseconds gateway_lives{7000};
 constexpr milliseconds grace{60'000}; // for the clients, at the end
 
-// `*_*` excludes messages that vorsim complained about, and so the marks.
+// `*_*` excludes messages that vorsim refused, and so the marks.
 constexpr const char* rules[] = {
     "any *_* chance 0.15%: never",
     "any *_* chance 0.15%: late 2s",

@@ -96,6 +96,20 @@ TEST(faults, swapped_waits_for_the_next_answer)
     EXPECT_EQ(0, first.get());
 }
 
+TEST(faults, same_seed_same_run)
+{
+    const auto run = [] {
+        const Workplace place;
+        const Gateway gateway(place, {"--seed", "5"});
+        place.run("vorsim fault add 'canmgr chance 50%: status 7'");
+        return place.run("for i in 1 2 3 4 5 6 7 8; do " + baudrate + "; done").text;
+    };
+    const std::string text = run();
+    EXPECT_NE(std::string::npos, text.find("refused"));
+    EXPECT_NE(std::string::npos, text.find("accepted"));
+    EXPECT_EQ(text, run());
+}
+
 TEST(managers, slow_one_delays_no_other)
 {
     const Workplace place;

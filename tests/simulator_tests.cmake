@@ -23,3 +23,6 @@ vor_test(faults_felt_test AGAINST_THE_CLOCK SOURCES faults_felt_test.cpp LIBRARI
 add_executable(manager ${PROJECT_SOURCE_DIR}/examples/manager.c)
 target_link_libraries(manager PRIVATE vorinfra vor_warnings)
 add_dependencies(faults_felt_test vorcfg vorsim manager)
+
+vor_test(strips_felt_test AGAINST_THE_CLOCK SOURCES strips_felt_test.cpp LIBRARIES rows_alone device_mgmt vorsim_core)
+add_dependencies(strips_felt_test vorsim)

@@ -1,6 +1,7 @@
 #include "text/json.hpp"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include <fmt/core.h>
 #include <nlohmann/json.hpp>
@@ -66,6 +67,24 @@ bool Json::operator==(const Json& other) const = default;
 
 namespace {
 
+// Of members of one name, the first gets the value of the last; the others are removed.
+void merge_repeated(Json::Object& members)
+{
+    std::vector<Json::Member*> sorted;
+    for (Json::Member& member : members) {
+        sorted.push_back(&member);
+    }
+    std::ranges::stable_sort(sorted, {}, [](const Json::Member* member) { return std::string_view(member->first); });
+    std::unordered_set<const Json::Member*> repeated;
+    for (std::size_t i = sorted.size(); i-- > 1;) {
+        if (sorted[i]->first == sorted[i - 1]->first) {
+            sorted[i - 1]->second = std::move(sorted[i]->second);
+            repeated.insert(sorted[i]);
+        }
+    }
+    std::erase_if(members, [&](const Json::Member& member) { return repeated.contains(&member); });
+}
+
 // Builds a document from the parser's events.
 class Builder {
 public:
@@ -78,14 +97,18 @@ public:
     bool number_float(double number, const std::string&) { return take(number); }
     bool string(std::string& text) { return take(std::move(text)); }
     bool binary(std::vector<std::uint8_t>&) { return false; }
-    bool start_object(std::size_t) { return open(Json::object()); }
-    bool start_array(std::size_t) { return open(Json::array()); }
+    bool start_object(std::size_t) { return open(Json::Object()); }
+    bool start_array(std::size_t) { return open(Json::Array()); }
     bool key(std::string& name)
     {
-        member_ = std::move(name);
+        std::get<Json::Object>(open_.back()).emplace_back(std::move(name), Json());
         return true;
     }
-    bool end_object() { return close(); }
+    bool end_object()
+    {
+        merge_repeated(std::get<Json::Object>(open_.back()));
+        return close();
+    }
     bool end_array() { return close(); }
     bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception& error)
     {
@@ -95,36 +118,35 @@ public:
     Json take_result() { return std::move(result_); }
 
 private:
-    Json& put(Json value)
-    {
-        if (!open_.empty() && open_.back()->is_array()) {
-            return open_.back()->push_back(std::move(value));
-        }
-        return (open_.empty() ? result_ : (*open_.back())[member_]) = std::move(value);
-    }
     bool take(Json value)
     {
-        put(std::move(value));
+        if (open_.empty()) {
+            result_ = std::move(value);
+        } else if (auto* const members = std::get_if<Json::Object>(&open_.back())) {
+            members->back().second = std::move(value);
+        } else {
+            std::get<Json::Array>(open_.back()).push_back(std::move(value));
+        }
         return true;
     }
-    bool open(Json container)
+    bool open(Json::Held container)
     {
         if (open_.size() == deepest_) {
             throw JsonError("nested too deep");
         }
-        open_.push_back(&put(std::move(container)));
+        open_.push_back(std::move(container));
         return true;
     }
     bool close()
     {
+        Json container = Json::of(std::move(open_.back()));
         open_.pop_back();
-        return true;
+        return take(std::move(container));
     }
 
     std::size_t deepest_;
     Json result_;
-    std::vector<Json*> open_; // from the outermost on
-    std::string member_;      // whose value comes next
+    std::vector<Json::Held> open_; // from the outermost on
 };
 
 } // namespace
@@ -196,14 +218,14 @@ private:
     std::string out_;
 };
 
-bool stands_as_it_is(char character)
+bool needs_no_escape(char character)
 {
     return character >= ' ' && character < 0x7f && character != '"' && character != '\\';
 }
 
 void Writer::operator()(const std::string& text)
 {
-    if (std::ranges::all_of(text, stands_as_it_is)) {
+    if (std::ranges::all_of(text, needs_no_escape)) {
         out_ += fmt::format("\"{}\"", text);
         return;
     }

@@ -57,6 +57,12 @@ public:
     // {{"name", value}, ...}
     Json(std::initializer_list<Member> members) : held_(Object(members)) {}
 
+    static Json of(Held held)
+    {
+        Json json;
+        json.held_ = std::move(held);
+        return json;
+    }
     static Json array() { return of(Array()); }
     static Json object() { return of(Object()); }
     template <class Values>
@@ -131,12 +137,6 @@ public:
     bool operator==(const Json& other) const;
 
 private:
-    static Json of(Held held)
-    {
-        Json json;
-        json.held_ = std::move(held);
-        return json;
-    }
     void require(bool holds, std::string_view what) const;
     template <class Wanted>
     const Wanted& held(std::string_view what) const

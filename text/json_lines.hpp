@@ -35,7 +35,7 @@ public:
     std::uint64_t number() const { return number_; } // of the line read last
     bool torn() const { return torn_; }              // it has no end: its writer was stopped
     bool at_end() const { return left_ == 0; }       // it is the last
-    void take_away();                                // and everything behind it
+    void take_away();                                // and everything after it
 
     // Appends the whole line, on disk when this returns if so requested; or nothing of it, with a FileError.
     void append(std::string_view line, bool on_disk = false);

@@ -69,31 +69,31 @@ std::string folded(std::string_view name)
 
 std::vector<std::string> nearest(std::string_view name, std::span<const std::string> known)
 {
-    const std::string wanted = folded(name);
-    const auto whole = [&](const std::string& each) { return slips(wanted, each); };
+    const std::string typed = folded(name);
+    const auto whole = [&](const std::string& each) { return slips(typed, each); };
     const auto part = [&](std::string_view each) {
-        std::size_t least = wanted.size();
+        std::size_t least = typed.size();
         while (!each.empty()) {
             const std::size_t end = std::min(each.find('-'), each.size());
-            least = std::min(least, slips(wanted, each.substr(0, end)));
+            least = std::min(least, slips(typed, each.substr(0, end)));
             each.remove_prefix(std::min(end + 1, each.size()));
         }
         return least;
     };
-    const std::size_t limit = wanted.size() / 3 + 1;
+    const std::size_t limit = typed.size() / 3 + 1;
     const std::vector<std::string> found = at_least_distance(limit, known, whole);
     return found.empty() ? at_least_distance(limit, known, part) : found;
 }
 
 std::vector<std::string> holding(std::string_view name, std::span<const std::string> known)
 {
-    const std::string wanted = folded(name);
+    const std::string typed = folded(name);
     std::vector<std::string> found;
-    if (wanted.size() < 2) {
+    if (typed.size() < 2) {
         return found;
     }
     for (const std::string& each : known) {
-        if (each.find(wanted) != std::string::npos) {
+        if (each.find(typed) != std::string::npos) {
             found.push_back(each);
         }
     }

@@ -15,7 +15,7 @@
 
 namespace vor {
 
-// A whole number, decimal or hexadecimal behind 0x.
+// A whole number, decimal or hexadecimal after 0x.
 struct Integer {
     bool negative = false;
     std::uint64_t magnitude = 0; // the maximum where it has more than 64 bits
@@ -61,7 +61,7 @@ struct Word {
     std::string text{};
     bool quoted = false;
     std::size_t column = 0; // in its line, from 1 on; 0 where it was no part of one
-    std::size_t end = 0;    // the column behind it
+    std::size_t end = 0;    // the column after it
     std::size_t named = 0;  // the length of the name, where name= stands in front
     bool exposed = false;   // an expansion's to say: others could read a part of it
 };
@@ -73,8 +73,8 @@ struct WordError : std::runtime_error {
 
 // How a line is split into words, besides at blanks.
 struct WordRules {
-    std::string_view ends{}; // what ends a word; each but " and # is then a word of its own
-    // Appends to the word what stands for the text in front, and says how many bytes of it that was: 0, nothing.
+    std::string_view ends{}; // the characters that end a word; each but " and # is then a word of its own
+    // Appends the expansion of the text ahead; returns how many bytes it replaced, 0 for none.
     std::function<std::size_t(std::string_view left, std::size_t column, Word& word)> expand{};
 };
 

@@ -27,11 +27,6 @@ std::size_t width_of(int terminal)
     return ioctl(terminal, TIOCGWINSZ, &size) == 0 && size.ws_col != 0 ? size.ws_col : usual_width;
 }
 
-bool begins_character(char byte)
-{
-    return (static_cast<unsigned char>(byte) & 0xc0U) != 0x80U;
-}
-
 // The bytes of the first characters.
 std::size_t bytes_of(std::string_view text, std::size_t characters)
 {
@@ -74,11 +69,11 @@ std::vector<std::string> wrapped(std::string_view text, std::size_t width)
 {
     std::vector<std::string> lines;
     while (characters_in(text) > width) {
-        const std::size_t room = bytes_of(text, std::max<std::size_t>(width, 1));
-        const std::size_t blank = text.rfind(' ', room);
+        const std::size_t end = bytes_of(text, std::max<std::size_t>(width, 1));
+        const std::size_t blank = text.rfind(' ', end);
         const bool at_blank = blank != text.npos && blank != 0;
-        lines.emplace_back(text.substr(0, at_blank ? blank : room));
-        text.remove_prefix(at_blank ? blank + 1 : room);
+        lines.emplace_back(text.substr(0, at_blank ? blank : end));
+        text.remove_prefix(at_blank ? blank + 1 : end);
     }
     lines.emplace_back(text);
     return lines;

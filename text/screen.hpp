@@ -30,7 +30,7 @@ Screen screen_of(int descriptor, ColorWhen when);
 
 // The lines of a text wrapped at blanks, each character one column wide; a longer word is cut.
 std::vector<std::string> wrapped(std::string_view text, std::size_t width);
-// The same as one text, its lines ended, those behind the first indented.
+// The same as one text, its lines ended, those after the first indented.
 std::string paragraph(std::string_view text, const Screen& screen, std::string_view lead = {});
 
 // A count on standard error, updated in place: only at a terminal, and once the work has taken a second.

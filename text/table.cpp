@@ -8,8 +8,8 @@ namespace vor {
 
 namespace {
 
-constexpr std::size_t least_room = 24; // of the last column beside the others
-constexpr std::size_t own_line = 10;   // where it begins on a line of its own
+constexpr std::size_t min_last_width = 24; // of the last column beside the others
+constexpr std::size_t own_line = 10;       // where it begins on a line of its own
 
 } // namespace
 
@@ -21,7 +21,7 @@ void Table::fit(const Cells& row)
     }
 }
 
-// One blank behind the first column, two behind the others.
+// One blank after the first column, two after the others.
 std::size_t Table::start_of(std::size_t column) const
 {
     std::size_t start = 0;
@@ -49,7 +49,7 @@ std::string Table::text_of(const Cells& row) const
         return text + '\n';
     }
     std::size_t start = start_of(row.size() - 1);
-    start = start + least_room > screen_.width ? own_line : start;
+    start = start + min_last_width > screen_.width ? own_line : start;
     if (at + 1 > start) {
         text += '\n';
         at = 0;

@@ -21,7 +21,7 @@ class Table {
 public:
     explicit Table(const Screen& screen) : screen_(screen) {}
 
-    // Makes room for a row.
+    // Widens the columns to fit a row.
     void fit(const Cells& row);
     // A row, its lines ended.
     std::string text_of(const Cells& row) const;

@@ -22,8 +22,7 @@ std::size_t character_length(std::string_view text)
         (first == 0xf4 && second > 0x8f)) {
         return 0; // overlong, a surrogate, or beyond the last code point
     }
-    const auto goes_on = [](char byte) { return (static_cast<unsigned char>(byte) & 0xc0U) == 0x80U; };
-    return std::ranges::all_of(text.substr(1, length - 1), goes_on) ? length : 0;
+    return std::ranges::none_of(text.substr(1, length - 1), begins_character) ? length : 0;
 }
 
 bool is_plain(char character)
@@ -130,8 +129,7 @@ void print_line(std::FILE* to, std::string_view line)
 
 std::size_t characters_in(std::string_view text)
 {
-    const auto begins_one = [](char byte) { return (static_cast<unsigned char>(byte) & 0xc0U) != 0x80U; };
-    return static_cast<std::size_t>(std::ranges::count_if(text, begins_one));
+    return static_cast<std::size_t>(std::ranges::count_if(text, begins_character));
 }
 
 } // namespace vor

@@ -13,7 +13,7 @@ inline constexpr std::string_view mask = "********"; // of a secret, whatever it
 
 bool is_utf8(std::string_view text);
 
-// They become \n, \x1b and so on; a text of more than `longest` characters is cut, with its length behind it.
+// They become \n, \x1b and so on; a text of more than `longest` characters is cut, with its length after it.
 std::string escaped(std::string_view text, std::size_t longest = std::string_view::npos);
 // The same between double quotes.
 std::string quoted(std::string_view text, std::size_t longest = std::string_view::npos);
@@ -52,6 +52,11 @@ std::string alternatives(const Texts& texts)
     return all;
 }
 
+// Whether a character of UTF-8 begins with this byte.
+constexpr bool begins_character(char byte)
+{
+    return (static_cast<unsigned char>(byte) & 0xc0U) != 0x80U;
+}
 // How many characters of UTF-8 the text has.
 std::size_t characters_in(std::string_view text);
 

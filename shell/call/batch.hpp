@@ -21,7 +21,7 @@ public:
     Batch(std::string text, std::string name, input::SecretSources sources, input::Variables variables = {});
 
     // The next line's call, tried when it is read for the first time; none at the end. Throws an InputError with its
-    // place; the next call continues behind it.
+    // place; the next call continues after it.
     std::optional<PreparedCall> next();
     // Reads no secret from standard input, where no call will be made.
     void leave_input() { secrets_.leave_input(); }

@@ -14,7 +14,7 @@ namespace {
 struct OutcomeRow {
     std::string_view name; // in JSON and in journals
     input::ExitCode exit;
-    std::string_view total; // in a total, behind its number
+    std::string_view total; // in a total, after its number
     std::string_view lead;  // how the verdict's text begins, where a column has the name beside it
 };
 

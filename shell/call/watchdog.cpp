@@ -102,7 +102,7 @@ void Watchdog::watch()
         }
         const std::lock_guard lock(mutex_);
         signal_came_.notify_all();
-        std::uint64_t expirations = 0; // of the call under way: each begins and ends with the timer set anew
+        std::uint64_t expirations = 0; // of the call under way: each begins and ends with the timer reset
         const bool late = read(timer_, &expirations, sizeof expirations) == sizeof expirations;
         if (signal && !again) {
             give_up_after(grace_ms / 1000, grace_ms % 1000);

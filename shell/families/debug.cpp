@@ -17,7 +17,7 @@ constexpr Choice log_options[] = {{"server", 1}, {"file-name", 2}, {"frequency",
 
 constexpr RecordField log_level[] = {FIELD(LOG_INFO, log_level), FIELD(LOG_INFO, sap_id), FIELD(LOG_INFO, proc_name)};
 
-// What the option does not name holds what the buffer held, of whomever it was.
+// Fields that the option does not name hold stale bytes of the buffer.
 constexpr RecordField log_file[] = {
     FIELD(LOG_UPLOAD_FILE_INFO, set_option),
     FIELD(LOG_UPLOAD_FILE_INFO, name),

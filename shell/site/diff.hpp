@@ -50,7 +50,7 @@ struct PlanLine {
     const Entry* replaced = nullptr; // done last, this call or one that it undoes
     std::size_t differs_from = 0;    // a line that says something else about the same thing
     std::size_t follows = 0;         // of one made again: the line of its family before it that was made since
-    std::size_t precedes = 0;        // or the act behind it that is made again
+    std::size_t precedes = 0;        // or the act after it that is made again
 
     bool is_up_to_date() const;
     bool can_be_reverted() const;

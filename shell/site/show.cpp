@@ -119,7 +119,7 @@ vor::Cells cells_of(const PlanLine& line)
             {state + (state.empty() || detail.empty() ? "" : ", ") + detail}};
 }
 
-// ", of which 1 secret not compared", behind those that are up to date
+// ", of which 1 secret not compared", after those that are up to date
 std::string not_compared_text(const PlanTally& tally)
 {
     return tally.not_compared != 0

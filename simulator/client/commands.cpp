@@ -15,6 +15,7 @@
 #include "record/json.hpp"
 #include "server/commands.hpp"
 #include "server/options.hpp"
+#include "text/json.hpp"
 #include "text/nearest.hpp"
 #include "text/parse.hpp"
 #include "text/text.hpp"
@@ -40,27 +41,19 @@ std::string line_of(const Arguments& arguments, bool raw)
     return line;
 }
 
-// JSON without the white space between its parts: an indented state may be larger than a request.
-std::string compact(std::string_view json)
-{
-    std::string text;
-    bool in_string = false;
-    bool escaped = false;
-    for (const char character : json) {
-        if (in_string || std::string_view(" \t\r\n").find(character) == std::string_view::npos) {
-            text += character;
-        }
-        in_string = in_string != (character == '"' && !escaped);
-        escaped = in_string && character == '\\' && !escaped;
-    }
-    return text;
+// Without the white space between its parts: an indented state may be larger than a request.
+std::string compact(const std::string& file, std::string_view text)
+try {
+    return vor::dump(vor::Json::parse(text));
+} catch (const vor::JsonError&) {
+    throw std::runtime_error(fmt::format("{} is not JSON", file));
 }
 
 int pass_on(const server::CommandRow& row, const Arguments& arguments)
 {
     auto document = row.carries_document && arguments.size() > 1 ? contents(arguments[1]) : std::nullopt;
     if (document) {
-        document = compact(*document);
+        document = compact(arguments[1], *document);
     }
     print(ask(line_of(arguments, row.raw), document));
     return 0;
@@ -78,9 +71,8 @@ int pass_on(const server::CommandRow& row, const Arguments& arguments)
         }
     }
     const std::vector<std::string> known(names.begin(), names.end());
-    const auto near = vor::nearest(name, known);
     throw vor::UnknownArgument(
-        fmt::format("unknown command {}{}", vor::quoted(name), near.empty() ? "" : vor::suggestion(near, "")));
+        fmt::format("unknown command {}{}", vor::quoted(name), vor::suggestion(vor::nearest(name, known))));
 }
 
 } // namespace

@@ -115,15 +115,14 @@ constexpr ActionRow actions[] = {
 
 std::string action_names(bool konfd)
 {
-    std::string names;
+    std::vector<std::string> names;
     for (const ActionRow& row : actions) {
         if (konfd ? row.konfd : row.manager) {
             constexpr std::string_view arguments[] = {"", " N", " N", " TIME", " \"TEXT\""};
-            names += fmt::format("{}{}{}", names.empty() ? "" : ", ", row.words,
-                                 arguments[static_cast<std::size_t>(row.operand)]);
+            names.push_back(fmt::format("{}{}", row.words, arguments[static_cast<std::size_t>(row.operand)]));
         }
     }
-    return names;
+    return vor::alternatives(names);
 }
 
 class Parser {
@@ -174,10 +173,9 @@ private:
     {
         const vor::Word& found = here();
         const bool at_end = !found.quoted && found.text.empty();
-        const auto near = vor::nearest(found.text, known);
         throw RuleError(fmt::format("unexpected {}; expected {}{}",
                                     at_end ? "end of the rule" : vor::quoted(found.text), what,
-                                    near.empty() ? "" : vor::suggestion(near, "")),
+                                    vor::suggestion(vor::nearest(found.text, known))),
                         found.column);
     }
 
@@ -289,7 +287,7 @@ private:
         const auto row = std::ranges::find_if(
             actions, [&](const ActionRow& one) { return (konfd ? one.konfd : one.manager) && take_words(one.words); });
         if (row == std::end(actions)) {
-            expected(fmt::format("one of {}", action_names(konfd)));
+            expected(action_names(konfd));
         }
         Action& action = rule_.action;
         action.kind = row->kind;
@@ -323,7 +321,7 @@ private:
         } else if (const auto times = number_in<std::uint32_t>(plain()); times && *times > 0) {
             ++at_;
             if (!take("times")) {
-                expected("times");
+                expected("\"times\"");
             }
             rule_.end.times = times;
         } else {

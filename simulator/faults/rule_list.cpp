@@ -51,7 +51,7 @@ bool RuleList::Entry::over(Time now) const
 }
 
 // Whether its turn has come: the Nth, every Nth or by chance.
-bool RuleList::Entry::meets()
+bool RuleList::Entry::is_due()
 {
     switch (rule.condition.when) {
     case Condition::When::nth:
@@ -74,7 +74,7 @@ std::optional<DueRule> RuleList::due(const Subject& subject, Time now)
             continue;
         }
         ++entry.matched;
-        if (entry.meets() && !due) {
+        if (entry.is_due() && !due) {
             ++entry.acted;
             due = DueRule{number, entry.rule};
         }

@@ -52,7 +52,7 @@ private:
         std::uint64_t acted = 0;
 
         bool over(Time now) const;
-        bool meets();
+        bool is_due();
     };
 
     std::uint64_t seed_;

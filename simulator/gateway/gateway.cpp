@@ -38,7 +38,7 @@ Decision Gateway::accept(const Message& message, Decoded decoded)
 {
     const tables::MessageRow& row = *decoded.row;
     if (row.query == nullptr && !state_.has_room(decoded)) {
-        return refuse(message, {no_room, "no room for more settings; vorsim reset clears them"});
+        return refuse(message, {no_space, "no room for more settings; vorsim reset clears them"});
     }
     Decision decision = begin(message);
     values::Record& record = decision.record;

@@ -22,7 +22,7 @@ enum Refusal : std::int32_t {
     unknown_message = 2, // an id that this manager does not have
     wrong_elements = 3,  // a tag, kind, order, length or fixed value
     wrong_manner = 4,    // a request sent one-way, or a one-way message that awaits an answer
-    no_room = 5,         // valid, but there is no room to store it
+    no_space = 5,        // valid, but there is no space to store it
 };
 
 struct Mismatch {

@@ -38,7 +38,7 @@ std::chrono::milliseconds ClientSession::wait() const
 
 std::optional<Exchange> ClientSession::receive(std::string_view& bytes, Time now, bool answer_unread)
 {
-    const bool anew = text_.empty() && !too_long_;
+    const bool begins_text = text_.empty() && !too_long_;
     deadline_.reset();
     while (!bytes.empty()) {
         const char byte = bytes.front();
@@ -60,7 +60,7 @@ std::optional<Exchange> ClientSession::receive(std::string_view& bytes, Time now
     }
     if (!text_.empty() || too_long_) {
         deadline_ = now + wait();
-        continues_ = anew ? answer_unread && answered_unended_ : continues_;
+        continues_ = begins_text ? answer_unread && answered_unended_ : continues_;
     }
     return {};
 }

@@ -31,8 +31,11 @@ void take_delay(Options& options, std::string_view text)
     const std::size_t dots = times.find("..");
     const auto least = vor::time_in(times.substr(0, dots));
     const auto most = dots == times.npos ? least : vor::time_in(times.substr(dots + 2));
-    if (!least || !most || *least > *most) {
-        throw UsageError(fmt::format("--delay must be such as ethmgr=20ms..80ms, not \"{}\"", text));
+    if (!least || !most) {
+        throw UsageError(fmt::format("--delay must be MANAGER=TIME or MANAGER=TIME..TIME, not {}", vor::quoted(text)));
+    }
+    if (*least > *most) {
+        throw UsageError(fmt::format("the first time of --delay must not exceed the second: {}", vor::quoted(text)));
     }
     options.delays.insert_or_assign(manager_of("--delay", text.substr(0, equals)), Delay{*least, *most});
 }

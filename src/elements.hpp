@@ -15,7 +15,7 @@ enum class Kind : vor_uchar {
     int32,
     string,
     byte,
-    address, // a dotted quad; what does not parse, or is no text at all, is sent as 0
+    address, // a dotted quad; a text that does not parse, or a null one, is sent as 0
     number,  // 16 bits of a number in a text; no text at all is 0
     strings, // every further argument of the call, under one tag
     addresses,

@@ -21,7 +21,7 @@ static_assert(takes<vor_cfg_set_gpio_direction>(3, 1, 0));
 static_assert(!takes<vor_cfg_set_gpio_direction>(3.5, 1, 0), "a fraction narrows");
 static_assert(!takes<vor_cfg_set_gpio_direction>(3LL, 1, 0), "64 bits narrow");
 static_assert(!takes<vor_cfg_set_gpio_direction>(3, 1), "an argument is missing");
-static_assert(!takes<vor_cfg_set_plat_hostname>(5), "a number is no text");
+static_assert(!takes<vor_cfg_set_plat_hostname>(5), "a number is not a text");
 static_assert(!takes<vor_cfg_set_plat_hostname>(nullptr), "a null text");
 
 std::string text_of(const device_mgmt::Result& result)

@@ -273,7 +273,7 @@ TEST_F(Site, unconfirmed_apply_is_reverted)
     EXPECT_EQ(0, workplace.run("vorcfg plan f").exit_code);
     EXPECT_EQ(taken_back + 2, told(workplace).size());
 
-    // nobody waits any more
+    // the waiting process has ended
     write(workplace, "f", "ip set-dhcp 1 1\ncan set-id 1 9 1\n");
     EXPECT_EQ(0, workplace.run("vorcfg apply f --confirm 60").exit_code);
     kill(records(workplace.path() / "f.journal").back()["process"].number<pid_t>(), SIGKILL);

@@ -171,7 +171,7 @@ private:
         }
     }
 
-    // A character, or what stands for more.
+    // A character, or an expansion.
     void read_one(Word& word)
     {
         const std::size_t expanded = rules_.expand ? rules_.expand(line_.substr(at_), at_ + 1, word) : 0;

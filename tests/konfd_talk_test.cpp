@@ -90,7 +90,7 @@ TEST(konfd, unsendable_queries)
         {"no memory", [] { fail_allocation(1); }, "-1: socket unix connect"},
         {"refused", [] { fake::script.socket_sends[1] = -1; }, "-1: socket unix connect send"},
         {"sent in part", [] { fake::script.socket_sends[1] = 3; }, "0: socket unix connect send recv"},
-        {"-2 is no refusal", [] { fake::script.socket_sends[1] = -2; }, "0: socket unix connect send recv"},
+        {"-2 is not a refusal", [] { fake::script.socket_sends[1] = -2; }, "0: socket unix connect send recv"},
         {"16 bits of -1", [] { fake::script.socket_sends[1] = 0xffff; }, "0: socket unix connect send recv"},
         {"32-bit answer", [] { fake::script.receives[1] = 0x10000; }, "0: socket unix connect send recv"},
     };

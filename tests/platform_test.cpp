@@ -69,7 +69,7 @@ TEST_F(Platform, chain_arrives_with_tags_kinds_and_values)
     EXPECT_EQ(size, received.payload_size);
     EXPECT_EQ(expected, chain_text(received.data + 1, received.payload_size));
 
-    Message plain; // a flag byte that is part of the payload is no meta-data
+    Message plain; // a flag byte that is part of the payload is not meta-data
     memcpy(plain.payload(1), "xy", 2);
     *plain.payload() = 'w';
     ASSERT_EQ(0, vor_ipc_send(client, manager_sap, 1, &plain.ref, 3, 0));

@@ -244,7 +244,7 @@ TEST(texts, escaped_for_terminal_and_json)
                 std::string line = vor::escaped(bytes);
                 const std::string json = vor::dump(vor::Json(bytes));
                 EXPECT_TRUE(harmless(json.substr(1, json.size() - 2))) << json;
-                std::ranges::replace(line, '\\', '/'); // \x1b is no escape of JSON's
+                std::ranges::replace(line, '\\', '/'); // \x1b is not an escape in JSON
                 std::erase(line, '"');
                 EXPECT_TRUE(harmless(line)) << line;
             }

@@ -71,7 +71,7 @@ public:
     bool empty() const { return at_ == words_.size(); }
     const std::string& front() const { return words_[at_]; }
     std::string take() { return words_[at_++]; }
-    // What is no option. Throws an OptionError when nothing of that kind is there.
+    // An operand, not an option. Throws an OptionError when nothing of that kind is there.
     std::string take(std::string_view what);
     // Reads the option in front, where it is one of the table's. Throws an OptionError.
     template <class Into, std::size_t Size>

@@ -40,7 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             vor_tlv_chain_add_raw(&chain, element.tag, element.size, value);
         }
     }
-    require(cursor == before, "what is no element moves nothing");
+    require(cursor == before, "the cursor stays where there is not an element");
     if (read == 0 && chain.total_sz == length) {
         std::vector<vor_uchar> written(length + 1U, 0xa5);
         vor_int32 count = 0;

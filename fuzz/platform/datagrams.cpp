@@ -152,7 +152,7 @@ void check_answer(VOR_IPC_MSG_REF& response, const VOR_IPC_MSG_HDR& header, cons
     require(vor_ipc_get_payload_ptr(&response, header.payload_sz) == nullptr, "there is no more than was sent");
     require(std::all_of(payload + header.payload_sz, payload + header.payload_sz + 4,
                         [](vor_uchar byte) { return byte == 0xa5; }),
-            "what was not sent is no status");
+            "bytes that were not sent are not a status");
 }
 
 // What a manager receives of the same datagrams: each message once, in order, as it was sent.

@@ -289,7 +289,7 @@ int wait_for_confirmation(Journal journal, const input::Options& options)
     journal.close();
     const bool asks = input::at_terminal();
     if (asks) {
-        tcflush(STDIN_FILENO, TCIFLUSH); // what was typed before is no confirmation
+        tcflush(STDIN_FILENO, TCIFLUSH); // input typed before is not a confirmation
     }
     vor::print_line(stdout, fmt::format("{}: will be reverted at {} unless confirmed\nhint: {}{}", vor::printable(path),
                                         second_of(until), hint_for(path), asks ? "\nPress Enter to confirm" : ""));

@@ -10,11 +10,6 @@ namespace {
 
 using vor::Json;
 
-std::string line_of(const Json& json)
-{
-    return vor::dump(json) + '\n';
-}
-
 Json json_of(const rows::Field& field)
 {
     switch (field.kind) {
@@ -154,11 +149,7 @@ Json json_of(const rows::Argument& argument, const rows::CallContract& contract)
 
 std::string json_of(const call::PreparedCall& call, const call::CallResult& result)
 {
-    Json json{{"schema", schema}};
-    if (!call.place.file.empty()) {
-        json["file"] = call.place.file;
-        json["line"] = call.place.line;
-    }
+    Json json = record("call", call.place);
     json["call"] = call.row->full_name();
     add_arguments(json, call);
     json["outcome"] = call::name_of(result.verdict.outcome);
@@ -181,43 +172,49 @@ std::string json_of(const call::PreparedCall& call, const call::CallResult& resu
 
 std::string json_of(const input::InputError& error)
 {
-    Json json{{"schema", schema}};
-    if (!error.place.file.empty()) {
-        json["file"] = error.place.file;
-        json["line"] = error.place.line;
-        json["column"] = error.place.column;
-    }
+    Json json = record("error", error.place);
     json.add("call", error.call);
     json.add("argument", error.argument);
     json["complaint"] = error.text;
+    json.add("hint", error.hint);
     json["exit"] = error.exit;
     return line_of(json);
 }
 
 std::string json_of(const call::Tally& tally, const std::string& name, std::size_t left)
 {
-    return line_of({{"schema", schema},
-                    {"batch", name},
-                    {"accepted", tally.successes(call::Outcome::accepted)},
-                    {"sent", tally.successes(call::Outcome::sent)},
-                    {"unread", tally.successes(call::Outcome::unread)},
-                    {"dry_run", tally.successes(call::Outcome::dry_run)},
-                    {"done", tally.successes(call::Outcome::done) + tally.successes(call::Outcome::nothing_to_do)},
-                    {"failed_lines", Json::array(tally.failed_lines())},
-                    {"not_made", left},
-                    {"exit", tally.worst}});
+    Json json = record("batch", {name});
+    for (const auto& [field, number] :
+         {std::pair{"accepted", tally.successes(call::Outcome::accepted)},
+          {"sent", tally.successes(call::Outcome::sent)},
+          {"unread", tally.successes(call::Outcome::unread)},
+          {"dry_run", tally.successes(call::Outcome::dry_run)},
+          {"done", tally.successes(call::Outcome::done) + tally.successes(call::Outcome::nothing_to_do)}}) {
+        json[field] = number;
+    }
+    json["failed_lines"] = Json::array(tally.failed_lines());
+    json["not_made"] = left;
+    json["exit"] = tally.worst;
+    return line_of(json);
 }
 
 std::string checked_json(const std::string& name, std::size_t calls)
 {
-    return line_of({{"schema", schema}, {"check", name}, {"calls", calls}, {"exit", input::exit_ok}});
+    Json json = record("check", {name});
+    json["calls"] = calls;
+    json["exit"] = input::exit_ok;
+    return line_of(json);
 }
 
 std::string json_of(const rows::Row& row)
 {
     const rows::CallContract& contract = rows::contract_of(row);
-    Json json{{"schema", schema},     {"family", row.family->name},       {"name", row.name},
-              {"symbol", row.symbol}, {"summary", rows::summary_of(row)}, {"callable", row.make != nullptr}};
+    Json json = record("row");
+    json["family"] = row.family->name;
+    json["name"] = row.name;
+    json["symbol"] = row.symbol;
+    json["summary"] = rows::summary_of(row);
+    json["callable"] = row.make != nullptr;
     if (!row.used_by.empty()) {
         json["used_by"] = row.used_by;
         return line_of(json);

@@ -14,7 +14,8 @@ namespace {
 TEST(options, anywhere_before_double_dash)
 {
     const char* const words[] = {"gpio", "--json", "set-value", "-1", "--sap=0x1010", "--", "--yes"};
-    const input::Options options = input::options_of({const_cast<char* const*>(words), std::size(words)});
+    input::Options options;
+    input::take_options(input::words_of({const_cast<char* const*>(words), std::size(words)}), options);
     EXPECT_TRUE(options.json);
     EXPECT_FALSE(options.yes);
     EXPECT_EQ(0x1010, options.sap);
@@ -112,7 +113,9 @@ TEST(verdict, outcome_and_exit_code)
 TEST(options, timeout_units)
 {
     const auto seconds = [](const std::string& text) {
-        return input::options_of(input::words_of("--timeout " + text), {}).timeout;
+        input::Options options;
+        input::take_options(input::words_of("--timeout " + text), options);
+        return options.timeout;
     };
     for (const char* const text : {"7200", "7200s", "0x1c20", "120m", "120min", "2h", "7200000ms"}) {
         EXPECT_EQ(7200U, seconds(text)) << text;

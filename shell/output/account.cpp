@@ -87,6 +87,21 @@ void print_notice(std::string_view text, const input::Place& place, bool json, s
     print_notice(text, place, json, to, vor::Json::object());
 }
 
+void print_wait(unsigned milliseconds, bool json)
+{
+    print_notice("waiting until the timer is due: it ends with this process; interrupt to cancel it", {}, json, stderr,
+                 {{"milliseconds", milliseconds}});
+}
+
+int print_declined(bool json)
+{
+    if (json) {
+        return print_error({"nothing was sent"}, true);
+    }
+    vor::print_line(stderr, "Nothing was sent.");
+    return input::exit_usage;
+}
+
 vor::Screen screen_of(const input::Options& options)
 {
     return vor::screen_of(STDOUT_FILENO, options.color);
@@ -112,25 +127,29 @@ bool ConsoleReporter::report_call(const call::PreparedCall& call, const call::Ca
     errno = 0;
     vor::print(stdout, shown(call, result));
     error_ = error_ != 0 || std::ferror(stdout) == 0 ? error_ : errno;
-    progress_.show(calls_ - left, calls_);
+    if (!json_) {
+        progress_.show(calls_ - left, calls_);
+    }
     return std::ferror(stdout) == 0;
 }
 
 int ConsoleReporter::finish(const call::Tally& tally, std::size_t left, bool interrupted)
 {
     progress_.clear();
+    call::Tally ended = tally;
     if (interrupted) {
-        vor::print(stderr, "vorcfg: interrupted\n");
+        ended.worst = input::exit_ended;
+        print_notice("interrupted", {}, json_, stderr);
     }
     // where standard output is closed, the totals go to standard error
     errno = 0;
-    vor::print(std::ferror(stdout) != 0 ? stderr : stdout, summary_(tally, left));
+    vor::print(std::ferror(stdout) != 0 ? stderr : stdout, summary_(ended, left));
     error_ = error_ == 0 ? errno : error_;
     errno = error_; // for the caller that reports it
     if (std::ferror(stdout) != 0) {
         return input::exit_no_output;
     }
-    return interrupted ? input::exit_ended : tally.worst;
+    return ended.worst;
 }
 
 } // namespace vorcfg::output

@@ -154,6 +154,7 @@ std::string json_of(const call::PreparedCall& call, const call::CallResult& resu
     add_arguments(json, call);
     json["outcome"] = call::name_of(result.verdict.outcome);
     json["verdict"] = result.verdict.text;
+    json.add("hint", result.verdict.hint);
     json["exit"] = call::exit_of(result.verdict.outcome);
     if (result.back.code && result.verdict.outcome != call::Outcome::no_endpoint) {
         json["code"] = *result.back.code;
@@ -195,6 +196,13 @@ std::string json_of(const call::Tally& tally, const std::string& name, std::size
     json["failed_lines"] = Json::array(tally.failed_lines());
     json["not_made"] = left;
     json["exit"] = tally.worst;
+    return line_of(json);
+}
+
+std::string text_json(std::string_view text)
+{
+    Json json = record("text");
+    json["text"] = text;
     return line_of(json);
 }
 

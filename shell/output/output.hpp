@@ -60,6 +60,7 @@ std::string json_of(const call::PreparedCall& call, const call::CallResult& resu
 std::string json_of(const input::InputError& error);
 std::string json_of(const call::Tally& tally, const std::string& name, std::size_t left);
 std::string json_of(const rows::Row& row);
+std::string text_json(std::string_view text);
 std::string checked_json(const std::string& name, std::size_t calls);
 
 // What is not a result: as JSON on standard output.
@@ -72,6 +73,10 @@ void print_warning(std::string_view text, const input::Place& place, bool json, 
 // As text on `to`, after the place or, on standard error, the tool's name. The fields are for JSON.
 void print_notice(std::string_view text, const input::Place& place, bool json, std::FILE* to, const vor::Json& fields);
 void print_notice(std::string_view text, const input::Place& place, bool json, std::FILE* to = stdout);
+// What a call's timer is waited for.
+void print_wait(unsigned milliseconds, bool json);
+// After a no; its exit code.
+int print_declined(bool json);
 
 // A run reported on standard output.
 class ConsoleReporter final : public call::Reporter {
@@ -89,6 +94,7 @@ public:
     std::size_t calls() const { return calls_; }
 
     bool report_call(const call::PreparedCall& call, const call::CallResult& result, std::size_t left) override;
+    void report_wait(unsigned milliseconds) override { print_wait(milliseconds, json_); }
     int finish(const call::Tally& tally, std::size_t left, bool interrupted) override;
 
 private:

@@ -253,7 +253,7 @@ constexpr input::Command table[] = {
     {set_up, "report", "report JOURNAL", "print the accepted settings, for the hand-over", "",
      over_file<site::run_report>},
     {look_up, "list", "list [FAMILY]", "list all calls",
-     "With --json, lists all that is known of each call: ranges, lengths, words and marks.", run_list},
+     "With --json, lists all that is known of each call: kinds, ranges, lengths, words and marks.", run_list},
     {look_up, "search", "search WORD", "list the calls that mention WORD",
      "Searches the names of calls and arguments and their descriptions.", run_search},
     {look_up, "help", "help [FAMILY [CALL]]", "describe a family, a call or a command", "", run_help},

@@ -116,28 +116,52 @@ void add_arguments(Json& json, const call::PreparedCall& call)
     }
 }
 
+std::string_view kind_of(const rows::Argument& argument)
+{
+    switch (argument.kind) {
+    case rows::Kind::text:
+        return argument.choices.empty() ? "text" : "word";
+    case rows::Kind::ipv4:
+        return "ipv4";
+    case rows::Kind::decimal:
+        return "decimal";
+    case rows::Kind::result:
+    case rows::Kind::untouched:
+        return "result";
+    default:
+        return "number";
+    }
+}
+
+// Empty where its call answers a record.
+std::string_view c_type_of(rows::Type type)
+{
+    static constexpr std::string_view names[] = {"vor_uchar", "vor_char",   "vor_int16",  "vor_uint16",
+                                                 "vor_int32", "vor_uint32", "vor_char *", ""};
+    return names[static_cast<std::size_t>(type)];
+}
+
 Json json_of(const rows::Argument& argument, const rows::CallContract& contract)
 {
-    Json json{{"name", argument.name}, {"type", rows::type_name(argument)}};
+    Json json{{"name", argument.name}, {"kind", kind_of(argument)}};
+    json.add("c_type", c_type_of(argument.type));
     if (argument.is_number() && !argument.is_count) {
         json["least"] = argument.range.least;
         json["most"] = argument.range.most;
     }
     json.add("most_bytes", argument.most_bytes);
     json.add("most_listed", argument.most_listed);
-    if (!argument.choices.empty()) {
-        json["words"] = Json::object();
-        for (const rows::Choice& choice : argument.choices) {
-            json["words"][choice.name] = argument.is_number() ? Json(choice.number) : Json(choice.name);
-        }
+    for (const rows::Choice& choice : argument.choices) {
+        json["words"][choice.name] = argument.is_number() ? Json(choice.number) : Json(choice.name);
     }
-    json.add("secret", argument.is_secret);
-    json.add("object", argument.is_object);
-    json.add("list", argument.is_list);
-    json.add("optional", argument.is_optional);
-    json.add("counted", argument.is_count);
-    json.add("result", argument.is_result());
-    json.add("never_sent", !argument.is_sent);
+    for (const auto& [flag, is_set] : {std::pair{"secret", argument.is_secret},
+                                       {"object", argument.is_object},
+                                       {"list", argument.is_list},
+                                       {"optional", argument.is_optional},
+                                       {"counted", argument.is_count},
+                                       {"never_sent", !argument.is_sent}}) {
+        json.add(flag, is_set);
+    }
     if (!argument.decided_by.empty()) {
         json["sent_only_where"] = Json({{std::string(argument.decided_by), argument.decided_at.number}});
     }
@@ -228,17 +252,14 @@ std::string json_of(const rows::Row& row)
         return line_of(json);
     }
     json.add("usage", row.usage);
-    json["marks"] = Json::array();
     static constexpr std::pair<rows::Marks, const char*> marks[] = {{rows::answer_unread, "answer_unread"},
                                                                     {rows::does_nothing, "does_nothing"},
-                                                                    {rows::confirmed, "wants_yes"},
+                                                                    {rows::confirmed, "requires_yes"},
                                                                     {rows::waits, "waits"},
                                                                     {rows::acts, "acts"},
                                                                     {rows::cuts_link, "cuts_link"}};
-    for (const auto& [mark, name] : marks) {
-        if (row.has(mark)) {
-            json["marks"].push_back(name);
-        }
+    for (const auto& [mark, flag] : marks) {
+        json.add(flag, row.has(mark));
     }
     json.add("undone_by", row.undone_by);
     json["arguments"] = Json::array();

@@ -156,7 +156,7 @@ private:
             vor::print(stdout, heading_of(journal.history(), to_));
         }
         Plan plan = planner_.against(journal.history());
-        vor::print(stderr, warnings_of(plan, to_));
+        print_warnings(plan, to_);
         return plan;
     }
 

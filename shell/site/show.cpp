@@ -325,17 +325,16 @@ std::string applied_text(const Plan& plan, const call::Tally& calls, std::size_t
         fmt::format("{}: {}", output::end_of_run(to.file, "Applied", stopped, calls, to.screen), text), to.screen);
 }
 
-std::string warnings_of(const Plan& plan, const Shown& to)
+void print_warnings(const Plan& plan, const Shown& to)
 {
-    std::string text;
     std::set<std::string> said;
     for (const PlanLine& line : plan.lines) {
-        if (line.differs_from != 0 && said.insert(call::name_of(line.key, line.hexadecimal)).second) {
-            text += fmt::format("{}:{}: warning: {}: line {} sets it differently\n", vor::printable(to.file), line.line,
-                                call::name_of(line.key, line.hexadecimal), line.differs_from);
+        const std::string name = call::name_of(line.key, line.hexadecimal);
+        if (line.differs_from != 0 && said.insert(name).second) {
+            output::print_warning(fmt::format("{}: line {} sets it differently", name, line.differs_from),
+                                  {to.file, line.line}, to.json, line.differs_from);
         }
     }
-    return text;
 }
 
 } // namespace vorcfg::site

@@ -54,7 +54,7 @@ ensure_packages() { # package:probe...
 ensure_build_packages() {
     ensure_packages cmake:cmake ninja-build:ninja g++:g++ nlohmann-json3-dev:/usr/include/nlohmann/json.hpp \
         libgtest-dev:/usr/include/gtest/gtest.h libfmt-dev:/usr/include/fmt/format.h \
-        libmicrohttpd-dev:/usr/include/microhttpd.h
+        libvalijson-dev:/usr/include/valijson/schema.hpp libmicrohttpd-dev:/usr/include/microhttpd.h
 }
 
 ensure_arm_packages() {

@@ -20,16 +20,23 @@ namespace vorcfg {
 
 namespace {
 
-int print_paged(std::string_view text)
-{
-    help::show_in_pager(text);
-    return input::exit_ok;
-}
-
 int print(std::string_view text)
 {
     std::fwrite(text.data(), 1, text.size(), stdout);
     return input::exit_ok;
+}
+
+// What is for people, on several lines.
+int print_text(std::string_view text, const input::Options& options, bool paged = false)
+{
+    if (options.json) {
+        return print(output::text_json(text));
+    }
+    if (paged) {
+        help::show_in_pager(text);
+        return input::exit_ok;
+    }
+    return print(text);
 }
 
 // --- The operand of a command -----------------------------------------------------
@@ -90,7 +97,12 @@ try {
 int run_call(const input::Options& options)
 {
     if (options.words.size() < 2) {
-        vor::print(stderr, help::help(rows::require_family(options.words[0].text, rows::Expected::command_or_family)));
+        const rows::Family& family = rows::require_family(options.words[0].text, rows::Expected::command_or_family);
+        if (options.json) {
+            throw input::InputError{.text = fmt::format("{} needs a call", family.name),
+                                    .hint = fmt::format("vorcfg help {}", family.name)};
+        }
+        vor::print(stderr, help::help(family));
         return input::exit_usage;
     }
     input::Secrets secrets({.literals = options.in_session,
@@ -98,16 +110,19 @@ int run_call(const input::Options& options)
                             .left_out = options.password.value_or(input::Word{{"?"}})});
     call::PreparedCall call = prepared(options, secrets);
     if (call.row->has(rows::cuts_link) && !call::agreed_to({call::named(call)}, "Make this call?", options)) {
-        return input::exit_usage;
+        return output::print_declined(options.json);
     }
-    call::Session session({options.dry_run, options.trace}, options.sap);
+    call::Session session({options.dry_run, options.trace, options.json}, options.sap);
     const call::CallResult result = session.make(call);
     vor::print(stdout, options.json ? output::json_of(call, result)
                                     : output::text_of(call, result, output::screen_of(options)));
     if (!options.json && !result.verdict.hint.empty()) {
         vor::print_line(stderr, fmt::format("hint: {}", result.verdict.hint));
     }
-    call::wait_for(*call.row, result, pause_for);
+    if (const auto milliseconds = call::time_to_wait(*call.row, result)) {
+        output::print_wait(*milliseconds, options.json);
+        pause_for(*milliseconds);
+    }
     return call::exit_of(result.verdict.outcome);
 }
 
@@ -127,11 +142,12 @@ int run_batch(const std::string& path, const input::Options& options)
             cutting.push_back(call::named(call));
         }
     };
-    if (const int exit = call::check(batch, count, output::error_printer(options.json)); exit != input::exit_ok) {
+    if (const int exit = call::check(batch, count, output::error_printer(options.json), !options.json);
+        exit != input::exit_ok) {
         return exit;
     }
     if (!call::agreed_to(cutting, fmt::format("Make {}?", vor::counted(account.calls(), "call")), options)) {
-        return input::exit_usage;
+        return output::print_declined(options.json);
     }
     batch.ask();
     batch.rewind();
@@ -148,9 +164,8 @@ int run_check(const std::string& path, const input::Options& options)
     call::Batch batch = call::batch_of(path, options);
     batch.leave_input();
     std::size_t calls = 0;
-    if (call::check(
-            batch, [&](const call::PreparedCall&) { calls++; }, output::error_printer(options.json)) !=
-        input::exit_ok) {
+    const auto count = [&](const call::PreparedCall&) { calls++; };
+    if (call::check(batch, count, output::error_printer(options.json), !options.json) != input::exit_ok) {
         return input::exit_usage;
     }
     vor::print(stdout, options.json ? output::checked_json(batch.name(), calls)
@@ -161,25 +176,26 @@ int run_check(const std::string& path, const input::Options& options)
 
 // --- Looking up ---------------------------------------------------------------------
 
-int print_help(std::span<const input::Word> words, bool brief)
+int print_help(std::span<const input::Word> words, const input::Options& options)
 {
+    const bool brief = options.brief;
     if (words.empty()) {
-        return brief ? print(help::brief_help()) : print_paged(help::help());
+        return brief ? print_text(help::brief_help(), options) : print_text(help::help(), options, true);
     }
     if (const input::Command* const command = input::command_named(words[0].text)) {
-        return print(help::help(*command));
+        return print_text(help::help(*command), options);
     }
     if (words.size() == 1) {
         const rows::Family& family = rows::require_family(words[0].text, rows::Expected::command_or_family);
-        return brief ? print(help::brief_help(family)) : print_paged(help::help(family));
+        return brief ? print_text(help::brief_help(family), options) : print_text(help::help(family), options, true);
     }
     const rows::Row& row = rows::require_row(words[0].text, words[1].text, rows::Expected::command_or_family);
-    return brief ? print(help::brief_help(row)) : print_paged(help::help(row));
+    return brief ? print_text(help::brief_help(row), options) : print_text(help::help(row), options, true);
 }
 
 int run_help(const input::Options& options)
 {
-    return print_help(std::span(options.words).subspan(1), false);
+    return print_help(std::span(options.words).subspan(1), options);
 }
 
 int run_list(const input::Options& options)
@@ -201,12 +217,12 @@ int run_search(const input::Options& options)
 int run_manual(const input::Options& options)
 {
     const std::string* const page = operand(options);
-    return print(page != nullptr ? help::manual(*page) : vor::joined(help::manual_pages(), "\n") + "\n");
+    return print_text(page != nullptr ? help::manual(*page) : vor::joined(help::manual_pages(), "\n") + "\n", options);
 }
 
 int run_completion(const input::Options& options)
 {
-    return print(help::completion_script(required_operand(options)));
+    return print_text(help::completion_script(required_operand(options)), options);
 }
 
 // --- The table ----------------------------------------------------------------------
@@ -237,7 +253,7 @@ constexpr input::Command table[] = {
     {set_up, "report", "report JOURNAL", "print the accepted settings, for the hand-over", "",
      over_file<site::run_report>},
     {look_up, "list", "list [FAMILY]", "list all calls",
-     "With --json, lists all that is known of each call: ranges, lengths, words and marks.", run_list},
+     "With --json, lists all that is known of each call: kinds, ranges, lengths, words and marks.", run_list},
     {look_up, "search", "search WORD", "list the calls that mention WORD",
      "Searches the names of calls and arguments and their descriptions.", run_search},
     {look_up, "help", "help [FAMILY [CALL]]", "describe a family, a call or a command", "", run_help},
@@ -274,16 +290,16 @@ const input::Command* input::command_named(std::string_view name)
 int input::run(const input::Options& options)
 {
     if (options.version) {
-        return print("vorcfg " VORCFG_VERSION "\n");
+        return print_text("vorcfg " VORCFG_VERSION "\n", options);
     }
     if (options.help) {
-        return print_help(options.words, options.brief);
+        return print_help(options.words, options);
     }
     const input::Command& command = command_for(options.words);
     if (!options.words.empty()) {
         input::check_given(options, command.name.empty() ? "a call" : command.name);
         if (options.words[0].text == "complete") { // asked by the completion scripts
-            return print(help::completions(std::span(options.words).subspan(1)));
+            return print_text(help::completions(std::span(options.words).subspan(1)), options);
         }
     }
     return command.run(options);

@@ -24,12 +24,11 @@ int finished(int code)
 int main(int argc, char** argv)
 {
     prctl(PR_SET_DUMPABLE, 0); // keeps secrets from core files and other processes
-    bool json = false;
+    input::Options options;
     try {
-        const input::Options options = input::options_of({argv + 1, argv + argc});
-        json = options.json;
+        input::take_options(input::words_of({argv + 1, argv + argc}), options);
         return finished(input::run(options));
     } catch (const input::InputError& error) {
-        return output::print_error(error, json);
+        return finished(output::print_error(error, options.json));
     }
 }

@@ -1,5 +1,7 @@
 #include "processes.hpp"
 
+#include "records.hpp"
+
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -16,6 +18,8 @@
 #include <system_error>
 #include <unistd.h>
 #include <utility>
+
+#include <gtest/gtest.h>
 
 extern char** environ;
 
@@ -112,6 +116,33 @@ std::map<std::string, std::string> platform_settings(const std::filesystem::path
     return {{"VORINFRA_DIR", (place / "run").string()}, {"VORINFRA_ROOT", (place / "root").string()}};
 }
 
+void expect_described(const std::string& line, const std::string& from)
+{
+    if (const std::string why = mismatch(line); !why.empty()) {
+        ADD_FAILURE() << from << ": " << line << "\nis not as docs/vorcfg.schema.json describes:\n" << why;
+    }
+}
+
+void expect_described_output(const std::string& line, const std::string& from)
+{
+    if (line.starts_with("{\"schema\":")) {
+        expect_described(line, from);
+    }
+}
+
+// A journal of vorcfg, but for a last line that was cut off.
+void expect_described_journal(const std::filesystem::path& path)
+{
+    std::ifstream file(path);
+    std::string line;
+    for (bool begun = false; std::getline(file, line) && !file.eof(); begun = true) {
+        if (!begun && !line.starts_with("{\"vorcfg_journal\":")) {
+            return;
+        }
+        expect_described(line, path.filename());
+    }
+}
+
 } // namespace
 
 TemporaryDirectory::TemporaryDirectory()
@@ -149,6 +180,15 @@ Workplace::Workplace()
     fs::copy(VOR_SOURCE_DIR "/examples", path() / "examples", fs::copy_options::recursive);
 }
 
+Workplace::~Workplace()
+{
+    for (const auto& file : std::filesystem::recursive_directory_iterator(path())) {
+        if (file.path().extension() == ".journal" && file.is_regular_file()) {
+            expect_described_journal(file.path());
+        }
+    }
+}
+
 std::vector<std::string> Workplace::environment() const
 {
     std::vector<std::string> variables;
@@ -182,6 +222,10 @@ Output Workplace::run(const std::string& command) const
     while (read_more(output, result.text)) {}
     close(output);
     result.exit_code = exit_code(pid);
+    std::istringstream lines(result.text);
+    for (std::string line; std::getline(lines, line);) {
+        expect_described_output(line, command);
+    }
     return result;
 }
 
@@ -221,6 +265,7 @@ std::string Tool::next_line()
     }
     std::string line = pending_.substr(0, end);
     pending_.erase(0, end + 1);
+    expect_described_output(line, "process " + std::to_string(pid_));
     return line;
 }
 

@@ -1,4 +1,5 @@
-// Starts the tools of the build under test, in a directory of their own.
+// Starts the tools of the build under test, in a directory of their own. A line of vorcfg's JSON or of a journal that
+// is not as described is a failure.
 #pragma once
 
 #include <filesystem>
@@ -35,6 +36,9 @@ std::string contents(const std::filesystem::path& file);
 class Workplace {
 public:
     Workplace();
+    ~Workplace();
+    Workplace(const Workplace&) = delete;
+    Workplace& operator=(const Workplace&) = delete;
 
     const std::filesystem::path& path() const { return directory_.path(); }
 

@@ -1,10 +1,15 @@
 // vorcfg's options and verdicts.
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "call/verdict.hpp"
 #include "input/options.hpp"
 #include "output/output.hpp"
+#include "processes.hpp"
+#include "records.hpp"
 #include "rows/families.hpp"
+#include "text/json.hpp"
 #include "text/text.hpp"
 
 using namespace vorcfg;
@@ -14,7 +19,8 @@ namespace {
 TEST(options, anywhere_before_double_dash)
 {
     const char* const words[] = {"gpio", "--json", "set-value", "-1", "--sap=0x1010", "--", "--yes"};
-    const input::Options options = input::options_of({const_cast<char* const*>(words), std::size(words)});
+    input::Options options;
+    input::take_options(input::words_of({const_cast<char* const*>(words), std::size(words)}), options);
     EXPECT_TRUE(options.json);
     EXPECT_FALSE(options.yes);
     EXPECT_EQ(0x1010, options.sap);
@@ -112,13 +118,101 @@ TEST(verdict, outcome_and_exit_code)
 TEST(options, timeout_units)
 {
     const auto seconds = [](const std::string& text) {
-        return input::options_of(input::words_of("--timeout " + text), {}).timeout;
+        input::Options options;
+        input::take_options(input::words_of("--timeout " + text), options);
+        return options.timeout;
     };
     for (const char* const text : {"7200", "7200s", "0x1c20", "120m", "120min", "2h", "7200000ms"}) {
         EXPECT_EQ(7200U, seconds(text)) << text;
     }
     for (const char* const text : {"0", "500ms", "86401", "25h", "2hours", "s", "-1"}) {
         EXPECT_THROW(seconds(text), input::InputError) << text;
+    }
+}
+
+// --- JSON ------------------------------------------------------------------------
+
+TEST(json, everything_is_described_and_on_standard_output)
+{
+    const processes::Workplace place;
+    processes::Gateway gateway(place, {"--strict"});
+    const auto write = [&](const char* name, const char* text) { std::ofstream(place.path() / name) << text; };
+    write("good", "can set-id 1 7 1\n");
+    write("bad", "can set-id 1 7\n\n  nothing\n");
+    write("twice", "can set-id 1 7 1\ncan set-id 1 8 1\n");
+    write("open", "can set-id 1 \"7\n");
+    write("lines", "gpio set-value 1 1\n--bogus\nnothing\nadc\nsearch zzzz\n--version\nbatch good\n\n");
+    place.run("vorsim fault add 'gpiomgr: status 7'");
+    const struct {
+        const char* command;
+        int exit;
+        const char* types; // of the lines; that of many rows is written once
+    } cases[] = {
+        {"vorcfg --json", 2, "error"},
+        {"vorcfg --json nothing", 2, "error"},
+        {"vorcfg --json adc", 2, "error"},
+        {"vorcfg --bogus --json list", 2, "error"},
+        {"vorcfg list --json --bogus", 2, "error"},
+        {"vorcfg --sap x --timeout 0 --json", 2, "error"},
+        {"vorcfg --json list --html", 2, "error"},
+        {"vorcfg --json plan", 2, "error"},
+        {"vorcfg --json check missing", 8, "error"},
+        {"vorcfg --json batch bad", 2, "error error"},
+        {"vorcfg --json check open", 2, "error"},
+        {"vorcfg --json check good", 0, "check"},
+        {"vorcfg --json batch twice", 0, "call call batch"},
+        {"vorcfg --json plan twice", 11, "warning plan_line plan_line plan"},
+        {"vorcfg --json apply twice", 0, "warning call call apply"},
+        {"vorcfg --json report twice.journal", 0, "report"},
+        {"vorcfg --json can set-id 1 7", 2, "error"},
+        {"vorcfg --json gpio set-direction 3 1 0", 1, "call"},
+        {"vorcfg --json gpio set-value 1 1", 0, "call"},
+        {"vorcfg --json common system-restart 30", 2, "error"},
+        {"vorcfg --json --dry-run common system-restart 30", 0, "call"},
+        {"vorcfg --json --yes common system-restart 0", 0, "call notice"},
+        {"VORINFRA_DIR=elsewhere vorcfg --json gpio set-value 1 1", 7, "call"},
+        {"vorcfg --json search ntp", 0, "row"},
+        {"vorcfg --json search zzzz", 2, "error"},
+        {"vorcfg --json list", 0, "row"},
+        {"vorcfg --json list zzzz", 2, "error"},
+        {"vorcfg --json help adc", 0, "text"},
+        {"vorcfg --json -h", 0, "text"},
+        {"vorcfg --json --version", 0, "text"},
+        {"vorcfg --json manual vorcfg.1", 0, "text"},
+        {"vorcfg --json manual zzzz", 2, "error"},
+        {"vorcfg --json completion bash", 0, "text"},
+        {"vorcfg --json < lines", 2, "call error error error error text call batch"},
+        {"vorcfg < lines --json", 2, "call error error error error text call batch"},
+    };
+    for (const auto& each : cases) {
+        const processes::Output output = place.run(std::string(each.command) + " 2>complaints");
+        EXPECT_EQ(each.exit, output.exit_code) << each.command << '\n' << output.text;
+        EXPECT_EQ("", processes::contents(place.path() / "complaints")) << each.command;
+        std::string types;
+        std::string last;
+        for (const std::string_view line : vor::lines_in(output.text)) {
+            EXPECT_EQ("", processes::mismatch(std::string(line))) << each.command << '\n' << line;
+            const std::string type = vor::Json::read(line).value_or(vor::Json()).value("type", "no JSON");
+            types += type == "row" && last == "row" ? "" : (types.empty() ? "" : " ") + type;
+            last = type;
+        }
+        EXPECT_EQ(each.types, types) << each.command << '\n' << output.text;
+    }
+}
+
+// The check itself, which everything that starts vorcfg relies on.
+TEST(json, what_is_not_described_is_found)
+{
+    const std::string check = "{\"schema\":3,\"type\":\"check\",\"file\":\"f\",\"calls\":1,\"exit\":0";
+    EXPECT_EQ("", processes::mismatch(check + "}"));
+    EXPECT_EQ("", processes::mismatch("{\"confirmed\":true,\"at\":\"2026-05-12T10:04:00Z\",\"by\":\"a\"}"));
+    for (const std::string& line :
+         {check, check + ",\"more\":1}", check + ",\"line\":0}", check + ",\"calls\":\"1\"}",
+          std::string("{\"schema\":3,\"type\":\"check\",\"file\":\"f\",\"calls\":1}"),
+          std::string("{\"schema\":2,\"type\":\"check\",\"file\":\"f\",\"calls\":1,\"exit\":0}"),
+          std::string("{\"schema\":3,\"type\":\"more\"}"), std::string("{\"more\":true}"),
+          std::string("{\"confirmed\":true,\"at\":\"today\",\"by\":\"a\"}")}) {
+        EXPECT_NE("", processes::mismatch(line)) << line;
     }
 }
 

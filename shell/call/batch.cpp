@@ -62,7 +62,7 @@ std::optional<PreparedCall> Batch::next()
             words = input::words_of(line, &variables_);
             if (!words.empty()) {
                 const std::size_t column = words.size() > 1 ? words[1].column : words[0].column;
-                PreparedCall call = prepare(words, secrets_, {name_, line_, column});
+                PreparedCall call = prepare(words, secrets_, {name_, line_, input::column_in(line, column)});
                 if (!tried_) {
                     rehearse(call);
                 }
@@ -125,17 +125,18 @@ bool agreed_to(const std::vector<std::string>& cutting, const std::string& quest
             fmt::format("{} may drop the connection you are using. {}", vor::joined(cutting, ", "), question))) {
         return true;
     }
-    vor::print_line(stderr, "Nothing was sent.");
     return false;
 }
 
 int check(Batch& batch, const std::function<void(const PreparedCall&)>& each,
-          const std::function<int(const input::InputError&)>& report)
+          const std::function<int(const input::InputError&)>& report, bool shows_progress)
 {
     int exit = input::exit_ok;
     vor::Progress progress("lines checked");
     for (bool more = true; more;) {
-        progress.show(batch.line());
+        if (shows_progress) {
+            progress.show(batch.line());
+        }
         try {
             const auto call = batch.next();
             more = call.has_value();

@@ -50,7 +50,7 @@ Batch batch_of(const std::string& path, const input::Options& options);
 
 // Reads it whole and hands each valid call to `each`. The exit code of the last error.
 int check(Batch& batch, const std::function<void(const PreparedCall&)>& each,
-          const std::function<int(const input::InputError&)>& report);
+          const std::function<int(const input::InputError&)>& report, bool shows_progress);
 
 // Throws where the call requires --yes, which was not given.
 void check_confirmed(const PreparedCall& call, const input::Options& options);

@@ -32,6 +32,7 @@ public:
     struct Settings {
         bool capture = false; // nothing reaches the platform: every exchange is accepted on the spot
         bool trace = false;   // each message on standard error, as it is sent
+        bool gather = false;  // what the platform prints on standard error is kept as what the library prints
     };
 
     // The call's values say what is secret; a record that is answered does not begin with a status.

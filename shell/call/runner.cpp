@@ -43,13 +43,9 @@ std::vector<std::size_t> Tally::failed_lines() const
     return lines;
 }
 
-void wait_for(const rows::Row& row, const CallResult& result, const std::function<void(unsigned)>& rest)
+std::optional<unsigned> time_to_wait(const rows::Row& row, const CallResult& result)
 {
-    if (row.has(rows::waits) && result.seen.timer && result.verdict.outcome == Outcome::sent) {
-        vor::print(stderr,
-                   "vorcfg: waiting until the timer is due: it ends with this process; interrupt to cancel it\n");
-        rest(*result.seen.timer);
-    }
+    return row.has(rows::waits) && result.verdict.outcome == Outcome::sent ? result.seen.timer : std::nullopt;
 }
 
 namespace {
@@ -66,7 +62,7 @@ const input::Options& with_platform_timeout(const input::Options& options)
 
 BatchRunner::BatchRunner(const input::Options& options, std::size_t calls, Reporter& reporter, Hooks hooks)
     : options_(with_platform_timeout(options)), reporter_(reporter), hooks_(std::move(hooks)), left_(calls),
-      session_({options.dry_run, options.trace}, options.sap),
+      session_({options.dry_run, options.trace, options.json}, options.sap),
       watchdog_(options.timeout, hooks_.hang_up_ends, [this](const char* why) { return give_up(why); })
 {
 }
@@ -94,7 +90,10 @@ bool BatchRunner::make(PreparedCall& call)
     if (!reported || (!success && !options_.keep_going)) {
         return false;
     }
-    wait_for(*call.row, result, [this](unsigned milliseconds) { watchdog_.rest(milliseconds); });
+    if (const auto milliseconds = time_to_wait(*call.row, result)) {
+        reporter_.report_wait(*milliseconds);
+        watchdog_.rest(*milliseconds);
+    }
     return !watchdog_.ended();
 }
 

@@ -32,8 +32,8 @@ struct Tally {
     std::vector<std::size_t> failed_lines() const;
 };
 
-// Where a call started a timer, which ends with this process: waits until it is due.
-void wait_for(const rows::Row& row, const CallResult& result, const std::function<void(unsigned milliseconds)>& rest);
+// The milliseconds until the timer is due that a call started: it ends with this process, which has to wait.
+std::optional<unsigned> time_to_wait(const rows::Row& row, const CallResult& result);
 
 // Reports a run.
 class Reporter {
@@ -41,6 +41,8 @@ public:
     virtual ~Reporter() = default;
     // A call, and how many are left; false where the report cannot be written any more.
     virtual bool report_call(const PreparedCall& call, const CallResult& result, std::size_t left) = 0;
+    // Before a call's timer is waited for.
+    virtual void report_wait(unsigned milliseconds) = 0;
     // The totals; the exit code.
     virtual int finish(const Tally& tally, std::size_t left, bool interrupted) = 0;
 };

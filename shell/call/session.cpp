@@ -138,12 +138,13 @@ CallResult Session::make(PreparedCall& call)
     vor_errno = 0;
     {
         Capture printed(STDOUT_FILENO);
-        std::optional<Capture> complained; // of a platform, about a call that is only tried
-        if (settings_.capture && !settings_.trace) {
+        std::optional<Capture> complained; // of a platform; about a call that is only tried, nobody is told
+        if ((settings_.capture || settings_.gather) && !settings_.trace) {
             complained.emplace(STDERR_FILENO);
         }
         result.back = row.make(row, call.values);
         library = printed.take();
+        library += complained && !settings_.capture ? complained->take() : "";
     }
     if (vor_cfg_get_sock_endpoint() != nullptr) { // a call that fails leaves its connection open
         vor_cfg_remove_sock_endpoint();

@@ -78,7 +78,7 @@ constexpr OptionRow rows[] = {
      "a call, batch",
      true},
     {{"--trace", "", "show each message and its answer on standard error"}, take<&Options::trace>},
-    {{"--json", "", "print one JSON object per call and per error"}, take<&Options::json>},
+    {{"--json", "", "print everything as JSON, one object per line"}, take<&Options::json>},
     {{"--yes", "", "ask nothing; make calls that require it"}, take<&Options::yes>, {}, true},
     {{"--sap", "N", "bind this endpoint; default: the first free one from 0x1000 on"}, take_sap},
     {{"--password-file", "FILE", "read the call's secret argument from FILE"}, take_password},
@@ -168,18 +168,19 @@ std::span<const OptionRow> option_rows()
     return rows;
 }
 
-Options options_of(std::span<char* const> arguments)
+std::vector<Word> words_of(std::span<char* const> arguments)
 {
     std::vector<Word> typed;
     for (const char* const argument : arguments) {
         typed.push_back({{.text = argument, .named = vor::named_length(argument)}});
     }
-    return options_of(std::move(typed), {});
+    return typed;
 }
 
-Options options_of(std::vector<Word> typed, Options options)
-try {
+void take_options(std::vector<Word> typed, Options& options)
+{
     bool over = false;
+    std::optional<InputError> wrong;
     options.given.clear();
     for (std::size_t used = 1; used <= typed.size(); used++) {
         Word& word = typed[used - 1];
@@ -190,21 +191,28 @@ try {
         // a negative number, or - for standard input, is a word
         const bool dashed =
             word.text.starts_with("--") || word.text == "-h" || (word.text.starts_with('-') && options.words.empty());
-        const vor::OptionWords option(word.text);
-        const OptionRow* const row = over || word.quoted || !dashed ? nullptr : row_named(option.name, options.words);
-        if (row == nullptr) {
-            options.words.push_back(std::move(word));
-            continue;
+        try {
+            const vor::OptionWords option(word.text);
+            const OptionRow* const row =
+                over || word.quoted || !dashed ? nullptr : row_named(option.name, options.words);
+            if (row == nullptr) {
+                options.words.push_back(std::move(word));
+                continue;
+            }
+            const std::string* const next = used < typed.size() ? &typed[used].text : nullptr;
+            const std::string_view value = option.value_of(*row, next, used);
+            row->take(options, *row, value);
+            options.brief = options.brief || word.text == "-h";
+            options.given.push_back(row);
+        } catch (const vor::OptionError& error) {
+            wrong = wrong.value_or(InputError{error.what()});
+        } catch (const InputError& error) {
+            wrong = wrong.value_or(error);
         }
-        const std::string* const next = used < typed.size() ? &typed[used].text : nullptr;
-        const std::string_view value = option.value_of(*row, next, used);
-        row->take(options, *row, value);
-        options.brief = options.brief || word.text == "-h";
-        options.given.push_back(row);
     }
-    return options;
-} catch (const vor::OptionError& error) {
-    throw InputError{error.what()};
+    if (wrong) {
+        throw InputError(*wrong);
+    }
 }
 
 void check_given(const Options& options, std::string_view command)

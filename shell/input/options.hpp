@@ -56,10 +56,10 @@ bool takes_option(const OptionRow& row, std::string_view command);
 // Throws an InputError about an option that the command does not take; "a call" is a command here.
 void check_given(const Options& options, std::string_view command);
 
-// Options may be anywhere before a `--`; those that a call reads itself are left among the words.
-Options options_of(std::span<char* const> arguments);
-// Those of one line, besides those given before it; a quoted word is never an option.
-Options options_of(std::vector<Word> typed, Options options);
+std::vector<Word> words_of(std::span<char* const> arguments);
+// Adds those of one line. They may be anywhere before a `--`; a quoted word is never an option, and those that a call
+// reads itself are left among the words. Throws the first error after the last word, so that --json counts.
+void take_options(std::vector<Word> typed, Options& options);
 
 enum class CommandGroup { make, set_up, look_up };
 

@@ -174,7 +174,7 @@ std::string hint_about(const std::vector<Word>& words)
     for (const Word& word : words) {
         const std::string_view text = word.text;
         if (!word.quoted && text.starts_with('$') && vor::name_length(text.substr(1)) != 0) {
-            return fmt::format("a variable is written ${{{}}}", text.substr(1, vor::name_length(text.substr(1))));
+            return "a variable is written ${NAME}";
         }
         if (!word.quoted && text.starts_with('\'')) {
             return "text with spaces is put in double quotes";

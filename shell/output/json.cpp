@@ -10,11 +10,6 @@ namespace {
 
 using vor::Json;
 
-std::string line_of(const Json& json)
-{
-    return vor::dump(json) + '\n';
-}
-
 Json json_of(const rows::Field& field)
 {
     switch (field.kind) {
@@ -121,28 +116,52 @@ void add_arguments(Json& json, const call::PreparedCall& call)
     }
 }
 
+std::string_view kind_of(const rows::Argument& argument)
+{
+    switch (argument.kind) {
+    case rows::Kind::text:
+        return argument.choices.empty() ? "text" : "word";
+    case rows::Kind::ipv4:
+        return "ipv4";
+    case rows::Kind::decimal:
+        return "decimal";
+    case rows::Kind::result:
+    case rows::Kind::untouched:
+        return "result";
+    default:
+        return "number";
+    }
+}
+
+// Empty where its call answers a record.
+std::string_view c_type_of(rows::Type type)
+{
+    static constexpr std::string_view names[] = {"vor_uchar", "vor_char",   "vor_int16",  "vor_uint16",
+                                                 "vor_int32", "vor_uint32", "vor_char *", ""};
+    return names[static_cast<std::size_t>(type)];
+}
+
 Json json_of(const rows::Argument& argument, const rows::CallContract& contract)
 {
-    Json json{{"name", argument.name}, {"type", rows::type_name(argument)}};
+    Json json{{"name", argument.name}, {"kind", kind_of(argument)}};
+    json.add("c_type", c_type_of(argument.type));
     if (argument.is_number() && !argument.is_count) {
         json["least"] = argument.range.least;
         json["most"] = argument.range.most;
     }
     json.add("most_bytes", argument.most_bytes);
     json.add("most_listed", argument.most_listed);
-    if (!argument.choices.empty()) {
-        json["words"] = Json::object();
-        for (const rows::Choice& choice : argument.choices) {
-            json["words"][choice.name] = argument.is_number() ? Json(choice.number) : Json(choice.name);
-        }
+    for (const rows::Choice& choice : argument.choices) {
+        json["words"][choice.name] = argument.is_number() ? Json(choice.number) : Json(choice.name);
     }
-    json.add("secret", argument.is_secret);
-    json.add("object", argument.is_object);
-    json.add("list", argument.is_list);
-    json.add("optional", argument.is_optional);
-    json.add("counted", argument.is_count);
-    json.add("result", argument.is_result());
-    json.add("never_sent", !argument.is_sent);
+    for (const auto& [flag, is_set] : {std::pair{"secret", argument.is_secret},
+                                       {"object", argument.is_object},
+                                       {"list", argument.is_list},
+                                       {"optional", argument.is_optional},
+                                       {"counted", argument.is_count},
+                                       {"never_sent", !argument.is_sent}}) {
+        json.add(flag, is_set);
+    }
     if (!argument.decided_by.empty()) {
         json["sent_only_where"] = Json({{std::string(argument.decided_by), argument.decided_at.number}});
     }
@@ -154,15 +173,12 @@ Json json_of(const rows::Argument& argument, const rows::CallContract& contract)
 
 std::string json_of(const call::PreparedCall& call, const call::CallResult& result)
 {
-    Json json{{"schema", schema}};
-    if (!call.place.file.empty()) {
-        json["file"] = call.place.file;
-        json["line"] = call.place.line;
-    }
+    Json json = record("call", call.place);
     json["call"] = call.row->full_name();
     add_arguments(json, call);
     json["outcome"] = call::name_of(result.verdict.outcome);
     json["verdict"] = result.verdict.text;
+    json.add("hint", result.verdict.hint);
     json["exit"] = call::exit_of(result.verdict.outcome);
     if (result.back.code && result.verdict.outcome != call::Outcome::no_endpoint) {
         json["code"] = *result.back.code;
@@ -181,59 +197,69 @@ std::string json_of(const call::PreparedCall& call, const call::CallResult& resu
 
 std::string json_of(const input::InputError& error)
 {
-    Json json{{"schema", schema}};
-    if (!error.place.file.empty()) {
-        json["file"] = error.place.file;
-        json["line"] = error.place.line;
-        json["column"] = error.place.column;
-    }
+    Json json = record("error", error.place);
     json.add("call", error.call);
     json.add("argument", error.argument);
     json["complaint"] = error.text;
+    json.add("hint", error.hint);
     json["exit"] = error.exit;
     return line_of(json);
 }
 
 std::string json_of(const call::Tally& tally, const std::string& name, std::size_t left)
 {
-    return line_of({{"schema", schema},
-                    {"batch", name},
-                    {"accepted", tally.successes(call::Outcome::accepted)},
-                    {"sent", tally.successes(call::Outcome::sent)},
-                    {"unread", tally.successes(call::Outcome::unread)},
-                    {"dry_run", tally.successes(call::Outcome::dry_run)},
-                    {"done", tally.successes(call::Outcome::done) + tally.successes(call::Outcome::nothing_to_do)},
-                    {"failed_lines", Json::array(tally.failed_lines())},
-                    {"not_made", left},
-                    {"exit", tally.worst}});
+    Json json = record("batch", {name});
+    for (const auto& [field, number] :
+         {std::pair{"accepted", tally.successes(call::Outcome::accepted)},
+          {"sent", tally.successes(call::Outcome::sent)},
+          {"unread", tally.successes(call::Outcome::unread)},
+          {"dry_run", tally.successes(call::Outcome::dry_run)},
+          {"done", tally.successes(call::Outcome::done) + tally.successes(call::Outcome::nothing_to_do)}}) {
+        json[field] = number;
+    }
+    json["failed_lines"] = Json::array(tally.failed_lines());
+    json["not_made"] = left;
+    json["exit"] = tally.worst;
+    return line_of(json);
+}
+
+std::string text_json(std::string_view text)
+{
+    Json json = record("text");
+    json["text"] = text;
+    return line_of(json);
 }
 
 std::string checked_json(const std::string& name, std::size_t calls)
 {
-    return line_of({{"schema", schema}, {"check", name}, {"calls", calls}, {"exit", input::exit_ok}});
+    Json json = record("check", {name});
+    json["calls"] = calls;
+    json["exit"] = input::exit_ok;
+    return line_of(json);
 }
 
 std::string json_of(const rows::Row& row)
 {
     const rows::CallContract& contract = rows::contract_of(row);
-    Json json{{"schema", schema},     {"family", row.family->name},       {"name", row.name},
-              {"symbol", row.symbol}, {"summary", rows::summary_of(row)}, {"callable", row.make != nullptr}};
+    Json json = record("row");
+    json["family"] = row.family->name;
+    json["name"] = row.name;
+    json["symbol"] = row.symbol;
+    json["summary"] = rows::summary_of(row);
+    json["callable"] = row.make != nullptr;
     if (!row.used_by.empty()) {
         json["used_by"] = row.used_by;
         return line_of(json);
     }
     json.add("usage", row.usage);
-    json["marks"] = Json::array();
     static constexpr std::pair<rows::Marks, const char*> marks[] = {{rows::answer_unread, "answer_unread"},
                                                                     {rows::does_nothing, "does_nothing"},
-                                                                    {rows::confirmed, "wants_yes"},
+                                                                    {rows::confirmed, "requires_yes"},
                                                                     {rows::waits, "waits"},
                                                                     {rows::acts, "acts"},
                                                                     {rows::cuts_link, "cuts_link"}};
-    for (const auto& [mark, name] : marks) {
-        if (row.has(mark)) {
-            json["marks"].push_back(name);
-        }
+    for (const auto& [mark, flag] : marks) {
+        json.add(flag, row.has(mark));
     }
     json.add("undone_by", row.undone_by);
     json["arguments"] = Json::array();

@@ -1,6 +1,7 @@
 // output.hpp: calls and their totals, as text and as JSON.
 #pragma once
 
+#include <cstdio>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -11,10 +12,19 @@
 #include "input/input_error.hpp"
 #include "text/table.hpp"
 
+namespace vor {
+class Json;
+}
+
 namespace vorcfg::output {
 
-// Of all JSON: raised when something is removed or changes its meaning.
-inline constexpr int schema = 2;
+// Of all JSON, which docs/vorcfg.schema.json describes: raised when a field is removed or changes its meaning.
+inline constexpr int schema = 3;
+
+// What every object begins with: its type, and the place that it is about where a file is read.
+vor::Json record(std::string_view type, const input::Place& place = {});
+// On one line, ended.
+std::string line_of(const vor::Json& json);
 
 // Where standard output goes.
 vor::Screen screen_of(const input::Options& options);
@@ -45,16 +55,28 @@ std::string text_of(const call::Tally& tally, const std::string& name, std::size
 // "line 5", "lines 5, 7 and 9", "lines 4-14"
 std::string lines_text(const std::vector<std::size_t>& lines);
 
-// One object on one line, ended.
+// Each a line.
 std::string json_of(const call::PreparedCall& call, const call::CallResult& result);
 std::string json_of(const input::InputError& error);
 std::string json_of(const call::Tally& tally, const std::string& name, std::size_t left);
 std::string json_of(const rows::Row& row);
+std::string text_json(std::string_view text);
 std::string checked_json(const std::string& name, std::size_t calls);
 
-// Prints an error on standard error; its exit code.
+// What is not a result: as JSON on standard output.
+
+// As text on standard error; its exit code.
 int print_error(const input::InputError& error, bool json);
 std::function<int(const input::InputError&)> error_printer(bool json);
+// As text on standard error. `other_line`, if not 0, is a second one of the same file.
+void print_warning(std::string_view text, const input::Place& place, bool json, std::size_t other_line = 0);
+// As text on `to`, after the place or, on standard error, the tool's name. The fields are for JSON.
+void print_notice(std::string_view text, const input::Place& place, bool json, std::FILE* to, const vor::Json& fields);
+void print_notice(std::string_view text, const input::Place& place, bool json, std::FILE* to = stdout);
+// What a call's timer is waited for.
+void print_wait(unsigned milliseconds, bool json);
+// After a no; its exit code.
+int print_declined(bool json);
 
 // A run reported on standard output.
 class ConsoleReporter final : public call::Reporter {
@@ -72,6 +94,7 @@ public:
     std::size_t calls() const { return calls_; }
 
     bool report_call(const call::PreparedCall& call, const call::CallResult& result, std::size_t left) override;
+    void report_wait(unsigned milliseconds) override { print_wait(milliseconds, json_); }
     int finish(const call::Tally& tally, std::size_t left, bool interrupted) override;
 
 private:

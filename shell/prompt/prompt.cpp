@@ -70,11 +70,9 @@ std::unique_ptr<Lines> lines_of_input(bool terminal)
 // The exit code; none for the line that ends the session.
 std::optional<int> run_line(const std::string& line, std::size_t number, const input::Options& base)
 {
-    bool json = base.json;
-    input::Options options;
+    input::Options options = base;
     try {
-        options = input::options_of(input::words_of(line), base);
-        json = options.json;
+        input::take_options(input::words_of(line), options);
         if (options.words.size() == 1 && (options.words[0].text == "exit" || options.words[0].text == "quit")) {
             return std::nullopt;
         }
@@ -83,7 +81,7 @@ std::optional<int> run_line(const std::string& line, std::size_t number, const i
         if (!input::at_terminal() && error.place.file.empty()) {
             error.place = {"standard input", number, call::column_of(error, options.words, line)};
         }
-        return output::print_error(error, json);
+        return output::print_error(error, options.json);
     }
 }
 
@@ -96,7 +94,7 @@ int run_prompt(const input::Options& given)
     const bool terminal = input::at_terminal();
     const std::unique_ptr<Lines> lines = lines_of_input(terminal);
     if (terminal) {
-        vor::print(stdout, greeting);
+        vor::print(stdout, options.json ? "" : greeting);
         std::signal(SIGINT, SIG_IGN); // a call that is under way ends with its verdict
     }
     input::ExitCode worst = input::exit_ok;
@@ -122,6 +120,9 @@ int run_prompt(const input::Options& given)
         worst = call::worse(static_cast<input::ExitCode>(*exit), worst);
     }
     if (number == 0 && !terminal) { // as from /dev/null
+        if (options.json) {
+            throw input::InputError{.text = "no lines on standard input", .hint = "vorcfg --help"};
+        }
         vor::print(stderr, help::brief_help());
         return input::exit_usage;
     }

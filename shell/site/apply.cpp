@@ -85,7 +85,7 @@ public:
             }
             planner_.add(call);
         };
-        return call::check(batch_, each, output::error_printer(options_.json));
+        return call::check(batch_, each, output::error_printer(options_.json), !options_.json);
     }
 
     int show()
@@ -129,8 +129,7 @@ public:
         }
         check_reverts(plan, asks);
         if (asks && !lines.empty() && !input::agreed(question(journal, lines.size()))) {
-            vor::print_line(stderr, "Nothing was sent.");
-            return input::exit_usage;
+            return output::print_declined(options_.json);
         }
         const auto selected = [&](std::size_t line) { return std::ranges::binary_search(lines, line); };
         batch_.ask(selected);
@@ -157,7 +156,7 @@ private:
             vor::print(stdout, heading_of(journal.history(), to_));
         }
         Plan plan = planner_.against(journal.history());
-        vor::print(stderr, warnings_of(plan, to_));
+        print_warnings(plan, to_);
         return plan;
     }
 

@@ -178,8 +178,9 @@ std::string json_of(const Sheet& sheet)
                              {"when", line.when}});
         }
     }
-    const Json json{{"schema", output::schema}, {"report", sheet.title},          {"settled", sheet.settled},
-                    {"unknown", sheet.open},    {"pending", !sheet.note.empty()}, {"lines", std::move(lines)}};
+    const Json json{{"schema", output::schema}, {"type", "report"},      {"title", sheet.title},
+                    {"settled", sheet.settled}, {"unknown", sheet.open}, {"pending", !sheet.note.empty()},
+                    {"lines", std::move(lines)}};
     return vor::dump(json) + '\n';
 }
 

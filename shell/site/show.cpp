@@ -129,7 +129,7 @@ std::string not_compared_text(const PlanTally& tally)
 
 std::string json_of(const PlanLine& line, const std::string& file)
 {
-    Json json{{"schema", output::schema}, {"file", file}};
+    Json json = output::record("plan_line", {file});
     json.add("line", line.line);
     json["call"] = line.key.row->full_name();
     json["arguments"] = values_json(line.key);
@@ -152,7 +152,9 @@ std::string json_of(const PlanLine& line, const std::string& file)
 std::string json_of(const Plan& plan, const Shown& to)
 {
     const PlanTally tally = plan.tally();
-    Json json{{"schema", output::schema}, {"plan", to.file}, {"journal", to.journal}, {"due", tally.due}};
+    Json json = output::record("plan", {to.file});
+    json["journal"] = to.journal;
+    json["due"] = tally.due;
     for (const LineStateName& each : states) {
         json[each.name] = tally[each.state];
     }
@@ -166,7 +168,8 @@ std::string json_of(const Plan& plan, const call::Tally& calls, std::size_t left
 {
     const PlanTally tally = plan.tally();
     const Json json{{"schema", output::schema},
-                    {"apply", to.file},
+                    {"type", "apply"},
+                    {"file", to.file},
                     {"journal", to.journal},
                     {"accepted", calls.successes(call::Outcome::accepted)},
                     {"sent", calls.successes(call::Outcome::sent)},
@@ -322,17 +325,16 @@ std::string applied_text(const Plan& plan, const call::Tally& calls, std::size_t
         fmt::format("{}: {}", output::end_of_run(to.file, "Applied", stopped, calls, to.screen), text), to.screen);
 }
 
-std::string warnings_of(const Plan& plan, const Shown& to)
+void print_warnings(const Plan& plan, const Shown& to)
 {
-    std::string text;
     std::set<std::string> said;
     for (const PlanLine& line : plan.lines) {
-        if (line.differs_from != 0 && said.insert(call::name_of(line.key, line.hexadecimal)).second) {
-            text += fmt::format("{}:{}: warning: {}: line {} sets it differently\n", vor::printable(to.file), line.line,
-                                call::name_of(line.key, line.hexadecimal), line.differs_from);
+        const std::string name = call::name_of(line.key, line.hexadecimal);
+        if (line.differs_from != 0 && said.insert(name).second) {
+            output::print_warning(fmt::format("{}: line {} sets it differently", name, line.differs_from),
+                                  {to.file, line.line}, to.json, line.differs_from);
         }
     }
-    return text;
 }
 
 } // namespace vorcfg::site

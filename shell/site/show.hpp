@@ -32,7 +32,7 @@ std::string summary_of(const Plan& plan, const Shown& shown);
 std::string applied_text(const Plan& plan, const call::Tally& calls, std::size_t left, const input::Options& options,
                          const Shown& shown);
 // About lines of a file that set the same thing differently.
-std::string warnings_of(const Plan& plan, const Shown& shown);
+void print_warnings(const Plan& plan, const Shown& shown);
 // "ip_address 192.168.1.10, subnet_mask 255.255.255.0", without the arguments that name the object
 std::string values_of(const call::CallKey& key, const std::vector<bool>& hexadecimal = {});
 

@@ -24,14 +24,23 @@ std::span<const Argument> Row::arguments() const
     return family->arguments.subspan(first_argument, argument_count);
 }
 
-bool Row::undoes(const Row& other) const
+bool Row::is_setting() const
 {
-    return family == other.family && (undone_by == other.name || other.undone_by == name);
+    return channel != Channel::none && !has(does_nothing) && !answers_record &&
+           std::ranges::none_of(arguments(), &Argument::is_result);
 }
 
 std::string Row::full_name() const
 {
     return fmt::format("{} {}", family->name, name);
+}
+
+std::string Row::setting_name() const
+{
+    if (channel == Channel::konfd) {
+        return "konfd line";
+    }
+    return setting.empty() ? full_name() : fmt::format("{} {}", family->name, setting);
 }
 
 const Family* family_named(std::string_view name)

@@ -110,10 +110,19 @@ PreparedCall prepare(const CallKey& key)
 
 namespace {
 
+// A journal may hold what the call does not take, or lack it.
 std::string bytes_of(const KeptValue& value)
 {
+    if (const auto* const number = std::get_if<std::int64_t>(&value)) {
+        return std::to_string(*number);
+    }
     const auto* const bytes = std::get_if<RawText>(&value);
     return bytes != nullptr ? bytes->text : std::get<std::string>(value);
+}
+
+std::string bytes_of(const KeptValues& values)
+{
+    return values.empty() ? "" : bytes_of(values.front());
 }
 
 KeptValue kept_text(std::string text)
@@ -134,7 +143,7 @@ KeptValue filled(const CallKey& key, std::string_view words)
     const std::size_t open = std::min(words.find('{'), words.size());
     std::string text(words.substr(0, open));
     if (open < words.size()) {
-        text += bytes_of(values_of(key, words.substr(open + 1, words.size() - open - 2)).front());
+        text += bytes_of(values_of(key, words.substr(open + 1, words.size() - open - 2)));
     }
     return kept_text(std::move(text));
 }
@@ -158,10 +167,10 @@ KeptValues queried_line(const CallKey& key)
     for (std::size_t i = 0; i + 1 < path.size(); i += 2) {
         line.push_back(kept_text(bytes_of(path[i]) + ' ' + bytes_of(path[i + 1])));
     }
-    std::string pattern = bytes_of(values_of(key, "pattern_key").front());
+    std::string pattern = bytes_of(values_of(key, "pattern_key"));
     const KeptValues& value = values_of(key, "pattern_value");
     if (!value.empty() && !is_only_line(pattern)) {
-        pattern += ' ' + bytes_of(value.front());
+        pattern += ' ' + bytes_of(value);
     }
     line.push_back(kept_text(std::move(pattern)));
     return line;

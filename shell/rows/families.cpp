@@ -7,6 +7,7 @@
 
 #include "input/input_error.hpp"
 #include "input/options.hpp"
+#include "input/words.hpp"
 #include "text/nearest.hpp"
 #include "text/text.hpp"
 
@@ -77,6 +78,11 @@ const Family& require_family(std::string_view name, Expected expected)
         return *family;
     }
     const bool or_command = expected == Expected::command_or_family;
+    if (name == input::gateway_word) {
+        throw input::InputError{.text = fmt::format("no {} \"{}\"", or_command ? "command or family" : "family", name),
+                                .word = 0,
+                                .hint = "a file of calls may begin with this line; see vorcfg manual vorcfg-batch"};
+    }
     std::vector<std::string> known;
     for (const input::Command& command : input::commands()) {
         if (or_command && !command.name.empty()) {

@@ -130,7 +130,7 @@ KeptValue kept_text(std::string text)
     return vor::is_utf8(text) ? KeptValue(std::move(text)) : KeptValue(RawText{std::move(text)});
 }
 
-const KeptValues& values_of(const CallKey& key, std::string_view argument)
+const KeptValues& values_given(const CallKey& key, std::string_view argument)
 {
     const auto arguments = key.row->arguments();
     const auto found = std::ranges::find(arguments, argument, &rows::Argument::name);
@@ -138,12 +138,12 @@ const KeptValues& values_of(const CallKey& key, std::string_view argument)
 }
 
 // "interface {interface}", with the argument's value.
-KeptValue filled(const CallKey& key, std::string_view words)
+KeptValue words_filled(const CallKey& key, std::string_view words)
 {
     const std::size_t open = std::min(words.find('{'), words.size());
     std::string text(words.substr(0, open));
     if (open < words.size()) {
-        text += bytes_of(values_of(key, words.substr(open + 1, words.size() - open - 2)));
+        text += bytes_of(values_given(key, words.substr(open + 1, words.size() - open - 2)));
     }
     return kept_text(std::move(text));
 }
@@ -163,12 +163,12 @@ bool is_only_line(std::string_view line_key)
 KeptValues queried_line(const CallKey& key)
 {
     KeptValues line;
-    const KeptValues& path = values_of(key, "path");
+    const KeptValues& path = values_given(key, "path");
     for (std::size_t i = 0; i + 1 < path.size(); i += 2) {
         line.push_back(kept_text(bytes_of(path[i]) + ' ' + bytes_of(path[i + 1])));
     }
-    std::string pattern = bytes_of(values_of(key, "pattern_key"));
-    const KeptValues& value = values_of(key, "pattern_value");
+    std::string pattern = bytes_of(values_given(key, "pattern_key"));
+    const KeptValues& value = values_given(key, "pattern_value");
     if (!value.empty() && !is_only_line(pattern)) {
         pattern += ' ' + bytes_of(value);
     }
@@ -183,7 +183,7 @@ std::vector<Setting> stored_lines(const CallKey& key)
         KeptValues line;
         for (std::size_t end = 0; end != rest.npos; rest.remove_prefix(std::min(end + 1, rest.size()))) {
             end = rest.find('/');
-            line.push_back(filled(key, rest.substr(0, end)));
+            line.push_back(words_filled(key, rest.substr(0, end)));
         }
         settings.push_back({key.row->setting_name(), {std::move(line)}});
     }

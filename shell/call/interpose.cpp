@@ -216,11 +216,11 @@ bool waited(Clock::time_point start)
 
 // --- konfd's answers: only what the calls evaluate is recorded, since the rest may be a stored secret
 
-constexpr std::size_t judged = 2;
+constexpr std::size_t answer_length = 2;
 
 void note_answer(Message& message, std::string_view text)
 {
-    text = text.substr(0, judged);
+    text = text.substr(0, answer_length);
     message.answer = text.substr(0, text.find('\0'));
     trace("konfd " + vor::printable(*message.answer));
 }
@@ -235,7 +235,7 @@ std::string second_answer(vor_int32 fd, std::string_view came)
         rest.erase(0, rest.find_first_not_of(std::string_view("\r\n\0 ", 4)));
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
         pollfd ready{fd, POLLIN, 0};
-        if (rest.size() >= judged || left.count() <= 0 || poll(&ready, 1, static_cast<int>(left.count())) <= 0) {
+        if (rest.size() >= answer_length || left.count() <= 0 || poll(&ready, 1, static_cast<int>(left.count())) <= 0) {
             break;
         }
         char more[64];
@@ -543,8 +543,8 @@ vor_int32 vor_recv(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
 {
     static constexpr char agreed[] = "-o";
     if (captures()) {
-        std::memcpy(buffer, agreed, judged);
-        return judged;
+        std::memcpy(buffer, agreed, answer_length);
+        return answer_length;
     }
     vor_int32 result = pass<vor_recv>(fd, buffer, count, flags);
     if (!observing() || result <= 0 || boundary.observer->seen.messages.empty()) {

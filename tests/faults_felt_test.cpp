@@ -1,6 +1,11 @@
 // Faults through real processes: the verdict that vorcfg gives on each, and what they must not delay.
 #include <csignal>
+#include <cstring>
 #include <future>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <thread>
+#include <unistd.h>
 
 #include <fmt/core.h>
 #include <gtest/gtest.h>
@@ -61,9 +66,9 @@ TEST(faults, verdict_per_fault)
         {"canmgr: refuse", baudrate, 3, "not delivered: exchange refused (code -3)"},
         {"canmgr: die 1ms", impatient + baudrate, 6, nothing_came},
         {"konfd: answer \"-e\"", query, 1, "refused by konfd: answer \"-e\""},
-        {"konfd: answer \"+o\"", query, 1, "refused by konfd: answer \"+o\""},
+        {"konfd: answer \"+o\"", query, 5, "delivered to konfd, its answer is neither -o nor -e: \"+o\" (code -1)"},
         {"konfd: answer \"-o and more\"", query, 0, "accepted by konfd"},
-        {"konfd: split", query, 1, "refused by konfd: answer \"-\""},
+        {"konfd: split", query, 0, "accepted by konfd"},
         {"konfd: hang up", query, 6, nothing_came_of_konfd},
         {"konfd: never", impatient + query, 6, nothing_came_of_konfd},
     };
@@ -82,6 +87,42 @@ TEST(faults, verdict_per_fault)
         gateway.next_line();
     }
     EXPECT_EQ(0, gateway.stop(SIGTERM)) << "faults do not fail a strict run";
+}
+
+// Of a call that never reads its answer, and of one that sends a notice once its request was accepted.
+TEST(faults, verdict_beyond_what_the_call_reads)
+{
+    const struct {
+        const char* prepared;
+        const char* call;
+        int exit;
+        const char* verdict;
+    } table[] = {
+        {"fault add 'serialmgr: status 7'", "serial set-databits 1 8", 1,
+         "serial set-databits 1: refused by serialmgr: status 7 (seen in the answer; the call does not read it)"},
+        {"fault add 'serialmgr: no payload'", "serial set-databits 1 8", 5,
+         "serial set-databits 1: delivered to serialmgr, verdict unread by this call (its answer carried no status)"},
+        {"fault add 'serialmgr: id 1'", "serial set-databits 1 8", 5,
+         "serial set-databits 1: delivered to serialmgr, its answer is not what this call reads (message 0x1, its "
+         "answer carried status 0) (code -4)"},
+        {"stop system", "ip set-access-point-params 2 @examples/sim-17.key net 3 91 1", 6,
+         "ip set-access-point-params 2: unknown: accepted by ethmgr, but the notice to SAP 0 was not delivered: "
+         "nothing listens"},
+    };
+    const Workplace place;
+    const Gateway gateway(place, {});
+    for (const auto& felt : table) {
+        ASSERT_EQ(0, place.run("vorsim " + std::string(felt.prepared)).exit_code) << felt.prepared;
+        const Output output = place.run("vorcfg " + std::string(felt.call));
+        EXPECT_EQ(felt.verdict, last_line(output)) << felt.prepared;
+        EXPECT_EQ(felt.exit, output.exit_code) << felt.prepared;
+        place.run("vorsim fault clear");
+    }
+    // in a file, what the answer says of a call that does not read it is a success, and nothing else is
+    const char* const line = "printf 'serial set-databits 1 8\\n' | vorcfg batch -";
+    EXPECT_EQ(0, place.run(line).exit_code);
+    place.run("vorsim fault add 'serialmgr: no payload'");
+    EXPECT_EQ(5, place.run(line).exit_code);
 }
 
 TEST(faults, swapped_waits_for_the_next_answer)
@@ -108,6 +149,110 @@ TEST(faults, same_seed_same_run)
     EXPECT_NE(std::string::npos, text.find("refused"));
     EXPECT_NE(std::string::npos, text.find("accepted"));
     EXPECT_EQ(text, run());
+}
+
+// A konfd that answers one client as it is told: the nth answer once n commands have come, in pieces between bars.
+class OneTalk {
+public:
+    OneTalk(const Workplace& place, std::vector<std::string> answers)
+        : listening_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    {
+        sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+        const std::string path = (place.path() / "root/tmp/konfd.socket").string();
+        std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+        unlink(path.c_str());
+        EXPECT_EQ(0, bind(listening_, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+        EXPECT_EQ(0, listen(listening_, 1));
+        thread_ = std::thread([this, answers = std::move(answers)] { talk(answers); });
+    }
+    OneTalk(const OneTalk&) = delete;
+    OneTalk& operator=(const OneTalk&) = delete;
+    ~OneTalk()
+    {
+        thread_.join();
+        close(listening_);
+    }
+
+private:
+    void talk(const std::vector<std::string>& answers) const
+    {
+        const int client = accept(listening_, nullptr, nullptr);
+        std::string heard;
+        std::size_t commands = 0;
+        char bytes[512];
+        for (ssize_t size = 0; (size = read(client, bytes, sizeof bytes)) > 0;) {
+            heard.append(bytes, static_cast<std::size_t>(size));
+            for (std::size_t at = heard.find("-s "); at != heard.npos; at = heard.find("-s ")) {
+                heard.erase(0, at + 1);
+                answer(client, answers.at(commands++));
+            }
+        }
+        close(client);
+    }
+    static void answer(int client, const std::string& answer)
+    {
+        for (std::size_t at = 0, end = 0; at < answer.size(); at = end + 1) {
+            end = std::min(answer.find('|', at), answer.size());
+            send(client, answer.data() + at, end - at, MSG_NOSIGNAL);
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+    }
+
+    int listening_;
+    std::thread thread_;
+};
+
+// A call that sends two commands is no better known than the worse of them. One answer may stand for both.
+TEST(konfd, verdict_per_answers)
+{
+    const std::string network = "vorcfg wifi set-ssid-password Tower @examples/sim-17.key";
+    const std::string address = "vorcfg konfd set-interface-ip eth1 10.0.0.1";
+    const struct {
+        std::string command;
+        std::vector<std::string> answers;
+        int exit;
+        std::string verdict;
+    } table[] = {
+        {query, {"-|o"}, 0, "accepted by konfd"},
+        {query, {"-|e\n"}, 1, "refused by konfd: answer \"-e\""},
+        {impatient + query, {"-"}, 5, "delivered to konfd, its answer is neither -o nor -e: \"-\" (code -1)"},
+        {network, {"", "-o\n"}, 0, "accepted by konfd"},
+        {network, {"-o\n", "-o\n"}, 0, "accepted by konfd"},
+        {network,
+         {"-o\n", "-e\n"},
+         6,
+         "unknown: the first command to konfd was accepted, the second has the answer \"-e\""},
+        {network,
+         {"-|o|\n", "-|e"},
+         6,
+         "unknown: the first command to konfd was accepted, the second has the answer \"-e\""},
+        {network,
+         {"-e\n", "-o\n"},
+         6,
+         "unknown: the first command to konfd has the answer \"-e\", the second was accepted"},
+        {network, {"-e", "-e"}, 1, "refused by konfd: answer \"-e\""},
+        {network,
+         {"", "-e\n"},
+         6,
+         "unknown: konfd refused one of the two commands (answer \"-e\"), the first may have been carried out"},
+        {network, {"", "+o"}, 5, "delivered to konfd, its answer is neither -o nor -e: \"+o\" (code -1)"},
+        {address,
+         {"-o\n", "-e\n"},
+         6,
+         "unknown: the first command to konfd was accepted, the second has the answer \"-e\""},
+        {address, {"-e\n", "-e\n"}, 1, "refused by konfd: answer \"-e\""},
+        {impatient + address,
+         {"-o\n", ""},
+         6,
+         "unknown: the first command to konfd was accepted, the second has no answer"},
+    };
+    const Workplace place;
+    for (const auto& [command, answers, exit, verdict] : table) {
+        const OneTalk konfd(place, answers);
+        const Output output = place.run(command + " 2>/dev/null");
+        EXPECT_TRUE(last_line(output).ends_with(": " + verdict)) << last_line(output) << "\nnot " << verdict;
+        EXPECT_EQ(exit, output.exit_code) << verdict;
+    }
 }
 
 TEST(managers, slow_one_delays_no_other)

@@ -112,6 +112,19 @@ TEST_F(Prompt, continues_after_interrupt_and_error)
     end();
 }
 
+// The secrets of a file are asked for once the whole of it is valid, which reads it a second time.
+TEST(batch, asks_for_secrets)
+{
+    const processes::Workplace workplace;
+    std::ofstream(workplace.path() / "f") << "gateway tower-17\ngsm set-password 1 ? 1\n";
+    processes::Terminal terminal(workplace, {"/bin/sh", "-c", "vorcfg batch --dry-run f"});
+    EXPECT_NE(terminal.shown_until("password: ").find("f:2"), std::string::npos);
+    terminal.type("gr33n\n");
+    const processes::Output rest = terminal.rest();
+    EXPECT_EQ(rest.exit_code, 0) << rest.text;
+    EXPECT_NE(rest.text.find("1 not sent (dry run)"), std::string::npos) << rest.text;
+}
+
 TEST(help, pager_at_a_terminal_only)
 {
     const processes::Workplace workplace;

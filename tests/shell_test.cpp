@@ -50,6 +50,7 @@ call::Message by(call::Way way, bool delivered)
 call::Message request(std::optional<std::int32_t> status)
 {
     call::Message message = by(call::Way::request, true);
+    message.answer_id = message.id;
     message.answer_status = status;
     return message;
 }
@@ -73,6 +74,8 @@ TEST(verdict, outcome_and_exit_code)
     unserved.unserved = true;
     call::Message timed_out = by(call::Way::request, false);
     timed_out.timed_out = true;
+    call::Message foreign = request(0);
+    foreign.answer_id = 1;
     struct VerdictCase {
         const rows::Row& row;
         std::int32_t code;
@@ -80,29 +83,33 @@ TEST(verdict, outcome_and_exit_code)
         std::vector<call::Message> messages;
         const char* name;
         int exit;
+        const char* state;
     } const cases[] = {
-        {setter, 0, 0, {request(0)}, "accepted", 0},
-        {setter, -1, 7, {request(7)}, "refused", 1},
-        {setter, -1001, 0, {request(0)}, "refused", 1},
-        {setter, -1, 0, {request(7)}, "unread", 5},
-        {setter, -4, 0, {request({})}, "unread", 5},
-        {setter, -3, 0, {by(call::Way::request, false)}, "not delivered", 3},
-        {setter, -3, 0, {timed_out}, "unknown", 6},
-        {setter, -4, 0, {}, "not sent", 4},
-        {setter, 0, 0, {one_way}, "sent", 0},
-        {setter, 0, 0, {unserved}, "not delivered", 3},
-        {setter, 0, 0, {unsent}, "not delivered", 3},
-        {setter, -3, 0, {one_way}, "contradiction", 9},
-        {setter, 0, 0, {request(0), one_way}, "accepted", 0},
-        {setter, 0, 0, {request(0), unserved}, "not delivered", 3},
-        {setter, -3, 0, {request(0), unsent}, "not delivered", 3},
-        {unread, -4, 0, {request(0)}, "unread", 5},
-        {stub, 0, 0, {}, "nothing to do", 0},
-        {stored, 0, 0, {konfd_command("-o")}, "accepted", 0},
-        {stored, -1, 0, {konfd_command("-e")}, "refused", 1},
-        {stored, -1, 0, {by(call::Way::konfd, true)}, "unknown", 6},
-        {stored, -1, 0, {by(call::Way::konfd, false)}, "not delivered", 3},
-        {stored, -1, 0, {konfd_command("-o")}, "contradiction", 9},
+        {setter, 0, 0, {request(0)}, "accepted", 0, "accepted"},
+        {setter, -1, 7, {request(7)}, "refused", 1, "refused"},
+        {setter, -1001, 0, {request(0)}, "refused", 1, "refused"},
+        {setter, -1, 0, {request(7)}, "unread", 5, "unknown"},
+        {setter, -4, 0, {request({})}, "unread", 5, "unknown"},
+        {setter, -3, 0, {by(call::Way::request, false)}, "not delivered", 3, "not delivered"},
+        {setter, -3, 0, {timed_out}, "unknown", 6, "unknown"},
+        {setter, -4, 0, {}, "not sent", 4, "not delivered"},
+        {setter, 0, 0, {one_way}, "sent", 0, "sent"},
+        {setter, 0, 0, {unserved}, "not delivered", 3, "not delivered"},
+        {setter, 0, 0, {unsent}, "not delivered", 3, "not delivered"},
+        {setter, -3, 0, {one_way}, "contradiction", 9, "unknown"},
+        {setter, 0, 0, {request(0), one_way}, "accepted", 0, "accepted"},
+        {setter, 0, 0, {request(0), unserved}, "unknown", 6, "unknown"},
+        {setter, -3, 0, {request(0), unsent}, "unknown", 6, "unknown"},
+        {unread, -4, 0, {request(0)}, "unread", 5, "unread"},
+        {unread, -4, 0, {request({})}, "unread", 5, "unknown"},
+        {unread, -4, 0, {foreign}, "unread", 5, "unknown"},
+        {unread, -4, 0, {request(7)}, "refused", 1, "refused"},
+        {stub, 0, 0, {}, "nothing to do", 0, "accepted"},
+        {stored, 0, 0, {konfd_command("-o")}, "accepted", 0, "accepted"},
+        {stored, -1, 0, {konfd_command("-e")}, "refused", 1, "refused"},
+        {stored, -1, 0, {by(call::Way::konfd, true)}, "unknown", 6, "unknown"},
+        {stored, -1, 0, {by(call::Way::konfd, false)}, "not delivered", 3, "not delivered"},
+        {stored, -1, 0, {konfd_command("-o")}, "contradiction", 9, "unknown"},
     };
     for (const VerdictCase& each : cases) {
         rows::Returned back;
@@ -112,6 +119,7 @@ TEST(verdict, outcome_and_exit_code)
         const call::Verdict verdict = call::judged(each.row, back, each.manager_errno, seen);
         EXPECT_EQ(each.name, call::name_of(verdict.outcome)) << verdict.text;
         EXPECT_EQ(each.exit, call::exit_of(verdict.outcome)) << verdict.text;
+        EXPECT_EQ(each.state, call::name_of(call::state_of(each.row, verdict.outcome, seen))) << verdict.text;
     }
 }
 

@@ -266,7 +266,7 @@ TEST(log_file, fields_depend_on_option)
     const auto judge = [&gateway](const std::vector<std::uint8_t>& payload) {
         return vorsim::record::line_of(gateway.judge({.sap = 2, .id = 0x2028, .payload = payload}).record);
     };
-    EXPECT_EQ("one-way    platmgr  vor_cfg_set_log_file  log boot: set_option=2 log_file_name=\"a.log\"",
+    EXPECT_EQ("one-way    platmgr  vor_cfg_set_log_file  log boot file: set_option=2 log_file_name=\"a.log\"",
               judge(record(2, 204, "a.log")));
     EXPECT_EQ("REFUSED    platmgr  0x2028  log_file_name is not terminated within its 50 bytes",
               judge(record(2, 204, std::string(50, 'n'))));

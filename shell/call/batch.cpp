@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <utility>
 
 #include <fmt/core.h>
 
@@ -23,6 +24,7 @@ void Batch::rewind(std::function<bool(std::size_t)> selected)
 {
     at_ = 0;
     line_ = 0;
+    begun_ = false;
     tried_ = true;
     selected_ = std::move(selected);
 }
@@ -47,6 +49,42 @@ std::size_t column_of(const input::InputError& error, const std::vector<input::W
     return input::column_in(line, column);
 }
 
+void check_gateway(std::string_view name)
+{
+    const auto is_control = [](unsigned char c) { return c < 0x20 || c == 0x7f; };
+    if (name.empty() || name.starts_with('.') || name.find('/') != name.npos || std::ranges::any_of(name, is_control)) {
+        throw input::InputError{
+            fmt::format("a gateway's name must not be empty, begin with a dot, or contain / or a control character: {}",
+                        vor::quoted(name))};
+    }
+}
+
+// The first line with words may be `gateway NAME`.
+bool Batch::is_gateway_line(const std::vector<input::Word>& words)
+{
+    const bool is_first = !std::exchange(begun_, true);
+    if (words[0].text != input::gateway_word || tried_) {
+        return words[0].text == input::gateway_word;
+    }
+    if (!is_first) {
+        throw input::InputError{.text = "gateway must be the first line", .word = 0};
+    }
+    if (words.size() == 1) {
+        throw input::InputError{.text = "gateway needs a name", .word = 1};
+    }
+    if (words.size() > 2) {
+        throw input::InputError{.text = "unexpected word; put a name with spaces in double quotes", .word = 2};
+    }
+    try {
+        check_gateway(words[1].text);
+    } catch (input::InputError& error) {
+        error.word = 1;
+        throw;
+    }
+    gateway_ = words[1].text;
+    return true;
+}
+
 std::optional<PreparedCall> Batch::next()
 {
     while (at_ < text_.size()) {
@@ -60,7 +98,7 @@ std::optional<PreparedCall> Batch::next()
         std::vector<input::Word> words;
         try {
             words = input::words_of(line, &variables_);
-            if (!words.empty()) {
+            if (!words.empty() && !is_gateway_line(words)) {
                 const std::size_t column = words.size() > 1 ? words[1].column : words[0].column;
                 PreparedCall call = prepare(words, secrets_, {name_, line_, input::column_in(line, column)});
                 if (!tried_) {

@@ -31,19 +31,29 @@ public:
     void rewind(std::function<bool(std::size_t line)> selected = {});
 
     std::vector<input::InputError> unused_variables() const { return variables_.unused(name_); }
+    // Once the file was read: the gateway that its first line names, if it does; whether a line has a variable.
+    const std::string& gateway() const { return gateway_; }
+    bool uses_variables() const { return variables_.are_used(); }
     const std::string& name() const { return name_; }
     std::size_t line() const { return line_; } // read last
 
 private:
+    bool is_gateway_line(const std::vector<input::Word>& words);
+
     std::string text_;
     std::string name_;
+    std::string gateway_;
     input::Secrets secrets_;
     input::Variables variables_;
     std::function<bool(std::size_t)> selected_;
     std::size_t at_ = 0;
     std::size_t line_ = 0;
+    bool begun_ = false; // a line with words was read
     bool tried_ = false; // every call, by the first reading
 };
+
+// Throws for a name that no gateway can have, since a file is named after it.
+void check_gateway(std::string_view name);
 
 // The file at `path`; - is standard input.
 Batch batch_of(const std::string& path, const input::Options& options);

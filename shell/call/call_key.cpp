@@ -4,6 +4,7 @@
 
 #include <fmt/core.h>
 
+#include "rows/families.hpp"
 #include "rows/reading.hpp"
 #include "text/text.hpp"
 
@@ -107,6 +108,93 @@ PreparedCall prepare(const CallKey& key)
     return again;
 }
 
+namespace {
+
+// A journal may hold what the call does not take, or lack it.
+std::string bytes_of(const KeptValue& value)
+{
+    if (const auto* const number = std::get_if<std::int64_t>(&value)) {
+        return std::to_string(*number);
+    }
+    const auto* const bytes = std::get_if<RawText>(&value);
+    return bytes != nullptr ? bytes->text : std::get<std::string>(value);
+}
+
+std::string bytes_of(const KeptValues& values)
+{
+    return values.empty() ? "" : bytes_of(values.front());
+}
+
+KeptValue kept_text(std::string text)
+{
+    return vor::is_utf8(text) ? KeptValue(std::move(text)) : KeptValue(RawText{std::move(text)});
+}
+
+const KeptValues& values_given(const CallKey& key, std::string_view argument)
+{
+    const auto arguments = key.row->arguments();
+    const auto found = std::ranges::find(arguments, argument, &rows::Argument::name);
+    return key.values[static_cast<std::size_t>(found - arguments.begin())];
+}
+
+// "interface {interface}", with the argument's value.
+KeptValue words_filled(const CallKey& key, std::string_view words)
+{
+    const std::size_t open = std::min(words.find('{'), words.size());
+    std::string text(words.substr(0, open));
+    if (open < words.size()) {
+        text += bytes_of(values_given(key, words.substr(open + 1, words.size() - open - 2)));
+    }
+    return kept_text(std::move(text));
+}
+
+// Whether there is one line with this key under a path, since a call stores it in place of any other.
+bool is_only_line(std::string_view line_key)
+{
+    const auto stores = [&](const rows::Row& row) {
+        return std::ranges::any_of(row.lines,
+                                   [&](std::string_view line) { return line.substr(line.rfind('/') + 1) == line_key; });
+    };
+    return std::ranges::any_of(rows::families(),
+                               [&](const rows::Family* family) { return std::ranges::any_of(family->rows, stores); });
+}
+
+// Where a query stores: its pattern, under its path.
+KeptValues queried_line(const CallKey& key)
+{
+    KeptValues line;
+    const KeptValues& path = values_given(key, "path");
+    for (std::size_t i = 0; i + 1 < path.size(); i += 2) {
+        line.push_back(kept_text(bytes_of(path[i]) + ' ' + bytes_of(path[i + 1])));
+    }
+    std::string pattern = bytes_of(values_given(key, "pattern_key"));
+    const KeptValues& value = values_given(key, "pattern_value");
+    if (!value.empty() && !is_only_line(pattern)) {
+        pattern += ' ' + bytes_of(value);
+    }
+    line.push_back(kept_text(std::move(pattern)));
+    return line;
+}
+
+std::vector<Setting> stored_lines(const CallKey& key)
+{
+    std::vector<Setting> settings;
+    for (std::string_view rest : key.row->lines) {
+        KeptValues line;
+        for (std::size_t end = 0; end != rest.npos; rest.remove_prefix(std::min(end + 1, rest.size()))) {
+            end = rest.find('/');
+            line.push_back(words_filled(key, rest.substr(0, end)));
+        }
+        settings.push_back({key.row->setting_name(), {std::move(line)}});
+    }
+    if (settings.empty()) {
+        settings.push_back({key.row->setting_name(), {queried_line(key)}});
+    }
+    return settings;
+}
+
+} // namespace
+
 Subject subject_of(const CallKey& key)
 {
     Subject subject{key.row, {}};
@@ -122,7 +210,7 @@ std::vector<Subject> opposites_of(const CallKey& key)
 {
     std::vector<Subject> opposites;
     for (const rows::Row& other : key.row->family->rows) {
-        if (key.row->undoes(other)) {
+        if (&other != key.row && !other.setting.empty() && other.setting == key.row->setting) {
             opposites.push_back(subject_of(key));
             opposites.back().row = &other;
         }
@@ -130,10 +218,37 @@ std::vector<Subject> opposites_of(const CallKey& key)
     return opposites;
 }
 
+std::vector<Setting> settings_of(const CallKey& key)
+{
+    const rows::Row& row = *key.row;
+    if (row.channel == rows::Channel::konfd) {
+        return stored_lines(key);
+    }
+    std::vector<Setting> settings{{row.setting_name(), subject_of(key).objects}};
+    std::size_t object = 0;
+    for (std::size_t i = 0; i < key.values.size(); i++) {
+        if (!is_object_of(key, i)) {
+            continue;
+        }
+        const auto choices = row.arguments()[i].choices;
+        const auto every = std::ranges::find_if(choices, &rows::Choice::every);
+        if (every != choices.end() && key.values[i] == KeptValues{std::string(every->name)}) {
+            for (const rows::Choice& choice : choices) {
+                if (!choice.every) {
+                    Setting& other = settings.emplace_back(settings.front());
+                    other.objects[object] = {std::string(choice.name)};
+                }
+            }
+        }
+        object++;
+    }
+    return settings;
+}
+
 bool changes_nothing(const PreparedCall& call)
 {
     const rows::Row& row = *call.row;
-    if (row.channel == rows::Channel::none || row.has(rows::does_nothing) || row.answers_record) {
+    if (!row.is_setting()) {
         return true;
     }
     const auto arguments = row.arguments();
@@ -142,7 +257,7 @@ bool changes_nothing(const PreparedCall& call)
             return choice.idle && (arguments[i].is_number() ? choice.number == call.values[i].number
                                                             : choice.name == call.values[i].text);
         };
-        if (arguments[i].is_result() || (call.values[i].given && std::ranges::any_of(arguments[i].choices, is_idle))) {
+        if (call.values[i].given && std::ranges::any_of(arguments[i].choices, is_idle)) {
             return true;
         }
     }

@@ -47,8 +47,19 @@ struct Subject {
 };
 
 Subject subject_of(const CallKey& key);
-// Of the family's other calls that undo this one or are undone by it.
+// Of the family's other calls that change the same setting.
 std::vector<Subject> opposites_of(const CallKey& key);
+
+// What a call changes: the calls of one setting overwrite each other's values.
+struct Setting {
+    std::string name; // "ip route", or the name of the only call that changes it
+    std::vector<KeptValues> objects;
+
+    auto operator<=>(const Setting&) const = default; // NOLINT(modernize-use-nullptr): as above
+};
+
+// The call's own first; those of each other object too, where it is about all.
+std::vector<Setting> settings_of(const CallKey& key);
 
 // Whether it only queries, does nothing or stays on this machine, so that a gateway has nothing to accept.
 bool changes_nothing(const PreparedCall& call);

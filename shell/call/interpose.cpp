@@ -9,6 +9,7 @@
 #include <dlfcn.h>
 #include <filesystem>
 #include <memory>
+#include <poll.h>
 #include <string>
 
 #include <device_mgmt/common.h>
@@ -211,6 +212,51 @@ void take_answer(Message& message, VOR_IPC_MSG_REF* response)
 bool waited(Clock::time_point start)
 {
     return errno == ETIMEDOUT || Clock::now() - start >= std::chrono::seconds(1);
+}
+
+// --- konfd's answers: only what the calls evaluate is recorded, since the rest may be a stored secret
+
+constexpr std::size_t answer_length = 2;
+
+void note_answer(Message& message, std::string_view text)
+{
+    text = text.substr(0, answer_length);
+    message.answer = text.substr(0, text.find('\0'));
+    trace("konfd " + vor::printable(*message.answer));
+}
+
+// A second answer, in what came or comes soon: a call that sends two commands reads one, which may stand for both.
+std::string second_answer(vor_int32 fd, std::string_view came)
+{
+    constexpr std::chrono::milliseconds soon{100};
+    const auto deadline = Clock::now() + soon;
+    std::string rest(came.substr(std::min(came.size(), came.find_first_of(std::string_view("\n\0", 2)))));
+    for (;;) {
+        rest.erase(0, rest.find_first_not_of(std::string_view("\r\n\0 ", 4)));
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+        pollfd ready{fd, POLLIN, 0};
+        if (rest.size() >= answer_length || left.count() <= 0 || poll(&ready, 1, static_cast<int>(left.count())) <= 0) {
+            break;
+        }
+        char more[64];
+        const vor_int32 got = pass<vor_recv>(fd, static_cast<void*>(more), static_cast<vor_int32>(sizeof more), 0);
+        if (got <= 0) {
+            break;
+        }
+        rest.append(more, static_cast<std::size_t>(got));
+    }
+    return rest.starts_with('-') ? rest : "";
+}
+
+void take_konfd_answer(vor_int32 fd, std::string_view came)
+{
+    auto& messages = boundary.observer->seen.messages;
+    const bool answers_two = messages.size() > 1 && !messages[messages.size() - 2].answer;
+    const std::string second = answers_two ? second_answer(fd, came) : "";
+    note_answer(messages[messages.size() - (second.empty() ? 1 : 2)], came);
+    if (!second.empty()) {
+        note_answer(messages.back(), second);
+    }
 }
 
 void note_connecting(bool done)
@@ -493,22 +539,22 @@ vor_int32 vor_send(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
     return result;
 }
 
-// Only what the calls evaluate of konfd's answer is recorded: the rest may be a stored secret.
 vor_int32 vor_recv(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
 {
     static constexpr char agreed[] = "-o";
-    static constexpr std::size_t judged = 2;
     if (captures()) {
-        std::memcpy(buffer, agreed, judged);
-        return judged;
+        std::memcpy(buffer, agreed, answer_length);
+        return answer_length;
     }
-    const vor_int32 result = pass<vor_recv>(fd, buffer, count, flags);
-    if (observing() && result > 0 && !boundary.observer->seen.messages.empty()) {
-        const std::size_t length = std::min(static_cast<std::size_t>(result), judged);
-        Message& last = boundary.observer->seen.messages.back();
-        last.answer = std::string(static_cast<char*>(buffer), strnlen(static_cast<char*>(buffer), length));
-        trace("konfd " + vor::printable(*last.answer));
+    vor_int32 result = pass<vor_recv>(fd, buffer, count, flags);
+    if (!observing() || result <= 0 || boundary.observer->seen.messages.empty()) {
+        return result;
     }
+    char* const text = static_cast<char*>(buffer);
+    if (result == 1 && count > 1 && text[0] == agreed[0]) { // the rest is on its way
+        result += std::max(0, pass<vor_recv>(fd, static_cast<void*>(text + 1), count - 1, flags));
+    }
+    take_konfd_answer(fd, {text, static_cast<std::size_t>(result)});
     return result;
 }
 

@@ -18,9 +18,9 @@ input::ExitCode worse(input::ExitCode one, input::ExitCode other)
     return std::ranges::find(order, one) > std::ranges::find(order, other) ? one : other;
 }
 
-bool Tally::count(const PreparedCall& call, Outcome outcome)
+bool Tally::count(const PreparedCall& call, Outcome outcome, const Observation& seen)
 {
-    if (exit_of(outcome) == input::exit_ok || (outcome == Outcome::unread && call.row->has(rows::answer_unread))) {
+    if (exit_of(outcome) == input::exit_ok || state_of(*call.row, outcome, seen) == State::unread) {
         succeeded[static_cast<std::size_t>(outcome)]++;
         return true;
     }
@@ -82,7 +82,7 @@ bool BatchRunner::make(PreparedCall& call)
         result = session_.make(call);
     }
     left_--;
-    const bool success = tally_.count(call, result.verdict.outcome);
+    const bool success = tally_.count(call, result.verdict.outcome, result.seen);
     const bool reported = reporter_.report_call(call, result, left_);
     if (hooks_.after) {
         hooks_.after(call, result);
@@ -105,7 +105,7 @@ int BatchRunner::give_up(const char* why)
     CallResult result;
     result.verdict = {Outcome::unknown, fmt::format("unknown: {}, it may or may not have been done", why)};
     left_--;
-    tally_.count(*under_way_, Outcome::unknown);
+    tally_.count(*under_way_, Outcome::unknown, result.seen);
     reporter_.report_call(*under_way_, result, left_);
     const int exit = finish();
     if (hooks_.given_up) {

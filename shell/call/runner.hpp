@@ -26,7 +26,7 @@ struct Tally {
     input::ExitCode worst = input::exit_ok;
 
     // Whether the call succeeded.
-    bool count(const PreparedCall& call, Outcome outcome);
+    bool count(const PreparedCall& call, Outcome outcome, const Observation& seen);
     unsigned successes(Outcome outcome) const { return succeeded[static_cast<std::size_t>(outcome)]; }
     unsigned failures(Outcome outcome) const;
     std::vector<std::size_t> failed_lines() const;

@@ -100,19 +100,57 @@ Verdict answered(const rows::Row& row, const rows::Returned& back, std::int32_t 
     if (refused(back, manager_errno, message)) {
         return {Outcome::refused, fmt::format("refused by {}: status {}", manager, *message.answer_status)};
     }
-    if (row.has(rows::answer_unread)) {
-        return {Outcome::unread,
-                fmt::format("delivered to {}, verdict unread by this call ({})", manager, status_text(message))};
+    if (row.has(rows::answer_unread) && message.answer_id == message.id) {
+        return message.answer_status.value_or(0) == 0
+                   ? Verdict{Outcome::unread, fmt::format("delivered to {}, verdict unread by this call ({})", manager,
+                                                          status_text(message))}
+                   : Verdict{Outcome::refused,
+                             fmt::format("refused by {}: status {} (seen in the answer; the call does not read it)",
+                                         manager, *message.answer_status)};
     }
     return {Outcome::unread, fmt::format("delivered to {}, its answer is not what this call reads (message 0x{:x}{}){}",
                                          manager, message.answer_id.value_or(0),
                                          row.answers_record ? "" : ", " + status_text(message), code_text(back))};
 }
 
+bool konfd_agreed(const Message& message)
+{
+    return message.answer == "-o";
+}
+
+bool konfd_refused(const Message& message)
+{
+    return message.answer == "-e";
+}
+
+// What became of one of several commands.
+std::string fate_of(const Message& message)
+{
+    if (!message.delivered) {
+        return "was not delivered";
+    }
+    if (!message.answer) {
+        return "has no answer";
+    }
+    return konfd_agreed(message) ? "was accepted" : fmt::format("has the answer {}", vor::quoted(*message.answer));
+}
+
+// One answer may stand for both commands.
+Verdict judged_commands(const Message& first, const Message& second)
+{
+    if (!first.answer && konfd_refused(second)) {
+        return {Outcome::unknown, "unknown: konfd refused one of the two commands (answer \"-e\"), the first may have "
+                                  "been carried out"};
+    }
+    return {Outcome::unknown,
+            fmt::format("unknown: the first command to konfd {}, the second {}", fate_of(first), fate_of(second))};
+}
+
 Verdict judged_konfd(const rows::Returned& back, const Observation& seen)
 {
     const std::string code = code_text(back);
-    if (back.code == 0) {
+    const auto& messages = seen.messages;
+    if (back.code == 0 && (messages.empty() || konfd_agreed(messages.back()))) {
         return {Outcome::accepted, "accepted by konfd"};
     }
     if (seen.unconnected && !seen.deserted.empty()) {
@@ -121,10 +159,20 @@ Verdict judged_konfd(const rows::Returned& back, const Observation& seen)
     if (seen.unconnected) {
         return {Outcome::not_delivered, fmt::format("not delivered: no connection{}", code), running_hint("konfd")};
     }
-    if (seen.messages.empty()) {
+    if (messages.empty()) {
         return {Outcome::not_sent, fmt::format("not sent{}", code)};
     }
-    const Message& last = seen.messages.back();
+    const Message& last = messages.back();
+    if (konfd_agreed(last) && !konfd_refused(messages.front())) {
+        return {Outcome::contradiction, fmt::format("konfd agreed, yet the call failed{}", code)};
+    }
+    if (messages.size() > 1) {
+        const Message& first = messages.front();
+        const bool unanswered = !first.answer && last.delivered && !konfd_refused(last); // in a way that can be read
+        if (!unanswered && !(konfd_refused(first) && konfd_refused(last))) {
+            return judged_commands(first, last);
+        }
+    }
     if (!last.delivered) {
         return {Outcome::not_delivered, fmt::format("not delivered: send refused{}", code)};
     }
@@ -132,10 +180,11 @@ Verdict judged_konfd(const rows::Returned& back, const Observation& seen)
         return {Outcome::unknown,
                 fmt::format("unknown: no answer from konfd in time, it may or may not have been done{}", code)};
     }
-    if (*last.answer != "-o") {
+    if (konfd_refused(last)) {
         return {Outcome::refused, fmt::format("refused by konfd: answer {}", vor::quoted(*last.answer))};
     }
-    return {Outcome::contradiction, fmt::format("konfd agreed, yet the call failed{}", code)};
+    return {Outcome::unread,
+            fmt::format("delivered to konfd, its answer is neither -o nor -e: {}{}", vor::quoted(*last.answer), code)};
 }
 
 Verdict judged_messages(const rows::Row& row, const rows::Returned& back, std::int32_t manager_errno,
@@ -145,9 +194,9 @@ Verdict judged_messages(const rows::Row& row, const rows::Returned& back, std::i
     const bool notice = seen.messages.size() > 1;
     const std::string first_manager = manager_name(seen.messages.front().sap);
     if (!last.delivered && notice) {
-        return {Outcome::not_delivered,
-                fmt::format("accepted by {}, but the notice to SAP {} was {}", first_manager, last.sap,
-                            last.unserved ? "not delivered: nothing listens" : "refused" + code_text(back))};
+        return {Outcome::unknown,
+                fmt::format("unknown: accepted by {}, but the notice to SAP {} was not delivered: {}", first_manager,
+                            last.sap, last.unserved ? "nothing listens" : "send refused" + code_text(back))};
     }
     if (!last.delivered) {
         return undelivered(last, back, seen);
@@ -183,26 +232,51 @@ Verdict judged_local(const rows::Row& row, const rows::Returned& back, const Obs
 
 } // namespace
 
-std::optional<bool> was_done(const rows::Row& row, Outcome outcome, const Observation& seen)
+State state_of(const rows::Row& row, Outcome outcome, const Observation& seen)
 {
     switch (outcome) {
     case Outcome::accepted:
-    case Outcome::sent:
     case Outcome::done:
     case Outcome::nothing_to_do:
-        return true;
-    case Outcome::unread:
-        if (row.has(rows::answer_unread) && seen.messages.back().answer_status.value_or(0) == 0) {
-            return true;
-        }
-        return std::nullopt;
+        return State::accepted;
+    case Outcome::sent:
+        return State::sent;
+    case Outcome::refused:
+        return State::refused;
+    case Outcome::unread: {
+        const Message& last = seen.messages.back();
+        const bool done = row.has(rows::answer_unread) && last.answer_id == last.id && last.answer_status == 0;
+        return done ? State::unread : State::unknown;
+    }
     case Outcome::unknown:
     case Outcome::contradiction:
-        return std::nullopt;
+        return State::unknown;
     default:
-        // of several messages, those before the last had been delivered
-        return seen.messages.size() > 1 ? std::nullopt : std::optional(false);
+        return State::not_delivered;
     }
+}
+
+std::string_view name_of(State state)
+{
+    static constexpr std::string_view names[] = {"accepted", "sent", "unread", "refused", "not delivered", "unknown"};
+    return names[static_cast<std::size_t>(state)];
+}
+
+std::optional<State> state_named(std::string_view name)
+{
+    for (std::size_t i = 0; i <= static_cast<std::size_t>(State::unknown); i++) {
+        if (name_of(static_cast<State>(i)) == name) {
+            return static_cast<State>(i);
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<bool> was_done(const rows::Row& row, Outcome outcome, const Observation& seen)
+{
+    const State state = state_of(row, outcome, seen);
+    return state == State::unknown ? std::nullopt
+                                   : std::optional(state != State::refused && state != State::not_delivered);
 }
 
 std::string_view name_of(Outcome outcome)

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -35,6 +37,20 @@ struct Verdict {
 };
 
 Verdict judged(const rows::Row& row, const rows::Returned& back, std::int32_t manager_errno, const Observation& seen);
+
+// What is known of a setting after a call.
+enum class State : std::uint8_t {
+    accepted,
+    sent,   // one-way: no verdict will come
+    unread, // the answer says that it was done, and the call does not read it
+    refused,
+    not_delivered, // as it was
+    unknown,       // may or may not have been done, or in part
+};
+
+State state_of(const rows::Row& row, Outcome outcome, const Observation& seen);
+std::string_view name_of(State state);
+std::optional<State> state_named(std::string_view name);
 
 // Whether the gateway has done it, where that is known. What is sent one-way counts as done.
 std::optional<bool> was_done(const rows::Row& row, Outcome outcome, const Observation& seen);

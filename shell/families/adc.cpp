@@ -23,7 +23,7 @@ FAMILY(adc,
                                             {object("adc_index"), object("channel_index"), "mode", "polling_freq",
                                              "option"},
                                             "1 2 1 1000 1")
-           .undone_by("reset-config-mode"),
+           .changes("mode"),
        stub<vor_cfg_set_adc_config_interrupt>("set-config-interrupt",
                                               {unsent("adc_index"), unsent("cahnnel_index"), unsent("mode"),
                                                unsent("interrupt_type"), unsent("option")},
@@ -37,6 +37,7 @@ FAMILY(adc,
                                           {object("adc_index"), object("channel_index"), "name", "set"},
                                           "1 2 battery-voltage 1"),
        call<vor_cfg_reset_adc_config_mode>("reset-config-mode",
-                                           {object("adc_index"), object("channel_index"), "mode", "option"}, "1 2 1 0"))
+                                           {object("adc_index"), object("channel_index"), "mode", "option"}, "1 2 1 0")
+           .changes("mode"))
 
 } // namespace vorcfg::rows

@@ -8,10 +8,11 @@ namespace {
 
 constexpr Choice switches[] = {{"off", 0}, {"on", 1}};
 constexpr Choice levels[] = {{"error"}, {"warning"}, {"info"}, {"all"}, {"ipc", 0, true}};
+constexpr Choice all_tasks = {"all", 0, false, true};
 constexpr Choice tasks[] = {
     {"sysmgr"},    {"platmgr"}, {"restmgr"}, {"gpiomgr"}, {"adcmgr"},    {"blemgr"},    {"ethmgr"},
     {"svcmgr"},    {"datamgr"}, {"appmgr"},  {"mqttmgr"}, {"serialmgr"}, {"sensormgr"}, {"sub1gmgr"},
-    {"modbusmgr"}, {"canmgr"},  {"ntpmgr"},  {"snmpmgr"}, {"all"},
+    {"modbusmgr"}, {"canmgr"},  {"ntpmgr"},  {"snmpmgr"}, all_tasks,
 };
 constexpr Choice log_options[] = {{"server", 1}, {"file-name", 2}, {"frequency", 3}};
 

@@ -22,9 +22,10 @@ constexpr RecordField pin[] = {FIELD(GPIO_PIN_NO, logical_port_no)};
 FAMILY(gpio, call<vor_cfg_set_gpio_direction>("set-direction", {object("port_num"), "direction", "option"}, "3 1 0"),
        call<vor_cfg_set_gpio_config_interrupt>("set-config-interrupt",
                                                {object("port_num"), "mode", "interrupt_type", "option"}, "3 2 1 1")
-           .undone_by("set-config-polling"),
+           .changes("mode"),
        call<vor_cfg_set_gpio_config_polling>("set-config-polling",
-                                             {object("port_num"), "mode", "polling_freq", "option"}, "4 1 500 1"),
+                                             {object("port_num"), "mode", "polling_freq", "option"}, "4 1 500 1")
+           .changes("mode"),
        call<vor_cfg_set_gpio_channel_name>("set-channel-name", {object("gpio_port"), "name", "set"}, "3 door 1"),
        call<vor_cfg_set_gpio_value>(
            "set-value", {number("port_num").fits<vor_uint16>().object(), number("value").fits<vor_uint16>()}, "5 1")

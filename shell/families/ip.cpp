@@ -31,15 +31,19 @@ FAMILY(
                                   ipv4("subnet_mask"), "config_option"},
                                  "0 192.168.1.10 255.255.255.0 1")
         .sends(address)
+        .changes("address")
         .marked(cuts_link),
     call<vor_cfg_set_ipv6_address>("set-ipv6-address", {object("interface_number"), "ip_address", "config_option"},
                                    "0 fd00:17::10 1")
+        .changes("ipv6-address")
         .marked(cuts_link),
     call<vor_cfg_set_dhcp>("set-dhcp", {object("interface_number"), "config_option"}, "1 1")
         .sends(dhcp_client)
+        .changes("address")
         .marked(cuts_link),
     call<vor_cfg_set_ipv6_dhcp>("set-ipv6-dhcp", {object("interface_number"), "config_option"}, "1 1")
         .sends(dhcp_client)
+        .changes("ipv6-address")
         .marked(cuts_link),
     call<vor_cfg_set_interface_security_params>("set-interface-security-params",
                                                 {object("interface_number"), text("password").secret(), "ssid",
@@ -102,16 +106,17 @@ FAMILY(
     call<vor_cfg_set_via_route>("set-via-route", {ipv4("ip_address").object(), unsent("via_address")},
                                 "10.20.0.0 192.168.1.2")
         .sends(route_via)
-        .undone_by("remove-ip-route")
+        .changes("route")
         .marked(cuts_link),
     call<vor_cfg_set_static_route>("set-static-route",
                                    {ipv4("ip_address").object(), decimal<vor_uint16>("interface_number")},
                                    "10.30.0.0 1")
         .sends(static_route)
-        .undone_by("remove-ip-route")
+        .changes("route")
         .marked(cuts_link),
     call<vor_cfg_remove_ip_route>("remove-ip-route", {ipv4("ip_address").object()}, "10.30.0.0")
         .sends(removed_route)
+        .changes("route")
         .marked(cuts_link))
 
 } // namespace vorcfg::rows

@@ -5,6 +5,12 @@
 
 namespace vorcfg::rows {
 
+namespace {
+
+constexpr std::string_view address_line[] = {"interface {interface}/ip-address"};
+
+} // namespace
+
 FAMILY(konfd, part<vor_cfg_proto_init>("proto-init", "konfd query"),
        part<vor_cfg_proto_set_op>("proto-set-op", "konfd query"),
        part<vor_cfg_proto_set_pattern_string>("proto-set-pattern-string", "konfd query"),
@@ -16,7 +22,7 @@ FAMILY(konfd, part<vor_cfg_proto_init>("proto-init", "konfd query"),
        part<vor_konfd_bi_dir_comm>("bi-dir-comm", "konfd query"),
        call<vor_cfg_set_interface_ip>("set-interface-ip", {object("interface"), "ip_address"}, "eth0 192.168.2.10")
            .marked(cuts_link)
-           .on(Channel::konfd),
+           .stores(address_line),
        konfd_query::row("query", "--set --line interface wlan0 --pattern interface wlan0"))
 
 } // namespace vorcfg::rows

@@ -4,6 +4,26 @@
 
 namespace vorcfg::rows {
 
+namespace {
+
+// The message of six kinds of object, which holds the name, not the kind.
+template <auto Function>
+consteval auto id(std::string_view name, std::string_view example)
+{
+    return call<Function>(name, {object("sensor_name"), "id", unsent("option")}, example).changes("physical-id");
+}
+
+template <auto Function>
+consteval auto threshold(std::string_view name, std::string_view example)
+{
+    return call<Function>(name,
+                          {object("sensor_name"), object("threshold"), "criticality",
+                           number("threshold_value").fits<vor_int16>(), "option"},
+                          example);
+}
+
+} // namespace
+
 FAMILY(towermon,
        call<vor_cfg_towermon_obj_aircon_channel_name>("obj-aircon-channel-name",
                                                       {object("sensor_name"), "channel_name", "option"},
@@ -41,20 +61,12 @@ FAMILY(towermon,
        call<vor_cfg_towermon_obj_door_sensor_channel_name>("obj-door-sensor-channel-name",
                                                            {object("sensor_name"), "channel_name", "option"},
                                                            "door-1 door-1-channel 1"),
-       call<vor_cfg_towermon_obj_aircon_physical_id>("obj-aircon-physical-id",
-                                                     {object("sensor_name"), "id", unsent("option")}, "aircon-1 1 1"),
-       call<vor_cfg_towermon_obj_battery_physical_id>("obj-battery-physical-id",
-                                                      {object("sensor_name"), "id", unsent("option")}, "battery-1 2 1"),
-       call<vor_cfg_towermon_obj_fan_physical_id>("obj-fan-physical-id",
-                                                  {object("sensor_name"), "id", unsent("option")}, "fan-1 3 1"),
-       call<vor_cfg_towermon_obj_genset_physical_id>("obj-genset-physical-id",
-                                                     {object("sensor_name"), "id", unsent("option")}, "genset-1 4 1"),
-       call<vor_cfg_towermon_obj_power_measurement_physical_id>("obj-power-measurement-physical-id",
-                                                                {object("sensor_name"), "id", unsent("option")},
-                                                                "mains-meter 5 1"),
-       call<vor_cfg_towermon_obj_power_supply_physical_id>("obj-power-supply-physical-id",
-                                                           {object("sensor_name"), "id", unsent("option")},
-                                                           "rectifier-1 6 1"),
+       id<vor_cfg_towermon_obj_aircon_physical_id>("obj-aircon-physical-id", "aircon-1 1 1"),
+       id<vor_cfg_towermon_obj_battery_physical_id>("obj-battery-physical-id", "battery-1 2 1"),
+       id<vor_cfg_towermon_obj_fan_physical_id>("obj-fan-physical-id", "fan-1 3 1"),
+       id<vor_cfg_towermon_obj_genset_physical_id>("obj-genset-physical-id", "genset-1 4 1"),
+       id<vor_cfg_towermon_obj_power_measurement_physical_id>("obj-power-measurement-physical-id", "mains-meter 5 1"),
+       id<vor_cfg_towermon_obj_power_supply_physical_id>("obj-power-supply-physical-id", "rectifier-1 6 1"),
        call<vor_cfg_towermon_obj_ups_physical_id>("obj-ups-physical-id",
                                                   {object("sensor_name"), "id", unsent("option")}, "ups-1 7 1"),
        call<vor_cfg_towermon_obj_battery_ups_name>("obj-battery-ups-name",
@@ -79,14 +91,9 @@ FAMILY(towermon,
                                                       "rectifier-1 43 44 45 46 47 48 49 50 51 52 53 54"),
        call<vor_cfg_towermon_obj_ups_alerts>("obj-ups-alerts", {object("sensor_name"), "alert_1", "alert_2"},
                                              "ups-1 20 10"),
-       call<vor_cfg_towermon_obj_temp_sensor_threshold_set>("obj-temp-sensor-threshold-set",
-                                                            {object("sensor_name"), "threshold", "criticality",
-                                                             number("threshold_value").fits<vor_int16>(), "option"},
-                                                            "temp-1 1 2 45 1"),
-       call<vor_cfg_towermon_obj_humidity_sensor_threshold_set>("obj-humidity-sensor-threshold-set",
-                                                                {object("sensor_name"), "threshold", "criticality",
-                                                                 number("threshold_value").fits<vor_int16>(), "option"},
-                                                                "humidity-1 1 2 85 1"),
+       threshold<vor_cfg_towermon_obj_temp_sensor_threshold_set>("obj-temp-sensor-threshold-set", "temp-1 1 2 45 1"),
+       threshold<vor_cfg_towermon_obj_humidity_sensor_threshold_set>("obj-humidity-sensor-threshold-set",
+                                                                     "humidity-1 1 2 85 1"),
        call<vor_cfg_towermon_set_tower_name>("set-tower-name", {"tower_name", unsent("option")}, "\"Tower 17\" 1"),
        call<vor_cfg_towermon_set_tower_location>("set-tower-location", {"tower_location", unsent("option")},
                                                  "\"hill road, Coorg\" 1"),

@@ -4,10 +4,16 @@
 
 namespace vorcfg::rows {
 
+namespace {
+
+constexpr std::string_view network[] = {"interface wlan0/ssid", "interface wlan0/ssid {ssid}/password"};
+
+} // namespace
+
 FAMILY_OF("konfd", wifi, "the stored Wi-Fi network",
           call<vor_cfg_set_wifi_ssid_password>("set-ssid-password", {"ssid", text("password").secret()},
                                                "\"Tower 17\" -")
               .marked(cuts_link)
-              .on(Channel::konfd))
+              .stores(network))
 
 } // namespace vorcfg::rows

@@ -157,6 +157,11 @@ try {
     fail(error.what(), error.column);
 }
 
+bool Variables::are_used() const
+{
+    return std::ranges::any_of(known_, [](const auto& known) { return known.second.used; });
+}
+
 std::vector<InputError> Variables::unused(const std::string& batch) const
 {
     std::vector<InputError> errors;

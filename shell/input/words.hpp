@@ -39,6 +39,7 @@ public:
     // were read. Throws an InputError with the column.
     std::size_t expand(std::string_view left, std::size_t column, vor::Word& word);
 
+    bool are_used() const; // any of them
     // An error for each variable that no line used.
     std::vector<InputError> unused(const std::string& batch) const;
 
@@ -58,6 +59,9 @@ std::size_t column_in(std::string_view line, std::size_t byte_column);
 // The words of one line. ${name} becomes the variable's value, which is not expanded again, and $${ becomes ${. Throws
 // an InputError with the column, in bytes.
 std::vector<Word> words_of(std::string_view line, Variables* variables = nullptr);
+
+// The first word of the line that names the gateway which a file is for; it is no family.
+inline constexpr std::string_view gateway_word = "gateway";
 
 // What may help with a line that was refused: it has $name or 'text', as a shell would take them. Else empty.
 std::string hint_about(const std::vector<Word>& words);

@@ -261,7 +261,9 @@ std::string json_of(const rows::Row& row)
     for (const auto& [mark, flag] : marks) {
         json.add(flag, row.has(mark));
     }
-    json.add("undone_by", row.undone_by);
+    if (row.is_setting()) {
+        json["setting"] = row.setting_name();
+    }
     json["arguments"] = Json::array();
     for (const rows::Argument& argument : row.arguments()) {
         json["arguments"].push_back(json_of(argument, contract));

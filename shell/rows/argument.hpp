@@ -26,7 +26,8 @@ enum class Kind : std::uint8_t {
 struct Choice {
     std::string_view name;
     std::int64_t number = 0;
-    bool idle = false; // with it the call changes nothing on the gateway
+    bool idle = false;  // with it the call changes nothing on the gateway
+    bool every = false; // stands for all the others
 };
 
 struct Range {

@@ -215,7 +215,7 @@ std::string sentence(std::string text)
 std::vector<std::string_view> remarks_of(const Row& row)
 {
     static constexpr std::pair<Marks, std::string_view> remarks[] = {
-        {answer_unread, "The call never reads the manager's answer, so its verdict stays unread."},
+        {answer_unread, "The call never reads the manager's answer; vorcfg reports a refusal that it sees there."},
         {confirmed, "Requires --yes."},
         {cuts_link, "May drop the connection you are using: asks first at a terminal, unless --yes is given."},
     };

@@ -7,6 +7,7 @@
 
 #include "input/input_error.hpp"
 #include "input/options.hpp"
+#include "input/words.hpp"
 #include "text/nearest.hpp"
 #include "text/text.hpp"
 
@@ -24,14 +25,23 @@ std::span<const Argument> Row::arguments() const
     return family->arguments.subspan(first_argument, argument_count);
 }
 
-bool Row::undoes(const Row& other) const
+bool Row::is_setting() const
 {
-    return family == other.family && (undone_by == other.name || other.undone_by == name);
+    return channel != Channel::none && !has(does_nothing) && !answers_record &&
+           std::ranges::none_of(arguments(), &Argument::is_result);
 }
 
 std::string Row::full_name() const
 {
     return fmt::format("{} {}", family->name, name);
+}
+
+std::string Row::setting_name() const
+{
+    if (channel == Channel::konfd) {
+        return "konfd line";
+    }
+    return setting.empty() ? full_name() : fmt::format("{} {}", family->name, setting);
 }
 
 const Family* family_named(std::string_view name)
@@ -68,6 +78,11 @@ const Family& require_family(std::string_view name, Expected expected)
         return *family;
     }
     const bool or_command = expected == Expected::command_or_family;
+    if (name == input::gateway_word) {
+        throw input::InputError{.text = fmt::format("no {} \"{}\"", or_command ? "command or family" : "family", name),
+                                .word = 0,
+                                .hint = "a file of calls may begin with this line; see vorcfg manual vorcfg-batch"};
+    }
     std::vector<std::string> known;
     for (const input::Command& command : input::commands()) {
         if (or_command && !command.name.empty()) {

@@ -1,6 +1,7 @@
 // family.hpp: the functions by which a family's file declares its calls.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -15,7 +16,11 @@ struct Draft {
     std::array<Argument, Count> arguments;
 
     consteval Draft marked(unsigned marks) const { return with(&Row::marks, row.marks | marks); }
-    consteval Draft undone_by(std::string_view call) const { return with(&Row::undone_by, call); }
+    consteval Draft changes(std::string_view setting) const { return with(&Row::setting, setting); }
+    consteval Draft stores(std::span<const std::string_view> lines) const
+    {
+        return on(Channel::konfd).with(&Row::lines, lines);
+    }
     consteval Draft sends(std::span<const RecordField> record) const { return with(&Row::record, record); }
     consteval Draft on(Channel channel) const { return with(&Row::channel, channel); }
 
@@ -33,7 +38,7 @@ void argument_is_of_a_kind_that_the_type_in_its_call_does_not_take();
 void list_is_not_the_last_argument_of_a_call_with_dots();
 void range_is_wider_than_the_type_in_its_call();
 void argument_that_decides_whether_another_is_sent_does_not_come_before_it();
-void call_that_undoes_another_is_not_in_its_family();
+void setting_is_shared_with_no_other_call_about_as_many_objects();
 
 consteval bool fits(const Argument& argument, Type type)
 {
@@ -156,13 +161,16 @@ consteval auto table(const Family* family, const Draft<Counts>&... drafts)
         }
     };
     (add(drafts), ...);
+    const auto objects_of = [&](const Row& each) {
+        const auto arguments = std::span(all.arguments).subspan(each.first_argument, each.argument_count);
+        return std::ranges::count_if(arguments, &Argument::is_object);
+    };
     for (const Row& each : all.rows) {
-        bool is_there = each.undone_by.empty();
-        for (const Row& other : all.rows) {
-            is_there = is_there || other.name == each.undone_by;
-        }
-        if (!is_there) {
-            call_that_undoes_another_is_not_in_its_family();
+        const auto is_shared = [&](const Row& other) {
+            return other.name != each.name && other.setting == each.setting && objects_of(other) == objects_of(each);
+        };
+        if (!each.setting.empty() && std::ranges::none_of(all.rows, is_shared)) {
+            setting_is_shared_with_no_other_call_about_as_many_objects();
         }
     }
     return all;

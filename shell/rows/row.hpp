@@ -80,7 +80,9 @@ struct Row {
     unsigned marks = 0;
     bool answers_record = false;
     std::span<const RecordField> record{}; // what it sends, if not a chain
-    std::string_view undone_by{};          // a call of the family about the same object: the later of the two counts
+    std::string_view setting{};            // shared with calls of the family whose values it overwrites; else its own
+    // What it stores in konfd's tree: the words of the path, then of the line, {argument} for a value.
+    std::span<const std::string_view> lines{};
     Returned (*make)(const Row& row, std::span<Value> values) = nullptr;
     // For a call that reads its own words, instead of one per argument.
     void (*read)(Reading& reading) = nullptr;
@@ -89,9 +91,11 @@ struct Row {
     std::string_view used_by{}; // of a call that makes no sense on its own
 
     constexpr bool has(Marks mark) const { return (marks & mark) != 0; }
-    bool undoes(const Row& other) const; // either way
+    bool is_setting() const; // the gateway has something else afterwards, if its arguments say so
     std::span<const Argument> arguments() const;
     std::string full_name() const; // "gpio set-value"
+    // What it changes: "gpio mode", or its own name where no other call changes that.
+    std::string setting_name() const;
 };
 
 struct Family {

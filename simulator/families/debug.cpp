@@ -12,14 +12,13 @@ constexpr Field name = text(4, "name", 50);
 constexpr MessageRow rows[] = {
     {debug_level, "vor_cfg_set_debug_info", "module {task_name}",
      record(32, uint32(0, "log_level"), uint16(4, "sap_id"), text(6, "task_name", 25))},
-    {log_upload, "vor_cfg_set_log_file", "log {name}",
+    {log_upload, "vor_cfg_set_log_file", "log {name} server",
      record(260, set_option.holding(1), name, text(54, "ip_address", 50), text(104, "user_name", 50),
-            text(154, "password", 50).secret()),
-     "1"},
-    {log_upload, "vor_cfg_set_log_file", "log {name}",
-     record(260, set_option.holding(2), name, text(204, "log_file_name", 50)), "2"},
-    {log_upload, "vor_cfg_set_log_file", "log {name}",
-     record(260, set_option.holding(3), name, int32(256, "upload_frequency")), "3"},
+            text(154, "password", 50).secret())},
+    {log_upload, "vor_cfg_set_log_file", "log {name} file",
+     record(260, set_option.holding(2), name, text(204, "log_file_name", 50))},
+    {log_upload, "vor_cfg_set_log_file", "log {name} frequency",
+     record(260, set_option.holding(3), name, int32(256, "upload_frequency"))},
 };
 
 extern const Family debug{"platmgr", rows};

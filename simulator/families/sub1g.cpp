@@ -53,7 +53,7 @@ gateway::Answer register_values(const gateway::Decoded&, const gateway::State&, 
 
 constexpr MessageRow rows[] = {
     {settings, "vor_cfg_set_sub1g_frequency", "interface {interface_num}", chain(interface_num, int16(2, "frequency"))},
-    {settings, "vor_cfg_sub1g_set_channel", "port {port_num}",
+    {settings, "vor_cfg_sub1g_set_channel", "port {port_num} stream {stream_name}",
      chain(int16(1, "port_num"), text(3, "stream_name"), int16(4, "classifier"), text(5, "channel_name"))},
     {request(0x8009), "vor_cfg_get_reg_values", "registers", nothing, register_values},
     {request(0x800b), "vor_cfg_set_sub1g_power", "interface {interface_num}", chain(interface_num, int16(9, "power"))},

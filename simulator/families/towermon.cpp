@@ -63,9 +63,10 @@ constexpr MessageRow rows[] = {
     {power_measurement, "vor_cfg_towermon_obj_power_measurement_alerts", "power measurement {sensor_name}", alerts(12)},
     {power_supply, "vor_cfg_towermon_obj_power_supply_alerts", "power supply {sensor_name}", alerts(12)},
     {ups, "vor_cfg_towermon_obj_ups_alerts", "ups {sensor_name}", alerts(2)},
-    {request(0x1500b), "vor_cfg_towermon_obj_temp_sensor_threshold_set", "temp sensor {sensor_name}", threshold},
-    {request(0x1500d), "vor_cfg_towermon_obj_humidity_sensor_threshold_set", "humidity sensor {sensor_name}",
-     threshold},
+    {request(0x1500b), "vor_cfg_towermon_obj_temp_sensor_threshold_set",
+     "temp sensor {sensor_name} threshold {threshold}", threshold},
+    {request(0x1500d), "vor_cfg_towermon_obj_humidity_sensor_threshold_set",
+     "humidity sensor {sensor_name} threshold {threshold}", threshold},
 
     {request(0x15011), "vor_cfg_towermon_set_tower_name", "tower", chain(text(24, "tower_name"))},
     {request(0x15012), "vor_cfg_towermon_set_tower_location", "tower", chain(text(25, "tower_location"))},

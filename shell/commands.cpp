@@ -174,6 +174,18 @@ int run_check(const std::string& path, const input::Options& options)
     return input::exit_ok;
 }
 
+int run_revert(const input::Options& options)
+{
+    if (!options.expired) {
+        return site::run_revert(required_operand(options), options);
+    }
+    std::vector<std::string> paths;
+    for (const input::Word& word : std::span(options.words).subspan(1)) {
+        paths.push_back(word.text);
+    }
+    return site::run_revert_expired(paths.empty() ? std::vector<std::string>{"."} : paths, options);
+}
+
 // --- Looking up ---------------------------------------------------------------------
 
 int print_help(std::span<const input::Word> words, const input::Options& options)
@@ -240,16 +252,22 @@ constexpr input::Command table[] = {
      over_file<run_batch>},
     {set_up, "check", "check FILE", "validate a file; needs no gateway", "", over_file<run_check>},
     {set_up, "plan", "plan FILE", "list the calls in FILE that the gateway has not accepted yet",
-     "Compares the file with the journal of accepted calls and sends nothing. The exit code is 11 if any are left to "
-     "make. The settings of a gateway cannot be read back, so they are not compared.",
+     "Compares the file with the journal of the gateway and sends nothing. The settings of a gateway cannot be read "
+     "back, so they are not compared. The exit code is 11 if calls are left to make, or if an apply waits for its "
+     "confirmation or was not confirmed in time. vorcfg-site(7) explains the states of the lines.",
      over_file<site::run_plan>, "[--journal JOURNAL]"},
     {set_up, "apply", "apply FILE", "make the calls that the gateway has not accepted yet",
      "Makes them in the order of the file. The journal gets each call before it is sent and its verdict afterwards, so "
      "that applying again continues where the last apply ended. With --confirm, all changes are reverted unless they "
-     "are confirmed in time.",
+     "are confirmed in time; vorcfg-site(7) says what cannot be reverted, and what survives a closed terminal, a kill "
+     "and a restart.",
      over_file<site::run_apply>, "[--journal JOURNAL]"},
     {set_up, "confirm", "confirm JOURNAL", "keep the changes of apply --confirm", "", over_file<site::run_confirm>},
-    {set_up, "revert", "revert JOURNAL", "revert the changes of apply --confirm now", "", over_file<site::run_revert>},
+    {set_up, "revert", "revert JOURNAL", "revert the changes of apply --confirm now",
+     "With --expired [JOURNAL|FOLDER]..., reverts what nobody confirmed in time, in these journals and in all "
+     "journals of these folders; the default is this folder. It goes on until their managers answer. Run by root, it "
+     "becomes the owner of each journal.",
+     run_revert},
     {set_up, "report", "report JOURNAL", "print the accepted settings, for the hand-over", "",
      over_file<site::run_report>},
     {look_up, "list", "list [FAMILY]", "list all calls",

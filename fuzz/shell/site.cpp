@@ -7,7 +7,7 @@
 #include "input.hpp"
 #include "output/output.hpp"
 #include "processes.hpp"
-#include "site/diff.hpp"
+#include "site/plan.hpp"
 #include "site/show.hpp"
 #include "text/json.hpp"
 
@@ -87,23 +87,23 @@ std::vector<call::PreparedCall> calls_in(call::Batch& batch, std::size_t lines)
     }
 }
 
-site::Plan plan_of(const std::vector<call::PreparedCall>& calls, const site::History& history)
+site::Plan plan_of(const std::vector<call::PreparedCall>& calls, const site::Ledger& ledger)
 {
     site::Planner planner({});
     for (const call::PreparedCall& call : calls) {
         planner.add(call);
     }
-    return planner.against(history);
+    return planner.against(ledger);
 }
 
 // As an apply writes it down.
-void make(const site::Plan& plan, site::History& history)
+void make(const site::Plan& plan, site::Ledger& ledger)
 {
     for (const site::PlanLine& line : plan.lines) {
-        const std::size_t number = history.entries().size() + 1;
+        const std::size_t number = ledger.entries().size() + 1;
         if (line.due) {
-            history.take(site::CallBegun{.number = number, .key = line.key});
-            history.take(site::CallEnded{
+            ledger.take(site::CallBegun{.number = number, .key = line.key});
+            ledger.take(site::CallEnded{
                 .number = number, .outcome = std::string(name_of(call::Outcome::accepted)), .done = true});
         }
     }
@@ -112,8 +112,8 @@ void make(const site::Plan& plan, site::History& history)
 void require_printable_plan(const site::Plan& plan)
 {
     for (const bool json : {false, true}) {
-        const site::Shown shown{site_name, journal_name, json};
-        require_printable(lines_of(plan, shown) + summary_of(plan, shown));
+        const site::Shown shown{.file = site_name, .journal = journal_name, .gateway = {}, .json = json};
+        require_printable(lines_of(plan, shown) + summary_of(plan, 0, shown));
     }
 }
 
@@ -131,12 +131,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         calls_in(batch, static_cast<std::size_t>(std::ranges::count(text, '\n')) + 1);
     batch.unused_variables();
 
-    site::History history;
-    const site::Plan fresh = plan_of(calls, history);
+    site::Ledger ledger;
+    const site::Plan fresh = plan_of(calls, ledger);
     require_printable_plan(fresh);
     require(fresh.tally().due + fresh.asking <= calls.size(), "a line is one call");
-    make(fresh, history);
-    const site::Plan again = plan_of(calls, history);
+    make(fresh, ledger);
+    const site::Plan again = plan_of(calls, ledger);
     require_printable_plan(again);
     require(again.tally().due == 0, "what was accepted is not due again");
     return 0;

@@ -195,36 +195,18 @@ std::vector<Setting> stored_lines(const CallKey& key)
 
 } // namespace
 
-Subject subject_of(const CallKey& key)
-{
-    Subject subject{key.row, {}};
-    for (std::size_t i = 0; i < key.values.size(); i++) {
-        if (is_object_of(key, i)) {
-            subject.objects.push_back(key.values[i]);
-        }
-    }
-    return subject;
-}
-
-std::vector<Subject> opposites_of(const CallKey& key)
-{
-    std::vector<Subject> opposites;
-    for (const rows::Row& other : key.row->family->rows) {
-        if (&other != key.row && !other.setting.empty() && other.setting == key.row->setting) {
-            opposites.push_back(subject_of(key));
-            opposites.back().row = &other;
-        }
-    }
-    return opposites;
-}
-
 std::vector<Setting> settings_of(const CallKey& key)
 {
     const rows::Row& row = *key.row;
     if (row.channel == rows::Channel::konfd) {
         return stored_lines(key);
     }
-    std::vector<Setting> settings{{row.setting_name(), subject_of(key).objects}};
+    std::vector<Setting> settings{{row.setting_name(), {}}};
+    for (std::size_t i = 0; i < key.values.size(); i++) {
+        if (is_object_of(key, i)) {
+            settings.front().objects.push_back(key.values[i]);
+        }
+    }
     std::size_t object = 0;
     for (std::size_t i = 0; i < key.values.size(); i++) {
         if (!is_object_of(key, i)) {

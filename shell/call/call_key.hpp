@@ -37,19 +37,6 @@ CallKey key_of(const rows::Row& row, std::vector<KeptValues> values, bool secret
 // The call again. Throws an InputError where the values do not fit it.
 PreparedCall prepare(const CallKey& key);
 
-// What calls about the same thing have in common: the row, and the arguments marked as its object. Sorted by family and
-// row, then by object, numbers as numbers.
-struct Subject {
-    const rows::Row* row = nullptr;
-    std::vector<KeptValues> objects;
-
-    auto operator<=>(const Subject&) const = default; // NOLINT(modernize-use-nullptr): as above
-};
-
-Subject subject_of(const CallKey& key);
-// Of the family's other calls that change the same setting.
-std::vector<Subject> opposites_of(const CallKey& key);
-
 // What a call changes: the calls of one setting overwrite each other's values.
 struct Setting {
     std::string name; // "ip route", or the name of the only call that changes it

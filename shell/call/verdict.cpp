@@ -262,23 +262,6 @@ std::string_view name_of(State state)
     return names[static_cast<std::size_t>(state)];
 }
 
-std::optional<State> state_named(std::string_view name)
-{
-    for (std::size_t i = 0; i <= static_cast<std::size_t>(State::unknown); i++) {
-        if (name_of(static_cast<State>(i)) == name) {
-            return static_cast<State>(i);
-        }
-    }
-    return std::nullopt;
-}
-
-std::optional<bool> was_done(const rows::Row& row, Outcome outcome, const Observation& seen)
-{
-    const State state = state_of(row, outcome, seen);
-    return state == State::unknown ? std::nullopt
-                                   : std::optional(state != State::refused && state != State::not_delivered);
-}
-
 std::string_view name_of(Outcome outcome)
 {
     return outcomes[static_cast<std::size_t>(outcome)].name;

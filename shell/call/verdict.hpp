@@ -50,10 +50,12 @@ enum class State : std::uint8_t {
 
 State state_of(const rows::Row& row, Outcome outcome, const Observation& seen);
 std::string_view name_of(State state);
-std::optional<State> state_named(std::string_view name);
 
-// Whether the gateway has done it, where that is known. What is sent one-way counts as done.
-std::optional<bool> was_done(const rows::Row& row, Outcome outcome, const Observation& seen);
+// What is sent one-way counts as made.
+constexpr bool is_made(State state)
+{
+    return state <= State::unread;
+}
 
 std::string_view name_of(Outcome outcome);
 std::string_view total_of(Outcome outcome); // as in "2 not sent"

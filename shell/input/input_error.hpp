@@ -24,6 +24,7 @@ enum ExitCode : int {
     exit_due,
     exit_journal,
     exit_ended,
+    exit_partly_reverted,
 };
 
 // What each means, in help and the manual.
@@ -39,11 +40,12 @@ inline constexpr std::string_view exit_texts[] = {
     "a file, a secret or the terminal cannot be read",
     "the call's result contradicts its messages",
     "standard output cannot be written",
-    "the plan has calls to make",
+    "calls are left to make, or a confirmation waits or has expired",
     "the journal cannot be used",
     "interrupted, or reverted",
+    "reverted in part",
 };
-static_assert(std::size(exit_texts) == exit_ended + 1, "a text for each code");
+static_assert(std::size(exit_texts) == exit_partly_reverted + 1, "a text for each code");
 
 // A place in a file of calls; all empty on the command line.
 struct Place {

@@ -28,6 +28,8 @@ struct Options {
     bool retry_unknown = false;
     bool skip_unknown = false;
     bool resend_secrets = false;
+    bool all = false;     // make what is up to date, too
+    bool expired = false; // revert what nobody confirmed in time
     bool html = false;
     vor::ColorWhen color{};
     std::optional<std::uint16_t> sap;

@@ -49,8 +49,8 @@ private:
 Counts counts_of(const call::Tally& tally, std::size_t left);
 // What totals begin with: "f", "f: stopped at line 9" or "f: failed at lines 4 and 9"; at a terminal, which shows one
 // file, `title`, "Stopped at line 9" ...
-std::string end_of_run(const std::string& file, std::string_view title, bool stopped, const call::Tally& tally,
-                       const vor::Screen& screen);
+std::string end_of_run(const std::string& file, std::string_view title, bool stopped,
+                       const std::vector<std::size_t>& failed_lines, const vor::Screen& screen);
 std::string text_of(const call::Tally& tally, const std::string& name, std::size_t left, const input::Options& options);
 // "line 5", "lines 5, 7 and 9", "lines 4-14"
 std::string lines_text(const std::vector<std::size_t>& lines);

@@ -138,10 +138,10 @@ Counts counts_of(const call::Tally& tally, std::size_t left)
     return counts;
 }
 
-std::string end_of_run(const std::string& file, std::string_view title, bool stopped, const call::Tally& tally,
-                       const vor::Screen& screen)
+std::string end_of_run(const std::string& file, std::string_view title, bool stopped,
+                       const std::vector<std::size_t>& failed_lines, const vor::Screen& screen)
 {
-    const std::string where = tally.failed.empty() ? "" : " at " + lines_text(tally.failed_lines());
+    const std::string where = failed_lines.empty() ? "" : " at " + lines_text(failed_lines);
     if (!stopped && where.empty()) {
         return screen.is_terminal ? std::string(title) : vor::printable(file);
     }
@@ -153,9 +153,9 @@ std::string text_of(const call::Tally& tally, const std::string& name, std::size
 {
     const bool stopped = left != 0 || (!options.keep_going && !tally.failed.empty());
     const vor::Screen screen = screen_of(options);
-    return vor::paragraph(
-        fmt::format("{}: {}", end_of_run(name, "Batch", stopped, tally, screen), counts_of(tally, left).text()),
-        screen);
+    return vor::paragraph(fmt::format("{}: {}", end_of_run(name, "Batch", stopped, tally.failed_lines(), screen),
+                                      counts_of(tally, left).text()),
+                          screen);
 }
 
 std::string lines_text(const std::vector<std::size_t>& lines)

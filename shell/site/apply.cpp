@@ -1,6 +1,9 @@
+// plan and apply.
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
-#include <fcntl.h>
+#include <filesystem>
+#include <optional>
 
 #include <fmt/core.h>
 
@@ -9,7 +12,9 @@
 #include "output/output.hpp"
 #include "rows/families.hpp"
 #include "site/commands.hpp"
-#include "site/pending.hpp"
+#include "site/confirm.hpp"
+#include "site/making.hpp"
+#include "site/revert.hpp"
 #include "site/show.hpp"
 #include "text/text.hpp"
 
@@ -17,26 +22,17 @@ namespace vorcfg::site {
 
 namespace {
 
-std::string journal_of(const std::string& path, const input::Options& options)
-{
-    if (options.journal.empty() && path == "-") {
-        throw input::InputError{.text = "a file on standard input has no journal of its own", .hint = "give --journal"};
-    }
-    return options.journal.empty() ? path + ".journal" : options.journal;
-}
-
 Selection selection_of(const input::Options& options)
 {
-    return {options.from, options.only.empty() ? nullptr : &rows::require_family(options.only), options.resend_secrets};
+    return {options.from, options.only.empty() ? nullptr : &rows::require_family(options.only)};
 }
 
-std::string listed(const Plan& plan, const Shown& to, bool (*selected)(const PlanLine&))
+Again again_of(const input::Options& options)
 {
-    std::string text;
-    for (const PlanLine& line : plan.lines) {
-        text += selected(line) ? line_of(line, to) : "";
+    if (options.all) {
+        return Again::all;
     }
-    return text;
+    return options.resend_secrets ? Again::secrets : Again::none;
 }
 
 bool is_unknown(const PlanLine& line)
@@ -46,7 +42,7 @@ bool is_unknown(const PlanLine& line)
 
 bool stays(const PlanLine& line)
 {
-    return line.due && !line.can_be_reverted();
+    return line.due && !line.can_be_reverted;
 }
 
 void leave_out_unknown(Plan& plan)
@@ -66,11 +62,49 @@ std::string time_text(unsigned seconds)
     return seconds % minute == 0 ? fmt::format("{} min", seconds / minute) : fmt::format("{} s", seconds);
 }
 
+// The gateway as the file or the option names it; none where neither does.
+std::string gateway_of(const call::Batch& batch, const input::Options& options)
+{
+    const std::string& named = options.gateway.empty() ? batch.gateway() : options.gateway;
+    if (!options.gateway.empty()) {
+        call::check_gateway(options.gateway);
+    }
+    if (!batch.gateway().empty() && named != batch.gateway()) {
+        throw input::InputError{fmt::format("{} is for gateway {}, not {}", batch.name(), vor::quoted(batch.gateway()),
+                                            vor::quoted(named))};
+    }
+    if (named.empty() && batch.uses_variables()) {
+        throw input::InputError{
+            .text = fmt::format("{} uses variables, but names no gateway; whose journal is it?", batch.name()),
+            .hint = "begin the file with a line such as gateway tower-${site}, or give --gateway"};
+    }
+    return named;
+}
+
+// NAME.journal beside the file, or FILE.journal where no gateway is named, or where that is this gateway's.
+std::string journal_of(const std::string& path, const std::string& gateway, const input::Options& options)
+{
+    if (!options.journal.empty()) {
+        return options.journal;
+    }
+    if (path == "-" && gateway.empty()) {
+        throw input::InputError{.text = "a file on standard input has no journal of its own", .hint = "give --journal"};
+    }
+    const std::string of_file = path + ".journal";
+    if (gateway.empty()) {
+        return of_file;
+    }
+    const std::string of_gateway = (std::filesystem::path(path).parent_path() / (gateway + ".journal")).string();
+    const bool is_its = path != "-" && !std::filesystem::exists(of_gateway) && std::filesystem::exists(of_file) &&
+                        Journal::read(this_machine(), of_file).ledger().gateway() == gateway;
+    return is_its ? of_file : of_gateway;
+}
+
 class Application {
 public:
     Application(const std::string& path, const input::Options& options)
-        : options_(options), batch_(call::batch_of(path, options)),
-          path_(journal_of(path, options)), to_{batch_.name(), path_, options.json, output::screen_of(options)}
+        : options_(options), source_(path),
+          batch_(call::batch_of(path, options)), to_{batch_.name(), {}, {}, options.json, output::screen_of(options)}
     {
     }
 
@@ -85,85 +119,113 @@ public:
             }
             planner_.add(call);
         };
-        return call::check(batch_, each, output::error_printer(options_.json), !options_.json);
+        const int exit = call::check(batch_, each, output::error_printer(options_.json), !options_.json);
+        if (exit == input::exit_ok) {
+            to_.gateway = gateway_of(batch_, options_);
+            to_.journal = journal_of(source_, to_.gateway, options_);
+        }
+        return exit;
     }
 
     int show()
     {
-        const Journal journal = Journal::read(path_);
-        journal.check_gateway(options_.gateway);
+        const Journal journal = Journal::read(machine_, to_.journal);
+        journal.check_gateway(to_.gateway);
         const Plan plan = planned_against(journal);
-        if (journal.history().pending()) {
-            output::print_error(pending_error(journal), false);
+        const auto outcome = confirmed_apply_of(journal);
+        if (outcome && journal.ledger().is_undecided()) {
+            print(*outcome, options_.json, stderr);
         }
-        vor::print(stdout, shown(plan));
-        return plan.tally().due != 0 ? input::exit_due : input::exit_ok;
+        vor::print(stdout, shown(plan, journal.ledger()));
+        return exit_of(plan, journal.ledger());
     }
 
     int make()
     {
-        Journal journal = Journal::open(path_, O_CREAT, options_.gateway);
-        check_nothing_pending(journal);
+        Journal journal = Journal::open(machine_, to_.journal, Access::create, to_.gateway);
+        journal.check_gateway(to_.gateway);
+        revert_expired(journal);
         to_.may_revert = options_.confirm.has_value();
         Plan plan = planned_against(journal);
         const bool asks = input::at_terminal() && !options_.yes && to_.in_rows(); // about a plan that is shown
-        const std::string unknown = asks ? "" : listed(plan, to_, is_unknown);
+        const std::string unknown = asks || options_.all ? "" : listed(plan, is_unknown);
         if (options_.skip_unknown) {
             leave_out_unknown(plan);
         }
-        vor::print(stdout, to_.in_rows() ? shown(plan) : unknown + notes_of(plan, to_));
+        vor::print(stdout, to_.in_rows() ? shown(plan, journal.ledger()) : unknown + notes_of(plan, to_));
         if (!unknown.empty() && !options_.retry_unknown && !options_.skip_unknown) {
             throw input::InputError{.text = fmt::format("{}: {} without a verdict; nothing was sent", to_.file,
                                                         vor::counted(plan.tally()[LineState::unknown], "line")),
                                     .exit = input::exit_unknown,
                                     .hint = "--retry-unknown makes such lines again, --skip-unknown leaves them out"};
         }
-        std::vector<std::size_t> lines;
-        for (const PlanLine& line : plan.lines) {
-            if (line.due) {
-                lines.push_back(line.line);
-            }
-        }
-        if (lines.empty() && to_.in_rows()) { // as the plan says
-            return input::exit_ok;
+        const std::size_t calls = plan.tally().due;
+        if (calls == 0 && to_.in_rows()) { // as the plan says
+            return exit_after(input::exit_ok, journal.ledger());
         }
         check_reverts(plan, asks);
-        if (asks && !lines.empty() && !input::agreed(question(journal, lines.size()))) {
+        if (asks && calls != 0 && !input::agreed(question(calls))) {
             return output::print_declined(options_.json);
         }
-        const auto selected = [&](std::size_t line) { return std::ranges::binary_search(lines, line); };
+        const auto selected = [&](std::size_t line) { return plan.is_due(line); };
         batch_.ask(selected);
         batch_.rewind(selected);
-        if (options_.confirm && !lines.empty()) {
-            journal.append(ApplyPending{journal.history().entries().size() + 1});
-        }
-        const int exit = make(journal, plan, lines.size());
-        return options_.confirm && !lines.empty() ? std::max(exit, wait_for_confirmation(std::move(journal), options_))
-                                                  : exit;
+        return make(journal, plan);
     }
 
 private:
-    std::string shown(const Plan& plan) const
+    std::string listed(const Plan& plan, bool (*selected)(const PlanLine&)) const
     {
-        return lines_of(plan, to_) + notes_of(plan, to_) + summary_of(plan, to_);
+        std::string text;
+        for (const PlanLine& line : plan.lines) {
+            text += selected(line) ? line_of(line, to_) : "";
+        }
+        return text;
     }
 
-    // Without --gateway, whose journal it is shows in the heading.
+    std::string shown(const Plan& plan, const Ledger& ledger) const
+    {
+        return lines_of(plan, to_) + notes_of(plan, to_) + summary_of(plan, exit_of(plan, ledger), to_);
+    }
+
+    // Without a name, whose journal it is shows in the heading.
     Plan planned_against(const Journal& journal)
     {
-        const bool named = !options_.gateway.empty() || journal.history().gateway().empty();
-        if (to_.in_rows() || !(to_.json || named)) {
-            vor::print(stdout, heading_of(journal.history(), to_));
+        if (to_.in_rows()) {
+            vor::print(stdout, heading_of(journal.ledger(), to_));
+        } else if (!to_.gateway.empty() && to_.journal == to_.file + ".journal") {
+            output::print_notice(fmt::format("using {}, the journal of this gateway", to_.journal), {to_.file},
+                                 options_.json, stderr);
         }
-        Plan plan = planner_.against(journal.history());
+        Plan plan = planner_.against(journal.ledger(), again_of(options_));
         print_warnings(plan, to_);
         return plan;
+    }
+
+    // What nobody confirmed in time goes first.
+    void revert_expired(Journal& journal)
+    {
+        const auto before = confirmed_apply_of(journal);
+        if (!before || !journal.ledger().is_undecided()) {
+            return;
+        }
+        if (before->confirmation == Confirmation::waiting) {
+            throw input::InputError(error_of(*before));
+        }
+        const bool is_done = revert(journal, options_, call::Signals::all);
+        require_recorded(journal);
+        const ConfirmedApply outcome = *confirmed_apply_of(journal);
+        print_lines(outcome, options_.json);
+        if (!is_done) {
+            throw input::InputError(error_of(outcome));
+        }
+        print(outcome, options_.json, stdout);
     }
 
     // Where nobody is asked, calls that a confirmed apply cannot revert require --yes.
     void check_reverts(const Plan& plan, bool asks) const
     {
-        const std::string staying = options_.confirm ? listed(plan, to_, stays) : "";
+        const std::string staying = options_.confirm ? listed(plan, stays) : "";
         vor::print(stdout, to_.json ? staying : "");
         if (!staying.empty() && !asks && !options_.yes) {
             throw input::InputError{"making calls that cannot be reverted requires --yes; nothing was sent"};
@@ -171,49 +233,104 @@ private:
     }
 
     // "Make 4 calls on tower-17? Reverted after 2 min unless confirmed."
-    std::string question(const Journal& journal, std::size_t calls) const
+    std::string question(std::size_t calls) const
     {
-        const std::string& gateway = journal.history().gateway();
         return fmt::format(
-            "Make {}{}?{}", vor::counted(calls, "call"), gateway.empty() ? "" : " on " + vor::printable(gateway),
+            "Make {}{}?{}", vor::counted(calls, "call"),
+            to_.gateway.empty() ? "" : " on " + vor::printable(to_.gateway),
             options_.confirm ? fmt::format(" Reverted after {} unless confirmed.", time_text(*options_.confirm)) : "");
     }
 
-    int make(Journal& journal, const Plan& plan, std::size_t calls)
+    int make(Journal& journal, const Plan& plan)
     {
+        const std::uint64_t before = journal.ledger().entries().size();
         const auto summary = [&](const call::Tally& tally, std::size_t left) {
-            return applied_text(plan, tally, left, options_, to_);
+            return text_of(applied(plan, journal.ledger(), before, tally, left), to_);
         };
-        call::BatchRunner::Hooks hooks{
-            .before = [&](const call::PreparedCall& call) { journal.begin(call); },
-            .after = [&](const call::PreparedCall& call, const call::CallResult& result) { journal.end(call, result); },
-            .hang_up_ends = !options_.confirm};
-        if (options_.confirm) {
-            hooks.given_up = [&] { output::print_error(pending_error(journal), false); };
-        }
         output::ConsoleReporter account(options_, to_.screen, summary);
         for (const PlanLine& line : plan.lines) {
             if (line.due) {
                 account.expect(call::name_of(line.key, line.hexadecimal));
             }
         }
-        call::BatchRunner runner(options_, calls, account, std::move(hooks));
-        int exit = input::exit_ok;
-        try {
-            for (bool more = true; more;) {
-                auto call = batch_.next();
-                more = call && runner.make(*call);
-            }
-        } catch (const input::InputError& error) { // a full disk, above all
-            exit = output::print_error(error, options_.json);
+        Making making{.journal = journal,
+                      .options = options_,
+                      .calls = account.calls(),
+                      .reporter = account,
+                      .is_new = options_.all};
+        const auto next = [this] { return batch_.next(); };
+        if (!options_.confirm || account.calls() == 0) {
+            return exit_after(site::make(making, next).exit, journal.ledger());
         }
-        journal.sync();
-        return std::max(exit, runner.finish());
+        std::optional<Waiter> waiter;
+        making.given_up = [&](int signal) {
+            if (signal == SIGTERM) {
+                waiter->revert_now();
+            }
+            print(*confirmed_apply_of(journal), options_.json, stderr);
+        };
+        const Made made = make_confirmed(making, next, [&] {
+            waiter.emplace(journal, options_);
+            return waiter->process();
+        });
+        return confirmed(journal, *waiter, made);
+    }
+
+    // What an apply --confirm ends with.
+    int confirmed(Journal& journal, const Waiter& waiter, const Made& made)
+    {
+        const ConfirmedApply outcome = *confirmed_apply_of(journal);
+        const int exit = exit_after(made.exit, journal.ledger());
+        if (outcome.undos.empty()) { // nothing was changed
+            return exit;
+        }
+        if (made.signal == SIGTERM) {
+            print_lines(outcome, options_.json);
+            print(outcome, options_.json, stdout);
+            return journal.ledger().is_undecided() ? int(input::exit_ended) : outcome.exit();
+        }
+        journal.close();
+        print(outcome, options_.json, stdout);
+        if (!input::at_terminal()) {
+            return exit;
+        }
+        vor::print_line(stderr, "Press Enter to confirm");
+        const int end = wait_at_terminal(machine_, to_.journal, waiter, options_);
+        return end == input::exit_ok ? exit : end;
+    }
+
+    Applied applied(const Plan& plan, const Ledger& ledger, std::uint64_t before, const call::Tally& tally,
+                    std::size_t left) const
+    {
+        const bool stopped = left != 0 || (!options_.keep_going && !tally.failed.empty());
+        Applied applied{.calls = {},
+                        .failed = tally.failed_lines(),
+                        .left = left,
+                        .stopped = stopped,
+                        .continues = stopped && !options_.confirm,
+                        .before = plan.tally(),
+                        .after = planner_.against(ledger).tally(),
+                        .exit = exit_after(tally.worst, ledger)};
+        for (std::size_t i = before; i < ledger.entries().size(); i++) {
+            applied.calls[ledger.entries()[i].state()]++;
+        }
+        return applied;
+    }
+
+    int exit_of(const Plan& plan, const Ledger& ledger) const
+    {
+        return plan.tally().due != 0 || ledger.is_undecided() ? input::exit_due : input::exit_ok;
+    }
+
+    int exit_after(int exit, const Ledger& ledger) const
+    {
+        return site::exit_after(exit, planner_.against(ledger).tally());
     }
 
     const input::Options& options_;
+    const Machine machine_ = this_machine();
+    const std::string source_;
     call::Batch batch_;
-    const std::string path_;
     Shown to_;
     Planner planner_{selection_of(options_)};
 };
@@ -234,8 +351,8 @@ int run_apply(const std::string& path, const input::Options& options)
         throw input::InputError{.text = "apply does not take --dry-run",
                                 .hint = "use plan to see the calls, batch --dry-run to see the messages"};
     }
-    if (options.retry_unknown && options.skip_unknown) {
-        throw input::InputError{"--retry-unknown and --skip-unknown exclude each other"};
+    if (options.retry_unknown + options.skip_unknown + options.all > 1) {
+        throw input::InputError{"--all, --retry-unknown and --skip-unknown exclude each other"};
     }
     Application application(path, options);
     const int exit = application.read();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "input/options.hpp"
 
@@ -14,5 +15,8 @@ int run_apply(const std::string& path, const input::Options& options);
 int run_confirm(const std::string& path, const input::Options& options);
 int run_revert(const std::string& path, const input::Options& options);
 int run_report(const std::string& path, const input::Options& options);
+
+// Over all journals, and folders of them, whose confirmed apply has expired: reverts it, as their owners.
+int run_revert_expired(const std::vector<std::string>& paths, const input::Options& options);
 
 } // namespace vorcfg::site

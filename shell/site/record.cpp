@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdlib>
-#include <ctime>
 #include <pwd.h>
 #include <unistd.h>
 
@@ -11,7 +9,6 @@
 
 #include "rows/families.hpp"
 #include "text/json.hpp"
-#include "text/parse.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg::site {
@@ -101,16 +98,20 @@ call::CallKey key_in(const Json& json)
     return key;
 }
 
-std::optional<std::uint64_t> number_in(const Json& json, const char* name)
+template <std::integral Number>
+std::optional<Number> number_in(const Json& json, const char* name)
 {
     const Json* const number = json.find(name);
-    return number != nullptr ? std::optional(number->number<std::uint64_t>()) : std::nullopt;
+    return number != nullptr ? std::optional(number->number<Number>()) : std::nullopt;
 }
 
-std::string user()
+const std::string& user()
 {
-    const passwd* const entry = getpwuid(getuid());
-    return entry != nullptr ? entry->pw_name : std::to_string(getuid());
+    static const std::string name = [] {
+        const passwd* const entry = getpwuid(getuid());
+        return entry != nullptr ? std::string(entry->pw_name) : std::to_string(getuid());
+    }();
+    return name;
 }
 
 Json json_of(const GatewayNamed& record)
@@ -118,7 +119,7 @@ Json json_of(const GatewayNamed& record)
     Json json = Json::object();
     json.add("vorcfg_journal", record.is_first ? version : 0);
     json["gateway"] = record.gateway;
-    json["at"] = stamp();
+    json["at"] = record.at;
     return json;
 }
 
@@ -139,25 +140,30 @@ Json json_of(const CallBegun& record)
 
 Json json_of(const CallEnded& record)
 {
-    return {{"end", record.number},
-            {"at", record.at},
-            {"outcome", record.outcome},
-            {"verdict", record.verdict},
-            {"done", record.done}};
+    Json json{{"end", record.number},
+              {"at", record.at},
+              {"outcome", record.outcome},
+              {"verdict", record.verdict},
+              {"done", record.done}};
+    json.add("status", record.status);
+    return json;
 }
 
 Json json_of(const ApplyPending& record)
 {
-    Json json{{"pending", record.first}};
-    json.add("until", record.until);
+    Json json{{"pending", record.first},
+              {"at", record.at},
+              {"until", record.until},
+              {"boot", record.boot},
+              {"deadline_ms", record.deadline.count()},
+              {"reverting", record.reverting}};
     json.add("process", record.process);
-    json["at"] = stamp();
     return json;
 }
 
 Json json_of(const ApplyDecided& record)
 {
-    return {{record.confirmed ? "confirmed" : "taken_back", true}, {"at", stamp()}, {"by", user()}};
+    return {{record.confirmed ? "confirmed" : "taken_back", true}, {"at", record.at}, {"by", user()}};
 }
 
 } // namespace
@@ -203,8 +209,8 @@ Record record_in(std::string_view line, bool is_first)
                          .file = json.value("file", ""),
                          .line = json.value("line", std::size_t{0}),
                          .key = key_in(json),
-                         .replaces = number_in(json, "replaces"),
-                         .takes_back = number_in(json, "takes_back")};
+                         .replaces = number_in<std::uint64_t>(json, "replaces"),
+                         .takes_back = number_in<std::uint64_t>(json, "takes_back")};
     }
     if (json.contains("end")) {
         const Json& done = json.at("done");
@@ -212,51 +218,25 @@ Record record_in(std::string_view line, bool is_first)
                          .at = json.at("at").string(),
                          .outcome = json.at("outcome").string(),
                          .verdict = json.at("verdict").string(),
-                         .done = done.is_null() ? std::nullopt : std::optional(done.boolean())};
+                         .done = done.is_null() ? std::nullopt : std::optional(done.boolean()),
+                         .status = number_in<std::int32_t>(json, "status")};
     }
     if (json.contains("pending")) {
-        return ApplyPending{json["pending"].number<std::uint64_t>(), json.value("until", ""), json.value("process", 0)};
+        return ApplyPending{.first = json["pending"].number<std::uint64_t>(),
+                            .at = json.value("at", ""),
+                            .until = json.value("until", ""),
+                            .boot = json.value("boot", ""),
+                            .deadline = std::chrono::milliseconds(json.value("deadline_ms", std::int64_t{0})),
+                            .process = json.value("process", 0),
+                            .reverting = json.value("reverting", false)};
     }
     if (json.contains("confirmed") || json.contains("taken_back")) {
-        return ApplyDecided{json.contains("confirmed")};
+        return ApplyDecided{json.contains("confirmed"), json.value("at", "")};
     }
     if (json.contains("gateway")) {
-        return GatewayNamed{json["gateway"].string(), known != nullptr};
+        return GatewayNamed{json["gateway"].string(), known != nullptr, json.value("at", "")};
     }
     throw input::InputError{"unknown record"};
-}
-
-std::string stamp(std::chrono::seconds from_now)
-{
-    const char* const fixed = std::getenv("SOURCE_DATE_EPOCH");
-    const auto set = fixed != nullptr ? vor::number_in<std::time_t>(fixed) : std::nullopt;
-    const std::time_t time = set.value_or(std::time(nullptr)) + static_cast<std::time_t>(from_now.count());
-    std::tm parts{};
-    gmtime_r(&time, &parts);
-    char text[32];
-    return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts)};
-}
-
-namespace {
-
-std::string cut(std::string_view stamp, std::string_view example)
-{
-    const std::size_t day = example.find('T');
-    return stamp.size() < example.size()
-               ? std::string(stamp)
-               : fmt::format("{} {} UTC", stamp.substr(0, day), stamp.substr(day + 1, example.size() - day - 1));
-}
-
-} // namespace
-
-std::string minute_of(std::string_view stamp)
-{
-    return cut(stamp, "2026-05-12T10:04");
-}
-
-std::string second_of(std::string_view stamp)
-{
-    return cut(stamp, "2026-05-12T10:04:00");
 }
 
 } // namespace vorcfg::site

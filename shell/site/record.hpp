@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -19,15 +20,16 @@ namespace vorcfg::site {
 struct GatewayNamed {
     std::string gateway; // empty: not known
     bool is_first;       // the first record of every journal
+    std::string at{};    // a stamp, as all of these
 };
 
 struct CallBegun {
     std::uint64_t number = 0; // from 1 on
-    std::string at{};         // a stamp
+    std::string at{};
     std::string file{};
     std::size_t line = 0;
     call::CallKey key{};
-    std::optional<std::uint64_t> replaces{};   // the call done before
+    std::optional<std::uint64_t> replaces{};   // the call that stood before
     std::optional<std::uint64_t> takes_back{}; // the call that this one reverts
 };
 
@@ -37,32 +39,37 @@ struct CallEnded {
     std::string outcome{};
     std::string verdict{};
     std::optional<bool> done{}; // none: not known
+    std::optional<std::int32_t> status{};
 };
 
-// An apply --confirm that is neither confirmed nor reverted.
+// An apply --confirm: before its first call, and again when the last has been made.
 struct ApplyPending {
-    std::uint64_t first; // its first call
-    std::string until{}; // a stamp; empty while the calls are being made
-    int process = 0;     // the one that waits
+    std::uint64_t first = 0; // its first call
+    std::string at{};
+    std::string until{}; // a stamp, to be shown
+    std::string boot{};  // the deadline; empty in an older journal, where the stamps must do
+    std::chrono::milliseconds deadline{};
+    int process = 0;        // the one that waits
+    bool reverting = false; // without records, for which there was no room
 };
 
 struct ApplyDecided {
-    bool confirmed; // else reverted
+    bool confirmed; // else reverted, as far as possible
+    std::string at{};
 };
 
 using Record = std::variant<GatewayNamed, CallBegun, CallEnded, ApplyPending, ApplyDecided>;
 
-// Adds the user and the time where the record does not have them.
+// Adds the user where the record does not have it.
 std::string text_of(const Record& record);
 // Throws a JsonError about a line that is not JSON, an InputError about one that is not a record of this version.
 Record record_in(std::string_view line, bool is_first);
 
+// Where the text of an ApplyPending says that it is not being reverted, and what says the opposite.
+inline constexpr std::string_view not_reverting = "\"reverting\":false";
+inline constexpr std::string_view now_reverting = "\"reverting\":true ";
+
 // The values by their arguments' names.
 vor::Json values_json(const call::CallKey& key);
-
-// "2026-05-12T10:04:00Z"; SOURCE_DATE_EPOCH sets the present, so that output can be reproduced.
-std::string stamp(std::chrono::seconds from_now = {});
-std::string minute_of(std::string_view stamp); // "2026-05-12 10:04 UTC"
-std::string second_of(std::string_view stamp); // "2026-05-12 10:04:00 UTC"
 
 } // namespace vorcfg::site

@@ -9,7 +9,7 @@
 #include "rows/contract.hpp"
 #include "rows/families.hpp"
 #include "site/commands.hpp"
-#include "site/pending.hpp"
+#include "site/revert.hpp"
 #include "site/show.hpp"
 #include "style_texts.hpp"
 #include "text/json.hpp"
@@ -22,12 +22,12 @@ using vor::Json;
 namespace {
 
 struct SheetLine {
+    const Entry* entry = nullptr;
     std::string name; // without the family's
     std::string values;
-    std::string verdict;
+    std::string state;
     std::string when;
     bool open = false;
-    bool sent = false;
 };
 
 struct SheetSection {
@@ -42,34 +42,45 @@ struct Sheet {
     std::size_t open = 0;
     std::string first;
     std::string last;
-    std::string note; // while it may still be reverted
+    std::optional<ConfirmedApply> outcome{}; // of the last apply, if it needed a confirmation
+
+    bool is_undecided() const { return outcome && outcome->exit() == input::exit_due; }
 };
 
-SheetLine line_of(const Known& known)
+SheetLine line_of(const Entry& entry, bool open)
 {
-    const Entry& entry = *known.latest();
     const call::CallKey& key = entry.begun.key;
-    const std::string name = call::name_of(key).substr(key.row->family->name.size() + 1);
-    if (known.open != nullptr) {
-        return {name, values_of(known.open->begun.key), "unknown", minute_of(known.open->begun.at), true};
-    }
-    return {name, values_of(key), entry.ended.outcome, minute_of(entry.ended.at), false, entry.is_sent()};
+    return {&entry,
+            call::name_of(key).substr(key.row->family->name.size() + 1),
+            values_of(key),
+            std::string(call::name_of(open ? call::State::unknown : entry.state())),
+            minute_of(open || entry.ended.number == 0 ? entry.begun.at : entry.ended.at),
+            open};
 }
 
 // The calls of a family are in the order of its rows, those of one call in the order of their objects.
+bool goes_before(const Entry* one, const Entry* other)
+{
+    const auto key = [](const Entry* entry) { return std::pair(entry->begun.key.row, &entry->settings); };
+    const auto [row, settings] = key(one);
+    const auto [other_row, other_settings] = key(other);
+    return row != other_row ? std::less<>()(row, other_row) : *settings < *other_settings;
+}
+
 Sheet sheet_of(const Journal& journal)
 {
-    const History& history = journal.history();
-    const auto known = history.known();
+    const Ledger& ledger = journal.ledger();
+    std::vector<const Entry*> entries = ledger.latest();
+    std::ranges::sort(entries, goes_before);
     Sheet sheet;
-    sheet.title = history.gateway().empty() ? std::filesystem::path(journal.path()).stem().string() : history.gateway();
+    sheet.title = ledger.gateway().empty() ? std::filesystem::path(journal.path()).stem().string() : ledger.gateway();
     for (const rows::Family* const family : rows::families()) {
         SheetSection section{family, {}};
-        for (const Known* const each : known) {
-            if (each->latest()->begun.key.row->family != family) {
+        for (const Entry* const each : entries) {
+            if (each->begun.key.row->family != family) {
                 continue;
             }
-            const SheetLine& line = section.lines.emplace_back(line_of(*each));
+            const SheetLine& line = section.lines.emplace_back(line_of(*each, ledger.is_open(*each)));
             (line.open ? sheet.open : sheet.settled)++;
             sheet.first = sheet.first.empty() ? line.when : std::min(sheet.first, line.when);
             sheet.last = std::max(sheet.last, line.when);
@@ -78,10 +89,21 @@ Sheet sheet_of(const Journal& journal)
             sheet.sections.push_back(std::move(section));
         }
     }
-    if (history.pending()) {
-        sheet.note = "The last apply is not confirmed yet: these settings may still be reverted.";
-    }
+    sheet.outcome = confirmed_apply_of(journal);
     return sheet;
+}
+
+// While the settings may still be reverted, or what was not when others were.
+std::string note_of(const Sheet& sheet)
+{
+    if (sheet.is_undecided()) {
+        return fmt::format("The last apply {}: these settings may still be reverted.",
+                           sheet.outcome->confirmation == Confirmation::expired ? "was not confirmed in time"
+                                                                                : "is not confirmed yet");
+    }
+    return sheet.outcome && sheet.outcome->confirmation == Confirmation::partly_reverted
+               ? fmt::format("The last apply was {}.", text_of(*sheet.outcome))
+               : "";
 }
 
 std::string counts_of(const Sheet& sheet)
@@ -98,7 +120,7 @@ constexpr const char* meaning =
 vor::Cells cells_of(const SheetLine& line)
 {
     const vor::Color color = line.open ? vor::Color::yellow : vor::Color::plain;
-    return {{" "}, {line.verdict, color}, {line.name}, {line.when + (line.values.empty() ? "" : ", ") + line.values}};
+    return {{" "}, {line.state, color}, {line.name}, {line.when + (line.values.empty() ? "" : ", ") + line.values}};
 }
 
 std::string text_of(const Sheet& sheet, const vor::Screen& screen)
@@ -110,7 +132,8 @@ std::string text_of(const Sheet& sheet, const vor::Screen& screen)
         }
     }
     std::string text = vor::paragraph(fmt::format("{}: {}", vor::printable(sheet.title), counts_of(sheet)), screen) +
-                       vor::paragraph(meaning, screen) + (sheet.note.empty() ? "" : vor::paragraph(sheet.note, screen));
+                       vor::paragraph(meaning, screen) +
+                       (note_of(sheet).empty() ? "" : vor::paragraph(note_of(sheet), screen));
     for (const SheetSection& section : sheet.sections) {
         text += fmt::format("\n{}: {}\n", section.family->name, rows::about(*section.family));
         for (const SheetLine& line : section.lines) {
@@ -148,40 +171,49 @@ std::string html_of(const Sheet& sheet)
                                    "<meta name=\"viewport\" content=\"width=device-width\">\n<title>{0}</title>\n"
                                    "<style>\n{1}</style>\n</head>\n<body>\n<h1>{0}</h1>\n<p>{2}<br>{3}{4}</p>\n",
                                    html(sheet.title), style_texts[0].text, html(counts_of(sheet)), meaning,
-                                   sheet.note.empty() ? "" : fmt::format("<br><b>{}</b>", sheet.note));
+                                   note_of(sheet).empty() ? "" : fmt::format("<br><b>{}</b>", html(note_of(sheet))));
     for (const SheetSection& section : sheet.sections) {
         // the family's name within the head, which each page repeats
         text += fmt::format("<table>\n<colgroup><col><col><col><col></colgroup>\n<thead>\n"
                             "<tr><th colspan=\"4\"><h2>{} <span>{}</span></h2></th></tr>\n"
-                            "<tr><th>Call and object</th><th>Value</th><th>Verdict</th><th>When</th></tr>\n"
+                            "<tr><th>Call and object</th><th>Value</th><th>State</th><th>When</th></tr>\n"
                             "</thead>\n<tbody>\n",
                             section.family->name, html(rows::about(*section.family)));
         for (const SheetLine& line : section.lines) {
             text += fmt::format("<tr{}><td>{}</td><td>{}</td><td>{}</td><td>{}</td></tr>\n",
                                 line.open ? " class=\"open\"" : "", html(line.name), html(line.values),
-                                html(line.verdict), html(line.when));
+                                html(line.state), html(line.when));
         }
         text += "</tbody>\n</table>\n";
     }
     return text + "<footer><div>Handed over by, date</div><div>Received by, date</div></footer>\n</body>\n</html>\n";
 }
 
-std::string json_of(const Sheet& sheet)
+std::string json_of(const Sheet& sheet, const Journal& journal, int exit)
 {
     Json lines = Json::array();
     for (const SheetSection& section : sheet.sections) {
         for (const SheetLine& line : section.lines) {
-            lines.push_back({{"family", section.family->name},
-                             {"name", line.name},
-                             {"values", line.values},
-                             {"verdict", line.sent ? "sent, no verdict comes" : line.verdict},
-                             {"when", line.when}});
+            const CallBegun& begun = line.entry->begun;
+            Json json{{"call", begun.key.row->full_name()},
+                      {"arguments", values_json(begun.key)},
+                      {"state", line.state},
+                      {"at", line.entry->ended.number != 0 ? line.entry->ended.at : begun.at}};
+            json.add("secret", begun.key.secret);
+            lines.push_back(std::move(json));
         }
     }
-    const Json json{{"schema", output::schema}, {"type", "report"},      {"title", sheet.title},
-                    {"settled", sheet.settled}, {"unknown", sheet.open}, {"pending", !sheet.note.empty()},
-                    {"lines", std::move(lines)}};
-    return vor::dump(json) + '\n';
+    Json json = output::record("report");
+    json["journal"] = journal.path();
+    json.add("gateway", journal.ledger().gateway());
+    json["settled"] = sheet.settled;
+    json["unknown"] = sheet.open;
+    if (sheet.outcome) {
+        json["confirmation"] = json_of(*sheet.outcome);
+    }
+    json["lines"] = std::move(lines);
+    json["exit"] = exit;
+    return output::line_of(json);
 }
 
 } // namespace
@@ -194,17 +226,18 @@ int run_report(const std::string& path, const input::Options& options)
     if (!std::filesystem::exists(path)) {
         throw input::InputError{fmt::format("{}: no such journal", path), input::exit_journal};
     }
-    const Journal journal = Journal::read(path);
-    if (journal.history().pending()) {
-        output::print_error(pending_error(journal), false);
-    }
+    const Journal journal = Journal::read(this_machine(), path);
     const Sheet sheet = sheet_of(journal);
+    const int exit = sheet.is_undecided() ? input::exit_due : input::exit_ok;
     if (options.json) {
-        vor::print(stdout, json_of(sheet));
-    } else {
-        vor::print(stdout, options.html ? html_of(sheet) : text_of(sheet, output::screen_of(options)));
+        vor::print(stdout, json_of(sheet, journal, exit));
+        return exit;
     }
-    return input::exit_ok;
+    if (sheet.is_undecided()) {
+        print(*sheet.outcome, false, stderr);
+    }
+    vor::print(stdout, options.html ? html_of(sheet) : text_of(sheet, output::screen_of(options)));
+    return exit;
 }
 
 } // namespace vorcfg::site

@@ -46,10 +46,24 @@ std::string changes_of(const PlanLine& line)
     return vor::joined(changes, ", ");
 }
 
-std::string open_text(const Entry& open)
+// The verdict without its state: "by gsmmgr: status 7"
+std::string_view reason_of(const Entry& entry)
 {
-    const std::string verdict = open.ended.verdict.empty() ? "no verdict" : open.ended.verdict;
-    return fmt::format("begun {}, {}", minute_of(open.begun.at), verdict);
+    std::string_view verdict = entry.ended.verdict;
+    for (const std::string_view lead : {call::name_of(entry.state()), std::string_view(": "), std::string_view(" ")}) {
+        verdict.remove_prefix(verdict.starts_with(lead) ? lead.size() : 0);
+    }
+    return verdict.empty() ? "no verdict" : verdict;
+}
+
+std::string open_text(const PlanLine& line)
+{
+    const Entry& open = *line.open;
+    const std::string other = open.begun.key == line.key ? "" : fmt::format("{} ", call::name_of(open.begun.key));
+    const bool has_ended = open.state() != call::State::unknown; // and is being reverted, without a record of that
+    return fmt::format("{}begun {}, {}{}", other, minute_of(open.begun.at),
+                       has_ended ? "may be reverted already" : reason_of(open),
+                       line.place.line == 0 ? "; no longer in the file" : "");
 }
 
 std::string again_text(const PlanLine& line)
@@ -57,7 +71,34 @@ std::string again_text(const PlanLine& line)
     if (line.follows != 0) {
         return fmt::format("follows line {}", line.follows);
     }
-    return line.precedes != 0 ? fmt::format("precedes line {}", line.precedes) : "its secret is sent again";
+    if (line.precedes != 0) {
+        return fmt::format("precedes line {}", line.precedes);
+    }
+    return line.key.secret ? "its secret is sent again" : "as requested";
+}
+
+// "refused by gsmmgr: status 7, 2026-05-12 10:04 UTC"
+std::string failure_text(const Entry& failed)
+{
+    return fmt::format("{}, {}", failed.ended.verdict, minute_of(failed.ended.at));
+}
+
+bool is_failed(const PlanLine& line)
+{
+    return line.state == LineState::refused || line.state == LineState::not_delivered;
+}
+
+// Of another call that changes the same setting, or of this one with other values.
+std::string values_text(const PlanLine& line)
+{
+    if (line.before == nullptr || line.before->begun.key == line.key) {
+        return values_of(line.key, line.hexadecimal);
+    }
+    if (line.before->begun.key.row == line.key.row) {
+        return changes_of(line);
+    }
+    const std::string values = values_of(line.key, line.hexadecimal);
+    return fmt::format("{}{}after {}", values, values.empty() ? "" : ", ", call::name_of(line.before->begun.key));
 }
 
 std::string state_text(const PlanLine& line)
@@ -66,11 +107,13 @@ std::string state_text(const PlanLine& line)
     case LineState::fresh:
         return values_of(line.key, line.hexadecimal);
     case LineState::changed:
-        return changes_of(line);
+    case LineState::refused:
+    case LineState::not_delivered:
+        return values_text(line);
     case LineState::again:
         return again_text(line);
     case LineState::unknown:
-        return open_text(*line.open);
+        return open_text(line);
     case LineState::removed:
         return "the gateway keeps it";
     default:
@@ -78,20 +121,15 @@ std::string state_text(const PlanLine& line)
     }
 }
 
-std::string failure_text(const Entry& failed)
-{
-    return fmt::format("{} on {}", failed.ended.verdict, minute_of(failed.ended.at));
-}
-
 // What there is to say of a line besides its state.
 std::string detail_of(const PlanLine& line)
 {
     std::vector<std::string> parts;
-    if (std::string text = state_text(line); !text.empty()) {
-        parts.push_back(std::move(text));
-    }
     if (line.failed != nullptr) {
         parts.push_back(failure_text(*line.failed));
+    }
+    if (std::string text = state_text(line); !text.empty()) {
+        parts.push_back(std::move(text));
     }
     if (line.key.secret && (line.state == LineState::changed || line.state == LineState::unknown)) {
         parts.emplace_back("secret not compared");
@@ -99,22 +137,15 @@ std::string detail_of(const PlanLine& line)
     return vor::joined(parts, "; ");
 }
 
-const LineStateName& name_of(LineState state)
-{
-    return states[static_cast<std::size_t>(state)];
-}
-
 // A mark stands for the state; of new and changed lines the values say the rest.
 vor::Cells cells_of(const PlanLine& line)
 {
-    const bool values = line.state == LineState::fresh || line.state == LineState::changed;
     const std::string detail = detail_of(line);
-    const std::string state = values && !detail.empty() ? "" : std::string(name_of(line.state).total);
-    const bool stands_out =
-        line.failed != nullptr || line.state == LineState::unknown || line.state == LineState::changed;
-    return {{line.line != 0 ? fmt::format("{:>5}", line.line) : "     "},
-            {fmt::format("{} {}", line.failed != nullptr ? '!' : name_of(line.state).mark,
-                         call::name_of(line.key, line.hexadecimal)),
+    const bool says_all = line.state == LineState::fresh || line.state == LineState::changed || is_failed(line);
+    const std::string state = says_all && !detail.empty() ? "" : std::string(name_of(line.state).total);
+    const bool stands_out = is_failed(line) || line.state == LineState::unknown || line.state == LineState::changed;
+    return {{line.place.line != 0 ? fmt::format("{:>5}", line.place.line) : "     "},
+            {fmt::format("{} {}", name_of(line.state).mark, call::name_of(line.key, line.hexadecimal)),
              stands_out ? vor::Color::yellow : vor::Color::plain},
             {state + (state.empty() || detail.empty() ? "" : ", ") + detail}};
 }
@@ -127,62 +158,99 @@ std::string not_compared_text(const PlanTally& tally)
                : "";
 }
 
-std::string json_of(const PlanLine& line, const std::string& file)
+// The name as a name of a field.
+std::string field_of(std::string_view name)
 {
-    Json json = output::record("plan_line", {file});
-    json.add("line", line.line);
+    std::string field(name);
+    std::ranges::replace(field, ' ', '_');
+    return field;
+}
+
+Json json_of(const Entry& entry)
+{
+    Json json{{"call", entry.begun.key.row->full_name()},
+              {"arguments", values_json(entry.begun.key)},
+              {"state", call::name_of(entry.state())},
+              {"at", entry.ended.number != 0 ? entry.ended.at : entry.begun.at}};
+    json.add("verdict", entry.ended.verdict);
+    json.add("status", entry.ended.status);
+    return json;
+}
+
+std::string json_of(const PlanLine& line, const Shown& to)
+{
+    Json json = output::record("plan_line", {to.file, line.place.line, line.place.column});
     json["call"] = line.key.row->full_name();
     json["arguments"] = values_json(line.key);
     if (line.key.secret) {
         json["secret"] = "not compared";
     }
     json["state"] = name_of(line.state).name;
+    json["in_file"] = line.place.line != 0;
     json["due"] = line.due;
-    if (line.before != nullptr) {
-        json["was"] = {{"arguments", values_json(line.before->begun.key)},
-                       {"outcome", line.before->ended.outcome},
-                       {"at", line.before->ended.at}};
+    for (const auto& [name, entry] :
+         {std::pair{"standing", line.before}, {"open", line.open}, {"failed", line.failed}}) {
+        if (entry != nullptr) {
+            json[name] = json_of(*entry);
+        }
     }
-    if (line.open != nullptr) {
-        json["begun"] = {{"arguments", values_json(line.open->begun.key)}, {"at", line.open->begun.at}};
-    }
-    return vor::dump(json) + '\n';
+    json.add("follows", line.follows);
+    json.add("precedes", line.precedes);
+    return output::line_of(json);
 }
 
-std::string json_of(const Plan& plan, const Shown& to)
+// "journal" and the gateway, of a file
+Json summary_record(std::string_view type, const Shown& to)
 {
-    const PlanTally tally = plan.tally();
-    Json json = output::record("plan", {to.file});
+    Json json = output::record(type, {to.file});
     json["journal"] = to.journal;
-    json["due"] = tally.due;
-    for (const LineStateName& each : states) {
-        json[each.name] = tally[each.state];
-    }
-    json["secrets_not_compared"] = tally.not_compared;
-    json["left_to_batch"] = plan.asking;
-    json["exit"] = tally.due != 0 ? input::exit_due : input::exit_ok;
-    return vor::dump(json) + '\n';
+    json.add("gateway", to.gateway);
+    return json;
 }
 
-std::string json_of(const Plan& plan, const call::Tally& calls, std::size_t left, const Shown& to)
+std::string json_of(const Plan& plan, int exit, const Shown& to)
 {
     const PlanTally tally = plan.tally();
-    const Json json{{"schema", output::schema},
-                    {"type", "apply"},
-                    {"file", to.file},
-                    {"journal", to.journal},
-                    {"accepted", calls.successes(call::Outcome::accepted)},
-                    {"sent", calls.successes(call::Outcome::sent)},
-                    {"unread", calls.successes(call::Outcome::unread)},
-                    {"unknown", calls.failures(call::Outcome::unknown)},
-                    {"refused", calls.failures(call::Outcome::refused)},
-                    {"failed_lines", Json::array(calls.failed_lines())},
-                    {"not_made", left},
-                    {"left_unknown", tally.left_unknown},
-                    {"before", tally[LineState::accepted] + tally[LineState::sent]},
-                    {"secrets_not_compared", tally.not_compared},
-                    {"exit", calls.worst}};
-    return vor::dump(json) + '\n';
+    Json json = summary_record("plan", to);
+    json["lines"] = plan.lines.size();
+    for (std::size_t i = 0; i < tally.lines.size(); i++) {
+        if (static_cast<LineState>(i) != LineState::removed) {
+            json[field_of(line_states[i].name)] = tally.lines[i];
+        }
+    }
+    json["due"] = tally.due;
+    json["left_unknown"] = tally.left_unknown;
+    json["secrets_not_compared"] = tally.not_compared;
+    json["removed"] = tally.removed;
+    json["removed_unknown"] = tally.removed_unknown;
+    json["left_to_batch"] = plan.asking;
+    json["exit"] = exit;
+    return output::line_of(json);
+}
+
+constexpr call::State all_states[] = {call::State::accepted, call::State::sent,          call::State::unread,
+                                      call::State::refused,  call::State::not_delivered, call::State::unknown};
+
+std::size_t calls_in(const Applied& applied, call::State state)
+{
+    const auto found = applied.calls.find(state);
+    return found != applied.calls.end() ? found->second : 0;
+}
+
+std::string json_of(const Applied& applied, const Shown& to)
+{
+    Json json = summary_record("apply", to);
+    for (const call::State state : all_states) {
+        json[field_of(call::name_of(state))] = calls_in(applied, state);
+    }
+    json["not_made"] = applied.left;
+    json["failed_lines"] = Json::array(applied.failed);
+    json["up_to_date"] = applied.before.up_to_date();
+    json["left_unknown"] = applied.before.left_unknown;
+    json["secrets_not_compared"] = applied.before.not_compared;
+    json["due"] = applied.after.due;
+    json["exit"] = applied.exit;
+    return output::line_of(json);
 }
 
 } // namespace
@@ -204,11 +272,11 @@ std::string values_of(const call::CallKey& key, const std::vector<bool>& hexadec
     return text;
 }
 
-std::string heading_of(const History& history, const Shown& to)
+std::string heading_of(const Ledger& ledger, const Shown& to)
 {
-    const std::string gateway = history.gateway().empty() ? "" : vor::printable(history.gateway()) + ": ";
+    const std::string gateway = ledger.gateway().empty() ? "" : vor::printable(ledger.gateway()) + ": ";
     const std::string journal = to.journal == to.file + ".journal" ? "its journal" : vor::printable(to.journal);
-    const auto& entries = history.entries();
+    const auto& entries = ledger.entries();
     return vor::paragraph(
         fmt::format("{}{} against {}, {}", gateway, vor::printable(to.file), journal,
                     entries.empty() ? "nothing applied yet" : "last applied " + minute_of(entries.back().begun.at)),
@@ -218,14 +286,15 @@ std::string heading_of(const History& history, const Shown& to)
 std::string line_of(const PlanLine& line, const Shown& to)
 {
     if (to.json) {
-        return json_of(line, to.file);
+        return json_of(line, to);
     }
-    const std::string place =
-        line.line != 0 ? fmt::format("{}:{}", vor::printable(to.file), line.line) : vor::printable(to.journal);
+    const std::string place = line.place.line != 0 ? fmt::format("{}:{}", vor::printable(to.file), line.place.line)
+                                                   : vor::printable(to.journal);
     const std::string detail = detail_of(line);
+    const std::string_view state =
+        line.state == LineState::removed ? name_of(line.state).total : name_of(line.state).name;
     return fmt::format("{}: {}: {}{}{}\n", place, call::name_of(line.key, line.hexadecimal),
-                       line.state == LineState::removed ? name_of(line.state).total : name_of(line.state).name,
-                       detail.empty() ? "" : ": ", detail);
+                       is_failed(line) ? "" : state, is_failed(line) || detail.empty() ? "" : ": ", detail);
 }
 
 std::string lines_of(const Plan& plan, const Shown& to)
@@ -254,7 +323,7 @@ std::string notes_of(const Plan& plan, const Shown& to)
         std::vector<std::size_t> lines;
         for (const PlanLine& line : plan.lines) {
             if (applies(line)) {
-                lines.push_back(line.line);
+                lines.push_back(line.place.line);
             }
         }
         if (!lines.empty()) {
@@ -264,7 +333,7 @@ std::string notes_of(const Plan& plan, const Shown& to)
     add([](const PlanLine& line) { return line.due && line.key.row->has(rows::cuts_link); },
         " may drop your connection");
     if (to.may_revert) {
-        add([](const PlanLine& line) { return line.due && !line.can_be_reverted(); }, " cannot be reverted");
+        add([](const PlanLine& line) { return line.due && !line.can_be_reverted; }, " cannot be reverted");
     }
     if (to.in_rows()) {
         add([](const PlanLine& line) { return line.due && line.state == LineState::unknown; },
@@ -279,16 +348,15 @@ std::string notes_of(const Plan& plan, const Shown& to)
                           to.in_rows() ? "  " : fmt::format("{}: ", vor::printable(to.file)));
 }
 
-std::string summary_of(const Plan& plan, const Shown& to)
+std::string summary_of(const Plan& plan, int exit, const Shown& to)
 {
     if (to.json) {
-        return json_of(plan, to);
+        return json_of(plan, exit, to);
     }
     output::Counts due;
     for (const PlanLine& line : plan.lines) {
         if (line.due) {
-            due.add(line.failed != nullptr ? line.failed->ended.outcome + " before"
-                                           : std::string(name_of(line.state).total));
+            due.add(name_of(line.state).total);
         }
     }
     const PlanTally tally = plan.tally();
@@ -296,7 +364,9 @@ std::string summary_of(const Plan& plan, const Shown& to)
     others.add("to make" + (tally.due != 0 ? fmt::format(" ({})", due.text()) : ""), tally.due);
     others.add("left unknown", tally.left_unknown);
     others.add("left to batch", plan.asking);
-    others.add(name_of(LineState::removed).total, tally[LineState::removed]);
+    others.add(std::string(name_of(LineState::removed).total) +
+                   (tally.removed_unknown != 0 ? fmt::format(" ({} unknown)", tally.removed_unknown) : ""),
+               tally.removed);
     others.add(name_of(LineState::accepted).total, tally.up_to_date());
     const std::string nothing = tally.due == 0 ? fmt::format("{}, ", output::Counts().text()) : "";
     return vor::paragraph(fmt::format("{}: {}{}{}", to.in_rows() ? "Plan" : vor::printable(to.file), nothing,
@@ -304,25 +374,27 @@ std::string summary_of(const Plan& plan, const Shown& to)
                           to.screen);
 }
 
-std::string applied_text(const Plan& plan, const call::Tally& calls, std::size_t left, const input::Options& options,
-                         const Shown& to)
+std::string text_of(const Applied& applied, const Shown& to)
 {
     if (to.json) {
-        return json_of(plan, calls, left, to);
+        return json_of(applied, to);
     }
-    const PlanTally tally = plan.tally();
-    const bool stopped = left != 0 || (!options.keep_going && !calls.failed.empty());
-    output::Counts counts = output::counts_of(calls, left);
-    counts.add("left unknown", tally.left_unknown);
+    output::Counts counts;
+    for (const call::State state : all_states) {
+        counts.add(call::name_of(state), calls_in(applied, state));
+    }
+    counts.add("not made", applied.left);
+    counts.add("left unknown", applied.before.left_unknown);
     std::string text;
     if (to.in_rows()) { // below the plan, which has the others
-        text = counts.text() + (stopped && !options.confirm ? ". Run apply again to go on." : "");
+        text = counts.text() + (applied.continues ? ". Run apply again to go on." : "");
     } else {
-        counts.add(name_of(LineState::accepted).total, tally.up_to_date());
-        text = counts.text() + not_compared_text(tally);
+        counts.add(name_of(LineState::accepted).total, applied.before.up_to_date());
+        text = counts.text() + not_compared_text(applied.before);
     }
     return vor::paragraph(
-        fmt::format("{}: {}", output::end_of_run(to.file, "Applied", stopped, calls, to.screen), text), to.screen);
+        fmt::format("{}: {}", output::end_of_run(to.file, "Applied", applied.stopped, applied.failed, to.screen), text),
+        to.screen);
 }
 
 void print_warnings(const Plan& plan, const Shown& to)
@@ -332,7 +404,8 @@ void print_warnings(const Plan& plan, const Shown& to)
         const std::string name = call::name_of(line.key, line.hexadecimal);
         if (line.differs_from != 0 && said.insert(name).second) {
             output::print_warning(fmt::format("{}: line {} sets it differently", name, line.differs_from),
-                                  {to.file, line.line}, to.json, line.differs_from);
+                                  {to.file, line.place.line, to.json ? line.place.column : 0}, to.json,
+                                  line.differs_from);
         }
     }
 }

@@ -1,17 +1,19 @@
 // show.hpp: a plan, and what became of it, as text and as JSON.
 #pragma once
 
+#include <map>
 #include <string>
 
 #include "call/runner.hpp"
-#include "site/diff.hpp"
+#include "site/plan.hpp"
 #include "text/table.hpp"
 
 namespace vorcfg::site {
 
 struct Shown {
-    const std::string& file;
-    const std::string& journal;
+    std::string file;
+    std::string journal;
+    std::string gateway;
     bool json;
     vor::Screen screen{};
     bool may_revert = true; // says which calls cannot be reverted
@@ -21,16 +23,27 @@ struct Shown {
 };
 
 // "tower-17: tower.conf against its journal, last applied 2026-05-12 10:04 UTC"
-std::string heading_of(const History& history, const Shown& shown);
+std::string heading_of(const Ledger& ledger, const Shown& shown);
 std::string line_of(const PlanLine& line, const Shown& shown);
 // The lines that are not up to date, or as JSON all of them.
 std::string lines_of(const Plan& plan, const Shown& shown);
 // What to know before the calls are made; not in JSON.
 std::string notes_of(const Plan& plan, const Shown& shown);
-std::string summary_of(const Plan& plan, const Shown& shown);
+std::string summary_of(const Plan& plan, int exit, const Shown& shown);
+
 // What became of the calls that were due.
-std::string applied_text(const Plan& plan, const call::Tally& calls, std::size_t left, const input::Options& options,
-                         const Shown& shown);
+struct Applied {
+    std::map<call::State, std::size_t> calls; // by what is known of them now
+    std::vector<std::size_t> failed;          // lines
+    std::size_t left = 0;                     // not made
+    bool stopped = false;                     // before the end
+    bool continues = false;                   // where apply is run again
+    PlanTally before;
+    PlanTally after;
+    int exit = 0;
+};
+
+std::string text_of(const Applied& applied, const Shown& shown);
 // About lines of a file that set the same thing differently.
 void print_warnings(const Plan& plan, const Shown& shown);
 // "ip_address 192.168.1.10, subnet_mask 255.255.255.0", without the arguments that name the object

@@ -1,0 +1,256 @@
+#include "site/confirm.hpp"
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/inotify.h>
+#include <sys/signalfd.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <fmt/core.h>
+
+#include "input/terminal.hpp"
+#include "site/commands.hpp"
+#include "site/revert.hpp"
+#include "text/text.hpp"
+
+namespace vorcfg::site {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+// Twice as long each time, up to a minute.
+class Delay {
+public:
+    milliseconds next()
+    {
+        constexpr milliseconds longest = std::chrono::minutes(1);
+        const milliseconds now = delay_;
+        delay_ = std::min(2 * delay_, longest);
+        return now;
+    }
+
+private:
+    milliseconds delay_ = std::chrono::seconds(1);
+};
+
+} // namespace
+
+void wait_and_revert(const Machine& machine, const std::string& path, const input::Options& options, const Wait& wait,
+                     call::Caller* caller)
+{
+    Delay delay;
+    bool terminated = false;
+    const auto rest = [&](milliseconds longest) { terminated = wait(longest) == Woken::terminated || terminated; };
+    while (true) {
+        try {
+            const Journal seen = Journal::read(machine, path);
+            if (!seen.ledger().is_undecided()) {
+                return;
+            }
+            if (const milliseconds left = seen.ledger().time_left(seen.now()); left.count() > 0 && !terminated) {
+                rest(left);
+                continue;
+            }
+            Journal journal = Journal::open(machine, path);
+            const bool is_done =
+                !journal.ledger().is_undecided() || revert(journal, options, call::Signals::none, {}, caller);
+            while (!journal.write_kept() && !terminated) { // it stays locked: nobody else knows of these
+                rest(delay.next());
+            }
+            if (is_done || terminated) {
+                return;
+            }
+        } catch (const input::InputError&) { // in use, above all
+            constexpr milliseconds while_it_is_in_use(100);
+            rest(while_it_is_in_use);
+            continue;
+        }
+        rest(delay.next());
+    }
+}
+
+namespace {
+
+sigset_t termination()
+{
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGTERM);
+    return set;
+}
+
+// The detached process: no terminal, no hang-up.
+[[noreturn]] void wait_detached(const Machine& machine, const std::string& path, const input::Options& options,
+                                int ready)
+{
+    setsid();
+    std::signal(SIGHUP, SIG_IGN);
+    const sigset_t set = termination();
+    sigprocmask(SIG_BLOCK, &set, nullptr);
+    const int terminates = signalfd(-1, &set, SFD_CLOEXEC);
+    const int held = open(path.c_str(), O_RDWR | O_CLOEXEC);
+    const bool locked = hold_waiting(held); // the one before may still be ending
+    const int changes = inotify_init1(IN_CLOEXEC);
+    inotify_add_watch(changes, path.c_str(), IN_CLOSE_WRITE);
+    const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        dup2(nowhere, descriptor);
+    }
+    (void)!write(ready, locked ? "y" : "n", 1);
+    wait_and_revert(machine, path, options, [&](milliseconds longest) {
+        pollfd waits[] = {{changes, POLLIN, 0}, {terminates, POLLIN, 0}};
+        constexpr milliseconds at_once = std::chrono::hours(24);
+        poll(waits, std::size(waits), static_cast<int>(std::min(longest, at_once).count()));
+        std::array<char, 4096> events{};
+        if (waits[0].revents != 0) {
+            (void)!read(changes, events.data(), events.size());
+        }
+        if (waits[1].revents != 0) {
+            (void)!read(terminates, events.data(), sizeof(signalfd_siginfo));
+            return Woken::terminated;
+        }
+        return waits[0].revents != 0 ? Woken::change : Woken::time;
+    });
+    std::_Exit(input::exit_ok);
+}
+
+} // namespace
+
+// Returns once it holds its lock.
+Waiter::Waiter(Journal& journal, const input::Options& options)
+{
+    const input::InputError failure{.text = "cannot start the process that waits for confirmation; nothing was sent",
+                                    .exit = input::exit_journal};
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+        throw input::InputError(failure);
+    }
+    std::fflush(nullptr);
+    process_ = fork();
+    if (process_ == 0) {
+        close(ends[0]);
+        journal.close();
+        wait_detached(journal.machine(), journal.path(), options, ends[1]);
+    }
+    close(ends[1]);
+    end_ = ends[0];
+    char ready = 'n';
+    if (process_ < 0 || read(end_, &ready, 1) != 1 || ready != 'y') {
+        close(end_);
+        throw input::InputError(failure);
+    }
+}
+
+Waiter::~Waiter()
+{
+    close(end_);
+}
+
+void Waiter::revert_now() const
+{
+    kill(process_, SIGTERM);
+}
+
+Journal undecided_journal(const Machine& machine, const std::string& path, const char* what)
+{
+    Journal journal = Journal::open(machine, path);
+    if (!journal.ledger().is_undecided()) {
+        throw input::InputError{fmt::format("{}: no apply is waiting to be {}", path, what), input::exit_journal};
+    }
+    return journal;
+}
+
+namespace {
+
+enum class Left { enter, interrupted, terminated, alone };
+
+// Counts down until an empty line, Ctrl-C or termination, or until the other process has ended or this one has no
+// terminal any more.
+Left count_down(const Machine& machine, const Waiter& waiter, const ApplyPending& pending)
+{
+    const sigset_t set = termination();
+    sigset_t before;
+    sigprocmask(SIG_BLOCK, &set, &before);
+    const int terminates = signalfd(-1, &set, SFD_CLOEXEC);
+    input::Waiting for_enter;
+    bool empty = true;
+    vor::Progress countdown("");
+    while (true) {
+        const auto left = std::chrono::ceil<std::chrono::seconds>(pending.deadline - machine.clock.now().since_boot);
+        countdown.show_text(left.count() > 0 ? fmt::format("Reverting in {} s unless confirmed ", left.count())
+                                             : "Reverting ... ");
+        pollfd waits[] = {{STDIN_FILENO, POLLIN, 0}, {waiter.end(), POLLIN, 0}, {terminates, POLLIN, 0}};
+        constexpr timespec second{1, 0};
+        if (!for_enter.wait(waits, &second)) {
+            return Left::interrupted;
+        }
+        if (waits[2].revents != 0) {
+            return Left::terminated;
+        }
+        if (waits[1].revents != 0 || (waits[0].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0) {
+            return Left::alone;
+        }
+        if (waits[0].revents == 0) {
+            continue;
+        }
+        char byte;
+        if (read(STDIN_FILENO, &byte, 1) != 1) {
+            return Left::alone;
+        }
+        if (byte == '\n' && empty) {
+            return Left::enter;
+        }
+        if (byte == '\n') {
+            countdown.clear();
+            vor::print_line(stderr, "Press Enter alone to confirm");
+        }
+        empty = byte == '\n';
+    }
+}
+
+} // namespace
+
+int wait_at_terminal(const Machine& machine, const std::string& path, const Waiter& waiter,
+                     const input::Options& options)
+{
+    tcflush(STDIN_FILENO, TCIFLUSH); // input typed before is not a confirmation
+    const Left left = count_down(machine, waiter, *Journal::read(machine, path).ledger().pending());
+    if (left == Left::enter) {
+        return run_confirm(path, options);
+    }
+    if (left == Left::terminated) {
+        waiter.revert_now();
+        pollfd end{waiter.end(), POLLIN, 0};
+        poll(&end, 1, -1);
+    }
+    const Journal journal = Journal::read(machine, path);
+    const auto now = confirmed_apply_of(journal);
+    if (!now) { // and something else has been applied
+        return input::exit_ended;
+    }
+    const bool is_decided = now->confirmation != Confirmation::waiting && now->confirmation != Confirmation::expired;
+    if (is_decided && now->confirmation != Confirmation::confirmed) {
+        print_lines(*now, options.json);
+    }
+    print(*now, options.json, is_decided ? stdout : stderr);
+    return is_decided ? now->exit() : input::exit_ended;
+}
+
+int run_confirm(const std::string& path, const input::Options& options)
+{
+    const Machine machine = this_machine();
+    Journal journal = undecided_journal(machine, path, "confirmed");
+    journal.append(ApplyDecided{.confirmed = true, .at = machine.clock.stamp()});
+    const ConfirmedApply outcome = *confirmed_apply_of(journal);
+    print(outcome, options.json, stdout);
+    return outcome.exit();
+}
+
+} // namespace vorcfg::site

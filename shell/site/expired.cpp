@@ -1,0 +1,163 @@
+// Reverting by hand, and what nobody reverted in time: the machine was off, or the process that waited was killed.
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <grp.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fmt/core.h>
+
+#include "site/commands.hpp"
+#include "site/confirm.hpp"
+#include "site/revert.hpp"
+#include "text/text.hpp"
+
+namespace vorcfg::site {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+bool is_journal(const fs::path& path)
+{
+    std::string line;
+    return path.extension() == ".journal" && fs::is_regular_file(fs::symlink_status(path)) &&
+           std::getline(std::ifstream(path), line) && line.starts_with(R"({"vorcfg_journal":)");
+}
+
+std::vector<std::string> journals_in(const std::vector<std::string>& paths)
+{
+    std::vector<std::string> journals;
+    for (const std::string& path : paths) {
+        std::error_code error;
+        if (!fs::exists(path, error)) {
+            throw input::InputError{fmt::format("{}: no such journal or folder", path), input::exit_journal};
+        }
+        if (!fs::is_directory(path, error)) {
+            journals.push_back(path);
+            continue;
+        }
+        for (const auto& entry : fs::directory_iterator(path, error)) {
+            if (is_journal(entry.path())) {
+                journals.push_back(entry.path().string());
+            }
+        }
+        if (error) {
+            throw input::InputError{fmt::format("{}: {}", path, error.message()), input::exit_no_input};
+        }
+    }
+    std::ranges::sort(journals);
+    return journals;
+}
+
+int exit_of_revert(const ConfirmedApply& outcome)
+{
+    return outcome.confirmation == Confirmation::reverted ? input::exit_ok : input::exit_partly_reverted;
+}
+
+constexpr int still_expired = input::exit_due;
+
+// One journal, once.
+int revert_if_expired(const std::string& path, const input::Options& options)
+try {
+    const Machine machine = this_machine();
+    const Journal seen = Journal::read(machine, path);
+    if (seen.ledger().confirmation(seen.now()) != Confirmation::expired || has_waiter(path)) {
+        return input::exit_ok;
+    }
+    Journal journal = Journal::open(machine, path);
+    if (journal.ledger().confirmation(journal.now()) != Confirmation::expired) {
+        return input::exit_ok;
+    }
+    if (!revert(journal, options, call::Signals::all)) {
+        return still_expired;
+    }
+    require_recorded(journal);
+    const ConfirmedApply outcome = *confirmed_apply_of(journal);
+    print_lines(outcome, options.json);
+    print(outcome, options.json, stdout);
+    return exit_of_revert(outcome);
+} catch (const input::InputError& error) {
+    return output::print_error(error, options.json);
+}
+
+void become(uid_t user)
+{
+    const passwd* const entry = getpwuid(user);
+    if (entry == nullptr || initgroups(entry->pw_name, entry->pw_gid) != 0 || setgid(entry->pw_gid) != 0 ||
+        setuid(user) != 0) {
+        throw input::InputError{fmt::format("cannot become user {}", user), input::exit_unusable};
+    }
+}
+
+// Root reads and writes nothing that belongs to others.
+int revert_as_owner(const std::string& path, const input::Options& options)
+{
+    struct stat status {};
+    if (geteuid() != 0 || lstat(path.c_str(), &status) != 0 || status.st_uid == 0) {
+        return revert_if_expired(path, options);
+    }
+    std::fflush(nullptr);
+    const pid_t child = fork();
+    if (child == 0) {
+        int exit = input::exit_unusable;
+        try {
+            become(status.st_uid);
+            exit = revert_if_expired(path, options);
+        } catch (const input::InputError& error) {
+            output::print_error({.text = fmt::format("{}: {}", path, error.text), .exit = error.exit}, options.json);
+        }
+        std::fflush(nullptr);
+        std::_Exit(exit);
+    }
+    int status_of_child = 0;
+    return child > 0 && waitpid(child, &status_of_child, 0) == child && WIFEXITED(status_of_child)
+               ? WEXITSTATUS(status_of_child)
+               : int(input::exit_unusable);
+}
+
+} // namespace
+
+int run_revert(const std::string& path, const input::Options& options)
+{
+    const Machine machine = this_machine();
+    Journal journal = undecided_journal(machine, path, "reverted");
+    const auto each = [&](const Undo& undo) { print_line(undo, options.json); };
+    for (const Undo& undo : journal.ledger().undos()) {
+        if (!undo.can_still_be_reverted()) {
+            each(undo);
+        }
+    }
+    const bool is_done = revert(journal, options, call::Signals::all, each);
+    require_recorded(journal);
+    const ConfirmedApply outcome = *confirmed_apply_of(journal);
+    print(outcome, options.json, is_done ? stdout : stderr);
+    return exit_of_revert(outcome);
+}
+
+int run_revert_expired(const std::vector<std::string>& paths, const input::Options& options)
+{
+    std::vector<std::string> left = journals_in(paths);
+    int worst = input::exit_ok;
+    for (unsigned delay = 1; !left.empty(); delay = std::min(2 * delay, 60U)) {
+        std::erase_if(left, [&](const std::string& path) {
+            const int exit = revert_as_owner(path, options);
+            worst = exit == still_expired ? worst : std::max(worst, exit);
+            return exit != still_expired;
+        });
+        if (!left.empty()) { // their managers may still be starting
+            output::print_notice(
+                fmt::format("{} not reverted yet, trying again in {} s", vor::joined(left, ", "), delay), {},
+                options.json, stderr);
+            sleep(delay);
+        }
+    }
+    return worst;
+}
+
+} // namespace vorcfg::site

@@ -1,0 +1,229 @@
+#include "site/plan.hpp"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <utility>
+
+namespace vorcfg::site {
+
+std::size_t PlanTally::up_to_date() const
+{
+    return (*this)[LineState::accepted] + (*this)[LineState::sent] + (*this)[LineState::unread] +
+           (*this)[LineState::overtaken];
+}
+
+PlanTally Plan::tally() const
+{
+    PlanTally tally;
+    for (const PlanLine& line : lines) {
+        tally.lines[static_cast<std::size_t>(line.state)]++;
+        tally.due += line.due ? 1 : 0;
+        tally.left_unknown += line.state == LineState::unknown && !line.due ? 1 : 0;
+        tally.not_compared += line.is_not_compared() ? 1 : 0;
+    }
+    tally.removed = removed.size();
+    tally.removed_unknown = static_cast<std::size_t>(std::ranges::count(removed, LineState::unknown, &PlanLine::state));
+    return tally;
+}
+
+bool Plan::is_due(std::size_t line) const
+{
+    const auto at = [](const PlanLine& each) { return each.place.line; };
+    const auto found = std::ranges::lower_bound(lines, line, {}, at);
+    return found != lines.end() && found->place.line == line && found->due;
+}
+
+void Planner::add(const call::PreparedCall& call)
+{
+    if (call::changes_nothing(call)) {
+        asking_++;
+        return;
+    }
+    std::size_t secrets = 0;
+    for (const rows::Value& value : call.values) {
+        secrets = value.secret ? secrets * 31 + std::hash<std::string>()(value.text) : secrets;
+    }
+    call::CallKey key = call::key_of(call);
+    std::vector<call::Setting> settings = call::settings_of(key);
+    lines_.push_back({{.place = call.place, .key = std::move(key), .hexadecimal = call::hexadecimal_of(call)},
+                      std::move(settings),
+                      secrets});
+}
+
+namespace {
+
+LineState settled_state(call::State state)
+{
+    switch (state) {
+    case call::State::sent:
+        return LineState::sent;
+    case call::State::unread:
+        return LineState::unread;
+    default:
+        return LineState::accepted;
+    }
+}
+
+} // namespace
+
+// By what stands, and what may have overwritten that.
+void Planner::judge(Line& line, const Ledger& ledger, Again again) const
+{
+    PlanLine& shown = line.shown;
+    bool has_something = true;
+    for (const call::Setting& setting : line.settings) {
+        const Known& known = ledger.of(setting);
+        shown.open = shown.open == nullptr ? known.open : shown.open;
+        const bool stands = known.standing != nullptr && known.standing->begun.key == shown.key;
+        has_something = has_something && known.standing != nullptr;
+        if (known.standing != nullptr && (shown.before == nullptr || !stands)) {
+            shown.before = known.standing;
+        }
+        for (const Entry* const failed : known.failed) {
+            shown.failed = failed->begun.key == shown.key ? failed : shown.failed;
+        }
+    }
+    if (shown.open != nullptr) {
+        shown.state = LineState::unknown;
+    } else if (!has_something) {
+        shown.state = LineState::fresh;
+    } else if (shown.before->begun.key != shown.key) {
+        shown.state = LineState::changed;
+    } else {
+        shown.state = settled_state(shown.before->state());
+    }
+    shown.can_be_reverted = again != Again::all && can_be_reverted(shown.key, ledger.replaced_by(shown.key));
+}
+
+// What does not stand may have been overwritten by lines after it, as the file has it.
+void Planner::find_overtaken(std::vector<Line>& lines, const Ledger& ledger) const
+{
+    std::map<call::Setting, const Line*> up_to_date;
+    for (std::size_t i = lines.size(); i-- > 0;) {
+        Line& line = lines[i];
+        const auto is_overtaken = [&](const call::Setting& setting) {
+            const Entry* const standing = ledger.of(setting).standing;
+            const auto later = up_to_date.find(setting);
+            const bool stands = standing != nullptr && standing->begun.key == line.shown.key;
+            line.overtaken_by = stands || later == up_to_date.end() ? line.overtaken_by : later->second;
+            return stands || later != up_to_date.end();
+        };
+        if ((line.shown.state == LineState::fresh || line.shown.state == LineState::changed) &&
+            std::ranges::all_of(line.settings, is_overtaken)) {
+            line.shown.state = LineState::overtaken;
+        }
+        for (const call::Setting& setting : line.settings) {
+            if (line.shown.is_up_to_date()) {
+                up_to_date[setting] = &line;
+            }
+        }
+    }
+}
+
+// Acts follow from what is made now, or has been made since they were, of their family and before them in the file.
+bool Planner::find_following(std::vector<Line>& lines, const Ledger& ledger) const
+{
+    struct Latest {
+        std::uint64_t entry = 0;
+        std::size_t line = 0;
+    };
+    std::map<const rows::Family*, Latest> last; // of the lines so far
+    constexpr std::uint64_t now = UINT64_MAX;
+    bool found = false;
+    for (Line& line : lines) {
+        PlanLine& shown = line.shown;
+        std::uint64_t made = 0;
+        for (const call::Setting& setting : line.settings) {
+            const Entry* const standing = ledger.of(setting).standing;
+            const bool counts = standing != nullptr && shown.state != LineState::overtaken;
+            made = std::max(made, counts ? standing->begun.number : 0);
+        }
+        Latest& before = last[shown.key.row->family];
+        if (shown.key.row->has(rows::acts) && before.entry > made && shown.is_up_to_date() &&
+            shown.state != LineState::overtaken) {
+            found = true;
+            shown.state = LineState::again;
+            shown.follows = before.line;
+        }
+        shown.due = selection_.holds(shown) && !shown.is_up_to_date();
+        made = shown.due ? now : made;
+        if (made > before.entry) {
+            before = {made, shown.place.line};
+        }
+    }
+    return found;
+}
+
+void Planner::find_contradictions(std::vector<Line>& lines)
+{
+    std::map<std::pair<const rows::Row*, std::vector<call::Setting>>, const Line*> next;
+    for (std::size_t i = lines.size(); i-- > 0;) {
+        const auto [same, is_last] = next.try_emplace({lines[i].shown.key.row, lines[i].settings}, &lines[i]);
+        const Line& other = *std::exchange(same->second, &lines[i]);
+        if (!is_last && !other.shown.key.row->has(rows::acts) &&
+            (lines[i].shown.key != other.shown.key || lines[i].secrets != other.secrets)) {
+            lines[i].shown.differs_from = other.shown.place.line;
+        }
+    }
+}
+
+void Planner::find_removed(Plan& plan, const Ledger& ledger) const
+{
+    std::set<call::Setting> settings;
+    for (const Line& line : lines_) {
+        settings.insert(line.settings.begin(), line.settings.end());
+    }
+    for (const Entry* const entry : ledger.latest(settings)) {
+        const bool is_open = ledger.is_open(*entry);
+        PlanLine line{.key = entry->begun.key,
+                      .state = is_open ? LineState::unknown : LineState::removed,
+                      .before = is_open ? nullptr : entry,
+                      .open = is_open ? entry : nullptr};
+        if (selection_.holds(line)) {
+            plan.removed.push_back(std::move(line));
+        }
+    }
+}
+
+Plan Planner::against(const Ledger& ledger, Again again) const
+{
+    std::vector<Line> lines = lines_;
+    for (Line& line : lines) {
+        judge(line, ledger, again);
+    }
+    find_overtaken(lines, ledger);
+    find_contradictions(lines);
+    for (Line& line : lines) {
+        PlanLine& shown = line.shown;
+        const bool is_open = shown.state == LineState::fresh || shown.state == LineState::changed;
+        if (is_open && shown.failed != nullptr) {
+            const bool refused = shown.failed->state() == call::State::refused;
+            shown.state = refused ? LineState::refused : LineState::not_delivered;
+        }
+        if ((shown.is_up_to_date() && again == Again::all) || (shown.is_not_compared() && again == Again::secrets)) {
+            shown.state = LineState::again;
+        }
+    }
+    // what undoes an act that is made again goes before it again
+    while (find_following(lines, ledger)) {
+        for (std::size_t i = lines.size(); i-- > 0;) {
+            Line& line = lines[i];
+            if (line.shown.state == LineState::overtaken && line.overtaken_by->shown.state == LineState::again &&
+                line.shown.key.row != line.overtaken_by->shown.key.row) {
+                line.shown.state = LineState::again;
+                line.shown.precedes = line.overtaken_by->shown.place.line;
+            }
+        }
+    }
+    Plan plan{{}, {}, asking_};
+    for (Line& line : lines) {
+        if (selection_.holds(line.shown)) {
+            plan.lines.push_back(std::move(line.shown));
+        }
+    }
+    find_removed(plan, ledger);
+    return plan;
+}
+
+} // namespace vorcfg::site

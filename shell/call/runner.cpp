@@ -60,27 +60,37 @@ const input::Options& with_platform_timeout(const input::Options& options)
 
 } // namespace
 
+WatchedCaller::WatchedCaller(const input::Options& options, Signals ends, Watchdog::GiveUp give_up)
+    : session_({options.dry_run, options.trace, options.json}, options.sap),
+      watchdog_(options.timeout, ends, std::move(give_up))
+{
+}
+
+CallResult WatchedCaller::make(PreparedCall& call)
+{
+    const Watchdog::Call watched(watchdog_);
+    return session_.make(call);
+}
+
 BatchRunner::BatchRunner(const input::Options& options, std::size_t calls, Reporter& reporter, Hooks hooks)
     : options_(with_platform_timeout(options)), reporter_(reporter), hooks_(std::move(hooks)), left_(calls),
-      session_({options.dry_run, options.trace, options.json}, options.sap),
-      watchdog_(options.timeout, hooks_.hang_up_ends, [this](const char* why) { return give_up(why); })
+      own_(hooks_.caller == nullptr
+               ? std::make_unique<WatchedCaller>(options, hooks_.ends, [this](const char* why) { return give_up(why); })
+               : nullptr),
+      caller_(own_ != nullptr ? own_.get() : hooks_.caller)
 {
 }
 
 bool BatchRunner::make(PreparedCall& call)
 {
-    if (watchdog_.ended()) {
+    if (signal() != 0) {
         return false;
     }
     if (hooks_.before) {
         hooks_.before(call);
     }
-    CallResult result;
-    {
-        under_way_ = &call;
-        const Watchdog::Call watched(watchdog_);
-        result = session_.make(call);
-    }
+    under_way_ = &call;
+    const CallResult result = caller_->make(call);
     left_--;
     const bool success = tally_.count(call, result.verdict.outcome, result.seen);
     const bool reported = reporter_.report_call(call, result, left_);
@@ -92,9 +102,9 @@ bool BatchRunner::make(PreparedCall& call)
     }
     if (const auto milliseconds = time_to_wait(*call.row, result)) {
         reporter_.report_wait(*milliseconds);
-        watchdog_.rest(*milliseconds);
+        caller_->rest(*milliseconds);
     }
-    return !watchdog_.ended();
+    return signal() == 0;
 }
 
 // On the watchdog's thread, while this one is in the library: it counts and reports, and nothing else. Nothing that it
@@ -109,14 +119,14 @@ int BatchRunner::give_up(const char* why)
     reporter_.report_call(*under_way_, result, left_);
     const int exit = finish();
     if (hooks_.given_up) {
-        hooks_.given_up();
+        hooks_.given_up(signal());
     }
     return exit;
 }
 
 int BatchRunner::finish()
 {
-    return reporter_.finish(tally_, left_, watchdog_.ended() && left_ != 0);
+    return reporter_.finish(tally_, left_, signal() != 0 && left_ != 0);
 }
 
 } // namespace vorcfg::call

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include "call/session.hpp"
@@ -47,13 +48,37 @@ public:
     virtual int finish(const Tally& tally, std::size_t left, bool interrupted) = 0;
 };
 
+// Makes calls; a test has a gateway of its own.
+class Caller {
+public:
+    virtual ~Caller() = default;
+    virtual CallResult make(PreparedCall& call) = 0;
+    virtual int signal() const = 0; // from outside: no further call may begin
+    virtual void rest(unsigned milliseconds) = 0;
+};
+
+// Over the library; `give_up` reports a call that does not return, and the process ends.
+class WatchedCaller final : public Caller {
+public:
+    WatchedCaller(const input::Options& options, Signals ends, Watchdog::GiveUp give_up);
+
+    CallResult make(PreparedCall& call) override;
+    int signal() const override { return watchdog_.signal(); }
+    void rest(unsigned milliseconds) override { watchdog_.rest(milliseconds); }
+
+private:
+    Session session_;
+    Watchdog watchdog_;
+};
+
 class BatchRunner {
 public:
     struct Hooks {
         std::function<void(const PreparedCall&)> before{};
         std::function<void(const PreparedCall&, const CallResult&)> after{};
-        std::function<void()> given_up{}; // the process ends in the middle of a call
-        bool hang_up_ends = true;
+        std::function<void(int signal)> given_up{}; // the process ends in the middle of a call
+        Signals ends = Signals::all;
+        Caller* caller = nullptr; // else over the library
     };
 
     BatchRunner(const input::Options& options, std::size_t calls, Reporter& reporter, Hooks hooks);
@@ -64,7 +89,7 @@ public:
     int finish();
 
     const Tally& tally() const { return tally_; }
-    bool ended() const { return watchdog_.ended(); } // from outside
+    int signal() const { return caller_->signal(); } // from outside; 0: none came
 
 private:
     int give_up(const char* why);
@@ -75,8 +100,8 @@ private:
     std::size_t left_;
     Tally tally_;
     const PreparedCall* under_way_ = nullptr;
-    Session session_;
-    Watchdog watchdog_;
+    std::unique_ptr<Caller> own_;
+    Caller* const caller_;
 };
 
 } // namespace vorcfg::call

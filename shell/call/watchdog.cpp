@@ -25,11 +25,11 @@ constexpr unsigned platform_first_ms = 300;
 
 } // namespace
 
-Watchdog::Watchdog(std::optional<unsigned> seconds, bool hang_up_ends, GiveUp give_up)
+Watchdog::Watchdog(std::optional<unsigned> seconds, Signals ends, GiveUp give_up)
     : seconds_(seconds), give_up_(std::move(give_up))
 {
     std::signal(SIGPIPE, SIG_IGN);
-    if (!hang_up_ends) {
+    if (ends != Signals::all) {
         std::signal(SIGHUP, SIG_IGN);
     }
     sigset_t set;
@@ -37,7 +37,7 @@ Watchdog::Watchdog(std::optional<unsigned> seconds, bool hang_up_ends, GiveUp gi
     for (const int each : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction action {};
         sigaction(each, nullptr, &action);
-        if (action.sa_handler != SIG_IGN) { // under nohup, say
+        if (action.sa_handler != SIG_IGN && ends != Signals::none) { // under nohup, say
             sigaddset(&set, each);
         }
     }
@@ -93,12 +93,12 @@ void Watchdog::watch()
         if (waits[2].revents != 0) {
             return;
         }
-        const bool again = signalled_;
+        const bool again = ended();
         const bool signal = waits[0].revents != 0;
         if (signal) {
             signalfd_siginfo taken{};
             (void)!read(signals_, &taken, sizeof taken);
-            signalled_ = true;
+            signal_ = static_cast<int>(taken.ssi_signo);
         }
         const std::lock_guard lock(mutex_);
         signal_came_.notify_all();
@@ -107,7 +107,7 @@ void Watchdog::watch()
         if (signal && !again) {
             give_up_after(grace_ms / 1000, grace_ms % 1000);
         } else if (under_way_ && (signal || late)) { // the other thread comes no further than the lock
-            std::_Exit(give_up_(signalled_ ? "interrupted" : "no answer in time"));
+            std::_Exit(give_up_(ended() ? "interrupted" : "no answer in time"));
         }
     }
 }

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <csignal>
+#include <cstdint>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -11,20 +12,24 @@
 
 namespace vorcfg::call {
 
-// While it is in scope, a thread waits for interrupt, hang-up and termination, which do not end a call under way at
+// Which end a run: interrupt, termination and hang-up, all but the hang-up, or none, which are left for later.
+enum class Signals : std::uint8_t { all, no_hang_up, none };
+
+// While it is in scope, a thread waits for these, which do not end a call under way at
 // once. A call that does not return in time, or soon after a signal, is given up: `give_up` is called with "no answer
 // in time" or "interrupted" to report it, and the process exits with its value.
 class Watchdog {
 public:
     using GiveUp = std::function<int(const char* why)>;
 
-    Watchdog(std::optional<unsigned> seconds, bool hang_up_ends, GiveUp give_up);
+    Watchdog(std::optional<unsigned> seconds, Signals ends, GiveUp give_up);
     Watchdog(const Watchdog&) = delete;
     Watchdog& operator=(const Watchdog&) = delete;
     ~Watchdog();
 
-    bool ended() const { return signalled_; } // no further call may begin
-    void rest(unsigned milliseconds);         // or until it is ended
+    bool ended() const { return signal_ != 0; } // no further call may begin
+    int signal() const { return signal_; }      // the last one
+    void rest(unsigned milliseconds);           // or until it is ended
 
     // A call under way.
     class Call {
@@ -52,7 +57,7 @@ private:
     std::mutex mutex_;
     std::condition_variable signal_came_;
     bool under_way_ = false;
-    std::atomic<bool> signalled_ = false;
+    std::atomic<int> signal_ = 0;
     std::thread thread_;
 };
 

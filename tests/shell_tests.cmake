@@ -21,6 +21,13 @@ endif()
 vor_test(site_test AGAINST_THE_CLOCK SOURCES site_test.cpp LIBRARIES vor_text)
 add_dependencies(site_test vorcfg vorsim)
 
+# Its journal, with every fault at every point, over a gateway that knows the truth.
+vor_test(walk_test SOURCES walk_test.cpp LIBRARIES vorcfg_core device_mgmt vorinfra ${CMAKE_DL_LIBS})
+set_target_properties(walk_test PROPERTIES ENABLE_EXPORTS ON)
+if(VOR_SANITIZE OR CMAKE_CROSSCOMPILING)
+  target_compile_definitions(walk_test PRIVATE VOR_WALK="1,1,1") # slower by far
+endif()
+
 # What the library sends, as vorsim shows it.
 vor_test(shown_values_test
   SOURCES shown_values_test.cpp

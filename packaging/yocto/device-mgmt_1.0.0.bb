@@ -20,7 +20,7 @@ PACKAGECONFIG[prompt] = "-DDEVICE_MGMT_PROMPT=ON,-DDEVICE_MGMT_PROMPT=OFF,libedi
 EXTRA_OECMAKE = "-DCMAKE_BUILD_TYPE=MinSizeRel -DVORINFRA_LIBRARY=${STAGING_LIBDIR}/libvorinfra.so"
 
 PACKAGES =+ "${PN}-tools"
-FILES:${PN}-tools = "${bindir}/vorcfg ${datadir}/bash-completion ${datadir}/zsh"
+FILES:${PN}-tools = "${bindir}/vorcfg ${datadir}/bash-completion ${datadir}/zsh ${nonarch_libdir}/systemd"
 
 # named here, because the platform library's name has no version
 RDEPENDS:${PN} = "vorinfra"

@@ -92,7 +92,7 @@ public:
     enum class Answer { accepted, refused, late, lost, foreign, undelivered };
 
     // --- Clock
-    Moment now() const override { return {"boot " + std::to_string(boot_), time_, stamp({})}; }
+    Moment now() const override { return {"boot " + std::to_string(boot_), time_ - booted_, stamp({})}; }
     std::string stamp(std::chrono::seconds from_now) const override
     {
         return std::to_string(1'000'000 + std::chrono::duration_cast<std::chrono::seconds>(time_ + from_now).count());
@@ -157,6 +157,7 @@ private:
     int faults_ = 0;
     int kills_ = 0;
     milliseconds time_{};
+    milliseconds booted_{};
     milliseconds room_at_{};
     bool is_full_ = false;
     int boot_ = 1;
@@ -201,6 +202,7 @@ void World::step(const std::string& what)
     history += end == 1 ? "  ended here\n" : "  power failure here\n";
     if (end > 1) {
         boot_++;
+        booted_ = time_;
         for (auto& [path, each] : files_) {
             const std::size_t half = each.on_disk.size() + (each.content.size() - each.on_disk.size()) / 2;
             each.content = end == 2 ? each.on_disk : each.content.substr(0, half);
@@ -396,6 +398,7 @@ public:
         try {
             Journal journal = Journal::open(machine(), journal_path);
             if (journal.ledger().is_undecided()) {
+                was_confirmed_ = true;
                 journal.append(ApplyDecided{.confirmed = true});
             }
         } catch (const input::InputError&) { // the disk is full, which the technician is told
@@ -421,7 +424,9 @@ public:
             return;
         }
         if (has_waiter_ && world_.boots() == 1) {
-            killed = !guarded([this] { wait(); }) || killed;
+            const bool ended = !guarded([this] { wait(); });
+            require(ended || !read().ledger().is_undecided(), "the waiting process ends before it has reverted");
+            killed = killed || ended;
             check("after waiting");
         }
         if (killed && read().ledger().is_undecided()) {
@@ -529,7 +534,11 @@ private:
             }
         }
         const auto confirmation = ledger.confirmation(journal.now());
+        require(confirmation != Confirmation::waiting || world_.now().boot == ledger.pending()->boot,
+                when + ": it waits for a time of another boot");
         for (const Undo& undo : ledger.undos()) {
+            require(ledger.is_undecided() || was_confirmed_ || !undo.can_still_be_reverted(),
+                    when + ": given up, but it could still be reverted");
             if (!ledger.is_undecided() && undo.is_reverted()) {
                 require(is_true(*undo.before, undo.before->settings.front()), when + ": reverted, but it is not");
             }
@@ -548,6 +557,10 @@ private:
             require(!read().ledger().is_undecided(), "an expired apply is not reverted");
             check("after reverting");
         }
+        const auto confirmation = read().ledger().confirmation(world_.now());
+        require(!has_waiter_ || was_confirmed_ || !before_apply_ || world_.truth == before_apply_ ||
+                    confirmation == Confirmation::partly_reverted,
+                "nobody confirmed, and the changes stay");
         options_.confirm.reset();
         guarded([this] { apply(); });
         check("after the last apply");
@@ -570,6 +583,7 @@ private:
     std::optional<Journal> seen_;
     std::string seen_content_;
     bool has_waiter_ = false;
+    bool was_confirmed_ = false;
     std::map<call::Setting, call::CallKey> before_;
     std::optional<std::map<call::Setting, call::CallKey>> before_apply_; // --confirm, where it was known
 

@@ -243,7 +243,7 @@ private:
 
     int make(Journal& journal, const Plan& plan)
     {
-        const std::uint64_t before = journal.ledger().entries().size();
+        const std::size_t before = journal.ledger().entries().size();
         const auto summary = [&](const call::Tally& tally, std::size_t left) {
             return text_of(applied(plan, journal.ledger(), before, tally, left), to_);
         };
@@ -299,7 +299,7 @@ private:
         return end == input::exit_ok ? exit : end;
     }
 
-    Applied applied(const Plan& plan, const Ledger& ledger, std::uint64_t before, const call::Tally& tally,
+    Applied applied(const Plan& plan, const Ledger& ledger, std::size_t before, const call::Tally& tally,
                     std::size_t left) const
     {
         const bool stopped = left != 0 || (!options_.keep_going && !tally.failed.empty());

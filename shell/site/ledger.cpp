@@ -89,9 +89,9 @@ void Ledger::add(const ApplyPending& record)
 {
     pending_ = record;
     decided_.reset();
-    if (record.reverting) { // nobody knows how far that went
-        for (std::size_t i = record.first - std::min<std::uint64_t>(record.first, 1); i < entries_.size(); i++) {
-            note(entries_[i], State::unknown);
+    for (const Entry& entry : entries_) { // nobody knows how far that went
+        if (record.reverting && entry.begun.number >= record.first) {
+            note(entry, State::unknown);
         }
     }
 }

@@ -276,7 +276,8 @@ std::string values_of(const call::CallKey& key, const std::vector<bool>& hexadec
 std::string heading_of(const Ledger& ledger, const Shown& to)
 {
     const std::string gateway = ledger.gateway().empty() ? "" : vor::printable(ledger.gateway()) + ": ";
-    const std::string own = to.gateway.empty() ? to.file : std::filesystem::path(to.file).replace_filename(to.gateway);
+    const std::filesystem::path file(to.file);
+    const std::string own = to.gateway.empty() ? to.file : (file.parent_path() / to.gateway).string();
     const std::string journal = to.journal == own + ".journal" ? "its journal" : vor::printable(to.journal);
     const auto& entries = ledger.entries();
     return vor::paragraph(

@@ -1,4 +1,5 @@
 // vorcfg's journal: applies that are killed, confirmed, interrupted, and what no file may hold.
+#include <algorithm>
 #include <csignal>
 #include <fstream>
 #include <map>
@@ -313,6 +314,9 @@ TEST_F(Site, waiting_process_reverts_when_it_must)
     workplace.run(
         "vorsim start canmgr; until vorcfg plan f 2>&1 | grep 'id 1: changed: can_id 7 -> 8'; do sleep 0.1; done");
     EXPECT_EQ(R"(vor_cfg_set_can_id port 1 {"port_num":1,"can_id":7,"option":1})", told(workplace).back());
+    EXPECT_GT(40, std::ranges::count_if(records(workplace.path() / "f.journal"),
+                                        [](const Json& each) { return each.contains("takes_back"); }))
+        << "an attempt follows the other at once";
 }
 
 TEST_F(Site, non_utf8_values_apply_and_revert)

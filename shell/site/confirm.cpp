@@ -46,6 +46,7 @@ void wait_and_revert(const Machine& machine, const std::string& path, const inpu
                      call::Caller* caller)
 {
     Delay delay;
+    milliseconds next_attempt{}; // since boot; a change of the journal brings it no nearer
     bool terminated = false;
     const auto rest = [&](milliseconds longest) { terminated = wait(longest) == Woken::terminated || terminated; };
     while (true) {
@@ -54,7 +55,9 @@ void wait_and_revert(const Machine& machine, const std::string& path, const inpu
             if (!seen.ledger().is_undecided()) {
                 return;
             }
-            if (const milliseconds left = seen.ledger().time_left(seen.now()); left.count() > 0 && !terminated) {
+            const Moment now = seen.now();
+            const milliseconds left = std::max(seen.ledger().time_left(now), next_attempt - now.since_boot);
+            if (left.count() > 0 && !terminated) {
                 rest(left);
                 continue;
             }
@@ -67,12 +70,12 @@ void wait_and_revert(const Machine& machine, const std::string& path, const inpu
             if (is_done || terminated) {
                 return;
             }
+            next_attempt = journal.now().since_boot + delay.next();
         } catch (const input::InputError&) { // in use, above all
             constexpr milliseconds while_it_is_in_use(100);
+            next_attempt = machine.clock.now().since_boot + while_it_is_in_use;
             rest(while_it_is_in_use);
-            continue;
         }
-        rest(delay.next());
     }
 }
 

@@ -121,6 +121,7 @@ public:
         is_full_ = true;
         room_at_ = time_ + std::chrono::seconds(8);
     }
+    void change() { changes_++; }
     bool is_full() const { return is_full_; }
     void allow(const Limits& limits)
     {
@@ -241,6 +242,7 @@ public:
     void overwrite(std::size_t offset, std::string_view text) override
     {
         world_.step("overwrite");
+        world_.change();
         file_.content.replace(offset, text.size(), text);
         sync();
     }
@@ -385,10 +387,10 @@ public:
                     world_.pass(std::max(*confirmed_at - now, milliseconds(0)));
                     confirmed_at.reset();
                     confirm();
-                    return Woken::change;
+                    return false;
                 }
                 world_.pass(longest);
-                return Woken::time;
+                return false;
             },
             &world_);
     }
@@ -398,7 +400,6 @@ public:
         try {
             Journal journal = Journal::open(machine(), journal_path);
             if (journal.ledger().is_undecided()) {
-                was_confirmed_ = true;
                 journal.append(ApplyDecided{.confirmed = true});
             }
         } catch (const input::InputError&) { // the disk is full, which the technician is told
@@ -453,7 +454,10 @@ public:
     }
 
 private:
-    Machine machine() { return {world_, world_}; }
+    Machine machine()
+    {
+        return {world_, world_, [](const std::string&) {}};
+    }
     const Journal& read()
     {
         std::string content = world_.content(journal_path);
@@ -466,14 +470,14 @@ private:
 
     bool revert_in(Journal& journal)
     {
-        return revert(journal, options_, call::Signals::none, {}, &world_) && journal.write_kept();
+        return revert(journal, options_, call::Signals::none, {}, &world_) == Reverting::done && journal.write_kept();
     }
 
     // Whether runs that came here on another path go on from the same state.
     bool was_here(const std::string& stage)
     {
-        const std::string state =
-            fmt::format("{} {} {} {}", stage, has_waiter_, before_apply_.has_value(), world_.state());
+        const std::string state = fmt::format("{} {} {} {} {}", stage, has_waiter_, was_confirmed_,
+                                              before_apply_.has_value(), world_.state());
         return states_.try_emplace(state, world_.path_so_far()).first->second != world_.path_so_far();
     }
 

@@ -124,6 +124,11 @@ int BatchRunner::give_up(const char* why)
     return exit;
 }
 
+void BatchRunner::fail(input::ExitCode exit)
+{
+    tally_.worst = std::max(exit, tally_.worst);
+}
+
 int BatchRunner::finish()
 {
     return reporter_.finish(tally_, left_, signal() != 0 && left_ != 0);

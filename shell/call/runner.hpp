@@ -85,6 +85,7 @@ public:
 
     // Whether to continue.
     bool make(PreparedCall& call);
+    void fail(input::ExitCode exit); // for another reason than a call
     // Reports the totals; the exit code.
     int finish();
 

@@ -98,7 +98,7 @@ void Watchdog::watch()
         if (signal) {
             signalfd_siginfo taken{};
             (void)!read(signals_, &taken, sizeof taken);
-            signal_ = static_cast<int>(taken.ssi_signo);
+            signal_ = signal_ == SIGTERM ? SIGTERM : static_cast<int>(taken.ssi_signo); // which demands the most
         }
         const std::lock_guard lock(mutex_);
         signal_came_.notify_all();

@@ -28,7 +28,7 @@ public:
     ~Watchdog();
 
     bool ended() const { return signal_ != 0; } // no further call may begin
-    int signal() const { return signal_; }      // the last one
+    int signal() const { return signal_; }      // that came; SIGTERM if that did
     void rest(unsigned milliseconds);           // or until it is ended
 
     // A call under way.

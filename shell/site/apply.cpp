@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <optional>
+#include <set>
 
 #include <fmt/core.h>
 
@@ -96,14 +97,14 @@ std::string journal_of(const std::string& path, const std::string& gateway, cons
     }
     const std::string of_gateway = (std::filesystem::path(path).parent_path() / (gateway + ".journal")).string();
     const bool is_its = path != "-" && !std::filesystem::exists(of_gateway) && std::filesystem::exists(of_file) &&
-                        Journal::read(this_machine(), of_file).ledger().gateway() == gateway;
+                        Journal::read(this_machine(options.json), of_file).ledger().gateway() == gateway;
     return is_its ? of_file : of_gateway;
 }
 
 class Application {
 public:
     Application(const std::string& path, const input::Options& options)
-        : options_(options), source_(path),
+        : options_(options), machine_(this_machine(options.json)), source_(path),
           batch_(call::batch_of(path, options)), to_{batch_.name(), {}, {}, options.json, output::screen_of(options)}
     {
     }
@@ -120,6 +121,10 @@ public:
             planner_.add(call);
         };
         const int exit = call::check(batch_, each, output::error_printer(options_.json), !options_.json);
+        if (options_.from > batch_.line()) {
+            throw input::InputError{fmt::format("--from must be 1 to {}, the last line of {}, not {}", batch_.line(),
+                                                batch_.name(), options_.from)};
+        }
         if (exit == input::exit_ok) {
             to_.gateway = gateway_of(batch_, options_);
             to_.journal = journal_of(source_, to_.gateway, options_);
@@ -133,7 +138,7 @@ public:
         journal.check_gateway(to_.gateway);
         const Plan plan = planned_against(journal);
         const auto outcome = confirmed_apply_of(journal);
-        if (outcome && journal.ledger().is_undecided()) {
+        if (outcome && outcome->confirmation != Confirmation::confirmed) {
             print(*outcome, options_.json, stderr);
         }
         vor::print(stdout, shown(plan, journal.ledger()));
@@ -170,6 +175,9 @@ public:
         const auto selected = [&](std::size_t line) { return plan.is_due(line); };
         batch_.ask(selected);
         batch_.rewind(selected);
+        if (options_.all) {
+            void_what_stands(journal, plan);
+        }
         return make(journal, plan);
     }
 
@@ -212,7 +220,7 @@ private:
         if (before->confirmation == Confirmation::waiting) {
             throw input::InputError(error_of(*before));
         }
-        const bool is_done = revert(journal, options_, call::Signals::all);
+        const bool is_done = revert(journal, options_, call::Signals::all) == Reverting::done;
         require_recorded(journal);
         const ConfirmedApply outcome = *confirmed_apply_of(journal);
         print_lines(outcome, options_.json);
@@ -241,6 +249,23 @@ private:
             options_.confirm ? fmt::format(" Reverted after {} unless confirmed.", time_text(*options_.confirm)) : "");
     }
 
+    // With --all nothing is known any more of what the lines set, also if not all of them are made.
+    void void_what_stands(Journal& journal, const Plan& plan) const
+    {
+        std::set<std::uint64_t> numbers;
+        for (const PlanLine& line : plan.lines) {
+            for (const call::Setting& setting : call::settings_of(line.key)) {
+                const Entry* const standing = journal.ledger().of(setting).standing;
+                if (standing != nullptr) {
+                    numbers.insert(standing->begun.number);
+                }
+            }
+        }
+        if (!numbers.empty()) {
+            journal.append(CallsVoided{{numbers.begin(), numbers.end()}, machine_.clock.stamp()});
+        }
+    }
+
     int make(Journal& journal, const Plan& plan)
     {
         const std::size_t before = journal.ledger().entries().size();
@@ -253,11 +278,7 @@ private:
                 account.expect(call::name_of(line.key, line.hexadecimal));
             }
         }
-        Making making{.journal = journal,
-                      .options = options_,
-                      .calls = account.calls(),
-                      .reporter = account,
-                      .is_new = options_.all};
+        Making making{.journal = journal, .options = options_, .calls = account.calls(), .reporter = account};
         const auto next = [this] { return batch_.next(); };
         if (!options_.confirm || account.calls() == 0) {
             return exit_after(site::make(making, next).exit, journal.ledger());
@@ -266,8 +287,10 @@ private:
         making.given_up = [&](int signal) {
             if (signal == SIGTERM) {
                 waiter->revert_now();
+                output::print_notice(fmt::format("{}: being reverted now", to_.journal), {}, options_.json, stderr);
+            } else {
+                print(*confirmed_apply_of(journal), options_.json, stderr);
             }
-            print(*confirmed_apply_of(journal), options_.json, stderr);
         };
         const Made made = make_confirmed(making, next, [&] {
             waiter.emplace(journal, options_);
@@ -308,6 +331,7 @@ private:
                         .left = left,
                         .stopped = stopped,
                         .continues = stopped && !options_.confirm,
+                        .asking = plan.asking,
                         .before = plan.tally(),
                         .after = planner_.against(ledger).tally(),
                         .exit = exit_after(tally.worst, ledger)};
@@ -328,7 +352,7 @@ private:
     }
 
     const input::Options& options_;
-    const Machine machine_ = this_machine();
+    const Machine machine_;
     const std::string source_;
     call::Batch batch_;
     Shown to_;

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <optional>
 #include <poll.h>
 #include <sys/inotify.h>
 #include <sys/signalfd.h>
@@ -45,49 +46,71 @@ private:
 void wait_and_revert(const Machine& machine, const std::string& path, const input::Options& options, const Wait& wait,
                      call::Caller* caller)
 {
+    constexpr milliseconds while_in_use(100);
+    constexpr milliseconds to_the_end = std::chrono::seconds(10); // a machine that goes down does not wait long
     Delay delay;
-    milliseconds next_attempt{}; // since boot; a change of the journal brings it no nearer
-    bool terminated = false;
-    const auto rest = [&](milliseconds longest) { terminated = wait(longest) == Woken::terminated || terminated; };
-    while (true) {
+    milliseconds next{}; // attempt, since boot; a change of the journal brings it no nearer
+    std::optional<milliseconds> end;
+    const auto now = [&] { return machine.clock.now().since_boot; };
+    const auto rest = [&](milliseconds longest) {
+        if (wait(longest) && !end) {
+            end = now() + to_the_end;
+            next = now();
+        }
+    };
+    while (!end || now() < *end) {
         try {
             const Journal seen = Journal::read(machine, path);
             if (!seen.ledger().is_undecided()) {
                 return;
             }
-            const Moment now = seen.now();
-            const milliseconds left = std::max(seen.ledger().time_left(now), next_attempt - now.since_boot);
-            if (left.count() > 0 && !terminated) {
-                rest(left);
+            const milliseconds left = end ? milliseconds() : seen.ledger().time_left(seen.now());
+            if (const milliseconds longest = std::max(left, next - now()); longest.count() > 0) {
+                rest(longest);
                 continue;
             }
             Journal journal = Journal::open(machine, path);
-            const bool is_done =
-                !journal.ledger().is_undecided() || revert(journal, options, call::Signals::none, {}, caller);
-            while (!journal.write_kept() && !terminated) { // it stays locked: nobody else knows of these
+            const bool is_done = !journal.ledger().is_undecided() ||
+                                 revert(journal, options, call::Signals::none, {}, caller) == Reverting::done;
+            while (!journal.write_kept() && !end) { // it stays locked: nobody else knows of these
                 rest(delay.next());
             }
-            if (is_done || terminated) {
+            if (is_done) {
                 return;
             }
-            next_attempt = journal.now().since_boot + delay.next();
-        } catch (const input::InputError&) { // in use, above all
-            constexpr milliseconds while_it_is_in_use(100);
-            next_attempt = machine.clock.now().since_boot + while_it_is_in_use;
-            rest(while_it_is_in_use);
+            next = now() + (end ? milliseconds(std::chrono::seconds(1)) : delay.next());
+        } catch (const JournalInUse&) { // it is being confirmed or reverted
+            next = now() + while_in_use;
+        } catch (const input::InputError&) { // damaged, say
+            next = now() + delay.next();
+            rest(next - now());
         }
     }
 }
 
 namespace {
 
-sigset_t termination()
-{
-    sigset_t set;
-    sigemptyset(&set);
-    sigaddset(&set, SIGTERM);
-    return set;
-}
+// While it lives, SIGTERM is read from a descriptor.
+struct Termination {
+    Termination()
+    {
+        sigset_t set;
+        sigemptyset(&set);
+        sigaddset(&set, SIGTERM);
+        sigprocmask(SIG_BLOCK, &set, &before);
+        descriptor = signalfd(-1, &set, SFD_CLOEXEC);
+    }
+    Termination(const Termination&) = delete;
+    Termination& operator=(const Termination&) = delete;
+    ~Termination()
+    {
+        close(descriptor);
+        sigprocmask(SIG_SETMASK, &before, nullptr);
+    }
+
+    sigset_t before{};
+    int descriptor = -1;
+};
 
 // The detached process: no terminal, no hang-up.
 [[noreturn]] void wait_detached(const Machine& machine, const std::string& path, const input::Options& options,
@@ -95,11 +118,10 @@ sigset_t termination()
 {
     setsid();
     std::signal(SIGHUP, SIG_IGN);
-    const sigset_t set = termination();
-    sigprocmask(SIG_BLOCK, &set, nullptr);
-    const int terminates = signalfd(-1, &set, SFD_CLOEXEC);
+    const Termination termination;
     const int held = open(path.c_str(), O_RDWR | O_CLOEXEC);
-    const bool locked = hold_waiting(held); // the one before may still be ending
+    const bool locked = hold_waiting(held);                            // the one before may still be ending
+    const std::string journal = fmt::format("/proc/self/fd/{}", held); // also once it has another name
     const int changes = inotify_init1(IN_CLOEXEC);
     inotify_add_watch(changes, path.c_str(), IN_CLOSE_WRITE);
     const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
@@ -107,8 +129,8 @@ sigset_t termination()
         dup2(nowhere, descriptor);
     }
     (void)!write(ready, locked ? "y" : "n", 1);
-    wait_and_revert(machine, path, options, [&](milliseconds longest) {
-        pollfd waits[] = {{changes, POLLIN, 0}, {terminates, POLLIN, 0}};
+    wait_and_revert(machine, journal, options, [&](milliseconds longest) {
+        pollfd waits[] = {{changes, POLLIN, 0}, {termination.descriptor, POLLIN, 0}};
         constexpr milliseconds at_once = std::chrono::hours(24);
         poll(waits, std::size(waits), static_cast<int>(std::min(longest, at_once).count()));
         std::array<char, 4096> events{};
@@ -116,10 +138,9 @@ sigset_t termination()
             (void)!read(changes, events.data(), events.size());
         }
         if (waits[1].revents != 0) {
-            (void)!read(terminates, events.data(), sizeof(signalfd_siginfo));
-            return Woken::terminated;
+            (void)!read(termination.descriptor, events.data(), sizeof(signalfd_siginfo));
         }
-        return waits[0].revents != 0 ? Woken::change : Woken::time;
+        return waits[1].revents != 0;
     });
     std::_Exit(input::exit_ok);
 }
@@ -140,7 +161,9 @@ Waiter::Waiter(Journal& journal, const input::Options& options)
     if (process_ == 0) {
         close(ends[0]);
         journal.close();
-        wait_detached(journal.machine(), journal.path(), options, ends[1]);
+        input::Options patient = options;
+        patient.timeout.reset(); // which would end the process
+        wait_detached(journal.machine(), journal.path(), patient, ends[1]);
     }
     close(ends[1]);
     end_ = ends[0];
@@ -161,13 +184,24 @@ void Waiter::revert_now() const
     kill(process_, SIGTERM);
 }
 
-Journal undecided_journal(const Machine& machine, const std::string& path, const char* what)
-{
+Journal journal_to_decide(const Machine& machine, const std::string& path)
+try {
     Journal journal = Journal::open(machine, path);
-    if (!journal.ledger().is_undecided()) {
-        throw input::InputError{fmt::format("{}: no apply is waiting to be {}", path, what), input::exit_journal};
+    if (!journal.ledger().pending()) {
+        throw input::InputError{fmt::format("{}: no apply waits to be confirmed or reverted", path),
+                                input::exit_journal};
     }
     return journal;
+} catch (const JournalInUse& error) {
+    if (!has_waiter(path)) {
+        throw;
+    }
+    throw JournalInUse{{.text = error.text, .exit = error.exit, .hint = "it may be being reverted now: try again"}};
+}
+
+std::optional<ConfirmedApply> decided_apply(const Journal& journal)
+{
+    return journal.ledger().is_undecided() ? std::nullopt : confirmed_apply_of(journal);
 }
 
 namespace {
@@ -178,10 +212,7 @@ enum class Left { enter, interrupted, terminated, alone };
 // terminal any more.
 Left count_down(const Machine& machine, const Waiter& waiter, const ApplyPending& pending)
 {
-    const sigset_t set = termination();
-    sigset_t before;
-    sigprocmask(SIG_BLOCK, &set, &before);
-    const int terminates = signalfd(-1, &set, SFD_CLOEXEC);
+    const Termination termination;
     input::Waiting for_enter;
     bool empty = true;
     vor::Progress countdown("");
@@ -189,7 +220,7 @@ Left count_down(const Machine& machine, const Waiter& waiter, const ApplyPending
         const auto left = std::chrono::ceil<std::chrono::seconds>(pending.deadline - machine.clock.now().since_boot);
         countdown.show_text(left.count() > 0 ? fmt::format("Reverting in {} s unless confirmed ", left.count())
                                              : "Reverting ... ");
-        pollfd waits[] = {{STDIN_FILENO, POLLIN, 0}, {waiter.end(), POLLIN, 0}, {terminates, POLLIN, 0}};
+        pollfd waits[] = {{STDIN_FILENO, POLLIN, 0}, {waiter.end(), POLLIN, 0}, {termination.descriptor, POLLIN, 0}};
         constexpr timespec second{1, 0};
         if (!for_enter.wait(waits, &second)) {
             return Left::interrupted;
@@ -226,10 +257,16 @@ int wait_at_terminal(const Machine& machine, const std::string& path, const Wait
     tcflush(STDIN_FILENO, TCIFLUSH); // input typed before is not a confirmation
     const Left left = count_down(machine, waiter, *Journal::read(machine, path).ledger().pending());
     if (left == Left::enter) {
-        return run_confirm(path, options);
+        try {
+            return run_confirm(path, options);
+        } catch (const JournalInUse&) { // it is being reverted, too late
+            vor::print_line(stderr, "Reverting ...");
+        }
     }
     if (left == Left::terminated) {
         waiter.revert_now();
+    }
+    if (left == Left::terminated || left == Left::enter) {
         pollfd end{waiter.end(), POLLIN, 0};
         poll(&end, 1, -1);
     }
@@ -248,12 +285,14 @@ int wait_at_terminal(const Machine& machine, const std::string& path, const Wait
 
 int run_confirm(const std::string& path, const input::Options& options)
 {
-    const Machine machine = this_machine();
-    Journal journal = undecided_journal(machine, path, "confirmed");
-    journal.append(ApplyDecided{.confirmed = true, .at = machine.clock.stamp()});
-    const ConfirmedApply outcome = *confirmed_apply_of(journal);
-    print(outcome, options.json, stdout);
-    return outcome.exit();
+    const Machine machine = this_machine(options.json);
+    Journal journal = journal_to_decide(machine, path);
+    if (journal.ledger().is_undecided()) {
+        journal.append(ApplyDecided{.confirmed = true, .at = machine.clock.stamp()});
+    }
+    const ConfirmedApply apply = *confirmed_apply_of(journal); // perhaps decided before
+    print(apply, options.json, stdout);
+    return apply.exit();
 }
 
 } // namespace vorcfg::site

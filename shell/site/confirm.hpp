@@ -8,18 +8,17 @@
 
 #include "call/runner.hpp"
 #include "input/options.hpp"
-#include "site/journal.hpp"
+#include "site/revert.hpp"
 
 namespace vorcfg::site {
 
 // --- The process that waits ---------------------------------------------------------------
 
-enum class Woken { time, change, terminated };
-// Waits for a change of the journal, or for a time.
-using Wait = std::function<Woken(std::chrono::milliseconds longest)>;
+// Waits for a change of the journal, but no longer than a time; true where the process is to end.
+using Wait = std::function<bool(std::chrono::milliseconds longest)>;
 
-// Until it is confirmed or reverted: reverts at the deadline, or at once when the process is terminated, and tries
-// again, later each time, what could not be delivered. A journal in use is being confirmed or reverted.
+// Until it is confirmed or reverted: reverts at the deadline and tries again, later each time, what could not be
+// delivered. When the process is to end, reverts at once and tries that for a short time only.
 void wait_and_revert(const Machine& machine, const std::string& journal, const input::Options& options,
                      const Wait& wait, call::Caller* caller = nullptr);
 
@@ -40,8 +39,10 @@ private:
     int end_ = -1;
 };
 
-// To confirm or revert it. Throws an InputError where nothing waits for that.
-Journal undecided_journal(const Machine& machine, const std::string& path, const char* what);
+// Throws an InputError where no apply has needed a confirmation.
+Journal journal_to_decide(const Machine& machine, const std::string& path);
+// None while it is not decided.
+std::optional<ConfirmedApply> decided_apply(const Journal& journal);
 
 // At a terminal until Enter, Ctrl-C or the deadline; the exit code.
 int wait_at_terminal(const Machine& machine, const std::string& journal, const Waiter& waiter,

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <grp.h>
+#include <iterator>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -23,33 +24,33 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool is_journal(const fs::path& path)
+// Not another program's, of which vorsim's begins as JSON, too.
+bool may_be_journal(const fs::path& path)
 {
     std::string line;
     return path.extension() == ".journal" && fs::is_regular_file(fs::symlink_status(path)) &&
-           std::getline(std::ifstream(path), line) && line.starts_with(R"({"vorcfg_journal":)");
+           (!std::getline(std::ifstream(path), line) || !line.starts_with('{') ||
+            line.starts_with(R"({"vorcfg_journal":)"));
 }
 
-std::vector<std::string> journals_in(const std::vector<std::string>& paths)
+// Those given, and those in the folders given.
+std::vector<std::string> journals_in(const std::string& path)
 {
-    std::vector<std::string> journals;
-    for (const std::string& path : paths) {
-        std::error_code error;
+    std::error_code error;
+    if (!fs::is_directory(path, error)) {
         if (!fs::exists(path, error)) {
             throw input::InputError{fmt::format("{}: no such journal or folder", path), input::exit_journal};
         }
-        if (!fs::is_directory(path, error)) {
-            journals.push_back(path);
-            continue;
+        return {path};
+    }
+    std::vector<std::string> journals;
+    for (const auto& entry : fs::directory_iterator(path, error)) {
+        if (may_be_journal(entry.path())) {
+            journals.push_back(entry.path().string());
         }
-        for (const auto& entry : fs::directory_iterator(path, error)) {
-            if (is_journal(entry.path())) {
-                journals.push_back(entry.path().string());
-            }
-        }
-        if (error) {
-            throw input::InputError{fmt::format("{}: {}", path, error.message()), input::exit_no_input};
-        }
+    }
+    if (error) {
+        throw input::InputError{fmt::format("{}: {}", path, error.message()), input::exit_no_input};
     }
     std::ranges::sort(journals);
     return journals;
@@ -65,7 +66,7 @@ constexpr int still_expired = input::exit_due;
 // One journal, once.
 int revert_if_expired(const std::string& path, const input::Options& options)
 try {
-    const Machine machine = this_machine();
+    const Machine machine = this_machine(options.json);
     const Journal seen = Journal::read(machine, path);
     if (seen.ledger().confirmation(seen.now()) != Confirmation::expired || has_waiter(path)) {
         return input::exit_ok;
@@ -74,8 +75,9 @@ try {
     if (journal.ledger().confirmation(journal.now()) != Confirmation::expired) {
         return input::exit_ok;
     }
-    if (!revert(journal, options, call::Signals::all)) {
-        return still_expired;
+    if (const Reverting reverting = revert(journal, options, call::Signals::all); reverting != Reverting::done) {
+        require_recorded(journal);
+        return reverting == Reverting::later ? still_expired : int(input::exit_ended);
     }
     require_recorded(journal);
     const ConfirmedApply outcome = *confirmed_apply_of(journal);
@@ -125,15 +127,19 @@ int revert_as_owner(const std::string& path, const input::Options& options)
 
 int run_revert(const std::string& path, const input::Options& options)
 {
-    const Machine machine = this_machine();
-    Journal journal = undecided_journal(machine, path, "reverted");
+    const Machine machine = this_machine(options.json);
+    Journal journal = journal_to_decide(machine, path);
+    if (const auto decided = decided_apply(journal)) {
+        print(*decided, options.json, stdout);
+        return decided->confirmation == Confirmation::confirmed ? int(input::exit_journal) : exit_of_revert(*decided);
+    }
     const auto each = [&](const Undo& undo) { print_line(undo, options.json); };
     for (const Undo& undo : journal.ledger().undos()) {
         if (!undo.can_still_be_reverted()) {
             each(undo);
         }
     }
-    const bool is_done = revert(journal, options, call::Signals::all, each);
+    const bool is_done = revert(journal, options, call::Signals::all, each) == Reverting::done;
     require_recorded(journal);
     const ConfirmedApply outcome = *confirmed_apply_of(journal);
     print(outcome, options.json, is_done ? stdout : stderr);
@@ -142,14 +148,26 @@ int run_revert(const std::string& path, const input::Options& options)
 
 int run_revert_expired(const std::vector<std::string>& paths, const input::Options& options)
 {
-    std::vector<std::string> left = journals_in(paths);
+    std::vector<std::string> left;
     int worst = input::exit_ok;
+    for (const std::string& path : paths) {
+        try {
+            std::ranges::copy(journals_in(path), std::back_inserter(left));
+        } catch (const input::InputError& error) { // the others are reverted all the same
+            worst = std::max(worst, output::print_error(error, options.json));
+        }
+    }
+    bool interrupted = false;
     for (unsigned delay = 1; !left.empty(); delay = std::min(2 * delay, 60U)) {
         std::erase_if(left, [&](const std::string& path) {
             const int exit = revert_as_owner(path, options);
+            interrupted = interrupted || exit == input::exit_ended;
             worst = exit == still_expired ? worst : std::max(worst, exit);
             return exit != still_expired;
         });
+        if (interrupted) {
+            return input::exit_ended;
+        }
         if (!left.empty()) { // their managers may still be starting
             output::print_notice(
                 fmt::format("{} not reverted yet, trying again in {} s", vor::joined(left, ", "), delay), {},

@@ -20,7 +20,17 @@ namespace {
 
 [[noreturn]] void fail(const std::string& path, const vor::FileError& error)
 {
-    fail(path, error.error == EWOULDBLOCK ? "in use by another vorcfg" : error.what());
+    if (error.error == EWOULDBLOCK) {
+        throw JournalInUse{{fmt::format("{}: in use by another vorcfg", path), input::exit_journal}};
+    }
+    fail(path, error.what());
+}
+
+// Also the beginning of one whose first line was cut short.
+bool is_journal(std::string_view line)
+{
+    constexpr std::string_view beginning = R"({"vorcfg_journal":)";
+    return beginning.starts_with(line.substr(0, beginning.size()));
 }
 
 // Perhaps it is the file of calls, whose name the journal's begins with.
@@ -67,6 +77,9 @@ try {
         journal.append(GatewayNamed{gateway, true, machine.clock.stamp()});
         journal.file_->sync_name();
     } else if (journal.ledger_.gateway().empty() && !gateway.empty()) {
+        if (!journal.ledger_.entries().empty()) {
+            machine.note(fmt::format("{}: named no gateway, from now on it is the journal of {}", path, gateway));
+        }
         journal.append(GatewayNamed{gateway, false, machine.clock.stamp()});
     }
     return journal;
@@ -99,12 +112,11 @@ void Journal::load(bool repair)
         const std::string_view line = std::string_view(content).substr(size_, end - size_);
         const bool is_first = number == 1;
         const bool is_last = end + 1 >= content.size();
-        if (is_first && !line.starts_with('{')) { // before anything of it is repaired
+        if (is_first && !is_journal(line)) { // before anything of it is repaired
             not_a_journal(path_);
         }
         if (end == content.size() || (is_last && !is_first && !vor::Json::read(line))) {
-            vor::print_line(stderr, fmt::format("vorcfg: {}: line {} is incomplete{}", path_, number,
-                                                repair ? " and was removed" : ""));
+            machine_.note(fmt::format("{}: line {} is incomplete{}", path_, number, repair ? " and was removed" : ""));
             if (repair) {
                 file_->truncate(size_);
             }
@@ -195,10 +207,10 @@ CallBegun Journal::begun(const call::PreparedCall& call) const
             .key = call::key_of(call)};
 }
 
-void Journal::begin(const call::PreparedCall& call, bool is_new)
+void Journal::begin(const call::PreparedCall& call)
 {
     CallBegun record = begun(call);
-    const Entry* const replaced = is_new ? nullptr : ledger_.replaced_by(record.key);
+    const Entry* const replaced = ledger_.replaced_by(record.key);
     record.replaces = replaced != nullptr ? std::optional(replaced->begun.number) : std::nullopt;
     append(record);
 }

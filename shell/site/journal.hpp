@@ -11,6 +11,8 @@
 
 namespace vorcfg::site {
 
+struct JournalInUse : input::InputError {};
+
 // All of these throw an InputError where the journal cannot be used.
 class Journal {
 public:
@@ -29,8 +31,7 @@ public:
     Moment now() const { return machine_.clock.now(); }
 
     // The call that is about to be sent, on disk when this returns; and its verdict, which is there with the next call.
-    // Of a call that `is_new` nothing is known that it replaces.
-    void begin(const call::PreparedCall& call, bool is_new = false);
+    void begin(const call::PreparedCall& call);
     void begin_revert(const call::PreparedCall& call, const Entry& reverted);
     void end(const call::PreparedCall& call, const call::CallResult& result);
 

@@ -13,11 +13,15 @@ State Entry::state() const
     if (!ended.done) {
         return State::unknown;
     }
-    const auto is = [this](State state) { return ended.outcome == call::name_of(state); };
     if (!*ended.done) {
-        return is(State::refused) ? State::refused : State::not_delivered;
+        return ended.outcome == call::name_of(State::refused) ? State::refused : State::not_delivered;
     }
-    return is(State::sent) || is(State::unread) ? (is(State::sent) ? State::sent : State::unread) : State::accepted;
+    for (const State state : {State::sent, State::unread}) {
+        if (ended.outcome == call::name_of(state)) {
+            return state;
+        }
+    }
+    return State::accepted;
 }
 
 bool can_be_reverted(const call::CallKey& key, const Entry* before)
@@ -29,6 +33,11 @@ bool can_be_reverted(const call::CallKey& key, const Entry* before)
 bool Undo::is_reverted() const
 {
     return revert != nullptr && call::is_made(revert->state());
+}
+
+bool Undo::may_be_reverted() const
+{
+    return revert != nullptr && (is_reverted() || revert->state() == State::unknown);
 }
 
 bool Undo::can_still_be_reverted() const
@@ -99,9 +108,30 @@ void Ledger::add(const ApplyPending& record)
 void Ledger::add(const ApplyDecided& record)
 {
     decided_ = record;
-    for (const Undo& undo : pending_ && pending_->reverting && !record.confirmed ? undos() : std::vector<Undo>()) {
-        for (const Entry* const call : undo.revert == nullptr ? undo.calls : std::vector<const Entry*>()) {
-            note(*call, call->state());
+    if (!pending_ || !pending_->reverting || record.confirmed) {
+        return;
+    }
+    std::set<const Entry*> untouched; // by the reverting
+    for (const Undo& undo : undos()) {
+        untouched.insert(undo.calls.begin(), undo.revert == nullptr ? undo.calls.end() : undo.calls.begin());
+    }
+    for (const Entry& entry : entries_) {
+        if (untouched.contains(&entry)) {
+            note(entry, entry.state());
+        }
+    }
+}
+
+void Ledger::add(const CallsVoided& record)
+{
+    for (const std::uint64_t number : record.numbers) {
+        if (number == 0 || number > entries_.size()) {
+            fail_not_begun(number);
+        }
+        const Entry& entry = entries_[static_cast<std::size_t>(number - 1)];
+        for (const call::Setting& setting : entry.settings) {
+            Known& known = known_[setting];
+            known.standing = known.standing == &entry ? nullptr : known.standing;
         }
     }
 }
@@ -175,7 +205,8 @@ std::optional<Confirmation> Ledger::confirmation(const Moment& now) const
     const std::vector<Undo> all = undos();
     const auto reverted = static_cast<std::size_t>(std::ranges::count_if(all, &Undo::is_reverted));
     if (decided_->confirmed) {
-        return reverted == 0 ? Confirmation::confirmed : Confirmation::partly_reverted;
+        return std::ranges::none_of(all, &Undo::may_be_reverted) ? Confirmation::confirmed
+                                                                 : Confirmation::partly_reverted;
     }
     return reverted == all.size() ? Confirmation::reverted : Confirmation::partly_reverted;
 }

@@ -31,7 +31,13 @@ struct Known {
     const Entry* open = nullptr;        // the first since then that may have been made
     std::vector<const Entry*> failed{}; // since then, known not to have been made
 
-    const Entry* latest() const { return open != nullptr ? open : standing; }
+    const Entry* latest() const
+    {
+        if (open != nullptr || standing != nullptr) {
+            return open != nullptr ? open : standing;
+        }
+        return failed.empty() ? nullptr : failed.back();
+    }
 };
 
 // The calls of a confirmed apply that changed the same settings, and the one that stood before.
@@ -41,6 +47,7 @@ struct Undo {
     const Entry* revert = nullptr;   // the last attempt
 
     bool is_reverted() const;
+    bool may_be_reverted() const;       // it is, or its last attempt has no verdict
     bool can_still_be_reverted() const; // and was not refused
 };
 
@@ -76,6 +83,7 @@ private:
     void add(const CallEnded& record);
     void add(const ApplyPending& record);
     void add(const ApplyDecided& record);
+    void add(const CallsVoided& record);
     void note(const Entry& entry, call::State state);
 
     std::deque<Entry> entries_;

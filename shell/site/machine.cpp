@@ -12,6 +12,7 @@
 
 #include <fmt/core.h>
 
+#include "output/output.hpp"
 #include "text/json_lines.hpp"
 #include "text/parse.hpp"
 
@@ -144,11 +145,11 @@ public:
 
 } // namespace
 
-Machine this_machine()
+Machine this_machine(bool json)
 {
     static SystemClock clock;
     static DiskOfThisMachine disk;
-    return {clock, disk};
+    return {clock, disk, [json](const std::string& text) { output::print_notice(text, {}, json, stderr); }};
 }
 
 namespace {

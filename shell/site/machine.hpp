@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -55,9 +56,10 @@ public:
 struct Machine {
     Clock& clock;
     Disk& disk;
+    std::function<void(const std::string&)> note; // says what a user should know about a journal
 };
 
-Machine this_machine();
+Machine this_machine(bool json = false);
 
 // The process that waits to revert an apply holds a lock on the journal, which goes with it, however it ends.
 bool hold_waiting(int journal); // once no other does

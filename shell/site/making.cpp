@@ -13,12 +13,11 @@ Made make(const Making& making, const Next& next)
     Journal& journal = making.journal;
     call::BatchRunner runner(
         making.options, making.calls, making.reporter,
-        {.before = [&](const call::PreparedCall& call) { journal.begin(call, making.is_new); },
+        {.before = [&](const call::PreparedCall& call) { journal.begin(call); },
          .after = [&](const call::PreparedCall& call, const call::CallResult& result) { journal.end(call, result); },
          .given_up = making.given_up,
          .ends = making.options.confirm ? call::Signals::no_hang_up : call::Signals::all,
          .caller = making.caller});
-    int exit = input::exit_ok;
     try {
         for (bool more = true; more;) {
             auto call = next();
@@ -26,9 +25,10 @@ Made make(const Making& making, const Next& next)
         }
         journal.sync();
     } catch (const input::InputError& error) { // a full disk, above all
-        exit = output::print_error(error, making.options.json);
+        output::print_error(error, making.options.json);
+        runner.fail(error.exit);
     }
-    return {std::max(exit, runner.finish()), runner.signal()};
+    return {runner.finish(), runner.signal()};
 }
 
 Made make_confirmed(const Making& making, const Next& next, const std::function<int()>& start_waiter)

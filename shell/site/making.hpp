@@ -15,7 +15,6 @@ struct Making {
     const input::Options& options;
     std::size_t calls;
     call::Reporter& reporter;
-    bool is_new = false;                        // nothing is known of what they replace
     std::function<void(int signal)> given_up{}; // the process ends in the middle of a call
     call::Caller* caller = nullptr;             // else over the library
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <numeric>
 #include <set>
 #include <utility>
 
@@ -11,6 +12,11 @@ std::size_t PlanTally::up_to_date() const
 {
     return (*this)[LineState::accepted] + (*this)[LineState::sent] + (*this)[LineState::unread] +
            (*this)[LineState::overtaken];
+}
+
+std::size_t PlanTally::size() const
+{
+    return std::accumulate(lines.begin(), lines.end(), std::size_t{0});
 }
 
 PlanTally Plan::tally() const
@@ -65,6 +71,11 @@ LineState settled_state(call::State state)
     }
 }
 
+LineState failed_state(const Entry& entry)
+{
+    return entry.state() == call::State::refused ? LineState::refused : LineState::not_delivered;
+}
+
 } // namespace
 
 // By what stands, and what may have overwritten that.
@@ -90,10 +101,37 @@ void Planner::judge(Line& line, const Ledger& ledger, Again again) const
         shown.state = LineState::fresh;
     } else if (shown.before->begun.key != shown.key) {
         shown.state = LineState::changed;
+    } else if (shown.key.secret && shown.failed != nullptr) { // perhaps with another secret
+        shown.state = failed_state(*shown.failed);
     } else {
         shown.state = settled_state(shown.before->state());
     }
     shown.can_be_reverted = again != Again::all && can_be_reverted(shown.key, ledger.replaced_by(shown.key));
+}
+
+// Where a setting returns to a value that it has had before in the file, what stands may have been made for the earlier
+// line: then what is between the two has not been made.
+void Planner::find_returning(std::vector<Line>& lines, const Ledger& ledger) const
+{
+    std::map<std::vector<call::Setting>, std::vector<Line*>> all;
+    for (Line& line : lines) {
+        all[line.settings].push_back(&line);
+    }
+    for (const auto& [settings, same] : all) {
+        PlanLine& last = same.back()->shown;
+        const auto is_earlier = [&](const Line* line) { return line != same.back() && line->shown.key == last.key; };
+        if (!last.is_up_to_date() || std::ranges::none_of(same, is_earlier)) {
+            continue;
+        }
+        const PlanLine& before = same[same.size() - 2]->shown;
+        const auto& replaced = ledger.of(settings.front()).standing->begun.replaces;
+        const auto& entries = ledger.entries();
+        if (before.key != last.key &&
+            (!replaced || entries[static_cast<std::size_t>(*replaced - 1)].begun.key != before.key)) {
+            last.state = LineState::again;
+            last.follows = before.place.line;
+        }
+    }
 }
 
 // What does not stand may have been overwritten by lines after it, as the file has it.
@@ -180,7 +218,7 @@ void Planner::find_removed(Plan& plan, const Ledger& ledger) const
                       .state = is_open ? LineState::unknown : LineState::removed,
                       .before = is_open ? nullptr : entry,
                       .open = is_open ? entry : nullptr};
-        if (selection_.holds(line)) {
+        if (selection_.holds(line) && (is_open || call::is_made(entry->state()))) {
             plan.removed.push_back(std::move(line));
         }
     }
@@ -192,14 +230,14 @@ Plan Planner::against(const Ledger& ledger, Again again) const
     for (Line& line : lines) {
         judge(line, ledger, again);
     }
+    find_returning(lines, ledger);
     find_overtaken(lines, ledger);
     find_contradictions(lines);
     for (Line& line : lines) {
         PlanLine& shown = line.shown;
         const bool is_open = shown.state == LineState::fresh || shown.state == LineState::changed;
         if (is_open && shown.failed != nullptr) {
-            const bool refused = shown.failed->state() == call::State::refused;
-            shown.state = refused ? LineState::refused : LineState::not_delivered;
+            shown.state = failed_state(*shown.failed);
         }
         if ((shown.is_up_to_date() && again == Again::all) || (shown.is_not_compared() && again == Again::secrets)) {
             shown.state = LineState::again;

@@ -92,6 +92,7 @@ struct PlanTally {
 
     std::size_t operator[](LineState state) const { return lines[static_cast<std::size_t>(state)]; }
     std::size_t up_to_date() const;
+    std::size_t size() const; // of the lines in the file
 };
 
 struct Plan {
@@ -121,6 +122,7 @@ private:
     };
 
     void judge(Line& line, const Ledger& ledger, Again again) const;
+    void find_returning(std::vector<Line>& lines, const Ledger& ledger) const;
     void find_overtaken(std::vector<Line>& lines, const Ledger& ledger) const;
     bool find_following(std::vector<Line>& lines, const Ledger& ledger) const;
     void find_removed(Plan& plan, const Ledger& ledger) const;

@@ -166,6 +166,11 @@ Json json_of(const ApplyDecided& record)
     return {{record.confirmed ? "confirmed" : "taken_back", true}, {"at", record.at}, {"by", user()}};
 }
 
+Json json_of(const CallsVoided& record)
+{
+    return {{"voided", Json::array(record.numbers)}, {"at", record.at}, {"by", user()}};
+}
+
 } // namespace
 
 Json values_json(const call::CallKey& key)
@@ -232,6 +237,13 @@ Record record_in(std::string_view line, bool is_first)
     }
     if (json.contains("confirmed") || json.contains("taken_back")) {
         return ApplyDecided{json.contains("confirmed"), json.value("at", "")};
+    }
+    if (json.contains("voided")) {
+        CallsVoided voided{.numbers = {}, .at = json.value("at", "")};
+        for (const Json& number : json["voided"].elements()) {
+            voided.numbers.push_back(number.number<std::uint64_t>());
+        }
+        return voided;
     }
     if (json.contains("gateway")) {
         return GatewayNamed{json["gateway"].string(), known != nullptr, json.value("at", "")};

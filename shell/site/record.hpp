@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 #include "call/call_key.hpp"
 
@@ -58,7 +59,13 @@ struct ApplyDecided {
     std::string at{};
 };
 
-using Record = std::variant<GatewayNamed, CallBegun, CallEnded, ApplyPending, ApplyDecided>;
+// Calls that do not stand any more, whatever was recorded: the gateway was reset or replaced.
+struct CallsVoided {
+    std::vector<std::uint64_t> numbers;
+    std::string at{};
+};
+
+using Record = std::variant<GatewayNamed, CallBegun, CallEnded, ApplyPending, ApplyDecided, CallsVoided>;
 
 // Adds the user where the record does not have it.
 std::string text_of(const Record& record);
@@ -68,6 +75,7 @@ Record record_in(std::string_view line, bool is_first);
 // Where the text of an ApplyPending says that it is not being reverted, and what says the opposite.
 inline constexpr std::string_view not_reverting = "\"reverting\":false";
 inline constexpr std::string_view now_reverting = "\"reverting\":true ";
+static_assert(not_reverting.size() == now_reverting.size());
 
 // The values by their arguments' names.
 vor::Json values_json(const call::CallKey& key);

@@ -15,15 +15,15 @@ using vor::Json;
 
 namespace {
 
-struct Reverting {
+struct RevertingCall {
     const Undo* undo;
     call::PreparedCall call;
 };
 
 // All of them prepared before the first is made.
-std::vector<Reverting> reverting_calls(const std::vector<Undo>& undos)
+std::vector<RevertingCall> reverting_calls(const std::vector<Undo>& undos)
 {
-    std::vector<Reverting> calls;
+    std::vector<RevertingCall> calls;
     for (const Undo& undo : undos) {
         if (!undo.can_still_be_reverted()) {
             continue;
@@ -81,11 +81,12 @@ std::size_t calls_of(const std::vector<Undo>& undos, bool reverted)
     return calls;
 }
 
-std::vector<std::size_t> lines_not_reverted(const std::vector<Undo>& undos)
+template <class Selected>
+std::vector<std::size_t> lines_of(const std::vector<Undo>& undos, Selected selected)
 {
     std::vector<std::size_t> lines;
     for (const Undo& undo : undos) {
-        for (const Entry* const call : undo.is_reverted() ? std::vector<const Entry*>() : undo.calls) {
+        for (const Entry* const call : selected(undo) ? undo.calls : std::vector<const Entry*>()) {
             lines.push_back(call->begun.line);
         }
     }
@@ -95,11 +96,11 @@ std::vector<std::size_t> lines_not_reverted(const std::vector<Undo>& undos)
 
 } // namespace
 
-bool revert(Journal& journal, const input::Options& options, call::Signals ends,
-            const std::function<void(const Undo&)>& each, call::Caller* caller)
+Reverting revert(Journal& journal, const input::Options& options, call::Signals ends,
+                 const std::function<void(const Undo&)>& each, call::Caller* caller)
 {
     const std::vector<Undo> undos = journal.ledger().undos();
-    std::vector<Reverting> calls = reverting_calls(undos);
+    std::vector<RevertingCall> calls = reverting_calls(undos);
     input::Options all = options;
     all.keep_going = true;
     all.dry_run = false;
@@ -122,7 +123,7 @@ bool revert(Journal& journal, const input::Options& options, call::Signals ends,
              },
          .ends = ends,
          .caller = caller});
-    for (Reverting& each_call : calls) {
+    for (RevertingCall& each_call : calls) {
         undo = each_call.undo;
         if (!runner.make(each_call.call) && runner.signal() != 0) {
             break;
@@ -130,10 +131,10 @@ bool revert(Journal& journal, const input::Options& options, call::Signals ends,
     }
     const std::vector<Undo> now = journal.ledger().undos();
     if (!reverting_calls(now).empty()) {
-        return false;
+        return runner.signal() != 0 ? Reverting::interrupted : Reverting::later;
     }
     journal.append_or_keep(ApplyDecided{.confirmed = false, .at = journal.machine().clock.stamp()});
-    return true;
+    return Reverting::done;
 }
 
 void require_recorded(Journal& journal)
@@ -197,26 +198,45 @@ std::string time_text(std::chrono::milliseconds time)
 
 std::string text_of(const ConfirmedApply& apply)
 {
-    const bool was_tried = std::ranges::any_of(
-        apply.undos, [](const Undo& undo) { return undo.revert != nullptr && !undo.is_reverted(); });
+    const auto failed = [](const Undo& undo) {
+        return undo.revert != nullptr && undo.revert->ended.number != 0 && !undo.is_reverted();
+    };
+    const auto cannot = [](const Undo& undo) { return undo.before == nullptr; };
+    const auto perhaps = [](const Undo& undo) { return !undo.is_reverted() && undo.may_be_reverted(); };
+    const auto not_reverted = [](const Undo& undo) { return !undo.may_be_reverted(); };
     const std::size_t reverted = calls_of(apply.undos, true);
+    const bool none_can = std::ranges::all_of(apply.undos, cannot);
+    std::string text;
     switch (apply.confirmation) {
     case Confirmation::waiting:
-        return fmt::format("not confirmed yet, the last apply will be reverted at {}, in {}{}", second_of(apply.until),
-                           time_text(apply.left),
-                           apply.has_waiter ? "" : "; no process waits for that any more, the next apply reverts");
+        if (none_can) {
+            return fmt::format("not confirmed yet, but {} cannot be reverted",
+                               output::lines_text(lines_of(apply.undos, cannot)));
+        }
+        text = fmt::format("not confirmed yet, the last apply will be reverted at {}, in {}", second_of(apply.until),
+                           time_text(apply.left));
+        if (const auto lines = lines_of(apply.undos, cannot); !lines.empty()) {
+            text += fmt::format(", but not {}", output::lines_text(lines));
+        }
+        return text +
+               (apply.has_waiter ? "" : "; no process waits for that: after it, vorcfg revert --expired reverts");
     case Confirmation::expired:
         return fmt::format("expired and not yet reverted: the last apply was not confirmed {}{}",
                            apply.restarted ? "before the gateway restarted" : "by " + second_of(apply.until),
-                           was_tried ? "; reverting it failed so far" : "");
+                           std::ranges::any_of(apply.undos, failed) ? "; reverting it failed so far" : "");
     case Confirmation::confirmed:
         return "confirmed";
     case Confirmation::reverted:
         return fmt::format("reverted: {}", vor::counted(reverted, "call"));
     default:
-        return fmt::format("partly reverted: {}, but not {}",
-                           reverted == 0 ? "no call" : vor::counted(reverted, "call"),
-                           output::lines_text(lines_not_reverted(apply.undos)));
+        text = reverted == 0 ? "not reverted" : fmt::format("partly reverted: {}", vor::counted(reverted, "call"));
+        if (const auto lines = lines_of(apply.undos, not_reverted); !lines.empty()) {
+            text += fmt::format("{}{}", reverted == 0 ? ": " : ", but not ", output::lines_text(lines));
+        }
+        if (const auto lines = lines_of(apply.undos, perhaps); !lines.empty()) {
+            text += fmt::format("; {} may have been reverted", output::lines_text(lines));
+        }
+        return text;
     }
 }
 
@@ -226,6 +246,9 @@ std::string hint_for(const ConfirmedApply& apply)
     case Confirmation::waiting:
         return fmt::format("vorcfg confirm {0} to keep the changes, vorcfg revert {0} to undo them", apply.journal);
     case Confirmation::expired:
+        if (calls_of(apply.undos, true) != 0) {
+            return fmt::format("vorcfg revert {0} to undo the rest, vorcfg confirm {0} to keep it", apply.journal);
+        }
         return fmt::format("vorcfg revert {0} to undo the changes, vorcfg confirm {0} to keep them", apply.journal);
     default:
         return "";
@@ -254,7 +277,8 @@ Json json_of(const ConfirmedApply& apply)
     json["reverted"] = calls_of(apply.undos, true);
     if (apply.confirmation == Confirmation::partly_reverted) {
         json["not_reverted"] = calls_of(apply.undos, false);
-        json["lines_not_reverted"] = Json::array(lines_not_reverted(apply.undos));
+        json["lines_not_reverted"] =
+            Json::array(lines_of(apply.undos, [](const Undo& undo) { return !undo.is_reverted(); }));
     }
     return json;
 }

@@ -15,10 +15,12 @@ class Json;
 
 namespace vorcfg::site {
 
-// Makes again what each call replaced, the last first, as far as that has not been done. False where something is left
-// that another attempt may revert. `each` is called after each attempt; a test has its own caller.
-bool revert(Journal& journal, const input::Options& options, call::Signals ends,
-            const std::function<void(const Undo&)>& each = {}, call::Caller* caller = nullptr);
+enum class Reverting { done, later, interrupted };
+
+// Makes again what each call replaced, the last first, as far as that has not been done. `later` where something is
+// left that another attempt may revert. `each` is called after each attempt; a test has its own caller.
+Reverting revert(Journal& journal, const input::Options& options, call::Signals ends,
+                 const std::function<void(const Undo&)>& each = {}, call::Caller* caller = nullptr);
 
 // Throws an InputError where the disk had no room for what was reverted.
 void require_recorded(Journal& journal);

@@ -40,6 +40,7 @@ struct Sheet {
     std::vector<SheetSection> sections;
     std::size_t settled = 0;
     std::size_t open = 0;
+    std::size_t failed = 0; // nothing stands
     std::string first;
     std::string last;
     std::optional<ConfirmedApply> outcome{}; // of the last apply, if it needed a confirmation
@@ -81,7 +82,9 @@ Sheet sheet_of(const Journal& journal)
                 continue;
             }
             const SheetLine& line = section.lines.emplace_back(line_of(*each, ledger.is_open(*each)));
-            (line.open ? sheet.open : sheet.settled)++;
+            const bool is_made = call::is_made(each->state());
+            std::size_t& settled_or_failed = is_made ? sheet.settled : sheet.failed;
+            (line.open ? sheet.open : settled_or_failed)++;
             sheet.first = sheet.first.empty() ? line.when : std::min(sheet.first, line.when);
             sheet.last = std::max(sheet.last, line.when);
         }
@@ -101,7 +104,7 @@ std::string note_of(const Sheet& sheet)
                            sheet.outcome->confirmation == Confirmation::expired ? "was not confirmed in time"
                                                                                 : "is not confirmed yet");
     }
-    return sheet.outcome && sheet.outcome->confirmation == Confirmation::partly_reverted
+    return sheet.outcome && sheet.outcome->confirmation != Confirmation::confirmed
                ? fmt::format("The last apply was {}.", text_of(*sheet.outcome))
                : "";
 }
@@ -110,6 +113,7 @@ std::string counts_of(const Sheet& sheet)
 {
     std::string text = vor::counted(sheet.settled, "setting");
     text += sheet.open != 0 ? fmt::format(", {} unknown", sheet.open) : "";
+    text += sheet.failed != 0 ? fmt::format(", {} refused or not delivered", sheet.failed) : "";
     text += sheet.first.empty() ? "" : ", " + sheet.first;
     return sheet.first == sheet.last ? text : fmt::format("{} to {}", text, sheet.last);
 }
@@ -119,7 +123,7 @@ constexpr const char* meaning =
 
 vor::Cells cells_of(const SheetLine& line)
 {
-    const vor::Color color = line.open ? vor::Color::yellow : vor::Color::plain;
+    const vor::Color color = line.open || !call::is_made(line.entry->state()) ? vor::Color::yellow : vor::Color::plain;
     return {{" "}, {line.state, color}, {line.name}, {line.when + (line.values.empty() ? "" : ", ") + line.values}};
 }
 
@@ -181,8 +185,8 @@ std::string html_of(const Sheet& sheet)
                             section.family->name, html(rows::about(*section.family)));
         for (const SheetLine& line : section.lines) {
             text += fmt::format("<tr{}><td>{}</td><td>{}</td><td>{}</td><td>{}</td></tr>\n",
-                                line.open ? " class=\"open\"" : "", html(line.name), html(line.values),
-                                html(line.state), html(line.when));
+                                line.open || !call::is_made(line.entry->state()) ? " class=\"open\"" : "",
+                                html(line.name), html(line.values), html(line.state), html(line.when));
         }
         text += "</tbody>\n</table>\n";
     }
@@ -208,6 +212,7 @@ std::string json_of(const Sheet& sheet, const Journal& journal, int exit)
     json.add("gateway", journal.ledger().gateway());
     json["settled"] = sheet.settled;
     json["unknown"] = sheet.open;
+    json["failed"] = sheet.failed;
     if (sheet.outcome) {
         json["confirmation"] = json_of(*sheet.outcome);
     }
@@ -226,7 +231,7 @@ int run_report(const std::string& path, const input::Options& options)
     if (!std::filesystem::exists(path)) {
         throw input::InputError{fmt::format("{}: no such journal", path), input::exit_journal};
     }
-    const Journal journal = Journal::read(this_machine(), path);
+    const Journal journal = Journal::read(this_machine(options.json), path);
     const Sheet sheet = sheet_of(journal);
     const int exit = sheet.is_undecided() ? input::exit_due : input::exit_ok;
     if (options.json) {

@@ -60,7 +60,10 @@ std::string_view reason_of(const Entry& entry)
 std::string open_text(const PlanLine& line)
 {
     const Entry& open = *line.open;
-    const std::string other = open.begun.key == line.key ? "" : fmt::format("{} ", call::name_of(open.begun.key));
+    const std::string call = open.begun.key.row == line.key.row ? "" : call::name_of(open.begun.key) + ' ';
+    const std::string values = values_of(open.begun.key);
+    const std::string other =
+        open.begun.key == line.key ? "" : fmt::format("{}{}{}", call, values, values.empty() ? "" : ", ");
     const bool has_ended = open.state() != call::State::unknown; // and is being reverted, without a record of that
     return fmt::format("{}begun {}, {}{}", other, minute_of(open.begun.at),
                        has_ended ? "may be reverted already" : reason_of(open),
@@ -99,7 +102,9 @@ std::string values_text(const PlanLine& line)
         return changes_of(line);
     }
     const std::string values = values_of(line.key, line.hexadecimal);
-    return fmt::format("{}{}after {}", values, values.empty() ? "" : ", ", call::name_of(line.before->begun.key));
+    const std::string before = values_of(line.before->begun.key);
+    return fmt::format("{}{}instead of {}{}{}", values, values.empty() ? "" : ", ",
+                       call::name_of(line.before->begun.key), before.empty() ? "" : ", ", before);
 }
 
 std::string state_text(const PlanLine& line)
@@ -241,6 +246,7 @@ std::size_t calls_in(const Applied& applied, call::State state)
 std::string json_of(const Applied& applied, const Shown& to)
 {
     Json json = summary_record("apply", to);
+    json["lines"] = applied.before.size();
     for (const call::State state : all_states) {
         json[field_of(call::name_of(state))] = calls_in(applied, state);
     }
@@ -249,6 +255,7 @@ std::string json_of(const Applied& applied, const Shown& to)
     json["up_to_date"] = applied.before.up_to_date();
     json["left_unknown"] = applied.before.left_unknown;
     json["secrets_not_compared"] = applied.before.not_compared;
+    json["left_to_batch"] = applied.asking;
     json["due"] = applied.after.due;
     json["exit"] = applied.exit;
     return output::line_of(json);
@@ -373,7 +380,7 @@ std::string summary_of(const Plan& plan, int exit, const Shown& to)
     others.add(name_of(LineState::accepted).total, tally.up_to_date());
     const std::string nothing = tally.due == 0 ? fmt::format("{}, ", output::Counts().text()) : "";
     return vor::paragraph(fmt::format("{}: {}{}{}", to.in_rows() ? "Plan" : vor::printable(to.file), nothing,
-                                      others.text("the file has no calls"), not_compared_text(tally)),
+                                      others.text("no calls are selected"), not_compared_text(tally)),
                           to.screen);
 }
 

@@ -38,6 +38,7 @@ struct Applied {
     std::size_t left = 0;                     // not made
     bool stopped = false;                     // before the end
     bool continues = false;                   // where apply is run again
+    std::size_t asking = 0;                   // lines that only batch makes
     PlanTally before;
     PlanTally after;
     int exit = 0;

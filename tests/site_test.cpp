@@ -265,7 +265,7 @@ TEST_F(Site, unconfirmed_apply_is_reverted)
     const Output end = attached.rest();
     EXPECT_EQ(14, end.exit_code) << end.text;
     for (const char* const text : {"f:2: can set-id 1: reverted to can_id 7, option 1",
-                                   "f:4: hostname set-plat-hostname: not reverted: what stood before is not known",
+                                   "f:4: hostname set-plat-hostname: not reverted: its earlier value is not known",
                                    "f.journal: partly reverted: 2 calls, but not line 4"}) {
         EXPECT_NE(std::string::npos, end.text.find(text)) << text << " is not in\n" << end.text;
     }
@@ -332,7 +332,7 @@ TEST_F(Site, non_utf8_values_apply_and_revert)
           "or 1\nmodbus set-config-polling e\xfen 40001 3 1 1000 1\n");
     EXPECT_EQ(0, workplace.run("vorcfg apply f --confirm 60 --yes").exit_code);
     const Output reverted = workplace.run("vorcfg revert f.journal");
-    EXPECT_EQ(14, reverted.exit_code) << reverted.text; // nothing stood before the second line
+    EXPECT_EQ(14, reverted.exit_code) << reverted.text; // the second line has no earlier value
     EXPECT_NE(std::string::npos, told(workplace).back().find("d\xef\xbf\xbd"
                                                              "or"))
         << told(workplace).back();

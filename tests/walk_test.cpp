@@ -524,7 +524,7 @@ private:
         for (const Entry* const entry : ledger.latest()) {
             for (const call::Setting& setting : entry->settings) {
                 const Known& known = ledger.of(setting);
-                if (known.open == nullptr && known.standing == entry) {
+                if (known.open == nullptr && known.current == entry) {
                     require(is_true(*entry, setting), when + ": the report has what the gateway does not");
                 }
             }

@@ -176,7 +176,7 @@ public:
         batch_.ask(selected);
         batch_.rewind(selected);
         if (options_.all) {
-            void_what_stands(journal, plan);
+            void_accepted(journal, plan);
         }
         return make(journal, plan);
     }
@@ -250,14 +250,14 @@ private:
     }
 
     // With --all nothing is known any more of what the lines set, also if not all of them are made.
-    void void_what_stands(Journal& journal, const Plan& plan) const
+    void void_accepted(Journal& journal, const Plan& plan) const
     {
         std::set<std::uint64_t> numbers;
         for (const PlanLine& line : plan.lines) {
             for (const call::Setting& setting : call::settings_of(line.key)) {
-                const Entry* const standing = journal.ledger().of(setting).standing;
-                if (standing != nullptr) {
-                    numbers.insert(standing->begun.number);
+                const Entry* const current = journal.ledger().of(setting).current;
+                if (current != nullptr) {
+                    numbers.insert(current->begun.number);
                 }
             }
         }

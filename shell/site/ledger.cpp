@@ -131,12 +131,12 @@ void Ledger::add(const CallsVoided& record)
         const Entry& entry = entries_[static_cast<std::size_t>(number - 1)];
         for (const call::Setting& setting : entry.settings) {
             Known& known = known_[setting];
-            known.standing = known.standing == &entry ? nullptr : known.standing;
+            known.current = known.current == &entry ? nullptr : known.current;
         }
     }
 }
 
-// A call without a verdict may have overwritten what stood before.
+// A call without a verdict may have overwritten the one before.
 void Ledger::note(const Entry& entry, State state)
 {
     for (const call::Setting& setting : entry.settings) {
@@ -144,7 +144,7 @@ void Ledger::note(const Entry& entry, State state)
         if (state == State::unknown) {
             known.open = known.open == nullptr ? &entry : known.open;
         } else if (call::is_made(state)) {
-            known = {.standing = &entry};
+            known = {.current = &entry};
         } else {
             known.open = known.open == &entry ? nullptr : known.open;
             known.failed.push_back(&entry);
@@ -162,10 +162,10 @@ const Known& Ledger::of(const call::Setting& setting) const
 const Entry* Ledger::replaced_by(const call::CallKey& key) const
 {
     const std::vector<call::Setting> settings = call::settings_of(key);
-    const Entry* const standing = of(settings.front()).standing;
+    const Entry* const current = of(settings.front()).current;
     const bool by_all =
-        std::ranges::all_of(settings, [&](const auto& setting) { return of(setting).standing == standing; });
-    return by_all && standing != nullptr && standing->settings == settings ? standing : nullptr;
+        std::ranges::all_of(settings, [&](const auto& setting) { return of(setting).current == current; });
+    return by_all && current != nullptr && current->settings == settings ? current : nullptr;
 }
 
 std::vector<const Entry*> Ledger::latest(const std::set<call::Setting>& except) const

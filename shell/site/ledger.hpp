@@ -1,4 +1,4 @@
-// ledger.hpp: what the records of a journal add up to: for each setting the call that stands and those that may have
+// ledger.hpp: what the records of a journal add up to: for each setting the call in effect and those that may have
 // overwritten it since, and what of a confirmed apply can still be reverted.
 #pragma once
 
@@ -27,20 +27,20 @@ struct Entry {
 
 // What is known of a setting.
 struct Known {
-    const Entry* standing = nullptr;    // made last, as far as is known
+    const Entry* current = nullptr;     // made last, as far as is known
     const Entry* open = nullptr;        // the first since then that may have been made
     std::vector<const Entry*> failed{}; // since then, known not to have been made
 
     const Entry* latest() const
     {
-        if (open != nullptr || standing != nullptr) {
-            return open != nullptr ? open : standing;
+        if (open != nullptr || current != nullptr) {
+            return open != nullptr ? open : current;
         }
         return failed.empty() ? nullptr : failed.back();
     }
 };
 
-// The calls of a confirmed apply that changed the same settings, and the one that stood before.
+// The calls of a confirmed apply that changed the same settings, and the one before them.
 struct Undo {
     std::vector<const Entry*> calls; // the first one first
     const Entry* before = nullptr;   // null: they cannot be reverted
@@ -62,7 +62,7 @@ public:
     void take(const Record& record);
 
     const Known& of(const call::Setting& setting) const;
-    // What a call replaces: what stands for all that it changes, and changes nothing else. Null: there is none.
+    // What a call replaces: the call in effect for all that it changes and nothing else. Null: there is none.
     const Entry* replaced_by(const call::CallKey& key) const;
     const std::deque<Entry>& entries() const { return entries_; }
     // The latest calls of all settings but some, each once, in the order in which they were begun.

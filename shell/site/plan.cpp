@@ -78,7 +78,7 @@ LineState failed_state(const Entry& entry)
 
 } // namespace
 
-// By what stands, and what may have overwritten that.
+// By the call in effect, and those that may have overwritten it.
 void Planner::judge(Line& line, const Ledger& ledger, Again again) const
 {
     PlanLine& shown = line.shown;
@@ -86,10 +86,10 @@ void Planner::judge(Line& line, const Ledger& ledger, Again again) const
     for (const call::Setting& setting : line.settings) {
         const Known& known = ledger.of(setting);
         shown.open = shown.open == nullptr ? known.open : shown.open;
-        const bool stands = known.standing != nullptr && known.standing->begun.key == shown.key;
-        has_something = has_something && known.standing != nullptr;
-        if (known.standing != nullptr && (shown.before == nullptr || !stands)) {
-            shown.before = known.standing;
+        const bool is_current = known.current != nullptr && known.current->begun.key == shown.key;
+        has_something = has_something && known.current != nullptr;
+        if (known.current != nullptr && (shown.before == nullptr || !is_current)) {
+            shown.before = known.current;
         }
         for (const Entry* const failed : known.failed) {
             shown.failed = failed->begun.key == shown.key ? failed : shown.failed;
@@ -109,8 +109,8 @@ void Planner::judge(Line& line, const Ledger& ledger, Again again) const
     shown.can_be_reverted = again != Again::all && can_be_reverted(shown.key, ledger.replaced_by(shown.key));
 }
 
-// Where a setting returns to a value that it has had before in the file, what stands may have been made for the earlier
-// line: then what is between the two has not been made.
+// Where a setting returns to a value that it has had before in the file, the call in effect may have been made for the
+// earlier line: then what is between the two has not been made.
 void Planner::find_returning(std::vector<Line>& lines, const Ledger& ledger) const
 {
     std::map<std::vector<call::Setting>, std::vector<Line*>> all;
@@ -124,7 +124,7 @@ void Planner::find_returning(std::vector<Line>& lines, const Ledger& ledger) con
             continue;
         }
         const PlanLine& before = same[same.size() - 2]->shown;
-        const auto& replaced = ledger.of(settings.front()).standing->begun.replaces;
+        const auto& replaced = ledger.of(settings.front()).current->begun.replaces;
         const auto& entries = ledger.entries();
         if (before.key != last.key &&
             (!replaced || entries[static_cast<std::size_t>(*replaced - 1)].begun.key != before.key)) {
@@ -134,18 +134,18 @@ void Planner::find_returning(std::vector<Line>& lines, const Ledger& ledger) con
     }
 }
 
-// What does not stand may have been overwritten by lines after it, as the file has it.
+// A line that is not in effect may have been overwritten by lines after it, as the file has it.
 void Planner::find_overtaken(std::vector<Line>& lines, const Ledger& ledger) const
 {
     std::map<call::Setting, const Line*> up_to_date;
     for (std::size_t i = lines.size(); i-- > 0;) {
         Line& line = lines[i];
         const auto is_overtaken = [&](const call::Setting& setting) {
-            const Entry* const standing = ledger.of(setting).standing;
+            const Entry* const current = ledger.of(setting).current;
             const auto later = up_to_date.find(setting);
-            const bool stands = standing != nullptr && standing->begun.key == line.shown.key;
-            line.overtaken_by = stands || later == up_to_date.end() ? line.overtaken_by : later->second;
-            return stands || later != up_to_date.end();
+            const bool is_current = current != nullptr && current->begun.key == line.shown.key;
+            line.overtaken_by = is_current || later == up_to_date.end() ? line.overtaken_by : later->second;
+            return is_current || later != up_to_date.end();
         };
         if ((line.shown.state == LineState::fresh || line.shown.state == LineState::changed) &&
             std::ranges::all_of(line.settings, is_overtaken)) {
@@ -173,9 +173,9 @@ bool Planner::find_following(std::vector<Line>& lines, const Ledger& ledger) con
         PlanLine& shown = line.shown;
         std::uint64_t made = 0;
         for (const call::Setting& setting : line.settings) {
-            const Entry* const standing = ledger.of(setting).standing;
-            const bool counts = standing != nullptr && shown.state != LineState::overtaken;
-            made = std::max(made, counts ? standing->begun.number : 0);
+            const Entry* const current = ledger.of(setting).current;
+            const bool counts = current != nullptr && shown.state != LineState::overtaken;
+            made = std::max(made, counts ? current->begun.number : 0);
         }
         Latest& before = last[shown.key.row->family];
         if (shown.key.row->has(rows::acts) && before.entry > made && shown.is_up_to_date() &&

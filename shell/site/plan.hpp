@@ -14,9 +14,9 @@ namespace vorcfg::site {
 
 enum class LineState {
     fresh,         // nothing is known of what it sets
-    changed,       // something else stands
+    changed,       // something else is in effect
     again,         // up to date, but made again: it follows from what is made before it, or as requested
-    unknown,       // it may have been made, or what stands may have been overwritten
+    unknown,       // it may have been made, or what is in effect may have been overwritten
     refused,       // tried last, by its manager
     not_delivered, // tried last
     accepted,      // up to date, as the next three
@@ -56,7 +56,7 @@ struct PlanLine {
     std::vector<bool> hexadecimal{}; // per argument: how the file has the number
     LineState state{};
     bool due = false;              // to be made
-    const Entry* before = nullptr; // what stands instead
+    const Entry* before = nullptr; // the call in effect instead
     const Entry* open = nullptr;   // may have been made since, without a verdict
     const Entry* failed = nullptr; // the same call, tried last
     bool can_be_reverted = false;

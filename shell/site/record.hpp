@@ -30,7 +30,7 @@ struct CallBegun {
     std::string file{};
     std::size_t line = 0;
     call::CallKey key{};
-    std::optional<std::uint64_t> replaces{};   // the call that stood before
+    std::optional<std::uint64_t> replaces{};   // the call in effect before
     std::optional<std::uint64_t> takes_back{}; // the call that this one reverts
 };
 
@@ -59,7 +59,7 @@ struct ApplyDecided {
     std::string at{};
 };
 
-// Calls that do not stand any more, whatever was recorded: the gateway was reset or replaced.
+// Calls that are not in effect any more, whatever was recorded: the gateway was reset or replaced.
 struct CallsVoided {
     std::vector<std::uint64_t> numbers;
     std::string at{};

@@ -59,10 +59,10 @@ std::string obstacle(const Undo& undo)
     if (key.row->has(rows::acts)) {
         return "an act cannot be undone";
     }
-    return key.secret ? "its secret is not in the journal" : "what stood before is not known";
+    return key.secret ? "its secret is not in the journal" : "its earlier value is not known";
 }
 
-// "can_id 7, option 1", or another call that stood before
+// "can_id 7, option 1", or another call
 std::string before_text(const Undo& undo)
 {
     const call::CallKey& before = undo.before->begun.key;

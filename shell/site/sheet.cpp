@@ -40,7 +40,7 @@ struct Sheet {
     std::vector<SheetSection> sections;
     std::size_t settled = 0;
     std::size_t open = 0;
-    std::size_t failed = 0; // nothing stands
+    std::size_t failed = 0; // nothing was accepted before
     std::string first;
     std::string last;
     std::optional<ConfirmedApply> outcome{}; // of the last apply, if it needed a confirmation

@@ -195,7 +195,7 @@ std::string json_of(const PlanLine& line, const Shown& to)
     json["in_file"] = line.place.line != 0;
     json["due"] = line.due;
     for (const auto& [name, entry] :
-         {std::pair{"standing", line.before}, {"open", line.open}, {"failed", line.failed}}) {
+         {std::pair{"current", line.before}, {"open", line.open}, {"failed", line.failed}}) {
         if (entry != nullptr) {
             json[name] = json_of(*entry);
         }

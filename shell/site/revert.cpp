@@ -229,12 +229,12 @@ std::string text_of(const ConfirmedApply& apply)
     case Confirmation::reverted:
         return fmt::format("reverted: {}", vor::counted(reverted, "call"));
     default:
-        text = reverted == 0 ? "not reverted" : fmt::format("partly reverted: {}", vor::counted(reverted, "call"));
+        text = reverted != 0 ? fmt::format("partly reverted: {}", vor::counted(reverted, "call")) : "";
         if (const auto lines = lines_of(apply.undos, not_reverted); !lines.empty()) {
-            text += fmt::format("{}{}", reverted == 0 ? ": " : ", but not ", output::lines_text(lines));
+            text += fmt::format("{}{}", reverted != 0 ? ", but not " : "not reverted: ", output::lines_text(lines));
         }
         if (const auto lines = lines_of(apply.undos, perhaps); !lines.empty()) {
-            text += fmt::format("; {} may have been reverted", output::lines_text(lines));
+            text += fmt::format("{}{} may have been reverted", text.empty() ? "" : "; ", output::lines_text(lines));
         }
         return text;
     }

@@ -105,7 +105,7 @@ std::string note_of(const Sheet& sheet)
                                                                                 : "is not confirmed yet");
     }
     return sheet.outcome && sheet.outcome->confirmation != Confirmation::confirmed
-               ? fmt::format("The last apply was {}.", text_of(*sheet.outcome))
+               ? fmt::format("The last apply: {}.", text_of(*sheet.outcome))
                : "";
 }
 

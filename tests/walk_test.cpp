@@ -476,8 +476,8 @@ private:
     // Whether runs that came here on another path go on from the same state.
     bool was_here(const std::string& stage)
     {
-        const std::string state = fmt::format("{} {} {} {} {}", stage, has_waiter_, was_confirmed_,
-                                              before_apply_.has_value(), world_.state());
+        const std::string state =
+            fmt::format("{} {} {} {}", stage, has_waiter_, before_apply_.has_value(), world_.state());
         return states_.try_emplace(state, world_.path_so_far()).first->second != world_.path_so_far();
     }
 
@@ -499,6 +499,14 @@ private:
         if (!holds && failure.empty()) {
             failure = what;
         }
+    }
+
+    // The last apply that needed it.
+    bool was_confirmed() const
+    {
+        const std::string content = world_.content(journal_path);
+        const std::size_t confirmed = content.rfind(R"("confirmed":true)");
+        return confirmed != std::string::npos && confirmed > content.rfind(R"("pending":)");
     }
 
     bool is_true(const Entry& entry, const call::Setting& setting) const
@@ -541,7 +549,7 @@ private:
         require(confirmation != Confirmation::waiting || world_.now().boot == ledger.pending()->boot,
                 when + ": it waits for a time of another boot");
         for (const Undo& undo : ledger.undos()) {
-            require(ledger.is_undecided() || was_confirmed_ || !undo.can_still_be_reverted(),
+            require(ledger.is_undecided() || was_confirmed() || !undo.can_still_be_reverted(),
                     when + ": given up, but it could still be reverted");
             if (!ledger.is_undecided() && undo.is_reverted()) {
                 require(is_true(*undo.before, undo.before->settings.front()), when + ": reverted, but it is not");
@@ -562,7 +570,7 @@ private:
             check("after reverting");
         }
         const auto confirmation = read().ledger().confirmation(world_.now());
-        require(!has_waiter_ || was_confirmed_ || !before_apply_ || world_.truth == before_apply_ ||
+        require(!has_waiter_ || was_confirmed() || !before_apply_ || world_.truth == before_apply_ ||
                     confirmation == Confirmation::partly_reverted,
                 "nobody confirmed, and the changes stay");
         options_.confirm.reset();
@@ -587,7 +595,6 @@ private:
     std::optional<Journal> seen_;
     std::string seen_content_;
     bool has_waiter_ = false;
-    bool was_confirmed_ = false;
     std::map<call::Setting, call::CallKey> before_;
     std::optional<std::map<call::Setting, call::CallKey>> before_apply_; // --confirm, where it was known
 

@@ -317,7 +317,6 @@ private:
         if (!input::at_terminal()) {
             return exit;
         }
-        vor::print_line(stderr, "Press Enter to confirm");
         const int end = wait_at_terminal(machine_, to_.journal, waiter, options_);
         return end == input::exit_ok ? exit : end;
     }

@@ -255,6 +255,7 @@ int wait_at_terminal(const Machine& machine, const std::string& path, const Wait
                      const input::Options& options)
 {
     tcflush(STDIN_FILENO, TCIFLUSH); // input typed before is not a confirmation
+    vor::print_line(stderr, "Press Enter to confirm");
     const Left left = count_down(machine, waiter, *Journal::read(machine, path).ledger().pending());
     if (left == Left::enter) {
         try {

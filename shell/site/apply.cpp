@@ -53,16 +53,6 @@ void leave_out_unknown(Plan& plan)
     }
 }
 
-std::string time_text(unsigned seconds)
-{
-    constexpr unsigned minute = 60;
-    constexpr unsigned hour = 3600;
-    if (seconds % hour == 0) {
-        return fmt::format("{} h", seconds / hour);
-    }
-    return seconds % minute == 0 ? fmt::format("{} min", seconds / minute) : fmt::format("{} s", seconds);
-}
-
 // The gateway as the file or the option names it; none where neither does.
 std::string gateway_of(const call::Batch& batch, const input::Options& options)
 {
@@ -137,9 +127,9 @@ public:
         const Journal journal = Journal::read(machine_, to_.journal);
         journal.check_gateway(to_.gateway);
         const Plan plan = planned_against(journal);
-        const auto outcome = confirmed_apply_of(journal);
-        if (outcome && outcome->confirmation != Confirmation::confirmed) {
-            print(*outcome, options_.json, stderr);
+        const auto apply = confirmed_apply_of(journal);
+        if (apply && apply->confirmation != Confirmation::confirmed) {
+            print(*apply, options_.json, stderr);
         }
         vor::print(stdout, shown(plan, journal.ledger()));
         return exit_of(plan, journal.ledger());
@@ -222,12 +212,12 @@ private:
         }
         const bool is_done = revert(journal, options_, call::Signals::all) == Reverting::done;
         require_recorded(journal);
-        const ConfirmedApply outcome = *confirmed_apply_of(journal);
-        print_lines(outcome, options_.json);
+        const ConfirmedApply apply = *confirmed_apply_of(journal);
+        print_lines(apply, options_.json);
         if (!is_done) {
-            throw input::InputError(error_of(outcome));
+            throw input::InputError(error_of(apply));
         }
-        print(outcome, options_.json, stdout);
+        print(apply, options_.json, stdout);
     }
 
     // Where nobody is asked, calls that a confirmed apply cannot revert require --yes.
@@ -243,10 +233,11 @@ private:
     // "Make 4 calls on tower-17? Reverted after 2 min unless confirmed."
     std::string question(std::size_t calls) const
     {
-        return fmt::format(
-            "Make {}{}?{}", vor::counted(calls, "call"),
-            to_.gateway.empty() ? "" : " on " + vor::printable(to_.gateway),
-            options_.confirm ? fmt::format(" Reverted after {} unless confirmed.", time_text(*options_.confirm)) : "");
+        return fmt::format("Make {}{}?{}", vor::counted(calls, "call"),
+                           to_.gateway.empty() ? "" : " on " + vor::printable(to_.gateway),
+                           options_.confirm ? fmt::format(" Reverted after {} unless confirmed.",
+                                                          time_text(std::chrono::seconds(*options_.confirm)))
+                                            : "");
     }
 
     // With --all nothing is known any more of what the lines set, also if not all of them are made.
@@ -302,18 +293,18 @@ private:
     // What an apply --confirm ends with.
     int confirmed(Journal& journal, const Waiter& waiter, const Made& made)
     {
-        const ConfirmedApply outcome = *confirmed_apply_of(journal);
+        const ConfirmedApply apply = *confirmed_apply_of(journal);
         const int exit = exit_after(made.exit, journal.ledger());
-        if (outcome.undos.empty()) { // nothing was changed
+        if (apply.undos.empty()) { // nothing was changed
             return exit;
         }
         if (made.signal == SIGTERM) {
-            print_lines(outcome, options_.json);
-            print(outcome, options_.json, stdout);
-            return journal.ledger().is_undecided() ? int(input::exit_ended) : outcome.exit();
+            print_lines(apply, options_.json);
+            print(apply, options_.json, stdout);
+            return journal.ledger().is_undecided() ? int(input::exit_ended) : apply.exit();
         }
         journal.close();
-        print(outcome, options_.json, stdout);
+        print(apply, options_.json, stdout);
         if (!input::at_terminal()) {
             return exit;
         }

@@ -56,9 +56,9 @@ std::vector<std::string> journals_in(const std::string& path)
     return journals;
 }
 
-int exit_of_revert(const ConfirmedApply& outcome)
+int exit_of_revert(const ConfirmedApply& apply)
 {
-    return outcome.confirmation == Confirmation::reverted ? input::exit_ok : input::exit_partly_reverted;
+    return apply.confirmation == Confirmation::reverted ? input::exit_ok : input::exit_partly_reverted;
 }
 
 constexpr int still_expired = input::exit_due;
@@ -80,10 +80,10 @@ try {
         return reverting == Reverting::later ? still_expired : int(input::exit_ended);
     }
     require_recorded(journal);
-    const ConfirmedApply outcome = *confirmed_apply_of(journal);
-    print_lines(outcome, options.json);
-    print(outcome, options.json, stdout);
-    return exit_of_revert(outcome);
+    const ConfirmedApply apply = *confirmed_apply_of(journal);
+    print_lines(apply, options.json);
+    print(apply, options.json, stdout);
+    return exit_of_revert(apply);
 } catch (const input::InputError& error) {
     return output::print_error(error, options.json);
 }
@@ -141,9 +141,9 @@ int run_revert(const std::string& path, const input::Options& options)
     }
     const bool is_done = revert(journal, options, call::Signals::all, each) == Reverting::done;
     require_recorded(journal);
-    const ConfirmedApply outcome = *confirmed_apply_of(journal);
-    print(outcome, options.json, is_done ? stdout : stderr);
-    return exit_of_revert(outcome);
+    const ConfirmedApply apply = *confirmed_apply_of(journal);
+    print(apply, options.json, is_done ? stdout : stderr);
+    return exit_of_revert(apply);
 }
 
 int run_revert_expired(const std::vector<std::string>& paths, const input::Options& options)

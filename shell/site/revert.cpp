@@ -180,21 +180,19 @@ int ConfirmedApply::exit() const
     }
 }
 
-namespace {
-
 std::string time_text(std::chrono::milliseconds time)
 {
     const auto seconds = std::chrono::ceil<std::chrono::seconds>(time).count();
     constexpr auto minute = 60;
     constexpr auto hour = 3600;
+    const auto two = [](auto many, const char* unit, auto few, const char* smaller) {
+        return fmt::format("{} {}{}", many, unit, few != 0 ? fmt::format(" {} {}", few, smaller) : "");
+    };
     if (seconds >= hour) {
-        return fmt::format("{} h {} min", seconds / hour, seconds % hour / minute);
+        return two(seconds / hour, "h", seconds % hour / minute, "min");
     }
-    return seconds >= minute ? fmt::format("{} min {} s", seconds / minute, seconds % minute)
-                             : fmt::format("{} s", seconds);
+    return seconds >= minute ? two(seconds / minute, "min", seconds % minute, "s") : fmt::format("{} s", seconds);
 }
-
-} // namespace
 
 std::string text_of(const ConfirmedApply& apply)
 {

@@ -42,7 +42,8 @@ struct ConfirmedApply {
 // None where the last apply needed no confirmation, or something else has been applied since.
 std::optional<ConfirmedApply> confirmed_apply_of(const Journal& journal);
 
-std::string text_of(const ConfirmedApply& apply); // "not confirmed yet, the last apply will be reverted at ..."
+std::string time_text(std::chrono::milliseconds time); // "2 min 5 s"
+std::string text_of(const ConfirmedApply& apply);      // "not confirmed yet, the last apply will be reverted at ..."
 std::string hint_for(const ConfirmedApply& apply);
 vor::Json json_of(const ConfirmedApply& apply);
 // As an error that ends a command, and as one line beside other output.

@@ -43,9 +43,9 @@ struct Sheet {
     std::size_t failed = 0; // nothing was accepted before
     std::string first;
     std::string last;
-    std::optional<ConfirmedApply> outcome{}; // of the last apply, if it needed a confirmation
+    std::optional<ConfirmedApply> apply{}; // of the last apply, if it needed a confirmation
 
-    bool is_undecided() const { return outcome && outcome->exit() == input::exit_due; }
+    bool is_undecided() const { return apply && apply->exit() == input::exit_due; }
 };
 
 SheetLine line_of(const Entry& entry, bool open)
@@ -92,7 +92,7 @@ Sheet sheet_of(const Journal& journal)
             sheet.sections.push_back(std::move(section));
         }
     }
-    sheet.outcome = confirmed_apply_of(journal);
+    sheet.apply = confirmed_apply_of(journal);
     return sheet;
 }
 
@@ -101,11 +101,11 @@ std::string note_of(const Sheet& sheet)
 {
     if (sheet.is_undecided()) {
         return fmt::format("The last apply {}: these settings may still be reverted.",
-                           sheet.outcome->confirmation == Confirmation::expired ? "was not confirmed in time"
-                                                                                : "is not confirmed yet");
+                           sheet.apply->confirmation == Confirmation::expired ? "was not confirmed in time"
+                                                                              : "is not confirmed yet");
     }
-    return sheet.outcome && sheet.outcome->confirmation != Confirmation::confirmed
-               ? fmt::format("The last apply: {}.", text_of(*sheet.outcome))
+    return sheet.apply && sheet.apply->confirmation != Confirmation::confirmed
+               ? fmt::format("The last apply: {}.", text_of(*sheet.apply))
                : "";
 }
 
@@ -213,8 +213,8 @@ std::string json_of(const Sheet& sheet, const Journal& journal, int exit)
     json["settled"] = sheet.settled;
     json["unknown"] = sheet.open;
     json["failed"] = sheet.failed;
-    if (sheet.outcome) {
-        json["confirmation"] = json_of(*sheet.outcome);
+    if (sheet.apply) {
+        json["confirmation"] = json_of(*sheet.apply);
     }
     json["lines"] = std::move(lines);
     json["exit"] = exit;
@@ -239,7 +239,7 @@ int run_report(const std::string& path, const input::Options& options)
         return exit;
     }
     if (sheet.is_undecided()) {
-        print(*sheet.outcome, false, stderr);
+        print(*sheet.apply, false, stderr);
     }
     vor::print(stdout, options.html ? html_of(sheet) : text_of(sheet, output::screen_of(options)));
     return exit;

@@ -359,9 +359,9 @@ public:
         const Making making{
             .journal = journal, .options = options_, .calls = plan.tally().due, .reporter = reports, .caller = &world_};
         const bool confirms = options_.confirm && plan.tally().due != 0;
+        before_apply_ = confirms ? known_truth(journal.ledger()) : before_apply_;
         const Made made = confirms ? make_confirmed(making, next,
                                                     [&] {
-                                                        before_apply_ = known_truth(journal.ledger());
                                                         has_waiter_ = true;
                                                         return 1;
                                                     })

@@ -237,6 +237,13 @@ bool harmless(const std::string& text)
 
 TEST(texts, escaped_for_terminal_and_json)
 {
+    for (const std::string hidden :
+         {"\u00ad", "\u061c", "\u200b", "\u202a", "\u202e", "\u2066", "\u2069", "\U000e0041"}) {
+        EXPECT_EQ(vor::escaped(hidden).find(hidden), std::string::npos);
+        EXPECT_EQ(vor::dump(vor::Json(hidden)).find(hidden), std::string::npos);
+        EXPECT_EQ(hidden, vor::Json::parse(vor::dump(vor::Json(hidden))).string());
+    }
+    EXPECT_EQ("21 °C \u0939\u094d\u200d", vor::escaped("21 °C \u0939\u094d\u200d"));
     for (int first = 0; first < 256; ++first) {
         for (const int second : {0x00, 0x22, 0x7f, 0x80, 0x8f, 0x90, 0x9b, 0xa0, 0xbf, 0xc0, 0xff}) {
             for (const char third : {'a', '\x80', '\xbf'}) {
@@ -250,6 +257,24 @@ TEST(texts, escaped_for_terminal_and_json)
             }
         }
     }
+}
+
+TEST(texts, wide_deep_and_large_json_is_refused)
+{
+    const auto repeated = [](const std::string& text, int times) {
+        std::string all;
+        for (int i = 0; i < times; ++i) {
+            all += text;
+        }
+        return all;
+    };
+    const auto parse = [](const std::string& text) { return vor::Json::parse(text).size(); };
+    EXPECT_EQ(1000U, parse("[" + repeated("{},", 999) + "{}]"));
+    EXPECT_THROW(parse("{" + repeated("\"a\":1,", 1000) + "\"b\":1}"), vor::JsonLimit);
+    EXPECT_THROW(parse(repeated("[", 100'000)), vor::JsonLimit);
+    EXPECT_THROW(parse(repeated("{\"a\":", 100'000)), vor::JsonLimit);
+    EXPECT_THROW(parse("[" + repeated("1,", 1 << 20) + "1]"), vor::JsonLimit);
+    EXPECT_THROW(parse('"' + std::string(std::size_t{17} << 20, 'a') + '"'), vor::JsonLimit);
 }
 
 TEST(log_file, fields_depend_on_option)

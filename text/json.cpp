@@ -6,6 +6,8 @@
 #include <fmt/core.h>
 #include <nlohmann/json.hpp>
 
+#include "text/text.hpp"
+
 namespace vor {
 
 void Json::require(bool holds, std::string_view what) const
@@ -88,7 +90,7 @@ void merge_repeated(Json::Object& members)
 // Builds a document from the parser's events.
 class Builder {
 public:
-    explicit Builder(std::size_t deepest) : deepest_(deepest) {}
+    explicit Builder(const Json::Limits& limits) : limits_(limits) {}
 
     bool null() { return take({}); }
     bool boolean(bool truth) { return take(truth); }
@@ -101,7 +103,9 @@ public:
     bool start_array(std::size_t) { return open(Json::Array()); }
     bool key(std::string& name)
     {
-        std::get<Json::Object>(open_.back()).emplace_back(std::move(name), Json());
+        auto& members = std::get<Json::Object>(open_.back());
+        limit(members.size() + 1, limits_.members, "members in an object");
+        members.emplace_back(std::move(name), Json());
         return true;
     }
     bool end_object()
@@ -118,8 +122,15 @@ public:
     Json take_result() { return std::move(result_); }
 
 private:
+    static void limit(std::size_t number, std::size_t most, std::string_view what)
+    {
+        if (number > most) {
+            throw JsonLimit(fmt::format("more than {} {}", most, what));
+        }
+    }
     bool take(Json value)
     {
+        limit(++values_, limits_.values, "values");
         if (open_.empty()) {
             result_ = std::move(value);
         } else if (auto* const members = std::get_if<Json::Object>(&open_.back())) {
@@ -131,9 +142,7 @@ private:
     }
     bool open(Json::Held container)
     {
-        if (open_.size() == deepest_) {
-            throw JsonError("nested too deep");
-        }
+        limit(open_.size() + 1, limits_.depth, "levels");
         open_.push_back(std::move(container));
         return true;
     }
@@ -144,23 +153,27 @@ private:
         return take(std::move(container));
     }
 
-    std::size_t deepest_;
+    const Json::Limits limits_;
+    std::size_t values_ = 0;
     Json result_;
     std::vector<Json::Held> open_; // from the outermost on
 };
 
 } // namespace
 
-Json Json::parse(std::string_view text, std::size_t deepest)
+Json Json::parse(std::string_view text, const Limits& limits)
 {
-    Builder builder(deepest);
+    if (text.size() > limits.bytes) {
+        throw JsonLimit(fmt::format("more than {} MiB", limits.bytes >> 20));
+    }
+    Builder builder(limits);
     nlohmann::json::sax_parse(text, &builder);
     return builder.take_result();
 }
 
-std::optional<Json> Json::read(std::string_view text, std::size_t deepest)
+std::optional<Json> Json::read(std::string_view text)
 try {
-    return parse(text, deepest);
+    return parse(text);
 } catch (const JsonError&) {
     return {};
 }
@@ -229,18 +242,15 @@ void Writer::operator()(const std::string& text)
         out_ += fmt::format("\"{}\"", text);
         return;
     }
-    const std::string spelt = nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-    for (std::size_t at = 0; at < spelt.size(); ++at) {
-        const auto byte = static_cast<unsigned char>(spelt[at]);
-        const auto next = static_cast<unsigned char>(at + 1 < spelt.size() ? spelt[at + 1] : 0);
-        if (byte == 0x7f) {
-            out_ += "\\u007f";
-        } else if (byte == 0xc2 && next < 0xa0) { // the second set of control characters
-            out_ += fmt::format("\\u00{:02x}", next);
-            ++at;
-        } else {
-            out_ += spelt[at];
-        }
+    const auto spelt = [](std::string_view part, bool ascii) {
+        return nlohmann::json(part).dump(-1, ' ', ascii, nlohmann::json::error_handler_t::replace);
+    };
+    const std::string all = spelt(text, false);
+    for (std::string_view left = all; !left.empty();) {
+        const std::string_view character = left.substr(0, character_length(left));
+        const std::string escaped = is_visible(character) ? "" : spelt(character, true);
+        out_ += escaped.empty() ? character : std::string_view(escaped).substr(1, escaped.size() - 2);
+        left.remove_prefix(character.size());
     }
 }
 

@@ -23,6 +23,11 @@ struct JsonError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// More of it than the reader's limits.
+struct JsonLimit : JsonError {
+    using JsonError::JsonError;
+};
+
 class Json {
 public:
     using Array = std::vector<Json>;
@@ -71,13 +76,19 @@ public:
         return of(Array(values.begin(), values.end()));
     }
 
-    // Documents are copied, printed and freed recursively.
-    static constexpr std::size_t deep_enough = 10000;
-    // Throws a JsonError that says what is wrong and where, also about deeper nesting; of two members of one name the
+    // A document within them takes bounded time and memory.
+    struct Limits {
+        std::size_t bytes = std::size_t{16} << 20;
+        std::size_t depth = 64;     // documents are copied, printed and freed recursively
+        std::size_t members = 1000; // of one object, which are looked up one after the other
+        std::size_t values = std::size_t{1} << 20;
+    };
+    // Throws a JsonError that says what is wrong and where, a JsonLimit about the limit that it exceeds; of two members of one name the
     // later counts.
-    static Json parse(std::string_view text, std::size_t deepest = deep_enough);
-    // The same; none where the text is not JSON.
-    static std::optional<Json> read(std::string_view text, std::size_t deepest = deep_enough);
+    static Json parse(std::string_view text, const Limits& limits);
+    static Json parse(std::string_view text) { return parse(text, Limits()); }
+    // The same; none where the text is not JSON or exceeds the limits.
+    static std::optional<Json> read(std::string_view text);
 
     const Held& held() const { return held_; }
     Type type() const { return static_cast<Type>(held_.index()); }

@@ -9,22 +9,6 @@
 namespace vor {
 namespace {
 
-// The length of the UTF-8 character beyond ASCII that begins here; 0 for none.
-std::size_t character_length(std::string_view text)
-{
-    const auto first = static_cast<unsigned char>(text[0]);
-    const std::size_t length = first < 0xc2 ? 0 : first < 0xe0 ? 2 : first < 0xf0 ? 3 : first < 0xf5 ? 4 : 0;
-    if (length == 0 || text.size() < length) {
-        return 0;
-    }
-    const auto second = static_cast<unsigned char>(text[1]);
-    if ((first == 0xe0 && second < 0xa0) || (first == 0xed && second > 0x9f) || (first == 0xf0 && second < 0x90) ||
-        (first == 0xf4 && second > 0x8f)) {
-        return 0; // overlong, a surrogate, or beyond the last code point
-    }
-    return std::ranges::none_of(text.substr(1, length - 1), begins_character) ? length : 0;
-}
-
 bool is_plain(char character)
 {
     return character >= ' ' && character < 0x7f;
@@ -58,20 +42,65 @@ std::string spelt(std::string_view text, std::size_t longest, std::string (*spel
         if (characters == longest) {
             return fmt::format("{}... ({} bytes)", out, text.size());
         }
-        constexpr char controls = '\xc2'; // begins the second set of them
-        const std::size_t length = text[at] == controls ? 0 : character_length(text.substr(at));
-        out += length == 0 ? spelt_byte(text[at]) : std::string(text.substr(at, length));
-        at += std::max<std::size_t>(length, 1);
+        const std::string_view character = text.substr(at, std::max<std::size_t>(character_length(text.substr(at)), 1));
+        if (character.size() > 1 && is_visible(character)) {
+            out += character;
+        } else {
+            std::ranges::for_each(character, [&](char byte) { out += spelt_byte(byte); });
+        }
+        at += character.size();
     }
     return out;
 }
 
 } // namespace
 
+std::size_t character_length(std::string_view text)
+{
+    const auto first = static_cast<unsigned char>(text[0]);
+    if (first < 0x80) {
+        return 1;
+    }
+    const std::size_t length = first < 0xc2 ? 0 : first < 0xe0 ? 2 : first < 0xf0 ? 3 : first < 0xf5 ? 4 : 0;
+    if (length == 0 || text.size() < length) {
+        return 0;
+    }
+    const auto second = static_cast<unsigned char>(text[1]);
+    if ((first == 0xe0 && second < 0xa0) || (first == 0xed && second > 0x9f) || (first == 0xf0 && second < 0x90) ||
+        (first == 0xf4 && second > 0x8f)) {
+        return 0; // overlong, a surrogate, or beyond the last code point
+    }
+    return std::ranges::none_of(text.substr(1, length - 1), begins_character) ? length : 0;
+}
+
+bool is_visible(std::string_view character)
+{
+    if (is_plain(character[0])) {
+        return true;
+    }
+    // UTF-8 sorts like the code points.
+    static constexpr std::pair<std::string_view, std::string_view> hidden[] = {
+        {{"", 0}, "\x1f"},
+        {"\x7f", "\u009f"},   // to here the control characters
+        {"\u00ad", "\u00ad"}, // a hyphen that shows only where a line ends
+        {"\u061c", "\u061c"}, // marks of direction, here and below
+        {"\u180e", "\u180e"}, // no width, here and below
+        {"\u200b", "\u200b"},
+        {"\u200e", "\u200f"},
+        {"\u2028", "\u202e"}, // ends of line, then embeddings and overrides of the direction
+        {"\u2060", "\u206f"}, // isolated directions among them
+        {"\ufeff", "\ufeff"},
+        {"\ufff9", "\ufffb"},
+        {"\U000e0000", "\U000e007f"}, // tags
+    };
+    return std::ranges::none_of(
+        hidden, [&](const auto& range) { return character >= range.first && character <= range.second; });
+}
+
 bool is_utf8(std::string_view text)
 {
     while (!text.empty()) {
-        const std::size_t length = static_cast<unsigned char>(text[0]) < 0x80 ? 1 : character_length(text);
+        const std::size_t length = character_length(text);
         if (length == 0) {
             return false;
         }

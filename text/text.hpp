@@ -1,4 +1,4 @@
-// text.hpp: texts and values for display. Bytes that are not UTF-8 and control characters never reach a terminal.
+// text.hpp: texts and values for display. Bytes that are not UTF-8 and invisible characters never reach a terminal.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +12,10 @@ namespace vor {
 inline constexpr std::string_view mask = "********"; // of a secret, whatever its length
 
 bool is_utf8(std::string_view text);
+// The length of the character of UTF-8 that begins the text; 0: none does.
+std::size_t character_length(std::string_view text);
+// False for a character that a terminal acts on, that reorders the text around it or that cannot be seen.
+bool is_visible(std::string_view character);
 
 // They become \n, \x1b and so on; a text of more than `longest` characters is cut, with its length after it.
 std::string escaped(std::string_view text, std::size_t longest = std::string_view::npos);

@@ -2,9 +2,12 @@
 
 // All data of the gateway is inserted as text, never as HTML.
 const find = (id) => document.getElementById(id);
+// Characters that cannot be seen, or that reorder others, become \u{202e} and so on.
+const visible = (text) => text.replace(/(?![\n\u200c\u200d])[\p{Cc}\p{Cf}\p{Zl}\p{Zp}]/gu,
+  (character) => `\\u{${character.codePointAt(0).toString(16)}}`);
 const make = (tag, properties = {}, ...children) => {
   const element = Object.assign(document.createElement(tag), properties);
-  element.append(...children);
+  element.append(...children.map((child) => typeof child === "string" ? visible(child) : child));
   return element;
 };
 

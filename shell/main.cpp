@@ -1,10 +1,15 @@
+#include <cerrno>
 #include <cstdio>
 
 #include <sys/prctl.h>
 
+#include <fmt/core.h>
+
 #include "input/input_error.hpp"
 #include "input/options.hpp"
 #include "output/output.hpp"
+#include "text/file.hpp"
+#include "text/text.hpp"
 
 using namespace vorcfg;
 
@@ -13,7 +18,7 @@ namespace {
 int finished(int code)
 {
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-        std::perror("vorcfg: standard output");
+        vor::print_line(stderr, fmt::format("vorcfg: standard output: {}", vor::reason_of(errno)));
         return input::exit_no_output;
     }
     return code;
@@ -23,6 +28,7 @@ int finished(int code)
 
 int main(int argc, char** argv)
 {
+    vor::report_size_limit();
     prctl(PR_SET_DUMPABLE, 0); // keeps secrets from core files and other processes
     input::Options options;
     try {

@@ -13,6 +13,7 @@
 #include "faults/parse.hpp"
 #include "server/options.hpp"
 #include "server/server.hpp"
+#include "text/file.hpp"
 #include "text/text.hpp"
 
 namespace {
@@ -32,6 +33,7 @@ void keep_standard_descriptors()
 int main(int argc, char** argv)
 {
     keep_standard_descriptors();
+    vor::report_size_limit();
     bool starts = false;
     try {
         const std::vector<std::string> arguments(argv + 1, argv + argc);

@@ -127,8 +127,10 @@ TEST_F(Neighbour, planted_links_are_refused)
 TEST_F(Neighbour, full_disk_is_reported)
 {
     expect_said(place, {{"vorcfg list > /dev/full", 10, "vorcfg: standard output: No space left on device"}});
-    expect_said(place, {{"trap '' XFSZ; ulimit -f 0; vorsim --state state", 2, // no file may grow
-                         "cannot write the state state: File too large"}});
+    expect_said(place, {{"ulimit -f 0; vorsim --state state", 2, // no file may grow
+                         "cannot write the state state: File too large (ulimit -f allows 0 bytes)"}});
+    expect_said(place, {{"ulimit -f 0; vorcfg list > list", 10,
+                         "vorcfg: standard output: File too large (ulimit -f allows 0 bytes)"}});
     const Gateway gateway(place, {});
     expect_said(place, {{"vorsim show > /dev/full", 1, "cannot write to standard output: No space left on device"}});
 }
@@ -163,6 +165,27 @@ TEST_F(Neighbour, descriptor_exhaustion_is_reported)
     for (int descriptors = 4; fails_at(descriptors); descriptors++) {
         ASSERT_LT(descriptors, few);
     }
+}
+
+TEST_F(Neighbour, endless_and_foreign_input_is_refused)
+{
+    place.run("mkfifo pipe; mkdir folder; echo 'gpio set-direction 3 1 0' > calls; touch calls.journal; "
+              "printf '{\"journal\":2}\\n{\"seq\":1,\"sap\":70000,\"source\":200,\"id\":\"0x1\"}\\n' > saps");
+    expect_said(place,
+                {{"vorcfg batch pipe", 8, "cannot read pipe: it is a pipe that no process writes to"},
+                 {"vorcfg plan /dev/stdin < calls", 11, "1 to make"},
+                 {"vorsim --faults folder", 2, "cannot read folder: Is a directory"},
+                 {"vorsim decode /dev/zero", 1, "cannot read the journal /dev/zero: line 1 has more than 16 MiB"},
+                 {"vorsim replay saps", 1, "saps:2: message 0x1 to SAP 0 is damaged, sap: "},
+                 {"ln -s calls.journal link; vorcfg apply calls --journal link", 12, "link: it is a symbolic link"}});
+    for (const char* const part : {"", "bin"}) {
+        fs::permissions(path(part), fs::perms(0755));
+    }
+    const std::string as_stranger = "chown 1 calls.journal; setpriv --reuid 65534 --clear-groups ";
+    if (place.run(as_stranger + "vorcfg --version").exit_code != 0) {
+        GTEST_SKIP() << "no other user can run the tools";
+    }
+    expect_said(place, {{as_stranger + "vorcfg plan calls", 12, "calls.journal: it belongs to user 1"}});
 }
 
 // Aborts a process that holds a passphrase while the manager does not answer.

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
-#include <cstring>
 #include <limits>
 
 #include <fcntl.h>
@@ -24,8 +22,6 @@ struct stat status_of(int descriptor)
 
 } // namespace
 
-FileError::FileError(int why) : std::runtime_error(why == 0 ? "not a regular file" : std::strerror(why)), error(why) {}
-
 // Does not wait for anything but a file.
 JsonLines::JsonLines(const std::string& path, int flags) : JsonLines(nullptr)
 {
@@ -35,7 +31,7 @@ JsonLines::JsonLines(const std::string& path, int flags) : JsonLines(nullptr)
     }
     file_.reset(fdopen(opened, "r"));
     if (!S_ISREG(status_of(opened).st_mode)) {
-        throw FileError(0);
+        throw FileError("it is not a regular file");
     }
 }
 
@@ -55,17 +51,19 @@ std::optional<std::string> JsonLines::next()
     if (left_ == 0) {
         return {};
     }
-    char* bytes = nullptr;
-    std::size_t room = 0;
-    const ssize_t size = getline(&bytes, &room, file_.get());
-    const std::unique_ptr<char, void (*)(void*)> freed(bytes, std::free);
-    if (size < 0 && std::ferror(file_.get()) != 0) {
+    std::string line;
+    for (int byte = 0; byte != '\n' && (byte = getc_unlocked(file_.get())) != EOF;) {
+        if (line.size() == longest_json_line) {
+            throw FileError(fmt::format("line {} has more than {} MiB", number_ + 1, longest_json_line >> 20));
+        }
+        line += static_cast<char>(byte);
+    }
+    if (std::ferror(file_.get()) != 0) {
         throw FileError(errno);
     }
-    if (size <= 0) {
+    if (line.empty()) {
         return {};
     }
-    std::string line(bytes, static_cast<std::size_t>(size));
     *left_ -= std::min<std::uintmax_t>(*left_, line.size());
     begin_ = end_;
     end_ += line.size();
@@ -88,9 +86,8 @@ void JsonLines::append(std::string_view line, bool on_disk)
 {
     const std::string text = fmt::format("{}\n", line);
     const off_t end = lseek(descriptor(), 0, SEEK_END);
-    const ssize_t written = write(descriptor(), text.data(), text.size());
-    if (written != static_cast<ssize_t>(text.size()) || (on_disk && fdatasync(descriptor()) != 0)) {
-        const int error = written >= 0 && written < static_cast<ssize_t>(text.size()) ? ENOSPC : errno;
+    if (!write_all(descriptor(), text) || (on_disk && fdatasync(descriptor()) != 0)) {
+        const int error = errno;
         [[maybe_unused]] const int whole = ftruncate(descriptor(), end); // no part of a line stays
         throw FileError(error);
     }

@@ -5,17 +5,15 @@
 #include <cstdio>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
+#include "text/file.hpp"
+
 namespace vor {
 
-struct FileError : std::runtime_error {
-    explicit FileError(int why);
-
-    int error; // an errno; 0: it is a device, a pipe or a folder
-};
+// Of a line that is read.
+inline constexpr std::size_t longest_json_line = std::size_t{16} << 20;
 
 class JsonLines {
 public:

@@ -134,7 +134,7 @@ Batch batch_of(const std::string& path, const input::Options& options)
     }
     const bool from_file = path != "-";
     const std::string name = from_file ? path : "standard input";
-    return {input::content_of(from_file ? std::fopen(path.c_str(), "re") : stdin, name),
+    return {from_file ? input::content_of(path) : input::content_of_standard_input(),
             name,
             {.literals = true,
              .standard_input = from_file,

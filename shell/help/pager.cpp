@@ -19,7 +19,10 @@ void show_in_pager(std::string_view text)
     bool shown = false;
     if (isatty(STDOUT_FILENO) == 1 && !vor::is_dumb()) {
         std::fflush(stdout);
-        if (std::FILE* const reader = popen(pager, "we")) {
+        const auto on_size_limit = std::signal(SIGXFSZ, SIG_DFL); // for the pager
+        std::FILE* const reader = popen(pager, "we");
+        std::signal(SIGXFSZ, on_size_limit);
+        if (reader != nullptr) {
             const auto on_pipe = std::signal(SIGPIPE, SIG_IGN);     // a pager may end before it has read everything
             const auto on_interrupt = std::signal(SIGINT, SIG_IGN); // Ctrl-C is the pager's
             vor::print(reader, text);

@@ -8,6 +8,7 @@
 #include <fmt/core.h>
 
 #include "input/input_error.hpp"
+#include "text/file.hpp"
 
 namespace vorcfg::input {
 
@@ -40,8 +41,9 @@ std::string line_from(int descriptor, const char* source)
     ssize_t got;
     while ((got = ::read(descriptor, &byte, 1)) == 1 && byte != '\n') {
         line += byte;
-        if (line.size() > Bounds().line) {
-            throw InputError{fmt::format("{} has a line of more than {} bytes", source, Bounds().line), exit_no_input};
+        if (line.size() > vor::Bounds().line) {
+            throw InputError{fmt::format("{} has a line of more than {} bytes", source, vor::Bounds().line),
+                             exit_no_input};
         }
     }
     if (got != 1 && line.empty()) {
@@ -111,7 +113,7 @@ std::string read_secret(const Word& word, std::string_view name, const SecretSou
 {
     if (!word.quoted && word.text.starts_with('@')) {
         const std::string path = (sources.directory / word.text.substr(1)).string();
-        return one_line(content_of(std::fopen(path.c_str(), "re"), path), path);
+        return one_line(content_of(path), path);
     }
     if (!word.quoted && word.text == "-") {
         if (!sources.standard_input) {

@@ -1,42 +1,37 @@
 #include "input/words.hpp"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <memory>
+#include <cstdio>
 
 #include <fmt/core.h>
 
+#include "text/file.hpp"
 #include "text/nearest.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg::input {
 
-std::string content_of(std::FILE* file, const std::string& name, const Bounds& bounds)
+namespace {
+
+[[noreturn]] void fail(const std::string& name, const vor::FileError& error)
 {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> closed(file, std::fclose);
-    std::string content;
-    char bytes[4096];
-    std::size_t got = 0;
-    std::size_t number = 1;
-    std::size_t line = 0; // bytes read of it
-    while (file != nullptr && (got = std::fread(bytes, 1, sizeof bytes, file)) != 0) {
-        for (const char byte : std::string_view{bytes, got}) {
-            line = byte == '\n' ? 0 : line + 1;
-            if (line > bounds.line) {
-                throw InputError{fmt::format("{}: line {} has more than {} bytes", name, number, bounds.line)};
-            }
-            number += byte == '\n' ? 1 : 0;
-        }
-        content.append(bytes, got);
-        if (content.size() > bounds.file) {
-            throw InputError{fmt::format("{} is larger than {} MiB", name, bounds.file >> 20)};
-        }
-    }
-    if (file == nullptr || std::ferror(file) != 0) { // a directory can be opened, but not read
-        throw InputError{fmt::format("cannot read {}: {}", name, std::strerror(errno)), exit_no_input};
-    }
-    return content;
+    throw InputError{fmt::format("cannot read {}: {}", name, error.what()), exit_no_input};
+}
+
+} // namespace
+
+std::string content_of(const std::string& path)
+try {
+    return vor::content_of(path);
+} catch (const vor::FileError& error) {
+    fail(path, error);
+}
+
+std::string content_of_standard_input()
+try {
+    return vor::content_of(stdin);
+} catch (const vor::FileError& error) {
+    fail("standard input", error);
 }
 
 std::size_t column_in(std::string_view line, std::size_t byte_column)
@@ -60,7 +55,7 @@ void Variables::set(std::string_view definition)
 
 void Variables::read(const std::string& path)
 {
-    const std::string text = content_of(std::fopen(path.c_str(), "re"), path);
+    const std::string text = content_of(path);
     std::size_t number = 0;
     std::string_view left = text;
     left.remove_prefix(left.starts_with(vor::byte_order_mark) ? vor::byte_order_mark.size() : 0);

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdio>
 #include <map>
 #include <string>
 #include <string_view>
@@ -19,15 +18,9 @@ struct Word : vor::Word {
     bool left_out = false; // in place of one that was not typed
 };
 
-// Limits of a file of lines, so that a device or an endless pipe is refused.
-struct Bounds {
-    std::size_t file = std::size_t{64} << 20;
-    std::size_t line = std::size_t{64} << 10;
-};
-
-// The whole content of a file just opened; closes it. Throws an InputError with the name where it could not be opened
-// or read, or is too long.
-std::string content_of(std::FILE* file, const std::string& name, const Bounds& bounds = {});
+// The whole content of the file, or of standard input. Throws an InputError with the name.
+std::string content_of(const std::string& path);
+std::string content_of_standard_input();
 
 // The variables of a file of calls, written ${name}.
 class Variables {

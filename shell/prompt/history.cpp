@@ -15,6 +15,7 @@
 #include "input/secret.hpp"
 #include "rows/families.hpp"
 #include "rows/reading.hpp"
+#include "text/file.hpp"
 
 namespace vorcfg::prompt {
 
@@ -82,11 +83,11 @@ std::vector<std::string> LineHistory::read() const
 {
     std::vector<std::string> lines;
     try {
-        const std::string text = input::content_of(path_.empty() ? nullptr : std::fopen(path_.c_str(), "re"), path_);
+        const std::string text = vor::content_of(path_);
         for (const std::string_view line : vor::lines_in(text)) {
             lines.emplace_back(line);
         }
-    } catch (const input::InputError&) {
+    } catch (const vor::FileError&) {
         return {};
     }
     if (lines.size() > 2 * most) { // only now and then, not for every line

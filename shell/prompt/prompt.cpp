@@ -14,6 +14,7 @@
 #include "input/terminal.hpp"
 #include "output/output.hpp"
 #include "prompt/history.hpp"
+#include "text/file.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg::prompt {
@@ -47,8 +48,8 @@ private:
         int byte;
         while ((byte = std::getc(stdin)) != EOF && byte != '\n') {
             line += static_cast<char>(byte);
-            if (line.size() > input::Bounds().line) {
-                throw input::InputError{fmt::format("line of more than {} bytes", input::Bounds().line)};
+            if (line.size() > vor::Bounds().line) {
+                throw input::InputError{fmt::format("line of more than {} bytes", vor::Bounds().line)};
             }
         }
         return byte == EOF && line.empty() ? std::nullopt : std::optional(std::move(line));

@@ -27,10 +27,11 @@ namespace fs = std::filesystem;
 // Not another program's, of which vorsim's begins as JSON, too.
 bool may_be_journal(const fs::path& path)
 {
-    std::string line;
+    constexpr std::string_view beginning = R"({"vorcfg_journal":)";
+    char bytes[beginning.size()] = {};
     return path.extension() == ".journal" && fs::is_regular_file(fs::symlink_status(path)) &&
-           (!std::getline(std::ifstream(path), line) || !line.starts_with('{') ||
-            line.starts_with(R"({"vorcfg_journal":)"));
+           (!std::ifstream(path).read(bytes, sizeof bytes) || bytes[0] != '{' ||
+            std::string_view(bytes, sizeof bytes) == beginning);
 }
 
 // Those given, and those in the folders given.

@@ -56,8 +56,14 @@ private:
 
 class FileOnDisk final : public JournalFile {
 public:
-    FileOnDisk(std::string path, Access access) : path_(std::move(path)), lines_(path_, flags_of(access))
+    FileOnDisk(const std::string& path, Access access)
+        : folder_(std::filesystem::path(path).parent_path()), lines_(path, flags_of(access))
     {
+        struct stat status {};
+        require(fstat(lines_.descriptor(), &status) == 0);
+        if (geteuid() != 0 && status.st_uid != geteuid() && status.st_uid != 0) {
+            throw vor::FileError(fmt::format("it belongs to user {}", status.st_uid)); // who may write what is reverted
+        }
         if (access != Access::read) {
             require(flock(lines_.descriptor(), LOCK_EX | LOCK_NB) == 0);
         }
@@ -88,7 +94,7 @@ public:
     void overwrite(std::size_t offset, std::string_view text) override
     {
         // what is open to append would write at its end
-        const int file = ::open(path_.c_str(), O_WRONLY | O_CLOEXEC);
+        const int file = ::open(fmt::format("/proc/self/fd/{}", lines_.descriptor()).c_str(), O_WRONLY | O_CLOEXEC);
         const ssize_t written = pwrite(file, text.data(), text.size(), static_cast<off_t>(offset));
         const bool is_there = written == static_cast<ssize_t>(text.size()) && fdatasync(file) == 0;
         const int error = errno;
@@ -102,8 +108,7 @@ public:
     // A new file's name is on disk when its folder is.
     void sync_name() override
     {
-        const std::string folder = std::filesystem::path(path_).parent_path().string();
-        const int descriptor = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        const int descriptor = ::open(folder_.empty() ? "." : folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
         if (descriptor >= 0) {
             fsync(descriptor);
             ::close(descriptor);
@@ -113,7 +118,8 @@ public:
 private:
     static int flags_of(Access access)
     {
-        return access == Access::read ? O_RDONLY : O_RDWR | O_APPEND | (access == Access::create ? O_CREAT : 0);
+        const int to_write = O_RDWR | O_APPEND | (access == Access::create ? O_CREAT | O_NOFOLLOW : 0);
+        return access == Access::read ? O_RDONLY : to_write;
     }
 
     static void require(bool holds)
@@ -130,7 +136,7 @@ private:
         is_private_ = true;
     }
 
-    const std::string path_;
+    const std::string folder_;
     vor::JsonLines lines_;
     bool is_private_ = false;
 };

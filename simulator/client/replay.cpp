@@ -34,6 +34,10 @@ struct Unsendable : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+struct Unbound : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
 std::string bytes_in(const std::optional<std::string>& text, const char* name)
 {
     if (!text) {
@@ -66,7 +70,7 @@ public:
     explicit Sender(vor_uint16 sap) : endpoint_(sap), sap_(sap)
     {
         if (endpoint_.handle() == nullptr) {
-            throw std::runtime_error(fmt::format("cannot send from SAP {}", sap));
+            throw Unbound(fmt::format("cannot send from SAP {}", sap));
         }
     }
 
@@ -172,6 +176,8 @@ public:
             try {
                 send_again(*line);
                 ++sent_;
+            } catch (const Unbound& why) {
+                throw std::runtime_error(fmt::format("{}: {}", journal_.place(*line), why.what()));
             } catch (const Unsendable& why) {
                 ++skipped_;
                 vor::print_line(stderr,
@@ -218,7 +224,7 @@ private:
             throw Unsendable(fmt::format("is of journal version {}, which has no bytes", line.of_version));
         }
         if (!line.damage.empty() || !line.complete) {
-            throw Unsendable("is damaged");
+            throw Unsendable(fmt::format("is damaged{}{}", line.damage.empty() ? "" : ", ", line.damage));
         }
         switch (record.kind) {
         case values::Record::Kind::message:
@@ -314,15 +320,13 @@ int replay(const std::vector<std::string>& arguments)
     const std::string& state = compared.state;
     Json held;
     if (!state.empty()) {
-        held = Json::read(contents(state).value_or("")).value_or(Json());
-        if (!held.is_object() || !held.contains("managers")) {
-            throw std::runtime_error(fmt::format("{} is not a state file", state));
-        }
+        held = state_in(state);
     }
     Replay replay(path);
     replay.run();
     if (!state.empty()) {
-        const Json now = Json::parse(ask("show --json"));
+        const std::string shown = ask("show --json");
+        const Json now = Json::parse(shown, {.members = 1 << 16});
         for (const char* part : {"managers", "konfd"}) {
             compare_held(replay, &held.at(part), &now.at(part), part);
         }

@@ -1,17 +1,15 @@
 #include "faults/parse.hpp"
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <cmath>
-#include <cstring>
-#include <fstream>
 #include <set>
 
 #include <fmt/core.h>
 #include <fnmatch.h>
 
 #include "tables/managers.hpp"
+#include "text/file.hpp"
 #include "text/nearest.hpp"
 #include "text/parse.hpp"
 #include "text/text.hpp"
@@ -350,14 +348,17 @@ Rule parse_rule(std::string_view line)
 
 std::vector<Rule> read_rules(const std::string& file)
 {
-    std::ifstream stream(file);
-    if (!stream) {
-        throw std::runtime_error(fmt::format("cannot read {}: {}", file, std::strerror(errno)));
+    std::string content;
+    try {
+        content = vor::content_of(file);
+    } catch (const vor::FileError& error) {
+        throw std::runtime_error(fmt::format("cannot read {}: {}", file, error.what()));
     }
     std::vector<Rule> rules;
     std::string errors;
-    std::size_t number = 1;
-    for (std::string line; std::getline(stream, line); ++number) {
+    std::size_t number = 0;
+    for (const std::string_view line : vor::lines_in(content)) {
+        ++number;
         try {
             if (Parser parser(line); !parser.empty()) {
                 rules.push_back(parser.run());

@@ -247,7 +247,7 @@ Line read_line(std::string_view text)
                 read(*found, value);
             }
         } catch (const vor::JsonError& error) {
-            line.damage = error.what();
+            line.damage = fmt::format("{}: {}", name, error.what());
         }
     };
     each_member(line.record, take, true);

@@ -1,9 +1,6 @@
 #include "record/reader.hpp"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
 #include <iterator>
 #include <stdexcept>
 #include <string_view>
@@ -11,24 +8,26 @@
 
 #include <fmt/core.h>
 
+#include "text/json.hpp"
+
 namespace vorsim::record {
 
-JournalReader::JournalReader(const std::string& path) : path_(path), file_(std::fopen(path.c_str(), "re"))
-{
-    if (!file_.is_open() || std::filesystem::is_directory(path)) {
-        throw std::runtime_error(
-            fmt::format("cannot read the journal {}: {}", path, std::strerror(file_.is_open() ? EISDIR : errno)));
-    }
+JournalReader::JournalReader(const std::string& path)
+try : path_(path), file_(vor::open_to_read(path)) {
+} catch (const vor::FileError& error) {
+    throw std::runtime_error(fmt::format("cannot read the journal {}: {}", path, error.what()));
 }
 
 std::optional<JournalLine> JournalReader::next()
-{
+try {
     constexpr std::string_view versions[] = {"1", "2"};
     static_assert(std::size(versions) == journal_version);
     for (auto text = file_.next(); text && !torn(); text = file_.next()) {
         Line line;
         try {
             line = read_line(*text);
+        } catch (const vor::JsonLimit& limit) {
+            throw std::runtime_error(fmt::format("{}:{}: {}", path_, file_.number(), limit.what()));
         } catch (const std::exception&) {
             throw std::runtime_error(fmt::format("{}:{}: not a journal record", path_, file_.number()));
         }
@@ -43,6 +42,8 @@ std::optional<JournalLine> JournalReader::next()
         version_ = static_cast<int>(known - versions) + 1;
     }
     return {};
+} catch (const vor::FileError& error) {
+    throw std::runtime_error(fmt::format("cannot read the journal {}: {}", path_, error.what()));
 }
 
 std::string JournalReader::place(const JournalLine& line) const

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <filesystem>
 #include <string_view>
 
@@ -58,18 +57,6 @@ vor::JsonLines taken_over(const std::string& path, bool made)
     return file;
 }
 
-std::string reason(const vor::FileError& error)
-{
-    switch (error.error) {
-    case 0:
-        return "it is not a regular file";
-    case ELOOP:
-        return "it is a symbolic link";
-    default:
-        return error.what();
-    }
-}
-
 std::string cannot_write(const std::string& path, std::string_view why)
 {
     return fmt::format("cannot write the journal {}: {}", path, why);
@@ -83,12 +70,9 @@ MessageJournal::MessageJournal(const std::string& path) : path_(path)
     made_ = !std::filesystem::exists(std::filesystem::symlink_status(path, ignored));
     try {
         file_ = taken_over(path, made_);
-    } catch (const vor::FileError& error) {
-        throw std::runtime_error(cannot_write(path, reason(error)));
     } catch (const std::runtime_error& error) {
         throw std::runtime_error(cannot_write(path, error.what()));
     }
-    std::signal(SIGXFSZ, SIG_IGN); // write reports the limit
 }
 
 MessageJournal::~MessageJournal()

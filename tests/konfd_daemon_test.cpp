@@ -230,6 +230,18 @@ TEST_F(Client, no_stale_answer)
     EXPECT_EQ("-o\n", heard());
 }
 
+TEST_F(Client, byte_a_second_is_refused)
+{
+    const std::string text = "-s -l \"interface number 1\"";
+    for (std::size_t at = 0; at < 11; ++at) {
+        send(text.substr(at, 1));
+        EXPECT_EQ("", heard()) << at;
+        wait(999ms);
+    }
+    EXPECT_EQ("-e\n", heard());
+    EXPECT_EQ("", konfd.text());
+}
+
 TEST_F(Client, answer_fits_the_library_buffer)
 {
     for (int line = 0; line < 10; ++line) {

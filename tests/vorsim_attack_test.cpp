@@ -1,6 +1,8 @@
 // What was tried against vorsim: it stays small, and an honest client is served.
 #include <algorithm>
+#include <array>
 #include <csignal>
+#include <cstring>
 #include <fcntl.h>
 #include <fstream>
 #include <sstream>
@@ -220,17 +222,89 @@ TEST_F(Attack, unread_output_blocks_nothing)
     EXPECT_EQ(0, gateway.stop(SIGTERM)) << "nor is it deaf";
 }
 
-TEST_F(Attack, idle_clients_leave_room_for_others)
+TEST_F(Attack, slow_clients_leave_room_for_others)
 {
     const Gateway gateway(place, {});
-    std::vector<Stream> idle;
+    std::vector<Stream> slow;
     for (int client = 0; client < 80; ++client) {
-        idle.emplace_back(client < 64 ? konfd_path : in_place("run/vorsim.control"));
+        slow.emplace_back(client < 64 ? konfd_path : in_place("run/vorsim.control"));
     }
+    std::jthread drip([&slow](const std::stop_token& stop) {
+        for (std::size_t next = 0; !stop.stop_requested(); next = (next + 1) % slow.size()) {
+            slow[next].send("x");
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+    });
     const Stream honest(konfd_path);
     honest.send("-d\n");
     EXPECT_EQ("-o\n", honest.line());
     EXPECT_EQ(0, place.run("vorsim show").exit_code);
+}
+
+TEST_F(Attack, work_of_a_client_that_is_gone_is_stopped)
+{
+    const Gateway gateway(place, {});
+    const auto load = [](const Stream& client, int ports) {
+        std::string lines = "load state\n";
+        for (int port = 0; port < ports; ++port) {
+            const std::string number = std::to_string(port);
+            lines += R"({"sap":19,"object":"port )" + number +
+                     R"(","call":"vor_cfg_set_can_id","values":{"port_num":)" + number + R"(,"can_id":1,"option":0}})" +
+                     '\n';
+        }
+        for (std::size_t at = 0; at < lines.size() + 1;) {
+            const ssize_t sent = ::send(client.get(), lines.c_str() + at, lines.size() + 1 - at, MSG_NOSIGNAL);
+            ASSERT_GT(sent, 0);
+            at += static_cast<std::size_t>(sent);
+        }
+    };
+    load(Stream(in_place("run/vorsim.control")), 10'000);
+    EXPECT_TRUE(state()["managers"].empty());
+    const Stream honest(in_place("run/vorsim.control"));
+    load(honest, 100);
+    const Bound front_end(client_sap);
+    EXPECT_EQ(0, ask(front_end)) << "others are served meanwhile";
+    EXPECT_EQ("+", honest.line());
+    EXPECT_TRUE(contains(place.run("vorsim show").text, "port 99\n"));
+}
+
+TEST_F(Attack, passed_descriptors_are_closed)
+{
+    const Gateway gateway(place, {});
+    const auto count = [&] {
+        const auto all = fs::directory_iterator("/proc/" + std::to_string(gateway.pid()) + "/fd");
+        return std::distance(begin(all), end(all));
+    };
+    const auto before = count();
+    std::array<int, 20> passed{};
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof passed)> control{};
+    char bytes[] = "x";
+    iovec data{bytes, 1};
+    msghdr message{};
+    message.msg_iov = &data;
+    message.msg_iovlen = 1;
+    message.msg_control = control.data();
+    message.msg_controllen = control.size();
+    cmsghdr* const part = CMSG_FIRSTHDR(&message);
+    part->cmsg_level = SOL_SOCKET;
+    part->cmsg_type = SCM_RIGHTS;
+    part->cmsg_len = CMSG_LEN(sizeof passed);
+    std::memcpy(CMSG_DATA(part), passed.data(), sizeof passed); // standard input, again and again
+    const vorsim::sockets::Descriptor sender(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    sockaddr_un to = address_of(in_place("run/sap-2"));
+    const Stream talker(konfd_path);
+    const Stream asker(in_place("run/vorsim.control"));
+    for (int time = 0; time < 50; ++time) {
+        message.msg_name = &to;
+        message.msg_namelen = sizeof to;
+        EXPECT_EQ(1, sendmsg(sender.get(), &message, 0));
+        message.msg_name = nullptr;
+        message.msg_namelen = 0;
+        EXPECT_EQ(1, sendmsg(time % 2 == 0 ? talker.get() : asker.get(), &message, MSG_NOSIGNAL));
+    }
+    const Bound front_end(client_sap);
+    EXPECT_EQ(0, ask(front_end));
+    EXPECT_EQ(before + 2, count()) << "and the two connections";
 }
 
 TEST_F(Attack, descriptor_exhaustion_recovers_without_spinning)

@@ -13,13 +13,15 @@ using namespace fuzz;
 
 namespace {
 
-void restore(const vor::Json& state)
+void restore(const vor::Json& document)
 {
     try {
-        require(vor::Json::read(vor::dump(record::json_of(record::stored_state(state)))).has_value(),
-                "what is stored can be shown");
+        gateway::State state;
         konfd::Konfd konfd;
-        record::store_konfd(konfd, state);
+        for (const std::string& line : record::stored_lines(document)) {
+            record::store(line, state, konfd);
+        }
+        require(vor::Json::read(vor::dump(record::json_of(state))).has_value(), "what is stored can be shown");
         require(vor::Json::read(vor::dump(record::json_of(konfd))).has_value(), "what is stored can be shown");
     } catch (const std::exception& error) {
         require(error.what()[0] != '\0', "an error says what is wrong");

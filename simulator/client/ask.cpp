@@ -20,8 +20,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds patience{10000};
-
 // The result; throws the error that the answer holds instead.
 std::string checked(const std::string& answer)
 {
@@ -44,27 +42,32 @@ std::runtime_error unavailable(std::string_view what)
 
 } // namespace
 
-Connection::Connection(const std::string& line, const std::optional<std::string>& document)
-    : socket_(sockets::connect_to(server::control_path(server::directory())))
+Connection::Connection(const std::string& line, milliseconds within, const std::optional<std::string>& document)
+    : socket_(sockets::connect_to(server::control_path(server::directory()), within))
 {
+    const int why = errno;
     if (line.find_first_of(std::string_view("\n\0", 2)) != line.npos) { // they would end it
         server::refuse_line();
     }
     if (socket_.get() < 0) {
         server::parse_command(line); // its errors come first
+        if (why == EAGAIN) {
+            throw unavailable("does not answer");
+        }
         throw std::runtime_error(
             fmt::format("nothing listens in {}\nhint: start vorsim, or set VORINFRA_DIR", server::directory()));
     }
     const std::string request = (document ? line + '\n' + *document : line) + '\0';
     if (request.size() > server::longest_request) {
-        throw std::runtime_error(fmt::format("the file is too large: {} bytes of compact JSON, at most {}",
+        throw std::runtime_error(fmt::format("the file is too large: {} bytes of settings, at most {}",
                                              document.value_or("").size(), server::longest_request));
     }
     for (std::size_t at = 0; at < request.size();) {
         pollfd room{socket_.get(), POLLOUT, 0};
-        const bool ready = poll(&room, 1, static_cast<int>(patience.count())) == 1;
-        const ssize_t sent =
-            ready ? send(socket_.get(), request.data() + at, request.size() - at, MSG_NOSIGNAL | MSG_DONTWAIT) : -1;
+        if (poll(&room, 1, static_cast<int>(within.count())) == 0) {
+            throw unavailable("does not answer");
+        }
+        const ssize_t sent = send(socket_.get(), request.data() + at, request.size() - at, MSG_NOSIGNAL | MSG_DONTWAIT);
         if (sent < 0 && errno != EAGAIN && errno != EINTR) {
             throw unavailable("closed the connection");
         }
@@ -85,7 +88,11 @@ std::optional<std::string> Connection::receive(milliseconds within)
 
 bool EventStream::read(const OnLine& on_line)
 {
-    const std::string more = connection_.receive(milliseconds(-1)).value_or("");
+    const auto received = connection_.receive(begun_ ? milliseconds(-1) : within_);
+    if (!received) {
+        throw unavailable("does not answer");
+    }
+    const std::string& more = *received;
     text_ += more;
     std::size_t begin = 0;
     for (std::size_t end = 0; (end = text_.find('\n', begin)) != text_.npos; begin = end + 1) {
@@ -101,10 +108,9 @@ bool EventStream::read(const OnLine& on_line)
     return !more.empty();
 }
 
-std::string ask(const std::string& line, const std::optional<std::string>& document)
+std::string ask(const std::string& line, const std::optional<std::string>& document, milliseconds within)
 {
-    Connection asked(line, document);
-    milliseconds within = patience;
+    Connection asked(line, within, document);
     std::string otherwise = unavailable("does not answer").what();
     std::string at_its_end = otherwise;
     std::string answer;

@@ -11,11 +11,15 @@
 
 namespace vorsim::client {
 
+// How long a gateway may take to go on with a request.
+inline constexpr std::chrono::milliseconds patience{10000};
+
 // A connection that carries one request: a line, and possibly a document.
 class Connection {
 public:
     // Throws if no gateway runs in the directory; a UsageError first, if the line is invalid.
-    explicit Connection(const std::string& line, const std::optional<std::string>& document = {});
+    explicit Connection(const std::string& line, std::chrono::milliseconds within,
+                        const std::optional<std::string>& document = {});
 
     // More of the answer, empty at its end; nothing on timeout.
     std::optional<std::string> receive(std::chrono::milliseconds within);
@@ -31,7 +35,10 @@ public:
     enum class Kind : char { message = '+', note = '!' }; // a note is for people
     using OnLine = std::function<void(Kind kind, std::string_view line)>;
 
-    explicit EventStream(const std::string& line) : connection_(line) {}
+    explicit EventStream(const std::string& line, std::chrono::milliseconds within = patience)
+        : connection_(line, within), within_(within)
+    {
+    }
 
     // Readable when there is more.
     int descriptor() const { return connection_.descriptor(); }
@@ -40,11 +47,13 @@ public:
 
 private:
     Connection connection_;
+    std::chrono::milliseconds within_; // the first line comes
     std::string text_;
     bool begun_ = false;
 };
 
 // The whole answer; throws the gateway's error, a UsageError for an invalid line.
-std::string ask(const std::string& line, const std::optional<std::string>& document = {});
+std::string ask(const std::string& line, const std::optional<std::string>& document = {},
+                std::chrono::milliseconds within = patience);
 
 } // namespace vorsim::client

@@ -3,18 +3,17 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <fstream>
 #include <set>
-#include <sstream>
 
 #include <fmt/core.h>
 
 #include "client/ask.hpp"
 #include "client/line_options.hpp"
 #include "record/json.hpp"
+#include "record/stored.hpp"
 #include "server/commands.hpp"
 #include "server/options.hpp"
+#include "text/file.hpp"
 #include "text/json.hpp"
 #include "text/nearest.hpp"
 #include "text/parse.hpp"
@@ -41,19 +40,11 @@ std::string line_of(const Arguments& arguments, bool raw)
     return line;
 }
 
-// Without the white space between its parts: an indented state may be larger than a request.
-std::string compact(const std::string& file, std::string_view text)
-try {
-    return vor::dump(vor::Json::parse(text));
-} catch (const vor::JsonError&) {
-    throw std::runtime_error(fmt::format("{} is not JSON", file));
-}
-
 int pass_on(const server::CommandRow& row, const Arguments& arguments)
 {
-    auto document = row.carries_document && arguments.size() > 1 ? contents(arguments[1]) : std::nullopt;
-    if (document) {
-        document = compact(arguments[1], *document);
+    std::optional<std::string> document;
+    if (row.carries_document && arguments.size() > 1) {
+        document = vor::joined(record::stored_lines(state_in(arguments[1])), "\n");
     }
     print(ask(line_of(arguments, row.raw), document));
     return 0;
@@ -108,18 +99,27 @@ std::span<const Handler> handlers()
     return handler_rows;
 }
 
-std::optional<std::string> contents(const std::string& path)
-{
-    const std::ifstream file(path);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return file && text ? std::optional(text.str()) : std::nullopt;
+vor::Json state_in(const std::string& file)
+try {
+    // On one line, or indented; the gateway's own limits are lower.
+    const std::string text = vor::content_of(file, {.line = vor::Bounds().file});
+    vor::Json state = vor::Json::parse(text, {.bytes = text.size(), .members = 1 << 16});
+    if (!state.is_object() || state.value("schema", 0) != 1 || !state.contains("managers")) {
+        throw vor::JsonError("");
+    }
+    return state;
+} catch (const vor::FileError& error) {
+    throw std::runtime_error(fmt::format("cannot read {}: {}", file, error.what()));
+} catch (const vor::JsonLimit& limit) {
+    throw std::runtime_error(fmt::format("{}: {}", file, limit.what()));
+} catch (const vor::JsonError&) {
+    throw std::runtime_error(fmt::format("{} is not a state file of schema 1", file));
 }
 
 void print(const std::string& text)
 {
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
-        throw std::runtime_error(fmt::format("cannot write to standard output: {}", std::strerror(errno)));
+        throw std::runtime_error(fmt::format("cannot write to standard output: {}", vor::reason_of(errno)));
     }
 }
 

@@ -7,6 +7,10 @@
 #include <string_view>
 #include <vector>
 
+namespace vor {
+class Json;
+}
+
 namespace vorsim::client {
 
 // Returns the exit code; nothing when the first argument is not a command.
@@ -27,8 +31,8 @@ int watch(const std::vector<std::string>& arguments);
 int decode(const std::vector<std::string>& arguments);
 int replay(const std::vector<std::string>& arguments);
 
-// Nothing if the file cannot be read.
-std::optional<std::string> contents(const std::string& path);
+// The document of a state file.
+vor::Json state_in(const std::string& file);
 // Writes to standard output; throws if that fails.
 void print(const std::string& text);
 

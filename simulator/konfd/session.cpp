@@ -1,5 +1,6 @@
 #include "konfd/session.hpp"
 
+#include <algorithm>
 #include <utility>
 
 #include <fmt/core.h>
@@ -18,10 +19,17 @@ bool ends_text(char character)
 
 Exchange ClientSession::execute()
 {
-    Reply reply =
-        too_long_ ? Konfd::refuse(fmt::format("text longer than {} bytes", longest_text)) : konfd_->execute(text_);
-    too_long_ = false;
+    if (too_long_) {
+        return refuse(fmt::format("text longer than {} bytes", longest_text));
+    }
+    Reply reply = konfd_->execute(text_);
     return {std::exchange(text_, {}), std::move(reply)};
+}
+
+Exchange ClientSession::refuse(const std::string& why)
+{
+    too_long_ = false;
+    return {std::exchange(text_, {}), Konfd::refuse(why)};
 }
 
 std::chrono::milliseconds ClientSession::wait() const
@@ -59,13 +67,25 @@ std::optional<Exchange> ClientSession::receive(std::string_view& bytes, Time now
         }
     }
     if (!text_.empty() || too_long_) {
-        deadline_ = now + wait();
+        begun_ = begins_text ? now : begun_;
+        deadline_ = std::min(now + wait(), begun_ + longest_time);
         continues_ = begins_text ? answer_unread && answered_unended_ : continues_;
     }
     return {};
 }
 
 std::optional<Exchange> ClientSession::time_out()
+{
+    if (deadline_ && *deadline_ == begun_ + longest_time) {
+        deadline_.reset();
+        Exchange exchange = refuse(fmt::format("text not ended within {} s", longest_time / std::chrono::seconds(1)));
+        exchange.too_slow = true;
+        return exchange;
+    }
+    return end();
+}
+
+std::optional<Exchange> ClientSession::end()
 {
     deadline_.reset();
     if (text_.empty() && !too_long_) {

@@ -6,6 +6,7 @@
 // - cut short (a quote open, an option without its text), for `patience`;
 // - a network's name, set without an end, for `patience` as well: its sender
 //   sets the password in a second message and reads one answer for both.
+// A text that takes longer than `longest_time` to come in is refused.
 // What comes unended while the answer before it is still unread belongs to
 // the same exchange: it is carried out and adds no second answer.
 #pragma once
@@ -23,12 +24,14 @@ using Time = std::chrono::steady_clock::time_point;
 
 constexpr std::chrono::milliseconds quiet{10};
 constexpr std::chrono::milliseconds patience{1000};
+constexpr std::chrono::milliseconds longest_time{10'000}; // from the first byte of a text to its end
 constexpr std::size_t longest_text = 16384;
 
 // A text and the reply to it.
 struct Exchange {
     std::string text; // without its end; empty where it was too long to be kept
     Reply reply;
+    bool too_slow = false; // its sender is to be dropped
 };
 
 class ClientSession {
@@ -41,12 +44,13 @@ public:
     // The deadline has passed.
     std::optional<Exchange> time_out();
     // The client sends no more.
-    std::optional<Exchange> end() { return time_out(); }
+    std::optional<Exchange> end();
 
     std::optional<Time> deadline() const { return deadline_; }
 
 private:
     Exchange execute();
+    Exchange refuse(const std::string& why);
     std::chrono::milliseconds wait() const;
 
     Konfd* konfd_;
@@ -54,6 +58,7 @@ private:
     bool too_long_ = false;
     bool answered_unended_ = false; // the last text answered had no end
     bool continues_ = false;        // its answer stands for the text that is coming in, too
+    Time begun_;                    // the text
     std::optional<Time> deadline_;
 };
 

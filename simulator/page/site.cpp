@@ -23,6 +23,7 @@ constexpr auto state_lasts = 200ms;
 constexpr int state_share = 10; // the gateway spends at most one part in so many of its time on it
 constexpr std::uint16_t http_port = 80;
 constexpr auto between_beats = 2s;
+constexpr auto patience = 1s; // with the gateway; meanwhile other requests wait
 
 constexpr unsigned bad_request = 400;
 constexpr unsigned forbidden = 403;
@@ -92,7 +93,7 @@ Site::Site(sockets::Loop& loop, int listener, Settings settings)
 void Site::watch()
 {
     try {
-        watch_ = std::make_unique<client::EventStream>("watch");
+        watch_ = std::make_unique<client::EventStream>("watch", patience);
         loop_.watch(watch_->descriptor(), [this] { receive(); });
     } catch (const std::exception&) {
         watch_.reset(); // retried at the next beat
@@ -173,14 +174,19 @@ Response Site::answer(const Request& request)
 Response Site::state()
 {
     const auto now = std::chrono::steady_clock::now();
-    try {
-        if (now >= state_due_) {
-            state_ = client::ask("overview");
-            const auto end = std::chrono::steady_clock::now();
-            state_due_ = end + std::max<sockets::Loop::Time::duration>(state_lasts, state_share * (end - now));
+    if (now >= state_due_) {
+        state_error_.clear();
+        try {
+            state_ = client::ask("overview", {}, patience);
+        } catch (const std::exception& error) {
+            state_error_ = error.what();
         }
-    } catch (const std::exception& error) {
-        return {.status = unavailable, .body = fmt::format("{}\n", error.what())};
+        const auto end = std::chrono::steady_clock::now();
+        state_due_ =
+            end + std::clamp<sockets::Loop::Time::duration>(state_share * (end - now), state_lasts, between_beats);
+    }
+    if (!state_error_.empty()) {
+        return {.status = unavailable, .body = fmt::format("{}\n", state_error_)};
     }
     return {.type = "application/json",
             .body = fmt::format("{{\"control\":{},\"watched\":{},\"gateway\":{}}}\n", settings_.control,
@@ -205,7 +211,7 @@ Response Site::execute(const std::string& command)
         return {.status = bad_request, .body = "expected fault, stop, start, set or reset\n"};
     }
     try {
-        return {.body = client::ask(command)};
+        return {.body = client::ask(command, {}, patience)};
     } catch (const server::UsageError& error) {
         return {.status = bad_request, .body = fmt::format("{}\n", error.what())};
     } catch (const std::exception& error) {

@@ -58,7 +58,8 @@ private:
     Feed feed_;
     std::unique_ptr<client::EventStream> watch_;
     sockets::Loop::Time next_beat_;
-    std::string state_; // shared by all requests for a moment
+    std::string state_;       // shared by all requests for a moment
+    std::string state_error_; // why there is none
     sockets::Loop::Time state_due_{};
     Http http_;
 };

@@ -61,21 +61,36 @@ std::optional<gateway::Decoded> stored_call(std::uint16_t sap, const std::string
     return {};
 }
 
-void store_lines(konfd::Konfd& konfd, const Json& lines, const std::string& path, int depth)
+constexpr std::size_t deepest_line = 16;
+
+void store_konfd(konfd::Konfd& konfd, const Json& json)
+{
+    const std::string& line = json.at("line").string();
+    const Json::Array& under = json.at("konfd").elements();
+    if (line.ends_with(vor::mask) && konfd::without_secret(line) == line && line != vor::mask) {
+        throw std::runtime_error(
+            fmt::format("konfd's line \"{}\" is masked (write the state with --show-secrets)", line));
+    }
+    std::string command = fmt::format("-s -l \"{}\" -p {}", line, json.value("priority", 0));
+    for (const Json& part : under) {
+        command += fmt::format(" \"{}\"", part.string());
+    }
+    if (under.size() > deepest_line || konfd.execute(command).answer != "-o\n") {
+        throw std::runtime_error(
+            fmt::format("cannot store konfd's line {}", vor::quoted(line, values::longest_in_line)));
+    }
+}
+
+void add_lines(std::vector<std::string>& all, const Json& lines, Json::Array& path)
 {
     for (const Json& one : lines.elements()) {
-        const std::string& line = one.at("line").string();
-        if (line.ends_with(vor::mask) && konfd::without_secret(line) == line && line != vor::mask) {
-            throw std::runtime_error(
-                fmt::format("konfd's line \"{}\" is masked (write the state with --show-secrets)", line));
-        }
-        const std::string command = fmt::format("-s -l \"{}\" -p {}{}", line, one.value("priority", 0), path);
-        if (depth > 16 || konfd.execute(command).answer != "-o\n") {
-            throw std::runtime_error(
-                fmt::format("cannot store konfd's line {}", vor::quoted(line, values::longest_in_line)));
-        }
+        const Json& line = one.at("line");
+        all.push_back(
+            vor::dump({{"konfd", Json::array(path)}, {"line", line}, {"priority", one.value("priority", 0)}}));
         if (const Json* const under = one.find("under")) {
-            store_lines(konfd, *under, fmt::format("{} \"{}\"", path, line), depth + 1);
+            path.push_back(line);
+            add_lines(all, *under, path);
+            path.pop_back();
         }
     }
 }
@@ -104,14 +119,14 @@ Json json_of(const gateway::State& state)
 {
     Json all = Json::object();
     for (const auto& [sap, objects] : state.managers()) {
-        Json by_object = Json::object();
+        Json::Object by_object; // thousands, perhaps: none is looked up
         for (const auto& [object, settings] : objects) {
-            Json& calls = by_object[object] = Json::object();
+            Json& calls = by_object.emplace_back(object, Json::object()).second;
             for (const gateway::State::Setting& setting : settings) {
                 calls[setting.row->call] = json_of(setting.values);
             }
         }
-        all[tables::manager_key(sap)] = {{"sap", sap}, {"objects", std::move(by_object)}};
+        all[tables::manager_key(sap)] = {{"sap", sap}, {"objects", Json::of(std::move(by_object))}};
     }
     return all;
 }
@@ -145,30 +160,42 @@ Json json_of(const std::vector<faults::RuleList::Listed>& rules)
     return all;
 }
 
-gateway::State stored_state(const Json& held)
+std::vector<std::string> stored_lines(const Json& document)
 {
-    gateway::State state;
-    for (const auto& [key, manager] : held.members()) {
-        const auto sap = manager.at("sap").number<std::uint16_t>();
+    std::vector<std::string> all;
+    for (const auto& [key, manager] : document.at("managers").members()) {
         for (const auto& [object, calls] : manager.at("objects").members()) {
             for (const auto& [call, values] : calls.members()) {
-                auto decoded = stored_call(sap, object, call, values);
-                if (!decoded) {
-                    throw std::runtime_error(
-                        fmt::format("{}/{}: unknown call {} with these values", key, object, call));
-                }
-                if (!state.keep(std::move(*decoded))) {
-                    throw std::runtime_error("the state is too large");
-                }
+                all.push_back(
+                    vor::dump({{"sap", manager.at("sap")}, {"object", object}, {"call", call}, {"values", values}}));
             }
         }
     }
-    return state;
+    if (const Json* const lines = document.find("konfd")) {
+        Json::Array path;
+        add_lines(all, *lines, path);
+    }
+    return all;
 }
 
-void store_konfd(konfd::Konfd& konfd, const Json& lines)
+void store(std::string_view line, gateway::State& state, konfd::Konfd& konfd)
 {
-    store_lines(konfd, lines, "", 0);
+    const Json json = Json::parse(line);
+    if (json.contains("konfd")) {
+        store_konfd(konfd, json);
+        return;
+    }
+    const auto sap = json.at("sap").number<std::uint16_t>();
+    const std::string& object = json.at("object").string();
+    const std::string& call = json.at("call").string();
+    auto decoded = stored_call(sap, object, call, json.at("values"));
+    if (!decoded) {
+        throw std::runtime_error(fmt::format("{}/{}: unknown call {} with these values", tables::manager_key(sap),
+                                             vor::escaped(object), vor::escaped(call)));
+    }
+    if (!state.keep(std::move(*decoded))) {
+        throw std::runtime_error("the state is too large");
+    }
 }
 
 } // namespace vorsim::record

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "faults/rule_list.hpp"
@@ -24,9 +26,9 @@ vor::Json json_of(const std::vector<faults::RuleList::Listed>& rules);
 vor::Json json_of(const Counters& counters, std::uint64_t lines_lost, const gateway::State& state,
                   const konfd::Konfd& konfd);
 
-// Both throw for anything but such a state, with the place.
-gateway::State stored_state(const vor::Json& held);
-// Masked lines cannot be stored.
-void store_konfd(konfd::Konfd& konfd, const vor::Json& lines);
+// A line of JSON for each setting and each of konfd's lines of such a document. Throws a JsonError.
+std::vector<std::string> stored_lines(const vor::Json& document);
+// Stores such a line. Throws for anything else, for a masked line, and where there is no more room.
+void store(std::string_view line, gateway::State& state, konfd::Konfd& konfd);
 
 } // namespace vorsim::record

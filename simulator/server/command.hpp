@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <functional>
+#include <optional>
 #include <string>
 #include <variant>
 
@@ -24,8 +25,8 @@ struct Running {
     bool konfd_served = false;
 };
 
-// Answered at once: with the result, or with the error that it throws.
-using Request = std::function<std::string(Running& running)>;
+// Answered with the result, or with the error that it throws; without a result, there is more to do in the next turn.
+using Request = std::function<std::optional<std::string>(Running& running)>;
 
 struct WatchRequest {
     bool json = false; // with the bytes

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
 #include <vector>
 
 #include <fmt/core.h>
@@ -193,35 +194,47 @@ Command read_reset(std::string_view text)
     };
 }
 
-void load(World& world, const std::string& file, const std::string& text)
-{
-    const Json document = Json::read(text).value_or(Json());
-    if (!document.is_object() || document.value("schema", 0) != 1) {
-        throw std::runtime_error(fmt::format("{} is not a state file of schema 1", file));
-    }
-    gateway::State state = record::stored_state(document.at("managers"));
-    konfd::Konfd konfd(world.settings_of_konfd);
-    if (const Json* const lines = document.find("konfd")) {
-        record::store_konfd(konfd, *lines);
-    }
-    world.gateway.hold(std::move(state));
-    world.konfd = std::move(konfd);
-}
+// Settings that replace those of the gateway once all of them have been read.
+class Loading {
+public:
+    explicit Loading(std::string_view lines) : lines_(lines) {}
 
-// Without a document: the client could not read the file.
+    // Reads some of the lines; whether that were the last.
+    bool go_on(World& world)
+    {
+        constexpr int lines_in_a_turn = 20;
+        konfd::Konfd& konfd = konfd_ ? *konfd_ : konfd_.emplace(world.settings_of_konfd);
+        for (int left = lines_in_a_turn; begin_ < lines_.size(); --left) {
+            if (left == 0) {
+                return false;
+            }
+            const std::size_t end = std::min(lines_.find('\n', begin_), lines_.size());
+            record::store(std::string_view(lines_).substr(begin_, end - begin_), state_, konfd);
+            begin_ = end + 1;
+        }
+        world.gateway.hold(std::move(state_));
+        world.konfd = std::move(konfd);
+        return true;
+    }
+
+private:
+    std::string lines_;
+    std::size_t begin_ = 0; // of the next
+    gateway::State state_;
+    std::optional<konfd::Konfd> konfd_;
+};
+
 Command read_load(std::string_view text)
 {
     const std::size_t end = std::min(text.find('\n'), text.size());
     vor::Operands operands = operands_in(text.substr(0, end));
-    const std::string file = operands.take("FILE");
+    operands.take("FILE");
     operands.end();
-    return [file, document = std::string(text.substr(end))](Running& running) {
-        if (document.empty()) {
-            throw std::runtime_error(fmt::format("cannot read {}", file));
-        }
-        load(running.world, file, document.substr(1));
-        return std::string();
-    };
+    if (end == text.size()) {
+        throw UsageError("load without settings");
+    }
+    const auto loading = std::make_shared<Loading>(text.substr(end + 1));
+    return [loading](Running& running) { return loading->go_on(running.world) ? std::optional("") : std::nullopt; };
 }
 
 Command read_quit(std::string_view text)

@@ -53,12 +53,16 @@ void Control::listen(const std::string& path)
         },
         [this](sockets::Descriptor socket) { welcome(std::move(socket)); });
     loop_.in_turn([this] { return answer_all(); });
+    const auto end = [](const auto& one) {
+        return one.second.mode == Mode::answer ? std::optional(one.second.since + sockets::too_slow) : std::nullopt;
+    };
+    loop_.at([this, end] { return sockets::earliest(clients_, end); }, [this] { drop_slow(); });
 }
 
 void Control::welcome(sockets::Descriptor socket)
 {
     const int descriptor = socket.get();
-    clients_.emplace(descriptor, Client{.socket = std::move(socket), .active = std::chrono::steady_clock::now()});
+    clients_.emplace(descriptor, Client{.socket = std::move(socket), .since = std::chrono::steady_clock::now()});
     loop_.watch(descriptor, [this, descriptor] { read_request(descriptor); });
 }
 
@@ -74,7 +78,6 @@ void Control::read_request(int descriptor)
         drop_client(descriptor); // it is gone, or sends while it watches
         return;
     }
-    client.active = std::chrono::steady_clock::now();
     client.input.append(bytes.data(), static_cast<std::size_t>(size));
     const std::size_t end = std::string_view(bytes.data(), static_cast<std::size_t>(size)).find(end_of_request);
     if (end == std::string_view::npos) {
@@ -92,18 +95,34 @@ bool Control::answer_all()
 {
     for (const int descriptor : std::exchange(requested_, std::exchange(fresh_, {}))) {
         const auto client = clients_.find(descriptor);
-        if (client != clients_.end()) {
-            client->second.output = answer_to(client->second, std::exchange(client->second.input, {}));
+        if (client == clients_.end()) {
+            continue;
+        }
+        if (sockets::has_hung_up(descriptor)) {
+            drop_client(descriptor);
+            continue;
+        }
+        auto answer = answer_to(client->second);
+        client->second.since = std::chrono::steady_clock::now();
+        if (answer) {
+            client->second.output = std::move(*answer);
             write_some(descriptor);
+        } else {
+            requested_.push_back(descriptor);
         }
     }
     return !requested_.empty();
 }
 
-std::string Control::answer_to(Client& client, const std::string& request)
+// Nothing, as long as there is more to do.
+std::optional<std::string> Control::answer_to(Client& client)
 {
     try {
-        const Command command = parse_(request);
+        if (client.request) {
+            auto result = client.request(running_);
+            return result ? std::optional("+" + *result) : std::nullopt;
+        }
+        const Command command = parse_(std::exchange(client.input, {}));
         if (const auto* const request_to_watch = std::get_if<WatchRequest>(&command)) {
             return watch(client, *request_to_watch);
         }
@@ -115,7 +134,8 @@ std::string Control::answer_to(Client& client, const std::string& request)
             loop_.stop();
             return "+";
         }
-        return fmt::format("+{}", std::get<Request>(command)(running_));
+        client.request = std::get<Request>(command);
+        return answer_to(client);
     } catch (const UsageError& error) {
         return fmt::format("?{}\n", error.what());
     } catch (const vor::JsonError&) {
@@ -212,7 +232,9 @@ void Control::write_some(int descriptor)
         drop_client(descriptor);
         return;
     }
-    client.active = sent > 0 ? std::chrono::steady_clock::now() : client.active;
+    if (sent > 0 && client.mode != Mode::answer) {
+        client.since = std::chrono::steady_clock::now();
+    }
     client.output.erase(0, static_cast<std::size_t>(std::max<ssize_t>(sent, 0)));
     if (!client.output.empty()) {
         loop_.watch_writing(descriptor, [this, descriptor] { write_some(descriptor); });
@@ -220,6 +242,21 @@ void Control::write_some(int descriptor)
         drop_client(descriptor);
     } else {
         loop_.watch(descriptor, [this, descriptor] { read_request(descriptor); });
+    }
+}
+
+// They have not sent their request, or taken its answer, in time.
+void Control::drop_slow()
+{
+    const auto end = std::chrono::steady_clock::now() - sockets::too_slow;
+    for (auto next = clients_.begin(); next != clients_.end();) {
+        const auto& [descriptor, client] = *next++;
+        if (client.mode == Mode::answer && client.since <= end) {
+            sockets::send_now(descriptor,
+                              fmt::format("-the request took longer than {} s\n",
+                                          std::chrono::duration_cast<std::chrono::seconds>(sockets::too_slow).count()));
+            drop_client(descriptor);
+        }
     }
 }
 

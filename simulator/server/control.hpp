@@ -49,9 +49,10 @@ private:
     enum class Mode : std::uint8_t { answer, watch, wait };
     struct Client {
         sockets::Descriptor socket;
-        sockets::Loop::Time active;
+        sockets::Loop::Time since; // when it connected or was served, or a watching client took something last
         std::string input{};
         std::string output{};
+        Request request{}; // under way
         Mode mode{};
         Wait wait{};
         WatchRequest watch{};
@@ -62,7 +63,8 @@ private:
     void welcome(sockets::Descriptor socket);
     void read_request(int descriptor);
     bool answer_all();
-    std::string answer_to(Client& client, const std::string& request);
+    std::optional<std::string> answer_to(Client& client);
+    void drop_slow();
     std::string watch(Client& client, const WatchRequest& wanted);
     std::string wait(Client& client, const Wait& wanted);
     void limit_watching() const;
@@ -74,7 +76,7 @@ private:
     const Parse parse_;
     Clients clients_;
     std::vector<int> fresh_;     // clients whose request came in this turn: messages sent before it are served first
-    std::vector<int> requested_; // in the previous turn
+    std::vector<int> requested_; // in the previous turn, or not done then
     std::set<std::pair<std::string, std::string>> seen_; // calls and objects
     std::optional<sockets::Listener> listener_;
 };

@@ -44,7 +44,7 @@ void KonfdServer::welcome(sockets::Descriptor socket)
     clients_.emplace(descriptor, Client{.socket = std::move(socket),
                                         .session = konfd::ClientSession(konfd_),
                                         .number = ++welcomed_,
-                                        .active = std::chrono::steady_clock::now()});
+                                        .since = std::chrono::steady_clock::now()});
     loop_.watch(descriptor, [this, descriptor] { receive(descriptor); });
 }
 
@@ -60,7 +60,6 @@ void KonfdServer::receive(int descriptor)
         }
         return;
     }
-    client.active = std::chrono::steady_clock::now();
     client.arrived = std::chrono::system_clock::now();
     client.input.assign(bytes.data(), static_cast<std::size_t>(size));
     client.ended = size == 0;
@@ -93,6 +92,8 @@ bool KonfdServer::serve_one()
 
 void KonfdServer::answer(Client& client, konfd::Exchange exchange)
 {
+    client.since = std::chrono::steady_clock::now();
+    client.ended = client.ended || exchange.too_slow;
     KonfdExchange whole{client.number, client.arrived, std::move(exchange)};
     const faults::ReplyFault fault = on_exchange_(whole);
     const std::string& answer = whole.exchange.reply.answer;
@@ -124,7 +125,6 @@ void KonfdServer::carry_on(int descriptor)
             client.output.clear();
         }
         client.output.erase(0, static_cast<std::size_t>(std::max<ssize_t>(sent, 0)));
-        client.active = sent > 0 ? std::chrono::steady_clock::now() : client.active;
     }
     if (!client.output.empty()) {
         loop_.watch_writing(descriptor, [this, descriptor] { carry_on(descriptor); });

@@ -32,7 +32,7 @@ private:
         sockets::Descriptor socket;
         konfd::ClientSession session;
         std::uint64_t number{};
-        sockets::Loop::Time active;
+        sockets::Loop::Time since; // when it connected, or its last text was executed
         std::chrono::system_clock::time_point arrived{};
         std::string input{};
         std::string output{};

@@ -176,7 +176,7 @@ void Messages::discard(const sockets::Endpoint& endpoint, sockets::Arrival arriv
 
 faults::ReplyFault Messages::deliver(KonfdExchange& exchange)
 {
-    auto& [text, reply] = exchange.exchange;
+    konfd::Reply& reply = exchange.exchange.reply;
     values::Record& record = reply.record;
     auto fault = faults::ReplyFault::whole;
     if (const auto due =
@@ -190,7 +190,7 @@ faults::ReplyFault Messages::deliver(KonfdExchange& exchange)
     record.delivered = fault != faults::ReplyFault::never && fault != faults::ReplyFault::hung_up;
     record.unanswered = !record.delivered;
     if (recorder_.keeps_bytes()) {
-        record.text = record::konfd_record(text, show_secrets_);
+        record.text = record::konfd_record(exchange.exchange.text, show_secrets_);
         record.answer_text = record.delivered ? record::hex(reply.answer) : "";
     }
     recorder_.record(record, exchange.arrived);

@@ -30,7 +30,8 @@ std::string time_text(sockets::Arrival time)
 
 Recorder::Recorder(sockets::Loop& loop, Control& control, const record::Counters& counters,
                    const record::LineStyle& style)
-    : control_(control), counters_(counters), out_(loop, STDOUT_FILENO), errors_(loop, STDERR_FILENO), style_(style)
+    : control_(control), counters_(counters), errors_(loop, STDERR_FILENO), out_(loop, STDOUT_FILENO, &errors_),
+      style_(style)
 {
 }
 

@@ -37,8 +37,8 @@ public:
 private:
     Control& control_;
     const record::Counters& counters_;
-    sockets::Console out_;
     sockets::Console errors_;
+    sockets::Console out_;
     MessageJournal journal_;
     record::LineStyle style_;
     bool failed_ = false; // what --strict reports; stays over a reset

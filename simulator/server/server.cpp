@@ -18,6 +18,7 @@
 #include "faults/parse.hpp"
 #include "server/commands.hpp"
 #include "tables/managers.hpp"
+#include "text/file.hpp"
 
 namespace vorsim::server {
 namespace {
@@ -137,14 +138,13 @@ void Server::write_state()
     const std::string path = *options_.state_file;
     std::string unfinished = fmt::format("{}.XXXXXX", path);
     const sockets::Descriptor file(mkostemp(unfinished.data(), O_CLOEXEC)); // for its owner only: it may hold passwords
-    const std::string text = std::get<Request>(parse_command("show --json"))(running_);
-    if (file.get() < 0 || write(file.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()) ||
-        std::rename(unfinished.c_str(), path.c_str()) != 0) {
+    const std::string text = std::get<Request>(parse_command("show --json"))(running_).value_or("");
+    if (file.get() < 0 || !vor::write_all(file.get(), text) || std::rename(unfinished.c_str(), path.c_str()) != 0) {
         const int error = errno;
         if (file.get() >= 0) {
             unlink(unfinished.c_str());
         }
-        throw std::runtime_error(fmt::format("cannot write the state {}: {}", path, std::strerror(error)));
+        throw std::runtime_error(fmt::format("cannot write the state {}: {}", path, vor::reason_of(error)));
     }
 }
 

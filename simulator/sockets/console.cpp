@@ -12,6 +12,7 @@
 
 #include <fmt/core.h>
 
+#include "text/file.hpp"
 #include "text/text.hpp"
 
 namespace vorsim::sockets {
@@ -50,8 +51,8 @@ ssize_t Console::write_some(std::string_view bytes) const
     return write(descriptor_, bytes.data(), std::min<std::size_t>(bytes.size(), PIPE_BUF));
 }
 
-Console::Console(Loop& loop, int descriptor)
-    : loop_(loop), descriptor_(descriptor), kind_(keep_from_blocking(descriptor))
+Console::Console(Loop& loop, int descriptor, Console* errors)
+    : loop_(loop), descriptor_(descriptor), kind_(keep_from_blocking(descriptor)), errors_(errors)
 {
 }
 
@@ -63,10 +64,15 @@ void Console::flush()
             pending_.erase(0, static_cast<std::size_t>(written));
         } else if (errno != EINTR) {
             gone_ = errno != EAGAIN;
+            if (gone_ && errno != EPIPE && errors_ != nullptr) {
+                errors_->line(
+                    fmt::format("vorsim: standard output: {}; no more lines are printed", vor::reason_of(errno)));
+            }
             break;
         }
     }
     if (gone_) {
+        dropped_ += static_cast<std::uint64_t>(std::ranges::count(pending_, '\n'));
         pending_.clear();
     }
 }
@@ -94,6 +100,7 @@ void Console::on_writable()
 void Console::line(std::string_view text)
 {
     if (gone_) {
+        ++dropped_;
         return;
     }
     report_dropped();

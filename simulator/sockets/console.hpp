@@ -15,7 +15,8 @@ namespace vorsim::sockets {
 // and counted, and a line reports how many.
 class Console {
 public:
-    Console(Loop& loop, int descriptor);
+    // Where it can be written no longer, the errors say why.
+    Console(Loop& loop, int descriptor, Console* errors = nullptr);
 
     void line(std::string_view text);
     // Lines that others failed to write to the same descriptor.
@@ -37,7 +38,8 @@ private:
     Kind kind_;
     bool waits_ = false;
     bool full_ = false;
-    bool gone_ = false; // the reader
+    bool gone_ = false; // the reader, or the room
+    Console* errors_;
     std::string pending_;
     std::uint64_t dropped_ = 0;
     std::uint64_t reported_ = 0; // of the dropped

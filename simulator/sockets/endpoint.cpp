@@ -5,28 +5,38 @@
 
 #include <sys/socket.h>
 #include <sys/time.h>
+#include <unistd.h>
 
 namespace vorsim::sockets {
 namespace {
 
 constexpr std::size_t longest_kept = sizeof(VOR_IPC_MSG_HDR) + VORINFRA_DATA_MAX;
 
-// When the kernel queued the datagram.
+// When the kernel queued the datagram. Descriptors that it carries are closed.
 Arrival arrival_of(msghdr& message)
 {
+    Arrival arrival = std::chrono::system_clock::now();
     for (cmsghdr* part = CMSG_FIRSTHDR(&message); part != nullptr; part = CMSG_NXTHDR(&message, part)) {
         if (part->cmsg_level == SOL_SOCKET && part->cmsg_type == SCM_TIMESTAMPNS) {
             timespec time{};
             std::memcpy(&time, CMSG_DATA(part), sizeof time);
-            return Arrival(std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec));
+            arrival = Arrival(std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec));
         }
         if (part->cmsg_level == SOL_SOCKET && part->cmsg_type == SCM_TIMESTAMP) {
             timeval time{};
             std::memcpy(&time, CMSG_DATA(part), sizeof time);
-            return Arrival(std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec));
+            arrival = Arrival(std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec));
+        }
+        if (part->cmsg_level == SOL_SOCKET && part->cmsg_type == SCM_RIGHTS) {
+            const std::size_t count = (part->cmsg_len - CMSG_LEN(0)) / sizeof(int);
+            for (std::size_t at = 0; at < count; ++at) {
+                int descriptor = -1;
+                std::memcpy(&descriptor, CMSG_DATA(part) + at * sizeof descriptor, sizeof descriptor);
+                close(descriptor);
+            }
         }
     }
-    return std::chrono::system_clock::now();
+    return arrival;
 }
 
 } // namespace
@@ -46,7 +56,7 @@ std::optional<Arrival> Endpoint::next()
     }
     datagram_.resize(longest_kept);
     iovec bytes{datagram_.data(), datagram_.size()};
-    alignas(cmsghdr) std::array<char, 128> control{};
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(timespec))> control{}; // no room for descriptors
     msghdr message{};
     message.msg_iov = &bytes;
     message.msg_iovlen = 1;

@@ -3,8 +3,10 @@
 #include <cerrno>
 #include <cstring>
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -107,16 +109,26 @@ void Listener::accept_client()
     }
 }
 
-Descriptor connect_to(const std::string& path)
+Descriptor connect_to(const std::string& path, std::chrono::milliseconds within)
 {
     const sockaddr_un address = address_of(path);
     Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    if (socket.get() < 0 || connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    timeval limit{};
+    limit.tv_sec = within.count() / 1000;
+    limit.tv_usec = within.count() % 1000 * 1000;
+    if (socket.get() < 0 || setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit) != 0 ||
+        connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
         const int error = errno;
         socket = Descriptor();
         errno = error;
     }
     return socket;
+}
+
+bool has_hung_up(int descriptor)
+{
+    pollfd polled{descriptor, 0, 0};
+    return poll(&polled, 1, 0) == 1;
 }
 
 bool send_now(int descriptor, const std::string& bytes)

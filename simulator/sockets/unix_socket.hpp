@@ -47,26 +47,30 @@ private:
     std::optional<Loop::Time> opens_at_;
 };
 
-// A client that is idle for so long may be dropped for another.
-inline constexpr std::chrono::milliseconds idle_for{2000};
+// A client that has completed nothing for so long may be dropped for another.
+inline constexpr std::chrono::milliseconds slow{200};
+// A client whose request takes so long to arrive is dropped.
+inline constexpr std::chrono::milliseconds too_slow{10000};
 
-// Drops the client that has been idle longest, if it has been idle long enough and a place is needed. False: there is
-// still no room.
+// Drops the slowest client, if it is slow and a place is needed. False: there is still no room.
 template <class Clients, class Drop>
 bool make_room_among(Clients& clients, std::size_t most, bool no_descriptor, Drop drop)
 {
     if (clients.size() < most && !no_descriptor) {
         return true;
     }
-    const auto idle = std::ranges::min_element(clients, {}, [](const auto& one) { return one.second.active; });
-    if (idle != clients.end() && std::chrono::steady_clock::now() - idle->second.active >= idle_for) {
-        drop(idle->first);
+    const auto slowest = std::ranges::min_element(clients, {}, [](const auto& one) { return one.second.since; });
+    if (slowest != clients.end() && std::chrono::steady_clock::now() - slowest->second.since >= slow) {
+        drop(slowest->first);
     }
     return clients.size() < most;
 }
 
-// Connected, or -1 inside with errno set.
-Descriptor connect_to(const std::string& path);
+// Connected, or -1 inside with errno set: EAGAIN if it is not accepted in time.
+Descriptor connect_to(const std::string& path, std::chrono::milliseconds within = too_slow);
+
+// Whether the other end of a connection is closed for good.
+bool has_hung_up(int descriptor);
 
 // All or nothing, without waiting and without SIGPIPE.
 bool send_now(int descriptor, const std::string& bytes);

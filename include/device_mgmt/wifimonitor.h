@@ -1,6 +1,8 @@
 /**
  * @file
  * wifimonitor.h: the Wi-Fi monitor (SAP 18).
+ *
+ * Message buffers kept: one that has no room, or that the platform refused to send.
  */
 #ifndef DEVICE_MGMT_WIFIMONITOR_H
 #define DEVICE_MGMT_WIFIMONITOR_H

@@ -56,11 +56,11 @@
  * - vor_cfg_set_mqtt_server_config, always
  * - vor_cfg_set_pcu_config_enable, when the manager accepted
  *
- * A call takes a message buffer of the platform, and a second one for an answer,
- * and gives them back before it returns, unless its header says that it keeps
- * them. What is kept is out of reach, and where none is left, calls return
- * VOR_CODE_UNREADABLE; whether unbinding the endpoint frees them is up to the
- * platform.
+ * A call takes a message buffer of the platform for its request, and one for the
+ * answer if there will be one. It gives them back before it returns, unless its
+ * header says that it keeps one. What is kept is out of reach, and when no buffer is
+ * left, calls return VOR_CODE_UNREADABLE; whether unbinding the endpoint frees
+ * them is up to the platform.
  *
  * One thread at a time, whichever it is: the endpoint, the konfd socket and
  * vor_errno belong to the process and have no locks.

@@ -4,8 +4,8 @@
  *
  * Every call sets vor_errno to 0 first.
  *
- * Message buffers kept: the first, where no second is to be had; both, where
- * the first has no room for a channel name or a bit rate.
+ * Message buffers kept: the request's, when none is left for the answer; both, when
+ * the request's has no room for a channel name or a bit rate.
  */
 #ifndef DEVICE_MGMT_CAN_H
 #define DEVICE_MGMT_CAN_H

@@ -28,7 +28,7 @@ static inline const char* device_mgmt_code_text(vor_int32 code, vor_int32 status
     case VOR_CODE_UNDELIVERED:
         return "not delivered, or no answer in time: it may have been applied";
     case VOR_CODE_UNREADABLE:
-        return "not sent: no message buffer; or delivered, verdict unread: it may have been applied";
+        return "not sent: no message buffer; or no answer that the call reads: it may have been applied";
     case VOR_CODE_LATITUDE:
         return "refused by the manager: latitude not accepted";
     case VOR_CODE_LONGITUDE:

@@ -2,7 +2,7 @@
  * @file
  * env.h: the board's temperature, read by the platform manager (platmgr, SAP 2).
  *
- * Message buffers kept: the first, where no second is to be had.
+ * Message buffers kept: the request's, when none is left for the answer.
  */
 #ifndef DEVICE_MGMT_ENV_H
 #define DEVICE_MGMT_ENV_H

@@ -6,7 +6,7 @@
  * managers it accepts with status 1; the calls return -4 where others return -3,
  * and never touch vor_errno.
  *
- * Message buffers kept: the first, where no second is to be had.
+ * Message buffers kept: the request's, when none is left for the answer.
  */
 #ifndef DEVICE_MGMT_GW_H
 #define DEVICE_MGMT_GW_H

@@ -7,10 +7,10 @@
  * then sent as 0.0.0.0. vor_errno is left alone at the start of a call unless
  * stated otherwise.
  *
- * Message buffers kept: both, where the answer has no status, and where the first
+ * Message buffers kept: both, when the answer has no status, and when the request's
  * has no room in vor_cfg_set_ip_address, the two DHCP client calls,
  * vor_cfg_set_default_gateway and vor_cfg_show_route_status. By the one-way calls:
- * one that has no room.
+ * their only one, when that has no room.
  */
 #ifndef DEVICE_MGMT_IP_H
 #define DEVICE_MGMT_IP_H
@@ -304,8 +304,8 @@ vor_int32 vor_cfg_show_route_status(vor_char* iface_num);
 /**
  * Enable or disable IP forwarding. One-way: the manager's verdict never comes back.
  *
- * @param enable_status  number as decimal text, cut to 16 bits: "0" enables, "1" disables. Text that is not a number
- *                       counts as "0" and enables, "off" too
+ * @param enable_status  number as decimal text, cut to 16 bits: "0" enables, "1" disables. Text that is not a number,
+ *                       such as "off", counts as "0" and enables
  */
 vor_int32 vor_cfg_enable_ip_routing(vor_char* enable_status);
 

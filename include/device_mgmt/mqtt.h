@@ -6,8 +6,8 @@
  * service: they set the manager's current values. vor_errno is left alone at
  * the start of a call.
  *
- * Message buffers kept: both, where the answer has no status, except by the
- * calls for credentials and server. By the two session calls: the one that was sent.
+ * Message buffers kept: both, when the answer has no status, except by the calls for
+ * credentials and server. By the two session calls: their only one, once it is sent.
  */
 #ifndef DEVICE_MGMT_MQTT_H
 #define DEVICE_MGMT_MQTT_H

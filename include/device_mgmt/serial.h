@@ -4,8 +4,8 @@
  *
  * This side has no table of permitted speeds or formats: the manager
  * decides. Every call but vor_cfg_serial_set_channel sets vor_errno to 0 first.
- * vor_cfg_set_serial_polling keeps its first message buffer where no second is to
- * be had.
+ * vor_cfg_set_serial_polling keeps the request's message buffer when none is left
+ * for the answer.
  *
  * The data-bits, stop-bits, flow-control and parity calls never read their
  * answer: delivered requests return -4, whatever the manager said.

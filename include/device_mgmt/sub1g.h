@@ -4,8 +4,8 @@
  *
  * The three setters set vor_errno to 0 first.
  *
- * Message buffers kept by vor_cfg_get_reg_values: the first, where no second is to
- * be had; the second, where the exchange is refused.
+ * Message buffers kept by vor_cfg_get_reg_values: the request's, when none is left
+ * for the answer; the answer's, when the exchange is refused.
  */
 #ifndef DEVICE_MGMT_SUB1G_H
 #define DEVICE_MGMT_SUB1G_H

@@ -3,7 +3,7 @@
  * svc.h: REST and protocol services, service chains, transport applications.
  *
  * All but the service chain are one-way: the manager's verdict never comes
- * back, and vor_errno is never touched. They keep a message buffer that has no room.
+ * back, and vor_errno is never touched. They keep their message buffer when it has no room.
  */
 #ifndef DEVICE_MGMT_SVC_H
 #define DEVICE_MGMT_SVC_H

@@ -2,7 +2,7 @@
  * @file
  * wifimonitor.h: the Wi-Fi monitor (SAP 18).
  *
- * Message buffers kept: one that has no room, or that the platform refused to send.
+ * Message buffers kept: its only one, when that has no room or is refused by the platform.
  */
 #ifndef DEVICE_MGMT_WIFIMONITOR_H
 #define DEVICE_MGMT_WIFIMONITOR_H

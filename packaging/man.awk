@@ -294,5 +294,6 @@ END {
         print ".Xr device_mgmt_types 3 ."
     }
     print ".Sh SEE ALSO"
-    print stem == "device_mgmt" ? ".Xr device_mgmt_code_text 3" : ".Xr device_mgmt 3 ,\n.Xr device_mgmt_types 3"
+    print stem == "device_mgmt" ? ".Xr device_mgmt_code_text 3" \
+        : ".Xr device_mgmt 3 ,\n.Xr device_mgmt_" (stem == "types" ? "code_text" : "types") " 3"
 }

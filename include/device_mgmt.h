@@ -44,7 +44,10 @@
  * means two things, and not every call sets vor_errno to 0 first. To tell them
  * apart, set vor_errno to 0 before the call: if it is not 0 afterwards, it is
  * the manager's status. Or call vor_cfg_get_ipc_endpoint: null means that
- * nothing was sent.
+ * nothing was sent. Some calls have fewer codes: those of device_mgmt/gw.h return
+ * VOR_CODE_UNREADABLE for VOR_CODE_UNDELIVERED; vor_cfg_get_reg_values, the Wi-Fi
+ * monitor's and konfd's return -1 for every failure; three of device_mgmt/snmp.h
+ * return what the platform's send returned.
  *
  * The platform decides how long a call may block: the library sets no limit
  * and cannot be interrupted. One-way calls do not wait for a manager.
@@ -68,8 +71,9 @@
  * Texts end with a zero byte; the library neither keeps nor changes them (they
  * are not const because the interface is old). A null text is checked for only
  * in device_mgmt/konfd.h. Elsewhere, one that is an address or a number is sent
- * as 0, one that is compared or copied (device_mgmt/debug.h) ends the program,
- * and any other is passed to the platform, which decides.
+ * as 0, one that is compared or copied (device_mgmt/debug.h) or converted for the
+ * caller (device_mgmt/common.h) ends the program, and any other is passed to the
+ * platform, which decides.
  *
  * Some names have no prefix and stay as they are: ip_aton, ENABLE, DISABLE
  * (device_mgmt/ip.h), LOG_INFO (device_mgmt/debug.h), SYSLOG_INFO and other

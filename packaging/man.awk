@@ -51,8 +51,8 @@ FNR == 1, /\*\// {
 inside && /^ \*\/$/ { inside = 0; declaring = 1; declaration = ""; next }
 inside { comment = comment text_of($0) "\n"; next }
 declaring {
-    declaration = declaration "\n" $0
-    if ($0 !~ /;$/) {
+    declaration = declaration (/^[{]/ ? ";" : "\n" $0)
+    if (declaration !~ /;$/) {
         next
     }
     declaring = 0

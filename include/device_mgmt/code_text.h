@@ -15,8 +15,6 @@
  * @param status  vor_errno after the call; set it to 0 before, not every call does
  * @return a text that is never released: one line in lower case, without the status
  */
-static inline const char* device_mgmt_code_text(vor_int32 code, vor_int32 status);
-
 static inline const char* device_mgmt_code_text(vor_int32 code, vor_int32 status)
 {
     switch (code) {

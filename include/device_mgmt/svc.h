@@ -66,8 +66,8 @@ vor_int32 vor_cfg_set_protocol_svc(vor_char* service_name, vor_int16 protocol);
  *
  * @param mode        passed to the manager unchanged
  * @param chain_name  passed to the manager unchanged
- * @param elm_count   how many member names follow; 49 fit; with more, what is sent depends on the platform (on a
- *                    development machine: nothing, and -3 is returned)
+ * @param elm_count   how many member names follow; a message has room for 49, what is sent with more depends on the
+ *                    platform (on a development machine: nothing, and -3 is returned)
  * @param ...         elm_count texts (vor_char*), the members in order
  * @return the common codes; -1 with vor_errno 0 also for an answer that is not the service chain's: both message
  *         buffers are then kept

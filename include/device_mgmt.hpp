@@ -14,6 +14,10 @@
 #define DEVICE_MGMT_HPP
 /* SPDX-License-Identifier: MIT */
 
+#if __cplusplus <= 201703L
+#error "device_mgmt.hpp needs C++20 (-std=c++20), device_mgmt.h only C++11"
+#else
+
 #include <concepts>
 #include <device_mgmt.h>
 #include <optional>
@@ -30,7 +34,7 @@ enum class Outcome {
     sent,        ///< one-way: sent, no verdict will come
     refused,     ///< by the manager; with its status where the call keeps one
     not_sent,    ///< no endpoint, or an argument that the library or this header does not take
-    undelivered, ///< the platform refused the exchange or the send
+    undelivered, ///< the platform refused the exchange or the send, or no answer came in time: perhaps it was done
     unreadable   ///< nothing is known: no answer that can be read, or no message buffer
 };
 
@@ -273,4 +277,5 @@ private:
 
 } // namespace device_mgmt
 
+#endif
 #endif

@@ -41,47 +41,138 @@ function text_of(line)
 FNR == 1 { stem = FILENAME; sub(/.*\//, "", stem); header = stem; sub(/[.].*/, "", stem) }
 # the header's comment
 FNR == 1, /\*\// {
-    line = text_of($0)
-    if (line ~ /^@file/) {
-        next
-    }
-    if (line == "") {
-        about = about (about == "" ? "" : "\n")
-    } else {
-        about = about (about == "" || about ~ /\n$/ ? "" : " ") line
+    if (text_of($0) !~ /^@file/ && ($0 !~ /^\/\*|\*\//)) {
+        about = about text_of($0) "\n"
     }
     next
 }
-# a call's comment, then its declaration
+# a call's comment, or the codes'; then the declaration
 /^\/\*\*$/ { inside = 1; comment = ""; next }
 inside && /^ \*\/$/ { inside = 0; declaring = 1; declaration = ""; next }
 inside { comment = comment text_of($0) "\n"; next }
 declaring {
-    declaration = declaration " " $0
-    if ($0 !~ /;$/) {
+    declaration = declaration (/^[{]/ ? ";" : "\n" $0)
+    if (declaration !~ /;$/) {
         next
     }
     declaring = 0
-    gsub(/  +/, " ", declaration)
-    if (declaration ~ /\(/ && declaration !~ /[{}]/) {
-        calls++
-        comments[calls] = comment
-        open = index(declaration, "(")
-        name[calls] = returned[calls] = substr(declaration, 2, open - 2)
-        sub(/.* /, "", name[calls])
-        sub(/ [^ ]*$/, "", returned[calls])
-        list = substr(declaration, open + 1)
-        sub(/\);$/, "", list)
-        parameters[calls] = list
+    if (declaration ~ /^\n[^(]*[{]/) {
+        codes_about = comment
+        codes = declaration
+        next
+    }
+    gsub(/[ \n]+/, " ", declaration)
+    calls++
+    comments[calls] = comment
+    open = index(declaration, "(")
+    name[calls] = returned[calls] = substr(declaration, 2, open - 2)
+    sub(/.* /, "", name[calls])
+    sub(/ [^ ]*$/, "", returned[calls])
+    list = substr(declaration, open + 1)
+    sub(/\);$/, "", list)
+    parameters[calls] = list
+}
+# types, with the comment before them; what is declared extern; macros with a value
+/^\/\* / { note = ""; noting = 1 }
+noting { note = note $0 "\n"; noting = $0 !~ /\*\/$/; next }
+/^(typedef|struct) .*[{;]/ { types = types (types != "" && (note != "" || /[{]/) ? "\n" : "") note; typing = 1 }
+typing { types = types $0 "\n"; typing = $0 !~ /^[^ ].*;/ }
+/^extern [^"]*;$/ {
+    externs++
+    extern[externs] = $0
+    gsub(/^\/\* ?|\n *\*|\*\/\n$/, "", note)
+    extern_about[externs] = note
+}
+/^#define DEVICE_MGMT_[A-Z_]*[ (]/ {
+    sub(/^#define /, "")
+    sub(/ *\\$/, "")
+    macros = macros note $0 "\n"
+}
+{ note = "" }
+# Paragraphs, list items and indented examples.
+function prose(text, started,    count, lines, i, line, pending, kind)
+{
+    count = split(text, lines, "\n")
+    for (i = 1; i <= count + 1; i++) {
+        line = i <= count ? lines[i] : ""
+        if (kind == "example" && (line ~ /^    / || line == "" && lines[i + 1] ~ /^    /)) {
+            print line == "" ? "" : escaped(substr(line, 5))
+            continue
+        }
+        if (line == "" || line ~ /^(- |    )/) {
+            if (pending != "") {
+                if (kind == "" && started++) {
+                    print ".Pp"
+                }
+                paragraph(pending)
+                pending = ""
+            }
+            if (kind == "example") {
+                print ".Ed"
+            } else if (kind == "list" && line == "") {
+                print ".El"
+            }
+            if (line == "" || kind == "example") {
+                kind = ""
+            }
+        }
+        if (line ~ /^    / && kind == "") {
+            print ".Bd -literal -offset indent"
+            kind = "example"
+            print escaped(substr(line, 5))
+        } else if (line ~ /^- /) {
+            if (kind == "") {
+                print ".Bl -dash -compact"
+                kind = "list"
+            }
+            print ".It"
+            pending = substr(line, 3)
+        } else if (line != "") {
+            sub(/^ +/, "", line)
+            pending = pending (pending == "" ? "" : " ") line
+        }
     }
 }
-function described(comment,    count, lines, i, line, tag, list)
+function literal(heading, text,    count, lines, i)
+{
+    if (text != "") {
+        print ".Ss " heading
+        print ".Bd -literal"
+        count = split(text, lines, "\n")
+        for (i = 1; i < count; i++) {
+            print escaped(lines[i])
+        }
+        print ".Ed"
+    }
+}
+# The enumerators with the comment behind each.
+function list_codes(    count, lines, i, line, comment)
+{
+    print ".Ss Codes"
+    prose(codes_about, 0)
+    print ".Bl -tag -width Ds"
+    count = split(codes, lines, "\n")
+    for (i = 1; i <= count; i++) {
+        line = lines[i]
+        if (line ~ /\/\*\*</) {
+            comment = line
+            sub(/.*\/\*\*< */, "", comment)
+            sub(/ *\*\/ *$/, "", comment)
+            sub(/^ */, "", line)
+            sub(/,? *\/\*.*/, "", line)
+            print ".It Dv " line
+            paragraph(comment)
+        }
+    }
+    print ".El"
+}
+function described(comment, returned,    count, lines, i, line, tag, list)
 {
     count = split(comment, lines, "\n")
     text = ""
     tag = ""
     list = 0
-    result = "The common codes."
+    result = returned == "void" ? "" : "The common codes."
     for (i = 1; i <= count + 1; i++) {
         line = i <= count ? lines[i] : "@"
         if (line ~ /^@/ || line == "") {
@@ -111,8 +202,43 @@ function described(comment,    count, lines, i, line, tag, list)
     if (list) {
         print ".El"
     }
-    print ".Pp"
-    paragraph("Returns " tolower(substr(result, 1, 1)) substr(result, 2) (result ~ /[.]$/ ? "" : "."))
+    if (result != "") {
+        print ".Pp"
+        paragraph("Returns " tolower(substr(result, 1, 1)) substr(result, 2) (result ~ /[.]$/ ? "" : "."))
+    }
+    common = common || result ~ /^[Tt]he common codes/
+}
+# The first sentence of a header's comment, after its name.
+function brief_of(text)
+{
+    sub(/^[^:]*: */, "", text)
+    sub(/\n.*/, "", text)
+    sub(/[.]( .*)?$/, "", text)
+    return text
+}
+# The pages of the headers that this one includes.
+function list_families(    file, line, folder, header)
+{
+    folder = FILENAME
+    sub(/[^\/]*$/, "", folder)
+    print ".Ss Families"
+    print "Each has a header and a page:"
+    print ".Bl -tag -width Ds"
+    while ((getline line < FILENAME) > 0) {
+        if (line ~ /^#include <device_mgmt\//) {
+            header = line
+            gsub(/^#include <|>$/, "", header)
+            file = folder header
+            gsub(/^device_mgmt\/|[.]h$/, "", header)
+            do {
+                getline line < file
+            } while (line !~ /^ \* [a-z0-9_]*[.]h: /)
+            close(file)
+            print ".It Xr device_mgmt_" header " 3"
+            filled(brief_of(text_of(line)))
+        }
+    }
+    print ".El"
 }
 END {
     page = stem == "device_mgmt" ? stem : "device_mgmt_" stem
@@ -120,17 +246,13 @@ END {
     print ".Dt " toupper(page) " 3"
     print ".Os"
     print ".Sh NAME"
-    print ".Nm " page (calls ? " ," : "")
+    names = page
     for (i = 1; i <= calls; i++) {
-        print ".Nm " name[i] (i < calls ? " ," : "")
+        names = names (name[i] == page ? "" : " ,\n.Nm " name[i])
     }
-    count = split(about, paragraphs, "\n")
-    first = paragraphs[1]
-    sub(/^[^:]*: */, "", first)
-    brief = first
-    sub(/[.] .*/, "", brief)
-    sub(/[.]$/, "", brief)
-    print ".Nd " brief
+    print ".Nm " names
+    sub(/^[^:]*: */, "", about)
+    print ".Nd " brief_of("x: " about)
     print ".Sh SYNOPSIS"
     print ".In device_mgmt" (stem == "device_mgmt" ? "" : "/" stem) ".h"
     for (i = 1; i <= calls; i++) {
@@ -143,18 +265,35 @@ END {
         }
         print ".Fc"
     }
-    print ".Sh DESCRIPTION"
-    paragraph(toupper(substr(first, 1, 1)) substr(first, 2))
-    for (i = 2; i <= count; i++) {
-        if (paragraphs[i] != "") {
-            print ".Pp"
-            paragraph(paragraphs[i])
-        }
+    for (i = 1; i <= externs; i++) {
+        print ".Vt \"" extern[i] "\""
     }
+    print ".Sh DESCRIPTION"
+    prose(toupper(substr(about, 1, 1)) substr(about, 2), 0)
     for (i = 1; i <= calls; i++) {
         print ".Ss " name[i]
-        described(comments[i])
+        described(comments[i], returned[i])
+    }
+    if (codes != "") {
+        list_codes()
+    }
+    for (i = 1; i <= externs; i++) {
+        sub(/[(;].*/, "", extern[i])
+        sub(/.* /, "", extern[i])
+        print ".Ss " extern[i]
+        paragraph(extern_about[i])
+    }
+    literal("Types", types)
+    literal("Macros", macros)
+    if (stem == "device_mgmt") {
+        list_families()
+    }
+    if (common) {
+        print ".Sh RETURN VALUES"
+        print "The common codes are in"
+        print ".Xr device_mgmt_types 3 ."
     }
     print ".Sh SEE ALSO"
-    print stem == "device_mgmt" ? ".Xr device_mgmt_common 3" : ".Xr device_mgmt 3"
+    print stem == "device_mgmt" ? ".Xr device_mgmt_code_text 3" \
+        : ".Xr device_mgmt 3 ,\n.Xr device_mgmt_" (stem == "types" ? "code_text" : "types") " 3"
 }

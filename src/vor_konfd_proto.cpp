@@ -316,6 +316,9 @@ vor_int32 vor_konfd_bi_dir_comm(VOR_CFG_PROTO* handle)
 
 vor_int32 vor_cfg_set_wifi_ssid_password(vor_char* ssid, vor_char* password)
 {
+    if (ssid == nullptr || password == nullptr) {
+        return -1;
+    }
     const FixedCommand network(R"(-s -l "ssid %s" -r "^ssid " "interface wlan0")", ssid);
     if (network.text() == nullptr) {
         return -1;
@@ -339,6 +342,9 @@ vor_int32 vor_cfg_set_wifi_ssid_password(vor_char* ssid, vor_char* password)
 
 vor_int32 vor_cfg_set_interface_ip(vor_char* interface, vor_char* ip_address)
 {
+    if (interface == nullptr) {
+        return -1;
+    }
     // The line names eth0 whatever the interface; only the pattern carries the caller's.
     const FixedCommand select(R"(-d -s -l "interface eth0" -r "interface %s$")", interface);
     if (select.text() == nullptr) {

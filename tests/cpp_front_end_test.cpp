@@ -1,6 +1,8 @@
-// device_mgmt.hpp: the arguments it accepts and the outcomes it reports.
+// device_mgmt.hpp: the arguments it accepts and the outcomes it reports. The codes as sentences.
 #include <device_mgmt.hpp>
+#include <device_mgmt/code_text.h>
 #include <gtest/gtest.h>
+#include <set>
 
 #include "fake_vorinfra/fake_vorinfra.hpp"
 
@@ -114,6 +116,19 @@ TEST(cpp_front_end, reading_is_copied_and_query_frees_memory)
         EXPECT_EQ(text_of(query.send()), "accepted 0 0 0");
     }
     EXPECT_EQ(fake::live_allocations(), 0);
+}
+
+TEST(code_text, each_outcome_has_its_own)
+{
+    std::set<std::string_view> texts{device_mgmt_code_text(VOR_CODE_REFUSED, 5)};
+    for (const vor_int32 code :
+         {VOR_CODE_DONE, VOR_CODE_REFUSED, VOR_CODE_UNDELIVERED, VOR_CODE_UNREADABLE, VOR_CODE_LATITUDE,
+          VOR_CODE_LONGITUDE, VOR_CODE_TOO_MANY_SERVERS, VOR_CODE_MAC_ADDRESS, static_cast<vor_code>(-9)}) {
+        const std::string_view text = device_mgmt_code_text(code, 0);
+        EXPECT_TRUE(texts.insert(text).second) << text;
+        const bool perhaps = code == VOR_CODE_UNDELIVERED || code == VOR_CODE_UNREADABLE;
+        EXPECT_EQ(text.ends_with("may have been applied"), perhaps) << text;
+    }
 }
 
 } // namespace

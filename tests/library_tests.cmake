@@ -36,6 +36,9 @@ add_test(NAME library_exports
 add_test(NAME library_refuses_frames
   COMMAND ${CMAKE_COMMAND} -D COMPILER=${CMAKE_CXX_COMPILER} -D SOURCE=${PROJECT_SOURCE_DIR}
           -D PLACE=${CMAKE_CURRENT_BINARY_DIR}/refused_frames -P ${CMAKE_CURRENT_SOURCE_DIR}/refused_frames.cmake)
+add_test(NAME header_languages
+  COMMAND ${CMAKE_COMMAND} -D CC=${CMAKE_C_COMPILER} -D CXX=${CMAKE_CXX_COMPILER} -D INCLUDE=${PROJECT_SOURCE_DIR}/include
+          -P ${CMAKE_CURRENT_SOURCE_DIR}/languages.cmake)
 
 # The rows of its tests, for those that make the calls against vorsim.
 list(FILTER call_tables EXCLUDE REGEX "/(calls|texts).cpp$")

@@ -4,6 +4,10 @@
  *
  * An input is a channel of a converter. The three answered setters set
  * vor_errno to 0 first; the other two calls leave it alone.
+ *
+ * Message buffers kept: the request's, when none is left for the answer; both, when
+ * the request's has no room for a channel name. By the statistics: the answer's,
+ * when the exchange is refused; both, when the answer has no record.
  */
 #ifndef DEVICE_MGMT_ADC_H
 #define DEVICE_MGMT_ADC_H

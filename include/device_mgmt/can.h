@@ -3,6 +3,9 @@
  * can.h: CAN ports and peers, held by the CAN manager (canmgr, SAP 19).
  *
  * Every call sets vor_errno to 0 first.
+ *
+ * Message buffers kept: the request's, when none is left for the answer; both, when
+ * the request's has no room for a channel name or a bit rate.
  */
 #ifndef DEVICE_MGMT_CAN_H
 #define DEVICE_MGMT_CAN_H

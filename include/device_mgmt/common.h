@@ -10,7 +10,7 @@
 
 VOR_DECLARATIONS_BEGIN
 
-/* The platform's handles; vorinfra.h has their fields. */
+/* The platform's handles. */
 typedef struct _vor_ipc_handle_ VOR_IPC_HANDLE;
 typedef struct _vor_unix_socket_ VOR_UNIX_SOCKET;
 
@@ -48,7 +48,8 @@ void vor_cfg_set_ipc_endpoint(VOR_IPC_HANDLE* p_ipc_hndl);
 
 /**
  * Connect to konfd. Needed before vor_konfd_bi_dir_comm.
- * A failed configuration or connection keeps the socket: remove it.
+ * A failed configuration or connection keeps the socket: remove it. There is one socket: a second connection, made here
+ * or by vor_cfg_set_wifi_ssid_password and vor_cfg_set_interface_ip (konfd.h), loses the first one, which stays open.
  *
  * @return 0 connected; -1 failed
  */
@@ -86,7 +87,7 @@ vor_uchar vor_cfg_get_user_flag(void);
 /**
  * Convert a MAC address text to bytes.
  * Six groups of two hexadecimal digits; one character of any kind between groups
- * is skipped, nothing after the sixth group is read.
+ * is skipped, nothing after the sixth group is read. A null pointer ends the program.
  *
  * @param mac_addr_str   such as 00:1a:2b:3c:4d:5e
  * @param mac_addr_byte  room for 6 bytes, provided by the caller
@@ -96,7 +97,7 @@ vor_int32 vor_convert_mac_address_from_str_to_byte(vor_char* mac_addr_str, vor_u
 
 /**
  * Convert a dotted-quad text to an address.
- * Lenient: an empty part counts as 0 and whatever follows the fourth part is ignored.
+ * Lenient: an empty part counts as 0 and whatever follows the fourth part is ignored. A null pointer ends the program.
  *
  * @param ip_address  such as 192.168.1.10
  * @param ip          the address in network byte order; written only on success
@@ -109,7 +110,8 @@ vor_int32 ip_aton(vor_char* ip_address, vor_ip_address* ip);
  * Milliseconds are counted in 32 bits: a negative time wraps. vor_errno is left alone.
  *
  * @param time_till_restart  seconds
- * @return 0; -1 no endpoint; -3 the notice was refused; -4 no buffer: in each case no timer is started
+ * @return 0, also when the platform had no timer and nothing will reboot; -1 no endpoint; -3 the notice was not sent;
+ *         -4 no buffer: in each of these three cases no timer is started
  */
 vor_int16 vor_system_restart(vor_int16 time_till_restart);
 

@@ -4,6 +4,8 @@
  *
  * All go to the tower-monitoring manager (SAP 240); answers carry a
  * VOR_SNMP_SET_STATUS (snmp.h). Every call sets vor_errno to 0 first.
+ *
+ * Message buffers kept: the request's, when none is left for the answer.
  */
 #ifndef DEVICE_MGMT_DEVICENAME_H
 #define DEVICE_MGMT_DEVICENAME_H

@@ -1,6 +1,8 @@
 /**
  * @file
  * env.h: the board's temperature, read by the platform manager (platmgr, SAP 2).
+ *
+ * Message buffers kept: the request's, when none is left for the answer.
  */
 #ifndef DEVICE_MGMT_ENV_H
 #define DEVICE_MGMT_ENV_H
@@ -27,7 +29,7 @@ VOR_LAYOUT(offsetof(VOR_ENV_INFO, system_temperature) == 0);
  * Read the board's temperature. Sets vor_errno to 0 first.
  *
  * @param system_temp  where the reading goes, in the manager's unit (the simulator's tenths of a degree); written only
- * when 0 is returned, with 0 if the manager accepted without a reading
+ * when 0 is returned, with 0 if the manager accepted without a reading. A null pointer ends the program
  */
 vor_int32 vor_cfg_get_system_temperature(vor_int16* system_temp);
 

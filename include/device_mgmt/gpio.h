@@ -3,6 +3,11 @@
  * gpio.h: digital inputs and outputs, held by the GPIO manager (gpiomgr, SAP 4).
  *
  * Every call but the statistics sets vor_errno to 0 first.
+ *
+ * Message buffers kept: the request's, when none is left for the answer; both, when
+ * the request's has no room for a channel name. By vor_cfg_set_gpio_value: its only
+ * one, when that has no room. By the statistics: the answer's, when the exchange is
+ * refused; both, when the answer has no record.
  */
 #ifndef DEVICE_MGMT_GPIO_H
 #define DEVICE_MGMT_GPIO_H

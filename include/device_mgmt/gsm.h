@@ -1,6 +1,8 @@
 /**
  * @file
- * gsm.h: the cellular data connection, held by the GSM manager (SAP 12). Every call sets vor_errno to 0 first.
+ * gsm.h: the cellular data connection, held by the GSM manager (SAP 12).
+ *
+ * Every call sets vor_errno to 0 first. Message buffers kept: the request's, when none is left for the answer.
  */
 #ifndef DEVICE_MGMT_GSM_H
 #define DEVICE_MGMT_GSM_H

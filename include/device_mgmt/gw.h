@@ -3,8 +3,10 @@
  * gw.h: where the gateway is.
  *
  * Both go to the data manager (datamgr, SAP 10). Unlike all other
- * managers it accepts with status 1, a refused exchange is -4 (there is no -3),
- * and vor_errno is never touched.
+ * managers it accepts with status 1; the calls return -4 where others return -3,
+ * and never touch vor_errno.
+ *
+ * Message buffers kept: the request's, when none is left for the answer.
  */
 #ifndef DEVICE_MGMT_GW_H
 #define DEVICE_MGMT_GW_H
@@ -32,7 +34,8 @@ VOR_LAYOUT(offsetof(VOR_LAT_LONG_SET_STATUS, set_status) == 0);
  *
  * @param set       1 sets, every other value is sent as 0
  * @param latitude  passed to the manager unchanged
- * @return 0; -1 no endpoint; -4 no buffer, exchange refused or an empty answer; -1001 not accepted
+ * @return 0; -1 no endpoint; -1001 not accepted; -4 no buffer, exchange refused, or an answer that is
+ *         empty or did not come in time: the change may have been made
  */
 vor_int32 vor_cfg_set_gw_device_latitude_config(vor_boolean set, vor_char* latitude);
 
@@ -41,7 +44,8 @@ vor_int32 vor_cfg_set_gw_device_latitude_config(vor_boolean set, vor_char* latit
  *
  * @param set        1 sets, every other value is sent as 0
  * @param longitude  passed to the manager unchanged
- * @return 0; -1 no endpoint; -4 no buffer, exchange refused or an empty answer; -1002 not accepted
+ * @return 0; -1 no endpoint; -1002 not accepted; -4 no buffer, exchange refused, or an answer that is
+ *         empty or did not come in time: the change may have been made
  */
 vor_int32 vor_cfg_set_gw_device_longitude_config(vor_boolean set, vor_char* longitude);
 

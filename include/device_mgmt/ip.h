@@ -6,6 +6,11 @@
  * text, read by ip_aton, unless stated otherwise; text that does not parse is
  * then sent as 0.0.0.0. vor_errno is left alone at the start of a call unless
  * stated otherwise.
+ *
+ * Message buffers kept: both, when the answer has no status, and when the request's
+ * has no room in vor_cfg_set_ip_address, the two DHCP client calls,
+ * vor_cfg_set_default_gateway and vor_cfg_show_route_status. By the one-way calls:
+ * their only one, when that has no room.
  */
 #ifndef DEVICE_MGMT_IP_H
 #define DEVICE_MGMT_IP_H
@@ -134,7 +139,7 @@ vor_int32 vor_cfg_set_ipv6_dhcp(vor_uchar interface_number, vor_char config_opti
  * @param interface_number     passed to the manager unchanged
  * @param password             passphrase, passed to the manager unchanged
  * @param ssid                 network name, passed to the manager unchanged
- * @param encryption_protocol  passed to the manager unchanged
+ * @param encryption_protocol  passed to the manager as a signed 16-bit number
  * @param config_option        passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_interface_security_params(vor_uchar interface_number, vor_char* password, vor_char* ssid,
@@ -144,11 +149,11 @@ vor_int32 vor_cfg_set_interface_security_params(vor_uchar interface_number, vor_
  * Set up the gateway's own Wi-Fi access point. Note the order: password before network name.
  * Once the manager has accepted, the same payload goes one-way to SAP 0 as message 2.
  *
- * @param intr_num       interface, passed to the manager unchanged
+ * @param intr_num       interface, passed to the manager as a signed 16-bit number
  * @param passwd         passphrase, passed to the manager unchanged
  * @param ssid           network name, passed to the manager unchanged
- * @param protocol       encryption, passed to the manager unchanged
- * @param country_code   passed to the manager unchanged
+ * @param protocol       encryption, passed to the manager as a signed 16-bit number
+ * @param country_code   passed to the manager as a signed 16-bit number
  * @param config_option  passed to the manager unchanged
  * @return the common codes; -3 also when the manager accepted but the notice to SAP 0 was refused
  */
@@ -206,7 +211,7 @@ vor_int32 vor_cfg_get_dhcp_server_address_range(vor_char* pool_name, vor_char* l
  * Set the DNS servers a DHCP pool announces.
  *
  * @param pool_name       the pool, passed to the manager unchanged
- * @param dns_server_num  how many addresses follow, at most 4
+ * @param dns_server_num  how many addresses follow, at most 4; a negative number is sent as it is, without addresses
  * @param config_option   adds, changes or removes the setting, as the manager codes it
  * @param ...             dns_server_num texts (vor_char*), dotted quads
  * @return the common codes; -1151 for more than 4 servers, before anything else happens
@@ -271,7 +276,7 @@ vor_int32 vor_cfg_set_dhcp_server_lease_time(vor_char* pool_name, vor_int32 leas
  *
  * @param def_search_domain  passed to the manager unchanged
  * @param intr_num           interface number as decimal text, cut to 16 bits
- * @param dns_server_num     how many addresses follow, at most 4
+ * @param dns_server_num     how many addresses follow, at most 4; a negative number is sent as it is, without addresses
  * @param ...                dns_server_num texts (vor_char*), dotted quads
  * @return the common codes; -1151 for more than 4 servers, before anything else happens
  */
@@ -299,7 +304,8 @@ vor_int32 vor_cfg_show_route_status(vor_char* iface_num);
 /**
  * Enable or disable IP forwarding. One-way: the manager's verdict never comes back.
  *
- * @param enable_status  number as decimal text, cut to 16 bits: "0" enables, "1" disables
+ * @param enable_status  number as decimal text, cut to 16 bits: "0" enables, "1" disables. Text that is not a number,
+ *                       such as "off", counts as "0" and enables
  */
 vor_int32 vor_cfg_enable_ip_routing(vor_char* enable_status);
 

@@ -7,6 +7,9 @@
  * Nothing is escaped: a double quote in a text breaks the query's quoting.
  * vor_errno is never touched. Text for which there is not enough memory is silently
  * left out: its setter still returns 0, its command lacks it.
+ *
+ * After -1 from a call that asks konfd, the change may have been made: konfd's
+ * answer may have come too late.
  */
 #ifndef DEVICE_MGMT_KONFD_H
 #define DEVICE_MGMT_KONFD_H
@@ -141,12 +144,12 @@ vor_int32 vor_konfd_bi_dir_comm(VOR_CFG_PROTO* handle);
 
 /**
  * Store the Wi-Fi network of wlan0. Connects and disconnects by itself.
- * Two commands are sent, and the one answer of konfd that is read counts for both. After a
- * failure the connection may stay open.
+ * Two commands are sent, and the one answer of konfd that is read counts for both. A connection made before with
+ * vor_cfg_create_sock_endpoint is lost and stays open: remove it first. After a failure this call's own may stay open.
  *
  * @param ssid      network name
  * @param password  passphrase
- * @return 0 accepted by konfd; -1 for every failure
+ * @return 0 accepted by konfd; -1 for every failure, also a null argument: then nothing was sent
  */
 vor_int32 vor_cfg_set_wifi_ssid_password(vor_char* ssid, vor_char* password);
 
@@ -154,11 +157,13 @@ vor_int32 vor_cfg_set_wifi_ssid_password(vor_char* ssid, vor_char* password);
  * Store an interface's address. Connects and disconnects by itself.
  * Prints its progress on standard output, where one line says dhcp whatever
  * the address. The first command's line says eth0 whatever the interface; its
- * answer is ignored. After a failure the connection may stay open.
+ * answer is ignored. A connection made before with vor_cfg_create_sock_endpoint
+ * is lost and stays open: remove it first. After a failure this call's own may
+ * stay open.
  *
  * @param interface   such as eth1
- * @param ip_address  dotted quad, or the word dhcp
- * @return 0 accepted by konfd; -1 for every failure
+ * @param ip_address  dotted quad, or the word dhcp; null fails after the first command
+ * @return 0 accepted by konfd; -1 for every failure, also a null interface: then nothing was sent
  */
 vor_int32 vor_cfg_set_interface_ip(vor_char* interface, vor_char* ip_address);
 

@@ -4,6 +4,11 @@
  *
  * The manager checks baud rates, parities and register ranges. Every call sets
  * vor_errno to 0 first.
+ *
+ * Message buffers kept: the request's, when none is left for the answer; both, when
+ * the request's has no room, by the serial calls for channel name, baud rate,
+ * parity, data bits, stop bits and slave, and the TCP calls for protocol, slave and
+ * channel name.
  */
 #ifndef DEVICE_MGMT_MODBUS_H
 #define DEVICE_MGMT_MODBUS_H

@@ -5,6 +5,9 @@
  * The topic, message, QoS, retain, keep-alive and clean-session calls name no
  * service: they set the manager's current values. vor_errno is left alone at
  * the start of a call.
+ *
+ * Message buffers kept: both, when the answer has no status, except by the calls for
+ * credentials and server. By the two session calls: their only one, once it is sent.
  */
 #ifndef DEVICE_MGMT_MQTT_H
 #define DEVICE_MGMT_MQTT_H

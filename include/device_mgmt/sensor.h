@@ -4,6 +4,8 @@
  *
  * Each call sets or clears one association, as its set_flag says. Every call
  * sets vor_errno to 0 first.
+ *
+ * Message buffers kept: the answer's, when it has no status.
  */
 #ifndef DEVICE_MGMT_SENSOR_H
 #define DEVICE_MGMT_SENSOR_H

@@ -4,6 +4,8 @@
  *
  * This side has no table of permitted speeds or formats: the manager
  * decides. Every call but vor_cfg_serial_set_channel sets vor_errno to 0 first.
+ * vor_cfg_set_serial_polling keeps the request's message buffer when none is left
+ * for the answer.
  *
  * The data-bits, stop-bits, flow-control and parity calls never read their
  * answer: delivered requests return -4, whatever the manager said.
@@ -36,7 +38,8 @@ vor_int32 vor_cfg_set_serial_polling(vor_int16 port_num, vor_uint32 polling_freq
  *
  * @param port_num   passed to the manager unchanged
  * @param data_bits  passed to the manager unchanged
- * @return -4 delivered, the verdict unread (or no buffer); -3 exchange refused; -1 no endpoint; never 0
+ * @return -4 delivered, the verdict unread (or no buffer); -3 not sent or not answered in time; -1 no
+ *         endpoint; never 0
  */
 vor_int32 vor_cfg_set_serial_databits(vor_int16 port_num, vor_int16 data_bits);
 
@@ -45,7 +48,8 @@ vor_int32 vor_cfg_set_serial_databits(vor_int16 port_num, vor_int16 data_bits);
  *
  * @param port_num   passed to the manager unchanged
  * @param stop_bits  passed to the manager unchanged
- * @return -4 delivered, the verdict unread (or no buffer); -3 exchange refused; -1 no endpoint; never 0
+ * @return -4 delivered, the verdict unread (or no buffer); -3 not sent or not answered in time; -1 no
+ *         endpoint; never 0
  */
 vor_int32 vor_cfg_set_serial_stopbits(vor_int16 port_num, vor_int16 stop_bits);
 
@@ -62,7 +66,8 @@ vor_int32 vor_cfg_set_serial_speed(vor_int16 port_num, vor_int32 speed);
  *
  * @param port_num      passed to the manager unchanged
  * @param flow_control  passed to the manager unchanged
- * @return -4 delivered, the verdict unread (or no buffer); -3 exchange refused; -1 no endpoint; never 0
+ * @return -4 delivered, the verdict unread (or no buffer); -3 not sent or not answered in time; -1 no
+ *         endpoint; never 0
  */
 vor_int32 vor_cfg_set_serial_flowcontrol(vor_int16 port_num, vor_int16 flow_control);
 
@@ -71,7 +76,8 @@ vor_int32 vor_cfg_set_serial_flowcontrol(vor_int16 port_num, vor_int16 flow_cont
  *
  * @param port_num  passed to the manager unchanged
  * @param parity    passed to the manager unchanged
- * @return -4 delivered, the verdict unread (or no buffer); -3 exchange refused; -1 no endpoint; never 0
+ * @return -4 delivered, the verdict unread (or no buffer); -3 not sent or not answered in time; -1 no
+ *         endpoint; never 0
  */
 vor_int32 vor_cfg_set_serial_parity(vor_int16 port_num, vor_int16 parity);
 

@@ -3,8 +3,8 @@
  * snmp.h: the SNMP agent, held by the SNMP manager (snmpmgr, SAP 21).
  *
  * Every call sets vor_errno to 0 first. The two v2 calls and the switch are
- * one-way, return what the platform's send returned (not -3) and never
- * release their two message buffers.
+ * one-way, return what the platform's send returned (not -3) and keep their two
+ * message buffers, sent or not.
  */
 #ifndef DEVICE_MGMT_SNMP_H
 #define DEVICE_MGMT_SNMP_H

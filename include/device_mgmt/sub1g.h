@@ -3,6 +3,9 @@
  * sub1g.h: the sub-1 GHz radio, held by its manager (sub1gmgr, SAP 8).
  *
  * The three setters set vor_errno to 0 first.
+ *
+ * Message buffers kept by vor_cfg_get_reg_values: the request's, when none is left
+ * for the answer; the answer's, when the exchange is refused.
  */
 #ifndef DEVICE_MGMT_SUB1G_H
 #define DEVICE_MGMT_SUB1G_H
@@ -162,8 +165,9 @@ vor_int32 vor_cfg_sub1g_set_channel(vor_int16 port_num, vor_char* stream_name, v
  * Read the transceiver's registers. vor_errno is left alone.
  *
  * @param sub1g_reg  receives a pointer to the snapshot, in a buffer that is already released: copy it at once, never
- *                   free it. Set it to null first: an answer that is not a snapshot leaves it and still returns 0
- * @return 0 answered; -1 for every failure
+ *                   free it. Set it to null first: an answer that is not a snapshot leaves it and still returns 0. A
+ *                   null sub1g_reg ends the program
+ * @return 0 answered; -1 for every failure, there is no -3 or -4
  */
 vor_int32 vor_cfg_get_reg_values(SUB1G_CONFIG_REG** sub1g_reg);
 

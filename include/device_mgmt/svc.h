@@ -3,7 +3,7 @@
  * svc.h: REST and protocol services, service chains, transport applications.
  *
  * All but the service chain are one-way: the manager's verdict never comes
- * back, and vor_errno is never touched.
+ * back, and vor_errno is never touched. They keep their message buffer when it has no room.
  */
 #ifndef DEVICE_MGMT_SVC_H
 #define DEVICE_MGMT_SVC_H
@@ -66,10 +66,11 @@ vor_int32 vor_cfg_set_protocol_svc(vor_char* service_name, vor_int16 protocol);
  *
  * @param mode        passed to the manager unchanged
  * @param chain_name  passed to the manager unchanged
- * @param elm_count   how many member names follow; not checked: the platform limits how many fit in a message
+ * @param elm_count   how many member names follow; a message has room for 49, what is sent with more depends on the
+ *                    platform (on a development machine: nothing, and -3 is returned)
  * @param ...         elm_count texts (vor_char*), the members in order
- * @return the common codes; -1 with vor_errno 0 also for an answer that is not the service chain's, whose buffers
- *         are never released
+ * @return the common codes; -1 with vor_errno 0 also for an answer that is not the service chain's: both message
+ *         buffers are then kept
  */
 vor_int32 vor_cfg_set_service_chain(vor_uchar mode, vor_char* chain_name, vor_uchar elm_count, ...);
 

@@ -1,6 +1,10 @@
 /**
  * @file
  * syslog.h: the remote syslog target, held by the platform manager (platmgr, SAP 2).
+ *
+ * Message buffers kept: the request's, when none is left for the answer; both, when
+ * the request's has no room or the answer has no status; the answer's, when the
+ * exchange is refused.
  */
 #ifndef DEVICE_MGMT_SYSLOG_H
 #define DEVICE_MGMT_SYSLOG_H

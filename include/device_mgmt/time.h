@@ -1,6 +1,8 @@
 /**
  * @file
- * time.h: the gateway's clock, held by the NTP manager (ntpmgr, SAP 22). Both calls set vor_errno to 0 first.
+ * time.h: the gateway's clock, held by the NTP manager (ntpmgr, SAP 22).
+ *
+ * Both calls set vor_errno to 0 first. Message buffers kept: the request's, when none is left for the answer.
  */
 #ifndef DEVICE_MGMT_TIME_H
 #define DEVICE_MGMT_TIME_H

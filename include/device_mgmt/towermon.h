@@ -5,6 +5,8 @@
  * All go to the tower-monitoring manager (SAP 240), which creates, stores and
  * checks the objects; answers carry a VOR_SNMP_SET_STATUS (snmp.h). Every call
  * sets vor_errno to 0 first.
+ *
+ * Message buffers kept: the request's, when none is left for the answer.
  */
 #ifndef DEVICE_MGMT_TOWERMON_H
 #define DEVICE_MGMT_TOWERMON_H

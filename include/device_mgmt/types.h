@@ -11,9 +11,14 @@
 
 /* clang-format off */
 #ifdef __cplusplus
+#if __cplusplus < 201103L
+#error "device_mgmt needs C++11 (-std=c++11), or C"
+#define VOR_LAYOUT(condition) typedef vor_int32 vor_unchecked
+#else
+#define VOR_LAYOUT(condition) static_assert(condition, "programs and managers rely on it: " #condition)
+#endif
 #define VOR_DECLARATIONS_BEGIN extern "C" { _Pragma("GCC visibility push(default)")
 #define VOR_DECLARATIONS_END _Pragma("GCC visibility pop") }
-#define VOR_LAYOUT(condition) static_assert(condition, "programs and managers rely on it: " #condition)
 #else
 #define VOR_DECLARATIONS_BEGIN _Pragma("GCC visibility push(default)")
 #define VOR_DECLARATIONS_END _Pragma("GCC visibility pop")
@@ -25,12 +30,12 @@
 #if !defined(__BYTE_ORDER__) || __BYTE_ORDER__ != __ORDER_LITTLE_ENDIAN__
 #error "device_mgmt: this processor is not little-endian, and the records that the managers read are"
 #endif
-#ifdef __cplusplus
-static_assert(alignof(uint64_t) == 8, "device_mgmt: 64-bit numbers are not aligned to 8 bytes here, and in the "
-                                      "records that the managers send they are (i386 is such a target)");
-#else
+#ifndef __cplusplus
 _Static_assert(_Alignof(uint64_t) == 8, "device_mgmt: 64-bit numbers are not aligned to 8 bytes here, and in the "
                                         "records that the managers send they are (i386 is such a target)");
+#elif __cplusplus >= 201103L
+static_assert(alignof(uint64_t) == 8, "device_mgmt: 64-bit numbers are not aligned to 8 bytes here, and in the "
+                                      "records that the managers send they are (i386 is such a target)");
 #endif
 
 typedef uint8_t vor_uchar;
@@ -45,13 +50,14 @@ typedef uint64_t vor_uint64;
 typedef uint32_t vor_ip_address; /* IPv4, network byte order */
 
 /**
- * What the calls return, by name. A call's own text says where a code means something else.
+ * What the calls return, by name. A call's own text says where a code means something else. device_mgmt/code_text.h has
+ * a sentence for each.
  */
 typedef enum vor_code {
     VOR_CODE_DONE = 0,                 /**< the manager accepted, or a one-way message was sent */
     VOR_CODE_REFUSED = -1,             /**< the manager refused (its status is in vor_errno), or no endpoint is bound */
-    VOR_CODE_UNDELIVERED = -3,         /**< the platform refused the exchange or the send */
-    VOR_CODE_UNREADABLE = -4,          /**< no message buffer, not enough room in it, or an answer without a status */
+    VOR_CODE_UNDELIVERED = -3,         /**< not sent, or not answered in time: the change may have been made */
+    VOR_CODE_UNREADABLE = -4,          /**< no buffer, no room in it, or no status in the answer: may have been made */
     VOR_CODE_LATITUDE = -1001,         /**< latitude not accepted */
     VOR_CODE_LONGITUDE = -1002,        /**< longitude not accepted */
     VOR_CODE_TOO_MANY_SERVERS = -1151, /**< more than four DNS servers */

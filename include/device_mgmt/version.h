@@ -4,7 +4,7 @@
  *
  * The version is defined only here: the build, the packages and the SONAME take it
  * from this file. Within one major version programs keep working without being
- * rebuilt; docs/abi.md has the rule.
+ * rebuilt: a minor version only adds.
  */
 #ifndef DEVICE_MGMT_VERSION_H
 #define DEVICE_MGMT_VERSION_H

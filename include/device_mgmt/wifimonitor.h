@@ -1,6 +1,8 @@
 /**
  * @file
  * wifimonitor.h: the Wi-Fi monitor (SAP 18).
+ *
+ * Message buffers kept: its only one, when that has no room or is refused by the platform.
  */
 #ifndef DEVICE_MGMT_WIFIMONITOR_H
 #define DEVICE_MGMT_WIFIMONITOR_H

@@ -38,6 +38,17 @@ size_t data_size(const VOR_IPC_MSG_HDR& header)
     return static_cast<size_t>(header.meta_data_sz) + header.payload_sz;
 }
 
+// After a signal, each attempt has only the time that is left.
+ssize_t send_again(int descriptor, const msghdr& message, int flags, const Deadline& deadline)
+{
+    ssize_t sent = -1;
+    for (int left; sent < 0 && errno == EINTR && (left = deadline.remaining()) > 0;) {
+        limit_blocking(descriptor, SO_SNDTIMEO, left);
+        sent = sendmsg(descriptor, &message, flags);
+    }
+    return sent;
+}
+
 } // namespace
 
 bool send_message(const Endpoint& endpoint, const VOR_IPC_MSG_HDR& header, const void* data, int flags)
@@ -51,11 +62,13 @@ bool send_message(const Endpoint& endpoint, const VOR_IPC_MSG_HDR& header, const
     message.msg_iov = parts;
     message.msg_iovlen = 2;
     const Deadline deadline(endpoint.timeout);
-    ssize_t sent;
-    do {
-        sent = sendmsg(endpoint.descriptor, &message, flags | MSG_NOSIGNAL);
-    } while (sent < 0 && errno == EINTR && deadline.remaining() > 0);
-    const int cause = errno;
+    ssize_t sent = sendmsg(endpoint.descriptor, &message, flags | MSG_NOSIGNAL);
+    int cause = errno;
+    if (sent < 0 && cause == EINTR) {
+        sent = send_again(endpoint.descriptor, message, flags | MSG_NOSIGNAL, deadline);
+        cause = errno;
+        limit_blocking(endpoint.descriptor, SO_SNDTIMEO, endpoint.timeout);
+    }
     trace(sent < 0 ? "not delivered" : "sent", header);
     errno = cause;
     return sent >= 0;

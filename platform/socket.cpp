@@ -20,13 +20,12 @@ void* vor_socket_create(vor_uchar domain, vor_uchar type, vor_uchar protocol)
                protocol);
         return nullptr;
     }
-    const auto timeout = timeout_milliseconds();
-    if (!timeout) {
+    if (!timeout_milliseconds()) {
         return nullptr;
     }
     auto* const created = static_cast<VOR_UNIX_SOCKET*>(calloc(1, sizeof(VOR_UNIX_SOCKET)));
     Descriptor descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    if (created == nullptr || !descriptor || !limit_blocking(descriptor.get(), SO_SNDTIMEO, *timeout)) {
+    if (created == nullptr || !descriptor) {
         report("cannot create a socket: %s", strerror(errno));
         free(created);
         return nullptr;
@@ -83,10 +82,12 @@ vor_int32 vor_socket_connect(void* socket, vor_uchar)
     address.sun_family = AF_UNIX;
     strcpy(address.sun_path, connected->sock_path);
     const Deadline deadline(*timeout);
-    int result;
-    do {
+    int result = -1;
+    int left = *timeout;
+    do { // after a signal, for what is left of the time
+        limit_blocking(connected->sock_fd, SO_SNDTIMEO, left);
         result = connect(connected->sock_fd, reinterpret_cast<const sockaddr*>(&address), sizeof address);
-    } while (result != 0 && errno == EINTR && deadline.remaining() > 0);
+    } while (result != 0 && errno == EINTR && (left = deadline.remaining()) > 0);
     return result == 0 && is_trusted(connected->sock_fd, connected->sock_path) ? 0 : -1;
 }
 

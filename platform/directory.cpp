@@ -2,12 +2,14 @@
 
 #include <cerrno>
 #include <charconv>
+#include <climits>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 #include "log.hpp"
 #include "settings.hpp"
@@ -51,11 +53,92 @@ bool directory_path(char (&path)[socket_path_size])
     return true;
 }
 
+// What is to be used, and the variable that says where it is.
+struct Place {
+    const char* kind;
+    const char* path;
+    const char* variable;
+};
+
+// The owner of the root directory can replace anything anyway; in some containers that is a number that stands for
+// root's.
+bool is_trusted(uid_t owner)
+{
+    struct stat root;
+    return owner == 0 || owner == geteuid() || (stat("/", &root) == 0 && owner == root.st_uid);
+}
+
+// Whether nobody else can change what is in a directory on the way, or where a link leads.
+bool is_safe(const char* step, const struct stat& status, const Place& place)
+{
+    const bool directory = S_ISDIR(status.st_mode);
+    if ((directory || S_ISLNK(status.st_mode)) && !is_trusted(status.st_uid)) {
+        report("cannot use the %s %s: %s belongs to user %u, who could replace it; set %s to another directory",
+               place.kind, place.path, step, static_cast<unsigned>(status.st_uid), place.variable);
+        return false;
+    }
+    if (directory && (status.st_mode & S_IWOTH) != 0 && (status.st_mode & S_ISVTX) == 0) {
+        report("cannot use the %s %s: others can rename entries in %s (mode %04o, not sticky); set %s to another "
+               "directory",
+               place.kind, place.path, step, static_cast<unsigned>(status.st_mode & 07777), place.variable);
+        return false;
+    }
+    return true;
+}
+
+// Puts where a link leads in place of the first `end` characters.
+bool follow(char (&way)[PATH_MAX], size_t end)
+{
+    char target[PATH_MAX];
+    char rest[PATH_MAX];
+    strcpy(rest, way + end);
+    way[end] = '\0';
+    const ssize_t size = readlink(way, target, sizeof target - 1);
+    target[size > 0 ? size : 0] = '\0';
+    char* const name = target[0] == '/' ? way : strrchr(way, '/') + 1;
+    const auto room = static_cast<size_t>(way + sizeof way - name);
+    return static_cast<size_t>(snprintf(name, room, "%s%s", target, rest)) < room;
+}
+
+// Whether only this user and root can change what an absolute path of this length leads to. What does not exist is
+// left to whoever opens it.
+bool leads_safely(const Place& place, size_t length)
+{
+    constexpr int most_links = 40;
+    char way[PATH_MAX];
+    snprintf(way, sizeof way, "%.*s", static_cast<int>(length), place.path);
+    int links = 0;
+    for (size_t end = 1;; end += 1 + strcspn(way + end + 1, "/")) {
+        const char behind = std::exchange(way[end], '\0');
+        struct stat status;
+        if (lstat(way, &status) != 0) {
+            return true;
+        }
+        if (!is_safe(way, status, place)) {
+            return false;
+        }
+        way[end] = behind;
+        if (S_ISLNK(status.st_mode)) {
+            if (++links > most_links || !follow(way, end)) {
+                report("cannot use the %s %s: %s", place.kind, place.path, strerror(ELOOP));
+                return false;
+            }
+            end = 0;
+        } else if (behind == '\0') {
+            return true;
+        }
+    }
+}
+
 } // namespace
 
 int open_directory(char (&path)[socket_path_size])
 {
     if (!directory_path(path)) {
+        return -1;
+    }
+    const auto parent = static_cast<size_t>(strrchr(path, '/') + 1 - path);
+    if (!leads_safely({"directory", path, "VORINFRA_DIR"}, parent)) {
         return -1;
     }
     if (mkdir(path, 0700) != 0 && errno != EEXIST) {
@@ -102,12 +185,14 @@ const char* vorinfra_directory(void)
 
 int vorinfra_rooted_path(const char* path, char* buffer, unsigned size)
 {
-    const char* root = path[0] == '/' ? vorinfra::setting("VORINFRA_ROOT") : nullptr;
-    if (root != nullptr && root[0] != '/') {
+    constexpr char variable[] = "VORINFRA_ROOT";
+    const char* root = path[0] == '/' ? vorinfra::setting(variable) : nullptr;
+    const bool rooted = root != nullptr;
+    if (rooted && root[0] != '/') {
         vorinfra::report("VORINFRA_ROOT must be an absolute path, not \"%s\"", root);
         return -1;
     }
-    if (root == nullptr && path[0] == '/') { // in the gateway's directory
+    if (!rooted && path[0] == '/') { // in the gateway's directory
         root = vorinfra_directory();
         path = strrchr(path, '/');
         if (root == nullptr) {
@@ -125,5 +210,5 @@ int vorinfra_rooted_path(const char* path, char* buffer, unsigned size)
     }
     memcpy(buffer, root != nullptr ? root : "", length);
     strcpy(buffer + length, path);
-    return 0;
+    return !rooted || vorinfra::leads_safely({"socket", buffer, variable}, strlen(buffer)) ? 0 : -1;
 }

@@ -1,6 +1,8 @@
 #include "endpoint.hpp"
 
+#include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -29,6 +31,45 @@ Endpoint** link_to(const VOR_IPC_HANDLE* handle)
     return link;
 }
 
+void report_unbound(const char* operation)
+{
+    report("%s: the handle is not bound", operation);
+}
+
+// The calling thread's number; asked for once.
+thread_local pid_t thread_number;
+
+pid_t own_thread()
+{
+    if (thread_number == 0) {
+        thread_number = gettid();
+    }
+    return thread_number;
+}
+
+// A child of a fork begins with endpoints that are another's, and that no thread of its own uses.
+void inherit()
+{
+    thread_number = 0;
+    for (Endpoint* endpoint = endpoints; endpoint != nullptr; endpoint = endpoint->next) {
+        endpoint->user = 0;
+        endpoint->inherited = true;
+        endpoint->awaited = false;
+    }
+    pthread_mutex_unlock(&guard);
+}
+
+[[maybe_unused]] const int at_fork =
+    pthread_atfork([] { pthread_mutex_lock(&guard); }, [] { pthread_mutex_unlock(&guard); }, inherit);
+
+// What someone has put in its place is not.
+bool has_socket_file(const Endpoint& endpoint)
+{
+    const sockaddr_un address = sap_address(endpoint.directory, endpoint.handle.sap_id);
+    struct stat status;
+    return lstat(address.sun_path, &status) == 0 && status.st_dev == endpoint.device && status.st_ino == endpoint.inode;
+}
+
 } // namespace
 
 Endpoint* bound_endpoint(const VOR_IPC_HANDLE* handle, const char* operation)
@@ -39,9 +80,66 @@ Endpoint* bound_endpoint(const VOR_IPC_HANDLE* handle, const char* operation)
         endpoint = *link_to(handle);
     }
     if (endpoint == nullptr) {
-        report("%s: the handle is not bound", operation);
+        report_unbound(operation);
     }
     return endpoint;
+}
+
+// A thread that ended in the middle of an operation does not keep the endpoint, nor does one that left it by a jump.
+// For a moment a thread that has been joined still looks alive.
+Use::Use(const VOR_IPC_HANDLE* handle, const char* operation)
+{
+    constexpr timespec moment{0, 1'000'000};
+    const pid_t self = own_thread();
+    pid_t user = 0;
+    bool alone = false;
+    bool unsure = false;
+    for (int moments = 0; moments == 0 || unsure; moments++) {
+        if (unsure) {
+            nanosleep(&moment, nullptr);
+        }
+        const Lock lock(guard);
+        endpoint_ = *link_to(handle);
+        if (endpoint_ == nullptr) {
+            break;
+        }
+        const pid_t now = endpoint_->user.load(std::memory_order_acquire);
+        user = moments == 0 ? now : user;
+        alone = now == user && (user == 0 || user == self || tgkill(getpid(), user, 0) != 0);
+        unsure = now == user && !alone && moments < 20;
+        if (alone) {
+            endpoint_->user.store(self, std::memory_order_relaxed);
+        }
+    }
+    if (endpoint_ == nullptr) {
+        report_unbound(operation);
+    } else if (!alone) {
+        report("SAP %u: %s in thread %d refused, thread %d is using the endpoint: let one thread at a time make calls",
+               endpoint_->handle.sap_id, operation, self, user);
+        endpoint_ = nullptr;
+        errno = EBUSY;
+    }
+}
+
+bool is_ours(Endpoint& endpoint, const char* operation)
+{
+    constexpr int to_end = 1000; // milliseconds; a parent that leaves its work to a child ends at once
+    if (!endpoint.inherited) {
+        return true;
+    }
+    if (!endpoint.owner->take_over(endpoint.awaited ? 0 : std::min(to_end, endpoint.timeout))) {
+        endpoint.awaited = true;
+        report("SAP %u: %s refused, the SAP belongs to process %d: a forked process must bind its own",
+               endpoint.handle.sap_id, operation, endpoint.owner->process());
+    } else if (!has_socket_file(endpoint)) {
+        report("SAP %u: %s refused, its socket was removed: unbind the SAP and bind it again", endpoint.handle.sap_id,
+               operation);
+    } else {
+        endpoint.inherited = false;
+        return true;
+    }
+    errno = EBUSY;
+    return false;
 }
 
 const Endpoint* newest_endpoint()
@@ -56,12 +154,12 @@ const Endpoint* newest_endpoint()
 
 namespace {
 
-// The process that holds the lock on a file, from /proc/locks; 0 if it was released.
+// The process that holds the lock on a file, from /proc/locks; 0 if it was released or cannot be seen from here.
 int lock_holder(int descriptor)
 {
     struct stat status;
-    std::FILE* const locks = std::fopen("/proc/locks", "re");
-    if (locks == nullptr || fstat(descriptor, &status) != 0) {
+    std::FILE* const locks = fstat(descriptor, &status) == 0 ? std::fopen("/proc/locks", "re") : nullptr;
+    if (locks == nullptr) {
         return 0;
     }
     char line[256];
@@ -77,15 +175,35 @@ int lock_holder(int descriptor)
     return holder;
 }
 
+void report_locked(int directory, const Endpoint& endpoint)
+{
+    const int holder = lock_holder(directory);
+    char text[64]; // the file's name, then the process
+    snprintf(text, sizeof text, "/proc/%d/comm", holder);
+    char name[32] = "";
+    if (std::FILE* const file = std::fopen(text, "re")) {
+        (void)!std::fgets(name, sizeof name, file);
+        std::fclose(file);
+    }
+    name[strcspn(name, "\n")] = '\0';
+    snprintf(text, sizeof text, "process %d (%s)", holder, name);
+    report("cannot bind SAP %u: %s has locked the directory %s", endpoint.handle.sap_id,
+           name[0] != '\0' ? text : "another process", endpoint.directory);
+}
+
 // Binding locks the directory for a moment. A process that was stopped just then keeps the lock.
 bool lock(int directory, const Endpoint& endpoint)
 {
     constexpr timespec moment{0, 2'000'000};
     const Deadline deadline(endpoint.timeout);
     while (flock(directory, LOCK_EX | LOCK_NB) != 0) {
-        if ((errno != EWOULDBLOCK && errno != EINTR) || deadline.remaining() <= 0) {
-            report("cannot bind SAP %u: process %d has locked the directory %s", endpoint.handle.sap_id,
-                   lock_holder(directory), endpoint.directory);
+        if (errno != EWOULDBLOCK && errno != EINTR) {
+            report("cannot bind SAP %u: cannot lock the directory %s: %s", endpoint.handle.sap_id, endpoint.directory,
+                   strerror(errno));
+            return false;
+        }
+        if (deadline.remaining() <= 0) {
+            report_locked(directory, endpoint);
             return false;
         }
         nanosleep(&moment, nullptr);
@@ -158,7 +276,8 @@ bool open_endpoint(Endpoint& endpoint, vor_uint16 sap, vor_uint16 bind_option)
         return false;
     }
     Descriptor descriptor(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    if (!descriptor || !limit_blocking(descriptor.get(), SO_RCVTIMEO, *timeout) ||
+    endpoint.owner = Owner::create();
+    if (endpoint.owner == nullptr || !descriptor || !limit_blocking(descriptor.get(), SO_RCVTIMEO, *timeout) ||
         !limit_blocking(descriptor.get(), SO_SNDTIMEO, *timeout)) {
         report("cannot bind SAP %u: %s", sap, strerror(errno));
         return false;
@@ -175,6 +294,12 @@ bool open_endpoint(Endpoint& endpoint, vor_uint16 sap, vor_uint16 bind_option)
     return true;
 }
 
+void discard(Endpoint* endpoint)
+{
+    Owner::forget(endpoint->owner);
+    free(endpoint);
+}
+
 } // namespace
 
 } // namespace vorinfra
@@ -184,8 +309,11 @@ using namespace vorinfra;
 VOR_IPC_HANDLE* vor_ipc_bind(vor_uint16 sap, vor_uint16 bind_option)
 {
     auto* const endpoint = static_cast<Endpoint*>(calloc(1, sizeof(Endpoint)));
-    if (endpoint == nullptr || !open_endpoint(*endpoint, sap, bind_option)) {
-        free(endpoint);
+    if (endpoint == nullptr) {
+        return nullptr;
+    }
+    if (!open_endpoint(*endpoint, sap, bind_option)) {
+        discard(endpoint);
         return nullptr;
     }
     const Lock lock(guard);
@@ -194,13 +322,14 @@ VOR_IPC_HANDLE* vor_ipc_bind(vor_uint16 sap, vor_uint16 bind_option)
     return &endpoint->handle;
 }
 
-// 1: unbound; 0: it was not bound.
+// 1: unbound; 0: it was not bound, or another thread uses it. The socket's file is its owner's.
 vor_bool vor_ipc_unbind(VOR_IPC_HANDLE* handle)
 {
     if (handle == nullptr) {
         return 0;
     }
-    Endpoint* const endpoint = bound_endpoint(handle, "vor_ipc_unbind");
+    Use use(handle, "vor_ipc_unbind");
+    Endpoint* const endpoint = use.release();
     if (endpoint == nullptr) {
         return 0;
     }
@@ -209,14 +338,11 @@ vor_bool vor_ipc_unbind(VOR_IPC_HANDLE* handle)
         *link_to(handle) = endpoint->next;
     }
     take_back_buffers(endpoint);
-    const sockaddr_un address = sap_address(endpoint->directory, handle->sap_id);
-    struct stat status;
-    if (lstat(address.sun_path, &status) == 0 && status.st_dev == endpoint->device &&
-        status.st_ino == endpoint->inode) {
-        unlink(address.sun_path);
+    if ((!endpoint->inherited || endpoint->owner->take_over(0)) && has_socket_file(*endpoint)) {
+        unlink(sap_address(endpoint->directory, handle->sap_id).sun_path);
     }
     close(endpoint->descriptor);
-    free(endpoint);
+    discard(endpoint);
     return 1;
 }
 

@@ -94,8 +94,9 @@ vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_u
                                    vor_uint16)
 {
     constexpr char name[] = "vor_ipc_request_response";
-    Endpoint* const endpoint = bound_endpoint(handle, name);
-    Buffer* const sent = endpoint != nullptr ? referenced_buffer(request, name) : nullptr;
+    const Use use(handle, name);
+    Endpoint* const endpoint = use.get();
+    Buffer* const sent = endpoint != nullptr && is_ours(*endpoint, name) ? referenced_buffer(request, name) : nullptr;
     Buffer* const answer = sent != nullptr ? referenced_buffer(response, name) : nullptr;
     if (answer == nullptr) {
         return VORINFRA_NOT_SENT;
@@ -111,9 +112,11 @@ vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_u
     if (!send_buffer(*endpoint, *request, *sent, sap, message_id, endpoint->sequence, payload_length)) {
         return VORINFRA_NOT_SENT;
     }
-    switch (await_answer(*endpoint, sap, *answer)) {
+    endpoint->answer_missing = true; // also if the thread ends while it waits
+    const Awaited awaited = await_answer(*endpoint, sap, *answer);
+    endpoint->answer_missing = awaited == Awaited::nothing;
+    switch (awaited) {
     case Awaited::nothing:
-        endpoint->answer_missing = true;
         return VORINFRA_NO_ANSWER;
     case Awaited::refused:
         errno = ECONNREFUSED;
@@ -130,8 +133,9 @@ vor_int32 vor_ipc_send(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 messag
                        vor_uint16 payload_length, vor_uint16)
 {
     constexpr char name[] = "vor_ipc_send";
-    Endpoint* const endpoint = bound_endpoint(handle, name);
-    Buffer* const buffer = endpoint != nullptr ? referenced_buffer(message, name) : nullptr;
+    const Use use(handle, name);
+    Endpoint* const endpoint = use.get();
+    Buffer* const buffer = endpoint != nullptr && is_ours(*endpoint, name) ? referenced_buffer(message, name) : nullptr;
     if (buffer == nullptr) {
         return VORINFRA_NOT_SENT;
     }

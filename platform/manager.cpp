@@ -11,15 +11,17 @@ namespace {
 
 int receive(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message, int flags, const char* operation)
 {
-    const Endpoint* const endpoint = bound_endpoint(handle, operation);
-    if (endpoint == nullptr) {
+    Endpoint* const endpoint = bound_endpoint(handle, operation);
+    if (endpoint == nullptr || !is_ours(*endpoint, operation)) {
         return -1;
     }
+    const Deadline deadline(endpoint->timeout);
     VOR_IPC_MSG_HDR header;
     Received received;
     do {
         received = receive_message(*endpoint, header, message->data, flags);
-    } while (received == Received::nothing && errno == EINTR);
+        flags = MSG_DONTWAIT;
+    } while (received == Received::nothing && errno == EINTR && deadline.wait(endpoint->descriptor, POLLIN));
     if (received != Received::message) {
         return received == Received::nothing ? 0 : -1;
     }

@@ -26,6 +26,8 @@ constexpr vor_uchar not_sent_pattern = 0xa5;  // never looks like a status, howe
 constexpr unsigned many = 64;                 // taken at once; a call holds two
 
 pthread_mutex_t guard = PTHREAD_MUTEX_INITIALIZER;
+[[maybe_unused]] const int at_fork = pthread_atfork(
+    [] { pthread_mutex_lock(&guard); }, [] { pthread_mutex_unlock(&guard); }, [] { pthread_mutex_unlock(&guard); });
 Buffer* blocks[most_blocks];
 unsigned block_count;
 unsigned taken_count;
@@ -156,8 +158,7 @@ bool take_buffer(const Endpoint* holder, VOR_IPC_MSG_REF& message)
     buffer->answer = false;
     buffer->unsendable = false;
     if (++taken_count == many) {
-        report("%u message buffers are taken: some calls keep theirs by design until the endpoint is unbound, others "
-               "leak",
+        report("%u message buffers are taken: some calls keep theirs by design until the endpoint is unbound",
                taken_count);
     }
     message = {&buffer->header, sizeof buffer->header + sizeof buffer->data, 0, 0};

@@ -12,7 +12,8 @@ extern "C" {
 
 /* What vor_ipc_request_response and vor_ipc_send return besides 0. */
 enum {
-    VORINFRA_NOT_SENT = -1, /* refused; a request also if nobody serves its SAP */
+    VORINFRA_NOT_SENT = -1, /* refused; a request also if nobody serves its SAP; with errno EBUSY,
+                             * another thread or process has the endpoint */
     VORINFRA_NO_ANSWER = -2 /* sent; whether it was handled is unknown */
 };
 

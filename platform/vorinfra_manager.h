@@ -48,11 +48,15 @@ typedef struct vorinfra_element {
     vor_int32 number;
 } VORINFRA_ELEMENT;
 
-/* The descriptor to poll for reading; -1 for a null handle. */
+/* The descriptor to poll for reading; -1 for a null handle. A manager that
+ * receives from it by itself and asks for control data must close the
+ * descriptors that come with a message. */
 int vorinfra_descriptor(const VOR_IPC_HANDLE* handle);
 
 /* 1: a message was received; 0: none is waiting; -1: a datagram that is not a
- * message was dropped (and reported on standard error). Never blocks. */
+ * message was dropped, or the SAP belongs to the process that forked this one
+ * (either is reported on standard error). Does not block, except once for up to
+ * a second after a fork, until that process has ended. */
 int vorinfra_receive(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message);
 
 /* The same, but waits for a message for up to VORINFRA_TIMEOUT_MS. */
@@ -75,7 +79,8 @@ int vorinfra_next_element(const vor_uchar* chain, vor_uint16 size, vor_uint16* c
  * Null with a message on standard error when it cannot be used. */
 const char* vorinfra_directory(void);
 
-/* `path` under VORINFRA_ROOT, in `buffer`. 0, or -1 when it does not fit. */
+/* `path` under VORINFRA_ROOT, in `buffer`. 0; -1 with a message on standard
+ * error when it does not fit or others could change where it leads. */
 int vorinfra_rooted_path(const char* path, char* buffer, unsigned size);
 
 #ifdef __cplusplus

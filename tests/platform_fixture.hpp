@@ -3,12 +3,15 @@
 #pragma once
 
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -108,14 +111,45 @@ inline int raw_socket(const std::string& path, int type)
     return descriptor;
 }
 
-// A datagram of any bytes from an unbound socket.
-inline void send_raw(const std::string& path, const std::string& bytes)
+// Any bytes to where a socket is connected, with a descriptor that is closed here.
+inline void pass(int socket, std::string bytes, int descriptor)
 {
-    const int descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    const sockaddr_un to = address_of(path);
-    EXPECT_EQ(static_cast<ssize_t>(bytes.size()),
-              sendto(descriptor, bytes.data(), bytes.size(), 0, reinterpret_cast<const sockaddr*>(&to), sizeof to));
+    iovec part{bytes.data(), bytes.size()};
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof descriptor)]{};
+    msghdr message{};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    if (descriptor >= 0) {
+        message.msg_control = control;
+        message.msg_controllen = sizeof control;
+        *CMSG_FIRSTHDR(&message) = {CMSG_LEN(sizeof descriptor), SOL_SOCKET, SCM_RIGHTS};
+        memcpy(CMSG_DATA(CMSG_FIRSTHDR(&message)), &descriptor, sizeof descriptor);
+    }
+    EXPECT_EQ(static_cast<ssize_t>(bytes.size()), sendmsg(socket, &message, 0));
     close(descriptor);
+}
+
+// A datagram of any bytes from an unbound socket.
+inline void send_raw(const std::string& path, const std::string& bytes, int descriptor = -1)
+{
+    const int sender = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    const sockaddr_un to = address_of(path);
+    EXPECT_EQ(0, connect(sender, reinterpret_cast<const sockaddr*>(&to), sizeof to));
+    pass(sender, bytes, descriptor);
+    close(sender);
+}
+
+// Runs an action in a child process; its wait status.
+inline int status_of(const std::function<void()>& action)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        action();
+        _exit(0);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    return status;
 }
 
 // A command, its exit code and a part of its output.

@@ -6,6 +6,8 @@
 #include <future>
 #include <vector>
 
+#include <fcntl.h>
+
 #include "platform_fixture.hpp"
 
 namespace {
@@ -180,9 +182,13 @@ TEST_F(Platform, stream_sockets_are_under_the_root)
     const int peer = accept(listener, nullptr, nullptr);
 
     char answer[8] = "";
-    ASSERT_EQ(3, write(peer, "-o", 3));
-    EXPECT_EQ(3, vor_recv(socket->sock_fd, answer, sizeof answer, 0));
+    int ends[2]; // one of them passed with the answer
+    ASSERT_EQ(0, pipe2(ends, O_CLOEXEC | O_NONBLOCK));
+    pass(peer, "-o", ends[1]);
+    EXPECT_EQ(2, vor_recv(socket->sock_fd, answer, sizeof answer, 0));
     EXPECT_STREQ("-o", answer);
+    EXPECT_EQ(0, read(ends[0], answer, 1)) << "nobody keeps what was passed";
+    close(ends[0]);
 
     setenv("VORINFRA_TIMEOUT_MS", "10000", 1);
     std::string large(1 << 20, 'c'); // more than the socket holds
@@ -209,6 +215,12 @@ TEST_F(Platform, stream_sockets_are_under_the_root)
         EXPECT_EQ(0, vorinfra_rooted_path(asked.c_str(), rooted, sizeof rooted));
         EXPECT_EQ(expected, rooted);
     }
+    fs::create_directory_symlink(home, home + "/any");
+    fs::create_directory(home + "/open");
+    fs::permissions(home + "/open", fs::perms(0777));
+    setenv("VORINFRA_ROOT", (home + "/any/open").c_str(), 1);
+    EXPECT_TRUE(contains(errors_of([&] { EXPECT_EQ(-1, vorinfra_rooted_path("/x", rooted, sizeof rooted)); }),
+                         "others can rename entries in " + home + "/open "));
     setenv("VORINFRA_ROOT", "relative", 1);
     EXPECT_TRUE(contains(errors_of([&] { EXPECT_EQ(-1, vorinfra_rooted_path("/x", rooted, sizeof rooted)); }),
                          "must be an absolute path"));

@@ -198,13 +198,19 @@ TEST_F(Platform, unusable_directories_are_refused)
     fs::permissions(home + "/open", fs::perms(0755));
     fs::create_directory_symlink(home, home + "/link");
     std::ofstream(home + "/file") << "x";
-    const std::pair<std::string, const char*> refusals[] = {
+    fs::create_directories(home + "/any/deep");
+    fs::permissions(home + "/any", fs::perms(0777));
+    fs::create_directory_symlink("any/../any/deep", home + "/way");
+    const std::string anyone = "others can rename entries in " + home + "/any (mode 0777, not sticky)";
+    const std::pair<std::string, std::string> refusals[] = {
         {home + "/open", "its mode must be 0700, not 0755"},
         {home + "/link", "it is a symbolic link"},
         {home + "/link//", "it is a symbolic link"},
         {home + "/file", "Not a directory"},
         {home + "/not/there", "No such file"},
         {"relative", "must be an absolute path"},
+        {home + "/any/deep/run", anyone},
+        {home + "/way/run", anyone},
         {home + "/" + std::string(10000, 'd'), "must have at most 94 characters"}};
     for (const auto& [directory, reason] : refusals) {
         EXPECT_TRUE(contains(refusal(directory), reason));
@@ -213,9 +219,15 @@ TEST_F(Platform, unusable_directories_are_refused)
         fs::create_directory(home + "/foreign");
         ASSERT_EQ(0, chown((home + "/foreign").c_str(), 65534, 65534));
         EXPECT_TRUE(contains(refusal(home + "/foreign"), "it belongs to user 65534"));
+        EXPECT_TRUE(contains(refusal(home + "/foreign/run"), home + "/foreign belongs to user 65534"));
     } else {
         EXPECT_TRUE(contains(refusal("/usr"), "it belongs to user 0"));
     }
+
+    fs::permissions(home + "/any", fs::perms(01777));
+    fs::permissions(home + "/any/deep", fs::perms(0770));
+    setenv("VORINFRA_DIR", (home + "/way/run").c_str(), 1);
+    EXPECT_NE(nullptr, vorinfra_directory());
 
     // The longest name that works holds the longest socket name.
     const std::string longest = home + "/" + std::string(94 - home.size() - 1, 'd');
@@ -332,8 +344,128 @@ TEST_F(Platform, process_stopped_while_binding_is_named)
     ASSERT_EQ(0, flock(held, LOCK_EX));
     const std::string errors = errors_of([] { EXPECT_EQ(nullptr, Bound(manager_sap)); });
     close(held);
-    EXPECT_TRUE(contains(errors, "process " + std::to_string(getpid()) + " has locked the directory " + home + "/run"));
+    EXPECT_TRUE(contains(errors, "process " + std::to_string(getpid()) + " ("));
+    EXPECT_TRUE(contains(errors, ") has locked the directory " + home + "/run"));
     EXPECT_NE(nullptr, Bound(manager_sap));
+}
+
+bool is_answered(VOR_IPC_HANDLE* client)
+{
+    Message request;
+    Message answer;
+    return vor_ipc_request_response(client, manager_sap, 1, &request.ref, &answer.ref, 0, 0) == 0;
+}
+
+void answer_one(VOR_IPC_HANDLE* manager)
+{
+    const VORINFRA_MESSAGE request = next(manager);
+    vorinfra_answer(manager, &request, 1, nullptr, 0);
+}
+
+// Otherwise a neighbour could use up the descriptors of a gateway or of its clients.
+TEST_F(Platform, passed_descriptors_are_closed)
+{
+    setenv("VORINFRA_TIMEOUT_MS", "40", 1);
+    const Bound client(client_sap);
+    const Bound manager(manager_sap);
+    int ends[2];
+    ASSERT_EQ(0, pipe2(ends, O_CLOEXEC));
+    send_raw(socket_file(manager_sap), "?", dup(ends[1]));
+    send_raw(socket_file(client_sap), "?", ends[1]);
+    errors_of([&] {
+        VORINFRA_MESSAGE received;
+        EXPECT_EQ(-1, vorinfra_receive(manager, &received));
+        EXPECT_FALSE(is_answered(client));
+    });
+    pollfd polled{ends[0], 0, 0};
+    EXPECT_EQ(1, poll(&polled, 1, 0)) << "somebody can still write";
+    close(ends[0]);
+}
+
+// --- Forks --------------------------------------------------------------------
+
+TEST_F(Platform, endpoint_stays_with_the_process_that_bound_it)
+{
+    setenv("VORINFRA_TIMEOUT_MS", "200", 1);
+    const Bound manager(manager_sap);
+    const Bound client(client_sap);
+    const std::string errors = errors_of([&] {
+        EXPECT_EQ(0, status_of([&] {
+                      Message message;
+                      const bool refused = !is_answered(client) && errno == EBUSY &&
+                                           vor_ipc_send(client, manager_sap, 1, &message.ref, 0, 0) == -1;
+                      const bool unbound = vor_ipc_unbind(client) == 1;
+                      _exit(refused && unbound && vor_ipc_bind(201, 0) != nullptr ? 0 : 1);
+                  }));
+    });
+    EXPECT_TRUE(
+        contains(errors, "SAP 200: vor_ipc_send refused, the SAP belongs to process " + std::to_string(getpid())));
+    auto answering = std::async(std::launch::async, [&] { answer_one(manager); });
+    EXPECT_TRUE(is_answered(client));
+}
+
+TEST_F(Platform, daemon_takes_over_what_its_parent_bound)
+{
+    const Bound manager(manager_sap);
+    int done[2];
+    ASSERT_EQ(0, pipe2(done, O_CLOEXEC));
+    const pid_t binder = fork();
+    if (binder == 0) {
+        VOR_IPC_HANDLE* const client = vor_ipc_bind(client_sap, 0);
+        if (fork() == 0 && setsid() > 0 && fork() == 0) {
+            const bool right = is_answered(client) && vor_ipc_unbind(client) == 1;
+            (void)!write(done[1], right ? "1" : "0", 1);
+        }
+        _exit(0); // and nobody waits for it yet
+    }
+    close(done[1]);
+    answer_one(manager);
+    char right = '?';
+    EXPECT_EQ(1, read(done[0], &right, 1));
+    EXPECT_EQ('1', right);
+    EXPECT_FALSE(fs::exists(socket_file(client_sap)));
+    waitpid(binder, nullptr, 0);
+    close(done[0]);
+}
+
+// --- Time ---------------------------------------------------------------------
+
+// A signal shortly before the end must not begin the time again.
+TEST_F(Platform, signal_does_not_prolong_a_wait)
+{
+    setenv("VORINFRA_ROOT", home.c_str(), 1);
+    setenv("VORINFRA_TIMEOUT_MS", "400", 1);
+    const Bound client(client_sap);
+    const Bound manager(manager_sap);
+    const int listener = raw_socket(home + "/daemon.socket", SOCK_STREAM);
+    ASSERT_EQ(0, listen(listener, 0));
+    const int first = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const sockaddr_un address = address_of(home + "/daemon.socket");
+    ASSERT_EQ(0, connect(first, reinterpret_cast<const sockaddr*>(&address), sizeof address)); // and no other
+    struct sigaction action = {};
+    action.sa_handler = [](int) {};
+    struct sigaction before;
+    sigaction(SIGALRM, &action, &before);
+    const auto expect_in_time = [](const char* what, const auto& wait) {
+        const auto start = std::chrono::steady_clock::now();
+        const itimerval soon{{0, 0}, {0, 350'000}};
+        setitimer(ITIMER_REAL, &soon, nullptr);
+        wait();
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(700)) << what;
+    };
+    Message message;
+    VORINFRA_MESSAGE received;
+    char path[] = "/daemon.socket";
+    auto* const stream = vor_socket_create(1, 1, 0);
+    ASSERT_EQ(0, vor_socket_config_unix(stream, path));
+    expect_in_time("connect", [&] { EXPECT_EQ(-1, vor_socket_connect(stream, 1)); });
+    expect_in_time("await", [&] { EXPECT_EQ(0, vorinfra_await(manager, &received)); });
+    while (vor_ipc_send(client, manager_sap, 1, &message.ref, 0, 0) == 0) {}
+    expect_in_time("send", [&] { EXPECT_EQ(-1, vor_ipc_send(client, manager_sap, 1, &message.ref, 0, 0)); });
+    sigaction(SIGALRM, &before, nullptr);
+    vor_socket_close(stream, 1);
+    close(first);
+    close(listener);
 }
 
 TEST_F(Platform, nothing_waits_forever)

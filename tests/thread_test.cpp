@@ -2,6 +2,7 @@
 #include <array>
 #include <atomic>
 #include <cstring>
+#include <future>
 #include <thread>
 #include <vector>
 
@@ -93,6 +94,55 @@ TEST_F(Platform, threads_with_own_endpoints)
     }
     others.join();
     EXPECT_EQ((std::array{all, all, all, all}), right);
+}
+
+TEST_F(Platform, second_thread_on_an_endpoint_is_refused)
+{
+    const Bound client(client_sap);
+    const Bound manager(manager_sap);
+    const auto exchange = [&] {
+        Message request;
+        Message response;
+        const vor_int32 result = vor_ipc_request_response(client, manager_sap, 1, &request.ref, &response.ref, 0, 0);
+        return result == 0 ? *response.payload() : result;
+    };
+    auto first = std::async(std::launch::async, exchange);
+    const VORINFRA_MESSAGE request = next(manager);
+    const std::string errors = errors_of([&] {
+        Message message;
+        EXPECT_EQ(VORINFRA_NOT_SENT, exchange());
+        EXPECT_EQ(EBUSY, errno);
+        EXPECT_EQ(-1, vor_ipc_send(client, manager_sap, 2, &message.ref, 0, 0));
+        EXPECT_EQ(0, vor_ipc_unbind(client));
+    });
+    EXPECT_TRUE(contains(errors, "refused, thread ")) << errors;
+    VORINFRA_MESSAGE none;
+    EXPECT_EQ(0, vorinfra_receive(manager, &none));
+    EXPECT_EQ(0, vorinfra_answer(manager, &request, 1, "\5", 1));
+    EXPECT_EQ(5, first.get());
+}
+
+TEST_F(Platform, thread_that_ended_does_not_keep_its_endpoint)
+{
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer takes the stack of a cancelled thread for one in use";
+#endif
+    VOR_IPC_HANDLE* const client = vor_ipc_bind(client_sap, 0);
+    const Bound manager(manager_sap);
+    pthread_t thread;
+    const auto begin = [](void* handle) -> void* {
+        VOR_IPC_MSG_REF request;
+        VOR_IPC_MSG_REF response;
+        vor_ipc_get_buffer(&request);
+        vor_ipc_get_buffer(&response);
+        vor_ipc_request_response(static_cast<VOR_IPC_HANDLE*>(handle), manager_sap, 1, &request, &response, 0, 0);
+        return nullptr;
+    };
+    ASSERT_EQ(0, pthread_create(&thread, nullptr, begin, client));
+    next(manager); // it waits for its answer now
+    pthread_cancel(thread);
+    pthread_join(thread, nullptr);
+    EXPECT_EQ(1, vor_ipc_unbind(client));
 }
 
 TEST_F(Platform, buffer_survives_unbind_in_another_thread)

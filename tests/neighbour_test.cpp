@@ -23,19 +23,6 @@ using processes::Workplace;
 
 constexpr uid_t stranger = 65534;
 
-// Runs an action in a child process; its wait status.
-int status_of(const std::function<void()>& action)
-{
-    const pid_t child = fork();
-    if (child == 0) {
-        action();
-        _exit(0);
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
-    return status;
-}
-
 // The error of an action as another user; 0 if it succeeded.
 int error_as_stranger(const std::function<bool()>& action)
 {
@@ -122,6 +109,19 @@ TEST_F(Neighbour, planted_links_are_refused)
                 {{"VORINFRA_DIR=" + path("open") + " vorcfg --sap 7 gpio set-direction 3 1 0", 7, "is not a socket"}});
     expect_said(place, {{"VORINFRA_DIR=" + path("open") + " vorsim", 2, "exists and is not a socket"}});
     EXPECT_EQ("mine", contents(path("mine")));
+}
+
+TEST_F(Neighbour, held_lock_is_waited_for_once)
+{
+    place.run("vorsim show"); // makes the directory
+    const int held = open(path("run").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(0, flock(held, LOCK_EX));
+    setenv("VORINFRA_TIMEOUT_MS", "1000", 1);
+    std::ofstream(path("calls")) << "gpio set-value 1 1\ngpio set-value 2 1\n";
+    expect_said(place, {{"timeout 10 vorcfg batch calls --keep-going", 7, "(neighbour_test) has locked the directory"},
+                        {"timeout 10 vorsim", 2, "(neighbour_test) has locked the directory"}});
+    unsetenv("VORINFRA_TIMEOUT_MS");
+    close(held);
 }
 
 TEST_F(Neighbour, full_disk_is_reported)

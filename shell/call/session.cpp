@@ -1,6 +1,7 @@
 #include "call/session.hpp"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <mutex>
 #include <sys/mman.h>
@@ -108,16 +109,21 @@ Session::~Session()
     }
 }
 
-bool Session::bind(std::string& complaints)
+// A SAP that is in use is refused at once. What takes time, such as a directory that a process has locked, would take
+// it again at every SAP, and at every call.
+bool Session::bind()
 {
+    constexpr std::chrono::seconds most{1};
+    const auto end = std::chrono::steady_clock::now() + most;
     const std::uint32_t last = sap_.value_or(last_sap);
-    for (std::uint32_t sap = sap_.value_or(first_sap); sap <= last && !bound_; sap++) {
+    for (std::uint32_t sap = sap_.value_or(first_sap); sap <= last && !bound_ && !hopeless_; sap++) {
         Capture printed(STDOUT_FILENO);
         Capture complained(STDERR_FILENO);
         bound_ = vor_cfg_create_ipc_endpoint(static_cast<std::uint16_t>(sap)) == 0;
-        if (!bound_ && complaints.empty()) {
-            complaints = complained.take() + printed.take();
+        if (!bound_ && complaints_.empty()) {
+            complaints_ = complained.take() + printed.take();
         }
+        hopeless_ = !bound_ && std::chrono::steady_clock::now() >= end;
     }
     return bound_;
 }
@@ -125,10 +131,9 @@ bool Session::bind(std::string& complaints)
 CallResult Session::make(PreparedCall& call)
 {
     const rows::Row& row = *call.row;
-    std::string complaints;
-    if (row.channel == rows::Channel::manager && !settings_.capture && !bind(complaints)) {
+    if (row.channel == rows::Channel::manager && !settings_.capture && !bind()) {
         const std::string where = sap_ ? fmt::format("SAP {}", *sap_) : "any SAP";
-        const std::vector<std::string_view> lines = vor::lines_in(complaints);
+        const std::vector<std::string_view> lines = vor::lines_in(complaints_);
         return {.verdict = {Outcome::no_endpoint, fmt::format("not sent: no endpoint at {}", where)},
                 .library = {lines.begin(), lines.end()}};
     }

@@ -30,11 +30,13 @@ public:
     CallResult make(PreparedCall& call);
 
 private:
-    bool bind(std::string& complaints);
+    bool bind();
 
     const Observer::Settings settings_;
     const std::optional<std::uint16_t> sap_;
     bool bound_ = false;
+    bool hopeless_ = false;
+    std::string complaints_; // about the first SAP that could not be bound
 };
 
 // Ends all captures for good, so that output appears while a call does not return.

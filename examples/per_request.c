@@ -9,6 +9,7 @@
  */
 #define _POSIX_C_SOURCE 200809L
 #include <device_mgmt.h>
+#include <device_mgmt/code_text.h>
 #include <stdio.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -33,8 +34,9 @@ static int serve(vor_uint16 sap, vor_int16 port, vor_int16 direction)
     const vor_int32 code = vor_cfg_set_gpio_direction(port, direction, 0);
     const vor_int32 status = vor_errno;
     vor_cfg_remove_ipc_endpoint();
-    /* a code other than 0 does not always mean that nothing changed: after -3 the manager may have done it */
-    printf("port %d: code %d, status %d\n", port, (int)code, (int)status);
+    /* not every failure means that nothing changed, and the text says so */
+    printf("port %d: %s (code %d, status %d)\n", port,
+           code == VOR_CODE_DONE ? "accepted" : device_mgmt_code_text(code, status), (int)code, (int)status);
     return code == VOR_CODE_DONE ? 0 : 1;
 }
 

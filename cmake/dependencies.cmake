@@ -24,6 +24,7 @@ vor_find_headers(FMT fmt/format-inl.h vorcfg)
 add_library(vor_fmt STATIC "${CMAKE_CURRENT_LIST_DIR}/fmt.cpp")
 target_compile_features(vor_fmt PUBLIC cxx_std_20)
 target_include_directories(vor_fmt SYSTEM PUBLIC "${FMT_HEADERS_FOUND}")
+target_link_libraries(vor_fmt PRIVATE vor_hardening)
 
 foreach(name IN ITEMS nlohmann_json::nlohmann_json fmt::fmt)
   if(NOT TARGET ${name}) # otherwise the including project provides it

@@ -13,6 +13,9 @@ if(NOT VORINFRA_LIBRARY)
     "name it with -DVORINFRA_LIBRARY=/path/to/libvorinfra.so or its tree with -DCMAKE_PREFIX_PATH=..., "
     "or build for a development machine with -DVOR_DEVELOPMENT=ON, which includes a stand-in")
 endif()
+if(NOT EXISTS "${VORINFRA_LIBRARY}" OR IS_DIRECTORY "${VORINFRA_LIBRARY}")
+  message(FATAL_ERROR "VORINFRA_LIBRARY must be a file, libvorinfra.so, not \"${VORINFRA_LIBRARY}\"")
+endif()
 get_filename_component(vorinfra_library "${VORINFRA_LIBRARY}" ABSOLUTE)
 get_filename_component(vorinfra_folder "${vorinfra_library}" DIRECTORY)
 
@@ -21,17 +24,20 @@ add_library(device_mgmt::vorinfra SHARED IMPORTED GLOBAL)
 set(platform_library device_mgmt::vorinfra)
 set_target_properties(device_mgmt::vorinfra PROPERTIES IMPORTED_LOCATION "${vorinfra_library}" IMPORTED_NO_SONAME ON)
 
-# Where it is found when programs are linked: beside the library (empty) if its
-# folder ends like the library's own, also in an image or a sysroot.
-set(beside "")
-foreach(folder IN ITEMS ${CMAKE_INSTALL_FULL_LIBDIR} /usr/lib /lib
-    /usr/lib/${CMAKE_LIBRARY_ARCHITECTURE} /lib/${CMAKE_LIBRARY_ARCHITECTURE})
-  if("${vorinfra_folder}/" MATCHES "${folder}/+$")
-    set(beside ON)
+# Where it is found when programs are linked: beside the library (empty) if its folder, without the sysroot, is where
+# the library is installed or a folder of the system.
+if(NOT DEFINED VORINFRA_LIBDIR)
+  set(VORINFRA_LIBDIR "${vorinfra_folder}")
+  set(beside ${CMAKE_INSTALL_FULL_LIBDIR} /usr/lib /lib)
+  if(CMAKE_LIBRARY_ARCHITECTURE)
+    list(APPEND beside /usr/lib/${CMAKE_LIBRARY_ARCHITECTURE} /lib/${CMAKE_LIBRARY_ARCHITECTURE})
   endif()
-endforeach()
-if(beside)
-  set(vorinfra_folder "")
+  foreach(root IN ITEMS "" ${CMAKE_SYSROOT} ${CMAKE_STAGING_PREFIX} ${CMAKE_FIND_ROOT_PATH})
+    foreach(folder IN LISTS beside)
+      cmake_path(SET folder NORMALIZE "${root}${folder}")
+      if(vorinfra_folder STREQUAL folder)
+        set(VORINFRA_LIBDIR "")
+      endif()
+    endforeach()
+  endforeach()
 endif()
-set(VORINFRA_LIBDIR "${vorinfra_folder}" CACHE STRING
-  "Folder of libvorinfra when front ends are linked; empty: beside libdevice_mgmt")

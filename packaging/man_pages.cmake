@@ -4,6 +4,7 @@ if(NOT AWK)
   message(STATUS "device_mgmt: awk was not found; no manual pages in section 3")
   return()
 endif()
+set_property(DIRECTORY ${PROJECT_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS CHANGELOG.md)
 file(STRINGS ${PROJECT_SOURCE_DIR}/CHANGELOG.md date REGEX "^## [0-9.]+, " LIMIT_COUNT 1)
 string(REGEX REPLACE "^## [0-9.]+, " "" date "${date}")
 file(GLOB headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/device_mgmt.h
@@ -14,7 +15,7 @@ foreach(header IN LISTS headers)
   set(page ${CMAKE_CURRENT_BINARY_DIR}/man3/${page}.3)
   add_custom_command(OUTPUT ${page}
     COMMAND ${AWK} -v "date=${date}" -f ${CMAKE_CURRENT_SOURCE_DIR}/man.awk ${header} > ${page}
-    DEPENDS ${header} ${CMAKE_CURRENT_SOURCE_DIR}/man.awk ${PROJECT_SOURCE_DIR}/CHANGELOG.md
+    DEPENDS ${header} ${CMAKE_CURRENT_SOURCE_DIR}/man.awk
     VERBATIM)
   list(APPEND pages ${page})
 endforeach()

@@ -1,5 +1,10 @@
-# Limits the damage of a bug in the library or of malicious input.
+# How the library and the tools are built: reproducibly from any folder, with ninja and make, and so as to limit the
+# damage of a bug or of malicious input.
 add_library(vor_hardening INTERFACE)
+target_compile_options(vor_hardening INTERFACE
+  "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=." "-ffile-prefix-map=${PROJECT_BINARY_DIR}=build"
+  "-ffile-prefix-map=${CMAKE_BINARY_DIR}=build"
+  "-ffile-prefix-map=$<TARGET_PROPERTY:BINARY_DIR>=build")
 if(VOR_SANITIZE)
   return() # the sanitizers have their own
 endif()
@@ -18,6 +23,4 @@ set(DEVICE_MGMT_STACK_PROTECTOR ${stack_protector} CACHE STRING "The compiler op
 
 target_compile_options(vor_hardening INTERFACE ${DEVICE_MGMT_STACK_PROTECTOR} ${branch_protection}
   $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
-# Without constructors no start files are needed. Those of some C libraries are not marked for branch
-# protection, and a single unmarked object disables it for the whole library.
-target_link_options(vor_hardening INTERFACE -nostartfiles LINKER:-z,relro,-z,now,-z,noexecstack,--build-id=sha1)
+target_link_options(vor_hardening INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack,--build-id=sha1)

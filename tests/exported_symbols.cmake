@@ -57,6 +57,15 @@ differ(declared "declared but not exported" exported)
 differ(exported "exported but not declared" declared)
 differ(calls "without a row in tests/calls" tested)
 
+# The codes once more: where two are swapped, the assertions beside them are swapped as easily.
+read(text ${INCLUDE}/device_mgmt/types.h)
+foreach(code "DONE = 0" "REFUSED = -1" "UNDELIVERED = -3" "UNREADABLE = -4" "LATITUDE = -1001" "LONGITUDE = -1002"
+    "TOO_MANY_SERVERS = -1151" "MAC_ADDRESS = -1500")
+  if(NOT text MATCHES "VOR_CODE_${code}[, ]")
+    message(SEND_ERROR "programs are built with VOR_CODE_${code}")
+  endif()
+endforeach()
+
 if(NOT SANITIZED)
   execute_process(COMMAND ${READELF} -d ${LIBRARY} OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
   names(needed "NEEDED[^\n]*\\[([^\n]*)\\]" "${text}")

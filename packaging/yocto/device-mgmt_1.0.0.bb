@@ -13,8 +13,10 @@ SRC_URI = "file://${BP}.tar.gz"
 
 inherit cmake
 
-PACKAGECONFIG ??= "tools"
+PACKAGECONFIG ??= "tools manual"
 PACKAGECONFIG[tools] = "-DDEVICE_MGMT_TOOLS=ON,-DDEVICE_MGMT_TOOLS=OFF,fmt nlohmann-json"
+# vorcfg prints its manual pages, built for the build machine
+PACKAGECONFIG[manual] = "-DDEVICE_MGMT_MANUAL=ON,-DDEVICE_MGMT_MANUAL=OFF"
 PACKAGECONFIG[prompt] = "-DDEVICE_MGMT_PROMPT=ON,-DDEVICE_MGMT_PROMPT=OFF,libedit"
 
 EXTRA_OECMAKE = "-DCMAKE_BUILD_TYPE=MinSizeRel -DVORINFRA_LIBRARY=${STAGING_LIBDIR}/libvorinfra.so"

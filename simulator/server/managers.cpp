@@ -23,7 +23,7 @@ void Managers::start(std::uint16_t sap)
     }
     auto endpoint = std::make_unique<sockets::Endpoint>(sap);
     if (endpoint->handle() == nullptr) {
-        throw std::runtime_error(fmt::format("cannot serve SAP {} in {}", sap, vorinfra_directory()));
+        throw std::runtime_error(fmt::format("cannot serve SAP {}", sap));
     }
     loop_.watch(endpoint->descriptor(), [this, which = endpoint.get()] { on_readable_(*which); });
     endpoints_.emplace(sap, std::move(endpoint));

@@ -9,6 +9,7 @@
 #include <set>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <fmt/core.h>
@@ -118,7 +119,9 @@ void Server::bind_konfd()
     const bool rooted = std::strcmp(path.data(), konfd_socket) != 0;
     try {
         if (rooted) {
+            const mode_t before = umask(0077); // a front end accepts no way that others can change
             std::filesystem::create_directories(std::filesystem::path(path.data()).parent_path());
+            umask(before);
         }
         konfd_server_ = std::make_unique<KonfdServer>(
             loop_, world_.konfd, path.data(), [this](KonfdExchange& exchange) { return messages_.deliver(exchange); });

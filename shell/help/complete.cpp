@@ -106,7 +106,7 @@ private:
     // The value of an option or the operand of a command, by its name in the usage.
     void offer_named(std::string_view name, std::string_view before, std::string_view typed)
     {
-        if (name == "FILE" || name == "JOURNAL") {
+        if (name == "FILE" || name.find("JOURNAL") != std::string_view::npos) {
             offer_files(before, typed, before.empty());
         } else if (name == "FAMILY") {
             offer_families();
@@ -189,8 +189,8 @@ private:
         std::string usage(command.usage);
         std::erase_if(usage, [](char c) { return c == '[' || c == ']'; });
         const std::vector<input::Word> names = input::words_of(usage);
-        if (before_.size() < names.size()) {
-            offer_named(names[before_.size()].text, "", current_);
+        if (before_.size() < names.size() || usage.ends_with("...")) {
+            offer_named(names[std::min(before_.size(), names.size() - 1)].text, "", current_);
         }
     }
 

@@ -8,13 +8,16 @@
 
 namespace vorcfg::site {
 
+
 int run_plan(const std::string& path, const input::Options& options);
 int run_apply(const std::string& path, const input::Options& options);
 
-// Over a journal. A report is text, JSON or, with --html, a page.
+// Over a journal.
 int run_confirm(const std::string& path, const input::Options& options);
 int run_revert(const std::string& path, const input::Options& options);
-int run_report(const std::string& path, const input::Options& options);
+
+// As text, JSON or, with --html, a page: the sheet of one journal, or a line for each of several, and of folders.
+int run_report(const std::vector<std::string>& paths, const input::Options& options);
 
 // Over all journals, and folders of them, whose confirmed apply has expired: reverts it, as their owners.
 int run_revert_expired(const std::vector<std::string>& paths, const input::Options& options);

@@ -161,6 +161,9 @@ int run_batch(const std::string& path, const input::Options& options)
 
 int run_check(const std::string& path, const input::Options& options)
 {
+    if (const auto sheet = call::spreadsheet_of(options); sheet && options.rows.empty()) {
+        return site::check_rows(path, *sheet, options);
+    }
     call::Batch batch = call::batch_of(path, options);
     batch.leave_input();
     std::size_t calls = 0;

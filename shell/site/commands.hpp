@@ -5,9 +5,12 @@
 #include <vector>
 
 #include "input/options.hpp"
+#include "input/spreadsheet.hpp"
 
 namespace vorcfg::site {
 
+// The file with each row.
+int check_rows(const std::string& path, const input::Spreadsheet& sheet, const input::Options& options);
 
 int run_plan(const std::string& path, const input::Options& options);
 int run_apply(const std::string& path, const input::Options& options);

@@ -28,7 +28,7 @@ int finished(int code)
 
 int main(int argc, char** argv)
 {
-    vor::report_size_limit();
+    vor::ignore_size_signal();
     prctl(PR_SET_DUMPABLE, 0); // keeps secrets from core files and other processes
     input::Options options;
     try {

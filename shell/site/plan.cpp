@@ -40,7 +40,16 @@ bool Plan::is_due(std::size_t line) const
     return found != lines.end() && found->place.line == line && found->due;
 }
 
-void Planner::add(const call::PreparedCall& call)
+SecretState PlanLine::secret() const
+{
+    const Entry* const other = state == LineState::unknown ? open : before;
+    if (!key.secret || other == nullptr || !key.can_compare_secret(other->begun.key)) {
+        return SecretState::not_compared;
+    }
+    return key.fingerprint == other->begun.key.fingerprint ? SecretState::same : SecretState::changed;
+}
+
+void Planner::add(const call::PreparedCall& call, call::CallKey key)
 {
     if (call::changes_nothing(call)) {
         asking_++;
@@ -50,7 +59,6 @@ void Planner::add(const call::PreparedCall& call)
     for (const rows::Value& value : call.values) {
         secrets = value.secret ? secrets * 31 + std::hash<std::string>()(value.text) : secrets;
     }
-    call::CallKey key = call::key_of(call);
     std::vector<call::Setting> settings = call::settings_of(key);
     lines_.push_back({{.place = call.place, .key = std::move(key), .hexadecimal = call::hexadecimal_of(call)},
                       std::move(settings),
@@ -239,7 +247,8 @@ Plan Planner::against(const Ledger& ledger, Again again) const
         if (is_open && shown.failed != nullptr) {
             shown.state = failed_state(*shown.failed);
         }
-        if ((shown.is_up_to_date() && again == Again::all) || (shown.is_not_compared() && again == Again::secrets)) {
+        if ((shown.is_up_to_date() && again == Again::all) ||
+            (shown.has_secret_in_effect() && again == Again::secrets)) {
             shown.state = LineState::again;
         }
     }

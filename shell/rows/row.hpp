@@ -68,7 +68,12 @@ struct RecordField {
 
 struct Family;
 struct Row;
-struct Reading; // rows/reading.hpp
+struct Reading;  // rows/reading.hpp
+struct SiteLine; // rows/rule.hpp, as the next two
+class SiteLines;
+struct Finding;
+// What is wrong with a call among those of its file, though it is accepted.
+using Rule = Finding (*)(const SiteLine& line, const SiteLines& site);
 
 struct Row {
     const Family* family = nullptr;
@@ -90,6 +95,7 @@ struct Row {
     std::string_view usage{}; // then: its usage, and what the words mean
     std::string_view usage_help{};
     std::string_view used_by{}; // of a call that makes no sense on its own
+    std::span<const Rule> rules{};
 
     constexpr bool has(Marks mark) const { return (marks & mark) != 0; }
     bool is_setting() const; // the gateway has something else afterwards, if its arguments say so

@@ -6,6 +6,8 @@
 #include <set>
 #include <utility>
 
+#include <fmt/core.h>
+
 namespace vorcfg::site {
 
 std::size_t PlanTally::up_to_date() const
@@ -63,6 +65,13 @@ void Planner::add(const call::PreparedCall& call, call::CallKey key)
     lines_.push_back({{.place = call.place, .key = std::move(key), .hexadecimal = call::hexadecimal_of(call)},
                       std::move(settings),
                       secrets});
+    lines_.back().shown.findings = rows::findings_about(*call.row, call.values);
+    if (rows::has_rules(*call.row->family)) {
+        site_.push_back({call.row, call.values, call.place.line});
+        for (rows::Value& value : site_.back().values) {
+            value.text = value.secret ? "" : value.text;
+        }
+    }
 }
 
 namespace {
@@ -209,8 +218,21 @@ void Planner::find_contradictions(std::vector<Line>& lines)
         const Line& other = *std::exchange(same->second, &lines[i]);
         if (!is_last && !other.shown.key.row->has(rows::acts) &&
             (lines[i].shown.key != other.shown.key || lines[i].secrets != other.secrets)) {
-            lines[i].shown.differs_from = other.shown.place.line;
+            const std::size_t number = other.shown.place.line;
+            lines[i].shown.findings.push_back({fmt::format("line {} sets it differently", number), number});
         }
+    }
+}
+
+void Planner::find_doubts(std::vector<Line>& lines) const
+{
+    const rows::SiteLines site(site_);
+    auto line = lines.begin();
+    for (const rows::SiteLine& one : site_) {
+        while (line->shown.place.line != one.number) {
+            ++line;
+        }
+        std::ranges::move(rows::findings_about(one, site), std::back_inserter(line->shown.findings));
     }
 }
 
@@ -241,6 +263,7 @@ Plan Planner::against(const Ledger& ledger, Again again) const
     find_returning(lines, ledger);
     find_overtaken(lines, ledger);
     find_contradictions(lines);
+    find_doubts(lines);
     for (Line& line : lines) {
         PlanLine& shown = line.shown;
         const bool is_open = shown.state == LineState::fresh || shown.state == LineState::changed;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "call/batch.hpp"
+#include "rows/rule.hpp"
 #include "site/ledger.hpp"
 
 namespace vorcfg::site {
@@ -62,9 +63,9 @@ struct PlanLine {
     const Entry* open = nullptr;   // may have been made since, without a verdict
     const Entry* failed = nullptr; // the same call, tried last
     bool can_be_reverted = false;
-    std::size_t differs_from = 0; // a line that says something else about the same thing
-    std::size_t follows = 0;      // of one made again: the line of its family before it that was made since
-    std::size_t precedes = 0;     // or the act after it that is made again
+    std::size_t follows = 0;               // of one made again: the line of its family before it that was made since
+    std::size_t precedes = 0;              // or the act after it that is made again
+    std::vector<rows::Finding> findings{}; // to warn about
 
     bool is_up_to_date() const { return LineState::accepted <= state && state <= LineState::overtaken; }
     // Its secret beside that of the call in effect, or of the one without a verdict.
@@ -133,9 +134,11 @@ private:
     bool find_following(std::vector<Line>& lines, const Ledger& ledger) const;
     void find_removed(Plan& plan, const Ledger& ledger) const;
     static void find_contradictions(std::vector<Line>& lines);
+    void find_doubts(std::vector<Line>& lines) const;
 
     const Selection selection_;
     std::vector<Line> lines_;
+    std::vector<rows::SiteLine> site_; // those of families with rules
     std::size_t asking_ = 0;
 };
 

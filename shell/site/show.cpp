@@ -419,11 +419,12 @@ void print_warnings(const Plan& plan, const Shown& to)
 {
     std::set<std::string> said;
     for (const PlanLine& line : plan.lines) {
-        const std::string name = call::name_of(line.key, line.hexadecimal);
-        if (line.differs_from != 0 && said.insert(name).second) {
-            output::print_warning(fmt::format("{}: line {} sets it differently", name, line.differs_from),
-                                  {to.file, line.place.line, to.json ? line.place.column : 0}, to.json,
-                                  line.differs_from);
+        for (const rows::Finding& finding : line.findings) {
+            const std::string text = fmt::format("{}: {}", call::name_of(line.key, line.hexadecimal), finding.text);
+            if (said.insert(text).second) {
+                output::print_warning(text, {to.file, line.place.line, to.json ? line.place.column : 0}, to.json,
+                                      finding.other_line);
+            }
         }
     }
 }

@@ -134,14 +134,15 @@ void Planner::find_returning(std::vector<Line>& lines, const Ledger& ledger) con
     for (Line& line : lines) {
         all[line.settings].push_back(&line);
     }
-    for (const auto& [settings, same] : all) {
+    for (const auto& each : all) {
+        const std::vector<Line*>& same = each.second;
         PlanLine& last = same.back()->shown;
         const auto is_earlier = [&](const Line* line) { return line != same.back() && line->shown.key == last.key; };
         if (!last.is_up_to_date() || std::ranges::none_of(same, is_earlier)) {
             continue;
         }
         const PlanLine& before = same[same.size() - 2]->shown;
-        const auto& replaced = ledger.of(settings.front()).current->begun.replaces;
+        const auto& replaced = ledger.of(each.first.front()).current->begun.replaces;
         const auto& entries = ledger.entries();
         if (before.key != last.key &&
             (!replaced || entries[static_cast<std::size_t>(*replaced - 1)].begun.key != before.key)) {

@@ -3,8 +3,6 @@
 #include <cmath>
 #include <cstdlib>
 
-#include <fmt/core.h>
-
 #include "rows/family.hpp"
 #include "text/text.hpp"
 
@@ -19,9 +17,10 @@ std::string doubt_about_degrees(const Value& value)
     char* end = nullptr;
     const double degrees = std::strtod(value.text.c_str(), &end);
     if (end == value.text.c_str()) {
-        return fmt::format("\"{}\" does not begin with a number of degrees", vor::escaped(value.text));
+        return vor::quoted(value.text) + " does not begin with a number of degrees";
     }
-    return std::abs(degrees) <= most ? "" : fmt::format("{} is more than {} degrees", vor::escaped(value.text), most);
+    return std::abs(degrees) <= most ? ""
+                                     : vor::escaped(value.text) + " is more than " + std::to_string(most) + " degrees";
 }
 
 } // namespace

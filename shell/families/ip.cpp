@@ -1,7 +1,5 @@
 #include <device_mgmt/ip.h>
 
-#include <fmt/core.h>
-
 #include "rows/family.hpp"
 #include "rows/rule.hpp"
 
@@ -31,6 +29,11 @@ const SiteLine* address_of(const std::string& number, const SiteLine& line, cons
     return site.find(line.row->family, "set-ip-address", number);
 }
 
+std::string in_line(const SiteLine& other)
+{
+    return " (line " + std::to_string(other.number) + ")";
+}
+
 // About an address that belongs into the subnet of a line that gives an interface its address.
 Finding outside_subnet(std::string_view what, std::optional<std::uint32_t> belongs, const SiteLine* served)
 {
@@ -42,16 +45,15 @@ Finding outside_subnet(std::string_view what, std::optional<std::uint32_t> belon
     if (!own || !mask || ((*own ^ *belongs) & *mask) == 0) {
         return {};
     }
-    return {fmt::format("{} is not in the subnet of interface {} (line {})", what, served->text("interface_number"),
-                        served->number),
+    return {std::string(what) + " is not in the subnet of interface " + served->text("interface_number") +
+                in_line(*served),
             served->number};
 }
 
 Finding runs_backwards(const SiteLine& line, const SiteLines&)
 {
     return line.address("lo_addr") > line.address("hi_addr")
-               ? Finding{fmt::format("the range runs backwards, from {} to {}", line.text("lo_addr"),
-                                     line.text("hi_addr"))}
+               ? Finding{"the range runs backwards, from " + line.text("lo_addr") + " to " + line.text("hi_addr")}
                : Finding{};
 }
 
@@ -62,8 +64,7 @@ Finding crosses_subnet(const SiteLine& line, const SiteLines& site)
     if (!mask || ((*line.address("lo_addr") ^ *line.address("hi_addr")) & *mask) == 0) {
         return {};
     }
-    return {fmt::format("the range is larger than the pool's subnet, {} (line {})", subnet->text("subnet_mask"),
-                        subnet->number),
+    return {"the range is larger than the pool's subnet, " + subnet->text("subnet_mask") + in_line(*subnet),
             subnet->number};
 }
 
@@ -85,7 +86,7 @@ Finding has_fixed_address(const SiteLine& line, const SiteLines& site)
 {
     const SiteLine* const fixed = address_of(line.text("interface_number"), line, site);
     return fixed != nullptr && line.text("config_option") != "0"
-               ? Finding{fmt::format("line {} gives the interface a fixed address", fixed->number), fixed->number}
+               ? Finding{"the interface has a fixed address" + in_line(*fixed), fixed->number}
                : Finding{};
 }
 

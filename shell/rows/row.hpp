@@ -30,6 +30,7 @@ struct Value {
     bool hexadecimal = false; // as it was typed
     std::string text{};
     bool secret = false;
+    bool awaited = false; // a secret that is not read yet
     bool given = true;    // false: an optional one that was left out
     std::size_t word = 0; // its index in the line
 };

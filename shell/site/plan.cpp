@@ -42,7 +42,16 @@ bool Plan::is_due(std::size_t line) const
     return found != lines.end() && found->place.line == line && found->due;
 }
 
-void Planner::add(const call::PreparedCall& call)
+SecretState PlanLine::secret() const
+{
+    const Entry* const other = state == LineState::unknown ? open : before;
+    if (!key.secret || other == nullptr || !key.can_compare_secret(other->begun.key)) {
+        return SecretState::not_compared;
+    }
+    return key.fingerprint == other->begun.key.fingerprint ? SecretState::same : SecretState::changed;
+}
+
+void Planner::add(const call::PreparedCall& call, call::CallKey key)
 {
     if (call::changes_nothing(call)) {
         asking_++;
@@ -52,7 +61,6 @@ void Planner::add(const call::PreparedCall& call)
     for (const rows::Value& value : call.values) {
         secrets = value.secret ? secrets * 31 + std::hash<std::string>()(value.text) : secrets;
     }
-    call::CallKey key = call::key_of(call);
     std::vector<call::Setting> settings = call::settings_of(key);
     lines_.push_back({{.place = call.place, .key = std::move(key), .hexadecimal = call::hexadecimal_of(call)},
                       std::move(settings),
@@ -126,14 +134,15 @@ void Planner::find_returning(std::vector<Line>& lines, const Ledger& ledger) con
     for (Line& line : lines) {
         all[line.settings].push_back(&line);
     }
-    for (const auto& [settings, same] : all) {
+    for (const auto& each : all) {
+        const std::vector<Line*>& same = each.second;
         PlanLine& last = same.back()->shown;
         const auto is_earlier = [&](const Line* line) { return line != same.back() && line->shown.key == last.key; };
         if (!last.is_up_to_date() || std::ranges::none_of(same, is_earlier)) {
             continue;
         }
         const PlanLine& before = same[same.size() - 2]->shown;
-        const auto& replaced = ledger.of(settings.front()).current->begun.replaces;
+        const auto& replaced = ledger.of(each.first.front()).current->begun.replaces;
         const auto& entries = ledger.entries();
         if (before.key != last.key &&
             (!replaced || entries[static_cast<std::size_t>(*replaced - 1)].begun.key != before.key)) {
@@ -262,7 +271,8 @@ Plan Planner::against(const Ledger& ledger, Again again) const
         if (is_open && shown.failed != nullptr) {
             shown.state = failed_state(*shown.failed);
         }
-        if ((shown.is_up_to_date() && again == Again::all) || (shown.is_not_compared() && again == Again::secrets)) {
+        if ((shown.is_up_to_date() && again == Again::all) ||
+            (shown.has_secret_in_effect() && again == Again::secrets)) {
             shown.state = LineState::again;
         }
     }

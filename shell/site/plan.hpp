@@ -51,6 +51,8 @@ constexpr const LineStateName& name_of(LineState state)
     return line_states[static_cast<std::size_t>(state)];
 }
 
+enum class SecretState { not_compared, same, changed };
+
 struct PlanLine {
     input::Place place{}; // its line is 0 where it is not in the file
     call::CallKey key;
@@ -66,8 +68,11 @@ struct PlanLine {
     std::vector<rows::Finding> findings{}; // to warn about
 
     bool is_up_to_date() const { return LineState::accepted <= state && state <= LineState::overtaken; }
+    // Its secret beside that of the call in effect, or of the one without a verdict.
+    SecretState secret() const;
+    bool has_secret_in_effect() const { return key.secret && is_up_to_date() && state != LineState::overtaken; }
     // Up to date, but its secret may have changed since.
-    bool is_not_compared() const { return key.secret && is_up_to_date() && state != LineState::overtaken; }
+    bool is_not_compared() const { return has_secret_in_effect() && secret() == SecretState::not_compared; }
 };
 
 struct Selection {
@@ -110,7 +115,8 @@ class Planner {
 public:
     explicit Planner(Selection selection) : selection_(selection) {}
 
-    void add(const call::PreparedCall& call);
+    void add(const call::PreparedCall& call) { add(call, call::key_of(call)); }
+    void add(const call::PreparedCall& call, call::CallKey key);
     Plan against(const Ledger& ledger, Again again = Again::none) const;
 
 private:

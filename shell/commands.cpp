@@ -162,6 +162,9 @@ int run_batch(const std::string& path, const input::Options& options)
 
 int run_check(const std::string& path, const input::Options& options)
 {
+    if (const auto sheet = call::spreadsheet_of(options); sheet && options.rows.empty()) {
+        return site::check_rows(path, *sheet, options);
+    }
     call::Batch batch = call::batch_of(path, options);
     batch.leave_input();
     std::size_t calls = 0;
@@ -180,16 +183,30 @@ int run_check(const std::string& path, const input::Options& options)
     return input::exit_ok;
 }
 
+std::vector<std::string> operands(const input::Options& options)
+{
+    std::vector<std::string> texts;
+    for (const input::Word& word : std::span(options.words).subspan(1)) {
+        texts.push_back(word.text);
+    }
+    return texts;
+}
+
 int run_revert(const input::Options& options)
 {
     if (!options.expired) {
         return site::run_revert(required_operand(options), options);
     }
-    std::vector<std::string> paths;
-    for (const input::Word& word : std::span(options.words).subspan(1)) {
-        paths.push_back(word.text);
-    }
+    const std::vector<std::string> paths = operands(options);
     return site::run_revert_expired(paths.empty() ? std::vector<std::string>{"."} : paths, options);
+}
+
+int run_report(const input::Options& options)
+{
+    if (options.words.size() < 2) {
+        required_operand(options);
+    }
+    return site::run_report(operands(options), options);
 }
 
 // --- Looking up ---------------------------------------------------------------------
@@ -274,8 +291,11 @@ constexpr input::Command table[] = {
      "journals of these folders; the default is this folder. It goes on until their managers answer. Run by root, it "
      "becomes the owner of each journal.",
      run_revert},
-    {set_up, "report", "report JOURNAL", "print the accepted settings, for the hand-over", "",
-     over_file<site::run_report>},
+    {set_up, "report", "report JOURNAL...", "print a site's accepted settings, or the state of several",
+     "One journal is the sheet for the hand-over; several, or a folder of journals, are a line for each site. The exit "
+     "code is 11 if an apply waits for its confirmation or was not confirmed in time, and of several also if anything "
+     "is unknown, refused or not delivered, or a site has no settings.",
+     run_report},
     {look_up, "list", "list [FAMILY]", "list all calls",
      "With --json, lists all that is known of each call: kinds, ranges, lengths, words and marks.", run_list},
     {look_up, "search", "search WORD", "list the calls that mention WORD",

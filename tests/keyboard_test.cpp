@@ -45,6 +45,7 @@ TEST_P(Completion, completed_lines_are_accepted)
         {"vorcfg gsm set-password 3 @fd\t3 1 3<'tower key'\n", "gsm set-password 3: accepted"},
         {"vorcfg --tra\tlist gp\t\n", "gpio set-value PORT_NUM VALUE"},
         {"vorcfg batch --dry-run exam\tsit\t\n", "not sent (dry run)"},
+        {"vorcfg check examples/tower.c\t--vars examples/towers.c\t--row sit\t17\n", "11 calls, no errors"},
     };
     for (const auto& [line, wanted] : lines) {
         terminal.type(line);

@@ -100,10 +100,7 @@ namespace {
 // Reads the words of one line, from left to right.
 class Splitter {
 public:
-    Splitter(std::string_view line, const WordRules& rules)
-        : line_(line.substr(line.starts_with(byte_order_mark) ? byte_order_mark.size() : 0)), rules_(rules)
-    {
-    }
+    Splitter(std::string_view line, const WordRules& rules) : line_(without_mark(line)), rules_(rules) {}
 
     std::vector<Word> words()
     {

@@ -48,6 +48,10 @@ enum class Bare : bool { refused, seconds };
 std::optional<std::chrono::milliseconds> time_in(std::string_view text, Bare bare = Bare::refused);
 
 inline constexpr std::string_view byte_order_mark = "\xef\xbb\xbf"; // some editors begin a file with it
+constexpr std::string_view without_mark(std::string_view text)
+{
+    return text.substr(text.starts_with(byte_order_mark) ? byte_order_mark.size() : 0);
+}
 
 // How many bytes of the text are a name: letters, digits and _, no digit first.
 std::size_t name_length(std::string_view text);

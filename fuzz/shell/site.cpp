@@ -5,6 +5,7 @@
 #include "call/session.hpp"
 #include "call/verdict.hpp"
 #include "input.hpp"
+#include "input/spreadsheet.hpp"
 #include "output/output.hpp"
 #include "processes.hpp"
 #include "site/plan.hpp"
@@ -56,6 +57,16 @@ input::Variables variables_of(const std::string& path, Input& input)
         variables.read(path);
     } catch (const input::InputError& error) {
         require(error.place.line > 0 && error.place.column > 0, "a variable has its place");
+        require_reported(error);
+    }
+    const std::string sheet_path = path + ".csv";
+    std::ofstream(sheet_path, std::ios::binary) << file;
+    try {
+        const input::Spreadsheet sheet(sheet_path);
+        const input::Spreadsheet::Cell& cell = sheet.rows().front().cells.front();
+        require(cell.place.line > 1 && cell.place.column == 1, "a row begins its line");
+        sheet.row_with({sheet.columns().front().text + '=' + cell.text});
+    } catch (const input::InputError& error) {
         require_reported(error);
     }
     return variables;

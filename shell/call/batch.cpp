@@ -20,6 +20,22 @@ Batch::Batch(std::string text, std::string name, input::SecretSources sources, i
 {
 }
 
+void Batch::take(const input::Spreadsheet& sheet, const input::Spreadsheet::Row& row, const input::Options& options)
+{
+    if (row.error) {
+        throw input::InputError(*row.error);
+    }
+    for (std::size_t i = 0; i < row.cells.size(); i++) {
+        const input::Spreadsheet::Cell& column = sheet.columns()[i];
+        const auto names_it = [&](std::string_view typed) { return typed.starts_with(column.text + '='); };
+        if (input::Spreadsheet::is_variable(column)) {
+            variables_.add(column.text, {.value = row.cells[i].text,
+                                         .exposed = std::ranges::any_of(options.rows, names_it),
+                                         .place = row.cells[i].place});
+        }
+    }
+}
+
 void Batch::rewind(std::function<bool(std::size_t)> selected)
 {
     at_ = 0;
@@ -107,6 +123,9 @@ std::optional<PreparedCall> Batch::next()
                 return call;
             }
         } catch (input::InputError& error) {
+            if (error.word < words.size() && words[error.word].from != nullptr) {
+                error.from = *words[error.word].from;
+            }
             error.place = {name_, line_, column_of(error, words, line)};
             error.hint = error.hint.empty() ? input::hint_about(words) : error.hint;
             throw;
@@ -115,29 +134,63 @@ std::optional<PreparedCall> Batch::next()
     return std::nullopt;
 }
 
+std::optional<input::Spreadsheet> spreadsheet_of(const input::Options& options)
+{
+    const auto found = std::ranges::find_if(options.vars, input::Spreadsheet::is_named);
+    if (found == options.vars.end()) {
+        return std::nullopt;
+    }
+    if (std::any_of(found + 1, options.vars.end(), input::Spreadsheet::is_named)) {
+        throw input::InputError{"only one of the --vars can be a spreadsheet"};
+    }
+    return input::Spreadsheet(*found);
+}
+
 Batch batch_of(const std::string& path, const input::Options& options)
+{
+    const auto sheet = spreadsheet_of(options);
+    if (sheet.has_value() == options.rows.empty()) {
+        throw sheet ? input::InputError{.text = fmt::format("{} has a row per site: which one?", sheet->path()),
+                                        .hint = fmt::format("give --row {}=VALUE", sheet->columns().front().text)}
+                    : input::InputError{.text = "--row needs a spreadsheet", .hint = "give --vars FILE.csv"};
+    }
+    Batch batch = batch_without_row(path, options);
+    if (sheet) {
+        batch.take(*sheet, sheet->row_with(options.rows), options);
+    }
+    return batch;
+}
+
+Batch batch_without_row(const std::string& path, const input::Options& options)
 {
     if (options.password) {
         throw input::InputError{
             "--password-file and --password-stdin are for a single call; in a file, write @FILE, - or ? in place of "
             "the secret"};
     }
-    if (path == "-" && options.in_session) {
-        throw input::InputError{"cannot read a batch from standard input, which the session is reading"};
+    const bool from_file = path != "-";
+    const bool takes_input = std::ranges::find(options.vars, "-") != options.vars.end();
+    if ((!from_file || takes_input) && options.in_session) {
+        throw input::InputError{fmt::format("cannot read {} from standard input, which the session is reading",
+                                            from_file ? "variables" : "a batch")};
+    }
+    if (!from_file && takes_input) {
+        throw input::InputError{"standard input cannot provide both the calls and their variables"};
     }
     input::Variables variables;
     for (const std::string& definition : options.sets) {
         variables.set(definition);
     }
     for (const std::string& file : options.vars) {
-        variables.read(file);
+        if (!input::Spreadsheet::is_named(file)) {
+            variables.read(file, !options.allow_unused);
+        }
     }
-    const bool from_file = path != "-";
     const std::string name = from_file ? path : "standard input";
     return {from_file ? input::content_of(path) : input::content_of_standard_input(),
             name,
             {.literals = true,
-             .standard_input = from_file && !options.in_session,
+             .standard_input = from_file && !takes_input && !options.in_session,
              .prompts_wait = true,
              .directory = std::filesystem::path(from_file ? path : "").parent_path()},
             std::move(variables)};

@@ -9,6 +9,7 @@
 
 #include "call/prepare.hpp"
 #include "input/options.hpp"
+#include "input/spreadsheet.hpp"
 
 namespace vorcfg::call {
 
@@ -20,6 +21,8 @@ class Batch {
 public:
     Batch(std::string text, std::string name, input::SecretSources sources, input::Variables variables = {});
 
+    // Before it is read: the variables of a site.
+    void take(const input::Spreadsheet& sheet, const input::Spreadsheet::Row& row, const input::Options& options);
     // The next line's call, tried when it is read for the first time; none at the end. Throws an InputError with its
     // place; the next call continues after it.
     std::optional<PreparedCall> next();
@@ -55,8 +58,12 @@ private:
 // Throws for a name that no gateway can have, since a file is named after it.
 void check_gateway(std::string_view name);
 
-// The file at `path`; - is standard input.
+// The spreadsheet among the --vars, if one is.
+std::optional<input::Spreadsheet> spreadsheet_of(const input::Options& options);
+// The file at `path`, with its variables; - is standard input. Of a spreadsheet, those of the row that --row selects.
 Batch batch_of(const std::string& path, const input::Options& options);
+// The same without those of a spreadsheet.
+Batch batch_without_row(const std::string& path, const input::Options& options);
 
 // Reads it whole and hands each valid call to `each`. The exit code of the last error.
 int check(Batch& batch, const std::function<void(const PreparedCall&)>& each,

@@ -8,6 +8,7 @@
 #include "input/input_error.hpp"
 #include "input/options.hpp"
 #include "input/secret.hpp"
+#include "input/spreadsheet.hpp"
 #include "rows/contract.hpp"
 #include "rows/families.hpp"
 #include "text/text.hpp"
@@ -17,6 +18,11 @@
 namespace vorcfg::help {
 
 namespace {
+
+bool is_one_line(const std::string& text)
+{
+    return vor::printable(text) == text && text.find('\n') == std::string::npos;
+}
 
 // The files whose names begin as typed, sorted; a directory has a slash after it, and names with a leading dot are
 // offered only where the dot is typed. With `home`, ~/ is the home directory, as the shell will expand it.
@@ -35,7 +41,7 @@ std::vector<std::string> paths_that_begin(std::string_view typed, bool home)
     for (fs::directory_iterator each(place, ignored), end; each != end; each.increment(ignored)) {
         const std::string name = each->path().filename().string();
         const bool shown = name.starts_with(begin) && (begin.starts_with('.') || !name.starts_with('.'));
-        if (shown && vor::printable(name) == name && name.find('\n') == std::string::npos) {
+        if (shown && is_one_line(name)) {
             paths.push_back(directory + name + (each->is_directory(ignored) ? "/" : ""));
         }
     }
@@ -71,6 +77,7 @@ private:
     {
         for (const input::Word& word : words) {
             if (pending_ != nullptr) {
+                note_value(pending_->name, word.text);
                 pending_ = nullptr;
             } else if (!over_ && word.text == "--") {
                 over_ = true;
@@ -78,8 +85,15 @@ private:
                 pending_ = row->value.empty() ? nullptr : row;
             } else if (over_ || !word.text.starts_with("--") || call() != nullptr) {
                 before_.push_back(word.text);
+            } else if (const std::size_t equals = word.text.find('='); equals != std::string::npos) {
+                note_value(word.text.substr(0, equals), word.text.substr(equals + 1));
             }
         }
+    }
+
+    void note_value(std::string_view option, const std::string& value)
+    {
+        sheet_ = option == "--vars" && input::Spreadsheet::is_named(value) ? value : sheet_;
     }
 
     static const input::OptionRow* option_named(std::string_view name)
@@ -107,8 +121,10 @@ private:
     // The value of an option or the operand of a command, by its name in the usage.
     void offer_named(std::string_view name, std::string_view before, std::string_view typed)
     {
-        if (name == "FILE" || name == "JOURNAL") {
+        if (name == "FILE" || name.find("JOURNAL") != std::string_view::npos) {
             offer_files(before, typed, before.empty());
+        } else if (name == "COLUMN=VALUE") {
+            offer_rows(before, typed);
         } else if (name == "FAMILY") {
             offer_families();
         } else if (name == "CALL" && before_.size() >= 2) {
@@ -122,6 +138,25 @@ private:
                 offer(std::string(shell));
             }
         }
+    }
+
+    // The columns of the spreadsheet, then the cells of one.
+    void offer_rows(std::string_view before, std::string_view typed)
+    try {
+        const std::string_view column = typed.substr(0, vor::named_length(typed));
+        const input::Spreadsheet sheet(sheet_);
+        for (std::size_t i = 0; i < sheet.columns().size(); i++) {
+            const std::string& name = sheet.columns()[i].text;
+            if (column.empty() && input::Spreadsheet::is_variable(sheet.columns()[i])) {
+                offer(fmt::format("{}{}=", before, name));
+            }
+            for (const input::Spreadsheet::Row& row : sheet.rows()) {
+                if (name == column && i < row.cells.size() && is_one_line(row.cells[i].text)) {
+                    offer(fmt::format("{}{}={}", before, name, row.cells[i].text));
+                }
+            }
+        }
+    } catch (const input::InputError&) { // NOLINT(bugprone-empty-catch): said once the line is run
     }
 
     void offer_options()
@@ -190,8 +225,8 @@ private:
         std::string usage(command.usage);
         std::erase_if(usage, [](char c) { return c == '[' || c == ']'; });
         const std::vector<input::Word> names = input::words_of(usage);
-        if (before_.size() < names.size()) {
-            offer_named(names[before_.size()].text, "", current_);
+        if (before_.size() < names.size() || usage.ends_with("...")) {
+            offer_named(names[std::min(before_.size(), names.size() - 1)].text, "", current_);
         }
     }
 
@@ -268,6 +303,7 @@ private:
 
     std::string current_;
     std::vector<std::string> before_;
+    std::string sheet_; // of --vars
     const input::OptionRow* pending_ = nullptr;
     bool over_ = false; // after a --
     std::vector<Candidate> found_;

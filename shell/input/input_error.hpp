@@ -65,6 +65,7 @@ struct InputError {
     Place place{};
     std::string excerpt{}; // lines that show where it is, on the command line
     std::string hint{};    // what helps, for a line of its own
+    Place from{};          // of the value, where it is a variable's, in the variable's file
 };
 
 } // namespace vorcfg::input

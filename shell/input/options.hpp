@@ -37,6 +37,8 @@ struct Options {
     std::optional<unsigned> confirm;
     std::vector<std::string> sets; // of variables
     std::vector<std::string> vars; // files of them
+    std::vector<std::string> rows; // of a spreadsheet, each a condition
+    bool allow_unused = false;     // variables of files
     std::string journal;
     std::string gateway;
     std::uint32_t from = 0;       // a line

@@ -239,13 +239,16 @@ std::string read_secret(const Word& word, const SecretSources& sources)
     }
     if (is_unquoted(word, "-")) {
         if (!sources.standard_input) {
-            throw InputError{"standard input already provides the calls"};
+            throw InputError{"standard input already provides the calls or their variables"};
         }
         return line_from(STDIN_FILENO, "standard input");
     }
     if (!sources.literals || word.exposed) {
         throw InputError{.text = "not accepted on the command line, where others can read it",
                          .hint = "give @FILE, - for a line of standard input, or '?' for a prompt"};
+    }
+    if (word.text.empty() && !word.quoted) { // a cell without a text, say
+        throw InputError{.text = "must not be empty", .hint = "write an empty secret as \"\""};
     }
     return word.text;
 }

@@ -36,8 +36,7 @@ try {
 
 std::size_t column_in(std::string_view line, std::size_t byte_column)
 {
-    line.remove_prefix(line.starts_with(vor::byte_order_mark) ? vor::byte_order_mark.size() : 0);
-    return vor::characters_in(line.substr(0, byte_column - 1)) + 1;
+    return vor::characters_in(vor::without_mark(line).substr(0, byte_column - 1)) + 1;
 }
 
 void Variables::set(std::string_view definition)
@@ -47,26 +46,35 @@ void Variables::set(std::string_view definition)
         throw InputError{fmt::format("--set must be NAME=VALUE, not {}", vor::quoted(definition))};
     }
     const std::string name(definition.substr(0, length));
-    if (const auto known = known_.find(name); known != known_.end() && known->second.on_command_line) {
+    if (known_.contains(name)) {
         throw InputError{fmt::format("variable \"{}\" is given twice", name)};
     }
-    known_[name] = {std::string(definition.substr(length + 1)), true, {}};
+    known_[name] = {.value = std::string(definition.substr(length + 1)), .exposed = true, .needed = true};
 }
 
-void Variables::read(const std::string& path)
+void Variables::add(const std::string& name, Variable variable)
 {
-    const std::string text = content_of(path);
+    const auto [known, is_new] = known_.try_emplace(name, variable);
+    if (!is_new && !known->second.place.file.empty()) {
+        throw InputError{.text = fmt::format("variable \"{}\" is given twice", name),
+                         .place = std::move(variable.place)};
+    }
+}
+
+void Variables::read(const std::string& path, bool needed)
+{
+    const bool from_file = path != "-";
+    const std::string source = from_file ? path : "standard input";
+    const std::string text = from_file ? content_of(path) : content_of_standard_input();
     std::size_t number = 0;
-    std::string_view left = text;
-    left.remove_prefix(left.starts_with(vor::byte_order_mark) ? vor::byte_order_mark.size() : 0);
-    for (const std::string_view line : vor::lines_in(left)) {
+    for (const std::string_view line : vor::lines_in(vor::without_mark(text))) {
         number++;
         const std::size_t first = line.find_first_not_of(" \t\r");
         if (first == std::string_view::npos || line[first] == '#') {
             continue;
         }
         const auto fail = [&](std::string why, std::size_t at) {
-            throw InputError{.text = std::move(why), .place = {path, number, column_in(line, at + 1)}};
+            throw InputError{.text = std::move(why), .place = {source, number, column_in(line, at + 1)}};
         };
         const std::size_t length = vor::named_length(line.substr(first));
         const std::size_t equals = first + length;
@@ -82,14 +90,9 @@ void Variables::read(const std::string& path)
         if (words.size() > 1) {
             fail("unexpected word; put a value with spaces in double quotes", equals + words[1].column);
         }
-        const std::string name(line.substr(first, length));
-        const auto known = known_.find(name);
-        if (known != known_.end() && !known->second.on_command_line) {
-            fail(fmt::format("variable \"{}\" is given twice", name), first);
-        }
-        if (known == known_.end()) {
-            known_[name] = {words.empty() ? "" : words[0].text, false, {path, number, first + 1}};
-        }
+        add(std::string(line.substr(first, length)), {.value = words.empty() ? "" : words[0].text,
+                                                      .place = {source, number, column_in(line, first + 1)},
+                                                      .needed = needed});
     }
 }
 
@@ -102,7 +105,7 @@ namespace {
 
 } // namespace
 
-std::size_t Variables::expand(std::string_view left, std::size_t column, vor::Word& word)
+std::size_t Variables::expand(std::string_view left, std::size_t column, vor::Word& word, const Place*& from)
 {
     constexpr std::string_view begins = "${";
     if (left.starts_with("$${")) {
@@ -131,21 +134,24 @@ std::size_t Variables::expand(std::string_view left, std::size_t column, vor::Wo
     Variable& variable = known->second;
     variable.used = true;
     word.text += variable.value;
-    word.exposed = word.exposed || variable.on_command_line;
+    word.exposed = word.exposed || variable.exposed;
+    from = variable.place.file.empty() ? from : &variable.place;
     return begins.size() + length + 1;
 }
 
 std::vector<Word> words_of(std::string_view line, Variables* variables)
 try {
     vor::WordRules rules;
+    std::map<std::size_t, const Place*> sources; // by the word's column
     if (variables != nullptr) {
-        rules.expand = [variables](std::string_view left, std::size_t column, vor::Word& word) {
-            return variables->expand(left, column, word);
+        rules.expand = [&](std::string_view left, std::size_t column, vor::Word& word) {
+            return variables->expand(left, column, word, sources[word.column]);
         };
     }
     std::vector<Word> words;
     for (vor::Word& word : vor::words_in(line, rules)) {
-        words.push_back({std::move(word), words.size()});
+        const Place* const from = sources[word.column];
+        words.push_back({std::move(word), words.size(), false, from});
     }
     return words;
 } catch (const vor::WordError& error) {
@@ -161,7 +167,7 @@ std::vector<InputError> Variables::unused(const std::string& batch) const
 {
     std::vector<InputError> errors;
     for (const auto& [name, variable] : known_) {
-        if (!variable.used) {
+        if (variable.needed && !variable.used) {
             errors.push_back(
                 {.text = fmt::format("variable \"{}\" is not used in {}", name, batch), .place = variable.place});
         }

@@ -14,8 +14,9 @@ namespace vorcfg::input {
 
 // Exposed: it contains a value from the command line.
 struct Word : vor::Word {
-    std::size_t index = 0; // among the words of its line
-    bool left_out = false; // in place of one that was not typed
+    std::size_t index = 0;       // among the words of its line
+    bool left_out = false;       // in place of one that was not typed
+    const Place* from = nullptr; // of a variable in it, in the variable's file
 };
 
 // The whole content of the file, or of standard input. Throws an InputError with the name.
@@ -25,24 +26,30 @@ std::string content_of_standard_input();
 // The variables of a file of calls, written ${name}.
 class Variables {
 public:
-    void set(std::string_view definition); // "name=value", which overrides a file's
-    void read(const std::string& path);    // one name=value per line, the value a word as in a file of calls
+    struct Variable {
+        std::string value;
+        bool exposed = false; // on the command line, where others can read it: not for secrets
+        Place place{};        // in its file
+        bool needed = false;
+        bool used = false;
+    };
 
-    // Replaces ${name} or $${ at the beginning of the text: appends the value to the word and returns how many bytes
-    // were read. Throws an InputError with the column.
-    std::size_t expand(std::string_view left, std::size_t column, vor::Word& word);
+    // "name=value", which overrides a file's: all of them come first.
+    void set(std::string_view definition);
+    // One name=value per line, the value a word as in a file of calls; - is standard input. `needed`: each must be
+    // used.
+    void read(const std::string& path, bool needed = true);
+    void add(const std::string& name, Variable variable); // of a file
+
+    // Replaces ${name} or $${ at the beginning of the text: appends the value to the word, notes its place and returns
+    // how many bytes were read. Throws an InputError with the column.
+    std::size_t expand(std::string_view left, std::size_t column, vor::Word& word, const Place*& from);
 
     bool are_used() const; // any of them
-    // An error for each variable that no line used.
+    // An error for each that is needed and no line used.
     std::vector<InputError> unused(const std::string& batch) const;
 
 private:
-    struct Variable {
-        std::string value;
-        bool on_command_line = false; // where others can read it: not for secrets
-        Place place;                  // in its file
-        bool used = false;
-    };
     std::map<std::string, Variable, std::less<>> known_;
 };
 

@@ -11,16 +11,20 @@
 
 namespace vorcfg::output {
 
-namespace {
-
-// "f:3:7: "
 std::string place_text(const input::Place& place)
 {
     std::string text = vor::printable(place.file);
     for (const std::size_t number : {place.line, place.column}) {
         text += number != 0 ? fmt::format(":{}", number) : "";
     }
-    return text.empty() ? text : text + ": ";
+    return text;
+}
+
+namespace {
+
+std::string lead_of(const input::Place& place)
+{
+    return place.file.empty() ? "" : place_text(place) + ": ";
 }
 
 } // namespace
@@ -58,7 +62,7 @@ std::function<int(const input::InputError&)> error_printer(bool json)
 void print_warning(std::string_view text, const input::Place& place, bool json, std::size_t other_line)
 {
     if (!json) {
-        vor::print_line(stderr, fmt::format("{}warning: {}", place_text(place), vor::printable(text)));
+        vor::print_line(stderr, fmt::format("{}warning: {}", lead_of(place), vor::printable(text)));
         return;
     }
     vor::Json warning = record("warning", place);
@@ -70,8 +74,7 @@ void print_warning(std::string_view text, const input::Place& place, bool json, 
 void print_notice(std::string_view text, const input::Place& place, bool json, std::FILE* to, const vor::Json& fields)
 {
     if (!json) {
-        vor::print_line(to,
-                        (to == stderr && place.file.empty() ? "vorcfg: " : place_text(place)) + vor::printable(text));
+        vor::print_line(to, (to == stderr && place.file.empty() ? "vorcfg: " : lead_of(place)) + vor::printable(text));
         return;
     }
     vor::Json notice = record("notice", place);

@@ -201,6 +201,10 @@ std::string json_of(const input::InputError& error)
     json.add("call", error.call);
     json.add("argument", error.argument);
     json["complaint"] = error.text;
+    if (!error.from.file.empty()) {
+        json["from"] = {{"file", error.from.file}, {"line", error.from.line}};
+        json["from"].add("column", error.from.column);
+    }
     json.add("hint", error.hint);
     json["exit"] = error.exit;
     return line_of(json);
@@ -230,11 +234,15 @@ std::string text_json(std::string_view text)
     return line_of(json);
 }
 
-std::string checked_json(const std::string& name, std::size_t calls)
+std::string checked_json(const std::string& name, std::size_t calls, std::size_t rows, std::size_t rows_without_errors)
 {
     Json json = record("check", {name});
     json["calls"] = calls;
-    json["exit"] = input::exit_ok;
+    if (rows != 0) {
+        json["rows"] = rows;
+        json["rows_without_errors"] = rows_without_errors;
+    }
+    json["exit"] = rows == rows_without_errors ? input::exit_ok : input::exit_usage;
     return line_of(json);
 }
 

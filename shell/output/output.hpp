@@ -29,6 +29,8 @@ std::string line_of(const vor::Json& json);
 // Where standard output goes.
 vor::Screen screen_of(const input::Options& options);
 
+// "f:3:7", without what is 0
+std::string place_text(const input::Place& place);
 // As text, its lines ended: "can set-id 1: accepted by canmgr", in front of it the place of a file's line.
 std::string text_of(const call::PreparedCall& call, const call::CallResult& result, const vor::Screen& screen = {});
 std::string text_of(const input::InputError& error);
@@ -61,7 +63,9 @@ std::string json_of(const input::InputError& error);
 std::string json_of(const call::Tally& tally, const std::string& name, std::size_t left);
 std::string json_of(const rows::Row& row);
 std::string text_json(std::string_view text);
-std::string checked_json(const std::string& name, std::size_t calls);
+// Of a file, or of each row of a spreadsheet.
+std::string checked_json(const std::string& name, std::size_t calls, std::size_t rows = 0,
+                         std::size_t rows_without_errors = 0);
 
 // What is not a result: as JSON on standard output.
 

@@ -99,8 +99,9 @@ std::string row_of(const call::PreparedCall& call, const call::CallResult& resul
 std::string text_of(const input::InputError& error)
 {
     if (!error.place.file.empty()) {
-        return vor::printable(
-                   fmt::format("{}:{}:{}: {}", error.place.file, error.place.line, error.place.column, error.text)) +
+        const std::string from = place_text(error.from);
+        return vor::printable(fmt::format("{}: {}{}", place_text(error.place), error.text,
+                                          from.empty() ? "" : fmt::format(" ({})", from))) +
                '\n';
     }
     const bool named = !error.call.empty() && error.excerpt.empty(); // an excerpt shows the call

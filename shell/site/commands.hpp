@@ -5,16 +5,22 @@
 #include <vector>
 
 #include "input/options.hpp"
+#include "input/spreadsheet.hpp"
 
 namespace vorcfg::site {
+
+// The file with each row.
+int check_rows(const std::string& path, const input::Spreadsheet& sheet, const input::Options& options);
 
 int run_plan(const std::string& path, const input::Options& options);
 int run_apply(const std::string& path, const input::Options& options);
 
-// Over a journal. A report is text, JSON or, with --html, a page.
+// Over a journal.
 int run_confirm(const std::string& path, const input::Options& options);
 int run_revert(const std::string& path, const input::Options& options);
-int run_report(const std::string& path, const input::Options& options);
+
+// As text, JSON or, with --html, a page: the sheet of one journal, or a line for each of several, and of folders.
+int run_report(const std::vector<std::string>& paths, const input::Options& options);
 
 // Over all journals, and folders of them, whose confirmed apply has expired: reverts it, as their owners.
 int run_revert_expired(const std::vector<std::string>& paths, const input::Options& options);

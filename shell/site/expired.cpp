@@ -2,8 +2,6 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <grp.h>
 #include <iterator>
 #include <pwd.h>
@@ -15,47 +13,13 @@
 
 #include "site/commands.hpp"
 #include "site/confirm.hpp"
+#include "site/journal.hpp"
 #include "site/revert.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg::site {
 
 namespace {
-
-namespace fs = std::filesystem;
-
-// Not another program's, of which vorsim's begins as JSON, too.
-bool may_be_journal(const fs::path& path)
-{
-    constexpr std::string_view beginning = R"({"vorcfg_journal":)";
-    char bytes[beginning.size()] = {};
-    return path.extension() == ".journal" && fs::is_regular_file(fs::symlink_status(path)) &&
-           (!std::ifstream(path).read(bytes, sizeof bytes) || bytes[0] != '{' ||
-            std::string_view(bytes, sizeof bytes) == beginning);
-}
-
-// Those given, and those in the folders given.
-std::vector<std::string> journals_in(const std::string& path)
-{
-    std::error_code error;
-    if (!fs::is_directory(path, error)) {
-        if (!fs::exists(path, error)) {
-            throw input::InputError{fmt::format("{}: no such journal or folder", path), input::exit_journal};
-        }
-        return {path};
-    }
-    std::vector<std::string> journals;
-    for (const auto& entry : fs::directory_iterator(path, error)) {
-        if (may_be_journal(entry.path())) {
-            journals.push_back(entry.path().string());
-        }
-    }
-    if (error) {
-        throw input::InputError{fmt::format("{}: {}", path, error.message()), input::exit_no_input};
-    }
-    std::ranges::sort(journals);
-    return journals;
-}
 
 int exit_of_revert(const ConfirmedApply& apply)
 {

@@ -1,7 +1,9 @@
 #include "site/journal.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
 
 #include <fmt/core.h>
 
@@ -26,18 +28,30 @@ namespace {
     fail(path, error.what());
 }
 
+namespace fs = std::filesystem;
+
+constexpr std::string_view beginning = R"({"vorcfg_journal":)";
+
 // Also the beginning of one whose first line was cut short.
 bool is_journal(std::string_view line)
 {
-    constexpr std::string_view beginning = R"({"vorcfg_journal":)";
     return beginning.starts_with(line.substr(0, beginning.size()));
+}
+
+// Not another program's, of which vorsim's begins as JSON, too.
+bool may_be_journal(const fs::path& path)
+{
+    char bytes[beginning.size()] = {};
+    return path.extension() == ".journal" && fs::is_regular_file(fs::symlink_status(path)) &&
+           (!std::ifstream(path).read(bytes, sizeof bytes) || bytes[0] != '{' ||
+            std::string_view(bytes, sizeof bytes) == beginning);
 }
 
 // Perhaps it is the file of calls, whose name the journal's begins with.
 [[noreturn]] void not_a_journal(const std::string& path)
 {
     const std::string journal = path + ".journal";
-    const bool has_one = std::filesystem::exists(journal);
+    const bool has_one = fs::exists(journal);
     throw input::InputError{.text = fmt::format("{} is not a journal", path),
                             .exit = input::exit_journal,
                             .hint = has_one ? fmt::format("its journal is {}", journal) : ""};
@@ -49,6 +63,28 @@ std::string line_of(const Record& record)
 }
 
 } // namespace
+
+std::vector<std::string> journals_in(const std::string& path)
+{
+    std::error_code error;
+    if (!fs::is_directory(path, error)) {
+        if (!fs::exists(path, error)) {
+            fail(path, "no such journal or folder");
+        }
+        return {path};
+    }
+    std::vector<std::string> journals;
+    for (const auto& entry : fs::directory_iterator(path, error)) {
+        if (may_be_journal(entry.path())) {
+            journals.push_back(entry.path().string());
+        }
+    }
+    if (error) {
+        throw input::InputError{fmt::format("{}: {}", path, error.message()), input::exit_no_input};
+    }
+    std::ranges::sort(journals);
+    return journals;
+}
 
 Journal Journal::read(const Machine& machine, const std::string& path)
 {

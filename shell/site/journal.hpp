@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "call/session.hpp"
 #include "site/ledger.hpp"
@@ -12,6 +13,9 @@
 namespace vorcfg::site {
 
 struct JournalInUse : input::InputError {};
+
+// The journal at this path or, sorted, those in this folder. Throws an InputError.
+std::vector<std::string> journals_in(const std::string& path);
 
 // All of these throw an InputError where the journal cannot be used.
 class Journal {

@@ -126,7 +126,7 @@ Json json_of(const GatewayNamed& record)
 
 Json json_of(const CallBegun& record)
 {
-    Json json{{"begin", record.number}, {"at", record.at}, {"by", user()}};
+    Json json{{"begin", record.number}, {"at", record.at}, {"by", record.by.empty() ? user() : record.by}};
     if (!record.file.empty()) {
         json["file"] = record.file;
         json["line"] = record.line;
@@ -213,6 +213,7 @@ Record record_in(std::string_view line, bool is_first)
     if (json.contains("begin")) {
         return CallBegun{.number = json["begin"].number<std::uint64_t>(),
                          .at = json.at("at").string(),
+                         .by = json.value("by", ""),
                          .file = json.value("file", ""),
                          .line = json.value("line", std::size_t{0}),
                          .key = key_in(json),

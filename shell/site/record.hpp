@@ -27,6 +27,7 @@ struct GatewayNamed {
 struct CallBegun {
     std::uint64_t number = 0; // from 1 on
     std::string at{};
+    std::string by{}; // a user; empty: this process's
     std::string file{};
     std::size_t line = 0;
     call::CallKey key{};
@@ -67,7 +68,7 @@ struct CallsVoided {
 
 using Record = std::variant<GatewayNamed, CallBegun, CallEnded, ApplyPending, ApplyDecided, CallsVoided>;
 
-// Adds the user where the record does not have it.
+// Adds this process's user.
 std::string text_of(const Record& record);
 // Throws a JsonError about a line that is not JSON, an InputError about one that is not a record of this version.
 Record record_in(std::string_view line, bool is_first);

@@ -8,8 +8,7 @@
 #include "output/output.hpp"
 #include "rows/contract.hpp"
 #include "rows/families.hpp"
-#include "site/commands.hpp"
-#include "site/revert.hpp"
+#include "site/sheet.hpp"
 #include "site/show.hpp"
 #include "style_texts.hpp"
 #include "text/json.hpp"
@@ -20,33 +19,6 @@ namespace vorcfg::site {
 using vor::Json;
 
 namespace {
-
-struct SheetLine {
-    const Entry* entry = nullptr;
-    std::string name; // without the family's
-    std::string values;
-    std::string state;
-    std::string when;
-    bool open = false;
-};
-
-struct SheetSection {
-    const rows::Family* family;
-    std::vector<SheetLine> lines;
-};
-
-struct Sheet {
-    std::string title;
-    std::vector<SheetSection> sections;
-    std::size_t settled = 0;
-    std::size_t open = 0;
-    std::size_t failed = 0; // nothing was accepted before
-    std::string first;
-    std::string last;
-    std::optional<ConfirmedApply> apply{}; // of the last apply, if it needed a confirmation
-
-    bool is_undecided() const { return apply && apply->exit() == input::exit_due; }
-};
 
 SheetLine line_of(const Entry& entry, bool open)
 {
@@ -67,6 +39,8 @@ bool goes_before(const Entry* one, const Entry* other)
     const auto [other_row, other_settings] = key(other);
     return row != other_row ? std::less<>()(row, other_row) : *settings < *other_settings;
 }
+
+} // namespace
 
 Sheet sheet_of(const Journal& journal)
 {
@@ -96,6 +70,16 @@ Sheet sheet_of(const Journal& journal)
     return sheet;
 }
 
+std::string counts_of(const Sheet& sheet)
+{
+    std::string text = vor::counted(sheet.settled, "setting");
+    text += sheet.open != 0 ? fmt::format(", {} unknown", sheet.open) : "";
+    text += sheet.failed != 0 ? fmt::format(", {} refused or not delivered", sheet.failed) : "";
+    return text;
+}
+
+namespace {
+
 // While the settings may still be reverted, or what was not when others were.
 std::string note_of(const Sheet& sheet)
 {
@@ -109,12 +93,9 @@ std::string note_of(const Sheet& sheet)
                : "";
 }
 
-std::string counts_of(const Sheet& sheet)
+std::string counts_and_times_of(const Sheet& sheet)
 {
-    std::string text = vor::counted(sheet.settled, "setting");
-    text += sheet.open != 0 ? fmt::format(", {} unknown", sheet.open) : "";
-    text += sheet.failed != 0 ? fmt::format(", {} refused or not delivered", sheet.failed) : "";
-    text += sheet.first.empty() ? "" : ", " + sheet.first;
+    const std::string text = counts_of(sheet) + (sheet.first.empty() ? "" : ", " + sheet.first);
     return sheet.first == sheet.last ? text : fmt::format("{} to {}", text, sheet.last);
 }
 
@@ -135,9 +116,9 @@ std::string text_of(const Sheet& sheet, const vor::Screen& screen)
             table.fit(cells_of(line));
         }
     }
-    std::string text = vor::paragraph(fmt::format("{}: {}", vor::printable(sheet.title), counts_of(sheet)), screen) +
-                       vor::paragraph(meaning, screen) +
-                       (note_of(sheet).empty() ? "" : vor::paragraph(note_of(sheet), screen));
+    std::string text =
+        vor::paragraph(fmt::format("{}: {}", vor::printable(sheet.title), counts_and_times_of(sheet)), screen) +
+        vor::paragraph(meaning, screen) + (note_of(sheet).empty() ? "" : vor::paragraph(note_of(sheet), screen));
     for (const SheetSection& section : sheet.sections) {
         text += fmt::format("\n{}: {}\n", section.family->name, rows::about(*section.family));
         for (const SheetLine& line : section.lines) {
@@ -146,6 +127,8 @@ std::string text_of(const Sheet& sheet, const vor::Screen& screen)
     }
     return text;
 }
+
+} // namespace
 
 std::string html(std::string_view text)
 {
@@ -168,29 +151,42 @@ std::string html(std::string_view text)
     return out;
 }
 
-// One page that needs nothing from elsewhere.
+std::string page_of(std::string_view title, std::string_view paragraph, std::string_view body)
+{
+    return fmt::format("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+                       "<meta name=\"viewport\" content=\"width=device-width\">\n<title>{0}</title>\n"
+                       "<style>\n{1}</style>\n</head>\n<body>\n<h1>{0}</h1>\n<p>{2}</p>\n{3}</body>\n</html>\n",
+                       html(title), style_texts[0].text, paragraph, body);
+}
+
+std::string html_row(bool open, std::string_view name, std::string_view values, std::string_view state,
+                     std::string_view when)
+{
+    return fmt::format("<tr{}><td>{}</td><td>{}</td><td>{}</td><td>{}</td></tr>\n", open ? " class=\"open\"" : "",
+                       html(name), html(values), html(state), html(when));
+}
+
+namespace {
+
 std::string html_of(const Sheet& sheet)
 {
-    std::string text = fmt::format("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
-                                   "<meta name=\"viewport\" content=\"width=device-width\">\n<title>{0}</title>\n"
-                                   "<style>\n{1}</style>\n</head>\n<body>\n<h1>{0}</h1>\n<p>{2}<br>{3}{4}</p>\n",
-                                   html(sheet.title), style_texts[0].text, html(counts_of(sheet)), meaning,
-                                   note_of(sheet).empty() ? "" : fmt::format("<br><b>{}</b>", html(note_of(sheet))));
+    std::string body;
     for (const SheetSection& section : sheet.sections) {
         // the family's name within the head, which each page repeats
-        text += fmt::format("<table>\n<colgroup><col><col><col><col></colgroup>\n<thead>\n"
+        body += fmt::format("<table>\n<colgroup><col><col><col><col></colgroup>\n<thead>\n"
                             "<tr><th colspan=\"4\"><h2>{} <span>{}</span></h2></th></tr>\n"
                             "<tr><th>Call and object</th><th>Value</th><th>State</th><th>When</th></tr>\n"
                             "</thead>\n<tbody>\n",
                             section.family->name, html(rows::about(*section.family)));
         for (const SheetLine& line : section.lines) {
-            text += fmt::format("<tr{}><td>{}</td><td>{}</td><td>{}</td><td>{}</td></tr>\n",
-                                line.open || !call::is_made(line.entry->state()) ? " class=\"open\"" : "",
-                                html(line.name), html(line.values), html(line.state), html(line.when));
+            body += html_row(line.open || !call::is_made(line.entry->state()), line.name, line.values, line.state,
+                             line.when);
         }
-        text += "</tbody>\n</table>\n";
+        body += "</tbody>\n</table>\n";
     }
-    return text + "<footer><div>Handed over by, date</div><div>Received by, date</div></footer>\n</body>\n</html>\n";
+    const std::string note = note_of(sheet).empty() ? "" : fmt::format("<br><b>{}</b>", html(note_of(sheet)));
+    return page_of(sheet.title, fmt::format("{}<br>{}{}", html(counts_and_times_of(sheet)), meaning, note),
+                   body + "<footer><div>Handed over by, date</div><div>Received by, date</div></footer>\n");
 }
 
 std::string json_of(const Sheet& sheet, const Journal& journal, int exit)
@@ -223,11 +219,8 @@ std::string json_of(const Sheet& sheet, const Journal& journal, int exit)
 
 } // namespace
 
-int run_report(const std::string& path, const input::Options& options)
+int report_site(const std::string& path, const input::Options& options)
 {
-    if (options.json && options.html) {
-        throw input::InputError{"--json and --html exclude each other"};
-    }
     if (!std::filesystem::exists(path)) {
         throw input::InputError{fmt::format("{}: no such journal", path), input::exit_journal};
     }

@@ -6,7 +6,7 @@
 namespace vorinfra {
 
 // Written at once, so that lines of several processes on one terminal do not mix. A line that is too long is cut, but
-// keeps its line end.
+// keeps its line end. What is not ASCII may be anything, from the environment.
 void write_line(const char* format, va_list arguments)
 {
     constexpr char prefix[] = "vorinfra: ";
@@ -14,11 +14,16 @@ void write_line(const char* format, va_list arguments)
     char line[512];
     memcpy(line, prefix, start);
     vsnprintf(line + start, sizeof line - start - 1, format, arguments);
-    const size_t length = strlen(line);
-    if (line[length - 1] != '\n') {
-        memcpy(line + length, "\n", 2);
+    char shown[4 * sizeof line];
+    char* end = shown;
+    for (const char* at = line; *at != '\0'; at++) {
+        const bool plain = (*at >= ' ' && *at < 0x7f) || *at == '\n';
+        end += plain ? sprintf(end, "%c", *at) : sprintf(end, "\\x%02x", static_cast<unsigned char>(*at));
     }
-    fputs(line, stderr);
+    if (end[-1] != '\n') {
+        strcpy(end, "\n");
+    }
+    fputs(shown, stderr);
 }
 
 void report(const char* format, ...)

@@ -1,5 +1,6 @@
 #include <cerrno>
 #include <cstdio>
+#include <filesystem>
 
 #include <sys/prctl.h>
 
@@ -36,6 +37,11 @@ int main(int argc, char** argv)
     try {
         input::take_options(input::words_of({argv + 1, argv + argc}), options);
         return finished(input::run(options));
+    } catch (const std::filesystem::filesystem_error& error) {
+        return finished(
+            output::print_error({.text = fmt::format("{}: {}", error.path1().string(), error.code().message()),
+                                 .exit = input::exit_no_input},
+                                options.json));
     } catch (const input::InputError& error) {
         return finished(output::print_error(error, options.json));
     }

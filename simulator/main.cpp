@@ -50,16 +50,16 @@ int main(int argc, char** argv)
         starts = false;
         return server.run();
     } catch (const vor::UnknownArgument& error) {
-        vor::print_line(stderr, fmt::format("vorsim: {}\nhint: vorsim --help", error.what()));
+        vor::print_line(stderr, fmt::format("vorsim: {}\nhint: vorsim --help", vor::printable(error.what())));
         return 2;
     } catch (const vorsim::server::UsageError& error) {
-        vor::print_line(stderr, fmt::format("vorsim: {}", error.what()));
+        vor::print_line(stderr, fmt::format("vorsim: {}", vor::printable(error.what())));
         return 2;
     } catch (const vorsim::faults::BadFile& error) {
-        vor::print_line(stderr, error.what());
+        vor::print_line(stderr, vor::printable(error.what()));
         return 2;
     } catch (const std::exception& error) {
-        vor::print_line(stderr, fmt::format("vorsim: {}", error.what()));
+        vor::print_line(stderr, fmt::format("vorsim: {}", vor::printable(error.what())));
         return starts ? 2 : 1; // failing to start counts as invalid usage: nothing was done
     }
 }

@@ -1,6 +1,6 @@
 /**
  * @file
- * code_text.h: the return codes as sentences. Inline and C11 or C++11: nothing is added to the library.
+ * code_text.h: the return codes as sentences. Inline: nothing is added to the library. Strict C89 has no inline.
  */
 #ifndef DEVICE_MGMT_CODE_TEXT_H
 #define DEVICE_MGMT_CODE_TEXT_H
@@ -9,7 +9,8 @@
 #include <device_mgmt/types.h>
 
 /**
- * Say what a code means, for a log or a user.
+ * Say what a code means, for a log or a user. For the calls that set or ask; those that bind or unbind return what their
+ * comments say.
  *
  * @param code    what a call returned
  * @param status  vor_errno after the call; set it to 0 before, not every call does

@@ -17,7 +17,8 @@ typedef struct _vor_unix_socket_ VOR_UNIX_SOCKET;
 /**
  * Bind this process to the platform's messages. Every configuration call needs it.
  * Signal SIGRTMIN + 5 is blocked in the calling thread and stays blocked. A second
- * bind replaces the endpoint without unbinding the first.
+ * bind replaces the endpoint without unbinding the first. The endpoint is for this process, one thread at a time: a
+ * forked process needs its own, and threads a lock around their calls.
  *
  * @param sap  the service access point of this process: one that no manager (0 to 24 and 240 are theirs) and no other
  *             program has; the platform defines which of the others are free. The examples take 200
@@ -26,9 +27,9 @@ typedef struct _vor_unix_socket_ VOR_UNIX_SOCKET;
 vor_int16 vor_cfg_create_ipc_endpoint(vor_uint16 sap);
 
 /**
- * Unbind the endpoint and forget it.
+ * Unbind the endpoint and forget it, also where the platform could not unbind it.
  *
- * @return what the platform's unbind returned, also for an endpoint never bound
+ * @return what the platform's unbind returned, also for an endpoint never bound: not one of the common codes
  */
 vor_int32 vor_cfg_remove_ipc_endpoint(void);
 

@@ -22,7 +22,7 @@
 #else
 #define VOR_DECLARATIONS_BEGIN _Pragma("GCC visibility push(default)")
 #define VOR_DECLARATIONS_END _Pragma("GCC visibility pop")
-#define VOR_LAYOUT(condition) _Static_assert(condition, "programs and managers rely on it: " #condition)
+#define VOR_LAYOUT(condition) __extension__ _Static_assert(condition, "programs and managers rely on it: " #condition)
 #endif
 /* clang-format on */
 

@@ -50,7 +50,7 @@ Connection::Connection(const std::string& line, milliseconds within, const std::
         server::refuse_line();
     }
     if (socket_.get() < 0) {
-        server::parse_command(line); // its errors come first
+        server::parse_command(document ? line + '\n' + *document : line); // its errors come first
         if (why == EAGAIN) {
             throw unavailable("does not answer");
         }

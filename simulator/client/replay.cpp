@@ -173,6 +173,9 @@ public:
     void run()
     {
         while (const auto line = journal_.next()) {
+            if (line->record.seq == 0) {
+                throw std::runtime_error(fmt::format("{}: not a journal record", journal_.place(*line)));
+            }
             try {
                 send_again(*line);
                 ++sent_;

@@ -139,7 +139,7 @@ vor_int32 vor_cfg_set_mqtt_retain_flag(vor_uchar retain_flag, vor_uchar config_o
 /**
  * Set the current keep-alive interval.
  *
- * @param interval       passed to the manager unchanged, and so is its unit
+ * @param interval       in the manager's unit, passed to the manager unchanged
  * @param config_option  passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_mqtt_keep_alive_interval(vor_uint32 interval, vor_uchar config_option);

@@ -112,7 +112,7 @@ vor_int32 vor_cfg_set_ip_address(vor_uchar interface_number, vor_char* ip_addres
  * Set a network interface's IPv6 address.
  *
  * @param interface_number  passed to the manager as a signed 16-bit number
- * @param ip_address        IPv6 passed to the manager unchanged
+ * @param ip_address        IPv6 address, passed to the manager unchanged
  * @param config_option     passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_ipv6_address(vor_uint16 interface_number, vor_char* ip_address, vor_char config_option);

@@ -112,7 +112,7 @@ vor_int32 vor_cfg_set_modbus_config_polling(vor_char* reg_grp_name, vor_uint32 r
  * Have a query polled.
  *
  * @param reg_grp_name  register group, passed to the manager unchanged
- * @param query         query passed to the manager unchanged
+ * @param query         query, passed to the manager unchanged
  * @param opertn_type   passed to the manager unchanged
  * @param reg_type      passed to the manager unchanged
  * @param mode          passed to the manager unchanged
@@ -152,7 +152,7 @@ vor_int32 vor_cfg_set_modbus_reg_config(vor_char* grp_name, vor_uint32 reg_addr,
  * Describe a query of a group.
  *
  * @param grp_name     register group, passed to the manager unchanged
- * @param query        query passed to the manager unchanged
+ * @param query        query, passed to the manager unchanged
  * @param reg_type     passed to the manager unchanged
  * @param opertn_type  passed to the manager unchanged
  * @param option       the set flag, as the manager codes it

@@ -196,7 +196,7 @@ std::vector<Hit> hits_of(std::span<const std::string> words)
         return !hit.row->has(rows::does_nothing) && hit.row->used_by.empty();
     };
     std::ranges::stable_sort(hits, std::greater(), &Hit::likeness);
-    std::ranges::stable_partition(hits, does_something);
+    std::stable_partition(hits.begin(), hits.end(), does_something);
     return hits;
 }
 

@@ -10,6 +10,7 @@
 #include <sys/random.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 
 #include "log.hpp"
 #include "pool.hpp"
@@ -166,8 +167,11 @@ int lock_holder(int descriptor)
     int holder = 0;
     while (holder == 0 && std::fgets(line, sizeof line, locks) != nullptr) {
         int process;
+        unsigned major;
+        unsigned minor;
         unsigned long inode;
-        if (std::sscanf(line, "%*d: FLOCK %*s %*s %d %*x:%*x:%lu", &process, &inode) == 2 && inode == status.st_ino) {
+        if (std::sscanf(line, "%*d: FLOCK %*s %*s %d %x:%x:%lu", &process, &major, &minor, &inode) == 4 &&
+            inode == status.st_ino && makedev(major, minor) == status.st_dev) {
             holder = process;
         }
     }
@@ -235,16 +239,25 @@ bool vacate(const sockaddr_un& address, vor_uint16 sap)
     return unlink(address.sun_path) == 0;
 }
 
+// A child that another thread forks meanwhile inherits the descriptor: closing this one would not unlock.
+struct Unlock {
+    const int directory;
+    ~Unlock()
+    {
+        const int cause = errno;
+        flock(directory, LOCK_UN);
+        errno = cause;
+    }
+};
+
 // The lock on the directory keeps two processes from replacing one dead owner.
 bool bind_socket(Endpoint& endpoint)
 {
     const Descriptor directory(open_directory(endpoint.directory));
-    if (!directory) {
+    if (!directory || !lock(directory.get(), endpoint)) {
         return false;
     }
-    if (!lock(directory.get(), endpoint)) {
-        return false;
-    }
+    const Unlock unlock{directory.get()};
     const vor_uint16 sap = endpoint.handle.sap_id;
     const sockaddr_un address = sap_address(endpoint.directory, sap);
     struct stat status;

@@ -19,6 +19,7 @@ public:
     bool take_over(int milliseconds);
 
 private:
+    static_assert(std::atomic<uint64_t>::is_always_lock_free, "it is shared by processes");
     std::atomic<uint64_t> mark_; // the process, and the second in which it became the owner
 };
 

@@ -29,6 +29,8 @@ struct Run {
 };
 
 pthread_mutex_t guard = PTHREAD_MUTEX_INITIALIZER;
+[[maybe_unused]] const int at_fork = pthread_atfork(
+    [] { pthread_mutex_lock(&guard); }, [] { pthread_mutex_unlock(&guard); }, [] { pthread_mutex_unlock(&guard); });
 Timer* timers; // the oldest first, never freed
 
 Timer** link_to(const VOR_TIMER_HANDLE* handle)

@@ -14,6 +14,7 @@
 #include "prompt/prompt.hpp"
 #include "rows/families.hpp"
 #include "site/commands.hpp"
+#include "site/show.hpp"
 #include "text/text.hpp"
 
 namespace vorcfg {
@@ -164,10 +165,15 @@ int run_check(const std::string& path, const input::Options& options)
     call::Batch batch = call::batch_of(path, options);
     batch.leave_input();
     std::size_t calls = 0;
-    const auto count = [&](const call::PreparedCall&) { calls++; };
+    site::Planner planner({});
+    const auto count = [&](const call::PreparedCall& call) {
+        calls++;
+        planner.add(call);
+    };
     if (call::check(batch, count, output::error_printer(options.json), !options.json) != input::exit_ok) {
         return input::exit_usage;
     }
+    site::print_warnings(planner.against(site::Ledger()), {batch.name(), {}, {}, options.json});
     vor::print(stdout, options.json ? output::checked_json(batch.name(), calls)
                                     : fmt::format("{}: {}, no errors\n", vor::printable(batch.name()),
                                                   vor::counted(calls, "call")));

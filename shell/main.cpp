@@ -7,6 +7,7 @@
 
 #include "input/input_error.hpp"
 #include "input/options.hpp"
+#include "input/secret.hpp"
 #include "output/output.hpp"
 #include "text/file.hpp"
 #include "text/text.hpp"
@@ -28,7 +29,8 @@ int finished(int code)
 
 int main(int argc, char** argv)
 {
-    vor::report_size_limit();
+    vor::ignore_size_signal();
+    input::take_descriptors();
     prctl(PR_SET_DUMPABLE, 0); // keeps secrets from core files and other processes
     input::Options options;
     try {

@@ -33,7 +33,7 @@ void keep_standard_descriptors()
 int main(int argc, char** argv)
 {
     keep_standard_descriptors();
-    vor::report_size_limit();
+    vor::ignore_size_signal();
     bool starts = false;
     try {
         const std::vector<std::string> arguments(argv + 1, argv + argc);

@@ -33,14 +33,16 @@ TEST_P(Completion, completed_lines_are_accepted)
     processes::Gateway gateway(workplace, {"--strict"});
     std::ofstream(workplace.path() / "tower key") << "gr33n-m0nsoon\n";
     processes::Terminal terminal(workplace, GetParam().command);
-    terminal.type(std::string(GetParam().start) + "source <(vorcfg completion " + GetParam().name +
-                  "); echo rea''dy\n");
+    terminal.type(std::string(GetParam().start) + "export CREDENTIALS_DIRECTORY=.; source <(vorcfg completion " +
+                  GetParam().name + "); echo rea''dy\n");
     ASSERT_NE(terminal.shown_until("ready").find("ready"), std::string::npos);
     const std::pair<const char*, const char*> lines[] = {
         {"vorcfg gpi\tset-val\t5 1\n", "gpio set-value 5: sent to gpiomgr"},
         {"vorcfg ip enable-ip-routing dis\t\n", "Make this call? [y/N] "},
         {"y\n", "ip enable-ip-routing: sent to ethmgr"},
         {"vorcfg gsm set-password 1 @tow\t1\n", "gsm set-password 1: accepted"},
+        {"vorcfg gsm set-password 2 @cred:to\t1\n", "gsm set-password 2: accepted"},
+        {"vorcfg gsm set-password 3 @fd\t3 1 3<'tower key'\n", "gsm set-password 3: accepted"},
         {"vorcfg --tra\tlist gp\t\n", "gpio set-value PORT_NUM VALUE"},
         {"vorcfg batch --dry-run exam\tsit\t\n", "not sent (dry run)"},
     };
@@ -112,17 +114,30 @@ TEST_F(Prompt, continues_after_interrupt_and_error)
     end();
 }
 
-// The secrets of a file are asked for once the whole of it is valid, which reads it a second time.
-TEST(batch, asks_for_secrets)
+// In the order of the file, also if they are typed ahead.
+TEST_F(Prompt, asks_for_each_secret_without_echo)
 {
-    const processes::Workplace workplace;
-    std::ofstream(workplace.path() / "f") << "gateway tower-17\ngsm set-password 1 ? 1\n";
-    processes::Terminal terminal(workplace, {"/bin/sh", "-c", "vorcfg batch --dry-run f"});
-    EXPECT_NE(terminal.shown_until("password: ").find("f:2"), std::string::npos);
-    terminal.type("gr33n\n");
-    const processes::Output rest = terminal.rest();
-    EXPECT_EQ(rest.exit_code, 0) << rest.text;
-    EXPECT_NE(rest.text.find("1 not sent (dry run)"), std::string::npos) << rest.text;
+    processes::Gateway gateway(workplace_, {"--show-secrets"});
+    std::ofstream(workplace_.path() / "f")
+        << "gateway t\ngsm set-password 1 ? 1\ngsm set-password 2 - 1\ngsm set-password 3 password=? option=1\n";
+    begin();
+    for (const std::string command : {"batch f\n", "apply f --yes\n", "apply f --resend-secrets --yes\n"}) {
+        terminal_->type(command);
+        EXPECT_NE(terminal_->shown_until("password: ").find("f:2: gsm set-password: "), std::string::npos);
+        const std::string shown = typed("gr33n-1\ngr33n-2\ngr33n-3\n");
+        EXPECT_LT(shown.find("f:3: gsm set-password: password: "), shown.find("f:4: gsm set-password: password: "));
+        EXPECT_EQ(shown.find("gr33n"), std::string::npos) << shown;
+        for (const char port : {'1', '2', '3'}) {
+            EXPECT_NE(gateway.next_line().find(std::string("port ") + port + ": password=\"gr33n-" + port),
+                      std::string::npos)
+                << command << shown;
+        }
+    }
+    EXPECT_EQ(typed("plan f\n").find("password: "), std::string::npos);
+    terminal_->type("gsm set-password 4 - 1\n");
+    terminal_->shown_until("gsm set-password: password: ");
+    EXPECT_NE(typed(ctrl_c).find("nothing was sent"), std::string::npos);
+    end();
 }
 
 TEST(help, pager_at_a_terminal_only)

@@ -178,7 +178,7 @@ TEST_F(Neighbour, endless_and_foreign_input_is_refused)
                  {"vorsim decode /dev/zero", 1, "cannot read the journal /dev/zero: line 1 has more than 16 MiB"},
                  {"vorsim replay saps", 1, "saps:2: message 0x1 to SAP 0 is damaged, sap: "},
                  {"ln -s calls.journal link; vorcfg apply calls --journal link", 12, "link: it is a symbolic link"}});
-    for (const char* const part : {"", "bin"}) {
+    for (const char* const part : {"", "bin", "bin/vorcfg"}) {
         fs::permissions(path(part), fs::perms(0755));
     }
     const std::string as_stranger = "chown 1 calls.journal; setpriv --reuid 65534 --clear-groups ";

@@ -9,6 +9,7 @@
 #include "processes.hpp"
 #include "records.hpp"
 #include "rows/families.hpp"
+#include "site/sha256.hpp"
 #include "text/json.hpp"
 #include "text/text.hpp"
 
@@ -60,6 +61,36 @@ call::Message konfd_command(const char* answer)
     call::Message message = by(call::Way::konfd, true);
     message.answer = answer;
     return message;
+}
+
+// The examples of FIPS 180-4 and RFC 4231.
+TEST(sha256, standard_vectors)
+{
+    const auto digits = [](const std::string& bytes) {
+        std::string text = vor::hexadecimal(bytes);
+        std::erase(text, ' ');
+        return text;
+    };
+    for (const auto& [text, hash] :
+         {std::pair<std::string, const char*>{"", "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"},
+          {"abc", "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad"},
+          {"abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq",
+           "248d6a61d20638b8e5c026930c3e6039a33ce45964ff2167f6ecedd419db06c1"},
+          {std::string(1'000'000, 'a'), "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0"}}) {
+        EXPECT_EQ(digits(site::sha256(text)), hash);
+    }
+    const struct {
+        std::string key;
+        std::string text;
+        const char* mac;
+    } macs[] = {
+        {std::string(20, '\x0b'), "Hi There", "b0344c61d8db38535ca8afceaf0bf12b881dc200c9833da726e9376c2e32cff7"},
+        {"Jefe", "what do ya want for nothing?", "5bdcc146bf60754e6a042426089575c75a003f089d2739839dec58b964ec3843"},
+        {std::string(131, '\xaa'), "Test Using Larger Than Block-Size Key - Hash Key First",
+         "60e431591ee0b67f0d8a26aacbf5b77f8e0bc6213728c5140546040f0ee37f54"}};
+    for (const auto& each : macs) {
+        EXPECT_EQ(digits(site::hmac_sha256(each.key, each.text)), each.mac);
+    }
 }
 
 TEST(verdict, outcome_and_exit_code)

@@ -8,8 +8,10 @@
 #include <thread>
 
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
 #include <unistd.h>
 
 #include <fmt/core.h>
@@ -20,9 +22,14 @@ namespace {
 
 using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
-// Whether a process writes to the pipe, or has: opening it without waiting does not tell.
+// Whether a process writes to the pipe, or has: opening it without waiting does not tell. Nobody can open one that has
+// no name later.
 bool has_writer(std::FILE* pipe)
 {
+    struct statfs system {};
+    if (fstatfs(fileno(pipe), &system) == 0 && system.f_type == PIPEFS_MAGIC) {
+        return true;
+    }
     using namespace std::chrono_literals;
     const auto end = std::chrono::steady_clock::now() + 2s;
     char byte = 0;
@@ -44,7 +51,7 @@ std::string reason_of(int error)
     if (error == EFBIG && getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY) {
         return fmt::format("{} (ulimit -f allows {} bytes)", std::strerror(error), limit.rlim_cur);
     }
-    return error == ELOOP ? "it is a symbolic link" : std::strerror(error);
+    return std::strerror(error);
 }
 
 std::FILE* open_to_read(const std::string& path)
@@ -106,7 +113,7 @@ bool write_all(int descriptor, std::string_view bytes)
     return true;
 }
 
-void report_size_limit()
+void ignore_size_signal()
 {
     std::signal(SIGXFSZ, SIG_IGN);
 }

@@ -36,6 +36,6 @@ std::string content_of(const std::string& path, const Bounds& bounds = {});
 bool write_all(int descriptor, std::string_view bytes);
 
 // Ignores SIGXFSZ, so that writing beyond the limit fails with EFBIG; what the process starts needs the default action.
-void report_size_limit();
+void ignore_size_signal();
 
 } // namespace vor

@@ -27,7 +27,7 @@ JsonLines::JsonLines(const std::string& path, int flags) : JsonLines(nullptr)
 {
     const int opened = open(path.c_str(), flags | O_NONBLOCK | O_CLOEXEC, 0600);
     if (opened < 0) {
-        throw FileError(errno);
+        throw errno == ELOOP && (flags & O_NOFOLLOW) != 0 ? FileError("it is a symbolic link") : FileError(errno);
     }
     file_.reset(fdopen(opened, "r"));
     if (!S_ISREG(status_of(opened).st_mode)) {

@@ -16,13 +16,12 @@ namespace {
 void restore(const vor::Json& document)
 {
     try {
-        gateway::State state;
-        konfd::Konfd konfd;
+        record::Storing stored({});
         for (const std::string& line : record::stored_lines(document)) {
-            record::store(line, state, konfd);
+            stored.take(line);
         }
-        require(vor::Json::read(vor::dump(record::json_of(state))).has_value(), "what is stored can be shown");
-        require(vor::Json::read(vor::dump(record::json_of(konfd))).has_value(), "what is stored can be shown");
+        require(vor::Json::read(vor::dump(record::json_of(stored.state))).has_value(), "what is stored can be shown");
+        require(vor::Json::read(vor::dump(record::json_of(stored.konfd))).has_value(), "what is stored can be shown");
     } catch (const std::exception& error) {
         require(error.what()[0] != '\0', "an error says what is wrong");
     }

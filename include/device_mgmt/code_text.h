@@ -22,7 +22,8 @@ static inline const char* device_mgmt_code_text(vor_int32 code, vor_int32 status
         return "accepted, or sent one-way: then no verdict will come";
     case VOR_CODE_REFUSED:
         return status != 0 ? "refused by the manager: its status is in vor_errno"
-                           : "not sent: no endpoint; or any failure of a call that has only this code";
+                           : "not sent: no endpoint; or any failure of a call that has only this code: it may have "
+                             "been applied";
     case VOR_CODE_UNDELIVERED:
         return "not delivered, or no answer in time: it may have been applied";
     case VOR_CODE_UNREADABLE:
@@ -36,7 +37,7 @@ static inline const char* device_mgmt_code_text(vor_int32 code, vor_int32 status
     case VOR_CODE_MAC_ADDRESS:
         return "rejected by the call: not a MAC address";
     default:
-        return "not sent: send refused with the platform's own code";
+        return "not sent: the platform's own code";
     }
 }
 

@@ -57,7 +57,7 @@ typedef enum vor_code {
     VOR_CODE_DONE = 0,                 /**< the manager accepted, or a one-way message was sent */
     VOR_CODE_REFUSED = -1,             /**< the manager refused (its status is in vor_errno), or no endpoint is bound */
     VOR_CODE_UNDELIVERED = -3,         /**< not sent, or not answered in time: the change may have been made */
-    VOR_CODE_UNREADABLE = -4,          /**< no buffer, no room in it, or no status in the answer: may have been made */
+    VOR_CODE_UNREADABLE = -4,          /**< no buffer, or no status in the answer: the change may have been made */
     VOR_CODE_LATITUDE = -1001,         /**< latitude not accepted */
     VOR_CODE_LONGITUDE = -1002,        /**< longitude not accepted */
     VOR_CODE_TOO_MANY_SERVERS = -1151, /**< more than four DNS servers */

@@ -31,11 +31,11 @@ void Batch::rewind(std::function<bool(std::size_t)> selected)
 
 void Batch::ask(const std::function<bool(std::size_t)>& selected)
 {
-    if (secrets_.ask_now()) {
+    secrets_.ask([&] {
         rewind(selected);
         tried_ = false;
         while (next()) {}
-    }
+    });
 }
 
 std::size_t column_of(const input::InputError& error, const std::vector<input::Word>& words, std::string_view line)
@@ -137,7 +137,7 @@ Batch batch_of(const std::string& path, const input::Options& options)
     return {from_file ? input::content_of(path) : input::content_of_standard_input(),
             name,
             {.literals = true,
-             .standard_input = from_file,
+             .standard_input = from_file && !options.in_session,
              .prompts_wait = true,
              .directory = std::filesystem::path(from_file ? path : "").parent_path()},
             std::move(variables)};

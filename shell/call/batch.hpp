@@ -23,7 +23,7 @@ public:
     // The next line's call, tried when it is read for the first time; none at the end. Throws an InputError with its
     // place; the next call continues after it.
     std::optional<PreparedCall> next();
-    // Reads no secret from standard input, where no call will be made.
+    // Reads no secret from standard input, nor misses one of a service, where no call will be made.
     void leave_input() { secrets_.leave_input(); }
     // Asks for the secrets that wait for a prompt, of all lines or of those selected.
     void ask(const std::function<bool(std::size_t line)>& selected = {});

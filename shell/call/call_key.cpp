@@ -1,6 +1,7 @@
 #include "call/call_key.hpp"
 
 #include <algorithm>
+#include <tuple>
 
 #include <fmt/core.h>
 
@@ -56,6 +57,19 @@ rows::Value value_of(const CallKey& key, const rows::Argument& argument, const K
 
 } // namespace
 
+bool CallKey::can_compare_secret(const CallKey& other) const
+{
+    const std::size_t by = fingerprint.find(':') + 1;
+    return row == other.row && by != 0 && other.fingerprint.starts_with(fingerprint.substr(0, by)) &&
+           settings_of(*this) == settings_of(other);
+}
+
+bool CallKey::operator==(const CallKey& other) const
+{
+    return std::tie(row, values, secret, unknown) == std::tie(other.row, other.values, other.secret, other.unknown) &&
+           (!can_compare_secret(other) || fingerprint == other.fingerprint);
+}
+
 CallKey key_of(const PreparedCall& call)
 {
     std::vector<KeptValues> values;
@@ -82,6 +96,15 @@ CallKey key_of(const rows::Row& row, std::vector<KeptValues> values, bool secret
         }
     }
     return key;
+}
+
+std::string bytes_of(const KeptValue& value)
+{
+    if (const auto* const number = std::get_if<std::int64_t>(&value)) {
+        return std::to_string(*number);
+    }
+    const auto* const bytes = std::get_if<RawText>(&value);
+    return bytes != nullptr ? bytes->text : std::get<std::string>(value);
 }
 
 PreparedCall prepare(const CallKey& key)
@@ -111,15 +134,6 @@ PreparedCall prepare(const CallKey& key)
 namespace {
 
 // A journal may hold what the call does not take, or lack it.
-std::string bytes_of(const KeptValue& value)
-{
-    if (const auto* const number = std::get_if<std::int64_t>(&value)) {
-        return std::to_string(*number);
-    }
-    const auto* const bytes = std::get_if<RawText>(&value);
-    return bytes != nullptr ? bytes->text : std::get<std::string>(value);
-}
-
 std::string bytes_of(const KeptValues& values)
 {
     return values.empty() ? "" : bytes_of(values.front());

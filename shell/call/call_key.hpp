@@ -22,13 +22,19 @@ struct RawText {
 using KeptValue = std::variant<std::int64_t, RawText, std::string>;
 using KeptValues = std::vector<KeptValue>;
 
+std::string bytes_of(const KeptValue& value); // a number's digits
+
 struct CallKey {
     const rows::Row* row = nullptr;
     std::vector<KeptValues> values; // per argument what is sent: none, one or a list; no secret in any form
     bool secret = false;            // it has one
     std::vector<std::pair<std::string, KeptValue>> unknown{}; // arguments that only another version has
+    std::string fingerprint{}; // of its secrets, "KEY:MAC"; empty where there is none, or they are not read yet
 
-    bool operator==(const CallKey&) const = default;
+    // Secrets are equal unless their fingerprints tell them apart.
+    bool operator==(const CallKey& other) const;
+    // Whether fingerprints tell: both have one, by the same key, and the calls are about the same thing.
+    bool can_compare_secret(const CallKey& other) const;
 };
 
 CallKey key_of(const PreparedCall& call);

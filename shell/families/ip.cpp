@@ -1,6 +1,7 @@
 #include <device_mgmt/ip.h>
 
 #include "rows/family.hpp"
+#include "rows/rule.hpp"
 
 namespace vorcfg::rows {
 
@@ -22,13 +23,84 @@ constexpr RecordField static_route[] = {FIELD(VOR_ETH_STATIC_ROUTE, device_no),
                                         FIELD(VOR_ETH_STATIC_ROUTE, ip_address)};
 constexpr RecordField removed_route[] = {FIELD(VOR_ETH_STATIC_ROUTE, ip_address)};
 
+// The line that gives the interface a fixed address.
+const SiteLine* address_of(const std::string& number, const SiteLine& line, const SiteLines& site)
+{
+    return site.find(line.row->family, "set-ip-address", number);
+}
+
+std::string in_line(const SiteLine& other)
+{
+    return " (line " + std::to_string(other.number) + ")";
+}
+
+// About an address that belongs into the subnet of a line that gives an interface its address.
+Finding outside_subnet(std::string_view what, std::optional<std::uint32_t> belongs, const SiteLine* served)
+{
+    if (served == nullptr || !belongs) {
+        return {};
+    }
+    const auto own = served->address("ip_address");
+    const auto mask = served->address("subnet_mask");
+    if (!own || !mask || ((*own ^ *belongs) & *mask) == 0) {
+        return {};
+    }
+    return {std::string(what) + " is not in the subnet of interface " + served->text("interface_number") +
+                in_line(*served),
+            served->number};
+}
+
+Finding runs_backwards(const SiteLine& line, const SiteLines&)
+{
+    return line.address("lo_addr") > line.address("hi_addr")
+               ? Finding{"the range runs backwards, from " + line.text("lo_addr") + " to " + line.text("hi_addr")}
+               : Finding{};
+}
+
+Finding crosses_subnet(const SiteLine& line, const SiteLines& site)
+{
+    const SiteLine* const subnet = site.find(line.row->family, "set-dhcp-server-subnet", line.text("pool_name"));
+    const auto mask = subnet != nullptr ? subnet->address("subnet_mask") : std::nullopt;
+    if (!mask || ((*line.address("lo_addr") ^ *line.address("hi_addr")) & *mask) == 0) {
+        return {};
+    }
+    return {"the range is larger than the pool's subnet, " + subnet->text("subnet_mask") + in_line(*subnet),
+            subnet->number};
+}
+
+Finding leaves_interface(const SiteLine& line, const SiteLines& site)
+{
+    const SiteLine* const served = site.find(line.row->family, "set-dhcp-server-interface", line.text("pool_name"));
+    return served != nullptr ? outside_subnet("lo_addr " + line.text("lo_addr"), line.address("lo_addr"),
+                                              address_of(served->text("interface_number"), line, site))
+                             : Finding{};
+}
+
+Finding gateway_is_not_reached(const SiteLine& line, const SiteLines& site)
+{
+    return outside_subnet("def_gateway " + line.text("def_gateway"), line.address("def_gateway"),
+                          address_of(line.text("iface_num"), line, site));
+}
+
+Finding has_fixed_address(const SiteLine& line, const SiteLines& site)
+{
+    const SiteLine* const fixed = address_of(line.text("interface_number"), line, site);
+    return fixed != nullptr && line.text("config_option") != "0"
+               ? Finding{"the interface has a fixed address" + in_line(*fixed), fixed->number}
+               : Finding{};
+}
+
+constexpr Rule range_rules[] = {runs_backwards, crosses_subnet, leaves_interface};
+constexpr Rule gateway_rules[] = {gateway_is_not_reached};
+constexpr Rule dhcp_rules[] = {has_fixed_address};
+
 } // namespace
 
 FAMILY(
     ip,
     call<vor_cfg_set_ip_address>("set-ip-address",
                                  {number("interface_number").between(0, 2).object(), ipv4("ip_address"),
-                                  ipv4("subnet_mask"), "config_option"},
+                                  netmask("subnet_mask"), "config_option"},
                                  "0 192.168.1.10 255.255.255.0 1")
         .sends(address)
         .changes("address")
@@ -40,6 +112,7 @@ FAMILY(
     call<vor_cfg_set_dhcp>("set-dhcp", {object("interface_number"), "config_option"}, "1 1")
         .sends(dhcp_client)
         .changes("address")
+        .warns(dhcp_rules)
         .marked(cuts_link),
     call<vor_cfg_set_ipv6_dhcp>("set-ipv6-dhcp", {object("interface_number"), "config_option"}, "1 1")
         .sends(dhcp_client)
@@ -64,7 +137,8 @@ FAMILY(
     call<vor_cfg_set_dhcp_server_address_range>("set-dhcp-server-address-range",
                                                 {object("pool_name"), ipv4("lo_addr"), ipv4("hi_addr"), "addr_range",
                                                  number("config_option").fits<vor_uchar>()},
-                                                "lan 192.168.1.100 192.168.1.150 51 1"),
+                                                "lan 192.168.1.100 192.168.1.150 51 1")
+        .warns(range_rules),
     stub<vor_cfg_get_dhcp_server_address_range>("get-dhcp-server-address-range",
                                                 {unsent("pool_name"), untouched("lo_addr"), untouched("hi_addr")},
                                                 "lan"),
@@ -77,7 +151,7 @@ FAMILY(
     call<vor_cfg_set_dhcp_server_interface>("set-dhcp-server-interface",
                                             {object("pool_name"), "interface_number", "config_option"}, "lan 0 1"),
     call<vor_cfg_set_dhcp_server_subnet>("set-dhcp-server-subnet",
-                                         {object("pool_name"), ipv4("subnet_mask"), "config_option"},
+                                         {object("pool_name"), netmask("subnet_mask"), "config_option"},
                                          "lan 255.255.255.0 1"),
     call<vor_cfg_set_dhcp_server_def_router>("set-dhcp-server-def-router",
                                              {object("pool_name"), ipv4("def_router"), "config_option"},
@@ -95,6 +169,7 @@ FAMILY(
                                       {ipv4("def_gateway"), decimal<vor_uint16>("iface_num").object(), "config_option"},
                                       "192.168.1.1 0 1")
         .sends(gateway)
+        .warns(gateway_rules)
         .marked(cuts_link),
     call<vor_cfg_show_route_status>("show-route-status", {decimal<vor_uchar>("iface_num").object()}, "0")
         .sends(interface)

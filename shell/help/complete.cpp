@@ -7,6 +7,7 @@
 #include "help/help.hpp"
 #include "input/input_error.hpp"
 #include "input/options.hpp"
+#include "input/secret.hpp"
 #include "rows/contract.hpp"
 #include "rows/families.hpp"
 #include "text/text.hpp"
@@ -289,11 +290,22 @@ private:
         }
         const std::string_view typed = std::string_view{current_}.substr(name.size());
         if (argument.is_secret && typed.starts_with('@')) {
-            offer_files(fmt::format("{}@", name), typed.substr(1), false);
+            offer_secret_sources(fmt::format("{}@", name), typed.substr(1));
         } else if (argument.is_secret) {
             offer(fmt::format("{}@", name), "a file");
             offer(fmt::format("{}-", name), "a line of standard input");
             offer(fmt::format("{}?", name), "a prompt");
+        }
+    }
+
+    void offer_secret_sources(const std::string& before, std::string_view typed)
+    {
+        offer_files(before, typed, false);
+        offer(fmt::format("{}{}", before, input::descriptor_scheme), "a file descriptor");
+        std::error_code ignored;
+        for (const auto& each : std::filesystem::directory_iterator(input::credentials_directory(), ignored)) {
+            offer(fmt::format("{}{}{}", before, input::credential_scheme, each.path().filename().string()),
+                  "a credential of this service");
         }
     }
 
@@ -313,7 +325,7 @@ std::vector<Candidate> candidates(std::span<const input::Word> words)
 
 bool is_whole(std::string_view word)
 {
-    return !word.ends_with('/') && !word.ends_with('=') && !word.ends_with('@');
+    return !word.ends_with('/') && !word.ends_with('=') && !word.ends_with('@') && !word.ends_with(':');
 }
 
 std::string completions(std::span<const input::Word> words)

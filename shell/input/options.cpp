@@ -7,6 +7,7 @@
 #include <fmt/core.h>
 
 #include "input/input_error.hpp"
+#include "input/secret.hpp"
 #include "text/nearest.hpp"
 #include "text/parse.hpp"
 #include "text/text.hpp"
@@ -69,7 +70,7 @@ void take_color(Options& options, const OptionRow&, std::string_view value)
 
 void take_password(Options& options, const OptionRow& row, std::string_view value)
 {
-    options.password = Word{{row.value.empty() ? "-" : fmt::format("@{}", value)}};
+    options.password = row.value.empty() ? Word{{"-"}} : word_of_file(value);
 }
 
 constexpr OptionRow rows[] = {

@@ -1,6 +1,9 @@
 #include "input/secret.hpp"
 
+#include <bitset>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <termios.h>
 #include <unistd.h>
@@ -9,6 +12,8 @@
 
 #include "input/input_error.hpp"
 #include "text/file.hpp"
+#include "text/parse.hpp"
+#include "text/text.hpp"
 
 namespace vorcfg::input {
 
@@ -59,16 +64,19 @@ void interrupt(int signal)
     interrupted = signal;
 }
 
+} // namespace
+
 // The terminal with its echo off; restored whatever happens.
-class Prompt {
+class QuietTerminal {
 public:
-    explicit Prompt(std::string_view name) : terminal(open("/dev/tty", O_RDWR | O_CLOEXEC))
+    QuietTerminal() : terminal_(open("/dev/tty", O_RDWR | O_CLOEXEC))
     {
-        if (terminal < 0 || tcgetattr(terminal, &before_) != 0) {
+        if (terminal_ < 0 || tcgetattr(terminal_, &before_) != 0) {
             throw InputError{.text = "no terminal to prompt on",
                              .exit = exit_no_input,
                              .hint = "give @FILE, or - for a line of standard input"};
         }
+        interrupted = 0;
         struct sigaction action {};
         for (std::size_t i = 0; i < std::size(signals); i++) {
             // without SA_RESTART, so that the read ends; not stopped, since it would continue with its echo on
@@ -77,17 +85,15 @@ public:
         }
         termios quiet = before_;
         quiet.c_lflag &= static_cast<tcflag_t>(~static_cast<tcflag_t>(ECHO));
-        tcsetattr(terminal, TCSAFLUSH, &quiet);
-        dprintf(terminal, "%.*s: ", static_cast<int>(name.size()), name.data());
+        tcsetattr(terminal_, TCSAFLUSH, &quiet);
     }
-    Prompt(const Prompt&) = delete;
-    Prompt& operator=(const Prompt&) = delete;
+    QuietTerminal(const QuietTerminal&) = delete;
+    QuietTerminal& operator=(const QuietTerminal&) = delete;
 
-    ~Prompt()
+    ~QuietTerminal()
     {
-        tcsetattr(terminal, TCSAFLUSH, &before_);
-        dprintf(terminal, "\n");
-        close(terminal);
+        tcsetattr(terminal_, TCSAFLUSH, &before_);
+        close(terminal_);
         for (std::size_t i = 0; i < std::size(signals); i++) {
             sigaction(signals[i], &actions_[i], nullptr);
         }
@@ -96,34 +102,146 @@ public:
         }
     }
 
-    const int terminal;
+    std::string line(std::string_view name) const
+    {
+        dprintf(terminal_, "%.*s: ", static_cast<int>(name.size()), name.data());
+        struct LineEnd {
+            ~LineEnd() { dprintf(terminal, "\n"); }
+            const int terminal;
+        } const line_end{terminal_};
+        std::string line;
+        try {
+            line = interrupted == 0 ? line_from(terminal_, "the terminal") : "";
+        } catch (const InputError&) {
+            if (interrupted == 0) {
+                throw;
+            }
+        }
+        if (interrupted != 0) { // what was typed so far is no secret
+            throw InputError{"interrupted; nothing was sent", exit_ended};
+        }
+        return line;
+    }
 
 private:
     static constexpr int signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP};
+    const int terminal_;
     termios before_{};
     struct sigaction actions_[std::size(signals)]{};
 };
 
-bool is_prompt(const Word& word)
+namespace {
+
+bool is_unquoted(const Word& word, std::string_view text)
 {
-    return !word.quoted && word.text == "?";
+    return !word.quoted && word.text == text;
 }
 
-std::string read_secret(const Word& word, std::string_view name, const SecretSources& sources)
+bool is_prompt(const Word& word)
 {
-    if (!word.quoted && word.text.starts_with('@')) {
-        const std::string path = (sources.directory / word.text.substr(1)).string();
+    return is_unquoted(word, "?") || (is_unquoted(word, "-") && isatty(STDIN_FILENO) != 0);
+}
+
+std::string credential(std::string_view name)
+{
+    if (name.empty() || name == "." || name == ".." || name.find('/') != name.npos) {
+        throw InputError{
+            .text = fmt::format("a credential's name must not be empty or contain /, not {}", vor::quoted(name)),
+            .exit = exit_no_input,
+            .hint = "a file of such a name is given as @./cred:NAME"};
+    }
+    const std::filesystem::path directory = credentials_directory();
+    if (directory.empty()) {
+        throw InputError{.text = fmt::format("no credential {}: CREDENTIALS_DIRECTORY is not set", vor::quoted(name)),
+                         .exit = exit_no_input,
+                         .hint = fmt::format("systemd sets it for a unit with LoadCredential={}:FILE", name)};
+    }
+    const std::string path = (directory / name).string();
+    return one_line(content_of(path), path);
+}
+
+constexpr int first_descriptor = STDERR_FILENO + 1;
+constexpr int most_descriptors = 256;
+
+std::bitset<most_descriptors>& given_descriptors()
+{
+    static std::bitset<most_descriptors> given;
+    return given;
+}
+
+std::optional<int> descriptor_in(std::string_view digits)
+{
+    const auto number = vor::number_in<int>(digits);
+    return number && first_descriptor <= *number && *number < most_descriptors ? number : std::nullopt;
+}
+
+// One line, up to the end, for all who name it: it can be read once, and is closed then.
+std::string line_of_descriptor(std::string_view digits)
+{
+    static std::map<int, std::string> contents;
+    const auto number = descriptor_in(digits);
+    if (!number) {
+        throw InputError{.text = fmt::format("a descriptor must be {} to {}, not {}", first_descriptor,
+                                             most_descriptors - 1, vor::quoted(digits)),
+                         .exit = exit_no_input,
+                         .hint = "- is a line of standard input; a file of such a name is given as @./fd:N"};
+    }
+    const std::string name = fmt::format("descriptor {}", *number);
+    if (const auto known = contents.find(*number); known != contents.end()) {
+        return one_line(known->second, name);
+    }
+    const bool is_given = given_descriptors()[static_cast<std::size_t>(*number)];
+    if (is_given && isatty(*number) != 0) {
+        throw InputError{.text = fmt::format("{} is a terminal", name), .exit = exit_no_input, .hint = "? prompts"};
+    }
+    const int flags = is_given ? fcntl(*number, F_GETFL) : -1;
+    if (flags < 0 || (flags & O_ACCMODE) == O_WRONLY) {
+        throw InputError{.text = fmt::format("{} is not open to read", name),
+                         .exit = exit_no_input,
+                         .hint = fmt::format("a shell opens it with {}<FILE", *number)};
+    }
+    fcntl(*number, F_SETFL, flags & ~O_NONBLOCK);
+    try {
+        return one_line(contents.emplace(*number, vor::content_of(fdopen(*number, "r"))).first->second, name);
+    } catch (const vor::FileError& error) {
+        throw InputError{fmt::format("cannot read {}: {}", name, error.what()), exit_no_input};
+    }
+}
+
+// Whether this process has no credentials, or not this descriptor.
+bool is_of_another_process(const Word& word)
+{
+    std::string_view text = word.text;
+    if (word.quoted || !text.starts_with('@')) {
+        return false;
+    }
+    text.remove_prefix(1);
+    if (text.starts_with(descriptor_scheme)) {
+        const auto number = descriptor_in(text.substr(descriptor_scheme.size()));
+        return number && !given_descriptors()[static_cast<std::size_t>(*number)];
+    }
+    return text.starts_with(credential_scheme) && credentials_directory().empty();
+}
+
+std::string read_secret(const Word& word, const SecretSources& sources)
+{
+    std::string_view text = word.text;
+    if (!word.quoted && text.starts_with('@')) {
+        text.remove_prefix(1);
+        if (text.starts_with(credential_scheme)) {
+            return credential(text.substr(credential_scheme.size()));
+        }
+        if (text.starts_with(descriptor_scheme)) {
+            return line_of_descriptor(text.substr(descriptor_scheme.size()));
+        }
+        const std::string path = (sources.directory / text).string();
         return one_line(content_of(path), path);
     }
-    if (!word.quoted && word.text == "-") {
+    if (is_unquoted(word, "-")) {
         if (!sources.standard_input) {
             throw InputError{"standard input already provides the calls"};
         }
         return line_from(STDIN_FILENO, "standard input");
-    }
-    if (is_prompt(word)) {
-        const Prompt prompt(name);
-        return line_from(prompt.terminal, "the terminal");
     }
     if (!sources.literals || word.exposed) {
         throw InputError{.text = "not accepted on the command line, where others can read it",
@@ -134,30 +252,68 @@ std::string read_secret(const Word& word, std::string_view name, const SecretSou
 
 } // namespace
 
+bool Secrets::waits(const Word& word) const
+{
+    if (is_prompt(word)) {
+        return sources_.prompts_wait;
+    }
+    return sources_.input_waits && ((is_unquoted(word, "-") && sources_.standard_input) || is_of_another_process(word));
+}
+
 const std::string& Secrets::read(const Word& word, const std::string& name, std::size_t line)
 {
-    if (sources_.input_waits && sources_.standard_input && !word.quoted && word.text == "-") {
-        return word.text;
-    }
-    if (sources_.prompts_wait && is_prompt(word)) {
-        postponed_ = true;
+    if (waits(word)) {
+        postponed_ = postponed_ || is_prompt(word);
         return word.text;
     }
     const auto place = std::pair(line, word.index);
     const auto known = known_.find(place);
-    return known != known_.end() ? known->second
-                                 : known_.emplace(place, read_secret(word, name, sources_)).first->second;
+    if (known != known_.end()) {
+        return known->second;
+    }
+    return known_.emplace(place, is_prompt(word) ? prompted(name) : read_secret(word, sources_)).first->second;
 }
 
-bool Secrets::ask_now()
+std::string Secrets::prompted(const std::string& name)
+{
+    const auto terminal = terminal_ == nullptr ? std::make_shared<QuietTerminal>() : terminal_;
+    terminal_ = asking_ ? terminal : nullptr;
+    return terminal->line(name);
+}
+
+void Secrets::ask(const std::function<void()>& read_lines)
 {
     sources_.prompts_wait = false;
-    return postponed_;
+    if (postponed_) {
+        asking_ = true;
+        read_lines();
+        asking_ = false;
+        terminal_.reset();
+    }
 }
 
 bool is_secret_source(const Word& word)
 {
     return !word.quoted && (word.text.starts_with('@') || word.text == "-" || word.text == "?");
+}
+
+void take_descriptors()
+{
+    for (int descriptor = first_descriptor; descriptor < most_descriptors; descriptor++) {
+        given_descriptors()[static_cast<std::size_t>(descriptor)] = fcntl(descriptor, F_SETFD, FD_CLOEXEC) == 0;
+    }
+}
+
+std::filesystem::path credentials_directory()
+{
+    const char* const directory = std::getenv("CREDENTIALS_DIRECTORY");
+    return directory != nullptr ? directory : "";
+}
+
+Word word_of_file(std::string_view path)
+{
+    const bool looks_otherwise = path.starts_with(credential_scheme) || path.starts_with(descriptor_scheme);
+    return {{.text = fmt::format("@{}{}", looks_otherwise ? "./" : "", path)}};
 }
 
 } // namespace vorcfg::input

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
@@ -12,7 +11,7 @@
 
 #include "input/input_error.hpp"
 #include "input/options.hpp"
-#include "input/secret.hpp"
+#include "input/state.hpp"
 #include "rows/families.hpp"
 #include "rows/reading.hpp"
 #include "text/file.hpp"
@@ -22,20 +21,6 @@ namespace vorcfg::prompt {
 namespace {
 
 constexpr std::string_view name = "history";
-
-std::filesystem::path state_directory()
-{
-    const auto of = [](const char* variable) {
-        const char* const value = std::getenv(variable);
-        return std::filesystem::path(value != nullptr ? value : "");
-    };
-    const std::filesystem::path state = of("XDG_STATE_HOME");
-    const std::filesystem::path home = of("HOME");
-    if (state.is_absolute()) {
-        return state / "vorcfg";
-    }
-    return home.is_absolute() ? home / ".local/state/vorcfg" : "";
-}
 
 void append(const std::string& path, int flags, std::string_view text)
 {
@@ -68,13 +53,8 @@ bool may_be_kept(std::string_view line)
 
 LineHistory::LineHistory()
 {
-    const std::filesystem::path directory = state_directory();
-    std::error_code failed;
-    if (directory.empty()) {
-        return;
-    }
-    std::filesystem::create_directories(directory.parent_path(), failed);
-    if (mkdir(directory.c_str(), S_IRWXU) == 0 || std::filesystem::is_directory(directory, failed)) {
+    const std::filesystem::path directory = input::state_directory();
+    if (!directory.empty() && input::make_private(directory)) {
         path_ = directory / name;
     }
 }

@@ -4,9 +4,17 @@
 #include <cstdint>
 #include <limits>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace vorcfg::rows {
+
+struct Value;
+
+// What no site intends to give, in words after the argument's name; empty: nothing.
+using Doubt = std::string (*)(const Value& value);
+std::string doubt_about_port(const Value& value); // 0
+std::string doubt_about_mask(const Value& value); // holes
 
 // The C type of an argument.
 enum class Type : std::uint8_t { uint8, byte, int16, uint16, int32, uint32, text, result };
@@ -56,6 +64,7 @@ struct Argument {
     std::span<const Choice> choices{};
     std::string_view decided_by{}; // an earlier argument: this one is sent only where that is `decided_at`
     Choice decided_at{};
+    Doubt doubt = nullptr;
 
     constexpr Argument() = default;
     constexpr Argument(const char* its_name, Kind its_kind = Kind::by_type) : name(its_name), kind(its_kind) {}
@@ -68,6 +77,7 @@ struct Argument {
     constexpr Argument at_most(std::uint16_t bytes) const { auto a = *this; a.most_bytes = bytes; return a; }
     constexpr Argument between(std::int64_t least, std::int64_t most) const { auto a = *this; a.range = {least, most}; return a; }
     constexpr Argument only_where(std::string_view other, Choice is) const { auto a = *this; a.decided_by = other; a.decided_at = is; return a; }
+    constexpr Argument warns(Doubt about) const { auto a = *this; a.doubt = about; return a; }
     template <class T> // the type that the call cuts it to
     constexpr Argument fits() const { auto a = *this; a.range = range_of<T>; return a; }
     constexpr Argument choices_of(std::span<const Choice> words) const { auto a = *this; a.choices = words; return a; }
@@ -82,9 +92,10 @@ constexpr Argument object(const char* name) { return Argument(name).object(); }
 constexpr Argument unsent(const char* name) { return Argument(name).unsent(); }
 constexpr Argument number(const char* name) { return {name, Kind::number}; }
 constexpr Argument count(const char* name) { return number(name).counted(); }
-constexpr Argument port(const char* name) { return number(name).fits<std::uint16_t>(); } // whatever its C type
+constexpr Argument port(const char* name) { return number(name).fits<std::uint16_t>().warns(doubt_about_port); } // whatever its C type
 constexpr Argument text(const char* name) { return {name, Kind::text}; }
 constexpr Argument ipv4(const char* name) { return {name, Kind::ipv4}; }
+constexpr Argument netmask(const char* name) { return ipv4(name).warns(doubt_about_mask); }
 template <class T> // the type that the call cuts the number in the text to
 constexpr Argument decimal(const char* name) { return Argument(name, Kind::decimal).fits<T>(); }
 // One of the words, and nothing else.

@@ -22,6 +22,7 @@ struct Draft {
         return on(Channel::konfd).with(&Row::lines, lines);
     }
     consteval Draft sends(std::span<const RecordField> record) const { return with(&Row::record, record); }
+    consteval Draft warns(std::span<const Rule> rules) const { return with(&Row::rules, rules); }
     consteval Draft on(Channel channel) const { return with(&Row::channel, channel); }
 
     template <class Member>

@@ -37,9 +37,9 @@ namespace {
 std::string read_secret(const Reading& reading, const Argument& argument, std::size_t index)
 try {
     const input::Place& place = reading.place;
-    const std::string name = place.file.empty() ? std::string(argument.name) // as a prompt shows it
-                                                : fmt::format("{}:{}: {}: {}", place.file, place.line,
-                                                              reading.row.full_name(), argument.name);
+    const std::string name = // as a prompt shows it
+        fmt::format("{}{}: {}", place.file.empty() ? "" : fmt::format("{}:{}: ", place.file, place.line),
+                    reading.row.full_name(), argument.name);
     return reading.secrets.read(reading.words[index], name, place.line);
 } catch (input::InputError& error) {
     error.text = fmt::format("{}: {}", argument.name, error.text);
@@ -112,6 +112,7 @@ Value Reading::value(const Argument& argument, std::size_t index)
         value.text = argument.kind == Kind::decimal ? std::to_string(value.number) : "";
         return value;
     }
+    value.awaited = argument.is_secret && secrets.waits(words[index]);
     value.text = argument.is_secret ? read_secret(*this, argument, index) : words[index].text;
     check_text(*this, argument, value.text, index);
     return value;

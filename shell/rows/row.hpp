@@ -30,6 +30,7 @@ struct Value {
     bool hexadecimal = false; // as it was typed
     std::string text{};
     bool secret = false;
+    bool awaited = false; // a secret that is not read yet
     bool given = true;    // false: an optional one that was left out
     std::size_t word = 0; // its index in the line
 };
@@ -67,7 +68,12 @@ struct RecordField {
 
 struct Family;
 struct Row;
-struct Reading; // rows/reading.hpp
+struct Reading;  // rows/reading.hpp
+struct SiteLine; // rows/rule.hpp, as the next two
+class SiteLines;
+struct Finding;
+// What is wrong with a call among those of its file, though it is accepted.
+using Rule = Finding (*)(const SiteLine& line, const SiteLines& site);
 
 struct Row {
     const Family* family = nullptr;
@@ -89,6 +95,7 @@ struct Row {
     std::string_view usage{}; // then: its usage, and what the words mean
     std::string_view usage_help{};
     std::string_view used_by{}; // of a call that makes no sense on its own
+    std::span<const Rule> rules{};
 
     constexpr bool has(Marks mark) const { return (marks & mark) != 0; }
     bool is_setting() const; // the gateway has something else afterwards, if its arguments say so

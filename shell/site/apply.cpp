@@ -108,7 +108,7 @@ public:
             if (!call::changes_nothing(call)) {
                 call::check_confirmed(call, options_);
             }
-            planner_.add(call);
+            planner_.add(call, machine_.key_of(call, SecretKey::Missing::left));
         };
         const int exit = call::check(batch_, each, output::error_printer(options_.json), !options_.json);
         if (options_.from > batch_.line()) {

@@ -204,7 +204,7 @@ CallBegun Journal::begun(const call::PreparedCall& call) const
             .at = machine_.clock.stamp(),
             .file = call.place.file,
             .line = call.place.line,
-            .key = call::key_of(call)};
+            .key = machine_.key_of(call, SecretKey::Missing::made)};
 }
 
 void Journal::begin(const call::PreparedCall& call)

@@ -155,7 +155,8 @@ Machine this_machine(bool json)
 {
     static SystemClock clock;
     static DiskOfThisMachine disk;
-    return {clock, disk, [json](const std::string& text) { output::print_notice(text, {}, json, stderr); }};
+    const auto note = [json](const std::string& text) { output::print_notice(text, {}, json, stderr); };
+    return {clock, disk, note, std::make_shared<SecretKey>(secret_key_path(), note)};
 }
 
 namespace {

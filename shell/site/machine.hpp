@@ -1,5 +1,5 @@
-// machine.hpp: what a site's commands need of the machine: its clock, and the disk with the journals. A test has its
-// own.
+// machine.hpp: what a site's commands need of the machine: its clock, the disk with the journals, and the key of
+// this user. A test has its own.
 #pragma once
 
 #include <chrono>
@@ -8,6 +8,8 @@
 #include <memory>
 #include <string>
 #include <string_view>
+
+#include "site/secret_key.hpp"
 
 namespace vorcfg::site {
 
@@ -57,6 +59,12 @@ struct Machine {
     Clock& clock;
     Disk& disk;
     std::function<void(const std::string&)> note; // says what a user should know about a journal
+    std::shared_ptr<SecretKey> secret_key{};      // null: secrets are not compared
+
+    call::CallKey key_of(const call::PreparedCall& call, SecretKey::Missing missing) const
+    {
+        return secret_key != nullptr ? secret_key->key_of(call, missing) : call::key_of(call);
+    }
 };
 
 Machine this_machine(bool json = false);

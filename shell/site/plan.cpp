@@ -6,6 +6,8 @@
 #include <set>
 #include <utility>
 
+#include <fmt/core.h>
+
 namespace vorcfg::site {
 
 std::size_t PlanTally::up_to_date() const
@@ -40,7 +42,16 @@ bool Plan::is_due(std::size_t line) const
     return found != lines.end() && found->place.line == line && found->due;
 }
 
-void Planner::add(const call::PreparedCall& call)
+SecretState PlanLine::secret() const
+{
+    const Entry* const other = state == LineState::unknown ? open : before;
+    if (!key.secret || other == nullptr || !key.can_compare_secret(other->begun.key)) {
+        return SecretState::not_compared;
+    }
+    return key.fingerprint == other->begun.key.fingerprint ? SecretState::same : SecretState::changed;
+}
+
+void Planner::add(const call::PreparedCall& call, call::CallKey key)
 {
     if (call::changes_nothing(call)) {
         asking_++;
@@ -50,11 +61,17 @@ void Planner::add(const call::PreparedCall& call)
     for (const rows::Value& value : call.values) {
         secrets = value.secret ? secrets * 31 + std::hash<std::string>()(value.text) : secrets;
     }
-    call::CallKey key = call::key_of(call);
     std::vector<call::Setting> settings = call::settings_of(key);
     lines_.push_back({{.place = call.place, .key = std::move(key), .hexadecimal = call::hexadecimal_of(call)},
                       std::move(settings),
                       secrets});
+    lines_.back().shown.findings = rows::findings_about(*call.row, call.values);
+    if (rows::has_rules(*call.row->family)) {
+        site_.push_back({call.row, call.values, call.place.line});
+        for (rows::Value& value : site_.back().values) {
+            value.text = value.secret ? "" : value.text;
+        }
+    }
 }
 
 namespace {
@@ -117,14 +134,15 @@ void Planner::find_returning(std::vector<Line>& lines, const Ledger& ledger) con
     for (Line& line : lines) {
         all[line.settings].push_back(&line);
     }
-    for (const auto& [settings, same] : all) {
+    for (const auto& each : all) {
+        const std::vector<Line*>& same = each.second;
         PlanLine& last = same.back()->shown;
         const auto is_earlier = [&](const Line* line) { return line != same.back() && line->shown.key == last.key; };
         if (!last.is_up_to_date() || std::ranges::none_of(same, is_earlier)) {
             continue;
         }
         const PlanLine& before = same[same.size() - 2]->shown;
-        const auto& replaced = ledger.of(settings.front()).current->begun.replaces;
+        const auto& replaced = ledger.of(each.first.front()).current->begun.replaces;
         const auto& entries = ledger.entries();
         if (before.key != last.key &&
             (!replaced || entries[static_cast<std::size_t>(*replaced - 1)].begun.key != before.key)) {
@@ -201,8 +219,21 @@ void Planner::find_contradictions(std::vector<Line>& lines)
         const Line& other = *std::exchange(same->second, &lines[i]);
         if (!is_last && !other.shown.key.row->has(rows::acts) &&
             (lines[i].shown.key != other.shown.key || lines[i].secrets != other.secrets)) {
-            lines[i].shown.differs_from = other.shown.place.line;
+            const std::size_t number = other.shown.place.line;
+            lines[i].shown.findings.push_back({fmt::format("line {} sets it differently", number), number});
         }
+    }
+}
+
+void Planner::find_doubts(std::vector<Line>& lines) const
+{
+    const rows::SiteLines site(site_);
+    auto line = lines.begin();
+    for (const rows::SiteLine& one : site_) {
+        while (line->shown.place.line != one.number) {
+            ++line;
+        }
+        std::ranges::move(rows::findings_about(one, site), std::back_inserter(line->shown.findings));
     }
 }
 
@@ -233,13 +264,15 @@ Plan Planner::against(const Ledger& ledger, Again again) const
     find_returning(lines, ledger);
     find_overtaken(lines, ledger);
     find_contradictions(lines);
+    find_doubts(lines);
     for (Line& line : lines) {
         PlanLine& shown = line.shown;
         const bool is_open = shown.state == LineState::fresh || shown.state == LineState::changed;
         if (is_open && shown.failed != nullptr) {
             shown.state = failed_state(*shown.failed);
         }
-        if ((shown.is_up_to_date() && again == Again::all) || (shown.is_not_compared() && again == Again::secrets)) {
+        if ((shown.is_up_to_date() && again == Again::all) ||
+            (shown.has_secret_in_effect() && again == Again::secrets)) {
             shown.state = LineState::again;
         }
     }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "call/batch.hpp"
+#include "rows/rule.hpp"
 #include "site/ledger.hpp"
 
 namespace vorcfg::site {
@@ -50,6 +51,8 @@ constexpr const LineStateName& name_of(LineState state)
     return line_states[static_cast<std::size_t>(state)];
 }
 
+enum class SecretState { not_compared, same, changed };
+
 struct PlanLine {
     input::Place place{}; // its line is 0 where it is not in the file
     call::CallKey key;
@@ -60,13 +63,16 @@ struct PlanLine {
     const Entry* open = nullptr;   // may have been made since, without a verdict
     const Entry* failed = nullptr; // the same call, tried last
     bool can_be_reverted = false;
-    std::size_t differs_from = 0; // a line that says something else about the same thing
-    std::size_t follows = 0;      // of one made again: the line of its family before it that was made since
-    std::size_t precedes = 0;     // or the act after it that is made again
+    std::size_t follows = 0;               // of one made again: the line of its family before it that was made since
+    std::size_t precedes = 0;              // or the act after it that is made again
+    std::vector<rows::Finding> findings{}; // to warn about
 
     bool is_up_to_date() const { return LineState::accepted <= state && state <= LineState::overtaken; }
+    // Its secret beside that of the call in effect, or of the one without a verdict.
+    SecretState secret() const;
+    bool has_secret_in_effect() const { return key.secret && is_up_to_date() && state != LineState::overtaken; }
     // Up to date, but its secret may have changed since.
-    bool is_not_compared() const { return key.secret && is_up_to_date() && state != LineState::overtaken; }
+    bool is_not_compared() const { return has_secret_in_effect() && secret() == SecretState::not_compared; }
 };
 
 struct Selection {
@@ -109,7 +115,8 @@ class Planner {
 public:
     explicit Planner(Selection selection) : selection_(selection) {}
 
-    void add(const call::PreparedCall& call);
+    void add(const call::PreparedCall& call) { add(call, call::key_of(call)); }
+    void add(const call::PreparedCall& call, call::CallKey key);
     Plan against(const Ledger& ledger, Again again = Again::none) const;
 
 private:
@@ -127,9 +134,11 @@ private:
     bool find_following(std::vector<Line>& lines, const Ledger& ledger) const;
     void find_removed(Plan& plan, const Ledger& ledger) const;
     static void find_contradictions(std::vector<Line>& lines);
+    void find_doubts(std::vector<Line>& lines) const;
 
     const Selection selection_;
     std::vector<Line> lines_;
+    std::vector<rows::SiteLine> site_; // those of families with rules
     std::size_t asking_ = 0;
 };
 

@@ -95,6 +95,7 @@ call::CallKey key_in(const Json& json)
     }
     call::CallKey key = call::key_of(*row, std::move(values), json.contains("secret"));
     key.unknown = std::move(unknown);
+    key.fingerprint = json.value("secret_hmac", "");
     return key;
 }
 
@@ -133,6 +134,7 @@ Json json_of(const CallBegun& record)
     json["call"] = record.key.row->full_name();
     json["arguments"] = values_json(record.key);
     json.add("secret", record.key.secret);
+    json.add("secret_hmac", record.key.fingerprint);
     json.add("replaces", record.replaces);
     json.add("takes_back", record.takes_back);
     return json;

@@ -87,6 +87,12 @@ std::string failure_text(const Entry& failed)
     return fmt::format("{}, {}", failed.ended.verdict, minute_of(failed.ended.at));
 }
 
+std::string_view name_of(SecretState secret)
+{
+    static constexpr std::string_view names[] = {"not compared", "same", "changed"};
+    return names[static_cast<std::size_t>(secret)];
+}
+
 bool is_failed(const PlanLine& line)
 {
     return line.state == LineState::refused || line.state == LineState::not_delivered;
@@ -137,8 +143,10 @@ std::string detail_of(const PlanLine& line)
     if (std::string text = state_text(line); !text.empty()) {
         parts.push_back(std::move(text));
     }
-    if (line.key.secret && (line.state == LineState::changed || line.state == LineState::unknown)) {
-        parts.emplace_back("secret not compared");
+    const SecretState secret = line.secret();
+    const bool compares = line.state == LineState::changed || line.state == LineState::unknown;
+    if (line.key.secret && (compares ? secret != SecretState::same : secret == SecretState::changed)) {
+        parts.push_back(fmt::format("secret {}", name_of(secret)));
     }
     return vor::joined(parts, "; ");
 }
@@ -189,7 +197,7 @@ std::string json_of(const PlanLine& line, const Shown& to)
     json["call"] = line.key.row->full_name();
     json["arguments"] = values_json(line.key);
     if (line.key.secret) {
-        json["secret"] = "not compared";
+        json["secret"] = name_of(line.secret());
     }
     json["state"] = name_of(line.state).name;
     json["in_file"] = line.place.line != 0;
@@ -411,11 +419,12 @@ void print_warnings(const Plan& plan, const Shown& to)
 {
     std::set<std::string> said;
     for (const PlanLine& line : plan.lines) {
-        const std::string name = call::name_of(line.key, line.hexadecimal);
-        if (line.differs_from != 0 && said.insert(name).second) {
-            output::print_warning(fmt::format("{}: line {} sets it differently", name, line.differs_from),
-                                  {to.file, line.place.line, to.json ? line.place.column : 0}, to.json,
-                                  line.differs_from);
+        for (const rows::Finding& finding : line.findings) {
+            const std::string text = fmt::format("{}: {}", call::name_of(line.key, line.hexadecimal), finding.text);
+            if (said.insert(text).second) {
+                output::print_warning(text, {to.file, line.place.line, to.json ? line.place.column : 0}, to.json,
+                                      finding.other_line);
+            }
         }
     }
 }

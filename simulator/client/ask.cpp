@@ -129,6 +129,10 @@ std::string ask(const std::string& line, const std::optional<std::string>& docum
     if (!more || answer.empty()) {
         throw std::runtime_error(more ? at_its_end : otherwise);
     }
+    if (answer.back() != '\0') {
+        throw unavailable("closed the connection within its answer");
+    }
+    answer.pop_back();
     return checked(answer);
 }
 

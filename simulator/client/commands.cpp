@@ -44,7 +44,11 @@ int pass_on(const server::CommandRow& row, const Arguments& arguments)
 {
     std::optional<std::string> document;
     if (row.carries_document && arguments.size() > 1) {
-        document = vor::joined(record::stored_lines(state_in(arguments[1])), "\n");
+        try {
+            document = vor::joined(record::stored_lines(state_in(arguments[1])), "\n");
+        } catch (const vor::JsonError& error) {
+            throw std::runtime_error(fmt::format("{}: {}", arguments[1], error.what()));
+        }
     }
     print(ask(line_of(arguments, row.raw), document));
     return 0;

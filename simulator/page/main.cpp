@@ -38,7 +38,7 @@ int main(int argc, char** argv)
     for (const int signal_number : {SIGTERM, SIGINT, SIGHUP, SIGPIPE}) {
         std::signal(signal_number, SIG_IGN); // it ends when the gateway does
     }
-    vor::report_size_limit();
+    vor::ignore_size_signal();
     try {
         const Descriptor listener(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
         const std::uint16_t port = port_of(listener);

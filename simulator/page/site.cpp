@@ -171,22 +171,34 @@ Response Site::answer(const Request& request)
     return {.status = not_found, .body = "not found\n"};
 }
 
+// After a failure, others fail at once for a while: a stopped gateway would keep each waiting.
+std::string Site::ask(const std::string& command)
+{
+    if (std::chrono::steady_clock::now() < failing_until_) {
+        throw std::runtime_error(failure_);
+    }
+    const auto begun = std::chrono::steady_clock::now();
+    try {
+        return client::ask(command, {}, patience);
+    } catch (const std::exception& error) {
+        const auto end = std::chrono::steady_clock::now();
+        failure_ = error.what();
+        failing_until_ = end - begun >= patience ? end + between_beats : failing_until_;
+        throw;
+    }
+}
+
 Response Site::state()
 {
     const auto now = std::chrono::steady_clock::now();
-    if (now >= state_due_) {
-        state_error_.clear();
-        try {
-            state_ = client::ask("overview", {}, patience);
-        } catch (const std::exception& error) {
-            state_error_ = error.what();
+    try {
+        if (now >= state_due_) {
+            state_ = ask("overview");
+            const auto end = std::chrono::steady_clock::now();
+            state_due_ = end + std::max<sockets::Loop::Time::duration>(state_lasts, state_share * (end - now));
         }
-        const auto end = std::chrono::steady_clock::now();
-        state_due_ =
-            end + std::clamp<sockets::Loop::Time::duration>(state_share * (end - now), state_lasts, between_beats);
-    }
-    if (!state_error_.empty()) {
-        return {.status = unavailable, .body = fmt::format("{}\n", state_error_)};
+    } catch (const std::exception& error) {
+        return {.status = unavailable, .body = fmt::format("{}\n", error.what())};
     }
     return {.type = "application/json",
             .body = fmt::format("{{\"control\":{},\"watched\":{},\"gateway\":{}}}\n", settings_.control,
@@ -211,7 +223,7 @@ Response Site::execute(const std::string& command)
         return {.status = bad_request, .body = "expected fault, stop, start, set or reset\n"};
     }
     try {
-        return {.body = client::ask(command, {}, patience)};
+        return {.body = ask(command)};
     } catch (const server::UsageError& error) {
         return {.status = bad_request, .body = fmt::format("{}\n", error.what())};
     } catch (const std::exception& error) {

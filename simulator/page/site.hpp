@@ -49,6 +49,7 @@ private:
     Response state();
     Response events(const Request& request);
     Response execute(const std::string& command);
+    std::string ask(const std::string& command);
     // Watches the gateway; reconnects when it has to.
     void watch();
     void receive();
@@ -58,9 +59,10 @@ private:
     Feed feed_;
     std::unique_ptr<client::EventStream> watch_;
     sockets::Loop::Time next_beat_;
-    std::string state_;       // shared by all requests for a moment
-    std::string state_error_; // why there is none
+    std::string state_; // shared by all requests for a moment
     sockets::Loop::Time state_due_{};
+    std::string failure_; // of the gateway to answer in time
+    sockets::Loop::Time failing_until_{};
     Http http_;
 };
 

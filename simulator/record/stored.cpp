@@ -1,5 +1,6 @@
 #include "record/stored.hpp"
 
+#include <algorithm>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -63,34 +64,32 @@ std::optional<gateway::Decoded> stored_call(std::uint16_t sap, const std::string
 
 constexpr std::size_t deepest_line = 16;
 
-void store_konfd(konfd::Konfd& konfd, const Json& json)
+void store_konfd(konfd::Konfd& konfd, const Json& json, std::vector<std::string>& path)
 {
     const std::string& line = json.at("line").string();
-    const Json::Array& under = json.at("konfd").elements();
+    const auto depth = json.at("konfd").number<std::size_t>();
     if (line.ends_with(vor::mask) && konfd::without_secret(line) == line && line != vor::mask) {
         throw std::runtime_error(
             fmt::format("konfd's line \"{}\" is masked (write the state with --show-secrets)", line));
     }
+    path.resize(std::min(depth, path.size()));
     std::string command = fmt::format("-s -l \"{}\" -p {}", line, json.value("priority", 0));
-    for (const Json& part : under) {
-        command += fmt::format(" \"{}\"", part.string());
+    for (const std::string& part : path) {
+        command += fmt::format(" \"{}\"", part);
     }
-    if (under.size() > deepest_line || konfd.execute(command).answer != "-o\n") {
+    if (depth > std::min(deepest_line, path.size()) || konfd.execute(command).answer != "-o\n") {
         throw std::runtime_error(
             fmt::format("cannot store konfd's line {}", vor::quoted(line, values::longest_in_line)));
     }
+    path.push_back(line);
 }
 
-void add_lines(std::vector<std::string>& all, const Json& lines, Json::Array& path)
+void add_lines(std::vector<std::string>& all, const Json& lines, std::size_t depth)
 {
     for (const Json& one : lines.elements()) {
-        const Json& line = one.at("line");
-        all.push_back(
-            vor::dump({{"konfd", Json::array(path)}, {"line", line}, {"priority", one.value("priority", 0)}}));
+        all.push_back(vor::dump({{"konfd", depth}, {"line", one.at("line")}, {"priority", one.value("priority", 0)}}));
         if (const Json* const under = one.find("under")) {
-            path.push_back(line);
-            add_lines(all, *under, path);
-            path.pop_back();
+            add_lines(all, *under, depth + 1);
         }
     }
 }
@@ -172,17 +171,16 @@ std::vector<std::string> stored_lines(const Json& document)
         }
     }
     if (const Json* const lines = document.find("konfd")) {
-        Json::Array path;
-        add_lines(all, *lines, path);
+        add_lines(all, *lines, 0);
     }
     return all;
 }
 
-void store(std::string_view line, gateway::State& state, konfd::Konfd& konfd)
+void Storing::take(std::string_view line)
 {
     const Json json = Json::parse(line);
     if (json.contains("konfd")) {
-        store_konfd(konfd, json);
+        store_konfd(konfd, json, path_);
         return;
     }
     const auto sap = json.at("sap").number<std::uint16_t>();

@@ -28,7 +28,19 @@ vor::Json json_of(const Counters& counters, std::uint64_t lines_lost, const gate
 
 // A line of JSON for each setting and each of konfd's lines of such a document. Throws a JsonError.
 std::vector<std::string> stored_lines(const vor::Json& document);
-// Stores such a line. Throws for anything else, for a masked line, and where there is no more room.
-void store(std::string_view line, gateway::State& state, konfd::Konfd& konfd);
+// What such lines store, from the first on.
+class Storing {
+public:
+    explicit Storing(const konfd::Konfd::Settings& settings) : konfd(settings) {}
+
+    // Throws for anything else, for a masked line, and where there is no more room.
+    void take(std::string_view line);
+
+    gateway::State state;
+    konfd::Konfd konfd;
+
+private:
+    std::vector<std::string> path_; // of the last of konfd's lines
+};
 
 } // namespace vorsim::record

@@ -203,25 +203,24 @@ public:
     bool go_on(World& world)
     {
         constexpr int lines_in_a_turn = 20;
-        konfd::Konfd& konfd = konfd_ ? *konfd_ : konfd_.emplace(world.settings_of_konfd);
+        record::Storing& stored = stored_ ? *stored_ : stored_.emplace(world.settings_of_konfd);
         for (int left = lines_in_a_turn; begin_ < lines_.size(); --left) {
             if (left == 0) {
                 return false;
             }
             const std::size_t end = std::min(lines_.find('\n', begin_), lines_.size());
-            record::store(std::string_view(lines_).substr(begin_, end - begin_), state_, konfd);
+            stored.take(std::string_view(lines_).substr(begin_, end - begin_));
             begin_ = end + 1;
         }
-        world.gateway.hold(std::move(state_));
-        world.konfd = std::move(konfd);
+        world.gateway.hold(std::move(stored.state));
+        world.konfd = std::move(stored.konfd);
         return true;
     }
 
 private:
     std::string lines_;
     std::size_t begin_ = 0; // of the next
-    gateway::State state_;
-    std::optional<konfd::Konfd> konfd_;
+    std::optional<record::Storing> stored_;
 };
 
 Command read_load(std::string_view text)

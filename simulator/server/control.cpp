@@ -54,7 +54,8 @@ void Control::listen(const std::string& path)
         [this](sockets::Descriptor socket) { welcome(std::move(socket)); });
     loop_.in_turn([this] { return answer_all(); });
     const auto end = [](const auto& one) {
-        return one.second.mode == Mode::answer ? std::optional(one.second.since + sockets::too_slow) : std::nullopt;
+        const auto since = one.second.slow_since();
+        return since ? std::optional(*since + sockets::dropped_after) : std::nullopt;
     };
     loop_.at([this, end] { return sockets::earliest(clients_, end); }, [this] { drop_slow(); });
 }
@@ -105,8 +106,7 @@ bool Control::answer_all()
         auto answer = answer_to(client->second);
         client->second.since = std::chrono::steady_clock::now();
         if (answer) {
-            client->second.output = std::move(*answer);
-            write_some(descriptor);
+            finish(descriptor, std::move(*answer));
         } else {
             requested_.push_back(descriptor);
         }
@@ -132,7 +132,7 @@ std::optional<std::string> Control::answer_to(Client& client)
         if (std::holds_alternative<Quit>(command)) {
             client.mode = Mode::wait; // until the process ends, and the connection with it
             loop_.stop();
-            return "+";
+            return std::string{'+', end_of_request};
         }
         client.request = std::get<Request>(command);
         return answer_to(client);
@@ -190,8 +190,7 @@ void Control::note(const std::string& call, const std::string& object)
         Client& client = (next++)->second; // writing may drop it
         if (client.mode == Mode::wait && !call.empty() && matches(client.wait, call, object)) {
             client.mode = Mode::answer;
-            client.output += "+";
-            write_some(descriptor);
+            finish(descriptor, client.output + "+");
         }
     }
 }
@@ -224,6 +223,16 @@ void Control::publish(const values::Record& record, const std::string& json)
     }
 }
 
+void Control::finish(int descriptor, std::string answer)
+{
+    Client& client = clients_.at(descriptor);
+    client.output = std::move(answer);
+    if (client.mode == Mode::answer) {
+        client.output += end_of_request;
+    }
+    write_some(descriptor);
+}
+
 void Control::write_some(int descriptor)
 {
     Client& client = clients_.at(descriptor);
@@ -231,9 +240,6 @@ void Control::write_some(int descriptor)
     if (sent < 0 && errno != EAGAIN && errno != EINTR) {
         drop_client(descriptor);
         return;
-    }
-    if (sent > 0 && client.mode != Mode::answer) {
-        client.since = std::chrono::steady_clock::now();
     }
     client.output.erase(0, static_cast<std::size_t>(std::max<ssize_t>(sent, 0)));
     if (!client.output.empty()) {
@@ -248,15 +254,18 @@ void Control::write_some(int descriptor)
 // They have not sent their request, or taken its answer, in time.
 void Control::drop_slow()
 {
-    const auto end = std::chrono::steady_clock::now() - sockets::too_slow;
+    const auto end = std::chrono::steady_clock::now() - sockets::dropped_after;
     for (auto next = clients_.begin(); next != clients_.end();) {
         const auto& [descriptor, client] = *next++;
-        if (client.mode == Mode::answer && client.since <= end) {
-            sockets::send_now(descriptor,
-                              fmt::format("-the request took longer than {} s\n",
-                                          std::chrono::duration_cast<std::chrono::seconds>(sockets::too_slow).count()));
-            drop_client(descriptor);
+        if (client.slow_since().value_or(sockets::Loop::Time::max()) > end) {
+            continue;
         }
+        if (client.output.empty()) {
+            const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(sockets::dropped_after).count();
+            sockets::send_now(descriptor,
+                              fmt::format("-the request took longer than {} s\n{}", seconds, end_of_request));
+        }
+        drop_client(descriptor);
     }
 }
 

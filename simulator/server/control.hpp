@@ -1,7 +1,7 @@
 // control.hpp: the control socket of the running gateway.
 //
 // A request is a command's line, after the line's end the document that it carries, and a zero byte. The answer begins
-// with a byte that gives its kind, and ends with the connection:
+// with a byte that gives its kind, and ends with a zero byte, too; without one, it is not whole:
 //   +  the result
 //   -  an error
 //   ?  a usage error
@@ -49,7 +49,7 @@ private:
     enum class Mode : std::uint8_t { answer, watch, wait };
     struct Client {
         sockets::Descriptor socket;
-        sockets::Loop::Time since; // when it connected or was served, or a watching client took something last
+        sockets::Loop::Time since; // when it connected, or was answered
         std::string input{};
         std::string output{};
         Request request{}; // under way
@@ -57,6 +57,12 @@ private:
         Wait wait{};
         WatchRequest watch{};
         std::uint64_t dropped{};
+
+        // Those that watch or wait are not slow: nothing is expected of them.
+        std::optional<sockets::Loop::Time> slow_since() const
+        {
+            return mode == Mode::answer ? std::optional(since) : std::nullopt;
+        }
     };
     using Clients = std::map<int, Client>;
 
@@ -64,6 +70,7 @@ private:
     void read_request(int descriptor);
     bool answer_all();
     std::optional<std::string> answer_to(Client& client);
+    void finish(int descriptor, std::string answer);
     void drop_slow();
     std::string watch(Client& client, const WatchRequest& wanted);
     std::string wait(Client& client, const Wait& wanted);

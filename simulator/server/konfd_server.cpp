@@ -92,7 +92,7 @@ bool KonfdServer::serve_one()
 
 void KonfdServer::answer(Client& client, konfd::Exchange exchange)
 {
-    client.since = std::chrono::steady_clock::now();
+    client.since = exchange.reply.record.complained ? client.since : std::chrono::steady_clock::now();
     client.ended = client.ended || exchange.too_slow;
     KonfdExchange whole{client.number, client.arrived, std::move(exchange)};
     const faults::ReplyFault fault = on_exchange_(whole);

@@ -32,7 +32,7 @@ private:
         sockets::Descriptor socket;
         konfd::ClientSession session;
         std::uint64_t number{};
-        sockets::Loop::Time since; // when it connected, or its last text was executed
+        sockets::Loop::Time since; // when it connected, or its last text was accepted
         std::chrono::system_clock::time_point arrived{};
         std::string input{};
         std::string output{};
@@ -40,6 +40,8 @@ private:
         sockets::Loop::Time rest_due{};
         bool answer_unread{};
         bool ended{}; // sends no more, or is gone
+
+        std::optional<sockets::Loop::Time> slow_since() const { return since; }
     };
     using Clients = std::map<int, Client>;
 

@@ -48,26 +48,27 @@ private:
 };
 
 // A client that has completed nothing for so long may be dropped for another.
-inline constexpr std::chrono::milliseconds slow{200};
+inline constexpr std::chrono::milliseconds may_be_dropped_after{50};
 // A client whose request takes so long to arrive is dropped.
-inline constexpr std::chrono::milliseconds too_slow{10000};
+inline constexpr std::chrono::milliseconds dropped_after{10000};
 
-// Drops the slowest client, if it is slow and a place is needed. False: there is still no room.
+// Drops the slowest client, if a place is needed and one is slow. False: there is still no room.
 template <class Clients, class Drop>
 bool make_room_among(Clients& clients, std::size_t most, bool no_descriptor, Drop drop)
 {
     if (clients.size() < most && !no_descriptor) {
         return true;
     }
-    const auto slowest = std::ranges::min_element(clients, {}, [](const auto& one) { return one.second.since; });
-    if (slowest != clients.end() && std::chrono::steady_clock::now() - slowest->second.since >= slow) {
+    const auto since = [](const auto& one) { return one.second.slow_since().value_or(Loop::Time::max()); };
+    const auto slowest = std::ranges::min_element(clients, {}, since);
+    if (slowest != clients.end() && since(*slowest) <= std::chrono::steady_clock::now() - may_be_dropped_after) {
         drop(slowest->first);
     }
     return clients.size() < most;
 }
 
 // Connected, or -1 inside with errno set: EAGAIN if it is not accepted in time.
-Descriptor connect_to(const std::string& path, std::chrono::milliseconds within = too_slow);
+Descriptor connect_to(const std::string& path, std::chrono::milliseconds within = dropped_after);
 
 // Whether the other end of a connection is closed for good.
 bool has_hung_up(int descriptor);

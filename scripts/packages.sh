@@ -54,7 +54,8 @@ ensure_packages() { # package:probe...
 ensure_build_packages() {
     ensure_packages cmake:cmake ninja-build:ninja g++:g++ nlohmann-json3-dev:/usr/include/nlohmann/json.hpp \
         libgtest-dev:/usr/include/gtest/gtest.h libfmt-dev:/usr/include/fmt/format.h \
-        libvalijson-dev:/usr/include/valijson/schema.hpp libmicrohttpd-dev:/usr/include/microhttpd.h
+        libvalijson-dev:/usr/include/valijson/schema.hpp libmicrohttpd-dev:/usr/include/microhttpd.h \
+        libedit-dev:/usr/include/histedit.h
 }
 
 ensure_arm_packages() {
@@ -76,7 +77,7 @@ ensure_fuzz_packages() {
 
 # Tests that need one of these are left out without it.
 ensure_optional_packages() {
-    ensure_packages zsh:zsh mandoc:mandoc libedit-dev:/usr/include/histedit.h chromium:chromium
+    ensure_packages zsh:zsh mandoc:mandoc chromium:chromium
 }
 
 # For the library alone, on its other targets. armel and 64-bit RISC-V are built when their compilers are there.

@@ -218,7 +218,8 @@ int print_help(std::span<const input::Word> words, const input::Options& options
         return brief ? print_text(help::brief_help(), options) : print_text(help::help(), options, true);
     }
     if (const input::Command* const command = input::command_named(words[0].text)) {
-        return print_text(help::help(*command), options);
+        return brief ? print_text(help::brief_help(*command), options)
+                     : print_text(help::help(*command), options, true);
     }
     if (words.size() == 1) {
         const rows::Family& family = rows::require_family(words[0].text, rows::Expected::command_or_family);
@@ -241,18 +242,25 @@ int run_list(const input::Options& options)
 
 int run_search(const input::Options& options)
 {
-    const std::string& word = required_operand(options);
-    const std::string found = help::search(word, options.json);
-    if (found.empty()) {
-        throw input::InputError{fmt::format("no call matches {}", vor::quoted(word))};
+    std::string query;
+    for (const input::Word& word : std::span(options.words).subspan(1)) {
+        query += word.text + ' ';
     }
-    return print(found);
+    if (query.find_first_not_of(" \t\n") == std::string::npos) {
+        fail_usage(options, "search needs a word");
+    }
+    return print(help::search(query, options.json, output::screen_of(options)));
 }
 
 int run_manual(const input::Options& options)
 {
-    const std::string* const page = operand(options);
-    return print_text(page != nullptr ? help::manual(*page) : vor::joined(help::manual_pages(), "\n") + "\n", options);
+    const std::string* const name = operand(options);
+    if (name == nullptr || options.json) {
+        return print_text(name != nullptr ? help::manual(*name) : vor::joined(help::manual_pages(), "\n") + "\n",
+                          options);
+    }
+    help::show_page(help::manual(*name));
+    return input::exit_ok;
 }
 
 int run_completion(const input::Options& options)
@@ -298,11 +306,15 @@ constexpr input::Command table[] = {
      run_report},
     {look_up, "list", "list [FAMILY]", "list all calls",
      "With --json, lists all that is known of each call: kinds, ranges, lengths, words and marks.", run_list},
-    {look_up, "search", "search WORD", "list the calls that mention WORD",
-     "Searches the names of calls and arguments and their descriptions.", run_search},
-    {look_up, "help", "help [FAMILY [CALL]]", "describe a family, a call or a command", "", run_help},
-    {look_up, "manual", "manual [PAGE]", "print a manual page, or list them",
-     "To read one: vorcfg manual vorcfg-gpio.1 | man -l -", run_manual},
+    {look_up, "search", "search WORD...", "find calls by what they do",
+     "Lists the calls that all the words are about, the likeliest first, by their names and descriptions, those of "
+     "their arguments and families, and by common other words: clock, apn, sim, alarm.",
+     run_search},
+    {look_up, "help", "help [COMMAND|FAMILY [CALL]]", "describe a command, a family or a call", "", run_help},
+    {look_up, "manual", "manual [PAGE]", "show a manual page, or list them",
+     "Shows the page in a pager at a terminal; elsewhere it prints its source, for man -l - or mandoc. With its "
+     "section as in vorcfg-gpio.1, or without.",
+     run_manual},
     {look_up, "completion", "completion SHELL", "print the completion script for bash or zsh",
      "To use it now: source <(vorcfg completion bash)", run_completion},
 };
@@ -341,7 +353,7 @@ int input::run(const input::Options& options)
     }
     const input::Command& command = command_for(options.words);
     if (!options.words.empty()) {
-        input::check_given(options, command.name.empty() ? "a call" : command.name);
+        input::check_given(options, command.name.empty() ? input::a_call : command.name);
         if (options.words[0].text == "complete") { // asked by the completion scripts
             return print_text(help::completions(std::span(options.words).subspan(1)), options);
         }

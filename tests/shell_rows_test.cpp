@@ -322,6 +322,9 @@ TEST(help, fits_the_screen)
         texts.emplace_back(help::brief_help(*row->family), help::help(*row->family));
         texts.emplace_back(help::brief_help(*row), help::help(*row));
     }
+    for (const input::Command& command : input::commands()) {
+        texts.emplace_back(help::brief_help(command), help::help(command));
+    }
     for (const auto& [brief, full] : texts) {
         EXPECT_LE(widest_line(brief + full), 80U) << full;
         EXPECT_LE(std::ranges::count(brief, '\n'), 24) << brief;

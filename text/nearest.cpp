@@ -37,20 +37,69 @@ std::size_t slips(std::string_view from, std::string_view to)
     return last.back();
 }
 
-// The names at the least distance, up to the limit.
+// What the words of one line do, those of the others undo, or only look at.
+constexpr std::string_view contraries[] = {
+    "accept-activate-add-allow-connect-create-enable-lock-on-open-set-start",
+    "clear-close-deactivate-delete-deny-disable-disconnect-off-refuse-remove-reset-stop-unlock-unset",
+    "get-list-read-show",
+};
+
+std::vector<std::string_view> parts_of(std::string_view name)
+{
+    std::vector<std::string_view> parts;
+    while (!name.empty()) {
+        const std::size_t end = std::min(name.find_first_of("- "), name.size());
+        parts.push_back(name.substr(0, end));
+        name.remove_prefix(std::min(end + 1, name.size()));
+    }
+    return parts;
+}
+
+bool have_any(std::span<const std::string_view> parts, std::string_view line)
+{
+    return std::ranges::any_of(parts_of(line),
+                               [parts](auto word) { return std::ranges::find(parts, word) != parts.end(); });
+}
+
+// Whether a part of what was typed, which is folded, is less like any part of the name than like a contrary of one.
+bool says_contrary(std::string_view typed, std::string_view known)
+{
+    const std::vector<std::string_view> parts = parts_of(known);
+    for (const std::string_view part : parts_of(typed)) {
+        std::size_t away = std::max<std::size_t>(part.size() / 3, 1);
+        for (const std::string_view other : parts) {
+            away = std::min(away, slips(part, other));
+        }
+        const auto is_of = [&](std::string_view line) {
+            return std::ranges::any_of(parts_of(line), [&](auto word) { return slips(part, word) <= away; });
+        };
+        for (const std::string_view line : contraries) {
+            const auto is_contrary = [&](std::string_view other) { return other != line && is_of(other); };
+            if (have_any(parts, line) && std::ranges::any_of(contraries, is_contrary)) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+// The names at the least distance from the typed one, up to the limit.
 template <class Distance>
-std::vector<std::string> at_least_distance(std::size_t limit, std::span<const std::string> known, Distance distance)
+std::vector<std::string> at_least_distance(std::string_view typed, std::size_t limit,
+                                           std::span<const std::string> known, Distance distance)
 {
     std::vector<std::string> found;
     for (const std::string& each : known) {
-        const std::size_t away = distance(each);
+        const std::string name = folded(each);
+        const std::size_t away = distance(name);
+        if (away > limit || says_contrary(typed, name)) {
+            continue;
+        }
         if (away < limit) {
             found.clear();
             limit = away;
         }
-        if (away == limit) {
-            found.push_back(each);
-        }
+        found.push_back(each);
     }
     found.resize(std::min(found.size(), most_named));
     return found;
@@ -73,16 +122,14 @@ std::vector<std::string> nearest(std::string_view name, std::span<const std::str
     const auto whole = [&](const std::string& each) { return slips(typed, each); };
     const auto part = [&](std::string_view each) {
         std::size_t least = typed.size();
-        while (!each.empty()) {
-            const std::size_t end = std::min(each.find('-'), each.size());
-            least = std::min(least, slips(typed, each.substr(0, end)));
-            each.remove_prefix(std::min(end + 1, each.size()));
+        for (const std::string_view each_part : parts_of(each)) {
+            least = std::min(least, slips(typed, each_part));
         }
         return least;
     };
     const std::size_t limit = typed.size() / 3 + 1;
-    const std::vector<std::string> found = at_least_distance(limit, known, whole);
-    return found.empty() ? at_least_distance(limit, known, part) : found;
+    const std::vector<std::string> found = at_least_distance(typed, limit, known, whole);
+    return found.empty() ? at_least_distance(typed, limit, known, part) : found;
 }
 
 std::vector<std::string> holding(std::string_view name, std::span<const std::string> known)
@@ -93,7 +140,7 @@ std::vector<std::string> holding(std::string_view name, std::span<const std::str
         return found;
     }
     for (const std::string& each : known) {
-        if (each.find(typed) != std::string::npos) {
+        if (each.find(typed) != std::string::npos && !says_contrary(typed, each)) {
             found.push_back(each);
         }
     }

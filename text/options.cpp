@@ -1,5 +1,7 @@
 #include "text/options.hpp"
 
+#include <span>
+
 #include <fmt/core.h>
 
 #include "text/text.hpp"
@@ -8,12 +10,12 @@ namespace vor {
 
 ColorWhen color_when(std::string_view word)
 {
-    static constexpr std::string_view words[] = {"auto", "always", "never"};
-    const auto* const found = std::ranges::find(words, word);
-    if (found == std::end(words)) {
-        throw OptionError(fmt::format("--color must be auto, always or never, not {}", quoted(word)));
+    const auto* const found = std::ranges::find(color_words, word);
+    if (found == std::end(color_words)) {
+        throw OptionError(
+            fmt::format("--color must be {}, not {}", alternatives(std::span(color_words)), quoted(word)));
     }
-    return static_cast<ColorWhen>(found - words);
+    return static_cast<ColorWhen>(found - color_words);
 }
 
 OptionWords::OptionWords(std::string_view word)

@@ -32,7 +32,9 @@ struct UnknownArgument : OptionError {
     using OptionError::OptionError;
 };
 
-// The value of --color: "auto", "always" or "never". Throws an OptionError.
+// The values of --color, in the order of ColorWhen.
+inline constexpr std::string_view color_words[] = {"auto", "always", "never"};
+// Throws an OptionError.
 ColorWhen color_when(std::string_view word);
 
 // An option in front, and its value: `--name value` or `--name=value`.

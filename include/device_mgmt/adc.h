@@ -49,7 +49,7 @@ VOR_LAYOUT(offsetof(VOR_ADCMGR_SET_STATUS, set_status) == 0);
  * @param adc_index      converter
  * @param channel_index  channel on it
  * @param mode           read mode, passed to the manager unchanged
- * @param polling_freq   passed to the manager unchanged, and so is its unit
+ * @param polling_freq   in the manager's unit, passed to the manager unchanged
  * @param option         passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_adc_config_polling(vor_int16 adc_index, vor_int16 channel_index, vor_int16 mode,

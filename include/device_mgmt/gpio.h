@@ -74,7 +74,7 @@ vor_int32 vor_cfg_set_gpio_config_interrupt(vor_int16 port_num, vor_int16 mode, 
  *
  * @param port_num      logical port
  * @param mode          read mode, passed to the manager unchanged
- * @param polling_freq  passed to the manager unchanged, and so is its unit
+ * @param polling_freq  in the manager's unit, passed to the manager unchanged
  * @param option        passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_gpio_config_polling(vor_int16 port_num, vor_int16 mode, vor_uint32 polling_freq,

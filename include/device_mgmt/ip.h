@@ -112,7 +112,7 @@ vor_int32 vor_cfg_set_ip_address(vor_uchar interface_number, vor_char* ip_addres
  * Set a network interface's IPv6 address.
  *
  * @param interface_number  passed to the manager as a signed 16-bit number
- * @param ip_address        IPv6 passed to the manager unchanged
+ * @param ip_address        IPv6 address, passed to the manager unchanged
  * @param config_option     passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_ipv6_address(vor_uint16 interface_number, vor_char* ip_address, vor_char config_option);
@@ -266,7 +266,7 @@ vor_int32 vor_cfg_set_dhcp_server_domain_name(vor_char* pool_name, vor_char* dom
  * Set how long a DHCP pool's leases last.
  *
  * @param pool_name      the pool, passed to the manager unchanged
- * @param lease_time     passed to the manager unchanged, and so is its unit
+ * @param lease_time     in the manager's unit, passed to the manager unchanged
  * @param config_option  adds, changes or removes the setting, as the manager codes it
  */
 vor_int32 vor_cfg_set_dhcp_server_lease_time(vor_char* pool_name, vor_int32 lease_time, vor_char config_option);

@@ -102,7 +102,7 @@ vor_int32 vor_cfg_set_modbus_reg_grp_name(vor_uchar modbus_port, vor_char* grp_n
  * @param reg_addr      passed to the manager unchanged
  * @param opertn_type   passed to the manager unchanged
  * @param mode          passed to the manager unchanged
- * @param polling_freq  passed to the manager unchanged, and so is its unit
+ * @param polling_freq  in the manager's unit, passed to the manager unchanged
  * @param option        the set flag, as the manager codes it
  */
 vor_int32 vor_cfg_set_modbus_config_polling(vor_char* reg_grp_name, vor_uint32 reg_addr, vor_uchar opertn_type,
@@ -112,11 +112,11 @@ vor_int32 vor_cfg_set_modbus_config_polling(vor_char* reg_grp_name, vor_uint32 r
  * Have a query polled.
  *
  * @param reg_grp_name  register group, passed to the manager unchanged
- * @param query         query passed to the manager unchanged
+ * @param query         query, passed to the manager unchanged
  * @param opertn_type   passed to the manager unchanged
  * @param reg_type      passed to the manager unchanged
  * @param mode          passed to the manager unchanged
- * @param polling_freq  passed to the manager unchanged, and so is its unit
+ * @param polling_freq  in the manager's unit, passed to the manager unchanged
  * @param option        the set flag, as the manager codes it
  */
 vor_int32 vor_cfg_set_modbus_query_config_polling(vor_char* reg_grp_name, vor_char* query, vor_uchar opertn_type,
@@ -152,7 +152,7 @@ vor_int32 vor_cfg_set_modbus_reg_config(vor_char* grp_name, vor_uint32 reg_addr,
  * Describe a query of a group.
  *
  * @param grp_name     register group, passed to the manager unchanged
- * @param query        query passed to the manager unchanged
+ * @param query        query, passed to the manager unchanged
  * @param reg_type     passed to the manager unchanged
  * @param opertn_type  passed to the manager unchanged
  * @param option       the set flag, as the manager codes it

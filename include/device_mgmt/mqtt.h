@@ -47,7 +47,7 @@ vor_int32 vor_cfg_set_mqtt_username_and_password(vor_char* service_name, vor_uch
  *
  * @param service_name   passed to the manager unchanged
  * @param protocol       passed to the manager unchanged
- * @param ip_address     the broker as passed to the manager unchanged
+ * @param ip_address     the broker, passed to the manager unchanged
  * @param port_number    passed to the manager as a signed 16-bit number
  * @param server_type    one byte, passed to the manager unchanged
  * @param config_option  passed to the manager unchanged
@@ -139,7 +139,7 @@ vor_int32 vor_cfg_set_mqtt_retain_flag(vor_uchar retain_flag, vor_uchar config_o
 /**
  * Set the current keep-alive interval.
  *
- * @param interval       passed to the manager unchanged, and so is its unit
+ * @param interval       in the manager's unit, passed to the manager unchanged
  * @param config_option  passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_mqtt_keep_alive_interval(vor_uint32 interval, vor_uchar config_option);

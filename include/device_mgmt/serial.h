@@ -28,7 +28,7 @@ VOR_LAYOUT(offsetof(VOR_SERIALMGR_SET_STATUS, set_status) == 0);
  * Set how often a port is polled.
  *
  * @param port_num      passed to the manager unchanged
- * @param polling_freq  passed to the manager unchanged, and so is its unit
+ * @param polling_freq  in the manager's unit, passed to the manager unchanged
  * @param option        passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_serial_polling(vor_int16 port_num, vor_uint32 polling_freq, vor_int16 option);
@@ -57,7 +57,7 @@ vor_int32 vor_cfg_set_serial_stopbits(vor_int16 port_num, vor_int16 stop_bits);
  * Set a port's line speed.
  *
  * @param port_num  passed to the manager unchanged
- * @param speed     passed to the manager unchanged, and so is its unit
+ * @param speed     in the manager's unit, passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_serial_speed(vor_int16 port_num, vor_int32 speed);
 

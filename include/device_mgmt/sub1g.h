@@ -146,7 +146,7 @@ VOR_LAYOUT(offsetof(SUB1G_CONFIG_REG, pa_table) == 57);
  * Set an interface's frequency.
  *
  * @param interface_num  passed to the manager unchanged
- * @param frequency      passed to the manager unchanged, and so is its unit
+ * @param frequency      in the manager's unit, passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_sub1g_frequency(vor_int16 interface_num, vor_int16 frequency);
 
@@ -175,7 +175,7 @@ vor_int32 vor_cfg_get_reg_values(SUB1G_CONFIG_REG** sub1g_reg);
  * Set an interface's power.
  *
  * @param interface_num  passed to the manager unchanged
- * @param power          passed to the manager unchanged, and so is its unit
+ * @param power          in the manager's unit, passed to the manager unchanged
  */
 vor_int32 vor_cfg_set_sub1g_power(vor_int16 interface_num, vor_int16 power);
 

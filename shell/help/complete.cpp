@@ -62,7 +62,7 @@ public:
     std::vector<Candidate> found()
     {
         if (pending_ != nullptr) {
-            offer_named(pending_->value, "", current_);
+            offer_value_of(*pending_, "", current_);
         } else if (!over_ && current_.starts_with("--")) {
             offer_options();
         } else {
@@ -121,22 +121,35 @@ private:
     // The value of an option or the operand of a command, by its name in the usage.
     void offer_named(std::string_view name, std::string_view before, std::string_view typed)
     {
-        if (name == "FILE" || name.find("JOURNAL") != std::string_view::npos) {
+        const auto offer_all = [&](const auto& words) {
+            for (const std::string_view word : words) {
+                offer(fmt::format("{}{}", before, word));
+            }
+        };
+        if (name == "FILE" || name == "JOURNAL" || name == "FOLDER") {
             offer_files(before, typed, before.empty());
         } else if (name == "COLUMN=VALUE") {
             offer_rows(before, typed);
         } else if (name == "FAMILY") {
-            offer_families();
+            offer_families(before);
         } else if (name == "CALL" && before_.size() >= 2) {
             offer_calls(before_[1]);
+        } else if (name == "COMMAND") {
+            offer_commands();
         } else if (name == "PAGE") {
-            for (const std::string& page : manual_pages()) {
-                offer(page);
-            }
+            offer_all(manual_pages());
         } else if (name == "SHELL") {
-            for (const std::string_view shell : completed_shells()) {
-                offer(std::string(shell));
+            offer_all(completed_shells());
+        } else if (name == "WHEN") {
+            offer_all(vor::color_words);
+        } else if (name == "NAME") {
+            for (const std::string& path : paths_that_begin(typed, false)) {
+                if (const std::size_t name_end = path.rfind(".journal"); name_end != std::string::npos) {
+                    offer(fmt::format("{}{}", before, path.substr(0, name_end)));
+                }
             }
+        } else {
+            found_.push_back({"", std::string(name)});
         }
     }
 
@@ -159,20 +172,43 @@ private:
     } catch (const input::InputError&) { // NOLINT(bugprone-empty-catch): said once the line is run
     }
 
+    void offer_value_of(const input::OptionRow& row, std::string_view before, std::string_view typed)
+    {
+        const std::size_t already = found_.size();
+        offer_named(row.value, before, typed);
+        if (found_.size() != already && found_.back().word.empty()) {
+            found_.back().hint = fmt::format("{}: {}", row.value, row.about);
+        }
+    }
+
+    // As in "FOLDER|JOURNAL".
+    void offer_any_named(std::string_view names)
+    {
+        while (!names.empty()) {
+            const std::size_t end = std::min(names.find('|'), names.size());
+            offer_named(names.substr(0, end), "", current_);
+            names.remove_prefix(std::min(end + 1, names.size()));
+        }
+    }
+
+    // Those that the line takes: any, before its first word.
     void offer_options()
     {
         const std::size_t equals = current_.find('=');
         if (equals != std::string::npos) {
             if (const input::OptionRow* const row = option_named(current_.substr(0, equals))) {
-                offer_named(row->value, current_.substr(0, equals + 1), current_.substr(equals + 1));
+                offer_value_of(*row, current_.substr(0, equals + 1), current_.substr(equals + 1));
             }
             return;
         }
         if (const rows::Row* const row = call(); row != nullptr && row->read != nullptr) {
             offer_own_options(*row);
         }
+        const input::Command* const command = before_.empty() ? nullptr : input::command_named(before_[0]);
         for (const input::OptionRow& row : input::option_rows()) {
-            offer(std::string(row.name), row.about);
+            if (before_.empty() || input::takes_option(row, command != nullptr ? command->name : input::a_call)) {
+                offer(std::string(row.name), row.about);
+            }
         }
     }
 
@@ -187,10 +223,17 @@ private:
         }
     }
 
-    void offer_families()
+    void offer_families(std::string_view before = {})
     {
         for (const rows::Family* const family : rows::families()) {
-            offer(std::string(family->name), rows::about(*family));
+            offer(fmt::format("{}{}", before, family->name), rows::about(*family));
+        }
+    }
+
+    void offer_commands()
+    {
+        for (const input::Command& command : input::commands()) {
+            offer(std::string(command.name), command.about);
         }
     }
 
@@ -207,9 +250,7 @@ private:
     {
         if (before_.empty()) {
             offer_families();
-            for (const input::Command& command : input::commands()) {
-                offer(std::string(command.name), command.about);
-            }
+            offer_commands();
         } else if (const input::Command* const command = input::command_named(before_[0])) {
             offer_word_of(*command);
         } else if (const rows::Row* const row = call()) {
@@ -219,14 +260,16 @@ private:
         }
     }
 
-    // The operand in the current position, as in "help [FAMILY [CALL]]".
+    // The operand in the current position, as in "help [FAMILY [CALL]|COMMAND]"; the last one may be repeated.
     void offer_word_of(const input::Command& command)
     {
         std::string usage(command.usage);
         std::erase_if(usage, [](char c) { return c == '[' || c == ']'; });
+        const bool repeats = usage.ends_with("...");
+        usage.resize(usage.size() - (repeats ? 3 : 0));
         const std::vector<input::Word> names = input::words_of(usage);
-        if (before_.size() < names.size() || usage.ends_with("...")) {
-            offer_named(names[std::min(before_.size(), names.size() - 1)].text, "", current_);
+        if (before_.size() < names.size() || repeats) {
+            offer_any_named(names[std::min(before_.size(), names.size() - 1)].text);
         }
     }
 

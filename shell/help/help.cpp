@@ -98,35 +98,6 @@ std::string commands_text(std::string_view between)
     return text;
 }
 
-bool mentions(const rows::Row& row, const std::string& word)
-{
-    const auto has = [&](std::string_view text) { return vor::folded(text).find(word) != std::string::npos; };
-    const rows::CallContract& contract = rows::contract_of(row);
-    return has(row.full_name()) || has(row.symbol) || std::ranges::any_of(contract.paragraphs, has) ||
-           std::ranges::any_of(row.arguments(),
-                               [&](const rows::Argument& each) { return has(each.name) || has(contract.about(each)); });
-}
-
-template <class Selects>
-std::string listed(bool json, Selects selects)
-{
-    std::string text;
-    for (const rows::Family* const family : rows::families()) {
-        for (const rows::Row& row : family->rows) {
-            if (!selects(row)) {
-                continue;
-            }
-            if (json) {
-                text += output::json_of(row);
-            } else {
-                text += rows::usage_of(row);
-                text += row.used_by.empty() ? "\n" : fmt::format(" (not on its own; used by {})\n", row.used_by);
-            }
-        }
-    }
-    return text;
-}
-
 } // namespace
 
 std::size_t help_width(int descriptor)
@@ -159,15 +130,36 @@ std::string brief_help()
                        options_text([](const input::OptionRow& row) { return row.brief; }, false));
 }
 
-std::string help(const input::Command& command)
+namespace {
+
+std::string help_of(const input::Command& command, std::string_view more)
 {
-    std::string text = fmt::format("usage: vorcfg {}\n\n{}\n", command.usage, command.about);
-    text += command.more.empty() ? "" : '\n' + help_paragraph(command.more);
     const std::string options = options_text(
         [&command](const input::OptionRow& row) { return !row.commands.empty() && takes_option(row, command.name); },
         false);
-    return options.empty() ? text
-                           : fmt::format("{}\nOptions; vorcfg --help lists those of every command:\n{}", text, options);
+    return fmt::format("usage: vorcfg {}{}\n{}{}{}{}", command.usage, options.empty() ? "" : " [OPTION]...",
+                       help_paragraph(rows::sentence(std::string(command.about))),
+                       more.empty() ? "" : '\n' + help_paragraph(more), options.empty() ? "" : "\nOptions:\n", options);
+}
+
+} // namespace
+
+std::string brief_help(const input::Command& command)
+{
+    return help_of(command, "");
+}
+
+std::string help(const input::Command& command)
+{
+    std::vector<std::string_view> of_all;
+    for (const input::OptionRow& row : input::option_rows()) {
+        if (row.commands.empty()) {
+            of_all.push_back(row.name);
+        }
+    }
+    return fmt::format("{}\n{}", help_of(command, command.more),
+                       help_paragraph(fmt::format("Every command takes {}; vorcfg --help describes them.",
+                                                  vor::joined(of_all, ", "))));
 }
 
 std::string help(const rows::Family& family)
@@ -203,7 +195,7 @@ std::string help(const rows::Row& row)
     if (row.read != nullptr) {
         text += help_paragraph(rows::sentence(rows::summary_of(row)));
     } else {
-        for (const std::string& each : contract.paragraphs) {
+        for (const std::string& each : rows::told(contract.paragraphs)) {
             text += help_paragraph(each);
         }
     }
@@ -218,14 +210,16 @@ std::string help(const rows::Row& row)
         if (row.read != nullptr || !argument.is_given()) {
             continue;
         }
-        const std::string_view meaning = contract.meaning(argument);
-        text += fmt::format("\n  {}\n{}{}", argument.name, help_paragraph(rows::kind_text(argument), 6),
-                            meaning.empty() ? "" : help_paragraph(meaning, 6));
+        const std::string_view meaning = contract.told(argument);
+        const std::string example = argument.is_secret ? "" : rows::example_of(row, argument);
+        text += fmt::format("\n  {}\n{}{}{}", argument.name, help_paragraph(rows::kind_text(argument), 6),
+                            meaning.empty() ? "" : help_paragraph(meaning, 6),
+                            example.empty() ? "" : help_paragraph(fmt::format("example: {}", example), 6));
     }
-    if (row.read == nullptr) {
-        text += '\n' + help_paragraph(rows::default_meaning) +
-                help_paragraph(fmt::format("The library returns {}.", contract.returned));
-    }
+    const std::string returned = contract.told_return();
+    text += '\n' + (row.read == nullptr ? help_paragraph(rows::default_meaning) : "");
+    text += row.read == nullptr && !returned.empty() ? help_paragraph(returned) : "";
+    text += row.channel != rows::Channel::none ? help_paragraph(rows::exits_of_a_call()) : "";
     return text + fmt::format("\nExample: vorcfg {}\n", rows::example_call(row));
 }
 
@@ -240,14 +234,23 @@ std::string brief_help(const rows::Row& row)
     return fmt::format("{}{}\n{}{}", usage_text(row), rows::summary_of(row), row.usage_help, arguments.text());
 }
 
-std::string list(const rows::Family* family, bool json)
+std::string list(const rows::Family* only, bool json)
 {
-    return listed(json, [&](const rows::Row& row) { return family == nullptr || row.family == family; });
-}
-
-std::string search(std::string_view word, bool json)
-{
-    return listed(json, [folded = vor::folded(word)](const rows::Row& row) { return mentions(row, folded); });
+    std::string text;
+    for (const rows::Family* const family : rows::families()) {
+        if (only != nullptr && family != only) {
+            continue;
+        }
+        for (const rows::Row& row : family->rows) {
+            if (json) {
+                text += output::json_of(row);
+            } else {
+                text += rows::usage_of(row);
+                text += row.used_by.empty() ? "\n" : fmt::format(" (not on its own; used by {})\n", row.used_by);
+            }
+        }
+    }
+    return text;
 }
 
 } // namespace vorcfg::help

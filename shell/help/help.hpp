@@ -9,6 +9,7 @@
 #include "input/options.hpp"
 #include "input/words.hpp"
 #include "rows/row.hpp"
+#include "text/screen.hpp"
 
 namespace vorcfg::help {
 
@@ -23,21 +24,28 @@ std::string help(const input::Command& command);
 std::string brief_help();
 std::string brief_help(const rows::Family& family);
 std::string brief_help(const rows::Row& row);
+std::string brief_help(const input::Command& command);
 
 // Shows the text through $PAGER, or less, where standard output is a terminal that is not dumb; else prints it.
 void show_in_pager(std::string_view text);
+// Shows a manual page, formatted by man or mandoc, else as text in the pager; prints its source where standard output
+// is no terminal.
+void show_page(const std::string& page);
 
 // Adds a hint to an error about an argument, and lines that show where it is.
 void point_out(input::InputError& error, std::span<const input::Word> words);
 
-// All calls, those of one family, or those that mention the word.
-std::string list(const rows::Family* family, bool json);
-std::string search(std::string_view word, bool json);
+// All calls, or those of one family.
+std::string list(const rows::Family* only, bool json);
+// The calls that all words of the query are about, the likeliest first. Throws an InputError where there is none.
+std::string search(std::string_view query, bool json, const vor::Screen& screen);
 
 // The manual pages in mdoc: those in pages/, filled in from the tables, and one for each family.
 std::vector<std::string> manual_pages(); // "vorcfg.1", "vorcfg-gpio.1", ...
 // Throws an InputError that suggests similar names.
 std::string manual(std::string_view page);
+// What a page says, as text.
+std::string text_of_page(std::string_view page);
 
 // --- Completion, for any shell ---------------------------------------------------------
 

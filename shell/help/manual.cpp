@@ -158,7 +158,7 @@ std::string arguments_of(const rows::Row& row, const rows::CallContract& contrac
     std::string items;
     for (const rows::Argument& each : row.arguments()) {
         if (each.is_given()) {
-            const std::string_view meaning = contract.meaning(each);
+            const std::string_view meaning = contract.told(each);
             items += item(fmt::format("Ar {}", each.name), rows::kind_text(each));
             items += filled(rows::sentence(std::string(meaning)));
         }
@@ -174,7 +174,7 @@ std::string section_of(const rows::Row& row)
         text += filled(rows::sentence(rows::summary_of(row))) + literal(row.usage_help);
     } else {
         text += literal(contract.declaration);
-        for (const std::string& each : contract.paragraphs) {
+        for (const std::string& each : rows::told(contract.paragraphs)) {
             text += paragraph(each);
         }
     }
@@ -185,7 +185,8 @@ std::string section_of(const rows::Row& row)
         text += paragraph(remark);
     }
     if (row.read == nullptr) {
-        text += arguments_of(row, contract) + paragraph(fmt::format("The library returns {}.", contract.returned));
+        const std::string returned = contract.told_return();
+        text += arguments_of(row, contract) + (returned.empty() ? "" : paragraph(returned));
     }
     return text + literal(fmt::format("vorcfg {}", rows::example_call(row)));
 }
@@ -200,7 +201,7 @@ std::string page_of(const rows::Family& family)
         }
     }
     std::string description;
-    for (const std::string& each : rows::contract_of(family).paragraphs) {
+    for (const std::string& each : rows::told(rows::contract_of(family).paragraphs)) {
         description += description.empty() ? filled(without_file(each)) : paragraph(without_file(each));
     }
     text += ".Sh DESCRIPTION\n" + description + paragraph(rows::default_meaning);
@@ -208,8 +209,9 @@ std::string page_of(const rows::Family& family)
         text += section_of(row);
     }
     std::ranges::transform(title, title.begin(), [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-    return fmt::format(".Dd {}\n.Dt {} 1\n.Os\n.Sh NAME\n{}.Sh SEE ALSO\n.Xr vorcfg 1 ,\n.Xr vorcfg-batch 5\n", day(),
-                       title, text);
+    return fmt::format(
+        ".Dd {}\n.Dt {} 1\n.Os\n.Sh NAME\n{}.Sh EXIT STATUS\n{}.Sh SEE ALSO\n.Xr vorcfg 1 ,\n.Xr vorcfg-batch 5\n",
+        day(), title, text, filled(rows::exits_of_a_call()));
 }
 
 } // namespace

@@ -123,7 +123,7 @@ constexpr OptionRow rows[] = {
      "revert"},
     {{"--html", "", "print the report as a page for a browser or a printer"}, take<&Options::html>, "report"},
     {{"--color", "WHEN", "colour the output: auto (at a terminal), always or never"}, take_color},
-    {{"--help", "", "show help; after a family or call, its help; -h: in brief"}, take<&Options::help>, {}, true},
+    {{"--help", "", "show help, also of a command, family or call; -h: in brief"}, take<&Options::help>, {}, true},
     {{"--version", "", "show the version"}, take<&Options::version>},
 };
 
@@ -137,8 +137,6 @@ constexpr OptionRow rows[] = {
     throw InputError{.text = fmt::format("unknown option {}{}", vor::quoted(name), vor::suggestion(near)),
                      .hint = near.empty() ? "put -- before an argument that begins with two dashes" : ""};
 }
-
-constexpr std::string_view a_call = "a call";
 
 std::vector<std::string_view> commands_of(const OptionRow& row)
 {

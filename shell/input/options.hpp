@@ -55,9 +55,10 @@ struct OptionRow : vor::Option {
 };
 
 std::span<const OptionRow> option_rows();
+inline constexpr std::string_view a_call = "a call"; // is a command, too
 bool takes_option(const OptionRow& row, std::string_view command);
 
-// Throws an InputError about an option that the command does not take; "a call" is a command here.
+// Throws an InputError about an option that the command does not take.
 void check_given(const Options& options, std::string_view command);
 
 std::vector<Word> words_of(std::span<char* const> arguments);

@@ -21,7 +21,11 @@ namespace vorcfg::prompt {
 
 namespace {
 
+#ifdef VORCFG_EDITED
 constexpr std::string_view greeting = "vorcfg: type help for help, Tab to complete, Ctrl-D to leave\n";
+#else
+constexpr std::string_view greeting = "vorcfg: type help for help, Ctrl-D to leave\n";
+#endif
 
 // Lines as they come, from a pipe or, after a prompt, from a terminal.
 class PlainLines : public Lines {

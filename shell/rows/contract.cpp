@@ -6,6 +6,8 @@
 
 #include <fmt/core.h>
 
+#include "input/input_error.hpp"
+#include "input/words.hpp"
 #include "rows/binding.hpp"
 #include "text/parse.hpp"
 #include "text/text.hpp"
@@ -133,6 +135,50 @@ std::string_view CallContract::meaning(const Argument& argument) const
     return text;
 }
 
+std::string_view CallContract::told(const Argument& argument) const
+{
+    std::string_view text = about(argument);
+    if (!argument.is_sent && text == "accepted, never sent") { // as its kind says
+        return "";
+    }
+    for (const std::string_view how : {", passed to the ", ", its low 16 bits ", ", its low 8 bits "}) {
+        if (text.starts_with(how.substr(2))) {
+            return "";
+        }
+        text = text.substr(0, text.find(how));
+    }
+    return text;
+}
+
+std::string CallContract::told_return() const
+{
+    static constexpr std::string_view common = "the common codes";
+    std::string_view text = returned;
+    if (!text.starts_with(common)) {
+        return fmt::format("The library returns {}.", text);
+    }
+    text.remove_prefix(std::min(common.size() + 2, text.size()));
+    return text.empty() ? "" : fmt::format("The library also returns {}.", text);
+}
+
+std::vector<std::string> told(const std::vector<std::string>& paragraphs)
+{
+    std::vector<std::string> all;
+    for (std::string_view left : paragraphs) {
+        std::string text;
+        while (!left.empty() && !left.starts_with("Message buffers kept")) {
+            const std::size_t end = std::min(left.find(". "), left.size() - 1) + 1;
+            const std::string_view said = left.substr(0, end);
+            left.remove_prefix(std::min(end + 1, left.size()));
+            join(text, said.find("vor_errno") == std::string_view::npos ? said : "");
+        }
+        if (!text.empty()) {
+            all.push_back(std::move(text));
+        }
+    }
+    return all;
+}
+
 const HeaderContract& contract_of(const Family& family)
 {
     static std::map<std::string_view, HeaderContract> read; // each once, on first use
@@ -195,6 +241,34 @@ std::string usage_of(const Row& row)
 std::string example_call(const Row& row)
 {
     return fmt::format("{}{}{}", row.full_name(), row.example.empty() ? "" : " ", row.example);
+}
+
+std::string example_of(const Row& row, const Argument& argument)
+{
+    const std::vector<input::Word> words = input::words_of(row.example);
+    std::size_t at = 0;
+    for (const Argument& each : row.arguments()) {
+        if (each.is_given() && each.name == argument.name) {
+            std::string text;
+            const std::size_t end = each.is_list ? words.size() : std::min(at + 1, words.size());
+            for (; at < end; at++) {
+                join(text, vor::typed(words[at].text));
+            }
+            return text;
+        }
+        at += each.is_given() ? 1 : 0;
+    }
+    return "";
+}
+
+std::string exits_of_a_call()
+{
+    std::vector<std::string> codes;
+    for (const input::ExitCode code :
+         {input::exit_ok, input::exit_refused, input::exit_not_delivered, input::exit_unread, input::exit_unknown}) {
+        codes.push_back(fmt::format("{} ({})", static_cast<int>(code), input::exit_texts[code]));
+    }
+    return fmt::format("Exits with {}; vorcfg(1) lists all codes.", vor::alternatives(codes));
 }
 
 // A call that reads its own words is several calls of the library: no header declares it.

@@ -21,6 +21,9 @@ struct CallContract {
     std::string summary() const; // "set a port's bit rate"
     std::string_view about(const Argument& argument) const;
     std::string_view meaning(const Argument& argument) const; // about it, but empty where only its manager knows
+    // For vorcfg's users: without how the value is passed on, and without the common codes.
+    std::string_view told(const Argument& argument) const;
+    std::string told_return() const; // may be empty
 };
 
 struct HeaderContract {
@@ -31,6 +34,9 @@ struct HeaderContract {
 const HeaderContract& contract_of(const Family& family);
 const CallContract& contract_of(const Row& row);
 std::string about(const Family& family); // "digital inputs and outputs"
+
+// For vorcfg's users: without the sentences about vor_errno and message buffers.
+std::vector<std::string> told(const std::vector<std::string>& paragraphs);
 
 // --- Rows and arguments in words -------------------------------------------------------
 
@@ -49,6 +55,12 @@ std::string accepted(const Argument& argument);
 inline constexpr std::string_view default_meaning =
     "Where the meaning of a value is not given, the manager defines it. The examples use values of a fictional site, "
     "tower 17.";
+
+// How a call ends, in the exit code of vorcfg.
+std::string exits_of_a_call();
+
+// The words of the example that are this argument's; empty where it has none.
+std::string example_of(const Row& row, const Argument& argument);
 
 // "number, 0 to 255; never sent"
 std::string kind_text(const Argument& argument);

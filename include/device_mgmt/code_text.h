@@ -9,8 +9,8 @@
 #include <device_mgmt/types.h>
 
 /**
- * Say what a code means, for a log or a user. For the calls that set or ask; those that bind or unbind return what their
- * comments say.
+ * Say what a code means, for a log or a user. For the calls that set or ask; those that bind or unbind return what
+ * their comments say.
  *
  * @param code    what a call returned
  * @param status  vor_errno after the call; set it to 0 before, not every call does

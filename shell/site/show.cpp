@@ -415,17 +415,26 @@ std::string text_of(const Applied& applied, const Shown& to)
         to.screen);
 }
 
-void print_warnings(const Plan& plan, const Shown& to)
+std::vector<Warning> warnings_of(const Plan& plan, const Shown& to)
 {
     std::set<std::string> said;
+    std::vector<Warning> warnings;
     for (const PlanLine& line : plan.lines) {
         for (const rows::Finding& finding : line.findings) {
             const std::string text = fmt::format("{}: {}", call::name_of(line.key, line.hexadecimal), finding.text);
             if (said.insert(text).second) {
-                output::print_warning(text, {to.file, line.place.line, to.json ? line.place.column : 0}, to.json,
-                                      finding.other_line);
+                warnings.push_back(
+                    {text, {to.file, line.place.line, to.json ? line.place.column : 0}, finding.other_line});
             }
         }
+    }
+    return warnings;
+}
+
+void print_warnings(const Plan& plan, const Shown& to)
+{
+    for (const Warning& warning : warnings_of(plan, to)) {
+        output::print_warning(warning.text, warning.place, to.json, warning.other_line);
     }
 }
 

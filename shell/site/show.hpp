@@ -3,6 +3,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include "call/runner.hpp"
 #include "site/plan.hpp"
@@ -45,7 +46,14 @@ struct Applied {
 };
 
 std::string text_of(const Applied& applied, const Shown& shown);
-// About lines of a file that set the same thing differently.
+// What the lines have that no site intends.
+struct Warning {
+    std::string text;
+    input::Place place;
+    std::size_t other_line = 0;
+};
+
+std::vector<Warning> warnings_of(const Plan& plan, const Shown& shown);
 void print_warnings(const Plan& plan, const Shown& shown);
 // "ip_address 192.168.1.10, subnet_mask 255.255.255.0", without the arguments that name the object
 std::string values_of(const call::CallKey& key, const std::vector<bool>& hexadecimal = {});

@@ -135,10 +135,10 @@ private:
             const std::string& word = words[i];
             if (word == "Fl") {
                 dashes += '-';
-            } else if (word == "Op" || word == "Oo" || word == "Dq") {
-                append(word == "Dq" ? "\"" : "[");
+            } else if (const std::string_view pair = pair_of(word); !pair.empty()) {
+                append(pair.substr(0, 1));
                 joined_ = true;
-                closes.insert(0, word == "Op" ? "]" : word == "Dq" ? "\"" : "");
+                closes.insert(0, pair.substr(1));
             } else if (word == "Oc") {
                 append("]", false);
             } else if (word == "Ns") {
@@ -166,9 +166,15 @@ private:
         append(std::exchange(closes, ""), false);
     }
 
+    // What encloses the words after it; Oo has an end of its own.
+    static std::string_view pair_of(std::string_view word)
+    {
+        return word == "Op" ? "[]" : word == "Pq" ? "()" : word == "Dq" ? "\"\"" : word == "Oo" ? "[" : "";
+    }
+
     static bool is_font(std::string_view word)
     {
-        static constexpr std::string_view fonts[] = {"Ar", "Cm", "Ev", "Nm", "Pa", "Ql", "Sy"};
+        static constexpr std::string_view fonts[] = {"Ar", "Cm", "Ev", "Ic", "Nm", "Pa", "Ql", "Sy"};
         return std::ranges::find(fonts, word) != std::end(fonts);
     }
 

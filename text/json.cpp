@@ -65,7 +65,11 @@ std::size_t Json::size() const
     return is_object() ? members().size() : 0;
 }
 
-bool Json::operator==(const Json& other) const = default;
+// Written out: clang 14 crashes on the default.
+bool Json::operator==(const Json& other) const
+{
+    return held_ == other.held_;
+}
 
 namespace {
 

@@ -250,6 +250,9 @@ std::string read_secret(const Word& word, const SecretSources& sources)
     if (word.text.empty() && !word.quoted) { // a cell without a text, say
         throw InputError{.text = "must not be empty", .hint = "write an empty secret as \"\""};
     }
+    if (word.text.find_first_of(std::string_view("\n\0", 2)) != std::string::npos) {
+        throw InputError{"must be one line"};
+    }
     return word.text;
 }
 

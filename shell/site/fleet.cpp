@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
+#include <map>
 
 #include <fmt/core.h>
 
@@ -114,6 +115,13 @@ std::vector<SiteLine> lines_of(const std::vector<std::string>& paths, const inpu
         } catch (const input::InputError& error) {
             lines.push_back(unreadable_line(path, error));
         }
+    }
+    std::map<std::string, std::size_t> titles;
+    for (const SiteLine& line : lines) {
+        titles[line.title]++;
+    }
+    for (SiteLine& line : lines) { // perhaps copies of one journal
+        line.title += titles[line.title] > 1 ? fmt::format(" ({})", line.journal) : "";
     }
     return lines;
 }

@@ -21,6 +21,7 @@ namespace {
 
 // What people type, and what the calls and their headers say instead.
 constexpr std::pair<std::string_view, std::string_view> synonyms[] = {
+    {"4g", "gsm"},
     {"alarm", "alert"},
     {"alarm", "threshold"},
     {"apn", "access-point-name"},
@@ -34,8 +35,11 @@ constexpr std::pair<std::string_view, std::string_view> synonyms[] = {
     {"gps", "latitude"},
     {"gps", "longitude"},
     {"hotspot", "access-point-params"},
+    {"internet", "access-point-name"},
     {"join", "wi-fi"},
     {"join", "wireless"},
+    {"location", "latitude"},
+    {"location", "longitude"},
     {"lte", "gsm"},
     {"meter", "modbus"},
     {"mobile", "gsm"},
@@ -46,8 +50,12 @@ constexpr std::pair<std::string_view, std::string_view> synonyms[] = {
     {"passphrase", "password"},
     {"password", "passphrase"},
     {"password", "passwd"},
+    {"phone", "gsm"},
     {"plc", "modbus"},
+    {"position", "latitude"},
+    {"position", "longitude"},
     {"relay", "drive an output"},
+    {"route", "default-gateway"},
     {"router", "default-gateway"},
     {"rs232", "serial"},
     {"rs485", "serial"},
@@ -236,7 +244,15 @@ std::vector<std::string> known_words()
 
 std::string search(std::string_view query, bool json, const vor::Screen& screen)
 {
-    const std::vector<std::string> words = query_words(query);
+    std::vector<std::string> words = query_words(query);
+    const auto matches = [](const std::string& word) { return !hits_of({&word, 1}).empty(); };
+    const auto unknown = std::stable_partition(words.begin(), words.end(), matches);
+    if (unknown != words.begin()) { // the others tell enough
+        for (auto word = unknown; word != words.end(); ++word) {
+            output::print_notice(fmt::format("no call matches {}", vor::quoted(*word)), {}, json, stderr);
+        }
+        words.erase(unknown, words.end());
+    }
     const std::vector<Hit> hits = hits_of(words);
     if (hits.empty()) {
         fail_no_hit(words);

@@ -114,8 +114,8 @@ Descriptor connect_to(const std::string& path, std::chrono::milliseconds within)
     const sockaddr_un address = address_of(path);
     Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     timeval limit{};
-    limit.tv_sec = within.count() / 1000;
-    limit.tv_usec = within.count() % 1000 * 1000;
+    limit.tv_sec = static_cast<time_t>(within.count() / 1000);
+    limit.tv_usec = static_cast<suseconds_t>(within.count() % 1000 * 1000);
     if (socket.get() < 0 || setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit) != 0 ||
         connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
         const int error = errno;

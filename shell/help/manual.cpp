@@ -230,8 +230,9 @@ std::vector<std::string> manual_pages()
 
 std::string manual(std::string_view page)
 {
-    const auto is_named = [page](std::string_view name) { // with its section, or without
-        return page == name || page == name.substr(0, name.rfind('.'));
+    const auto is_named = [page](std::string_view name) { // with its section, or without; a family by its name alone
+        const std::string_view stem = name.substr(0, name.rfind('.'));
+        return page == name || page == stem || fmt::format("vorcfg-{}", page) == stem;
     };
     for (const vor::BuiltIn& each : manual_texts) {
         if (is_named(each.stem)) {

@@ -177,14 +177,38 @@ void Planner::find_overtaken(std::vector<Line>& lines, const Ledger& ledger) con
     }
 }
 
-// Acts follow from what is made now, or has been made since they were, of their family and before them in the file.
+namespace {
+
+// The line that was made last, and when.
+struct Latest {
+    std::uint64_t entry = 0;
+    std::size_t line = 0;
+
+    void take(const Latest& other) { *this = other.entry > entry ? other : *this; }
+};
+
+// Of the lines of a family whose first object is the same argument.
+struct LatestLines {
+    Latest all;
+    std::map<call::KeptValues, Latest> about; // one object
+};
+
+std::pair<std::string_view, call::KeptValues> object_of(const call::CallKey& key)
+{
+    const auto arguments = key.row->arguments();
+    const auto object = std::ranges::find_if(arguments, &rows::Argument::is_object);
+    return object == arguments.end()
+               ? std::pair<std::string_view, call::KeptValues>()
+               : std::pair{object->name, key.values[static_cast<std::size_t>(object - arguments.begin())]};
+}
+
+} // namespace
+
+// Acts follow from what is made now, or has been made since they were, of their family and before them in the file,
+// unless it is about another object: a port, a service.
 bool Planner::find_following(std::vector<Line>& lines, const Ledger& ledger) const
 {
-    struct Latest {
-        std::uint64_t entry = 0;
-        std::size_t line = 0;
-    };
-    std::map<const rows::Family*, Latest> last; // of the lines so far
+    std::map<const rows::Family*, std::map<std::string_view, LatestLines>> last; // of the lines so far, by argument
     constexpr std::uint64_t now = UINT64_MAX;
     bool found = false;
     for (Line& line : lines) {
@@ -195,7 +219,12 @@ bool Planner::find_following(std::vector<Line>& lines, const Ledger& ledger) con
             const bool counts = current != nullptr && shown.state != LineState::overtaken;
             made = std::max(made, counts ? current->begun.number : 0);
         }
-        Latest& before = last[shown.key.row->family];
+        const auto [argument, object] = object_of(shown.key);
+        auto& of_family = last[shown.key.row->family];
+        Latest before;
+        for (auto& [other, latest] : of_family) {
+            before.take(other == argument ? latest.about[object] : latest.all);
+        }
         if (shown.key.row->has(rows::acts) && before.entry > made && shown.is_up_to_date() &&
             shown.state != LineState::overtaken) {
             found = true;
@@ -204,9 +233,8 @@ bool Planner::find_following(std::vector<Line>& lines, const Ledger& ledger) con
         }
         shown.due = selection_.holds(shown) && !shown.is_up_to_date();
         made = shown.due ? now : made;
-        if (made > before.entry) {
-            before = {made, shown.place.line};
-        }
+        of_family[argument].all.take({made, shown.place.line});
+        of_family[argument].about[object].take({made, shown.place.line});
     }
     return found;
 }

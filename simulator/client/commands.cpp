@@ -26,6 +26,22 @@ using Arguments = std::vector<std::string>;
 
 constexpr Handler handler_rows[] = {
     {"watch", "[--json] [--ids] [--color WHEN] [FILTER]...", "print messages as they arrive", watch, true},
+    {"wait", "[--count N] [--status N] [--next] [--within T] LINE",
+     "wait for such a message, written as vorsim prints it; or\n"
+     "for --call NAME [--object O], or with --ready for the\n"
+     "gateway (T: 500ms, 2m; default 10s)",
+     wait, true},
+    {"expect", "[--any-order] [--subset] [--within T] FILE|-",
+     "check that exactly the messages in FILE have arrived\n"
+     "since the start or the last reset; [--allow-complaints]\n"
+     "[--json] [--color WHEN]",
+     expect, true},
+    {"expect", "--record FILE", "write the messages that have arrived to FILE", expect, true},
+    {"run", "[OPTION]... [--expect FILE] [--timeout T] -- COMMAND...",
+     "run COMMAND against a gateway of its own, started with\n"
+     "the options above, and check the messages; [--lines]\n"
+     "prints them; with the options of expect",
+     run_command, false},
     {"decode", "[--json] [--bytes] [--ids] [--color WHEN] [FILTER]... FILE", "print a journal", decode, false},
     {"replay", "[--state FILE] FILE", "send a journal's requests again, compare the answers", replay, false},
 };

@@ -227,7 +227,7 @@ TEST_F(Record, show_wait_reset_load)
     EXPECT_FALSE(contains(place.run("vorsim show datamgr/gateway").text, "ethmgr"));
     const std::string wait = "vorsim wait --call vor_cfg_set_plat_hostname ";
     expect_said(place, {{"vorsim show --json ethmgr", 0, "\"sap\": 7"},
-                        {"vorsim show canmgr/none", 1, "vorsim: no settings of canmgr/none\n"},
+                        {"vorsim show canmgr/'port 9'", 1, "vorsim: no settings of canmgr/port 9\n"},
                         {wait + "--within 0ms", 0, ""}, // it came already
                         {"vorsim show --json >kept && vorsim reset", 0, ""}});
     EXPECT_EQ("vorsim: 0 messages\n", place.run("vorsim show").text);

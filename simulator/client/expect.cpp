@@ -61,7 +61,7 @@ public:
                                                        : vor::Color::plain;
             text += screen.painted(line, color) + '\n';
         }
-        return text + fmt::format("vorsim: {}: {}\n", check_.file, summary());
+        return text + fmt::format("vorsim: {}: {}\n", check_.name(), summary());
     }
 
     std::string document() const
@@ -219,7 +219,7 @@ void record_to(const std::string& file)
 void Check::read()
 try {
     const std::string text = file == "-" ? vor::content_of(stdin) : vor::content_of(file);
-    expected = record::read_expectations(text, file == "-" ? "standard input" : file);
+    expected = record::read_expectations(text, name());
 } catch (const vor::FileError& error) {
     throw server::UsageError(fmt::format("cannot read {}: {}", file, error.what()));
 }

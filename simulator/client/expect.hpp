@@ -22,6 +22,7 @@ struct Check {
     bool json = false;
     vor::ColorWhen color{};
 
+    std::string name() const { return file == "-" ? "standard input" : file; }
     // Reads the file; "-" is standard input. Throws.
     void read();
     // Whether the messages of the running gateway are as expected; prints how they differ. Waits no longer when asked
@@ -32,12 +33,10 @@ struct Check {
 
 // Of `expect`, and of a command's run.
 inline constexpr vor::OptionOf<Check> check_options[] = {
-    {{"--any-order", "", "the messages may come in any order"},
-     [](Check& check, std::string_view) { check.manner.any_order = true; }},
-    {{"--subset", "", "others may come as well"}, [](Check& check, std::string_view) { check.manner.subset = true; }},
-    {{"--allow-complaints", "", "refused and malformed ones, too"},
-     [](Check& check, std::string_view) { check.manner.allow_complaints = true; }},
-    {{"--within", "T", "wait until it holds"},
+    {{"--any-order", "", ""}, [](Check& check, std::string_view) { check.manner.any_order = true; }},
+    {{"--subset", "", ""}, [](Check& check, std::string_view) { check.manner.subset = true; }},
+    {{"--allow-complaints", "", ""}, [](Check& check, std::string_view) { check.manner.allow_complaints = true; }},
+    {{"--within", "T", ""},
      [](Check& check, std::string_view value) { check.within = server::time_of("--within", value); }},
 };
 

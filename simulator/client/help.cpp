@@ -38,9 +38,10 @@ Exit status:
   2  invalid usage, rule or environment, or the gateway could not start
   3  --strict: a message was refused, malformed or foreign
   4  no gateway is running in the directory
-vorsim run exits as COMMAND did; with 1 if the check failed, 124 after a timeout,
-125 if the gateway could not start, 126 or 127 if COMMAND could not be run, and
-128+N if signal N ended it.
+
+vorsim run exits as COMMAND did, or with 1 if only the check failed, 124 after a
+timeout, 125 if the gateway could not start, 126 or 127 if COMMAND could not be
+run, and 128+N if signal N ended it.
 )";
 
 // The name that each group begins with.

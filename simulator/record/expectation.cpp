@@ -248,6 +248,15 @@ private:
 
     [[noreturn]] void fail_at(std::size_t at, const std::string& what) const { throw WordError(what, at + 1); }
 
+    // "byte 3: expected ...", where one says so.
+    [[noreturn]] void fail_in_konfd(std::size_t at, Text what) const
+    {
+        constexpr Text byte = "byte ";
+        const std::size_t colon = std::min(what.find(": "), what.size());
+        const auto number = vor::number_in<std::size_t>(what.substr(0, colon).substr(what.starts_with(byte) ? 5 : 0));
+        fail_at(at + number.value_or(1) - 1, std::string(what.substr(number ? colon + 2 : 0)));
+    }
+
     // What the check of a name throws is reported at the place.
     template <class Check>
     void check_at(std::size_t at, Check check) const
@@ -377,7 +386,7 @@ private:
             const std::size_t end = std::min({find_outside(left, " | "), find_outside(left, ": "), left.size()});
             const auto parsed = konfd::parse(left.substr(0, end));
             if (const auto* const error = std::get_if<konfd::SyntaxError>(&parsed)) {
-                fail_at(at, error->text);
+                fail_in_konfd(at, error->text);
             }
             for (const konfd::Command& command : std::get<std::vector<konfd::Command>>(parsed)) {
                 commands += (commands.empty() ? "" : " | ") + konfd::text_of(command, true);
@@ -423,44 +432,47 @@ private:
     {
         if (at_ == line_.size()) {
             if (detail_ == Detail::whole) {
-                fail_at(at_, fmt::format("expected {}, or * for any", vor::quoted(rows_.rows().front()->object)));
+                fail_at(at_, fmt::format("expected {}, or * for any", rows_.objects()));
             }
             found_.any_values = true;
             return;
         }
-        // The object's own text may hold a colon.
-        const std::size_t begin = at_;
-        const Text text = line_.substr(at_);
-        std::size_t end = std::min(text.find(": "), text.size());
-        const std::size_t first = end;
-        const auto fits = [&](Text object) {
+        // The object's own text may hold what separates it from its values.
+        std::optional<WordError> first;
+        for (std::size_t end = find_colon(at_);; end = find_colon(end + 1)) {
             try {
-                tables::Selection(rows_).object(object);
-                return true;
-            } catch (const tables::NameError&) {
-                return object == any;
-            }
-        };
-        while (!fits(text.substr(0, end)) && end < text.size()) {
-            end = std::min(text.find(": ", end + 1), text.size());
-        }
-        if (!fits(text.substr(0, end))) {
-            if (const auto count = text.rfind(' '); count != text.npos && take_count(begin + count + 1)) {
-                read_object();
+                Parser attempt(*this);
+                attempt.read_object_until(end);
+                *this = std::move(attempt);
                 return;
+            } catch (const WordError& error) {
+                first = first ? first : error;
             }
-            end = first;
+            if (end == line_.size()) {
+                break;
+            }
         }
-        const Text object = text.substr(0, end);
+        const std::size_t blank = line_.rfind(' ');
+        if (blank == line_.npos || !take_count(blank + 1)) {
+            throw WordError(*first);
+        }
+        read_object();
+    }
+
+    std::size_t find_colon(std::size_t from) const { return std::min(line_.find(": ", from), line_.size()); }
+
+    void read_object_until(std::size_t end)
+    {
+        const Text object = trimmed(line_.substr(at_, end - at_));
         if (object != any) {
-            check_at(begin, [&] { rows_.object(object); });
+            check_at(at_, [&] { rows_.object(object); });
             found_.object = object;
         }
-        at_ = begin + std::min(end + 1, text.size());
+        at_ = std::min(end + 1, line_.size());
         skip_blanks();
         found_.any_values = object == any && at_ == line_.size();
         read_values();
-        choose_row(begin);
+        choose_row();
     }
 
     // "x3" after a single space, where no value can be.
@@ -561,7 +573,7 @@ private:
     }
 
     // The row that has these values and no others.
-    void choose_row(std::size_t at)
+    void choose_row()
     {
         std::vector<std::string> missing;
         for (const tables::MessageRow* row : rows_.rows()) {
@@ -580,7 +592,7 @@ private:
                 return;
             }
         }
-        fail_at(at_ == at ? at : at_, fmt::format("expected {}, or * for any value", vor::joined(missing, " ")));
+        fail_at(at_, fmt::format("expected {}, or * for any value", vor::joined(missing, " ")));
     }
 
     Text line_;

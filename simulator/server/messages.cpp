@@ -140,6 +140,7 @@ void Messages::deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, socke
     const auto sent = reply_queue_.send(sap, message, decision, delivery, std::chrono::steady_clock::now());
     const bool answers = decision.answered && delivery.way != Way::never && delivery.way != Way::dying;
     record.refused = decision.answered && delivery.way == Way::refused;
+    record.accepted = decision.row_to_keep != nullptr || (!record.answer_values.empty() && !record.refused);
     record.delivered = sent != ReplyQueue::Sent::gone;
     record.unanswered = decision.answered && (!answers || record.refused || !record.delivered);
     if (!record.delivered) {
@@ -189,6 +190,7 @@ faults::ReplyFault Messages::deliver(KonfdExchange& exchange)
     record.client = exchange.client;
     record.delivered = fault != faults::ReplyFault::never && fault != faults::ReplyFault::hung_up;
     record.unanswered = !record.delivered;
+    record.accepted = record.answer == "-o";
     if (recorder_.keeps_bytes()) {
         record.text = record::konfd_record(exchange.exchange.text, show_secrets_);
         record.answer_text = record.delivered ? record::hex(reply.answer) : "";

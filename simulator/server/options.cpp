@@ -6,6 +6,8 @@
 #include <fmt/core.h>
 
 #include "faults/parse.hpp"
+#include "server/commands.hpp"
+#include "tables/names.hpp"
 #include "text/parse.hpp"
 #include "text/text.hpp"
 
@@ -50,6 +52,14 @@ constexpr vor::OptionOf<Options> gateway_options[] = {
      [](Options& options, Text value) { options.without.push_back(manager_of("--without", value)); }},
     {{"--delay", "MANAGER=20ms..80ms", "delay each answer of a manager"}, take_delay},
     {{"--faults", "FILE", "start with the fault rules in FILE, one per line"}, taken_as<&Options::faults_file>},
+    {{"--fault", "RULE", "start with this fault rule (repeatable)"},
+     [](Options& options, Text value) {
+         try {
+             options.faults.push_back(faults::parse_rule(value));
+         } catch (const faults::RuleError& error) {
+             refuse_at(value, error);
+         }
+     }},
     {{"--lenient-konfd", "", "let konfd create missing paths"}, taken_as<&Options::lenient_konfd>},
     {{"--seed", "N", "set where counters and readings start (default 1)"},
      [](Options& options, Text value) { options.seed = number_of<std::uint64_t>("--seed", value); }},
@@ -75,25 +85,45 @@ std::span<const vor::OptionOf<Options>> option_rows()
 
 std::uint16_t manager_of(std::string_view option, std::string_view name)
 {
-    const auto sap = faults::sap_named(name);
-    if (!sap) {
-        const std::string found = name.empty() ? "" : fmt::format(", not {}", vor::quoted(name));
-        throw UsageError(fmt::format("{} needs a manager's name or SAP{}", option, found));
+    if (name.empty()) {
+        throw UsageError(fmt::format("{} needs a manager's name or SAP", option));
     }
-    return *sap;
+    try {
+        return tables::checked_sap(name);
+    } catch (const tables::NameError& error) {
+        throw UsageError(fmt::format("{}: {}", option, error.what()));
+    }
+}
+
+std::chrono::milliseconds time_of(std::string_view option, std::string_view text)
+{
+    const auto time = vor::time_in(text);
+    return time ? *time
+                : throw UsageError(
+                      fmt::format("{} must be a time such as 500ms, 10s or 2m, not {}", option, vor::quoted(text)));
+}
+
+bool take_option(vor::Operands& operands, Options& options)
+{
+    return operands.take_option(gateway_options, options);
+}
+
+void check(const Options& options)
+{
+    if (options.http_control && !options.http) {
+        throw UsageError("--http-control requires --http PORT");
+    }
 }
 
 Options read_options(const std::vector<std::string>& arguments)
 {
     Options options;
     for (vor::Operands operands(arguments); !operands.empty();) {
-        if (!operands.take_option(gateway_options, options)) {
+        if (!take_option(operands, options)) {
             operands.refuse();
         }
     }
-    if (options.http_control && !options.http) {
-        throw UsageError("--http-control requires --http PORT");
-    }
+    check(options);
     return options;
 }
 

@@ -63,6 +63,8 @@ struct Action {
 
     // Whether it also acts on messages that await no answer.
     bool acts_on_one_way() const { return kind == Kind::refuse || kind == Kind::die; }
+    // Whether it takes the manager's place, who is not asked.
+    bool acts_instead() const { return kind == Kind::status || acts_on_one_way(); }
 };
 
 struct End {

@@ -33,7 +33,8 @@ std::string verdict_of(const values::Record& record)
         return "NO ANSWER";
     }
     if (record.complained) {
-        return record.awaits ? fmt::format("REFUSED {}", record.status.value_or(0)) : "REFUSED";
+        const std::string_view verdict = record.via.empty() ? "REFUSED" : "INVALID";
+        return record.awaits && record.status ? fmt::format("{} {}", verdict, *record.status) : std::string(verdict);
     }
     if (konfd && (record.answer == "-o" || record.answer == "-e")) {
         return fmt::format("answer {}", record.answer);

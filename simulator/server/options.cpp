@@ -1,11 +1,13 @@
 #include "server/options.hpp"
 
 #include <algorithm>
+#include <filesystem>
 #include <limits>
 
 #include <fmt/core.h>
 
 #include "faults/parse.hpp"
+#include "tables/managers.hpp"
 #include "text/parse.hpp"
 #include "text/text.hpp"
 
@@ -40,6 +42,44 @@ void take_delay(Options& options, std::string_view text)
     options.delays.insert_or_assign(manager_of("--delay", text.substr(0, equals)), Delay{*least, *most});
 }
 
+// "gpiomgr=/run/real", "any=/run/real"
+void take_via(Options& options, std::string_view text)
+{
+    const std::size_t equals = std::min(text.find('='), text.size());
+    const std::string_view name = text.substr(0, equals);
+    const std::string_view directory = text.substr(std::min(equals + 1, text.size()));
+    if (!directory.starts_with('/')) {
+        throw UsageError(
+            fmt::format("--via must be MANAGER=DIRECTORY, with an absolute path, not {}", vor::quoted(text)));
+    }
+    std::string path = std::filesystem::path(directory).lexically_normal().string();
+    path.resize(path.size() - (path.ends_with('/') && path.size() > 1 ? 1 : 0));
+    if (name == "any") {
+        options.via_any = path;
+    } else {
+        options.via.insert_or_assign(manager_of("--via", name), path);
+    }
+}
+
+// Options that cannot hold together.
+void check(const Options& options)
+{
+    if (options.http_control && !options.http) {
+        throw UsageError("--http-control requires --http PORT");
+    }
+    for (const std::uint16_t sap : options.without) {
+        const bool more = std::ranges::find(options.more_saps, sap) != options.more_saps.end();
+        const char* const other = options.via.contains(sap)      ? "--via"
+                                  : options.delays.contains(sap) ? "--delay"
+                                  : more                         ? "--sap"
+                                                                 : nullptr;
+        if (other != nullptr) {
+            throw UsageError(fmt::format("--without leaves {0} to another program, so {1} must not name it",
+                                         tables::manager_key(sap), other));
+        }
+    }
+}
+
 using vor::taken_as;
 using Text = std::string_view;
 
@@ -47,7 +87,9 @@ constexpr vor::OptionOf<Options> gateway_options[] = {
     {{"--sap", "N", "serve one more SAP, for an application (repeatable)"},
      [](Options& options, Text value) { options.more_saps.push_back(number_of<std::uint16_t>("--sap", value)); }},
     {{"--without", "MANAGER", "leave a manager to another program (repeatable)"},
-     [](Options& options, Text value) { options.without.push_back(manager_of("--without", value)); }},
+     [](Options& options, Text value) { options.without.insert(manager_of("--without", value)); }},
+    {{"--via", "MANAGER=DIRECTORY", "pass a manager's messages on to the real one in\nDIRECTORY (any=DIRECTORY: all)"},
+     take_via},
     {{"--delay", "MANAGER=20ms..80ms", "delay each answer of a manager"}, take_delay},
     {{"--faults", "FILE", "start with the fault rules in FILE, one per line"}, taken_as<&Options::faults_file>},
     {{"--lenient-konfd", "", "let konfd create missing paths"}, taken_as<&Options::lenient_konfd>},
@@ -91,10 +133,28 @@ Options read_options(const std::vector<std::string>& arguments)
             operands.refuse();
         }
     }
-    if (options.http_control && !options.http) {
-        throw UsageError("--http-control requires --http PORT");
+    check(options);
+    if (options.via_any) {
+        for (const std::uint16_t sap : options.served()) {
+            options.via.emplace(sap, *options.via_any);
+        }
     }
     return options;
+}
+
+std::set<std::uint16_t> Options::served() const
+{
+    std::set<std::uint16_t> saps(more_saps.begin(), more_saps.end());
+    for (const tables::Manager& manager : tables::managers) {
+        saps.insert(manager.sap);
+    }
+    for (const auto& [sap, directory] : via) {
+        saps.insert(sap);
+    }
+    for (const std::uint16_t sap : without) {
+        saps.erase(sap);
+    }
+    return saps;
 }
 
 } // namespace vorsim::server

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -29,10 +30,14 @@ struct Options {
     std::optional<std::string> state_file;
     std::optional<std::string> journal_file;
     std::optional<std::string> faults_file;
-    std::vector<std::uint16_t> without;    // managers left to other programs
-    std::map<std::uint16_t, Delay> delays; // by manager
-    std::optional<std::uint16_t> http;     // the page's port; 0: any free one
+    std::set<std::uint16_t> without;          // managers left to other programs
+    std::map<std::uint16_t, std::string> via; // the directories of real managers
+    std::optional<std::string> via_any;       // that of all others
+    std::map<std::uint16_t, Delay> delays;    // by manager
+    std::optional<std::uint16_t> http;        // the page's port; 0: any free one
     bool http_control = false;
+
+    std::set<std::uint16_t> served() const;
 };
 
 Options read_options(const std::vector<std::string>& arguments);

@@ -48,7 +48,8 @@ void Recorder::record(values::Record& record, sockets::Arrival arrived)
     if (keeps_bytes() || style_.screen.is_terminal) {
         record.time = time_text(arrived);
     }
-    if (record.kind == values::Record::Kind::message || record.kind == values::Record::Kind::konfd) {
+    const bool is_message = record.kind == values::Record::Kind::message || record.kind == values::Record::Kind::konfd;
+    if (is_message || !record.via.empty()) {
         out_.line(record::shown(record, style_)); // the platform has already reported the others, on standard error
     }
     if (keeps_bytes()) {

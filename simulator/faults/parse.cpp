@@ -9,6 +9,7 @@
 #include <fnmatch.h>
 
 #include "tables/managers.hpp"
+#include "tables/names.hpp"
 #include "text/file.hpp"
 #include "text/nearest.hpp"
 #include "text/parse.hpp"
@@ -201,7 +202,7 @@ private:
         } else if (take("SAP")) {
             condition.sap = sap();
         } else {
-            condition.sap = read(sap_named(plain()), "a manager, SAP N, any or konfd", who_names());
+            condition.sap = read(tables::sap_named(plain()), "a manager, SAP N, any or konfd", who_names());
         }
     }
 
@@ -334,12 +335,6 @@ private:
 };
 
 } // namespace
-
-std::optional<std::uint16_t> sap_named(std::string_view name)
-{
-    const auto found = std::ranges::find(tables::managers, name, &tables::Manager::name);
-    return found != tables::managers.end() ? std::optional(found->sap) : number_in<std::uint16_t>(name);
-}
 
 Rule parse_rule(std::string_view line)
 {

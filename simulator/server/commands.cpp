@@ -14,6 +14,7 @@
 #include "server/messages.hpp"
 #include "server/options.hpp"
 #include "tables/managers.hpp"
+#include "tables/names.hpp"
 #include "text/json.hpp"
 #include "text/parse.hpp"
 #include "text/screen.hpp"
@@ -81,9 +82,10 @@ struct Show {
     std::string manager; // empty: all
     std::string object;
 
+    void check(); // throws a UsageError about an unknown name
     std::runtime_error not_found(const Running& running) const
     {
-        if (const auto sap = faults::sap_named(manager)) {
+        if (const auto sap = tables::sap_named(manager)) {
             running.messages.managers().expect_own(*sap);
         }
         return std::runtime_error(fmt::format("no settings of {}{}{}", manager, object.empty() ? "" : "/", object));
@@ -91,6 +93,23 @@ struct Show {
     std::string text(const Running& running) const;
     std::string document(const Running& running) const;
 };
+
+void Show::check()
+try {
+    if (manager.empty() || (manager == "konfd" && object.empty())) {
+        return;
+    }
+    constexpr std::string_view others[] = {"konfd"};
+    const std::uint16_t sap = tables::checked_sap(manager, others);
+    manager = tables::manager_key(sap);
+    if (!object.empty()) {
+        tables::Selection rows;
+        rows.of(sap);
+        rows.object(object);
+    }
+} catch (const tables::NameError& error) {
+    throw UsageError(error.what());
+}
 
 std::string Show::text(const Running& running) const
 {
@@ -138,6 +157,7 @@ Command read_show(std::string_view text)
         show.manager = what.substr(0, slash);
         show.object = what.substr(std::min(slash + 1, what.size()));
     }
+    show.check();
     return [show](Running& running) { return show.json ? show.document(running) : show.text(running); };
 }
 
@@ -180,6 +200,7 @@ Command read_watch(std::string_view text)
             operands.refuse();
         }
     }
+    watch.filter.check();
     return watch;
 }
 

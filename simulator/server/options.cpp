@@ -6,8 +6,8 @@
 
 #include <fmt/core.h>
 
-#include "faults/parse.hpp"
 #include "tables/managers.hpp"
+#include "tables/names.hpp"
 #include "text/parse.hpp"
 #include "text/text.hpp"
 
@@ -117,12 +117,14 @@ std::span<const vor::OptionOf<Options>> option_rows()
 
 std::uint16_t manager_of(std::string_view option, std::string_view name)
 {
-    const auto sap = faults::sap_named(name);
-    if (!sap) {
-        const std::string found = name.empty() ? "" : fmt::format(", not {}", vor::quoted(name));
-        throw UsageError(fmt::format("{} needs a manager's name or SAP{}", option, found));
+    if (name.empty()) {
+        throw UsageError(fmt::format("{} needs a manager's name or SAP", option));
     }
-    return *sap;
+    try {
+        return tables::checked_sap(name);
+    } catch (const tables::NameError& error) {
+        throw UsageError(fmt::format("{}: {}", option, error.what()));
+    }
 }
 
 Options read_options(const std::vector<std::string>& arguments)

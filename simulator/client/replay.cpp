@@ -237,6 +237,9 @@ private:
             compare_konfd(line);
             break;
         default:
+            if (!record.via.empty()) {
+                break; // it came from a manager
+            }
             sender(0xfffe).send(record.sap, bytes_in(record.datagram, "datagram"));
         }
     }

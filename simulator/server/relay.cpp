@@ -117,6 +117,7 @@ void Relay::pass_on(const VORINFRA_MESSAGE& message, Passed passed)
         managers_.pause(sap);
         const Time until = std::chrono::steady_clock::now() + place.patience;
         waiting_.emplace(sap, std::make_unique<Waiting>(Waiting{message, std::move(passed), until}));
+        retry_ = until - place.patience + retry_interval;
     }
 }
 
@@ -158,6 +159,7 @@ void Relay::send_waiting()
             managers_.resume(sap);
         }
     }
+    retry_ = std::chrono::steady_clock::now() + retry_interval;
 }
 
 void Relay::receive(Place& place)
@@ -282,7 +284,7 @@ std::optional<Relay::Time> Relay::next() const
 {
     std::optional<Time> first;
     if (!waiting_.empty()) {
-        first = std::chrono::steady_clock::now() + retry_interval;
+        first = retry_;
     }
     for (const auto& place : places_) {
         if (const auto check = sockets::earliest(place->awaited, [](const auto& one) {

@@ -117,6 +117,7 @@ private:
     std::vector<std::shared_ptr<Place>> places_;
     std::map<std::uint16_t, std::shared_ptr<Place>> ways_; // of each manager
     std::map<std::uint16_t, std::unique_ptr<Waiting>> waiting_;
+    Time retry_{}; // when to send them
 };
 
 } // namespace vorsim::server

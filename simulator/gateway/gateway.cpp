@@ -58,7 +58,15 @@ values::Value as_bytes(Bytes bytes)
 
 std::vector<std::uint8_t> status_answer(std::int32_t status)
 {
-    return Answer(4).put(0, "status", status).bytes;
+    return Answer(status_size).put(0, "status", status).bytes;
+}
+
+std::size_t answer_size(const tables::MessageRow& row)
+{
+    Measurements any(0);
+    return row.query != nullptr    ? row.query({.row = &row}, State(), any).bytes.size()
+           : row.exchange.answered ? status_size
+                                   : 0;
 }
 
 Decision Gateway::accept(const Message& message, Decoded decoded)

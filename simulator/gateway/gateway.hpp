@@ -30,6 +30,10 @@ struct Decision {
 
 std::vector<std::uint8_t> status_answer(std::int32_t status);
 
+inline constexpr std::size_t status_size = 4;
+// Of the answer to a row's message; 0: it is one-way.
+std::size_t answer_size(const tables::MessageRow& row);
+
 class Gateway {
 public:
     struct Settings {

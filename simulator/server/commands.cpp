@@ -378,8 +378,9 @@ constexpr CommandRow rows[] = {
     {"start", "MANAGER", "bring a manager back", read_start, true, true},
     {"set", "READING VALUE",
      "set a reading: temperature 850, port 3 polling_count 0\n"
-     "\"temperature wander\" releases it, \"counting 100\" makes\n"
-     "counters run 100 times as fast",
+     "\"temperature wander\" releases it, \"temperature 850, 860,\n"
+     "then wander\" sets it for one query each, \"counting 100\"\n"
+     "makes counters run 100 times as fast",
      read_setting, true, true},
     {"reset", "", "clear all settings, readings and counters", read_reset, true},
     {"load", "FILE", "replace the settings by those of a state file", read_load, false, false, true},

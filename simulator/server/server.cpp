@@ -20,6 +20,7 @@
 #include "server/commands.hpp"
 #include "tables/managers.hpp"
 #include "text/file.hpp"
+#include "text/text.hpp"
 
 namespace vorsim::server {
 namespace {
@@ -50,6 +51,15 @@ void check_files(const Options& options)
     const fs::path journal = fs::weakly_canonical(fs::absolute(*options.journal_file), ignored);
     if (state == journal || fs::equivalent(state, journal, ignored)) {
         throw UsageError(fmt::format("--state and --journal must not be the same file: {}", *options.state_file));
+    }
+}
+
+void expect_own(const Managers& managers, const faults::Rule& rule, const std::string& file)
+{
+    try {
+        managers.expect_own(rule);
+    } catch (const std::runtime_error& error) {
+        throw UsageError(fmt::format("{}: rule {}: {}", file, vor::quoted(rule.text), error.what()));
     }
 }
 
@@ -94,7 +104,7 @@ Server::Server(const Options& options)
     }
     if (options_.faults_file) {
         for (faults::Rule& rule : faults::read_rules(*options_.faults_file)) {
-            messages_.managers().expect_own(rule);
+            expect_own(messages_.managers(), rule, *options_.faults_file);
             world_.faults.add(std::move(rule), std::chrono::steady_clock::now());
         }
     }

@@ -72,7 +72,7 @@ std::int64_t Measurements::constant(std::string_view name, std::int64_t value)
     return found != streams_.end() && found->second.set ? static_cast<std::int64_t>(found->second.read()) : value;
 }
 
-void Measurements::set(std::string_view name, std::span<const std::uint64_t> values, bool then_released)
+void Measurements::set(std::string_view name, const std::vector<std::uint64_t>& values, bool then_released)
 {
     if (!is_known(name) && streams_.size() == most_streams) {
         throw std::runtime_error(fmt::format("at most {} readings can be set; vorsim reset clears them", most_streams));

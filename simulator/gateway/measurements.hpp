@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,7 +28,7 @@ public:
 
     // The values of the next readings. The last one stays until it is released, or is then released by itself.
     // Throws when no more readings can be kept.
-    void set(std::string_view name, std::span<const std::uint64_t> values, bool then_released);
+    void set(std::string_view name, const std::vector<std::uint64_t>& values, bool then_released);
     void release(std::string_view name);
     // Counters run so many times as fast.
     void speed_up(std::uint64_t times) { speed_ = times; }

@@ -1,5 +1,5 @@
 # What vorsim makes of messages, of konfd's commands, and how it behaves as a process.
-vor_test(simulator_test SOURCES simulator_test.cpp simulator_tables_test.cpp LIBRARIES vorsim_core)
+vor_test(simulator_test SOURCES simulator_test.cpp simulator_tables_test.cpp expectation_test.cpp LIBRARIES vorsim_core)
 vor_test(faults_test SOURCES faults_test.cpp LIBRARIES vorsim_core)
 vor_test(konfd_daemon_test SOURCES konfd_daemon_test.cpp LIBRARIES vorsim_core)
 vor_test(vorsim_process_test SOURCES vorsim_process_test.cpp LIBRARIES vorsim_core)

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <thread>
@@ -111,6 +112,24 @@ bool write_all(int descriptor, std::string_view bytes)
         bytes.remove_prefix(written > 0 ? static_cast<std::size_t>(written) : 0);
     }
     return true;
+}
+
+void replace_file(const std::string& path, std::string_view text, unsigned mode)
+{
+    std::string unfinished = path + ".XXXXXX";
+    const int file = mkostemp(unfinished.data(), O_CLOEXEC);
+    if (file < 0) {
+        throw FileError(errno);
+    }
+    int error = write_all(file, text) && fchmod(file, static_cast<mode_t>(mode)) == 0 ? 0 : errno;
+    close(file);
+    if (error == 0 && std::rename(unfinished.c_str(), path.c_str()) != 0) {
+        error = errno;
+    }
+    if (error != 0) {
+        unlink(unfinished.c_str());
+        throw FileError(error);
+    }
 }
 
 void ignore_size_signal()

@@ -19,8 +19,6 @@ struct Counters {
     std::uint64_t foreign = 0;   // unexpected answers, messages to another SAP
     std::uint64_t faulted = 0;
 
-    bool all_valid() const { return complained + invalid + malformed + foreign == 0; }
-
     // "2 messages, 1 refused"
     std::string text() const
     {

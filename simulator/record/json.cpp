@@ -52,6 +52,7 @@ void each_member(AnyRecord& record, Visit visit, bool bytes)
         visit("answer_id", Hexadecimal{record.answer_id}, bytes && record.answer_id.has_value());
         if_kept("answer_payload", record.answer_payload);
         if_any("line", record.line);
+        visit("accepted", record.accepted, true);
         visit("complained", record.complained, true);
         break;
     case Kind::konfd:
@@ -61,6 +62,7 @@ void each_member(AnyRecord& record, Visit visit, bool bytes)
         if_any("complaint", record.complaint);
         if_any("shown", record.shown);
         if_known("fault", record.fault);
+        visit("accepted", record.accepted, true);
         visit("complained", record.complained, true);
         if_kept("text", record.text);
         if_kept("answer_text", record.answer_text);

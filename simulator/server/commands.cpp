@@ -204,27 +204,25 @@ Command read_watch(std::string_view text)
     return watch;
 }
 
-void take_within(Wait& wait, std::string_view text)
+Command read_received(std::string_view text)
 {
-    const auto time = vor::time_in(text);
-    if (!time) {
-        throw UsageError(fmt::format("--within must be a time such as 500ms, 10s or 2m, not \"{}\"", text));
-    }
-    wait.within = *time;
-}
-
-Command read_wait(std::string_view text)
-{
-    static constexpr vor::OptionOf<Wait> options[] = {{{"--call", "NAME", ""}, vor::taken_as<&Wait::call>},
-                                                      {{"--object", "O", ""}, vor::taken_as<&Wait::object>},
-                                                      {{"--within", "T", ""}, take_within}};
-    Wait wait;
+    using vor::OptionOf;
+    static constexpr OptionOf<ReceivedRequest> options[] = {
+        {{"--after", "SEQ", ""},
+         [](ReceivedRequest& wanted, std::string_view value) {
+             const auto after = vor::number_in<std::uint64_t>(value);
+             wanted.after = after ? *after : throw UsageError("--after must be a message's number");
+         }},
+        {{"--within", "T", ""},
+         [](ReceivedRequest& wanted, std::string_view value) { wanted.within = time_of("--within", value); }}};
+    ReceivedRequest wanted;
     for (vor::Operands operands = operands_in(text); !operands.empty();) {
-        if (!operands.take_option(options, wait)) {
+        if (!operands.take_option(options, wanted) && !operands.take_option(record::filter_options, wanted.filter)) {
             operands.refuse();
         }
     }
-    return !wait.call.empty() ? wait : throw UsageError("wait needs --call NAME");
+    wanted.filter.check();
+    return wanted;
 }
 
 Command read_reset(std::string_view text)
@@ -232,7 +230,7 @@ Command read_reset(std::string_view text)
     expect_none(text);
     return [](Running& running) {
         running.world.reset();
-        running.control.forget_past();
+        running.recorder.forget();
         return std::string();
     };
 }
@@ -305,9 +303,7 @@ Command read_add_fault(std::string_view text)
             return fmt::format("fault {} added\n", running.world.faults.add(rule, std::chrono::steady_clock::now()));
         };
     } catch (const faults::RuleError& error) {
-        const std::string_view front = text.substr(0, error.column - 1);
-        throw UsageError(fmt::format("column {}: {}\n  {}\n  {:{}}^", error.column, error.what(), vor::printable(text),
-                                     "", vor::characters_in(vor::printable(front))));
+        refuse_at(text, error);
     }
 }
 
@@ -369,7 +365,7 @@ Command read_setting(std::string_view text)
 constexpr CommandRow rows[] = {
     {"show", "[--json] [MANAGER[/OBJECT]]", "print the settings that the managers hold", read_show},
     {"watch", "", "", read_watch},
-    {"wait", "--call NAME [--object O] [--within T]", "wait for such a message (T: 500ms, 2m; default 10s)", read_wait},
+    {"received", "", "", read_received},
     {"overview", "", "", read_overview},
     {"fault add", "RULE", "add a fault rule such as \"canmgr: status 7, twice\"", read_add_fault, true, true},
     {"fault list", "", "list the rules and how often each one acted", read_list_faults, true, true},
@@ -405,6 +401,13 @@ std::string_view first_word(std::string_view line)
 std::span<const CommandRow> command_rows()
 {
     return rows;
+}
+
+void refuse_at(std::string_view text, const vor::WordError& error)
+{
+    const std::string_view front = text.substr(0, error.column - 1);
+    throw UsageError(fmt::format("column {}: {}\n  {}\n  {:{}}^", error.column, error.what(), vor::printable(text), "",
+                                 vor::characters_in(vor::printable(front))));
 }
 
 const CommandRow* command_named(std::string_view word)

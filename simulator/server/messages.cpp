@@ -172,6 +172,8 @@ void Messages::settle(const Asker& asker, sockets::Arrival arrived, gateway::Dec
     const auto sent = reply_queue_.send(asker, decision, delivery, std::chrono::steady_clock::now());
     const bool answers = decision.answered && delivery.way != Way::never && delivery.way != Way::dying;
     record.refused = decision.answered && delivery.way == Way::refused;
+    record.accepted =
+        decision.row_to_keep != nullptr || (!record.answer_values.empty() && !record.refused && !record.complained);
     record.delivered = sent != ReplyQueue::Sent::gone;
     record.unanswered = decision.answered && (!answers || record.refused || !record.delivered);
     if (!record.delivered) {
@@ -214,6 +216,7 @@ faults::ReplyFault Messages::deliver(KonfdExchange& exchange)
     record.client = exchange.client;
     record.delivered = fault != faults::ReplyFault::never && fault != faults::ReplyFault::hung_up;
     record.unanswered = !record.delivered;
+    record.accepted = record.answer == "-o";
     if (recorder_.keeps_bytes()) {
         record.text = record::konfd_record(exchange.exchange.text, show_secrets_);
         record.answer_text = record.delivered ? record::hex(reply.answer) : "";

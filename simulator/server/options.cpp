@@ -6,6 +6,8 @@
 
 #include <fmt/core.h>
 
+#include "faults/parse.hpp"
+#include "server/commands.hpp"
 #include "tables/managers.hpp"
 #include "tables/names.hpp"
 #include "text/parse.hpp"
@@ -61,25 +63,6 @@ void take_via(Options& options, std::string_view text)
     }
 }
 
-// Options that cannot hold together.
-void check(const Options& options)
-{
-    if (options.http_control && !options.http) {
-        throw UsageError("--http-control requires --http PORT");
-    }
-    for (const std::uint16_t sap : options.without) {
-        const bool more = std::ranges::find(options.more_saps, sap) != options.more_saps.end();
-        const char* const other = options.via.contains(sap)      ? "--via"
-                                  : options.delays.contains(sap) ? "--delay"
-                                  : more                         ? "--sap"
-                                                                 : nullptr;
-        if (other != nullptr) {
-            throw UsageError(fmt::format("--without leaves {0} to another program, so {1} must not name it",
-                                         tables::manager_key(sap), other));
-        }
-    }
-}
-
 using vor::taken_as;
 using Text = std::string_view;
 
@@ -92,6 +75,14 @@ constexpr vor::OptionOf<Options> gateway_options[] = {
      take_via},
     {{"--delay", "MANAGER=20ms..80ms", "delay each answer of a manager"}, take_delay},
     {{"--faults", "FILE", "start with the fault rules in FILE, one per line"}, taken_as<&Options::faults_file>},
+    {{"--fault", "RULE", "start with this fault rule (repeatable)"},
+     [](Options& options, Text value) {
+         try {
+             options.faults.push_back(faults::parse_rule(value));
+         } catch (const faults::RuleError& error) {
+             refuse_at(value, error);
+         }
+     }},
     {{"--lenient-konfd", "", "let konfd create missing paths"}, taken_as<&Options::lenient_konfd>},
     {{"--seed", "N", "set where counters and readings start (default 1)"},
      [](Options& options, Text value) { options.seed = number_of<std::uint64_t>("--seed", value); }},
@@ -127,20 +118,50 @@ std::uint16_t manager_of(std::string_view option, std::string_view name)
     }
 }
 
+std::chrono::milliseconds time_of(std::string_view option, std::string_view text)
+{
+    const auto time = vor::time_in(text);
+    return time ? *time
+                : throw UsageError(
+                      fmt::format("{} must be a time such as 500ms, 10s or 2m, not {}", option, vor::quoted(text)));
+}
+
+bool take_option(vor::Operands& operands, Options& options)
+{
+    return operands.take_option(gateway_options, options);
+}
+
+void check(const Options& options)
+{
+    if (options.http_control && !options.http) {
+        throw UsageError("--http-control requires --http PORT");
+    }
+    for (const std::uint16_t sap : options.without) {
+        const bool more = std::ranges::find(options.more_saps, sap) != options.more_saps.end();
+        const bool fault = std::ranges::any_of(options.faults, [sap](const faults::Rule& rule) {
+            return rule.condition.who == faults::Condition::Who::manager && rule.condition.sap == sap;
+        });
+        const char* const other = options.via.contains(sap)      ? "--via"
+                                  : options.delays.contains(sap) ? "--delay"
+                                  : more                         ? "--sap"
+                                  : fault                        ? "--fault"
+                                                                 : nullptr;
+        if (other != nullptr) {
+            throw UsageError(fmt::format("--without leaves {} to another program, so {} must not name it",
+                                         tables::manager_key(sap), other));
+        }
+    }
+}
+
 Options read_options(const std::vector<std::string>& arguments)
 {
     Options options;
     for (vor::Operands operands(arguments); !operands.empty();) {
-        if (!operands.take_option(gateway_options, options)) {
+        if (!take_option(operands, options)) {
             operands.refuse();
         }
     }
     check(options);
-    if (options.via_any) {
-        for (const std::uint16_t sap : options.served()) {
-            options.via.emplace(sap, *options.via_any);
-        }
-    }
     return options;
 }
 
@@ -157,6 +178,17 @@ std::set<std::uint16_t> Options::served() const
         saps.erase(sap);
     }
     return saps;
+}
+
+std::map<std::uint16_t, std::string> Options::ways() const
+{
+    std::map<std::uint16_t, std::string> ways = via;
+    if (via_any) {
+        for (const std::uint16_t sap : served()) {
+            ways.emplace(sap, *via_any);
+        }
+    }
+    return ways;
 }
 
 } // namespace vorsim::server

@@ -66,22 +66,23 @@ void expect_own(const Managers& managers, const faults::Rule& rule, const std::s
 std::set<std::uint16_t> passed_on(const Options& options)
 {
     std::set<std::uint16_t> saps;
-    for (const auto& [sap, directory] : options.via) {
+    for (const auto& [sap, directory] : options.ways()) {
         saps.insert(sap);
     }
     return saps;
 }
 
 // vorsim's own directory would lead back to it.
-const Relay::Ways& ways(const Options& options, const std::string& own)
+Relay::Ways ways_of(const Options& options, const std::string& own)
 {
-    for (const auto& [sap, directory] : options.via) {
+    Relay::Ways ways = options.ways();
+    for (const auto& [sap, directory] : ways) {
         std::error_code ignored;
         if (fs::equivalent(directory, own, ignored)) {
             throw UsageError(fmt::format("--via must name another directory than vorsim's own, {}", own));
         }
     }
-    return options.via;
+    return ways;
 }
 
 } // namespace
@@ -92,8 +93,8 @@ Server::Server(const Options& options)
       world_({.seed = options.seed, .show_secrets = options.show_secrets, .passed_on = passed_on(options)},
              {.show_secrets = options.show_secrets, .lenient = options.lenient_konfd}),
       control_(loop_, running_, parse_command),
-      recorder_(loop_, control_, world_.counters, {vor::screen_of(STDOUT_FILENO, options.color), options.ids}),
-      messages_(loop_, world_, recorder_, options.seed, options.delays, ways(options, directory_),
+      recorder_(loop_, control_, {vor::screen_of(STDOUT_FILENO, options.color), options.ids}),
+      messages_(loop_, world_, recorder_, options.seed, options.delays, ways_of(options, directory_),
                 options.show_secrets),
       running_{world_, messages_, control_, recorder_}, spare_(open("/dev/null", O_RDONLY | O_CLOEXEC))
 {
@@ -107,6 +108,9 @@ Server::Server(const Options& options)
             expect_own(messages_.managers(), rule, *options_.faults_file);
             world_.faults.add(std::move(rule), std::chrono::steady_clock::now());
         }
+    }
+    for (const faults::Rule& rule : options_.faults) {
+        world_.faults.add(rule, std::chrono::steady_clock::now());
     }
     try {
         control_.listen(control_path(directory_)); // after the messages, which are served before requests about them
@@ -161,19 +165,14 @@ void Server::bind_konfd()
     }
 }
 
-// Never a half-written file under the name.
 void Server::write_state()
 {
-    const std::string path = *options_.state_file;
-    std::string unfinished = fmt::format("{}.XXXXXX", path);
-    const sockets::Descriptor file(mkostemp(unfinished.data(), O_CLOEXEC)); // for its owner only: it may hold passwords
+    const std::string& path = *options_.state_file;
     const std::string text = std::get<Request>(parse_command("show --json"))(running_).value_or("");
-    if (file.get() < 0 || !vor::write_all(file.get(), text) || std::rename(unfinished.c_str(), path.c_str()) != 0) {
-        const int error = errno;
-        if (file.get() >= 0) {
-            unlink(unfinished.c_str());
-        }
-        throw std::runtime_error(fmt::format("cannot write the state {}: {}", path, vor::reason_of(error)));
+    try {
+        vor::replace_file(path, text, 0600); // it may hold passwords
+    } catch (const vor::FileError& error) {
+        throw std::runtime_error(fmt::format("cannot write the state {}: {}", path, error.what()));
     }
 }
 
@@ -197,7 +196,11 @@ int Server::run()
     if (recorder_.journal_failed()) {
         return 1;
     }
-    return options_.strict && recorder_.failed() ? 3 : 0;
+    const std::string complaints = options_.strict ? recorder_.complaints() : "";
+    if (!complaints.empty()) {
+        recorder_.errors().line(complaints);
+    }
+    return complaints.empty() ? 0 : 3;
 }
 
 } // namespace vorsim::server

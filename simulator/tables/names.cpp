@@ -62,40 +62,20 @@ bool fits(const MessageRow& row, std::string_view pattern, std::string_view text
     return false;
 }
 
-// "interface 0" where the row is about that one alone.
+// "port N", or "interface 0" where the row is about that one alone.
 std::string shown_object(const MessageRow& row)
 {
     std::string object(row.object);
-    for (const Field& field : row.layout.fields()) {
-        const std::string place = fmt::format("{{{}}}", field.name);
-        if (const std::size_t at = object.find(place); at != object.npos && field.only_value) {
-            object.replace(at, place.size(), std::to_string(*field.only_value));
-        }
+    for (std::size_t at = object.find('{'); at != object.npos; at = object.find('{')) {
+        const std::size_t end = object.find('}', at);
+        const Field& field = *field_named(row, object.substr(at + 1, end - at - 1));
+        object.replace(at, end + 1 - at,
+                       field.only_value                    ? std::to_string(*field.only_value)
+                       : field.display == Display::address ? "ADDRESS"
+                       : field.kind == Kind::text          ? "NAME"
+                                                           : "N");
     }
     return object;
-}
-
-std::string expected_objects(std::string_view typed, std::span<const MessageRow* const> rows)
-{
-    std::set<std::string> all;
-    std::set<std::string> kinds;
-    for (const MessageRow* row : rows) {
-        all.insert(shown_object(*row));
-        kinds.emplace(row->object.substr(0, row->object.find(" {")));
-    }
-    if (all.size() > most_patterns) {
-        const Names known(kinds.begin(), kinds.end());
-        const Names near = vor::nearest(typed.substr(0, typed.find_first_of("0123456789")), known);
-        std::erase_if(all, [&near](const std::string& object) {
-            return std::ranges::none_of(near, [&](const auto& kind) { return object.starts_with(kind); });
-        });
-    }
-    Names shown;
-    for (const std::string& object : all) {
-        shown.push_back(vor::quoted(object));
-    }
-    shown.resize(std::min(shown.size(), most_patterns));
-    return shown.empty() ? "an object as in vorsim's lines" : vor::alternatives(shown);
 }
 
 } // namespace
@@ -199,9 +179,32 @@ void Selection::object(std::string_view text)
     }
     if (std::ranges::none_of(rows_, is_about)) {
         throw NameError(fmt::format("unknown object {}{}{}; expected {}", vor::quoted(text),
-                                    whose_.empty() ? "" : " of ", whose_, expected_objects(text, rows_)));
+                                    whose_.empty() ? "" : " of ", whose_, objects(text)));
     }
     std::erase_if(rows_, [&](const MessageRow* row) { return !is_about(row); });
+}
+
+std::string Selection::objects(std::string_view typed) const
+{
+    std::set<std::string> all;
+    std::set<std::string> kinds;
+    for (const MessageRow* row : rows_) {
+        all.insert(shown_object(*row));
+        kinds.emplace(row->object.substr(0, row->object.find(" {")));
+    }
+    if (all.size() > most_patterns) {
+        const Names known(kinds.begin(), kinds.end());
+        const Names near = vor::nearest(typed.substr(0, typed.find_first_of("0123456789")), known);
+        std::erase_if(all, [&near](const std::string& object) {
+            return std::ranges::none_of(near, [&](const auto& kind) { return object.starts_with(kind); });
+        });
+    }
+    Names shown;
+    for (const std::string& object : all) {
+        shown.push_back(vor::quoted(object));
+    }
+    shown.resize(std::min(shown.size(), most_patterns));
+    return shown.empty() ? "an object as vorsim prints it" : vor::alternatives(shown);
 }
 
 void Selection::field(std::string_view name) const
@@ -217,9 +220,9 @@ void Selection::field(std::string_view name) const
     }
     if (!known.contains(std::string(name))) {
         const Names names(known.begin(), known.end());
-        const std::string all = names.empty() ? "no value" : vor::alternatives(names);
-        throw NameError(fmt::format("unknown value {} of {}{}", vor::quoted(name), whose_,
-                                    vor::suggestion(vor::nearest(name, names), fmt::format("expected {}", all))));
+        const std::string otherwise = names.empty() ? "" : "expected " + vor::alternatives(names);
+        throw NameError(fmt::format("{} has no value {}{}", whose_, vor::quoted(name),
+                                    vor::suggestion(vor::nearest(name, names), otherwise)));
     }
 }
 

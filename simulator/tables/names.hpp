@@ -43,6 +43,9 @@ public:
     // Throws a NameError unless a row has the field, or the option or flag byte.
     void field(std::string_view name) const;
 
+    // The objects that can be meant: "port N" or "peer N".
+    std::string objects(std::string_view typed = {}) const;
+
     std::span<const MessageRow* const> rows() const { return rows_; }
 
 private:

@@ -30,6 +30,7 @@ struct Record {
     std::vector<std::string> notes{};   // in brackets at the end of its line
     std::string complaint{};
     bool complained{}; // false for a konfd check that finds nothing
+    bool accepted{};   // the setting was stored, the query answered, konfd's commands carried out
     std::optional<Fault> fault{};
     bool delivered = true; // its answer
     bool unanswered{};     // an answer was due, and no client got one

@@ -176,6 +176,10 @@ public:
             if (line->record.seq == 0) {
                 throw std::runtime_error(fmt::format("{}: not a journal record", journal_.place(*line)));
             }
+            const bool message = line->record.kind == values::Record::Kind::message;
+            if (!message && !line->record.via.empty()) {
+                continue; // it came from a manager
+            }
             try {
                 send_again(*line);
                 ++sent_;
@@ -237,9 +241,6 @@ private:
             compare_konfd(line);
             break;
         default:
-            if (!record.via.empty()) {
-                break; // it came from a manager
-            }
             sender(0xfffe).send(record.sap, bytes_in(record.datagram, "datagram"));
         }
     }

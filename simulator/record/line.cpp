@@ -46,8 +46,9 @@ std::string text_of(const values::Record& record)
     };
     add(record.kind == values::Record::Kind::konfd ? record.commands : record.object, "");
     add(record.complaint, ": ");
-    add(gateway::values_text(record.values), ": ");
-    add(gateway::values_text(record.answer_values), text == record.object ? ": " : " ");
+    const std::string asked = gateway::values_text(record.values);
+    add(asked, ": ");
+    add(gateway::values_text(record.answer_values), asked.empty() ? ": " : " ");
     for (const std::string& note : record.notes) {
         add(fmt::format("[{}]", note), between);
     }

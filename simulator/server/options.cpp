@@ -86,7 +86,7 @@ constexpr vor::OptionOf<Options> gateway_options[] = {
     {{"--lenient-konfd", "", "let konfd create missing paths"}, taken_as<&Options::lenient_konfd>},
     {{"--seed", "N", "set where counters and readings start (default 1)"},
      [](Options& options, Text value) { options.seed = number_of<std::uint64_t>("--seed", value); }},
-    {{"--strict", "", "exit with 3 if any message was refused, malformed or\nforeign"}, taken_as<&Options::strict>},
+    {{"--strict", "", "exit with 3 if any message was refused, invalid,\nmalformed or foreign"}, taken_as<&Options::strict>},
     {{"--journal", "FILE", "append a JSON object per message to FILE"}, taken_as<&Options::journal_file>},
     {{"--state", "FILE", "write the state to FILE as JSON, at start and at exit"}, taken_as<&Options::state_file>},
     {{"--show-secrets", "", "do not mask passwords, in any output"}, taken_as<&Options::show_secrets>},

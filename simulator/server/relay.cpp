@@ -145,6 +145,9 @@ bool Relay::send(Place& place, const VORINFRA_MESSAGE& message, Passed& passed)
 
 void Relay::send_waiting()
 {
+    if (waiting_.empty()) {
+        return;
+    }
     for (auto next = waiting_.begin(); next != waiting_.end();) {
         const std::uint16_t sap = next->first;
         Waiting& waiting = *next->second;

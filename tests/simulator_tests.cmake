@@ -21,8 +21,11 @@ endif()
 # Faults as clients feel them, and a manager that is not vorsim's.
 vor_test(faults_felt_test AGAINST_THE_CLOCK SOURCES faults_felt_test.cpp LIBRARIES vorsim_core)
 add_executable(manager ${PROJECT_SOURCE_DIR}/examples/manager.c)
+target_include_directories(manager PRIVATE ${PROJECT_SOURCE_DIR}/include)
 target_link_libraries(manager PRIVATE vorinfra vor_warnings)
 add_dependencies(faults_felt_test vorcfg vorsim manager)
+vor_test(via_test AGAINST_THE_CLOCK SOURCES via_test.cpp LIBRARIES vorsim_core)
+add_dependencies(via_test vorcfg vorsim manager)
 
 vor_test(strips_felt_test AGAINST_THE_CLOCK SOURCES strips_felt_test.cpp LIBRARIES rows_alone device_mgmt vorsim_core)
 add_dependencies(strips_felt_test vorsim)

@@ -1,6 +1,8 @@
 // parse.hpp: rules as sentences.
 //
 //   WHO [CALL|ID] ["OBJECT"] [from SAP N] [Nth | every Nth | chance N%]: ACTION[, END]
+//
+// A rule that could never act is refused.
 #pragma once
 
 #include <stdexcept>

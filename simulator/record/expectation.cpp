@@ -619,7 +619,9 @@ bool Expectation::matches(const values::Record& record) const
         return verdict == columns.verdict && sap.has_value() != by_konfd && (by_konfd || sap == record.sap) &&
                (by_konfd || call == columns.call) && (rest == any || same_masked(rest, without_notes(columns.text)));
     }
-    if (record.kind != RecordKind::message || record.complained || (sap && *sap != record.sap) ||
+    // A real manager that did not answer is complained of, and seen by the verdict alone.
+    const bool complaint = record.complained && (verdict.empty() || !record.complaint.empty());
+    if (record.kind != RecordKind::message || complaint || (sap && *sap != record.sap) ||
         (object && *object != record.object) || !tables::same_call(call, record.call) ||
         (!verdict.empty() && verdict != columns_of(record.line).verdict)) {
         return false;
@@ -673,7 +675,7 @@ std::string expectation_of(const values::Record& record)
     if (record.kind == values::Record::Kind::konfd) {
         return fmt::format("{}  konfd  {}", verdict, without_notes(columns.text));
     }
-    if (record.call.empty() || record.complained) {
+    if (record.call.empty() || !record.complaint.empty()) {
         return fmt::format("{}  {}  {}  {}", verdict, columns.manager, columns.call, without_notes(columns.text));
     }
     std::string values;

@@ -48,6 +48,7 @@ void each_member(AnyRecord& record, Visit visit, bool bytes)
         if_kept("meta_data", record.meta_data);
         if_kept("payload", record.payload);
         visit("refused", record.refused, record.refused);
+        if_any("via", record.via);
         visit("answer_id", Hexadecimal{record.answer_id}, bytes && record.answer_id.has_value());
         if_kept("answer_payload", record.answer_payload);
         if_any("line", record.line);
@@ -71,6 +72,7 @@ void each_member(AnyRecord& record, Visit visit, bool bytes)
     default:
         visit("sap", record.sap, true);
         visit(record.kind == Kind::foreign ? "foreign" : "malformed", record.why, true);
+        if_any("via", record.via);
         if_kept("datagram", record.datagram);
         if_any("line", record.line);
     }

@@ -25,7 +25,8 @@ std::string verdict_of(const values::Record& record)
         return "NO ANSWER";
     }
     if (record.complained) {
-        return record.awaits ? fmt::format("REFUSED {}", record.status.value_or(0)) : "REFUSED";
+        const std::string_view verdict = record.via.empty() ? "REFUSED" : "INVALID";
+        return record.awaits && record.status ? fmt::format("{} {}", verdict, *record.status) : std::string(verdict);
     }
     if (konfd && (record.answer == "-o" || record.answer == "-e")) {
         return fmt::format("answer {}", record.answer);
@@ -45,8 +46,9 @@ std::string text_of(const values::Record& record)
     };
     add(record.kind == values::Record::Kind::konfd ? record.commands : record.object, "");
     add(record.complaint, ": ");
-    add(gateway::values_text(record.values), ": ");
-    add(gateway::values_text(record.answer_values), text == record.object ? ": " : " ");
+    const std::string asked = gateway::values_text(record.values);
+    add(asked, ": ");
+    add(gateway::values_text(record.answer_values), asked.empty() ? ": " : " ");
     for (const std::string& note : record.notes) {
         add(fmt::format("[{}]", note), between);
     }

@@ -67,14 +67,27 @@ Json state_of(const Running& running)
     return record::json_of(world.counters, running.recorder.lines_dropped(), world.gateway.state(), world.konfd);
 }
 
+// "left to another program: gpiomgr, canmgr"; empty: none is.
+std::string left_out(const Managers& managers)
+{
+    std::vector<std::string> names;
+    for (const std::uint16_t sap : managers.left()) {
+        names.push_back(tables::manager_key(sap));
+    }
+    return names.empty() ? "" : fmt::format("left to another program: {}\n", vor::joined(names, ", "));
+}
+
 struct Show {
     bool json = false;
     std::string manager; // empty: all
     std::string object;
 
     void check(); // throws a UsageError about an unknown name
-    std::runtime_error not_found() const
+    std::runtime_error not_found(const Running& running) const
     {
+        if (const auto sap = tables::sap_named(manager)) {
+            running.messages.managers().expect_own(*sap);
+        }
         return std::runtime_error(fmt::format("no settings of {}{}{}", manager, object.empty() ? "" : "/", object));
     }
     std::string text(const Running& running) const;
@@ -105,11 +118,12 @@ std::string Show::text(const Running& running) const
     const std::string all = world.gateway.state().text() + (lines.empty() ? "" : "konfd\n" + lines);
     if (manager.empty()) {
         const std::uint64_t dropped = running.recorder.lines_dropped();
-        return fmt::format("vorsim: {}{}\n{}", world.counters.text(),
-                           dropped > 0 ? fmt::format(", {} dropped", vor::counted(dropped, "line")) : "", all);
+        return fmt::format("vorsim: {}{}\n{}{}", world.counters.text(),
+                           dropped > 0 ? fmt::format(", {} dropped", vor::counted(dropped, "line")) : "",
+                           left_out(running.messages.managers()), all);
     }
     std::string part = section(all, manager, object);
-    return std::ranges::count(part, '\n') >= 2 ? part : throw not_found();
+    return std::ranges::count(part, '\n') >= 2 ? part : throw not_found(running);
 }
 
 std::string Show::document(const Running& running) const
@@ -120,7 +134,7 @@ std::string Show::document(const Running& running) const
     } else if (!manager.empty()) {
         const Json held = shown["managers"];
         if (!held.contains(manager) || (!object.empty() && !held[manager]["objects"].contains(object))) {
-            throw not_found();
+            throw not_found(running);
         }
         shown = object.empty() ? held[manager] : held[manager]["objects"][object];
     }
@@ -157,11 +171,19 @@ Command read_overview(std::string_view text)
         for (const tables::Manager& manager : tables::managers) {
             served[manager.sap] = false;
         }
-        for (const auto& [sap, endpoint] : running.messages.served()) {
+        const Managers& managers = running.messages.managers();
+        for (const auto& [sap, endpoint] : managers.endpoints()) {
             served[sap] = true;
         }
         for (const auto& [sap, is_served] : served) {
-            all["served"].push_back({{"name", tables::manager_key(sap)}, {"sap", sap}, {"served", is_served}});
+            Json& manager =
+                all["served"].push_back({{"name", tables::manager_key(sap)}, {"sap", sap}, {"served", is_served}});
+            if (managers.left().contains(sap)) {
+                manager["without"] = true;
+            }
+            if (const std::string* const directory = running.messages.relay().directory(sap)) {
+                manager["via"] = *directory;
+            }
         }
         all["konfd_served"] = running.konfd_served;
         all["faults"] = record::json_of(running.world.faults.list(std::chrono::steady_clock::now()));
@@ -277,6 +299,7 @@ Command read_add_fault(std::string_view text)
 {
     try {
         return [rule = faults::parse_rule(text)](Running& running) {
+            running.messages.managers().expect_own(rule);
             return fmt::format("fault {} added\n", running.world.faults.add(rule, std::chrono::steady_clock::now()));
         };
     } catch (const faults::RuleError& error) {
@@ -351,8 +374,9 @@ constexpr CommandRow rows[] = {
     {"start", "MANAGER", "bring a manager back", read_start, true, true},
     {"set", "READING VALUE",
      "set a reading: temperature 850, port 3 polling_count 0\n"
-     "\"temperature wander\" releases it, \"counting 100\" makes\n"
-     "counters run 100 times as fast",
+     "\"temperature wander\" releases it, \"temperature 850, 860,\n"
+     "then wander\" sets it for one query each, \"counting 100\"\n"
+     "makes counters run 100 times as fast",
      read_setting, true, true},
     {"reset", "", "clear all settings, readings and counters", read_reset, true},
     {"load", "FILE", "replace the settings by those of a state file", read_load, false, false, true},

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -30,11 +31,17 @@ struct Options {
     std::optional<std::string> state_file;
     std::optional<std::string> journal_file;
     std::optional<std::string> faults_file;
-    std::vector<faults::Rule> faults;      // further ones
-    std::vector<std::uint16_t> without;    // managers left to other programs
-    std::map<std::uint16_t, Delay> delays; // by manager
-    std::optional<std::uint16_t> http;     // the page's port; 0: any free one
+    std::vector<faults::Rule> faults;         // further ones
+    std::set<std::uint16_t> without;          // managers left to other programs
+    std::map<std::uint16_t, std::string> via; // the directories of real managers
+    std::optional<std::string> via_any;       // that of all others
+    std::map<std::uint16_t, Delay> delays;    // by manager
+    std::optional<std::uint16_t> http;        // the page's port; 0: any free one
     bool http_control = false;
+
+    std::set<std::uint16_t> served() const;
+    // Each manager that messages are passed on to.
+    std::map<std::uint16_t, std::string> ways() const;
 };
 
 // The option in front, if it is one of the gateway's. Throws a UsageError.

@@ -52,7 +52,8 @@ void Recorder::record(values::Record& record, sockets::Arrival arrived)
     if (keeps_bytes() || style_.screen.is_terminal) {
         record.time = time_text(arrived);
     }
-    if (record.kind == values::Record::Kind::message || record.kind == values::Record::Kind::konfd) {
+    const bool is_message = record.kind == values::Record::Kind::message || record.kind == values::Record::Kind::konfd;
+    if (is_message || !record.via.empty()) {
         out_.line(record::shown(record, style_)); // the platform has already reported the others, on standard error
     }
     if (keeps_bytes()) {
@@ -77,7 +78,8 @@ void Recorder::note_complaint(const values::Record& record)
     if (served && !record.complained) {
         return;
     }
-    ++complained_of_[static_cast<std::size_t>(record.kind)];
+    const bool invalid = record.kind == values::Record::Kind::message && !record.via.empty();
+    ++complained_of_[invalid ? complained_of_.size() - 1 : static_cast<std::size_t>(record.kind)];
     if (complaints_.size() < most_shown) {
         complaints_.push_back({record.seq, record.line});
     }
@@ -85,7 +87,7 @@ void Recorder::note_complaint(const values::Record& record)
 
 std::string Recorder::complaints() const
 {
-    constexpr std::string_view kinds[] = {"refused", "refused by konfd", "malformed", "foreign"};
+    constexpr std::string_view kinds[] = {"refused", "refused by konfd", "malformed", "foreign", "invalid"};
     std::string counts;
     std::uint64_t more = 0;
     for (std::size_t kind = 0; kind < complained_of_.size(); ++kind) {

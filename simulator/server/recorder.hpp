@@ -61,7 +61,7 @@ private:
         std::string line;
     };
     std::vector<Complaint> complaints_;            // the first of them
-    std::array<std::uint64_t, 4> complained_of_{}; // by kind of record
+    std::array<std::uint64_t, 5> complained_of_{}; // by kind of record; last, the invalid ones
     std::uint64_t recorded_ = 0;
     std::uint64_t first_ = 1;
     std::deque<Remembered> remembered_;

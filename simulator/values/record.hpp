@@ -35,6 +35,7 @@ struct Record {
     bool delivered = true; // its answer
     bool unanswered{};     // an answer was due, and no client got one
     bool refused{};        // as if nobody had received it
+    std::string via{};     // the directory whose manager it was passed on to, or came from
 
     std::uint16_t sap{}; // the manager it reached
     std::uint16_t source{};

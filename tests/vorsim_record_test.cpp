@@ -75,7 +75,8 @@ TEST_F(Record, malformed_and_foreign_datagrams_fail_strict_run)
     tell(7, datagram(200, 7, 0x7003, 0x8001, "late"));
     tell(7, datagram(200, 9, 0x7003, 0));
     EXPECT_EQ("vorsim: 0 messages, 2 malformed, 2 foreign\n", place.run("vorsim show").text);
-    EXPECT_EQ(R"({"accepted":0,"complained":0,"invalid":0,"malformed":2,"foreign":2,"faulted":0})", vor::dump(state()["counters"]));
+    EXPECT_EQ(R"({"accepted":0,"complained":0,"invalid":0,"malformed":2,"foreign":2,"faulted":0})",
+              vor::dump(state()["counters"]));
     EXPECT_EQ(3, gateway.stop(SIGTERM));
     const std::string decoded = place.run("vorsim decode --bytes --complaints --manager ethmgr journal").text;
     EXPECT_TRUE(contains(decoded, "MALFORMED  ethmgr  -  3 bytes, not a message\n    datagram 616263\n"));

@@ -13,6 +13,7 @@
 namespace vorsim::server {
 
 class Control;
+class Memory;
 class Messages;
 class Recorder;
 struct World;
@@ -22,7 +23,8 @@ struct Running {
     World& world;
     Messages& messages;
     Control& control;
-    Recorder& recorder;
+    const Recorder& recorder;
+    Memory& memory;
     bool konfd_served = false;
 };
 

@@ -11,6 +11,7 @@
 #include "gateway/readings.hpp"
 #include "record/stored.hpp"
 #include "server/control.hpp"
+#include "server/memory.hpp"
 #include "server/messages.hpp"
 #include "server/options.hpp"
 #include "tables/managers.hpp"
@@ -230,7 +231,7 @@ Command read_reset(std::string_view text)
     expect_none(text);
     return [](Running& running) {
         running.world.reset();
-        running.recorder.forget();
+        running.memory.forget();
         return std::string();
     };
 }
@@ -401,13 +402,6 @@ std::string_view first_word(std::string_view line)
 std::span<const CommandRow> command_rows()
 {
     return rows;
-}
-
-void refuse_at(std::string_view text, const vor::WordError& error)
-{
-    const std::string_view front = text.substr(0, error.column - 1);
-    throw UsageError(fmt::format("column {}: {}\n  {}\n  {:{}}^", error.column, error.what(), vor::printable(text), "",
-                                 vor::characters_in(vor::printable(front))));
 }
 
 const CommandRow* command_named(std::string_view word)

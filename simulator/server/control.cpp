@@ -13,8 +13,8 @@
 #include <vorinfra_manager.h>
 
 #include "record/json.hpp"
+#include "server/memory.hpp"
 #include "server/options.hpp"
-#include "server/recorder.hpp"
 #include "text/json.hpp"
 #include "text/text.hpp"
 
@@ -33,13 +33,13 @@ public:
     explicit Receiving(ReceivedRequest wanted) : wanted_(std::move(wanted)), sent_(wanted_.after) {}
 
     // What was asked for, once it is complete: up to the latest message, or as many as one answer holds.
-    std::optional<std::string> go_on(const Recorder& recorder)
+    std::optional<std::string> go_on(const Memory& memory)
     {
         constexpr int records_in_a_turn = 50;
-        const auto& remembered = recorder.remembered();
+        const auto& remembered = memory.all();
         if (!first_) {
-            first_ = recorder.first();
-            last_ = recorder.last();
+            first_ = memory.first();
+            last_ = memory.last();
             sent_ = std::max(sent_, *first_ - 1);
         }
         for (int left = records_in_a_turn; sent_ < last_ && records_.size() < most_in_an_answer; --left) {
@@ -76,7 +76,7 @@ private:
 Request request_of(const ReceivedRequest& wanted)
 {
     const auto receiving = std::make_shared<Receiving>(wanted);
-    return [receiving](Running& running) { return receiving->go_on(running.recorder); };
+    return [receiving](Running& running) { return receiving->go_on(running.memory); };
 }
 
 } // namespace
@@ -219,8 +219,8 @@ std::string Control::watch(Client& client, const WatchRequest& request)
 // What has arrived already is the answer; else the client waits.
 std::optional<std::string> Control::receive(Client& client, const ReceivedRequest& wanted)
 {
-    const auto& remembered = running_.recorder.remembered();
-    const auto is_wanted = [&wanted](const Recorder::Remembered& one) {
+    const auto& remembered = running_.memory.all();
+    const auto is_wanted = [&wanted](const Memory::Remembered& one) {
         return one.record.seq > wanted.after && wanted.filter.passes(one.record);
     };
     if (wanted.within.count() > 0 && std::none_of(remembered.rbegin(), remembered.rend(), is_wanted)) {

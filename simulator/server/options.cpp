@@ -6,7 +6,6 @@
 #include <fmt/core.h>
 
 #include "faults/parse.hpp"
-#include "server/commands.hpp"
 #include "tables/managers.hpp"
 #include "tables/names.hpp"
 #include "text/parse.hpp"
@@ -83,7 +82,8 @@ constexpr vor::OptionOf<Options> gateway_options[] = {
     {{"--lenient-konfd", "", "let konfd create missing paths"}, taken_as<&Options::lenient_konfd>},
     {{"--seed", "N", "set where counters and readings start (default 1)"},
      [](Options& options, Text value) { options.seed = number_of<std::uint64_t>("--seed", value); }},
-    {{"--strict", "", "exit with 3 if any message was refused, invalid,\nmalformed or foreign"}, taken_as<&Options::strict>},
+    {{"--strict", "", "exit with 3 if any message was refused, invalid,\nmalformed or foreign"},
+     taken_as<&Options::strict>},
     {{"--journal", "FILE", "append a JSON object per message to FILE"}, taken_as<&Options::journal_file>},
     {{"--state", "FILE", "write the state to FILE as JSON, at start and at exit"}, taken_as<&Options::state_file>},
     {{"--show-secrets", "", "do not mask passwords, in any output"}, taken_as<&Options::show_secrets>},
@@ -113,6 +113,13 @@ std::uint16_t manager_of(std::string_view option, std::string_view name)
     } catch (const tables::NameError& error) {
         throw UsageError(fmt::format("{}: {}", option, error.what()));
     }
+}
+
+void refuse_at(std::string_view text, const vor::WordError& error)
+{
+    const std::string_view front = text.substr(0, error.column - 1);
+    throw UsageError(fmt::format("column {}: {}\n  {}\n  {:{}}^", error.column, error.what(), vor::printable(text), "",
+                                 vor::characters_in(vor::printable(front))));
 }
 
 std::chrono::milliseconds time_of(std::string_view option, std::string_view text)

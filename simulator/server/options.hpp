@@ -12,6 +12,7 @@
 
 #include "server/managers.hpp"
 #include "text/options.hpp"
+#include "text/parse.hpp"
 #include "text/screen.hpp"
 
 namespace vorsim::server {
@@ -54,6 +55,8 @@ std::span<const vor::OptionOf<Options>> option_rows();
 
 // The SAP of a manager's name or number. Throws a UsageError.
 std::uint16_t manager_of(std::string_view option, std::string_view name);
+// Throws the UsageError about a place in a text, which it shows.
+[[noreturn]] void refuse_at(std::string_view text, const vor::WordError& error);
 // The time that an option is given. Throws a UsageError.
 std::chrono::milliseconds time_of(std::string_view option, std::string_view text);
 

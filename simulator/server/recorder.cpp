@@ -1,10 +1,7 @@
 #include "server/recorder.hpp"
 
-#include <array>
 #include <chrono>
-#include <ctime>
 #include <string_view>
-#include <utility>
 
 #include <unistd.h>
 
@@ -13,29 +10,10 @@
 #include "record/json.hpp"
 
 namespace vorsim::server {
-namespace {
 
-constexpr std::size_t most_remembered = 10'000;
-constexpr std::size_t most_bytes_remembered = std::size_t{16} << 20;
-constexpr std::size_t bytes_of_an_element = 64;
-
-// "2024-05-01T12:00:00.123456Z"
-std::string time_text(sockets::Arrival time)
-{
-    const auto since = std::chrono::floor<std::chrono::microseconds>(time.time_since_epoch());
-    const auto seconds = std::chrono::floor<std::chrono::seconds>(since);
-    const auto whole = static_cast<std::time_t>(seconds.count());
-    tm parts{};
-    gmtime_r(&whole, &parts);
-    std::array<char, 32> text{};
-    std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S", &parts);
-    return fmt::format("{}.{:06}Z", text.data(), (since - seconds).count());
-}
-
-} // namespace
-
-Recorder::Recorder(sockets::Loop& loop, Control& control, const record::LineStyle& style)
-    : control_(control), errors_(loop, STDERR_FILENO), out_(loop, STDOUT_FILENO, &errors_), style_(style)
+Recorder::Recorder(sockets::Loop& loop, Control& control, Memory& memory, const record::LineStyle& style)
+    : control_(control), memory_(memory), errors_(loop, STDERR_FILENO), out_(loop, STDOUT_FILENO, &errors_),
+      style_(style)
 {
 }
 
@@ -68,7 +46,7 @@ void Recorder::record(values::Record& record, sockets::Arrival arrived)
         control_.publish(record, line);
     }
     control_.note(record);
-    remember(record, arrived);
+    memory_.add(record, arrived);
 }
 
 void Recorder::note_complaint(const values::Record& record)
@@ -105,42 +83,6 @@ std::string Recorder::complaints() const
     }
     more -= complaints_.size();
     return text + (more > 0 ? fmt::format("\n  and {} more", more) : "");
-}
-
-void Recorder::remember(values::Record& record, sockets::Arrival arrived)
-{
-    record.meta_data = record.payload = record.answer_payload = record.text = record.answer_text = record.datagram =
-        std::nullopt;
-    std::size_t size = record.line.size() + record.commands.size() + record.complaint.size() + record.object.size();
-    for (auto* const values : {&record.values, &record.answer_values}) {
-        for (values::Value& value : *values) {
-            value.text = {};
-            const auto* const text = value.held<std::string>();
-            const auto* const list = std::get_if<values::List>(&value.data);
-            size += text != nullptr ? text->size() : 0;
-            size += list != nullptr ? list->size() * bytes_of_an_element : 0;
-        }
-    }
-    remembered_size_ += size;
-    remembered_.push_back({std::move(record), arrived, size});
-    while (remembered_.size() > most_remembered || remembered_size_ > most_bytes_remembered) {
-        remembered_size_ -= remembered_.front().size;
-        remembered_.pop_front();
-    }
-}
-
-void Recorder::forget()
-{
-    remembered_.clear();
-    remembered_size_ = 0;
-    first_ = recorded_ + 1;
-}
-
-std::string Recorder::Remembered::json() const
-{
-    values::Record timed = record;
-    timed.time = time_text(arrived);
-    return record::json_line(timed, record::Extent::without_bytes);
 }
 
 } // namespace vorsim::server

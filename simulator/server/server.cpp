@@ -93,10 +93,10 @@ Server::Server(const Options& options)
       world_({.seed = options.seed, .show_secrets = options.show_secrets, .passed_on = passed_on(options)},
              {.show_secrets = options.show_secrets, .lenient = options.lenient_konfd}),
       control_(loop_, running_, parse_command),
-      recorder_(loop_, control_, {vor::screen_of(STDOUT_FILENO, options.color), options.ids}),
+      recorder_(loop_, control_, memory_, {vor::screen_of(STDOUT_FILENO, options.color), options.ids}),
       messages_(loop_, world_, recorder_, options.seed, options.delays, ways_of(options, directory_),
                 options.show_secrets),
-      running_{world_, messages_, control_, recorder_}, spare_(open("/dev/null", O_RDONLY | O_CLOEXEC))
+      running_{world_, messages_, control_, recorder_, memory_}, spare_(open("/dev/null", O_RDONLY | O_CLOEXEC))
 {
     std::signal(SIGPIPE, SIG_IGN);
     check_files(options_);

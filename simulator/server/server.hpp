@@ -6,6 +6,7 @@
 
 #include "server/control.hpp"
 #include "server/konfd_server.hpp"
+#include "server/memory.hpp"
 #include "server/messages.hpp"
 #include "server/options.hpp"
 #include "server/page.hpp"
@@ -33,6 +34,7 @@ private:
     sockets::Loop loop_;
     sockets::Descriptor stop_requests_;
     World world_;
+    Memory memory_;
     Control control_;
     Recorder recorder_;
     Messages messages_;

@@ -162,4 +162,23 @@ TEST(comparison, counts_wildcards_and_orders)
     }
 }
 
+// Whatever it is asked to compare, it is done soon and says so.
+TEST(comparison, work_is_bounded)
+{
+    std::string all;
+    std::vector<Record> records = arrived("11");
+    records.resize(5'000, records[0]);
+    for (std::size_t at = 0; at < records.size(); ++at) {
+        records[at].values[1].data = static_cast<std::int64_t>(at);
+        records[at].line += std::to_string(at);
+        all += "canmgr  vor_cfg_set_can_id  port 1: option=1 can_id=" + std::to_string(4'999 - at) + "\n";
+    }
+    const auto expected = vorsim::record::read_expectations(all, "file");
+    for (const bool any_order : {false, true}) {
+        const auto found = vorsim::record::compare(expected, records, {.any_order = any_order});
+        EXPECT_TRUE(found.cut && !found.holds());
+    }
+    EXPECT_TRUE(vorsim::record::compare(std::span(expected).last(1), std::span(records).first(1), {}).holds());
+}
+
 } // namespace

@@ -243,6 +243,25 @@ TEST_F(Record, show_wait_reset_load)
     EXPECT_EQ(loaded["managers"], vor::Json::parse(held("state"))["managers"]);
 }
 
+// A check must know that there was more.
+TEST_F(Record, forgotten_messages_are_counted)
+{
+    const Gateway gateway(place, {});
+    const Bound front_end(client_sap);
+    const auto received = [this](const std::string& options) {
+        const Stream control(in_place("run/vorsim.control"));
+        control.send("received " + options + '\0');
+        return control.line();
+    };
+    for (int message = 0; message < 10'002; ++message) {
+        ask(front_end);
+    }
+    EXPECT_EQ("+{\"first\":1,\"last\":10002,\"forgotten\":2}\n", received("--manager canmgr"));
+    EXPECT_EQ("+{\"first\":1,\"last\":10002,\"forgotten\":0}\n", received("--manager canmgr --after 5 --within 1ms"));
+    EXPECT_EQ(0, place.run("vorsim reset").exit_code);
+    EXPECT_EQ("+{\"first\":10003,\"last\":10002,\"forgotten\":0}\n", received(""));
+}
+
 TEST_F(Record, watch_filters_by_manager)
 {
     Gateway gateway(place, {});

@@ -116,18 +116,24 @@ bool write_all(int descriptor, std::string_view bytes)
 
 void replace_file(const std::string& path, std::string_view text, unsigned mode)
 {
-    std::string unfinished = path + ".XXXXXX";
-    const int file = mkostemp(unfinished.data(), O_CLOEXEC);
+    struct stat status {};
+    const bool in_place = stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+    std::string written = path + (in_place ? "" : ".XXXXXX");
+    const int file = in_place ? open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK)
+                              : mkostemp(written.data(), O_CLOEXEC);
     if (file < 0) {
         throw FileError(errno);
     }
-    int error = write_all(file, text) && fchmod(file, static_cast<mode_t>(mode)) == 0 ? 0 : errno;
+    const bool whole = write_all(file, text) && (in_place || fchmod(file, static_cast<mode_t>(mode)) == 0);
+    int error = whole ? 0 : errno;
     close(file);
-    if (error == 0 && std::rename(unfinished.c_str(), path.c_str()) != 0) {
+    if (error == 0 && !in_place && std::rename(written.c_str(), path.c_str()) != 0) {
         error = errno;
     }
+    if (error != 0 && !in_place) {
+        unlink(written.c_str());
+    }
     if (error != 0) {
-        unlink(unfinished.c_str());
         throw FileError(error);
     }
 }

@@ -148,7 +148,12 @@ private:
         }
         const std::span<const Unit> middle(units.data() + begin, end - begin);
         result_.cut = (middle.size() + 1) * (last - first + 1) > (manner_.any_order ? 1 : most_cells);
+        if (result_.cut && manner_.any_order) {
+            return;
+        }
         if (result_.cut) {
+            result_.steps.push_back({Kind::missing, middle.front().expected, 0});
+            result_.steps.push_back({Kind::unexpected, 0, first});
             return;
         }
         align_middle(middle, first, last);

@@ -30,7 +30,7 @@ struct Comparison {
     std::vector<Step> steps{};
     std::size_t missing = 0;
     std::size_t unexpected = 0;
-    // Too many differ: the steps end where they begin to, and the numbers are unknown.
+    // Too many differ: the steps, where there are any, end with the first two that do, and the numbers are unknown.
     bool cut = false;
 
     bool holds() const { return missing == 0 && unexpected == 0 && !cut; }

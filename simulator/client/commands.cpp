@@ -128,16 +128,15 @@ try {
     // On one line, or indented; the gateway's own limits are lower.
     const std::string text = vor::content_of(file, {.line = vor::Bounds().file});
     vor::Json state = vor::Json::parse(text, {.bytes = text.size(), .members = 1 << 16});
-    if (!state.is_object() || state.value("schema", 0) != 1 || !state.contains("managers")) {
-        throw vor::JsonError("");
+    const vor::Json* const schema = state.find("schema");
+    if (schema == nullptr || *schema != vor::Json(1)) {
+        throw vor::JsonError("not a state of schema 1");
     }
     return state;
 } catch (const vor::FileError& error) {
     throw std::runtime_error(fmt::format("cannot read {}: {}", file, error.what()));
-} catch (const vor::JsonLimit& limit) {
-    throw std::runtime_error(fmt::format("{}: {}", file, limit.what()));
-} catch (const vor::JsonError&) {
-    throw std::runtime_error(fmt::format("{} is not a state file of schema 1", file));
+} catch (const vor::JsonError& error) {
+    throw std::runtime_error(fmt::format("{}: {}", file, error.what()));
 }
 
 void print(const std::string& text)

@@ -47,7 +47,8 @@ constexpr Handler handler_rows[] = {
      "gateway's lines on standard error",
      run_command, false},
     {"decode", "[--json] [--bytes] [--ids] [--color WHEN] [FILTER]... FILE", "print a journal", decode, false},
-    {"replay", "[--state FILE] FILE", "send a journal's requests again, compare the answers", replay, false},
+    {"replay", "[--state FILE] [--ignore-readings] [FILTER]... FILE",
+     "send a journal's requests again, compare the answers", replay, false},
 };
 
 // The line, as the gateway reads it.

@@ -161,7 +161,7 @@ Command read_show(std::string_view text)
     return [show](Running& running) { return show.json ? show.document(running) : show.text(running); };
 }
 
-// The state, the managers that are served and the faults in force.
+// The state, who is served, what is in force, and which messages came before the last reset.
 Command read_overview(std::string_view text)
 {
     expect_none(text);
@@ -187,6 +187,11 @@ Command read_overview(std::string_view text)
         }
         all["konfd_served"] = running.konfd_served;
         all["faults"] = record::json_of(running.world.faults.list(std::chrono::steady_clock::now()));
+        all["readings"] = Json::array();
+        for (const gateway::HeldReading& held : gateway::held_readings(running.world.gateway.measurements())) {
+            all["readings"].push_back({{"text", held.text}, {"release", held.release}});
+        }
+        all["reset"] = running.recorder.first() - 1;
         return vor::dump(all);
     };
 }

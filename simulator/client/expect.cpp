@@ -106,7 +106,7 @@ private:
                             vor::counted(received_.forgotten() + kept, "message"), kept));
         }
         if (comparison_.cut) {
-            add("too many differ to be compared");
+            add(check_.manner.any_order ? "too many to be compared in any order" : "too many differ to be compared");
             return text;
         }
         if (comparison_.missing > 0) {

@@ -15,9 +15,9 @@ public:
     // The words of a filter restrict what is asked for.
     explicit Received(std::vector<std::string> filter = {}) : filter_(std::move(filter)) {}
 
-    // Asks for those that arrived since the last time, and waits for one if there is none. False: none came. After a
-    // reset it begins anew.
-    bool update(std::chrono::milliseconds within = {});
+    // Asks for those that arrived since the last time, and waits for one if there is none. After a reset it begins
+    // anew.
+    void update(std::chrono::milliseconds within = {});
     // Passes over what has arrived so far.
     void skip();
 

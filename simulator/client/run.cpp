@@ -333,7 +333,9 @@ int run_command(const std::vector<std::string>& arguments)
         execute(wanted.command);
     }
     const auto [status, late] = wait_for_command(children, command, wanted.timeout);
-    bool good = is_as_expected(wanted.check, children);
+    const int code = code_of(status);
+    const bool was_run = code != not_found && code != not_executable;
+    bool good = !was_run || is_as_expected(wanted.check, children);
     children.end_others(gateway);
 
     kill(gateway, SIGTERM);
@@ -347,7 +349,6 @@ int run_command(const std::vector<std::string>& arguments)
         vor::print_line(stderr, fmt::format("vorsim: the gateway was ended by signal {}", WTERMSIG(*ended)));
     }
     good = good && code_of(*ended) == 0;
-    const int code = code_of(status);
     return late ? timed_out : code != 0 || good ? code : check_failed;
 }
 

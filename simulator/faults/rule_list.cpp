@@ -73,7 +73,8 @@ std::optional<DueRule> RuleList::due(const Subject& subject, Time now)
         if (entry.is_due() && !due) {
             due = DueRule{number, entry.rule};
             if (Action& action = due->rule.action; !action.script.empty()) {
-                action.number = action.script[std::min<std::size_t>(entry.acted, action.script.size() - 1)];
+                action.number = action.script[static_cast<std::size_t>(
+                    std::min<std::uint64_t>(entry.acted, action.script.size() - 1))];
             }
             ++entry.acted;
         }

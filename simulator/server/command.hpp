@@ -33,8 +33,8 @@ struct WatchRequest {
     bool json = false; // with the bytes
     record::Filter filter;
 };
-// The messages since the start or the last reset: a line with the numbers of the first and the last one and how many
-// have been forgotten, then a line for each.
+// The messages since the start or the last reset: a line with the number of the first one, the last one up to which it
+// answers, how many of them have been forgotten, and whether there are more; then a line for each.
 struct ReceivedRequest {
     record::Filter filter;
     std::uint64_t after = 0;            // the number of the last that is known

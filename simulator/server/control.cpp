@@ -23,7 +23,8 @@ namespace {
 
 constexpr std::size_t most_control_clients = 16;
 constexpr std::ptrdiff_t most_watching = 12;
-constexpr std::size_t most_unread = 1 << 18; // of a watching client
+constexpr std::size_t most_unread = 1 << 18;       // of a watching client
+constexpr std::size_t most_in_an_answer = 1 << 20; // of the messages received
 constexpr char end_of_request = '\0';
 
 // The records that a client asked for, some in a turn.
@@ -31,7 +32,7 @@ class Receiving {
 public:
     explicit Receiving(ReceivedRequest wanted) : wanted_(std::move(wanted)), sent_(wanted_.after) {}
 
-    // What was asked for, once it is complete; of the messages that arrived up to its begin.
+    // What was asked for, once it is complete: up to the latest message, or as many as one answer holds.
     std::optional<std::string> go_on(const Recorder& recorder)
     {
         constexpr int records_in_a_turn = 50;
@@ -41,7 +42,7 @@ public:
             last_ = recorder.last();
             sent_ = std::max(sent_, *first_ - 1);
         }
-        for (int left = records_in_a_turn; sent_ < last_; --left) {
+        for (int left = records_in_a_turn; sent_ < last_ && records_.size() < most_in_an_answer; --left) {
             const std::uint64_t next = remembered.empty() ? last_ + 1 : remembered.front().record.seq;
             if (next > sent_ + 1) {
                 const std::uint64_t gap = std::min(next - 1, last_) - sent_;
@@ -55,7 +56,12 @@ public:
             const auto& one = remembered[static_cast<std::size_t>(++sent_ - next)];
             records_ += wanted_.filter.passes(one.record) ? one.json() + '\n' : "";
         }
-        return vor::dump({{"first", *first_}, {"last", last_}, {"forgotten", forgotten_}}) + '\n' + records_;
+        vor::Json head{{"first", *first_}, {"last", last_}, {"forgotten", forgotten_}};
+        if (sent_ < last_) {
+            head["last"] = sent_;
+            head["more"] = true;
+        }
+        return vor::dump(head) + '\n' + records_;
     }
 
 private:

@@ -1,7 +1,6 @@
 #include "server/options.hpp"
 
 #include <algorithm>
-#include <filesystem>
 #include <limits>
 
 #include <fmt/core.h>
@@ -54,12 +53,10 @@ void take_via(Options& options, std::string_view text)
         throw UsageError(
             fmt::format("--via must be MANAGER=DIRECTORY, with an absolute path, not {}", vor::quoted(text)));
     }
-    std::string path = std::filesystem::path(directory).lexically_normal().string();
-    path.resize(path.size() - (path.ends_with('/') && path.size() > 1 ? 1 : 0));
     if (name == "any") {
-        options.via_any = path;
+        options.via_any = directory;
     } else {
-        options.via.insert_or_assign(manager_of("--via", name), path);
+        options.via.insert_or_assign(manager_of("--via", name), directory);
     }
 }
 

@@ -262,7 +262,7 @@ private:
         for (const Probe& probe : probes_) {
             const std::size_t listed = probe.argument->is_list ? probe.values.size() : 0;
             if (probe.seen.messages.size() != 1) {
-                return fmt::format("{} decides whether a message is sent", probe.argument->name);
+                return fmt::format("{} decides whether it is sent", probe.argument->name);
             }
             if (probe.seen.messages.front().id != message().id) {
                 return fmt::format("{} decides its id", probe.argument->name);
@@ -270,6 +270,9 @@ private:
             if (!has_shape_of(probe.seen.messages.front(), message(), listed)) {
                 return fmt::format("{} decides its elements", probe.argument->name);
             }
+        }
+        if (std::ranges::any_of(row_.record, &rows::RecordField::option)) {
+            return fmt::format("{} decides its fields", row_.record.front().name);
         }
         find_parts();
         return wire_.computed.empty() ? why_incomplete() : wire_.computed;

@@ -5,6 +5,7 @@
 #include <device_mgmt/version.h>
 #include <fmt/core.h>
 
+#include "call/chain_form.hpp"
 #include "call/wire.hpp"
 #include "output/output.hpp"
 #include "rows/contract.hpp"
@@ -80,6 +81,16 @@ bool is_never_sent(const rows::Row& row, const rows::Argument& argument)
     return wire.messages.empty() ? !argument.is_sent : wire.is_unsent(argument);
 }
 
+// Those that its header names, and those that were seen.
+std::vector<std::int32_t> codes_of(const rows::Row& row)
+{
+    std::vector<std::int32_t> codes = rows::contract_of(row).codes();
+    std::ranges::copy(wire_of(row).codes, std::back_inserter(codes));
+    std::ranges::sort(codes, std::greater());
+    codes.erase(std::unique(codes.begin(), codes.end()), codes.end());
+    return codes;
+}
+
 // Of a call that sends nothing, what its header says is all that there is.
 std::vector<std::string_view> outcomes_of(const rows::Row& row)
 {
@@ -127,7 +138,7 @@ Json json_of(const rows::Row& row, const rows::Argument& argument, const rows::C
     if (!argument.decided_by.empty()) {
         json["sent_only_where"] = Json({{std::string(argument.decided_by), argument.decided_at.number}});
     }
-    json.add("about", contract.about(argument));
+    json.add("about", contract.meaning(argument));
     return json;
 }
 
@@ -225,9 +236,14 @@ Json description_of(const rows::Row& row)
 {
     const rows::CallContract& contract = rows::contract_of(row);
     const call::Wire& wire = wire_of(row);
-    Json json{{"family", row.family->name},       {"name", row.name},     {"symbol", row.symbol},
-              {"summary", rows::summary_of(row)}, {"role", role_of(row)}, {"callable", row.make != nullptr}};
-    json.add("declaration", contract.declaration);
+    Json json = record("row");
+    json["family"] = row.family->name;
+    json["name"] = row.name;
+    json["symbol"] = row.symbol;
+    json["summary"] = rows::summary_of(row);
+    json["role"] = role_of(row);
+    json["callable"] = row.make != nullptr;
+    json["declaration"] = contract.declaration;
     json.add("used_by", row.used_by);
     json.add("usage", row.usage);
     for (const auto& [mark, flag] : mark_names) {
@@ -244,8 +260,8 @@ Json description_of(const rows::Row& row)
             json["arguments"].push_back(json_of(row, argument, contract));
         }
     }
-    json["codes"] = Json::array(contract.codes());
-    json.add("returns", contract.returned);
+    json["codes"] = Json::array(codes_of(row));
+    json["returns"] = contract.returned;
     if (row.make != nullptr) {
         json["outcomes"] = Json::array(outcomes_of(row));
         json["example"] = rows::example_call(row);
@@ -258,19 +274,37 @@ Json description_of(const rows::Row& row)
 
 std::string json_of(const rows::Row& row)
 {
-    Json json = record("row");
-    const Json description = description_of(row);
-    for (const auto& [name, value] : description.members()) {
-        json[name] = value;
-    }
-    return line_of(json);
+    return line_of(description_of(row));
 }
+
+namespace {
+
+Json json_of(const call::ChainForm& form)
+{
+    Json kinds = Json::object();
+    for (const auto& [kind, number] : form.kinds) {
+        kinds[call::name_of(kind)] = number;
+    }
+    return {{"high_byte_first", form.has_high_byte_first},
+            {"header_size", form.header_size},
+            {"tag_offset", form.tag_offset},
+            {"kind_offset", form.kind_offset},
+            {"length_offset", form.length_offset},
+            {"text_end", form.text_end},
+            {"kinds", kinds},
+            {"most_elements", TLV_CHAIN_CAPACITY}};
+}
+
+} // namespace
 
 Json description()
 {
     Json json = record("description");
     json["version"] =
         fmt::format("{}.{}.{}", DEVICE_MGMT_VERSION_MAJOR, DEVICE_MGMT_VERSION_MINOR, DEVICE_MGMT_VERSION_PATCH);
+    if (const auto form = call::chain_form()) {
+        json["chain"] = json_of(*form);
+    }
     for (const char* const section : {"managers", "codes", "outcomes", "records", "calls"}) {
         json[section] = Json::array();
     }

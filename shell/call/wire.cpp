@@ -119,7 +119,7 @@ std::vector<Probe> probes_of(const PreparedCall& base, const rows::Argument& arg
 
 // --- What is at a place ---------------------------------------------------------------------
 
-std::string bytes_of(const Element& element)
+std::string content_of(const Element& element)
 {
     return element.kind == Element::Kind::text || element.kind == Element::Kind::raw ? element.bytes
                                                                                      : std::to_string(element.number);
@@ -136,7 +136,7 @@ std::string found_at(const WirePart& part, const Message& message, std::size_t e
     case Place::flag:
         return std::to_string(message.flag.value_or(0));
     case Place::element:
-        return element < message.elements.size() ? bytes_of(message.elements[element]) : "";
+        return element < message.elements.size() ? content_of(message.elements[element]) : "";
     default:
         return message.record.substr(part.field->offset, part.field->size);
     }
@@ -196,7 +196,7 @@ bool same_messages(const Observation& one, const Observation& other)
     const auto same = [](const Message& a, const Message& b) {
         return a.sap == b.sap && a.id == b.id && a.option == b.option && a.flag == b.flag && a.record == b.record &&
                a.command == b.command && has_shape_of(a, b, 0) &&
-               std::ranges::equal(a.elements, b.elements, {}, bytes_of, bytes_of);
+               std::ranges::equal(a.elements, b.elements, {}, content_of, content_of);
     };
     return std::ranges::equal(one.messages, other.messages, same) && one.trace_switched == other.trace_switched;
 }
@@ -351,7 +351,7 @@ private:
         for (std::size_t i = 0; i < probe.values.size(); i++) {
             const Element& element = elements[first + i];
             if (element.tag != part.tag || element.kind != part.kind ||
-                bytes_of(element) != expected_at(part, *probe.argument, probe.values[i])) {
+                content_of(element) != expected_at(part, *probe.argument, probe.values[i])) {
                 complain(fmt::format("{} is worked out from {}", name_of(part), probe.argument->name));
             }
         }

@@ -215,9 +215,9 @@ Json json_of(const call::Wire& wire, const rows::Row& row)
             parts.push_back(json_of(part));
         }
     }
-    if (wire.computed.empty() && message.chain) {
+    if (message.chain) {
         json["elements"] = parts;
-    } else if (wire.computed.empty()) {
+    } else if (message.way != call::Way::konfd) {
         json["record"] = {{"size", message.record.size()}, {"fields", parts}};
     }
     if (wire.answer) {

@@ -444,7 +444,7 @@ private:
         }
         const std::uint32_t foreign = wire_.messages.front().id ^ 1U;
         std::set<std::int32_t> codes;
-        std::set<Outcome> outcomes;
+        std::set<Outcome> seen;
         for (const Pretence& pretence :
              {success, Pretence{.status = 7}, Pretence{.answer_id = success.answer_id, .status = 7},
               Pretence{.answer_id = success.answer_id, .status = {}}, Pretence{.answer_id = foreign},
@@ -455,11 +455,11 @@ private:
                 codes.insert(*result.back.code);
             }
             const bool is_unbound = pretence.fate == unconnected && row_.channel == rows::Channel::manager;
-            outcomes.insert(is_unbound ? Outcome::no_endpoint
-                                       : judged(row_, result.back, result.manager_errno, result.seen).outcome);
+            seen.insert(is_unbound ? Outcome::no_endpoint
+                                   : judged(row_, result.back, result.manager_errno, result.seen).outcome);
         }
         wire_.codes.assign(codes.rbegin(), codes.rend());
-        wire_.outcomes.assign(outcomes.begin(), outcomes.end());
+        wire_.outcomes.assign(seen.begin(), seen.end());
     }
 
     const rows::Row& row_;

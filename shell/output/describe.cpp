@@ -188,6 +188,12 @@ Json json_of(const call::WireAnswer& answer, const rows::Row& row)
     Json json{{"ids", Json::array(answer.ids)},
               {"id_bits", answer.id_bits},
               {"carries", row.answers_record ? "record" : "status"}};
+    const std::string& declaration = rows::contract_of(row).declaration;
+    for (const rows::DeclaredRecord& record : rows::declared_records()) {
+        if (row.answers_record && declaration.find(record.name + '*') != std::string::npos) {
+            json["record"] = record.name;
+        }
+    }
     if (!row.answers_record) {
         json["accepted"] = Json::array(answer.statuses);
     }

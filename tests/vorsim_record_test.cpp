@@ -75,7 +75,7 @@ TEST_F(Record, malformed_and_foreign_datagrams_fail_strict_run)
     tell(7, datagram(200, 7, 0x7003, 0x8001, "late"));
     tell(7, datagram(200, 9, 0x7003, 0));
     EXPECT_EQ("vorsim: 0 messages, 2 malformed, 2 foreign\n", place.run("vorsim show").text);
-    EXPECT_EQ(R"({"accepted":0,"complained":0,"malformed":2,"foreign":2,"faulted":0})", vor::dump(state()["counters"]));
+    EXPECT_EQ(R"({"accepted":0,"complained":0,"invalid":0,"malformed":2,"foreign":2,"faulted":0})", vor::dump(state()["counters"]));
     EXPECT_EQ(3, gateway.stop(SIGTERM));
     const std::string decoded = place.run("vorsim decode --bytes --complaints --manager ethmgr journal").text;
     EXPECT_TRUE(contains(decoded, "MALFORMED  ethmgr  -  3 bytes, not a message\n    datagram 616263\n"));
@@ -227,7 +227,7 @@ TEST_F(Record, show_wait_reset_load)
     EXPECT_FALSE(contains(place.run("vorsim show datamgr/gateway").text, "ethmgr"));
     const std::string wait = "vorsim wait --call vor_cfg_set_plat_hostname ";
     expect_said(place, {{"vorsim show --json ethmgr", 0, "\"sap\": 7"},
-                        {"vorsim show canmgr/none", 1, "vorsim: no settings of canmgr/none\n"},
+                        {"vorsim show canmgr/'port 9'", 1, "vorsim: no settings of canmgr/port 9\n"},
                         {wait + "--within 0ms", 0, ""}, // it came already
                         {"vorsim show --json >kept && vorsim reset", 0, ""}});
     EXPECT_EQ("vorsim: 0 messages\n", place.run("vorsim show").text);
@@ -241,6 +241,25 @@ TEST_F(Record, show_wait_reset_load)
     EXPECT_EQ(0, place.run("vorsim quit").exit_code);
     EXPECT_FALSE(fs::exists(in_place("run/vorsim.control"))) << "all is over when it returns";
     EXPECT_EQ(loaded["managers"], vor::Json::parse(held("state"))["managers"]);
+}
+
+// A check must know that there was more.
+TEST_F(Record, forgotten_messages_are_counted)
+{
+    const Gateway gateway(place, {});
+    const Bound front_end(client_sap);
+    const auto received = [this](const std::string& options) {
+        const Stream control(in_place("run/vorsim.control"));
+        control.send("received " + options + '\0');
+        return control.line();
+    };
+    for (int message = 0; message < 10'002; ++message) {
+        ask(front_end);
+    }
+    EXPECT_EQ("+{\"first\":1,\"last\":10002,\"forgotten\":2}\n", received("--manager canmgr"));
+    EXPECT_EQ("+{\"first\":1,\"last\":10002,\"forgotten\":0}\n", received("--manager canmgr --after 5 --within 1ms"));
+    EXPECT_EQ(0, place.run("vorsim reset").exit_code);
+    EXPECT_EQ("+{\"first\":10003,\"last\":10002,\"forgotten\":0}\n", received(""));
 }
 
 TEST_F(Record, watch_filters_by_manager)

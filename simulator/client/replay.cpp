@@ -176,6 +176,10 @@ public:
             if (line->record.seq == 0) {
                 throw std::runtime_error(fmt::format("{}: not a journal record", journal_.place(*line)));
             }
+            const bool message = line->record.kind == values::Record::Kind::message;
+            if (!message && !line->record.via.empty()) {
+                continue; // it came from a manager
+            }
             try {
                 send_again(*line);
                 ++sent_;

@@ -105,11 +105,8 @@ Json json_of(const std::vector<konfd::Tree::Node>& nodes)
 
 Json json_of(const Counters& counters)
 {
-    return {{"accepted", counters.accepted},
-            {"complained", counters.complained},
-            {"malformed", counters.malformed},
-            {"foreign", counters.foreign},
-            {"faulted", counters.faulted}};
+    return {{"accepted", counters.accepted},   {"complained", counters.complained}, {"invalid", counters.invalid},
+            {"malformed", counters.malformed}, {"foreign", counters.foreign},       {"faulted", counters.faulted}};
 }
 
 } // namespace

@@ -14,6 +14,7 @@
 #include "server/messages.hpp"
 #include "server/options.hpp"
 #include "tables/managers.hpp"
+#include "tables/names.hpp"
 #include "text/json.hpp"
 #include "text/parse.hpp"
 #include "text/screen.hpp"
@@ -66,18 +67,49 @@ Json state_of(const Running& running)
     return record::json_of(world.counters, running.recorder.lines_dropped(), world.gateway.state(), world.konfd);
 }
 
+// "left to another program: gpiomgr, canmgr"; empty: none is.
+std::string left_out(const Managers& managers)
+{
+    std::vector<std::string> names;
+    for (const std::uint16_t sap : managers.left()) {
+        names.push_back(tables::manager_key(sap));
+    }
+    return names.empty() ? "" : fmt::format("left to another program: {}\n", vor::joined(names, ", "));
+}
+
 struct Show {
     bool json = false;
     std::string manager; // empty: all
     std::string object;
 
-    std::runtime_error not_found() const
+    void check(); // throws a UsageError about an unknown name
+    std::runtime_error not_found(const Running& running) const
     {
+        if (const auto sap = tables::sap_named(manager)) {
+            running.messages.managers().expect_own(*sap);
+        }
         return std::runtime_error(fmt::format("no settings of {}{}{}", manager, object.empty() ? "" : "/", object));
     }
     std::string text(const Running& running) const;
     std::string document(const Running& running) const;
 };
+
+void Show::check()
+try {
+    if (manager.empty() || (manager == "konfd" && object.empty())) {
+        return;
+    }
+    constexpr std::string_view others[] = {"konfd"};
+    const std::uint16_t sap = tables::checked_sap(manager, others);
+    manager = tables::manager_key(sap);
+    if (!object.empty()) {
+        tables::Selection rows;
+        rows.of(sap);
+        rows.object(object);
+    }
+} catch (const tables::NameError& error) {
+    throw UsageError(error.what());
+}
 
 std::string Show::text(const Running& running) const
 {
@@ -86,11 +118,12 @@ std::string Show::text(const Running& running) const
     const std::string all = world.gateway.state().text() + (lines.empty() ? "" : "konfd\n" + lines);
     if (manager.empty()) {
         const std::uint64_t dropped = running.recorder.lines_dropped();
-        return fmt::format("vorsim: {}{}\n{}", world.counters.text(),
-                           dropped > 0 ? fmt::format(", {} dropped", vor::counted(dropped, "line")) : "", all);
+        return fmt::format("vorsim: {}{}\n{}{}", world.counters.text(),
+                           dropped > 0 ? fmt::format(", {} dropped", vor::counted(dropped, "line")) : "",
+                           left_out(running.messages.managers()), all);
     }
     std::string part = section(all, manager, object);
-    return std::ranges::count(part, '\n') >= 2 ? part : throw not_found();
+    return std::ranges::count(part, '\n') >= 2 ? part : throw not_found(running);
 }
 
 std::string Show::document(const Running& running) const
@@ -101,7 +134,7 @@ std::string Show::document(const Running& running) const
     } else if (!manager.empty()) {
         const Json held = shown["managers"];
         if (!held.contains(manager) || (!object.empty() && !held[manager]["objects"].contains(object))) {
-            throw not_found();
+            throw not_found(running);
         }
         shown = object.empty() ? held[manager] : held[manager]["objects"][object];
     }
@@ -124,6 +157,7 @@ Command read_show(std::string_view text)
         show.manager = what.substr(0, slash);
         show.object = what.substr(std::min(slash + 1, what.size()));
     }
+    show.check();
     return [show](Running& running) { return show.json ? show.document(running) : show.text(running); };
 }
 
@@ -137,11 +171,19 @@ Command read_overview(std::string_view text)
         for (const tables::Manager& manager : tables::managers) {
             served[manager.sap] = false;
         }
-        for (const auto& [sap, endpoint] : running.messages.served()) {
+        const Managers& managers = running.messages.managers();
+        for (const auto& [sap, endpoint] : managers.endpoints()) {
             served[sap] = true;
         }
         for (const auto& [sap, is_served] : served) {
-            all["served"].push_back({{"name", tables::manager_key(sap)}, {"sap", sap}, {"served", is_served}});
+            Json& manager =
+                all["served"].push_back({{"name", tables::manager_key(sap)}, {"sap", sap}, {"served", is_served}});
+            if (managers.left().contains(sap)) {
+                manager["without"] = true;
+            }
+            if (const std::string* const directory = running.messages.relay().directory(sap)) {
+                manager["via"] = *directory;
+            }
         }
         all["konfd_served"] = running.konfd_served;
         all["faults"] = record::json_of(running.world.faults.list(std::chrono::steady_clock::now()));
@@ -158,30 +200,29 @@ Command read_watch(std::string_view text)
             operands.refuse();
         }
     }
+    watch.filter.check();
     return watch;
 }
 
-void take_within(Wait& wait, std::string_view text)
+Command read_received(std::string_view text)
 {
-    const auto time = vor::time_in(text);
-    if (!time) {
-        throw UsageError(fmt::format("--within must be a time such as 500ms, 10s or 2m, not \"{}\"", text));
-    }
-    wait.within = *time;
-}
-
-Command read_wait(std::string_view text)
-{
-    static constexpr vor::OptionOf<Wait> options[] = {{{"--call", "NAME", ""}, vor::taken_as<&Wait::call>},
-                                                      {{"--object", "O", ""}, vor::taken_as<&Wait::object>},
-                                                      {{"--within", "T", ""}, take_within}};
-    Wait wait;
+    using vor::OptionOf;
+    static constexpr OptionOf<ReceivedRequest> options[] = {
+        {{"--after", "SEQ", ""},
+         [](ReceivedRequest& wanted, std::string_view value) {
+             const auto after = vor::number_in<std::uint64_t>(value);
+             wanted.after = after ? *after : throw UsageError("--after must be a message's number");
+         }},
+        {{"--within", "T", ""},
+         [](ReceivedRequest& wanted, std::string_view value) { wanted.within = time_of("--within", value); }}};
+    ReceivedRequest wanted;
     for (vor::Operands operands = operands_in(text); !operands.empty();) {
-        if (!operands.take_option(options, wait)) {
+        if (!operands.take_option(options, wanted) && !operands.take_option(record::filter_options, wanted.filter)) {
             operands.refuse();
         }
     }
-    return !wait.call.empty() ? wait : throw UsageError("wait needs --call NAME");
+    wanted.filter.check();
+    return wanted;
 }
 
 Command read_reset(std::string_view text)
@@ -189,7 +230,7 @@ Command read_reset(std::string_view text)
     expect_none(text);
     return [](Running& running) {
         running.world.reset();
-        running.control.forget_past();
+        running.recorder.forget();
         return std::string();
     };
 }
@@ -258,12 +299,11 @@ Command read_add_fault(std::string_view text)
 {
     try {
         return [rule = faults::parse_rule(text)](Running& running) {
+            running.messages.managers().expect_own(rule);
             return fmt::format("fault {} added\n", running.world.faults.add(rule, std::chrono::steady_clock::now()));
         };
     } catch (const faults::RuleError& error) {
-        const std::string_view front = text.substr(0, error.column - 1);
-        throw UsageError(fmt::format("column {}: {}\n  {}\n  {:{}}^", error.column, error.what(), vor::printable(text),
-                                     "", vor::characters_in(vor::printable(front))));
+        refuse_at(text, error);
     }
 }
 
@@ -325,7 +365,7 @@ Command read_setting(std::string_view text)
 constexpr CommandRow rows[] = {
     {"show", "[--json] [MANAGER[/OBJECT]]", "print the settings that the managers hold", read_show},
     {"watch", "", "", read_watch},
-    {"wait", "--call NAME [--object O] [--within T]", "wait for such a message (T: 500ms, 2m; default 10s)", read_wait},
+    {"received", "", "", read_received},
     {"overview", "", "", read_overview},
     {"fault add", "RULE", "add a fault rule such as \"canmgr: status 7, twice\"", read_add_fault, true, true},
     {"fault list", "", "list the rules and how often each one acted", read_list_faults, true, true},
@@ -334,8 +374,9 @@ constexpr CommandRow rows[] = {
     {"start", "MANAGER", "bring a manager back", read_start, true, true},
     {"set", "READING VALUE",
      "set a reading: temperature 850, port 3 polling_count 0\n"
-     "\"temperature wander\" releases it, \"counting 100\" makes\n"
-     "counters run 100 times as fast",
+     "\"temperature wander\" releases it, \"temperature 850, 860,\n"
+     "then wander\" sets it for one query each, \"counting 100\"\n"
+     "makes counters run 100 times as fast",
      read_setting, true, true},
     {"reset", "", "clear all settings, readings and counters", read_reset, true},
     {"load", "FILE", "replace the settings by those of a state file", read_load, false, false, true},
@@ -360,6 +401,13 @@ std::string_view first_word(std::string_view line)
 std::span<const CommandRow> command_rows()
 {
     return rows;
+}
+
+void refuse_at(std::string_view text, const vor::WordError& error)
+{
+    const std::string_view front = text.substr(0, error.column - 1);
+    throw UsageError(fmt::format("column {}: {}\n  {}\n  {:{}}^", error.column, error.what(), vor::printable(text), "",
+                                 vor::characters_in(vor::printable(front))));
 }
 
 const CommandRow* command_named(std::string_view word)

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "call/batch.hpp"
 #include "input/options.hpp"
 #include "input/spreadsheet.hpp"
 
@@ -11,6 +12,9 @@ namespace vorcfg::site {
 
 // The file with each row.
 int check_rows(const std::string& path, const input::Spreadsheet& sheet, const input::Options& options);
+
+// The journal of the file, which has been read. Throws an InputError where it is not known whose it is.
+std::string journal_of(const std::string& path, const call::Batch& batch, const input::Options& options);
 
 int run_plan(const std::string& path, const input::Options& options);
 int run_apply(const std::string& path, const input::Options& options);

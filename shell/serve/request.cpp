@@ -117,6 +117,20 @@ void add_words(const Json& arguments, std::vector<input::Word>& words)
     }
 }
 
+void add_arguments(const rows::Row& row, const Json& arguments, std::vector<input::Word>& words)
+{
+    if (row.read != nullptr) {
+        add_words(arguments, words);
+        return;
+    }
+    if (!arguments.is_object()) {
+        fail("arguments must be an object: values by their arguments' names", "arguments");
+    }
+    for (const Json::Member& member : arguments.members()) {
+        add_argument(row, member, words);
+    }
+}
+
 std::vector<input::Word> words_of_call(const Json& request)
 {
     const std::string& call = text_of(request, "call");
@@ -128,18 +142,12 @@ std::vector<input::Word> words_of_call(const Json& request)
     const std::string name = call.substr(family_end + 1);
     const rows::Row& row = rows::require_row(family, name);
     std::vector<input::Word> words{word_of(family, 0), word_of(name, 0)};
-    static const Json none = Json::object();
-    const Json* const found = request.find("arguments");
-    const Json& arguments = found != nullptr ? *found : none;
-    if (row.read != nullptr) {
-        add_words(arguments, words);
-        return words;
-    }
-    if (!arguments.is_object()) {
-        fail("arguments must be an object: values by their arguments' names", "arguments");
-    }
-    for (const Json::Member& member : arguments.members()) {
-        add_argument(row, member, words);
+    try {
+        const Json* const arguments = request.find("arguments");
+        add_arguments(row, arguments != nullptr ? *arguments : Json::object(), words);
+    } catch (input::InputError& error) {
+        error.call = row.full_name();
+        throw;
     }
     return words;
 }
@@ -247,11 +255,16 @@ bool takes(const Served* served, const input::OptionRow& row)
            (served->over == Over::journal && is_among(journal_members, member_of(row)));
 }
 
-void take(const input::OptionRow& row, const Json& value, input::Options& options)
+void take(const input::OptionRow& row, const Json& value, const Served* served, input::Options& options)
 {
     const std::string name = member_of(row);
     input::OptionRow named = row;
     named.name = name;
+    if (!takes(served, row)) {
+        input::Options given;
+        given.given = {&named};
+        input::check_given(given, served != nullptr ? served->command : input::a_call);
+    }
     const auto fail_kind = [&](std::string_view kind) { fail(fmt::format("{} must be {}", name, kind), name); };
     try {
         if (!row.value.empty()) {
@@ -308,11 +321,11 @@ void take_options(const Json& request, const Served* served, input::Options& opt
             continue;
         }
         const auto row = std::ranges::find_if(
-            rows, [&](const input::OptionRow& each) { return takes(served, each) && member_of(each) == name; });
+            rows, [&](const input::OptionRow& each) { return each.in_requests && member_of(each) == name; });
         if (row == rows.end()) {
             fail_unknown(name, served);
         }
-        take(*row, value, options);
+        take(*row, value, served, options);
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <fmt/core.h>
 
+#include "rows/contract.hpp"
 #include "rows/families.hpp"
 #include "rows/reading.hpp"
 #include "text/nearest.hpp"
@@ -160,6 +161,18 @@ PreparedCall prepare(std::span<const input::Word> line, input::Secrets& secrets,
         error.call = row.full_name();
         throw;
     }
+}
+
+PreparedCall prepare_example(const rows::Row& row)
+{
+    std::vector<input::Word> words = input::words_of(rows::example_call(row));
+    for (input::Word& word : words) {
+        if (!word.quoted && word.text == "-") {
+            word = {{std::string(sample_secret), true}};
+        }
+    }
+    input::Secrets secrets({.literals = true});
+    return prepare(words, secrets);
 }
 
 } // namespace vorcfg::call

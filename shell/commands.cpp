@@ -317,8 +317,8 @@ constexpr input::Command table[] = {
      "given; the exit code is that of the worst failure.",
      over_file<run_batch>},
     {make, "serve", "serve", "answer requests in JSON, one per line of standard input",
-     "For programs in other languages: calls, and plan, apply, confirm, revert and report of a site whose text, "
-     "variables and secrets are in the request. Each answer is one line, in the order of the requests. "
+     "For programs in other languages: calls, describe, and plan, apply, confirm, revert and report of a site whose "
+     "text, variables and secrets are in the request. Each answer is one line, in the order of the requests. "
      "vorcfg-serve(7) describes them.",
      run_serve},
     {set_up, "check", "check FILE", "validate a file; needs no gateway", "", over_file<run_check>},

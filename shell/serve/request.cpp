@@ -154,19 +154,17 @@ std::vector<input::Word> words_of_call(const Json& request)
 
 // --- Commands -------------------------------------------------------------------------
 
-enum class Over : std::uint8_t { site, journal };
+enum class Over : std::uint8_t { calls, site, journal };
 
 struct Served {
     std::string_view command;
     Over over;
 };
 
-constexpr Served all_served[] = {{"plan", Over::site},
-                                 {"apply", Over::site},
-                                 {"confirm", Over::journal},
-                                 {"revert", Over::journal},
-                                 {"report", Over::journal}};
+constexpr Served all_served[] = {{"describe", Over::calls},  {"plan", Over::site},      {"apply", Over::site},
+                                 {"confirm", Over::journal}, {"revert", Over::journal}, {"report", Over::journal}};
 
+constexpr std::string_view of_calls = "of"; // which
 constexpr std::string_view site_members[] = {"site", "file", "vars", "secrets"};
 // Which journal it is.
 constexpr std::string_view journal_members[] = {"journal", "gateway", "allow_unused"};
@@ -283,16 +281,26 @@ void take(const input::OptionRow& row, const Json& value, const Served* served, 
     }
 }
 
+// The members besides the options.
+std::vector<std::string_view> own_members(const Served* served)
+{
+    if (served == nullptr) {
+        return {"id", "call", "arguments"};
+    }
+    std::vector<std::string_view> members{"id", "command"};
+    if (served->over == Over::calls) {
+        members.push_back(of_calls);
+    } else {
+        members.insert(members.end(), std::begin(site_members), std::end(site_members));
+    }
+    return members;
+}
+
 [[noreturn]] void fail_unknown(std::string_view name, const Served* served)
 {
-    std::vector<std::string> known{"id"};
-    for (const std::string_view each : site_members) {
+    std::vector<std::string> known;
+    for (const std::string_view each : own_members(served)) {
         known.emplace_back(each);
-    }
-    known.resize(served != nullptr ? known.size() : 1);
-    known.emplace_back(served != nullptr ? "command" : "call");
-    if (served == nullptr) {
-        known.emplace_back("arguments");
     }
     for (const input::OptionRow& row : input::option_rows()) {
         if (takes(served, row)) {
@@ -304,20 +312,12 @@ void take(const input::OptionRow& row, const Json& value, const Served* served, 
          name);
 }
 
-// The members besides the options.
-bool is_own(std::string_view name, const Served* served)
-{
-    if (served == nullptr) {
-        return name == "id" || name == "call" || name == "arguments";
-    }
-    return name == "id" || name == "command" || is_among(site_members, name);
-}
-
 void take_options(const Json& request, const Served* served, input::Options& options)
 {
     const auto rows = input::option_rows();
+    const std::vector<std::string_view> own = own_members(served);
     for (const auto& [name, value] : request.members()) {
-        if (is_own(name, served)) {
+        if (is_among(own, name)) {
             continue;
         }
         const auto row = std::ranges::find_if(
@@ -371,6 +371,13 @@ Request request_in(const Json& json)
     }
     const Served& served = served_command(text_of(json, "command"));
     take_options(json, &served, request.options);
+    request.options.words = {word_of(std::string(served.command), 0)};
+    if (served.over == Over::calls) {
+        for (input::Word& word : input::words_of(json.contains(of_calls) ? text_of(json, of_calls) : "")) {
+            request.options.words.push_back(std::move(word));
+        }
+        return request;
+    }
     const bool has_site = served.over == Over::site || json.contains("site");
     request.finds_journal = served.over == Over::journal && has_site;
     if (has_site) {
@@ -381,8 +388,7 @@ Request request_in(const Json& json)
         require_site(json);
     }
     const std::string file = json.contains("file") ? text_of(json, "file") : "-";
-    request.options.words = {word_of(std::string(served.command), 0),
-                             word_of(has_site ? file : request.options.journal, 0)};
+    request.options.words.push_back(word_of(has_site ? file : request.options.journal, 0));
     return request;
 }
 

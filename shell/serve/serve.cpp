@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <new>
 
 #include <fmt/core.h>
 
@@ -75,6 +76,8 @@ private:
                                        true);
         } catch (const input::InputError& error) {
             return output::print_error(error, true);
+        } catch (const std::bad_alloc&) {
+            return output::print_error({.text = "not enough memory", .exit = input::exit_unusable}, true);
         }
     }
 

@@ -159,12 +159,20 @@ enum class Over : std::uint8_t { calls, site, journal };
 struct Served {
     std::string_view command;
     Over over;
+    std::string_view own{}; // a member that no other command has
 };
 
-constexpr Served all_served[] = {{"describe", Over::calls},  {"plan", Over::site},      {"apply", Over::site},
-                                 {"confirm", Over::journal}, {"revert", Over::journal}, {"report", Over::journal}};
-
 constexpr std::string_view of_calls = "of"; // which
+constexpr std::string_view text_of_journal = "text";
+
+constexpr Served all_served[] = {{"describe", Over::calls, of_calls},
+                                 {"plan", Over::site},
+                                 {"apply", Over::site},
+                                 {"confirm", Over::journal},
+                                 {"revert", Over::journal},
+                                 {"report", Over::journal},
+                                 {journal_command, Over::journal, text_of_journal}};
+
 constexpr std::string_view site_members[] = {"site", "file", "vars", "secrets"};
 // Which journal it is.
 constexpr std::string_view journal_members[] = {"journal", "gateway", "allow_unused"};
@@ -288,10 +296,11 @@ std::vector<std::string_view> own_members(const Served* served)
         return {"id", "call", "arguments"};
     }
     std::vector<std::string_view> members{"id", "command"};
-    if (served->over == Over::calls) {
-        members.push_back(of_calls);
-    } else {
+    if (served->over != Over::calls) {
         members.insert(members.end(), std::begin(site_members), std::end(site_members));
+    }
+    if (!served->own.empty()) {
+        members.push_back(served->own);
     }
     return members;
 }
@@ -389,6 +398,9 @@ Request request_in(const Json& json)
     }
     const std::string file = json.contains("file") ? text_of(json, "file") : "-";
     request.options.words.push_back(word_of(has_site ? file : request.options.journal, 0));
+    if (json.contains(text_of_journal)) {
+        request.text = text_of(json, text_of_journal);
+    }
     return request;
 }
 

@@ -102,6 +102,9 @@ private:
             }
             journal = site::journal_of(journal, batch, options);
         }
+        if (options.words[0].text == journal_command) {
+            return site::run_journal(options.words[1].text, request.text, options);
+        }
         return input::run(options);
     }
 
@@ -113,6 +116,10 @@ private:
         call::rehearse(call);
         if (options.dry_run) {
             return report(call, call::Session({.capture = true}, std::nullopt).make(call));
+        }
+        if (limit_ != options.timeout) { // which an endpoint has for good
+            session_.reset();
+            limit_ = options.timeout;
         }
         if (!session_) {
             session_.emplace(call::Observer::Settings{.trace = options.trace, .gather = true}, options.sap);
@@ -154,6 +161,7 @@ private:
     Pipe pipe_;
     std::string id_ = "null"; // of the request under way
     std::optional<call::Session> session_;
+    std::optional<unsigned> limit_; // of its endpoint
     steady_clock::time_point timer_due_{};
 };
 

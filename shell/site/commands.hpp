@@ -1,6 +1,7 @@
 // commands.hpp: the commands over a file and its journal.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,9 @@ int run_apply(const std::string& path, const input::Options& options);
 // Over a journal.
 int run_confirm(const std::string& path, const input::Options& options);
 int run_revert(const std::string& path, const input::Options& options);
+
+// Its text, in JSON; one that is given is put where there is no journal.
+int run_journal(const std::string& path, const std::optional<std::string>& text, const input::Options& options);
 
 // As text, JSON or, with --html, a page: the sheet of one journal, or a line for each of several, and of folders.
 int run_report(const std::vector<std::string>& paths, const input::Options& options);

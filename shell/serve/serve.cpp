@@ -86,6 +86,7 @@ private:
         input::Options& options = request.options;
         options.trace = options_.trace;
         options.sap = options_.sap;
+        options.yes = options.yes || options_.yes;
         options.timeout = options.timeout ? options.timeout : options_.timeout;
         if (request.is_call) {
             return make(options);

@@ -255,6 +255,24 @@ TEST(json, what_is_not_described_is_found)
     }
 }
 
+TEST(serve, requests_are_described)
+{
+    for (const input::OptionRow& row : input::option_rows()) {
+        std::string member(row.name.substr(2));
+        std::ranges::replace(member, '-', '_');
+        const std::string request =
+            R"({"id":1,"command":"apply",")" + member + (row.value.empty() ? R"(":true})" : R"(":"1"})");
+        EXPECT_EQ(row.in_requests, processes::mismatch(request).empty()) << request;
+    }
+    for (const char* const request :
+         {R"({"id":"a","call":"gsm set-password","arguments":{"gsm_port":1,"password":"a"},"dry_run":true})",
+          R"({"id":1,"call":"konfd query","arguments":["--set"]})", R"({"id":1,"command":"describe","of":"can"})",
+          R"({"id":1,"command":"plan","site":"","file":"f","vars":{"a":1},"secrets":{"b":"c"}})",
+          R"({"id":1,"command":"journal","journal":"j","text":""})"}) {
+        EXPECT_EQ("", processes::mismatch(request));
+    }
+}
+
 // Every third is wrong, each in another way.
 TEST(serve, as_many_answers_as_requests)
 {

@@ -397,6 +397,9 @@ Request request_in(const Json& json)
         require_site(json);
     }
     const std::string file = json.contains("file") ? text_of(json, "file") : "-";
+    if (file.empty()) {
+        fail("file must not be empty", "file");
+    }
     request.options.words.push_back(word_of(has_site ? file : request.options.journal, 0));
     if (json.contains(text_of_journal)) {
         request.text = text_of(json, text_of_journal);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <climits>
 #include <cstdio>
 #include <filesystem>
 #include <new>
@@ -54,7 +55,7 @@ public:
         }
         const auto left = std::chrono::ceil<milliseconds>(timer_due_ - steady_clock::now());
         if (left.count() > 0) { // it ends with this process
-            pipe_.rest(static_cast<int>(left.count()));
+            pipe_.rest(static_cast<int>(std::min<milliseconds::rep>(left.count(), INT_MAX)));
         }
         return pipe_.has_signal() ? input::exit_ended : input::exit_ok;
     }

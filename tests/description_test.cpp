@@ -126,13 +126,26 @@ std::vector<Part> expected_parts(const vorsim::tables::Layout& layout)
     return parts;
 }
 
-std::vector<vorsim::tables::ListedRow> rows_for(const std::string& symbol)
+// The row of a call's message: one for several calls has a pattern for their names, and a call may have several.
+const vorsim::tables::ListedRow* row_for(const std::string& symbol, std::uint32_t id)
 {
-    std::vector<vorsim::tables::ListedRow> rows;
-    std::ranges::copy_if(vorsim::tables::all_rows(), std::back_inserter(rows), [&](const auto& listed) {
-        return fnmatch(std::string(listed.row->call).c_str(), symbol.c_str(), 0) == 0;
-    });
-    return rows;
+    const vorsim::tables::ListedRow* found = nullptr;
+    int best = 0;
+    for (const auto& listed : vorsim::tables::all_rows()) {
+        const std::string pattern(listed.row->call);
+        const int likeness = fnmatch(pattern.c_str(), symbol.c_str(), 0) != 0 ? 0
+                             : pattern != symbol                              ? 1
+                             : listed.row->exchange.id != id                  ? 2
+                                                                              : 3;
+        found = likeness > best ? &listed : found;
+        best = std::max(best, likeness);
+    }
+    return found;
+}
+
+bool has(const Json& numbers, std::int64_t number)
+{
+    return std::ranges::find(numbers.elements(), Json(number)) != numbers.elements().end();
 }
 
 void compare(const Json& wire, const vorsim::tables::ListedRow& listed)
@@ -141,29 +154,32 @@ void compare(const Json& wire, const vorsim::tables::ListedRow& listed)
     const auto lead = [&](Form form) { return row.layout.form == form ? std::string(row.layout.lead) : ""; };
     EXPECT_TRUE(wire.contains("sap_from") ? listed.manager == vorsim::tables::any_manager
                                           : listed.serves(wire["sap"].number<std::uint16_t>()));
-    EXPECT_EQ(row.exchange.id, wire["id"].number<std::uint32_t>());
     EXPECT_EQ(row.exchange.answered, wire["way"].string() == "request");
+    if (const Json* const answer = wire.find("answer"); answer != nullptr && !answer->at("ids").empty()) {
+        EXPECT_TRUE(has(answer->at("ids"), row.exchange.answer_id));
+        EXPECT_TRUE(!answer->contains("accepted") || has(answer->at("accepted"), row.exchange.accepted));
+    }
+    EXPECT_EQ(row.exchange.id, wire["id"].number<std::uint32_t>());
     EXPECT_EQ(lead(Form::option_byte), wire.value("option_from", ""));
     EXPECT_EQ(lead(Form::flag_byte), wire.value("flag_from", ""));
     EXPECT_EQ(row.layout.form != Form::record, wire.contains("elements"));
     if (row.layout.form == Form::record) {
         EXPECT_EQ(row.layout.length, wire["record"]["size"].number<int>());
     }
-    EXPECT_EQ(expected_parts(row.layout), described_parts(wire));
-    if (const Json* const answer = wire.find("answer"); answer != nullptr && !answer->at("ids").empty()) {
-        EXPECT_EQ(Json::array(std::vector{row.exchange.answer_id}), answer->at("ids"));
-        EXPECT_EQ(row.query != nullptr && row.call != "vor_cfg_get_system_temperature",
-                  answer->at("carries").string() == "record");
-        if (answer->contains("accepted")) {
-            EXPECT_EQ(Json::array(std::vector{row.exchange.accepted}), answer->at("accepted"));
-        }
+    std::vector<Part> expected = expected_parts(row.layout);
+    const std::vector<Part> described = described_parts(wire);
+    if (wire.contains("computed")) { // some of them
+        std::erase_if(expected,
+                      [&](const Part& part) { return std::ranges::find(described, part) == described.end(); });
     }
+    EXPECT_EQ(expected, described);
 }
 
 TEST(description, agrees_with_the_managers)
 {
+    const Json description = output::description();
     std::size_t computed = 0;
-    for (const Json& call : output::description()["calls"].elements()) {
+    for (const Json& call : description["calls"].elements()) {
         const Json* const wire = call.find("wire");
         if (wire == nullptr) {
             continue;
@@ -173,16 +189,9 @@ TEST(description, agrees_with_the_managers)
         if ((*wire)["way"].string() == "konfd") {
             continue;
         }
-        const auto rows = rows_for(call["symbol"].string());
-        const auto has_id = [&](const auto& listed) {
-            return listed.row->exchange.id == (*wire)["id"].number<std::uint32_t>() &&
-                   listed.serves((*wire)["sap"].number<std::uint16_t>());
-        };
-        EXPECT_TRUE(std::ranges::any_of(rows, has_id)) << "no manager receives its message";
-        if (!wire->contains("computed")) {
-            ASSERT_EQ(1U, rows.size());
-            compare(*wire, rows.front());
-        }
+        const auto* const listed = row_for(call["symbol"].string(), (*wire)["id"].number<std::uint32_t>());
+        ASSERT_NE(nullptr, listed) << "no manager receives its message";
+        compare(*wire, *listed);
     }
     EXPECT_LE(computed, 20U);
 }

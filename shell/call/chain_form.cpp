@@ -9,7 +9,7 @@ namespace vorcfg::call {
 
 namespace {
 
-constexpr std::uint16_t tag = 0x5152;
+constexpr std::uint16_t sample_tag = 0x5152;
 
 std::string written(Element::Kind kind, std::string value)
 {
@@ -17,16 +17,16 @@ std::string written(Element::Kind kind, std::string value)
     vor_tlv_chain_init(&chain);
     switch (kind) {
     case Element::Kind::int16:
-        vor_tlv_chain_add_vor_int16(&chain, tag, 0x7172);
+        vor_tlv_chain_add_vor_int16(&chain, sample_tag, 0x7172);
         break;
     case Element::Kind::int32:
-        vor_tlv_chain_add_vor_int32(&chain, tag, 0x71727374);
+        vor_tlv_chain_add_vor_int32(&chain, sample_tag, 0x71727374);
         break;
     case Element::Kind::text:
-        vor_tlv_chain_add_str(&chain, tag, value.data());
+        vor_tlv_chain_add_str(&chain, sample_tag, value.data());
         break;
     case Element::Kind::raw:
-        vor_tlv_chain_add_raw(&chain, tag, static_cast<vor_uint16>(value.size()),
+        vor_tlv_chain_add_raw(&chain, sample_tag, static_cast<vor_uint16>(value.size()),
                               reinterpret_cast<unsigned char*>(value.data()));
         break;
     }
@@ -55,7 +55,7 @@ std::optional<ChainForm> chain_form()
         const std::string bytes = has_high_byte_first ? std::string{high, low} : std::string{low, high};
         return raw.substr(0, form.header_size).find(bytes);
     };
-    form.tag_offset = find(tag);
+    form.tag_offset = find(sample_tag);
     form.length_offset = find(text.size());
     form.text_end = long_text.size() - std::min(long_text.size(), raw.size());
     if (form.header_size != 5 || form.tag_offset == std::string::npos || form.length_offset == std::string::npos) {

@@ -106,7 +106,7 @@ constexpr OptionRow rows[] = {
      "batch, check, plan, apply",
      false,
      true},
-    {{"--journal", "FILE", "keep what was accepted in FILE, not in the journal of the gateway or the file"},
+    {{"--journal", "FILE", "keep what was accepted in FILE, or in a folder, not beside the file of calls"},
      take<&Options::journal>,
      "plan, apply",
      false,

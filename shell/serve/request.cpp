@@ -85,9 +85,8 @@ std::string typed(const rows::Row& row, const rows::Argument& argument, const Js
          argument.name);
 }
 
-void add_argument(const rows::Row& row, const Json::Member& member, std::vector<input::Word>& words)
+void add_argument(const rows::Row& row, const std::string& name, const Json& value, std::vector<input::Word>& words)
 {
-    const auto& [name, value] = member;
     const auto add = [&](const std::string& text) { words.push_back(word_of(name + '=' + text, name.size())); };
     const auto arguments = row.arguments();
     const auto argument = std::ranges::find_if(
@@ -126,8 +125,8 @@ void add_arguments(const rows::Row& row, const Json& arguments, std::vector<inpu
     if (!arguments.is_object()) {
         fail("arguments must be an object: values by their arguments' names", "arguments");
     }
-    for (const Json::Member& member : arguments.members()) {
-        add_argument(row, member, words);
+    for (const auto& [name, value] : arguments.members()) {
+        add_argument(row, name, value, words);
     }
 }
 
@@ -325,16 +324,16 @@ void take_options(const Json& request, const Served* served, input::Options& opt
 {
     const auto rows = input::option_rows();
     const std::vector<std::string_view> own = own_members(served);
-    for (const auto& [name, value] : request.members()) {
-        if (is_among(own, name)) {
+    for (const Json::Member& member : request.members()) {
+        if (is_among(own, member.first)) {
             continue;
         }
         const auto row = std::ranges::find_if(
-            rows, [&](const input::OptionRow& each) { return each.in_requests && member_of(each) == name; });
+            rows, [&](const input::OptionRow& each) { return each.in_requests && member_of(each) == member.first; });
         if (row == rows.end()) {
-            fail_unknown(name, served);
+            fail_unknown(member.first, served);
         }
-        take(*row, value, served, options);
+        take(*row, member.second, served, options);
     }
 }
 

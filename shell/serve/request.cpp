@@ -91,7 +91,9 @@ void add_argument(const rows::Row& row, const std::string& name, const Json& val
     const auto arguments = row.arguments();
     const auto argument = std::ranges::find_if(
         arguments, [&](const rows::Argument& each) { return each.is_given() && each.name == name; });
-    if (argument == arguments.end()) {
+    if (name.empty()) {
+        fail("an argument's name must not be empty", "arguments");
+    } else if (argument == arguments.end()) {
         add(""); // refused by its name
     } else if (!argument->is_list) {
         add(typed(row, *argument, value));

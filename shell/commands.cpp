@@ -13,6 +13,7 @@
 #include "output/output.hpp"
 #include "prompt/prompt.hpp"
 #include "rows/families.hpp"
+#include "serve/serve.hpp"
 #include "site/commands.hpp"
 #include "site/show.hpp"
 #include "text/text.hpp"
@@ -158,6 +159,14 @@ int run_batch(const std::string& path, const input::Options& options)
         more = call && runner.make(*call);
     }
     return runner.finish();
+}
+
+int run_serve(const input::Options& options)
+{
+    if (options.words.size() > 1) {
+        fail_usage(options, fmt::format("unexpected argument {}", vor::quoted(options.words[1].text)));
+    }
+    return serve::serve(VORCFG_VERSION, options);
 }
 
 int run_check(const std::string& path, const input::Options& options)
@@ -307,6 +316,11 @@ constexpr input::Command table[] = {
      "each call is tried on a platform that sends nothing. The batch ends at the first failure, unless --keep-going is "
      "given; the exit code is that of the worst failure.",
      over_file<run_batch>},
+    {make, "serve", "serve", "answer requests in JSON, one per line of standard input",
+     "For programs in other languages: calls, describe, and plan, apply, confirm, revert and report of a site whose "
+     "text, variables and secrets are in the request. Each answer is one line, in the order of the requests. "
+     "vorcfg-serve(7) describes them.",
+     run_serve},
     {set_up, "check", "check FILE", "validate a file; needs no gateway", "", over_file<run_check>},
     {set_up, "plan", "plan FILE", "list the calls in FILE that are not accepted yet",
      "Compares the file with the journal of the gateway and sends nothing. The settings of a gateway cannot be read "

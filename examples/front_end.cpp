@@ -6,16 +6,10 @@
 #include <string>
 
 using device_mgmt::call;
-using device_mgmt::Outcome;
 
 static void report(const char* what, const device_mgmt::Result& result)
 {
-    static const char* const names[] = {"accepted", "sent", "refused", "not sent", "undelivered", "unreadable"};
-    std::printf("%s: %s", what, names[static_cast<int>(result.outcome)]);
-    if (result.status != 0) {
-        std::printf(", status %d", result.status);
-    }
-    std::puts("");
+    std::printf("%s: %s\n", what, to_string(result).c_str());
 }
 
 int main()

@@ -28,7 +28,7 @@ static_assert(!takes<vor_cfg_set_plat_hostname>(nullptr), "a null text");
 
 std::string text_of(const device_mgmt::Result& result)
 {
-    static constexpr const char* words[] = {"accepted", "sent", "refused", "not sent", "undelivered", "unreadable"};
+    static constexpr const char* words[] = {"accepted", "sent", "refused", "not sent", "unknown"};
     return fake::text_of(words[static_cast<int>(result.outcome)], " ", result.code, " ", result.status, " ",
                          result.misfit);
 }

@@ -308,7 +308,7 @@ constexpr input::Command table[] = {
      "given; the exit code is that of the worst failure.",
      over_file<run_batch>},
     {set_up, "check", "check FILE", "validate a file; needs no gateway", "", over_file<run_check>},
-    {set_up, "plan", "plan FILE", "list the calls in FILE that the gateway has not accepted yet",
+    {set_up, "plan", "plan FILE", "list the calls in FILE that are not accepted yet",
      "Compares the file with the journal of the gateway and sends nothing. The settings of a gateway cannot be read "
      "back, so they are not compared. The exit code is 11 if calls are left to make, or if an apply waits for its "
      "confirmation or was not confirmed in time. vorcfg-site(7) explains the states of the lines.",

@@ -119,7 +119,7 @@ std::vector<Probe> probes_of(const PreparedCall& base, const rows::Argument& arg
 
 // --- What is at a place ---------------------------------------------------------------------
 
-std::string bytes_of(const Element& element)
+std::string content_of(const Element& element)
 {
     return element.kind == Element::Kind::text || element.kind == Element::Kind::raw ? element.bytes
                                                                                      : std::to_string(element.number);
@@ -136,7 +136,7 @@ std::string found_at(const WirePart& part, const Message& message, std::size_t e
     case Place::flag:
         return std::to_string(message.flag.value_or(0));
     case Place::element:
-        return element < message.elements.size() ? bytes_of(message.elements[element]) : "";
+        return element < message.elements.size() ? content_of(message.elements[element]) : "";
     default:
         return message.record.substr(part.field->offset, part.field->size);
     }
@@ -196,7 +196,7 @@ bool same_messages(const Observation& one, const Observation& other)
     const auto same = [](const Message& a, const Message& b) {
         return a.sap == b.sap && a.id == b.id && a.option == b.option && a.flag == b.flag && a.record == b.record &&
                a.command == b.command && has_shape_of(a, b, 0) &&
-               std::ranges::equal(a.elements, b.elements, {}, bytes_of, bytes_of);
+               std::ranges::equal(a.elements, b.elements, {}, content_of, content_of);
     };
     return std::ranges::equal(one.messages, other.messages, same) && one.trace_switched == other.trace_switched;
 }
@@ -221,10 +221,7 @@ public:
         if (row_.read == nullptr) {
             vary();
         }
-        wire_.computed = why_computed();
-        if (!wire_.computed.empty()) {
-            wire_.parts.clear();
-        }
+        find_wire();
         if (wire_.messages.front().way == Way::request) {
             find_answer();
         }
@@ -251,28 +248,39 @@ private:
         }
     }
 
-    std::string why_computed()
+    void find_wire()
     {
         if (row_.channel == rows::Channel::konfd) {
-            return "it is a text of konfd's";
+            complain("it is a text of konfd's");
+            return;
         }
         if (seen_.messages.size() > 1) {
-            return "it sends more than one message";
+            complain("it sends more than one message");
         }
-        for (const Probe& probe : probes_) {
-            const std::size_t listed = probe.argument->is_list ? probe.values.size() : 0;
-            if (probe.seen.messages.size() != 1) {
-                return fmt::format("{} decides whether a message is sent", probe.argument->name);
-            }
-            if (probe.seen.messages.front().id != message().id) {
-                return fmt::format("{} decides its id", probe.argument->name);
-            }
-            if (!has_shape_of(probe.seen.messages.front(), message(), listed)) {
-                return fmt::format("{} decides its elements", probe.argument->name);
-            }
+        std::erase_if(probes_, [this](const Probe& probe) { return is_otherwise(probe); });
+        if (std::ranges::any_of(row_.record, &rows::RecordField::option)) {
+            complain(fmt::format("{} decides its fields", row_.record.front().name));
         }
         find_parts();
-        return wire_.computed.empty() ? why_incomplete() : wire_.computed;
+        find_rest();
+    }
+
+    // Not the same message with another value.
+    bool is_otherwise(const Probe& probe)
+    {
+        const std::string_view name = probe.argument->name;
+        if (probe.seen.messages.size() != seen_.messages.size()) {
+            complain(fmt::format("{} decides whether it is sent", name));
+            return true;
+        }
+        if (!has_shape_of(probe.seen.messages.front(), message(), probe.argument->is_list ? probe.values.size() : 0)) {
+            complain(fmt::format("{} decides its elements", name));
+            return true;
+        }
+        if (probe.seen.messages.front().id != message().id) {
+            complain(fmt::format("{} decides its id", name));
+        }
+        return false;
     }
 
     void find_parts()
@@ -348,7 +356,7 @@ private:
         for (std::size_t i = 0; i < probe.values.size(); i++) {
             const Element& element = elements[first + i];
             if (element.tag != part.tag || element.kind != part.kind ||
-                bytes_of(element) != expected_at(part, *probe.argument, probe.values[i])) {
+                content_of(element) != expected_at(part, *probe.argument, probe.values[i])) {
                 complain(fmt::format("{} is worked out from {}", name_of(part), probe.argument->name));
             }
         }
@@ -358,7 +366,7 @@ private:
     }
 
     // Bytes that are written though no field has them, or the other way round: two buffers that were not alike tell.
-    std::string why_incomplete() const
+    void find_rest()
     {
         std::string is_written(message().record.size(), '\0');
         const std::string other = tried(base_, {.filling = 0xa5}).seen.messages.front().record;
@@ -369,12 +377,14 @@ private:
             if (part.place == Place::field) {
                 const auto begin = is_written.begin() + part.field->offset;
                 if (std::find(begin, begin + part.field->size, '\0') != begin + part.field->size) {
-                    return fmt::format("{} is not written whole", name_of(part));
+                    complain(fmt::format("{} is not written whole", name_of(part)));
                 }
                 std::fill(begin, begin + part.field->size, '\0');
             }
         }
-        return is_written.find('\1') != std::string::npos ? "it has bytes that are in no field" : "";
+        if (is_written.find('\1') != std::string::npos) {
+            complain("it has bytes that are in no field");
+        }
     }
 
     void complain(std::string why)
@@ -434,7 +444,7 @@ private:
         }
         const std::uint32_t foreign = wire_.messages.front().id ^ 1U;
         std::set<std::int32_t> codes;
-        std::set<Outcome> outcomes;
+        std::set<Outcome> seen;
         for (const Pretence& pretence :
              {success, Pretence{.status = 7}, Pretence{.answer_id = success.answer_id, .status = 7},
               Pretence{.answer_id = success.answer_id, .status = {}}, Pretence{.answer_id = foreign},
@@ -445,11 +455,11 @@ private:
                 codes.insert(*result.back.code);
             }
             const bool is_unbound = pretence.fate == unconnected && row_.channel == rows::Channel::manager;
-            outcomes.insert(is_unbound ? Outcome::no_endpoint
-                                       : judged(row_, result.back, result.manager_errno, result.seen).outcome);
+            seen.insert(is_unbound ? Outcome::no_endpoint
+                                   : judged(row_, result.back, result.manager_errno, result.seen).outcome);
         }
         wire_.codes.assign(codes.rbegin(), codes.rend());
-        wire_.outcomes.assign(outcomes.begin(), outcomes.end());
+        wire_.outcomes.assign(seen.begin(), seen.end());
     }
 
     const rows::Row& row_;

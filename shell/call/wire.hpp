@@ -30,8 +30,8 @@ struct WireAnswer {
 
 struct Wire {
     std::vector<Message> messages; // of the example; none: the call sends nothing
-    std::vector<WirePart> parts;   // of its only message, in order: all that is in it
-    std::string computed;          // else: why they are not
+    std::vector<WirePart> parts;   // of the first message, in order
+    std::string computed;          // why they are not all that the call sends; empty: they are
     std::vector<const rows::Argument*> unsent;
     std::optional<WireAnswer> answer;
     std::vector<std::int32_t> codes; // that the call returned, whatever became of its message

@@ -123,7 +123,7 @@ constexpr OptionRow rows[] = {
      "revert"},
     {{"--html", "", "print the report as a page for a browser or a printer"}, take<&Options::html>, "report"},
     {{"--color", "WHEN", "colour the output: auto (at a terminal), always or never"}, take_color},
-    {{"--help", "", "show help, also of a command, family or call; -h: in brief"}, take<&Options::help>, {}, true},
+    {{"--help", "", "show help, also of a command, family or call; -h: in brief"}, take<&Options::help>},
     {{"--version", "", "show the version"}, take<&Options::version>},
 };
 

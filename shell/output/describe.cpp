@@ -5,6 +5,7 @@
 #include <device_mgmt/version.h>
 #include <fmt/core.h>
 
+#include "call/chain_form.hpp"
 #include "call/wire.hpp"
 #include "output/output.hpp"
 #include "rows/contract.hpp"
@@ -80,6 +81,16 @@ bool is_never_sent(const rows::Row& row, const rows::Argument& argument)
     return wire.messages.empty() ? !argument.is_sent : wire.is_unsent(argument);
 }
 
+// Those that its header names, and those that were seen.
+std::vector<std::int32_t> codes_of(const rows::Row& row)
+{
+    std::vector<std::int32_t> codes = rows::contract_of(row).codes();
+    std::ranges::copy(wire_of(row).codes, std::back_inserter(codes));
+    std::ranges::sort(codes, std::greater());
+    codes.erase(std::unique(codes.begin(), codes.end()), codes.end());
+    return codes;
+}
+
 // Of a call that sends nothing, what its header says is all that there is.
 std::vector<std::string_view> outcomes_of(const rows::Row& row)
 {
@@ -127,7 +138,7 @@ Json json_of(const rows::Row& row, const rows::Argument& argument, const rows::C
     if (!argument.decided_by.empty()) {
         json["sent_only_where"] = Json({{std::string(argument.decided_by), argument.decided_at.number}});
     }
-    json.add("about", contract.about(argument));
+    json.add("about", contract.meaning(argument));
     return json;
 }
 
@@ -204,9 +215,9 @@ Json json_of(const call::Wire& wire, const rows::Row& row)
             parts.push_back(json_of(part));
         }
     }
-    if (wire.computed.empty() && message.chain) {
+    if (message.chain) {
         json["elements"] = parts;
-    } else if (wire.computed.empty()) {
+    } else if (message.way != call::Way::konfd) {
         json["record"] = {{"size", message.record.size()}, {"fields", parts}};
     }
     if (wire.answer) {
@@ -225,9 +236,14 @@ Json description_of(const rows::Row& row)
 {
     const rows::CallContract& contract = rows::contract_of(row);
     const call::Wire& wire = wire_of(row);
-    Json json{{"family", row.family->name},       {"name", row.name},     {"symbol", row.symbol},
-              {"summary", rows::summary_of(row)}, {"role", role_of(row)}, {"callable", row.make != nullptr}};
-    json.add("declaration", contract.declaration);
+    Json json = record("row");
+    json["family"] = row.family->name;
+    json["name"] = row.name;
+    json["symbol"] = row.symbol;
+    json["summary"] = rows::summary_of(row);
+    json["role"] = role_of(row);
+    json["callable"] = row.make != nullptr;
+    json["declaration"] = contract.declaration;
     json.add("used_by", row.used_by);
     json.add("usage", row.usage);
     for (const auto& [mark, flag] : mark_names) {
@@ -244,8 +260,8 @@ Json description_of(const rows::Row& row)
             json["arguments"].push_back(json_of(row, argument, contract));
         }
     }
-    json["codes"] = Json::array(contract.codes());
-    json.add("returns", contract.returned);
+    json["codes"] = Json::array(codes_of(row));
+    json["returns"] = contract.returned;
     if (row.make != nullptr) {
         json["outcomes"] = Json::array(outcomes_of(row));
         json["example"] = rows::example_call(row);
@@ -258,19 +274,37 @@ Json description_of(const rows::Row& row)
 
 std::string json_of(const rows::Row& row)
 {
-    Json json = record("row");
-    const Json description = description_of(row);
-    for (const auto& [name, value] : description.members()) {
-        json[name] = value;
-    }
-    return line_of(json);
+    return line_of(description_of(row));
 }
+
+namespace {
+
+Json json_of(const call::ChainForm& form)
+{
+    Json kinds = Json::object();
+    for (const auto& [kind, number] : form.kinds) {
+        kinds[call::name_of(kind)] = number;
+    }
+    return {{"high_byte_first", form.has_high_byte_first},
+            {"header_size", form.header_size},
+            {"tag_offset", form.tag_offset},
+            {"kind_offset", form.kind_offset},
+            {"length_offset", form.length_offset},
+            {"text_end", form.text_end},
+            {"kinds", kinds},
+            {"most_elements", TLV_CHAIN_CAPACITY}};
+}
+
+} // namespace
 
 Json description()
 {
     Json json = record("description");
     json["version"] =
         fmt::format("{}.{}.{}", DEVICE_MGMT_VERSION_MAJOR, DEVICE_MGMT_VERSION_MINOR, DEVICE_MGMT_VERSION_PATCH);
+    if (const auto form = call::chain_form()) {
+        json["chain"] = json_of(*form);
+    }
     for (const char* const section : {"managers", "codes", "outcomes", "records", "calls"}) {
         json[section] = Json::array();
     }
@@ -315,11 +349,6 @@ std::string description_json()
 
 namespace {
 
-std::string list_of(const std::vector<std::string>& texts)
-{
-    return vor::joined(texts, ", ");
-}
-
 // "element 4 i16", "field ip_address at 4, 4 bytes"
 std::string place_of(const call::Wire& wire, const rows::Argument& argument)
 {
@@ -335,28 +364,52 @@ std::string place_of(const call::Wire& wire, const rows::Argument& argument)
                     : name);
         }
     }
-    return list_of(places);
+    return vor::joined(places, ", ");
+}
+
+std::string argument_text(const rows::Row& row, const rows::Argument& argument)
+{
+    std::string text = argument.is_given() ? rows::kind_text(argument) : argument.is_count ? "counted" : "result";
+    const std::string_view unit = rows::contract_of(row).unit(argument);
+    const std::string place = place_of(wire_of(row), argument);
+    text += unit.empty() ? "" : fmt::format("; unit: {}", unit);
+    text += argument.is_object ? "; object" : "";
+    text += argument.is_optional ? "; optional" : "";
+    text += place.empty() ? "" : fmt::format("; sent as {}", place);
+    text += is_never_sent(row, argument) && argument.is_sent ? "; never sent" : "";
+    return text;
+}
+
+std::string lines_of(const std::vector<vor::Cells>& rows, const vor::Screen& screen)
+{
+    vor::Table table(screen);
+    std::string text;
+    for (const vor::Cells& row : rows) {
+        table.fit(row);
+    }
+    for (const vor::Cells& row : rows) {
+        text += table.text_of(row);
+    }
+    return text;
 }
 
 std::string answer_text(const call::WireAnswer& answer, const rows::Row& row)
 {
     if (answer.ids.empty()) {
-        return "its answer is never read";
+        return "never read";
     }
     std::vector<std::string> ids;
     for (const std::uint32_t id : answer.ids) {
         ids.push_back(fmt::format("0x{:x}", id));
     }
-    std::string text = answer.id_bits == 0 ? "answered by any message" : "answered by " + vor::alternatives(ids);
-    text += answer.id_bits == 16 ? ", low 16 bits compared" : "";
-    if (row.answers_record) {
-        return text + ", with a record";
-    }
     std::vector<std::string> statuses;
     for (const std::int32_t status : answer.statuses) {
         statuses.push_back(std::to_string(status));
     }
-    return fmt::format("{}; status {} is accepted", text, vor::alternatives(statuses));
+    return fmt::format("{}{}; {}", answer.id_bits == 0 ? "any message" : vor::alternatives(ids),
+                       answer.id_bits == 16 ? " in its low 16 bits" : "",
+                       row.answers_record ? "a record"
+                                          : fmt::format("status {} is accepted", vor::alternatives(statuses)));
 }
 
 } // namespace
@@ -365,48 +418,37 @@ std::string description_text(const rows::Row& row, const vor::Screen& screen)
 {
     const rows::CallContract& contract = rows::contract_of(row);
     const call::Wire& wire = wire_of(row);
-    std::string text = fmt::format("{}: {}\n", row.full_name(), rows::summary_of(row));
-    text += vor::paragraph(contract.declaration, screen, "  ");
-    vor::Table table(screen);
-    std::vector<vor::Cells> lines;
-    const auto add = [&](std::string what, std::string about) {
+    std::vector<vor::Cells> arguments;
+    std::vector<vor::Cells> facts;
+    const auto add = [&](std::string_view what, std::string about) {
         if (!about.empty()) {
-            lines.push_back({{"  " + std::move(what)}, {std::move(about)}});
-            table.fit(lines.back());
+            facts.push_back({{fmt::format("  {}", what)}, {std::move(about)}});
         }
     };
-    add("role", fmt::format("{}{}", role_of(row), row.used_by.empty() ? "" : fmt::format("; used by {}", row.used_by)));
     for (const rows::Argument& argument : row.arguments()) {
-        std::string about = rows::kind_text(argument);
-        const std::string place = place_of(wire, argument);
-        const std::string_view unit = contract.unit(argument);
-        about = argument.is_given() ? about : argument.is_count ? "counted" : "result";
-        about += unit.empty() ? "" : fmt::format("; unit: {}", unit);
-        about += argument.is_object ? "; object" : "";
-        about += place.empty() ? "" : fmt::format("; sent as {}", place);
-        about += is_never_sent(row, argument) && argument.is_sent ? "; never sent" : "";
-        add(std::string(argument.name), about);
+        arguments.push_back({{fmt::format("    {}", argument.name)}, {argument_text(row, argument)}});
     }
+    add(role_of(row), row.used_by.empty() ? row.is_setting() ? row.setting_name() : std::string(row.symbol)
+                                          : fmt::format("not made on its own; used by {}", row.used_by));
     for (const call::Message& message : wire.messages) {
-        add(std::string(call::name_of(message.way)), call::described(message, row, call::prepare_example(row).values));
+        add("message", call::described(message, row, call::prepare_example(row).values));
     }
     add("computed", wire.computed);
     add("answer", wire.answer ? answer_text(*wire.answer, row) : "");
-    add("setting", row.is_setting() && row.make != nullptr ? row.setting_name() : "");
     std::vector<std::string> marks;
     for (const auto& [mark, name] : mark_names) {
         if (row.has(mark)) {
             marks.emplace_back(name);
+            std::ranges::replace(marks.back(), '_', ' ');
         }
     }
-    add("marks", list_of(marks));
+    add("marks", vor::joined(marks, ", "));
     add("returns", contract.returned);
     add("outcomes", vor::joined(outcomes_of(row), ", "));
     add("example", row.make != nullptr ? rows::example_call(row) : "");
-    for (const vor::Cells& line : lines) {
-        text += table.text_of(line);
-    }
-    return text;
+    return fmt::format("{}: {}\n{}{}{}", row.full_name(), rows::summary_of(row),
+                       vor::paragraph(contract.declaration, screen, "  "), lines_of(arguments, screen),
+                       lines_of(facts, screen));
 }
 
 } // namespace vorcfg::output

@@ -132,8 +132,6 @@ std::vector<std::int32_t> CallContract::codes() const
             codes.push_back(*code);
         }
     }
-    std::ranges::sort(codes, std::greater());
-    codes.erase(std::unique(codes.begin(), codes.end()), codes.end());
     return codes;
 }
 
@@ -153,7 +151,8 @@ std::string_view CallContract::unit(const Argument& argument) const
 
 bool CallContract::passes_unchanged(const Argument& argument) const
 {
-    return about(argument).ends_with("unchanged");
+    const std::string_view text = about(argument);
+    return text.ends_with("unchanged") || (text.ends_with("as the manager codes it") && !text.starts_with("its low "));
 }
 
 std::string_view CallContract::about(const Argument& argument) const
@@ -245,6 +244,7 @@ std::uint16_t size_of(std::string_view type)
     static constexpr std::pair<std::string_view, std::size_t> sizes[] = {{"char", 1},
                                                                          {"vor_char", sizeof(vor_char)},
                                                                          {"vor_uchar", sizeof(vor_uchar)},
+                                                                         {"vor_boolean", sizeof(vor_boolean)},
                                                                          {"vor_int16", sizeof(vor_int16)},
                                                                          {"vor_uint16", sizeof(vor_uint16)},
                                                                          {"vor_int32", sizeof(vor_int32)},

@@ -9,7 +9,12 @@ using device_mgmt::call;
 
 static void report(const char* what, const device_mgmt::Result& result)
 {
-    std::printf("%s: %s\n", what, to_string(result).c_str());
+    static const char* const names[] = {"accepted", "sent", "refused", "not sent", "unknown"};
+    std::printf("%s: %s", what, names[static_cast<int>(result.outcome)]); // to_string(result) is a whole sentence
+    if (result.status != 0) {
+        std::printf(", status %d", result.status);
+    }
+    std::puts("");
 }
 
 int main()

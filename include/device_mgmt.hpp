@@ -106,7 +106,7 @@ inline constexpr Way way = Way::request;
 
 /// What an argument must be.
 struct Check {
-    enum class Kind { number, address, decimal, word, text, konfd_text };
+    enum class Kind { number, address, decimal, word, text, konfd_text, count };
     Kind kind;
     std::size_t argument; // from 1
     std::int64_t least = 0, most = 0;
@@ -132,6 +132,10 @@ constexpr Check text(std::size_t at, std::int64_t most_bytes)
 {
     return {Check::Kind::text, at, 0, most_bytes};
 }
+constexpr Check count(std::size_t at)
+{
+    return {Check::Kind::count, at};
+}
 constexpr Check konfd_text(std::size_t at)
 {
     return {Check::Kind::konfd_text, at};
@@ -150,6 +154,17 @@ DEVICE_MGMT_WAYS(DEVICE_MGMT_WAY)
 DEVICE_MGMT_CHECKS(DEVICE_MGMT_CHECK)
 #undef DEVICE_MGMT_WAY
 #undef DEVICE_MGMT_CHECK
+
+/// The number of the argument that counts the texts after it; 0 for a call without such texts.
+template <auto* Function>
+inline constexpr std::size_t count_at = [] {
+    for (const Check& check : checks<Function>) {
+        if (check.kind == Check::Kind::count) {
+            return check.argument;
+        }
+    }
+    return std::size_t{0};
+}();
 
 /// Of a text in which a call reads a number, an address or a word.
 inline bool holds(const Check& check, const std::string& text)
@@ -180,13 +195,6 @@ inline bool holds(const Check& check, const std::string& text)
         return true;
     }
 }
-
-/// The index of the number that counts the texts after it; 0 for a call without such texts.
-template <auto* Function>
-inline constexpr std::size_t count_at =
-    is_one_of<Function, vor_cfg_set_dhcp_server_dns>                                     ? 1
-    : is_one_of<Function, vor_cfg_set_service_chain, vor_cfg_set_dhcp_server_dns_client> ? 2
-                                                                                         : 0;
 
 /// What a code and vor_errno tell of a call before which the endpoint was bound or not.
 constexpr Outcome outcome_of(Way way, vor_int32 code, vor_int32 status, bool bound)
@@ -271,7 +279,7 @@ struct Call {
                      const Taken<vor_char*> auto&... texts) requires(count_at<Function> != 0 || sizeof...(texts) == 0)
     {
         if constexpr (count_at<Function> != 0) {
-            auto& count = std::get<count_at<Function>>(std::tie(arguments...));
+            auto& count = std::get<count_at<Function> - 1>(std::tie(arguments...));
             count.fits = count.fits && static_cast<std::size_t>(count.value) == sizeof...(texts);
         }
         return made(arguments..., Argument<vor_char*>(texts)...);

@@ -23,7 +23,7 @@
     WAY(ip_aton, local) \
     WAY(vor_system_restart, one_way) \
     WAY(vor_restart_timer, local) \
-    WAY(vor_cfg_set_debug_info, one_way) \
+    WAY(vor_cfg_set_debug_info, one_way_unchecked) \
     WAY(vor_cfg_set_log_file, one_way) \
     WAY(vor_cfg_set_gpio_value, one_way) \
     WAY(vor_cfg_set_plat_hostname, one_way) \
@@ -74,25 +74,30 @@
     CHECK(vor_cfg_set_ipv6_dhcp, number(2, 0, 255)) \
     CHECK(vor_cfg_set_access_point_params, number(6, 0, 255)) \
     CHECK(vor_cfg_set_dhcp_server_address_range, address(2), address(3), number(5, 0, 255)) \
-    CHECK(vor_cfg_set_dhcp_server_dns, number(3, 0, 255), address(4)) \
+    CHECK(vor_cfg_set_dhcp_server_dns, count(2), number(3, 0, 255), address(4)) \
     CHECK(vor_cfg_set_dhcp_server_pool_name, number(2, 0, 255)) \
     CHECK(vor_cfg_set_dhcp_server_interface, number(3, 0, 255)) \
     CHECK(vor_cfg_set_dhcp_server_subnet, address(2), number(3, 0, 255)) \
     CHECK(vor_cfg_set_dhcp_server_def_router, address(2), number(3, 0, 255)) \
     CHECK(vor_cfg_set_dhcp_server_domain_name, number(3, 0, 255)) \
     CHECK(vor_cfg_set_dhcp_server_lease_time, number(3, 0, 255)) \
-    CHECK(vor_cfg_set_dhcp_server_dns_client, decimal(2, 0, 65535), address(4)) \
+    CHECK(vor_cfg_set_dhcp_server_dns_client, decimal(2, 0, 65535), count(3), address(4)) \
     CHECK(vor_cfg_set_default_gateway, address(1), decimal(2, 0, 65535), number(3, 0, 255)) \
     CHECK(vor_cfg_show_route_status, decimal(1, 0, 255)) \
     CHECK(vor_cfg_enable_ip_routing, decimal(1, 0, 65535)) \
     CHECK(vor_cfg_set_via_route, address(1)) \
     CHECK(vor_cfg_set_static_route, address(1), decimal(2, 0, 65535)) \
     CHECK(vor_cfg_remove_ip_route, address(1)) \
+    CHECK(vor_cfg_proto_set_pattern_string, konfd_text(3), konfd_text(4)) \
+    CHECK(vor_cfg_proto_set_line_string, konfd_text(2), konfd_text(3)) \
+    CHECK(vor_cfg_proto_set_priority_string, konfd_text(2)) \
+    CHECK(vor_cfg_proto_append_path_elm, konfd_text(2), konfd_text(3)) \
     CHECK(vor_cfg_set_interface_ip, konfd_text(1), konfd_text(2)) \
     CHECK(vor_cfg_set_mqtt_server_config, number(4, 0, 65535)) \
     CHECK(vor_cfg_set_mqtt_clean_session_flag, number(1, 0, 65535)) \
     CHECK(vor_cfg_set_snmp_server_v3_credentials, number(2, 0, 1), number(3, 1, 3)) \
     CHECK(vor_cfg_set_rest_config, number(3, 0, 65535)) \
+    CHECK(vor_cfg_set_service_chain, count(3)) \
     CHECK(vor_cfg_tp_set_app, number(3, 0, 65535)) \
     CHECK(vor_cfg_set_sysloginfo, address(2)) \
     CHECK(vor_set_ntp_server, number(2, 0, 65535), number(3, -32768, 32767)) \

@@ -55,7 +55,7 @@ ensure_build_packages() {
     ensure_packages cmake:cmake ninja-build:ninja g++:g++ nlohmann-json3-dev:/usr/include/nlohmann/json.hpp \
         libgtest-dev:/usr/include/gtest/gtest.h libfmt-dev:/usr/include/fmt/format.h \
         libvalijson-dev:/usr/include/valijson/schema.hpp libmicrohttpd-dev:/usr/include/microhttpd.h \
-        libedit-dev:/usr/include/histedit.h
+        libedit-dev:/usr/include/histedit.h python3:/usr/bin/python3
 }
 
 ensure_arm_packages() {

@@ -13,6 +13,7 @@
 #include "output/output.hpp"
 #include "prompt/prompt.hpp"
 #include "rows/families.hpp"
+#include "serve/serve.hpp"
 #include "site/commands.hpp"
 #include "site/show.hpp"
 #include "text/text.hpp"
@@ -160,6 +161,14 @@ int run_batch(const std::string& path, const input::Options& options)
     return runner.finish();
 }
 
+int run_serve(const input::Options& options)
+{
+    if (options.words.size() > 1) {
+        fail_usage(options, fmt::format("unexpected argument {}", vor::quoted(options.words[1].text)));
+    }
+    return serve::serve(VORCFG_VERSION, options);
+}
+
 int run_check(const std::string& path, const input::Options& options)
 {
     if (const auto sheet = call::spreadsheet_of(options); sheet && options.rows.empty()) {
@@ -240,6 +249,32 @@ int run_list(const input::Options& options)
     return print(help::list(family != nullptr ? &rows::require_family(*family) : nullptr, options.json));
 }
 
+int run_describe(const input::Options& options)
+{
+    if (options.words.size() > 3) {
+        fail_usage(options, fmt::format("unexpected argument {}", vor::quoted(options.words[3].text)));
+    }
+    if (options.words.size() == 1 && options.json) {
+        return print(output::description_json());
+    }
+    const bool one_family = options.words.size() > 1;
+    const rows::Row* const only =
+        options.words.size() > 2 ? &rows::require_row(options.words[1].text, options.words[2].text) : nullptr;
+    const rows::Family* const family = one_family ? &rows::require_family(options.words[1].text) : nullptr;
+    std::string text;
+    for (const rows::Family* const each : rows::families()) {
+        for (const rows::Row& row : each->rows) {
+            const bool wanted = (family == nullptr || family == each) && (only == nullptr || only == &row);
+            if (wanted && options.json) {
+                text += output::json_of(row);
+            } else if (wanted) {
+                text += (text.empty() ? "" : "\n") + output::description_text(row, output::screen_of(options));
+            }
+        }
+    }
+    return options.json ? print(text) : print_text(text, options, true);
+}
+
 int run_search(const input::Options& options)
 {
     std::string query;
@@ -281,8 +316,13 @@ constexpr input::Command table[] = {
      "each call is tried on a platform that sends nothing. The batch ends at the first failure, unless --keep-going is "
      "given; the exit code is that of the worst failure.",
      over_file<run_batch>},
+    {make, "serve", "serve", "answer requests in JSON, one per line of standard input",
+     "For programs in other languages: calls, describe, and plan, apply, confirm, revert and report of a site whose "
+     "text, variables and secrets are in the request. Each answer is one line, in the order of the requests. "
+     "vorcfg-serve(7) describes them.",
+     run_serve},
     {set_up, "check", "check FILE", "validate a file; needs no gateway", "", over_file<run_check>},
-    {set_up, "plan", "plan FILE", "list the calls in FILE that the gateway has not accepted yet",
+    {set_up, "plan", "plan FILE", "list the calls in FILE that are not accepted yet",
      "Compares the file with the journal of the gateway and sends nothing. The settings of a gateway cannot be read "
      "back, so they are not compared. The exit code is 11 if calls are left to make, or if an apply waits for its "
      "confirmation or was not confirmed in time. vorcfg-site(7) explains the states of the lines.",
@@ -304,8 +344,13 @@ constexpr input::Command table[] = {
      "code is 11 if an apply waits for its confirmation or was not confirmed in time, and of several also if anything "
      "is unknown, refused or not delivered, or a site has no settings.",
      run_report},
-    {look_up, "list", "list [FAMILY]", "list all calls",
-     "With --json, lists all that is known of each call: kinds, ranges, lengths, words and marks.", run_list},
+    {look_up, "list", "list [FAMILY]", "list all calls", "With --json, lists what describe knows of each.", run_list},
+    {look_up, "describe", "describe [FAMILY [CALL]]", "print all that is known of the calls",
+     "For each call: its C declaration, its arguments, what becomes of each in the message, the answers that are "
+     "accepted, its codes and outcomes. The messages are observed: its example is tried on a platform that sends "
+     "nothing, with other values for one argument at a time. With --json, a line for each call, as list prints it; "
+     "without FAMILY, one object with all calls, managers, records and codes, which is installed as device_mgmt.json.",
+     run_describe},
     {look_up, "search", "search WORD...", "find calls by what they do",
      "Lists the calls that all the words are about, the likeliest first, by their names and descriptions, those of "
      "their arguments and families, and by common other words: clock, apn, sim, alarm.",

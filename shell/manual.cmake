@@ -25,7 +25,7 @@ else()
 endif()
 
 set(manual ${CMAKE_BINARY_DIR}/man)
-foreach(page IN ITEMS vorcfg-batch.5 vorcfg-site.7 vorcfg.1 vorsim.1 ${families})
+foreach(page IN ITEMS vorcfg-batch.5 vorcfg-serve.7 vorcfg-site.7 vorcfg.1 vorsim.1 ${families})
   string(REGEX REPLACE ".*/(.*)[.]cpp" "vorcfg-\\1.1" page ${page})
   string(REGEX REPLACE ".*[.]" "man" folder ${page})
   list(APPEND printed COMMAND ${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${libraries}

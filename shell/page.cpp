@@ -16,8 +16,6 @@ using namespace vorcfg;
 
 namespace {
 
-constexpr std::string_view sample_secret = "Monsoon-17";
-
 // Printing a page must not restart the gateway.
 bool shown_dry(const rows::Row& row)
 {
@@ -28,25 +26,13 @@ bool shown_dry(const rows::Row& row)
 std::string example_line(const rows::Row& row)
 {
     const bool secret = std::ranges::any_of(row.arguments(), &rows::Argument::is_secret);
-    return fmt::format("{}vorcfg {}{}", secret ? fmt::format("printf {} | ", sample_secret) : "",
+    return fmt::format("{}vorcfg {}{}", secret ? fmt::format("printf {} | ", call::sample_secret) : "",
                        shown_dry(row) ? "--dry-run " : "", rows::example_call(row));
-}
-
-call::PreparedCall prepared_example(const rows::Row& row)
-{
-    std::vector<input::Word> words = input::words_of(rows::example_call(row));
-    for (input::Word& word : words) {
-        if (!word.quoted && word.text == "-") {
-            word = {{std::string(sample_secret), true}};
-        }
-    }
-    input::Secrets secrets({.literals = true});
-    return call::prepare(words, secrets);
 }
 
 std::string messages_text(const rows::Row& row)
 {
-    call::PreparedCall call = prepared_example(row);
+    call::PreparedCall call = call::prepare_example(row);
     const call::CallResult result = call::Session({.capture = true}, std::nullopt).make(call);
     std::string text;
     for (const call::Message& message : result.seen.messages) {
@@ -58,7 +44,7 @@ std::string messages_text(const rows::Row& row)
 // What the example prints; notes it where it fails.
 std::string example_text(const rows::Row& row, std::string& faults)
 {
-    call::PreparedCall call = prepared_example(row);
+    call::PreparedCall call = call::prepare_example(row);
     const call::CallResult result = call::Session({.capture = shown_dry(row)}, std::nullopt).make(call);
     const std::string text = output::text_of(call, result);
     const call::Outcome outcome = result.verdict.outcome;

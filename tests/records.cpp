@@ -54,6 +54,9 @@ public:
         if (why.empty() && checked_.insert(name).second) { // slow, and so only once
             why = refusal(all_, record);
         }
+        for (const json& each : name == "answer" ? record["output"] : json::array()) {
+            why += mismatch(each);
+        }
         return why;
     }
 

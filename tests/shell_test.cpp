@@ -201,7 +201,7 @@ TEST(json, everything_is_described_and_on_standard_output)
         {"vorcfg --json check good", 0, "check"},
         {"vorcfg --json batch twice", 0, "call call batch"},
         {"vorcfg --json plan twice", 11, "warning plan_line plan_line plan"},
-        {"vorcfg --json apply twice", 0, "warning call call apply"},
+        {"vorcfg --json apply twice", 0, "warning plan_line plan_line call call apply"},
         {"vorcfg --json report twice.journal", 0, "report"},
         {"vorcfg --json can set-id 1 7", 2, "error"},
         {"vorcfg --json gpio set-direction 3 1 0", 1, "call"},
@@ -253,6 +253,65 @@ TEST(json, what_is_not_described_is_found)
           std::string("{\"confirmed\":true,\"at\":\"today\",\"by\":\"a\"}")}) {
         EXPECT_NE("", processes::mismatch(line)) << line;
     }
+}
+
+TEST(serve, requests_are_described)
+{
+    for (const input::OptionRow& row : input::option_rows()) {
+        std::string member(row.name.substr(2));
+        std::ranges::replace(member, '-', '_');
+        const std::string request =
+            R"({"id":1,"command":"apply",")" + member + (row.value.empty() ? R"(":true})" : R"(":"1"})");
+        EXPECT_EQ(row.in_requests, processes::mismatch(request).empty()) << request;
+    }
+    for (const char* const request :
+         {R"({"id":"a","call":"gsm set-password","arguments":{"gsm_port":1,"password":"a"},"dry_run":true})",
+          R"({"id":1,"call":"konfd query","arguments":["--set"]})", R"({"id":1,"command":"describe","of":"can"})",
+          R"({"id":1,"command":"plan","site":"","file":"f","vars":{"a":1},"secrets":{"b":"c"}})",
+          R"({"id":1,"command":"journal","journal":"j","text":""})"}) {
+        EXPECT_EQ("", processes::mismatch(request));
+    }
+}
+
+// Every third is wrong, each in another way.
+TEST(serve, as_many_answers_as_requests)
+{
+    const processes::Workplace place;
+    processes::Gateway gateway(place, {"--strict"});
+    const std::string wrong[] = {"",
+                                 R"(,"call":"can set-id","arguments":{"port_num":"hush"})",
+                                 R"(,"call":"gsm set-password","arguments":["hush"])",
+                                 R"(,"call":"can set-id","secrets":{"hush":"hush"})",
+                                 R"(,"command":"batch")",
+                                 R"(,"command":"apply","site":"gsm set-password x hush 1","gateway":"g")"};
+    std::string wide = "{\"id\":1";
+    for (int i = 0; i < 2000; i++) {
+        wide += ",\"" + std::to_string(i) + "\":0";
+    }
+    const std::string unreadable[] = {"", "{", "hush", "\xff", std::string(100'000, '['), wide + "}", "\"hush\""};
+    std::ofstream requests(place.path() / "requests");
+    for (std::size_t i = 0; i < 100; i++) {
+        const std::string id = std::to_string(i);
+        if (i % 6 == 3) {
+            requests << unreadable[i / 6 % std::size(unreadable)] << '\n';
+        } else {
+            const std::string right =
+                R"(,"call":"can set-id","arguments":{"port_num":1,"can_id":)" + id + R"(,"option":1})";
+            requests << "{\"id\":" << id << (i % 3 == 0 ? wrong[i / 6 % std::size(wrong)] : right) << "}\n";
+        }
+    }
+    requests.close();
+    const processes::Output output = place.run("vorcfg serve <requests");
+    const std::vector<std::string_view> lines = vor::lines_in(output.text);
+    ASSERT_EQ(101U, lines.size()) << output.text;
+    for (std::size_t i = 0; i < 100; i++) {
+        const vor::Json answer = vor::Json::parse(lines[i + 1]);
+        EXPECT_EQ(i % 3 == 0 ? 2 : 0, answer.value("exit", -1)) << vor::dump(answer);
+        EXPECT_EQ(i % 6 == 3 ? vor::Json() : vor::Json(i), answer["id"]) << vor::dump(answer);
+    }
+    EXPECT_EQ(std::string::npos, output.text.find("hush"));
+    EXPECT_EQ(0, output.exit_code);
+    EXPECT_TRUE(place.run("vorsim show").text.starts_with("vorsim: 66 messages\n"));
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 # vorcfg's parts in one process, over a captured platform; its pages with a gateway.
 vor_test(shell_test
-  SOURCES shell_test.cpp shell_rows_test.cpp settings_test.cpp
+  SOURCES shell_test.cpp shell_rows_test.cpp settings_test.cpp description_test.cpp
   LIBRARIES vorcfg_core vorsim_core device_mgmt vorinfra ${CMAKE_DL_LIBS})
 set_target_properties(shell_test PROPERTIES ENABLE_EXPORTS ON)
 add_dependencies(shell_test vorcfg vorcfg-page vorsim)

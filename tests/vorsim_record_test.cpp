@@ -173,11 +173,18 @@ TEST_F(Record, replay_without_difference)
         tell(7, "abc");
     }
     {
-        const Gateway gateway(place, {"--show-secrets"});
-        expect_said(place, {{"vorsim replay --state state journal", 0, " sent again, no difference\n"},
-                            {"vorcfg hostname set-plat-hostname other; touch none; vorsim replay --state state none", 1,
-                             "managers/datamgr/objects/gateway/vor_cfg_set_plat_hostname/hostname: was \"tower-17\", "
-                             "is \"other\"\n"}});
+        const Gateway gateway(place, {"--show-secrets", "--seed", "2"});
+        expect_said(place,
+                    {{"vorsim replay --ignore-readings --state state journal", 0, " sent again, no difference\n"},
+                     {"vorcfg hostname set-plat-hostname other; touch none; vorsim replay --state state none", 1,
+                      "managers/datamgr/objects/gateway/vor_cfg_set_plat_hostname/hostname: was \"tower-17\", "
+                      "is \"other\"\n"},
+                     {"vorsim replay --call vor_cfg_get_system_temperature journal", 1,
+                      "vorsim: 1 message sent again, 1 difference, 160 left out by the filter\n"},
+                     {"vorsim fault add 'platmgr 0x2021: short 2, once' && "
+                      "vorsim replay --ignore-readings --manager platmgr journal",
+                      1, "is id 0x2021 2 bytes\n"},
+                     {"vorsim replay --manager canmgrr journal", 2, "did you mean canmgr?"}});
     }
     // Whoever serves the directory is compared: here nobody does.
     expect_said(place, {{"vorsim replay journal", 1, "is not delivered"}});

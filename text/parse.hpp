@@ -68,6 +68,7 @@ struct Word {
     std::size_t end = 0;    // the column after it
     std::size_t named = 0;  // the length of the name, where name= stands in front
     bool exposed = false;   // an expansion's to say: others could read a part of it
+    bool secret = false;    // likewise: a part of it is a secret
 };
 
 struct WordError : std::runtime_error {

@@ -91,6 +91,9 @@ bool Batch::is_gateway_line(const std::vector<input::Word>& words)
     if (words.size() > 2) {
         throw input::InputError{.text = "unexpected word; put a name with spaces in double quotes", .word = 2};
     }
+    if (words[1].secret) {
+        throw input::InputError{.text = "a gateway's name must not be a secret", .word = 1};
+    }
     try {
         check_gateway(words[1].text);
     } catch (input::InputError& error) {
@@ -169,6 +172,14 @@ Batch batch_without_row(const std::string& path, const input::Options& options)
             "the secret"};
     }
     const bool from_file = path != "-";
+    const std::string name = from_file ? path : "standard input";
+    const std::filesystem::path directory = std::filesystem::path(from_file ? path : "").parent_path();
+    if (options.file != nullptr) {
+        return {options.file->text,
+                name,
+                {.literals = true, .standard_input = false, .prompts = false, .directory = directory},
+                options.file->variables};
+    }
     const bool takes_input = std::ranges::find(options.vars, "-") != options.vars.end();
     if ((!from_file || takes_input) && options.in_session) {
         throw input::InputError{fmt::format("cannot read {} from standard input, which the session is reading",
@@ -186,13 +197,12 @@ Batch batch_without_row(const std::string& path, const input::Options& options)
             variables.read(file, !options.allow_unused);
         }
     }
-    const std::string name = from_file ? path : "standard input";
     return {from_file ? input::content_of(path) : input::content_of_standard_input(),
             name,
             {.literals = true,
              .standard_input = from_file && !takes_input && !options.in_session,
              .prompts_wait = true,
-             .directory = std::filesystem::path(from_file ? path : "").parent_path()},
+             .directory = directory},
             std::move(variables)};
 }
 

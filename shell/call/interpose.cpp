@@ -52,6 +52,7 @@ struct Captured {
     VOR_IPC_HANDLE handle{0, 0, nullptr};
     VOR_UNIX_SOCKET socket{-1, 1, 1, nullptr};
     VOR_TIMER_HANDLE timer{nullptr, nullptr};
+    const void* empty = nullptr; // the answer that has no payload
 };
 
 // The record of the functions called. They have no argument that could carry it, so there is only one.
@@ -86,6 +87,17 @@ auto* platform()
         std::_Exit(input::exit_unusable);
     }
     return found;
+}
+
+// What the capture pretends.
+Pretence pretended()
+{
+    return boundary.observer->settings.pretence.value_or(Pretence());
+}
+
+bool pretends(Pretence::Fate fate)
+{
+    return captures() && pretended().fate == fate;
 }
 
 // Passes an operation on. Operations that the platform itself calls come through here too and are not the library's.
@@ -274,11 +286,24 @@ unsigned messages_undelivered()
     return operation != nullptr ? operation() : 0;
 }
 
-vor_int32 accept_captured(vor_uint32 id, VOR_IPC_MSG_REF* response)
+vor_int32 answer_captured(Message& message, VOR_IPC_MSG_REF* response)
 {
+    const Pretence pretence = pretended();
+    if (pretence.fate == Pretence::Fate::lost || pretence.fate == Pretence::Fate::refused) {
+        message.timed_out = pretence.fate == Pretence::Fate::lost;
+        return -1;
+    }
     VOR_IPC_MSG_HDR header{};
-    header.opcode = id;
+    header.opcode = pretence.answer_id.value_or(message.id);
     std::memcpy(response->data_ptr, &header, sizeof header);
+    boundary.captured.empty = pretence.status ? nullptr : response->data_ptr;
+    if (boundary.observer->settings.pretence) {
+        message.delivered = true;
+        message.answer_id = header.opcode;
+        message.answer_status = boundary.observer->row.answers_record ? std::nullopt : pretence.status;
+        const vor_int32 status = pretence.status.value_or(0);
+        std::memcpy(static_cast<vor_uchar*>(response->data_ptr) + header_size, &status, sizeof status);
+    }
     return 0;
 }
 
@@ -340,7 +365,7 @@ Observer::Observer(Settings how, const rows::Row& called, std::span<const rows::
     boundary.chain = {};
     boundary.observer = this;
     if (settings.capture) {
-        vor_cfg_set_ipc_endpoint(&boundary.captured.handle);
+        vor_cfg_set_ipc_endpoint(pretends(Pretence::Fate::unconnected) ? nullptr : &boundary.captured.handle);
     }
 }
 
@@ -402,8 +427,12 @@ vor_int32 vor_ipc_get_buffer(VOR_IPC_MSG_REF* message)
     if (!captures()) {
         return pass<vor_ipc_get_buffer>(message);
     }
+    if (pretends(Pretence::Fate::no_buffer)) {
+        return -1;
+    }
     auto& buffers = boundary.captured.buffers;
     *message = {buffers.emplace_back(std::make_unique<Captured::Buffer>())->data(), sizeof(Captured::Buffer), 0, 0};
+    std::memset(message->data_ptr, pretended().filling, sizeof(Captured::Buffer));
     return 0;
 }
 
@@ -419,6 +448,9 @@ void* vor_ipc_get_meta_data_ptr(VOR_IPC_MSG_REF* message)
 
 void* vor_ipc_get_payload_ptr(VOR_IPC_MSG_REF* message, vor_uint16 offset)
 {
+    if (captures() && message->data_ptr == boundary.captured.empty) {
+        return nullptr;
+    }
     void* const found = captures() ? static_cast<vor_uchar*>(message->data_ptr) + header_size + offset
                                    : pass<vor_ipc_get_payload_ptr>(message, offset);
     if (observing()) {
@@ -449,7 +481,7 @@ vor_int32 vor_ipc_request_response(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_u
     }
     Message& message = begin(Way::request, sap, message_id, request, payload_length);
     if (captures()) {
-        return accept_captured(message_id, response);
+        return answer_captured(message, response);
     }
     errno = 0;
     const auto start = Clock::now();
@@ -474,7 +506,9 @@ vor_int32 vor_ipc_send(VOR_IPC_HANDLE* handle, vor_uint16 sap, vor_uint32 messag
     }
     Message& sent = begin(Way::one_way, sap, message_id, message, payload_length);
     if (captures()) {
-        return 0;
+        const bool is_taken = pretended().fate != Pretence::Fate::refused;
+        sent.delivered = is_taken && boundary.observer->settings.pretence;
+        return is_taken ? 0 : -1;
     }
     errno = 0;
     const unsigned undelivered = messages_undelivered();
@@ -511,7 +545,8 @@ vor_int32 vor_socket_config_unix(void* socket, vor_char* path)
 
 vor_int32 vor_socket_connect(void* socket, vor_uchar option)
 {
-    const vor_int32 result = pass_or<vor_socket_connect>(0, socket, option);
+    const vor_int32 taken = pretends(Pretence::Fate::unconnected) ? -1 : 0;
+    const vor_int32 result = pass_or<vor_socket_connect>(taken, socket, option);
     note_connecting(result != -1);
     return result;
 }
@@ -532,7 +567,9 @@ vor_int32 vor_send(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
     message.command.assign(static_cast<char*>(buffer), strnlen(static_cast<char*>(buffer), message.counted));
     Message& sent = push(std::move(message));
     if (captures()) {
-        return count;
+        const bool is_taken = pretended().fate != Pretence::Fate::refused;
+        sent.delivered = is_taken && boundary.observer->settings.pretence;
+        return is_taken ? count : -1;
     }
     const vor_int32 result = pass<vor_send>(fd, buffer, count, flags);
     sent.delivered = result != -1;
@@ -543,7 +580,14 @@ vor_int32 vor_recv(vor_int32 fd, void* buffer, vor_int32 count, vor_int32 flags)
 {
     static constexpr char agreed[] = "-o";
     if (captures()) {
-        std::memcpy(buffer, agreed, answer_length);
+        const std::string_view answer = pretended().konfd;
+        if (pretends(Pretence::Fate::lost)) {
+            return -1;
+        }
+        if (boundary.observer->settings.pretence) {
+            note_answer(boundary.observer->seen.messages.back(), answer);
+        }
+        std::memcpy(buffer, answer.data(), answer_length);
         return answer_length;
     }
     vor_int32 result = pass<vor_recv>(fd, buffer, count, flags);

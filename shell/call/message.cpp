@@ -13,12 +13,7 @@ namespace vorcfg::call {
 
 namespace {
 
-struct ManagerName {
-    std::uint16_t sap;
-    std::string_view name;
-};
-
-constexpr ManagerName managers[] = {
+constexpr Manager all_managers[] = {
     {0, "the platform"}, {1, "sysmgr"},     {2, "platmgr"},  {3, "restmgr"},    {4, "gpiomgr"},      {5, "adcmgr"},
     {6, "blemgr"},       {7, "ethmgr"},     {8, "sub1gmgr"}, {9, "svcmgr"},     {10, "datamgr"},     {12, "gsmmgr"},
     {13, "appmgr"},      {14, "sensormgr"}, {15, "mqttmgr"}, {16, "serialmgr"}, {18, "wifimonitor"}, {19, "canmgr"},
@@ -69,10 +64,27 @@ rows::Field field_of(const rows::RecordField& field, const std::string& record)
 
 } // namespace
 
+std::string_view name_of(Element::Kind kind)
+{
+    static constexpr std::string_view names[] = {"i16", "i32", "str", "raw"};
+    return names[static_cast<std::size_t>(kind)];
+}
+
+std::string_view name_of(Way way)
+{
+    static constexpr std::string_view names[] = {"request", "one-way", "konfd"};
+    return names[static_cast<std::size_t>(way)];
+}
+
+std::span<const Manager> managers()
+{
+    return all_managers;
+}
+
 std::string manager_name(std::uint16_t sap)
 {
-    const auto found = std::ranges::find(managers, sap, &ManagerName::sap);
-    return found != std::end(managers) ? std::string(found->name) : fmt::format("SAP {}", sap);
+    const auto found = std::ranges::find(all_managers, sap, &Manager::sap);
+    return found != std::end(all_managers) ? std::string(found->name) : fmt::format("SAP {}", sap);
 }
 
 std::optional<std::vector<rows::Field>> fields_of(const Message& message, const rows::Row& row)
@@ -151,17 +163,18 @@ std::string number_text(const Element& element, std::span<const rows::Value> val
 
 std::string element_text(const Element& element, std::span<const rows::Value> values)
 {
+    std::string value;
     switch (element.kind) {
-    case Element::Kind::int16:
-        return fmt::format(" | {} i16 {}", element.tag, number_text(element, values));
-    case Element::Kind::int32:
-        return fmt::format(" | {} i32 {}", element.tag, number_text(element, values));
     case Element::Kind::raw:
-        return fmt::format(" | {} raw {}", element.tag, vor::hexadecimal(element.bytes));
+        value = vor::hexadecimal(element.bytes);
+        break;
+    case Element::Kind::text:
+        value = element.secret ? std::string(vor::mask) : vor::quoted(element.bytes);
+        break;
     default:
-        return fmt::format(" | {} str {}", element.tag,
-                           element.secret ? std::string(vor::mask) : vor::quoted(element.bytes));
+        value = number_text(element, values);
     }
+    return fmt::format(" | {} {} {}", element.tag, name_of(element.kind), value);
 }
 
 // What follows the word "password" within double quotes.

@@ -47,6 +47,14 @@ struct Message {
     std::optional<std::string> answer{}; // konfd's: the two characters that the calls evaluate
 };
 
+std::string_view name_of(Element::Kind kind); // "i16"
+std::string_view name_of(Way way);            // "one-way"
+
+struct Manager {
+    std::uint16_t sap;
+    std::string_view name;
+};
+std::span<const Manager> managers(); // by their SAPs
 std::string manager_name(std::uint16_t sap);
 
 // The fields of the record, if the call's row names them.

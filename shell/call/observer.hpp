@@ -26,6 +26,16 @@ struct Observation {
     std::string deserted{};                      // the directory of the simulated gateway, if nothing listens there
 };
 
+// What a platform that only captures pretends.
+struct Pretence {
+    enum class Fate : std::uint8_t { answered, refused, lost, no_buffer, unconnected };
+    Fate fate = Fate::answered;
+    std::optional<std::uint32_t> answer_id{}; // else the message's own
+    std::optional<std::int32_t> status = 0;   // none: an empty answer
+    std::string_view konfd = "-o";            // its answer
+    std::uint8_t filling = 0;                 // every byte of a new buffer
+};
+
 // Observes until it goes out of scope.
 class Observer {
 public:
@@ -33,6 +43,7 @@ public:
         bool capture = false; // nothing reaches the platform: every exchange is accepted on the spot
         bool trace = false;   // each message on standard error, as it is sent
         bool gather = false;  // what the platform prints on standard error is kept as what the library prints
+        std::optional<Pretence> pretence{}; // of a capture, which then tells what became of a message, too
     };
 
     // The call's values say what is secret; a record that is answered does not begin with a status.

@@ -5,6 +5,7 @@
 
 #include <fmt/core.h>
 
+#include "rows/contract.hpp"
 #include "rows/families.hpp"
 #include "rows/reading.hpp"
 #include "text/nearest.hpp"
@@ -121,6 +122,15 @@ std::vector<input::Word> in_order(const rows::Row& row, std::vector<input::Word>
     return all;
 }
 
+// A secret elsewhere would be shown.
+void check_secrets(const rows::Row* row, std::span<const input::Word> words)
+{
+    const auto misplaced = std::ranges::find_if(words, &input::Word::secret);
+    if (misplaced != words.end() && (row == nullptr || !rows::may_hold_secret(*row, words))) {
+        throw input::InputError{.text = "a secret can only be given for a secret argument", .word = misplaced->index};
+    }
+}
+
 } // namespace
 
 PreparedCall prepare(std::span<const input::Word> line, input::Secrets& secrets, const input::Place& place)
@@ -129,6 +139,7 @@ PreparedCall prepare(std::span<const input::Word> line, input::Secrets& secrets,
     for (std::size_t i = 0; i < words.size(); i++) {
         words[i].index = i;
     }
+    check_secrets(nullptr, std::span(words).first(std::min(words.size(), rows::Reading::first_word)));
     const rows::Expected expected = place.file.empty() ? rows::Expected::command_or_family : rows::Expected::family;
     const rows::Family& family = rows::require_family(words[0].text, expected);
     if (words.size() == 1) {
@@ -141,6 +152,7 @@ PreparedCall prepare(std::span<const input::Word> line, input::Secrets& secrets,
             throw input::InputError{.text = fmt::format("cannot be made on its own; used by {}", row.used_by),
                                     .word = 1};
         }
+        check_secrets(&row, words);
         const std::vector<input::Word> all = in_order(row, std::move(words), secrets.sources());
         rows::Reading reading{row, all, place, secrets, {}};
         (row.read != nullptr ? row.read : rows::read_words)(reading);
@@ -149,6 +161,18 @@ PreparedCall prepare(std::span<const input::Word> line, input::Secrets& secrets,
         error.call = row.full_name();
         throw;
     }
+}
+
+PreparedCall prepare_example(const rows::Row& row)
+{
+    std::vector<input::Word> words = input::words_of(rows::example_call(row));
+    for (input::Word& word : words) {
+        if (!word.quoted && word.text == "-") {
+            word = {{std::string(sample_secret), true}};
+        }
+    }
+    input::Secrets secrets({.literals = true});
+    return prepare(words, secrets);
 }
 
 } // namespace vorcfg::call

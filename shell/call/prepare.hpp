@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include "input/input_error.hpp"
@@ -18,5 +19,9 @@ struct PreparedCall {
 
 // The call of a line. Throws an InputError that names the word.
 PreparedCall prepare(std::span<const input::Word> line, input::Secrets& secrets, const input::Place& place = {});
+
+// The row's example, with this secret.
+inline constexpr std::string_view sample_secret = "Monsoon-17";
+PreparedCall prepare_example(const rows::Row& row);
 
 } // namespace vorcfg::call

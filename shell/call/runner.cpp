@@ -48,17 +48,27 @@ std::optional<unsigned> time_to_wait(const rows::Row& row, const CallResult& res
     return row.has(rows::waits) && result.verdict.outcome == Outcome::sent ? result.seen.timer : std::nullopt;
 }
 
-namespace {
-
-const input::Options& with_platform_timeout(const input::Options& options)
+void limit_platform(std::optional<unsigned> seconds)
 {
-    if (options.timeout) {
-        setenv("VORINFRA_TIMEOUT_MS", std::to_string(*options.timeout * 1000).c_str(), 1);
+    static constexpr const char* name = "VORINFRA_TIMEOUT_MS";
+    static const std::optional<std::string> given = [] {
+        const char* const value = std::getenv(name);
+        return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
+    }();
+    if (seconds) {
+        setenv(name, std::to_string(*seconds * 1000).c_str(), 1);
+    } else if (given) {
+        setenv(name, given->c_str(), 1);
+    } else {
+        unsetenv(name);
     }
-    return options;
 }
 
-} // namespace
+CallResult given_up(const char* why)
+{
+    end_captures();
+    return {.verdict = {Outcome::unknown, fmt::format("unknown: {}, it may or may not have been done", why)}};
+}
 
 WatchedCaller::WatchedCaller(const input::Options& options, Signals ends, Watchdog::GiveUp give_up)
     : session_({options.dry_run, options.trace, options.json}, options.sap),
@@ -73,12 +83,13 @@ CallResult WatchedCaller::make(PreparedCall& call)
 }
 
 BatchRunner::BatchRunner(const input::Options& options, std::size_t calls, Reporter& reporter, Hooks hooks)
-    : options_(with_platform_timeout(options)), reporter_(reporter), hooks_(std::move(hooks)), left_(calls),
+    : options_(options), reporter_(reporter), hooks_(std::move(hooks)), left_(calls),
       own_(hooks_.caller == nullptr
                ? std::make_unique<WatchedCaller>(options, hooks_.ends, [this](const char* why) { return give_up(why); })
                : nullptr),
       caller_(own_ != nullptr ? own_.get() : hooks_.caller)
 {
+    limit_platform(options.timeout);
 }
 
 bool BatchRunner::make(PreparedCall& call)
@@ -111,9 +122,7 @@ bool BatchRunner::make(PreparedCall& call)
 // reads changes meanwhile, since the call comes back no further than to the watchdog's lock.
 int BatchRunner::give_up(const char* why)
 {
-    end_captures();
-    CallResult result;
-    result.verdict = {Outcome::unknown, fmt::format("unknown: {}, it may or may not have been done", why)};
+    const CallResult result = given_up(why);
     left_--;
     tally_.count(*under_way_, Outcome::unknown, result.seen);
     reporter_.report_call(*under_way_, result, left_);

@@ -36,6 +36,11 @@ struct Tally {
 // The milliseconds until the timer is due that a call started: it ends with this process, which has to wait.
 std::optional<unsigned> time_to_wait(const rows::Row& row, const CallResult& result);
 
+// How long the platform waits for an answer; without a limit as its environment says.
+void limit_platform(std::optional<unsigned> seconds);
+// The result of a call that does not return; what is captured of it is lost.
+CallResult given_up(const char* why);
+
 // Reports a run.
 class Reporter {
 public:

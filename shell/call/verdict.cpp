@@ -16,22 +16,24 @@ struct OutcomeRow {
     input::ExitCode exit;
     std::string_view total; // in a total, after its number
     std::string_view lead;  // how the verdict's text begins, where a column has the name beside it
+    std::string_view about;
 };
 
 constexpr OutcomeRow outcomes[] = {
-    {"accepted", input::exit_ok, "accepted", "accepted by "},
-    {"sent", input::exit_ok, "sent", "sent to "},
-    {"done", input::exit_ok, "handled locally", "done: "},
-    {"nothing to do", input::exit_ok, "handled locally", "nothing to do: "},
-    {"dry run", input::exit_ok, "not sent (dry run)", "dry run, "},
-    {"refused", input::exit_refused, "refused", "refused by "},
-    {"rejected", input::exit_usage, "rejected", "rejected by "},
-    {"not delivered", input::exit_not_delivered, "not delivered", "not delivered: "},
-    {"not sent", input::exit_not_sent, "not sent", "not sent "},
-    {"unread", input::exit_unread, "unread", "delivered to "},
-    {"unknown", input::exit_unknown, "unknown", "unknown: "},
-    {"no endpoint", input::exit_unusable, "not sent", "not sent: "},
-    {"contradiction", input::exit_contradiction, "contradictory", ""},
+    {"accepted", input::exit_ok, "accepted", "accepted by ", "the manager or konfd reported success"},
+    {"sent", input::exit_ok, "sent", "sent to ", "sent one-way, no verdict will come"},
+    {"done", input::exit_ok, "handled locally", "done: ", "needed no message"},
+    {"nothing to do", input::exit_ok, "handled locally", "nothing to do: ", "the call does nothing"},
+    {"dry run", input::exit_ok, "not sent (dry run)", "dry run, ", "tried only, nothing was sent"},
+    {"refused", input::exit_refused, "refused", "refused by ", "the manager or konfd reported a failure"},
+    {"rejected", input::exit_usage, "rejected", "rejected by ", "refused by the call itself, nothing was sent"},
+    {"not delivered", input::exit_not_delivered, "not delivered",
+     "not delivered: ", "the platform refused it, or nothing listens"},
+    {"not sent", input::exit_not_sent, "not sent", "not sent ", "the call ended before anything was sent"},
+    {"unread", input::exit_unread, "unread", "delivered to ", "delivered, but the call cannot read the verdict"},
+    {"unknown", input::exit_unknown, "unknown", "unknown: ", "no answer in time: it may or may not have been done"},
+    {"no endpoint", input::exit_unusable, "not sent", "not sent: ", "the platform cannot be used, nothing was sent"},
+    {"contradiction", input::exit_contradiction, "contradictory", "", "the call's result contradicts its messages"},
 };
 static_assert(std::size(outcomes) == outcome_count);
 
@@ -265,6 +267,11 @@ std::string_view name_of(State state)
 std::string_view name_of(Outcome outcome)
 {
     return outcomes[static_cast<std::size_t>(outcome)].name;
+}
+
+std::string_view about(Outcome outcome)
+{
+    return outcomes[static_cast<std::size_t>(outcome)].about;
 }
 
 std::string_view total_of(Outcome outcome)

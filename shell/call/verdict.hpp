@@ -13,17 +13,17 @@
 namespace vorcfg::call {
 
 enum class Outcome {
-    accepted,      // by the manager or konfd
-    sent,          // one-way: no verdict will come
-    done,          // needed no message
-    nothing_to_do, // a call that does nothing
-    dry_run,       // captured
-    refused,       // by the manager or konfd
-    rejected,      // by the call itself
-    not_delivered, // the platform refused, or nothing listens
+    accepted,
+    sent,
+    done,
+    nothing_to_do,
+    dry_run,
+    refused,
+    rejected,
+    not_delivered,
     not_sent,
-    unread,  // delivered, the verdict cannot be read
-    unknown, // no answer in time
+    unread,
+    unknown,
     no_endpoint,
     contradiction,
 };
@@ -58,6 +58,7 @@ constexpr bool is_made(State state)
 }
 
 std::string_view name_of(Outcome outcome);
+std::string_view about(Outcome outcome);    // "by the manager or konfd"
 std::string_view total_of(Outcome outcome); // as in "2 not sent"
 // The text without what the outcome's name says already.
 std::string_view detail_of(const Verdict& verdict);

@@ -23,10 +23,21 @@ constexpr unsigned grace_ms = 1000;
 // The platform has the same limit and should be the first to give up.
 constexpr unsigned platform_first_ms = 300;
 
+std::function<void(int)>& last_act()
+{
+    static std::function<void(int)> act;
+    return act;
+}
+
 } // namespace
 
-Watchdog::Watchdog(std::optional<unsigned> seconds, Signals ends, GiveUp give_up)
-    : seconds_(seconds), give_up_(std::move(give_up))
+void before_giving_up(std::function<void(int)> last)
+{
+    last_act() = std::move(last);
+}
+
+Watchdog::Watchdog(std::optional<unsigned> seconds, Signals ends, GiveUp give_up, Grace grace)
+    : seconds_(seconds), give_up_(std::move(give_up)), grace_(grace)
 {
     std::signal(SIGPIPE, SIG_IGN);
     if (ends != Signals::all) {
@@ -57,6 +68,9 @@ Watchdog::~Watchdog()
     thread_.join();
     for (const int descriptor : {signals_, timer_, end_}) {
         close(descriptor);
+    }
+    if (ended() && sigismember(&before_, signal_) == 1) { // whoever has blocked it waits for it, too
+        kill(getpid(), signal_);
     }
     pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
@@ -105,9 +119,15 @@ void Watchdog::watch()
         std::uint64_t expirations = 0; // of the call under way: each begins and ends with the timer reset
         const bool late = read(timer_, &expirations, sizeof expirations) == sizeof expirations;
         if (signal && !again) {
-            give_up_after(grace_ms / 1000, grace_ms % 1000);
+            if (grace_ == Grace::second) {
+                give_up_after(grace_ms / 1000, grace_ms % 1000);
+            }
         } else if (under_way_ && (signal || late)) { // the other thread comes no further than the lock
-            std::_Exit(give_up_(ended() ? "interrupted" : "no answer in time"));
+            const int exit = give_up_(ended() ? "interrupted" : "no answer in time");
+            if (last_act()) {
+                last_act()(exit);
+            }
+            std::_Exit(exit);
         }
     }
 }

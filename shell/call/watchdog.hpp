@@ -22,7 +22,10 @@ class Watchdog {
 public:
     using GiveUp = std::function<int(const char* why)>;
 
-    Watchdog(std::optional<unsigned> seconds, Signals ends, GiveUp give_up);
+    // Without a grace, a call that a signal came during is given up by the next one only.
+    enum class Grace : bool { none, second };
+
+    Watchdog(std::optional<unsigned> seconds, Signals ends, GiveUp give_up, Grace grace = Grace::second);
     Watchdog(const Watchdog&) = delete;
     Watchdog& operator=(const Watchdog&) = delete;
     ~Watchdog();
@@ -50,6 +53,7 @@ private:
 
     const std::optional<unsigned> seconds_;
     const GiveUp give_up_;
+    const Grace grace_;
     sigset_t before_{};
     int signals_ = -1;
     int timer_ = -1;
@@ -60,5 +64,8 @@ private:
     std::atomic<int> signal_ = 0;
     std::thread thread_;
 };
+
+// Called with the exit code before the process ends because a call was given up.
+void before_giving_up(std::function<void(int exit)> last);
 
 } // namespace vorcfg::call

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -14,6 +15,12 @@
 namespace vorcfg::input {
 
 struct OptionRow;
+
+// A file of calls that nobody reads from the disk: what it holds, and its variables.
+struct GivenFile {
+    std::string text;
+    Variables variables;
+};
 
 struct Options {
     bool help = false;
@@ -41,9 +48,10 @@ struct Options {
     bool allow_unused = false;     // variables of files
     std::string journal;
     std::string gateway;
-    std::uint32_t from = 0;       // a line
-    std::string only;             // a family
-    std::optional<Word> password; // --password-file, --password-stdin: replaces the secret argument
+    std::uint32_t from = 0;                // a line
+    std::string only;                      // a family
+    std::optional<Word> password;          // --password-file, --password-stdin: replaces the secret argument
+    std::shared_ptr<const GivenFile> file; // what the file that the words name holds; null: it is read
     std::vector<Word> words;
     std::vector<const OptionRow*> given; // on this line
 };
@@ -52,6 +60,7 @@ struct OptionRow : vor::Option {
     void (*take)(Options& options, const OptionRow& row, std::string_view value);
     std::string_view commands{}; // that take it; empty: all
     bool brief = false;          // shown by -h
+    bool in_requests = false;    // a member of those that serve reads, too
 };
 
 std::span<const OptionRow> option_rows();

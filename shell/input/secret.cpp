@@ -282,6 +282,9 @@ const std::string& Secrets::read(const Word& word, const std::string& name, std:
 
 std::string Secrets::prompted(const std::string& name)
 {
+    if (!sources_.prompts) {
+        throw InputError{"nobody is there to be prompted", exit_no_input};
+    }
     const auto terminal = terminal_ == nullptr ? std::make_shared<QuietTerminal>() : terminal_;
     terminal_ = asking_ ? terminal : nullptr;
     return terminal->line(name);

@@ -19,6 +19,7 @@ namespace vorcfg::input {
 struct SecretSources {
     bool literals = false;             // as in a file of calls
     bool standard_input = true;        // false: the calls or their variables are read from it
+    bool prompts = true;               // false: nobody is there to be asked
     bool prompts_wait = false;         // until the whole file has been checked
     bool input_waits = false;          // the file is only checked
     std::filesystem::path directory{}; // that names of files are relative to

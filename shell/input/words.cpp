@@ -135,6 +135,8 @@ std::size_t Variables::expand(std::string_view left, std::size_t column, vor::Wo
     variable.used = true;
     word.text += variable.value;
     word.exposed = word.exposed || variable.exposed;
+    word.secret = word.secret || variable.secret;
+    word.quoted = word.quoted || variable.secret;
     from = variable.place.file.empty() ? from : &variable.place;
     return begins.size() + length + 1;
 }

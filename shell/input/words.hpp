@@ -12,7 +12,7 @@
 
 namespace vorcfg::input {
 
-// Exposed: it contains a value from the command line.
+// Exposed: it contains a value from the command line. Secret: only a secret argument takes it, as it is.
 struct Word : vor::Word {
     std::size_t index = 0;       // among the words of its line
     bool left_out = false;       // in place of one that was not typed
@@ -29,6 +29,7 @@ public:
     struct Variable {
         std::string value;
         bool exposed = false; // on the command line, where others can read it: not for secrets
+        bool secret = false;  // the value is one itself, and does not say where it comes from
         Place place{};        // in its file
         bool needed = false;
         bool used = false;

@@ -1,6 +1,5 @@
 #include "text/json.hpp"
 #include "output/output.hpp"
-#include "rows/contract.hpp"
 #include "text/parse.hpp"
 #include "text/text.hpp"
 
@@ -34,8 +33,7 @@ Json json_of(const std::vector<rows::Field>& fields)
 
 Json json_of(const call::Element& element)
 {
-    static constexpr const char* kinds[] = {"i16", "i32", "str", "raw"};
-    Json json{{"tag", element.tag}, {"kind", kinds[static_cast<std::size_t>(element.kind)]}};
+    Json json{{"tag", element.tag}, {"kind", call::name_of(element.kind)}};
     if (element.kind == call::Element::Kind::text) {
         json["value"] = element.secret ? std::string(vor::mask) : element.bytes;
     } else if (element.kind == call::Element::Kind::raw) {
@@ -48,9 +46,7 @@ Json json_of(const call::Element& element)
 
 Json json_of(const call::Message& message, const call::PreparedCall& call)
 {
-    static constexpr const char* ways[] = {"request", "one-way", "konfd"};
-    Json json{{"way", ways[static_cast<std::size_t>(message.way)]},
-              {"text", call::described(message, *call.row, call.values)}};
+    Json json{{"way", call::name_of(message.way)}, {"text", call::described(message, *call.row, call.values)}};
     if (message.way == call::Way::konfd) {
         json["command"] = call::without_secrets(message.command, call.values);
         json["bytes"] = message.counted;
@@ -114,59 +110,6 @@ void add_arguments(Json& json, const call::PreparedCall& call)
     if (!words.empty()) {
         json["words"] = words;
     }
-}
-
-std::string_view kind_of(const rows::Argument& argument)
-{
-    switch (argument.kind) {
-    case rows::Kind::text:
-        return argument.choices.empty() ? "text" : "word";
-    case rows::Kind::ipv4:
-        return "ipv4";
-    case rows::Kind::decimal:
-        return "decimal";
-    case rows::Kind::result:
-    case rows::Kind::untouched:
-        return "result";
-    default:
-        return "number";
-    }
-}
-
-// Empty where its call answers a record.
-std::string_view c_type_of(rows::Type type)
-{
-    static constexpr std::string_view names[] = {"vor_uchar", "vor_char",   "vor_int16",  "vor_uint16",
-                                                 "vor_int32", "vor_uint32", "vor_char *", ""};
-    return names[static_cast<std::size_t>(type)];
-}
-
-Json json_of(const rows::Argument& argument, const rows::CallContract& contract)
-{
-    Json json{{"name", argument.name}, {"kind", kind_of(argument)}};
-    json.add("c_type", c_type_of(argument.type));
-    if (argument.is_number() && !argument.is_count) {
-        json["least"] = argument.range.least;
-        json["most"] = argument.range.most;
-    }
-    json.add("most_bytes", argument.most_bytes);
-    json.add("most_listed", argument.most_listed);
-    for (const rows::Choice& choice : argument.choices) {
-        json["words"][choice.name] = argument.is_number() ? Json(choice.number) : Json(choice.name);
-    }
-    for (const auto& [flag, is_set] : {std::pair{"secret", argument.is_secret},
-                                       {"object", argument.is_object},
-                                       {"list", argument.is_list},
-                                       {"optional", argument.is_optional},
-                                       {"counted", argument.is_count},
-                                       {"never_sent", !argument.is_sent}}) {
-        json.add(flag, is_set);
-    }
-    if (!argument.decided_by.empty()) {
-        json["sent_only_where"] = Json({{std::string(argument.decided_by), argument.decided_at.number}});
-    }
-    json.add("about", contract.about(argument));
-    return json;
 }
 
 } // namespace
@@ -243,39 +186,6 @@ std::string checked_json(const std::string& name, std::size_t calls, std::size_t
         json["rows_without_errors"] = rows_without_errors;
     }
     json["exit"] = rows == rows_without_errors ? input::exit_ok : input::exit_usage;
-    return line_of(json);
-}
-
-std::string json_of(const rows::Row& row)
-{
-    const rows::CallContract& contract = rows::contract_of(row);
-    Json json = record("row");
-    json["family"] = row.family->name;
-    json["name"] = row.name;
-    json["symbol"] = row.symbol;
-    json["summary"] = rows::summary_of(row);
-    json["callable"] = row.make != nullptr;
-    if (!row.used_by.empty()) {
-        json["used_by"] = row.used_by;
-        return line_of(json);
-    }
-    json.add("usage", row.usage);
-    static constexpr std::pair<rows::Marks, const char*> marks[] = {{rows::answer_unread, "answer_unread"},
-                                                                    {rows::does_nothing, "does_nothing"},
-                                                                    {rows::confirmed, "requires_yes"},
-                                                                    {rows::waits, "waits"},
-                                                                    {rows::acts, "acts"},
-                                                                    {rows::cuts_link, "cuts_link"}};
-    for (const auto& [mark, flag] : marks) {
-        json.add(flag, row.has(mark));
-    }
-    if (row.is_setting()) {
-        json["setting"] = row.setting_name();
-    }
-    json["arguments"] = Json::array();
-    for (const rows::Argument& argument : row.arguments()) {
-        json["arguments"].push_back(json_of(argument, contract));
-    }
     return line_of(json);
 }
 

@@ -61,11 +61,17 @@ std::string lines_text(const std::vector<std::size_t>& lines);
 std::string json_of(const call::PreparedCall& call, const call::CallResult& result);
 std::string json_of(const input::InputError& error);
 std::string json_of(const call::Tally& tally, const std::string& name, std::size_t left);
-std::string json_of(const rows::Row& row);
 std::string text_json(std::string_view text);
 // Of a file, or of each row of a spreadsheet.
 std::string checked_json(const std::string& name, std::size_t calls, std::size_t rows = 0,
                          std::size_t rows_without_errors = 0);
+
+// The interface, described: a call, as a row of JSON and as text; and all there is.
+vor::Json description_of(const rows::Row& row);
+std::string json_of(const rows::Row& row);
+std::string description_text(const rows::Row& row, const vor::Screen& screen = {});
+vor::Json description();
+std::string description_json();
 
 // What is not a result: as JSON on standard output.
 

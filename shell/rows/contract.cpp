@@ -117,6 +117,44 @@ std::string CallContract::summary() const
     return first;
 }
 
+// "the common codes; -1151 for more than 4 servers": each part begins with its code.
+std::vector<std::int32_t> CallContract::codes() const
+{
+    static constexpr std::int32_t common[] = {VOR_CODE_DONE, VOR_CODE_REFUSED, VOR_CODE_UNDELIVERED,
+                                              VOR_CODE_UNREADABLE};
+    std::vector<std::int32_t> codes;
+    for (std::string_view left = returned; !left.empty();) {
+        const std::string_view part = left.substr(0, left.find("; "));
+        left.remove_prefix(std::min(part.size() + 2, left.size()));
+        if (part == "the common codes") {
+            codes.assign(std::begin(common), std::end(common));
+        } else if (const auto code = vor::number_in<std::int32_t>(part.substr(0, part.find_first_of(" ,")))) {
+            codes.push_back(*code);
+        }
+    }
+    return codes;
+}
+
+std::string_view CallContract::unit(const Argument& argument) const
+{
+    static constexpr std::string_view before = "in ";
+    static constexpr std::string_view after = " unit";
+    std::string_view text = about(argument);
+    if (text == "seconds") {
+        return text;
+    }
+    text = text.substr(0, std::min(text.find(after), text.size()));
+    const std::size_t begin = text.rfind(before);
+    const bool is_one = begin != text.npos && text.size() < about(argument).size();
+    return is_one ? text.substr(begin + before.size()) : "";
+}
+
+bool CallContract::passes_unchanged(const Argument& argument) const
+{
+    const std::string_view text = about(argument);
+    return text.ends_with("unchanged") || (text.ends_with("as the manager codes it") && !text.starts_with("its low "));
+}
+
 std::string_view CallContract::about(const Argument& argument) const
 {
     const auto found = std::ranges::find(arguments, argument.is_list ? "..." : argument.name,
@@ -197,6 +235,109 @@ const CallContract& contract_of(const Row& row)
     const HeaderContract& header = contract_of(*row.family);
     const auto found = std::ranges::find(header.calls, row.symbol, &CallContract::symbol);
     return found != header.calls.end() ? *found : none;
+}
+
+namespace {
+
+std::uint16_t size_of(std::string_view type)
+{
+    static constexpr std::pair<std::string_view, std::size_t> sizes[] = {{"char", 1},
+                                                                         {"vor_char", sizeof(vor_char)},
+                                                                         {"vor_uchar", sizeof(vor_uchar)},
+                                                                         {"vor_boolean", sizeof(vor_boolean)},
+                                                                         {"vor_int16", sizeof(vor_int16)},
+                                                                         {"vor_uint16", sizeof(vor_uint16)},
+                                                                         {"vor_int32", sizeof(vor_int32)},
+                                                                         {"vor_uint32", sizeof(vor_uint32)},
+                                                                         {"vor_uint64", sizeof(vor_uint64)},
+                                                                         {"vor_ip_address", sizeof(vor_ip_address)}};
+    const auto found = std::ranges::find(sizes, type, [](const auto& each) { return each.first; });
+    return found != std::end(sizes) ? static_cast<std::uint16_t>(found->second) : std::uint16_t{0};
+}
+
+// "vor_char proc_name[25]; /* text */", its offset not known yet
+DeclaredField read_field(std::string_view line)
+{
+    DeclaredField field{};
+    const std::size_t end = std::min(line.find(';'), line.size());
+    const std::size_t blank = std::min(line.find(' '), end);
+    std::string_view name = line.substr(blank, end - blank);
+    const std::size_t open = std::min(name.find('['), name.size());
+    const auto count =
+        vor::number_in<std::uint16_t>(name.substr(std::min(open + 1, name.size()), name.size() - 1 - open - 1));
+    field.name = trimmed(name.substr(0, open));
+    field.type = line.substr(0, blank);
+    field.size = static_cast<std::uint16_t>(size_of(field.type) * count.value_or(1));
+    const std::size_t comment = line.find("/*", end);
+    field.about = comment != line.npos ? trimmed(line.substr(comment + 2, line.rfind("*/") - comment - 2)) : "";
+    return field;
+}
+
+// The number behind "== " where the line asserts it of this; it is none where a pointer's size is in it.
+std::optional<std::uint16_t> asserted(std::string_view text, const std::string& what)
+{
+    const std::string begin = fmt::format("VOR_LAYOUT({} == ", what);
+    const std::size_t at = text.find(begin);
+    text.remove_prefix(std::min(at, text.size() - begin.size()) + begin.size());
+    return at != text.npos ? vor::number_in<std::uint16_t>(text.substr(0, text.find(')'))) : std::nullopt;
+}
+
+// Those of a header: "typedef struct TAG {", the fields, "} NAME;", or "struct NAME {", the fields, "};"; and what is
+// asserted of them.
+void append_records(std::vector<DeclaredRecord>& records, std::string_view text)
+{
+    std::string name;
+    std::vector<DeclaredField> fields;
+    for (const std::string_view line : vor::lines_in(text)) {
+        if (line.ends_with(" {")) {
+            name = line.substr(0, line.size() - 2);
+            fields.clear();
+        } else if (line.starts_with("    ")) {
+            fields.push_back(read_field(trimmed(line)));
+        } else if (line.starts_with("}") && line.ends_with(";")) {
+            const std::string_view alias = trimmed(line.substr(1, line.size() - 2));
+            DeclaredRecord record{alias.empty() ? name : std::string(alias), 0, std::move(fields)};
+            const auto size = asserted(text, fmt::format("sizeof({})", record.name));
+            for (DeclaredField& field : record.fields) {
+                const auto offset = asserted(text, fmt::format("offsetof({}, {})", record.name, field.name));
+                field.offset = offset.value_or(field.offset);
+            }
+            if (size && !record.fields.empty()) {
+                record.size = *size;
+                records.push_back(std::move(record));
+            }
+            fields.clear();
+        }
+    }
+}
+
+} // namespace
+
+std::vector<DeclaredCode> declared_codes()
+{
+    std::vector<DeclaredCode> codes;
+    for (const vor::BuiltIn& header : header_texts) {
+        for (const std::string_view line : vor::lines_in(header.text)) {
+            const std::string_view text = trimmed(line);
+            const std::size_t equals = text.find(" = ");
+            if (text.starts_with("VOR_CODE_") && equals != text.npos) {
+                const std::string_view number =
+                    text.substr(equals + 3, text.find_first_of(", ", equals + 3) - equals - 3);
+                codes.push_back(
+                    {vor::number_in<std::int32_t>(number).value_or(0), std::string(text.substr(0, equals))});
+            }
+        }
+    }
+    return codes;
+}
+
+std::vector<DeclaredRecord> declared_records()
+{
+    std::vector<DeclaredRecord> records;
+    for (const vor::BuiltIn& header : header_texts) {
+        append_records(records, header.text);
+    }
+    return records;
 }
 
 // The header begins with "STEM.h: what it is about", and may continue.

@@ -2,6 +2,7 @@
 // headers are built in, so that each sentence is written once.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -18,9 +19,12 @@ struct CallContract {
     std::vector<std::pair<std::string, std::string>> arguments;
     std::string returned; // "the common codes" where the header says nothing else
 
-    std::string summary() const; // "set a port's bit rate"
+    std::string summary() const;             // "set a port's bit rate"
+    std::vector<std::int32_t> codes() const; // those that it names
     std::string_view about(const Argument& argument) const;
     std::string_view meaning(const Argument& argument) const; // about it, but empty where only its manager knows
+    std::string_view unit(const Argument& argument) const;    // "seconds", "the manager's"; empty where none is given
+    bool passes_unchanged(const Argument& argument) const;    // whatever it is, and its manager knows what it means
     // For vorcfg's users: without how the value is passed on, and without the common codes.
     std::string_view told(const Argument& argument) const;
     std::string told_return() const; // may be empty
@@ -34,6 +38,26 @@ struct HeaderContract {
 const HeaderContract& contract_of(const Family& family);
 const CallContract& contract_of(const Row& row);
 std::string about(const Family& family); // "digital inputs and outputs"
+
+// What the types of the headers lay down.
+struct DeclaredCode {
+    std::int32_t number;
+    std::string name; // "VOR_CODE_DONE"
+};
+struct DeclaredField {
+    std::string name;
+    std::string type; // "vor_char"
+    std::uint16_t offset;
+    std::uint16_t size;
+    std::string about; // may be empty
+};
+struct DeclaredRecord {
+    std::string name; // "GPIO_PIN_STATS"
+    std::uint16_t size;
+    std::vector<DeclaredField> fields;
+};
+std::vector<DeclaredCode> declared_codes();
+std::vector<DeclaredRecord> declared_records(); // those that have the same form on every processor
 
 // For vorcfg's users: without the sentences about vor_errno and message buffers.
 std::vector<std::string> told(const std::vector<std::string>& paragraphs);

@@ -106,6 +106,9 @@ void check_text(const Reading& reading, const Argument& argument, const std::str
 Value Reading::value(const Argument& argument, std::size_t index)
 {
     Value value{.secret = argument.is_secret, .word = index_of(index)};
+    if (words[index].secret && !argument.is_secret) {
+        fail(fmt::format("{} is not a secret argument, but is given a secret", argument.name), index, argument.name);
+    }
     if (argument.is_number()) {
         value.number = read_number(*this, argument, index);
         value.hexadecimal = words[index].text.starts_with("0x") || words[index].text.starts_with("0X");

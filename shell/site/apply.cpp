@@ -9,6 +9,7 @@
 #include <fmt/core.h>
 
 #include "call/batch.hpp"
+#include "input/state.hpp"
 #include "input/terminal.hpp"
 #include "output/output.hpp"
 #include "rows/families.hpp"
@@ -39,6 +40,11 @@ Again again_of(const input::Options& options)
 bool is_unknown(const PlanLine& line)
 {
     return line.due && line.state == LineState::unknown;
+}
+
+bool is_due(const PlanLine& line)
+{
+    return line.due;
 }
 
 bool stays(const PlanLine& line)
@@ -72,20 +78,25 @@ std::string gateway_of(const call::Batch& batch, const input::Options& options)
     return named;
 }
 
-// NAME.journal beside the file, or FILE.journal where no gateway is named, or where that is this gateway's.
+// NAME.journal beside the file or in the folder that was named, or FILE.journal where no gateway is named, or where
+// that is this gateway's.
 std::string journal_of(const std::string& path, const std::string& gateway, const input::Options& options)
 {
-    if (!options.journal.empty()) {
+    const bool in_folder = options.journal.ends_with('/') || std::filesystem::is_directory(options.journal);
+    if (!options.journal.empty() && !in_folder) {
         return options.journal;
     }
     if (path == "-" && gateway.empty()) {
-        throw input::InputError{.text = "a file on standard input has no journal of its own", .hint = "give --journal"};
+        throw input::InputError{.text = "a file on standard input has no journal of its own",
+                                .hint = "give --journal, or begin it with a line such as gateway tower-17"};
     }
-    const std::string of_file = path + ".journal";
+    const std::filesystem::path file(path);
+    const std::filesystem::path folder = in_folder ? std::filesystem::path(options.journal) : file.parent_path();
+    const std::string of_file = in_folder ? (folder / file.filename()).string() + ".journal" : path + ".journal";
     if (gateway.empty()) {
         return of_file;
     }
-    const std::string of_gateway = (std::filesystem::path(path).parent_path() / (gateway + ".journal")).string();
+    const std::string of_gateway = (folder / (gateway + ".journal")).string();
     const bool is_its = path != "-" && !std::filesystem::exists(of_gateway) && std::filesystem::exists(of_file) &&
                         Journal::read(this_machine(options.json), of_file).ledger().gateway() == gateway;
     return is_its ? of_file : of_gateway;
@@ -137,6 +148,9 @@ public:
 
     int make()
     {
+        if (options_.journal.ends_with('/')) {
+            input::make_private(std::filesystem::path(to_.journal).parent_path());
+        }
         Journal journal = Journal::open(machine_, to_.journal, Access::create, to_.gateway);
         journal.check_gateway(to_.gateway);
         revert_expired(journal);
@@ -147,7 +161,9 @@ public:
         if (options_.skip_unknown) {
             leave_out_unknown(plan);
         }
-        vor::print(stdout, to_.in_rows() ? shown(plan, journal.ledger()) : unknown + notes_of(plan, to_));
+        vor::print(stdout, to_.in_rows() ? shown(plan, journal.ledger())
+                           : to_.json    ? listed(plan, is_due)
+                                         : unknown + notes_of(plan, to_));
         if (!unknown.empty() && !options_.retry_unknown && !options_.skip_unknown) {
             throw input::InputError{.text = fmt::format("{}: {} without a verdict; nothing was sent", to_.file,
                                                         vor::counted(plan.tally()[LineState::unknown], "line")),
@@ -223,9 +239,7 @@ private:
     // Where nobody is asked, calls that a confirmed apply cannot revert require --yes.
     void check_reverts(const Plan& plan, bool asks) const
     {
-        const std::string staying = options_.confirm ? listed(plan, stays) : "";
-        vor::print(stdout, to_.json ? staying : "");
-        if (!staying.empty() && !asks && !options_.yes) {
+        if (options_.confirm && std::ranges::any_of(plan.lines, stays) && !asks && !options_.yes) {
             throw input::InputError{"making calls that cannot be reverted requires --yes; nothing was sent"};
         }
     }
@@ -323,7 +337,7 @@ private:
                         .continues = stopped && !options_.confirm,
                         .asking = plan.asking,
                         .before = plan.tally(),
-                        .after = planner_.against(ledger).tally(),
+                        .after = planner_.against(ledger),
                         .exit = exit_after(tally.worst, ledger)};
         for (std::size_t i = before; i < ledger.entries().size(); i++) {
             applied.calls[ledger.entries()[i].state()]++;
@@ -350,6 +364,11 @@ private:
 };
 
 } // namespace
+
+std::string journal_of(const std::string& path, const call::Batch& batch, const input::Options& options)
+{
+    return journal_of(path, gateway_of(batch, options), options);
+}
 
 int run_plan(const std::string& path, const input::Options& options)
 {

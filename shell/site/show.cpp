@@ -202,6 +202,7 @@ std::string json_of(const PlanLine& line, const Shown& to)
     json["state"] = name_of(line.state).name;
     json["in_file"] = line.place.line != 0;
     json["due"] = line.due;
+    json.add("cannot_be_reverted", line.due && !line.can_be_reverted);
     for (const auto& [name, entry] :
          {std::pair{"current", line.before}, {"open", line.open}, {"failed", line.failed}}) {
         if (entry != nullptr) {
@@ -264,7 +265,11 @@ std::string json_of(const Applied& applied, const Shown& to)
     json["left_unknown"] = applied.before.left_unknown;
     json["secrets_not_compared"] = applied.before.not_compared;
     json["left_to_batch"] = applied.asking;
-    json["due"] = applied.after.due;
+    json["due"] = applied.after.tally().due;
+    Json& after = json["after"] = Json::object();
+    for (const PlanLine& line : applied.after.lines) {
+        after[field_of(name_of(line.state).name)].push_back(line.place.line);
+    }
     json["exit"] = applied.exit;
     return output::line_of(json);
 }

@@ -41,7 +41,7 @@ struct Applied {
     bool continues = false;                   // where apply is run again
     std::size_t asking = 0;                   // lines that only batch makes
     PlanTally before;
-    PlanTally after;
+    Plan after;
     int exit = 0;
 };
 

@@ -56,8 +56,9 @@ void add_row(std::string& text, std::string_view name, std::string_view operands
 {
     const auto* const heading =
         std::ranges::find(headings, name, &std::pair<std::string_view, std::string_view>::first);
-    if (heading != std::end(headings)) {
-        text += fmt::format("\n{}:\n", heading->second);
+    const std::string above = heading != std::end(headings) ? fmt::format("\n{}:\n", heading->second) : "";
+    if (text.find(above) == text.npos) { // a name has a row for each of its forms
+        text += above;
     }
     const std::string left = fmt::format("  {}{}{}", name, operands.empty() ? "" : " ", operands);
     const std::string indent(about_at, ' ');

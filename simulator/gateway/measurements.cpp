@@ -92,4 +92,16 @@ void Measurements::release(std::string_view name)
     }
 }
 
+std::vector<Measurements::Held> Measurements::held() const
+{
+    std::vector<Held> all;
+    for (const auto& [name, stream] : streams_) {
+        if (stream.set) {
+            Held& held = all.emplace_back(Held{name, {stream.value}, stream.then_released});
+            held.values.insert(held.values.end(), stream.coming.rbegin(), stream.coming.rend());
+        }
+    }
+    return all;
+}
+
 } // namespace vorsim::gateway

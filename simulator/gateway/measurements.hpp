@@ -30,6 +30,13 @@ public:
     // Throws when no more readings can be kept.
     void set(std::string_view name, const std::vector<std::uint64_t>& values, bool then_released);
     void release(std::string_view name);
+    // The readings that are set, with the values to come.
+    struct Held {
+        std::string name;
+        std::vector<std::uint64_t> values;
+        bool then_released;
+    };
+    std::vector<Held> held() const;
     // Counters run so many times as fast.
     void speed_up(std::uint64_t times) { speed_ = times; }
 

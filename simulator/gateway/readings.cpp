@@ -102,4 +102,21 @@ Setting parse_setting(std::string_view words)
             fmt::format("{} set to {}", name, words.substr(name.size() + 1))};
 }
 
+std::vector<HeldReading> held_readings(const Measurements& measurements)
+{
+    std::vector<HeldReading> all;
+    for (const Measurements::Held& held : measurements.held()) {
+        std::vector<std::string> known;
+        const tables::Reading* const reading = find(held.name, known);
+        std::string text = held.name;
+        for (const std::uint64_t value : held.values) {
+            text += text.size() == held.name.size() ? " " : ", ";
+            text += reading->least < 0 ? fmt::format("{}", static_cast<std::int64_t>(value)) : fmt::format("{}", value);
+        }
+        const std::string release = reading->counts ? "" : fmt::format("{} wander", held.name);
+        all.push_back({text + (held.then_released && !reading->counts ? ", then wander" : ""), release});
+    }
+    return all;
+}
+
 } // namespace vorsim::gateway

@@ -162,7 +162,7 @@ Command read_show(std::string_view text)
     return [show](Running& running) { return show.json ? show.document(running) : show.text(running); };
 }
 
-// The state, the managers that are served and the faults in force.
+// The state, who is served, what is in force, and which messages came before the last reset.
 Command read_overview(std::string_view text)
 {
     expect_none(text);
@@ -188,6 +188,11 @@ Command read_overview(std::string_view text)
         }
         all["konfd_served"] = running.konfd_served;
         all["faults"] = record::json_of(running.world.faults.list(std::chrono::steady_clock::now()));
+        all["readings"] = Json::array();
+        for (const gateway::HeldReading& held : gateway::held_readings(running.world.gateway.measurements())) {
+            all["readings"].push_back({{"text", held.text}, {"release", held.release}});
+        }
+        all["reset"] = running.recorder.first() - 1;
         return vor::dump(all);
     };
 }
@@ -239,7 +244,7 @@ Command read_reset(std::string_view text)
 // Settings that replace those of the gateway once all of them have been read.
 class Loading {
 public:
-    explicit Loading(std::string_view lines) : lines_(lines) {}
+    Loading(std::string file, std::string_view lines) : file_(std::move(file)), lines_(lines) {}
 
     // Reads some of the lines; whether that were the last.
     bool go_on(World& world)
@@ -251,7 +256,13 @@ public:
                 return false;
             }
             const std::size_t end = std::min(lines_.find('\n', begin_), lines_.size());
-            stored.take(std::string_view(lines_).substr(begin_, end - begin_));
+            try {
+                stored.take(std::string_view(lines_).substr(begin_, end - begin_));
+            } catch (const vor::JsonError&) {
+                throw; // not a request of vorsim's
+            } catch (const std::exception& error) {
+                throw std::runtime_error(fmt::format("{}: {}", vor::escaped(file_), error.what()));
+            }
             begin_ = end + 1;
         }
         world.gateway.hold(std::move(stored.state));
@@ -260,6 +271,7 @@ public:
     }
 
 private:
+    std::string file_;
     std::string lines_;
     std::size_t begin_ = 0; // of the next
     std::optional<record::Storing> stored_;
@@ -269,12 +281,12 @@ Command read_load(std::string_view text)
 {
     const std::size_t end = std::min(text.find('\n'), text.size());
     vor::Operands operands = operands_in(text.substr(0, end));
-    operands.take("FILE");
+    std::string file = operands.take("FILE");
     operands.end();
     if (end == text.size()) {
         throw UsageError("load without settings");
     }
-    const auto loading = std::make_shared<Loading>(text.substr(end + 1));
+    const auto loading = std::make_shared<Loading>(std::move(file), text.substr(end + 1));
     return [loading](Running& running) { return loading->go_on(running.world) ? std::optional("") : std::nullopt; };
 }
 

@@ -55,6 +55,7 @@ public:
     Directory& operator=(const Directory&) = delete;
     ~Directory() { std::filesystem::remove_all(path_); }
 
+    const std::string& path() const { return path_; }
     sockaddr_un address(const char* name) const
     {
         sockaddr_un address{};
@@ -357,37 +358,55 @@ void call_repeatedly(benchmark::State& state)
     vor_cfg_remove_ipc_endpoint();
 }
 
+Answerer smallest_manager()
+{
+    return {[] { return vor_ipc_bind(ntp_sap, 0); },
+            [](VOR_IPC_HANDLE* handle) {
+                static VORINFRA_MESSAGE message;
+                constexpr vor_int32 accepted = 0;
+                if (vorinfra_await(handle, &message) == 1) {
+                    if (message.payload_size + sizeof(VOR_IPC_MSG_HDR) != request_size) {
+                        std::fputs("the two exchanges differ in size\n", stderr);
+                        _exit(1);
+                    }
+                    vorinfra_answer(handle, &message, message.id, &accepted, sizeof accepted);
+                }
+            }};
+}
+
 void to_the_smallest_manager(benchmark::State& state)
 {
     const Directory directory;
-    const Answerer manager([] { return vor_ipc_bind(ntp_sap, 0); },
-                           [](VOR_IPC_HANDLE* handle) {
-                               static VORINFRA_MESSAGE message;
-                               constexpr vor_int32 accepted = 0;
-                               if (vorinfra_await(handle, &message) == 1) {
-                                   if (message.payload_size + sizeof(VOR_IPC_MSG_HDR) != request_size) {
-                                       std::fputs("the two exchanges differ in size\n", stderr);
-                                       _exit(1);
-                                   }
-                                   vorinfra_answer(handle, &message, message.id, &accepted, sizeof accepted);
-                               }
-                           });
+    const Answerer manager = smallest_manager();
     call_repeatedly(state);
 }
 
-void to_vorsim(benchmark::State& state, bool journal)
+void call_vorsim(benchmark::State& state, const Directory& directory, const std::vector<std::string>& options)
 {
-    const Directory directory;
     std::vector<std::string> command{VORSIM};
-    if (journal) {
-        command.insert(command.end(), {"--journal", directory.address("journal").sun_path});
-    }
+    command.insert(command.end(), options.begin(), options.end());
     Process gateway(command, directory.address("output").sun_path);
     if (!gateway.is_ready()) {
         state.SkipWithError("vorsim does not start");
         return;
     }
     call_repeatedly(state);
+}
+
+void to_vorsim(benchmark::State& state, bool journal)
+{
+    const Directory directory;
+    call_vorsim(state, directory,
+                journal ? std::vector<std::string>{"--journal", directory.address("journal").sun_path}
+                        : std::vector<std::string>());
+}
+
+void via_vorsim(benchmark::State& state)
+{
+    const Directory real;
+    const Answerer manager = smallest_manager();
+    const Directory directory;
+    call_vorsim(state, directory, {"--via", "ntpmgr=" + real.path()});
 }
 
 void serialized_chain(benchmark::State& state)
@@ -433,6 +452,7 @@ BENCHMARK_CAPTURE(datagrams, by_path_polled, true)->UseRealTime();
 BENCHMARK(to_the_smallest_manager)->UseRealTime();
 BENCHMARK_CAPTURE(to_vorsim, without_journal, false)->UseRealTime();
 BENCHMARK_CAPTURE(to_vorsim, with_journal, true)->UseRealTime();
+BENCHMARK(via_vorsim)->UseRealTime();
 #ifdef WITH_SD_BUS
 BENCHMARK(sd_bus_directly)->UseRealTime();
 BENCHMARK(sd_bus_over_a_bus)->UseRealTime();

@@ -14,13 +14,11 @@ static const char* outcome_of(vor_int32 code)
     case VOR_CODE_DONE:
         return "accepted";
     case VOR_CODE_REFUSED:
-        return vor_errno != 0 ? "refused" : vor_cfg_get_ipc_endpoint() == NULL ? "not sent" : "unreadable";
-    case VOR_CODE_UNREADABLE:
-        return "unreadable";
+        return vor_errno != 0 ? "refused" : vor_cfg_get_ipc_endpoint() == NULL ? "not sent" : "unknown";
     case VOR_CODE_TOO_MANY_SERVERS:
         return "not sent";
     default:
-        return "undelivered";
+        return "unknown"; /* it may have been applied */
     }
 }
 
@@ -47,7 +45,7 @@ static void query_konfd(void)
     printf("konfd: %s\n", command != NULL ? command : "incomplete");
     vor_free(command);
     const int agreed = vor_cfg_create_sock_endpoint() == 0 && vor_konfd_bi_dir_comm(query) == 0;
-    printf("konfd: %s\n", agreed ? "accepted" : "unreadable");
+    printf("konfd: %s\n", agreed ? "accepted" : "unknown");
     vor_cfg_remove_sock_endpoint();
     vor_cfg_proto_cleanup(query);
 }

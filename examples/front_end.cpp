@@ -6,12 +6,11 @@
 #include <string>
 
 using device_mgmt::call;
-using device_mgmt::Outcome;
 
 static void report(const char* what, const device_mgmt::Result& result)
 {
-    static const char* const names[] = {"accepted", "sent", "refused", "not sent", "undelivered", "unreadable"};
-    std::printf("%s: %s", what, names[static_cast<int>(result.outcome)]);
+    static const char* const names[] = {"accepted", "sent", "refused", "not sent", "unknown"};
+    std::printf("%s: %s", what, names[static_cast<int>(result.outcome)]); // to_string(result) is a whole sentence
     if (result.status != 0) {
         std::printf(", status %d", result.status);
     }

@@ -6,9 +6,11 @@
  *     const auto result = device_mgmt::call<vor_cfg_set_ip_address>(0, "192.168.1.10", mask, 1);
  *
  * Texts are literals, std::string or std::string_view. An argument of another
- * kind, or a number too wide for its parameter, does not compile. One that does
- * not fit, or a null pointer, is reported and the call is not made. As in the
- * library, one thread at a time.
+ * kind, or a number too wide for its parameter, does not compile, nor does a
+ * call that does nothing. An argument that the gateway would not get as it is
+ * given is reported, and the call is not made: a number out of its range, a
+ * null pointer, an address that is none, a word that the call does not know.
+ * As in the library, one thread at a time.
  */
 #ifndef DEVICE_MGMT_HPP
 #define DEVICE_MGMT_HPP
@@ -18,9 +20,15 @@
 #error "device_mgmt.hpp needs C++20 (-std=c++20), device_mgmt.h only C++11"
 #else
 
+#include <algorithm>
+#include <arpa/inet.h>
+#include <charconv>
 #include <concepts>
+#include <cstdint>
 #include <device_mgmt.h>
+#include <device_mgmt/facts.hpp>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -29,13 +37,15 @@
 
 namespace device_mgmt {
 
+/// Never better than what is known: a code other than 0 seldom says how far a call came.
 enum class Outcome {
-    accepted,    ///< by the manager, or done by a call that asks no manager
-    sent,        ///< one-way: sent, no verdict will come
-    refused,     ///< by the manager; with its status where the call keeps one
-    not_sent,    ///< no endpoint, or an argument that the library or this header does not take
-    undelivered, ///< the platform refused the exchange or the send, or no answer came in time: perhaps it was done
-    unreadable   ///< nothing is known: no answer that can be read, or no message buffer
+    accepted, ///< by the manager or konfd, or done by a call that asks neither
+    sent,     ///< one-way: sent, no verdict will come
+    refused,  ///< by the manager; with its status where the call keeps one
+    not_sent, ///< no endpoint, or an argument that the library or this header does not take
+    unknown,  ///< it may have been applied
+    undelivered [[deprecated("it is unknown")]] = unknown,
+    unreadable [[deprecated("it is unknown")]] = unknown
 };
 
 struct Result {
@@ -45,6 +55,26 @@ struct Result {
     std::size_t misfit = 0; ///< the argument that did not fit, from 1; the call was not made
     explicit operator bool() const { return outcome == Outcome::accepted || outcome == Outcome::sent; }
 };
+
+/// The outcome in a sentence, for a log or a user.
+inline std::string to_string(const Result& result)
+{
+    const std::string code = " (code " + std::to_string(result.code) + ")";
+    switch (result.outcome) {
+    case Outcome::accepted:
+        return "accepted";
+    case Outcome::sent:
+        return "sent; no verdict will come";
+    case Outcome::refused:
+        return "refused by the manager" + (result.status != 0 ? ": status " + std::to_string(result.status) : code);
+    case Outcome::not_sent:
+        return "not sent: " + (result.misfit != 0 ? "argument " + std::to_string(result.misfit) + " does not fit"
+                               : result.code == VOR_CODE_REFUSED ? "no endpoint"
+                                                                 : "an argument does not fit" + code);
+    default:
+        return "unknown: it may have been applied" + code;
+    }
+}
 
 /// The result of a call that returns a record: a copy of it, when there was one.
 template <class Record>
@@ -61,53 +91,127 @@ struct Name {
 template <auto* Function, auto*... Others>
 inline constexpr bool is_one_of = (std::same_as<Name<Function>, Name<Others>> || ...);
 
-template <auto* Function>
-inline constexpr bool one_way =
-    is_one_of<Function, vor_system_restart, vor_cfg_set_debug_info, vor_cfg_set_log_file, vor_cfg_set_plat_hostname,
-              vor_cfg_set_gpio_value, vor_cfg_set_dhcp_server_dns_client, vor_cfg_enable_ip_routing,
-              vor_cfg_set_via_route, vor_cfg_set_static_route, vor_cfg_remove_ip_route, vor_cfg_mqtt_activate_session,
-              vor_cfg_mqtt_deactivate_session, vor_cfg_set_snmp_v2_server_community_name,
-              vor_cfg_set_snmp_v2_trap_server, vor_cfg_set_snmp_server_enable, vor_cfg_rest_set_bind_addr,
-              vor_cfg_rest_set_app, vor_cfg_set_rest_config, vor_cfg_set_protocol_svc, vor_cfg_tp_set_app,
-              set_wifi_monitor_channel_name>;
-
-/// Calls that need no endpoint: their -1 means something else.
-template <auto* Function>
-inline constexpr bool by_konfd = is_one_of<Function, vor_konfd_bi_dir_comm, vor_cfg_set_wifi_ssid_password,
-                                           vor_cfg_set_interface_ip, vor_cfg_create_sock_endpoint>;
-
-/// The index of the number that counts the texts after it; 0 for a call without such texts.
-template <auto* Function>
-inline constexpr std::size_t count_at =
-    is_one_of<Function, vor_cfg_set_dhcp_server_dns>                                     ? 1
-    : is_one_of<Function, vor_cfg_set_service_chain, vor_cfg_set_dhcp_server_dns_client> ? 2
-                                                                                         : 0;
+/// How a call's message travels.
+enum class Way {
+    request,           ///< a manager answers
+    one_way,           ///< nobody does
+    one_way_unchecked, ///< the call returns 0 whether it was sent or not
+    konfd,
+    local, ///< it sends nothing
+    nothing
+};
 
 template <auto* Function>
-Outcome outcome_of(vor_int32 code)
+inline constexpr Way way = Way::request;
+
+/// What an argument must be.
+struct Check {
+    enum class Kind { number, address, decimal, word, text, konfd_text, count };
+    Kind kind;
+    std::size_t argument; // from 1
+    std::int64_t least = 0, most = 0;
+    const char* words = "";
+};
+constexpr Check number(std::size_t at, std::int64_t least, std::int64_t most)
 {
-    switch (code) {
-    case VOR_CODE_DONE:
-        return one_way<Function> ? Outcome::sent : Outcome::accepted;
-    case VOR_CODE_LATITUDE:
-    case VOR_CODE_LONGITUDE:
-        return Outcome::refused;
-    case VOR_CODE_TOO_MANY_SERVERS:
-    case VOR_CODE_MAC_ADDRESS:
-        return Outcome::not_sent;
-    case VOR_CODE_REFUSED:
-        if (vor_errno != 0) {
-            return Outcome::refused;
+    return {Check::Kind::number, at, least, most};
+}
+constexpr Check address(std::size_t at)
+{
+    return {Check::Kind::address, at};
+}
+constexpr Check decimal(std::size_t at, std::int64_t least, std::int64_t most)
+{
+    return {Check::Kind::decimal, at, least, most};
+}
+constexpr Check word(std::size_t at, const char* words)
+{
+    return {Check::Kind::word, at, 0, 0, words};
+}
+constexpr Check text(std::size_t at, std::int64_t most_bytes)
+{
+    return {Check::Kind::text, at, 0, most_bytes};
+}
+constexpr Check count(std::size_t at)
+{
+    return {Check::Kind::count, at};
+}
+constexpr Check konfd_text(std::size_t at)
+{
+    return {Check::Kind::konfd_text, at};
+}
+
+template <auto* Function>
+inline constexpr Check checks[1] = {number(0, 0, 0)}; // none
+
+#define DEVICE_MGMT_WAY(call, its_way)                                                                                 \
+    template <>                                                                                                        \
+    inline constexpr Way way<call> = Way::its_way;
+#define DEVICE_MGMT_CHECK(call, ...)                                                                                   \
+    template <>                                                                                                        \
+    inline constexpr Check checks<call>[] = {__VA_ARGS__};
+DEVICE_MGMT_WAYS(DEVICE_MGMT_WAY)
+DEVICE_MGMT_CHECKS(DEVICE_MGMT_CHECK)
+#undef DEVICE_MGMT_WAY
+#undef DEVICE_MGMT_CHECK
+
+/// The number of the argument that counts the texts after it; 0 for a call without such texts.
+template <auto* Function>
+inline constexpr std::size_t count_at = [] {
+    for (const Check& check : checks<Function>) {
+        if (check.kind == Check::Kind::count) {
+            return check.argument;
         }
-        if (!by_konfd<Function> && vor_cfg_get_ipc_endpoint() == nullptr) {
-            return Outcome::not_sent;
-        }
-        [[fallthrough]];
-    case VOR_CODE_UNREADABLE:
-        return one_way<Function> ? Outcome::not_sent : Outcome::unreadable;
-    default:
-        return Outcome::undelivered;
     }
+    return std::size_t{0};
+}();
+
+/// Of a text in which a call reads a number, an address or a word.
+inline bool holds(const Check& check, const std::string& text)
+{
+    in_addr parsed;
+    switch (check.kind) {
+    case Check::Kind::address:
+        return inet_pton(AF_INET, text.c_str(), &parsed) == 1;
+    case Check::Kind::decimal: {
+        std::int64_t number = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+        return error == std::errc() && end == text.data() + text.size() && check.least <= number &&
+               number <= check.most;
+    }
+    case Check::Kind::word:
+        return !text.empty() && text.find(' ') == text.npos &&
+               std::string_view(check.words).find(' ' + text + ' ') != text.npos;
+    case Check::Kind::text:
+        return std::cmp_less_equal(text.size(), check.most);
+    case Check::Kind::konfd_text:
+        for (const char character : text) {
+            if (character == '"' || static_cast<unsigned char>(character) < ' ') {
+                return false;
+            }
+        }
+        return true;
+    default:
+        return true;
+    }
+}
+
+/// What a code and vor_errno tell of a call before which the endpoint was bound or not.
+constexpr Outcome outcome_of(Way way, vor_int32 code, vor_int32 status, bool bound)
+{
+    const bool asks_manager = way != Way::konfd && way != Way::local;
+    if (code == VOR_CODE_DONE) {
+        return way == Way::one_way             ? Outcome::sent
+               : way == Way::one_way_unchecked ? Outcome::unknown
+                                               : Outcome::accepted;
+    }
+    if (way == Way::local || code == VOR_CODE_TOO_MANY_SERVERS || code == VOR_CODE_MAC_ADDRESS ||
+        (asks_manager && !bound)) {
+        return Outcome::not_sent;
+    }
+    const bool refused =
+        (code == VOR_CODE_REFUSED && status != 0) || code == VOR_CODE_LATITUDE || code == VOR_CODE_LONGITUDE;
+    return asks_manager && refused ? Outcome::refused : Outcome::unknown;
 }
 
 /// What a parameter takes. An int is allowed for literals, and checked at run time.
@@ -123,7 +227,8 @@ template <class Parameter>
 struct Argument {
     Parameter value{};
     bool fits = true;
-    std::string text; // a copy of the value, with its zero byte
+    std::int64_t number = 0; // as given
+    std::string text;        // a copy of the value, with its zero byte
 
     Argument(Argument&&) = delete;
     template <Taken<Parameter> Given>
@@ -132,24 +237,41 @@ struct Argument {
         if constexpr (std::is_pointer_v<Given>) {
             fits = given != nullptr;
         }
-        if constexpr (std::same_as<Parameter, char>) { // a byte: its sign is the processor's
-            fits = std::in_range<signed char>(+given) || std::in_range<unsigned char>(+given);
-        } else if constexpr (std::integral<Parameter>) {
-            fits = std::in_range<Parameter>(+given);
-        }
         if constexpr (std::same_as<Parameter, vor_char*>) {
             text = fits ? std::string_view(given) : std::string_view();
             value = text.data();
             fits = fits && text.find('\0') == text.npos;
         } else {
+            if constexpr (std::same_as<Given, char>) { // a byte: its sign is the processor's
+                number = static_cast<unsigned char>(given);
+            } else if constexpr (std::integral<Parameter>) {
+                number = given;
+            }
+            if constexpr (std::integral<Parameter>) {
+                fits =
+                    std::in_range<std::conditional_t<std::same_as<Parameter, char>, unsigned char, Parameter>>(number);
+            }
             value = static_cast<Parameter>(given);
         }
+    }
+
+    /// As the call wants its argument of this number; of a list, the first stands for the rest.
+    bool fits_as(std::size_t at, std::size_t fixed, std::span<const Check> its_checks) const
+    {
+        for (const Check& check : its_checks) {
+            if (check.argument == std::min(at, fixed + 1)) {
+                return check.kind == Check::Kind::number ? check.least <= number && number <= check.most
+                                                         : fits && holds(check, text);
+            }
+        }
+        return fits;
     }
 };
 
 template <auto* Function, class Returned, class... Parameters>
 struct Call {
     static constexpr bool record = std::same_as<Returned, ADC_PIN_STATS*> || std::same_as<Returned, GPIO_PIN_STATS*>;
+    static_assert(way<Function> != Way::nothing, "this call does nothing: it is kept so that programs link");
     static_assert(record || std::same_as<Returned, vor_int32> || std::same_as<Returned, vor_int16>,
                   "this call returns no code: call it as it is");
 
@@ -157,7 +279,7 @@ struct Call {
                      const Taken<vor_char*> auto&... texts) requires(count_at<Function> != 0 || sizeof...(texts) == 0)
     {
         if constexpr (count_at<Function> != 0) {
-            auto& count = std::get<count_at<Function>>(std::tie(arguments...));
+            auto& count = std::get<count_at<Function> - 1>(std::tie(arguments...));
             count.fits = count.fits && static_cast<std::size_t>(count.value) == sizeof...(texts);
         }
         return made(arguments..., Argument<vor_char*>(texts)...);
@@ -166,11 +288,12 @@ struct Call {
     static auto made(auto&&... arguments)
     {
         std::conditional_t<record, Reading<std::remove_pointer_t<Returned>>, Result> result;
-        std::size_t fitting = 0;
-        if (!((arguments.fits && ++fitting != 0) && ...)) {
-            result.misfit = fitting + 1;
+        std::size_t at = 0;
+        if (!(arguments.fits_as(++at, sizeof...(Parameters), checks<Function>) && ...)) {
+            result.misfit = at;
             return result;
         }
+        const bool bound = vor_cfg_get_ipc_endpoint() != nullptr;
         vor_errno = 0; // a status found there afterwards is from this call
         const auto returned = Function(arguments.value...);
         if constexpr (!record) {
@@ -180,7 +303,7 @@ struct Call {
         } else {
             result.code = VOR_CODE_REFUSED;
         }
-        result.outcome = outcome_of<Function>(result.code);
+        result.outcome = outcome_of(way<Function>, result.code, vor_errno, bound);
         result.status = result.outcome == Outcome::refused ? vor_errno : 0;
         return result;
     }
@@ -264,8 +387,10 @@ public:
         if (!command()) {
             return {};
         }
-        Result result = call<vor_cfg_create_sock_endpoint>();
-        result = result ? call<vor_konfd_bi_dir_comm>(query_) : Result{Outcome::undelivered, result.code};
+        Result result = call<vor_cfg_create_sock_endpoint>(); // without a connection nothing can leave
+        if (result) {
+            result = call<vor_konfd_bi_dir_comm>(query_);
+        }
         vor_cfg_remove_sock_endpoint();
         return result;
     }

@@ -24,13 +24,13 @@ constexpr size_t longest_name = sizeof "/konfd.socket"; // of a file in it
 constexpr size_t longest_directory = socket_path_size - longest_name;
 static_assert(sizeof "/sap-65535" <= longest_name);
 
-// The directory's path from the environment, without trailing slashes, since a symbolic link before one would be
+// The given path, else that of the environment, without trailing slashes, since a symbolic link before one would be
 // followed.
-bool directory_path(char (&path)[socket_path_size])
+bool directory_path(char (&path)[socket_path_size], const char* given)
 {
     int length;
-    const char* origin = "VORINFRA_DIR";
-    if (const char* const directory = setting(origin)) {
+    const char* origin = given != nullptr ? "the directory" : "VORINFRA_DIR";
+    if (const char* const directory = given != nullptr ? given : setting(origin)) {
         length = snprintf(path, sizeof path, "%s", directory);
     } else if (const char* const runtime = setting(origin = "XDG_RUNTIME_DIR")) {
         length = snprintf(path, sizeof path, "%s/vorinfra", runtime);
@@ -38,7 +38,7 @@ bool directory_path(char (&path)[socket_path_size])
         length = snprintf(path, sizeof path, "/tmp/vorinfra-%u", static_cast<unsigned>(geteuid()));
     }
     if (path[0] != '/') {
-        report("%s must be an absolute path, not \"%s\"", origin, setting(origin));
+        report("%s must be an absolute path, not \"%s\"", origin, given != nullptr ? given : setting(origin));
         return false;
     }
     if (static_cast<size_t>(length) < sizeof path) {
@@ -47,17 +47,18 @@ bool directory_path(char (&path)[socket_path_size])
         }
     }
     if (static_cast<size_t>(length) > longest_directory) {
-        report("%s must have at most %zu characters, not %d: %s", origin, longest_directory, length, setting(origin));
+        report("%s must have at most %zu characters, not %d: %s", origin, longest_directory, length,
+               given != nullptr ? given : setting(origin));
         return false;
     }
     return true;
 }
 
-// What is to be used, and the variable that says where it is.
+// What is to be used, and how to use another one.
 struct Place {
     const char* kind;
     const char* path;
-    const char* variable;
+    const char* remedy;
 };
 
 // The owner of the root directory can replace anything anyway; in some containers that is a number that stands for
@@ -73,14 +74,13 @@ bool is_safe(const char* step, const struct stat& status, const Place& place)
 {
     const bool directory = S_ISDIR(status.st_mode);
     if ((directory || S_ISLNK(status.st_mode)) && !is_trusted(status.st_uid)) {
-        report("cannot use the %s %s: %s belongs to user %u, who could replace it; set %s to another directory",
-               place.kind, place.path, step, static_cast<unsigned>(status.st_uid), place.variable);
+        report("cannot use the %s %s: %s belongs to user %u, who could replace it; %s", place.kind, place.path, step,
+               static_cast<unsigned>(status.st_uid), place.remedy);
         return false;
     }
     if (directory && (status.st_mode & S_IWOTH) != 0 && (status.st_mode & S_ISVTX) == 0) {
-        report("cannot use the %s %s: others can rename entries in %s (mode %04o, not sticky); set %s to another "
-               "directory",
-               place.kind, place.path, step, static_cast<unsigned>(status.st_mode & 07777), place.variable);
+        report("cannot use the %s %s: others can rename entries in %s (mode %04o, not sticky); %s", place.kind,
+               place.path, step, static_cast<unsigned>(status.st_mode & 07777), place.remedy);
         return false;
     }
     return true;
@@ -132,13 +132,14 @@ bool leads_safely(const Place& place, size_t length)
 
 } // namespace
 
-int open_directory(char (&path)[socket_path_size])
+int open_directory(char (&path)[socket_path_size], const char* given)
 {
-    if (!directory_path(path)) {
+    if (!directory_path(path, given)) {
         return -1;
     }
     const auto parent = static_cast<size_t>(strrchr(path, '/') + 1 - path);
-    if (!leads_safely({"directory", path, "VORINFRA_DIR"}, parent)) {
+    const char* const remedy = given != nullptr ? "use another directory" : "set VORINFRA_DIR to another directory";
+    if (!leads_safely({"directory", path, remedy}, parent)) {
         return -1;
     }
     if (mkdir(path, 0700) != 0 && errno != EEXIST) {
@@ -185,8 +186,8 @@ const char* vorinfra_directory(void)
 
 int vorinfra_rooted_path(const char* path, char* buffer, unsigned size)
 {
-    constexpr char variable[] = "VORINFRA_ROOT";
-    const char* root = path[0] == '/' ? vorinfra::setting(variable) : nullptr;
+    constexpr char remedy[] = "set VORINFRA_ROOT to another directory";
+    const char* root = path[0] == '/' ? vorinfra::setting("VORINFRA_ROOT") : nullptr;
     const bool rooted = root != nullptr;
     if (rooted && root[0] != '/') {
         vorinfra::report("VORINFRA_ROOT must be an absolute path, not \"%s\"", root);
@@ -210,5 +211,5 @@ int vorinfra_rooted_path(const char* path, char* buffer, unsigned size)
     }
     memcpy(buffer, root != nullptr ? root : "", length);
     strcpy(buffer + length, path);
-    return !rooted || vorinfra::leads_safely({"socket", buffer, variable}, strlen(buffer)) ? 0 : -1;
+    return !rooted || vorinfra::leads_safely({"socket", buffer, remedy}, strlen(buffer)) ? 0 : -1;
 }

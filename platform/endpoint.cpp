@@ -215,6 +215,20 @@ bool lock(int directory, const Endpoint& endpoint)
     return true;
 }
 
+// What a socket's file leads to.
+enum class Service { there, none, unknown };
+
+Service service_at(const sockaddr_un& address)
+{
+    const Descriptor probe(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    if (!probe) {
+        return Service::unknown;
+    }
+    const auto* const target = reinterpret_cast<const sockaddr*>(&address);
+    const bool connected = connect(probe.get(), target, sizeof address) == 0;
+    return !connected && (errno == ECONNREFUSED || errno == ENOENT) ? Service::none : Service::there;
+}
+
 // Removes the socket of an owner that died.
 bool vacate(const sockaddr_un& address, vor_uint16 sap)
 {
@@ -226,17 +240,13 @@ bool vacate(const sockaddr_un& address, vor_uint16 sap)
         report("cannot bind SAP %u: %s is not a socket", sap, address.sun_path);
         return false;
     }
-    const Descriptor probe(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    if (!probe) {
+    const Service found = service_at(address);
+    if (found == Service::unknown) {
         report("cannot bind SAP %u: %s", sap, strerror(errno));
-        return false;
-    }
-    const auto* const target = reinterpret_cast<const sockaddr*>(&address);
-    if (connect(probe.get(), target, sizeof address) == 0 || errno != ECONNREFUSED) {
+    } else if (found == Service::there) {
         report("cannot bind SAP %u: it is in use (%s)", sap, address.sun_path);
-        return false;
     }
-    return unlink(address.sun_path) == 0;
+    return found == Service::none && unlink(address.sun_path) == 0;
 }
 
 // A child that another thread forks meanwhile inherits the descriptor: closing this one would not unlock.
@@ -250,16 +260,27 @@ struct Unlock {
     }
 };
 
+// What is to be bound: the first free SAP of some.
+struct Wanted {
+    const char* directory; // null: the environment's
+    vor_uint16 first;
+    vor_uint16 last;
+    vor_uint16 bind_option;
+};
+
 // The lock on the directory keeps two processes from replacing one dead owner.
-bool bind_socket(Endpoint& endpoint)
+bool bind_socket(Endpoint& endpoint, const Wanted& wanted)
 {
-    const Descriptor directory(open_directory(endpoint.directory));
+    const Descriptor directory(open_directory(endpoint.directory, wanted.directory));
     if (!directory || !lock(directory.get(), endpoint)) {
         return false;
     }
     const Unlock unlock{directory.get()};
-    const vor_uint16 sap = endpoint.handle.sap_id;
-    const sockaddr_un address = sap_address(endpoint.directory, sap);
+    vor_uint16& sap = endpoint.handle.sap_id;
+    sockaddr_un address = sap_address(endpoint.directory, sap);
+    while (sap < wanted.last && service_at(address) == Service::there) {
+        address = sap_address(endpoint.directory, ++sap);
+    }
     struct stat status;
     if (!vacate(address, sap)) {
         return false;
@@ -282,7 +303,7 @@ vor_uint16 random_sequence()
     return getrandom(&sequence, sizeof sequence, GRND_NONBLOCK) < 0 ? static_cast<vor_uint16>(getpid()) : sequence;
 }
 
-bool open_endpoint(Endpoint& endpoint, vor_uint16 sap, vor_uint16 bind_option)
+bool open_endpoint(Endpoint& endpoint, const Wanted& wanted)
 {
     const auto timeout = timeout_milliseconds();
     if (!timeout || !log_levels() || !timers_run()) {
@@ -292,15 +313,15 @@ bool open_endpoint(Endpoint& endpoint, vor_uint16 sap, vor_uint16 bind_option)
     endpoint.owner = Owner::create();
     if (endpoint.owner == nullptr || !descriptor || !limit_blocking(descriptor.get(), SO_RCVTIMEO, *timeout) ||
         !limit_blocking(descriptor.get(), SO_SNDTIMEO, *timeout)) {
-        report("cannot bind SAP %u: %s", sap, strerror(errno));
+        report("cannot bind SAP %u: %s", wanted.first, strerror(errno));
         return false;
     }
-    endpoint.handle = {sap, bind_option, &endpoint};
+    endpoint.handle = {wanted.first, wanted.bind_option, &endpoint};
     endpoint.descriptor = descriptor.get();
     endpoint.timeout = *timeout;
     endpoint.binder = pthread_self();
     endpoint.sequence = random_sequence();
-    if (!bind_socket(endpoint)) {
+    if (!bind_socket(endpoint, wanted)) {
         return false;
     }
     descriptor.release();
@@ -313,6 +334,22 @@ void discard(Endpoint* endpoint)
     free(endpoint);
 }
 
+VOR_IPC_HANDLE* bind_first(const Wanted& wanted)
+{
+    auto* const endpoint = static_cast<Endpoint*>(calloc(1, sizeof(Endpoint)));
+    if (endpoint == nullptr) {
+        return nullptr;
+    }
+    if (!open_endpoint(*endpoint, wanted)) {
+        discard(endpoint);
+        return nullptr;
+    }
+    const Lock lock(guard);
+    endpoint->next = endpoints;
+    endpoints = endpoint;
+    return &endpoint->handle;
+}
+
 } // namespace
 
 } // namespace vorinfra
@@ -321,18 +358,12 @@ using namespace vorinfra;
 
 VOR_IPC_HANDLE* vor_ipc_bind(vor_uint16 sap, vor_uint16 bind_option)
 {
-    auto* const endpoint = static_cast<Endpoint*>(calloc(1, sizeof(Endpoint)));
-    if (endpoint == nullptr) {
-        return nullptr;
-    }
-    if (!open_endpoint(*endpoint, sap, bind_option)) {
-        discard(endpoint);
-        return nullptr;
-    }
-    const Lock lock(guard);
-    endpoint->next = endpoints;
-    endpoints = endpoint;
-    return &endpoint->handle;
+    return bind_first({nullptr, sap, sap, bind_option});
+}
+
+VOR_IPC_HANDLE* vorinfra_bind_in(const char* directory, vor_uint16 first, vor_uint16 last)
+{
+    return bind_first({directory, first, last, 0});
 }
 
 // 1: unbound; 0: it was not bound, or another thread uses it. The socket's file is its owner's.
@@ -363,4 +394,16 @@ int vorinfra_descriptor(const VOR_IPC_HANDLE* handle)
 {
     const Endpoint* const endpoint = handle != nullptr ? bound_endpoint(handle, "vorinfra_descriptor") : nullptr;
     return endpoint != nullptr ? endpoint->descriptor : -1;
+}
+
+int vorinfra_timeout(const VOR_IPC_HANDLE* handle)
+{
+    const Endpoint* const endpoint = bound_endpoint(handle, "vorinfra_timeout");
+    return endpoint != nullptr ? endpoint->timeout : -1;
+}
+
+int vorinfra_is_served(const VOR_IPC_HANDLE* handle, vor_uint16 sap)
+{
+    const Endpoint* const endpoint = bound_endpoint(handle, "vorinfra_is_served");
+    return endpoint != nullptr && service_at(sap_address(endpoint->directory, sap)) != Service::none;
 }

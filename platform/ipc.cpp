@@ -43,12 +43,6 @@ void discard_late(Endpoint& endpoint)
     endpoint.answer_missing = false;
 }
 
-bool is_refusal(const Buffer& answer)
-{
-    return answer.header.meta_data_sz == refusal_size && answer.header.payload_sz == 0 &&
-           memcmp(answer.data, refusal, refusal_size) == 0;
-}
-
 enum class Awaited { answered, refused, nothing };
 
 Awaited await_answer(Endpoint& endpoint, vor_uint16 sap, Buffer& buffer)
@@ -60,7 +54,7 @@ Awaited await_answer(Endpoint& endpoint, vor_uint16 sap, Buffer& buffer)
         if (received == Received::message && buffer.header.flag == (answer_bit | endpoint.sequence) &&
             buffer.header.ipc_src_id == sap) {
             settle_answer(buffer);
-            return is_refusal(buffer) ? Awaited::refused : Awaited::answered;
+            return is_refusal(buffer.header, buffer.data) ? Awaited::refused : Awaited::answered;
         }
         if (received == Received::nothing && errno != EAGAIN && errno != EINTR) {
             report("SAP %u cannot receive: error %d", endpoint.handle.sap_id, errno);

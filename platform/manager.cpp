@@ -1,4 +1,4 @@
-// The manager's side: receive, answer.
+// The manager's side: receive, answer, pass on.
 #include <cerrno>
 #include <cstring>
 
@@ -9,7 +9,10 @@ using namespace vorinfra;
 
 namespace {
 
-int receive(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message, int flags, const char* operation)
+enum class Expected { request, answer };
+
+int receive(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message, int flags, const char* operation,
+            Expected expected = Expected::request)
 {
     Endpoint* const endpoint = bound_endpoint(handle, operation);
     if (endpoint == nullptr || !is_ours(*endpoint, operation)) {
@@ -25,20 +28,22 @@ int receive(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message, int flags, const 
     if (received != Received::message) {
         return received == Received::nothing ? 0 : -1;
     }
-    if ((header.flag & answer_bit) != 0) {
-        report("SAP %u: unexpected answer from SAP %u dropped", endpoint->handle.sap_id, header.ipc_src_id);
+    const bool is_answer = (header.flag & answer_bit) != 0;
+    if (is_answer != (expected == Expected::answer)) {
+        report("SAP %u: unexpected %s from SAP %u dropped", endpoint->handle.sap_id, is_answer ? "answer" : "message",
+               header.ipc_src_id);
         return -1;
     }
     message->source = header.ipc_src_id;
     message->destination = header.ipc_dest_id;
     message->id = header.opcode;
-    message->sequence = header.flag;
-    message->answer_wanted = header.flag != 0;
+    message->sequence = header.flag & sequence_bits;
+    message->answer_wanted = !is_answer && header.flag != 0;
     message->meta_data = message->data;
     message->meta_data_size = header.meta_data_sz;
     message->payload = message->data + header.meta_data_sz;
     message->payload_size = header.payload_sz;
-    return 1;
+    return is_answer && is_refusal(header, message->data) ? 2 : 1;
 }
 
 VOR_IPC_MSG_HDR answer_header(const Endpoint& endpoint, const VORINFRA_MESSAGE& request, vor_uint32 id)
@@ -96,4 +101,27 @@ int vorinfra_refuse(VOR_IPC_HANDLE* handle, const VORINFRA_MESSAGE* request)
     VOR_IPC_MSG_HDR header = answer_header(*endpoint, *request, request->id);
     header.meta_data_sz = refusal_size;
     return send_message(*endpoint, header, refusal, MSG_DONTWAIT) ? 0 : -1;
+}
+
+int vorinfra_forward(VOR_IPC_HANDLE* handle, const VORINFRA_MESSAGE* message, vor_uint16 sequence)
+{
+    const Endpoint* const endpoint = bound_endpoint(handle, "vorinfra_forward");
+    if (endpoint == nullptr) {
+        errno = EBADF;
+        return -1;
+    }
+    VOR_IPC_MSG_HDR header;
+    memset(&header, 0, sizeof header); // its padding is sent, too
+    header.ipc_src_id = endpoint->handle.sap_id;
+    header.ipc_dest_id = message->destination;
+    header.opcode = message->id;
+    header.flag = sequence & sequence_bits;
+    header.payload_sz = message->payload_size;
+    header.meta_data_sz = message->meta_data_size;
+    return send_message(*endpoint, header, message->data, MSG_DONTWAIT) ? 0 : -1;
+}
+
+int vorinfra_receive_answer(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message)
+{
+    return receive(handle, message, MSG_DONTWAIT, "vorinfra_receive_answer", Expected::answer);
 }

@@ -2,6 +2,8 @@
 // payload.
 #pragma once
 
+#include <cstring>
+
 #include "endpoint.hpp"
 
 namespace vorinfra {
@@ -15,6 +17,11 @@ constexpr vor_uint16 sequence_bits = 0x7fff;
 // An answer never has meta-data: one that consists of meta-data alone means that the request was refused.
 constexpr char refusal[] = "refused";
 constexpr vor_uint16 refusal_size = sizeof refusal - 1;
+
+inline bool is_refusal(const VOR_IPC_MSG_HDR& answer, const void* data)
+{
+    return answer.meta_data_sz == refusal_size && answer.payload_sz == 0 && memcmp(data, refusal, refusal_size) == 0;
+}
 
 enum class Received { message, nothing, garbage };
 

@@ -83,6 +83,30 @@ const char* vorinfra_directory(void);
  * error when it does not fit or others could change where it leads. */
 int vorinfra_rooted_path(const char* path, char* buffer, unsigned size);
 
+/* ---- A program between clients and a manager of another gateway ---- */
+
+/* Binds the first free SAP from `first` to `last` in that gateway's private
+ * directory, whose path must be as safe as that of one's own. Null with a
+ * message on standard error. */
+VOR_IPC_HANDLE* vorinfra_bind_in(const char* directory, vor_uint16 first, vor_uint16 last);
+
+/* How long a send or an answer there may take, in milliseconds. */
+int vorinfra_timeout(const VOR_IPC_HANDLE* handle);
+
+/* Sends a received message on to its destination, as it is, except that it comes
+ * from this SAP. The sequence, 1 to 32767, ties the answer to it; 0: one-way.
+ * 0: sent; -1 with errno ENOENT or ECONNREFUSED: nobody serves the SAP; EAGAIN:
+ * the manager has no room for it. Never blocks. */
+int vorinfra_forward(VOR_IPC_HANDLE* handle, const VORINFRA_MESSAGE* message, vor_uint16 sequence);
+
+/* 1: an answer was received; 2: a manager refused the request; 0: none is
+ * waiting; -1: something else was dropped, with a message on standard error.
+ * `sequence` is that of the request. Never blocks. */
+int vorinfra_receive_answer(VOR_IPC_HANDLE* handle, VORINFRA_MESSAGE* message);
+
+/* Whether somebody serves the SAP in the directory of the handle. */
+int vorinfra_is_served(const VOR_IPC_HANDLE* handle, vor_uint16 sap);
+
 #ifdef __cplusplus
 }
 #endif

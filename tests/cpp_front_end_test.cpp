@@ -28,7 +28,7 @@ static_assert(!takes<vor_cfg_set_plat_hostname>(nullptr), "a null text");
 
 std::string text_of(const device_mgmt::Result& result)
 {
-    static constexpr const char* words[] = {"accepted", "sent", "refused", "not sent", "undelivered", "unreadable"};
+    static constexpr const char* words[] = {"accepted", "sent", "refused", "not sent", "unknown"};
     return fake::text_of(words[static_cast<int>(result.outcome)], " ", result.code, " ", result.status, " ",
                          result.misfit);
 }
@@ -50,17 +50,17 @@ TEST(cpp_front_end, outcome_per_return_code)
     fake::script.answer = {5, 0, 0, 0};
     EXPECT_EQ(text_of(call<vor_cfg_set_dhcp>(0, 1)), "refused -1 5 0");
     EXPECT_EQ(text_of(call<vor_cfg_set_gw_device_latitude_config>(1, "12.4N")), "refused -1001 0 0");
-    EXPECT_EQ(text_of(call<vor_cfg_set_serial_parity>(1, 2)), "unreadable -4 0 0");
+    EXPECT_EQ(text_of(call<vor_cfg_set_serial_parity>(1, 2)), "unknown -4 0 0");
     EXPECT_EQ(text_of(call<vor_cfg_set_gpio_value>(1, 2)), "sent 0 0 0");
     begin();
     fake::script.exchange_result = fake::script.send_result = -9;
-    EXPECT_EQ(text_of(call<vor_cfg_set_dhcp>(0, 1)), "undelivered -3 0 0");
-    EXPECT_EQ(text_of(call<vor_cfg_set_snmp_server_enable>(1)), "undelivered -9 0 0");
+    EXPECT_EQ(text_of(call<vor_cfg_set_dhcp>(0, 1)), "unknown -3 0 0");
+    EXPECT_EQ(text_of(call<vor_cfg_set_snmp_server_enable>(1)), "unknown -9 0 0");
     begin();
     fake::script.failing_buffer = 1;
-    EXPECT_EQ(text_of(call<vor_cfg_set_gpio_value>(1, 2)), "not sent -4 0 0");
+    EXPECT_EQ(text_of(call<vor_cfg_set_gpio_value>(1, 2)), "unknown -4 0 0");
     begin();
-    EXPECT_EQ(text_of(call<vor_cfg_set_debug_info>(1, "all", "loud")), "not sent -1 0 0") << "an unknown level";
+    EXPECT_EQ(text_of(call<vor_cfg_set_debug_info>(1, "all", "info")), "unknown 0 0 0") << "perhaps it was not sent";
 }
 
 TEST(cpp_front_end, misfits_are_not_sent)
@@ -73,6 +73,12 @@ TEST(cpp_front_end, misfits_are_not_sent)
     EXPECT_EQ(text_of(call<vor_cfg_set_dhcp_server_dns>("p", 3, 1, "9.9.9.9")), "not sent 0 0 2") << "counted wrong";
     EXPECT_EQ(text_of(call<vor_cfg_set_service_chain>(1, "c", 1, "a", "b")), "not sent 0 0 3");
     EXPECT_EQ(text_of(call<vor_cfg_get_system_temperature>(static_cast<vor_int16*>(nullptr))), "not sent 0 0 1");
+    EXPECT_EQ(text_of(call<vor_cfg_set_debug_info>(1, "all", "loud")), "not sent 0 0 3") << "an unknown level";
+    EXPECT_EQ(text_of(call<vor_cfg_set_ip_address>(0, "192.168.1.999", "255.0.0.0", 1)), "not sent 0 0 2");
+    EXPECT_EQ(text_of(call<vor_cfg_enable_ip_routing>("yes")), "not sent 0 0 1");
+    EXPECT_EQ(text_of(call<vor_cfg_set_dhcp_server_dns>("p", 2, 1, "9.9.9.9", "9.9.9")), "not sent 0 0 5");
+    EXPECT_EQ(text_of(call<vor_cfg_set_wifi_ssid_password>("a\"b", "secret")), "not sent 0 0 1");
+    EXPECT_EQ(text_of(call<vor_cfg_set_ip_address>(3, "10.0.0.1", "255.0.0.0", 1)), "not sent 0 0 1");
     EXPECT_EQ(device_mgmt::Query(257).command(), std::nullopt);
     EXPECT_FALSE(device_mgmt::Endpoint(65736));
     EXPECT_FALSE(device_mgmt::Endpoint(201)) << "there is one already";

@@ -1,5 +1,6 @@
 // The simulator's konfd: commands, the tree they leave, and clients' streams.
 #include <random>
+#include <sstream>
 
 #include <regex.h>
 
@@ -45,9 +46,9 @@ TEST(konfd_daemon, tree_after_each_command)
         {"-u -r \"^b \" \"x\"", "-o\n", nullptr}, // none fitting
         {"-u -r \"^b \" \"nowhere\"", "-e\n", nullptr},
         {"-d \"nowhere\"", "-o\n", nullptr},
-        {"-d \"x\"", "-o\nlate\na\n", nullptr},
-        {"-d -s -l \"interface eth0\" -r \"interface eth1$\"", "-o\nx\n  late\n  a\ninterface eth0\n",
-         "x\n  late\n  a\ninterface eth0\n"},
+        {"-d \"x\"", "-o\n\"late\"\n\"a\" -p 5\n", nullptr},
+        {"-d -s -l \"interface eth0\" -r \"interface eth1$\"",
+         "-o\n\"x\"\n  \"late\"\n  \"a\" -p 5\n\"interface eth0\"\n", "x\n  late\n  a\ninterface eth0\n"},
     };
     Konfd konfd;
     std::string tree;
@@ -128,6 +129,44 @@ TEST(konfd_daemon, patterns_match_like_regcomp)
         }
     }
     EXPECT_GT(valid, 5'000);
+}
+
+// What -d prints of any tree, given to -s line by line, makes the same tree.
+TEST(konfd_daemon, output_of_dump_can_be_set)
+{
+    constexpr const char* pieces[] = {"a", " ", "ssid", "\\n", "'", "-p 1", "\xc3\xa9", "\xff", "\u202e", "$(x)"};
+    std::mt19937 random(7); // NOLINT: the same trees every time
+    const auto below = [&random](std::size_t end) { return random() % end; };
+    for (int round = 0; round < 200; ++round) {
+        Konfd konfd({.show_secrets = true});
+        std::vector<std::string> places{""}; // a path's words, each after a blank
+        for (int line = 0; line < 20; ++line) {
+            const std::string place = places[below(places.size())];
+            std::string text;
+            for (std::size_t left = 1 + below(4); left > 0; --left) {
+                text += pieces[below(std::size(pieces))];
+            }
+            const std::string priority = below(2) == 0 ? "" : " -p " + std::to_string(below(4));
+            ASSERT_EQ("-o\n", konfd.execute("-s -l \"" + text + "\"" + priority + place).answer);
+            places.push_back(place + " \"" + text + "\"");
+        }
+        const std::string dump = konfd.execute("-d").answer.substr(3);
+        Konfd copy({.show_secrets = true});
+        std::vector<std::string> path; // of the line before
+        std::istringstream lines(dump);
+        for (std::string line; std::getline(lines, line);) {
+            const std::size_t begin = line.find('"');
+            path.resize(begin / 2);
+            std::string command = "-s -l " + line.substr(begin);
+            for (const std::string& word : path) {
+                command += " " + word;
+            }
+            ASSERT_EQ("-o\n", copy.execute(command).answer) << command;
+            path.push_back(line.substr(begin, line.rfind('"') + 1 - begin));
+        }
+        ASSERT_EQ(dump, copy.execute("-d").answer.substr(3));
+        ASSERT_EQ(vor::dump(vorsim::record::json_of(konfd)), vor::dump(vorsim::record::json_of(copy)));
+    }
 }
 
 TEST(konfd_daemon, lenient_creates_missing_paths)

@@ -1,6 +1,9 @@
 // The page to look at: who may see it, what it bears, and what a browser makes of it.
 #include <chrono>
 #include <csignal>
+#include <cstring>
+#include <functional>
+
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <sys/wait.h>
@@ -222,6 +225,23 @@ public:
         call("Page.navigate", {{"url", link}});
         in_page("document.readyState === 'complete'");
     }
+    // Presses the button of this accessible name, and releases it afterwards at the same place.
+    void click(const std::string& name, const std::function<void()>& meanwhile)
+    {
+        Json mouse = in_page(fmt::format(R"((() => {{
+            const button = [...document.querySelectorAll("button")].find((one) =>
+                (one.getAttribute("aria-label") ?? one.textContent) === "{}" && one.checkVisibility() && !one.disabled);
+            button?.scrollIntoView({{ block: "center" }});
+            const {{ x, y, width, height }} = button?.getBoundingClientRect() ?? {{}};
+            return button && {{ x: x + width / 2, y: y + height / 2, button: "left", clickCount: 1 }}; }})())",
+                                         name));
+        ASSERT_TRUE(mouse.is_object()) << name;
+        mouse["type"] = "mousePressed";
+        call("Input.dispatchMouseEvent", mouse);
+        meanwhile();
+        mouse["type"] = "mouseReleased";
+        call("Input.dispatchMouseEvent", mouse);
+    }
 
 private:
     pid_t pid_ = -1;
@@ -267,6 +287,169 @@ TEST(page, browser_shows_and_switches)
     EXPECT_TRUE(contains(page.place.run("vorsim fault list").text, "1: canmgr: status 7")) << "and switches nothing";
     browser.open(fmt::format("http://evil.example{}", page.link.substr(page.link.rfind(':'))));
     EXPECT_TRUE(contains(vor::dump(browser.in_page("document.body.innerText")), "expected host"));
+}
+
+// Settings that change all the time, as fast as a busy front end makes them.
+class Traffic {
+public:
+    explicit Traffic(const Page& page) : handle_((page.place.enter(), client_sap)) {}
+
+    void send(int messages, int milliseconds_apart = 5)
+    {
+        for (; messages > 0; --messages) {
+            Message message;
+            ++sent;
+            std::memset(message.payload(), 0, 32);
+            std::memcpy(message.payload(), &sent, sizeof sent);
+            fmt::format_to_n(reinterpret_cast<char*>(message.payload(6)), 24, "task{}", sent % 7);
+            vor_ipc_send(handle_, 0, 27, &message.ref, 32, 0);
+            poll(nullptr, 0, milliseconds_apart);
+        }
+    }
+
+    std::uint32_t sent = 0;
+
+private:
+    const Bound handle_;
+};
+
+TEST(page, every_click_acts_under_traffic)
+{
+    const Page page({"--http-control", "--without", "snmpmgr"});
+    if (page.place.run("command -v chromium").exit_code != 0) {
+        GTEST_SKIP() << "chromium is missing";
+    }
+    Browser browser((page.place.path() / "browser").string());
+    browser.call("Emulation.setDeviceMetricsOverride",
+                 {{"width", 1000}, {"height", 640}, {"deviceScaleFactor", 1}, {"mobile", false}});
+    browser.open(page.link);
+    Traffic traffic(page);
+    int clicks = 0;
+    const auto click = [&](const std::string& name, const std::string& effect) {
+        ++clicks;
+        browser.click(name, [&] { traffic.send(30); });
+        EXPECT_EQ(true, browser.in_page(effect)) << name;
+    };
+    const auto has = [](const char* id, const std::string& text) {
+        return fmt::format("document.getElementById('{}').textContent.includes('{}')", id, text);
+    };
+    const auto button = [](const std::string& name) {
+        return fmt::format("document.querySelector('[aria-label=\"{}\"]') !== null", name);
+    };
+    const auto type = [&](const char* id, const std::string& text) {
+        browser.in_page(fmt::format("(document.getElementById('{}').value = '{}', true)", id, text));
+    };
+    traffic.send(10);
+    browser.in_page(has("served", "7 objects"));
+    browser.in_page("document.querySelector('#served details').open = true");
+
+    type("rule", "system every 2nd: status 1");
+    click("Add rule", has("rules", "system every 2nd"));
+    page.place.run("vorsim fault add 'konfd: never'");
+    click("clear rule 1", "!" + has("rules", "system every 2nd"));
+    click("Clear all rules", "document.getElementById('rules').childElementCount === 0");
+    type("reading", "temperature -85");
+    click("Set reading", has("held", "temperature -85"));
+    click("release temperature", "document.getElementById('held').childElementCount === 0");
+    for (const char* manager : {"platmgr", "restmgr", "gpiomgr", "adcmgr", "ethmgr", "gsmmgr", "datamgr", "mqttmgr",
+                                "serialmgr", "canmgr", "towermon"}) {
+        for (int time = 0; time < 2; ++time) {
+            click(fmt::format("stop {}", manager), button(fmt::format("start {}", manager)));
+            click(fmt::format("start {}", manager), button(fmt::format("stop {}", manager)));
+        }
+    }
+    click("Reset…", "document.getElementById('question').open");
+    EXPECT_EQ(50, clicks);
+
+    // What is selected and what has the focus is still the same, and so is its place on the screen.
+    click("Cancel", "!document.getElementById('question').open");
+    browser.in_page("(document.querySelector('[aria-label=\"stop canmgr\"]').focus(), window.place = (row) => "
+                    "Math.round(row.getBoundingClientRect().top), true)");
+    const std::string selected = browser
+                                     .in_page("(() => { window.row = document.querySelector('#list .call').closest("
+                                              "'li'); getSelection().selectAllChildren(row); window.top0 = "
+                                              "place(row); return getSelection().toString(); })()")
+                                     .string();
+    traffic.send(200);
+    EXPECT_EQ(true, browser.in_page(has("list", fmt::format("log_level={}", traffic.sent))));
+    EXPECT_EQ(selected, browser.in_page("getSelection().toString()").string());
+    EXPECT_EQ(true, browser.in_page("Math.abs(place(row) - top0) < 20"));
+    EXPECT_EQ("stop canmgr", browser.in_page("document.activeElement.getAttribute('aria-label')"));
+
+    page.place.run("vorsim reset");
+    EXPECT_EQ(true, browser.in_page(has("list", "Reset"))) << "whoever made it";
+    traffic.send(1'100, 1);
+    EXPECT_EQ(true, browser.in_page("/^[0-9]+ earlier messages not listed$/.test(document.getElementById('earlier')"
+                                    ".textContent)"));
+    EXPECT_EQ(selected, browser.in_page("getSelection().toString()").string()) << "it stays listed";
+    type("words", "nothing like this");
+    EXPECT_EQ(true, browser.in_page("(document.getElementById('words').dispatchEvent(new Event('input')), "
+                                    "!document.getElementById('unmatched').hidden)"));
+}
+
+TEST(page, legible_and_never_claims_what_it_does_not_know)
+{
+    Page page({"--http-control"});
+    if (page.place.run("command -v chromium").exit_code != 0) {
+        GTEST_SKIP() << "chromium is missing";
+    }
+    Browser browser((page.place.path() / "browser").string());
+    browser.call("Emulation.setDeviceMetricsOverride",
+                 {{"width", 390}, {"height", 844}, {"deviceScaleFactor", 1}, {"mobile", true}});
+    browser.call("Emulation.setTouchEmulationEnabled", {{"enabled", true}, {"maxTouchPoints", 1}});
+    const std::string empty = "document.body.innerText.includes('The tree is empty.')";
+    const std::string dead = "document.querySelector('#served button').disabled && "
+                             "/does not answer\\nNo answer since [0-9:]{8} UTC/.test(document.body.innerText)";
+    page.gateway.suspend();
+    browser.open(page.link);
+    EXPECT_EQ(true, browser.in_page("document.body.innerText.includes('does not answer')"));
+    EXPECT_EQ(false, browser.in_page("[" + empty + "]").elements().at(0));
+    page.gateway.resume();
+    EXPECT_EQ(true, browser.in_page(empty));
+    page.place.run("vorsim set temperature 850; vorsim stop ethmgr; vorsim fault add 'gsmmgr: status 7, once'; "
+                   "vorsim fault add 'canmgr: status 7'; vorcfg can set-baudrate 1 250000 1; vorcfg gsm activate 1; "
+                   "vorcfg konfd query --set --line a b --pattern a --path none x");
+    EXPECT_EQ(true, browser.in_page("document.querySelectorAll('#list li').length === 3"));
+    browser.in_page("(document.querySelectorAll('details').forEach((one) => { one.open = true; }), "
+                    "document.getElementById('reset').click(), true)");
+    for (const char* scheme : {"light", "dark"}) {
+        browser.call(
+            "Emulation.setEmulatedMedia",
+            {{"features", Json::array(std::vector<Json>{{{"name", "prefers-color-scheme"}, {"value", scheme}}})}});
+        EXPECT_EQ("", browser
+                          .in_page(R"((() => {
+            const channels = (color) => color.match(/[0-9.]+/g).map(Number);
+            const light = (color) => channels(color).slice(0, 3).map((one) => one / 255)
+                .map((one) => one <= 0.04045 ? one / 12.92 : ((one + 0.055) / 1.055) ** 2.4)
+                .reduce((sum, one, at) => sum + one * [0.2126, 0.7152, 0.0722][at], 0);
+            const behind = (one) => {
+                const color = getComputedStyle(one).backgroundColor;
+                return channels(color)[3] === 0 ? behind(one.parentElement) : color;
+            };
+            const weak = [];
+            for (const one of document.querySelectorAll("body *")) {
+                const part = one.placeholder ? "::placeholder" : null;
+                const text = [...one.childNodes].some((node) => node.nodeType === 3 && node.data.trim() !== "");
+                if (!one.checkVisibility() || !(text || part)) continue;
+                const [low, high] = [light(getComputedStyle(one, part).color), light(behind(one))].sort((a, b) => a - b);
+                if ((high + 0.05) / (low + 0.05) < 4.5 || Number(getComputedStyle(one).opacity) < 1) weak.push(one.outerHTML);
+            }
+            return String(weak) || " ";
+        })())")
+                          .string()
+                          .substr(1))
+            << scheme;
+    }
+    EXPECT_EQ(true, browser.in_page("[...document.querySelectorAll('button, select, input, summary')].every((one) => "
+                                    "!one.checkVisibility() || Math.min(one.offsetWidth, one.offsetHeight) >= 44)"));
+    EXPECT_EQ(true, browser.in_page("(() => { const names = [...document.querySelectorAll('button')].map((one) => "
+                                    "one.getAttribute('aria-label') ?? one.textContent); "
+                                    "return new Set(names).size === names.length; })()"))
+        << "no two buttons have the same name";
+    page.gateway.suspend();
+    EXPECT_EQ(true, browser.in_page(dead));
+    page.gateway.resume();
+    EXPECT_EQ(true, browser.in_page("!document.querySelector('#served button').disabled"));
 }
 
 } // namespace

@@ -4,8 +4,10 @@
 #include <cstdlib>
 #include <fstream>
 #include <functional>
+#include <map>
 #include <set>
 
+#include <device_mgmt.hpp>
 #include <gtest/gtest.h>
 
 #include "call/session.hpp"
@@ -41,6 +43,50 @@ TEST(rows, match_declared_calls)
     Names alone;
     std::ranges::set_symmetric_difference(rows, declared, std::inserter(alone, alone.end()));
     EXPECT_EQ(alone, Names()) << "have a row or a declaration, not both";
+}
+
+// The wrapper sees a code and vor_errno, vorcfg the exchange: what the one reports must never be better than the
+// other's.
+TEST(wrapper, outcomes_are_never_better_than_verdicts)
+{
+    using device_mgmt::Outcome, device_mgmt::detail::Way;
+    std::map<std::string_view, Way> ways;
+#define WAY(symbol, way) ways[#symbol] = Way::way;
+    DEVICE_MGMT_WAYS(WAY)
+#undef WAY
+    using enum call::Pretence::Fate;
+    const std::map<Outcome, std::set<call::Outcome>> never_better{
+        {Outcome::accepted, {call::Outcome::accepted, call::Outcome::done}},
+        {Outcome::sent, {call::Outcome::sent}},
+        {Outcome::refused, {call::Outcome::refused}},
+        {Outcome::not_sent, {call::Outcome::not_sent, call::Outcome::rejected, call::Outcome::no_endpoint}},
+    };
+    std::set<Outcome> met;
+    for (const rows::Row* const row : rows_that([](const rows::Row& each) { return each.make != nullptr; })) {
+        const Way way = ways.contains(row->symbol) ? ways[row->symbol] : Way::request;
+        if (way == Way::nothing || way == Way::local) {
+            continue;
+        }
+        for (const call::Pretence& pretence :
+             {call::Pretence{}, call::Pretence{.status = 7}, call::Pretence{.status = 1}, call::Pretence{.status = {}},
+              call::Pretence{.answer_id = 1}, call::Pretence{.konfd = "-e"}, call::Pretence{.konfd = "??"},
+              call::Pretence{.fate = refused}, call::Pretence{.fate = lost}, call::Pretence{.fate = no_buffer},
+              call::Pretence{.fate = unconnected}}) {
+            call::PreparedCall call = call::prepare_example(*row);
+            const call::CallResult result =
+                call::Session({.capture = true, .pretence = pretence}, std::nullopt).make(call);
+            const bool bound = pretence.fate != unconnected;
+            const vor_int32 code = result.back.missing ? VOR_CODE_REFUSED : result.back.code.value_or(0);
+            const call::Verdict verdict = call::judged(*row, result.back, result.manager_errno, result.seen);
+            const Outcome outcome = device_mgmt::detail::outcome_of(way, code, result.manager_errno, bound);
+            met.insert(outcome);
+            const auto found = never_better.find(outcome);
+            EXPECT_TRUE(found == never_better.end() || found->second.contains(verdict.outcome))
+                << row->symbol << " fate " << static_cast<int>(pretence.fate) << " returned " << code
+                << ", the wrapper says " << static_cast<int>(outcome) << ", vorcfg: " << verdict.text;
+        }
+    }
+    EXPECT_EQ(met.size(), 5U);
 }
 
 TEST(rows, argument_names_match_headers)

@@ -10,6 +10,7 @@
 #include <vorinfra_manager.h>
 
 #include "gateway/gateway.hpp"
+#include "record/expectation.hpp"
 #include "record/json.hpp"
 #include "record/line.hpp"
 #include "record/stored.hpp"
@@ -134,9 +135,10 @@ TEST(messages, mismatches_are_reported)
     };
     Gateway gateway({});
     for (const Sent& sent : table) {
-        const Decision decision = send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option);
-        const std::string line = vorsim::record::line_of(decision.record);
+        Decision decision = send(gateway, sent.sap, sent.id, sent.words, sent.waits, sent.option);
+        const std::string& line = decision.record.line = vorsim::record::line_of(decision.record);
         EXPECT_TRUE(line.starts_with(sent.line)) << line << "\nexpected " << sent.line;
+        EXPECT_TRUE(vorsim::record::parse_expectation(line)->matches(decision.record)) << line;
         EXPECT_NE(0, status_of(decision)) << sent.line;
         EXPECT_TRUE(decision.record.complained) << sent.line;
     }

@@ -370,8 +370,8 @@ TEST(limits, readings_are_bounded)
         polls(input); // two readings each
     }
     EXPECT_GT(polls(0), first) << "the first to be asked for counts on";
-    EXPECT_THROW(gateway.measurements().set("adc 200/1 polling_count", 5), std::runtime_error);
-    gateway.measurements().set("adc 0/0 polling_count", 5);
+    EXPECT_THROW(gateway.measurements().set("adc 200/1 polling_count", {5}, true), std::runtime_error);
+    gateway.measurements().set("adc 0/0 polling_count", {5}, true);
     EXPECT_EQ(5U, polls(0));
 }
 

@@ -114,4 +114,38 @@ TEST_F(Vorsim, survives_its_clients)
     EXPECT_EQ(0, gateway.stop(SIGTERM));
 }
 
+// Each command has a gateway of its own, which nothing outlives.
+TEST_F(Vorsim, runs_beside_others_and_leaves_nothing)
+{
+    EXPECT_EQ("0\n0\n0\n1\n", place
+                                  .run("mkdir -m 700 own; export TMPDIR=$PWD/own; "
+                                       "echo 'platmgr  *  *  x2' >two; "
+                                       "for n in 2 2 2 1; do { vorsim run --expect two -- sh -c "
+                                       "'for i in $(seq '$n'); do vorcfg env get-system-temperature; done' "
+                                       ">/dev/null 2>&1; echo $?; } & done | sort")
+                                  .text);
+    EXPECT_EQ("gone\n", place
+                            .run("export TMPDIR=$PWD/own; vorsim run -- sh -c 'ls own; exec sleep 2' >begun & "
+                                 "until [ -s begun ]; do :; done; kill -9 $!; "
+                                 "until [ -z \"$(ls own)\" ]; do :; done; echo gone")
+                            .text);
+    EXPECT_EQ("", place.run("ls own").text);
+}
+
+// A terminal interrupts the command itself; a signal to vorsim alone is passed on.
+TEST_F(Vorsim, run_passes_a_signal_on_once)
+{
+    processes::Terminal terminal(place, {"/bin/sh", "-c",
+                                         "exec vorsim run -- sh -c 'trap \"echo told\" INT; trap \"exit 9\" TERM; "
+                                         "echo run by $PPID.; while :; do sleep 0.01; done'"});
+    terminal.shown_until("run by ");
+    const pid_t run = std::stoi(terminal.shown_until("."));
+    terminal.type("\x03");
+    terminal.shown_until("told");
+    kill(run, SIGTERM);
+    const processes::Output output = terminal.rest();
+    EXPECT_EQ(std::string::npos, output.text.find("told")) << output.text;
+    EXPECT_EQ(9, output.exit_code);
+}
+
 } // namespace

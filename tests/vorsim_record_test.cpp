@@ -75,7 +75,7 @@ TEST_F(Record, malformed_and_foreign_datagrams_fail_strict_run)
     tell(7, datagram(200, 7, 0x7003, 0x8001, "late"));
     tell(7, datagram(200, 9, 0x7003, 0));
     EXPECT_EQ("vorsim: 0 messages, 2 malformed, 2 foreign\n", place.run("vorsim show").text);
-    EXPECT_EQ(R"({"accepted":0,"complained":0,"malformed":2,"foreign":2,"faulted":0})", vor::dump(state()["counters"]));
+    EXPECT_EQ(R"({"accepted":0,"complained":0,"invalid":0,"malformed":2,"foreign":2,"faulted":0})", vor::dump(state()["counters"]));
     EXPECT_EQ(3, gateway.stop(SIGTERM));
     const std::string decoded = place.run("vorsim decode --bytes --complaints --manager ethmgr journal").text;
     EXPECT_TRUE(contains(decoded, "MALFORMED  ethmgr  -  3 bytes, not a message\n    datagram 616263\n"));
@@ -172,11 +172,18 @@ TEST_F(Record, replay_without_difference)
         tell(7, "abc");
     }
     {
-        const Gateway gateway(place, {"--show-secrets"});
-        expect_said(place, {{"vorsim replay --state state journal", 0, " sent again, no difference\n"},
-                            {"vorcfg hostname set-plat-hostname other; touch none; vorsim replay --state state none", 1,
-                             "managers/datamgr/objects/gateway/vor_cfg_set_plat_hostname/hostname: was \"tower-17\", "
-                             "is \"other\"\n"}});
+        const Gateway gateway(place, {"--show-secrets", "--seed", "2"});
+        expect_said(place,
+                    {{"vorsim replay --ignore-readings --state state journal", 0, " sent again, no difference\n"},
+                     {"vorcfg hostname set-plat-hostname other; touch none; vorsim replay --state state none", 1,
+                      "managers/datamgr/objects/gateway/vor_cfg_set_plat_hostname/hostname: was \"tower-17\", "
+                      "is \"other\"\n"},
+                     {"vorsim replay --call vor_cfg_get_system_temperature journal", 1,
+                      "vorsim: 1 message sent again, 1 difference, 160 left out by the filter\n"},
+                     {"vorsim fault add 'platmgr 0x2021: short 2, once' && "
+                      "vorsim replay --ignore-readings --manager platmgr journal",
+                      1, "is id 0x2021 2 bytes\n"},
+                     {"vorsim replay --manager canmgrr journal", 2, "did you mean canmgr?"}});
     }
     // Whoever serves the directory is compared: here nobody does.
     expect_said(place, {{"vorsim replay journal", 1, "is not delivered"}});
@@ -227,7 +234,7 @@ TEST_F(Record, show_wait_reset_load)
     EXPECT_FALSE(contains(place.run("vorsim show datamgr/gateway").text, "ethmgr"));
     const std::string wait = "vorsim wait --call vor_cfg_set_plat_hostname ";
     expect_said(place, {{"vorsim show --json ethmgr", 0, "\"sap\": 7"},
-                        {"vorsim show canmgr/none", 1, "vorsim: no settings of canmgr/none\n"},
+                        {"vorsim show canmgr/'port 9'", 1, "vorsim: no settings of canmgr/port 9\n"},
                         {wait + "--within 0ms", 0, ""}, // it came already
                         {"vorsim show --json >kept && vorsim reset", 0, ""}});
     EXPECT_EQ("vorsim: 0 messages\n", place.run("vorsim show").text);
@@ -241,6 +248,25 @@ TEST_F(Record, show_wait_reset_load)
     EXPECT_EQ(0, place.run("vorsim quit").exit_code);
     EXPECT_FALSE(fs::exists(in_place("run/vorsim.control"))) << "all is over when it returns";
     EXPECT_EQ(loaded["managers"], vor::Json::parse(held("state"))["managers"]);
+}
+
+// A check must know that there was more.
+TEST_F(Record, forgotten_messages_are_counted)
+{
+    const Gateway gateway(place, {});
+    const Bound front_end(client_sap);
+    const auto received = [this](const std::string& options) {
+        const Stream control(in_place("run/vorsim.control"));
+        control.send("received " + options + '\0');
+        return control.line();
+    };
+    for (int message = 0; message < 10'002; ++message) {
+        ask(front_end);
+    }
+    EXPECT_EQ("+{\"first\":1,\"last\":10002,\"forgotten\":2}\n", received("--manager canmgr"));
+    EXPECT_EQ("+{\"first\":1,\"last\":10002,\"forgotten\":0}\n", received("--manager canmgr --after 5 --within 1ms"));
+    EXPECT_EQ(0, place.run("vorsim reset").exit_code);
+    EXPECT_EQ("+{\"first\":10003,\"last\":10002,\"forgotten\":0}\n", received(""));
 }
 
 TEST_F(Record, watch_filters_by_manager)

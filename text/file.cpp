@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <thread>
@@ -111,6 +112,30 @@ bool write_all(int descriptor, std::string_view bytes)
         bytes.remove_prefix(written > 0 ? static_cast<std::size_t>(written) : 0);
     }
     return true;
+}
+
+void replace_file(const std::string& path, std::string_view text, unsigned mode)
+{
+    struct stat status {};
+    const bool in_place = stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+    std::string written = path + (in_place ? "" : ".XXXXXX");
+    const int file = in_place ? open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK)
+                              : mkostemp(written.data(), O_CLOEXEC);
+    if (file < 0) {
+        throw FileError(errno);
+    }
+    const bool whole = write_all(file, text) && (in_place || fchmod(file, static_cast<mode_t>(mode)) == 0);
+    int error = whole ? 0 : errno;
+    close(file);
+    if (error == 0 && !in_place && std::rename(written.c_str(), path.c_str()) != 0) {
+        error = errno;
+    }
+    if (error != 0 && !in_place) {
+        unlink(written.c_str());
+    }
+    if (error != 0) {
+        throw FileError(error);
+    }
 }
 
 void ignore_size_signal()

@@ -120,7 +120,8 @@ public:
     bool end_array() { return close(); }
     bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception& error)
     {
-        throw JsonError(error.what());
+        const std::string_view what = error.what(); // "[kind] where: what"
+        throw JsonError(std::string(what.substr(what.find("] ") + 2)));
     }
 
     Json take_result() { return std::move(result_); }

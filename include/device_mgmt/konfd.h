@@ -144,8 +144,9 @@ vor_int32 vor_konfd_bi_dir_comm(VOR_CFG_PROTO* handle);
 
 /**
  * Store the Wi-Fi network of wlan0. Connects and disconnects by itself.
- * Two commands are sent, and the one answer of konfd that is read counts for both. A connection made before with
- * vor_cfg_create_sock_endpoint is lost and stays open: remove it first. After a failure this call's own may stay open.
+ * konfd refuses it unless the line "interface wlan0" is stored, which konfd query does. Two commands are sent, and the
+ * one answer of konfd that is read counts for both. A connection made before with vor_cfg_create_sock_endpoint is lost
+ * and stays open: remove it first. After a failure this call's own may stay open.
  *
  * @param ssid      network name
  * @param password  passphrase
@@ -157,7 +158,8 @@ vor_int32 vor_cfg_set_wifi_ssid_password(vor_char* ssid, vor_char* password);
  * Store an interface's address. Connects and disconnects by itself.
  * Prints its progress on standard output, where one line says dhcp whatever
  * the address. The first command's line says eth0 whatever the interface; its
- * answer is ignored. A connection made before with vor_cfg_create_sock_endpoint
+ * answer is ignored. konfd refuses the second command unless the interface's
+ * line is stored. A connection made before with vor_cfg_create_sock_endpoint
  * is lost and stays open: remove it first. After a failure this call's own may
  * stay open.
  *

@@ -458,6 +458,8 @@ private:
             seen.insert(is_unbound ? Outcome::no_endpoint
                                    : judged(row_, result.back, result.manager_errno, result.seen).outcome);
         }
+        wire_.send_unchecked =
+            wire_.messages.front().way == Way::one_way && tried(base_, {.fate = refused}).back.succeeded();
         wire_.codes.assign(codes.rbegin(), codes.rend());
         wire_.outcomes.assign(seen.begin(), seen.end());
     }

@@ -33,6 +33,7 @@ struct Wire {
     std::vector<WirePart> parts;   // of the first message, in order
     std::string computed;          // why they are not all that the call sends; empty: they are
     std::vector<const rows::Argument*> unsent;
+    bool send_unchecked = false; // it succeeds even where its one-way message could not be sent
     std::optional<WireAnswer> answer;
     std::vector<std::int32_t> codes; // that the call returned, whatever became of its message
     std::vector<Outcome> outcomes;

@@ -226,6 +226,7 @@ Json json_of(const call::Wire& wire, const rows::Row& row)
     } else if (message.way != call::Way::konfd) {
         json["record"] = {{"size", message.record.size()}, {"fields", parts}};
     }
+    json.add("send_unchecked", wire.send_unchecked);
     if (wire.answer) {
         json["answer"] = json_of(*wire.answer, row);
     }

@@ -13,7 +13,6 @@
 #include "server/commands.hpp"
 #include "server/control.hpp"
 #include "server/options.hpp"
-#include "text/parse.hpp"
 
 namespace vorsim::client {
 namespace {
@@ -54,7 +53,7 @@ Connection::Connection(const std::string& line, milliseconds within, const std::
         if (why == EAGAIN) {
             throw unavailable("does not answer");
         }
-        throw std::runtime_error(
+        throw NotRunning(
             fmt::format("nothing listens in {}\nhint: start vorsim, or set VORINFRA_DIR", server::directory()));
     }
     const std::string request = (document ? line + '\n' + *document : line) + '\0';
@@ -111,23 +110,13 @@ bool EventStream::read(const OnLine& on_line)
 std::string ask(const std::string& line, const std::optional<std::string>& document, milliseconds within)
 {
     Connection asked(line, within, document);
-    std::string otherwise = unavailable("does not answer").what();
-    std::string at_its_end = otherwise;
     std::string answer;
     auto more = asked.receive(within);
     for (; more && !more->empty(); more = asked.receive(within)) {
         answer += *more;
-        const std::size_t end = answer.find('\n');
-        if (answer.front() == '~' && end != answer.npos) {
-            const std::size_t blank = answer.find(' ');
-            within = milliseconds(vor::number_in<std::int64_t>(answer.substr(1, blank - 1)).value_or(0));
-            otherwise = answer.substr(blank + 1, end - blank - 1);
-            at_its_end = unavailable("stopped").what();
-            answer.erase(0, end + 1);
-        }
     }
     if (!more || answer.empty()) {
-        throw std::runtime_error(more ? at_its_end : otherwise);
+        throw unavailable(more ? "stopped" : "does not answer");
     }
     if (answer.back() != '\0') {
         throw unavailable("closed the connection within its answer");

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <functional>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -14,10 +15,15 @@ namespace vorsim::client {
 // How long a gateway may take to go on with a request.
 inline constexpr std::chrono::milliseconds patience{10000};
 
+// No gateway runs in the directory: exit code 4.
+struct NotRunning : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
 // A connection that carries one request: a line, and possibly a document.
 class Connection {
 public:
-    // Throws if no gateway runs in the directory; a UsageError first, if the line is invalid.
+    // Throws NotRunning; a UsageError first, if the line is invalid.
     explicit Connection(const std::string& line, std::chrono::milliseconds within,
                         const std::optional<std::string>& document = {});
 

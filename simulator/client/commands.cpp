@@ -26,8 +26,29 @@ using Arguments = std::vector<std::string>;
 
 constexpr Handler handler_rows[] = {
     {"watch", "[--json] [--ids] [--color WHEN] [FILTER]...", "print messages as they arrive", watch, true},
+    {"wait", "[OPTION]... LINE",
+     "wait until a message was accepted that LINE describes as\n"
+     "vorsim prints it; --count N, --status N, --next (from\n"
+     "now on), --within T (500ms, 2m; default 10s)",
+     wait, true},
+    {"wait", "[OPTION]... --call NAME [--object O]", "the same for any values", wait, true},
+    {"wait", "--ready [--within T]", "wait until the gateway answers", wait, true},
+    {"expect", "[OPTION]... FILE|-",
+     "check that exactly the messages in FILE, one a line,\n"
+     "have arrived since the start or the last reset;\n"
+     "--any-order, --subset (others may have, too),\n"
+     "--allow-complaints, --within T, --json, --color WHEN",
+     expect, true},
+    {"expect", "--record FILE", "write the messages that have arrived to FILE", expect, true},
+    {"run", "[OPTION]... [--] COMMAND [ARGUMENT]...",
+     "run COMMAND against a gateway of its own; OPTIONs are\n"
+     "the ones above and --expect FILE, with the options of\n"
+     "expect, --timeout T, and --lines, which prints the\n"
+     "gateway's lines on standard error",
+     run_command, false},
     {"decode", "[--json] [--bytes] [--ids] [--color WHEN] [FILTER]... FILE", "print a journal", decode, false},
-    {"replay", "[--state FILE] FILE", "send a journal's requests again, compare the answers", replay, false},
+    {"replay", "[--state FILE] [--ignore-readings] [FILTER]... FILE",
+     "send a journal's requests again, compare the answers", replay, false},
 };
 
 // The line, as the gateway reads it.
@@ -108,16 +129,15 @@ try {
     // On one line, or indented; the gateway's own limits are lower.
     const std::string text = vor::content_of(file, {.line = vor::Bounds().file});
     vor::Json state = vor::Json::parse(text, {.bytes = text.size(), .members = 1 << 16});
-    if (!state.is_object() || state.value("schema", 0) != 1 || !state.contains("managers")) {
-        throw vor::JsonError("");
+    const vor::Json* const schema = state.find("schema");
+    if (schema == nullptr || *schema != vor::Json(1)) {
+        throw vor::JsonError("not a state of schema 1");
     }
     return state;
 } catch (const vor::FileError& error) {
     throw std::runtime_error(fmt::format("cannot read {}: {}", file, error.what()));
-} catch (const vor::JsonLimit& limit) {
-    throw std::runtime_error(fmt::format("{}: {}", file, limit.what()));
-} catch (const vor::JsonError&) {
-    throw std::runtime_error(fmt::format("{} is not a state file of schema 1", file));
+} catch (const vor::JsonError& error) {
+    throw std::runtime_error(fmt::format("{}: {}", file, error.what()));
 }
 
 void print(const std::string& text)

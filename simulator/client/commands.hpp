@@ -28,6 +28,9 @@ struct Handler {
 };
 std::span<const Handler> handlers();
 int watch(const std::vector<std::string>& arguments);
+int wait(const std::vector<std::string>& arguments);
+int expect(const std::vector<std::string>& arguments);
+int run_command(const std::vector<std::string>& arguments);
 int decode(const std::vector<std::string>& arguments);
 int replay(const std::vector<std::string>& arguments);
 

@@ -54,6 +54,7 @@ int decode(const std::vector<std::string>& arguments)
     if (path.empty()) {
         throw server::UsageError("needs FILE");
     }
+    filter.check();
     const record::LineStyle style = how.style();
     record::JournalReader journal(path);
     while (const auto line = journal.next()) {

@@ -33,16 +33,21 @@ and SIGINT stop it.
 
 Exit status:
   0  stopped, or the command succeeded
-  1  the command failed, no gateway is running, the journal could not be
-     written, or a replay found differences
+  1  the command failed, a check or a replay found differences, or the journal
+     could not be written
   2  invalid usage, rule or environment, or the gateway could not start
   3  --strict: a message was refused, malformed or foreign
+  4  no gateway is running in the directory
+
+vorsim run exits as COMMAND did, or with 1 if only the check failed, 124 after a
+timeout, 125 if the gateway could not start, 126 or 127 if COMMAND could not be
+run, and 128+N if signal N ended it.
 )";
 
 // The name that each group begins with.
 constexpr std::pair<std::string_view, std::string_view> headings[] = {
-    {"--sap", "Gateway"}, {"--journal", "Output"},  {"--http", "Page"},     {"--help", "Other"},
-    {"show", "Look"},     {"fault add", "Control"}, {"decode", "Journals"},
+    {"--sap", "Gateway"}, {"--journal", "Output"},  {"--http", "Page"}, {"--help", "Other"},    {"show", "Look"},
+    {"wait", "Check"},    {"fault add", "Control"}, {"run", "Tests"},   {"decode", "Journals"},
 };
 
 constexpr std::size_t about_at = 26;
@@ -51,8 +56,9 @@ void add_row(std::string& text, std::string_view name, std::string_view operands
 {
     const auto* const heading =
         std::ranges::find(headings, name, &std::pair<std::string_view, std::string_view>::first);
-    if (heading != std::end(headings)) {
-        text += fmt::format("\n{}:\n", heading->second);
+    const std::string above = heading != std::end(headings) ? fmt::format("\n{}:\n", heading->second) : "";
+    if (text.find(above) == text.npos) { // a name has a row for each of its forms
+        text += above;
     }
     const std::string left = fmt::format("  {}{}{}", name, operands.empty() ? "" : " ", operands);
     const std::string indent(about_at, ' ');

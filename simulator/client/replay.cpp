@@ -15,8 +15,10 @@
 #include "client/ask.hpp"
 #include "client/commands.hpp"
 #include "record/bytes.hpp"
+#include "record/filter.hpp"
 #include "record/reader.hpp"
 #include "server/control.hpp"
+#include "server/options.hpp"
 #include "sockets/endpoint.hpp"
 #include "text/json.hpp"
 #include "text/text.hpp"
@@ -51,10 +53,15 @@ std::string bytes_in(const std::optional<std::string>& text, const char* name)
     return *bytes;
 }
 
+enum class Show : std::uint8_t { values, size };
+
 // "id 0x7003 status 0"
-std::string answer_text(vor_uint32 id, std::string_view payload)
+std::string answer_text(vor_uint32 id, std::string_view payload, Show show)
 {
     std::int32_t status = 0;
+    if (show == Show::size) {
+        return fmt::format("id {:#x} {} bytes", id, payload.size());
+    }
     if (payload.size() == sizeof status) {
         std::memcpy(&status, payload.data(), sizeof status);
         return fmt::format("id {:#x} status {}", id, status);
@@ -84,7 +91,7 @@ public:
                       reinterpret_cast<const sockaddr*>(&to), sizeof to) >= 0;
     }
 
-    std::string exchange(const values::Record& record)
+    std::string exchange(const values::Record& record, Show show)
     {
         const std::string meta_data = bytes_in(record.meta_data, "meta_data");
         const std::string payload = bytes_in(record.payload, "payload");
@@ -101,11 +108,11 @@ public:
         if (!send(header.ipc_dest_id, head + meta_data + payload)) {
             return fmt::format("not delivered ({})", std::strerror(errno));
         }
-        return record.awaits ? receive() : no_answer;
+        return record.awaits ? receive(show) : no_answer;
     }
 
 private:
-    std::string receive()
+    std::string receive(Show show)
     {
         pollfd waiting{endpoint_.descriptor(), POLLIN, 0};
         std::array<char, sizeof(VOR_IPC_MSG_HDR) + VORINFRA_DATA_MAX> bytes; // NOLINT: filled by the receive
@@ -120,9 +127,9 @@ private:
                 return refused; // no answer has meta-data
             }
             if (header.flag == (answer_bit | sequence_)) {
-                return answer_text(
-                    header.opcode,
-                    std::string_view(bytes.data(), static_cast<std::size_t>(size)).substr(sizeof header));
+                return answer_text(header.opcode,
+                                   std::string_view(bytes.data(), static_cast<std::size_t>(size)).substr(sizeof header),
+                                   show);
             }
         }
         return no_answer;
@@ -166,15 +173,33 @@ private:
     sockets::Descriptor socket_;
 };
 
+struct ReplayOptions {
+    std::string state; // empty: none
+    bool ignore_readings = false;
+    record::Filter filter;
+};
+constexpr vor::OptionOf<ReplayOptions> replay_options[] = {
+    {{"--state", "FILE", ""}, vor::taken_as<&ReplayOptions::state>},
+    {{"--ignore-readings", "", ""}, vor::taken_as<&ReplayOptions::ignore_readings>},
+};
+
 class Replay {
 public:
-    explicit Replay(const std::string& path) : journal_(path) {}
+    Replay(const std::string& path, const ReplayOptions& options) : journal_(path), options_(options) {}
 
     void run()
     {
         while (const auto line = journal_.next()) {
             if (line->record.seq == 0) {
                 throw std::runtime_error(fmt::format("{}: not a journal record", journal_.place(*line)));
+            }
+            const bool message = line->record.kind == values::Record::Kind::message;
+            if (!message && !line->record.via.empty()) {
+                continue; // it came from a manager
+            }
+            if (!options_.filter.passes(line->record)) {
+                ++left_out_;
+                continue;
             }
             try {
                 send_again(*line);
@@ -200,9 +225,10 @@ public:
 
     int end() const
     {
-        print(fmt::format("vorsim: {} sent again, {}{}\n", vor::counted(sent_, "message"),
+        print(fmt::format("vorsim: {} sent again, {}{}{}\n", vor::counted(sent_, "message"),
                           differences_ == 0 ? "no difference" : vor::counted(differences_, "difference"),
-                          skipped_ == 0 ? "" : fmt::format(", {} skipped", vor::counted(skipped_, "line"))));
+                          skipped_ == 0 ? "" : fmt::format(", {} skipped", vor::counted(skipped_, "line")),
+                          left_out_ == 0 ? "" : fmt::format(", {} left out by the filter", left_out_)));
         return differences_ + skipped_ == 0 ? 0 : 1;
     }
 
@@ -244,11 +270,12 @@ private:
     void compare_message(const record::JournalLine& line)
     {
         const values::Record& record = line.record;
+        const Show show = options_.ignore_readings && !record.answer_values.empty() ? Show::size : Show::values;
         std::string was = record.refused ? refused : no_answer;
         if (record.answer_id && record.delivered) {
-            was = answer_text(*record.answer_id, bytes_in(record.answer_payload, "answer_payload"));
+            was = answer_text(*record.answer_id, bytes_in(record.answer_payload, "answer_payload"), show);
         }
-        const std::string is = sender(record.source).exchange(record);
+        const std::string is = sender(record.source).exchange(record, show);
         if (was != is && record.delivered) {
             report(fmt::format("{}: {}", journal_.place(line), name(record)), was, is);
         }
@@ -276,10 +303,12 @@ private:
     Sender& sender(vor_uint16 sap) { return senders_.try_emplace(sap, sap).first->second; }
 
     record::JournalReader journal_;
+    const ReplayOptions& options_;
     std::map<vor_uint16, Sender> senders_;
     Konfd konfd_;
     std::uint64_t sent_ = 0;
     std::uint64_t skipped_ = 0;
+    std::uint64_t left_out_ = 0;
     std::uint64_t differences_ = 0;
 };
 
@@ -306,32 +335,36 @@ void compare_held(Replay& replay, const Json* was, const Json* is, const std::st
     }
 }
 
-struct Compared {
-    std::string state; // empty: none
-};
-constexpr vor::OptionOf<Compared> replay_options[] = {{{"--state", "FILE", ""}, vor::taken_as<&Compared::state>}};
-
 } // namespace
 
 int replay(const std::vector<std::string>& arguments)
 {
-    Compared compared;
-    vor::Operands operands(arguments);
-    operands.take_option(replay_options, compared);
-    const std::string path = operands.take("FILE");
-    operands.end();
-    const std::string& state = compared.state;
-    Json held;
-    if (!state.empty()) {
-        held = state_in(state);
+    ReplayOptions options;
+    std::string path;
+    for (vor::Operands operands(arguments); !operands.empty();) {
+        if (!operands.take_option(replay_options, options) &&
+            !operands.take_option(record::filter_options, options.filter)) {
+            if (!path.empty()) {
+                operands.end();
+            }
+            path = operands.take("FILE");
+        }
     }
-    Replay replay(path);
+    options.filter.check();
+    if (path.empty()) {
+        throw server::UsageError("needs FILE");
+    }
+    Json held;
+    if (!options.state.empty()) {
+        held = state_in(options.state);
+    }
+    Replay replay(path, options);
     replay.run();
-    if (!state.empty()) {
+    if (!options.state.empty()) {
         const std::string shown = ask("show --json");
         const Json now = Json::parse(shown, {.members = 1 << 16});
         for (const char* part : {"managers", "konfd"}) {
-            compare_held(replay, &held.at(part), &now.at(part), part);
+            compare_held(replay, held.find(part), &now.at(part), part);
         }
     }
     return replay.end();

@@ -3,12 +3,11 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <set>
 
 #include <fmt/core.h>
-#include <fnmatch.h>
 
-#include "tables/managers.hpp"
+#include "gateway/gateway.hpp"
+#include "tables/names.hpp"
 #include "text/file.hpp"
 #include "text/nearest.hpp"
 #include "text/parse.hpp"
@@ -56,32 +55,14 @@ std::optional<std::uint32_t> chance_in(std::string_view text)
 {
     double percent = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), percent);
-    const bool good = error == std::errc{} && std::string_view(end, text.data() + text.size()) == "%" && percent > 0 &&
-                      percent <= 100;
+    const bool good = error == std::errc{} && std::string_view(end, text.data() + text.size()) == "%" &&
+                      percent >= 0.0001 && percent <= 100;
     return good ? std::optional(static_cast<std::uint32_t>(std::lround(percent * 10'000))) : std::nullopt;
-}
-
-std::vector<std::string> who_names()
-{
-    std::vector<std::string> names{"any", "konfd"};
-    for (const tables::Manager& manager : tables::managers) {
-        names.emplace_back(manager.name);
-    }
-    return names;
-}
-
-std::vector<std::string> call_names()
-{
-    std::set<std::string> names;
-    for (const tables::ListedRow& listed : tables::all_rows()) {
-        names.emplace(listed.row->call);
-    }
-    return {names.begin(), names.end()};
 }
 
 using Kind = Action::Kind;
 
-enum class Operand : std::uint8_t { none, integer, natural, time, text };
+enum class Operand : std::uint8_t { none, status, natural, time, text };
 
 struct ActionRow {
     std::string_view words;
@@ -94,7 +75,7 @@ struct ActionRow {
 
 constexpr char a_time[] = "a time such as 20ms, 4s or 2min";
 constexpr ActionRow actions[] = {
-    {"status", Kind::status, true, false, Operand::integer, "a status such as 7"},
+    {"status", Kind::status, true, false, Operand::status},
     {"id low", Kind::id_low, true, false},
     {"id high", Kind::id_high, true, false},
     {"id", Kind::id, true, false, Operand::natural, "low, high or an id such as 0x7003"},
@@ -135,8 +116,10 @@ public:
         while (!take(":")) {
             read_condition();
         }
+        check_names();
         const std::size_t action = at_;
         read_action();
+        check_action(tokens_[action].column);
         rule_.action_text = text_of(action, at_);
         if (take(",")) {
             read_end();
@@ -173,7 +156,7 @@ private:
         const bool at_end = !found.quoted && found.text.empty();
         throw RuleError(fmt::format("unexpected {}; expected {}{}",
                                     at_end ? "end of the rule" : vor::quoted(found.text), what,
-                                    vor::suggestion(vor::nearest(found.text, known))),
+                                    at_end ? "" : vor::suggestion(vor::nearest(found.text, known))),
                         found.column);
     }
 
@@ -201,7 +184,20 @@ private:
         } else if (take("SAP")) {
             condition.sap = sap();
         } else {
-            condition.sap = read(sap_named(plain()), "a manager, SAP N, any or konfd", who_names());
+            condition.sap = manager();
+        }
+    }
+
+    std::uint16_t manager()
+    {
+        constexpr std::string_view others[] = {"any", "konfd"};
+        if (plain().empty() || plain() == ":") {
+            expected("a manager, SAP N, any or konfd");
+        }
+        try {
+            return read(std::optional(tables::checked_sap(plain(), others)), "");
+        } catch (const tables::NameError& error) {
+            throw RuleError(error.what(), here().column);
         }
     }
 
@@ -231,6 +227,7 @@ private:
             if (!condition.object.empty() || token.text.empty()) {
                 expected(konfd ? "only one text" : "only one object");
             }
+            object_column_ = token.column;
             condition.object = tokens_[at_++].text;
         } else if (take("every")) {
             read_when(Condition::When::every_nth, ordinal_in(here().text), "2nd, 3rd, 4th ...");
@@ -248,24 +245,68 @@ private:
             condition.id = id;
             ++at_;
         } else if (!konfd && !condition.id && condition.call.empty() && token.text.find('_') != token.text.npos) {
-            read_call();
+            call_column_ = token.column;
+            condition.call = tokens_[at_++].text;
+        } else if (konfd) {
+            expected("\"TEXT\", Nth, every Nth, chance N% or a colon", {"every", "chance"});
         } else {
-            expected(konfd ? "\"TEXT\", Nth, every Nth, chance N% or a colon"
-                           : "a call, an id, \"OBJECT\", from SAP N, Nth, every Nth, chance N% or a colon");
+            expected("a call, an id, \"OBJECT\", from SAP N, Nth, every Nth, chance N% or a colon",
+                     {"every", "chance", "from"});
         }
     }
 
-    void read_call()
+    // The messages that the rule is about, which must be able to come.
+    void check_names()
     {
-        const std::vector<std::string> known = call_names();
-        const std::string& name = here().text;
-        const bool is_known = std::ranges::any_of(known, [&](const std::string& call) {
-            return fnmatch(name.c_str(), call.c_str(), 0) == 0 || fnmatch(call.c_str(), name.c_str(), 0) == 0;
-        });
-        if (!is_known) {
-            expected("a call that sends a message", known);
+        const Condition& condition = rule_.condition;
+        if (condition.who == Condition::Who::konfd) {
+            return;
         }
-        rule_.condition.call = tokens_[at_++].text;
+        std::size_t column = call_column_;
+        try {
+            if (condition.who == Condition::Who::manager) {
+                about_.of(condition.sap);
+            }
+            if (!condition.call.empty()) {
+                about_.call(condition.call);
+            }
+            column = object_column_;
+            if (!condition.object.empty()) {
+                about_.object(condition.object);
+            }
+        } catch (const tables::NameError& error) {
+            throw RuleError(error.what(), column);
+        }
+    }
+
+    // Those that the tables have. Messages that they do not have are answered, too, and have no call and no object.
+    std::vector<const tables::MessageRow*> rows() const
+    {
+        std::vector<const tables::MessageRow*> rows(about_.rows().begin(), about_.rows().end());
+        std::erase_if(rows, [id = rule_.condition.id](const auto* row) { return id && row->exchange.id != *id; });
+        return rows;
+    }
+
+    void check_action(std::size_t column)
+    {
+        const Condition& condition = rule_.condition;
+        const Action& action = rule_.action;
+        if (condition.who == Condition::Who::konfd) {
+            return;
+        }
+        const bool known = !condition.call.empty() || !condition.object.empty();
+        std::size_t longest = known ? 0 : gateway::status_size;
+        for (const tables::MessageRow* row : rows()) {
+            longest = std::max(longest, gateway::answer_size(*row));
+        }
+        if (longest == 0 && !action.acts_on_one_way()) {
+            throw RuleError("a one-way message has no answer; expected refuse or die TIME", column);
+        }
+        if (action.kind == Kind::short_payload && action.number >= static_cast<std::int64_t>(longest)) {
+            throw RuleError(fmt::format("short must be 0 to {}, since the answer has {}, not {}", longest - 1,
+                                        vor::counted(longest, "byte"), action.number),
+                            column);
+        }
     }
 
     bool take_words(std::string_view words)
@@ -285,13 +326,23 @@ private:
         const auto row = std::ranges::find_if(
             actions, [&](const ActionRow& one) { return (konfd ? one.konfd : one.manager) && take_words(one.words); });
         if (row == std::end(actions)) {
-            expected(action_names(konfd));
+            std::vector<std::string> known;
+            for (const ActionRow& one : actions) {
+                if (konfd ? one.konfd : one.manager) {
+                    known.emplace_back(one.words);
+                } else if (take_words(one.words)) { // no misspelling
+                    --at_;
+                    expected(action_names(konfd));
+                }
+            }
+            expected(action_names(konfd), known);
         }
         Action& action = rule_.action;
         action.kind = row->kind;
         switch (row->operand) {
-        case Operand::integer:
-            action.number = read(number_in<std::int32_t>(plain()), row->expected);
+        case Operand::status:
+            action.number = status();
+            read_more_statuses();
             break;
         case Operand::natural:
             action.number = read(number_in<std::uint32_t>(plain()), row->expected);
@@ -308,10 +359,36 @@ private:
         }
     }
 
+    std::int32_t status() { return read(number_in<std::int32_t>(plain()), "a status such as 7"); }
+
+    // ", 2, 3" or ", 2, then 0": each in turn, the one after "then" for ever.
+    void read_more_statuses()
+    {
+        std::vector<std::int32_t>& script = rule_.action.script;
+        bool last = false;
+        while (!last && is(at_, ",")) {
+            last = is(at_ + 1, "then");
+            const bool another = number_in<std::int32_t>(tokens_[at_ + 1].text) && !is(at_ + 2, "times");
+            if (!last && !another) {
+                break;
+            }
+            at_ += last ? 2 : 1;
+            if (script.empty()) {
+                script.push_back(static_cast<std::int32_t>(rule_.action.number));
+            }
+            script.push_back(status());
+        }
+        if (!script.empty() && !last) {
+            rule_.end.times = static_cast<std::uint32_t>(script.size());
+        }
+    }
+
     void read_end()
     {
         if (take("for")) {
             rule_.end.time = time();
+        } else if (!rule_.action.script.empty()) {
+            expected("for TIME, since a list of statuses has its own end");
         } else if (take("once")) {
             rule_.end.times = 1;
         } else if (take("twice")) {
@@ -330,16 +407,13 @@ private:
     std::string_view line_;
     std::vector<vor::Word> tokens_;
     std::size_t at_ = 0;
+    std::size_t call_column_ = 1;
+    std::size_t object_column_ = 1;
+    tables::Selection about_;
     Rule rule_;
 };
 
 } // namespace
-
-std::optional<std::uint16_t> sap_named(std::string_view name)
-{
-    const auto found = std::ranges::find(tables::managers, name, &tables::Manager::name);
-    return found != tables::managers.end() ? std::optional(found->sap) : number_in<std::uint16_t>(name);
-}
 
 Rule parse_rule(std::string_view line)
 {

@@ -1,6 +1,8 @@
 // parse.hpp: rules as sentences.
 //
 //   WHO [CALL|ID] ["OBJECT"] [from SAP N] [Nth | every Nth | chance N%]: ACTION[, END]
+//
+// A rule that could never act is refused.
 #pragma once
 
 #include <stdexcept>
@@ -26,8 +28,5 @@ struct BadFile : std::runtime_error {
 
 // One rule per line; # begins a comment. Throws a BadFile, or a runtime_error if the file cannot be read.
 std::vector<Rule> read_rules(const std::string& file);
-
-// A manager's name, "SAP N" or "N".
-std::optional<std::uint16_t> sap_named(std::string_view name);
 
 } // namespace vorsim::faults

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vorsim::faults {
 
@@ -59,10 +60,13 @@ struct Action {
     Kind kind{};
     std::int64_t number{}; // a status, an id, bytes
     Milliseconds time{};
-    std::string text{}; // konfd's answer
+    std::string text{};                 // konfd's answer
+    std::vector<std::int32_t> script{}; // statuses in turn; the last one stays
 
     // Whether it also acts on messages that await no answer.
     bool acts_on_one_way() const { return kind == Kind::refuse || kind == Kind::die; }
+    // Whether it takes the manager's place, who is not asked.
+    bool acts_instead() const { return kind == Kind::status || acts_on_one_way(); }
 };
 
 struct End {

@@ -1,10 +1,11 @@
 #include "faults/rule_list.hpp"
 
+#include <algorithm>
 #include <stdexcept>
 
 #include <fmt/core.h>
-#include <fnmatch.h>
 
+#include "tables/names.hpp"
 #include "text/text.hpp"
 
 namespace vorsim::faults {
@@ -19,14 +20,9 @@ bool Condition::matches(const Subject& subject) const
     if (subject.konfd || who == Who::konfd) {
         return subject.konfd && who == Who::konfd && subject.object.find(object) != subject.object.npos;
     }
-    // A row's call and a rule's may both be patterns.
-    const auto fits = [](const std::string& pattern, const std::string& name) {
-        return fnmatch(pattern.c_str(), name.c_str(), 0) == 0;
-    };
-    const std::string sent(subject.call);
     return (who == Who::any || sap == subject.sap) && id.value_or(subject.id) == subject.id &&
-           (call.empty() || fits(call, sent) || fits(sent, call)) && (object.empty() || object == subject.object) &&
-           client.value_or(subject.client) == subject.client;
+           (call.empty() || tables::same_call(call, std::string(subject.call))) &&
+           (object.empty() || object == subject.object) && client.value_or(subject.client) == subject.client;
 }
 
 std::string DueRule::text() const
@@ -75,8 +71,12 @@ std::optional<DueRule> RuleList::due(const Subject& subject, Time now)
         }
         ++entry.matched;
         if (entry.is_due() && !due) {
-            ++entry.acted;
             due = DueRule{number, entry.rule};
+            if (Action& action = due->rule.action; !action.script.empty()) {
+                action.number = action.script[static_cast<std::size_t>(
+                    std::min<std::uint64_t>(entry.acted, action.script.size() - 1))];
+            }
+            ++entry.acted;
         }
     }
     return due;

@@ -45,26 +45,6 @@ std::string text_of(const tables::Field* field, const values::Scalar& scalar)
     return plain ? vor::escaped(*text) : vor::quoted(*text, values::longest_in_line);
 }
 
-// The object's text with the values in place of their names.
-std::string object_of(std::string_view pattern, const std::vector<values::Value>& values)
-{
-    std::string object;
-    while (!pattern.empty()) {
-        const std::size_t open = std::min(pattern.find('{'), pattern.size());
-        object += pattern.substr(0, open);
-        if (open == pattern.size()) {
-            break;
-        }
-        const std::size_t close = pattern.find('}', open);
-        const auto value = std::ranges::find(values, pattern.substr(open + 1, close - open - 1), &values::Value::name);
-        const auto* const held = value->held<std::string>();
-        const std::string text = held != nullptr ? vor::escaped(*held) : value->text;
-        object += text.empty() ? "\"\"" : text;
-        pattern.remove_prefix(close + 1);
-    }
-    return object;
-}
-
 } // namespace
 
 values::Value value_of(const tables::MessageRow& row, const tables::Field* field,
@@ -104,6 +84,25 @@ Decoded decode(std::uint16_t sap, const Match& match, bool show_secrets)
     }
     decoded.object = object_of(row.object, decoded.values);
     return decoded;
+}
+
+std::string object_of(std::string_view pattern, const std::vector<values::Value>& values)
+{
+    std::string object;
+    while (!pattern.empty()) {
+        const std::size_t open = std::min(pattern.find('{'), pattern.size());
+        object += pattern.substr(0, open);
+        if (open == pattern.size()) {
+            break;
+        }
+        const std::size_t close = pattern.find('}', open);
+        const auto value = std::ranges::find(values, pattern.substr(open + 1, close - open - 1), &values::Value::name);
+        const auto* const held = value->held<std::string>();
+        const std::string text = held != nullptr ? vor::escaped(*held) : value->text;
+        object += text.empty() ? "\"\"" : text;
+        pattern.remove_prefix(close + 1);
+    }
+    return object;
 }
 
 std::int32_t Decoded::number(std::string_view name) const

@@ -35,6 +35,9 @@ Decoded decode(std::uint16_t sap, const Match& match, bool show_secrets);
 values::Value value_of(const tables::MessageRow& row, const tables::Field* field,
                        std::variant<values::Scalar, values::List> data);
 
+// The object's text with the values in place of their names.
+std::string object_of(std::string_view pattern, const std::vector<values::Value>& values);
+
 // "name=value ...", without the values that the object holds.
 std::string values_text(const std::vector<values::Value>& values);
 

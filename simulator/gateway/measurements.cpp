@@ -1,6 +1,7 @@
 #include "gateway/measurements.hpp"
 
 #include <algorithm>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -25,12 +26,25 @@ Measurements::Stream& Measurements::stream(std::string_view name, std::uint64_t 
     return streams_.size() < most_streams ? streams_.emplace(name, fresh).first->second : unkept_.emplace(fresh);
 }
 
+std::uint64_t Measurements::Stream::read()
+{
+    const std::uint64_t now = value;
+    if (!coming.empty()) {
+        value = coming.back();
+        coming.pop_back();
+    } else {
+        set = !then_released;
+    }
+    return now;
+}
+
 std::uint64_t Measurements::count(std::string_view name, std::uint64_t step)
 {
     Stream& counts = stream(name, 1000 * step);
-    if (!std::exchange(counts.set, false)) {
-        counts.value += speed_ * (1 + counts.random.draw(step));
+    if (counts.set) {
+        return counts.read();
     }
+    counts.value += speed_ * (1 + counts.random.draw(step));
     return counts.value;
 }
 
@@ -41,7 +55,7 @@ std::int64_t Measurements::measure(std::string_view name, std::int32_t middle, s
     const bool known = is_known(name);
     Stream& measured = stream(name, static_cast<std::uint64_t>(most - least + 1));
     if (measured.set) {
-        return static_cast<std::int64_t>(measured.value);
+        return static_cast<std::int64_t>(measured.read());
     }
     auto value = static_cast<std::int64_t>(measured.value) + (known ? 0 : least);
     // Always changes: a constant measurement looks like a dead sensor.
@@ -52,20 +66,22 @@ std::int64_t Measurements::measure(std::string_view name, std::int32_t middle, s
     return value;
 }
 
-std::int64_t Measurements::constant(std::string_view name, std::int64_t value) const
+std::int64_t Measurements::constant(std::string_view name, std::int64_t value)
 {
     const auto found = streams_.find(name);
-    return found != streams_.end() && found->second.set ? static_cast<std::int64_t>(found->second.value) : value;
+    return found != streams_.end() && found->second.set ? static_cast<std::int64_t>(found->second.read()) : value;
 }
 
-void Measurements::set(std::string_view name, std::uint64_t value)
+void Measurements::set(std::string_view name, const std::vector<std::uint64_t>& values, bool then_released)
 {
     if (!is_known(name) && streams_.size() == most_streams) {
         throw std::runtime_error(fmt::format("at most {} readings can be set; vorsim reset clears them", most_streams));
     }
     Stream& reading = stream(name, 1);
-    reading.value = value;
+    reading.value = values.front();
+    reading.coming.assign(values.rbegin(), std::prev(values.rend()));
     reading.set = true;
+    reading.then_released = then_released;
 }
 
 void Measurements::release(std::string_view name)
@@ -74,6 +90,18 @@ void Measurements::release(std::string_view name)
     if (found != streams_.end()) {
         found->second.set = false;
     }
+}
+
+std::vector<Measurements::Held> Measurements::held() const
+{
+    std::vector<Held> all;
+    for (const auto& [name, stream] : streams_) {
+        if (stream.set) {
+            Held& held = all.emplace_back(Held{name, {stream.value}, stream.then_released});
+            held.values.insert(held.values.end(), stream.coming.rbegin(), stream.coming.rend());
+        }
+    }
+    return all;
 }
 
 } // namespace vorsim::gateway

@@ -5,6 +5,8 @@
 
 #include <fmt/core.h>
 
+#include "text/text.hpp"
+
 namespace vorsim::konfd {
 namespace {
 
@@ -39,12 +41,27 @@ Reply Konfd::refuse(const std::string& why)
     return reply_to("(unread)", why);
 }
 
+// Names the first line of the path that is not there.
+std::string Konfd::missing_in(const Path& path) const
+{
+    Path known;
+    for (const std::string& word : path) {
+        known.push_back(word);
+        if (tree_.find(known) == nullptr) {
+            break;
+        }
+    }
+    const std::string& first = known.back();
+    return fmt::format("no line {}, which must be set before what is under it",
+                       vor::quoted(settings_.show_secrets ? first : without_secret(first), values::longest_in_line));
+}
+
 std::string Konfd::carry_out(const Command& command, Work& work, std::string& shown)
 {
     const bool changes = command.operation == 's' || command.operation == 'u';
     const Tree::Node* const parent = tree_.find(command.path);
     if (changes && !settings_.lenient && parent == nullptr) {
-        return "no such path";
+        return missing_in(command.path);
     }
     static const std::vector<Tree::Node> none;
     const std::vector<Tree::Node>& nodes = parent != nullptr ? parent->children : none;
@@ -78,7 +95,7 @@ std::string Konfd::carry_out(const Command& command, Work& work, std::string& sh
         why = not_there;
     }
     if (command.show) {
-        shown += text(command.path);
+        shown += dump_of(lines(command.path));
         if (shown.size() > most_shown && command.operation == 0) {
             return fmt::format("output longer than {} bytes", most_shown);
         }

@@ -39,6 +39,7 @@ public:
 private:
     // Adds the command's output. Returns why it failed; empty: success.
     std::string carry_out(const Command& command, Work& work, std::string& shown);
+    std::string missing_in(const Path& path) const;
 
     Settings settings_;
     Tree tree_;

@@ -123,4 +123,14 @@ std::string text_of(const std::vector<Tree::Node>& lines, std::size_t depth)
     return text;
 }
 
+std::string dump_of(const std::vector<Tree::Node>& lines, std::size_t depth)
+{
+    std::string text;
+    for (const Tree::Node& node : lines) {
+        const std::string priority = node.priority != 0 ? fmt::format(" -p {}", node.priority) : "";
+        text += fmt::format("{:{}}\"{}\"{}\n", "", 2 * depth, node.line, priority) + dump_of(node.children, depth + 1);
+    }
+    return text;
+}
+
 } // namespace vorsim::konfd

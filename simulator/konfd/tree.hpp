@@ -36,7 +36,9 @@ private:
     Node root_;
 };
 
-// Lines of text, two blanks deeper for each level.
+// Lines of text for people, two blanks deeper for each level.
 std::string text_of(const std::vector<Tree::Node>& lines, std::size_t depth = 0);
+// The same as -s -l takes them: quoted, byte for byte, with a priority other than 0.
+std::string dump_of(const std::vector<Tree::Node>& lines, std::size_t depth = 0);
 
 } // namespace vorsim::konfd

@@ -16,6 +16,8 @@ struct Filter {
     std::optional<std::string> source;
     bool complaints = false; // only those that --strict reports
 
+    // Throws an OptionError about an unknown name.
+    void check() const;
     bool passes(const values::Record& record) const;
 };
 

@@ -48,9 +48,11 @@ void each_member(AnyRecord& record, Visit visit, bool bytes)
         if_kept("meta_data", record.meta_data);
         if_kept("payload", record.payload);
         visit("refused", record.refused, record.refused);
+        if_any("via", record.via);
         visit("answer_id", Hexadecimal{record.answer_id}, bytes && record.answer_id.has_value());
         if_kept("answer_payload", record.answer_payload);
         if_any("line", record.line);
+        visit("accepted", record.accepted, true);
         visit("complained", record.complained, true);
         break;
     case Kind::konfd:
@@ -60,6 +62,7 @@ void each_member(AnyRecord& record, Visit visit, bool bytes)
         if_any("complaint", record.complaint);
         if_any("shown", record.shown);
         if_known("fault", record.fault);
+        visit("accepted", record.accepted, true);
         visit("complained", record.complained, true);
         if_kept("text", record.text);
         if_kept("answer_text", record.answer_text);
@@ -69,6 +72,7 @@ void each_member(AnyRecord& record, Visit visit, bool bytes)
     default:
         visit("sap", record.sap, true);
         visit(record.kind == Kind::foreign ? "foreign" : "malformed", record.why, true);
+        if_any("via", record.via);
         if_kept("datagram", record.datagram);
         if_any("line", record.line);
     }

@@ -16,15 +16,7 @@ namespace {
 
 using vor::Color;
 
-constexpr std::size_t verdict_width = 9;
 constexpr std::string_view between = "  ";
-
-struct Columns {
-    std::string verdict;
-    std::string manager;
-    std::string call;
-    std::string text;
-};
 
 std::string verdict_of(const values::Record& record)
 {
@@ -33,7 +25,8 @@ std::string verdict_of(const values::Record& record)
         return "NO ANSWER";
     }
     if (record.complained) {
-        return record.awaits ? fmt::format("REFUSED {}", record.status.value_or(0)) : "REFUSED";
+        const std::string_view verdict = record.via.empty() ? "REFUSED" : "INVALID";
+        return record.awaits && record.status ? fmt::format("{} {}", verdict, *record.status) : std::string(verdict);
     }
     if (konfd && (record.answer == "-o" || record.answer == "-e")) {
         return fmt::format("answer {}", record.answer);
@@ -53,8 +46,9 @@ std::string text_of(const values::Record& record)
     };
     add(record.kind == values::Record::Kind::konfd ? record.commands : record.object, "");
     add(record.complaint, ": ");
-    add(gateway::values_text(record.values), ": ");
-    add(gateway::values_text(record.answer_values), text == record.object ? ": " : " ");
+    const std::string asked = gateway::values_text(record.values);
+    add(asked, ": ");
+    add(gateway::values_text(record.answer_values), asked.empty() ? ": " : " ");
     for (const std::string& note : record.notes) {
         add(fmt::format("[{}]", note), between);
     }
@@ -76,22 +70,23 @@ Columns columns_of(const values::Record& record)
     }
 }
 
-// None where the line is of an earlier version.
-std::optional<Columns> columns_in(std::string_view line)
+} // namespace
+
+Columns columns_of(std::string_view line)
 {
     std::array<std::string, 3> first;
+    std::string_view left = line;
     for (std::string& column : first) {
-        const std::size_t end = line.find(between);
-        if (end == line.npos) {
-            return {};
+        const std::size_t end = left.find(between);
+        if (end == left.npos) {
+            return {{}, {}, {}, std::string(line)};
         }
-        column = line.substr(0, end);
-        line.remove_prefix(std::min(line.find_first_not_of(' ', end), line.size()));
+        column = left.substr(0, end);
+        left.remove_prefix(std::min(left.find_first_not_of(' ', end), left.size()));
     }
-    return Columns{first[0], first[1], first[2], std::string(line)};
+    return {first[0], first[1], first[2], std::string(left)};
 }
 
-// "13:34:09.142" for "2024-05-01T12:34:09.142337Z"
 std::string local_time(const std::string& utc)
 {
     tm parts{};
@@ -103,8 +98,6 @@ std::string local_time(const std::string& utc)
     localtime_r(&seconds, &parts);
     return fmt::format("{:02}:{:02}:{:02}{:.4}", parts.tm_hour, parts.tm_min, parts.tm_sec, fraction);
 }
-
-} // namespace
 
 std::string line_of(const values::Record& record)
 {
@@ -120,19 +113,19 @@ std::string shown(const values::Record& record, const LineStyle& style, std::opt
         stamp = local_time(record.time);
     }
     const std::string front = stamp ? fmt::format("{}{}", *stamp, between) : "";
-    auto columns = columns_in(record.line);
-    if (!columns) {
+    Columns columns = columns_of(record.line);
+    if (columns.verdict.empty()) {
         return front + record.line;
     }
     if (style.ids && record.kind != values::Record::Kind::konfd) {
-        columns->manager += fmt::format(" {}", record.sap);
-        columns->manager += record.kind == values::Record::Kind::message ? fmt::format(" {:#x}", record.id) : "";
+        columns.manager += fmt::format(" {}", record.sap);
+        columns.manager += record.kind == values::Record::Kind::message ? fmt::format(" {:#x}", record.id) : "";
     }
-    const std::string verdict = fmt::format("{:<{}}{}", columns->verdict, verdict_width, between);
-    const std::string call = fmt::format("{}{}", between, columns->call);
+    const std::string verdict = fmt::format("{:<{}}{}", columns.verdict, verdict_width, between);
+    const std::string call = fmt::format("{}{}", between, columns.call);
     const std::size_t indent = std::min(front.size() + verdict.size(), screen.width / 3);
-    const std::size_t begin = front.size() + verdict.size() + columns->manager.size() + call.size() + between.size();
-    std::string text = columns->text;
+    const std::size_t begin = front.size() + verdict.size() + columns.manager.size() + call.size() + between.size();
+    std::string text = columns.text;
     std::string before_text(between);
     if (screen.width != text.npos && begin + vor::characters_in(text) > screen.width) {
         before_text = '\n' + std::string(indent, ' ');
@@ -144,7 +137,7 @@ std::string shown(const values::Record& record, const LineStyle& style, std::opt
     const bool failed = std::isupper(static_cast<unsigned char>(verdict[0])) != 0;
     const Color normal = record.fault ? Color::yellow : Color::plain;
     return screen.painted(front, Color::dim) + screen.painted(verdict, failed ? Color::red : normal) +
-           screen.painted(columns->manager, Color::dim) + call + before_text + text.substr(0, end) +
+           screen.painted(columns.manager, Color::dim) + call + before_text + text.substr(0, end) +
            screen.painted(std::string_view(text).substr(end), Color::yellow);
 }
 

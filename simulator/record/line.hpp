@@ -9,6 +9,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "text/screen.hpp"
 #include "values/record.hpp"
@@ -17,6 +18,20 @@ namespace vorsim::record {
 
 // The line as it is recorded.
 std::string line_of(const values::Record& record);
+
+inline constexpr std::size_t verdict_width = 9;
+
+struct Columns {
+    std::string verdict;
+    std::string manager;
+    std::string call;
+    std::string text;
+};
+// Of a recorded line; all but the text are empty where it is of an earlier version.
+Columns columns_of(std::string_view line);
+
+// "13:34:09.142" for a record's time.
+std::string local_time(const std::string& utc);
 
 // How recorded lines are shown.
 struct LineStyle {

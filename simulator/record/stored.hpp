@@ -26,14 +26,15 @@ vor::Json json_of(const std::vector<faults::RuleList::Listed>& rules);
 vor::Json json_of(const Counters& counters, std::uint64_t lines_lost, const gateway::State& state,
                   const konfd::Konfd& konfd);
 
-// A line of JSON for each setting and each of konfd's lines of such a document. Throws a JsonError.
+// A line of JSON for each setting and each of konfd's lines of such a document. Throws a JsonError with the place in
+// the document, as take does.
 std::vector<std::string> stored_lines(const vor::Json& document);
 // What such lines store, from the first on.
 class Storing {
 public:
     explicit Storing(const konfd::Konfd::Settings& settings) : konfd(settings) {}
 
-    // Throws for anything else, for a masked line, and where there is no more room.
+    // Throws for what no message could have set, for a masked line, and where there is no more room.
     void take(std::string_view line);
 
     gateway::State state;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -21,7 +22,7 @@ struct Running {
     World& world;
     Messages& messages;
     Control& control;
-    const Recorder& recorder;
+    Recorder& recorder;
     bool konfd_served = false;
 };
 
@@ -32,14 +33,16 @@ struct WatchRequest {
     bool json = false; // with the bytes
     record::Filter filter;
 };
-struct Wait {
-    std::string call;
-    std::string object; // empty: any
-    std::chrono::milliseconds within{10'000};
+// The messages since the start or the last reset: a line with the number of the first one, the last one up to which it
+// answers, how many of them have been forgotten, and whether there are more; then a line for each.
+struct ReceivedRequest {
+    record::Filter filter;
+    std::uint64_t after = 0;            // the number of the last that is known
+    std::chrono::milliseconds within{}; // how long to wait for one beyond it
 };
 
 struct Quit {};
 
-using Command = std::variant<Request, WatchRequest, Wait, Quit>;
+using Command = std::variant<Request, WatchRequest, ReceivedRequest, Quit>;
 
 } // namespace vorsim::server

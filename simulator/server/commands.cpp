@@ -14,6 +14,7 @@
 #include "server/messages.hpp"
 #include "server/options.hpp"
 #include "tables/managers.hpp"
+#include "tables/names.hpp"
 #include "text/json.hpp"
 #include "text/parse.hpp"
 #include "text/screen.hpp"
@@ -66,18 +67,49 @@ Json state_of(const Running& running)
     return record::json_of(world.counters, running.recorder.lines_dropped(), world.gateway.state(), world.konfd);
 }
 
+// "left to another program: gpiomgr, canmgr"; empty: none is.
+std::string left_out(const Managers& managers)
+{
+    std::vector<std::string> names;
+    for (const std::uint16_t sap : managers.left()) {
+        names.push_back(tables::manager_key(sap));
+    }
+    return names.empty() ? "" : fmt::format("left to another program: {}\n", vor::joined(names, ", "));
+}
+
 struct Show {
     bool json = false;
     std::string manager; // empty: all
     std::string object;
 
-    std::runtime_error not_found() const
+    void check(); // throws a UsageError about an unknown name
+    std::runtime_error not_found(const Running& running) const
     {
+        if (const auto sap = tables::sap_named(manager)) {
+            running.messages.managers().expect_own(*sap);
+        }
         return std::runtime_error(fmt::format("no settings of {}{}{}", manager, object.empty() ? "" : "/", object));
     }
     std::string text(const Running& running) const;
     std::string document(const Running& running) const;
 };
+
+void Show::check()
+try {
+    if (manager.empty() || (manager == "konfd" && object.empty())) {
+        return;
+    }
+    constexpr std::string_view others[] = {"konfd"};
+    const std::uint16_t sap = tables::checked_sap(manager, others);
+    manager = tables::manager_key(sap);
+    if (!object.empty()) {
+        tables::Selection rows;
+        rows.of(sap);
+        rows.object(object);
+    }
+} catch (const tables::NameError& error) {
+    throw UsageError(error.what());
+}
 
 std::string Show::text(const Running& running) const
 {
@@ -86,11 +118,12 @@ std::string Show::text(const Running& running) const
     const std::string all = world.gateway.state().text() + (lines.empty() ? "" : "konfd\n" + lines);
     if (manager.empty()) {
         const std::uint64_t dropped = running.recorder.lines_dropped();
-        return fmt::format("vorsim: {}{}\n{}", world.counters.text(),
-                           dropped > 0 ? fmt::format(", {} dropped", vor::counted(dropped, "line")) : "", all);
+        return fmt::format("vorsim: {}{}\n{}{}", world.counters.text(),
+                           dropped > 0 ? fmt::format(", {} dropped", vor::counted(dropped, "line")) : "",
+                           left_out(running.messages.managers()), all);
     }
     std::string part = section(all, manager, object);
-    return std::ranges::count(part, '\n') >= 2 ? part : throw not_found();
+    return std::ranges::count(part, '\n') >= 2 ? part : throw not_found(running);
 }
 
 std::string Show::document(const Running& running) const
@@ -101,7 +134,7 @@ std::string Show::document(const Running& running) const
     } else if (!manager.empty()) {
         const Json held = shown["managers"];
         if (!held.contains(manager) || (!object.empty() && !held[manager]["objects"].contains(object))) {
-            throw not_found();
+            throw not_found(running);
         }
         shown = object.empty() ? held[manager] : held[manager]["objects"][object];
     }
@@ -124,10 +157,11 @@ Command read_show(std::string_view text)
         show.manager = what.substr(0, slash);
         show.object = what.substr(std::min(slash + 1, what.size()));
     }
+    show.check();
     return [show](Running& running) { return show.json ? show.document(running) : show.text(running); };
 }
 
-// The state, the managers that are served and the faults in force.
+// The state, who is served, what is in force, and which messages came before the last reset.
 Command read_overview(std::string_view text)
 {
     expect_none(text);
@@ -137,14 +171,27 @@ Command read_overview(std::string_view text)
         for (const tables::Manager& manager : tables::managers) {
             served[manager.sap] = false;
         }
-        for (const auto& [sap, endpoint] : running.messages.served()) {
+        const Managers& managers = running.messages.managers();
+        for (const auto& [sap, endpoint] : managers.endpoints()) {
             served[sap] = true;
         }
         for (const auto& [sap, is_served] : served) {
-            all["served"].push_back({{"name", tables::manager_key(sap)}, {"sap", sap}, {"served", is_served}});
+            Json& manager =
+                all["served"].push_back({{"name", tables::manager_key(sap)}, {"sap", sap}, {"served", is_served}});
+            if (managers.left().contains(sap)) {
+                manager["without"] = true;
+            }
+            if (const std::string* const directory = running.messages.relay().directory(sap)) {
+                manager["via"] = *directory;
+            }
         }
         all["konfd_served"] = running.konfd_served;
         all["faults"] = record::json_of(running.world.faults.list(std::chrono::steady_clock::now()));
+        all["readings"] = Json::array();
+        for (const gateway::HeldReading& held : gateway::held_readings(running.world.gateway.measurements())) {
+            all["readings"].push_back({{"text", held.text}, {"release", held.release}});
+        }
+        all["reset"] = running.recorder.first() - 1;
         return vor::dump(all);
     };
 }
@@ -158,30 +205,29 @@ Command read_watch(std::string_view text)
             operands.refuse();
         }
     }
+    watch.filter.check();
     return watch;
 }
 
-void take_within(Wait& wait, std::string_view text)
+Command read_received(std::string_view text)
 {
-    const auto time = vor::time_in(text);
-    if (!time) {
-        throw UsageError(fmt::format("--within must be a time such as 500ms, 10s or 2m, not \"{}\"", text));
-    }
-    wait.within = *time;
-}
-
-Command read_wait(std::string_view text)
-{
-    static constexpr vor::OptionOf<Wait> options[] = {{{"--call", "NAME", ""}, vor::taken_as<&Wait::call>},
-                                                      {{"--object", "O", ""}, vor::taken_as<&Wait::object>},
-                                                      {{"--within", "T", ""}, take_within}};
-    Wait wait;
+    using vor::OptionOf;
+    static constexpr OptionOf<ReceivedRequest> options[] = {
+        {{"--after", "SEQ", ""},
+         [](ReceivedRequest& wanted, std::string_view value) {
+             const auto after = vor::number_in<std::uint64_t>(value);
+             wanted.after = after ? *after : throw UsageError("--after must be a message's number");
+         }},
+        {{"--within", "T", ""},
+         [](ReceivedRequest& wanted, std::string_view value) { wanted.within = time_of("--within", value); }}};
+    ReceivedRequest wanted;
     for (vor::Operands operands = operands_in(text); !operands.empty();) {
-        if (!operands.take_option(options, wait)) {
+        if (!operands.take_option(options, wanted) && !operands.take_option(record::filter_options, wanted.filter)) {
             operands.refuse();
         }
     }
-    return !wait.call.empty() ? wait : throw UsageError("wait needs --call NAME");
+    wanted.filter.check();
+    return wanted;
 }
 
 Command read_reset(std::string_view text)
@@ -189,7 +235,7 @@ Command read_reset(std::string_view text)
     expect_none(text);
     return [](Running& running) {
         running.world.reset();
-        running.control.forget_past();
+        running.recorder.forget();
         return std::string();
     };
 }
@@ -197,7 +243,7 @@ Command read_reset(std::string_view text)
 // Settings that replace those of the gateway once all of them have been read.
 class Loading {
 public:
-    explicit Loading(std::string_view lines) : lines_(lines) {}
+    Loading(std::string file, std::string_view lines) : file_(std::move(file)), lines_(lines) {}
 
     // Reads some of the lines; whether that were the last.
     bool go_on(World& world)
@@ -209,7 +255,13 @@ public:
                 return false;
             }
             const std::size_t end = std::min(lines_.find('\n', begin_), lines_.size());
-            stored.take(std::string_view(lines_).substr(begin_, end - begin_));
+            try {
+                stored.take(std::string_view(lines_).substr(begin_, end - begin_));
+            } catch (const vor::JsonError&) {
+                throw; // not a request of vorsim's
+            } catch (const std::exception& error) {
+                throw std::runtime_error(fmt::format("{}: {}", vor::escaped(file_), error.what()));
+            }
             begin_ = end + 1;
         }
         world.gateway.hold(std::move(stored.state));
@@ -218,6 +270,7 @@ public:
     }
 
 private:
+    std::string file_;
     std::string lines_;
     std::size_t begin_ = 0; // of the next
     std::optional<record::Storing> stored_;
@@ -227,12 +280,12 @@ Command read_load(std::string_view text)
 {
     const std::size_t end = std::min(text.find('\n'), text.size());
     vor::Operands operands = operands_in(text.substr(0, end));
-    operands.take("FILE");
+    std::string file = operands.take("FILE");
     operands.end();
     if (end == text.size()) {
         throw UsageError("load without settings");
     }
-    const auto loading = std::make_shared<Loading>(text.substr(end + 1));
+    const auto loading = std::make_shared<Loading>(std::move(file), text.substr(end + 1));
     return [loading](Running& running) { return loading->go_on(running.world) ? std::optional("") : std::nullopt; };
 }
 
@@ -258,12 +311,11 @@ Command read_add_fault(std::string_view text)
 {
     try {
         return [rule = faults::parse_rule(text)](Running& running) {
+            running.messages.managers().expect_own(rule);
             return fmt::format("fault {} added\n", running.world.faults.add(rule, std::chrono::steady_clock::now()));
         };
     } catch (const faults::RuleError& error) {
-        const std::string_view front = text.substr(0, error.column - 1);
-        throw UsageError(fmt::format("column {}: {}\n  {}\n  {:{}}^", error.column, error.what(), vor::printable(text),
-                                     "", vor::characters_in(vor::printable(front))));
+        refuse_at(text, error);
     }
 }
 
@@ -325,7 +377,7 @@ Command read_setting(std::string_view text)
 constexpr CommandRow rows[] = {
     {"show", "[--json] [MANAGER[/OBJECT]]", "print the settings that the managers hold", read_show},
     {"watch", "", "", read_watch},
-    {"wait", "--call NAME [--object O] [--within T]", "wait for such a message (T: 500ms, 2m; default 10s)", read_wait},
+    {"received", "", "", read_received},
     {"overview", "", "", read_overview},
     {"fault add", "RULE", "add a fault rule such as \"canmgr: status 7, twice\"", read_add_fault, true, true},
     {"fault list", "", "list the rules and how often each one acted", read_list_faults, true, true},
@@ -334,8 +386,9 @@ constexpr CommandRow rows[] = {
     {"start", "MANAGER", "bring a manager back", read_start, true, true},
     {"set", "READING VALUE",
      "set a reading: temperature 850, port 3 polling_count 0\n"
-     "\"temperature wander\" releases it, \"counting 100\" makes\n"
-     "counters run 100 times as fast",
+     "\"temperature wander\" releases it, \"temperature 850, 860,\n"
+     "then wander\" sets it for one query each, \"counting 100\"\n"
+     "makes counters run 100 times as fast",
      read_setting, true, true},
     {"reset", "", "clear all settings, readings and counters", read_reset, true},
     {"load", "FILE", "replace the settings by those of a state file", read_load, false, false, true},
@@ -360,6 +413,13 @@ std::string_view first_word(std::string_view line)
 std::span<const CommandRow> command_rows()
 {
     return rows;
+}
+
+void refuse_at(std::string_view text, const vor::WordError& error)
+{
+    const std::string_view front = text.substr(0, error.column - 1);
+    throw UsageError(fmt::format("column {}: {}\n  {}\n  {:{}}^", error.column, error.what(), vor::printable(text), "",
+                                 vor::characters_in(vor::printable(front))));
 }
 
 const CommandRow* command_named(std::string_view word)

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "server/command.hpp"
+#include "text/parse.hpp"
 
 namespace vorsim::server {
 
@@ -26,6 +27,8 @@ std::string_view first_word(std::string_view line);
 
 // Throws the UsageError about a line that is too long or holds control characters.
 [[noreturn]] void refuse_line();
+// Throws the UsageError about a place in a text, which it shows.
+[[noreturn]] void refuse_at(std::string_view text, const vor::WordError& error);
 // Reads a line and the document after its end, if it carries one. Throws a UsageError.
 Command parse_command(std::string_view request);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <memory>
 #include <utility>
 
 #include <sys/socket.h>
@@ -13,6 +14,7 @@
 
 #include "record/json.hpp"
 #include "server/options.hpp"
+#include "server/recorder.hpp"
 #include "text/json.hpp"
 #include "text/text.hpp"
 
@@ -21,13 +23,60 @@ namespace {
 
 constexpr std::size_t most_control_clients = 16;
 constexpr std::ptrdiff_t most_watching = 12;
-constexpr std::size_t most_unread = 1 << 18; // of a watching client
-constexpr std::size_t most_seen = 4096;
+constexpr std::size_t most_unread = 1 << 18;       // of a watching client
+constexpr std::size_t most_in_an_answer = 1 << 20; // of the messages received
 constexpr char end_of_request = '\0';
 
-bool matches(const Wait& wait, const std::string& call, const std::string& object)
+// The records that a client asked for, some in a turn.
+class Receiving {
+public:
+    explicit Receiving(ReceivedRequest wanted) : wanted_(std::move(wanted)), sent_(wanted_.after) {}
+
+    // What was asked for, once it is complete: up to the latest message, or as many as one answer holds.
+    std::optional<std::string> go_on(const Recorder& recorder)
+    {
+        constexpr int records_in_a_turn = 50;
+        const auto& remembered = recorder.remembered();
+        if (!first_) {
+            first_ = recorder.first();
+            last_ = recorder.last();
+            sent_ = std::max(sent_, *first_ - 1);
+        }
+        for (int left = records_in_a_turn; sent_ < last_ && records_.size() < most_in_an_answer; --left) {
+            const std::uint64_t next = remembered.empty() ? last_ + 1 : remembered.front().record.seq;
+            if (next > sent_ + 1) {
+                const std::uint64_t gap = std::min(next - 1, last_) - sent_;
+                forgotten_ += gap;
+                sent_ += gap;
+                continue;
+            }
+            if (left <= 0) {
+                return {};
+            }
+            const auto& one = remembered[static_cast<std::size_t>(++sent_ - next)];
+            records_ += wanted_.filter.passes(one.record) ? one.json() + '\n' : "";
+        }
+        vor::Json head{{"first", *first_}, {"last", last_}, {"forgotten", forgotten_}};
+        if (sent_ < last_) {
+            head["last"] = sent_;
+            head["more"] = true;
+        }
+        return vor::dump(head) + '\n' + records_;
+    }
+
+private:
+    ReceivedRequest wanted_;
+    std::optional<std::uint64_t> first_;
+    std::uint64_t last_ = 0;
+    std::uint64_t sent_; // or passed over
+    std::uint64_t forgotten_ = 0;
+    std::string records_;
+};
+
+Request request_of(const ReceivedRequest& wanted)
 {
-    return wait.call == call && (wait.object.empty() || wait.object == object);
+    const auto receiving = std::make_shared<Receiving>(wanted);
+    return [receiving](Running& running) { return receiving->go_on(running.recorder); };
 }
 
 } // namespace
@@ -58,6 +107,12 @@ void Control::listen(const std::string& path)
         return since ? std::optional(*since + sockets::dropped_after) : std::nullopt;
     };
     loop_.at([this, end] { return sockets::earliest(clients_, end); }, [this] { drop_slow(); });
+    const auto until = [](const auto& one) {
+        return one.second.mode == Mode::wait ? std::optional(one.second.until) : std::nullopt;
+    };
+    // A client that need not wait any longer has a turn at once.
+    loop_.at([this, until] { return requested_.empty() ? sockets::earliest(clients_, until) : sockets::Loop::Time{}; },
+             [this] { end_waits(); });
 }
 
 void Control::welcome(sockets::Descriptor socket)
@@ -126,11 +181,11 @@ std::optional<std::string> Control::answer_to(Client& client)
         if (const auto* const request_to_watch = std::get_if<WatchRequest>(&command)) {
             return watch(client, *request_to_watch);
         }
-        if (const auto* const request_to_wait = std::get_if<Wait>(&command)) {
-            return wait(client, *request_to_wait);
+        if (const auto* const wanted = std::get_if<ReceivedRequest>(&command)) {
+            return receive(client, *wanted);
         }
         if (std::holds_alternative<Quit>(command)) {
-            client.mode = Mode::wait; // until the process ends, and the connection with it
+            client.mode = Mode::quit; // until the process ends, and the connection with it
             loop_.stop();
             return std::string{'+', end_of_request};
         }
@@ -161,18 +216,32 @@ std::string Control::watch(Client& client, const WatchRequest& request)
     return "+\n";
 }
 
-std::string Control::wait(Client& client, const Wait& request)
+// What has arrived already is the answer; else the client waits.
+std::optional<std::string> Control::receive(Client& client, const ReceivedRequest& wanted)
 {
-    limit_watching();
-    const bool there =
-        std::ranges::any_of(seen_, [&](const auto& one) { return matches(request, one.first, one.second); });
-    if (there) {
-        return "+";
+    const auto& remembered = running_.recorder.remembered();
+    const auto is_wanted = [&wanted](const Recorder::Remembered& one) {
+        return one.record.seq > wanted.after && wanted.filter.passes(one.record);
+    };
+    if (wanted.within.count() > 0 && std::none_of(remembered.rbegin(), remembered.rend(), is_wanted)) {
+        limit_watching();
+        client.mode = Mode::wait;
+        client.wait = wanted;
+        client.until = std::chrono::steady_clock::now() + wanted.within;
+        return "";
     }
-    client.mode = Mode::wait;
-    client.wait = request;
-    return fmt::format("~{0} no {1}{2}{3} within {0} ms\n", request.within.count(), request.call,
-                       request.object.empty() ? "" : " of ", request.object);
+    client.request = request_of(wanted);
+    return answer_to(client);
+}
+
+void Control::answer(int descriptor)
+{
+    Client& client = clients_.at(descriptor);
+    client.mode = Mode::answer;
+    client.since = std::chrono::steady_clock::now();
+    client.request = request_of(client.wait);
+    loop_.forget(descriptor);
+    requested_.push_back(descriptor);
 }
 
 bool Control::is_watched() const
@@ -180,17 +249,11 @@ bool Control::is_watched() const
     return std::ranges::any_of(clients_, [](const auto& one) { return one.second.mode == Mode::watch; });
 }
 
-void Control::note(const std::string& call, const std::string& object)
+void Control::note(const values::Record& record)
 {
-    if (!call.empty() && seen_.size() < most_seen) {
-        seen_.emplace(call, object);
-    }
-    for (auto next = clients_.begin(); next != clients_.end();) {
-        const int descriptor = next->first;
-        Client& client = (next++)->second; // writing may drop it
-        if (client.mode == Mode::wait && !call.empty() && matches(client.wait, call, object)) {
-            client.mode = Mode::answer;
-            finish(descriptor, client.output + "+");
+    for (const auto& [descriptor, client] : clients_) {
+        if (client.mode == Mode::wait && record.seq > client.wait.after && client.wait.filter.passes(record)) {
+            answer(descriptor);
         }
     }
 }
@@ -248,6 +311,16 @@ void Control::write_some(int descriptor)
         drop_client(descriptor);
     } else {
         loop_.watch(descriptor, [this, descriptor] { read_request(descriptor); });
+    }
+}
+
+void Control::end_waits()
+{
+    const auto now = std::chrono::steady_clock::now();
+    for (const auto& [descriptor, client] : clients_) {
+        if (client.mode == Mode::wait && client.until <= now) {
+            answer(descriptor);
+        }
     }
 }
 

@@ -5,14 +5,12 @@
 //   +  the result
 //   -  an error
 //   ?  a usage error
-//   ~  a line: the milliseconds until one of the above follows, a space, and the error if none does
 // A watching client gets more lines: + and a message (its number, a space and JSON without bytes; with --json the whole
 // JSON), or ! and a remark.
 #pragma once
 
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 
@@ -38,15 +36,13 @@ public:
     // Throws InUse when another gateway does.
     void listen(const std::string& path);
 
-    // Notifies the clients that wait for the call, and those that watch.
-    void note(const std::string& call, const std::string& object);
+    // Answers the clients that wait for such a message.
+    void note(const values::Record& record);
     void publish(const values::Record& record, const std::string& json);
     bool is_watched() const;
-    // Messages received so far no longer satisfy a wait.
-    void forget_past() { seen_.clear(); }
 
 private:
-    enum class Mode : std::uint8_t { answer, watch, wait };
+    enum class Mode : std::uint8_t { answer, watch, wait, quit };
     struct Client {
         sockets::Descriptor socket;
         sockets::Loop::Time since; // when it connected, or was answered
@@ -54,7 +50,8 @@ private:
         std::string output{};
         Request request{}; // under way
         Mode mode{};
-        Wait wait{};
+        ReceivedRequest wait{};
+        sockets::Loop::Time until{}; // it waits
         WatchRequest watch{};
         std::uint64_t dropped{};
 
@@ -73,7 +70,9 @@ private:
     void finish(int descriptor, std::string answer);
     void drop_slow();
     std::string watch(Client& client, const WatchRequest& wanted);
-    std::string wait(Client& client, const Wait& wanted);
+    std::optional<std::string> receive(Client& client, const ReceivedRequest& wanted);
+    void answer(int descriptor); // a client that waits
+    void end_waits();
     void limit_watching() const;
     void write_some(int descriptor);
     void drop_client(int descriptor);
@@ -84,7 +83,6 @@ private:
     Clients clients_;
     std::vector<int> fresh_;     // clients whose request came in this turn: messages sent before it are served first
     std::vector<int> requested_; // in the previous turn, or not done then
-    std::set<std::pair<std::string, std::string>> seen_; // calls and objects
     std::optional<sockets::Listener> listener_;
 };
 

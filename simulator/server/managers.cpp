@@ -17,6 +17,7 @@ Managers::Managers(sockets::Loop& loop, OnReadable on_readable, OnError on_error
 
 void Managers::start(std::uint16_t sap)
 {
+    expect_own(sap);
     back_.erase(sap);
     if (endpoints_.contains(sap)) {
         return;
@@ -25,12 +26,39 @@ void Managers::start(std::uint16_t sap)
     if (endpoint->handle() == nullptr) {
         throw std::runtime_error(fmt::format("cannot serve SAP {}", sap));
     }
-    loop_.watch(endpoint->descriptor(), [this, which = endpoint.get()] { on_readable_(*which); });
+    watch(*endpoint);
     endpoints_.emplace(sap, std::move(endpoint));
+}
+
+void Managers::watch(sockets::Endpoint& endpoint)
+{
+    loop_.watch(endpoint.descriptor(), [this, which = &endpoint] { on_readable_(*which); });
+}
+
+void Managers::pause(std::uint16_t sap)
+{
+    if (const sockets::Endpoint* const paused = endpoint(sap)) {
+        loop_.forget(paused->descriptor());
+    }
+}
+
+void Managers::resume(std::uint16_t sap)
+{
+    if (sockets::Endpoint* const paused = endpoint(sap)) {
+        watch(*paused);
+    }
+}
+
+void Managers::expect_own(std::uint16_t sap) const
+{
+    if (left_.contains(sap)) {
+        throw std::runtime_error(fmt::format("{} is left to another program (--without)", tables::manager_key(sap)));
+    }
 }
 
 void Managers::stop(std::uint16_t sap)
 {
+    expect_own(sap);
     back_.erase(sap);
     const auto found = endpoints_.find(sap);
     if (found != endpoints_.end()) {
@@ -39,16 +67,17 @@ void Managers::stop(std::uint16_t sap)
     }
 }
 
-void Managers::stop_until(std::uint16_t sap, sockets::Loop::Time back)
-{
-    stop(sap);
-    back_[sap] = back;
-}
-
 sockets::Endpoint* Managers::endpoint(std::uint16_t sap) const
 {
     const auto found = endpoints_.find(sap);
     return found == endpoints_.end() ? nullptr : found->second.get();
+}
+
+void Managers::expect_own(const faults::Rule& rule) const
+{
+    if (rule.condition.who == faults::Condition::Who::manager) {
+        expect_own(rule.condition.sap);
+    }
 }
 
 void Managers::start_due()
@@ -64,6 +93,18 @@ void Managers::start_due()
             on_error_(fmt::format("vorsim: cannot restart {}: {}", tables::manager_key(sap), error.what()));
         }
     }
+}
+
+values::Record dropped(const sockets::Endpoint& endpoint, const char* message)
+{
+    values::Record record{.kind = values::Record::Kind::foreign};
+    record.sap = endpoint.handle()->sap_id;
+    record.why = message;
+    if (!endpoint.is_message()) {
+        record.kind = values::Record::Kind::malformed;
+        record.why = fmt::format("{} bytes, not a message", endpoint.datagram().size());
+    }
+    return record;
 }
 
 Delays::Delays(std::uint64_t seed, const std::map<std::uint16_t, Delay>& delays)

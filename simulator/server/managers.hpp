@@ -5,11 +5,13 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 
 #include "faults/rule.hpp"
 #include "sockets/endpoint.hpp"
 #include "sockets/loop.hpp"
 #include "values/random.hpp"
+#include "values/record.hpp"
 
 namespace vorsim::server {
 
@@ -25,7 +27,17 @@ public:
     // Throws when another process serves the SAP.
     void start(std::uint16_t sap);
     void stop(std::uint16_t sap);
-    void stop_until(std::uint16_t sap, sockets::Loop::Time back);
+    void start_at(std::uint16_t sap, sockets::Loop::Time back) { back_[sap] = back; }
+    // Its messages wait.
+    void pause(std::uint16_t sap);
+    void resume(std::uint16_t sap);
+
+    // Another program serves it. It can neither start nor stop here.
+    void leave(std::uint16_t sap) { left_.insert(sap); }
+    const std::set<std::uint16_t>& left() const { return left_; }
+    // Throws when it was left to another program.
+    void expect_own(std::uint16_t sap) const;
+    void expect_own(const faults::Rule& rule) const;
 
     // Null: not served.
     sockets::Endpoint* endpoint(std::uint16_t sap) const;
@@ -33,13 +45,18 @@ public:
 
 private:
     void start_due();
+    void watch(sockets::Endpoint& endpoint);
 
     sockets::Loop& loop_;
     OnReadable on_readable_;
     OnError on_error_;
     Endpoints endpoints_;
+    std::set<std::uint16_t> left_;
     std::map<std::uint16_t, sockets::Loop::Time> back_;
 };
+
+// A datagram that the platform has dropped: a message, which is not the kind expected, or none.
+values::Record dropped(const sockets::Endpoint& endpoint, const char* message);
 
 // How long a manager takes for each answer, drawn from the seed.
 struct Delay {

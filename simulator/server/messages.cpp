@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <cstring>
+#include <utility>
 
 #include <fmt/core.h>
 
@@ -25,26 +25,21 @@ gateway::Message message_of(std::uint16_t sap, const VORINFRA_MESSAGE& message)
             .payload = {message.payload, message.payload_size}};
 }
 
-// Whether the datagram has the form of a message.
-bool is_message(const std::vector<std::uint8_t>& datagram)
-{
-    VOR_IPC_MSG_HDR header{};
-    if (datagram.size() < sizeof header) {
-        return false;
-    }
-    std::memcpy(&header, datagram.data(), sizeof header);
-    return datagram.size() == sizeof header + std::size_t{header.meta_data_sz} + header.payload_sz;
-}
-
 } // namespace
 
 Messages::Messages(sockets::Loop& loop, World& world, Recorder& recorder, std::uint64_t seed,
-                   const std::map<std::uint16_t, Delay>& delays, bool show_secrets)
+                   const std::map<std::uint16_t, Delay>& delays, const Relay::Ways& ways, bool show_secrets)
     : world_(world), recorder_(recorder), show_secrets_(show_secrets),
       managers_(
           loop, [this](sockets::Endpoint& endpoint) { receive(endpoint); },
           [this](const std::string& why) { recorder_.errors().line(why); }),
-      reply_queue_(loop, managers_), delays_(seed, delays)
+      reply_queue_(loop, managers_),
+      relay_(
+          loop, managers_, ways, [this](Passed& passed, const Outcome& outcome) { settle_passed(passed, outcome); },
+          [this](const sockets::Endpoint& endpoint, sockets::Arrival arrived, values::Record record) {
+              discard(endpoint, arrived, std::move(record));
+          }),
+      delays_(seed, delays)
 {
     loop.in_turn([this] { return serve(); });
 }
@@ -53,6 +48,7 @@ void Messages::stop(std::uint16_t sap)
 {
     managers_.stop(sap);
     reply_queue_.drop(sap);
+    relay_.drop(sap);
 }
 
 void Messages::receive(sockets::Endpoint& endpoint)
@@ -68,7 +64,7 @@ bool Messages::serve()
         sockets::Endpoint* first = nullptr;
         for (const auto& [sap, endpoint] : managers_.endpoints()) {
             const auto next = endpoint->known();
-            if (next && *next <= horizon_ && (first == nullptr || *next < *first->known())) {
+            if (next && *next <= horizon_ && (first == nullptr || *next < *first->known()) && !relay_.is_held_up(sap)) {
                 first = endpoint.get();
             }
         }
@@ -96,50 +92,88 @@ void Messages::take(sockets::Endpoint& endpoint)
         recorder_.errors().count_dropped(1);
     }
     if (received < 0) {
-        const bool answers = is_message(endpoint.datagram());
-        discard(endpoint, arrived, answers ? values::Record::Kind::foreign : values::Record::Kind::malformed,
-                answers ? "unexpected answer" : fmt::format("{} bytes, not a message", endpoint.datagram().size()));
+        discard(endpoint, arrived, dropped(endpoint, "unexpected answer"));
     } else if (received > 0 && message.destination != sap) {
-        discard(endpoint, arrived, values::Record::Kind::foreign,
-                fmt::format("addressed to SAP {}", message.destination));
+        values::Record record{.kind = values::Record::Kind::foreign};
+        record.sap = sap;
+        record.why = fmt::format("addressed to SAP {}", message.destination);
+        discard(endpoint, arrived, std::move(record));
     } else if (received > 0) {
         deliver(sap, message, arrived, world_.gateway.judge(message_of(sap, message)));
     }
 }
 
-faults::Delivery Messages::apply_faults(std::uint16_t sap, const VORINFRA_MESSAGE& message, gateway::Decision& decision)
+void Messages::deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, sockets::Arrival arrived,
+                       gateway::Decision decision)
 {
-    const auto now = std::chrono::steady_clock::now();
+    values::Record& record = decision.record;
+    if (recorder_.keeps_bytes()) {
+        record.meta_data = record::hex({message.meta_data, message.meta_data_size});
+        record.payload = record::payload_record(message_of(sap, message), !record.complained, show_secrets_);
+    }
+    auto due = world_.faults.due({.sap = sap,
+                                  .client = message.source,
+                                  .id = message.id,
+                                  .call = record.call,
+                                  .object = record.object,
+                                  .answered = decision.answered},
+                                 std::chrono::steady_clock::now());
+    const Asker asker{sap, message.source, message.sequence, message.id};
+    if (relay_.leads_to(sap) && !(due && due->rule.action.acts_instead())) {
+        relay_.pass_on(message, {asker, arrived, std::move(decision), std::move(due)});
+        return;
+    }
+    settle(asker, arrived, decision, delivery_of(sap, decision, due));
+}
+
+faults::Delivery Messages::delivery_of(std::uint16_t sap, gateway::Decision& decision,
+                                       const std::optional<faults::DueRule>& due)
+{
     faults::Delivery delivery;
-    if (const auto due = world_.faults.due({.sap = sap,
-                                            .client = message.source,
-                                            .id = message.id,
-                                            .call = decision.record.call,
-                                            .object = decision.record.object,
-                                            .answered = decision.answered},
-                                           now)) {
+    if (due) {
         ++world_.counters.faulted;
         delivery = faults::apply(decision, *due);
     }
     if (delivery.way == faults::Delivery::Way::dying) {
-        managers_.stop_until(sap, now + delivery.wait);
-        reply_queue_.drop(sap);
+        const auto back = std::chrono::steady_clock::now() + delivery.wait;
+        stop(sap);
+        managers_.start_at(sap, back);
     } else {
         delivery.wait += delays_.draw(sap);
     }
     return delivery;
 }
 
-void Messages::deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, sockets::Arrival arrived,
-                       gateway::Decision decision)
+void Messages::settle_passed(Passed& passed, const Outcome& outcome)
+{
+    using Kind = Outcome::Kind;
+    gateway::Decision& decision = passed.decision;
+    faults::Delivery delivery;
+    if (outcome.kind == Kind::answered) {
+        gateway::Gateway::take_answer(decision, outcome.id, outcome.bytes);
+        delivery = delivery_of(passed.asker.sap, decision, passed.due);
+    } else if (outcome.kind != Kind::sent) {
+        decision.withdraw();
+        decision.record.complained = decision.record.complained || outcome.kind == Kind::lost;
+        decision.record.notes.push_back(outcome.note);
+        delivery.way = outcome.kind == Kind::refused ? faults::Delivery::Way::refused : faults::Delivery::Way::never;
+    }
+    settle(passed.asker, passed.arrived, decision, delivery);
+}
+
+void Messages::settle(const Asker& asker, sockets::Arrival arrived, gateway::Decision& decision,
+                      const faults::Delivery& delivery)
 {
     using Way = faults::Delivery::Way;
-    const faults::Delivery delivery = apply_faults(sap, message, decision);
-    world_.gateway.store(decision);
     values::Record& record = decision.record;
-    const auto sent = reply_queue_.send(sap, message, decision, delivery, std::chrono::steady_clock::now());
+    if (!world_.gateway.store(decision)) {
+        record.notes.emplace_back("no room to store it");
+    }
+    const auto sent = reply_queue_.send(asker, decision, delivery, std::chrono::steady_clock::now());
     const bool answers = decision.answered && delivery.way != Way::never && delivery.way != Way::dying;
     record.refused = decision.answered && delivery.way == Way::refused;
+    record.accepted =
+        decision.row_to_keep != nullptr || (!record.answer_values.empty() && !record.refused && !record.complained);
     record.delivered = sent != ReplyQueue::Sent::gone;
     record.unanswered = decision.answered && (!answers || record.refused || !record.delivered);
     if (!record.delivered) {
@@ -147,27 +181,20 @@ void Messages::deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, socke
     } else if (sent == ReplyQueue::Sent::crowded) {
         record.notes.emplace_back("too many late answers: not delayed");
     }
-    ++world_.counters.messages;
-    ++(record.complained ? world_.counters.complained : world_.counters.accepted);
-    if (recorder_.keeps_bytes()) {
-        record.meta_data = record::hex({message.meta_data, message.meta_data_size});
-        record.payload = record::payload_record(message_of(sap, message), !record.complained, show_secrets_);
-        if (answers && !record.refused) {
-            record.answer_id = decision.answer_id;
-            record.answer_payload = record::hex(decision.answer);
-        }
+    record::Counters& counters = world_.counters;
+    ++counters.messages;
+    ++(!record.complained ? counters.accepted : record.via.empty() ? counters.complained : counters.invalid);
+    if (recorder_.keeps_bytes() && answers && !record.refused) {
+        record.answer_id = decision.answer_id;
+        record.answer_payload = record::hex(decision.answer);
     }
     recorder_.record(record, arrived);
 }
 
-void Messages::discard(const sockets::Endpoint& endpoint, sockets::Arrival arrived, values::Record::Kind kind,
-                       const std::string& why)
+void Messages::discard(const sockets::Endpoint& endpoint, sockets::Arrival arrived, values::Record record)
 {
-    const bool foreign = kind == values::Record::Kind::foreign;
+    const bool foreign = record.kind == values::Record::Kind::foreign;
     ++(foreign ? world_.counters.foreign : world_.counters.malformed);
-    values::Record record{.kind = kind};
-    record.sap = endpoint.handle()->sap_id;
-    record.why = why;
     if (recorder_.keeps_bytes()) {
         record.datagram = record::datagram_record(endpoint.datagram(), show_secrets_);
     }
@@ -189,6 +216,7 @@ faults::ReplyFault Messages::deliver(KonfdExchange& exchange)
     record.client = exchange.client;
     record.delivered = fault != faults::ReplyFault::never && fault != faults::ReplyFault::hung_up;
     record.unanswered = !record.delivered;
+    record.accepted = record.answer == "-o";
     if (recorder_.keeps_bytes()) {
         record.text = record::konfd_record(exchange.exchange.text, show_secrets_);
         record.answer_text = record.delivered ? record::hex(reply.answer) : "";

@@ -11,6 +11,7 @@
 #include "server/konfd_server.hpp"
 #include "server/managers.hpp"
 #include "server/recorder.hpp"
+#include "server/relay.hpp"
 #include "server/reply_queue.hpp"
 
 namespace vorsim::server {
@@ -42,13 +43,17 @@ struct World {
 class Messages {
 public:
     Messages(sockets::Loop& loop, World& world, Recorder& recorder, std::uint64_t seed,
-             const std::map<std::uint16_t, Delay>& delays, bool show_secrets);
+             const std::map<std::uint16_t, Delay>& delays, const Relay::Ways& ways, bool show_secrets);
 
     // Throws when another process serves the SAP.
     void start(std::uint16_t sap) { managers_.start(sap); }
     // Pending answers are lost.
     void stop(std::uint16_t sap);
-    const Managers::Endpoints& served() const { return managers_.endpoints(); }
+    void leave(std::uint16_t sap) { managers_.leave(sap); }
+    // Those of real managers are no longer awaited.
+    void end() { relay_.drop(); }
+    const Managers& managers() const { return managers_; }
+    const Relay& relay() const { return relay_; }
 
     // Applies faults to konfd's reply and records it.
     faults::ReplyFault deliver(KonfdExchange& exchange);
@@ -60,16 +65,21 @@ private:
     void take(sockets::Endpoint& endpoint);
     void deliver(std::uint16_t sap, const VORINFRA_MESSAGE& message, sockets::Arrival arrived,
                  gateway::Decision decision);
-    // Stops the manager where a fault says so.
-    faults::Delivery apply_faults(std::uint16_t sap, const VORINFRA_MESSAGE& message, gateway::Decision& decision);
-    void discard(const sockets::Endpoint& endpoint, sockets::Arrival arrived, values::Record::Kind kind,
-                 const std::string& why);
+    void settle_passed(Passed& passed, const Outcome& outcome);
+    // Answers, stores and records it.
+    void settle(const Asker& asker, sockets::Arrival arrived, gateway::Decision& decision,
+                const faults::Delivery& delivery);
+    // Applies the fault. Stops the manager where it says so.
+    faults::Delivery delivery_of(std::uint16_t sap, gateway::Decision& decision,
+                                 const std::optional<faults::DueRule>& due);
+    void discard(const sockets::Endpoint& endpoint, sockets::Arrival arrived, values::Record record);
 
     World& world_;
     Recorder& recorder_;
     bool show_secrets_;
     Managers managers_;
     ReplyQueue reply_queue_;
+    Relay relay_;
     Delays delays_;
     sockets::Arrival horizon_{}; // all messages that arrived before it are known
 };

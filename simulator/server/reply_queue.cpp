@@ -17,15 +17,15 @@ ReplyQueue::ReplyQueue(sockets::Loop& loop, const Managers& served) : managers_(
 
 bool ReplyQueue::post(const PendingReply& reply)
 {
-    const sockets::Endpoint* const endpoint = managers_.endpoint(reply.sap);
+    const sockets::Endpoint* const endpoint = managers_.endpoint(reply.asker.sap);
     if (endpoint == nullptr) {
         return false;
     }
     VOR_IPC_HANDLE* const handle = endpoint->handle();
     VORINFRA_MESSAGE request;
-    request.source = reply.client;
-    request.id = reply.request_id;
-    request.sequence = reply.sequence;
+    request.source = reply.asker.client;
+    request.id = reply.asker.request_id;
+    request.sequence = reply.asker.sequence;
     request.answer_wanted = 1;
     const auto answer = [&] {
         return vorinfra_answer(handle, &request, reply.answer_id, reply.bytes.data(),
@@ -44,7 +44,7 @@ bool ReplyQueue::post(const PendingReply& reply)
 bool ReplyQueue::send_now(const PendingReply& reply)
 {
     const bool sent = post(reply);
-    if (const auto held = held_.extract(reply.sap)) {
+    if (const auto held = held_.extract(reply.asker.sap)) {
         post(held.mapped());
     }
     return sent;
@@ -52,21 +52,20 @@ bool ReplyQueue::send_now(const PendingReply& reply)
 
 ReplyQueue::Sent ReplyQueue::send_or_hold(PendingReply reply)
 {
-    if (reply.way == Way::after_the_next && !held_.contains(reply.sap)) {
-        held_.emplace(reply.sap, std::move(reply));
+    if (reply.way == Way::after_the_next && !held_.contains(reply.asker.sap)) {
+        held_.emplace(reply.asker.sap, std::move(reply));
         return Sent::done;
     }
     return send_now(reply) ? Sent::done : Sent::gone;
 }
 
-ReplyQueue::Sent ReplyQueue::send(std::uint16_t sap, const VORINFRA_MESSAGE& request, const gateway::Decision& decision,
+ReplyQueue::Sent ReplyQueue::send(const Asker& asker, const gateway::Decision& decision,
                                   const faults::Delivery& delivery, Time now)
 {
     if (!decision.answered || delivery.way == Way::never || delivery.way == Way::dying) {
         return Sent::done;
     }
-    PendingReply reply{sap,         request.source, request.sequence, request.id, decision.answer_id, decision.answer,
-                       delivery.way};
+    PendingReply reply{asker, decision.answer_id, decision.answer, delivery.way};
     if (delivery.wait == faults::Milliseconds(0)) {
         return send_or_hold(std::move(reply));
     }
@@ -87,7 +86,7 @@ void ReplyQueue::send_due()
 void ReplyQueue::drop(std::uint16_t sap)
 {
     held_.erase(sap);
-    std::erase_if(late_, [sap](const auto& each) { return each.second.sap == sap; });
+    std::erase_if(late_, [sap](const auto& each) { return each.second.asker.sap == sap; });
 }
 
 } // namespace vorsim::server

@@ -11,6 +11,14 @@
 
 namespace vorsim::server {
 
+// Where an answer goes, and what it answers.
+struct Asker {
+    std::uint16_t sap; // of the manager asked
+    std::uint16_t client;
+    std::uint16_t sequence;
+    std::uint32_t request_id;
+};
+
 class ReplyQueue {
 public:
     using Time = faults::Time;
@@ -19,18 +27,14 @@ public:
 
     enum class Sent : std::uint8_t { done, gone, crowded };
     // gone: the client is; crowded: too many answers were waiting, so this one was not delayed.
-    Sent send(std::uint16_t sap, const VORINFRA_MESSAGE& request, const gateway::Decision& decision,
-              const faults::Delivery& delivery, Time now);
+    Sent send(const Asker& asker, const gateway::Decision& decision, const faults::Delivery& delivery, Time now);
 
     // Pending answers of a manager that stopped.
     void drop(std::uint16_t sap);
 
 private:
     struct PendingReply {
-        std::uint16_t sap;
-        std::uint16_t client;
-        std::uint16_t sequence;
-        std::uint32_t request_id;
+        Asker asker;
         std::uint32_t answer_id;
         std::vector<std::uint8_t> bytes;
         faults::Delivery::Way way;

@@ -20,6 +20,7 @@
 #include "server/commands.hpp"
 #include "tables/managers.hpp"
 #include "text/file.hpp"
+#include "text/text.hpp"
 
 namespace vorsim::server {
 namespace {
@@ -53,27 +54,63 @@ void check_files(const Options& options)
     }
 }
 
+void expect_own(const Managers& managers, const faults::Rule& rule, const std::string& file)
+{
+    try {
+        managers.expect_own(rule);
+    } catch (const std::runtime_error& error) {
+        throw UsageError(fmt::format("{}: rule {}: {}", file, vor::quoted(rule.text), error.what()));
+    }
+}
+
+std::set<std::uint16_t> passed_on(const Options& options)
+{
+    std::set<std::uint16_t> saps;
+    for (const auto& [sap, directory] : options.ways()) {
+        saps.insert(sap);
+    }
+    return saps;
+}
+
+// vorsim's own directory would lead back to it.
+Relay::Ways ways_of(const Options& options, const std::string& own)
+{
+    Relay::Ways ways = options.ways();
+    for (const auto& [sap, directory] : ways) {
+        std::error_code ignored;
+        if (fs::equivalent(directory, own, ignored)) {
+            throw UsageError(fmt::format("--via must name another directory than vorsim's own, {}", own));
+        }
+    }
+    return ways;
+}
+
 } // namespace
 
 Server::Server(const Options& options)
     : options_(options), page_(options.http ? std::make_unique<Page>(*options.http, options.http_control) : nullptr),
       directory_(directory()), stop_requests_(sockets::stop_requests()),
-      world_({.seed = options.seed, .show_secrets = options.show_secrets},
+      world_({.seed = options.seed, .show_secrets = options.show_secrets, .passed_on = passed_on(options)},
              {.show_secrets = options.show_secrets, .lenient = options.lenient_konfd}),
       control_(loop_, running_, parse_command),
-      recorder_(loop_, control_, world_.counters, {vor::screen_of(STDOUT_FILENO, options.color), options.ids}),
-      messages_(loop_, world_, recorder_, options.seed, options.delays, options.show_secrets), running_{world_,
-                                                                                                        messages_,
-                                                                                                        control_,
-                                                                                                        recorder_},
-      spare_(open("/dev/null", O_RDONLY | O_CLOEXEC))
+      recorder_(loop_, control_, {vor::screen_of(STDOUT_FILENO, options.color), options.ids}),
+      messages_(loop_, world_, recorder_, options.seed, options.delays, ways_of(options, directory_),
+                options.show_secrets),
+      running_{world_, messages_, control_, recorder_}, spare_(open("/dev/null", O_RDONLY | O_CLOEXEC))
 {
     std::signal(SIGPIPE, SIG_IGN);
     check_files(options_);
+    for (const std::uint16_t sap : options_.without) {
+        messages_.leave(sap);
+    }
     if (options_.faults_file) {
         for (faults::Rule& rule : faults::read_rules(*options_.faults_file)) {
+            expect_own(messages_.managers(), rule, *options_.faults_file);
             world_.faults.add(std::move(rule), std::chrono::steady_clock::now());
         }
+    }
+    for (const faults::Rule& rule : options_.faults) {
+        world_.faults.add(rule, std::chrono::steady_clock::now());
     }
     try {
         control_.listen(control_path(directory_)); // after the messages, which are served before requests about them
@@ -98,14 +135,7 @@ Server::Server(const Options& options)
 
 void Server::bind_managers()
 {
-    std::set<std::uint16_t> saps(options_.more_saps.begin(), options_.more_saps.end());
-    for (const tables::Manager& manager : tables::managers) {
-        saps.insert(manager.sap);
-    }
-    for (const std::uint16_t sap : options_.without) {
-        saps.erase(sap);
-    }
-    for (const std::uint16_t sap : saps) {
+    for (const std::uint16_t sap : options_.served()) {
         messages_.start(sap);
     }
 }
@@ -135,30 +165,29 @@ void Server::bind_konfd()
     }
 }
 
-// Never a half-written file under the name.
 void Server::write_state()
 {
-    const std::string path = *options_.state_file;
-    std::string unfinished = fmt::format("{}.XXXXXX", path);
-    const sockets::Descriptor file(mkostemp(unfinished.data(), O_CLOEXEC)); // for its owner only: it may hold passwords
+    const std::string& path = *options_.state_file;
     const std::string text = std::get<Request>(parse_command("show --json"))(running_).value_or("");
-    if (file.get() < 0 || !vor::write_all(file.get(), text) || std::rename(unfinished.c_str(), path.c_str()) != 0) {
-        const int error = errno;
-        if (file.get() >= 0) {
-            unlink(unfinished.c_str());
-        }
-        throw std::runtime_error(fmt::format("cannot write the state {}: {}", path, vor::reason_of(error)));
+    try {
+        vor::replace_file(path, text, 0600); // it may hold passwords
+    } catch (const vor::FileError& error) {
+        throw std::runtime_error(fmt::format("cannot write the state {}: {}", path, error.what()));
     }
 }
 
 int Server::run()
 {
-    recorder_.out().line(fmt::format("vorsim: ready, {} managers{} in {}", messages_.served().size(),
+    recorder_.out().line(fmt::format("vorsim: ready, {} managers{} in {}", messages_.managers().endpoints().size(),
                                      konfd_server_ != nullptr ? " and konfd" : ", no konfd,", directory_));
+    for (const std::string& note : messages_.relay().notes()) {
+        recorder_.out().line("vorsim: " + note);
+    }
     if (page_ != nullptr) {
         recorder_.out().line(fmt::format("vorsim: page at {}", page_->link()));
     }
     loop_.run();
+    messages_.end();
     page_.reset(); // before the sockets, whose removal signals the end to others
     spare_ = sockets::Descriptor();
     if (options_.state_file) {
@@ -167,7 +196,11 @@ int Server::run()
     if (recorder_.journal_failed()) {
         return 1;
     }
-    return options_.strict && recorder_.failed() ? 3 : 0;
+    const std::string complaints = options_.strict ? recorder_.complaints() : "";
+    if (!complaints.empty()) {
+        recorder_.errors().line(complaints);
+    }
+    return complaints.empty() ? 0 : 3;
 }
 
 } // namespace vorsim::server

@@ -43,6 +43,17 @@ Arrival arrival_of(msghdr& message)
 
 Endpoint::Endpoint(std::uint16_t sap) : endpoint_(vor_ipc_bind(sap, 0))
 {
+    ask_for_arrivals();
+}
+
+Endpoint::Endpoint(const std::string& directory, std::uint16_t first, std::uint16_t last)
+    : endpoint_(vorinfra_bind_in(directory.c_str(), first, last))
+{
+    ask_for_arrivals();
+}
+
+void Endpoint::ask_for_arrivals()
+{
     const int on = 1;
     if (endpoint_ != nullptr && setsockopt(descriptor(), SOL_SOCKET, SO_TIMESTAMPNS, &on, sizeof on) != 0) {
         setsockopt(descriptor(), SOL_SOCKET, SO_TIMESTAMP, &on, sizeof on); // some emulators only have this one
@@ -70,10 +81,26 @@ std::optional<Arrival> Endpoint::next()
     return next_;
 }
 
+bool Endpoint::is_message() const
+{
+    VOR_IPC_MSG_HDR header{};
+    if (datagram_.size() < sizeof header) {
+        return false;
+    }
+    std::memcpy(&header, datagram_.data(), sizeof header);
+    return datagram_.size() == sizeof header + std::size_t{header.meta_data_sz} + header.payload_sz;
+}
+
 int Endpoint::receive(VORINFRA_MESSAGE& message)
 {
     next_.reset();
     return vorinfra_receive(endpoint_.get(), &message);
+}
+
+int Endpoint::receive_answer(VORINFRA_MESSAGE& message)
+{
+    next_.reset();
+    return vorinfra_receive_answer(endpoint_.get(), &message);
 }
 
 } // namespace vorsim::sockets

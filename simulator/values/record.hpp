@@ -30,10 +30,12 @@ struct Record {
     std::vector<std::string> notes{};   // in brackets at the end of its line
     std::string complaint{};
     bool complained{}; // false for a konfd check that finds nothing
+    bool accepted{};   // the setting was stored, the query answered, konfd's commands carried out
     std::optional<Fault> fault{};
     bool delivered = true; // its answer
     bool unanswered{};     // an answer was due, and no client got one
     bool refused{};        // as if nobody had received it
+    std::string via{};     // the directory whose manager it was passed on to, or came from
 
     std::uint16_t sap{}; // the manager it reached
     std::uint16_t source{};

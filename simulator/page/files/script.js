@@ -5,28 +5,132 @@ const find = (id) => document.getElementById(id);
 // Characters that cannot be seen, or that reorder others, become \u{202e} and so on.
 const visible = (text) => text.replace(/(?![\n\u200c\u200d])[\p{Cc}\p{Cf}\p{Zl}\p{Zp}]/gu,
   (character) => `\\u{${character.codePointAt(0).toString(16)}}`);
-const make = (tag, properties = {}, ...children) => {
-  const element = Object.assign(document.createElement(tag), properties);
+const make = (tag, attributes = {}, ...children) => {
+  const element = document.createElement(tag);
+  for (const [name, value] of Object.entries(attributes)) {
+    element.setAttribute(name, value);
+  }
   element.append(...children.map((child) => typeof child === "string" ? visible(child) : child));
   return element;
 };
+const counted = (number, what) => `${number} ${what}${number === 1 ? "" : "s"}`;
 
 const token = encodeURIComponent(location.hash.slice(1));
 const mostListed = 1000;
 const names = new Map(); // of managers, by SAP
-const opened = new Set(); // managers whose objects are shown
-const drawn = new Map(); // what each part shows
+const arrived = []; // messages to be listed
+let state; // what the gateway holds
+let failure = ""; // why there is no newer state
+let streams = false; // messages arrive
 let seen = 0; // the number of the last message
-let control = false;
 
-function notice(text) {
-  find("notice").textContent = text;
-  find("notice").hidden = text === "";
+// --- Changing what is shown ---------------------------------------------------
+
+// What is being clicked, has the focus or is selected must stay the same element: an element is changed only where it
+// differs from what is wanted. Whether details are open is up to the user.
+function become(node, wanted) {
+  if (node.nodeType === Node.TEXT_NODE) {
+    if (node.data !== wanted.data) {
+      node.data = wanted.data;
+    }
+    return;
+  }
+  for (const { name, value } of wanted.attributes) {
+    if (node.getAttribute(name) !== value) {
+      node.setAttribute(name, value);
+    }
+  }
+  hold(node, [...wanted.childNodes]);
 }
 
-function connection(state) {
-  find("connection").textContent = state;
-  find("connection").className = state === "live" ? "live" : "lost";
+const keyOf = (node, at) => node.dataset?.key ?? `${at} ${node.nodeName}`;
+
+// Those with the same key stay, or without one those of the same kind at the same place.
+function hold(parent, wanted) {
+  const held = new Map([...parent.childNodes].map((node, at) => [keyOf(node, at), node]));
+  const children = wanted.map((fresh, at) => {
+    const node = held.get(keyOf(fresh, at)) ?? fresh;
+    held.delete(keyOf(fresh, at));
+    if (node !== fresh) {
+      become(node, fresh);
+      node.shows = fresh.shows;
+    }
+    return node;
+  });
+  const kept = new Set(children);
+  for (const node of [...parent.childNodes].filter((one) => !kept.has(one))) {
+    const focused = node.contains(document.activeElement);
+    node.remove();
+    if (focused) {
+      parent.closest("section").querySelector("button, input")?.focus();
+    }
+  }
+  children.forEach((node, at) =>
+    node === parent.childNodes[at] || parent.insertBefore(node, parent.childNodes[at] ?? null));
+}
+
+// A list with a row for each entry of key and data.
+function draw(id, all, row) {
+  const drawn = new Map([...find(id).children].map((item) => [item.dataset.key, item]));
+  hold(find(id), all.map(([key, data]) => {
+    const shows = JSON.stringify(data);
+    const item = drawn.get(key);
+    drawn.delete(key);
+    return item?.shows === shows ? item : Object.assign(make("li", { "data-key": key }, ...row(data)), { shows });
+  }));
+}
+
+// While the pointer is pressed nothing moves: a click has to end where it began.
+let pressed = false;
+let updating = false;
+
+function changed() {
+  if (!updating) {
+    updating = true;
+    setTimeout(() => {
+      updating = false;
+      if (!pressed) {
+        update();
+      }
+    }, 100);
+  }
+}
+
+function press(is) {
+  if (pressed !== is) {
+    pressed = is;
+    changed();
+  }
+}
+addEventListener("pointerdown", () => press(true), true);
+addEventListener("pointerup", () => press(false), true);
+addEventListener("pointercancel", () => press(false), true);
+addEventListener("pointermove", (event) => event.buttons === 0 && press(false), true); // it was released elsewhere
+
+function tell(id, text) {
+  if (find(id).textContent !== text) {
+    find(id).textContent = text;
+  }
+  find(id).hidden = text === "";
+}
+
+function update() {
+  const lost = failure !== "";
+  const live = state !== undefined && streams && !lost;
+  document.body.className = lost ? "lost" : live ? "live" : "";
+  tell("connection", lost ? "not connected" : live ? "live" : "connecting");
+  tell("notice", lost ? `${failure}${state ? `\nNo answer since ${state.at}: what is shown is from then.` : ""}`
+    : state && !state.watched ? "Messages are not shown: too many clients watch the gateway." : "");
+  if (state !== undefined) {
+    show(state.gateway);
+  }
+  list(arrived.splice(0));
+  for (const element of document.querySelectorAll(".control")) {
+    element.hidden = !state?.control;
+  }
+  for (const element of document.querySelectorAll("#reset, form.control *, [data-command]")) {
+    element.disabled = lost;
+  }
 }
 
 // --- Values -------------------------------------------------------------------
@@ -44,7 +148,7 @@ function shown(value) {
 function values(all) {
   const named = Object.entries(all ?? {}).map(([name, value]) =>
     make("span", {}, make("i", {}, `${name}=`), shown(value)));
-  return make("div", { className: "values" }, ...named.flatMap((one) => [one, " "]));
+  return make("div", { class: "values" }, ...named.flatMap((one) => [one, " "]));
 }
 
 // --- Messages -----------------------------------------------------------------
@@ -55,70 +159,101 @@ const verdict = (record) => record.line.split(/ {2,}/, 1)[0];
 function message(record) {
   const wrong = record.complained || record.malformed !== undefined || record.foreign !== undefined;
   const who = record.sap === undefined ? "konfd" : names.get(record.sap) ?? `sap ${record.sap}`;
-  const item = make("li", { className: [wrong && "complaint", record.fault && "fault"].filter(Boolean).join(" ") },
-    make("div", { className: "head" },
-      make("div", { className: "what" },
-        make("time", { dateTime: record.time, title: record.time }, record.time.slice(11, 23)),
+  const item = make("li", { class: [wrong && "complaint", record.fault && "fault"].filter(Boolean).join(" ") },
+    make("div", { class: "head" },
+      make("div", { class: "what" },
+        make("time", { datetime: record.time, title: record.time }, record.time.slice(11, 23)),
         make("b", {}, who),
-        make("span", { className: "call" }, record.call ?? record.id ?? ""),
-        make("span", { className: "object" }, record.object ?? "")),
-      make("span", { className: "outcome" }, verdict(record))));
+        make("span", { class: "call" }, record.call ?? record.id ?? ""),
+        make("span", { class: "object" }, record.object ?? "")),
+      make("span", { class: "outcome" }, verdict(record))));
   if (record.konfd !== undefined) {
-    item.append(make("div", { className: "line" }, record.konfd));
+    item.append(make("div", { class: "line" }, record.konfd));
   } else if (record.values !== undefined || typeof record.answer === "object") {
     item.append(values({ ...record.values, ...(typeof record.answer === "object" ? record.answer : {}) }));
   }
   const reason = record.complaint ?? record.malformed ?? record.foreign;
   if (reason !== undefined) {
-    item.append(make("div", { className: "reason" }, reason));
+    item.append(make("div", { class: "reason" }, reason));
   }
   if (record.fault) {
-    item.append(make("div", { className: "reason" }, `fault ${record.fault.number}: ${record.fault.rule}`));
+    item.append(make("div", { class: "reason" }, `fault ${record.fault.number}: ${record.fault.rule}`));
   }
-  item.words = `${who} ${record.line ?? ""}`.toLowerCase();
-  return item;
+  return Object.assign(item, { seq: record.seq, words: `${who} ${record.line ?? ""}`.toLowerCase() });
 }
 
-function filter(item) {
+// A line between messages.
+const divider = (seq, text) => Object.assign(make("li", { class: "divider" }, text), { seq });
+
+function filter(items) {
   const kind = find("kind").value;
   const words = find("words").value.toLowerCase().split(/\s+/);
-  item.hidden = (kind !== "" && !item.classList.contains(kind)) || !words.every((word) => item.words.includes(word));
-}
-
-function list(item) {
-  filter(item);
-  find("list").prepend(item);
-  while (find("list").childElementCount > mostListed) {
-    find("list").lastElementChild.remove();
+  for (const item of items.filter((one) => one.words !== undefined)) {
+    item.hidden = (kind !== "" && !item.classList.contains(kind)) || !words.every((word) => item.words.includes(word));
   }
+  const messages = [...find("list").children].filter((item) => item.words !== undefined);
+  find("unmatched").hidden = messages.length === 0 || messages.some((item) => !item.hidden);
 }
 
-function refilter() {
-  for (const item of find("list").children) {
-    filter(item);
+// Newest first. What is selected, or was scrolled to, stays where it is on the screen, and stays listed.
+function list(records) {
+  const log = find("list");
+  const items = [];
+  for (const record of records) {
+    if (seen !== 0 && record.seq > seen + 1) {
+      items.unshift(divider(record.seq - 1, `${counted(record.seq - seen - 1, "message")} dropped: too many at once`));
+    }
+    seen = record.seq;
+    items.unshift(message(record));
   }
+  const selection = getSelection();
+  const isSelected = (node) => !selection.isCollapsed && selection.containsNode(node, true);
+  const below = log.scrollHeight - log.scrollTop;
+  const stays = log.scrollTop > 0 || isSelected(log);
+  log.prepend(...items);
+  divide();
+  filter(items);
+  if (stays) {
+    log.scrollTop = log.scrollHeight - below;
+  }
+  const rows = [...log.children];
+  for (let over = rows.length - mostListed; over > 0; --over) {
+    const row = rows.pop();
+    if (over > mostListed || !isSelected(row)) {
+      row.remove();
+    }
+  }
+  const before = (log.lastElementChild?.seq ?? 1) - 1;
+  tell("earlier", before > 0 ? `${counted(before, "earlier message")} not listed` : "");
 }
 
-function gap(count) {
-  list(Object.assign(make("li", { className: "gap" }, `${counted(count, "message")} dropped: too many at once`), { words: "" }));
+// Draws a line above the messages before the last reset.
+function divide() {
+  const reset = state?.gateway.reset ?? 0;
+  if (seen >= reset && !find(`reset${reset}`)) {
+    const older = [...find("list").children].find((row) => row.seq <= reset);
+    older?.before(Object.assign(divider(reset, "Reset"), { id: `reset${reset}` }));
+  }
 }
 
 function listen() {
   const events = new EventSource(`/events?token=${token}`);
-  events.onopen = () => connection("live");
+  const streamed = (is) => {
+    streams = is;
+    changed();
+  };
+  events.onopen = () => streamed(true);
   events.onmessage = (event) => {
     const record = JSON.parse(event.data);
-    if (record.seq > seen) {
-      if (seen !== 0 && record.seq > seen + 1) {
-        gap(record.seq - seen - 1);
-      }
-      seen = record.seq;
-      list(message(record));
+    if (record.seq > (arrived.at(-1)?.seq ?? seen)) {
+      arrived.push(record);
+      arrived.splice(0, arrived.length - mostListed);
+      changed();
       refreshSoon();
     }
   };
   events.onerror = () => {
-    connection("not connected");
+    streamed(false);
     if (events.readyState === EventSource.CLOSED) { // refused: the browser does not retry
       events.close();
       setTimeout(listen, 2000);
@@ -128,75 +263,59 @@ function listen() {
 
 // --- What the gateway holds ---------------------------------------------------
 
-// Redraws a part only if it has changed, so that scrolling and clicking are not disturbed.
-function draw(id, data, elements) {
-  const text = JSON.stringify([data, control]);
-  if (drawn.get(id) !== text) {
-    drawn.set(id, text);
-    find(id).replaceChildren(...elements());
-  }
+function counter([what, number]) {
+  return [make("b", {}, String(number)), ` ${what === "messages" && number === 1 ? "message" : what}`];
 }
 
-const counted = (number, what) => `${number} ${what}${number === 1 ? "" : "s"}`;
-
-function counter(text, className = "") {
-  const [digits, words] = text.split(" ");
-  return make("li", { className: digits === "0" ? "" : className }, make("b", {}, digits), ` ${words}`);
-}
-
-function counters({ messages, complaints, counters: { malformed, foreign, faulted } }) {
-  return [counter(counted(messages, "message")),
-    ...(complaints ? [counter(`${complaints} refused`, "bad")] : []),
-    ...(malformed ? [counter(`${malformed} malformed`, "bad")] : []),
-    ...(foreign ? [counter(`${foreign} foreign`, "bad")] : []),
-    ...(faulted ? [counter(`${faulted} faulted`, "fault")] : [])];
-}
-
-function button(text, command) {
-  return control ? [make("button", { type: "button", onclick: () => send(command) }, text)] : [];
+function button(text, command, what) {
+  return state.control ? [make("button", { type: "button", "data-command": command, "aria-label": `${text} ${what}` }, text)]
+    : [];
 }
 
 function objects(held) {
-  return Object.entries(held).flatMap(([object, calls]) => [make("h3", {}, object),
-    ...Object.entries(calls).flatMap(([call, held]) => [make("div", { className: "call" }, call), values(held)])]);
+  return Object.entries(held).flatMap(([object, calls]) => [make("h3", { "data-key": object }, object),
+    ...Object.entries(calls).sort().map(([call, held]) =>
+      make("div", { class: "call", "data-key": `${object} ${call}` }, call, values(held)))]);
 }
 
-function manager({ name, sap, served }, held) {
+function manager([{ name, sap, served, without, via }, held]) {
   const count = Object.keys(held).length;
   const title = [make("b", {}, name), " ", make("small", {},
-    [`SAP ${sap}`, ...(served ? [] : ["stopped"]), ...(count ? [counted(count, "object")] : [])]
-      .join(" · "))];
-  const body = count === 0 ? make("span", {}, ...title)
-    : make("details", { open: opened.has(name) }, make("summary", {}, ...title), ...objects(held));
-  body.ontoggle = () => (body.open ? opened.add(name) : opened.delete(name));
-  return make("li", { className: served ? "" : "stopped" }, body,
-    ...button(served ? "stop" : "start", `${served ? "stop" : "start"} ${sap}`));
+    [`SAP ${sap}`, ...(without ? ["left to another program"] : served ? [] : ["stopped"]),
+      ...(via ? [`via ${via}`] : []), ...(count ? [counted(count, "object")] : [])].join(" · "))];
+  return [make("i", { class: without ? "without" : served ? "" : "stopped", "aria-hidden": "true" }, "●"),
+    count === 0 ? make("span", {}, ...title) : make("details", {}, make("summary", {}, ...title), ...objects(held)),
+    ...(without ? [] : button(served ? "stop" : "start", `${served ? "stop" : "start"} ${sap}`, name))];
 }
 
 function rule(one) {
-  return make("li", { className: one.over ? "over" : "" }, make("small", {}, String(one.number)),
-    make("div", {}, make("code", {}, one.rule), make("br"),
+  return [make("small", {}, String(one.number)),
+    make("div", {}, make("code", { class: one.over ? "over" : "" }, one.rule), make("br"),
       make("small", {}, `acted on ${one.acted} of ${counted(one.concerned, "message")}${one.over ? ", ended" : ""}`)),
-    ...button("clear", `fault clear ${one.number}`));
+    ...button("clear", `fault clear ${one.number}`, `rule ${one.number}`)];
+}
+
+function reading({ text, release }) {
+  return [make("code", {}, text),
+    ...(release ? button("release", `set ${release}`, release.slice(0, release.lastIndexOf(" "))) : [])];
 }
 
 function branch({ line, under }) {
-  return make("li", {}, line, ...(under.length > 0 ? [make("ul", {}, ...under.map(branch))] : []));
+  return [line, ...(under.length > 0
+    ? [make("ul", {}, ...under.map((one) => make("li", { "data-key": one.line }, ...branch(one))))] : [])];
 }
 
-function show({ control: may, watched, gateway }) {
-  control = may;
-  for (const element of document.querySelectorAll(".control")) {
-    element.hidden = !control;
-  }
-  for (const one of gateway.served) {
+function show({ messages, complaints, counters, served, managers, faults, readings, konfd }) {
+  for (const one of served) {
     names.set(one.sap, one.name);
   }
-  draw("counters", [gateway.messages, gateway.complaints, gateway.counters], () => counters(gateway));
-  draw("rules", gateway.faults, () => gateway.faults.map(rule));
-  draw("served", [gateway.served, gateway.managers],
-    () => gateway.served.map((one) => manager(one, gateway.managers[one.name]?.objects ?? {})));
-  draw("tree", gateway.konfd, () => gateway.konfd.map(branch));
+  const { invalid, malformed, foreign, faulted } = counters;
+  draw("counters", Object.entries({ messages, refused: complaints, invalid, malformed, foreign, faulted })
+    .filter(([what, number]) => number > 0 || what === "messages").map((one) => [one[0], one]), counter);
+  draw("rules", faults.map((one) => [String(one.number), one]), rule);
+  draw("served", served.map((one) => [one.name, [one, managers[one.name]?.objects ?? {}]]), manager);
+  draw("held", readings.map((one) => [one.release || one.text, one]), reading);
+  draw("tree", konfd.map((one) => [one.line, one]), branch);
 }
 
 // --- Requests -----------------------------------------------------------------
@@ -218,16 +337,17 @@ async function refresh() {
     if (!answer.ok) {
       throw new Error(await answer.text());
     }
-    const state = await answer.json();
-    show(state);
-    notice(state.watched ? "" : "Messages are not shown: too many clients watch the gateway.");
+    state = { ...await answer.json(), at: `${new Date().toISOString().slice(11, 19)} UTC` };
+    failure = "";
   } catch (error) {
-    notice(error instanceof TypeError ? unserved : error.message);
+    failure = error instanceof TypeError ? unserved : error.message.trim();
   }
+  changed();
 }
 
-async function send(command) {
-  const output = find("answer");
+// Its answer is shown in the section of what was clicked.
+async function send(command, section) {
+  const output = section.querySelector("output");
   let done = false;
   try {
     const answer = await fetch(`/command?token=${token}`, { method: "POST", body: command });
@@ -237,33 +357,40 @@ async function send(command) {
     output.textContent = unserved;
   }
   output.className = done ? "" : "wrong";
-  output.hidden = output.textContent === "";
   refresh();
   return done;
 }
 
-find("faults").querySelector("form").onsubmit = async (event) => {
-  event.preventDefault();
-  const input = find("rule");
-  if (await send(`fault add ${input.value}`)) {
-    input.value = "";
-  } else {
-    const column = Number(/column (\d+)/.exec(find("answer").textContent)?.[1] ?? 1);
-    input.focus();
-    input.setSelectionRange(column - 1, input.value.length);
+addEventListener("click", (event) => {
+  const { command } = event.target.closest?.("[data-command]")?.dataset ?? {};
+  if (command !== undefined) {
+    send(command, event.target.closest("section") ?? find("managers"));
+    find("question").close();
   }
-};
-find("clear").onclick = () => send("fault clear");
-find("reset").onclick = () =>
-  confirm("Clear all settings, konfd's tree, readings and counters?") && send("reset");
-find("messages").querySelector("form").onsubmit = (event) => event.preventDefault();
-find("kind").onchange = refilter;
-find("words").oninput = refilter;
+});
+for (const form of document.querySelectorAll("form[data-does]")) {
+  const input = form.querySelector("input");
+  form.addEventListener("submit", async () => {
+    if (await send(`${form.dataset.does} ${input.value}`, form.closest("section"))) {
+      input.value = "";
+    } else {
+      const column = Number(/column (\d+)/.exec(form.nextElementSibling.textContent)?.[1] ?? 1);
+      input.focus();
+      input.setSelectionRange(column - 1, input.value.length);
+    }
+  });
+}
+addEventListener("submit", (event) => event.preventDefault());
+find("reset").onclick = () => find("question").showModal();
+find("cancel").onclick = () => find("question").close();
+for (const id of ["kind", "words"]) {
+  find(id).addEventListener("input", () => filter([...find("list").children]));
+}
 window.onhashchange = () => location.reload();
 
 if (token === "") {
-  connection("not connected");
-  notice("The link is incomplete: open all of the link that vorsim printed, with the part after #.");
+  failure = "The link is incomplete: open all of the link that vorsim printed, with the part after #.";
+  update();
 } else {
   refresh().then(listen);
   setInterval(() => document.hidden || refresh(), 2000); // rules expire and managers restart by themselves

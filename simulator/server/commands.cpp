@@ -192,7 +192,7 @@ Command read_overview(std::string_view text)
         for (const gateway::HeldReading& held : gateway::held_readings(running.world.gateway.measurements())) {
             all["readings"].push_back({{"text", held.text}, {"release", held.release}});
         }
-        all["reset"] = running.recorder.first() - 1;
+        all["reset"] = running.memory.first() - 1;
         return vor::dump(all);
     };
 }

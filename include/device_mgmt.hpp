@@ -59,7 +59,7 @@ struct Result {
 /// The outcome in a sentence, for a log or a user.
 inline std::string to_string(const Result& result)
 {
-    const std::string code = " (code " + std::to_string(result.code) + ")";
+    const std::string code = result.code != 0 ? " (code " + std::to_string(result.code) + ")" : "";
     switch (result.outcome) {
     case Outcome::accepted:
         return "accepted";
@@ -68,9 +68,8 @@ inline std::string to_string(const Result& result)
     case Outcome::refused:
         return "refused by the manager" + (result.status != 0 ? ": status " + std::to_string(result.status) : code);
     case Outcome::not_sent:
-        return "not sent: " + (result.misfit != 0 ? "argument " + std::to_string(result.misfit) + " does not fit"
-                               : result.code == VOR_CODE_REFUSED ? "no endpoint"
-                                                                 : "an argument does not fit" + code);
+        return result.misfit != 0 ? "not sent: argument " + std::to_string(result.misfit) + " does not fit"
+                                  : "not sent: no endpoint, or the call refused it" + code;
     default:
         return "unknown: it may have been applied" + code;
     }

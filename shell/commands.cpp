@@ -316,7 +316,7 @@ constexpr input::Command table[] = {
      "each call is tried on a platform that sends nothing. The batch ends at the first failure, unless --keep-going is "
      "given; the exit code is that of the worst failure.",
      over_file<run_batch>},
-    {make, "serve", "serve", "answer requests in JSON, one per line of standard input",
+    {make, "serve", "serve", "answer requests in JSON, one per line",
      "For programs in other languages: calls, describe, and plan, apply, confirm, revert and report of a site whose "
      "text, variables and secrets are in the request. Each answer is one line, in the order of the requests. "
      "vorcfg-serve(7) describes them.",

@@ -335,7 +335,7 @@ private:
     {
         const auto room =
             description_["chain"]["most_elements"].number<std::size_t>() - call["wire"]["elements"].size();
-        const auto most = std::min(room, argument["most_listed"].number<std::size_t>());
+        const auto most = std::min(room, argument["longest_list"].number<std::size_t>());
         return static_cast<std::size_t>(number(0, static_cast<std::int64_t>(most)));
     }
 
@@ -354,9 +354,9 @@ private:
         if (of_ == Of::random && call["wire"].value("sap_from", "") == argument["name"].string()) {
             return served_sap();
         }
-        const auto most = argument["most"].number<std::int64_t>();
+        const auto most = argument["maximum"].number<std::int64_t>();
         const bool restarts = of_ == Of::random && call.contains("waits"); // long after the test
-        return number(restarts ? most / 2 : argument["least"].number<std::int64_t>(), most);
+        return number(restarts ? most / 2 : argument["minimum"].number<std::int64_t>(), most);
     }
 
     // Of a manager to which another call's message goes.

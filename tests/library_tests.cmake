@@ -33,6 +33,7 @@ add_test(NAME library_exports
           -D INCLUDE=${PROJECT_SOURCE_DIR}/include -D EXPORTS=${PROJECT_SOURCE_DIR}/src/exports.map
           -D TESTS=${CMAKE_CURRENT_SOURCE_DIR} -D SANITIZED=${VOR_SANITIZE}
           -P ${CMAKE_CURRENT_SOURCE_DIR}/exported_symbols.cmake)
+add_test(NAME bindings COMMAND /usr/bin/python3 ${PROJECT_SOURCE_DIR}/scripts/bindings --check)
 add_test(NAME library_refuses_frames
   COMMAND ${CMAKE_COMMAND} -D COMPILER=${CMAKE_CXX_COMPILER} -D SOURCE=${PROJECT_SOURCE_DIR}
           -D PLACE=${CMAKE_CURRENT_BINARY_DIR}/refused_frames -P ${CMAKE_CURRENT_SOURCE_DIR}/refused_frames.cmake)

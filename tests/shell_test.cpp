@@ -283,7 +283,8 @@ TEST(serve, as_many_answers_as_requests)
                                  R"(,"call":"gsm set-password","arguments":["hush"])",
                                  R"(,"call":"can set-id","secrets":{"hush":"hush"})",
                                  R"(,"command":"batch")",
-                                 R"(,"command":"apply","site":"gsm set-password x hush 1","gateway":"g")"};
+                                 R"(,"command":"apply","site":"gsm set-password x hush 1","gateway":"g")",
+                                 ",\"" + std::string(1'000'000, 'a') + R"(":1,"command":"plan")"};
     std::string wide = "{\"id\":1";
     for (int i = 0; i < 2000; i++) {
         wide += ",\"" + std::to_string(i) + "\":0";

@@ -12,6 +12,7 @@ namespace vor {
 namespace {
 
 constexpr std::size_t most_named = 4;
+constexpr std::size_t longest_compared = 200; // of what is typed; no name is as long
 
 // How many letters must be changed, added, left out or swapped with their
 // neighbour to get from one word to the other.
@@ -118,6 +119,9 @@ std::string folded(std::string_view name)
 
 std::vector<std::string> nearest(std::string_view name, std::span<const std::string> known)
 {
+    if (name.size() > longest_compared) {
+        return {};
+    }
     const std::string typed = folded(name);
     const auto whole = [&](const std::string& each) { return slips(typed, each); };
     const auto part = [&](std::string_view each) {
@@ -136,7 +140,7 @@ std::vector<std::string> holding(std::string_view name, std::span<const std::str
 {
     const std::string typed = folded(name);
     std::vector<std::string> found;
-    if (typed.size() < 2) {
+    if (typed.size() < 2 || typed.size() > longest_compared) {
         return found;
     }
     for (const std::string& each : known) {

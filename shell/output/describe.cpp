@@ -63,8 +63,8 @@ std::string_view kind_of(const rows::Argument& argument)
 // Empty where its call answers a record.
 std::string_view c_type_of(rows::Type type)
 {
-    static constexpr std::string_view names[] = {"vor_uchar", "vor_char",   "vor_int16",  "vor_uint16",
-                                                 "vor_int32", "vor_uint32", "vor_char *", ""};
+    static constexpr std::string_view names[] = {"vor_uchar", "vor_char",   "vor_int16", "vor_uint16",
+                                                 "vor_int32", "vor_uint32", "vor_char*", ""};
     return names[static_cast<std::size_t>(type)];
 }
 
@@ -117,11 +117,11 @@ Json json_of(const rows::Row& row, const rows::Argument& argument, const rows::C
     Json json{{"name", argument.name}, {"kind", kind_of(argument)}};
     json.add("c_type", c_type_of(argument.type));
     if (argument.is_number() && !argument.is_count) {
-        json["least"] = argument.range.least;
-        json["most"] = argument.range.most;
+        json["minimum"] = argument.range.least;
+        json["maximum"] = argument.range.most;
     }
-    json.add("most_bytes", argument.most_bytes);
-    json.add("most_listed", argument.most_listed);
+    json.add("longest", argument.most_bytes);
+    json.add("longest_list", argument.most_listed);
     for (const rows::Choice& choice : argument.choices) {
         json["words"][choice.name] = argument.is_number() ? Json(choice.number) : Json(choice.name);
     }

@@ -27,6 +27,13 @@ namespace {
     throw input::InputError{.text = std::move(text), .argument = std::string(member), .hint = std::move(hint)};
 }
 
+// As much of a name as its client needs to find it.
+std::string shown(std::string_view name)
+{
+    constexpr std::size_t longest = 100;
+    return vor::quoted(name, longest);
+}
+
 // C ends a text there.
 void refuse_zero_bytes(const Json& json, std::string_view member)
 {
@@ -137,7 +144,7 @@ std::vector<input::Word> words_of_call(const Json& request)
     const std::string& call = text_of(request, "call");
     const std::size_t family_end = call.find(' ');
     if (family_end == std::string::npos) {
-        fail(fmt::format("call must be a family and a call such as \"can set-id\", not {}", vor::quoted(call)), "call");
+        fail(fmt::format("call must be a family and a call such as \"can set-id\", not {}", shown(call)), "call");
     }
     const std::string family = call.substr(0, family_end);
     const std::string name = call.substr(family_end + 1);
@@ -191,7 +198,7 @@ const Served& served_command(const std::string& name)
         for (const Served& each : all_served) {
             known.emplace_back(each.command);
         }
-        fail(fmt::format("no command {}{}", vor::quoted(name),
+        fail(fmt::format("no command {}{}", shown(name),
                          vor::suggestion(vor::nearest(name, known), "expected " + vor::alternatives(known))),
              "command");
     }
@@ -206,7 +213,7 @@ void add_variables(const Json& request, std::string_view member, bool secret, bo
     }
     for (const auto& [name, value] : given != nullptr ? given->members() : Json::Object()) {
         if (name.empty() || vor::name_length(name) != name.size()) {
-            fail(fmt::format("a variable's name must be letters, digits and _, not {}", vor::quoted(name)), member);
+            fail(fmt::format("a variable's name must be letters, digits and _, not {}", shown(name)), member);
         }
         if (!value.is_string() && !is_whole_number(value)) {
             fail(fmt::format("variable \"{}\" must be a text or a whole number", name), member);
@@ -317,9 +324,8 @@ std::vector<std::string_view> own_members(const Served* served)
             known.push_back(member_of(row));
         }
     }
-    fail(fmt::format("unknown member {}{}", vor::quoted(name),
-                     vor::suggestion(vor::nearest(name, known), "expected " + vor::alternatives(known))),
-         name);
+    fail(fmt::format("unknown member {}{}", shown(name),
+                     vor::suggestion(vor::nearest(name, known), "expected " + vor::alternatives(known))));
 }
 
 void take_options(const Json& request, const Served* served, input::Options& options)

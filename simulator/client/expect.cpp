@@ -251,7 +251,6 @@ int expect(const std::vector<std::string>& arguments)
     };
     static constexpr vor::OptionOf<Options> options[] = {
         {{"--record", "FILE", ""}, vor::taken_as<&Options::record>},
-        {{"--json", "", ""}, vor::taken_as<&Options::json>},
         {{"--color", "WHEN", ""}, [](Options& check, std::string_view value) { check.color = vor::color_when(value); }},
     };
     Options check;

@@ -36,6 +36,7 @@ inline constexpr vor::OptionOf<Check> check_options[] = {
     {{"--any-order", "", ""}, [](Check& check, std::string_view) { check.manner.any_order = true; }},
     {{"--subset", "", ""}, [](Check& check, std::string_view) { check.manner.subset = true; }},
     {{"--allow-complaints", "", ""}, [](Check& check, std::string_view) { check.manner.allow_complaints = true; }},
+    {{"--json", "", ""}, vor::taken_as<&Check::json>},
     {{"--within", "T", ""},
      [](Check& check, std::string_view value) { check.within = server::time_of("--within", value); }},
 };

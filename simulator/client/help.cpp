@@ -26,6 +26,9 @@ Environment:
                     default $XDG_RUNTIME_DIR/vorinfra, else /tmp/vorinfra-UID
   VORINFRA_ROOT     konfd listens at $VORINFRA_ROOT/tmp/konfd.socket; by default
                     at /tmp/konfd.socket, unless another process does
+  VORINFRA_TIMEOUT_MS
+                    how long a real manager (--via) may take; default 3000
+  TMPDIR            where run makes its directory; default /tmp
   NO_COLOR          do not colour the output
 
 The gateway accepts messages once it has printed "vorsim: ready, ...". SIGTERM
@@ -36,7 +39,8 @@ Exit status:
   1  the command failed, a check or a replay found differences, or the journal
      could not be written
   2  invalid usage, rule or environment, or the gateway could not start
-  3  --strict: a message was refused, malformed or foreign
+  3  --strict: a message was refused, invalid, malformed or foreign, or a real
+     manager did not answer
   4  no gateway is running in the directory
 
 vorsim run exits as COMMAND did, or with 1 if only the check failed, 124 after a

@@ -46,6 +46,9 @@ constexpr vor::OptionOf<Waiting> wait_options[] = {
     {{"--count", "N", ""},
      [](Waiting& waiting, std::string_view value) {
          waiting.count = number_of<std::uint32_t>("--count", value, "a number");
+         if (waiting.count == 0) {
+             throw server::UsageError("--count must be at least 1");
+         }
      }},
     {{"--status", "N", ""},
      [](Waiting& waiting, std::string_view value) {

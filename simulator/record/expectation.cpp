@@ -190,7 +190,8 @@ public:
     std::optional<Expectation> run()
     {
         skip_blanks();
-        if (at_ == line_.size() || line_[at_] == '#') {
+        const Text first = here();
+        if (first.empty() || first.starts_with('#') || first == "vorsim:") { // nor what a gateway says of itself
             return {};
         }
         read_end();
@@ -470,7 +471,7 @@ private:
         }
         at_ = std::min(end + 1, line_.size());
         skip_blanks();
-        found_.any_values = object == any && at_ == line_.size();
+        found_.any_values = at_ == line_.size() && (object == any || detail_ == Detail::as_wanted);
         read_values();
         choose_row();
     }

@@ -54,6 +54,9 @@ void Managers::expect_own(std::uint16_t sap) const
     if (left_.contains(sap)) {
         throw std::runtime_error(fmt::format("{} is left to another program (--without)", tables::manager_key(sap)));
     }
+    if (!own_.contains(sap)) {
+        throw std::runtime_error(fmt::format("SAP {} is not served; start vorsim with --sap {}", sap, sap));
+    }
 }
 
 void Managers::stop(std::uint16_t sap)

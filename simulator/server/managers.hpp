@@ -24,6 +24,8 @@ public:
     // Reports a manager that cannot be restarted.
     Managers(sockets::Loop& loop, OnReadable on_readable, OnError on_error);
 
+    // This gateway serves it, whenever it is started.
+    void own(std::uint16_t sap) { own_.insert(sap); }
     // Throws when another process serves the SAP.
     void start(std::uint16_t sap);
     void stop(std::uint16_t sap);
@@ -35,7 +37,7 @@ public:
     // Another program serves it. It can neither start nor stop here.
     void leave(std::uint16_t sap) { left_.insert(sap); }
     const std::set<std::uint16_t>& left() const { return left_; }
-    // Throws when it was left to another program.
+    // Throws when it was left to another program, or nobody said that it is served.
     void expect_own(std::uint16_t sap) const;
     void expect_own(const faults::Rule& rule) const;
 
@@ -51,6 +53,7 @@ private:
     OnReadable on_readable_;
     OnError on_error_;
     Endpoints endpoints_;
+    std::set<std::uint16_t> own_;
     std::set<std::uint16_t> left_;
     std::map<std::uint16_t, sockets::Loop::Time> back_;
 };

@@ -154,7 +154,7 @@ void Messages::settle_passed(Passed& passed, const Outcome& outcome)
         delivery = delivery_of(passed.asker.sap, decision, passed.due);
     } else if (outcome.kind != Kind::sent) {
         decision.withdraw();
-        decision.record.complained = decision.record.complained || outcome.kind == Kind::lost;
+        decision.record.complained = decision.record.complained || outcome.kind != Kind::stopped;
         decision.record.notes.push_back(outcome.note);
         delivery.way = outcome.kind == Kind::refused ? faults::Delivery::Way::refused : faults::Delivery::Way::never;
     }

@@ -50,6 +50,7 @@ public:
     // Pending answers are lost.
     void stop(std::uint16_t sap);
     void leave(std::uint16_t sap) { managers_.leave(sap); }
+    void own(std::uint16_t sap) { managers_.own(sap); }
     // Those of real managers are no longer awaited.
     void end() { relay_.drop(); }
     const Managers& managers() const { return managers_; }

@@ -55,7 +55,9 @@ void take_via(Options& options, std::string_view text)
     if (name == "any") {
         options.via_any = directory;
     } else {
-        options.via.insert_or_assign(manager_of("--via", name), directory);
+        if (!options.via.emplace(manager_of("--via", name), directory).second) {
+            throw UsageError(fmt::format("--via must name {} only once", vor::quoted(name)));
+        }
     }
 }
 

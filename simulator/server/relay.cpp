@@ -188,7 +188,7 @@ void Relay::receive(Place& place)
         Passed passed = std::move(awaited->second.passed);
         place.awaited.erase(awaited);
         if (received == is_refusal) {
-            refuse(passed, "the manager did not receive it");
+            refuse(passed, "the manager refused it");
         } else {
             on_settled_(
                 passed,

@@ -103,6 +103,9 @@ Server::Server(const Options& options)
     for (const std::uint16_t sap : options_.without) {
         messages_.leave(sap);
     }
+    for (const std::uint16_t sap : options_.served()) {
+        messages_.own(sap);
+    }
     if (options_.faults_file) {
         for (faults::Rule& rule : faults::read_rules(*options_.faults_file)) {
             expect_own(messages_.managers(), rule, *options_.faults_file);
@@ -110,6 +113,7 @@ Server::Server(const Options& options)
         }
     }
     for (const faults::Rule& rule : options_.faults) {
+        expect_own(messages_.managers(), rule, "--fault");
         world_.faults.add(rule, std::chrono::steady_clock::now());
     }
     try {

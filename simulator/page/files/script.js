@@ -159,7 +159,9 @@ const verdict = (record) => record.line.split(/ {2,}/, 1)[0];
 function message(record) {
   const wrong = record.complained || record.malformed !== undefined || record.foreign !== undefined;
   const who = record.sap === undefined ? "konfd" : names.get(record.sap) ?? `sap ${record.sap}`;
-  const item = make("li", { class: [wrong && "complaint", record.fault && "fault"].filter(Boolean).join(" ") },
+  const unanswered = verdict(record) === "NO ANSWER";
+  const kinds = [wrong && "complaint", unanswered && "unanswered", record.fault && "fault"];
+  const item = make("li", { class: kinds.filter(Boolean).join(" ") },
     make("div", { class: "head" },
       make("div", { class: "what" },
         make("time", { datetime: record.time, title: record.time }, record.time.slice(11, 23)),
@@ -172,7 +174,8 @@ function message(record) {
   } else if (record.values !== undefined || typeof record.answer === "object") {
     item.append(values({ ...record.values, ...(typeof record.answer === "object" ? record.answer : {}) }));
   }
-  const reason = record.complaint ?? record.malformed ?? record.foreign;
+  const note = record.fault ? undefined : record.line.match(/ {2}\[([^[]*)\]$/)?.[1];
+  const reason = record.complaint ?? record.malformed ?? record.foreign ?? note;
   if (reason !== undefined) {
     item.append(make("div", { class: "reason" }, reason));
   }

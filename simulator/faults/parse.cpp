@@ -154,9 +154,9 @@ private:
     {
         const vor::Word& found = here();
         const bool at_end = !found.quoted && found.text.empty();
-        throw RuleError(fmt::format("unexpected {}; expected {}{}",
-                                    at_end ? "end of the rule" : vor::quoted(found.text), what,
-                                    at_end ? "" : vor::suggestion(vor::nearest(found.text, known))),
+        const std::vector<std::string> nearest = at_end ? std::vector<std::string>() : vor::nearest(found.text, known);
+        throw RuleError(fmt::format("unexpected {}{}", at_end ? "end of the rule" : vor::quoted(found.text),
+                                    vor::suggestion(nearest, "expected " + what)),
                         found.column);
     }
 
@@ -371,6 +371,9 @@ private:
             const bool another = number_in<std::int32_t>(tokens_[at_ + 1].text) && !is(at_ + 2, "times");
             if (!last && !another) {
                 break;
+            }
+            if (rule_.condition.when == Condition::When::nth) {
+                expected("the end of the rule, which acts only once");
             }
             at_ += last ? 2 : 1;
             if (script.empty()) {

@@ -13,16 +13,37 @@ namespace {
 constexpr std::size_t most_cells = 4'000'000;  // of the table of differences
 constexpr std::size_t most_pairs = 16'000'000; // of expectations and messages
 constexpr std::size_t most_units = 20'000;
+constexpr std::size_t most_steps = 50'000'000; // of assigning in any order
 
-// Whether an expectation matches a record: found out once for all records of one line.
+// The line, and the texts that it has cut.
+std::string key_of(const values::Record& record)
+{
+    std::string key = record.line;
+    const auto add = [&key](const values::Scalar& scalar) {
+        const auto* const text = std::get_if<std::string>(&scalar);
+        if (text != nullptr && text->size() > values::longest_in_line) {
+            key += '\0' + *text;
+        }
+    };
+    for (const values::Value& value : record.values) {
+        if (const auto* const list = std::get_if<values::List>(&value.data)) {
+            std::ranges::for_each(*list, add);
+        } else {
+            add(std::get<values::Scalar>(value.data));
+        }
+    }
+    return key;
+}
+
+// Whether an expectation matches a record: found out once for all records that are alike.
 class Matches {
 public:
     Matches(std::span<const Expectation> expected, std::span<const values::Record> arrived)
         : expected_(expected), arrived_(arrived)
     {
-        std::map<std::string_view, std::size_t> lines;
+        std::map<std::string, std::size_t> keys;
         for (std::size_t at = 0; at < arrived.size(); ++at) {
-            const auto [found, is_new] = lines.emplace(arrived[at].line, firsts_.size());
+            const auto [found, is_new] = keys.emplace(key_of(arrived[at]), firsts_.size());
             if (is_new) {
                 firsts_.push_back(at);
             }
@@ -46,7 +67,7 @@ public:
 private:
     std::span<const Expectation> expected_;
     std::span<const values::Record> arrived_;
-    std::vector<std::size_t> groups_; // of each record, by its line
+    std::vector<std::size_t> groups_; // of each record
     std::vector<std::size_t> firsts_; // the first record of each group
     std::vector<std::vector<std::uint8_t>> known_;
 };
@@ -69,7 +90,7 @@ public:
 
     Comparison run()
     {
-        std::size_t units = 0;
+        std::uint64_t units = 0;
         for (const std::size_t at : wanted_) {
             units += expected_[at].count.least;
         }
@@ -250,6 +271,10 @@ private:
             room[at] = expected_[at].count.most ? room[at] : std::numeric_limits<std::size_t>::max();
         }
         fill(room);
+        result_.cut = steps_ > most_steps;
+        if (result_.cut) {
+            return;
+        }
 
         std::vector<std::size_t> wanted_by(arrived_.size(), expected_.size());
         for (const std::size_t at : wanted_) {
@@ -273,6 +298,7 @@ private:
     // Assigns as many messages as there is room for.
     void fill(const std::vector<std::size_t>& room)
     {
+        dead_.assign(expected_.size(), false);
         for (std::size_t group = 0; group < supply_.size(); ++group) {
             while (supply_[group] > 0 && place(group, room)) {}
         }
@@ -288,7 +314,10 @@ private:
         for (std::size_t next = 0; next < reached.size(); ++next) {
             const std::size_t here = reached[next];
             for (const std::size_t at : wanted_) {
-                if (from[at] != none || !matches_.group(at, here)) {
+                if (++steps_ > most_steps) {
+                    return false;
+                }
+                if (from[at] != none || dead_[at] || !matches_.group(at, here)) {
                     continue;
                 }
                 from[at] = here;
@@ -303,6 +332,9 @@ private:
                     }
                 }
             }
+        }
+        for (std::size_t at = 0; at < from.size(); ++at) { // no way leads on from these, now or later
+            dead_[at] = dead_[at] || from[at] != none;
         }
         return false;
     }
@@ -337,6 +369,8 @@ private:
     std::vector<std::size_t> supply_;                       // of each group, not yet assigned
     std::vector<std::map<std::size_t, std::size_t>> taken_; // by each expectation, of each group
     std::vector<std::size_t> used_;                         // how many each took
+    std::vector<bool> dead_;                                // expectations that can take no more
+    std::size_t steps_ = 0;
 };
 
 } // namespace

@@ -100,6 +100,9 @@ try {
     if (manager.empty() || (manager == "konfd" && object.empty())) {
         return;
     }
+    if (manager == "konfd") {
+        throw UsageError("konfd has no objects");
+    }
     constexpr std::string_view others[] = {"konfd"};
     const std::uint16_t sap = tables::checked_sap(manager, others);
     manager = tables::manager_key(sap);

@@ -5,6 +5,7 @@
 #include <fmt/core.h>
 
 #include "tables/managers.hpp"
+#include "tables/names.hpp"
 
 namespace vorsim::server {
 
@@ -78,8 +79,24 @@ sockets::Endpoint* Managers::endpoint(std::uint16_t sap) const
 
 void Managers::expect_own(const faults::Rule& rule) const
 {
-    if (rule.condition.who == faults::Condition::Who::manager) {
-        expect_own(rule.condition.sap);
+    const faults::Condition& condition = rule.condition;
+    if (condition.who == faults::Condition::Who::manager) {
+        expect_own(condition.sap);
+    }
+    if (condition.who != faults::Condition::Who::any || condition.call.empty()) {
+        return;
+    }
+    std::optional<std::uint16_t> left;
+    for (const tables::ListedRow& row : tables::all_rows()) {
+        if (tables::same_call(condition.call, std::string(row.row->call))) {
+            if (row.manager == tables::any_manager || !left_.contains(static_cast<std::uint16_t>(row.manager))) {
+                return;
+            }
+            left = static_cast<std::uint16_t>(row.manager);
+        }
+    }
+    if (left) {
+        expect_own(*left);
     }
 }
 

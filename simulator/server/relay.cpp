@@ -26,7 +26,7 @@ constexpr auto check_interval = 50ms; // of a manager that has not answered
 constexpr auto retry_interval = 2ms;  // for a manager that has no room
 constexpr auto late_memory = 60s;
 constexpr std::size_t most_given_up = 1000;
-constexpr int answers_in_turn = 64;
+constexpr std::size_t answers_in_turn = 64;
 constexpr std::uint16_t most_sequence = 0x7fff;
 constexpr int is_refusal = 2; // of vorinfra_receive_answer
 constexpr std::size_t most_named = 3;
@@ -167,7 +167,7 @@ void Relay::send_waiting()
 
 void Relay::receive(Place& place)
 {
-    for (int turn = 0; turn < answers_in_turn; ++turn) {
+    for (std::size_t turn = 0; turn < answers_in_turn; ++turn) {
         const auto arrived = place.endpoint.next();
         if (!arrived) {
             return;
@@ -243,7 +243,10 @@ void Relay::check(Place& place)
             awaited.check = now + check_interval;
         }
     }
-    receive(place);
+    for (std::size_t left = place.awaited.size(); left > 0 && place.endpoint.next();
+         left -= std::min(left, answers_in_turn)) {
+        receive(place);
+    }
     std::vector<std::pair<std::uint16_t, const char*>> gone;
     for (const auto& [sequence, awaited] : place.awaited) {
         const auto found = there.find(awaited.passed.asker.sap);

@@ -16,6 +16,7 @@
 #include "gateway/gateway.hpp"
 #include "gateway_fixture.hpp"
 #include "konfd/konfd.hpp"
+#include "tables/names.hpp"
 
 namespace {
 
@@ -101,6 +102,9 @@ TEST(limits, hostile_texts_take_bounded_work)
     const vorsim::konfd::Reply twice = konfd.execute("-d \"a\" -d \"a\" -d \"a\"");
     EXPECT_EQ("-e\n", twice.answer);
     EXPECT_EQ("output longer than 1048576 bytes", twice.record.complaint);
+
+    vorsim::tables::Selection rows;
+    EXPECT_THROW(rows.object("sensor " + std::string(10'000'000, 'x')), vorsim::tables::NameError);
 }
 
 TEST_F(Attack, hostile_texts_and_unread_answers_take_bounded_memory)

@@ -18,6 +18,14 @@ namespace {
 using Names = std::vector<std::string>;
 
 constexpr std::size_t most_patterns = 4;
+constexpr std::size_t longest_name = 20'000; // an object may have a text of 4096 bytes, each of them shown as \x00
+
+void expect_short(std::string_view what, std::string_view text)
+{
+    if (text.size() > longest_name) {
+        throw NameError(fmt::format("{} must have at most {} bytes, not {}", what, longest_name, text.size()));
+    }
+}
 
 std::string_view without_sap(std::string_view name)
 {
@@ -26,14 +34,14 @@ std::string_view without_sap(std::string_view name)
 }
 
 // Whether vorsim shows such a value of the field.
-bool can_show(const Field& field, const std::string& text)
+bool can_show(const Field& field, std::string_view text)
 {
     if (field.display == Display::address) {
         in_addr address{};
-        return inet_pton(AF_INET, text.c_str(), &address) == 1;
+        return text.size() < INET_ADDRSTRLEN && inet_pton(AF_INET, std::string(text).c_str(), &address) == 1;
     }
     if (field.kind == Kind::text) {
-        return true;
+        return !text.empty();
     }
     const auto number = vor::number_in<std::int64_t>(text);
     const Range range = range_of(field);
@@ -53,9 +61,13 @@ bool fits(const MessageRow& row, std::string_view pattern, std::string_view text
     }
     const std::size_t close = pattern.find('}', open);
     const Field& field = *field_named(row, pattern.substr(open + 1, close - open - 1));
-    for (std::size_t end = 1; end <= text.size(); ++end) {
-        if (can_show(field, std::string(text.substr(0, end))) &&
-            fits(row, pattern.substr(close + 1), text.substr(end))) {
+    const std::string_view rest = pattern.substr(close + 1);
+    if (rest.empty()) {
+        return can_show(field, text);
+    }
+    const std::string_view next = rest.substr(0, rest.find('{'));
+    for (std::size_t end = text.find(next); end != text.npos; end = text.find(next, end + 1)) {
+        if (can_show(field, text.substr(0, end)) && fits(row, rest, text.substr(end))) {
             return true;
         }
     }
@@ -145,6 +157,7 @@ void Selection::of(std::uint16_t sap)
 
 void Selection::call(const std::string& name)
 {
+    expect_short("a call", name);
     const auto is_named = [&name](const MessageRow* row) { return same_call(name, std::string(row->call)); };
     if (std::ranges::none_of(rows_, is_named)) {
         std::set<std::string> known;
@@ -173,6 +186,7 @@ void Selection::call(const std::string& name)
 
 void Selection::object(std::string_view text)
 {
+    expect_short("an object", text);
     const auto is_about = [text](const MessageRow* row) { return fits(*row, row->object, text); };
     if (free_) {
         return;

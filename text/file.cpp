@@ -44,6 +44,12 @@ bool has_writer(std::FILE* pipe)
     return got == 1 || (got < 0 && errno == EAGAIN);
 }
 
+// Opening does not wait, reading and writing do.
+void wait_for(int opened)
+{
+    fcntl(opened, F_SETFL, fcntl(opened, F_GETFL) & ~O_NONBLOCK);
+}
+
 } // namespace
 
 std::string reason_of(int error)
@@ -69,7 +75,7 @@ std::FILE* open_to_read(const std::string& path)
     if (S_ISFIFO(status.st_mode) && !has_writer(file.get())) {
         throw FileError("it is a pipe that no process writes to");
     }
-    fcntl(opened, F_SETFL, fcntl(opened, F_GETFL) & ~O_NONBLOCK);
+    wait_for(opened);
     return file.release();
 }
 
@@ -117,14 +123,17 @@ bool write_all(int descriptor, std::string_view bytes)
 void replace_file(const std::string& path, std::string_view text, unsigned mode)
 {
     struct stat status {};
-    const bool in_place = stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+    const bool in_place = lstat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
     std::string written = path + (in_place ? "" : ".XXXXXX");
-    const int file = in_place ? open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK)
+    const int file = in_place ? open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY | O_NONBLOCK,
+                                     static_cast<mode_t>(mode))
                               : mkostemp(written.data(), O_CLOEXEC);
     if (file < 0) {
         throw FileError(errno);
     }
-    const bool whole = write_all(file, text) && (in_place || fchmod(file, static_cast<mode_t>(mode)) == 0);
+    wait_for(file);
+    const bool regular = fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+    const bool whole = (!regular || fchmod(file, static_cast<mode_t>(mode)) == 0) && write_all(file, text);
     int error = whole ? 0 : errno;
     close(file);
     if (error == 0 && !in_place && std::rename(written.c_str(), path.c_str()) != 0) {

@@ -146,6 +146,10 @@ TEST_F(Vorsim, run_passes_a_signal_on_once)
     const processes::Output output = terminal.rest();
     EXPECT_EQ(std::string::npos, output.text.find("told")) << output.text;
     EXPECT_EQ(9, output.exit_code);
+    EXPECT_EQ("143\n", place
+                           .run("echo 'mqttmgr  *  *' >one; vorsim run --expect one --within 1min -- touch done & "
+                                "until [ -e done ]; do :; done; sleep 0.2; kill $!; wait $!; echo $?")
+                           .text);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <thread>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,7 +25,7 @@ using record::Step;
 
 constexpr std::size_t context = 3; // steps shown around a difference
 constexpr std::size_t folded_indent = 4;
-constexpr std::chrono::milliseconds longest_wait{200}; // before it looks whether to stop
+constexpr std::chrono::milliseconds between_comparisons{50};
 
 // One line of what differs.
 struct DiffRow {
@@ -222,17 +223,19 @@ try {
     throw server::UsageError(fmt::format("cannot read {}: {}", file, error.what()));
 }
 
-bool Check::run(std::FILE* to, const std::function<bool()>& is_asked_to_stop) const
+bool Check::run(std::FILE* to) const
 {
-    const auto end = std::chrono::steady_clock::now() + within;
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + within;
     Received received;
-    received.update();
     for (;;) {
+        received.update();
+        const auto compared = Clock::now();
         const bool knows_all = received.forgotten() == 0 || manner.subset;
         const Comparison comparison = knows_all ? record::compare(expected, received.records(), manner) : Comparison();
         const Difference difference(*this, received, comparison);
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
-        if (difference.holds() || left.count() <= 0 || is_asked_to_stop()) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+        if (difference.holds() || left.count() <= 0) {
             if (json) {
                 vor::print(to, difference.document());
             } else if (!difference.holds()) {
@@ -240,7 +243,8 @@ bool Check::run(std::FILE* to, const std::function<bool()>& is_asked_to_stop) co
             }
             return difference.holds();
         }
-        received.update(std::min(left, longest_wait));
+        received.update(left);
+        std::this_thread::sleep_until(std::min(end, compared + between_comparisons));
     }
 }
 

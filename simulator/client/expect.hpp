@@ -3,7 +3,6 @@
 
 #include <chrono>
 #include <cstdio>
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,10 +24,8 @@ struct Check {
     std::string name() const { return file == "-" ? "standard input" : file; }
     // Reads the file; "-" is standard input. Throws.
     void read();
-    // Whether the messages of the running gateway are as expected; prints how they differ. Waits no longer when asked
-    // to stop.
-    bool run(
-        std::FILE* to, const std::function<bool()>& is_asked_to_stop = [] { return false; }) const;
+    // Whether the messages of the running gateway are as expected; prints how they differ.
+    bool run(std::FILE* to) const;
 };
 
 // Of `expect`, and of a command's run.

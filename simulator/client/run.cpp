@@ -77,13 +77,19 @@ Wanted wanted_by(const std::vector<std::string>& arguments)
     return wanted;
 }
 
-// The platform's directories of this run; whoever of the gateway and its parent lives longer removes it.
+// The platform's directories of this run. The process that began it removes them, or the gateway that outlives it.
 class PrivateDirectory {
 public:
     PrivateDirectory()
     {
-        const char* const where = std::getenv("TMPDIR");
-        path_ = fmt::format("{}/vorsim.XXXXXX", where != nullptr && *where == '/' ? where : "/tmp");
+        constexpr std::size_t longest = 80; // VORINFRA_DIR may have as much as it and the name
+        const char* const set = std::getenv("TMPDIR");
+        const std::string where = set != nullptr && *set == '/' ? set : "/tmp";
+        if (where.size() > longest) {
+            throw std::runtime_error(
+                fmt::format("TMPDIR must have at most {} characters, not {}: {}", longest, where.size(), where));
+        }
+        path_ = where + "/vorsim.XXXXXX";
         if (mkdtemp(path_.data()) == nullptr) {
             throw std::runtime_error(
                 fmt::format("cannot create a directory such as {}: {}", path_, vor::reason_of(errno)));
@@ -96,11 +102,14 @@ public:
     ~PrivateDirectory()
     {
         std::error_code ignored;
-        fs::remove_all(path_, ignored);
+        if (getpid() == began_ || getppid() != began_) {
+            fs::remove_all(path_, ignored);
+        }
     }
 
 private:
     std::string path_;
+    pid_t began_ = getpid();
 };
 
 // The parent of each process that can be seen.
@@ -168,13 +177,6 @@ public:
         }
     }
 
-    // Whether a signal asked for the end meanwhile.
-    bool asked_to_stop()
-    {
-        while (take_signal({}, -1)) {}
-        return stop_;
-    }
-
     // Ends all children but this one, and theirs.
     void end_others(pid_t kept)
     {
@@ -214,26 +216,21 @@ private:
     }
 
     // Waits for one. What a terminal sends has reached the whole group already.
-    bool take_signal(Clock::duration within, pid_t to)
+    void take_signal(Clock::duration within, pid_t to)
     {
         const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(within);
         const timespec limit{static_cast<std::time_t>(seconds.count()),
                              static_cast<long>(std::chrono::nanoseconds(within - seconds).count())};
         siginfo_t info{};
         const int signal_number = sigtimedwait(&taken_, &info, &limit);
-        if (signal_number > 0 && signal_number != SIGCHLD) {
-            stop_ = true;
-            if (info.si_code != SI_KERNEL && to > 0) {
-                kill(to, signal_number);
-            }
+        if (signal_number > 0 && signal_number != SIGCHLD && info.si_code != SI_KERNEL && to > 0) {
+            kill(to, signal_number);
         }
-        return signal_number > 0;
     }
 
     sigset_t taken_{};
     sigset_t before_{};
     std::map<pid_t, int> ended_; // with their status
-    bool stop_ = false;
 };
 
 int code_of(int status)
@@ -290,12 +287,24 @@ std::pair<int, bool> wait_for_command(Children& children, pid_t command, std::op
     return {children.wait(command, {}).value_or(0), true};
 }
 
-bool is_as_expected(const Check& check, Children& children)
+bool is_as_expected(const Check& check)
 try {
-    return check.file.empty() || check.run(stderr, [&children] { return children.asked_to_stop(); });
+    return check.run(stderr);
 } catch (const std::exception& error) {
     vor::print_line(stderr, fmt::format("vorsim: {}", vor::printable(error.what())));
     return false;
+}
+
+// The exit code of the check, in a process of its own, which a signal ends.
+int code_of_check(const Check& check, Children& children)
+{
+    const pid_t self = getpid();
+    const pid_t checking = children.start();
+    if (checking == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        _exit(getppid() == self && is_as_expected(check) ? 0 : check_failed);
+    }
+    return code_of(children.wait(checking, {}, checking).value_or(0));
 }
 
 } // namespace
@@ -333,9 +342,15 @@ int run_command(const std::vector<std::string>& arguments)
         execute(wanted.command);
     }
     const auto [status, late] = wait_for_command(children, command, wanted.timeout);
-    const int code = code_of(status);
+    int code = code_of(status);
     const bool was_run = code != not_found && code != not_executable;
-    bool good = !was_run || is_as_expected(wanted.check, children);
+    int check_code = 0;
+    if (children.wait(gateway, Clock::now())) {
+        vor::print_line(stderr, "vorsim: the gateway ended before the command");
+        check_code = check_failed;
+    } else if (was_run && !wanted.check.file.empty()) {
+        check_code = code_of_check(wanted.check, children);
+    }
     children.end_others(gateway);
 
     kill(gateway, SIGTERM);
@@ -348,8 +363,16 @@ int run_command(const std::vector<std::string>& arguments)
     if (WIFSIGNALED(*ended)) {
         vor::print_line(stderr, fmt::format("vorsim: the gateway was ended by signal {}", WTERMSIG(*ended)));
     }
-    good = good && code_of(*ended) == 0;
-    return late ? timed_out : code != 0 || good ? code : check_failed;
+    if (late) {
+        return timed_out;
+    }
+    if (code == 0) {
+        code = check_code;
+    }
+    if (code == 0 && code_of(*ended) != 0) {
+        code = check_failed;
+    }
+    return code;
 }
 
 } // namespace vorsim::client

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "values/record.hpp"
@@ -22,6 +23,10 @@ public:
     void skip();
 
     const std::vector<values::Record>& records() const { return records_; }
+    // The same, which are kept no longer.
+    std::vector<values::Record> take() { return std::exchange(records_, {}); }
+    // The number of the first message since the last reset.
+    std::uint64_t first() const { return first_; }
     std::uint64_t forgotten() const { return forgotten_; }
 
 private:

@@ -93,6 +93,7 @@ record::Expectation wanted_by(Waiting& waiting)
                 throw server::UsageError("wait needs a message to wait for");
             }
             waiting.count = std::max<std::uint64_t>(waiting.count, wanted->count.least);
+            wanted->text = vor::quoted(wanted->text);
             return *wanted;
         } catch (const vor::WordError& error) {
             server::refuse_at(waiting.line, error);
@@ -152,10 +153,10 @@ int wait(const std::vector<std::string>& arguments)
         received.skip();
     }
     received.update();
-    for (;;) {
-        std::uint64_t came = 0;
-        std::uint64_t counted = 0;
-        for (const values::Record& one : received.records()) {
+    std::uint64_t came = 0;
+    std::uint64_t counted = 0;
+    for (std::uint64_t first = received.first();; first = received.first()) {
+        for (const values::Record& one : received.take()) {
             const bool matches = wanted.matches(one);
             came += matches ? 1 : 0;
             counted += matches && counts(one) ? 1 : 0;
@@ -173,6 +174,9 @@ int wait(const std::vector<std::string>& arguments)
                                            : ""));
         }
         received.update(left);
+        if (received.first() != first) {
+            came = counted = 0;
+        }
     }
 }
 

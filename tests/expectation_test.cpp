@@ -162,6 +162,25 @@ TEST(comparison, counts_wildcards_and_orders)
     }
 }
 
+TEST(comparison, texts_are_compared_beyond_the_cut_of_a_line)
+{
+    std::vector<Record> records;
+    std::string all;
+    for (const char end : {'A', 'B'}) {
+        const std::string text = std::string(100, 'x') + end;
+        Record record{.sap = 19, .id = 0x13003, .call = "vor_cfg_set_can_baudrate", .object = "port 1"};
+        record.values = {{"can_port", "", std::int64_t{1}}, {"baudrate", "", text}, {"set", "", std::int64_t{1}}};
+        record.line = "alike";
+        records.push_back(record);
+        all += "canmgr  vor_cfg_set_can_baudrate  port 1: baudrate=\"" + text + "\" set=1\n";
+    }
+    const auto expected = vorsim::record::read_expectations(all, "file");
+    EXPECT_TRUE(vorsim::record::compare(expected, records, {}).holds());
+    std::swap(records[0], records[1]);
+    EXPECT_FALSE(vorsim::record::compare(expected, records, {}).holds());
+    EXPECT_TRUE(vorsim::record::compare(expected, records, {.any_order = true}).holds());
+}
+
 // Whatever it is asked to compare, it is done soon and says so.
 TEST(comparison, work_is_bounded)
 {
@@ -178,6 +197,12 @@ TEST(comparison, work_is_bounded)
         const auto found = vorsim::record::compare(expected, records, {.any_order = any_order});
         EXPECT_TRUE(found.cut && !found.holds());
     }
+    std::string alike;
+    for (int line = 0; line < 2'000; ++line) {
+        alike += "canmgr  vor_cfg_set_can_id  port 1: *\n";
+    }
+    const auto any = vorsim::record::read_expectations(alike, "file");
+    EXPECT_EQ(3'000U, vorsim::record::compare(any, records, {.any_order = true}).unexpected);
     EXPECT_TRUE(vorsim::record::compare(std::span(expected).last(1), std::span(records).first(1), {}).holds());
 }
 

@@ -1,5 +1,6 @@
 // The interface as data: each fact from the row, the header or the measurement that has it.
 #include <algorithm>
+#include <bit>
 
 #include <device_mgmt/code_text.h>
 #include <device_mgmt/version.h>
@@ -312,6 +313,7 @@ Json description()
     if (const auto form = call::chain_form()) {
         json["chain"] = json_of(*form);
     }
+    json["status"] = {{"high_byte_first", std::endian::native == std::endian::big}, {"size", sizeof(vor_int32)}};
     for (const char* const section : {"managers", "codes", "outcomes", "records", "calls"}) {
         json[section] = Json::array();
     }

@@ -380,7 +380,7 @@ public:
             confirmed_at = world_.now().since_boot + std::chrono::seconds(when == 1 ? 5 : 12);
         }
         wait_and_revert(
-            machine(), journal_path, options_,
+            machine(), journal_path, read().ledger().pending()->first, options_,
             [&](milliseconds longest) {
                 const milliseconds now = world_.now().since_boot;
                 if (confirmed_at && *confirmed_at - now <= longest) {

@@ -114,7 +114,12 @@ public:
     }
     bool end_object()
     {
-        merge_repeated(std::get<Json::Object>(open_.back()));
+        auto& members = std::get<Json::Object>(open_.back());
+        const std::size_t given = members.size();
+        merge_repeated(members);
+        if (!limits_.repeated_names && members.size() != given) {
+            throw JsonLimit("two members of one name");
+        }
         return close();
     }
     bool end_array() { return close(); }

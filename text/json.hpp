@@ -82,9 +82,9 @@ public:
         std::size_t depth = 64;     // documents are copied, printed and freed recursively
         std::size_t members = 1000; // of one object, which are looked up one after the other
         std::size_t values = std::size_t{1} << 20;
+        bool repeated_names = true; // of members of one name the last counts
     };
-    // Throws a JsonError that says what is wrong and where, a JsonLimit about the limit that it exceeds; of two members
-    // of one name the later counts.
+    // Throws a JsonError that says what is wrong and where, a JsonLimit about the limit that it exceeds.
     static Json parse(std::string_view text, const Limits& limits);
     static Json parse(std::string_view text) { return parse(text, Limits()); }
     // The same; none where the text is not JSON or exceeds the limits.

@@ -36,8 +36,8 @@ void before_giving_up(std::function<void(int)> last)
     last_act() = std::move(last);
 }
 
-Watchdog::Watchdog(std::optional<unsigned> seconds, Signals ends, GiveUp give_up, Grace grace)
-    : seconds_(seconds), give_up_(std::move(give_up)), grace_(grace)
+Watchdog::Watchdog(std::optional<unsigned> seconds, Signals ends, GiveUp give_up)
+    : seconds_(seconds), give_up_(std::move(give_up))
 {
     std::signal(SIGPIPE, SIG_IGN);
     if (ends != Signals::all) {
@@ -69,7 +69,9 @@ Watchdog::~Watchdog()
     for (const int descriptor : {signals_, timer_, end_}) {
         close(descriptor);
     }
-    if (ended() && sigismember(&before_, signal_) == 1) { // whoever has blocked it waits for it, too
+    struct sigaction action {};
+    sigaction(signal_, nullptr, &action);
+    if (ended() && (sigismember(&before_, signal_) == 1 || action.sa_handler != SIG_DFL)) { // another waits for it, too
         kill(getpid(), signal_);
     }
     pthread_sigmask(SIG_SETMASK, &before_, nullptr);
@@ -119,7 +121,7 @@ void Watchdog::watch()
         std::uint64_t expirations = 0; // of the call under way: each begins and ends with the timer reset
         const bool late = read(timer_, &expirations, sizeof expirations) == sizeof expirations;
         if (signal && !again) {
-            if (grace_ == Grace::second) {
+            if (!last_act()) {
                 give_up_after(grace_ms / 1000, grace_ms % 1000);
             }
         } else if (under_way_ && (signal || late)) { // the other thread comes no further than the lock

@@ -15,17 +15,14 @@ namespace vorcfg::call {
 // Which end a run: interrupt, termination and hang-up, all but the hang-up, or none, which are left for later.
 enum class Signals : std::uint8_t { all, no_hang_up, none };
 
-// While it is in scope, a thread waits for these, which do not end a call under way at
-// once. A call that does not return in time, or soon after a signal, is given up: `give_up` is called with "no answer
-// in time" or "interrupted" to report it, and the process exits with its value.
+// While it is in scope, a thread waits for these, which do not end a call under way at once. A call that does not
+// return in time, or soon after a signal, is given up: `give_up` is called with "no answer in time" or "interrupted" to
+// report it, and the process exits with its value.
 class Watchdog {
 public:
     using GiveUp = std::function<int(const char* why)>;
 
-    // Without a grace, a call that a signal came during is given up by the next one only.
-    enum class Grace : bool { none, second };
-
-    Watchdog(std::optional<unsigned> seconds, Signals ends, GiveUp give_up, Grace grace = Grace::second);
+    Watchdog(std::optional<unsigned> seconds, Signals ends, GiveUp give_up);
     Watchdog(const Watchdog&) = delete;
     Watchdog& operator=(const Watchdog&) = delete;
     ~Watchdog();
@@ -53,7 +50,6 @@ private:
 
     const std::optional<unsigned> seconds_;
     const GiveUp give_up_;
-    const Grace grace_;
     sigset_t before_{};
     int signals_ = -1;
     int timer_ = -1;
@@ -65,7 +61,8 @@ private:
     std::thread thread_;
 };
 
-// Called with the exit code before the process ends because a call was given up.
+// Called with the exit code before the process ends because a call was given up. With it, a call that a signal came
+// during is given up by the next one only.
 void before_giving_up(std::function<void(int exit)> last);
 
 } // namespace vorcfg::call

@@ -44,7 +44,7 @@ struct Wire {
 // Each call is tried once.
 const Wire& wire_of(const rows::Row& row);
 
-// The arguments' words as in an error: "element 4".
+// In the words of an error: "element 4".
 std::string name_of(const WirePart& part);
 
 } // namespace vorcfg::call

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <csignal>
@@ -23,7 +24,14 @@ namespace vorcfg::serve {
 
 namespace {
 
-std::array<int, 2> held = {-1, -1};
+std::atomic<bool> signal_came = false;
+
+void note_signal(int)
+{
+    if (signal_came.exchange(true)) {
+        _exit(input::exit_ended);
+    }
+}
 
 int require(int result, std::string_view what)
 {
@@ -34,7 +42,7 @@ int require(int result, std::string_view what)
 }
 
 // Those that are ignored stay so, under nohup, say.
-int blocked_signals()
+sigset_t blocked_signals()
 {
     sigset_t set;
     sigemptyset(&set);
@@ -42,11 +50,14 @@ int blocked_signals()
         struct sigaction action {};
         sigaction(each, nullptr, &action);
         if (action.sa_handler != SIG_IGN) {
+            action.sa_handler = note_signal;
+            action.sa_flags = SA_RESTART;
+            sigaction(each, &action, nullptr);
             sigaddset(&set, each);
         }
     }
     sigprocmask(SIG_BLOCK, &set, nullptr);
-    return require(signalfd(-1, &set, SFD_CLOEXEC), "cannot wait for signals");
+    return set;
 }
 
 } // namespace
@@ -54,7 +65,8 @@ int blocked_signals()
 Pipe::Pipe()
     : input_(require(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1), "standard input")),
       output_(require(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1), "standard output")),
-      printed_(require(memfd_create("vorcfg", MFD_CLOEXEC), "no memory for answers")), signals_(blocked_signals())
+      printed_(require(memfd_create("vorcfg", MFD_CLOEXEC), "no memory for answers")), blocked_(blocked_signals()),
+      signals_(require(signalfd(-1, &blocked_, SFD_CLOEXEC), "cannot wait for signals"))
 {
     const int nothing = require(open("/dev/null", O_RDONLY | O_CLOEXEC), "/dev/null");
     dup2(nothing, STDIN_FILENO);
@@ -63,20 +75,41 @@ Pipe::Pipe()
     dup2(printed_, STDOUT_FILENO);
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGCHLD, SIG_IGN); // nobody waits for a process that waits for a confirmation
-    held = {input_, output_};
-    pthread_atfork(nullptr, nullptr, [] {
-        for (const int descriptor : held) { // the client would wait for its end
-            close(descriptor);
-        }
-    });
+    only_ = this;
+    pthread_atfork(nullptr, nullptr, leave);
+}
+
+void Pipe::leave()
+{
+    close(only_->input_); // the client would wait for its end
+    close(only_->output_);
+    only_->read_.resize(only_->read_.capacity());
+    explicit_bzero(only_->read_.data(), only_->read_.size());
+}
+
+bool Pipe::has_signal()
+{
+    return signal_came;
+}
+
+Pipe::Interruptible::Interruptible(const Pipe& pipe) : pipe_(pipe)
+{
+    sigprocmask(SIG_UNBLOCK, &pipe_.blocked_, nullptr);
+}
+
+Pipe::Interruptible::~Interruptible()
+{
+    sigprocmask(SIG_BLOCK, &pipe_.blocked_, nullptr);
 }
 
 bool Pipe::wait(int descriptor, short events, int milliseconds)
 {
     pollfd waits[] = {{signals_, POLLIN, 0}, {descriptor, events, 0}};
     while (poll(waits, std::size(waits), milliseconds) < 0 && errno == EINTR) {}
-    signalled_ = signalled_ || waits[0].revents != 0;
-    return !signalled_ && waits[1].revents != 0;
+    if (waits[0].revents != 0) {
+        signal_came = true;
+    }
+    return !signal_came && waits[1].revents != 0;
 }
 
 std::optional<Line> Pipe::next()
@@ -91,7 +124,7 @@ std::optional<Line> Pipe::next()
             searched_ = 0;
             const bool is_last = end == std::string::npos && line.text.empty() && line.is_whole;
             wait(-1, 0, 0);
-            return signalled_ || is_last ? std::nullopt : std::optional(std::move(line));
+            return signal_came || is_last ? std::nullopt : std::optional(std::move(line));
         }
         searched_ = read_.size();
         if (searched_ > longest_line) {
@@ -112,7 +145,7 @@ std::optional<Line> Pipe::next()
 
 void Pipe::rest(int milliseconds)
 {
-    if (!signalled_) {
+    if (!signal_came) {
         wait(-1, 0, milliseconds);
     }
 }
@@ -136,6 +169,7 @@ bool Pipe::write(std::string_view text)
     while (!text.empty()) {
         pollfd writable{output_, POLLOUT, 0};
         if (!wait(output_, POLLOUT) && poll(&writable, 1, patience_ms) <= 0) {
+            errno = ETIMEDOUT;
             return false;
         }
         // as much as a pipe that is ready takes without waiting

@@ -87,7 +87,9 @@ std::string typed(const rows::Row& row, const rows::Argument& argument, const Js
         return vor::dump(value);
     }
     const bool shows = !rows::may_hold_secret(row, {}) && !value.is_array() && !value.is_object();
-    fail(fmt::format("{} must be {}{}", argument.name, argument.is_number() ? rows::accepted(argument) : "a text",
+    const bool is_real = argument.is_number() && value.type() == Json::Type::real;
+    fail(fmt::format("{} must be {}{}{}", argument.name, is_real ? "a whole number, " : "",
+                     argument.is_number() ? rows::accepted(argument) : "a text",
                      shows ? ", not " + vor::dump(value) : ""),
          argument.name);
 }
@@ -142,9 +144,9 @@ void add_arguments(const rows::Row& row, const Json& arguments, std::vector<inpu
 std::vector<input::Word> words_of_call(const Json& request)
 {
     const std::string& call = text_of(request, "call");
-    const std::size_t family_end = call.find(' ');
-    if (family_end == std::string::npos) {
-        fail(fmt::format("call must be a family and a call such as \"can set-id\", not {}", shown(call)), "call");
+    const std::size_t family_end = std::min(call.find(' '), call.size());
+    if (call.find_first_of(" \t\r\n", family_end + 1) != std::string::npos || family_end == call.size()) {
+        fail("call must be a family and a call such as \"can set-id\", without values", "call"); // perhaps secrets
     }
     const std::string family = call.substr(0, family_end);
     const std::string name = call.substr(family_end + 1);
@@ -170,10 +172,10 @@ struct Served {
     std::string_view own{}; // a member that no other command has
 };
 
-constexpr std::string_view of_calls = "of"; // which
+constexpr std::string_view of_member = "of";
 constexpr std::string_view text_of_journal = "text";
 
-constexpr Served all_served[] = {{"describe", Over::calls, of_calls},
+constexpr Served all_served[] = {{"describe", Over::calls, of_member},
                                  {"plan", Over::site},
                                  {"apply", Over::site},
                                  {"confirm", Over::journal},
@@ -275,9 +277,17 @@ void take(const input::OptionRow& row, const Json& value, const Served* served, 
     input::OptionRow named = row;
     named.name = name;
     if (!takes(served, row)) {
-        input::Options given;
-        given.given = {&named};
-        input::check_given(given, served != nullptr ? served->command : input::a_call);
+        std::vector<std::string_view> takers;
+        for (const Served& each : all_served) {
+            if (takes(&each, row)) {
+                takers.push_back(each.command);
+            }
+        }
+        if (takes(nullptr, row)) {
+            takers.push_back(input::a_call);
+        }
+        fail(fmt::format("{} is for {}, not for {}", name, vor::alternatives(takers),
+                         served != nullptr ? served->command : input::a_call));
     }
     const auto fail_kind = [&](std::string_view kind) { fail(fmt::format("{} must be {}", name, kind), name); };
     try {
@@ -349,7 +359,7 @@ void take_options(const Json& request, const Served* served, input::Options& opt
 
 Json object_in(std::string_view line)
 try {
-    Json request = Json::parse(line);
+    Json request = Json::parse(line, {.repeated_names = false});
     if (!request.is_object()) {
         fail("a request must be an object of JSON");
     }
@@ -389,7 +399,7 @@ Request request_in(const Json& json)
     take_options(json, &served, request.options);
     request.options.words = {word_of(std::string(served.command), 0)};
     if (served.over == Over::calls) {
-        for (input::Word& word : input::words_of(json.contains(of_calls) ? text_of(json, of_calls) : "")) {
+        for (input::Word& word : input::words_of(json.contains(of_member) ? text_of(json, of_member) : "")) {
             request.options.words.push_back(std::move(word));
         }
         return request;

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <climits>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <new>
 
@@ -43,11 +44,11 @@ public:
         greeting["version"] = version;
         bool is_read = pipe_.write(output::line_of(greeting));
         while (is_read) {
-            const auto line = pipe_.next();
+            auto line = pipe_.next();
             if (!line) {
                 break;
             }
-            is_read = write_answer(exit_of(*line));
+            is_read = write_answer(answer(*line));
         }
         if (!is_read) {
             vor::print_line(stderr, fmt::format("vorcfg: standard output: {}", vor::reason_of(errno)));
@@ -61,7 +62,7 @@ public:
     }
 
 private:
-    int exit_of(const Line& line)
+    int answer(Line& line)
     {
         id_ = "null";
         try {
@@ -69,8 +70,9 @@ private:
                 throw input::InputError{fmt::format("a request must not have more than {} MiB", longest_line >> 20)};
             }
             const vor::Json request = object_in(line.text);
+            explicit_bzero(line.text.data(), line.text.size());
             id_ = id_of(request);
-            return exit_of(request_in(request));
+            return carry_out(request_in(request));
         } catch (const std::filesystem::filesystem_error& error) {
             return output::print_error({.text = fmt::format("{}: {}", error.path1().string(), error.code().message()),
                                         .exit = input::exit_no_input},
@@ -82,7 +84,7 @@ private:
         }
     }
 
-    int exit_of(Request request)
+    int carry_out(Request request)
     {
         input::Options& options = request.options;
         options.trace = options_.trace;
@@ -93,6 +95,8 @@ private:
             return make(options);
         }
         session_.reset(); // a process has one endpoint
+        const Pipe::Interruptible interruptible(pipe_);
+        std::optional<std::string> gateway;
         if (request.finds_journal) {
             std::string& journal = options.words[1].text;
             call::Batch batch = call::batch_of(journal, options);
@@ -102,10 +106,12 @@ private:
                 exit != input::exit_ok) {
                 return exit;
             }
-            journal = site::journal_of(journal, batch, options);
+            site::SiteJournal found = site::journal_of(journal, batch, options);
+            journal = std::move(found.path);
+            gateway = std::move(found.gateway);
         }
         if (options.words[0].text == journal_command) {
-            return site::run_journal(options.words[1].text, request.text, options);
+            return site::run_journal(options.words[1].text, request.text, gateway, options);
         }
         return input::run(options);
     }
@@ -127,9 +133,8 @@ private:
             session_.emplace(call::Observer::Settings{.trace = options.trace, .gather = true}, options.sap);
         }
         call::limit_platform(options.timeout);
-        call::Watchdog watchdog(
-            options.timeout, call::Signals::all, [&](const char* why) { return report(call, call::given_up(why)); },
-            call::Watchdog::Grace::none);
+        call::Watchdog watchdog(options.timeout, call::Signals::all,
+                                [&](const char* why) { return report(call, call::given_up(why)); });
         const call::CallResult result = [&] {
             const call::Watchdog::Call watched(watchdog);
             return session_->make(call);
@@ -163,7 +168,7 @@ private:
     Pipe pipe_;
     std::string id_ = "null"; // of the request under way
     std::optional<call::Session> session_;
-    std::optional<unsigned> limit_; // of its endpoint
+    std::optional<unsigned> limit_; // that the session's endpoint has
     steady_clock::time_point timer_due_{};
 };
 

@@ -365,9 +365,14 @@ private:
 
 } // namespace
 
-std::string journal_of(const std::string& path, const call::Batch& batch, const input::Options& options)
+SiteJournal journal_of(const std::string& path, const call::Batch& batch, const input::Options& options)
 {
-    return journal_of(path, gateway_of(batch, options), options);
+    SiteJournal journal{.path = {}, .gateway = gateway_of(batch, options)};
+    journal.path = journal_of(path, journal.gateway, options);
+    Machine machine = this_machine(options.json);
+    machine.note = [](const std::string&) {}; // whoever uses the journal says it
+    Journal::read(machine, journal.path).check_gateway(journal.gateway);
+    return journal;
 }
 
 int run_plan(const std::string& path, const input::Options& options)

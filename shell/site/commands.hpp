@@ -14,8 +14,13 @@ namespace vorcfg::site {
 // The file with each row.
 int check_rows(const std::string& path, const input::Spreadsheet& sheet, const input::Options& options);
 
-// The journal of the file, which has been read. Throws an InputError where it is not known whose it is.
-std::string journal_of(const std::string& path, const call::Batch& batch, const input::Options& options);
+struct SiteJournal {
+    std::string path;
+    std::string gateway; // as the site names it
+};
+
+// That of the file, which has been read. Throws an InputError where it is not known whose it is, or it is another's.
+SiteJournal journal_of(const std::string& path, const call::Batch& batch, const input::Options& options);
 
 int run_plan(const std::string& path, const input::Options& options);
 int run_apply(const std::string& path, const input::Options& options);
@@ -24,8 +29,9 @@ int run_apply(const std::string& path, const input::Options& options);
 int run_confirm(const std::string& path, const input::Options& options);
 int run_revert(const std::string& path, const input::Options& options);
 
-// Its text, in JSON; one that is given is put where there is no journal.
-int run_journal(const std::string& path, const std::optional<std::string>& text, const input::Options& options);
+// Its text, in JSON; one that is given is put where there is no journal, if it is that of the gateway.
+int run_journal(const std::string& path, const std::optional<std::string>& text,
+                const std::optional<std::string>& gateway, const input::Options& options);
 
 // As text, JSON or, with --html, a page: the sheet of one journal, or a line for each of several, and of folders.
 int run_report(const std::vector<std::string>& paths, const input::Options& options);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -43,8 +44,8 @@ private:
 
 } // namespace
 
-void wait_and_revert(const Machine& machine, const std::string& path, const input::Options& options, const Wait& wait,
-                     call::Caller* caller)
+void wait_and_revert(const Machine& machine, const std::string& path, std::uint64_t first,
+                     const input::Options& options, const Wait& wait, call::Caller* caller)
 {
     constexpr milliseconds while_in_use(100);
     constexpr milliseconds to_the_end = std::chrono::seconds(10); // a machine that goes down does not wait long
@@ -58,10 +59,13 @@ void wait_and_revert(const Machine& machine, const std::string& path, const inpu
             next = now();
         }
     };
+    const auto waits = [first](const Journal& journal) { // else another apply may
+        return journal.ledger().is_undecided() && journal.ledger().pending()->first == first;
+    };
     while (!end || now() < *end) {
         try {
             const Journal seen = Journal::read(machine, path);
-            if (!seen.ledger().is_undecided()) {
+            if (!waits(seen)) {
                 return;
             }
             const milliseconds left = end ? milliseconds() : seen.ledger().time_left(seen.now());
@@ -70,8 +74,8 @@ void wait_and_revert(const Machine& machine, const std::string& path, const inpu
                 continue;
             }
             Journal journal = Journal::open(machine, path);
-            const bool is_done = !journal.ledger().is_undecided() ||
-                                 revert(journal, options, call::Signals::none, {}, caller) == Reverting::done;
+            const bool is_done =
+                !waits(journal) || revert(journal, options, call::Signals::none, {}, caller) == Reverting::done;
             while (!journal.write_kept() && !end) { // it stays locked: nobody else knows of these
                 rest(delay.next());
             }
@@ -113,8 +117,8 @@ struct Termination {
 };
 
 // The detached process: no terminal, no hang-up.
-[[noreturn]] void wait_detached(const Machine& machine, const std::string& path, const input::Options& options,
-                                int ready)
+[[noreturn]] void wait_detached(const Machine& machine, const std::string& path, std::uint64_t first,
+                                const input::Options& options, int ready)
 {
     setsid();
     std::signal(SIGHUP, SIG_IGN);
@@ -129,7 +133,7 @@ struct Termination {
         dup2(nowhere, descriptor);
     }
     (void)!write(ready, locked ? "y" : "n", 1);
-    wait_and_revert(machine, journal, options, [&](milliseconds longest) {
+    wait_and_revert(machine, journal, first, options, [&](milliseconds longest) {
         pollfd waits[] = {{changes, POLLIN, 0}, {termination.descriptor, POLLIN, 0}};
         constexpr milliseconds at_once = std::chrono::hours(24);
         poll(waits, std::size(waits), static_cast<int>(std::min(longest, at_once).count()));
@@ -163,12 +167,19 @@ Waiter::Waiter(Journal& journal, const input::Options& options)
         journal.close();
         input::Options patient = options;
         patient.timeout.reset(); // which would end the process
-        wait_detached(journal.machine(), journal.path(), patient, ends[1]);
+        wait_detached(journal.machine(), journal.path(), journal.ledger().pending()->first, patient, ends[1]);
     }
     close(ends[1]);
     end_ = ends[0];
+    constexpr int patience_ms = 10'000;
+    pollfd waits{end_, POLLIN, 0};
+    int polled = 0;
+    while (process_ > 0 && (polled = poll(&waits, 1, patience_ms)) < 0 && errno == EINTR) {}
     char ready = 'n';
-    if (process_ < 0 || read(end_, &ready, 1) != 1 || ready != 'y') {
+    if (polled != 1 || read(end_, &ready, 1) != 1 || ready != 'y') {
+        if (process_ > 0) {
+            kill(process_, SIGKILL);
+        }
         close(end_);
         throw input::InputError(failure);
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -17,10 +18,11 @@ namespace vorcfg::site {
 // Waits for a change of the journal, but no longer than a time; true where the process is to end.
 using Wait = std::function<bool(std::chrono::milliseconds longest)>;
 
-// Until it is confirmed or reverted: reverts at the deadline and tries again, later each time, what could not be
-// delivered. When the process is to end, reverts at once and tries that for a short time only.
-void wait_and_revert(const Machine& machine, const std::string& journal, const input::Options& options,
-                     const Wait& wait, call::Caller* caller = nullptr);
+// Until the apply whose first call this is has been confirmed or reverted: reverts at the deadline and tries again,
+// later each time, what could not be delivered. When the process is to end, reverts at once and tries that for a short
+// time only.
+void wait_and_revert(const Machine& machine, const std::string& journal, std::uint64_t first,
+                     const input::Options& options, const Wait& wait, call::Caller* caller = nullptr);
 
 // One that outlives the terminal. Throws an InputError where it cannot be started.
 class Waiter {

@@ -20,6 +20,8 @@ namespace vorcfg::site {
 
 namespace {
 
+namespace fs = std::filesystem;
+
 [[noreturn]] void refuse(const std::string& path, std::string_view why)
 {
     throw input::InputError{fmt::format("{}: {}", path, why), input::exit_journal};
@@ -32,11 +34,16 @@ try {
     refuse(path, error.error == ENOENT ? "no such journal" : error.what());
 }
 
-// Under another name, until all of it is on disk and known to be a journal.
+// Under another name, in a folder that there is, until all of it is on disk and known to be a journal.
 class NewJournal {
 public:
-    NewJournal(const std::string& path, std::string_view text) : path_(path), name_(path + ".XXXXXX")
+    NewJournal(const std::string& path, std::string_view text) : path_(path)
     {
+        fs::path folder = path_.parent_path();
+        while (!folder.empty() && !fs::exists(folder)) {
+            folder = folder.parent_path();
+        }
+        name_ = (folder / path_.filename()).string() + ".XXXXXX";
         const int file = mkostemp(name_.data(), O_CLOEXEC); // for its owner only
         if (file < 0) {
             refuse(path_, vor::reason_of(errno));
@@ -53,19 +60,25 @@ public:
     NewJournal& operator=(const NewJournal&) = delete;
     ~NewJournal() { unlink(name_.c_str()); }
 
-    void check(const Machine& machine) const
+    void check(const Machine& machine, const std::optional<std::string>& gateway) const
     try {
         const auto note = [this](const std::string&) { refuse(path_, "its last line is incomplete"); };
-        Journal::read({machine.clock, machine.disk, note}, name_);
+        const Journal journal = Journal::read({machine.clock, machine.disk, note}, name_);
+        if (gateway) {
+            journal.check_gateway(*gateway);
+        }
     } catch (input::InputError& error) {
         if (error.text.starts_with(name_)) {
-            error.text.replace(0, name_.size(), path_);
+            error.text.replace(0, name_.size(), path_.string());
         }
         throw;
     }
     // Only where there is none.
     void put(const Machine& machine) const
     {
+        if (path_.has_parent_path()) {
+            input::make_private(path_.parent_path());
+        }
         if (link(name_.c_str(), path_.c_str()) != 0) {
             refuse(path_, vor::reason_of(errno));
         }
@@ -73,11 +86,12 @@ public:
     }
 
 private:
-    const std::string path_;
+    const fs::path path_;
     std::string name_;
 };
 
-void put_back(const Machine& machine, const std::string& path, const std::string& text)
+void put_back(const Machine& machine, const std::string& path, const std::string& text,
+              const std::optional<std::string>& gateway)
 {
     if (text.empty()) {
         refuse(path, "an empty text is not a journal");
@@ -88,21 +102,19 @@ void put_back(const Machine& machine, const std::string& path, const std::string
         }
         return;
     }
-    if (const auto folder = std::filesystem::path(path).parent_path(); !folder.empty()) {
-        input::make_private(folder);
-    }
     const NewJournal journal(path, text);
-    journal.check(machine);
+    journal.check(machine, gateway);
     journal.put(machine);
 }
 
 } // namespace
 
-int run_journal(const std::string& path, const std::optional<std::string>& text, const input::Options& options)
+int run_journal(const std::string& path, const std::optional<std::string>& text,
+                const std::optional<std::string>& gateway, const input::Options& options)
 {
     const Machine machine = this_machine(options.json);
     if (text) {
-        put_back(machine, path, *text);
+        put_back(machine, path, *text, gateway);
     }
     vor::Json json = output::record("journal");
     json["journal"] = path;

@@ -63,7 +63,7 @@ int main(void)
     /* one-way: 0 means that it was sent */
     printf("output: %s\n", vor_cfg_set_gpio_value(3, 1) == 0 ? "sent" : "not sent");
     report("parity", vor_cfg_set_serial_parity(1, 2));
-    report("credential", vor_cfg_set_snmp_server_v3_credentials(credential, 1, 7));
+    report("credential", vor_cfg_set_snmp_server_v3_credentials(credential, 1, 1));
     report("servers", vor_cfg_set_dhcp_server_dns(shelter, 2, 1, first, second));
     puts("too wide: not sent"); /* interface 300 does not fit into a byte: C would truncate it silently */
 

@@ -29,7 +29,7 @@ int main()
     report("direction", call<vor_cfg_set_gpio_direction>(3, 1, 0));
     report("output", call<vor_cfg_set_gpio_value>(3, 1));
     report("parity", call<vor_cfg_set_serial_parity>(1, 2));
-    report("credential", call<vor_cfg_set_snmp_server_v3_credentials>("monsoon", 1, 7));
+    report("credential", call<vor_cfg_set_snmp_server_v3_credentials>("monsoon", 1, 1));
     report("servers", call<vor_cfg_set_dhcp_server_dns>("shelter", 2, 1, "192.168.1.1", "9.9.9.9"));
     report("too wide", call<vor_cfg_set_ip_address>(300, "192.168.1.10", mask, 1));
 

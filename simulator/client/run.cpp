@@ -162,14 +162,14 @@ public:
     }
 
     // Waits for the process, which is a child. Its status; none if it still runs at the end of the time.
-    std::optional<int> wait(pid_t child, std::optional<Clock::time_point> end, pid_t signalled = -1)
+    std::optional<int> wait(pid_t child, Clock::time_point end = Clock::time_point::max(), pid_t signalled = -1)
     {
         for (;;) {
             reap();
             if (const auto found = ended_.find(child); found != ended_.end()) {
                 return found->second;
             }
-            const auto left = end ? *end - Clock::now() : Clock::duration(std::chrono::hours(1));
+            const auto left = std::min<Clock::duration>(end - Clock::now(), std::chrono::hours(1));
             if (left.count() <= 0) {
                 return {};
             }
@@ -273,7 +273,7 @@ int serve(const Wanted& wanted, pid_t parent, int ready)
 std::pair<int, bool> wait_for_command(Children& children, pid_t command, std::optional<milliseconds> timeout)
 {
     constexpr milliseconds grace{2000};
-    const auto end = timeout ? std::optional(Clock::now() + *timeout) : std::nullopt;
+    const auto end = timeout ? Clock::now() + *timeout : Clock::time_point::max();
     if (const auto status = children.wait(command, end, command)) {
         return {*status, false};
     }
@@ -284,7 +284,7 @@ std::pair<int, bool> wait_for_command(Children& children, pid_t command, std::op
         return {*status, true};
     }
     kill(command, SIGKILL);
-    return {children.wait(command, {}).value_or(0), true};
+    return {children.wait(command).value_or(0), true};
 }
 
 bool is_as_expected(const Check& check)
@@ -335,7 +335,7 @@ int run_command(const std::vector<std::string>& arguments)
     ready = sockets::Descriptor();
     char byte = 0;
     if (read(is_ready.get(), &byte, 1) != 1) {
-        return code_of(children.wait(gateway, {}).value_or(0)); // it has said why
+        return code_of(children.wait(gateway).value_or(0)); // it has said why
     }
     const pid_t command = children.start();
     if (command == 0) {
@@ -358,7 +358,7 @@ int run_command(const std::vector<std::string>& arguments)
     auto ended = children.wait(gateway, Clock::now() + std::chrono::seconds(2));
     if (!ended) {
         kill(gateway, SIGKILL);
-        ended = children.wait(gateway, {});
+        ended = children.wait(gateway);
     }
     if (WIFSIGNALED(*ended)) {
         vor::print_line(stderr, fmt::format("vorsim: the gateway was ended by signal {}", WTERMSIG(*ended)));

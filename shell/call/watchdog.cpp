@@ -69,10 +69,12 @@ Watchdog::~Watchdog()
     for (const int descriptor : {signals_, timer_, end_}) {
         close(descriptor);
     }
-    struct sigaction action {};
-    sigaction(signal_, nullptr, &action);
-    if (ended() && (sigismember(&before_, signal_) == 1 || action.sa_handler != SIG_DFL)) { // another waits for it, too
-        kill(getpid(), signal_);
+    if (ended()) {
+        struct sigaction action {};
+        sigaction(signal_, nullptr, &action);
+        if (sigismember(&before_, signal_) == 1 || action.sa_handler != SIG_DFL) { // another waits for it, too
+            kill(getpid(), signal_);
+        }
     }
     pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }

@@ -105,7 +105,7 @@ Pipe::Interruptible::~Interruptible()
 bool Pipe::wait(int descriptor, short events, int milliseconds)
 {
     pollfd waits[] = {{signals_, POLLIN, 0}, {descriptor, events, 0}};
-    while (poll(waits, std::size(waits), milliseconds) < 0 && errno == EINTR) {}
+    while (poll(waits, std::size(waits), signal_came ? 0 : milliseconds) < 0 && errno == EINTR) {}
     if (waits[0].revents != 0) {
         signal_came = true;
     }

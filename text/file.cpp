@@ -123,17 +123,15 @@ bool write_all(int descriptor, std::string_view bytes)
 void replace_file(const std::string& path, std::string_view text, unsigned mode)
 {
     struct stat status {};
-    const bool in_place = lstat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+    const bool in_place = stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
     std::string written = path + (in_place ? "" : ".XXXXXX");
-    const int file = in_place ? open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY | O_NONBLOCK,
-                                     static_cast<mode_t>(mode))
+    const int file = in_place ? open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK)
                               : mkostemp(written.data(), O_CLOEXEC);
     if (file < 0) {
         throw FileError(errno);
     }
     wait_for(file);
-    const bool regular = fstat(file, &status) == 0 && S_ISREG(status.st_mode);
-    const bool whole = (!regular || fchmod(file, static_cast<mode_t>(mode)) == 0) && write_all(file, text);
+    const bool whole = write_all(file, text) && (in_place || fchmod(file, static_cast<mode_t>(mode)) == 0);
     int error = whole ? 0 : errno;
     close(file);
     if (error == 0 && !in_place && std::rename(written.c_str(), path.c_str()) != 0) {

@@ -35,8 +35,8 @@ std::string content_of(const std::string& path, const Bounds& bounds = {});
 // All of the bytes; false, with errno, if some are missing.
 bool write_all(int descriptor, std::string_view bytes);
 
-// Writes a regular file as a whole: if that fails, what was there before stays. It replaces a symbolic link to one, too,
-// which may be somebody else's. Another file, such as a device, is written to. Throws a FileError.
+// Writes a regular file as a whole: if that fails, what was there before stays. It replaces a symbolic link to one,
+// too, which may be somebody else's. Another file, such as a device, is written to. Throws a FileError.
 void replace_file(const std::string& path, std::string_view text, unsigned mode);
 
 // Ignores SIGXFSZ, so that writing beyond the limit fails with EFBIG; what the process starts needs the default action.

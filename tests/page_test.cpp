@@ -315,6 +315,9 @@ private:
 
 TEST(page, every_click_acts_under_traffic)
 {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "it is about the browser's side";
+#endif
     const Page page({"--http-control", "--without", "snmpmgr"});
     if (page.place.run("command -v chromium").exit_code != 0) {
         GTEST_SKIP() << "chromium is missing";

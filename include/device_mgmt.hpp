@@ -9,7 +9,7 @@
  * kind, or a number too wide for its parameter, does not compile, nor does a
  * call that does nothing. An argument that the gateway would not get as it is
  * given is reported, and the call is not made: a number out of its range, a
- * null pointer, an address that is none, a word that the call does not know.
+ * null pointer, an invalid address, a word that the call does not know.
  * As in the library, one thread at a time.
  */
 #ifndef DEVICE_MGMT_HPP
@@ -93,7 +93,7 @@ inline constexpr bool is_one_of = (std::same_as<Name<Function>, Name<Others>> ||
 /// How a call's message travels.
 enum class Way {
     request,           ///< a manager answers
-    one_way,           ///< nobody does
+    one_way,           ///< there is no answer
     one_way_unchecked, ///< the call returns 0 whether it was sent or not
     konfd,
     local, ///< it sends nothing

@@ -35,7 +35,7 @@ using std::chrono::milliseconds;
 
 enum Exit : int { check_failed = 1, timed_out = 124, not_executable = 126, not_found = 127, by_signal = 128 };
 
-struct Wanted {
+struct RunOptions {
     server::Options gateway;
     Check check; // without a file: none
     std::optional<milliseconds> timeout;
@@ -43,20 +43,20 @@ struct Wanted {
     std::vector<std::string> command;
 };
 
-constexpr vor::OptionOf<Wanted> run_options[] = {
-    {{"--expect", "FILE", ""}, [](Wanted& wanted, std::string_view value) { wanted.check.file = value; }},
+constexpr vor::OptionOf<RunOptions> run_options[] = {
+    {{"--expect", "FILE", ""}, [](RunOptions& options, std::string_view value) { options.check.file = value; }},
     {{"--timeout", "T", ""},
-     [](Wanted& wanted, std::string_view value) { wanted.timeout = server::time_of("--timeout", value); }},
-    {{"--lines", "", ""}, vor::taken_as<&Wanted::lines>},
+     [](RunOptions& options, std::string_view value) { options.timeout = server::time_of("--timeout", value); }},
+    {{"--lines", "", ""}, vor::taken_as<&RunOptions::lines>},
 };
 
-Wanted wanted_by(const std::vector<std::string>& arguments)
+RunOptions options_in(const std::vector<std::string>& arguments)
 {
-    Wanted wanted;
+    RunOptions options;
     vor::Operands operands(arguments);
     while (!operands.empty() && operands.front() != "--" && operands.front().starts_with("-")) {
-        if (!operands.take_option(run_options, wanted) && !operands.take_option(check_options, wanted.check) &&
-            !server::take_option(operands, wanted.gateway)) {
+        if (!operands.take_option(run_options, options) && !operands.take_option(check_options, options.check) &&
+            !server::take_option(operands, options.gateway)) {
             operands.refuse();
         }
     }
@@ -64,17 +64,17 @@ Wanted wanted_by(const std::vector<std::string>& arguments)
         operands.take();
     }
     while (!operands.empty()) {
-        wanted.command.push_back(operands.take());
+        options.command.push_back(operands.take());
     }
-    server::check(wanted.gateway);
-    const bool checks = wanted.check.manner != record::Manner() || wanted.check.within.count() > 0;
-    if (checks && wanted.check.file.empty()) {
+    server::check(options.gateway);
+    const bool checks = options.check.manner != record::Manner() || options.check.within.count() > 0;
+    if (checks && options.check.file.empty()) {
         throw server::UsageError("--any-order, --subset, --allow-complaints and --within require --expect FILE");
     }
-    if (wanted.command.empty() && !wanted.gateway.help) {
+    if (options.command.empty() && !options.gateway.help) {
         throw server::UsageError("run needs a COMMAND");
     }
-    return wanted;
+    return options;
 }
 
 // The platform's directories of this run. The process that began it removes them, or the gateway that outlives it.
@@ -239,7 +239,7 @@ int code_of(int status)
 }
 
 // In the gateway's process. Its group is its own, so that a terminal's signals do not reach it.
-int serve(const Wanted& wanted, pid_t parent, int ready)
+int serve(const RunOptions& options, pid_t parent, int ready)
 {
     setsid();
     prctl(PR_SET_PDEATHSIG, SIGTERM);
@@ -248,8 +248,8 @@ int serve(const Wanted& wanted, pid_t parent, int ready)
     }
     const sockets::Descriptor null(open("/dev/null", O_RDWR | O_CLOEXEC));
     dup2(null.get(), STDIN_FILENO);
-    dup2(wanted.lines ? STDERR_FILENO : null.get(), STDOUT_FILENO);
-    server::Server server(wanted.gateway);
+    dup2(options.lines ? STDERR_FILENO : null.get(), STDOUT_FILENO);
+    server::Server server(options.gateway);
     [[maybe_unused]] const ssize_t written = write(ready, "+", 1);
     return server.run();
 }
@@ -311,13 +311,13 @@ int code_of_check(const Check& check, Children& children)
 
 int run_command(const std::vector<std::string>& arguments)
 {
-    Wanted wanted = wanted_by(arguments);
-    if (wanted.gateway.help) {
+    RunOptions options = options_in(arguments);
+    if (options.gateway.help) {
         print(help_text());
         return 0;
     }
-    if (!wanted.check.file.empty()) {
-        wanted.check.read();
+    if (!options.check.file.empty()) {
+        options.check.read();
     }
     const PrivateDirectory directory;
     Children children;
@@ -330,7 +330,7 @@ int run_command(const std::vector<std::string>& arguments)
     const pid_t self = getpid();
     const pid_t gateway = children.start();
     if (gateway == 0) {
-        return serve(wanted, self, ready.get());
+        return serve(options, self, ready.get());
     }
     ready = sockets::Descriptor();
     char byte = 0;
@@ -339,17 +339,17 @@ int run_command(const std::vector<std::string>& arguments)
     }
     const pid_t command = children.start();
     if (command == 0) {
-        execute(wanted.command);
+        execute(options.command);
     }
-    const auto [status, late] = wait_for_command(children, command, wanted.timeout);
+    const auto [status, late] = wait_for_command(children, command, options.timeout);
     int code = code_of(status);
     const bool was_run = code != not_found && code != not_executable;
     int check_code = 0;
     if (children.wait(gateway, Clock::now())) {
         vor::print_line(stderr, "vorsim: the gateway ended before the command");
         check_code = check_failed;
-    } else if (was_run && !wanted.check.file.empty()) {
-        check_code = code_of_check(wanted.check, children);
+    } else if (was_run && !options.check.file.empty()) {
+        check_code = code_of_check(options.check, children);
     }
     children.end_others(gateway);
 

@@ -84,34 +84,34 @@ void wait_until_ready(milliseconds within)
 }
 
 // What is waited for. Throws a UsageError.
-record::Expectation wanted_by(Waiting& waiting)
+record::Expectation expected_by(Waiting& waiting)
 {
     if (!waiting.line.empty()) {
         try {
-            auto wanted = record::parse_expectation(waiting.line, record::Detail::as_wanted);
-            if (!wanted || wanted->count.is_never()) {
+            auto expected = record::parse_expectation(waiting.line, record::Detail::as_wanted);
+            if (!expected || expected->count.is_never()) {
                 throw server::UsageError("wait needs a message to wait for");
             }
-            waiting.count = std::max<std::uint64_t>(waiting.count, wanted->count.least);
-            wanted->text = vor::quoted(wanted->text);
-            return *wanted;
+            waiting.count = std::max<std::uint64_t>(waiting.count, expected->count.least);
+            expected->text = vor::quoted(expected->text);
+            return *expected;
         } catch (const vor::WordError& error) {
             server::refuse_at(waiting.line, error);
         }
     }
-    record::Expectation wanted{.text = waiting.call, .call = waiting.call, .any_values = true};
+    record::Expectation expected{.text = waiting.call, .call = waiting.call, .any_values = true};
     try {
         tables::Selection rows;
         rows.call(waiting.call);
         if (!waiting.object.empty()) {
             rows.object(waiting.object);
-            wanted.object = waiting.object;
-            wanted.text += " of " + waiting.object;
+            expected.object = waiting.object;
+            expected.text += " of " + waiting.object;
         }
     } catch (const tables::NameError& error) {
         throw server::UsageError(error.what());
     }
-    return wanted;
+    return expected;
 }
 
 } // namespace
@@ -135,17 +135,17 @@ int wait(const std::vector<std::string>& arguments)
         return 0;
     }
     using Kind = record::Expectation::Kind;
-    const record::Expectation wanted = wanted_by(waiting);
-    const bool any_outcome = !wanted.verdict.empty() || wanted.kind == Kind::complaint;
+    const record::Expectation expected = expected_by(waiting);
+    const bool any_outcome = !expected.verdict.empty() || expected.kind == Kind::complaint;
     const auto counts = [&](const values::Record& one) {
         return waiting.status ? one.status == waiting.status : any_outcome || one.accepted;
     };
     std::vector<std::string> filter;
-    if (wanted.sap) {
-        filter = {"--manager", std::to_string(*wanted.sap)};
+    if (expected.sap) {
+        filter = {"--manager", std::to_string(*expected.sap)};
     }
-    if (wanted.kind == Kind::message) {
-        filter.insert(filter.end(), {"--call", wanted.call});
+    if (expected.kind == Kind::message) {
+        filter.insert(filter.end(), {"--call", expected.call});
     }
     Received received(filter);
     const auto end = Clock::now() + waiting.within;
@@ -157,7 +157,7 @@ int wait(const std::vector<std::string>& arguments)
     std::uint64_t counted = 0;
     for (std::uint64_t first = received.first();; first = received.first()) {
         for (const values::Record& one : received.take()) {
-            const bool matches = wanted.matches(one);
+            const bool matches = expected.matches(one);
             came += matches ? 1 : 0;
             counted += matches && counts(one) ? 1 : 0;
         }
@@ -168,7 +168,7 @@ int wait(const std::vector<std::string>& arguments)
         if (left.count() == 0) {
             const std::string number = counted > 0 ? fmt::format("only {} of {}", counted, waiting.count) : "no";
             throw std::runtime_error(
-                fmt::format("{} {} within {} ms{}", number, wanted.text, waiting.within.count(),
+                fmt::format("{} {} within {} ms{}", number, expected.text, waiting.within.count(),
                             came > counted ? fmt::format(", but {} {}", came - counted,
                                                          waiting.status ? "with another status" : "not accepted")
                                            : ""));

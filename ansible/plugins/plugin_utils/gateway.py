@@ -1,0 +1,235 @@
+# MIT licence, the device_mgmt authors.
+"""What the action plugins share: requests to the gateway's own vorcfg serve, and what its answers say of each line."""
+
+from __future__ import annotations
+
+import json
+import os
+import shlex
+from collections.abc import Iterable, Iterator
+from typing import Any
+
+from ansible.errors import AnsibleActionFail
+from ansible.plugins.action import ActionBase
+
+Json = dict[str, Any]
+
+SCHEMA = 3  # of what vorcfg prints
+
+GATEWAY_OPTIONS: Json = {
+    "src": {"type": "str"},
+    "vars": {"type": "dict", "default": {}},
+    "secrets": {"type": "dict", "default": {}, "no_log": True},
+    "allow_unused": {"type": "bool", "default": False},
+    "gateway": {"type": "str"},
+    "journal_dir": {"type": "str", "default": "/var/lib/vorcfg"},
+    "vorcfg_path": {"type": "str", "default": "vorcfg"},
+}
+
+# The lists of lines that a task returns, by the states of a line in a plan or a report.
+LISTS = {
+    "settled": ("accepted", "sent", "unread", "overtaken"),
+    "unknown": ("unknown",),
+    "refused": ("refused", "not delivered"),
+    "left": ("new", "changed", "again"),
+}
+
+
+class Lost(Exception):
+    """vorcfg began, but there is no answer from it."""
+
+
+class GatewayAction(ActionBase):  # type: ignore[misc]
+    """A task whose requests go to the gateway over the connection's standard input; nothing is copied there."""
+
+    options: Json = GATEWAY_OPTIONS
+    needs: list[list[str]] = [["src", "gateway"]]  # one of each
+
+    def run(self, tmp: None = None, task_vars: Json | None = None) -> Json:
+        result: Json = super().run(task_vars=task_vars)
+        given: Json = self.validate_argument_spec(self.options, required_one_of=self.needs)[1]
+        given["vars"] = values_of("vars", given["vars"])
+        given["secrets"] = values_of("secrets", given["secrets"])
+        if not given["journal_dir"].startswith("/"):
+            raise AnsibleActionFail(f"journal_dir must be an absolute path, not {given['journal_dir']!r}")
+        result.update(self.carry_out(given))
+        return result
+
+    def carry_out(self, given: Json) -> Json:
+        """What the task does, and returns."""
+        raise NotImplementedError
+
+    # --- The pipe -------------------------------------------------------------------
+
+    def ask(self, given: Json, *requests: Json) -> list[Json]:
+        """The answers to requests that one vorcfg serve carries out, in their order."""
+        lines = "".join(json.dumps({"id": number, **request}) + "\n" for number, request in enumerate(requests))
+        ended = self._low_level_execute_command(self._command(given), in_data=lines.encode())
+        answers: Json = {}
+        is_there = False
+        for record in records_in(ended["stdout"]):
+            if record.get("type") == "serve":
+                is_there = True
+                check_schema(record)
+            elif record.get("type") == "answer":
+                answers[record.get("id")] = record
+        if not is_there:
+            raise AnsibleActionFail(not_started(given, ended))
+        if None in answers:
+            raise AnsibleActionFail("\n".join(errors_of(answers[None])))
+        if len(answers) < len(requests):
+            raise Lost(f"vorcfg on the gateway ended before it answered (exit code {ended['rc']})")
+        return [answers[number] for number in range(len(requests))]
+
+    def _command(self, given: Json) -> str:
+        environment = self._task.environment or {}
+        layers = environment if isinstance(environment, list) else [environment]
+        settings = {name: value for layer in layers for name, value in (layer or {}).items()}
+        words = [f"{name}={shlex.quote(str(value))}" for name, value in settings.items()]
+        return " ".join([*words, shlex.quote(given["vorcfg_path"]), "serve"])
+
+    # --- The site -------------------------------------------------------------------
+
+    def site_of(self, given: Json) -> Json:
+        """The members of a request that say which site and which journal it is about."""
+        site: Json = {"site": "", "journal": given["journal_dir"].rstrip("/") + "/"}
+        if given["src"] is not None:
+            site.update(site=self._text_of(given["src"]), file=os.path.basename(given["src"]))
+            site.update({name: given[name] for name in ("vars", "secrets", "allow_unused")})
+        if given["gateway"] is not None:
+            site["gateway"] = given["gateway"]
+        return site
+
+    def _text_of(self, src: str) -> str:
+        path = self._find(os.path.expanduser(src))
+        try:
+            with open(path, "rb") as file:
+                content = file.read()
+            text = content.decode()
+        except OSError as error:
+            raise AnsibleActionFail(f"{path}: {error.strerror}") from error
+        except UnicodeDecodeError as error:
+            line = content.count(b"\n", 0, error.start) + 1
+            raise AnsibleActionFail(f"{path}:{line}: must be UTF-8") from error
+        if text.startswith("$ANSIBLE_VAULT;"):
+            raise AnsibleActionFail(f"{path}: must not be encrypted\nhint: keep what is secret in variables, see secrets")
+        return text
+
+    def _find(self, src: str) -> str:
+        """A relative path is looked up as that of ansible.builtin.copy is."""
+        if os.path.isabs(src):
+            return src
+        places = [os.path.join(folder, below, src) for folder in self._task.get_search_path() for below in ("files", "")]
+        for place in places:
+            if os.path.exists(place):
+                return place
+        raise AnsibleActionFail(f"no file {src}, looked for {', '.join(places)}")
+
+
+# --- Options --------------------------------------------------------------------------
+
+
+def values_of(option: str, variables: Json) -> Json:
+    """Variables as vorcfg takes them: whole numbers and texts, those of a vault in plain text."""
+    values: Json = {}
+    for name, value in variables.items():
+        if getattr(value, "__ENCRYPTED__", False):
+            value = str(value)
+        if isinstance(value, bool) or not isinstance(value, (int, str)):
+            raise AnsibleActionFail(f"{option}: {name} must be a text or a whole number\nhint: write it in quotes")
+        values[str(name)] = value
+    return values
+
+
+# --- What vorcfg prints ---------------------------------------------------------------
+
+
+def records_in(stdout: str) -> Iterator[Json]:
+    """The objects that vorcfg printed; a login may print other lines around them."""
+    decoder = json.JSONDecoder()
+    for line in stdout.split("\n"):
+        start = line.find('{"schema":')
+        if start >= 0:
+            try:
+                record = decoder.raw_decode(line, start)[0]
+            except ValueError:
+                continue  # cut off
+            yield record
+
+
+def check_schema(record: Json) -> None:
+    if record["schema"] != SCHEMA:
+        raise AnsibleActionFail(
+            f"vorcfg {record.get('version')} on the gateway has schema {record['schema']}, this collection needs {SCHEMA}"
+        )
+
+
+def not_started(given: Json, ended: Json) -> str:
+    """Why there is no vorcfg serve, without anything that the command may have repeated of its input."""
+    said = (ended["stderr"].strip().splitlines() or [""])[-1].strip()
+    longest = 200
+    hidden = len(said) > longest or "{" in said or any(str(secret) in said for secret in given["secrets"].values())
+    reason = f": {said}" if said and not hidden else ""
+    if ended["rc"] == 127:
+        return f"{given['vorcfg_path']} was not found on the gateway{reason}\nhint: vorcfg_path says where it is"
+    return (
+        f"{given['vorcfg_path']} serve on the gateway ended with exit code {ended['rc']}{reason}\n"
+        f"hint: vorcfg with schema {SCHEMA} is needed"
+    )
+
+
+def of_type(answer: Json, name: str) -> list[Json]:
+    return [record for record in answer["output"] if record["type"] == name]
+
+
+def first(answer: Json, name: str) -> Json:
+    return next(iter(of_type(answer, name)), {})
+
+
+def place_of(record: Json) -> str:
+    """FILE:LINE: CALL: as far as they are known."""
+    place = f"{record['file']}:{record['line']}: " if "line" in record else ""
+    return place + (f"{record['call']}: " if "call" in record else "")
+
+
+def errors_of(answer: Json) -> list[str]:
+    """What is wrong, as vorcfg says it. Its hints name options of a command line, so they are left out."""
+    return [place_of(error) + error["complaint"] for error in of_type(answer, "error")]
+
+
+def warnings_of(answer: Json) -> list[str]:
+    return [place_of(warning) + warning["text"] for warning in of_type(answer, "warning")]
+
+
+def confirmation_of(answer: Json) -> Json | None:
+    """What became of the last confirmed apply, without what belongs to a command line."""
+    found = first(answer, "confirmation") or first(answer, "report").get("confirmation")
+    names = ("state", "until", "seconds_left", "has_waiter", "reverted", "not_reverted", "lines_not_reverted")
+    return {name: found[name] for name in names if name in found} if found else None
+
+
+def line_of(record: Json, made: dict[int, Json]) -> Json:
+    """A line of a plan or a report, as a task returns it."""
+    line = {name: record[name] for name in ("line", "call", "arguments", "state", "secret") if name in record}
+    entry = record.get("open") or record.get("failed") or record.get("current") or {}
+    entry = made.get(record.get("line", 0), entry)
+    if entry.get("call") == record["call"] and "outcome" in entry:
+        line["arguments"] = entry["arguments"]  # with ******** for the secret
+    if record["state"] not in LISTS["left"] and "verdict" in entry:
+        line["verdict"] = entry["verdict"]
+    return line
+
+
+def lists_of(answer: Json, calls: Iterable[Json] = ()) -> Json:
+    """The lines by what is known of them, of a plan or of a report, and of calls made just before."""
+    made = {call["line"]: call for call in calls}
+    lines = [line for line in of_type(answer, "plan_line") if line["in_file"]] or first(answer, "report").get("lines", [])
+    return {
+        name: [line_of(line, made) for line in lines if line["state"] in states] for name, states in LISTS.items()
+    }
+
+
+def whose(answer: Json) -> Json:
+    """The gateway and its journal."""
+    record = next((each for each in reversed(answer["output"]) if "journal" in each), {})
+    return {name: record[name] for name in ("gateway", "journal") if name in record}

@@ -3,7 +3,9 @@
 
 from __future__ import annotations
 
-from typing import Any
+import os
+from collections import Counter
+from collections.abc import Iterable
 
 from ansible.errors import AnsibleActionFail, AnsibleAuthenticationFailure, AnsibleConnectionFailure
 
@@ -28,6 +30,8 @@ MADE = ("accepted", "sent", "unread", "done")
 UNDECIDED = ("waiting", "expired")
 
 HINT_UNKNOWN = "hint: unknown: retry makes such lines again, unknown: skip leaves them out"
+HINT_PERMANENT = "hint: accept_permanent: true makes them"
+HINT_AGAIN = "hint: run the task again"
 HINT_WAITING = "hint: state: confirmed keeps the changes, state: reverted undoes them"
 
 
@@ -53,47 +57,34 @@ class ActionModule(GatewayAction):
     # --- present ----------------------------------------------------------------------
 
     def _selection(self, given: Json) -> Json:
-        selection = {**self.site_of(given), "only": given["only"]}
-        return {name: value for name, value in selection.items() if value is not None}
-
-    def _again(self, given: Json) -> Json:
-        return {"all": given["all"], "resend_secrets": given["resend_secrets"]}
+        only = {"only": given["only"]} if given["only"] else {}
+        return {**self.site_of(given), **only}
 
     def _preview(self, given: Json) -> Json:
-        [plan] = self.ask(given, {"command": "plan", **self._selection(given), **self._again(given)})
-        result: Json = {"warnings": warnings_of(plan), **whose(plan), **lists_of(plan), "waiting": []}
-        result["confirmation"] = confirmation_of(plan)
+        [plan] = self.ask(given, {"command": "plan", **self._selection(given), **again(given)})
+        result = known_by(plan)
         due = [line for line in of_type(plan, "plan_line") if line["due"]]
         if given["unknown"] != "retry":
             due = [line for line in due if line["state"] != "unknown"]
-        problems = errors_of(plan) or self._obstacles(given, result, due)
-        if problems and given["unknown"] != "skip":
+        problems = errors_of(plan) or obstacles(given, result, due)
+        if problems:
             due = []
         result["changed"] = bool(due)
         if self._task.diff:
-            result["diff"] = diff_of(whose(plan), due)
+            result["diff"] = diff_of(result, due)
+        problems = problems or left_unknown(given, result)
         if problems:
-            return {**result, "failed": True, "msg": "\n".join(problems)}
-        return {**result, "msg": summary(first(plan, "plan"), {"to make": len(due)})}
-
-    def _obstacles(self, given: Json, result: Json, due: list[Json]) -> list[str]:
-        """What apply would refuse."""
-        if (result["confirmation"] or {}).get("state") == "waiting":
-            return waiting_problem(result)
-        if result["unknown"] and given["unknown"] != "retry":
-            return unknown_problem(given, result)
-        if given["confirm"] and not given["accept_permanent"]:
-            return permanent_problem(due)
-        return []
+            return failure(result, problems)
+        return {**result, "msg": summary(given, {"to make": len(due), "up to date": len(result["settled"])})}
 
     def _apply(self, given: Json) -> Json:
-        apply: Json = {"command": "apply", **self._selection(given), **self._again(given)}
-        apply["retry_unknown"] = given["unknown"] == "retry"
-        apply["skip_unknown"] = given["unknown"] == "skip"
-        apply["yes"] = given["accept_permanent"]
+        selection = self._selection(given)
+        apply: Json = {"command": "apply", **selection, **again(given), "yes": given["accept_permanent"]}
         if given["confirm"]:
             apply["confirm"] = given["confirm"]
-        plan = {"command": "plan", **self._selection(given)}
+        if given["unknown"] != "fail":
+            apply[given["unknown"] + "_unknown"] = True
+        plan = {"command": "plan", **selection}
         try:
             applied, planned = self.ask(given, apply, plan)
         except AnsibleAuthenticationFailure:
@@ -101,147 +92,159 @@ class ActionModule(GatewayAction):
         except (AnsibleConnectionFailure, Lost) as error:
             return self._after_loss(given, plan, str(error))
         calls = of_type(applied, "call")
-        result: Json = {"warnings": warnings_of(applied), **whose(planned), **lists_of(planned, calls)}
+        result = {**known_by(planned, calls), "warnings": warnings_of(applied)}
         result["changed"] = any(call["outcome"] in MADE for call in calls)
-        result["confirmation"] = confirmation_of(planned)
-        move_waiting(result, calls)
+        lines = [line for line in of_type(applied, "plan_line") if line["due"]]
         if self._task.diff:
             made = {call["line"] for call in calls}
-            result["diff"] = diff_of(whose(applied), [x for x in of_type(applied, "plan_line") if x.get("line") in made])
-        if applied["exit"] != EXIT_OK:
-            return {**result, "failed": True, "msg": "\n".join(self._problems(given, applied, result))}
-        return {**result, "msg": summary(first(applied, "apply"), until(result["confirmation"]))}
-
-    def _problems(self, given: Json, applied: Json, result: Json) -> list[str]:
-        failed = [place_of(call) + call["verdict"] for call in of_type(applied, "call") if call["exit"] != EXIT_OK]
-        if not of_type(applied, "call"):
-            due = [line for line in of_type(applied, "plan_line") if line["due"]]
-            if (result["confirmation"] or {}).get("state") == "waiting":
-                return waiting_problem(result)
-            if result["unknown"] and given["unknown"] == "fail":
-                return unknown_problem(given, result)
-            if given["confirm"] and not given["accept_permanent"] and permanent_problem(due):
-                return permanent_problem(due)
-        problems = errors_of(applied) + failed
-        if result["unknown"] and given["unknown"] == "skip":
-            problems += unknown_problem(given, result)
-        elif result["unknown"]:
-            problems.append(HINT_UNKNOWN)
-        if result["waiting"]:
-            problems += waiting_problem(result)
-        return problems or [f"{first(applied, 'apply').get('file')}: {len(result['left'])} lines are left"]
+            result["diff"] = diff_of(result, [line for line in lines if line["line"] in made])
+        if applied["exit"] == EXIT_OK:
+            counts = {**Counter(call["outcome"] for call in calls), "up to date": first(applied, "apply")["up_to_date"]}
+            until = f", to be confirmed before {result['confirmation']['until']}" if result["waiting"] else ""
+            return {**result, "msg": summary(given, counts) + until}
+        if not calls:
+            return failure(result, obstacles(given, result, lines) or errors_of(applied) or left_unknown(given, result))
+        problems = [place_of(call) + call["verdict"] for call in calls if call["exit"] != EXIT_OK]
+        return failure(result, problems + errors_of(applied) + left_unknown(given, result) + not_confirmed(result))
 
     def _after_loss(self, given: Json, plan: Json, reason: str) -> Json:
         """What the journal knows of an apply that did not answer."""
         try:
             [planned] = self.ask(given, plan)
         except (AnsibleConnectionFailure, Lost) as error:
-            raise AnsibleConnectionFailure(f"{reason}\nwhat was sent by then is unknown; run the task again") from error
-        result: Json = {"changed": False, **whose(planned), **lists_of(planned), "waiting": []}
-        result["confirmation"] = confirmation_of(planned)
-        if errors_of(planned):
-            return {**result, "failed": True, "msg": "\n".join([reason, *errors_of(planned)])}
-        known = ", ".join(f"{len(result[name])} {name}" for name in LISTS if result[name])
-        problems = [reason, f"its journal has {known or 'nothing'}; it may still be at work", *unknown_problem(given, result)]
-        return {**result, "failed": True, "msg": "\n".join([*problems, "hint: run the task again"])}
+            raise AnsibleConnectionFailure(f"{reason}\nwhat was sent by then is unknown\n{HINT_AGAIN}") from error
+        result = {"changed": False, **known_by(planned)}
+        counts = ", ".join(f"{len(result[name])} {name}" for name in LISTS if result[name])
+        known = [f"its journal now has: {counts}; it may still be at work"] if counts else errors_of(planned)
+        return failure(result, [reason, *known, *left_unknown(given, result), HINT_AGAIN])
 
     # --- confirmed, reverted ----------------------------------------------------------
 
     def _decide(self, given: Json) -> Json:
         site = self.site_of(given)
-        command = {"confirmed": "confirm", "reverted": "revert"}[given["state"]]
-        after = {"command": "plan" if given["src"] is not None else "report", **site}
         steps = [{"command": "report", **site}]
         if not self._task.check_mode:
-            steps.append({"command": command, **site})
+            steps.append({"command": {"confirmed": "confirm", "reverted": "revert"}[given["state"]], **site})
+        steps.append({"command": "plan" if given["src"] is not None else "report", **site})
         try:
-            before, *decided, known = self.ask(given, *steps, after)
+            before, *decided, after = self.ask(given, *steps)
         except Lost as error:
-            raise AnsibleActionFail(f"{error}\nwhether it was {given['state']} is unknown; run the task again") from error
-        result: Json = {**whose(known), **lists_of(known), "waiting": [], "confirmation": confirmation_of(known)}
-        problems = errors_of(before)
-        state = (confirmation_of(before) or {}).get("state")
-        wanted = [given["state"]] if command == "revert" else ["confirmed", None]
-        result["changed"] = not problems and state in UNDECIDED
-        if not problems and not result["changed"] and state not in wanted:
-            problems = [f"the last apply was {state}, not {given['state']}" if state else "no apply waits to be reverted"]
-        if decided and result["changed"]:
-            state = (result["confirmation"] or {}).get("state")
-            result["changed"] = state not in UNDECIDED and (command == "confirm") == (state == "confirmed")
-            reverted = of_type(decided[0], "revert_line")
-            result["reverted"] = [{name: line[name] for name in REVERTED if name in line} for line in reverted]
-            if decided[0]["exit"] != EXIT_OK:
-                problems = errors_of(decided[0]) + [
-                    place_of(line) + line["obstacle"] for line in reverted if line["state"] != "reverted"
-                ]
-                problems = problems or [f"the last apply is {state}, not {given['state']}"]
-        if problems:
-            return {**result, "failed": True, "msg": "\n".join(problems)}
-        return {**result, "msg": given["state"] if state else "no apply waits to be confirmed"}
+            raise AnsibleActionFail(f"{error}\nwhether it was {given['state']} is unknown\n{HINT_AGAIN}") from error
+        result = {"changed": False, **known_by(after)}
+        state = state_of(confirmation_of(before))
+        if errors_of(before):
+            return failure(result, errors_of(before))
+        if state in UNDECIDED and decided:
+            return self._decided(given, result, decided[0])
+        if state in UNDECIDED:
+            return {**result, "changed": True, "msg": f"the last apply is {state}, it would be {given['state']}"}
+        result["confirmation"] = confirmation_of(before)
+        if state == given["state"]:
+            return {**result, "msg": f"{state} before"}
+        if state is None and given["state"] == "confirmed":
+            return {**result, "msg": "nothing waits to be confirmed"}
+        return failure(result, [f"the last apply was {state}" if state else "the last apply was not to be confirmed"])
+
+    def _decided(self, given: Json, result: Json, answer: Json) -> Json:
+        result["confirmation"] = confirmation_of(answer) or result["confirmation"]
+        undone = of_type(answer, "revert_line")
+        result["reverted"] = [{name: line[name] for name in REVERTED if name in line} for line in undone]
+        state = state_of(result["confirmation"])
+        result["changed"] = state == given["state"] or any(line["state"] == "reverted" for line in undone)
+        if answer["exit"] == EXIT_OK:
+            return {**result, "msg": given["state"]}
+        kept = [place_of(line) + line["obstacle"] for line in undone if "obstacle" in line]
+        return failure(result, errors_of(answer) + kept or [f"the last apply is {state}"])
 
 
 REVERTED = ("line", "call", "arguments", "before", "state", "verdict", "obstacle")
 
 
-def move_waiting(result: Json, calls: list[Json]) -> None:
-    """Lines whose calls are to be confirmed are not settled."""
-    made = {call["line"] for call in calls} if (result["confirmation"] or {}).get("state") in UNDECIDED else set()
-    result["waiting"] = [line for line in result["settled"] if line["line"] in made]
-    result["settled"] = [line for line in result["settled"] if line["line"] not in made]
+def again(given: Json) -> Json:
+    return {"all": given["all"], "resend_secrets": given["resend_secrets"]}
+
+
+def state_of(confirmation: Json | None) -> str | None:
+    return confirmation["state"] if confirmation else None
+
+
+def known_by(answer: Json, calls: Iterable[Json] = ()) -> Json:
+    """What a plan or a report knows of the site, after these calls."""
+    result: Json = {**whose(answer), **lists_of(answer, calls), "confirmation": confirmation_of(answer)}
+    is_open = state_of(result["confirmation"]) in UNDECIDED
+    waiting = {call["line"] for call in calls} if is_open else set()
+    result["waiting"] = [line for line in result["settled"] if line.get("line") in waiting]
+    result["settled"] = [line for line in result["settled"] if line.get("line") not in waiting]
+    return result
 
 
 # --- Texts ----------------------------------------------------------------------------
 
 
-def waiting_problem(result: Json) -> list[str]:
+def failure(result: Json, problems: list[str]) -> Json:
+    hints = dict.fromkeys(problem for problem in problems if problem.startswith("hint: "))
+    said = dict.fromkeys(problem for problem in problems if problem not in hints)
+    return {**result, "failed": True, "msg": "\n".join([*said, *hints])}
+
+
+def obstacles(given: Json, result: Json, due: list[Json]) -> list[str]:
+    """Why apply sends nothing."""
+    if state_of(result["confirmation"]) == "waiting":
+        return not_confirmed(result)
+    if given["unknown"] == "fail" and result["unknown"]:
+        return left_unknown(given, result)
+    permanent = [str(line["line"]) for line in due if line.get("cannot_be_reverted")]
+    if permanent and given["confirm"] and not given["accept_permanent"]:
+        what = f"line{'s' if len(permanent) > 1 else ''} {', '.join(permanent)}"
+        return [f"{due[0]['file']}: {what} cannot be reverted; nothing was sent", HINT_PERMANENT]
+    return []
+
+
+def left_unknown(given: Json, result: Json) -> list[str]:
+    file = os.path.basename(given["src"])
+    lines = [f"{file}:{line['line']}: {line['call']}: {line['verdict']}" for line in result["unknown"]]
+    return [*lines, HINT_UNKNOWN] if lines else []
+
+
+def not_confirmed(result: Json) -> list[str]:
     confirmation = result["confirmation"]
-    return [f"the last apply is {confirmation['state']}, and is reverted at {confirmation['until']} unless confirmed", HINT_WAITING]
-
-
-def unknown_problem(given: Json, result: Json) -> list[str]:
-    lines = [f"line {line['line']}: {line['call']}: {line.get('verdict', 'unknown')}" for line in result["unknown"]]
-    return [*lines, HINT_UNKNOWN] if lines and given["unknown"] != "retry" else lines
-
-
-def permanent_problem(due: list[Json]) -> list[str]:
-    lines = [str(line["line"]) for line in due if line.get("cannot_be_reverted")]
-    if not lines:
+    if state_of(confirmation) != "waiting":
         return []
-    return [f"these lines cannot be reverted: {', '.join(lines)}; nothing was sent", "hint: accept_permanent: true makes them"]
+    return [f"not confirmed yet, the last apply will be reverted at {confirmation['until']}", HINT_WAITING]
 
 
-def until(confirmation: Json | None) -> Json:
-    return {f"to be confirmed before {confirmation['until']}": None} if confirmation and "until" in confirmation else {}
-
-
-def summary(totals: Json, more: Json) -> str:
+def summary(given: Json, counts: Json) -> str:
     """Totals without zeros, as vorcfg prints them."""
-    names = ("accepted", "sent", "unread") if totals["type"] == "apply" else ()
-    counts: dict[str, Any] = {**{name: totals[name] for name in names}, "up to date": totals.get("up_to_date"), **more}
-    parts = [f"{count} {name}" if count else name for name, count in counts.items() if count or (name in more and count is None)]
-    return f"{totals['file']}: {', '.join(parts) or 'nothing to make'}"
+    parts = [f"{count} {name}" for name, count in counts.items() if count]
+    return f"{os.path.basename(given['src'])}: {', '.join(parts) or 'nothing to make'}"
 
 
-def diff_of(journal: Json, due: list[Json]) -> Json:
+def diff_of(result: Json, due: list[Json]) -> Json:
     """The values in effect, as far as they are known, and the new ones."""
     before: list[str] = []
     after: list[str] = []
     for line in due:
-        current = line.get("current")
-        if current:
-            before += call_lines(line, current, "")
-        secret = f"secret {line['secret']}" if line.get("secret", "same") != "same" else ""
-        again = f"made again, was {line['state']}" if line["state"] not in ("new", "changed") else ""
-        after += call_lines(line, line, ", ".join(note for note in (secret, again) if note))
+        if "current" in line:
+            before += shown(line, line["current"])
+        after += shown(line, line) + [f"  ({note})\n" for note in notes_of(line)]
+    gateway = result.get("gateway", "the gateway")
     return {
-        "before_header": f"{journal.get('gateway', 'gateway')}, as far as its journal knows",
-        "after_header": due[0]["file"] if due else "",
+        "before_header": f"{gateway}, as its journal knows it",
+        "after_header": due[0]["file"] if due else gateway,
         "before": "".join(before),
         "after": "".join(after),
     }
 
 
-def call_lines(line: Json, call: Json, note: str) -> list[str]:
-    heading = f"line {line.get('line', '-')}: {call['call']}\n"
-    values = [f"  {name} {value}\n" for name, value in call["arguments"].items()]
-    return [heading, *values, *([f"  ({note})\n"] if note else [])]
+def shown(line: Json, call: Json) -> list[str]:
+    return [f"line {line['line']}: {call['call']}\n"] + [f"  {name} {value}\n" for name, value in call["arguments"].items()]
+
+
+def notes_of(line: Json) -> list[str]:
+    """What a difference does not show."""
+    notes = [f"secret {line['secret']}"] if line.get("secret", "same") != "same" else []
+    if line["state"] in LISTS["unknown"] + LISTS["refused"]:
+        notes.append(f"made again, was {line['state']}")
+    elif line["state"] not in ("new", "changed"):
+        notes.append("made again")
+    return notes

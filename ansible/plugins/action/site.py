@@ -72,7 +72,8 @@ class ActionModule(GatewayAction):
         result["changed"] = bool(due)
         if self._task.diff:
             result["diff"] = diff_of(result, due)
-        problems = problems or left_unknown(given, result)
+        if given["unknown"] == "skip":
+            problems = problems or left_unknown(given, result)
         if problems:
             return failure(result, problems)
         return {**result, "msg": summary(given, {"to make": len(due), "up to date": len(result["settled"])})}
@@ -113,7 +114,7 @@ class ActionModule(GatewayAction):
             [planned] = self.ask(given, plan)
         except (AnsibleConnectionFailure, Lost) as error:
             raise AnsibleConnectionFailure(f"{reason}\nwhat was sent by then is unknown\n{HINT_AGAIN}") from error
-        result = {"changed": False, **known_by(planned)}
+        result: Json = {"changed": False, **known_by(planned)}
         counts = ", ".join(f"{len(result[name])} {name}" for name in LISTS if result[name])
         known = [f"its journal now has: {counts}; it may still be at work"] if counts else errors_of(planned)
         return failure(result, [reason, *known, *left_unknown(given, result), HINT_AGAIN])
@@ -130,7 +131,7 @@ class ActionModule(GatewayAction):
             before, *decided, after = self.ask(given, *steps)
         except Lost as error:
             raise AnsibleActionFail(f"{error}\nwhether it was {given['state']} is unknown\n{HINT_AGAIN}") from error
-        result = {"changed": False, **known_by(after)}
+        result: Json = {"changed": False, **known_by(after)}
         state = state_of(confirmation_of(before))
         if errors_of(before):
             return failure(result, errors_of(before))
@@ -237,7 +238,8 @@ def diff_of(result: Json, due: list[Json]) -> Json:
 
 
 def shown(line: Json, call: Json) -> list[str]:
-    return [f"line {line['line']}: {call['call']}\n"] + [f"  {name} {value}\n" for name, value in call["arguments"].items()]
+    values = [f"  {name} {value}\n" for name, value in call["arguments"].items()]
+    return [f"line {line['line']}: {call['call']}\n", *values]
 
 
 def notes_of(line: Json) -> list[str]:

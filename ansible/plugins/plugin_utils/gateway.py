@@ -112,14 +112,15 @@ class GatewayAction(ActionBase):  # type: ignore[misc]
             line = content.count(b"\n", 0, error.start) + 1
             raise AnsibleActionFail(f"{path}:{line}: must be UTF-8") from error
         if text.startswith("$ANSIBLE_VAULT;"):
-            raise AnsibleActionFail(f"{path}: must not be encrypted\nhint: keep what is secret in variables, see secrets")
+            raise AnsibleActionFail(f"{path}: must not be encrypted\nhint: keep secrets in variables, see secrets")
         return text
 
     def _find(self, src: str) -> str:
         """A relative path is looked up as that of ansible.builtin.copy is."""
         if os.path.isabs(src):
             return src
-        places = [os.path.join(folder, below, src) for folder in self._task.get_search_path() for below in ("files", "")]
+        folders = self._task.get_search_path()
+        places = [os.path.join(folder, below, src) for folder in folders for below in ("files", "")]
         for place in places:
             if os.path.exists(place):
                 return place
@@ -160,7 +161,8 @@ def records_in(stdout: str) -> Iterator[Json]:
 def check_schema(record: Json) -> None:
     if record["schema"] != SCHEMA:
         raise AnsibleActionFail(
-            f"vorcfg {record.get('version')} on the gateway has schema {record['schema']}, this collection needs {SCHEMA}"
+            f"vorcfg {record.get('version')} on the gateway has schema {record['schema']}, not {SCHEMA}\n"
+            "hint: this collection and vorcfg must be of one release"
         )
 
 
@@ -223,10 +225,9 @@ def line_of(record: Json, made: dict[int, Json]) -> Json:
 def lists_of(answer: Json, calls: Iterable[Json] = ()) -> Json:
     """The lines by what is known of them, of a plan or of a report, and of calls made just before."""
     made = {call["line"]: call for call in calls}
-    lines = [line for line in of_type(answer, "plan_line") if line["in_file"]] or first(answer, "report").get("lines", [])
-    return {
-        name: [line_of(line, made) for line in lines if line["state"] in states] for name, states in LISTS.items()
-    }
+    lines = [line for line in of_type(answer, "plan_line") if line["in_file"]]
+    lines += first(answer, "report").get("lines", [])
+    return {name: [line_of(line, made) for line in lines if line["state"] in states] for name, states in LISTS.items()}
 
 
 def whose(answer: Json) -> Json:

@@ -3,9 +3,8 @@
 
 from __future__ import annotations
 
-from ansible.errors import AnsibleActionFail
-
 from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import (
+    Failure,
     GatewayAction,
     Json,
     Lost,
@@ -27,14 +26,14 @@ class ActionModule(GatewayAction):
                 given, {"command": "plan", **site}, {"command": "report", **site}, folder
             )
         except Lost as error:
-            raise AnsibleActionFail(str(error)) from error
+            raise Failure(str(error)) from error
         if errors_of(plan):
-            raise AnsibleActionFail("\n".join(errors_of(plan)))
+            raise Failure("\n".join(errors_of(plan)))
         totals = first(plan, "plan")
         sheet = first(report, "report")
         line = next((each for each in of_type(all_sites, "site") if each["journal"] == totals["journal"]), None)
         if line is not None and not sheet:
-            raise AnsibleActionFail("\n".join(errors_of(report)))
+            raise Failure("\n".join(errors_of(report)))
         facts: Json = {
             **whose(plan),
             "state": line["state"] if line else "missing",

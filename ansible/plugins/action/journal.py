@@ -6,10 +6,9 @@ from __future__ import annotations
 import os
 import tempfile
 
-from ansible.errors import AnsibleActionFail
-
 from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import (
     GATEWAY_OPTIONS,
+    Failure,
     GatewayAction,
     Json,
     Lost,
@@ -28,25 +27,25 @@ class ActionModule(GatewayAction):
 
     def carry_out(self, given: Json) -> Json:
         if not os.path.isabs(given["path"]):
-            raise AnsibleActionFail(
+            raise Failure(
                 f"path must be absolute, not {given['path']!r}\nhint: begin it with {{{{ playbook_dir }}}}/"
             )
         try:
             return self._fetch(given) if given["state"] == "fetched" else self._restore(given)
         except Lost as error:
-            raise AnsibleActionFail(str(error)) from error
+            raise Failure(str(error)) from error
         except OSError as error:
-            raise AnsibleActionFail(f"{error.filename}: {error.strerror}") from error
+            raise Failure(f"{error.filename}: {error.strerror}") from error
 
     def _fetch(self, given: Json) -> Json:
         [fetched] = self.ask(given, {"command": "journal", **self.site_of(given)})
         if errors_of(fetched):
-            raise AnsibleActionFail("\n".join(errors_of(fetched)))
+            raise Failure("\n".join(errors_of(fetched)))
         path = copy_of(given["path"], fetched)
         text = first(fetched, "journal")["text"].encode()
         copy = content_of(path)
         if copy is not None and not continues(text, copy):
-            raise AnsibleActionFail(
+            raise Failure(
                 f"{path}: the journal of the gateway does not continue this copy, which is kept\n"
                 "hint: move it away if the gateway began a new journal on purpose"
             )
@@ -60,7 +59,7 @@ class ActionModule(GatewayAction):
         if os.path.isdir(path) or path.endswith("/"):
             [plan] = self.ask(given, {"command": "plan", **site})
             if errors_of(plan):
-                raise AnsibleActionFail("\n".join(errors_of(plan)))
+                raise Failure("\n".join(errors_of(plan)))
             path = copy_of(path, plan)
         with open(path, "rb") as file:
             copy = file.read()
@@ -71,7 +70,7 @@ class ActionModule(GatewayAction):
         journal = first(there, "journal")
         is_there = bool(journal) and continues(journal["text"].encode(), copy)
         if put and errors_of(put[0]) and not is_there:
-            raise AnsibleActionFail("\n".join(errors_of(put[0])))
+            raise Failure("\n".join(errors_of(put[0])))
         return {"changed": not journal, "path": path, **whose(put[0] if put and not is_there else there)}
 
 

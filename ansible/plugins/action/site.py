@@ -7,11 +7,12 @@ import os
 from collections import Counter
 from collections.abc import Iterable
 
-from ansible.errors import AnsibleActionFail, AnsibleAuthenticationFailure, AnsibleConnectionFailure
+from ansible.errors import AnsibleAuthenticationFailure, AnsibleConnectionFailure
 
 from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import (
     GATEWAY_OPTIONS,
     LISTS,
+    Failure,
     GatewayAction,
     Json,
     Lost,
@@ -26,8 +27,11 @@ from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import
 )
 
 EXIT_OK = 0
+EXIT_JOURNAL = 12
 MADE = ("accepted", "sent", "unread", "done")
 UNDECIDED = ("waiting", "expired")
+
+NO_VERDICT = "unknown: it was begun, and has no verdict"
 
 HINT_UNKNOWN = "hint: unknown: retry makes such lines again, unknown: skip leaves them out"
 HINT_PERMANENT = "hint: accept_permanent: true makes them"
@@ -51,7 +55,7 @@ class ActionModule(GatewayAction):
         if given["state"] != "present":
             return self._decide(given)
         if given["src"] is None:
-            raise AnsibleActionFail("state: present needs src")
+            raise Failure("state: present needs src")
         return self._preview(given) if self._task.check_mode else self._apply(given)
 
     # --- present ----------------------------------------------------------------------
@@ -72,7 +76,8 @@ class ActionModule(GatewayAction):
         result["changed"] = bool(due)
         if self._task.diff:
             result["diff"] = diff_of(result, due)
-        problems = problems or left_unknown(given, result)
+        if given["unknown"] == "skip":
+            problems = problems or left_unknown(given, result)
         if problems:
             return failure(result, problems)
         return {**result, "msg": summary(given, {"to make": len(due), "up to date": len(result["settled"])})}
@@ -90,7 +95,7 @@ class ActionModule(GatewayAction):
         except AnsibleAuthenticationFailure:
             raise
         except (AnsibleConnectionFailure, Lost) as error:
-            return self._after_loss(given, plan, str(error))
+            return self._after_loss(given, plan, str(error).strip())
         calls = of_type(applied, "call")
         result = {**known_by(planned, calls), "warnings": warnings_of(applied)}
         result["changed"] = any(call["outcome"] in MADE for call in calls)
@@ -103,7 +108,9 @@ class ActionModule(GatewayAction):
             until = f", to be confirmed before {result['confirmation']['until']}" if result["waiting"] else ""
             return {**result, "msg": summary(given, counts) + until}
         if not calls:
-            return failure(result, obstacles(given, result, lines) or errors_of(applied) or left_unknown(given, result))
+            is_journal = applied["exit"] == EXIT_JOURNAL and state_of(result["confirmation"]) != "waiting"
+            blocked = errors_of(applied) if is_journal else obstacles(given, result, lines)
+            return failure(result, blocked or errors_of(applied) or left_unknown(given, result))
         problems = [place_of(call) + call["verdict"] for call in calls if call["exit"] != EXIT_OK]
         return failure(result, problems + errors_of(applied) + left_unknown(given, result) + not_confirmed(result))
 
@@ -112,8 +119,9 @@ class ActionModule(GatewayAction):
         try:
             [planned] = self.ask(given, plan)
         except (AnsibleConnectionFailure, Lost) as error:
-            raise AnsibleConnectionFailure(f"{reason}\nwhat was sent by then is unknown\n{HINT_AGAIN}") from error
-        result = {"changed": False, **known_by(planned)}
+            what = "if the connection was lost during the calls, their outcome is unknown"
+            raise AnsibleConnectionFailure(f"{reason}\n{what}\n{HINT_AGAIN}") from error
+        result: Json = {"changed": False, **known_by(planned)}
         counts = ", ".join(f"{len(result[name])} {name}" for name in LISTS if result[name])
         known = [f"its journal now has: {counts}; it may still be at work"] if counts else errors_of(planned)
         return failure(result, [reason, *known, *left_unknown(given, result), HINT_AGAIN])
@@ -129,8 +137,8 @@ class ActionModule(GatewayAction):
         try:
             before, *decided, after = self.ask(given, *steps)
         except Lost as error:
-            raise AnsibleActionFail(f"{error}\nwhether it was {given['state']} is unknown\n{HINT_AGAIN}") from error
-        result = {"changed": False, **known_by(after)}
+            raise Failure(f"{error}\nwhether it was {given['state']} is unknown\n{HINT_AGAIN}") from error
+        result: Json = {"changed": False, **known_by(after)}
         state = state_of(confirmation_of(before))
         if errors_of(before):
             return failure(result, errors_of(before))
@@ -202,7 +210,7 @@ def obstacles(given: Json, result: Json, due: list[Json]) -> list[str]:
 
 def left_unknown(given: Json, result: Json) -> list[str]:
     file = os.path.basename(given["src"])
-    lines = [f"{file}:{line['line']}: {line['call']}: {line['verdict']}" for line in result["unknown"]]
+    lines = [f"{file}:{line['line']}: {line['call']}: {line.get('verdict', NO_VERDICT)}" for line in result["unknown"]]
     return [*lines, HINT_UNKNOWN] if lines else []
 
 
@@ -237,7 +245,8 @@ def diff_of(result: Json, due: list[Json]) -> Json:
 
 
 def shown(line: Json, call: Json) -> list[str]:
-    return [f"line {line['line']}: {call['call']}\n"] + [f"  {name} {value}\n" for name, value in call["arguments"].items()]
+    values = [f"  {name} {value}\n" for name, value in call["arguments"].items()]
+    return [f"line {line['line']}: {call['call']}\n", *values]
 
 
 def notes_of(line: Json) -> list[str]:

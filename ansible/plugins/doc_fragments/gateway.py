@@ -9,7 +9,8 @@ options:
     description:
       - The site, a file of vorcfg calls on the controller, see vorcfg-site(7).
         A relative path is looked up as M(ansible.builtin.copy) does.
-      - It is sent as it is. Its variables, C(${NAME}), are those of O(vars) and O(secrets); Jinja in it is not evaluated.
+      - It is sent as it is. Its variables, C(${NAME}), are those of O(vars) and O(secrets);
+        Jinja in it is not evaluated.
       - Files that it names for secrets, C(@FILE), are on the gateway; name them by absolute paths.
     type: str
   vars:
@@ -34,7 +35,8 @@ options:
   journal_dir:
     description:
       - The folder of the journal, on the gateway. It is made if it is missing, for its owner only.
-      - C(vorcfg-revert@.service), which reverts after a restart what nobody confirmed, watches C(/var/lib/vorcfg) by default.
+      - C(vorcfg-revert@.service), which reverts after a restart what nobody confirmed,
+        watches C(/var/lib/vorcfg) by default.
     type: str
     default: /var/lib/vorcfg
   vorcfg_path:

@@ -49,7 +49,8 @@ ansible_facts:
           type: str
         state:
           description:
-            - V(accepted), V(partly reverted), V(failed), V(unknown), V(waiting), V(expired) or V(empty), see vorcfg-site(7).
+            - V(accepted), V(partly reverted), V(failed), V(unknown), V(waiting), V(expired) or V(empty),
+              see vorcfg-site(7).
             - V(missing) if the gateway has no journal.
           type: str
         settled:

@@ -21,9 +21,10 @@ options:
     required: true
   state:
     description:
-      - V(fetched) copies the journal of the gateway. A copy that the journal does not continue is kept, and the task fails.
-      - V(restored) puts the copy back where the gateway has no journal. Where the gateway's continues it, nothing is done;
-        where it has another one, the task fails.
+      - V(fetched) copies the journal of the gateway.
+        A copy that the journal does not continue is kept, and the task fails.
+      - V(restored) puts the copy back where the gateway has no journal.
+        Where the gateway's continues it, nothing is done; where it has another one, the task fails.
     type: str
     choices: [fetched, restored]
     default: fetched

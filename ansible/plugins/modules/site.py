@@ -105,7 +105,7 @@ journal:
 settled:
   description:
     - Lines that are in effect.
-    - Those made by an apply that waits are in RV(waiting) of that task; a later task has them here, and RV(confirmation).
+    - Those that an apply made and that wait to be confirmed are in RV(waiting) of its task. A later task has them here.
   returned: always
   type: list
   elements: dict

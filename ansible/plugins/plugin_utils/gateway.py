@@ -35,6 +35,10 @@ LISTS = {
 }
 
 
+class Failure(Exception):
+    """Why the task fails: sentences on lines of their own."""
+
+
 class Lost(Exception):
     """vorcfg began, but there is no answer from it."""
 
@@ -43,16 +47,18 @@ class GatewayAction(ActionBase):  # type: ignore[misc]
     """A task whose requests go to the gateway over the connection's standard input; nothing is copied there."""
 
     options: Json = GATEWAY_OPTIONS
-    needs: list[list[str]] = [["src", "gateway"]]  # one of each
 
     def run(self, tmp: None = None, task_vars: Json | None = None) -> Json:
         result: Json = super().run(task_vars=task_vars)
-        given: Json = self.validate_argument_spec(self.options, required_one_of=self.needs)[1]
-        given["vars"] = values_of("vars", given["vars"])
-        given["secrets"] = values_of("secrets", given["secrets"])
-        if not given["journal_dir"].startswith("/"):
-            raise AnsibleActionFail(f"journal_dir must be an absolute path, not {given['journal_dir']!r}")
-        result.update(self.carry_out(given))
+        try:
+            given: Json = self.validate_argument_spec(self.options, required_one_of=[["src", "gateway"]])[1]
+            given["vars"] = values_of("vars", given["vars"])
+            given["secrets"] = values_of("secrets", given["secrets"])
+            if not given["journal_dir"].startswith("/"):
+                raise Failure(f"journal_dir must be an absolute path, not {given['journal_dir']!r}")
+            result.update(self.carry_out(given))
+        except (AnsibleActionFail, Failure) as failure:
+            result.update(failed=True, msg=str(failure))
         return result
 
     def carry_out(self, given: Json) -> Json:
@@ -74,9 +80,9 @@ class GatewayAction(ActionBase):  # type: ignore[misc]
             elif record.get("type") == "answer":
                 answers[record.get("id")] = record
         if not is_there:
-            raise AnsibleActionFail(not_started(given, ended))
+            raise Failure(not_started(given, ended))
         if None in answers:
-            raise AnsibleActionFail("\n".join(errors_of(answers[None])))
+            raise Failure("\n".join(errors_of(answers[None])))
         if len(answers) < len(requests):
             raise Lost(f"vorcfg on the gateway ended before it answered (exit code {ended['rc']})")
         return [answers[number] for number in range(len(requests))]
@@ -107,23 +113,24 @@ class GatewayAction(ActionBase):  # type: ignore[misc]
                 content = file.read()
             text = content.decode()
         except OSError as error:
-            raise AnsibleActionFail(f"{path}: {error.strerror}") from error
+            raise Failure(f"{path}: {error.strerror}") from error
         except UnicodeDecodeError as error:
             line = content.count(b"\n", 0, error.start) + 1
-            raise AnsibleActionFail(f"{path}:{line}: must be UTF-8") from error
+            raise Failure(f"{path}:{line}: must be UTF-8") from error
         if text.startswith("$ANSIBLE_VAULT;"):
-            raise AnsibleActionFail(f"{path}: must not be encrypted\nhint: keep what is secret in variables, see secrets")
+            raise Failure(f"{path}: must not be encrypted\nhint: keep secrets in variables, see secrets")
         return text
 
     def _find(self, src: str) -> str:
         """A relative path is looked up as that of ansible.builtin.copy is."""
         if os.path.isabs(src):
             return src
-        places = [os.path.join(folder, below, src) for folder in self._task.get_search_path() for below in ("files", "")]
+        folders = self._task.get_search_path()
+        places = [os.path.join(folder, below, src) for folder in folders for below in ("files", "")]
         for place in places:
             if os.path.exists(place):
                 return place
-        raise AnsibleActionFail(f"no file {src}, looked for {', '.join(places)}")
+        raise Failure(f"no file {src}, looked for {', '.join(places)}")
 
 
 # --- Options --------------------------------------------------------------------------
@@ -136,7 +143,7 @@ def values_of(option: str, variables: Json) -> Json:
         if getattr(value, "__ENCRYPTED__", False):
             value = str(value)
         if isinstance(value, bool) or not isinstance(value, (int, str)):
-            raise AnsibleActionFail(f"{option}: {name} must be a text or a whole number\nhint: write it in quotes")
+            raise Failure(f"{option}: {name} must be a text or a whole number\nhint: write it in quotes")
         values[str(name)] = value
     return values
 
@@ -159,8 +166,9 @@ def records_in(stdout: str) -> Iterator[Json]:
 
 def check_schema(record: Json) -> None:
     if record["schema"] != SCHEMA:
-        raise AnsibleActionFail(
-            f"vorcfg {record.get('version')} on the gateway has schema {record['schema']}, this collection needs {SCHEMA}"
+        raise Failure(
+            f"vorcfg {record.get('version')} on the gateway has schema {record['schema']}, not {SCHEMA}\n"
+            "hint: this collection and vorcfg must be of one release"
         )
 
 
@@ -223,10 +231,9 @@ def line_of(record: Json, made: dict[int, Json]) -> Json:
 def lists_of(answer: Json, calls: Iterable[Json] = ()) -> Json:
     """The lines by what is known of them, of a plan or of a report, and of calls made just before."""
     made = {call["line"]: call for call in calls}
-    lines = [line for line in of_type(answer, "plan_line") if line["in_file"]] or first(answer, "report").get("lines", [])
-    return {
-        name: [line_of(line, made) for line in lines if line["state"] in states] for name, states in LISTS.items()
-    }
+    lines = [line for line in of_type(answer, "plan_line") if line["in_file"]]
+    lines += first(answer, "report").get("lines", [])
+    return {name: [line_of(line, made) for line in lines if line["state"] in states] for name, states in LISTS.items()}
 
 
 def whose(answer: Json) -> Json:

@@ -72,7 +72,7 @@ class GatewayAction(ActionBase):  # type: ignore[misc]
         """The answers to requests that one vorcfg serve carries out, in their order."""
         lines = "".join(json.dumps({"id": number, **request}) + "\n" for number, request in enumerate(requests))
         ended = self._low_level_execute_command(self._command(given), in_data=lines.encode())
-        answers: Json = {}
+        answers: dict[Any, Json] = {}
         is_there = False
         for record in records_in(ended["stdout"]):
             if record.get("type") == "serve":
@@ -240,5 +240,5 @@ def lists_of(answer: Json, calls: Iterable[Json] = ()) -> Json:
 
 def whose(answer: Json) -> Json:
     """The gateway and its journal."""
-    record = next((each for each in reversed(answer["output"]) if "journal" in each), {})
+    record: Json = next((each for each in reversed(answer["output"]) if "journal" in each), {})
     return {name: record[name] for name in ("gateway", "journal") if name in record}

@@ -77,7 +77,9 @@ ensure_fuzz_packages() {
 
 # Tests that need one of these are left out without it.
 ensure_optional_packages() {
-    ensure_packages zsh:zsh mandoc:mandoc chromium:chromium
+    ensure_packages zsh:zsh mandoc:mandoc chromium:chromium \
+        ansible-core:/usr/bin/ansible-playbook ansible-lint:ansible-lint yamllint:yamllint mypy:/usr/bin/mypy \
+        flake8:/usr/bin/flake8
 }
 
 # For the library alone, on its other targets. armel and 64-bit RISC-V are built when their compilers are there.

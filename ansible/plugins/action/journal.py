@@ -4,8 +4,9 @@
 from __future__ import annotations
 
 import os
-import tempfile
+import time
 
+from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.files import replace
 from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import (
     GATEWAY_OPTIONS,
     Failure,
@@ -23,13 +24,12 @@ class ActionModule(GatewayAction):
         **GATEWAY_OPTIONS,
         "path": {"type": "path", "required": True},
         "state": {"type": "str", "default": "fetched", "choices": ["fetched", "restored"]},
+        "begun_anew": {"type": "bool", "default": False},
     }
 
     def carry_out(self, given: Json) -> Json:
         if not os.path.isabs(given["path"]):
-            raise Failure(
-                f"path must be absolute, not {given['path']!r}\nhint: begin it with {{{{ playbook_dir }}}}/"
-            )
+            raise Failure(f"path must be absolute, not {given['path']!r}\nhint: begin it with {{{{ playbook_dir }}}}/")
         try:
             return self._fetch(given) if given["state"] == "fetched" else self._restore(given)
         except Lost as error:
@@ -39,45 +39,59 @@ class ActionModule(GatewayAction):
 
     def _fetch(self, given: Json) -> Json:
         [fetched] = self.ask(given, {"command": "journal", **self.site_of(given)})
-        if errors_of(fetched):
-            raise Failure("\n".join(errors_of(fetched)))
+        fail_if_refused(fetched)
         path = copy_of(given["path"], fetched)
         text = first(fetched, "journal")["text"].encode()
         copy = content_of(path)
+        result = {"changed": copy != text, "path": path, **whose(fetched)}
         if copy is not None and not continues(text, copy):
-            raise Failure(
-                f"{path}: the journal of the gateway does not continue this copy, which is kept\n"
-                "hint: move it away if the gateway began a new journal on purpose"
-            )
-        if copy != text and not self._task.check_mode:
+            if not given["begun_anew"]:
+                raise Failure(
+                    f"{path}: the journal of the gateway does not continue this copy, which is kept\n"
+                    "hint: begun_anew: true renames the copy, for a gateway that was replaced"
+                )
+            result["renamed"] = path + time.strftime(".%Y-%m-%d.%H%M%S", time.gmtime())
+        if result["changed"] and not self._task.check_mode:
+            if "renamed" in result:
+                os.rename(path, result["renamed"])
             replace(path, text)
-        return {"changed": copy != text, "path": path, **whose(fetched)}
+        return result
 
     def _restore(self, given: Json) -> Json:
         site = self.site_of(given)
         path = given["path"]
-        if os.path.isdir(path) or path.endswith("/"):
+        if is_folder(path):
             [plan] = self.ask(given, {"command": "plan", **site})
-            if errors_of(plan):
-                raise Failure("\n".join(errors_of(plan)))
+            fail_if_refused(plan)
             path = copy_of(path, plan)
-        with open(path, "rb") as file:
-            copy = file.read()
-        steps = [{"command": "journal", **site}]
-        if not self._task.check_mode:
-            steps.append({**steps[0], "text": copy.decode()})
-        there, *put = self.ask(given, *steps)
+        copy = content_of(path)
+        if copy is None:
+            raise Failure(f"{path}: no such copy")
+        fetch = {"command": "journal", **site}
+        put = [] if self._task.check_mode else [{**fetch, "text": copy.decode()}]
+        there, *answers = self.ask(given, fetch, *put)
+        result = {"path": path, **whose(there)}
         journal = first(there, "journal")
-        is_there = bool(journal) and continues(journal["text"].encode(), copy)
-        if put and errors_of(put[0]) and not is_there:
-            raise Failure("\n".join(errors_of(put[0])))
-        return {"changed": not journal, "path": path, **whose(put[0] if put and not is_there else there)}
+        if journal and continues(journal["text"].encode(), copy):
+            return {**result, "changed": False}
+        for answer in answers:
+            fail_if_refused(answer)
+            result.update(whose(answer))
+        return {**result, "changed": True}
+
+
+def fail_if_refused(answer: Json) -> None:
+    if errors_of(answer):
+        raise Failure("\n".join(errors_of(answer)))
+
+
+def is_folder(path: str) -> bool:
+    return os.path.isdir(path) or path.endswith("/")
 
 
 def copy_of(path: str, answer: Json) -> str:
     """In a folder, the copy has the name of the journal."""
-    is_folder = os.path.isdir(path) or path.endswith("/")
-    return os.path.join(path, os.path.basename(whose(answer)["journal"])) if is_folder else path
+    return os.path.join(path, os.path.basename(whose(answer)["journal"])) if is_folder(path) else path
 
 
 def content_of(path: str) -> bytes | None:
@@ -89,21 +103,5 @@ def content_of(path: str) -> bytes | None:
 
 
 def continues(text: bytes, copy: bytes) -> bool:
-    """A journal only grows; a line that was cut off is removed."""
+    """A journal only grows; a last line that was cut off is removed."""
     return text.startswith(copy[: copy.rfind(b"\n") + 1])
-
-
-def replace(path: str, text: bytes) -> None:
-    """All of it or nothing, readable by its owner only."""
-    folder = os.path.dirname(path)
-    os.makedirs(folder, mode=0o700, exist_ok=True)
-    file, name = tempfile.mkstemp(prefix=os.path.basename(path) + ".", dir=folder)
-    try:
-        with os.fdopen(file, "wb") as stream:
-            stream.write(text)
-            stream.flush()
-            os.fsync(stream.fileno())
-        os.replace(name, path)
-    except BaseException:
-        os.unlink(name)
-        raise

@@ -97,7 +97,7 @@ class ActionModule(GatewayAction):
         except (AnsibleConnectionFailure, Lost) as error:
             return self._after_loss(given, plan, str(error).strip())
         calls = of_type(applied, "call")
-        result = {**known_by(planned, calls), "warnings": warnings_of(applied)}
+        result: Json = {**known_by(planned, calls), "warnings": warnings_of(applied)}
         result["changed"] = any(call["outcome"] in MADE for call in calls)
         lines = [line for line in of_type(applied, "plan_line") if line["due"]]
         if self._task.diff:

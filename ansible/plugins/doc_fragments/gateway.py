@@ -9,7 +9,7 @@ options:
     description:
       - The site, a file of vorcfg calls on the controller, see vorcfg-site(7).
         A relative path is looked up as M(ansible.builtin.copy) does.
-      - It is sent as it is. Its variables, C(${NAME}), are those of O(vars) and O(secrets);
+      - It is sent as it is. Its variables, C(${NAME}), are those of I(vars) and I(secrets);
         Jinja in it is not evaluated.
       - Files that it names for secrets, C(@FILE), are on the gateway; name them by absolute paths.
     type: str
@@ -30,7 +30,7 @@ options:
   gateway:
     description:
       - The name of the gateway, and of its journal, where the site does not begin with it (C(gateway tower-${site})).
-      - One of O(src) and O(gateway) is required.
+      - One of I(src) and I(gateway) is required.
     type: str
   journal_dir:
     description:

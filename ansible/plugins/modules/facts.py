@@ -49,9 +49,9 @@ ansible_facts:
           type: str
         state:
           description:
-            - V(accepted), V(partly reverted), V(failed), V(unknown), V(waiting), V(expired) or V(empty),
+            - C(accepted), C(partly reverted), C(failed), C(unknown), C(waiting), C(expired) or C(empty),
               see vorcfg-site(7).
-            - V(missing) if the gateway has no journal.
+            - C(missing) if the gateway has no journal.
           type: str
         settled:
           description: How many settings are in effect.
@@ -63,7 +63,7 @@ ansible_facts:
           description: How many were refused or not delivered, and nothing was accepted before.
           type: int
         left:
-          description: With O(src), how many of its lines are to be made.
+          description: With I(src), how many of its lines are to be made.
           type: int
         confirmation:
           description: What became of the last apply that was to be confirmed, or null.
@@ -75,7 +75,7 @@ ansible_facts:
           description: The user who made it.
           type: str
 settled:
-  description: The settings in effect; with O(src), the lines of the site. As returned by M(device_mgmt.gateway.site).
+  description: The settings in effect; with I(src), the lines of the site. As returned by M(device_mgmt.gateway.site).
   returned: success
   type: list
   elements: dict
@@ -90,7 +90,7 @@ refused:
   type: list
   elements: dict
 left:
-  description: With O(src), lines to be made.
+  description: With I(src), lines to be made.
   returned: success
   type: list
   elements: dict

@@ -21,13 +21,19 @@ options:
     required: true
   state:
     description:
-      - V(fetched) copies the journal of the gateway.
+      - C(fetched) copies the journal of the gateway.
         A copy that the journal does not continue is kept, and the task fails.
-      - V(restored) puts the copy back where the gateway has no journal.
+      - C(restored) puts the copy back where the gateway has no journal.
         Where the gateway's continues it, nothing is done; where it has another one, the task fails.
     type: str
     choices: [fetched, restored]
     default: fetched
+  begun_anew:
+    description:
+      - Rename a copy that the journal does not continue, and fetch the journal, for a gateway that was replaced.
+        The time is appended to the name of the old copy.
+    type: bool
+    default: false
 attributes:
   check_mode:
     description: Compares, and writes nothing.
@@ -56,6 +62,10 @@ RETURN = r"""
 path:
   description: The copy on the controller.
   returned: success
+  type: str
+renamed:
+  description: The new name of the old copy.
+  returned: with I(begun_anew), if it was renamed
   type: str
 gateway:
   description: The gateway that the journal names.

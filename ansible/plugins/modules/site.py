@@ -13,20 +13,20 @@ extends_documentation_fragment: device_mgmt.gateway.gateway
 options:
   state:
     description:
-      - V(present) makes what is left to make; needs O(src).
-      - V(confirmed) confirms what O(confirm) made, so that it stays. Where nothing waits, nothing is done.
-      - V(reverted) reverts it at once. Where the last apply was confirmed, or needed no confirmation, the task fails.
+      - C(present) makes what is left to make; needs I(src).
+      - C(confirmed) confirms what I(confirm) made, so that it stays. Where nothing waits, nothing is done.
+      - C(reverted) reverts it at once. Where the last apply was confirmed, or needed no confirmation, the task fails.
     type: str
     choices: [present, confirmed, reverted]
     default: present
   confirm:
     description:
-      - Revert what is made unless it is confirmed within this time, in seconds or as V(2m).
-      - The lines are returned as RV(waiting), not as RV(settled). Confirm from a new connection
+      - Revert what is made unless it is confirmed within this time, in seconds or as C(2m).
+      - The lines are returned as I(waiting), not as I(settled). Confirm from a new connection
         (C(meta) with C(reset_connection)), which shows that the gateway can still be reached.
     type: str
   only:
-    description: Only the calls of this family, such as V(ip).
+    description: Only the calls of this family, such as C(ip).
     type: str
   all:
     description: Make every line, whatever the journal says, for a gateway that was reset or replaced.
@@ -35,13 +35,13 @@ options:
   unknown:
     description:
       - What becomes of lines without a verdict, for instance because the connection was lost during their call.
-      - V(fail) sends nothing while there is one, V(retry) makes them again.
-      - V(skip) makes the other lines. The task fails nevertheless, because lines are unknown.
+      - C(fail) sends nothing while there is one, C(retry) makes them again.
+      - C(skip) makes the other lines. The task fails nevertheless, because lines are unknown.
     type: str
     choices: [fail, retry, skip]
     default: fail
   accept_permanent:
-    description: With O(confirm), make lines that cannot be reverted, too. Without it, nothing is sent if there are any.
+    description: With I(confirm), make lines that cannot be reverted, too. Without it, nothing is sent if there are any.
     type: bool
     default: false
   resend_secrets:
@@ -105,13 +105,13 @@ journal:
 settled:
   description:
     - Lines that are in effect.
-    - Those that an apply made and that wait to be confirmed are in RV(waiting) of its task. A later task has them here.
+    - Those that an apply made and that wait to be confirmed are in I(waiting) of its task. A later task has them here.
   returned: always
   type: list
   elements: dict
   contains:
     line:
-      description: The number of the line; without O(src), a setting has none.
+      description: The number of the line; without I(src), a setting has none.
       type: int
     call:
       description: Family and call.
@@ -125,8 +125,11 @@ settled:
     verdict:
       description: What became of its last call, in words.
       type: str
+    at:
+      description: When that call was made, in UTC.
+      type: str
     secret:
-      description: Of a line with a secret, V(same), V(changed) or V(not compared).
+      description: Of a line with a secret, C(same), C(changed) or C(not compared).
       type: str
 unknown:
   description: Lines whose outcome is not known.
@@ -149,13 +152,13 @@ left:
   type: list
   elements: dict
 confirmation:
-  description: What became of the last apply with O(confirm); null if there was none.
+  description: What became of the last apply with I(confirm); null if there was none.
   returned: always
   type: dict
   sample: {state: waiting, until: "2026-11-22T20:23:58Z", seconds_left: 60, has_waiter: true, reverted: 0}
 reverted:
   description: Calls that were to be reverted, each with its state and the call before it.
-  returned: with O(state=reverted)
+  returned: with C(state=reverted)
   type: list
   elements: dict
 """

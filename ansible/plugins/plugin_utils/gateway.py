@@ -49,8 +49,9 @@ class GatewayAction(ActionBase):  # type: ignore[misc]
     options: Json = GATEWAY_OPTIONS
 
     def run(self, tmp: None = None, task_vars: Json | None = None) -> Json:
-        result: Json = super().run(task_vars=task_vars)
+        result: Json = {}
         try:
+            result.update(super().run(task_vars=task_vars))
             given: Json = self.validate_argument_spec(self.options, required_one_of=[["src", "gateway"]])[1]
             given["vars"] = values_of("vars", given["vars"])
             given["secrets"] = values_of("secrets", given["secrets"])
@@ -71,7 +72,7 @@ class GatewayAction(ActionBase):  # type: ignore[misc]
         """The answers to requests that one vorcfg serve carries out, in their order."""
         lines = "".join(json.dumps({"id": number, **request}) + "\n" for number, request in enumerate(requests))
         ended = self._low_level_execute_command(self._command(given), in_data=lines.encode())
-        answers: Json = {}
+        answers: dict[Any, Json] = {}
         is_there = False
         for record in records_in(ended["stdout"]):
             if record.get("type") == "serve":
@@ -219,12 +220,13 @@ def confirmation_of(answer: Json) -> Json | None:
 def line_of(record: Json, made: dict[int, Json]) -> Json:
     """A line of a plan or a report, as a task returns it."""
     line = {name: record[name] for name in ("line", "call", "arguments", "state", "secret") if name in record}
-    entry = record.get("open") or record.get("failed") or record.get("current") or {}
-    entry = made.get(record.get("line", 0), entry)
-    if entry.get("call") == record["call"] and "outcome" in entry:
-        line["arguments"] = entry["arguments"]  # with ******** for the secret
-    if record["state"] not in LISTS["left"] and "verdict" in entry:
-        line["verdict"] = entry["verdict"]
+    if record["state"] in LISTS["left"]:
+        return line
+    last = record.get("open") or record.get("failed") or record.get("current") or record
+    line.update({name: last[name] for name in ("verdict", "at") if name in last})
+    if record.get("line") in made:
+        call = made[record["line"]]
+        line.update(arguments=call["arguments"], verdict=call["verdict"])  # with ******** for the secret
     return line
 
 
@@ -238,5 +240,5 @@ def lists_of(answer: Json, calls: Iterable[Json] = ()) -> Json:
 
 def whose(answer: Json) -> Json:
     """The gateway and its journal."""
-    record = next((each for each in reversed(answer["output"]) if "journal" in each), {})
+    record: Json = next((each for each in reversed(answer["output"]) if "journal" in each), {})
     return {name: record[name] for name in ("gateway", "journal") if name in record}

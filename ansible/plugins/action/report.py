@@ -1,4 +1,5 @@
-"""Hand-over sheets and the report of the fleet, written on the controller from what the tasks before have returned."""
+# MIT licence, the device_mgmt authors.
+"""Hand-over sheets and the report of the fleet, written on the controller of what tasks before have returned."""
 
 import csv
 import fcntl
@@ -12,9 +13,10 @@ from typing import Any
 from ansible.errors import AnsibleActionFail
 from ansible.plugins.action import ActionBase
 
-from ansible_collections.device_mgmt.gateway.plugins.action.journal import replace
+from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.files import replace
 from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import LISTS, Json
 
+ESCAPES = str.maketrans({"\\": "\\\\", "|": "\\|", "<": "&lt;"})
 COLUMNS = ["gateway", "state", "settled", "unknown", "refused", "left", "last", "message", "reported"]
 
 
@@ -25,15 +27,16 @@ def cell(text: Any) -> str:
 
 
 def totals_of(known: Json) -> Json:
-    return known["ansible_facts"]["device_mgmt"] if "ansible_facts" in known else {}
+    totals: Json = known["ansible_facts"]["device_mgmt"] if "ansible_facts" in known else {}
+    return totals
 
 
 def sheet_of(name: str, outcome: Json, time: str) -> str:
     """A hand-over sheet, in Markdown."""
 
     def row(*cells: Any) -> str:
-        texts = [" ".join(str(cell).split()).replace("\\", "\\\\").replace("|", "\\|").replace("<", "&lt;") for cell in cells]
-        return f"| {' | '.join(texts)} |"
+        texts = (" ".join(str(cell).split()) for cell in cells)
+        return f"| {' | '.join(text.translate(ESCAPES) for text in texts)} |"
 
     known = outcome["known"]
     totals = totals_of(known)
@@ -41,11 +44,16 @@ def sheet_of(name: str, outcome: Json, time: str) -> str:
     lines = [f"# {totals.get('gateway', name)}", "", f"{outcome['state'].capitalize()}, as of {time}{made}.", ""]
     lines += ["These settings were sent to the gateway. Its current values cannot be read back.", ""]
     lines += [row("line", "setting", "values", "outcome"), "|---|---|---|---|"]
-    settings = [line for state in LISTS for line in known[state]]
-    for line in sorted(settings, key=lambda line: line.get("line", 0)):
-        values = [f"{key} {shown(value)}" for key, value in line["arguments"].items()] + ["a secret"] * ("secret" in line)
+    for line in sorted((line for state in LISTS for line in known[state]), key=number_of):
+        values = [f"{key} {shown(value)}" for key, value in line["arguments"].items()]
+        values += ["a secret"] if "secret" in line else []
         lines.append(row(line.get("line", ""), line["call"], ", ".join(values), line.get("verdict", line["state"])))
     return "\n".join(lines) + "\n"
+
+
+def number_of(line: Json) -> int:
+    number: int = line.get("line", 0)
+    return number
 
 
 def shown(value: Any) -> str:
@@ -63,7 +71,8 @@ def update(folder: Path, gateways: dict[str, Json]) -> dict[str, int]:
         fcntl.flock(lock, fcntl.LOCK_EX)  # another run may report other gateways
         rows = {}
         if table.exists():
-            rows = {row["gateway"]: row for row in csv.DictReader(io.StringIO(table.read_text(encoding="utf-8"), newline=""))}
+            with open(table, encoding="utf-8", newline="") as stream:
+                rows = {row["gateway"]: row for row in csv.DictReader(stream)}
         for name, outcome in gateways.items():
             known = outcome.get("known") or {}
             if "ansible_facts" in known:

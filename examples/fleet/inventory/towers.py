@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 """The inventory of the towers: a gateway for each row of towers.csv, which any spreadsheet writes.
 
-Every cell is text, in the variable `tower`: tower.lan is that of the column lan. Ansible does not look for templates in it.
-The columns gateway and address are required; region makes groups, and "yes" in canary puts a gateway into the group canaries.
+Each cell is text, in the variable `tower`: tower.lan is that of the column lan. It is never taken for a template.
+The columns gateway and address are needed. A region is a group, and "yes" as canary is one: canaries.
 """
 
 import csv
@@ -17,14 +17,16 @@ def rows_of(sheet: Path) -> list[dict[str, str]]:
     """The rows with anything in them, by the names of the columns."""
     text = sheet.read_text(encoding="utf-8-sig")
     first = text.partition("\n")[0]
-    rows = csv.reader(text.splitlines(keepends=True), delimiter=";" if first.count(";") > first.count(",") else ",", strict=True)
+    comma = ";" if first.count(";") > first.count(",") else ","
+    rows = csv.reader(text.splitlines(keepends=True), delimiter=comma, strict=True)
     columns = [column.strip() for column in next(rows, [])]
     found: list[dict[str, str]] = []
     for cells in rows:
         if not any(cells):
             continue
         if len(cells) != len(columns):
-            raise ValueError(f"line {rows.line_num}: as many cells as the first line expected, {len(columns)}, not {len(cells)}")
+            wanted = f"{len(columns)} cells expected, as in the first line"
+            raise ValueError(f"line {rows.line_num}: {wanted}, not {len(cells)}")
         found.append(dict(zip(columns, cells)))
     return found
 

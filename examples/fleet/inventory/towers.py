@@ -55,7 +55,9 @@ def main() -> None:
     sheet = Path(os.environ.get("TOWERS") or Path(__file__).parents[1] / "towers.csv")
     try:
         json.dump(inventory_of(rows_of(sheet)), sys.stdout)
-    except (OSError, ValueError, csv.Error) as error:
+    except OSError as error:
+        sys.exit(f"{sheet}: {error.strerror}")
+    except (ValueError, csv.Error) as error:
         sys.exit(f"{sheet}: {error}")
     except KeyError as error:
         sys.exit(f"{sheet}: a column {error} expected")

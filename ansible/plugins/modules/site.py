@@ -103,9 +103,7 @@ journal:
   returned: always
   type: str
 settled:
-  description:
-    - Lines that are in effect.
-    - Those that an apply made and that wait to be confirmed are in I(waiting) of its task. A later task has them here.
+  description: Lines that are in effect.
   returned: always
   type: list
   elements: dict
@@ -117,7 +115,7 @@ settled:
       description: Family and call.
       type: str
     arguments:
-      description: Their values by their names; a secret is left out, or C(********).
+      description: Their values by their names; a secret is left out.
       type: dict
     state:
       description: What is known of it, as in a plan, see vorcfg-site(7).
@@ -142,7 +140,7 @@ refused:
   type: list
   elements: dict
 waiting:
-  description: Lines that this task made and that are to be confirmed.
+  description: Lines that are in effect until they are confirmed or reverted.
   returned: always
   type: list
   elements: dict

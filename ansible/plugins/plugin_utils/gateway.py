@@ -6,7 +6,7 @@ from __future__ import annotations
 import json
 import os
 import shlex
-from collections.abc import Iterable, Iterator
+from collections.abc import Iterator
 from typing import Any
 
 from ansible.errors import AnsibleActionFail
@@ -39,7 +39,7 @@ class Failure(Exception):
     """Why the task fails: sentences on lines of their own."""
 
 
-class Lost(Exception):
+class Lost(Failure):
     """vorcfg began, but there is no answer from it."""
 
 
@@ -137,15 +137,13 @@ class GatewayAction(ActionBase):  # type: ignore[misc]
 # --- Options --------------------------------------------------------------------------
 
 
-def values_of(option: str, variables: Json) -> Json:
+def values_of(option: str, variables: Json | None) -> Json:
     """Variables as vorcfg takes them: whole numbers and texts, those of a vault in plain text."""
     values: Json = {}
-    for name, value in variables.items():
-        if getattr(value, "__ENCRYPTED__", False):
-            value = str(value)
-        if isinstance(value, bool) or not isinstance(value, (int, str)):
+    for name, value in (variables or {}).items():
+        if value is None or isinstance(value, (bool, float, list, dict)):
             raise Failure(f"{option}: {name} must be a text or a whole number\nhint: write it in quotes")
-        values[str(name)] = value
+        values[str(name)] = value if isinstance(value, int) else str(value)  # that of a vault is decrypted
     return values
 
 
@@ -210,35 +208,43 @@ def warnings_of(answer: Json) -> list[str]:
     return [place_of(warning) + warning["text"] for warning in of_type(answer, "warning")]
 
 
+def last_apply(answer: Json) -> Json:
+    """What became of the last confirmed apply, if there was one."""
+    return first(answer, "confirmation") or first(answer, "report").get("confirmation", {})
+
+
 def confirmation_of(answer: Json) -> Json | None:
-    """What became of the last confirmed apply, without what belongs to a command line."""
-    found = first(answer, "confirmation") or first(answer, "report").get("confirmation")
+    """The same as a task returns it, without what belongs to a command line."""
+    found = last_apply(answer)
     names = ("state", "until", "seconds_left", "has_waiter", "reverted", "not_reverted", "lines_not_reverted")
-    return {name: found[name] for name in names if name in found} if found else None
+    return {name: found[name] for name in names if name in found} or None
 
 
-def line_of(record: Json, made: dict[int, Json]) -> Json:
+def line_of(record: Json) -> Json:
     """A line of a plan or a report, as a task returns it."""
     line = {name: record[name] for name in ("line", "call", "arguments", "state", "secret") if name in record}
-    if record["state"] in LISTS["left"]:
-        return line
     last = record.get("open") or record.get("failed") or record.get("current") or record
-    line.update({name: last[name] for name in ("verdict", "at") if name in last})
-    if record.get("line") in made:
-        call = made[record["line"]]
-        line.update(arguments=call["arguments"], verdict=call["verdict"])  # with ******** for the secret
+    if record["state"] not in LISTS["left"]:
+        line.update({name: last[name] for name in ("verdict", "at") if name in last})
     return line
-
-
-def lists_of(answer: Json, calls: Iterable[Json] = ()) -> Json:
-    """The lines by what is known of them, of a plan or of a report, and of calls made just before."""
-    made = {call["line"]: call for call in calls}
-    lines = [line for line in of_type(answer, "plan_line") if line["in_file"]]
-    lines += first(answer, "report").get("lines", [])
-    return {name: [line_of(line, made) for line in lines if line["state"] in states] for name, states in LISTS.items()}
 
 
 def whose(answer: Json) -> Json:
     """The gateway and its journal."""
     record: Json = next((each for each in reversed(answer["output"]) if "journal" in each), {})
     return {name: record[name] for name in ("gateway", "journal") if name in record}
+
+
+def known_by(answer: Json) -> Json:
+    """The gateway, its journal and the lines by what is known of them, from a plan or a report."""
+    result = whose(answer)
+    lines = [line for line in of_type(answer, "plan_line") if line["in_file"]]
+    lines += first(answer, "report").get("lines", [])
+    for name, states in LISTS.items():
+        result[name] = [line_of(line) for line in lines if line["state"] in states]
+    open_calls = [(call["call"], call["arguments"]) for call in last_apply(answer).get("calls", [])]
+    settled = result["settled"]
+    result["waiting"] = [line for line in settled if (line["call"], line["arguments"]) in open_calls]
+    result["settled"] = [line for line in settled if line not in result["waiting"]]
+    result["confirmation"] = confirmation_of(answer)
+    return result

@@ -78,7 +78,9 @@ class ActionModule(GatewayAction):
             problems = problems or left_unknown(given, result)
         if problems:
             return failure(result, problems)
-        return {**result, "msg": summary(given, {"to make": len(due), "up to date": len(result["settled"])})}
+        expired = ", after the last apply, which has expired, was reverted" * (state_of(result["confirmation"]) == "expired")
+        counts = {"to make": len(due), "up to date": len(result["settled"]) + len(result["waiting"])}
+        return {**result, "msg": summary(given, counts) + expired}
 
     def _apply(self, given: Json) -> Json:
         selection = self._selection(given)
@@ -147,7 +149,8 @@ class ActionModule(GatewayAction):
         if state in UNDECIDED and decided:
             return self._decided(given, result, decided[0])
         if state in UNDECIDED:
-            return {**result, "changed": True, "msg": f"the last apply is {state}, it would be {given['state']}"}
+            known = "waits" if state == "waiting" else "has expired"
+            return {**result, "changed": True, "msg": f"the last apply {known}, it would be {given['state']}"}
         result["confirmation"] = confirmation_of(before)
         if state == given["state"]:
             return {**result, "msg": f"{state} before"}

@@ -127,7 +127,7 @@ settled:
       description: When that call was made, in UTC.
       type: str
     secret:
-      description: Of a line with a secret, C(same), C(changed) or C(not compared).
+      description: Of a line with a secret, C(same), C(changed) or C(not compared); without I(src), only C(true).
       type: str
 unknown:
   description: Lines whose outcome is not known.

@@ -78,9 +78,10 @@ class ActionModule(GatewayAction):
             problems = problems or left_unknown(given, result)
         if problems:
             return failure(result, problems)
-        expired = ", after the last apply, which has expired, was reverted" * (state_of(result["confirmation"]) == "expired")
         counts = {"to make": len(due), "up to date": len(result["settled"]) + len(result["waiting"])}
-        return {**result, "msg": summary(given, counts) + expired}
+        has_expired = state_of(result["confirmation"]) == "expired"
+        note = ", once the last apply, which has expired, is reverted" if has_expired else ""
+        return {**result, "msg": summary(given, counts) + note}
 
     def _apply(self, given: Json) -> Json:
         selection = self._selection(given)

@@ -53,6 +53,7 @@ class GatewayAction(ActionBase):  # type: ignore[misc]
         try:
             result.update(super().run(task_vars=task_vars))
             given: Json = self.validate_argument_spec(self.options, required_one_of=[["src", "gateway"]])[1]
+            given["folders"] = [*self._task.get_search_path(), (task_vars or {}).get("playbook_dir", "")]
             given["vars"] = values_of("vars", given["vars"])
             given["secrets"] = values_of("secrets", given["secrets"])
             if not given["journal_dir"].startswith("/"):
@@ -101,40 +102,40 @@ class GatewayAction(ActionBase):  # type: ignore[misc]
         """The members of a request that say which site and which journal it is about."""
         site: Json = {"site": "", "journal": given["journal_dir"].rstrip("/") + "/"}
         if given["src"] is not None:
-            site.update(site=self._text_of(given["src"]), file=os.path.basename(given["src"]))
+            site.update(site=text_of(given), file=os.path.basename(given["src"]))
             site.update({name: given[name] for name in ("vars", "secrets", "allow_unused")})
         if given["gateway"] is not None:
             site["gateway"] = given["gateway"]
         return site
 
-    def _text_of(self, src: str) -> str:
-        path = self._find(os.path.expanduser(src))
-        try:
-            with open(path, "rb") as file:
-                content = file.read()
-            text = content.decode()
-        except OSError as error:
-            raise Failure(f"{path}: {error.strerror}") from error
-        except UnicodeDecodeError as error:
-            line = content.count(b"\n", 0, error.start) + 1
-            raise Failure(f"{path}:{line}: must be UTF-8") from error
-        if text.startswith("$ANSIBLE_VAULT;"):
-            raise Failure(f"{path}: must not be encrypted\nhint: keep secrets in variables, see secrets")
-        return text
-
-    def _find(self, src: str) -> str:
-        """A relative path is looked up as that of ansible.builtin.copy is."""
-        if os.path.isabs(src):
-            return src
-        folders = self._task.get_search_path()
-        places = [os.path.join(folder, below, src) for folder in folders for below in ("files", "")]
-        for place in places:
-            if os.path.exists(place):
-                return place
-        raise Failure(f"no file {src}, looked for {', '.join(places)}")
-
 
 # --- Options --------------------------------------------------------------------------
+
+
+def text_of(given: Json) -> str:
+    path = place_of_src(given)
+    try:
+        with open(path, "rb") as file:
+            content = file.read()
+        text = content.decode()
+    except OSError as error:
+        raise Failure(f"{path}: {error.strerror}") from error
+    except UnicodeDecodeError as error:
+        line = content.count(b"\n", 0, error.start) + 1
+        raise Failure(f"{path}:{line}: must be UTF-8") from error
+    if text.startswith("$ANSIBLE_VAULT;"):
+        raise Failure(f"{path}: must not be encrypted\nhint: keep secrets in variables, see secrets")
+    return text
+
+
+def place_of_src(given: Json) -> str:
+    """A relative path is looked up as that of ansible.builtin.copy is."""
+    src = os.path.expanduser(given["src"])
+    places = [os.path.join(folder, below, src) for folder in given["folders"] for below in ("files", "")]
+    for place in places:
+        if os.path.exists(place):
+            return place
+    raise Failure(f"no such file: {', '.join(dict.fromkeys(places))}")
 
 
 def values_of(option: str, variables: Json | None) -> Json:

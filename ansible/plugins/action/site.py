@@ -154,9 +154,9 @@ class ActionModule(GatewayAction):
             return {**result, "changed": True, "msg": f"the last apply {known}, it would be {given['state']}"}
         result["confirmation"] = confirmation_of(before)
         if state == given["state"]:
-            return {**result, "msg": f"{state} before"}
+            return unless_unknown(given, {**result, "msg": f"{state} before"})
         if state is None and given["state"] == "confirmed":
-            return {**result, "msg": "nothing waits to be confirmed"}
+            return unless_unknown(given, {**result, "msg": "nothing waits to be confirmed"})
         return failure(result, [f"the last apply was {state}" if state else "the last apply was not to be confirmed"])
 
     def _decided(self, given: Json, result: Json, answer: Json) -> Json:
@@ -166,7 +166,7 @@ class ActionModule(GatewayAction):
         state = state_of(result["confirmation"])
         result["changed"] = state == given["state"] or any(line["state"] == "reverted" for line in undone)
         if answer["exit"] == EXIT_OK:
-            return {**result, "msg": given["state"]}
+            return unless_unknown(given, {**result, "msg": given["state"]})
         kept = [place_of(line) + line["obstacle"] for line in undone if "obstacle" in line]
         return failure(result, errors_of(answer) + kept or [f"the last apply is {state}"])
 
@@ -206,9 +206,13 @@ def obstacles(given: Json, result: Json, due: list[Json]) -> list[str]:
 
 
 def left_unknown(given: Json, result: Json) -> list[str]:
-    file = os.path.basename(given["src"])
-    lines = [f"{file}:{line['line']}: {line['call']}: {line.get('verdict', NO_VERDICT)}" for line in result["unknown"]]
+    at_file = {"file": os.path.basename(given["src"] or "")}
+    lines = [place_of({**at_file, **line}) + line.get("verdict", NO_VERDICT) for line in result["unknown"]]
     return [*lines, HINT_UNKNOWN] if lines else []
+
+
+def unless_unknown(given: Json, result: Json) -> Json:
+    return failure(result, [result["msg"], *left_unknown(given, result)]) if result["unknown"] else result
 
 
 def not_confirmed(result: Json) -> list[str]:

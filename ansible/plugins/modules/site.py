@@ -7,6 +7,7 @@ short_description: Apply a site to a gateway
 description:
   - Makes the calls of a site that its gateway has not accepted yet, by the gateway's own C(vorcfg serve).
   - The task fails if a line is refused, not delivered, unknown or left, and if an apply waits that was made before.
+    With any I(state), it fails while a line is unknown.
 version_added: 1.0.0
 author: the device_mgmt authors
 extends_documentation_fragment: device_mgmt.gateway.gateway

@@ -7,11 +7,9 @@ from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import
     Failure,
     GatewayAction,
     Json,
-    Lost,
-    confirmation_of,
     errors_of,
     first,
-    lists_of,
+    known_by,
     of_type,
     whose,
 )
@@ -21,28 +19,22 @@ class ActionModule(GatewayAction):
     def carry_out(self, given: Json) -> Json:
         site = self.site_of(given)
         folder = {"command": "report", "journal": site["journal"]}
-        try:
-            plan, report, all_sites = self.ask(
-                given, {"command": "plan", **site}, {"command": "report", **site}, folder
-            )
-        except Lost as error:
-            raise Failure(str(error)) from error
+        plan, report, all_sites = self.ask(given, {"command": "plan", **site}, {"command": "report", **site}, folder)
         if errors_of(plan):
             raise Failure("\n".join(errors_of(plan)))
-        totals = first(plan, "plan")
-        sheet = first(report, "report")
-        line = next((each for each in of_type(all_sites, "site") if each["journal"] == totals["journal"]), None)
-        if line is not None and not sheet:
+        journal = whose(plan)["journal"]
+        line = next((each for each in of_type(all_sites, "site") if each["journal"] == journal), None)
+        if line is not None and errors_of(report):
             raise Failure("\n".join(errors_of(report)))
+        recorded = known_by(report)
         facts: Json = {
             **whose(plan),
             "state": line["state"] if line else "missing",
-            "settled": sheet.get("settled", 0),
-            "unknown": sheet.get("unknown", 0),
-            "refused": sheet.get("failed", 0),
-            "confirmation": confirmation_of(report),
+            **{name: len(recorded[name]) for name in ("settled", "waiting", "unknown", "refused")},
+            "confirmation": recorded["confirmation"],
             **{name: line[name] for name in ("last", "by") if line and name in line},
         }
-        if given["src"] is not None:
-            facts["left"] = totals["due"]
-        return {"changed": False, "ansible_facts": {"device_mgmt": facts}, **lists_of(plan if given["src"] else report)}
+        if given["src"] is None:
+            return {"changed": False, "ansible_facts": {"device_mgmt": facts}, **recorded}
+        facts["left"] = first(plan, "plan")["due"]
+        return {"changed": False, "ansible_facts": {"device_mgmt": facts}, **known_by(plan)}

@@ -12,7 +12,6 @@ from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import
     Failure,
     GatewayAction,
     Json,
-    Lost,
     errors_of,
     first,
     whose,
@@ -32,8 +31,6 @@ class ActionModule(GatewayAction):
             raise Failure(f"path must be absolute, not {given['path']!r}\nhint: begin it with {{{{ playbook_dir }}}}/")
         try:
             return self._fetch(given) if given["state"] == "fetched" else self._restore(given)
-        except Lost as error:
-            raise Failure(str(error)) from error
         except OSError as error:
             raise Failure(f"{error.filename}: {error.strerror}") from error
 

@@ -5,7 +5,6 @@ from __future__ import annotations
 
 import os
 from collections import Counter
-from collections.abc import Iterable
 
 from ansible.errors import AnsibleAuthenticationFailure, AnsibleConnectionFailure
 
@@ -19,11 +18,10 @@ from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import
     confirmation_of,
     errors_of,
     first,
-    lists_of,
+    known_by,
     of_type,
     place_of,
     warnings_of,
-    whose,
 )
 
 EXIT_OK = 0
@@ -61,7 +59,7 @@ class ActionModule(GatewayAction):
     # --- present ----------------------------------------------------------------------
 
     def _selection(self, given: Json) -> Json:
-        only = {"only": given["only"]} if given["only"] else {}
+        only = {"only": given["only"]} if given["only"] is not None else {}
         return {**self.site_of(given), **only}
 
     def _preview(self, given: Json) -> Json:
@@ -80,12 +78,15 @@ class ActionModule(GatewayAction):
             problems = problems or left_unknown(given, result)
         if problems:
             return failure(result, problems)
-        return {**result, "msg": summary(given, {"to make": len(due), "up to date": len(result["settled"])})}
+        counts = {"to make": len(due), "up to date": len(result["settled"]) + len(result["waiting"])}
+        has_expired = state_of(result["confirmation"]) == "expired"
+        note = ", once the last apply, which has expired, is reverted" if has_expired else ""
+        return {**result, "msg": summary(given, counts) + note}
 
     def _apply(self, given: Json) -> Json:
         selection = self._selection(given)
         apply: Json = {"command": "apply", **selection, **again(given), "yes": given["accept_permanent"]}
-        if given["confirm"]:
+        if given["confirm"] is not None:
             apply["confirm"] = given["confirm"]
         if given["unknown"] != "fail":
             apply[given["unknown"] + "_unknown"] = True
@@ -97,7 +98,7 @@ class ActionModule(GatewayAction):
         except (AnsibleConnectionFailure, Lost) as error:
             return self._after_loss(given, plan, str(error).strip())
         calls = of_type(applied, "call")
-        result: Json = {**known_by(planned, calls), "warnings": warnings_of(applied)}
+        result: Json = {**known_by(planned), "warnings": warnings_of(applied)}
         result["changed"] = any(call["outcome"] in MADE for call in calls)
         lines = [line for line in of_type(applied, "plan_line") if line["due"]]
         if self._task.diff:
@@ -108,11 +109,15 @@ class ActionModule(GatewayAction):
             until = f", to be confirmed before {result['confirmation']['until']}" if result["waiting"] else ""
             return {**result, "msg": summary(given, counts) + until}
         if not calls:
-            is_journal = applied["exit"] == EXIT_JOURNAL and state_of(result["confirmation"]) != "waiting"
-            blocked = errors_of(applied) if is_journal else obstacles(given, result, lines)
-            return failure(result, blocked or errors_of(applied) or left_unknown(given, result))
+            return failure(result, self._blocked(given, applied, result, lines))
         problems = [place_of(call) + call["verdict"] for call in calls if call["exit"] != EXIT_OK]
         return failure(result, problems + errors_of(applied) + left_unknown(given, result) + not_confirmed(result))
+
+    def _blocked(self, given: Json, applied: Json, result: Json, lines: list[Json]) -> list[str]:
+        """Why no call was made."""
+        if applied["exit"] == EXIT_JOURNAL:
+            return errors_of(applied) + [HINT_WAITING] * (state_of(result["confirmation"]) in UNDECIDED)
+        return obstacles(given, result, lines) or errors_of(applied) or left_unknown(given, result)
 
     def _after_loss(self, given: Json, plan: Json, reason: str) -> Json:
         """What the journal knows of an apply that did not answer."""
@@ -145,12 +150,13 @@ class ActionModule(GatewayAction):
         if state in UNDECIDED and decided:
             return self._decided(given, result, decided[0])
         if state in UNDECIDED:
-            return {**result, "changed": True, "msg": f"the last apply is {state}, it would be {given['state']}"}
+            known = "waits" if state == "waiting" else "has expired"
+            return {**result, "changed": True, "msg": f"the last apply {known}, it would be {given['state']}"}
         result["confirmation"] = confirmation_of(before)
         if state == given["state"]:
-            return {**result, "msg": f"{state} before"}
+            return unless_unknown(given, {**result, "msg": f"{state} before"})
         if state is None and given["state"] == "confirmed":
-            return {**result, "msg": "nothing waits to be confirmed"}
+            return unless_unknown(given, {**result, "msg": "nothing waits to be confirmed"})
         return failure(result, [f"the last apply was {state}" if state else "the last apply was not to be confirmed"])
 
     def _decided(self, given: Json, result: Json, answer: Json) -> Json:
@@ -160,7 +166,7 @@ class ActionModule(GatewayAction):
         state = state_of(result["confirmation"])
         result["changed"] = state == given["state"] or any(line["state"] == "reverted" for line in undone)
         if answer["exit"] == EXIT_OK:
-            return {**result, "msg": given["state"]}
+            return unless_unknown(given, {**result, "msg": given["state"]})
         kept = [place_of(line) + line["obstacle"] for line in undone if "obstacle" in line]
         return failure(result, errors_of(answer) + kept or [f"the last apply is {state}"])
 
@@ -176,22 +182,13 @@ def state_of(confirmation: Json | None) -> str | None:
     return confirmation["state"] if confirmation else None
 
 
-def known_by(answer: Json, calls: Iterable[Json] = ()) -> Json:
-    """What a plan or a report knows of the site, after these calls."""
-    result: Json = {**whose(answer), **lists_of(answer, calls), "confirmation": confirmation_of(answer)}
-    is_open = state_of(result["confirmation"]) in UNDECIDED
-    waiting = {call["line"] for call in calls} if is_open else set()
-    result["waiting"] = [line for line in result["settled"] if line.get("line") in waiting]
-    result["settled"] = [line for line in result["settled"] if line.get("line") not in waiting]
-    return result
-
-
 # --- Texts ----------------------------------------------------------------------------
 
 
 def failure(result: Json, problems: list[str]) -> Json:
     hints = dict.fromkeys(problem for problem in problems if problem.startswith("hint: "))
     said = dict.fromkeys(problem for problem in problems if problem not in hints)
+    said = said or {"not every line is in effect": None}
     return {**result, "failed": True, "msg": "\n".join([*said, *hints])}
 
 
@@ -202,16 +199,20 @@ def obstacles(given: Json, result: Json, due: list[Json]) -> list[str]:
     if given["unknown"] == "fail" and result["unknown"]:
         return left_unknown(given, result)
     permanent = [str(line["line"]) for line in due if line.get("cannot_be_reverted")]
-    if permanent and given["confirm"] and not given["accept_permanent"]:
+    if permanent and given["confirm"] is not None and not given["accept_permanent"]:
         what = f"line{'s' if len(permanent) > 1 else ''} {', '.join(permanent)}"
         return [f"{due[0]['file']}: {what} cannot be reverted; nothing was sent", HINT_PERMANENT]
     return []
 
 
 def left_unknown(given: Json, result: Json) -> list[str]:
-    file = os.path.basename(given["src"])
-    lines = [f"{file}:{line['line']}: {line['call']}: {line.get('verdict', NO_VERDICT)}" for line in result["unknown"]]
+    at_file = {"file": os.path.basename(given["src"] or "")}
+    lines = [place_of({**at_file, **line}) + line.get("verdict", NO_VERDICT) for line in result["unknown"]]
     return [*lines, HINT_UNKNOWN] if lines else []
+
+
+def unless_unknown(given: Json, result: Json) -> Json:
+    return failure(result, [result["msg"], *left_unknown(given, result)]) if result["unknown"] else result
 
 
 def not_confirmed(result: Json) -> list[str]:

@@ -56,11 +56,14 @@ ansible_facts:
         settled:
           description: How many settings are in effect.
           type: int
+        waiting:
+          description: How many are in effect until they are confirmed or reverted.
+          type: int
         unknown:
           description: How many are unknown.
           type: int
         refused:
-          description: How many were refused or not delivered, and nothing was accepted before.
+          description: How many were refused or not delivered, and were never accepted.
           type: int
         left:
           description: With I(src), how many of its lines are to be made.
@@ -76,6 +79,11 @@ ansible_facts:
           type: str
 settled:
   description: The settings in effect; with I(src), the lines of the site. As returned by M(device_mgmt.gateway.site).
+  returned: success
+  type: list
+  elements: dict
+waiting:
+  description: Those that are to be confirmed.
   returned: success
   type: list
   elements: dict

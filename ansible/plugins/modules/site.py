@@ -7,6 +7,7 @@ short_description: Apply a site to a gateway
 description:
   - Makes the calls of a site that its gateway has not accepted yet, by the gateway's own C(vorcfg serve).
   - The task fails if a line is refused, not delivered, unknown or left, and if an apply waits that was made before.
+    With any I(state), it fails while a line is unknown.
 version_added: 1.0.0
 author: the device_mgmt authors
 extends_documentation_fragment: device_mgmt.gateway.gateway
@@ -103,9 +104,7 @@ journal:
   returned: always
   type: str
 settled:
-  description:
-    - Lines that are in effect.
-    - Those that an apply made and that wait to be confirmed are in I(waiting) of its task. A later task has them here.
+  description: Lines that are in effect.
   returned: always
   type: list
   elements: dict
@@ -117,7 +116,7 @@ settled:
       description: Family and call.
       type: str
     arguments:
-      description: Their values by their names; a secret is left out, or C(********).
+      description: Their values by their names; a secret is left out.
       type: dict
     state:
       description: What is known of it, as in a plan, see vorcfg-site(7).
@@ -129,7 +128,7 @@ settled:
       description: When that call was made, in UTC.
       type: str
     secret:
-      description: Of a line with a secret, C(same), C(changed) or C(not compared).
+      description: Of a line with a secret, C(same), C(changed) or C(not compared); without I(src), only C(true).
       type: str
 unknown:
   description: Lines whose outcome is not known.
@@ -142,7 +141,7 @@ refused:
   type: list
   elements: dict
 waiting:
-  description: Lines that this task made and that are to be confirmed.
+  description: Lines that are in effect until they are confirmed or reverted.
   returned: always
   type: list
   elements: dict

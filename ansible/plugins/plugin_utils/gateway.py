@@ -6,7 +6,7 @@ from __future__ import annotations
 import json
 import os
 import shlex
-from collections.abc import Iterable, Iterator
+from collections.abc import Iterator
 from typing import Any
 
 from ansible.errors import AnsibleActionFail
@@ -39,7 +39,7 @@ class Failure(Exception):
     """Why the task fails: sentences on lines of their own."""
 
 
-class Lost(Exception):
+class Lost(Failure):
     """vorcfg began, but there is no answer from it."""
 
 
@@ -53,6 +53,7 @@ class GatewayAction(ActionBase):  # type: ignore[misc]
         try:
             result.update(super().run(task_vars=task_vars))
             given: Json = self.validate_argument_spec(self.options, required_one_of=[["src", "gateway"]])[1]
+            given["folders"] = [*self._task.get_search_path(), (task_vars or {}).get("playbook_dir", "")]
             given["vars"] = values_of("vars", given["vars"])
             given["secrets"] = values_of("secrets", given["secrets"])
             if not given["journal_dir"].startswith("/"):
@@ -101,51 +102,49 @@ class GatewayAction(ActionBase):  # type: ignore[misc]
         """The members of a request that say which site and which journal it is about."""
         site: Json = {"site": "", "journal": given["journal_dir"].rstrip("/") + "/"}
         if given["src"] is not None:
-            site.update(site=self._text_of(given["src"]), file=os.path.basename(given["src"]))
+            site.update(site=text_of(given), file=os.path.basename(given["src"]))
             site.update({name: given[name] for name in ("vars", "secrets", "allow_unused")})
         if given["gateway"] is not None:
             site["gateway"] = given["gateway"]
         return site
 
-    def _text_of(self, src: str) -> str:
-        path = self._find(os.path.expanduser(src))
-        try:
-            with open(path, "rb") as file:
-                content = file.read()
-            text = content.decode()
-        except OSError as error:
-            raise Failure(f"{path}: {error.strerror}") from error
-        except UnicodeDecodeError as error:
-            line = content.count(b"\n", 0, error.start) + 1
-            raise Failure(f"{path}:{line}: must be UTF-8") from error
-        if text.startswith("$ANSIBLE_VAULT;"):
-            raise Failure(f"{path}: must not be encrypted\nhint: keep secrets in variables, see secrets")
-        return text
-
-    def _find(self, src: str) -> str:
-        """A relative path is looked up as that of ansible.builtin.copy is."""
-        if os.path.isabs(src):
-            return src
-        folders = self._task.get_search_path()
-        places = [os.path.join(folder, below, src) for folder in folders for below in ("files", "")]
-        for place in places:
-            if os.path.exists(place):
-                return place
-        raise Failure(f"no file {src}, looked for {', '.join(places)}")
-
 
 # --- Options --------------------------------------------------------------------------
 
 
-def values_of(option: str, variables: Json) -> Json:
+def text_of(given: Json) -> str:
+    path = place_of_src(given)
+    try:
+        with open(path, "rb") as file:
+            content = file.read()
+        text = content.decode()
+    except OSError as error:
+        raise Failure(f"{path}: {error.strerror}") from error
+    except UnicodeDecodeError as error:
+        line = content.count(b"\n", 0, error.start) + 1
+        raise Failure(f"{path}:{line}: must be UTF-8") from error
+    if text.startswith("$ANSIBLE_VAULT;"):
+        raise Failure(f"{path}: must not be encrypted\nhint: keep secrets in variables, see secrets")
+    return text
+
+
+def place_of_src(given: Json) -> str:
+    """A relative path is looked up as that of ansible.builtin.copy is."""
+    src = os.path.expanduser(given["src"])
+    places = [os.path.join(folder, below, src) for folder in given["folders"] for below in ("files", "")]
+    for place in places:
+        if os.path.exists(place):
+            return place
+    raise Failure(f"no such file: {', '.join(dict.fromkeys(places))}")
+
+
+def values_of(option: str, variables: Json | None) -> Json:
     """Variables as vorcfg takes them: whole numbers and texts, those of a vault in plain text."""
     values: Json = {}
-    for name, value in variables.items():
-        if getattr(value, "__ENCRYPTED__", False):
-            value = str(value)
-        if isinstance(value, bool) or not isinstance(value, (int, str)):
+    for name, value in (variables or {}).items():
+        if value is None or isinstance(value, (bool, float, list, dict)):
             raise Failure(f"{option}: {name} must be a text or a whole number\nhint: write it in quotes")
-        values[str(name)] = value
+        values[str(name)] = value if isinstance(value, int) else str(value)  # that of a vault is decrypted
     return values
 
 
@@ -210,35 +209,43 @@ def warnings_of(answer: Json) -> list[str]:
     return [place_of(warning) + warning["text"] for warning in of_type(answer, "warning")]
 
 
+def last_apply(answer: Json) -> Json:
+    """What became of the last confirmed apply, if there was one."""
+    return first(answer, "confirmation") or first(answer, "report").get("confirmation", {})
+
+
 def confirmation_of(answer: Json) -> Json | None:
-    """What became of the last confirmed apply, without what belongs to a command line."""
-    found = first(answer, "confirmation") or first(answer, "report").get("confirmation")
+    """The same as a task returns it, without what belongs to a command line."""
+    found = last_apply(answer)
     names = ("state", "until", "seconds_left", "has_waiter", "reverted", "not_reverted", "lines_not_reverted")
-    return {name: found[name] for name in names if name in found} if found else None
+    return {name: found[name] for name in names if name in found} or None
 
 
-def line_of(record: Json, made: dict[int, Json]) -> Json:
+def line_of(record: Json) -> Json:
     """A line of a plan or a report, as a task returns it."""
     line = {name: record[name] for name in ("line", "call", "arguments", "state", "secret") if name in record}
-    if record["state"] in LISTS["left"]:
-        return line
     last = record.get("open") or record.get("failed") or record.get("current") or record
-    line.update({name: last[name] for name in ("verdict", "at") if name in last})
-    if record.get("line") in made:
-        call = made[record["line"]]
-        line.update(arguments=call["arguments"], verdict=call["verdict"])  # with ******** for the secret
+    if record["state"] not in LISTS["left"]:
+        line.update({name: last[name] for name in ("verdict", "at") if name in last})
     return line
-
-
-def lists_of(answer: Json, calls: Iterable[Json] = ()) -> Json:
-    """The lines by what is known of them, of a plan or of a report, and of calls made just before."""
-    made = {call["line"]: call for call in calls}
-    lines = [line for line in of_type(answer, "plan_line") if line["in_file"]]
-    lines += first(answer, "report").get("lines", [])
-    return {name: [line_of(line, made) for line in lines if line["state"] in states] for name, states in LISTS.items()}
 
 
 def whose(answer: Json) -> Json:
     """The gateway and its journal."""
     record: Json = next((each for each in reversed(answer["output"]) if "journal" in each), {})
     return {name: record[name] for name in ("gateway", "journal") if name in record}
+
+
+def known_by(answer: Json) -> Json:
+    """The gateway, its journal and the lines by what is known of them, from a plan or a report."""
+    result = whose(answer)
+    lines = [line for line in of_type(answer, "plan_line") if line["in_file"]]
+    lines += first(answer, "report").get("lines", [])
+    for name, states in LISTS.items():
+        result[name] = [line_of(line) for line in lines if line["state"] in states]
+    open_calls = [(call["call"], call["arguments"]) for call in last_apply(answer).get("calls", [])]
+    settled = result["settled"]
+    result["waiting"] = [line for line in settled if (line["call"], line["arguments"]) in open_calls]
+    result["settled"] = [line for line in settled if line not in result["waiting"]]
+    result["confirmation"] = confirmation_of(answer)
+    return result

@@ -14,10 +14,11 @@ from ansible.errors import AnsibleActionFail
 from ansible.plugins.action import ActionBase
 
 from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.files import replace
-from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import LISTS, Json
+from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import Json
 
 ESCAPES = str.maketrans({"\\": "\\\\", "|": "\\|", "<": "&lt;"})
-COLUMNS = ["gateway", "state", "settled", "unknown", "refused", "left", "last", "message", "reported"]
+COUNTS = ["settled", "waiting", "unknown", "refused", "left"]
+COLUMNS = ["gateway", "state", *COUNTS, "last", "message", "reported"]
 
 
 def cell(text: Any) -> str:
@@ -43,11 +44,12 @@ def sheet_of(name: str, outcome: Json, time: str) -> str:
     made = f"; the last call was made at {totals['last']} by {totals['by']}" if "last" in totals else ""
     lines = [f"# {totals.get('gateway', name)}", "", f"{outcome['state'].capitalize()}, as of {time}{made}.", ""]
     lines += ["These settings were sent to the gateway. Its current values cannot be read back.", ""]
-    lines += [row("line", "setting", "values", "outcome"), "|---|---|---|---|"]
-    for line in sorted((line for state in LISTS for line in known[state]), key=number_of):
+    lines += [row("line", "setting", "values", "outcome", "time"), "|---|---|---|---|---|"]
+    for line in sorted((line for state in COUNTS for line in known[state]), key=number_of):
         values = [f"{key} {shown(value)}" for key, value in line["arguments"].items()]
         values += ["a secret"] if "secret" in line else []
-        lines.append(row(line.get("line", ""), line["call"], ", ".join(values), line.get("verdict", line["state"])))
+        verdict = line.get("verdict", line["state"]) + (", to be confirmed" if line in known["waiting"] else "")
+        lines.append(row(line.get("line", ""), line["call"], ", ".join(values), verdict, line.get("at", "")))
     return "\n".join(lines) + "\n"
 
 
@@ -78,7 +80,7 @@ def update(folder: Path, gateways: dict[str, Json]) -> dict[str, int]:
             if "ansible_facts" in known:
                 replace(str(sheets / f"{name}.md"), sheet_of(name, outcome, time).encode())
             last = totals_of(known).get("last", rows.get(name, {}).get("last", ""))
-            counts = [len(known[state]) if state in known else "" for state in LISTS]
+            counts = [len(known[state]) if state in known else "" for state in COUNTS]
             values = [name, outcome["state"], *counts, last, outcome.get("msg") or "", time]
             rows[name] = dict(zip(COLUMNS, map(cell, values)))
         text = io.StringIO(newline="")

@@ -1,5 +1,5 @@
 # MIT licence, the device_mgmt authors.
-"""Hand-over sheets and the report of the fleet, written on the controller of what tasks before have returned."""
+"""Hand-over sheets and the report of the fleet, written on the controller from what the role's tasks returned."""
 
 import csv
 import fcntl
@@ -17,6 +17,9 @@ from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.files import r
 from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import Json
 
 ESCAPES = str.maketrans({"\\": "\\\\", "|": "\\|", "<": "&lt;"})
+# What the role registers, in the order of its tasks.
+RESULTS = ("plan", "lost", "restored", "decided", "apply", "confirmed", "journal", "facts")
+NOT_APPROVED = "not approved\nhint: answer yes at a terminal, or set commission_approved"
 COUNTS = ["settled", "waiting", "unknown", "refused", "left"]
 COLUMNS = ["gateway", "state", *COUNTS, "last", "message", "reported"]
 
@@ -62,8 +65,59 @@ def shown(value: Any) -> str:
     return "[" + ", ".join(map(str, value)) + "]" if isinstance(value, list) else str(value)
 
 
-def update(folder: Path, gateways: dict[str, Json]) -> dict[str, int]:
-    """Writes the sheets and the gateways' rows; returns how many gateways of the whole report are in each state."""
+# --- What became of a gateway -----------------------------------------------------------
+
+
+def waits(result: Json) -> bool:
+    return (result.get("confirmation") or {}).get("state") in ("waiting", "expired")
+
+
+def state_of(results: Json) -> str:
+    """The worst that is true of the gateway."""
+    plan, facts = results["plan"], results["facts"]
+    known = results["known"]
+    if plan.get("unreachable"):
+        return "unreachable"
+    if "left" not in plan:
+        return "refused"
+    if results["apply"] and "left" not in facts:  # and the connection was lost
+        return "waiting" if waits(results["apply"]) else "unknown"
+    if waits(known):
+        return "waiting"
+    if known["unknown"] or results["lost"].get("failed"):
+        return "unknown"
+    if known["refused"]:
+        return "refused"
+    if known["left"]:
+        return "left"
+    return "refused" if known.get("failed") else "settled"
+
+
+def problem_of(results: Json) -> str:
+    """What went wrong first; nothing that an earlier run left waiting, if it does not wait any more."""
+    relevant = [results[name] for name in RESULTS if name != "decided" or waits(results["plan"])]
+    wrong = [result for result in relevant if result.get("failed") or result.get("unreachable")]
+    return str(wrong[0].get("msg", "failed")) if wrong else ""
+
+
+def outcome_of(variables: Any, in_check_mode: bool) -> Json:
+    """State and message of a gateway, from what the tasks of the role have registered."""
+    results: Json = {name: variables.get("commission_" + name) or {} for name in RESULTS}
+    results = {name: {} if result.get("skipped") else result for name, result in results.items()}
+    results["known"] = results["facts"] if "left" in results["facts"] else results["plan"]
+    state, problem = state_of(results), problem_of(results)
+    if not problem and results["plan"].get("due") and not results["apply"] and not in_check_mode:
+        problem = NOT_APPROVED
+    is_well = not problem and state in (("settled", "left") if in_check_mode else ("settled",))
+    message = problem or results["known"].get("msg", "")
+    return {"state": state, "msg": message, "known": results["known"], "is_well": is_well}
+
+
+# --- Files ------------------------------------------------------------------------------
+
+
+def update(folder: Path, gateways: dict[str, Json]) -> None:
+    """Writes the sheets and the rows of these gateways."""
     time = datetime.now(timezone.utc).strftime("%Y-%m-%dT%H:%M:%SZ")
     sheets, table = folder / "sheets", folder / "fleet.csv"
     for made in (folder, sheets):
@@ -76,12 +130,12 @@ def update(folder: Path, gateways: dict[str, Json]) -> dict[str, int]:
             with open(table, encoding="utf-8", newline="") as stream:
                 rows = {row["gateway"]: row for row in csv.DictReader(stream)}
         for name, outcome in gateways.items():
-            known = outcome.get("known") or {}
+            known = outcome["known"]
             if "ansible_facts" in known:
                 replace(str(sheets / f"{name}.md"), sheet_of(name, outcome, time).encode())
             last = totals_of(known).get("last", rows.get(name, {}).get("last", ""))
             counts = [len(known[state]) if state in known else "" for state in COUNTS]
-            values = [name, outcome["state"], *counts, last, outcome.get("msg") or "", time]
+            values = [name, outcome["state"], *counts, last, outcome["msg"], time]
             rows[name] = dict(zip(COLUMNS, map(cell, values)))
         text = io.StringIO(newline="")
         writer = csv.DictWriter(text, COLUMNS, extrasaction="ignore", lineterminator="\n")
@@ -90,7 +144,6 @@ def update(folder: Path, gateways: dict[str, Json]) -> dict[str, int]:
         replace(str(table), text.getvalue().encode())
     finally:
         os.close(lock)
-    return dict(Counter(row["state"] for row in rows.values()))
 
 
 class ActionModule(ActionBase):  # type: ignore[misc]
@@ -100,11 +153,18 @@ class ActionModule(ActionBase):  # type: ignore[misc]
 
     def run(self, tmp: Any = None, task_vars: Any = None) -> Json:
         result: Json = super().run(tmp, task_vars)
-        _, arguments = self.validate_argument_spec(
-            {"folder": {"type": "path", "required": True}, "gateways": {"type": "dict", "required": True}}
-        )
+        arguments = self.validate_argument_spec({"folder": {"type": "path", "required": True}})[1]
+        folder = Path(arguments["folder"])
+        in_check_mode: bool = self._task.check_mode
+        outcomes = {
+            name: outcome_of(task_vars["hostvars"][name], in_check_mode) for name in task_vars["ansible_play_batch"]
+        }
         try:
-            result["states"] = update(Path(arguments["folder"]), arguments["gateways"])
+            if not in_check_mode:
+                update(folder, outcomes)
         except (OSError, csv.Error) as error:
-            raise AnsibleActionFail(f"{arguments['folder']}: {error}") from error
+            raise AnsibleActionFail(f"{folder}: {error}") from error
+        result["states"] = dict(Counter(outcome["state"] for outcome in outcomes.values()))
+        wrong = {name: outcome for name, outcome in outcomes.items() if not outcome["is_well"]}
+        result["problems"] = {name: f"{outcome['state']}: {outcome['msg']}" for name, outcome in wrong.items()}
         return result

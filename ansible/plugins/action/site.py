@@ -72,6 +72,7 @@ class ActionModule(GatewayAction):
         if problems:
             due = []
         result["changed"] = bool(due)
+        result["due"] = len(due)
         if self._task.diff:
             result["diff"] = diff_of(result, due)
         if given["unknown"] == "skip":

@@ -4,23 +4,17 @@ DOCUMENTATION = r"""
 module: report
 short_description: Write hand-over sheets and a report of the fleet
 description:
-  - Writes a hand-over sheet in Markdown for each gateway, and a row for each into one CSV file, on the controller.
-  - Rows of other gateways stay as they are, so that several runs, or the batches of one, make one report.
-  - Run it with C(run_once). It makes no connection.
+  - The end of the role C(device_mgmt.gateway.commission), whose results of all gateways of the batch it reads.
+  - Writes a hand-over sheet in Markdown for each gateway whose journal has changed, and a row for each into one CSV
+    file, on the controller. Rows of other gateways stay as they are, so that several runs, or the batches of one,
+    make one report.
+  - Run it with C(run_once). It makes no connection, and writes nothing in check mode.
 version_added: 1.0.0
 author: the device_mgmt authors
 options:
   folder:
     description: The folder for C(fleet.csv) and C(sheets/), made for its owner only.
     type: path
-    required: true
-  gateways:
-    description:
-      - What is known of each gateway, by its name in the inventory.
-      - C(state) is V(settled), V(left), V(waiting), V(unknown), V(refused) or V(unreachable), and C(msg) says more.
-      - C(known) is what M(device_mgmt.gateway.facts) or M(device_mgmt.gateway.site) returned.
-        Only with facts is a sheet written.
-    type: dict
     required: true
 seealso:
   - module: device_mgmt.gateway.facts
@@ -30,17 +24,19 @@ EXAMPLES = r"""
 - name: Report
   device_mgmt.gateway.report:
     folder: "{{ playbook_dir }}/commissioned"
-    gateways:
-      tower-001:
-        state: unreachable
-        msg: No route to host
+  register: commission_report
   run_once: true
 """
 
 RETURN = r"""
 states:
-  description: How many gateways of the whole report are in each state.
-  returned: always
+  description: How many gateways of the batch are in each state.
+  returned: success
   type: dict
-  sample: {"settled": 198, "unreachable": 2}
+  sample: {"settled": 48, "waiting": 1, "unreachable": 1}
+problems:
+  description: State and message of each gateway that is not settled, or where something else failed.
+  returned: success
+  type: dict
+  sample: {"tower-017": "unreachable: No route to host"}
 """

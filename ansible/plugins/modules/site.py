@@ -95,6 +95,10 @@ msg:
   returned: always
   type: str
   sample: "tower.conf: 4 accepted, 1 sent"
+due:
+  description: How many lines apply would make now.
+  returned: in check mode
+  type: int
 gateway:
   description: The gateway that the site names.
   returned: if there is one

@@ -236,6 +236,10 @@ def whose(answer: Json) -> Json:
     return {name: record[name] for name in ("gateway", "journal") if name in record}
 
 
+def key_of(call: Json) -> str:
+    return json.dumps([call["call"], call["arguments"]], sort_keys=True)
+
+
 def known_by(answer: Json) -> Json:
     """The gateway, its journal and the lines by what is known of them, from a plan or a report."""
     result = whose(answer)
@@ -243,9 +247,8 @@ def known_by(answer: Json) -> Json:
     lines += first(answer, "report").get("lines", [])
     for name, states in LISTS.items():
         result[name] = [line_of(line) for line in lines if line["state"] in states]
-    open_calls = [(call["call"], call["arguments"]) for call in last_apply(answer).get("calls", [])]
-    settled = result["settled"]
-    result["waiting"] = [line for line in settled if (line["call"], line["arguments"]) in open_calls]
-    result["settled"] = [line for line in settled if line not in result["waiting"]]
+    undecided = {key_of(call) for call in last_apply(answer).get("calls", [])}
+    result["waiting"] = [line for line in result["settled"] if key_of(line) in undecided]
+    result["settled"] = [line for line in result["settled"] if key_of(line) not in undecided]
     result["confirmation"] = confirmation_of(answer)
     return result

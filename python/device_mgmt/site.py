@@ -21,7 +21,7 @@ import weakref
 from dataclasses import dataclass, field, fields, replace
 from typing import Any, Callable, Literal, Mapping, NoReturn, Sequence, TypeVar, cast
 
-from device_mgmt import Error, Forked, NotSent, Secret, Unknown
+from device_mgmt import Error, Forked, NotSent, Outcome, Result, Secret, Unknown
 
 SCHEMA = 3
 _SENDS = ("apply", "confirm", "revert")  # or change the journal
@@ -333,14 +333,15 @@ class Complaint(Error):
 
     def __init__(self, exit: int, problems: Sequence[Problem], calls: Sequence[Call] = (),
                  reverted: Sequence[RevertLine] = ()) -> None:
-        super().__init__(exit, problems, calls, reverted)
+        super().__init__("", Result(Outcome.unknown if calls or reverted else Outcome.not_sent))
+        self.args = (exit, problems, calls, reverted)
         self.exit = exit
         self.problems = tuple(problems)
         self.calls = tuple(calls)
         self.reverted = tuple(reverted)
 
     def __str__(self) -> str:
-        return "\n".join(str(problem) for problem in self.problems)
+        return "\n".join(map(str, self.problems))
 
 
 # --- Reading ----------------------------------------------------------------------------
@@ -402,8 +403,12 @@ class _Answer:
 
 def _lost(command: str, why: str) -> Error:
     if command in _SENDS:
-        return Unknown(f"{command}: it may have been applied, {why}; plan says what is left")
-    return NotSent(f"{command}: {why}")
+        return Unknown(f"{command}: {why}: it may have been applied; plan says what is left", Result(Outcome.unknown))
+    return _not_sent(f"{command}: {why}")
+
+
+def _not_sent(text: str, kind: type[NotSent] = NotSent) -> NotSent:
+    return kind(text, Result(Outcome.not_sent))
 
 
 def _plain(value: object) -> object:
@@ -435,7 +440,7 @@ class Vorcfg:
                                              stdout=subprocess.PIPE, start_new_session=True)
         except OSError as error:
             text = f"cannot run {command[0]}: {error.strerror}\nhint: install vorcfg, or pass its command"
-            raise NotSent(text) from None
+            raise _not_sent(text) from None
         assert self._process.stdin and self._process.stdout
         self._input, self._output = self._process.stdin, self._process.stdout
         _processes.add(self)
@@ -446,7 +451,7 @@ class Vorcfg:
             raise
         if greeting.get("type") != "serve" or greeting.get("schema") != SCHEMA:
             self._close()
-            raise NotSent(f"{' '.join(command)} serve must begin with schema {SCHEMA}: install vorcfg of this version")
+            raise _not_sent(f"{' '.join(command)} serve must begin with schema {SCHEMA}: install vorcfg of this version")
         self.version: str = greeting["version"]
         self._is_idle = True
 
@@ -513,11 +518,11 @@ class Vorcfg:
 
     def _ask(self, command: str, site: Site, options: Mapping[str, object]) -> _Answer:
         if self._process_id != os.getpid():
-            raise Forked("this process was forked: vorcfg is its parent's; start another")
+            raise _not_sent(f"{command}: this process was forked, and vorcfg is its parent's; start another", Forked)
         request = _line_of(command, {**site._members(), **options})
         with self._lock:
             if not self._is_idle:
-                raise NotSent(f"{command}: vorcfg has ended")
+                raise _not_sent(f"{command}: vorcfg has ended")
             self._is_idle = False
             try:
                 while request:
@@ -525,7 +530,7 @@ class Vorcfg:
                 answer = _Answer(command, self._line(command))
             except BrokenPipeError:  # a request that was not read whole is not carried out
                 self._close()
-                raise NotSent(f"{command}: vorcfg has ended") from None
+                raise _not_sent(f"{command}: vorcfg has ended") from None
             except BaseException:
                 self._abandon()
                 raise

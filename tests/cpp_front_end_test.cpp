@@ -49,7 +49,10 @@ TEST(cpp_front_end, outcome_per_return_code)
     EXPECT_EQ(text_of(call<vor_cfg_set_dhcp>(0, 1)), "accepted 0 0 0");
     fake::script.answer = {5, 0, 0, 0};
     EXPECT_EQ(text_of(call<vor_cfg_set_dhcp>(0, 1)), "refused -1 5 0");
-    EXPECT_EQ(text_of(call<vor_cfg_set_gw_device_latitude_config>(1, "12.4N")), "refused -1001 0 0");
+    EXPECT_EQ(text_of(call<vor_cfg_set_gw_device_latitude_config>(1, "12.4N")), "unknown -1001 0 0")
+        << "whatever the answer was, if it is not status 1";
+    fake::script.answer = {5, 0, 0xa5, 0xa5};
+    EXPECT_EQ(text_of(call<vor_cfg_set_dhcp>(0, 1)), "unknown -1 0 0") << "a part of a status";
     EXPECT_EQ(text_of(call<vor_cfg_set_serial_parity>(1, 2)), "unknown -4 0 0");
     EXPECT_EQ(text_of(call<vor_cfg_set_gpio_value>(1, 2)), "sent 0 0 0");
     begin();

@@ -44,7 +44,7 @@ class Argument(NamedTuple):
     only_where: tuple[str, int] | None = None  # the other argument, and with which value of it this one is sent
 
 
-def _shown(given: object) -> str:
+def shown(given: object) -> str:
     return f'"{given}"' if isinstance(given, str) else str(given)
 
 
@@ -67,7 +67,7 @@ def number(name: str, c_type: str, *limits: int, words: Mapping[str, int] = {}, 
         if isinstance(value, bool) or not isinstance(value, (int, str)):
             raise TypeError(f"{name} must be a number, not {type(given).__name__}")
         if isinstance(value, str) or not least <= value <= most:
-            raise ValueError(f"{name} must be {rule}, not {_shown(given)}")
+            raise ValueError(f"{name} must be {rule}, not {shown(given)}")
         return value
 
     return Argument(name, C_TYPES[c_type], convert, **facts)
@@ -117,7 +117,7 @@ def address(name: str, **facts: Any) -> Argument:
         try:
             socket.inet_pton(socket.AF_INET, given)
         except (OSError, ValueError):
-            return f"be an IPv4 address such as 192.168.1.10, not {_shown(given)}"
+            return f"be an IPv4 address such as 192.168.1.10, not {shown(given)}"
         return ""
 
     return text(name, problem=problem, **facts)
@@ -126,7 +126,11 @@ def address(name: str, **facts: Any) -> Argument:
 def word(name: str, words: str, **facts: Any) -> Argument:
     """One of some words."""
     rule = _alternatives(words.split())
-    return text(name, problem=lambda given: "" if given in words.split() else f"be {rule}, not {_shown(given)}", **facts)
+
+    def problem(given: str) -> str:
+        return "" if given in words.split() else f"be {rule}, not {shown(given)}"
+
+    return text(name, problem=problem, **facts)
 
 
 def konfd_text(name: str, **facts: Any) -> Argument:
@@ -135,7 +139,9 @@ def konfd_text(name: str, **facts: Any) -> Argument:
     def problem(given: str) -> str:
         if '"' in given:
             return "not contain a double quote: konfd has no way to escape it"
-        return "not contain a control character: it would end the command early" if min(given, default=" ") < " " else ""
+        if min(given, default=" ") < " ":
+            return "not contain a control character: it would end the command early"
+        return ""
 
     return text(name, problem=problem, **facts)
 

@@ -11,7 +11,7 @@ import threading
 import types
 from typing import Any, NamedTuple, TypeVar
 
-from ._arguments import C_TYPES, Argument, number
+from ._arguments import C_TYPES, Argument, number, shown
 from .records import Code
 
 Self = TypeVar("Self", bound="Endpoint")
@@ -23,7 +23,7 @@ class Outcome(enum.Enum):
 
     accepted = "accepted"  # by the manager or konfd
     sent = "sent"  # one-way: no verdict will come
-    refused = "refused"  # by the manager
+    refused = "refused"  # by the manager, with its status
     not_sent = "not sent"
     unknown = "unknown"  # it may have been applied
 
@@ -40,7 +40,7 @@ class Result(NamedTuple):
         return {
             Outcome.accepted: "accepted",
             Outcome.sent: "sent; no verdict will come",
-            Outcome.refused: "refused by the manager" + (f": status {self.status}" if self.status else code),
+            Outcome.refused: f"refused by the manager: status {self.status}",
             Outcome.not_sent: "not sent" + code,
             Outcome.unknown: "unknown: it may have been applied" + code,
         }[self.outcome]
@@ -58,7 +58,7 @@ class Error(Exception):
 
 
 class Refused(Error):
-    """The manager refused, with the status in `status` where it gave one."""
+    """The manager refused, with `status`."""
 
     @property
     def status(self) -> int:
@@ -77,14 +77,17 @@ class Forked(NotSent):
     """The gateway was opened by the process from which this one was forked: open one here."""
 
 
+_FILLER = 0xA5 - 0x100  # the byte, signed, that the platform puts where an answer is too short
+
+
 def outcome_of(way: str, code: int, status: int, bound: bool) -> Outcome:
     """What a code and vor_errno tell; bound says whether there was an endpoint or a connection before the call."""
     if not bound or code in (Code.TOO_MANY_SERVERS, Code.MAC_ADDRESS):
         return Outcome.not_sent
     if code == Code.DONE:
         return {"one_way": Outcome.sent, "one_way_unchecked": Outcome.unknown}.get(way, Outcome.accepted)
-    refused = (code == Code.REFUSED and status != 0) or code in (Code.LATITUDE, Code.LONGITUDE)
-    return Outcome.refused if refused and way != "konfd" else Outcome.unknown
+    refused = way != "konfd" and code == Code.REFUSED and status != 0 and status >> 24 != _FILLER
+    return Outcome.refused if refused else Outcome.unknown
 
 
 # --- What a process has one of ------------------------------------------------------------
@@ -208,7 +211,7 @@ class Call:
             if each.only_where is not None and values[each.name]:
                 other, number = each.only_where
                 if values[other] != number:
-                    raise ValueError(f"{each.name} must be {each.default or '""'} unless {other} is {number}")
+                    raise ValueError(f"{each.name} must be {shown(each.default)} unless {other} is {number}")
         return values
 
     def _made(self, endpoint: Endpoint, values: dict[str, Any]) -> tuple[Result, Any]:

@@ -147,10 +147,10 @@ class Endpoint:
                 raise not_sent("this process was forked while another thread made a call", Forked)
             if library().vor_cfg_get_ipc_endpoint() is not None:
                 raise not_sent("this process already has an endpoint")
+            _Process.opened, self.process = self, os.getpid()  # first, so that an interrupted one can be closed
             if library().vor_cfg_create_ipc_endpoint(ctypes.c_uint16(self._sap)) != 0:
+                _Process.opened = None
                 raise not_sent(f"no endpoint at SAP {self._sap}")
-            self.process = os.getpid()
-            _Process.opened = self
 
     def close(self) -> None:
         """Unbind the endpoint, once; that of another process stays."""
@@ -255,7 +255,7 @@ class Call:
             library().vor_cfg_remove_sock_endpoint()  # a failure leaves it open
         at = ctypes.addressof(out) if out is not None else None
         if self.code == "void*":
-            at, code = code, Code.DONE if code else Code.REFUSED
+            at, code = code, 0 if code else int(Code.REFUSED)
         elif isinstance(out, ctypes.c_void_p):
             at = out.value
         if self.record is None or code != Code.DONE or at is None:
@@ -298,7 +298,7 @@ class Query(Call):
             for key, value in zip(values["path"][::2], values["path"][1::2]):
                 parts.append(lib.vor_cfg_proto_append_path_elm(query, key, value))
             if any(parts) or lib.vor_cfg_create_sock_endpoint() != 0:
-                return False, Code.REFUSED, None
+                return False, int(Code.REFUSED), None
             return True, lib.vor_konfd_bi_dir_comm(query), None
         finally:
             if lib.vor_cfg_get_sock_endpoint() is not None:

@@ -3,6 +3,7 @@ import json
 import os
 import pathlib
 import shlex
+import signal
 import subprocess
 import sys
 import tempfile
@@ -113,7 +114,8 @@ def test_no_outcome_is_better_than_vorcfgs(vorsim: Vorsim, gateway: Gateway, mon
     better = []
 
     def compare(fault: str, ways: Sequence[str] = ("request", "one-way", "konfd")) -> None:
-        ended = {name: made(gateway, name, example(call)) for name, call in CALLS.items() if call["wire"]["way"] in ways}
+        names = [name for name, call in CALLS.items() if call["wire"]["way"] in ways]
+        ended = {name: made(gateway, name, example(CALLS[name])) for name in names}
         met.update(result.outcome for result in ended.values())
         vorsim.reset()
         certain = [name for name, result in ended.items() if result.outcome is not Outcome.unknown]
@@ -153,6 +155,11 @@ def test_each_outcome(vorsim: Vorsim, gateway: Gateway) -> None:
     with pytest.raises(Refused, match="^can.set_id: refused by the manager: status 7$") as refused:
         gateway.can.set_id(1, 0x101, 0)
     assert refused.value.status == 7
+    vorsim.fault("sub1gmgr: refuse, once")
+    with pytest.raises(Unknown, match=r"\(code -1\)$"):  # the status is of the call before
+        gateway.sub1g.get_reg_values()
+    with pytest.raises(Unknown, match="^debug.set_info: unknown: it may have been applied$"):
+        gateway.debug.set_info("on", "all", "info")
     vorsim.stop("canmgr")
     with pytest.raises(Unknown, match=r"^can.set_id: unknown: it may have been applied \(code -3\)$"):
         gateway.can.set_id(1, 0x101, 0)
@@ -312,7 +319,10 @@ def test_a_forked_process_leaves_the_endpoint_alone(vorsim: Vorsim) -> None:
                   "canmgr  vor_cfg_set_can_id  port 1: can_id=3 option=0")
 
 
-def test_a_fork_during_a_call(vorsim: Vorsim, gateway: Gateway) -> None:
+def test_a_fork_during_a_call(vorsim: Vorsim, gateway: Gateway, monkeypatch: pytest.MonkeyPatch) -> None:
+    parent, library = os.getpid(), _gateway.library()
+    unbind = library.vor_cfg_remove_ipc_endpoint
+    monkeypatch.setattr(library, unbind.__name__, lambda: unbind() if os.getpid() == parent else os._exit(99))
     vorsim.fault("canmgr: late 300ms")
     thread = threading.Thread(target=gateway.can.set_id, args=(1, 1, 0))
     thread.start()
@@ -320,6 +330,7 @@ def test_a_fork_during_a_call(vorsim: Vorsim, gateway: Gateway) -> None:
         pass
     child = os.fork()
     if child == 0:
+        signal.alarm(10)
         seen = []
         for attempt in (lambda: gateway.can.set_id(1, 2, 0), Gateway(sap=201).open):
             try:

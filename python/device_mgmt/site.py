@@ -451,7 +451,7 @@ class Vorcfg:
             raise
         if greeting.get("type") != "serve" or greeting.get("schema") != SCHEMA:
             self._close()
-            raise _not_sent(f"{' '.join(command)} serve must begin with schema {SCHEMA}: install vorcfg of this version")
+            raise _not_sent(f"{command[0]}: serve must begin with schema {SCHEMA}; install vorcfg of this version")
         self.version: str = greeting["version"]
         self._is_idle = True
 

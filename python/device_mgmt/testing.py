@@ -10,6 +10,7 @@ from __future__ import annotations
 
 import os
 import pathlib
+import re
 import subprocess
 import tempfile
 from typing import Any, Generator, Iterator, Sequence
@@ -30,8 +31,11 @@ class Vorsim:
         self._log = tempfile.TemporaryFile()
         # sh says where the gateway is, which is then there until standard input ends
         command = [program, "run", "--lines", *options, "--", "sh", "-c", 'echo "$VORINFRA_DIR"; exec cat']
-        self._process = subprocess.Popen(command, bufsize=0, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                         stderr=self._log, start_new_session=True)
+        try:
+            self._process = subprocess.Popen(command, bufsize=0, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                             stderr=self._log, start_new_session=True)
+        except OSError as error:
+            pytest.fail(f"cannot run {program}: {error.strerror}\nhint: add its folder to PATH", pytrace=False)
         assert self._process.stdout
         directory = self._process.stdout.readline().decode().rstrip("\n")
         if not directory:
@@ -84,8 +88,13 @@ class Vorsim:
         self.command("expect", *given, "--within", within, "-", text="".join(line + "\n" for line in lines))
 
     def received(self) -> list[str]:
-        """The messages since the start or the last reset, as `expect` takes them."""
-        return self.command("expect", "--record", "-").splitlines()
+        """The messages since the start or the last reset, each as `expect` takes it."""
+        lines = [re.fullmatch("(.*?)(?:  x([0-9]+))?", line) for line in self.recorded().splitlines()]
+        return [line[1] for line in lines if line for _ in range(int(line[2] or 1))]
+
+    def recorded(self) -> str:
+        """The expectations that hold now, to be kept in a file."""
+        return self.command("expect", "--record", "-")
 
     def fault(self, rule: str) -> None:
         """Adds a fault rule: "canmgr: status 7, once"."""

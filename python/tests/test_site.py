@@ -79,12 +79,14 @@ def test_a_site_from_plan_to_report(vorsim: Vorsim, vorcfg: Vorcfg, tower: Site)
     assert HUSH not in everything and "********" in repr(tower)
 
 
-def test_failed_calls_are_results(vorsim: Vorsim, vorcfg: Vorcfg, tmp_path: pathlib.Path) -> None:
+def test_failed_calls_are_results(monkeypatch: pytest.MonkeyPatch, vorsim: Vorsim, tmp_path: pathlib.Path) -> None:
+    monkeypatch.setenv("VORINFRA_TIMEOUT_MS", "200")
+    vorcfg = Vorcfg()
     vorsim.fault("canmgr: status 7, once")
     refused = vorcfg.apply(can(1, tmp_path))
     assert (refused.exit, refused.calls[0].status, refused.totals.refused, refused.totals.not_made) == (1, 7, 1, 1)
     vorsim.fault("canmgr 2nd: never")
-    lost = vorcfg.apply(can(1, tmp_path), timeout=1)
+    lost = vorcfg.apply(can(1, tmp_path))
     assert (lost.exit, lost.totals.accepted, lost.totals.unknown, lost.totals.after["unknown"]) == (6, 1, 1, [3])
     with pytest.raises(site.Complaint, match="without a verdict; nothing was sent") as complaint:
         vorcfg.apply(can(1, tmp_path))

@@ -8,6 +8,7 @@ vorsim(1) describes expectations and fault rules. Where the test fails, what vor
 """
 from __future__ import annotations
 
+import contextlib
 import os
 import pathlib
 import re
@@ -29,8 +30,8 @@ class Vorsim:
     def __init__(self, *options: str, program: str = "vorsim") -> None:
         self._program = program
         self._log = tempfile.TemporaryFile()
-        # sh says where the gateway is, which is then there until standard input ends
-        command = [program, "run", "--lines", *options, "--", "sh", "-c", 'echo "$VORINFRA_DIR"; exec cat']
+        # the gateway is there until sh has read a line, or the end of its input
+        command = [program, "run", "--lines", *options, "--", "sh", "-c", 'echo "$VORINFRA_DIR"; read -r _; exit 0']
         try:
             self._process = subprocess.Popen(command, bufsize=0, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                              stderr=self._log, start_new_session=True)
@@ -57,14 +58,10 @@ class Vorsim:
 
     def close(self) -> int:
         """Stops it; the exit code is not 0 if it had ended before, or with --strict if there was a complaint."""
-        assert self._process.stdin and self._process.stdout
-        self._process.stdin.close()
-        self._process.stdout.close()
-        try:
-            return self._process.wait(5)
-        except subprocess.TimeoutExpired:  # a forked process holds the pipe
-            self._process.terminate()
-            return self._process.wait()
+        if self._process.returncode is None:
+            with contextlib.suppress(BrokenPipeError):
+                self._process.communicate(b"\n")  # a forked process may hold the pipe
+        return self._process.wait()
 
     def log(self) -> str:
         """What it has printed so far."""

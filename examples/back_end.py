@@ -26,7 +26,8 @@ def set_address(address: str, mask: str) -> str:
     except device_mgmt.Refused as error:
         return f"The gateway refused the address, with status {error.status}."
     except device_mgmt.NotSent as error:
-        return f"The address was {error}."
+        print(error, file=sys.stderr)
+        return "Nothing was sent: there is no way to the gateway's managers now."
     except device_mgmt.Unknown:
         return "It is unknown whether the gateway has this address: there was no answer. Try to reach it at both."
     return f"The gateway accepted {address}."
@@ -43,7 +44,7 @@ class Form(http.server.BaseHTTPRequestHandler):
         if self.headers["Host"] != host or self.headers["Origin"] not in (None, f"http://{host}"):
             return self.answer(403, "This form was not sent from this page.")
         length = self.headers.get("Content-Length", "")
-        if not length.isdecimal() or not len(length) < 4:
+        if not length.isdecimal() or len(length) > 3:
             return self.answer(413, "This is no address.")
         given = dict(urllib.parse.parse_qsl(self.rfile.read(int(length)).decode(errors="replace")))
         self.answer(200, set_address(given.get("address", ""), given.get("mask", "")))

@@ -19,7 +19,7 @@ import subprocess
 import threading
 import weakref
 from dataclasses import dataclass, field, fields, replace
-from typing import Any, Callable, Literal, Mapping, NoReturn, Sequence, TypeVar, cast
+from typing import Any, Callable, Literal, Mapping, Sequence, TypeVar, cast
 
 from device_mgmt import Error, Forked, NotSent, Outcome, Result, Secret, Unknown
 
@@ -378,7 +378,11 @@ class _Answer:
     def last(self, kind: Callable[..., Kind], type_: str) -> Kind:
         """What a command that was carried out ends with."""
         found = self.all(kind, type_)
-        return found[-1] if found else self._complain()
+        if found:
+            return found[-1]
+        if not self.problems():
+            raise _lost(self.command, f"vorcfg ended it with exit code {self.exit} and without {type_}")
+        raise Complaint(self.exit, self.problems(), self.all(Call, "call"), self.all(RevertLine, "revert_line"))
 
     def confirmation(self) -> Confirmation | None:
         """That of the last apply; an earlier one that had expired comes before the calls."""
@@ -391,11 +395,6 @@ class _Answer:
 
     def notes(self) -> tuple[Note, ...]:
         return self.all(Note, "warning", "notice")
-
-    def _complain(self) -> NoReturn:
-        if not self.problems():
-            raise _lost(self.command, f"vorcfg gave it up with exit code {self.exit}")
-        raise Complaint(self.exit, self.problems(), self.all(Call, "call"), self.all(RevertLine, "revert_line"))
 
 
 # --- The process ------------------------------------------------------------------------
@@ -445,13 +444,13 @@ class Vorcfg:
         self._input, self._output = self._process.stdin, self._process.stdout
         _processes.add(self)
         try:
-            greeting = self._line("serve")
+            greeting = self._line("serve", "serve")
         except BaseException:
             self._abandon()
             raise
-        if greeting.get("type") != "serve" or greeting.get("schema") != SCHEMA:
+        if greeting["schema"] != SCHEMA:
             self._close()
-            raise _not_sent(f"{' '.join(command)} serve must begin with schema {SCHEMA}: install vorcfg of this version")
+            raise _not_sent(f"{command[0]}: its schema must be {SCHEMA}, not {greeting['schema']}; install another")
         self.version: str = greeting["version"]
         self._is_idle = True
 
@@ -527,7 +526,7 @@ class Vorcfg:
             try:
                 while request:
                     request = request[os.write(self._input.fileno(), request):]
-                answer = _Answer(command, self._line(command))
+                answer = _Answer(command, self._line(command, "answer"))
             except BrokenPipeError:  # a request that was not read whole is not carried out
                 self._close()
                 raise _not_sent(f"{command}: vorcfg has ended") from None
@@ -537,7 +536,7 @@ class Vorcfg:
             self._is_idle = True
             return answer
 
-    def _line(self, command: str) -> Json:
+    def _line(self, command: str, kind: str) -> Json:
         """The next that vorcfg writes."""
         parts = [self._rest]
         while b"\n" not in parts[-1]:
@@ -550,7 +549,7 @@ class Vorcfg:
             record = json.loads(line)
         except ValueError:
             record = None
-        if not isinstance(record, dict) or "schema" not in record:
+        if not isinstance(record, dict) or record.get("type") != kind:
             raise _lost(command, f"{line[:80]!r} is not what vorcfg serve writes")
         return record
 

@@ -8,8 +8,10 @@ vorsim(1) describes expectations and fault rules. Where the test fails, what vor
 """
 from __future__ import annotations
 
+import contextlib
 import os
 import pathlib
+import re
 import subprocess
 import tempfile
 from typing import Any, Generator, Iterator, Sequence
@@ -28,10 +30,13 @@ class Vorsim:
     def __init__(self, *options: str, program: str = "vorsim") -> None:
         self._program = program
         self._log = tempfile.TemporaryFile()
-        # sh says where the gateway is, which is then there until standard input ends
-        command = [program, "run", "--lines", *options, "--", "sh", "-c", 'echo "$VORINFRA_DIR"; exec cat']
-        self._process = subprocess.Popen(command, bufsize=0, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                         stderr=self._log, start_new_session=True)
+        # the gateway is there until sh has read a line, or the end of its input
+        command = [program, "run", "--lines", *options, "--", "sh", "-c", 'echo "$VORINFRA_DIR"; read -r _; exit 0']
+        try:
+            self._process = subprocess.Popen(command, bufsize=0, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                             stderr=self._log, start_new_session=True)
+        except OSError as error:
+            pytest.fail(f"cannot run {program}: {error.strerror}\nhint: add its folder to PATH", pytrace=False)
         assert self._process.stdout
         directory = self._process.stdout.readline().decode().rstrip("\n")
         if not directory:
@@ -53,14 +58,10 @@ class Vorsim:
 
     def close(self) -> int:
         """Stops it; the exit code is not 0 if it had ended before, or with --strict if there was a complaint."""
-        assert self._process.stdin and self._process.stdout
-        self._process.stdin.close()
-        self._process.stdout.close()
-        try:
-            return self._process.wait(5)
-        except subprocess.TimeoutExpired:  # a forked process holds the pipe
-            self._process.terminate()
-            return self._process.wait()
+        if self._process.returncode is None:
+            with contextlib.suppress(BrokenPipeError):
+                self._process.communicate(b"\n")  # a forked process may hold the pipe
+        return self._process.wait()
 
     def log(self) -> str:
         """What it has printed so far."""
@@ -84,8 +85,13 @@ class Vorsim:
         self.command("expect", *given, "--within", within, "-", text="".join(line + "\n" for line in lines))
 
     def received(self) -> list[str]:
-        """The messages since the start or the last reset, as `expect` takes them."""
-        return self.command("expect", "--record", "-").splitlines()
+        """The messages since the start or the last reset, each as `expect` takes it."""
+        lines = [re.fullmatch("(.*?)(?:  x([0-9]+))?", line) for line in self.recorded().splitlines()]
+        return [line[1] for line in lines if line for _ in range(int(line[2] or 1))]
+
+    def recorded(self) -> str:
+        """The expectations that hold now, to be kept in a file."""
+        return self.command("expect", "--record", "-")
 
     def fault(self, rule: str) -> None:
         """Adds a fault rule: "canmgr: status 7, once"."""

@@ -50,6 +50,8 @@ def test_a_site_from_plan_to_report(vorsim: Vorsim, vorcfg: Vorcfg, tower: Site)
     assert (made.exit, [call.verdict for call in made.calls]) == (0, ["accepted by ethmgr", "accepted by gsmmgr"])
     assert (made.totals.accepted, made.totals.after) == (2, {"accepted": [2, 3]})
     assert vorcfg.plan(tower).exit == 0
+    assert [line.line for line in vorcfg.plan(tower, from_=3, only="gsm", all=True).lines if line.due] == [3]
+    assert [line.line for line in vorcfg.plan(tower, resend_secrets=True).lines if line.due] == [3]
 
     tower = changed(tower, last=3)
     line = vorcfg.plan(tower).lines[0]
@@ -79,17 +81,21 @@ def test_a_site_from_plan_to_report(vorsim: Vorsim, vorcfg: Vorcfg, tower: Site)
     assert HUSH not in everything and "********" in repr(tower)
 
 
-def test_failed_calls_are_results(vorsim: Vorsim, vorcfg: Vorcfg, tmp_path: pathlib.Path) -> None:
+def test_failed_calls_are_results(monkeypatch: pytest.MonkeyPatch, vorsim: Vorsim, tmp_path: pathlib.Path) -> None:
+    monkeypatch.setenv("VORINFRA_TIMEOUT_MS", "200")
+    vorcfg = Vorcfg()
     vorsim.fault("canmgr: status 7, once")
     refused = vorcfg.apply(can(1, tmp_path))
     assert (refused.exit, refused.calls[0].status, refused.totals.refused, refused.totals.not_made) == (1, 7, 1, 1)
     vorsim.fault("canmgr 2nd: never")
-    lost = vorcfg.apply(can(1, tmp_path), timeout=1)
+    lost = vorcfg.apply(can(1, tmp_path))
     assert (lost.exit, lost.totals.accepted, lost.totals.unknown, lost.totals.after["unknown"]) == (6, 1, 1, [3])
     with pytest.raises(site.Complaint, match="without a verdict; nothing was sent") as complaint:
         vorcfg.apply(can(1, tmp_path))
     assert complaint.value.exit == 6
-    assert vorcfg.apply(can(1, tmp_path), retry_unknown=True).exit == 0
+    assert vorcfg.apply(can(1, tmp_path), skip_unknown=True, keep_going=True).totals.left_unknown == 1
+    assert vorcfg.apply(can(1, tmp_path), retry_unknown=True, timeout="5s").exit == 0
+    vorcfg.close()
 
 
 def test_complaints_have_their_lines_and_no_secret(vorcfg: Vorcfg, tower: Site) -> None:
@@ -109,18 +115,19 @@ def test_complaints_have_their_lines_and_no_secret(vorcfg: Vorcfg, tower: Site) 
     assert vorcfg.plan(tower).exit == 11
 
 
-def interrupt(vorsim: Vorsim, vorcfg: Vorcfg, site: Site, in_a_hurry: bool = False, **options: Any) -> None:
-    """Ctrl-C once the first message has arrived, or from then on."""
+def interrupt(vorsim: Vorsim, vorcfg: Vorcfg, site: Site, times: int = 1, **options: Any) -> None:
+    """Ctrl-C once the first message has arrived, and perhaps again."""
     is_over = threading.Event()
+    left = [KeyboardInterrupt] * times
 
     def handle(*_: object) -> None:
-        if not is_over.is_set():
-            raise KeyboardInterrupt
+        if left and not is_over.is_set():
+            raise left.pop()
 
     def press() -> None:
         vorsim.command("wait", "canmgr  vor_cfg_set_can_id", "--status", "0")
         os.kill(os.getpid(), signal.SIGINT)
-        while in_a_hurry and not is_over.wait(0.1):
+        while left and not is_over.wait(0.1):
             os.kill(os.getpid(), signal.SIGINT)
     before = signal.signal(signal.SIGINT, handle)
     thread = threading.Thread(target=press)
@@ -152,7 +159,7 @@ def test_an_interrupted_apply_ends_after_the_call_under_way(vorsim: Vorsim, vorc
 def test_the_second_interrupt_does_not_wait_for_that_call(vorsim: Vorsim, vorcfg: Vorcfg,
                                                           tmp_path: pathlib.Path) -> None:
     vorsim.fault("canmgr: late 2s")
-    interrupt(vorsim, vorcfg, can(1, tmp_path), in_a_hurry=True)
+    interrupt(vorsim, vorcfg, can(1, tmp_path), times=2)
     with Vorcfg() as other:
         assert [line.state for line in other.plan(can(1, tmp_path)).lines] == ["unknown", "new"]
 
@@ -165,7 +172,7 @@ def serves(tmp_path: pathlib.Path, script: str) -> Sequence[str]:
 
 def test_what_vorcfg_cannot_answer_is_never_done(tmp_path: pathlib.Path) -> None:
     tower = can(1, tmp_path)
-    for script in ("read line", "read line; kill -9 $$", "read line; echo hello; read line"):
+    for script in ("read line", "read line; kill -9 $$", "read line; echo hello", "read line; echo '{}'"):
         with Vorcfg(serves(tmp_path, script)) as vorcfg, pytest.raises(Unknown, match="it may have been applied"):
             vorcfg.apply(tower)
         with Vorcfg(serves(tmp_path, script)) as vorcfg, pytest.raises(NotSent):
@@ -178,6 +185,15 @@ def test_what_vorcfg_cannot_answer_is_never_done(tmp_path: pathlib.Path) -> None
         vorcfg.apply(tower)
 
 
+def test_what_had_expired_is_not_what_waits(tmp_path: pathlib.Path) -> None:
+    totals: dict[str, Any] = {each.name: 0 for each in dataclasses.fields(site.ApplyTotals)}
+    earlier = {"type": "confirmation", "journal": "j", "state": "reverted", "reverted": 1}
+    output = [earlier, {"type": "apply", **totals}]
+    answer = json.dumps({"schema": 3, "type": "answer", "id": 1, "exit": 0, "output": output})
+    with Vorcfg(serves(tmp_path, f"read line; echo '{answer}'")) as vorcfg:
+        assert vorcfg.apply(can(1, tmp_path)).confirmation is None
+
+
 @pytest.mark.parametrize("command", [["/nowhere/vorcfg"], ["false"], ["echo"], ["sh", "-c", "echo '{\"schema\":4}'"]])
 def test_what_is_no_vorcfg_is_said_at_once(command: Sequence[str]) -> None:
     with pytest.raises(Error):
@@ -185,16 +201,22 @@ def test_what_is_no_vorcfg_is_said_at_once(command: Sequence[str]) -> None:
 
 
 def test_a_forked_child_leaves_the_process_to_its_parent(vorcfg: Vorcfg, tower: Site) -> None:
+    read, write = os.pipe()
     child = os.fork()
     if child == 0:
+        os.close(write)
         with vorcfg:
             try:
                 vorcfg.plan(tower)
             except Forked:
+                os.read(read, 1)  # while the parent ends its vorcfg
                 os._exit(0)
         os._exit(1)
-    assert os.waitpid(child, 0)[1] == 0
     assert vorcfg.plan(tower).exit == 11
+    vorcfg.close()
+    os.close(write)
+    os.close(read)
+    assert os.waitpid(child, 0)[1] == 0
 
 
 def test_threads_take_turns(vorcfg: Vorcfg, tower: Site) -> None:
@@ -226,9 +248,12 @@ def test_results_have_the_members_of_the_schema(name: str, kind: Any) -> None:
         assert (member.name in definition["required"]) != has_default, member.name
 
 
-@pytest.mark.parametrize("name, states", [("line_state", site.LineState), ("call_state", site.CallState)])
-def test_states_are_those_of_the_schema(name: str, states: Any) -> None:
-    assert list(typing.get_args(states)) == SCHEMA[name]["enum"]
+@pytest.mark.parametrize("definition, states", [
+    (SCHEMA["line_state"], site.LineState), (SCHEMA["call_state"], site.CallState),
+    (SCHEMA["confirmation"]["properties"]["state"], site.ConfirmationState),
+    (SCHEMA["site"]["properties"]["state"], site.SiteState)])
+def test_states_are_those_of_the_schema(definition: Any, states: Any) -> None:
+    assert list(typing.get_args(states)) == definition["enum"]
 
 
 def test_secret_is_not_wrapped_twice() -> None:

@@ -398,14 +398,15 @@ class Ip(Family):
 
 class Konfd(Family):
     def set_interface_ip(self, interface: str, ip_address: str) -> Result:
-        """Store an interface's address. It may drop the connection in use. It prints on standard output.
+        """Store an interface's address. Raises Unknown where konfd refuses, too. It may drop the connection in use. It
+        prints on standard output.
 
         interface: such as eth1
         ip_address: dotted quad, or the word dhcp; null fails after the first command
         """
 
     def query(self, *, operation: int | Literal["set", "check", "unset"], line_key: str | Secret | None = None, line_value: str | Secret | None = None, pattern_key: str | Secret, pattern_value: str | Secret | None = None, priority: int | str | None = None, path: Sequence[str | Secret] = ()) -> Result:
-        """Edit the stored configuration with one query.
+        """Edit the stored configuration with one query. Raises Unknown where konfd refuses, too.
 
         operation: 1 to 3
         priority: -2147483648 to 2147483647
@@ -718,14 +719,14 @@ class Serial(Family):
         """
 
     def set_databits(self, port_num: int, data_bits: int) -> Result:
-        """Set a port's data bits. It cannot read whether it was accepted: raises Unknown, or Refused.
+        """Set a port's data bits. Nobody knows whether it was accepted: raises Unknown.
 
         port_num: -32768 to 32767
         data_bits: -32768 to 32767
         """
 
     def set_stopbits(self, port_num: int, stop_bits: int) -> Result:
-        """Set a port's stop bits. It cannot read whether it was accepted: raises Unknown, or Refused.
+        """Set a port's stop bits. Nobody knows whether it was accepted: raises Unknown.
 
         port_num: -32768 to 32767
         stop_bits: -32768 to 32767
@@ -739,14 +740,14 @@ class Serial(Family):
         """
 
     def set_flowcontrol(self, port_num: int, flow_control: int) -> Result:
-        """Set a port's flow control. It cannot read whether it was accepted: raises Unknown, or Refused.
+        """Set a port's flow control. Nobody knows whether it was accepted: raises Unknown.
 
         port_num: -32768 to 32767
         flow_control: -32768 to 32767
         """
 
     def set_parity(self, port_num: int, parity: int) -> Result:
-        """Set a port's parity. It cannot read whether it was accepted: raises Unknown, or Refused.
+        """Set a port's parity. Nobody knows whether it was accepted: raises Unknown.
 
         port_num: -32768 to 32767
         parity: -32768 to 32767
@@ -1145,7 +1146,8 @@ class Towermon(Family):
 
 class Wifi(Family):
     def set_ssid_password(self, ssid: str, password: str | Secret) -> Result:
-        """Store the Wi-Fi network of wlan0. It may drop the connection in use.
+        """Store the Wi-Fi network of wlan0. Raises Unknown where konfd refuses, too. It may drop the connection in
+        use.
 
         ssid: network name
         password: passphrase
@@ -1160,7 +1162,7 @@ class Wifimonitor(Family):
         """
 
 class Gateway(Endpoint):
-    """The gateway, by this process's endpoint; the calls are by family, as attributes."""
+    """The gateway, by this process's endpoint: each family of calls is an attribute."""
 
     adc: Adc
     can: Can

@@ -30,6 +30,10 @@ as_root() {
     fi
 }
 
+apt_install() { # package...
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$@"
+}
+
 # Installs missing packages; if some cannot be installed, names them and fails.
 ensure_packages() { # package:probe...
     missing=$(missing_of "$@")
@@ -37,9 +41,9 @@ ensure_packages() { # package:probe...
     echo "installing: $missing"
     {
         as_root apt-get update
-        # one by one, so that one failure does not affect the others
-        for package in $missing; do
-            as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$package"
+        # one by one if not at once, so that one failure does not affect the others
+        apt_install $missing || for package in $missing; do
+            apt_install "$package"
         done
     } >"$place/install" 2>&1 </dev/null || true
     missing=$(missing_of "$@")

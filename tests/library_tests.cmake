@@ -24,7 +24,7 @@ add_executable(library_test
 set_target_properties(library_test PROPERTIES SKIP_BUILD_RPATH ON)
 target_link_options(library_test PRIVATE
   LINKER:-rpath,${CMAKE_CURRENT_BINARY_DIR}/fake LINKER:-rpath,$<TARGET_FILE_DIR:device_mgmt>)
-vor_precompile(library_test filesystem fmt/core.h functional gtest/gtest.h map optional sstream string vector)
+vor_precompile(library_test REUSE_FROM test_headers)
 target_link_libraries(library_test PRIVATE fake_vorinfra device_mgmt GTest::gtest_main vor_warnings ${CMAKE_DL_LIBS})
 
 gtest_discover_tests(library_test DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 60 LABELS library_test)
@@ -50,4 +50,4 @@ target_link_libraries(rows_alone PRIVATE GTest::gtest vor_warnings)
 # position independent as a program's objects are, so that the programs' precompiled headers serve
 set_target_properties(rows_alone PROPERTIES POSITION_INDEPENDENT_CODE OFF)
 target_compile_options(rows_alone PRIVATE -fPIE)
-vor_precompile(rows_alone REUSE_FROM library_test)
+vor_precompile(rows_alone REUSE_FROM test_headers)

@@ -41,6 +41,7 @@ class Argument(NamedTuple):
     convert: Callable[[Any], Any]  # raises TypeError or ValueError for what does not fit
     role: str = "given"  # or count (of the list), list, result
     default: Any = inspect.Parameter.empty
+    sized: bool = False  # its bytes are in the message as they are
     only_where: tuple[str, int] | None = None  # the other argument, and with which value of it this one is sent
 
 
@@ -107,7 +108,7 @@ def text(
             raise ValueError(f"{name} must {what}")
         return encoded
 
-    return Argument(name, C_TYPES["vor_char*"], convert, **facts)
+    return Argument(name, C_TYPES["vor_char*"], convert, sized=True, **facts)
 
 
 def address(name: str, **facts: Any) -> Argument:
@@ -120,7 +121,7 @@ def address(name: str, **facts: Any) -> Argument:
             return f"be an IPv4 address such as 192.168.1.10, not {shown(given)}"
         return ""
 
-    return text(name, problem=problem, **facts)
+    return text(name, problem=problem, **facts)._replace(sized=False)
 
 
 def word(name: str, words: str, **facts: Any) -> Argument:

@@ -8,13 +8,13 @@ from ._gateway import Call, Endpoint, Family, Query
 class Adc(Family):
     set_config_polling = Call("vor_cfg_set_adc_config_polling", "request", number("adc_index", "vor_int16"), number("channel_index", "vor_int16"), number("mode", "vor_int16"), number("polling_freq", "vor_uint32"), number("option", "vor_int16"))
     get_port_stats = Call("vor_cfg_get_adc_port_stats", "request", number("adc_index", "vor_int16", 0, 65535), number("channel_index", "vor_int16", 0, 65535), code="void*", record=records.AdcPinStats, layout="=HB5xQQ")
-    set_channel_name = Call("vor_cfg_set_adc_channel_name", "request", number("adc_index", "vor_uchar"), number("channel_index", "vor_uchar"), text("name"), number("set", "vor_uchar"))
+    set_channel_name = Call("vor_cfg_set_adc_channel_name", "request", number("adc_index", "vor_uchar"), number("channel_index", "vor_uchar"), text("name"), number("set", "vor_uchar"), fixed=21)
     reset_config_mode = Call("vor_cfg_reset_adc_config_mode", "request", number("adc_index", "vor_int16"), number("channel_index", "vor_int16"), number("mode", "vor_int16"), number("option", "vor_int16"))
 
 
 class Can(Family):
-    set_channel_name = Call("vor_cfg_set_can_channel_name", "request", number("peer_id", "vor_uint32"), text("name"), number("set", "vor_uchar"))
-    set_baudrate = Call("vor_cfg_set_can_baudrate", "request", number("can_port", "vor_uchar"), text("baudrate"), number("set", "vor_uchar"))
+    set_channel_name = Call("vor_cfg_set_can_channel_name", "request", number("peer_id", "vor_uint32"), text("name"), number("set", "vor_uchar"), fixed=16)
+    set_baudrate = Call("vor_cfg_set_can_baudrate", "request", number("can_port", "vor_uchar"), text("baudrate"), number("set", "vor_uchar"), fixed=14)
     set_id = Call("vor_cfg_set_can_id", "request", number("port_num", "vor_int16"), number("can_id", "vor_uint32"), number("option", "vor_int16"))
     set_peer_id = Call("vor_cfg_set_can_peer_id", "request", number("port_num", "vor_int16"), number("peer_id", "vor_uint32"), number("option", "vor_int16"))
     set_msg_id = Call("vor_cfg_set_can_msg_id", "request", number("peer_id", "vor_uint32"), number("msg_id", "vor_uint32"), number("option", "vor_int16"))
@@ -30,8 +30,8 @@ class Debug(Family):
 
 
 class Devicename(Family):
-    set_device_name = Call("vor_cfg_set_device_name", "request", text("device_name"), number("option", "vor_uchar"))
-    set_device_location = Call("vor_cfg_set_device_location", "request", text("device_location"), number("option", "vor_uchar"))
+    set_device_name = Call("vor_cfg_set_device_name", "request", text("device_name"), number("option", "vor_uchar"), fixed=0)
+    set_device_location = Call("vor_cfg_set_device_location", "request", text("device_location"), number("option", "vor_uchar"), fixed=0)
     set_device_id = Call("vor_cfg_set_device_id", "request", number("sensor_id", "vor_uint32"), number("option", "vor_uchar"))
 
 
@@ -43,43 +43,43 @@ class Gpio(Family):
     set_direction = Call("vor_cfg_set_gpio_direction", "request", number("port_num", "vor_int16"), number("direction", "vor_int16"), number("option", "vor_int16"))
     set_config_interrupt = Call("vor_cfg_set_gpio_config_interrupt", "request", number("port_num", "vor_int16"), number("mode", "vor_int16"), number("interrupt_type", "vor_uchar"), number("option", "vor_int16"))
     set_config_polling = Call("vor_cfg_set_gpio_config_polling", "request", number("port_num", "vor_int16"), number("mode", "vor_int16"), number("polling_freq", "vor_uint32"), number("option", "vor_int16"))
-    set_channel_name = Call("vor_cfg_set_gpio_channel_name", "request", number("gpio_port", "vor_uchar"), text("name"), number("set", "vor_uchar"))
+    set_channel_name = Call("vor_cfg_set_gpio_channel_name", "request", number("gpio_port", "vor_uchar"), text("name"), number("set", "vor_uchar"), fixed=14)
     set_value = Call("vor_cfg_set_gpio_value", "one_way", number("port_num", "vor_int16", 0, 65535), number("value", "vor_int16", 0, 65535))
     get_port_stats = Call("vor_cfg_get_gpio_port_stats", "request", number("port_num", "vor_int16", 0, 65535), code="void*", record=records.GpioPinStats, layout="=HB5xQQ")
 
 
 class Gsm(Family):
-    set_access_point_name = Call("vor_cfg_gsm_set_access_point_name", "request", number("gsm_port", "vor_uchar"), text("access_point_name"), number("option", "vor_uchar"))
-    set_username = Call("vor_cfg_gsm_set_username", "request", number("gsm_port", "vor_uchar"), text("username"), number("option", "vor_uchar"))
-    set_password = Call("vor_cfg_gsm_set_password", "request", number("gsm_port", "vor_uchar"), text("password", secret=True), number("option", "vor_uchar"))
+    set_access_point_name = Call("vor_cfg_gsm_set_access_point_name", "request", number("gsm_port", "vor_uchar"), text("access_point_name"), number("option", "vor_uchar"), fixed=14)
+    set_username = Call("vor_cfg_gsm_set_username", "request", number("gsm_port", "vor_uchar"), text("username"), number("option", "vor_uchar"), fixed=14)
+    set_password = Call("vor_cfg_gsm_set_password", "request", number("gsm_port", "vor_uchar"), text("password", secret=True), number("option", "vor_uchar"), fixed=14)
     activate = Call("vor_cfg_gsm_activate", "request", number("gsm_port", "vor_uchar"))
 
 
 class Gw(Family):
-    set_device_latitude_config = Call("vor_cfg_set_gw_device_latitude_config", "request", number("set", "vor_uchar", 0, 1), text("latitude"))
-    set_device_longitude_config = Call("vor_cfg_set_gw_device_longitude_config", "request", number("set", "vor_uchar", 0, 1), text("longitude"))
+    set_device_latitude_config = Call("vor_cfg_set_gw_device_latitude_config", "request", number("set", "vor_uchar", 0, 1), text("latitude"), fixed=0)
+    set_device_longitude_config = Call("vor_cfg_set_gw_device_longitude_config", "request", number("set", "vor_uchar", 0, 1), text("longitude"), fixed=0)
 
 
 class Hostname(Family):
-    set_plat_hostname = Call("vor_cfg_set_plat_hostname", "one_way", text("hostname"))
+    set_plat_hostname = Call("vor_cfg_set_plat_hostname", "one_way", text("hostname"), fixed=0)
 
 
 class Ip(Family):
     set_ip_address = Call("vor_cfg_set_ip_address", "request", number("interface_number", "vor_uchar", 0, 2), address("ip_address"), address("subnet_mask"), number("config_option", "vor_uchar"))
-    set_ipv6_address = Call("vor_cfg_set_ipv6_address", "request", number("interface_number", "vor_uint16"), text("ip_address"), number("config_option", "vor_char", 0, 255))
+    set_ipv6_address = Call("vor_cfg_set_ipv6_address", "request", number("interface_number", "vor_uint16"), text("ip_address"), number("config_option", "vor_char", 0, 255), fixed=8)
     set_dhcp = Call("vor_cfg_set_dhcp", "request", number("interface_number", "vor_uchar"), number("config_option", "vor_char", 0, 255))
     set_ipv6_dhcp = Call("vor_cfg_set_ipv6_dhcp", "request", number("interface_number", "vor_uchar"), number("config_option", "vor_char", 0, 255))
-    set_interface_security_params = Call("vor_cfg_set_interface_security_params", "request", number("interface_number", "vor_uchar"), text("password", secret=True), text("ssid"), number("encryption_protocol", "vor_uint16"), number("config_option", "vor_uchar"))
-    set_access_point_params = Call("vor_cfg_set_access_point_params", "request", number("intr_num", "vor_uint16"), text("passwd", secret=True), text("ssid"), number("protocol", "vor_uint16"), number("country_code", "vor_uint16"), number("config_option", "vor_char", 0, 255))
-    set_dhcp_server_address_range = Call("vor_cfg_set_dhcp_server_address_range", "request", text("pool_name"), address("lo_addr"), address("hi_addr"), number("addr_range", "vor_int32"), number("config_option", "vor_int16", 0, 255))
-    set_dhcp_server_dns = Call("vor_cfg_set_dhcp_server_dns", "request", text("pool_name"), count("dns_server_num", "vor_int16"), number("config_option", "vor_char", 0, 255), texts(address("dns_server"), 4))
-    set_dhcp_server_pool_name = Call("vor_cfg_set_dhcp_server_pool_name", "request", text("pool_name"), number("config_option", "vor_char", 0, 255))
-    set_dhcp_server_interface = Call("vor_cfg_set_dhcp_server_interface", "request", text("pool_name"), number("interface_number", "vor_uint16"), number("config_option", "vor_char", 0, 255))
-    set_dhcp_server_subnet = Call("vor_cfg_set_dhcp_server_subnet", "request", text("pool_name"), address("subnet_mask"), number("config_option", "vor_char", 0, 255))
-    set_dhcp_server_def_router = Call("vor_cfg_set_dhcp_server_def_router", "request", text("pool_name"), address("def_router"), number("config_option", "vor_char", 0, 255))
-    set_dhcp_server_domain_name = Call("vor_cfg_set_dhcp_server_domain_name", "request", text("pool_name"), text("domain_name"), number("config_option", "vor_char", 0, 255))
-    set_dhcp_server_lease_time = Call("vor_cfg_set_dhcp_server_lease_time", "request", text("pool_name"), number("lease_time", "vor_int32"), number("config_option", "vor_char", 0, 255))
-    set_dhcp_server_dns_client = Call("vor_cfg_set_dhcp_server_dns_client", "one_way", text("def_search_domain"), decimal("intr_num", 0, 65535), count("dns_server_num", "vor_int16"), texts(address("dns_server"), 4))
+    set_interface_security_params = Call("vor_cfg_set_interface_security_params", "request", number("interface_number", "vor_uchar"), text("password", secret=True), text("ssid"), number("encryption_protocol", "vor_uint16"), number("config_option", "vor_uchar"), fixed=15)
+    set_access_point_params = Call("vor_cfg_set_access_point_params", "request", number("intr_num", "vor_uint16"), text("passwd", secret=True), text("ssid"), number("protocol", "vor_uint16"), number("country_code", "vor_uint16"), number("config_option", "vor_char", 0, 255), fixed=22)
+    set_dhcp_server_address_range = Call("vor_cfg_set_dhcp_server_address_range", "request", text("pool_name"), address("lo_addr"), address("hi_addr"), number("addr_range", "vor_int32"), number("config_option", "vor_int16", 0, 255), fixed=28)
+    set_dhcp_server_dns = Call("vor_cfg_set_dhcp_server_dns", "request", text("pool_name"), count("dns_server_num", "vor_int16"), number("config_option", "vor_char", 0, 255), texts(address("dns_server"), 4), fixed=17)
+    set_dhcp_server_pool_name = Call("vor_cfg_set_dhcp_server_pool_name", "request", text("pool_name"), number("config_option", "vor_char", 0, 255), fixed=1)
+    set_dhcp_server_interface = Call("vor_cfg_set_dhcp_server_interface", "request", text("pool_name"), number("interface_number", "vor_uint16"), number("config_option", "vor_char", 0, 255), fixed=8)
+    set_dhcp_server_subnet = Call("vor_cfg_set_dhcp_server_subnet", "request", text("pool_name"), address("subnet_mask"), number("config_option", "vor_char", 0, 255), fixed=10)
+    set_dhcp_server_def_router = Call("vor_cfg_set_dhcp_server_def_router", "request", text("pool_name"), address("def_router"), number("config_option", "vor_char", 0, 255), fixed=10)
+    set_dhcp_server_domain_name = Call("vor_cfg_set_dhcp_server_domain_name", "request", text("pool_name"), text("domain_name"), number("config_option", "vor_char", 0, 255), fixed=1)
+    set_dhcp_server_lease_time = Call("vor_cfg_set_dhcp_server_lease_time", "request", text("pool_name"), number("lease_time", "vor_int32"), number("config_option", "vor_char", 0, 255), fixed=10)
+    set_dhcp_server_dns_client = Call("vor_cfg_set_dhcp_server_dns_client", "one_way", text("def_search_domain"), decimal("intr_num", 0, 65535), count("dns_server_num", "vor_int16"), texts(address("dns_server"), 4), fixed=23)
     set_default_gateway = Call("vor_cfg_set_default_gateway", "request", address("def_gateway"), decimal("iface_num", 0, 65535), number("config_option", "vor_char", 0, 255))
     show_route_status = Call("vor_cfg_show_route_status", "request", decimal("iface_num", 0, 255))
     enable_ip_routing = Call("vor_cfg_enable_ip_routing", "one_way", decimal("enable_status", 0, 65535, words={"enable": 0, "disable": 1}))
@@ -90,44 +90,44 @@ class Ip(Family):
 
 class Konfd(Family):
     set_interface_ip = Call("vor_cfg_set_interface_ip", "konfd", konfd_text("interface"), konfd_text("ip_address"))
-    query = Query("vor_konfd_bi_dir_comm", "konfd", number("operation", "vor_uchar", 1, 3, words={"set": 1, "check": 2, "unset": 3}), konfd_text("line_key", secret=True, default=None), konfd_text("line_value", secret=True, default=None), konfd_text("pattern_key", secret=True), konfd_text("pattern_value", secret=True, default=None), decimal("priority", -2147483648, 2147483647, default=None), texts(konfd_text("path", secret=True, default=()), 255))
+    query = Query("vor_konfd_bi_dir_comm", "konfd", number("operation", "vor_uchar", 1, 3, words={"set": 1, "check": 2, "unset": 3}), konfd_text("line_key", secret=True, default=None), konfd_text("line_value", secret=True, default=None), konfd_text("pattern_key", secret=True), konfd_text("pattern_value", secret=True, default=None), decimal("priority", -2147483648, 2147483647, default=None), texts(konfd_text("path", secret=True, default=()), 50))
 
 
 class Lora(Family):
-    set_channel = Call("tarn_cfg_lora_set_channel", "request", number("port_num", "vor_int16"), text("channel_name"), number("set", "vor_uchar"))
+    set_channel = Call("tarn_cfg_lora_set_channel", "request", number("port_num", "vor_int16"), text("channel_name"), number("set", "vor_uchar"), fixed=7)
 
 
 class Modbus(Family):
-    set_channel_name = Call("vor_cfg_set_modbus_channel_name", "request", number("modbus_port", "vor_uchar"), text("name"), number("slave_id", "vor_uint32"), number("set", "vor_uchar"))
-    set_baudrate = Call("vor_cfg_set_modbus_baudrate", "request", number("modbus_port", "vor_uchar"), text("baudrate"), number("slave_id", "vor_uint32"), number("set", "vor_uchar"))
-    set_parity = Call("vor_cfg_set_modbus_parity", "request", number("modbus_port", "vor_uchar"), text("parity"), number("slave_id", "vor_uint32"), number("set", "vor_uchar"))
+    set_channel_name = Call("vor_cfg_set_modbus_channel_name", "request", number("modbus_port", "vor_uchar"), text("name"), number("slave_id", "vor_uint32"), number("set", "vor_uchar"), fixed=23)
+    set_baudrate = Call("vor_cfg_set_modbus_baudrate", "request", number("modbus_port", "vor_uchar"), text("baudrate"), number("slave_id", "vor_uint32"), number("set", "vor_uchar"), fixed=23)
+    set_parity = Call("vor_cfg_set_modbus_parity", "request", number("modbus_port", "vor_uchar"), text("parity"), number("slave_id", "vor_uint32"), number("set", "vor_uchar"), fixed=23)
     set_data_bit = Call("vor_cfg_set_modbus_data_bit", "request", number("modbus_port", "vor_uchar"), number("data_bit", "vor_uint32"), number("slave_id", "vor_uint32"), number("set", "vor_uchar"))
     set_stop_bit = Call("vor_cfg_set_modbus_stop_bit", "request", number("modbus_port", "vor_uchar"), number("stop_bit", "vor_uchar"), number("slave_id", "vor_uint32"), number("set", "vor_uchar"))
     set_slave_id = Call("vor_cfg_set_modbus_slave_id", "request", number("modbus_port", "vor_uchar"), number("dev_mode", "vor_uchar"), number("slave_id", "vor_uint32"), number("set", "vor_uchar"))
-    set_reg_grp_name = Call("vor_cfg_set_modbus_reg_grp_name", "request", number("modbus_port", "vor_uchar"), text("grp_name"), number("slave_id", "vor_uint32"), number("option", "vor_uchar"))
-    set_config_polling = Call("vor_cfg_set_modbus_config_polling", "request", text("reg_grp_name"), number("reg_addr", "vor_uint32"), number("opertn_type", "vor_uchar"), number("mode", "vor_uchar"), number("polling_freq", "vor_uint32"), number("option", "vor_uchar"))
-    set_query_config_polling = Call("vor_cfg_set_modbus_query_config_polling", "request", text("reg_grp_name"), text("query"), number("opertn_type", "vor_uchar"), number("reg_type", "vor_uchar"), number("mode", "vor_uchar"), number("polling_freq", "vor_uint32"), number("option", "vor_uchar"))
-    reset_config_mode = Call("vor_cfg_reset_modbus_config_mode", "request", text("grp_name"), number("reg_addr", "vor_uint32"), number("opertn_type", "vor_uchar"), number("mode", "vor_uchar"), number("option", "vor_uchar"))
-    set_reg_config = Call("vor_cfg_set_modbus_reg_config", "request", text("grp_name"), number("reg_addr", "vor_uint32"), number("reg_type", "vor_uchar"), number("reg_no", "vor_uint32"), number("opertn_type", "vor_uchar"), number("option", "vor_uchar"))
-    set_query_config = Call("vor_cfg_set_modbus_query_config", "request", text("grp_name"), text("query"), number("reg_type", "vor_uchar"), number("opertn_type", "vor_uchar"), number("option", "vor_uchar"))
-    set_tcp_service_protocol = Call("vor_cfg_set_modbus_tcp_service_protocol", "request", text("service_name"), number("dev_mode", "vor_uchar"), number("protocol", "vor_int16"), number("set", "vor_uchar"))
-    set_tcp_slave_id = Call("vor_cfg_set_modbus_tcp_slave_id", "request", text("service_name"), number("slave_id", "vor_uint32"), number("set", "vor_uchar"))
-    set_tcp_slave_ip = Call("vor_cfg_set_modbus_tcp_slave_ip", "request", text("service_name"), text("ip_address"), number("slave_id", "vor_uint32"), number("option", "vor_uchar"))
-    set_tcp_slave_port = Call("vor_cfg_set_modbus_tcp_slave_port", "request", text("service_name"), text("port_number"), number("slave_id", "vor_uint32"), number("option", "vor_uchar"))
-    set_tcp_reg_grp_name = Call("vor_cfg_set_modbus_tcp_reg_grp_name", "request", text("service_name"), text("grp_name"), number("slave_id", "vor_uint32"), number("option", "vor_uchar"))
-    set_tcp_channel_name = Call("vor_cfg_set_modbus_tcp_channel_name", "request", text("service_name"), text("name"), number("slave_id", "vor_uint32"), number("set", "vor_uchar"))
+    set_reg_grp_name = Call("vor_cfg_set_modbus_reg_grp_name", "request", number("modbus_port", "vor_uchar"), text("grp_name"), number("slave_id", "vor_uint32"), number("option", "vor_uchar"), fixed=23)
+    set_config_polling = Call("vor_cfg_set_modbus_config_polling", "request", text("reg_grp_name"), number("reg_addr", "vor_uint32"), number("opertn_type", "vor_uchar"), number("mode", "vor_uchar"), number("polling_freq", "vor_uint32"), number("option", "vor_uchar"), fixed=39)
+    set_query_config_polling = Call("vor_cfg_set_modbus_query_config_polling", "request", text("reg_grp_name"), text("query"), number("opertn_type", "vor_uchar"), number("reg_type", "vor_uchar"), number("mode", "vor_uchar"), number("polling_freq", "vor_uint32"), number("option", "vor_uchar"), fixed=37)
+    reset_config_mode = Call("vor_cfg_reset_modbus_config_mode", "request", text("grp_name"), number("reg_addr", "vor_uint32"), number("opertn_type", "vor_uchar"), number("mode", "vor_uchar"), number("option", "vor_uchar"), fixed=30)
+    set_reg_config = Call("vor_cfg_set_modbus_reg_config", "request", text("grp_name"), number("reg_addr", "vor_uint32"), number("reg_type", "vor_uchar"), number("reg_no", "vor_uint32"), number("opertn_type", "vor_uchar"), number("option", "vor_uchar"), fixed=39)
+    set_query_config = Call("vor_cfg_set_modbus_query_config", "request", text("grp_name"), text("query"), number("reg_type", "vor_uchar"), number("opertn_type", "vor_uchar"), number("option", "vor_uchar"), fixed=21)
+    set_tcp_service_protocol = Call("vor_cfg_set_modbus_tcp_service_protocol", "request", text("service_name"), number("dev_mode", "vor_uchar"), number("protocol", "vor_int16"), number("set", "vor_uchar"), fixed=21)
+    set_tcp_slave_id = Call("vor_cfg_set_modbus_tcp_slave_id", "request", text("service_name"), number("slave_id", "vor_uint32"), number("set", "vor_uchar"), fixed=16)
+    set_tcp_slave_ip = Call("vor_cfg_set_modbus_tcp_slave_ip", "request", text("service_name"), text("ip_address"), number("slave_id", "vor_uint32"), number("option", "vor_uchar"), fixed=16)
+    set_tcp_slave_port = Call("vor_cfg_set_modbus_tcp_slave_port", "request", text("service_name"), text("port_number"), number("slave_id", "vor_uint32"), number("option", "vor_uchar"), fixed=16)
+    set_tcp_reg_grp_name = Call("vor_cfg_set_modbus_tcp_reg_grp_name", "request", text("service_name"), text("grp_name"), number("slave_id", "vor_uint32"), number("option", "vor_uchar"), fixed=16)
+    set_tcp_channel_name = Call("vor_cfg_set_modbus_tcp_channel_name", "request", text("service_name"), text("name"), number("slave_id", "vor_uint32"), number("set", "vor_uchar"), fixed=16)
 
 
 class Mqtt(Family):
-    set_username_and_password = Call("vor_cfg_set_mqtt_username_and_password", "request", text("service_name"), number("protocol", "vor_uchar"), text("username"), text("password", secret=True), number("config_option", "vor_uchar"))
-    set_server_config = Call("vor_cfg_set_mqtt_server_config", "request", text("service_name"), number("protocol", "vor_uchar"), text("ip_address"), number("port_number", "vor_int16", 0, 65535), number("server_type", "vor_uchar"), number("config_option", "vor_uchar"))
-    activate_session = Call("vor_cfg_mqtt_activate_session", "one_way", text("service_name"), number("protocol", "vor_uchar"))
-    deactivate_session = Call("vor_cfg_mqtt_deactivate_session", "one_way", text("service_name"), number("protocol", "vor_uchar"))
-    set_application = Call("vor_cfg_set_mqtt_application", "request", text("service_name"), number("protocol", "vor_uchar"), text("app_name"), number("config_option", "vor_uchar"))
-    set_bind_addr = Call("vor_cfg_set_mqtt_bind_addr", "request", text("service_name"), number("protocol", "vor_uchar"), number("interface_no", "vor_uint16"), number("config_option", "vor_uchar"))
-    set_registration_template = Call("vor_cfg_set_mqtt_registration_template", "request", text("service_name"), number("protocol", "vor_uchar"), text("reg_template"), number("config_option", "vor_uchar"))
-    set_topic = Call("vor_cfg_set_mqtt_topic", "request", text("topic_name"), number("config_option", "vor_uchar"))
-    set_message = Call("vor_cfg_set_mqtt_message", "request", text("message"), number("config_option", "vor_uchar"))
+    set_username_and_password = Call("vor_cfg_set_mqtt_username_and_password", "request", text("service_name"), number("protocol", "vor_uchar"), text("username"), text("password", secret=True), number("config_option", "vor_uchar"), fixed=8)
+    set_server_config = Call("vor_cfg_set_mqtt_server_config", "request", text("service_name"), number("protocol", "vor_uchar"), text("ip_address"), number("port_number", "vor_int16", 0, 65535), number("server_type", "vor_uchar"), number("config_option", "vor_uchar"), fixed=21)
+    activate_session = Call("vor_cfg_mqtt_activate_session", "one_way", text("service_name"), number("protocol", "vor_uchar"), fixed=0)
+    deactivate_session = Call("vor_cfg_mqtt_deactivate_session", "one_way", text("service_name"), number("protocol", "vor_uchar"), fixed=0)
+    set_application = Call("vor_cfg_set_mqtt_application", "request", text("service_name"), number("protocol", "vor_uchar"), text("app_name"), number("config_option", "vor_uchar"), fixed=8)
+    set_bind_addr = Call("vor_cfg_set_mqtt_bind_addr", "request", text("service_name"), number("protocol", "vor_uchar"), number("interface_no", "vor_uint16"), number("config_option", "vor_uchar"), fixed=15)
+    set_registration_template = Call("vor_cfg_set_mqtt_registration_template", "request", text("service_name"), number("protocol", "vor_uchar"), text("reg_template"), number("config_option", "vor_uchar"), fixed=8)
+    set_topic = Call("vor_cfg_set_mqtt_topic", "request", text("topic_name"), number("config_option", "vor_uchar"), fixed=1)
+    set_message = Call("vor_cfg_set_mqtt_message", "request", text("message"), number("config_option", "vor_uchar"), fixed=1)
     set_qos_level = Call("vor_cfg_set_mqtt_qos_level", "request", number("qos", "vor_uchar"), number("config_option", "vor_uchar"))
     set_retain_flag = Call("vor_cfg_set_mqtt_retain_flag", "request", number("retain_flag", "vor_uchar"), number("config_option", "vor_uchar"))
     set_keep_alive_interval = Call("vor_cfg_set_mqtt_keep_alive_interval", "request", number("interval", "vor_uint32"), number("config_option", "vor_uchar"))
@@ -135,15 +135,15 @@ class Mqtt(Family):
 
 
 class Pcu(Family):
-    set_config_module = Call("vor_cfg_set_pcu_config_module", "request", text("serial_number"))
+    set_config_module = Call("vor_cfg_set_pcu_config_module", "request", text("serial_number"), fixed=0)
     set_config_enable = Call("vor_cfg_set_pcu_config_enable", "request", number("is_enabled", "vor_uchar"))
 
 
 class Sensor(Family):
-    set_flow_data_template = Call("vor_cfg_set_flow_data_template", "request", text("sensor_name"), text("flow_name"), text("template_file"), number("set_flag", "vor_uchar"))
-    set_flow_registration_template = Call("vor_cfg_set_flow_registration_template", "request", text("sensor_name"), text("flow_name"), text("template_file"), number("set_flag", "vor_uchar"))
-    set_flow_chain = Call("vor_cfg_set_sensor_flow_chain", "request", text("sensor_name"), text("flow_name"), text("chain_name"), number("set_flag", "vor_uchar"))
-    set_channel = Call("vor_cfg_set_sensor_channel", "request", text("sensor_name"), text("channel_name"), number("set_flag", "vor_uchar"))
+    set_flow_data_template = Call("vor_cfg_set_flow_data_template", "request", text("sensor_name"), text("flow_name"), text("template_file"), number("set_flag", "vor_uchar"), fixed=7)
+    set_flow_registration_template = Call("vor_cfg_set_flow_registration_template", "request", text("sensor_name"), text("flow_name"), text("template_file"), number("set_flag", "vor_uchar"), fixed=7)
+    set_flow_chain = Call("vor_cfg_set_sensor_flow_chain", "request", text("sensor_name"), text("flow_name"), text("chain_name"), number("set_flag", "vor_uchar"), fixed=7)
+    set_channel = Call("vor_cfg_set_sensor_channel", "request", text("sensor_name"), text("channel_name"), number("set_flag", "vor_uchar"), fixed=7)
 
 
 class Serial(Family):
@@ -153,32 +153,32 @@ class Serial(Family):
     set_speed = Call("vor_cfg_set_serial_speed", "request", number("port_num", "vor_int16"), number("speed", "vor_int32"))
     set_flowcontrol = Call("vor_cfg_set_serial_flowcontrol", "request", number("port_num", "vor_int16"), number("flow_control", "vor_int16"))
     set_parity = Call("vor_cfg_set_serial_parity", "request", number("port_num", "vor_int16"), number("parity", "vor_int16"))
-    set_channel = Call("vor_cfg_serial_set_channel", "request", number("port_num", "vor_int16"), text("channel_name"), number("set", "vor_uchar"))
+    set_channel = Call("vor_cfg_serial_set_channel", "request", number("port_num", "vor_int16"), text("channel_name"), number("set", "vor_uchar"), fixed=7)
 
 
 class Snmp(Family):
-    set_v2_server_community_name = Call("vor_cfg_set_snmp_v2_server_community_name", "one_way", text("name", secret=True), number("mode", "vor_uchar"), number("option", "vor_uchar"))
-    set_v2_trap_server = Call("vor_cfg_set_snmp_v2_trap_server", "one_way", text("ip_addr"), text("community_name", secret=True), number("option", "vor_uchar"))
-    set_server_v3_credentials = Call("vor_cfg_set_snmp_server_v3_credentials", "request", text("input_string", secret=True), number("mode", "vor_uchar", 0, 1), number("option", "vor_uchar", 1, 3))
+    set_v2_server_community_name = Call("vor_cfg_set_snmp_v2_server_community_name", "one_way", text("name", secret=True), number("mode", "vor_uchar"), number("option", "vor_uchar"), fixed=14)
+    set_v2_trap_server = Call("vor_cfg_set_snmp_v2_trap_server", "one_way", text("ip_addr"), text("community_name", secret=True), number("option", "vor_uchar"), fixed=7)
+    set_server_v3_credentials = Call("vor_cfg_set_snmp_server_v3_credentials", "request", text("input_string", secret=True), number("mode", "vor_uchar", 0, 1), number("option", "vor_uchar", 1, 3), fixed=0)
     set_server_enable = Call("vor_cfg_set_snmp_server_enable", "one_way", number("is_enabled", "vor_uchar"))
-    set_server_v3_user_access = Call("vor_cfg_set_snmp_server_v3_user_access", "request", text("input_string"), number("access", "vor_uchar"))
-    set_server_v3_engine_id = Call("vor_cfg_set_snmp_server_v3_engine_id", "request", text("input_string"))
+    set_server_v3_user_access = Call("vor_cfg_set_snmp_server_v3_user_access", "request", text("input_string"), number("access", "vor_uchar"), fixed=7)
+    set_server_v3_engine_id = Call("vor_cfg_set_snmp_server_v3_engine_id", "request", text("input_string"), fixed=0)
 
 
 class Sub1g(Family):
     set_frequency = Call("vor_cfg_set_sub1g_frequency", "request", number("interface_num", "vor_int16"), number("frequency", "vor_int16"))
-    set_channel = Call("vor_cfg_sub1g_set_channel", "request", number("port_num", "vor_int16"), text("stream_name"), number("classifier", "vor_uchar"), text("channel_name"))
+    set_channel = Call("vor_cfg_sub1g_set_channel", "request", number("port_num", "vor_int16"), text("stream_name"), number("classifier", "vor_uchar"), text("channel_name"), fixed=14)
     get_reg_values = Call("vor_cfg_get_reg_values", "request", result("sub1g_reg", "void*"), record=records.Sub1gConfigReg, layout="=BBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBBB")
     set_power = Call("vor_cfg_set_sub1g_power", "request", number("interface_num", "vor_int16"), number("power", "vor_int16"))
 
 
 class Svc(Family):
-    rest_set_bind_addr = Call("vor_cfg_rest_set_bind_addr", "one_way", text("service_name"), text("bind_iface"))
-    rest_set_app = Call("vor_cfg_rest_set_app", "one_way", text("service_name"), text("app_name"))
-    set_rest_config = Call("vor_cfg_set_rest_config", "one_way", text("service_name"), text("ip_address"), number("port_number", "vor_int16", 0, 65535), number("security_option", "vor_int16"))
-    set_protocol_svc = Call("vor_cfg_set_protocol_svc", "one_way", text("service_name"), number("protocol", "vor_int16"))
-    set_service_chain = Call("vor_cfg_set_service_chain", "request", number("mode", "vor_uchar"), text("chain_name"), count("elm_count", "vor_uchar"), texts(text("member"), 255))
-    tp_set_app = Call("vor_cfg_tp_set_app", "one_way", text("service_name"), text("app_name"), number("app_sap_id", "vor_int16", 0, 65535))
+    rest_set_bind_addr = Call("vor_cfg_rest_set_bind_addr", "one_way", text("service_name"), text("bind_iface"), fixed=0)
+    rest_set_app = Call("vor_cfg_rest_set_app", "one_way", text("service_name"), text("app_name"), fixed=0)
+    set_rest_config = Call("vor_cfg_set_rest_config", "one_way", text("service_name"), text("ip_address"), number("port_number", "vor_int16", 0, 65535), number("security_option", "vor_int16"), fixed=14)
+    set_protocol_svc = Call("vor_cfg_set_protocol_svc", "one_way", text("service_name"), number("protocol", "vor_int16"), fixed=7)
+    set_service_chain = Call("vor_cfg_set_service_chain", "request", number("mode", "vor_uchar"), text("chain_name"), count("elm_count", "vor_uchar"), texts(text("member"), 49), fixed=1)
+    tp_set_app = Call("vor_cfg_tp_set_app", "one_way", text("service_name"), text("app_name"), number("app_sap_id", "vor_int16", 0, 65535), fixed=0)
 
 
 class Syslog(Family):
@@ -186,40 +186,40 @@ class Syslog(Family):
 
 
 class Time(Family):
-    set_ntp_server = Call("vor_set_ntp_server", "request", text("server_name"), number("port_no", "vor_uint32", 0, 65535), number("option", "vor_int32", -32768, 32767))
+    set_ntp_server = Call("vor_set_ntp_server", "request", text("server_name"), number("port_no", "vor_uint32", 0, 65535), number("option", "vor_int32", -32768, 32767), fixed=16)
     set_timezone_string = Call("vor_set_timezone_string", "request", number("time_zone_index", "vor_uint32"), number("option", "vor_int32", -32768, 32767))
 
 
 class Towermon(Family):
-    obj_aircon_channel_name = Call("vor_cfg_towermon_obj_aircon_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"))
-    obj_battery_channel_name = Call("vor_cfg_towermon_obj_battery_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"))
-    obj_fan_channel_name = Call("vor_cfg_towermon_obj_fan_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"))
-    obj_genset_channel_name = Call("vor_cfg_towermon_obj_genset_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"))
-    obj_power_measurement_channel_name = Call("vor_cfg_towermon_obj_power_measurement_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"))
-    obj_power_supply_channel_name = Call("vor_cfg_towermon_obj_power_supply_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"))
-    obj_ups_channel_name = Call("vor_cfg_towermon_obj_ups_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"))
-    obj_temp_sensor_channel_name = Call("vor_cfg_towermon_obj_temp_sensor_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"))
-    obj_humidity_sensor_channel_name = Call("vor_cfg_towermon_obj_humidity_sensor_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"))
-    obj_proximity_sensor_channel_name = Call("vor_cfg_towermon_obj_proximity_sensor_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"))
-    obj_fire_sensor_channel_name = Call("vor_cfg_towermon_obj_fire_sensor_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"))
-    obj_door_sensor_channel_name = Call("vor_cfg_towermon_obj_door_sensor_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"))
-    obj_aircon_physical_id = Call("vor_cfg_towermon_obj_aircon_physical_id", "request", text("sensor_name"), number("id", "vor_uchar"), number("option", "vor_uchar"))
-    obj_battery_physical_id = Call("vor_cfg_towermon_obj_battery_physical_id", "request", text("sensor_name"), number("id", "vor_uchar"), number("option", "vor_uchar"))
-    obj_fan_physical_id = Call("vor_cfg_towermon_obj_fan_physical_id", "request", text("sensor_name"), number("id", "vor_uchar"), number("option", "vor_uchar"))
-    obj_genset_physical_id = Call("vor_cfg_towermon_obj_genset_physical_id", "request", text("sensor_name"), number("id", "vor_uchar"), number("option", "vor_uchar"))
-    obj_power_measurement_physical_id = Call("vor_cfg_towermon_obj_power_measurement_physical_id", "request", text("sensor_name"), number("id", "vor_uchar"), number("option", "vor_uchar"))
-    obj_power_supply_physical_id = Call("vor_cfg_towermon_obj_power_supply_physical_id", "request", text("sensor_name"), number("id", "vor_uchar"), number("option", "vor_uchar"))
-    obj_ups_physical_id = Call("vor_cfg_towermon_obj_ups_physical_id", "request", text("sensor_name"), number("id", "vor_uchar"), number("option", "vor_uchar"))
-    obj_battery_ups_name = Call("vor_cfg_towermon_obj_battery_ups_name", "request", text("battery_name"), text("ups_name"), number("option", "vor_uchar"))
-    obj_battery_string_num = Call("vor_cfg_towermon_obj_battery_string_num", "request", text("battery_name"), number("string_num", "vor_uint16"), number("option", "vor_uchar"))
-    obj_genset_alerts = Call("vor_cfg_towermon_obj_genset_alerts", "request", text("sensor_name"), number("alert_1", "vor_int32"), number("alert_2", "vor_int32"), number("alert_3", "vor_int32"), number("alert_4", "vor_int32"), number("alert_5", "vor_int32"), number("alert_6", "vor_int32"), number("alert_7", "vor_int32"), number("alert_8", "vor_int32"), number("alert_9", "vor_int32"))
-    obj_power_measurement_alerts = Call("vor_cfg_towermon_obj_power_measurement_alerts", "request", text("sensor_name"), number("alert_1", "vor_int32"), number("alert_2", "vor_int32"), number("alert_3", "vor_int32"), number("alert_4", "vor_int32"), number("alert_5", "vor_int32"), number("alert_6", "vor_int32"), number("alert_7", "vor_int32"), number("alert_8", "vor_int32"), number("alert_9", "vor_int32"), number("alert_10", "vor_int32"), number("alert_11", "vor_int32"), number("alert_12", "vor_int32"))
-    obj_power_supply_alerts = Call("vor_cfg_towermon_obj_power_supply_alerts", "request", text("sensor_name"), number("alert_1", "vor_int32"), number("alert_2", "vor_int32"), number("alert_3", "vor_int32"), number("alert_4", "vor_int32"), number("alert_5", "vor_int32"), number("alert_6", "vor_int32"), number("alert_7", "vor_int32"), number("alert_8", "vor_int32"), number("alert_9", "vor_int32"), number("alert_10", "vor_int32"), number("alert_11", "vor_int32"), number("alert_12", "vor_int32"))
-    obj_ups_alerts = Call("vor_cfg_towermon_obj_ups_alerts", "request", text("sensor_name"), number("alert_1", "vor_int32"), number("alert_2", "vor_int32"))
-    obj_temp_sensor_threshold_set = Call("vor_cfg_towermon_obj_temp_sensor_threshold_set", "request", text("sensor_name"), number("threshold", "vor_int16"), number("criticality", "vor_int16"), number("threshold_value", "vor_int32", -32768, 32767), number("option", "vor_uchar"))
-    obj_humidity_sensor_threshold_set = Call("vor_cfg_towermon_obj_humidity_sensor_threshold_set", "request", text("sensor_name"), number("threshold", "vor_int16"), number("criticality", "vor_int16"), number("threshold_value", "vor_int32", -32768, 32767), number("option", "vor_uchar"))
-    set_tower_name = Call("vor_cfg_towermon_set_tower_name", "request", text("tower_name"), number("option", "vor_uchar"))
-    set_tower_location = Call("vor_cfg_towermon_set_tower_location", "request", text("tower_location"), number("option", "vor_uchar"))
+    obj_aircon_channel_name = Call("vor_cfg_towermon_obj_aircon_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"), fixed=7)
+    obj_battery_channel_name = Call("vor_cfg_towermon_obj_battery_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"), fixed=7)
+    obj_fan_channel_name = Call("vor_cfg_towermon_obj_fan_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"), fixed=7)
+    obj_genset_channel_name = Call("vor_cfg_towermon_obj_genset_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"), fixed=7)
+    obj_power_measurement_channel_name = Call("vor_cfg_towermon_obj_power_measurement_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"), fixed=7)
+    obj_power_supply_channel_name = Call("vor_cfg_towermon_obj_power_supply_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"), fixed=7)
+    obj_ups_channel_name = Call("vor_cfg_towermon_obj_ups_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"), fixed=7)
+    obj_temp_sensor_channel_name = Call("vor_cfg_towermon_obj_temp_sensor_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"), fixed=7)
+    obj_humidity_sensor_channel_name = Call("vor_cfg_towermon_obj_humidity_sensor_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"), fixed=7)
+    obj_proximity_sensor_channel_name = Call("vor_cfg_towermon_obj_proximity_sensor_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"), fixed=7)
+    obj_fire_sensor_channel_name = Call("vor_cfg_towermon_obj_fire_sensor_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"), fixed=7)
+    obj_door_sensor_channel_name = Call("vor_cfg_towermon_obj_door_sensor_channel_name", "request", text("sensor_name"), text("channel_name"), number("option", "vor_uchar"), fixed=7)
+    obj_aircon_physical_id = Call("vor_cfg_towermon_obj_aircon_physical_id", "request", text("sensor_name"), number("id", "vor_uchar"), number("option", "vor_uchar"), fixed=7)
+    obj_battery_physical_id = Call("vor_cfg_towermon_obj_battery_physical_id", "request", text("sensor_name"), number("id", "vor_uchar"), number("option", "vor_uchar"), fixed=7)
+    obj_fan_physical_id = Call("vor_cfg_towermon_obj_fan_physical_id", "request", text("sensor_name"), number("id", "vor_uchar"), number("option", "vor_uchar"), fixed=7)
+    obj_genset_physical_id = Call("vor_cfg_towermon_obj_genset_physical_id", "request", text("sensor_name"), number("id", "vor_uchar"), number("option", "vor_uchar"), fixed=7)
+    obj_power_measurement_physical_id = Call("vor_cfg_towermon_obj_power_measurement_physical_id", "request", text("sensor_name"), number("id", "vor_uchar"), number("option", "vor_uchar"), fixed=7)
+    obj_power_supply_physical_id = Call("vor_cfg_towermon_obj_power_supply_physical_id", "request", text("sensor_name"), number("id", "vor_uchar"), number("option", "vor_uchar"), fixed=7)
+    obj_ups_physical_id = Call("vor_cfg_towermon_obj_ups_physical_id", "request", text("sensor_name"), number("id", "vor_uchar"), number("option", "vor_uchar"), fixed=7)
+    obj_battery_ups_name = Call("vor_cfg_towermon_obj_battery_ups_name", "request", text("battery_name"), text("ups_name"), number("option", "vor_uchar"), fixed=0)
+    obj_battery_string_num = Call("vor_cfg_towermon_obj_battery_string_num", "request", text("battery_name"), number("string_num", "vor_uint16"), number("option", "vor_uchar"), fixed=7)
+    obj_genset_alerts = Call("vor_cfg_towermon_obj_genset_alerts", "request", text("sensor_name"), number("alert_1", "vor_int32"), number("alert_2", "vor_int32"), number("alert_3", "vor_int32"), number("alert_4", "vor_int32"), number("alert_5", "vor_int32"), number("alert_6", "vor_int32"), number("alert_7", "vor_int32"), number("alert_8", "vor_int32"), number("alert_9", "vor_int32"), fixed=81)
+    obj_power_measurement_alerts = Call("vor_cfg_towermon_obj_power_measurement_alerts", "request", text("sensor_name"), number("alert_1", "vor_int32"), number("alert_2", "vor_int32"), number("alert_3", "vor_int32"), number("alert_4", "vor_int32"), number("alert_5", "vor_int32"), number("alert_6", "vor_int32"), number("alert_7", "vor_int32"), number("alert_8", "vor_int32"), number("alert_9", "vor_int32"), number("alert_10", "vor_int32"), number("alert_11", "vor_int32"), number("alert_12", "vor_int32"), fixed=108)
+    obj_power_supply_alerts = Call("vor_cfg_towermon_obj_power_supply_alerts", "request", text("sensor_name"), number("alert_1", "vor_int32"), number("alert_2", "vor_int32"), number("alert_3", "vor_int32"), number("alert_4", "vor_int32"), number("alert_5", "vor_int32"), number("alert_6", "vor_int32"), number("alert_7", "vor_int32"), number("alert_8", "vor_int32"), number("alert_9", "vor_int32"), number("alert_10", "vor_int32"), number("alert_11", "vor_int32"), number("alert_12", "vor_int32"), fixed=108)
+    obj_ups_alerts = Call("vor_cfg_towermon_obj_ups_alerts", "request", text("sensor_name"), number("alert_1", "vor_int32"), number("alert_2", "vor_int32"), fixed=18)
+    obj_temp_sensor_threshold_set = Call("vor_cfg_towermon_obj_temp_sensor_threshold_set", "request", text("sensor_name"), number("threshold", "vor_int16"), number("criticality", "vor_int16"), number("threshold_value", "vor_int32", -32768, 32767), number("option", "vor_uchar"), fixed=28)
+    obj_humidity_sensor_threshold_set = Call("vor_cfg_towermon_obj_humidity_sensor_threshold_set", "request", text("sensor_name"), number("threshold", "vor_int16"), number("criticality", "vor_int16"), number("threshold_value", "vor_int32", -32768, 32767), number("option", "vor_uchar"), fixed=28)
+    set_tower_name = Call("vor_cfg_towermon_set_tower_name", "request", text("tower_name"), number("option", "vor_uchar"), fixed=0)
+    set_tower_location = Call("vor_cfg_towermon_set_tower_location", "request", text("tower_location"), number("option", "vor_uchar"), fixed=0)
     set_tower_id = Call("vor_cfg_towermon_set_tower_id", "request", number("sensor_id", "vor_uint32"), number("option", "vor_uchar"))
 
 
@@ -228,7 +228,7 @@ class Wifi(Family):
 
 
 class Wifimonitor(Family):
-    set_channel_name = Call("set_wifi_monitor_channel_name", "one_way", text("channel_name"), number("set", "vor_uchar"))
+    set_channel_name = Call("set_wifi_monitor_channel_name", "one_way", text("channel_name"), number("set", "vor_uchar"), fixed=7)
 
 
 class Gateway(Endpoint):

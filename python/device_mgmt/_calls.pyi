@@ -410,7 +410,7 @@ class Konfd(Family):
 
         operation: 1 to 3
         priority: -2147483648 to 2147483647
-        path: at most 255
+        path: at most 50
         """
 
 class Lora(Family):
@@ -851,7 +851,7 @@ class Svc(Family):
         """Define a service chain and wait for the verdict (svcmgr, SAP 9).
 
         mode: 0 to 255
-        member: elm_count texts (vor_char*), the members in order; at most 255
+        member: elm_count texts (vor_char*), the members in order; at most 49
         """
 
     def tp_set_app(self, service_name: str, app_name: str, app_sap_id: int) -> Result:

@@ -12,7 +12,7 @@ import types
 from typing import Any, NamedTuple, TypeVar
 
 from ._arguments import C_TYPES, Argument, number, shown
-from .records import Code
+from .records import TEXT_OVERHEAD, Code
 
 Self = TypeVar("Self", bound="Endpoint")
 LIBRARY = "libdevice_mgmt.so.1"
@@ -126,12 +126,25 @@ def not_sent(reason: str, kind: type[NotSent] = NotSent) -> NotSent:
     return kind(f"not sent: {reason}", Result(Outcome.not_sent))
 
 
+class _Buffer(ctypes.Structure):
+    _fields_ = [("at", ctypes.c_void_p), ("size", ctypes.c_uint16), ("others", ctypes.c_uint16 * 2)]
+
+
+def _room() -> int:
+    """The bytes that a message of the platform has room for."""
+    buffer, header = _Buffer(), 16
+    if library().vor_ipc_get_buffer(ctypes.byref(buffer)) != 0:
+        return 1 << 16
+    library().vor_ipc_drop_msg_buf(ctypes.byref(buffer))
+    return int(buffer.size) - header
+
+
 class Endpoint:
     """The endpoint of this process. `with` opens and closes it."""
 
     def __init__(self, sap: int) -> None:
         self._sap = number("sap", "vor_uint16", 0, 65535).convert(sap)
-        self.process = 0
+        self.process = self.room = 0
 
     def __enter__(self: Self) -> Self:
         self.open()
@@ -151,6 +164,7 @@ class Endpoint:
             if library().vor_cfg_create_ipc_endpoint(ctypes.c_uint16(self._sap)) != 0:
                 _Process.opened = None
                 raise not_sent(f"no endpoint at SAP {self._sap}")
+            self.room = _room()
 
     def close(self) -> None:
         """Unbind the endpoint, once; that of another process stays."""
@@ -176,10 +190,11 @@ class Call:
     keywords_only = False
 
     def __init__(
-        self, symbol: str, way: str, *arguments: Argument, code: str = "vor_int32", record: Any = None, layout: str = ""
+        self, symbol: str, way: str, *arguments: Argument, code: str = "vor_int32", fixed: int | None = None,
+        record: Any = None, layout: str = ""
     ) -> None:
         self.symbol, self.way, self.arguments, self.code = symbol, way, arguments, code
-        self.record, self.layout = record, layout
+        self.fixed, self.record, self.layout = fixed, record, layout
         self.given = [argument for argument in arguments if argument.role in ("given", "list")]
         kind = inspect.Parameter.KEYWORD_ONLY if self.keywords_only else inspect.Parameter.POSITIONAL_OR_KEYWORD
         self.__signature__ = inspect.Signature(
@@ -220,6 +235,7 @@ class Call:
         with _Process.lock:
             if _Process.opened is not endpoint:
                 raise not_sent("the gateway is not open")
+            self._check_size(values, endpoint.room)
             status = ctypes.c_int32.in_dll(library(), "vor_errno")
             status.value = 0  # a status found there afterwards is from this call
             bound, code, record = self._run(values)
@@ -227,6 +243,16 @@ class Call:
             if self.record is not None and outcome is Outcome.accepted and record is None:
                 outcome = Outcome.unknown
             return Result(outcome, code, status.value if outcome is Outcome.refused else 0), record
+
+    def _check_size(self, values: dict[str, Any], room: int) -> None:
+        sized = [(each.name, values[each.name]) for each in self.given if each.sized]
+        texts = [(name, text) for name, value in sized for text in (value if isinstance(value, list) else [value])]
+        if self.fixed is not None and self.fixed + sum(len(text) + TEXT_OVERHEAD for _, text in texts) > room:
+            longest = max(texts, key=lambda each: len(each[1]))[0]
+            raise ValueError(
+                f"{longest} does not fit: {sum(len(text) for _, text in texts)} bytes of text, "
+                f"but a message has room for {room}, element headers included"
+            )
 
     @functools.cached_property
     def _function(self) -> Any:

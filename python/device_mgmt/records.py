@@ -4,6 +4,7 @@ import enum
 from typing import NamedTuple
 
 VERSION = "1.0.0"
+TEXT_OVERHEAD = 6  # bytes of a message
 
 
 class Code(enum.IntEnum):

@@ -216,6 +216,7 @@ def test_queries_to_konfd(vorsim: Vorsim, gateway: Gateway) -> None:
     ("ip.enable_ip_routing", ("65536",), "enable_status must be 0 to 65535, enable or disable, not 65536"),
     ("ip.set_dhcp_server_dns", ("lan", 1, "9.9.9.9"), "dns_server must be a list of texts, not str"),
     ("ip.set_dhcp_server_dns", ("lan", 1, ["9.9.9.9"] * 5), "dns_server takes at most 4 values, not 5"),
+    ("svc.set_service_chain", (1, "chain", ["a"] * 50), "member takes at most 49 values, not 50"),
     ("ip.set_dhcp_server_dns", ("lan", 1, [None]), "dns_server must be a text, not NoneType"),
     ("debug.set_info", ("on", "all", "loud"), 'level must be error, warning, info, all or ipc, not "loud"'),
     ("debug.set_log_file", (3, "é" * 25), "name must be at most 49 bytes long, not 50"),
@@ -236,6 +237,27 @@ def test_what_does_not_fit_is_not_sent(
     assert str(error.value).startswith(rule)
     assert "sesame" not in repr(error.value) + repr(error.value.__context__)
     assert vorsim.received() == []
+
+
+@pytest.mark.parametrize("name, text", [
+    ("gsm set-password", "password"), ("devicename set-device-name", "device_name"), ("svc set-service-chain", "member"),
+    ("ip set-access-point-params", "ssid"), ("snmp set-server-v3-credentials", "input_string"),
+])
+def test_the_longest_text_is_vorcfgs(gateway: Gateway, name: str, text: str) -> None:
+    def arguments(length: int) -> Arguments:
+        given = example(CALLS[name])
+        return {**given, text: ["a" * length, *given[text]] if isinstance(given[text], list) else "a" * length}
+
+    def fits(length: int) -> bool:
+        try:
+            return made(gateway, name, arguments(length)).outcome is Outcome.accepted
+        except ValueError as error:
+            assert str(error).startswith(f"{text} does not fit: ")
+            return False
+
+    longest = [length for length in range(4000, 4100) if fits(length)][-1]
+    assert vorcfg([(name, arguments(longest))]) == ["accepted"]
+    assert "does not fit" in vorcfg([(name, arguments(longest + 1))])[0]
 
 
 def test_a_secret_is_not_shown() -> None:

@@ -240,8 +240,9 @@ def test_what_does_not_fit_is_not_sent(
 
 
 @pytest.mark.parametrize("name, text", [
-    ("gsm set-password", "password"), ("devicename set-device-name", "device_name"), ("svc set-service-chain", "member"),
+    ("gsm set-password", "password"), ("devicename set-device-name", "device_name"),
     ("ip set-access-point-params", "ssid"), ("snmp set-server-v3-credentials", "input_string"),
+    ("svc set-service-chain", "member"),
 ])
 def test_the_longest_text_is_vorcfgs(gateway: Gateway, name: str, text: str) -> None:
     def arguments(length: int) -> Arguments:

@@ -11,7 +11,7 @@ Threads may share a gateway: one call is made at a time.
 """
 from ._arguments import Secret
 from ._calls import Gateway
-from ._gateway import Error, Forked, NotSent, Outcome, Refused, Result, Unknown
+from ._outcome import Error, Forked, NotSent, Outcome, Refused, Result, Unknown
 from .records import VERSION as __version__
 from .records import Code
 

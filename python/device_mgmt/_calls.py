@@ -3,7 +3,8 @@
 """The calls, by family."""
 from . import records
 from ._arguments import address, count, decimal, konfd_text, number, result, text, texts, word
-from ._gateway import Call, Endpoint, Family, Query
+from ._call import Call, Family, Query
+from ._endpoint import Endpoint
 
 
 class Adc(Family):

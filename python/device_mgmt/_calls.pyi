@@ -2,7 +2,9 @@
 from typing import Literal, Sequence
 
 from ._arguments import Secret
-from ._gateway import Endpoint, Family, Result
+from ._call import Family
+from ._endpoint import Endpoint
+from ._outcome import Result
 from .records import AdcPinStats, GpioPinStats, Sub1gConfigReg, SystemTemperature
 
 class Adc(Family):

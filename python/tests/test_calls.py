@@ -13,7 +13,7 @@ from typing import Any, Dict, Iterator, List, Sequence, Set, Tuple
 import pytest
 
 import device_mgmt
-from device_mgmt import Forked, Gateway, NotSent, Outcome, Refused, Result, Secret, Unknown, _gateway
+from device_mgmt import Forked, Gateway, NotSent, Outcome, Refused, Result, Secret, Unknown, _endpoint
 from device_mgmt.testing import Vorsim
 
 ROOT = pathlib.Path(__file__).parents[2]
@@ -275,11 +275,11 @@ def test_a_secret_is_not_shown() -> None:
 
 
 def test_without_the_library(monkeypatch: pytest.MonkeyPatch) -> None:
-    monkeypatch.setattr(_gateway, "LIBRARY", "libdevice_mgmt.so.missing")
-    _gateway.library.cache_clear()
+    monkeypatch.setattr(_endpoint, "LIBRARY", "libdevice_mgmt.so.missing")
+    _endpoint.library.cache_clear()
     with pytest.raises(NotSent, match="^not sent: libdevice_mgmt.so.missing: cannot open .*; install it, or name "):
         Gateway(sap=200).open()
-    _gateway.library.cache_clear()
+    _endpoint.library.cache_clear()
 
 
 def test_one_endpoint(vorsim: Vorsim, gateway: Gateway) -> None:
@@ -351,13 +351,13 @@ def test_a_forked_process_leaves_the_endpoint_alone(vorsim: Vorsim) -> None:
 
 
 def test_a_fork_during_a_call(vorsim: Vorsim, gateway: Gateway, monkeypatch: pytest.MonkeyPatch) -> None:
-    parent, library = os.getpid(), _gateway.library()
+    parent, library = os.getpid(), _endpoint.library()
     unbind = library.vor_cfg_remove_ipc_endpoint
     monkeypatch.setattr(library, unbind.__name__, lambda: unbind() if os.getpid() == parent else os._exit(99))
     vorsim.fault("canmgr: late 300ms")
     thread = threading.Thread(target=gateway.can.set_id, args=(1, 1, 0))
     thread.start()
-    while not _gateway._Process.lock.locked():
+    while not _endpoint.Process.lock.locked():
         pass
     child = os.fork()
     if child == 0:

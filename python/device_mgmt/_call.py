@@ -1,177 +1,18 @@
-"""This process's endpoint, and how a call of the library is made and judged."""
+"""A call of the library as a method, and a query to konfd."""
 from __future__ import annotations
 
 import ctypes
-import enum
 import functools
 import inspect
 import os
 import struct
-import threading
 import types
-from typing import Any, NamedTuple, TypeVar
+from typing import Any
 
-from ._arguments import C_TYPES, Argument, number, shown
+from ._arguments import C_TYPES, Argument, shown
+from ._endpoint import LIBRARY, Endpoint, Process, library
+from ._outcome import Forked, NotSent, Outcome, Refused, Result, Unknown, not_sent, outcome_of
 from .records import TEXT_OVERHEAD, Code
-
-Self = TypeVar("Self", bound="Endpoint")
-LIBRARY = "libdevice_mgmt.so.1"
-
-
-class Outcome(enum.Enum):
-    """Never better than what is known: a code other than 0 seldom says how far a call came."""
-
-    accepted = "accepted"  # by the manager or konfd
-    sent = "sent"  # one-way: no verdict will come
-    refused = "refused"  # by the manager, with its status
-    not_sent = "not sent"
-    unknown = "unknown"  # it may have been applied
-
-
-class Result(NamedTuple):
-    """How a call ended."""
-
-    outcome: Outcome
-    code: int = 0  # as the library returned it
-    status: int = 0  # the manager's, where it refused with one
-
-    def __str__(self) -> str:
-        code = f" (code {self.code})" if self.code else ""
-        return {
-            Outcome.accepted: "accepted",
-            Outcome.sent: "sent; no verdict will come",
-            Outcome.refused: f"refused by the manager: status {self.status}",
-            Outcome.not_sent: "not sent" + code,
-            Outcome.unknown: "unknown: it may have been applied" + code,
-        }[self.outcome]
-
-
-class Error(Exception):
-    """A call that was neither accepted nor sent."""
-
-    def __init__(self, text: str, result: Result) -> None:
-        super().__init__(text, result)
-        self.result = result
-
-    def __str__(self) -> str:
-        return str(self.args[0])
-
-
-class Refused(Error):
-    """The manager refused, with `status`."""
-
-    @property
-    def status(self) -> int:
-        return self.result.status
-
-
-class Unknown(Error):
-    """It may have been applied."""
-
-
-class NotSent(Error):
-    """Nothing left this process."""
-
-
-class Forked(NotSent):
-    """The gateway was opened by the process from which this one was forked: open one here."""
-
-
-_FILLER = 0xA5 - 0x100  # the byte, signed, that the platform puts where an answer is too short
-
-
-def outcome_of(way: str, code: int, status: int, bound: bool) -> Outcome:
-    """What a code and vor_errno tell; bound says whether there was an endpoint or a connection before the call."""
-    if not bound or code in (Code.TOO_MANY_SERVERS, Code.MAC_ADDRESS):
-        return Outcome.not_sent
-    if code == Code.DONE:
-        return {"one_way": Outcome.sent, "one_way_unchecked": Outcome.unknown}.get(way, Outcome.accepted)
-    refused = way != "konfd" and code == Code.REFUSED and status != 0 and status >> 24 != _FILLER
-    return Outcome.refused if refused else Outcome.unknown
-
-
-# --- What a process has one of ------------------------------------------------------------
-
-
-class _Process:
-    lock = threading.Lock()  # held around a call and vor_errno, and while the endpoint changes
-    opened: Endpoint | None = None
-    unusable = False  # forked while a thread was in the library, whose own locks it may have held
-
-
-@functools.lru_cache(None)
-def library() -> ctypes.CDLL:
-    """The library, loaded when it is first needed."""
-    try:
-        loaded = ctypes.CDLL(LIBRARY)
-    except OSError as error:
-        raise not_sent(f"{error}; install it, or name its folder in LD_LIBRARY_PATH") from None
-    for name in ("vor_cfg_get_ipc_endpoint", "vor_cfg_get_sock_endpoint", "vor_cfg_proto_init"):
-        getattr(loaded, name).restype = ctypes.c_void_p
-    return loaded
-
-
-def _in_child() -> None:
-    _Process.unusable = _Process.unusable or _Process.lock.locked()
-    _Process.lock = threading.Lock()
-    if _Process.opened is not None:
-        library().vor_cfg_set_ipc_endpoint(None)  # forgets the parent's, and leaves it bound
-        _Process.opened = None
-
-
-os.register_at_fork(after_in_child=_in_child)
-
-
-def not_sent(reason: str, kind: type[NotSent] = NotSent) -> NotSent:
-    return kind(f"not sent: {reason}", Result(Outcome.not_sent))
-
-
-class _Buffer(ctypes.Structure):
-    _fields_ = [("at", ctypes.c_void_p), ("size", ctypes.c_uint16), ("others", ctypes.c_uint16 * 2)]
-
-
-def _room() -> int:
-    """The bytes that a message of the platform has room for."""
-    buffer, header = _Buffer(), 16
-    if library().vor_ipc_get_buffer(ctypes.byref(buffer)) != 0:
-        return 1 << 16
-    library().vor_ipc_drop_msg_buf(ctypes.byref(buffer))
-    return int(buffer.size) - header
-
-
-class Endpoint:
-    """The endpoint of this process. `with` opens and closes it."""
-
-    def __init__(self, sap: int) -> None:
-        self._sap = number("sap", "vor_uint16", 0, 65535).convert(sap)
-        self.process = self.room = 0
-
-    def __enter__(self: Self) -> Self:
-        self.open()
-        return self
-
-    def __exit__(self, *_: object) -> None:
-        self.close()
-
-    def open(self) -> None:
-        """Bind the endpoint; raises NotSent where that fails, or where this process already has one."""
-        with _Process.lock:
-            if _Process.unusable:
-                raise not_sent("this process was forked while another thread made a call", Forked)
-            if library().vor_cfg_get_ipc_endpoint() is not None:
-                raise not_sent("this process already has an endpoint")
-            _Process.opened, self.process = self, os.getpid()  # first, so that an interrupted one can be closed
-            if library().vor_cfg_create_ipc_endpoint(ctypes.c_uint16(self._sap)) != 0:
-                _Process.opened = None
-                raise not_sent(f"no endpoint at SAP {self._sap}")
-            self.room = _room()
-
-    def close(self) -> None:
-        """Unbind the endpoint, once; that of another process stays."""
-        with _Process.lock:
-            if _Process.opened is self:
-                _Process.opened = None
-                library().vor_cfg_remove_ipc_endpoint()
 
 
 class Family:
@@ -179,9 +20,6 @@ class Family:
 
     def __init__(self, endpoint: Endpoint) -> None:
         self.endpoint = endpoint
-
-
-# --- Calls --------------------------------------------------------------------------------
 
 
 class Call:
@@ -232,8 +70,8 @@ class Call:
     def _made(self, endpoint: Endpoint, values: dict[str, Any]) -> tuple[Result, Any]:
         if endpoint.process not in (0, os.getpid()):
             raise not_sent("the gateway was opened before this process was forked", Forked)
-        with _Process.lock:
-            if _Process.opened is not endpoint:
+        with Process.lock:
+            if Process.opened is not endpoint:
                 raise not_sent("the gateway is not open")
             self._check_size(values, endpoint.room)
             status = ctypes.c_int32.in_dll(library(), "vor_errno")

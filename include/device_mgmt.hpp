@@ -213,6 +213,14 @@ constexpr Outcome outcome_of(Way way, vor_int32 code, vor_int32 status, bool bou
     return asks_manager && refused ? Outcome::refused : Outcome::unknown;
 }
 
+/// The one-way messages that nobody received: a platform for development counts them.
+extern "C" unsigned vorinfra_messages_undelivered() __attribute__((weak));
+
+inline unsigned lost_messages()
+{
+    return vorinfra_messages_undelivered != nullptr ? vorinfra_messages_undelivered() : 0;
+}
+
 /// What a parameter takes. An int is allowed for literals, and checked at run time.
 template <class Given, class Parameter>
 concept Taken = !std::same_as<Given, std::nullptr_t> &&
@@ -293,6 +301,7 @@ struct Call {
             return result;
         }
         const bool bound = vor_cfg_get_ipc_endpoint() != nullptr;
+        const unsigned lost = lost_messages();
         vor_errno = 0; // a status found there afterwards is from this call
         const auto returned = Function(arguments.value...);
         if constexpr (!record) {
@@ -303,6 +312,9 @@ struct Call {
             result.code = VOR_CODE_REFUSED;
         }
         result.outcome = outcome_of(way<Function>, result.code, vor_errno, bound);
+        if (result && lost_messages() != lost) {
+            result.outcome = Outcome::unknown;
+        }
         result.status = result.outcome == Outcome::refused ? vor_errno : 0;
         return result;
     }

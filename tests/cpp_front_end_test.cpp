@@ -8,6 +8,18 @@
 
 namespace {
 
+bool nobody_listens = false;
+
+} // namespace
+
+extern "C" unsigned vorinfra_messages_undelivered()
+{
+    static unsigned count = 0;
+    return count += nobody_listens ? 1U : 0U;
+}
+
+namespace {
+
 using device_mgmt::call;
 using device_mgmt::Outcome;
 
@@ -64,6 +76,9 @@ TEST(cpp_front_end, outcome_per_return_code)
     EXPECT_EQ(text_of(call<vor_cfg_set_gpio_value>(1, 2)), "unknown -4 0 0");
     begin();
     EXPECT_EQ(text_of(call<vor_cfg_set_debug_info>(1, "all", "info")), "unknown 0 0 0") << "perhaps it was not sent";
+    nobody_listens = true;
+    EXPECT_EQ(text_of(call<vor_cfg_set_gpio_value>(1, 2)), "unknown 0 0 0") << "lost";
+    nobody_listens = false;
 }
 
 TEST(cpp_front_end, misfits_are_not_sent)

@@ -58,8 +58,8 @@ class Gsm(Family):
 
 
 class Gw(Family):
-    set_device_latitude_config = Call("vor_cfg_set_gw_device_latitude_config", "request", number("set", "vor_uchar", 0, 1), text("latitude"), fixed=0)
-    set_device_longitude_config = Call("vor_cfg_set_gw_device_longitude_config", "request", number("set", "vor_uchar", 0, 1), text("longitude"), fixed=0)
+    set_device_latitude_config = Call("vor_cfg_set_gw_device_latitude_config", "request", number("set", "vor_uchar", 0, 1), text("latitude"), fixed=1)
+    set_device_longitude_config = Call("vor_cfg_set_gw_device_longitude_config", "request", number("set", "vor_uchar", 0, 1), text("longitude"), fixed=1)
 
 
 class Hostname(Family):
@@ -74,14 +74,14 @@ class Ip(Family):
     set_interface_security_params = Call("vor_cfg_set_interface_security_params", "request", number("interface_number", "vor_uchar"), text("password", secret=True), text("ssid"), number("encryption_protocol", "vor_uint16"), number("config_option", "vor_uchar"), fixed=15)
     set_access_point_params = Call("vor_cfg_set_access_point_params", "request", number("intr_num", "vor_uint16"), text("passwd", secret=True), text("ssid"), number("protocol", "vor_uint16"), number("country_code", "vor_uint16"), number("config_option", "vor_char", 0, 255), fixed=22)
     set_dhcp_server_address_range = Call("vor_cfg_set_dhcp_server_address_range", "request", text("pool_name"), address("lo_addr"), address("hi_addr"), number("addr_range", "vor_int32"), number("config_option", "vor_int16", 0, 255), fixed=28)
-    set_dhcp_server_dns = Call("vor_cfg_set_dhcp_server_dns", "request", text("pool_name"), count("dns_server_num", "vor_int16"), number("config_option", "vor_char", 0, 255), texts(address("dns_server"), 4), fixed=17)
+    set_dhcp_server_dns = Call("vor_cfg_set_dhcp_server_dns", "request", text("pool_name"), count("dns_server_num", "vor_int16"), number("config_option", "vor_char", 0, 255), texts(address("dns_server"), 4), fixed=44)
     set_dhcp_server_pool_name = Call("vor_cfg_set_dhcp_server_pool_name", "request", text("pool_name"), number("config_option", "vor_char", 0, 255), fixed=1)
     set_dhcp_server_interface = Call("vor_cfg_set_dhcp_server_interface", "request", text("pool_name"), number("interface_number", "vor_uint16"), number("config_option", "vor_char", 0, 255), fixed=8)
     set_dhcp_server_subnet = Call("vor_cfg_set_dhcp_server_subnet", "request", text("pool_name"), address("subnet_mask"), number("config_option", "vor_char", 0, 255), fixed=10)
     set_dhcp_server_def_router = Call("vor_cfg_set_dhcp_server_def_router", "request", text("pool_name"), address("def_router"), number("config_option", "vor_char", 0, 255), fixed=10)
     set_dhcp_server_domain_name = Call("vor_cfg_set_dhcp_server_domain_name", "request", text("pool_name"), text("domain_name"), number("config_option", "vor_char", 0, 255), fixed=1)
     set_dhcp_server_lease_time = Call("vor_cfg_set_dhcp_server_lease_time", "request", text("pool_name"), number("lease_time", "vor_int32"), number("config_option", "vor_char", 0, 255), fixed=10)
-    set_dhcp_server_dns_client = Call("vor_cfg_set_dhcp_server_dns_client", "one_way", text("def_search_domain"), decimal("intr_num", 0, 65535), count("dns_server_num", "vor_int16"), texts(address("dns_server"), 4), fixed=23)
+    set_dhcp_server_dns_client = Call("vor_cfg_set_dhcp_server_dns_client", "one_way", text("def_search_domain"), decimal("intr_num", 0, 65535), count("dns_server_num", "vor_int16"), texts(address("dns_server"), 4), fixed=50)
     set_default_gateway = Call("vor_cfg_set_default_gateway", "request", address("def_gateway"), decimal("iface_num", 0, 65535), number("config_option", "vor_char", 0, 255))
     show_route_status = Call("vor_cfg_show_route_status", "request", decimal("iface_num", 0, 255))
     enable_ip_routing = Call("vor_cfg_enable_ip_routing", "one_way", decimal("enable_status", 0, 65535, words={"enable": 0, "disable": 1}))
@@ -161,7 +161,7 @@ class Serial(Family):
 class Snmp(Family):
     set_v2_server_community_name = Call("vor_cfg_set_snmp_v2_server_community_name", "one_way", text("name", secret=True), number("mode", "vor_uchar"), number("option", "vor_uchar"), fixed=14)
     set_v2_trap_server = Call("vor_cfg_set_snmp_v2_trap_server", "one_way", text("ip_addr"), text("community_name", secret=True), number("option", "vor_uchar"), fixed=7)
-    set_server_v3_credentials = Call("vor_cfg_set_snmp_server_v3_credentials", "request", text("input_string", secret=True), number("mode", "vor_uchar", 0, 1), number("option", "vor_uchar", 1, 3), fixed=0)
+    set_server_v3_credentials = Call("vor_cfg_set_snmp_server_v3_credentials", "request", text("input_string", secret=True), number("mode", "vor_uchar", 0, 1), number("option", "vor_uchar", 1, 3), fixed=7)
     set_server_enable = Call("vor_cfg_set_snmp_server_enable", "one_way", number("is_enabled", "vor_uchar"))
     set_server_v3_user_access = Call("vor_cfg_set_snmp_server_v3_user_access", "request", text("input_string"), number("access", "vor_uchar"), fixed=7)
     set_server_v3_engine_id = Call("vor_cfg_set_snmp_server_v3_engine_id", "request", text("input_string"), fixed=0)

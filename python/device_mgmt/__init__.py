@@ -7,7 +7,8 @@ with device_mgmt.Gateway(sap=200) as gateway:
 A call returns a Result, or the record that it reads, where it was accepted or sent one-way; else it raises an Error:
 Refused, Unknown, NotSent or Forked. What does not fit an argument is a TypeError or a ValueError, and nothing is sent.
 
-Threads may share a gateway: one call is made at a time.
+The families of calls are attributes of the gateway. Those calls of the library that send nothing, such as converters
+for C, are not among them. Threads may share a gateway: one call is made at a time.
 """
 from ._arguments import Secret
 from ._calls import Gateway

@@ -208,7 +208,7 @@ constexpr Outcome outcome_of(Way way, vor_int32 code, vor_int32 status, bool bou
         (asks_manager && !bound)) {
         return Outcome::not_sent;
     }
-    // Only a whole status is a manager's: the platform fills with 0xa5 what an answer lacks.
+    // Only a whole status is a manager's: a platform for development fills with 0xa5 what an answer lacks.
     const bool refused = code == VOR_CODE_REFUSED && status != 0 && static_cast<vor_uint32>(status) >> 24 != 0xa5U;
     return asks_manager && refused ? Outcome::refused : Outcome::unknown;
 }

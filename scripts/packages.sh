@@ -82,7 +82,8 @@ ensure_fuzz_packages() {
 # Tests that need one of these are left out without it.
 ensure_optional_packages() {
     ensure_packages zsh:zsh mandoc:mandoc chromium:chromium mypy:/usr/bin/mypy flake8:/usr/bin/flake8 \
-        python3-pytest:/usr/lib/python3/dist-packages/pytest/__init__.py
+        python3-pytest:/usr/lib/python3/dist-packages/pytest/__init__.py ansible-core:/usr/bin/ansible-playbook \
+        ansible-lint:/usr/bin/ansible-lint yamllint:/usr/bin/yamllint
 }
 
 # For the library alone, on its other targets. armel and 64-bit RISC-V are built when their compilers are there.

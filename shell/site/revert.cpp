@@ -260,6 +260,20 @@ input::InputError error_of(const ConfirmedApply& apply)
             .hint = hint_for(apply)};
 }
 
+// What is reverted unless it is confirmed, and has not been yet.
+Json calls_to_decide(const std::vector<Undo>& undos)
+{
+    Json calls = Json::array();
+    for (const Undo& undo : undos) {
+        if (!undo.is_reverted()) {
+            const CallBegun& begun = undo.calls.back()->begun;
+            calls.push_back(
+                {{"line", begun.line}, {"call", begun.key.row->full_name()}, {"arguments", values_json(begun.key)}});
+        }
+    }
+    return calls;
+}
+
 Json json_of(const ConfirmedApply& apply)
 {
     Json json = output::record("confirmation");
@@ -270,6 +284,7 @@ Json json_of(const ConfirmedApply& apply)
         json["until"] = apply.until;
         json["seconds_left"] = std::max<std::int64_t>(std::chrono::ceil<std::chrono::seconds>(apply.left).count(), 0);
         json["has_waiter"] = apply.has_waiter;
+        json["calls"] = calls_to_decide(apply.undos);
         json["hint"] = hint_for(apply);
     }
     json["reverted"] = calls_of(apply.undos, true);

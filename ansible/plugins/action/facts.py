@@ -1,0 +1,40 @@
+# MIT licence, the device_mgmt authors.
+"""What a gateway's journal knows; plugins/modules/facts.py documents it."""
+
+from __future__ import annotations
+
+from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import (
+    Failure,
+    GatewayAction,
+    Json,
+    errors_of,
+    first,
+    known_by,
+    of_type,
+    whose,
+)
+
+
+class ActionModule(GatewayAction):
+    def carry_out(self, given: Json) -> Json:
+        site = self.site_of(given)
+        folder = {"command": "report", "journal": site["journal"]}
+        plan, report, all_sites = self.ask(given, {"command": "plan", **site}, {"command": "report", **site}, folder)
+        if errors_of(plan):
+            raise Failure("\n".join(errors_of(plan)))
+        journal = whose(plan)["journal"]
+        line = next((each for each in of_type(all_sites, "site") if each["journal"] == journal), None)
+        if line is not None and errors_of(report):
+            raise Failure("\n".join(errors_of(report)))
+        recorded = known_by(report)
+        facts: Json = {
+            **whose(plan),
+            "state": line["state"] if line else "missing",
+            **{name: len(recorded[name]) for name in ("settled", "waiting", "unknown", "refused")},
+            "confirmation": recorded["confirmation"],
+            **{name: line[name] for name in ("last", "by") if line and name in line},
+        }
+        if given["src"] is None:
+            return {"changed": False, "ansible_facts": {"device_mgmt": facts}, **recorded}
+        facts["left"] = first(plan, "plan")["due"]
+        return {"changed": False, "ansible_facts": {"device_mgmt": facts}, **known_by(plan)}

@@ -1,0 +1,260 @@
+# MIT licence, the device_mgmt authors.
+"""Applies a site, confirms or reverts it; plugins/modules/site.py documents it."""
+
+from __future__ import annotations
+
+import os
+from collections import Counter
+
+from ansible.errors import AnsibleAuthenticationFailure, AnsibleConnectionFailure
+
+from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import (
+    GATEWAY_OPTIONS,
+    LISTS,
+    Failure,
+    GatewayAction,
+    Json,
+    Lost,
+    confirmation_of,
+    errors_of,
+    first,
+    known_by,
+    of_type,
+    place_of,
+    warnings_of,
+)
+
+EXIT_OK = 0
+EXIT_JOURNAL = 12
+MADE = ("accepted", "sent", "unread", "done")
+UNDECIDED = ("waiting", "expired")
+
+NO_VERDICT = "unknown: it was begun, and has no verdict"
+
+HINT_UNKNOWN = "hint: unknown: retry makes such lines again, unknown: skip leaves them out"
+HINT_PERMANENT = "hint: accept_permanent: true makes them"
+HINT_AGAIN = "hint: run the task again"
+HINT_WAITING = "hint: state: confirmed keeps the changes, state: reverted undoes them"
+
+
+class ActionModule(GatewayAction):
+    options = {
+        **GATEWAY_OPTIONS,
+        "state": {"type": "str", "default": "present", "choices": ["present", "confirmed", "reverted"]},
+        "confirm": {"type": "str"},
+        "only": {"type": "str"},
+        "all": {"type": "bool", "default": False},
+        "unknown": {"type": "str", "default": "fail", "choices": ["fail", "retry", "skip"]},
+        "accept_permanent": {"type": "bool", "default": False},
+        "resend_secrets": {"type": "bool", "default": False},
+    }
+
+    def carry_out(self, given: Json) -> Json:
+        if given["state"] != "present":
+            return self._decide(given)
+        if given["src"] is None:
+            raise Failure("state: present needs src")
+        return self._preview(given) if self._task.check_mode else self._apply(given)
+
+    # --- present ----------------------------------------------------------------------
+
+    def _selection(self, given: Json) -> Json:
+        only = {"only": given["only"]} if given["only"] is not None else {}
+        return {**self.site_of(given), **only}
+
+    def _preview(self, given: Json) -> Json:
+        [plan] = self.ask(given, {"command": "plan", **self._selection(given), **again(given)})
+        result = known_by(plan)
+        due = [line for line in of_type(plan, "plan_line") if line["due"]]
+        if given["unknown"] != "retry":
+            due = [line for line in due if line["state"] != "unknown"]
+        problems = errors_of(plan) or obstacles(given, result, due)
+        if problems:
+            due = []
+        result["changed"] = bool(due)
+        if self._task.diff:
+            result["diff"] = diff_of(result, due)
+        if given["unknown"] == "skip":
+            problems = problems or left_unknown(given, result)
+        if problems:
+            return failure(result, problems)
+        counts = {"to make": len(due), "up to date": len(result["settled"]) + len(result["waiting"])}
+        has_expired = state_of(result["confirmation"]) == "expired"
+        note = ", once the last apply, which has expired, is reverted" if has_expired else ""
+        return {**result, "msg": summary(given, counts) + note}
+
+    def _apply(self, given: Json) -> Json:
+        selection = self._selection(given)
+        apply: Json = {"command": "apply", **selection, **again(given), "yes": given["accept_permanent"]}
+        if given["confirm"] is not None:
+            apply["confirm"] = given["confirm"]
+        if given["unknown"] != "fail":
+            apply[given["unknown"] + "_unknown"] = True
+        plan = {"command": "plan", **selection}
+        try:
+            applied, planned = self.ask(given, apply, plan)
+        except AnsibleAuthenticationFailure:
+            raise
+        except (AnsibleConnectionFailure, Lost) as error:
+            return self._after_loss(given, plan, str(error).strip())
+        calls = of_type(applied, "call")
+        result: Json = {**known_by(planned), "warnings": warnings_of(applied)}
+        result["changed"] = any(call["outcome"] in MADE for call in calls)
+        lines = [line for line in of_type(applied, "plan_line") if line["due"]]
+        if self._task.diff:
+            made = {call["line"] for call in calls}
+            result["diff"] = diff_of(result, [line for line in lines if line["line"] in made])
+        if applied["exit"] == EXIT_OK:
+            counts = {**Counter(call["outcome"] for call in calls), "up to date": first(applied, "apply")["up_to_date"]}
+            until = f", to be confirmed before {result['confirmation']['until']}" if result["waiting"] else ""
+            return {**result, "msg": summary(given, counts) + until}
+        if not calls:
+            return failure(result, self._blocked(given, applied, result, lines))
+        problems = [place_of(call) + call["verdict"] for call in calls if call["exit"] != EXIT_OK]
+        return failure(result, problems + errors_of(applied) + left_unknown(given, result) + not_confirmed(result))
+
+    def _blocked(self, given: Json, applied: Json, result: Json, lines: list[Json]) -> list[str]:
+        """Why no call was made."""
+        if applied["exit"] == EXIT_JOURNAL:
+            return errors_of(applied) + [HINT_WAITING] * (state_of(result["confirmation"]) in UNDECIDED)
+        return obstacles(given, result, lines) or errors_of(applied) or left_unknown(given, result)
+
+    def _after_loss(self, given: Json, plan: Json, reason: str) -> Json:
+        """What the journal knows of an apply that did not answer."""
+        try:
+            [planned] = self.ask(given, plan)
+        except (AnsibleConnectionFailure, Lost) as error:
+            what = "if the connection was lost during the calls, their outcome is unknown"
+            raise AnsibleConnectionFailure(f"{reason}\n{what}\n{HINT_AGAIN}") from error
+        result: Json = {"changed": False, **known_by(planned)}
+        counts = ", ".join(f"{len(result[name])} {name}" for name in LISTS if result[name])
+        known = [f"its journal now has: {counts}; it may still be at work"] if counts else errors_of(planned)
+        return failure(result, [reason, *known, *left_unknown(given, result), HINT_AGAIN])
+
+    # --- confirmed, reverted ----------------------------------------------------------
+
+    def _decide(self, given: Json) -> Json:
+        site = self.site_of(given)
+        steps = [{"command": "report", **site}]
+        if not self._task.check_mode:
+            steps.append({"command": {"confirmed": "confirm", "reverted": "revert"}[given["state"]], **site})
+        steps.append({"command": "plan" if given["src"] is not None else "report", **site})
+        try:
+            before, *decided, after = self.ask(given, *steps)
+        except Lost as error:
+            raise Failure(f"{error}\nwhether it was {given['state']} is unknown\n{HINT_AGAIN}") from error
+        result: Json = {"changed": False, **known_by(after)}
+        state = state_of(confirmation_of(before))
+        if errors_of(before):
+            return failure(result, errors_of(before))
+        if state in UNDECIDED and decided:
+            return self._decided(given, result, decided[0])
+        if state in UNDECIDED:
+            known = "waits" if state == "waiting" else "has expired"
+            return {**result, "changed": True, "msg": f"the last apply {known}, it would be {given['state']}"}
+        result["confirmation"] = confirmation_of(before)
+        if state == given["state"]:
+            return unless_unknown(given, {**result, "msg": f"{state} before"})
+        if state is None and given["state"] == "confirmed":
+            return unless_unknown(given, {**result, "msg": "nothing waits to be confirmed"})
+        return failure(result, [f"the last apply was {state}" if state else "the last apply was not to be confirmed"])
+
+    def _decided(self, given: Json, result: Json, answer: Json) -> Json:
+        result["confirmation"] = confirmation_of(answer) or result["confirmation"]
+        undone = of_type(answer, "revert_line")
+        result["reverted"] = [{name: line[name] for name in REVERTED if name in line} for line in undone]
+        state = state_of(result["confirmation"])
+        result["changed"] = state == given["state"] or any(line["state"] == "reverted" for line in undone)
+        if answer["exit"] == EXIT_OK:
+            return unless_unknown(given, {**result, "msg": given["state"]})
+        kept = [place_of(line) + line["obstacle"] for line in undone if "obstacle" in line]
+        return failure(result, errors_of(answer) + kept or [f"the last apply is {state}"])
+
+
+REVERTED = ("line", "call", "arguments", "before", "state", "verdict", "obstacle")
+
+
+def again(given: Json) -> Json:
+    return {"all": given["all"], "resend_secrets": given["resend_secrets"]}
+
+
+def state_of(confirmation: Json | None) -> str | None:
+    return confirmation["state"] if confirmation else None
+
+
+# --- Texts ----------------------------------------------------------------------------
+
+
+def failure(result: Json, problems: list[str]) -> Json:
+    hints = dict.fromkeys(problem for problem in problems if problem.startswith("hint: "))
+    said = dict.fromkeys(problem for problem in problems if problem not in hints)
+    said = said or {"not every line is in effect": None}
+    return {**result, "failed": True, "msg": "\n".join([*said, *hints])}
+
+
+def obstacles(given: Json, result: Json, due: list[Json]) -> list[str]:
+    """Why apply sends nothing."""
+    if state_of(result["confirmation"]) == "waiting":
+        return not_confirmed(result)
+    if given["unknown"] == "fail" and result["unknown"]:
+        return left_unknown(given, result)
+    permanent = [str(line["line"]) for line in due if line.get("cannot_be_reverted")]
+    if permanent and given["confirm"] is not None and not given["accept_permanent"]:
+        what = f"line{'s' if len(permanent) > 1 else ''} {', '.join(permanent)}"
+        return [f"{due[0]['file']}: {what} cannot be reverted; nothing was sent", HINT_PERMANENT]
+    return []
+
+
+def left_unknown(given: Json, result: Json) -> list[str]:
+    at_file = {"file": os.path.basename(given["src"] or "")}
+    lines = [place_of({**at_file, **line}) + line.get("verdict", NO_VERDICT) for line in result["unknown"]]
+    return [*lines, HINT_UNKNOWN] if lines else []
+
+
+def unless_unknown(given: Json, result: Json) -> Json:
+    return failure(result, [result["msg"], *left_unknown(given, result)]) if result["unknown"] else result
+
+
+def not_confirmed(result: Json) -> list[str]:
+    confirmation = result["confirmation"]
+    if state_of(confirmation) != "waiting":
+        return []
+    return [f"not confirmed yet, the last apply will be reverted at {confirmation['until']}", HINT_WAITING]
+
+
+def summary(given: Json, counts: Json) -> str:
+    """Totals without zeros, as vorcfg prints them."""
+    parts = [f"{count} {name}" for name, count in counts.items() if count]
+    return f"{os.path.basename(given['src'])}: {', '.join(parts) or 'nothing to make'}"
+
+
+def diff_of(result: Json, due: list[Json]) -> Json:
+    """The values in effect, as far as they are known, and the new ones."""
+    before: list[str] = []
+    after: list[str] = []
+    for line in due:
+        if "current" in line:
+            before += shown(line, line["current"])
+        after += shown(line, line) + [f"  ({note})\n" for note in notes_of(line)]
+    gateway = result.get("gateway", "the gateway")
+    return {
+        "before_header": f"{gateway}, as its journal knows it",
+        "after_header": due[0]["file"] if due else gateway,
+        "before": "".join(before),
+        "after": "".join(after),
+    }
+
+
+def shown(line: Json, call: Json) -> list[str]:
+    values = [f"  {name} {value}\n" for name, value in call["arguments"].items()]
+    return [f"line {line['line']}: {call['call']}\n", *values]
+
+
+def notes_of(line: Json) -> list[str]:
+    """What a difference does not show."""
+    notes = [f"secret {line['secret']}"] if line.get("secret", "same") != "same" else []
+    if line["state"] in LISTS["unknown"] + LISTS["refused"]:
+        notes.append(f"made again, was {line['state']}")
+    elif line["state"] not in ("new", "changed"):
+        notes.append("made again")
+    return notes

@@ -29,7 +29,7 @@ def set_address(address: str, mask: str) -> str:
         print(error, file=sys.stderr)
         return "Nothing was sent: there is no way to the gateway's managers now."
     except device_mgmt.Unknown:
-        return "It is unknown whether the gateway has this address: there was no answer. Try to reach it at both."
+        return "It is unknown whether the gateway has this address. Try to reach it at this one and the one before."
     return f"The gateway accepted {address}."
 
 

@@ -38,8 +38,9 @@ def changed(tower: Site, **values: Any) -> Site:
     return dataclasses.replace(tower, vars={**tower.vars, **values})
 
 
-def can(number: int, tmp_path: pathlib.Path) -> Site:
-    return Site(f"gateway tower-17\ncan set-id 1 {number} 1\ncan set-id 2 {number} 1\n", journal=tmp_path)
+def can(number: int, tmp_path: pathlib.Path, lines: int = 2) -> Site:
+    text = "".join(f"can set-id {port} {number} 1\n" for port in range(1, lines + 1))
+    return Site(f"gateway tower-17\n{text}", journal=tmp_path)
 
 
 def test_a_site_from_plan_to_report(vorsim: Vorsim, vorcfg: Vorcfg, tower: Site) -> None:
@@ -82,7 +83,7 @@ def test_a_site_from_plan_to_report(vorsim: Vorsim, vorcfg: Vorcfg, tower: Site)
 
 
 def test_failed_calls_are_results(monkeypatch: pytest.MonkeyPatch, vorsim: Vorsim, tmp_path: pathlib.Path) -> None:
-    monkeypatch.setenv("VORINFRA_TIMEOUT_MS", "200")
+    monkeypatch.setenv("VORINFRA_TIMEOUT_MS", "500")
     vorcfg = Vorcfg()
     vorsim.fault("canmgr: status 7, once")
     refused = vorcfg.apply(can(1, tmp_path))
@@ -146,14 +147,16 @@ def interrupt(vorsim: Vorsim, vorcfg: Vorcfg, site: Site, times: int = 1, **opti
 @pytest.mark.parametrize("options", [{}, {"confirm": "1h", "yes": True}])
 def test_an_interrupted_apply_ends_after_the_call_under_way(vorsim: Vorsim, vorcfg: Vorcfg, tmp_path: pathlib.Path,
                                                             options: Any) -> None:
-    vorsim.fault("canmgr: late 300ms")
-    interrupt(vorsim, vorcfg, can(1, tmp_path), **options)
+    vorsim.fault("canmgr: late 100ms")
+    tower = can(1, tmp_path, lines=50)
+    interrupt(vorsim, vorcfg, tower, **options)
     with Vorcfg() as other:
-        plan = other.plan(can(1, tmp_path))
-        assert [line.state for line in plan.lines] == ["accepted", "new"]
+        plan = other.plan(tower)
+        states = [line.state for line in plan.lines]
+        assert (states[0], states[-1], set(states)) == ("accepted", "new", {"accepted", "new"})
         assert (plan.confirmation is not None) == bool(options)
         if options:
-            other.confirm(can(1, tmp_path))
+            other.confirm(tower)
 
 
 def test_the_second_interrupt_does_not_wait_for_that_call(vorsim: Vorsim, vorcfg: Vorcfg,

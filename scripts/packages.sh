@@ -86,6 +86,12 @@ ensure_optional_packages() {
         ansible-lint:/usr/bin/ansible-lint yamllint:/usr/bin/yamllint
 }
 
+# For scripts/fleet. dropbear-bin has no service that would start.
+ensure_fleet_packages() {
+    ensure_packages ansible-core:/usr/bin/ansible-playbook openssh-client:ssh dropbear-bin:/usr/sbin/dropbear \
+        libnss-wrapper:"/usr/lib/$(gcc -print-multiarch)/libnss_wrapper.so"
+}
+
 # For the library alone, on its other targets. armel and 64-bit RISC-V are built when their compilers are there.
 ensure_target_packages() {
     ensure_arm_packages && ensure_emulator_packages &&

@@ -41,7 +41,7 @@ namespace device_mgmt {
 enum class Outcome {
     accepted, ///< by the manager or konfd, or done by a call that asks neither
     sent,     ///< one-way: sent, no verdict will come
-    refused,  ///< by the manager; with its status where the call keeps one
+    refused,  ///< by the manager, with its status
     not_sent, ///< no endpoint, or an argument that the library or this header does not take
     unknown,  ///< it may have been applied
     undelivered [[deprecated("it is unknown")]] = unknown,
@@ -66,7 +66,7 @@ inline std::string to_string(const Result& result)
     case Outcome::sent:
         return "sent; no verdict will come";
     case Outcome::refused:
-        return "refused by the manager" + (result.status != 0 ? ": status " + std::to_string(result.status) : code);
+        return "refused by the manager: status " + std::to_string(result.status);
     case Outcome::not_sent:
         return result.misfit != 0 ? "not sent: argument " + std::to_string(result.misfit) + " does not fit"
                                   : "not sent: no endpoint, or the call refused it" + code;
@@ -208,9 +208,17 @@ constexpr Outcome outcome_of(Way way, vor_int32 code, vor_int32 status, bool bou
         (asks_manager && !bound)) {
         return Outcome::not_sent;
     }
-    const bool refused =
-        (code == VOR_CODE_REFUSED && status != 0) || code == VOR_CODE_LATITUDE || code == VOR_CODE_LONGITUDE;
+    // Only a whole status is a manager's: a platform for development fills with 0xa5 what an answer lacks.
+    const bool refused = code == VOR_CODE_REFUSED && status != 0 && static_cast<vor_uint32>(status) >> 24 != 0xa5U;
     return asks_manager && refused ? Outcome::refused : Outcome::unknown;
+}
+
+/// The one-way messages that nobody received: a platform for development counts them.
+extern "C" unsigned vorinfra_messages_undelivered() __attribute__((weak));
+
+inline unsigned lost_messages()
+{
+    return vorinfra_messages_undelivered != nullptr ? vorinfra_messages_undelivered() : 0;
 }
 
 /// What a parameter takes. An int is allowed for literals, and checked at run time.
@@ -293,6 +301,7 @@ struct Call {
             return result;
         }
         const bool bound = vor_cfg_get_ipc_endpoint() != nullptr;
+        const unsigned lost = lost_messages();
         vor_errno = 0; // a status found there afterwards is from this call
         const auto returned = Function(arguments.value...);
         if constexpr (!record) {
@@ -303,6 +312,9 @@ struct Call {
             result.code = VOR_CODE_REFUSED;
         }
         result.outcome = outcome_of(way<Function>, result.code, vor_errno, bound);
+        if (result && lost_messages() != lost) {
+            result.outcome = Outcome::unknown;
+        }
         result.status = result.outcome == Outcome::refused ? vor_errno : 0;
         return result;
     }

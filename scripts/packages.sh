@@ -81,9 +81,9 @@ ensure_fuzz_packages() {
 
 # Tests that need one of these are left out without it.
 ensure_optional_packages() {
-    ensure_packages zsh:zsh mandoc:mandoc chromium:chromium \
-        ansible-core:/usr/bin/ansible-playbook ansible-lint:ansible-lint yamllint:yamllint mypy:/usr/bin/mypy \
-        flake8:/usr/bin/flake8
+    ensure_packages zsh:zsh mandoc:mandoc chromium:chromium mypy:/usr/bin/mypy flake8:/usr/bin/flake8 \
+        python3-pytest:/usr/lib/python3/dist-packages/pytest/__init__.py ansible-core:/usr/bin/ansible-playbook \
+        ansible-lint:/usr/bin/ansible-lint yamllint:/usr/bin/yamllint
 }
 
 # For scripts/fleet. dropbear-bin has no service that would start.

@@ -8,6 +8,18 @@
 
 namespace {
 
+bool nobody_listens = false;
+
+} // namespace
+
+extern "C" unsigned vorinfra_messages_undelivered()
+{
+    static unsigned count = 0;
+    return count += nobody_listens ? 1U : 0U;
+}
+
+namespace {
+
 using device_mgmt::call;
 using device_mgmt::Outcome;
 
@@ -49,7 +61,10 @@ TEST(cpp_front_end, outcome_per_return_code)
     EXPECT_EQ(text_of(call<vor_cfg_set_dhcp>(0, 1)), "accepted 0 0 0");
     fake::script.answer = {5, 0, 0, 0};
     EXPECT_EQ(text_of(call<vor_cfg_set_dhcp>(0, 1)), "refused -1 5 0");
-    EXPECT_EQ(text_of(call<vor_cfg_set_gw_device_latitude_config>(1, "12.4N")), "refused -1001 0 0");
+    EXPECT_EQ(text_of(call<vor_cfg_set_gw_device_latitude_config>(1, "12.4N")), "unknown -1001 0 0")
+        << "whatever the answer was, if it is not status 1";
+    fake::script.answer = {5, 0, 0xa5, 0xa5};
+    EXPECT_EQ(text_of(call<vor_cfg_set_dhcp>(0, 1)), "unknown -1 0 0") << "a part of a status";
     EXPECT_EQ(text_of(call<vor_cfg_set_serial_parity>(1, 2)), "unknown -4 0 0");
     EXPECT_EQ(text_of(call<vor_cfg_set_gpio_value>(1, 2)), "sent 0 0 0");
     begin();
@@ -61,6 +76,9 @@ TEST(cpp_front_end, outcome_per_return_code)
     EXPECT_EQ(text_of(call<vor_cfg_set_gpio_value>(1, 2)), "unknown -4 0 0");
     begin();
     EXPECT_EQ(text_of(call<vor_cfg_set_debug_info>(1, "all", "info")), "unknown 0 0 0") << "perhaps it was not sent";
+    nobody_listens = true;
+    EXPECT_EQ(text_of(call<vor_cfg_set_gpio_value>(1, 2)), "unknown 0 0 0") << "lost";
+    nobody_listens = false;
 }
 
 TEST(cpp_front_end, misfits_are_not_sent)

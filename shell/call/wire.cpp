@@ -451,6 +451,7 @@ private:
               Pretence{.konfd = "-e"}, Pretence{.konfd = "??"}, Pretence{.fate = refused}, Pretence{.fate = lost},
               Pretence{.fate = no_buffer}, Pretence{.fate = unconnected}}) {
             const CallResult result = tried(base_, pretence);
+            wire_.prints = wire_.prints || !result.library.empty();
             if (result.back.code) {
                 codes.insert(*result.back.code);
             }

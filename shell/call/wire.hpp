@@ -34,6 +34,7 @@ struct Wire {
     std::string computed;          // why they are not all that the call sends; empty: they are
     std::vector<const rows::Argument*> unsent;
     bool send_unchecked = false; // it succeeds even where its one-way message could not be sent
+    bool prints = false;         // on standard output, if only in some cases
     std::optional<WireAnswer> answer;
     std::vector<std::int32_t> codes; // that the call returned, whatever became of its message
     std::vector<Outcome> outcomes;

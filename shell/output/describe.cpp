@@ -257,6 +257,7 @@ Json description_of(const rows::Row& row)
     for (const auto& [mark, flag] : mark_names) {
         json.add(flag, row.has(mark));
     }
+    json.add("prints", wire.prints);
     if (row.is_setting() && row.make != nullptr) {
         json["setting"] = row.setting_name();
     }
@@ -450,6 +451,9 @@ std::string description_text(const rows::Row& row, const vor::Screen& screen)
             marks.emplace_back(name);
             std::ranges::replace(marks.back(), '_', ' ');
         }
+    }
+    if (wire_of(row).prints) {
+        marks.emplace_back("prints");
     }
     add("marks", vor::joined(marks, ", "));
     add("returns", contract.returned);

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "gateway/answer.hpp"
 #include "gateway/measurements.hpp"
 #include "tables/families.hpp"

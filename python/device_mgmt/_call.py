@@ -1,0 +1,183 @@
+"""A call of the library as a method, and a query to konfd."""
+from __future__ import annotations
+
+import ctypes
+import functools
+import inspect
+import os
+import struct
+import types
+from typing import Any
+
+from ._arguments import C_TYPES, Argument, shown
+from ._endpoint import LIBRARY, Endpoint, Process, library
+from ._outcome import Forked, NotSent, Outcome, Refused, Result, Unknown, not_sent, outcome_of
+from .records import TEXT_OVERHEAD, Code
+
+
+class Family:
+    """The calls of a family, for one endpoint."""
+
+    def __init__(self, endpoint: Endpoint) -> None:
+        self.endpoint = endpoint
+
+
+class Call:
+    """A function of the library, as a method of its family."""
+
+    keywords_only = False
+
+    def __init__(
+        self, symbol: str, way: str, *arguments: Argument, code: str = "vor_int32", fixed: int | None = None,
+        record: Any = None, layout: str = ""
+    ) -> None:
+        self.symbol, self.way, self.arguments, self.code = symbol, way, arguments, code
+        self.fixed, self.record, self.layout = fixed, record, layout
+        self.given = [argument for argument in arguments if argument.role in ("given", "list")]
+        kind = inspect.Parameter.KEYWORD_ONLY if self.keywords_only else inspect.Parameter.POSITIONAL_OR_KEYWORD
+        self.__signature__ = inspect.Signature(
+            [inspect.Parameter("self", inspect.Parameter.POSITIONAL_ONLY)]
+            + [inspect.Parameter(argument.name, kind, default=argument.default) for argument in self.given]
+        )
+
+    def __set_name__(self, family: type, name: str) -> None:
+        self.__name__, self.__qualname__ = name, f"{family.__name__.lower()}.{name}"
+
+    def __get__(self, family: Family | None, owner: type) -> Any:
+        return self if family is None else types.MethodType(self, family)
+
+    def __call__(self, family: Family, *args: Any, **kwargs: Any) -> Any:
+        result, record = self._made(family.endpoint, self._values(self.__signature__.bind(family, *args, **kwargs)))
+        if result.outcome in (Outcome.accepted, Outcome.sent):
+            return result if self.record is None else record
+        kind = {Outcome.refused: Refused, Outcome.not_sent: NotSent}.get(result.outcome, Unknown)
+        raise kind(f"{self.__qualname__}: {result}", result)
+
+    def _values(self, bound: inspect.BoundArguments) -> dict[str, Any]:
+        """What the library gets for each argument that is given."""
+        bound.apply_defaults()
+        values = {}
+        for each in self.given:
+            value = bound.arguments[each.name]
+            values[each.name] = None if value is None and each.default is None else each.convert(value)
+        for each in self.given:
+            if each.only_where is not None and values[each.name]:
+                other, number = each.only_where
+                if values[other] != number:
+                    raise ValueError(f"{each.name} must be {shown(each.default)} unless {other} is {number}")
+        return values
+
+    def _made(self, endpoint: Endpoint, values: dict[str, Any]) -> tuple[Result, Any]:
+        if endpoint.process not in (0, os.getpid()):
+            raise not_sent("the gateway was opened before this process was forked", Forked)
+        with Process.lock:
+            if Process.opened is not endpoint:
+                raise not_sent("the gateway is not open")
+            self._check_size(values, endpoint.room)
+            status = ctypes.c_int32.in_dll(library(), "vor_errno")
+            lost = getattr(library(), "vorinfra_messages_undelivered", int)  # a development platform counts them
+            lost_before, status.value = lost(), 0  # a status found there afterwards is from this call
+            bound, code, record = self._run(values)
+            outcome = outcome_of(self.way, code, status.value, bound)
+            if code == Code.DONE and (lost() != lost_before or self.record is not None and record is None):
+                outcome = Outcome.unknown
+            return Result(outcome, code, status.value if outcome is Outcome.refused else 0), record
+
+    def _check_size(self, values: dict[str, Any], room: int) -> None:
+        sized = [(each.name, values[each.name]) for each in self.given if each.sized]
+        texts = [(name, text) for name, value in sized for text in (value if isinstance(value, list) else [value])]
+        if self.fixed is not None and self.fixed + sum(len(text) + TEXT_OVERHEAD for _, text in texts) > room:
+            longest = max(texts, key=lambda each: len(each[1]))[0]
+            raise ValueError(
+                f"{longest} does not fit: {sum(len(text) for _, text in texts)} bytes of text, "
+                f"but a message has room for {room}, element headers included"
+            )
+
+    @functools.cached_property
+    def _function(self) -> Any:
+        try:
+            function = library()[self.symbol]
+        except AttributeError:
+            raise not_sent(f"{LIBRARY} is older than this package and has no {self.symbol}") from None
+        function.argtypes = [each.c_type for each in self.arguments if each.role in ("given", "count")]
+        function.restype = C_TYPES[self.code]
+        return function
+
+    def _run(self, values: dict[str, Any]) -> tuple[bool, int, Any]:
+        """Makes the call: whether anything could leave, its code, and a copy of the record that it read."""
+        out: Any = next((each.c_type() for each in self.arguments if each.role == "result"), None)
+        passed: list[Any] = []
+        for each in self.arguments:
+            if each.role == "count":
+                passed.append(next(len(values[other.name]) for other in self.given if other.role == "list"))
+            elif each.role == "result":
+                passed.append(ctypes.byref(out))
+            else:
+                passed += values[each.name] if each.role == "list" else [values[each.name]]
+        bound = self.way == "konfd" or library().vor_cfg_get_ipc_endpoint() is not None
+        code = self._function(*passed)
+        if self.way == "konfd" and library().vor_cfg_get_sock_endpoint() is not None:
+            library().vor_cfg_remove_sock_endpoint()  # a failure leaves it open
+        at = ctypes.addressof(out) if out is not None else None
+        if self.code == "void*":
+            at, code = code, 0 if code else int(Code.REFUSED)
+        elif isinstance(out, ctypes.c_void_p):
+            at = out.value
+        if self.record is None or code != Code.DONE or at is None:
+            return bound, code, None
+        taken = ctypes.string_at(at, struct.calcsize(self.layout))
+        return bound, code, self.record._make(struct.unpack(self.layout, taken))
+
+
+_POINTER = ctypes.sizeof(ctypes.c_void_p)
+
+
+class Query(Call):
+    """A query to konfd: its arguments are the parts of one command."""
+
+    keywords_only = True
+
+    def _values(self, bound: inspect.BoundArguments) -> dict[str, Any]:
+        values = super()._values(bound)
+        unsets = values["operation"] == 3
+        if unsets == (values["line_key"] is not None):
+            raise ValueError("unset takes no line_key" if unsets else "needs line_key")
+        if (values["line_key"] is None) != (values["line_value"] is None):
+            raise ValueError("line_key and line_value need each other")
+        if len(values["path"]) % 2 != 0:
+            raise ValueError("path must be keys, each with its value")
+        return values
+
+    def _run(self, values: dict[str, Any]) -> tuple[bool, int, Any]:
+        lib = library()
+        query = ctypes.c_void_p(lib.vor_cfg_proto_init())
+        try:
+            lib.vor_cfg_proto_set_op(query, values["operation"])
+            parts = [lib.vor_cfg_proto_set_pattern_string(
+                query, 2 if values["pattern_value"] is None else 1, values["pattern_key"], values["pattern_value"]
+            )]
+            if values["line_key"] is not None:
+                parts.append(lib.vor_cfg_proto_set_line_string(query, values["line_key"], values["line_value"]))
+            if values["priority"] is not None:
+                parts.append(lib.vor_cfg_proto_set_priority_string(query, values["priority"]))
+            for key, value in zip(values["path"][::2], values["path"][1::2]):
+                parts.append(lib.vor_cfg_proto_append_path_elm(query, key, value))
+            if any(parts) or lib.vor_cfg_create_sock_endpoint() != 0:
+                return False, int(Code.REFUSED), None
+            return True, lib.vor_konfd_bi_dir_comm(query), None
+        finally:
+            if lib.vor_cfg_get_sock_endpoint() is not None:
+                lib.vor_cfg_remove_sock_endpoint()
+            _release(query)
+
+
+def _release(query: ctypes.c_void_p) -> None:
+    """Frees a query and its path's elements, which the library leaves."""
+    elements = []
+    at = ctypes.c_void_p.from_address(query.value + 4 * _POINTER).value if query.value else None
+    while at is not None:
+        elements.append(ctypes.c_void_p(at))
+        at = ctypes.c_void_p.from_address(at + _POINTER).value
+    library().vor_cfg_proto_cleanup(query)
+    for element in elements:
+        library().vor_free(element)

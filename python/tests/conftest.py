@@ -1,0 +1,1 @@
+pytest_plugins = ["device_mgmt.testing", "pytester"]

@@ -14,8 +14,10 @@ if(NOT VOR_SANITIZE AND NOT CMAKE_CROSSCOMPILING)
   else()
     add_test(NAME ansible_five_gateways
       COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/ansible/test ${PROJECT_SOURCE_DIR} ${CMAKE_BINARY_DIR})
+    add_test(NAME ansible_commission
+      COMMAND ${PROJECT_SOURCE_DIR}/scripts/fleet --quick --tools ${CMAKE_BINARY_DIR} 2)
     add_test(NAME ansible_lint
       COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/ansible/lint ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_BINARY_DIR}/ansible_lint)
-    set_tests_properties(ansible_five_gateways ansible_lint PROPERTIES TIMEOUT 300)
+    set_tests_properties(ansible_five_gateways ansible_commission ansible_lint PROPERTIES TIMEOUT 300)
   endif()
 endif()

@@ -10,7 +10,7 @@ from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import
     errors_of,
     first,
     known_by,
-    of_type,
+    recorded_in,
     whose,
 )
 
@@ -22,8 +22,7 @@ class ActionModule(GatewayAction):
         plan, report, all_sites = self.ask(given, {"command": "plan", **site}, {"command": "report", **site}, folder)
         if errors_of(plan):
             raise Failure("\n".join(errors_of(plan)))
-        journal = whose(plan)["journal"]
-        line = next((each for each in of_type(all_sites, "site") if each["journal"] == journal), None)
+        line = recorded_in(all_sites, plan)
         if line is not None and errors_of(report):
             raise Failure("\n".join(errors_of(report)))
         recorded = known_by(report)

@@ -21,6 +21,7 @@ from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import
     known_by,
     of_type,
     place_of,
+    recorded_in,
     warnings_of,
 )
 
@@ -63,8 +64,12 @@ class ActionModule(GatewayAction):
         return {**self.site_of(given), **only}
 
     def _preview(self, given: Json) -> Json:
-        [plan] = self.ask(given, {"command": "plan", **self._selection(given), **again(given)})
+        selection = self._selection(given)
+        folder = {"command": "report", "journal": selection["journal"]}
+        plan, journals = self.ask(given, {"command": "plan", **selection, **again(given)}, folder)
         result = known_by(plan)
+        if "journal" in result:
+            result["has_journal"] = recorded_in(journals, plan) is not None
         due = [line for line in of_type(plan, "plan_line") if line["due"]]
         if given["unknown"] != "retry":
             due = [line for line in due if line["state"] != "unknown"]

@@ -99,6 +99,10 @@ due:
   description: How many lines apply would make now.
   returned: in check mode
   type: int
+has_journal:
+  description: Whether the gateway has a journal, which the first apply begins.
+  returned: in check mode with C(state=present), if vorcfg took the site
+  type: bool
 gateway:
   description: The gateway that the site names.
   returned: if there is one

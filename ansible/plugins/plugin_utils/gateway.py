@@ -236,6 +236,12 @@ def whose(answer: Json) -> Json:
     return {name: record[name] for name in ("gateway", "journal") if name in record}
 
 
+def recorded_in(folder: Json, plan: Json) -> Json | None:
+    """What a report on the folder says of the journal that the plan is about, if there is one."""
+    journal = whose(plan).get("journal")
+    return next((site for site in of_type(folder, "site") if site.get("journal") == journal), None)
+
+
 def key_of(call: Json) -> str:
     return json.dumps([call["call"], call["arguments"]], sort_keys=True)
 

@@ -5,29 +5,45 @@ import csv
 import fcntl
 import io
 import os
-from collections import Counter
 from datetime import datetime, timezone
-from pathlib import Path
 from typing import Any
 
 from ansible.errors import AnsibleActionFail
 from ansible.plugins.action import ActionBase
 
-from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.files import replace
+from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.files import make_private, replace
 from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import Json
 
 ESCAPES = str.maketrans({"\\": "\\\\", "|": "\\|", "<": "&lt;"})
 # What the role registers, in the order of its tasks.
 RESULTS = ("plan", "lost", "restored", "decided", "apply", "confirmed", "journal", "facts")
 NOT_APPROVED = "not approved\nhint: answer yes at a terminal, or set commission_approved"
+BEFORE_THE_ROLE = "it failed before it was planned"
+# What hints of the tasks name, as the role names it.
+IN_THE_ROLE = {
+    "begun_anew: true": "commission_lost_journal: replaced",
+    "accept_permanent:": "commission_accept_permanent:",
+    "unknown:": "commission_unknown:",
+    "state: confirmed": "commission_waiting: confirm",
+    "state: reverted": "commission_waiting: revert",
+}
+LONGEST = 300  # characters of a cell
 COUNTS = ["settled", "waiting", "unknown", "refused", "left"]
 COLUMNS = ["gateway", "state", *COUNTS, "last", "message", "reported"]
 
 
 def cell(text: Any) -> str:
     """A value as text that a spreadsheet takes for text, never for a formula."""
-    line = " ".join(str(text).split())
+    line = printable(text)[:LONGEST]
     return "'" + line if line[:1] in ("=", "+", "-", "@") else line
+
+
+def printable(value: Any) -> str:
+    return "".join(filter(str.isprintable, " ".join(str(value).split())))
+
+
+def escaped(value: Any) -> str:
+    return printable(value).translate(ESCAPES)
 
 
 def totals_of(known: Json) -> Json:
@@ -38,27 +54,23 @@ def totals_of(known: Json) -> Json:
 def sheet_of(name: str, outcome: Json, time: str) -> str:
     """A hand-over sheet, in Markdown."""
 
-    def row(*cells: Any) -> str:
-        texts = (" ".join(str(cell).split()) for cell in cells)
-        return f"| {' | '.join(text.translate(ESCAPES) for text in texts)} |"
+    def row(*values: Any) -> str:
+        return f"| {' | '.join(map(escaped, values))} |"
 
     known = outcome["known"]
     totals = totals_of(known)
-    made = f"; the last call was made at {totals['last']} by {totals['by']}" if "last" in totals else ""
-    lines = [f"# {totals.get('gateway', name)}", "", f"{outcome['state'].capitalize()}, as of {time}{made}.", ""]
+    last, by = escaped(totals.get("last", "")), escaped(totals.get("by", "unknown"))
+    made = f"; the last call was made at {last} by {by}" if last else ""
+    lines = [f"# {escaped(totals.get('gateway', name))}", ""]
+    lines += [f"{outcome['state'].capitalize()}, as of {time}{made}.", ""]
     lines += ["These settings were sent to the gateway. Its current values cannot be read back.", ""]
     lines += [row("line", "setting", "values", "outcome", "time"), "|---|---|---|---|---|"]
-    for line in sorted((line for state in COUNTS for line in known[state]), key=number_of):
-        values = [f"{key} {shown(value)}" for key, value in line["arguments"].items()]
+    for line in sorted((line for state in COUNTS for line in known[state]), key=lambda line: line.get("line", 0)):
+        values = [f"{key} {shown(value)}" for key, value in line.get("arguments", {}).items()]
         values += ["a secret"] if "secret" in line else []
         verdict = line.get("verdict", line["state"]) + (", to be confirmed" if line in known["waiting"] else "")
         lines.append(row(line.get("line", ""), line["call"], ", ".join(values), verdict, line.get("at", "")))
     return "\n".join(lines) + "\n"
-
-
-def number_of(line: Json) -> int:
-    number: int = line.get("line", 0)
-    return number
 
 
 def shown(value: Any) -> str:
@@ -84,7 +96,7 @@ def state_of(results: Json) -> str:
         return "waiting" if waits(results["apply"]) else "unknown"
     if waits(known):
         return "waiting"
-    if known["unknown"] or results["lost"].get("failed"):
+    if known["unknown"] or results["lost"].get("failed") or results["restored"].get("failed"):
         return "unknown"
     if known["refused"]:
         return "refused"
@@ -97,7 +109,17 @@ def problem_of(results: Json) -> str:
     """What went wrong first; nothing that an earlier run left waiting, if it does not wait any more."""
     relevant = [results[name] for name in RESULTS if name != "decided" or waits(results["plan"])]
     wrong = [result for result in relevant if result.get("failed") or result.get("unreachable")]
-    return str(wrong[0].get("msg", "failed")) if wrong else ""
+    return in_the_role(str(wrong[0].get("msg", "failed"))) if wrong else ""
+
+
+def in_the_role(message: str) -> str:
+    lines = message.splitlines()
+    for number, line in enumerate(lines):
+        if line.startswith("hint: "):
+            for option, variable in IN_THE_ROLE.items():
+                line = line.replace(option, variable)
+            lines[number] = line
+    return "\n".join(lines)
 
 
 def outcome_of(variables: Any, in_check_mode: bool) -> Json:
@@ -108,40 +130,57 @@ def outcome_of(variables: Any, in_check_mode: bool) -> Json:
     state, problem = state_of(results), problem_of(results)
     if not problem and results["plan"].get("due") and not results["apply"] and not in_check_mode:
         problem = NOT_APPROVED
+    if problem and state == "settled":
+        state = "failed"
     is_well = not problem and state in (("settled", "left") if in_check_mode else ("settled",))
     message = problem or results["known"].get("msg", "")
     return {"state": state, "msg": message, "known": results["known"], "is_well": is_well}
 
 
+def dropped(variables: Any) -> dict[str, Json]:
+    """Gateways that an earlier task of the play failed; Ansible has left them out since."""
+    names = set(variables["ansible_play_hosts_all"]) - set(variables["ansible_play_hosts"])
+    outcome: Json = {"state": "failed", "msg": BEFORE_THE_ROLE, "known": {}}
+    return {name: outcome for name in names if not variables["hostvars"][name].get("commission_plan")}
+
+
 # --- Files ------------------------------------------------------------------------------
 
 
-def update(folder: Path, gateways: dict[str, Json]) -> None:
+def rows_in(table: str) -> dict[str, Json]:
+    """The rows of an earlier report, by their gateways."""
+    if not os.path.exists(table):
+        return {}
+    with open(table, encoding="utf-8", newline="") as stream:
+        rows = csv.DictReader(stream)
+        if rows.fieldnames != COLUMNS:
+            raise ValueError(f"its first line must be {','.join(COLUMNS)}\nhint: move the file away to begin a new one")
+        return {row["gateway"]: row for row in rows}
+
+
+def update(folder: str, gateways: dict[str, Json]) -> None:
     """Writes the sheets and the rows of these gateways."""
     time = datetime.now(timezone.utc).strftime("%Y-%m-%dT%H:%M:%SZ")
-    sheets, table = folder / "sheets", folder / "fleet.csv"
-    for made in (folder, sheets):
-        made.mkdir(mode=0o700, parents=True, exist_ok=True)
+    table = os.path.join(folder, "fleet.csv")
+    make_private(folder)
     lock = os.open(folder, os.O_RDONLY)
     try:
         fcntl.flock(lock, fcntl.LOCK_EX)  # another run may report other gateways
-        rows = {}
-        if table.exists():
-            with open(table, encoding="utf-8", newline="") as stream:
-                rows = {row["gateway"]: row for row in csv.DictReader(stream)}
+        rows = rows_in(table)
         for name, outcome in gateways.items():
             known = outcome["known"]
             if "ansible_facts" in known:
-                replace(str(sheets / f"{name}.md"), sheet_of(name, outcome, time).encode())
+                replace(os.path.join(folder, "sheets", f"{name}.md"), sheet_of(name, outcome, time).encode())
             last = totals_of(known).get("last", rows.get(name, {}).get("last", ""))
             counts = [len(known[state]) if state in known else "" for state in COUNTS]
-            values = [name, outcome["state"], *counts, last, outcome["msg"], time]
+            message = outcome["msg"].strip().partition("\n")[0]
+            values = [name, outcome["state"], *counts, last, message, time]
             rows[name] = dict(zip(COLUMNS, map(cell, values)))
         text = io.StringIO(newline="")
         writer = csv.DictWriter(text, COLUMNS, extrasaction="ignore", lineterminator="\n")
         writer.writeheader()
         writer.writerows(rows[name] for name in sorted(rows))
-        replace(str(table), text.getvalue().encode())
+        replace(table, text.getvalue().encode())
     finally:
         os.close(lock)
 
@@ -149,22 +188,17 @@ def update(folder: Path, gateways: dict[str, Json]) -> None:
 class ActionModule(ActionBase):  # type: ignore[misc]
     """Makes no connection."""
 
-    TRANSFERS_FILES = False
-
     def run(self, tmp: Any = None, task_vars: Any = None) -> Json:
         result: Json = super().run(tmp, task_vars)
-        arguments = self.validate_argument_spec({"folder": {"type": "path", "required": True}})[1]
-        folder = Path(arguments["folder"])
+        folder: str = self.validate_argument_spec({"folder": {"type": "path", "required": True}})[1]["folder"]
         in_check_mode: bool = self._task.check_mode
-        outcomes = {
-            name: outcome_of(task_vars["hostvars"][name], in_check_mode) for name in task_vars["ansible_play_batch"]
-        }
+        hosts = task_vars["hostvars"]
+        outcomes = {name: outcome_of(hosts[name], in_check_mode) for name in task_vars["ansible_play_batch"]}
         try:
             if not in_check_mode:
-                update(folder, outcomes)
-        except (OSError, csv.Error) as error:
-            raise AnsibleActionFail(f"{folder}: {error}") from error
-        result["states"] = dict(Counter(outcome["state"] for outcome in outcomes.values()))
+                update(folder, {**outcomes, **dropped(task_vars)})
+        except (OSError, ValueError, csv.Error) as error:
+            raise AnsibleActionFail(f"{folder}/fleet.csv: {error}") from error
         wrong = {name: outcome for name, outcome in outcomes.items() if not outcome["is_well"]}
         result["problems"] = {name: f"{outcome['state']}: {outcome['msg']}" for name, outcome in wrong.items()}
         return result

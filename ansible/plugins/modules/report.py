@@ -8,6 +8,7 @@ description:
   - Writes a hand-over sheet in Markdown for each gateway whose journal has changed, and a row for each into one CSV
     file, on the controller. Rows of other gateways stay as they are, so that several runs, or the batches of one,
     make one report.
+  - A gateway that failed in the play before the role has a row, too, as failed.
   - Run it with C(run_once). It makes no connection, and writes nothing in check mode.
 version_added: 1.0.0
 author: the device_mgmt authors
@@ -29,11 +30,6 @@ EXAMPLES = r"""
 """
 
 RETURN = r"""
-states:
-  description: How many gateways of the batch are in each state.
-  returned: success
-  type: dict
-  sample: {"settled": 48, "waiting": 1, "unreachable": 1}
 problems:
   description: State and message of each gateway that is not settled, or where something else failed.
   returned: success

@@ -8,6 +8,7 @@ The columns gateway and address are needed. A region is a group, and "yes" as ca
 import csv
 import json
 import os
+import re
 import sys
 from pathlib import Path
 from typing import Any
@@ -39,6 +40,11 @@ def inventory_of(rows: list[dict[str, str]]) -> dict[str, Any]:
         name = row["gateway"]
         if not name or name in variables:
             raise ValueError(f'gateway "{name}": a name of its own expected')
+        # they become names of files, and arguments of ssh
+        if not re.fullmatch(r"[A-Za-z0-9_][A-Za-z0-9_.-]*", name):
+            raise ValueError(f'gateway "{name}": letters, digits, ".", "_" and "-" expected')
+        if not re.fullmatch(r"[A-Za-z0-9_:][A-Za-z0-9_.:%-]*", row["address"]):
+            raise ValueError(f'gateway "{name}": a host name or an address expected, not "{row["address"]}"')
         groups["towers"].append(name)
         if row.get("canary") == "yes":
             groups["canaries"].append(name)

@@ -3,6 +3,7 @@
 
 import csv
 import fcntl
+import hashlib
 import io
 import os
 from datetime import datetime, timezone
@@ -15,8 +16,8 @@ from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.files import m
 from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import Json
 
 ESCAPES = str.maketrans({"\\": "\\\\", "|": "\\|", "<": "&lt;"})
-# What the role registers, in the order of its tasks.
-RESULTS = ("plan", "lost", "restored", "decided", "apply", "confirmed", "journal", "facts")
+# What the role registers, in the order of its tasks; but a lost journal is why a plan has more lines than expected.
+RESULTS = ("lost", "restored", "plan", "decided", "apply", "confirmed", "journal", "facts")
 NOT_APPROVED = "not approved\nhint: answer yes at a terminal, or set commission_approved"
 BEFORE_THE_ROLE = "it failed before it was planned"
 # What hints of the tasks name, as the role names it.
@@ -51,7 +52,7 @@ def totals_of(known: Json) -> Json:
     return totals
 
 
-def sheet_of(name: str, outcome: Json, time: str) -> str:
+def sheet_of(name: str, outcome: Json, time: str, copy: str) -> str:
     """A hand-over sheet, in Markdown."""
 
     def row(*values: Any) -> str:
@@ -67,9 +68,13 @@ def sheet_of(name: str, outcome: Json, time: str) -> str:
     lines += [row("line", "setting", "values", "outcome", "time"), "|---|---|---|---|---|"]
     for line in sorted((line for state in COUNTS for line in known[state]), key=lambda line: line.get("line", 0)):
         values = [f"{key} {shown(value)}" for key, value in line.get("arguments", {}).items()]
-        values += ["a secret"] if "secret" in line else []
+        values += ["a secret" + ", not compared" * (line["secret"] == "not compared")] if "secret" in line else []
         verdict = line.get("verdict", line["state"]) + (", to be confirmed" if line in known["waiting"] else "")
         lines.append(row(line.get("line", ""), line["call"], ", ".join(values), verdict, line.get("at", "")))
+    if os.path.exists(copy):
+        with open(copy, "rb") as journal:
+            digest = hashlib.sha256(journal.read()).hexdigest()
+        lines += ["", f"The copy of its journal has the SHA-256 {digest}."]
     return "\n".join(lines) + "\n"
 
 
@@ -86,14 +91,13 @@ def waits(result: Json) -> bool:
 
 def state_of(results: Json) -> str:
     """The worst that is true of the gateway."""
-    plan, facts = results["plan"], results["facts"]
-    known = results["known"]
+    plan, known = results["plan"], results["known"]
     if plan.get("unreachable"):
         return "unreachable"
     if "left" not in plan:
         return "refused"
-    if results["apply"] and "left" not in facts:  # and the connection was lost
-        return "waiting" if waits(results["apply"]) else "unknown"
+    if results["apply"] and known is plan:  # the connection was lost
+        return "unknown"
     if waits(known):
         return "waiting"
     if known["unknown"] or results["lost"].get("failed") or results["restored"].get("failed"):
@@ -102,7 +106,7 @@ def state_of(results: Json) -> str:
         return "refused"
     if known["left"]:
         return "left"
-    return "refused" if known.get("failed") else "settled"
+    return "settled" if known["settled"] or not known.get("failed") else "refused"
 
 
 def problem_of(results: Json) -> str:
@@ -126,13 +130,16 @@ def outcome_of(variables: Any, in_check_mode: bool) -> Json:
     """State and message of a gateway, from what the tasks of the role have registered."""
     results: Json = {name: variables.get("commission_" + name) or {} for name in RESULTS}
     results = {name: {} if result.get("skipped") else result for name, result in results.items()}
-    results["known"] = results["facts"] if "left" in results["facts"] else results["plan"]
+    latest = (results[name] for name in ("facts", "confirmed", "apply") if "left" in results[name])
+    results["known"] = next(latest, results["plan"])
     state, problem = state_of(results), problem_of(results)
     if not problem and results["plan"].get("due") and not results["apply"] and not in_check_mode:
         problem = NOT_APPROVED
     if problem and state == "settled":
         state = "failed"
-    is_well = not problem and state in (("settled", "left") if in_check_mode else ("settled",))
+    if waits(results["known"]) and not problem and not in_check_mode:
+        problem = "the last apply is neither confirmed nor reverted"
+    is_well = not problem and (in_check_mode or state == "settled")
     message = problem or results["known"].get("msg", "")
     return {"state": state, "msg": message, "known": results["known"], "is_well": is_well}
 
@@ -170,7 +177,8 @@ def update(folder: str, gateways: dict[str, Json]) -> None:
         for name, outcome in gateways.items():
             known = outcome["known"]
             if "ansible_facts" in known:
-                replace(os.path.join(folder, "sheets", f"{name}.md"), sheet_of(name, outcome, time).encode())
+                sheet = sheet_of(name, outcome, time, os.path.join(folder, "journals", f"{name}.journal"))
+                replace(os.path.join(folder, "sheets", f"{name}.md"), sheet.encode())
             last = totals_of(known).get("last", rows.get(name, {}).get("last", ""))
             counts = [len(known[state]) if state in known else "" for state in COUNTS]
             message = outcome["msg"].strip().partition("\n")[0]

@@ -46,7 +46,7 @@ def inventory_of(rows: list[dict[str, str]]) -> dict[str, Any]:
         if not re.fullmatch(r"[A-Za-z0-9_:][A-Za-z0-9_.:%-]*", row["address"]):
             raise ValueError(f'gateway "{name}": a host name or an address expected, not "{row["address"]}"')
         groups["towers"].append(name)
-        if row.get("canary") == "yes":
+        if row.get("canary", "").strip().lower() == "yes":
             groups["canaries"].append(name)
         if row.get("region"):
             groups.setdefault("region_" + row["region"], []).append(name)

@@ -35,7 +35,7 @@ options:
     default: false
 attributes:
   check_mode:
-    description: Compares, and writes nothing.
+    description: Compares, and writes nothing. Whether the gateway takes a copy shows only when it is put back.
     support: full
   diff_mode:
     description: Shows nothing.

@@ -29,6 +29,8 @@ class ActionModule(GatewayAction):
     def carry_out(self, given: Json) -> Json:
         if not os.path.isabs(given["path"]):
             raise Failure(f"path must be absolute, not {given['path']!r}\nhint: begin it with {{{{ playbook_dir }}}}/")
+        if os.path.isdir(given["path"]) or given["path"].endswith("/"):
+            raise Failure(f"path must be a file, not the folder {given['path']!r}")
         try:
             return self._fetch(given) if given["state"] == "fetched" else self._restore(given)
         except OSError as error:
@@ -37,7 +39,7 @@ class ActionModule(GatewayAction):
     def _fetch(self, given: Json) -> Json:
         [fetched] = self.ask(given, {"command": "journal", **self.site_of(given)})
         fail_if_refused(fetched)
-        path = copy_of(given["path"], fetched)
+        path = given["path"]
         text = first(fetched, "journal")["text"].encode()
         copy = content_of(path)
         result = {"changed": copy != text, "path": path, **whose(fetched)}
@@ -57,38 +59,28 @@ class ActionModule(GatewayAction):
     def _restore(self, given: Json) -> Json:
         site = self.site_of(given)
         path = given["path"]
-        if is_folder(path):
-            [plan] = self.ask(given, {"command": "plan", **site})
-            fail_if_refused(plan)
-            path = copy_of(path, plan)
         copy = content_of(path)
         if copy is None:
             raise Failure(f"{path}: no such copy")
+        try:
+            text = copy.decode()
+        except UnicodeDecodeError as error:
+            raise Failure(f"{path} is not a journal") from error
         fetch = {"command": "journal", **site}
-        put = [] if self._task.check_mode else [{**fetch, "text": copy.decode()}]
-        there, *answers = self.ask(given, fetch, *put)
-        result = {"path": path, **whose(there)}
+        put = {"command": "plan", **site} if self._task.check_mode else {**fetch, "text": text}
+        there, answer = self.ask(given, fetch, put)
         journal = first(there, "journal")
         if journal and continues(journal["text"].encode(), copy):
-            return {**result, "changed": False}
-        for answer in answers:
-            fail_if_refused(answer)
-            result.update(whose(answer))
-        return {**result, "changed": True}
+            return {"changed": False, "path": path, **whose(there)}
+        if journal:
+            raise Failure(f"{journal['journal']}: the gateway has this journal, which does not continue {path}")
+        fail_if_refused(answer)
+        return {"changed": True, "path": path, **whose(answer)}
 
 
 def fail_if_refused(answer: Json) -> None:
     if errors_of(answer):
         raise Failure("\n".join(errors_of(answer)))
-
-
-def is_folder(path: str) -> bool:
-    return os.path.isdir(path) or path.endswith("/")
-
-
-def copy_of(path: str, answer: Json) -> str:
-    """In a folder, the copy has the name of the journal."""
-    return os.path.join(path, os.path.basename(whose(answer)["journal"])) if is_folder(path) else path
 
 
 def content_of(path: str) -> bytes | None:

@@ -55,6 +55,8 @@ class ActionModule(GatewayAction):
             return self._decide(given)
         if given["src"] is None:
             raise Failure("state: present needs src")
+        if given["all"] and given["unknown"] == "skip":
+            raise Failure("all: true makes unknown lines, too; unknown must be fail or retry, not skip")
         return self._preview(given) if self._task.check_mode else self._apply(given)
 
     # --- present ----------------------------------------------------------------------
@@ -66,14 +68,17 @@ class ActionModule(GatewayAction):
     def _preview(self, given: Json) -> Json:
         selection = self._selection(given)
         folder = {"command": "report", "journal": selection["journal"]}
-        plan, journals = self.ask(given, {"command": "plan", **selection, **again(given)}, folder)
+        # Without a site, it is refused; whether because of confirm, too, is what it is for.
+        confirm = {"command": "apply", **confirm_of(given)}
+        plan, journals, checked = self.ask(given, {"command": "plan", **selection, **again(given)}, folder, confirm)
         result = known_by(plan)
         if "journal" in result:
             result["has_journal"] = recorded_in(journals, plan) is not None
         due = [line for line in of_type(plan, "plan_line") if line["due"]]
-        if given["unknown"] != "retry":
+        if given["unknown"] != "retry" and not given["all"]:
             due = [line for line in due if line["state"] != "unknown"]
-        problems = errors_of(plan) or obstacles(given, result, due)
+        wrong = [error["complaint"] for error in of_type(checked, "error") if error.get("argument") == "confirm"]
+        problems = errors_of(plan) or wrong or obstacles(given, result, due)
         if problems:
             due = []
         result["changed"] = bool(due)
@@ -91,10 +96,9 @@ class ActionModule(GatewayAction):
 
     def _apply(self, given: Json) -> Json:
         selection = self._selection(given)
-        apply: Json = {"command": "apply", **selection, **again(given), "yes": given["accept_permanent"]}
-        if given["confirm"] is not None:
-            apply["confirm"] = given["confirm"]
-        if given["unknown"] != "fail":
+        apply: Json = {"command": "apply", **selection, **again(given), **confirm_of(given)}
+        apply["yes"] = given["accept_permanent"]
+        if given["unknown"] != "fail" and not given["all"]:
             apply[given["unknown"] + "_unknown"] = True
         plan = {"command": "plan", **selection}
         try:
@@ -108,7 +112,7 @@ class ActionModule(GatewayAction):
         result["changed"] = any(call["outcome"] in MADE for call in calls)
         lines = [line for line in of_type(applied, "plan_line") if line["due"]]
         if self._task.diff:
-            made = {call["line"] for call in calls}
+            made = {call["line"] for call in calls if call["outcome"] in MADE}
             result["diff"] = diff_of(result, [line for line in lines if line["line"] in made])
         if applied["exit"] == EXIT_OK:
             counts = {**Counter(call["outcome"] for call in calls), "up to date": first(applied, "apply")["up_to_date"]}
@@ -184,6 +188,10 @@ def again(given: Json) -> Json:
     return {"all": given["all"], "resend_secrets": given["resend_secrets"]}
 
 
+def confirm_of(given: Json) -> Json:
+    return {"confirm": given["confirm"]} if given["confirm"] is not None else {}
+
+
 def state_of(confirmation: Json | None) -> str | None:
     return confirmation["state"] if confirmation else None
 
@@ -202,7 +210,7 @@ def obstacles(given: Json, result: Json, due: list[Json]) -> list[str]:
     """Why apply sends nothing."""
     if state_of(result["confirmation"]) == "waiting":
         return not_confirmed(result)
-    if given["unknown"] == "fail" and result["unknown"]:
+    if given["unknown"] == "fail" and result["unknown"] and not given["all"]:
         return left_unknown(given, result)
     permanent = [str(line["line"]) for line in due if line.get("cannot_be_reverted")]
     if permanent and given["confirm"] is not None and not given["accept_permanent"]:

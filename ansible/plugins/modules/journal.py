@@ -14,8 +14,7 @@ extends_documentation_fragment: device_mgmt.gateway.gateway
 options:
   path:
     description:
-      - The copy on the controller, an absolute path. In a folder (it exists, or its name ends with C(/)),
-        it has the name of the journal.
+      - The copy on the controller, a file with an absolute path. Each gateway needs one of its own.
       - It is replaced as a whole, readable by its owner only. A folder that is missing is made, for its owner only.
     type: path
     required: true
@@ -36,7 +35,7 @@ options:
     default: false
 attributes:
   check_mode:
-    description: Compares, and writes nothing.
+    description: Compares, and writes nothing. Whether the gateway takes a copy shows only when it is put back.
     support: full
   diff_mode:
     description: Shows nothing.
@@ -49,12 +48,12 @@ EXAMPLES = r"""
 - name: Keep the journal
   device_mgmt.gateway.journal:
     gateway: "tower-{{ site }}"
-    path: "{{ playbook_dir }}/journals/"
+    path: "{{ playbook_dir }}/journals/{{ inventory_hostname }}.journal"
 
 - name: Put it back after the gateway was replaced by one with the same settings
   device_mgmt.gateway.journal:
     gateway: "tower-{{ site }}"
-    path: "{{ playbook_dir }}/journals/"
+    path: "{{ playbook_dir }}/journals/{{ inventory_hostname }}.journal"
     state: restored
 """
 

@@ -30,13 +30,15 @@ options:
     description: Only the calls of this family, such as C(ip).
     type: str
   all:
-    description: Make every line, whatever the journal says, for a gateway that was reset or replaced.
+    description:
+      - Make every line, whatever the journal says, for a gateway that was reset or replaced.
+      - Unknown lines are made, too, whether I(unknown) is C(fail) or C(retry). C(skip) excludes it.
     type: bool
     default: false
   unknown:
     description:
       - What becomes of lines without a verdict, for instance because the connection was lost during their call.
-      - C(fail) sends nothing while there is one, C(retry) makes them again.
+      - C(fail) sends nothing while there is one, unless I(all) makes them; C(retry) makes them again.
       - C(skip) makes the other lines. The task fails nevertheless, because lines are unknown.
     type: str
     choices: [fail, retry, skip]

@@ -7,6 +7,7 @@ import json
 import os
 import shlex
 from collections.abc import Iterator
+from contextlib import contextmanager, nullcontext
 from typing import Any
 
 from ansible.errors import AnsibleActionFail
@@ -35,6 +36,27 @@ LISTS = {
 }
 
 
+# The kinds of members, wherever vorcfg prints them; what is missing is noticed where it is used.
+KINDS: dict[str, tuple[type, ...]] = {
+    **dict.fromkeys(("type", "call", "state", "verdict", "at", "complaint", "outcome", "obstacle", "argument"), (str,)),
+    **dict.fromkeys(("file", "journal", "gateway", "text", "until", "last", "by"), (str,)),
+    **dict.fromkeys(("line", "exit", "up_to_date", "seconds_left"), (int,)),
+    **dict.fromkeys(("arguments", "current", "confirmation"), (dict,)),
+    **dict.fromkeys(("output", "calls"), (list,)),
+    "id": (int, type(None)),
+    "secret": (str, bool),
+    "due": (int, bool),
+}
+KINDS_OF: dict[str, dict[str, tuple[type, ...]]] = {
+    "plan_line": {"open": (dict,), "failed": (dict,)},
+    "report": {"lines": (list,)},
+}
+RECORDS = ("output", "calls", "lines")  # lists of objects; elsewhere, lines is a total
+
+READING = ("plan", "report", "journal")  # with a text, journal writes it
+SHORTEST_HIDDEN = 4  # anything shorter is in too many words
+
+
 class Failure(Exception):
     """Why the task fails: sentences on lines of their own."""
 
@@ -58,10 +80,22 @@ class GatewayAction(ActionBase):  # type: ignore[misc]
             given["secrets"] = values_of("secrets", given["secrets"])
             if not given["journal_dir"].startswith("/"):
                 raise Failure(f"journal_dir must be an absolute path, not {given['journal_dir']!r}")
-            result.update(self.carry_out(given))
+            result.update(self._without_secrets(given))
         except (AnsibleActionFail, Failure) as failure:
             result.update(failed=True, msg=str(failure))
         return result
+
+    def _without_secrets(self, given: Json) -> Json:
+        """What is done and returned, even if something on the gateway repeats a secret."""
+        texts = {str(secret) for secret in given["secrets"].values()}
+        secrets = sorted((text for text in texts if len(text) >= SHORTEST_HIDDEN), key=len, reverse=True)
+        try:
+            result: Json = self.carry_out(given)
+        except KeyError as error:
+            raise Failure(f"vorcfg on the gateway left out {error}") from error
+        except Failure as failure:
+            raise type(failure)(hide(secrets, str(failure))) from failure
+        return {name: hide(secrets, value) for name, value in result.items()}
 
     def carry_out(self, given: Json) -> Json:
         """What the task does, and returns."""
@@ -72,7 +106,9 @@ class GatewayAction(ActionBase):  # type: ignore[misc]
     def ask(self, given: Json, *requests: Json) -> list[Json]:
         """The answers to requests that one vorcfg serve carries out, in their order."""
         lines = "".join(json.dumps({"id": number, **request}) + "\n" for number, request in enumerate(requests))
-        ended = self._low_level_execute_command(self._command(given), in_data=lines.encode())
+        reads = all(request["command"] in READING and "text" not in request for request in requests)
+        with nullcontext() if reads or self._task.check_mode else self._no_repetition():
+            ended = self._low_level_execute_command(self._command(given), in_data=lines.encode())
         answers: dict[Any, Json] = {}
         is_there = False
         for record in records_in(ended["stdout"]):
@@ -80,6 +116,7 @@ class GatewayAction(ActionBase):  # type: ignore[misc]
                 is_there = True
                 check_schema(record)
             elif record.get("type") == "answer":
+                check_kinds(record)
                 answers[record.get("id")] = record
         if not is_there:
             raise Failure(not_started(given, ended))
@@ -88,6 +125,19 @@ class GatewayAction(ActionBase):  # type: ignore[misc]
         if len(answers) < len(requests):
             raise Lost(f"vorcfg on the gateway ended before it answered (exit code {ended['rc']})")
         return [answers[number] for number in range(len(requests))]
+
+    @contextmanager
+    def _no_repetition(self) -> Iterator[None]:
+        """ssh repeats a command whose connection was lost, as often as retries say; a call may be made only once."""
+        option = "reconnection_retries"
+        retries = self._connection.get_option(option) if self._connection.has_option(option) else 0
+        if retries:
+            self._connection.set_option(option, 0)
+        try:
+            yield
+        finally:
+            if retries:
+                self._connection.set_option(option, retries)
 
     def _command(self, given: Json) -> str:
         environment = self._task.environment or {}
@@ -159,9 +209,40 @@ def records_in(stdout: str) -> Iterator[Json]:
         if start >= 0:
             try:
                 record = decoder.raw_decode(line, start)[0]
+                json.dumps(record, ensure_ascii=False).encode()
+            except (UnicodeEncodeError, RecursionError) as error:
+                raise Failure("vorcfg on the gateway printed what cannot be stored") from error
             except ValueError:
                 continue  # cut off
             yield record
+
+
+def check_kinds(record: Any) -> None:
+    """Nothing else gets into results, and from there into the report of all gateways."""
+    for name, value in record.items():
+        kinds = {**KINDS, **KINDS_OF.get(str(record.get("type")), {})}.get(name)
+        inner = [value] if isinstance(value, dict) else value if name in RECORDS and isinstance(value, list) else []
+        if kinds and type(value) not in kinds or not all(isinstance(each, dict) for each in inner):
+            raise Failure(f"vorcfg on the gateway printed {name} of a wrong kind")
+        if name == "arguments":
+            values = [each for value in value.values() for each in (value if isinstance(value, list) else [value])]
+            if not all(isinstance(each, (str, int)) for each in values):
+                raise Failure("vorcfg on the gateway printed arguments of a wrong kind")
+        else:
+            for each in inner:
+                check_kinds(each)
+
+
+def hide(secrets: list[str], value: Any) -> Any:
+    """The value without secrets in its texts."""
+    if isinstance(value, dict):
+        return {name: hide(secrets, each) for name, each in value.items()}
+    if isinstance(value, list):
+        return [hide(secrets, each) for each in value]
+    if isinstance(value, str):
+        for secret in secrets:
+            value = value.replace(secret, "********")
+    return value
 
 
 def check_schema(record: Json) -> None:
@@ -176,7 +257,7 @@ def not_started(given: Json, ended: Json) -> str:
     """Why there is no vorcfg serve, without anything that the command may have repeated of its input."""
     said = (ended["stderr"].strip().splitlines() or [""])[-1].strip()
     longest = 200
-    hidden = len(said) > longest or "{" in said or any(str(secret) in said for secret in given["secrets"].values())
+    hidden = len(said) > longest or "{" in said
     reason = f": {said}" if said and not hidden else ""
     if ended["rc"] == 127:
         return f"{given['vorcfg_path']} was not found on the gateway{reason}\nhint: vorcfg_path says where it is"
@@ -223,7 +304,8 @@ def confirmation_of(answer: Json) -> Json | None:
 
 def line_of(record: Json) -> Json:
     """A line of a plan or a report, as a task returns it."""
-    line = {name: record[name] for name in ("line", "call", "arguments", "state", "secret") if name in record}
+    line = {name: record[name] for name in ("call", "arguments", "state")}
+    line.update({name: record[name] for name in ("line", "secret") if name in record})
     last = record.get("open") or record.get("failed") or record.get("current") or record
     if record["state"] not in LISTS["left"]:
         line.update({name: last[name] for name in ("verdict", "at") if name in last})

@@ -66,7 +66,7 @@ def sheet_of(name: str, outcome: Json, time: str, copy: str) -> str:
     lines += [f"{outcome['state'].capitalize()}, as of {time}{made}.", ""]
     lines += ["These settings were sent to the gateway. Its current values cannot be read back.", ""]
     lines += [row("line", "setting", "values", "outcome", "time"), "|---|---|---|---|---|"]
-    for line in sorted((line for state in COUNTS for line in known[state]), key=lambda line: line.get("line", 0)):
+    for line in sorted((line for state in COUNTS for line in known[state]), key=lambda line: int(line.get("line", 0))):
         values = [f"{key} {shown(value)}" for key, value in line.get("arguments", {}).items()]
         values += ["a secret" + ", not compared" * (line["secret"] == "not compared")] if "secret" in line else []
         verdict = line.get("verdict", line["state"]) + (", to be confirmed" if line in known["waiting"] else "")

@@ -74,7 +74,11 @@ class ActionModule(GatewayAction):
         result = known_by(plan)
         if "journal" in result:
             result["has_journal"] = recorded_in(journals, plan) is not None
-        due = [line for line in of_type(plan, "plan_line") if line["due"]]
+        has_expired = state_of(result["confirmation"]) == "expired"
+        reverted = [line["line"] for line in result["waiting"] if "secret" not in line] if has_expired else []
+        result["left"] += [line for line in result["waiting"] if line["line"] in reverted]
+        result["waiting"] = [line for line in result["waiting"] if line["line"] not in reverted]
+        due = [line for line in of_type(plan, "plan_line") if line["due"] or line["line"] in reverted]
         if given["unknown"] != "retry" and not given["all"]:
             due = [line for line in due if line["state"] != "unknown"]
         wrong = [error["complaint"] for error in of_type(checked, "error") if error.get("argument") == "confirm"]
@@ -90,7 +94,7 @@ class ActionModule(GatewayAction):
         if problems:
             return failure(result, problems)
         counts = {"to make": len(due), "up to date": len(result["settled"]) + len(result["waiting"])}
-        has_expired = state_of(result["confirmation"]) == "expired"
+        counts.update(not_compared(first(plan, "plan")))
         note = ", once the last apply, which has expired, is reverted" if has_expired else ""
         return {**result, "msg": summary(given, counts) + note}
 
@@ -109,13 +113,16 @@ class ActionModule(GatewayAction):
             return self._after_loss(given, plan, str(error).strip())
         calls = of_type(applied, "call")
         result: Json = {**known_by(planned), "warnings": warnings_of(applied)}
-        result["changed"] = any(call["outcome"] in MADE for call in calls)
+        undone = [line for line in of_type(applied, "revert_line") if line["state"] == "reverted"]
+        result["changed"] = bool(undone) or any(call["outcome"] in MADE for call in calls)
         lines = [line for line in of_type(applied, "plan_line") if line["due"]]
         if self._task.diff:
             made = {call["line"] for call in calls if call["outcome"] in MADE}
             result["diff"] = diff_of(result, [line for line in lines if line["line"] in made])
         if applied["exit"] == EXIT_OK:
-            counts = {**Counter(call["outcome"] for call in calls), "up to date": first(applied, "apply")["up_to_date"]}
+            totals = first(applied, "apply")
+            counts = {**Counter(call["outcome"] for call in calls), "up to date": totals["up_to_date"]}
+            counts.update({"reverted before": len(undone), **not_compared(totals)})
             until = f", to be confirmed before {result['confirmation']['until']}" if result["waiting"] else ""
             return {**result, "msg": summary(given, counts) + until}
         if not calls:
@@ -137,7 +144,7 @@ class ActionModule(GatewayAction):
             what = "if the connection was lost during the calls, their outcome is unknown"
             raise AnsibleConnectionFailure(f"{reason}\n{what}\n{HINT_AGAIN}") from error
         result: Json = {"changed": False, **known_by(planned)}
-        counts = ", ".join(f"{len(result[name])} {name}" for name in LISTS if result[name])
+        counts = ", ".join(f"{len(result[name])} {name}" for name in (*LISTS, "waiting") if result[name])
         known = [f"its journal now has: {counts}; it may still be at work"] if counts else errors_of(planned)
         return failure(result, [reason, *known, *left_unknown(given, result), HINT_AGAIN])
 
@@ -240,6 +247,12 @@ def summary(given: Json, counts: Json) -> str:
     """Totals without zeros, as vorcfg prints them."""
     parts = [f"{count} {name}" for name, count in counts.items() if count]
     return f"{os.path.basename(given['src'])}: {', '.join(parts) or 'nothing to make'}"
+
+
+def not_compared(totals: Json) -> Json:
+    """Of what is up to date: the key is lost that tells whether a secret has changed."""
+    count = totals["secrets_not_compared"]
+    return {f"secret{'s' if count > 1 else ''} not compared": count}
 
 
 def diff_of(result: Json, due: list[Json]) -> Json:

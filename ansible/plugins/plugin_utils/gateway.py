@@ -40,19 +40,21 @@ LISTS = {
 KINDS: dict[str, tuple[type, ...]] = {
     **dict.fromkeys(("type", "call", "state", "verdict", "at", "complaint", "outcome", "obstacle", "argument"), (str,)),
     **dict.fromkeys(("file", "journal", "gateway", "text", "until", "last", "by"), (str,)),
-    **dict.fromkeys(("line", "exit", "up_to_date", "seconds_left"), (int,)),
-    **dict.fromkeys(("arguments", "current", "confirmation"), (dict,)),
-    **dict.fromkeys(("output", "calls"), (list,)),
+    **dict.fromkeys(("line", "exit", "up_to_date", "secrets_not_compared", "seconds_left"), (int,)),
+    **dict.fromkeys(("arguments", "current"), (dict,)),
+    "output": (list,),
     "id": (int, type(None)),
     "secret": (str, bool),
     "due": (int, bool),
 }
 KINDS_OF: dict[str, dict[str, tuple[type, ...]]] = {
     "plan_line": {"open": (dict,), "failed": (dict,)},
-    "report": {"lines": (list,)},
+    "report": {"lines": (list,), "confirmation": (dict,)},
+    "confirmation": {"calls": (list,)},
 }
-RECORDS = ("output", "calls", "lines")  # lists of objects; elsewhere, lines is a total
+RECORDS = ("output", "calls", "lines")  # lists of objects, or totals
 
+EXIT_USAGE = 2
 READING = ("plan", "report", "journal")  # with a text, journal writes it
 SHORTEST_HIDDEN = 4  # anything shorter is in too many words
 
@@ -261,10 +263,8 @@ def not_started(given: Json, ended: Json) -> str:
     reason = f": {said}" if said and not hidden else ""
     if ended["rc"] == 127:
         return f"{given['vorcfg_path']} was not found on the gateway{reason}\nhint: vorcfg_path says where it is"
-    return (
-        f"{given['vorcfg_path']} serve on the gateway ended with exit code {ended['rc']}{reason}\n"
-        f"hint: vorcfg with schema {SCHEMA} is needed"
-    )
+    hint = f"\nhint: vorcfg with schema {SCHEMA} is needed" if ended["rc"] == EXIT_USAGE else ""
+    return f"{given['vorcfg_path']} serve on the gateway ended with exit code {ended['rc']}{reason}{hint}"
 
 
 def of_type(answer: Json, name: str) -> list[Json]:

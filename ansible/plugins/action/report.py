@@ -17,7 +17,7 @@ from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import
 
 ESCAPES = str.maketrans({"\\": "\\\\", "|": "\\|", "<": "&lt;"})
 # What the role registers, in the order of its tasks; but a lost journal is why a plan has more lines than expected.
-RESULTS = ("lost", "restored", "plan", "decided", "apply", "confirmed", "journal", "facts")
+RESULTS = ("lost", "restored", "plan", "decided", "compared", "apply", "confirmed", "journal", "facts")
 NOT_APPROVED = "not approved\nhint: answer yes at a terminal, or set commission_approved"
 BEFORE_THE_ROLE = "it failed before it was planned"
 # What hints of the tasks name, as the role names it.

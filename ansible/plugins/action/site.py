@@ -32,7 +32,8 @@ UNDECIDED = ("waiting", "expired")
 
 NO_VERDICT = "unknown: it was begun, and has no verdict"
 
-HINT_UNKNOWN = "hint: unknown: retry makes such lines again, unknown: skip leaves them out"
+HINT_UNKNOWN = "hint: unknown: retry makes such lines again"
+HINT_SKIP = ", unknown: skip leaves them out"
 HINT_PERMANENT = "hint: accept_permanent: true makes them"
 HINT_AGAIN = "hint: run the task again"
 HINT_WAITING = "hint: state: confirmed keeps the changes, state: reverted undoes them"
@@ -230,7 +231,7 @@ def obstacles(options: Json, result: Json, due: list[Json]) -> list[str]:
 def left_unknown(options: Json, result: Json) -> list[str]:
     at_file = {"file": os.path.basename(options["src"] or "")}
     lines = [place_of({**at_file, **line}) + line.get("verdict", NO_VERDICT) for line in result["unknown"]]
-    return [*lines, HINT_UNKNOWN] if lines else []
+    return [*lines, HINT_UNKNOWN + HINT_SKIP * (options["unknown"] != "skip")] if lines else []
 
 
 def unless_unknown(options: Json, result: Json) -> Json:

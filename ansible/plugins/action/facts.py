@@ -8,32 +8,32 @@ from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import
     GatewayAction,
     Json,
     errors_of,
-    first,
-    known_by,
+    first_record,
+    identity_of,
+    lines_by_state,
     recorded_in,
-    whose,
 )
 
 
 class ActionModule(GatewayAction):
-    def carry_out(self, given: Json) -> Json:
-        site = self.site_of(given)
+    def carry_out(self, options: Json) -> Json:
+        site = self.site_of(options)
         folder = {"command": "report", "journal": site["journal"]}
-        plan, report, all_sites = self.ask(given, {"command": "plan", **site}, {"command": "report", **site}, folder)
+        plan, report, all_sites = self.ask(options, {"command": "plan", **site}, {"command": "report", **site}, folder)
         if errors_of(plan):
             raise Failure("\n".join(errors_of(plan)))
         line = recorded_in(all_sites, plan)
         if line is not None and errors_of(report):
             raise Failure("\n".join(errors_of(report)))
-        recorded = known_by(report)
+        recorded = lines_by_state(report)
         facts: Json = {
-            **whose(plan),
+            **identity_of(plan),
             "state": line["state"] if line else "missing",
             **{name: len(recorded[name]) for name in ("settled", "waiting", "unknown", "refused")},
             "confirmation": recorded["confirmation"],
             **{name: line[name] for name in ("last", "by") if line and name in line},
         }
-        if given["src"] is None:
+        if options["src"] is None:
             return {"changed": False, "ansible_facts": {"device_mgmt": facts}, **recorded}
-        facts["left"] = first(plan, "plan")["due"]
-        return {"changed": False, "ansible_facts": {"device_mgmt": facts}, **known_by(plan)}
+        facts["left"] = first_record(plan, "plan")["due"]
+        return {"changed": False, "ansible_facts": {"device_mgmt": facts}, **lines_by_state(plan)}

@@ -13,38 +13,39 @@ from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import
     GatewayAction,
     Json,
     errors_of,
-    first,
-    whose,
+    first_record,
+    identity_of,
 )
 
 
 class ActionModule(GatewayAction):
-    options = {
+    option_spec = {
         **GATEWAY_OPTIONS,
         "path": {"type": "path", "required": True},
         "state": {"type": "str", "default": "fetched", "choices": ["fetched", "restored"]},
         "begun_anew": {"type": "bool", "default": False},
     }
 
-    def carry_out(self, given: Json) -> Json:
-        if not os.path.isabs(given["path"]):
-            raise Failure(f"path must be absolute, not {given['path']!r}\nhint: begin it with {{{{ playbook_dir }}}}/")
-        if os.path.isdir(given["path"]) or given["path"].endswith("/"):
-            raise Failure(f"path must be a file, not the folder {given['path']!r}")
+    def carry_out(self, options: Json) -> Json:
+        if not os.path.isabs(options["path"]):
+            hint = "hint: begin it with {{ playbook_dir }}/"
+            raise Failure(f"path must be absolute, not {options['path']!r}\n{hint}")
+        if os.path.isdir(options["path"]) or options["path"].endswith("/"):
+            raise Failure(f"path must be a file, not the folder {options['path']!r}")
         try:
-            return self._fetch(given) if given["state"] == "fetched" else self._restore(given)
+            return self._fetch(options) if options["state"] == "fetched" else self._restore(options)
         except OSError as error:
             raise Failure(f"{error.filename}: {error.strerror}") from error
 
-    def _fetch(self, given: Json) -> Json:
-        [fetched] = self.ask(given, {"command": "journal", **self.site_of(given)})
+    def _fetch(self, options: Json) -> Json:
+        [fetched] = self.ask(options, {"command": "journal", **self.site_of(options)})
         fail_if_refused(fetched)
-        path = given["path"]
-        text = first(fetched, "journal")["text"].encode()
+        path = options["path"]
+        text = first_record(fetched, "journal")["text"].encode()
         copy = content_of(path)
-        result = {"changed": copy != text, "path": path, **whose(fetched)}
+        result = {"changed": copy != text, "path": path, **identity_of(fetched)}
         if copy is not None and not continues(text, copy):
-            if not given["begun_anew"]:
+            if not options["begun_anew"]:
                 raise Failure(
                     f"{path}: the journal of the gateway does not continue this copy, which is kept\n"
                     "hint: begun_anew: true renames the copy, for a gateway that was replaced"
@@ -56,9 +57,9 @@ class ActionModule(GatewayAction):
             replace(path, text)
         return result
 
-    def _restore(self, given: Json) -> Json:
-        site = self.site_of(given)
-        path = given["path"]
+    def _restore(self, options: Json) -> Json:
+        site = self.site_of(options)
+        path = options["path"]
         copy = content_of(path)
         if copy is None:
             raise Failure(f"{path}: no such copy")
@@ -68,14 +69,14 @@ class ActionModule(GatewayAction):
             raise Failure(f"{path} is not a journal") from error
         fetch = {"command": "journal", **site}
         put = {"command": "plan", **site} if self._task.check_mode else {**fetch, "text": text}
-        there, answer = self.ask(given, fetch, put)
-        journal = first(there, "journal")
+        there, answer = self.ask(options, fetch, put)
+        journal = first_record(there, "journal")
         if journal and continues(journal["text"].encode(), copy):
-            return {"changed": False, "path": path, **whose(there)}
+            return {"changed": False, "path": path, **identity_of(there)}
         if journal:
             raise Failure(f"{journal['journal']}: the gateway has this journal, which does not continue {path}")
         fail_if_refused(answer)
-        return {"changed": True, "path": path, **whose(answer)}
+        return {"changed": True, "path": path, **identity_of(answer)}
 
 
 def fail_if_refused(answer: Json) -> None:

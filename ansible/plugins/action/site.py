@@ -17,8 +17,8 @@ from ansible_collections.device_mgmt.gateway.plugins.plugin_utils.gateway import
     Lost,
     confirmation_of,
     errors_of,
-    first,
-    known_by,
+    first_record,
+    lines_by_state,
     of_type,
     place_of,
     recorded_in,
@@ -32,14 +32,15 @@ UNDECIDED = ("waiting", "expired")
 
 NO_VERDICT = "unknown: it was begun, and has no verdict"
 
-HINT_UNKNOWN = "hint: unknown: retry makes such lines again, unknown: skip leaves them out"
+HINT_UNKNOWN = "hint: unknown: retry makes such lines again"
+HINT_SKIP = ", unknown: skip leaves them out"
 HINT_PERMANENT = "hint: accept_permanent: true makes them"
 HINT_AGAIN = "hint: run the task again"
 HINT_WAITING = "hint: state: confirmed keeps the changes, state: reverted undoes them"
 
 
 class ActionModule(GatewayAction):
-    options = {
+    option_spec = {
         **GATEWAY_OPTIONS,
         "state": {"type": "str", "default": "present", "choices": ["present", "confirmed", "reverted"]},
         "confirm": {"type": "str"},
@@ -50,28 +51,29 @@ class ActionModule(GatewayAction):
         "resend_secrets": {"type": "bool", "default": False},
     }
 
-    def carry_out(self, given: Json) -> Json:
-        if given["state"] != "present":
-            return self._decide(given)
-        if given["src"] is None:
+    def carry_out(self, options: Json) -> Json:
+        if options["state"] != "present":
+            return self._decide(options)
+        if options["src"] is None:
             raise Failure("state: present needs src")
-        if given["all"] and given["unknown"] == "skip":
+        if options["all"] and options["unknown"] == "skip":
             raise Failure("all: true makes unknown lines, too; unknown must be fail or retry, not skip")
-        return self._preview(given) if self._task.check_mode else self._apply(given)
+        return self._preview(options) if self._task.check_mode else self._apply(options)
 
     # --- present ----------------------------------------------------------------------
 
-    def _selection(self, given: Json) -> Json:
-        only = {"only": given["only"]} if given["only"] is not None else {}
-        return {**self.site_of(given), **only}
+    def _selection(self, options: Json) -> Json:
+        only = {"only": options["only"]} if options["only"] is not None else {}
+        return {**self.site_of(options), **only}
 
-    def _preview(self, given: Json) -> Json:
-        selection = self._selection(given)
+    def _preview(self, options: Json) -> Json:
+        selection = self._selection(options)
         folder = {"command": "report", "journal": selection["journal"]}
         # Without a site, it is refused; whether because of confirm, too, is what it is for.
-        confirm = {"command": "apply", **confirm_of(given)}
-        plan, journals, checked = self.ask(given, {"command": "plan", **selection, **again(given)}, folder, confirm)
-        result = known_by(plan)
+        confirm = {"command": "apply", **confirm_of(options)}
+        requests = {"command": "plan", **selection, **repeat_options(options)}, folder, confirm
+        plan, journals, checked = self.ask(options, *requests)
+        result = lines_by_state(plan)
         if "journal" in result:
             result["has_journal"] = recorded_in(journals, plan) is not None
         has_expired = state_of(result["confirmation"]) == "expired"
@@ -79,40 +81,40 @@ class ActionModule(GatewayAction):
         result["left"] += [line for line in result["waiting"] if line["line"] in reverted]
         result["waiting"] = [line for line in result["waiting"] if line["line"] not in reverted]
         due = [line for line in of_type(plan, "plan_line") if line["due"] or line["line"] in reverted]
-        if given["unknown"] != "retry" and not given["all"]:
+        if options["unknown"] != "retry" and not options["all"]:
             due = [line for line in due if line["state"] != "unknown"]
         wrong = [error["complaint"] for error in of_type(checked, "error") if error.get("argument") == "confirm"]
-        problems = errors_of(plan) or wrong or obstacles(given, result, due)
+        problems = errors_of(plan) or wrong or obstacles(options, result, due)
         if problems:
             due = []
         result["changed"] = bool(due)
         result["due"] = len(due)
         if self._task.diff:
             result["diff"] = diff_of(result, due)
-        if given["unknown"] == "skip":
-            problems = problems or left_unknown(given, result)
+        if options["unknown"] == "skip":
+            problems = problems or left_unknown(options, result)
         if problems:
             return failure(result, problems)
         counts = {"to make": len(due), "up to date": len(result["settled"]) + len(result["waiting"])}
-        counts.update(not_compared(first(plan, "plan")))
+        counts.update(not_compared(first_record(plan, "plan")))
         note = ", once the last apply, which has expired, is reverted" if has_expired else ""
-        return {**result, "msg": summary(given, counts) + note}
+        return {**result, "msg": summary(options, counts) + note}
 
-    def _apply(self, given: Json) -> Json:
-        selection = self._selection(given)
-        apply: Json = {"command": "apply", **selection, **again(given), **confirm_of(given)}
-        apply["yes"] = given["accept_permanent"]
-        if given["unknown"] != "fail" and not given["all"]:
-            apply[given["unknown"] + "_unknown"] = True
+    def _apply(self, options: Json) -> Json:
+        selection = self._selection(options)
+        apply: Json = {"command": "apply", **selection, **repeat_options(options), **confirm_of(options)}
+        apply["yes"] = options["accept_permanent"]
+        if options["unknown"] != "fail" and not options["all"]:
+            apply[options["unknown"] + "_unknown"] = True
         plan = {"command": "plan", **selection}
         try:
-            applied, planned = self.ask(given, apply, plan)
+            applied, planned = self.ask(options, apply, plan)
         except AnsibleAuthenticationFailure:
             raise
         except (AnsibleConnectionFailure, Lost) as error:
-            return self._after_loss(given, plan, str(error).strip())
+            return self._after_loss(options, plan, str(error).strip())
         calls = of_type(applied, "call")
-        result: Json = {**known_by(planned), "warnings": warnings_of(applied)}
+        result: Json = {**lines_by_state(planned), "warnings": warnings_of(applied)}
         undone = [line for line in of_type(applied, "revert_line") if line["state"] == "reverted"]
         result["changed"] = bool(undone) or any(call["outcome"] in MADE for call in calls)
         lines = [line for line in of_type(applied, "plan_line") if line["due"]]
@@ -120,70 +122,70 @@ class ActionModule(GatewayAction):
             made = {call["line"] for call in calls if call["outcome"] in MADE}
             result["diff"] = diff_of(result, [line for line in lines if line["line"] in made])
         if applied["exit"] == EXIT_OK:
-            totals = first(applied, "apply")
+            totals = first_record(applied, "apply")
             counts = {**Counter(call["outcome"] for call in calls), "up to date": totals["up_to_date"]}
             counts.update({"reverted before": len(undone), **not_compared(totals)})
             until = f", to be confirmed before {result['confirmation']['until']}" if result["waiting"] else ""
-            return {**result, "msg": summary(given, counts) + until}
+            return {**result, "msg": summary(options, counts) + until}
         if not calls:
-            return failure(result, self._blocked(given, applied, result, lines))
+            return failure(result, self._blocked(options, applied, result, lines))
         problems = [place_of(call) + call["verdict"] for call in calls if call["exit"] != EXIT_OK]
-        return failure(result, problems + errors_of(applied) + left_unknown(given, result) + not_confirmed(result))
+        return failure(result, problems + errors_of(applied) + left_unknown(options, result) + not_confirmed(result))
 
-    def _blocked(self, given: Json, applied: Json, result: Json, lines: list[Json]) -> list[str]:
+    def _blocked(self, options: Json, applied: Json, result: Json, lines: list[Json]) -> list[str]:
         """Why no call was made."""
         if applied["exit"] == EXIT_JOURNAL:
             return errors_of(applied) + [HINT_WAITING] * (state_of(result["confirmation"]) in UNDECIDED)
-        return obstacles(given, result, lines) or errors_of(applied) or left_unknown(given, result)
+        return obstacles(options, result, lines) or errors_of(applied) or left_unknown(options, result)
 
-    def _after_loss(self, given: Json, plan: Json, reason: str) -> Json:
+    def _after_loss(self, options: Json, plan: Json, reason: str) -> Json:
         """What the journal knows of an apply that did not answer."""
         try:
-            [planned] = self.ask(given, plan)
+            [planned] = self.ask(options, plan)
         except (AnsibleConnectionFailure, Lost) as error:
             what = "if the connection was lost during the calls, their outcome is unknown"
             raise AnsibleConnectionFailure(f"{reason}\n{what}\n{HINT_AGAIN}") from error
-        result: Json = {"changed": False, **known_by(planned)}
+        result: Json = {"changed": False, **lines_by_state(planned)}
         counts = ", ".join(f"{len(result[name])} {name}" for name in (*LISTS, "waiting") if result[name])
         known = [f"its journal now has: {counts}; it may still be at work"] if counts else errors_of(planned)
-        return failure(result, [reason, *known, *left_unknown(given, result), HINT_AGAIN])
+        return failure(result, [reason, *known, *left_unknown(options, result), HINT_AGAIN])
 
     # --- confirmed, reverted ----------------------------------------------------------
 
-    def _decide(self, given: Json) -> Json:
-        site = self.site_of(given)
+    def _decide(self, options: Json) -> Json:
+        site = self.site_of(options)
         steps = [{"command": "report", **site}]
         if not self._task.check_mode:
-            steps.append({"command": {"confirmed": "confirm", "reverted": "revert"}[given["state"]], **site})
-        steps.append({"command": "plan" if given["src"] is not None else "report", **site})
+            steps.append({"command": {"confirmed": "confirm", "reverted": "revert"}[options["state"]], **site})
+        steps.append({"command": "plan" if options["src"] is not None else "report", **site})
         try:
-            before, *decided, after = self.ask(given, *steps)
+            before, *decided, after = self.ask(options, *steps)
         except Lost as error:
-            raise Failure(f"{error}\nwhether it was {given['state']} is unknown\n{HINT_AGAIN}") from error
-        result: Json = {"changed": False, **known_by(after)}
+            raise Failure(f"{error}\nwhether it was {options['state']} is unknown\n{HINT_AGAIN}") from error
+        result: Json = {"changed": False, **lines_by_state(after)}
         state = state_of(confirmation_of(before))
         if errors_of(before):
             return failure(result, errors_of(before))
         if state in UNDECIDED and decided:
-            return self._decided(given, result, decided[0])
+            return self._decided(options, result, decided[0])
         if state in UNDECIDED:
             known = "waits" if state == "waiting" else "has expired"
-            return {**result, "changed": True, "msg": f"the last apply {known}, it would be {given['state']}"}
+            return {**result, "changed": True, "msg": f"the last apply {known}, it would be {options['state']}"}
         result["confirmation"] = confirmation_of(before)
-        if state == given["state"]:
-            return unless_unknown(given, {**result, "msg": f"{state} before"})
-        if state is None and given["state"] == "confirmed":
-            return unless_unknown(given, {**result, "msg": "nothing waits to be confirmed"})
+        if state == options["state"]:
+            return unless_unknown(options, {**result, "msg": f"{state} before"})
+        if state is None and options["state"] == "confirmed":
+            return unless_unknown(options, {**result, "msg": "nothing waits to be confirmed"})
         return failure(result, [f"the last apply was {state}" if state else "the last apply was not to be confirmed"])
 
-    def _decided(self, given: Json, result: Json, answer: Json) -> Json:
+    def _decided(self, options: Json, result: Json, answer: Json) -> Json:
         result["confirmation"] = confirmation_of(answer) or result["confirmation"]
         undone = of_type(answer, "revert_line")
         result["reverted"] = [{name: line[name] for name in REVERTED if name in line} for line in undone]
         state = state_of(result["confirmation"])
-        result["changed"] = state == given["state"] or any(line["state"] == "reverted" for line in undone)
+        result["changed"] = state == options["state"] or any(line["state"] == "reverted" for line in undone)
         if answer["exit"] == EXIT_OK:
-            return unless_unknown(given, {**result, "msg": given["state"]})
+            return unless_unknown(options, {**result, "msg": options["state"]})
         kept = [place_of(line) + line["obstacle"] for line in undone if "obstacle" in line]
         return failure(result, errors_of(answer) + kept or [f"the last apply is {state}"])
 
@@ -191,12 +193,12 @@ class ActionModule(GatewayAction):
 REVERTED = ("line", "call", "arguments", "before", "state", "verdict", "obstacle")
 
 
-def again(given: Json) -> Json:
-    return {"all": given["all"], "resend_secrets": given["resend_secrets"]}
+def repeat_options(options: Json) -> Json:
+    return {"all": options["all"], "resend_secrets": options["resend_secrets"]}
 
 
-def confirm_of(given: Json) -> Json:
-    return {"confirm": given["confirm"]} if given["confirm"] is not None else {}
+def confirm_of(options: Json) -> Json:
+    return {"confirm": options["confirm"]} if options["confirm"] is not None else {}
 
 
 def state_of(confirmation: Json | None) -> str | None:
@@ -213,27 +215,27 @@ def failure(result: Json, problems: list[str]) -> Json:
     return {**result, "failed": True, "msg": "\n".join([*said, *hints])}
 
 
-def obstacles(given: Json, result: Json, due: list[Json]) -> list[str]:
+def obstacles(options: Json, result: Json, due: list[Json]) -> list[str]:
     """Why apply sends nothing."""
     if state_of(result["confirmation"]) == "waiting":
         return not_confirmed(result)
-    if given["unknown"] == "fail" and result["unknown"] and not given["all"]:
-        return left_unknown(given, result)
+    if options["unknown"] == "fail" and result["unknown"] and not options["all"]:
+        return left_unknown(options, result)
     permanent = [str(line["line"]) for line in due if line.get("cannot_be_reverted")]
-    if permanent and given["confirm"] is not None and not given["accept_permanent"]:
+    if permanent and options["confirm"] is not None and not options["accept_permanent"]:
         what = f"line{'s' if len(permanent) > 1 else ''} {', '.join(permanent)}"
         return [f"{due[0]['file']}: {what} cannot be reverted; nothing was sent", HINT_PERMANENT]
     return []
 
 
-def left_unknown(given: Json, result: Json) -> list[str]:
-    at_file = {"file": os.path.basename(given["src"] or "")}
+def left_unknown(options: Json, result: Json) -> list[str]:
+    at_file = {"file": os.path.basename(options["src"] or "")}
     lines = [place_of({**at_file, **line}) + line.get("verdict", NO_VERDICT) for line in result["unknown"]]
-    return [*lines, HINT_UNKNOWN] if lines else []
+    return [*lines, HINT_UNKNOWN + HINT_SKIP * (options["unknown"] != "skip")] if lines else []
 
 
-def unless_unknown(given: Json, result: Json) -> Json:
-    return failure(result, [result["msg"], *left_unknown(given, result)]) if result["unknown"] else result
+def unless_unknown(options: Json, result: Json) -> Json:
+    return failure(result, [result["msg"], *left_unknown(options, result)]) if result["unknown"] else result
 
 
 def not_confirmed(result: Json) -> list[str]:
@@ -243,10 +245,10 @@ def not_confirmed(result: Json) -> list[str]:
     return [f"not confirmed yet, the last apply will be reverted at {confirmation['until']}", HINT_WAITING]
 
 
-def summary(given: Json, counts: Json) -> str:
+def summary(options: Json, counts: Json) -> str:
     """Totals without zeros, as vorcfg prints them."""
     parts = [f"{count} {name}" for name, count in counts.items() if count]
-    return f"{os.path.basename(given['src'])}: {', '.join(parts) or 'nothing to make'}"
+    return f"{os.path.basename(options['src'])}: {', '.join(parts) or 'nothing to make'}"
 
 
 def not_compared(totals: Json) -> Json:

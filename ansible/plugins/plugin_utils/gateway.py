@@ -68,49 +68,49 @@ class Lost(Failure):
 
 
 class GatewayAction(ActionBase):  # type: ignore[misc]
-    """A task whose requests go to the gateway over the connection's standard input; nothing is copied there."""
+    """A task identity_of requests go to the gateway over the connection's standard input; nothing is copied there."""
 
-    options: Json = GATEWAY_OPTIONS
+    option_spec: Json = GATEWAY_OPTIONS
 
     def run(self, tmp: None = None, task_vars: Json | None = None) -> Json:
         result: Json = {}
         try:
             result.update(super().run(task_vars=task_vars))
-            given: Json = self.validate_argument_spec(self.options, required_one_of=[["src", "gateway"]])[1]
-            given["folders"] = [*self._task.get_search_path(), (task_vars or {}).get("playbook_dir", "")]
-            given["vars"] = values_of("vars", given["vars"])
-            given["secrets"] = values_of("secrets", given["secrets"])
-            if not given["journal_dir"].startswith("/"):
-                raise Failure(f"journal_dir must be an absolute path, not {given['journal_dir']!r}")
-            result.update(self._without_secrets(given))
+            options: Json = self.validate_argument_spec(self.option_spec, required_one_of=[["src", "gateway"]])[1]
+            options["folders"] = [*self._task.get_search_path(), (task_vars or {}).get("playbook_dir", "")]
+            options["vars"] = values_of("vars", options["vars"])
+            options["secrets"] = values_of("secrets", options["secrets"])
+            if not options["journal_dir"].startswith("/"):
+                raise Failure(f"journal_dir must be an absolute path, not {options['journal_dir']!r}")
+            result.update(self._without_secrets(options))
         except (AnsibleActionFail, Failure) as failure:
             result.update(failed=True, msg=str(failure))
         return result
 
-    def _without_secrets(self, given: Json) -> Json:
+    def _without_secrets(self, options: Json) -> Json:
         """What is done and returned, even if something on the gateway repeats a secret."""
-        texts = {str(secret) for secret in given["secrets"].values()}
+        texts = {str(secret) for secret in options["secrets"].values()}
         secrets = sorted((text for text in texts if len(text) >= SHORTEST_HIDDEN), key=len, reverse=True)
         try:
-            result: Json = self.carry_out(given)
+            result: Json = self.carry_out(options)
         except KeyError as error:
             raise Failure(f"vorcfg on the gateway left out {error}") from error
         except Failure as failure:
             raise type(failure)(hide(secrets, str(failure))) from failure
         return {name: hide(secrets, value) for name, value in result.items()}
 
-    def carry_out(self, given: Json) -> Json:
+    def carry_out(self, options: Json) -> Json:
         """What the task does, and returns."""
         raise NotImplementedError
 
     # --- The pipe -------------------------------------------------------------------
 
-    def ask(self, given: Json, *requests: Json) -> list[Json]:
+    def ask(self, options: Json, *requests: Json) -> list[Json]:
         """The answers to requests that one vorcfg serve carries out, in their order."""
         lines = "".join(json.dumps({"id": number, **request}) + "\n" for number, request in enumerate(requests))
         reads = all(request["command"] in READING and "text" not in request for request in requests)
         with nullcontext() if reads or self._task.check_mode else self._no_repetition():
-            ended = self._low_level_execute_command(self._command(given), in_data=lines.encode())
+            ended = self._low_level_execute_command(self._command(options), in_data=lines.encode())
         answers: dict[Any, Json] = {}
         is_there = False
         for record in records_in(ended["stdout"]):
@@ -121,7 +121,7 @@ class GatewayAction(ActionBase):  # type: ignore[misc]
                 check_kinds(record)
                 answers[record.get("id")] = record
         if not is_there:
-            raise Failure(not_started(given, ended))
+            raise Failure(not_started(options, ended))
         if None in answers:
             raise Failure("\n".join(errors_of(answers[None])))
         if len(answers) < len(requests):
@@ -141,31 +141,31 @@ class GatewayAction(ActionBase):  # type: ignore[misc]
             if retries:
                 self._connection.set_option(option, retries)
 
-    def _command(self, given: Json) -> str:
+    def _command(self, options: Json) -> str:
         environment = self._task.environment or {}
         layers = environment if isinstance(environment, list) else [environment]
         settings = {name: value for layer in layers for name, value in (layer or {}).items()}
         words = [f"{name}={shlex.quote(str(value))}" for name, value in settings.items()]
-        return " ".join([*words, shlex.quote(given["vorcfg_path"]), "serve"])
+        return " ".join([*words, shlex.quote(options["vorcfg_path"]), "serve"])
 
     # --- The site -------------------------------------------------------------------
 
-    def site_of(self, given: Json) -> Json:
+    def site_of(self, options: Json) -> Json:
         """The members of a request that say which site and which journal it is about."""
-        site: Json = {"site": "", "journal": given["journal_dir"].rstrip("/") + "/"}
-        if given["src"] is not None:
-            site.update(site=text_of(given), file=os.path.basename(given["src"]))
-            site.update({name: given[name] for name in ("vars", "secrets", "allow_unused")})
-        if given["gateway"] is not None:
-            site["gateway"] = given["gateway"]
+        site: Json = {"site": "", "journal": options["journal_dir"].rstrip("/") + "/"}
+        if options["src"] is not None:
+            site.update(site=text_of(options), file=os.path.basename(options["src"]))
+            site.update({name: options[name] for name in ("vars", "secrets", "allow_unused")})
+        if options["gateway"] is not None:
+            site["gateway"] = options["gateway"]
         return site
 
 
 # --- Options --------------------------------------------------------------------------
 
 
-def text_of(given: Json) -> str:
-    path = place_of_src(given)
+def text_of(options: Json) -> str:
+    path = place_of_src(options)
     try:
         with open(path, "rb") as file:
             content = file.read()
@@ -180,10 +180,10 @@ def text_of(given: Json) -> str:
     return text
 
 
-def place_of_src(given: Json) -> str:
+def place_of_src(options: Json) -> str:
     """A relative path is looked up as that of ansible.builtin.copy is."""
-    src = os.path.expanduser(given["src"])
-    places = [os.path.join(folder, below, src) for folder in given["folders"] for below in ("files", "")]
+    src = os.path.expanduser(options["src"])
+    places = [os.path.join(folder, below, src) for folder in options["folders"] for below in ("files", "")]
     for place in places:
         if os.path.exists(place):
             return place
@@ -228,11 +228,16 @@ def check_kinds(record: Any) -> None:
             raise Failure(f"vorcfg on the gateway printed {name} of a wrong kind")
         if name == "arguments":
             values = [each for value in value.values() for each in (value if isinstance(value, list) else [value])]
-            if not all(isinstance(each, (str, int)) for each in values):
+            if not all(isinstance(each, (str, int)) or is_bytes(each) for each in values):
                 raise Failure("vorcfg on the gateway printed arguments of a wrong kind")
         else:
             for each in inner:
                 check_kinds(each)
+
+
+def is_bytes(value: Any) -> bool:
+    """How vorcfg prints a text that is not UTF-8."""
+    return isinstance(value, dict) and list(value) == ["bytes"] and isinstance(value["bytes"], str)
 
 
 def hide(secrets: list[str], value: Any) -> Any:
@@ -255,23 +260,23 @@ def check_schema(record: Json) -> None:
         )
 
 
-def not_started(given: Json, ended: Json) -> str:
+def not_started(options: Json, ended: Json) -> str:
     """Why there is no vorcfg serve, without anything that the command may have repeated of its input."""
     said = (ended["stderr"].strip().splitlines() or [""])[-1].strip()
     longest = 200
     hidden = len(said) > longest or "{" in said
     reason = f": {said}" if said and not hidden else ""
     if ended["rc"] == 127:
-        return f"{given['vorcfg_path']} was not found on the gateway{reason}\nhint: vorcfg_path says where it is"
+        return f"{options['vorcfg_path']} was not found on the gateway{reason}\nhint: vorcfg_path says where it is"
     hint = f"\nhint: vorcfg with schema {SCHEMA} is needed" if ended["rc"] == EXIT_USAGE else ""
-    return f"{given['vorcfg_path']} serve on the gateway ended with exit code {ended['rc']}{reason}{hint}"
+    return f"{options['vorcfg_path']} serve on the gateway ended with exit code {ended['rc']}{reason}{hint}"
 
 
 def of_type(answer: Json, name: str) -> list[Json]:
     return [record for record in answer["output"] if record["type"] == name]
 
 
-def first(answer: Json, name: str) -> Json:
+def first_record(answer: Json, name: str) -> Json:
     return next(iter(of_type(answer, name)), {})
 
 
@@ -292,7 +297,7 @@ def warnings_of(answer: Json) -> list[str]:
 
 def last_apply(answer: Json) -> Json:
     """What became of the last confirmed apply, if there was one."""
-    return first(answer, "confirmation") or first(answer, "report").get("confirmation", {})
+    return first_record(answer, "confirmation") or first_record(answer, "report").get("confirmation", {})
 
 
 def confirmation_of(answer: Json) -> Json | None:
@@ -312,7 +317,7 @@ def line_of(record: Json) -> Json:
     return line
 
 
-def whose(answer: Json) -> Json:
+def identity_of(answer: Json) -> Json:
     """The gateway and its journal."""
     record: Json = next((each for each in reversed(answer["output"]) if "journal" in each), {})
     return {name: record[name] for name in ("gateway", "journal") if name in record}
@@ -320,7 +325,7 @@ def whose(answer: Json) -> Json:
 
 def recorded_in(folder: Json, plan: Json) -> Json | None:
     """What a report on the folder says of the journal that the plan is about, if there is one."""
-    journal = whose(plan).get("journal")
+    journal = identity_of(plan).get("journal")
     return next((site for site in of_type(folder, "site") if site.get("journal") == journal), None)
 
 
@@ -328,11 +333,11 @@ def key_of(call: Json) -> str:
     return json.dumps([call["call"], call["arguments"]], sort_keys=True)
 
 
-def known_by(answer: Json) -> Json:
+def lines_by_state(answer: Json) -> Json:
     """The gateway, its journal and the lines by what is known of them, from a plan or a report."""
-    result = whose(answer)
+    result = identity_of(answer)
     lines = [line for line in of_type(answer, "plan_line") if line["in_file"]]
-    lines += first(answer, "report").get("lines", [])
+    lines += first_record(answer, "report").get("lines", [])
     for name, states in LISTS.items():
         result[name] = [line_of(line) for line in lines if line["state"] in states]
     undecided = {key_of(call) for call in last_apply(answer).get("calls", [])}

@@ -27,7 +27,24 @@ class Secret:
     __slots__ = ("text",)
 
     def __init__(self, text: str) -> None:
+        if not isinstance(text, str):
+            raise TypeError(f"a secret must be a text, not {type(text).__name__}")
         self.text = text
+
+    def __repr__(self) -> str:
+        return "********"
+
+
+class Hidden:
+    """The bytes of a secret, for ctypes to pass; a traceback shows the values of variables."""
+
+    __slots__ = ("_as_parameter_",)
+
+    def __init__(self, encoded: bytes) -> None:
+        self._as_parameter_ = encoded
+
+    def __len__(self) -> int:
+        return len(self._as_parameter_)
 
     def __repr__(self) -> str:
         return "********"
@@ -90,23 +107,27 @@ def text(
 ) -> Argument:
     """A text; problem completes "NAME must", and is empty for one that fits."""
 
-    def convert(given: Any) -> bytes:
+    def encoded(value: str) -> bytes | str:
+        """Its bytes, or what is wrong: where that is raised, no variable has the text."""
+        if "\0" in value:
+            return "not contain a zero byte"
+        try:
+            taken = value.encode()
+        except UnicodeError:
+            return "be a text that UTF-8 has bytes for"
+        if longest and len(taken) > longest:
+            return f"be at most {longest} bytes long, not {len(taken)}"
+        return problem(value) or taken
+
+    def convert(given: Any) -> bytes | Hidden:
         if isinstance(given, Secret) and not secret:
             raise TypeError(f"{name} is not a secret argument, but is given a secret")
-        value = given.text if isinstance(given, Secret) else given
-        if not isinstance(value, str):
-            raise TypeError(f"{name} must be a text, not {type(value).__name__}")
-        what = "not contain a zero byte" if "\0" in value else problem(value)
-        encoded = b""
-        try:
-            encoded = value.encode()
-        except UnicodeError:  # it would show the text
-            what = "be a text that UTF-8 has bytes for"
-        if longest and len(encoded) > longest:
-            what = f"be at most {longest} bytes long, not {len(encoded)}"
-        if what:
-            raise ValueError(f"{name} must {what}")
-        return encoded
+        if not isinstance(given, (str, Secret)):
+            raise TypeError(f"{name} must be a text, not {type(given).__name__}")
+        taken = encoded(given.text if isinstance(given, Secret) else given)
+        if isinstance(taken, str):
+            raise ValueError(f"{name} must {taken}")
+        return Hidden(taken) if secret else taken
 
     return Argument(name, C_TYPES["vor_char*"], convert, sized=True, **facts)
 

@@ -28,7 +28,7 @@ class Common(Family):
 
 class Debug(Family):
     set_info = Call("vor_cfg_set_debug_info", "one_way_unchecked", number("en_dis_flag", "vor_uchar", 0, 1, words={"off": 0, "on": 1}), word("task_name", "sysmgr platmgr restmgr gpiomgr adcmgr blemgr ethmgr svcmgr datamgr appmgr mqttmgr serialmgr sensormgr sub1gmgr modbusmgr canmgr ntpmgr snmpmgr all"), word("level", "error warning info all ipc"))
-    set_log_file = Call("vor_cfg_set_log_file", "one_way", number("set_option", "vor_int32", 1, 3, words={"server": 1, "file-name": 2, "frequency": 3}), text("name", 49), text("log_file_name", 49, default="", only_where=("set_option", 2)), text("ip_address", 49, default="", only_where=("set_option", 1)), text("user_name", 49, default="", only_where=("set_option", 1)), text("password", 49, secret=True, default="", only_where=("set_option", 1)), number("upload_frequency", "vor_int32", default=0, only_where=("set_option", 3)))
+    set_log_file = Call("vor_cfg_set_log_file", "one_way", number("set_option", "vor_int32", 1, 3, words={"server": 1, "file-name": 2, "frequency": 3}), text("name", 49), text("log_file_name", 49, default=None, only_where=("set_option", 2)), text("ip_address", 49, default=None, only_where=("set_option", 1)), text("user_name", 49, default=None, only_where=("set_option", 1)), text("password", 49, secret=True, default=None, only_where=("set_option", 1)), number("upload_frequency", "vor_int32", default=None, only_where=("set_option", 3)))
 
 
 class Devicename(Family):

@@ -458,7 +458,7 @@ class Vorcfg:
         self._input, self._output = self._process.stdin, self._process.stdout
         _processes.add(self)
         try:
-            greeting = self._line("serve", type="serve")
+            greeting = self._line("serve", "serve")
             if greeting.get("schema") != SCHEMA:
                 theirs = greeting.get("schema")
                 raise not_sent(f"{words[0]}: its schema must be {SCHEMA}, not {theirs}; install another")
@@ -552,7 +552,7 @@ class Vorcfg:
             try:
                 while request:
                     request = request[os.write(self._input.fileno(), request):]
-                answer = self._line(command, type="answer", id=1)
+                answer = self._line(command, "answer")
             except BrokenPipeError:  # a request that was not read whole is not carried out
                 self._close()
                 raise not_sent(f"{command}: vorcfg has ended") from None
@@ -565,7 +565,7 @@ class Vorcfg:
         except (KeyError, TypeError):
             raise _lost(command, "vorcfg's answer is not what its schema says") from None
 
-    def _line(self, command: str, **expected: object) -> Json:
+    def _line(self, command: str, kind: str) -> Json:
         """The next that vorcfg writes."""
         parts = [self._rest]
         while b"\n" not in parts[-1]:
@@ -578,7 +578,8 @@ class Vorcfg:
             record = json.loads(line)
         except ValueError:
             record = None
-        if not isinstance(record, dict) or not expected.items() <= record.items():
+        # the answer to a request that it cannot read has no id
+        if not isinstance(record, dict) or record.get("type") != kind or record.get("id") not in (None, 1):
             raise _lost(command, f"{line[:80]!r} is not what vorcfg serve writes")
         return record
 

@@ -110,6 +110,8 @@ def test_complaints_have_their_lines_and_no_secret(vorcfg: Vorcfg, tower: Site) 
     assert str(pickle.loads(pickle.dumps(caught.value))) == str(caught.value)
     with pytest.raises(site.Complaint, match="confirm must be 1 to 86400 seconds"):
         vorcfg.apply(tower, confirm=0)
+    with pytest.raises(site.Complaint, match="JSON"):
+        vorcfg.plan(dataclasses.replace(tower, text="\udcff"))
     with pytest.raises(site.Complaint, match="vars needs site"):
         vorcfg.report(Site(journal="j", vars={"a": 1}))
     with pytest.raises(ValueError, match="^journal must be a file, not a folder: use sites"):

@@ -8,7 +8,7 @@ import struct
 import types
 from typing import Any
 
-from ._arguments import C_TYPES, Argument
+from ._arguments import C_TYPES, Argument, shown
 from ._endpoint import LIBRARY, Endpoint, exclusively, library
 from ._outcome import NotSent, Outcome, Refused, Result, Unknown, not_sent, outcome_of
 from .records import TEXT_OVERHEAD, Code
@@ -28,8 +28,9 @@ class Call:
 
     def __init__(
         self, symbol: str, way: str, *arguments: Argument, code: str = "vor_int32", fixed: int | None = None,
-        record: Any = None, layout: str = ""
+        record: Any = None, layout: str = "", about: str = ""
     ) -> None:
+        self.__doc__ = about
         self.symbol, self.way, self.arguments, self.code = symbol, way, arguments, code
         self.fixed, self.record, self.layout = fixed, record, layout
         self.given = [argument for argument in arguments if argument.role in ("given", "list")]
@@ -137,9 +138,9 @@ class Query(Call):
 
     def _values(self, bound: inspect.BoundArguments) -> dict[str, Any]:
         values = super()._values(bound)
-        unsets = values["operation"] == 3
-        if unsets == (values["line_key"] is not None):
-            raise ValueError("unset takes no line_key" if unsets else "needs line_key")
+        if (values["operation"] == 3) == (values["line_key"] is not None):
+            takes = "needs" if values["line_key"] is None else "takes no"
+            raise ValueError(f'operation {shown(bound.arguments["operation"])} {takes} line_key')
         if (values["line_key"] is None) != (values["line_value"] is None):
             raise ValueError("line_key and line_value need each other")
         if len(values["path"]) % 2 != 0:

@@ -5,6 +5,7 @@ import ctypes
 import functools
 import os
 import threading
+import warnings
 from typing import Any, Callable, Mapping, TypeVar
 
 from ._arguments import C_TYPES, number
@@ -67,7 +68,7 @@ _HELPERS: Mapping[str, tuple[Any, ...]] = {  # what each returns, and what it ta
 _lock = threading.RLock()  # held around a call and vor_errno, and while the endpoint changes
 _is_busy = False
 _is_unusable = False  # forked while a thread was in the library, whose own locks it may have held
-_opened: Endpoint | None = None
+_opened: object = None  # the key of the one that is open, which goes when nobody holds it
 
 
 @functools.lru_cache(None)
@@ -114,7 +115,7 @@ def exclusively(endpoint: Endpoint, make: Callable[[int], Made]) -> Made:
             raise not_sent("a call is under way in this thread")
         _is_busy = True
         try:
-            if _opened is not endpoint:
+            if _opened is not endpoint._key:
                 raise not_sent("the gateway is not open")
             return make(endpoint._room)
         finally:
@@ -127,6 +128,7 @@ class Endpoint:
     """The endpoint of this process. `with` opens and closes it."""
 
     def __init__(self, sap: int) -> None:
+        self._key = object()
         self._sap = number("sap", "vor_uint16", 0, 65535).convert(sap)
         self._process = self._room = 0
         self._closes = False  # after the call under way
@@ -137,6 +139,11 @@ class Endpoint:
 
     def __exit__(self, *_: object) -> None:
         self.close()
+
+    def __del__(self) -> None:
+        if _opened is self._key and self._process == os.getpid():
+            warnings.warn(f"the gateway at SAP {self._sap} was not closed", ResourceWarning, source=self)
+            self.close()
 
     def open(self) -> None:
         """Bind the endpoint; raises NotSent where that fails, or where this process already has one."""
@@ -150,7 +157,7 @@ class Endpoint:
                     raise not_sent("a call is under way in this thread")
                 if library().vor_cfg_get_ipc_endpoint() is not None:
                     raise not_sent("this process already has an endpoint")
-                is_new, _opened, self._process, self._closes = True, self, os.getpid(), False
+                is_new, _opened, self._process, self._closes = True, self._key, os.getpid(), False
                 if library().vor_cfg_create_ipc_endpoint(self._sap) != 0:
                     raise not_sent(f"no endpoint at SAP {self._sap}")
                 self._room = room()
@@ -163,7 +170,7 @@ class Endpoint:
         """Unbind the endpoint, once, after a call under way; that of another process stays."""
         global _opened
         with _lock:
-            if _opened is not self or self._process != os.getpid():
+            if _opened is not self._key or self._process != os.getpid():
                 return
             if _is_busy:
                 self._closes = True

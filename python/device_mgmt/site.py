@@ -23,6 +23,7 @@ from typing import Any, Callable, Literal, Mapping, Sequence, TypeVar, cast
 
 from device_mgmt import Error, Forked, Outcome, Result, Secret, Unknown
 
+from ._arguments import has_bytes
 from ._outcome import not_sent
 
 SCHEMA = 3
@@ -54,6 +55,14 @@ class Site:
                 raise TypeError(f"secrets: {name} must be a text or a number, not {type(each).__name__}")
         hidden = {name: each if isinstance(each, Secret) else Secret(str(each)) for name, each in self.secrets.items()}
         object.__setattr__(self, "secrets", hidden)
+        if self.text is None and self.journal is None:
+            raise ValueError("a site needs a text or a journal")
+        if self.text is not None and not isinstance(self.text, str):
+            raise TypeError(f"text must be a text, not {type(self.text).__name__}")
+        texts = {**hidden, "text": Secret(self.text or "")}
+        unfit = [name for name, each in texts.items() if not has_bytes(each.text)]
+        if unfit:
+            raise ValueError(f"{unfit[0]} must be a text that UTF-8 has bytes for")
 
     def _members(self) -> dict[str, object]:
         paths = {name: path and os.fspath(path) for name, path in (("journal", self.journal), ("file", self.file))}
@@ -447,6 +456,8 @@ class Vorcfg:
         self._lock = threading.RLock()  # a signal handler of the thread that holds it may ask for it, too
         self._rest = b""
         self._is_idle = False  # nothing asked, and nothing of an answer unread
+        if isinstance(command, str) or not command:
+            raise TypeError('command must be a list of words, such as ["vorcfg"]')
         words = [*command, "serve"]
         try:  # Ctrl-C is for this process to handle
             self._process = subprocess.Popen(words, bufsize=0, stdin=subprocess.PIPE,
@@ -543,6 +554,8 @@ class Vorcfg:
     def _ask(self, command: str, site: Site, options: Mapping[str, object], read: Callable[[_Answer], Read]) -> Read:
         if self._process_id != os.getpid():
             raise not_sent(f"{command}: this process was forked, and vorcfg is its parent's; start another", Forked)
+        if not isinstance(site, Site):
+            raise TypeError(f"{command}: site must be a Site, not {type(site).__name__}")
         request = _line_of(command, {**site._members(), **options})
         with self._lock:
             if not self._is_idle:

@@ -92,6 +92,8 @@ class Vorsim:
                within: str = "0s") -> None:
         """Fails the test unless these messages and no others have arrived, in this order."""
         __tracebackhide__ = True
+        if not all(isinstance(line, str) for line in lines):
+            raise TypeError("each line is an argument of its own: expect(*lines)")
         options = {"--any-order": any_order, "--subset": subset, "--allow-complaints": allow_complaints}
         given = [option for option, is_given in options.items() if is_given]
         self.command("expect", *given, "--within", within, "-", text="".join(line + "\n" for line in lines))

@@ -2,9 +2,11 @@
 from __future__ import annotations
 
 import bisect
+import inspect
 import json
 import os
 import pathlib
+import pickle
 import shlex
 import signal
 import subprocess
@@ -211,8 +213,8 @@ def test_queries_to_konfd(vorsim: Vorsim, gateway: Gateway) -> None:
     with pytest.raises(Unknown):
         gateway.wifi.set_ssid_password("Tower 17", "sesame")
     assert os.listdir("/proc/self/fd") == opened
-    for arguments, rule in [({"operation": "set"}, "needs line_key"),
-                            ({"operation": 3, "line_key": "a", "line_value": "b"}, "unset takes no line_key"),
+    for arguments, rule in [({"operation": "set"}, 'operation "set" needs line_key'),
+                            ({"operation": 3, "line_key": "a", "line_value": "b"}, "operation 3 takes no line_key"),
                             ({"operation": "set", "line_key": "a"}, "line_key and line_value need each other"),
                             ({"operation": "unset", "path": ["a"]}, "path must be keys, each with its value"),
                             ({"operation": "unset", "path": ['"', ""]}, "path must not contain a double quote")]:
@@ -225,6 +227,8 @@ def test_queries_to_konfd(vorsim: Vorsim, gateway: Gateway) -> None:
     ("can.set_id", (1, -1, 1), "can_id must be 0 to 4294967295, not -1"),
     ("can.set_id", (1, True, 1), "can_id must be a number, not bool"),
     ("can.set_id", (1, 1.0, 1), "can_id must be a number, not float"),
+    ("can.set_id", (10**5000, 1, 1), "port_num must be -32768 to 32767, not a number of 16610 bits"),
+    ("debug.set_info", ("on", "\033[1m" + "a" * 100, "all"), "task_name must be "),
     ("can.set_id", (1, 1), "missing a required argument: 'option'"),
     ("ip.set_ip_address", (3, "10.0.0.1", "255.0.0.0", 1), "interface_number must be 0 to 2, not 3"),
     ("ip.set_ip_address", (0, "192.168.1.999", "255.0.0.0", 1),
@@ -254,6 +258,7 @@ def test_what_does_not_fit_is_not_sent(
     with pytest.raises((ValueError, TypeError)) as error:
         getattr(getattr(gateway, family), name)(*arguments)
     assert str(error.value).startswith(rule)
+    assert str(error.value).isprintable() and len(str(error.value)) < 300
     assert "sesame" not in repr(error.value) + repr(error.value.__context__)
     assert vorsim.received() == []
 
@@ -286,6 +291,8 @@ def test_a_secret_is_not_shown(vorsim: Vorsim, gateway: Gateway) -> None:
     assert f"{secret} {secret!r} {[secret]}" == "******** ******** [********]"
     with pytest.raises(TypeError, match="a secret must be a text, not NoneType"):
         Secret(None)  # type: ignore[arg-type]
+    with pytest.raises(TypeError, match="cannot be pickled"):
+        pickle.dumps(secret)
 
     def traced(kind: type[Exception], given: Secret) -> str:
         with pytest.raises(kind) as caught:
@@ -322,6 +329,14 @@ def test_one_endpoint(vorsim: Vorsim, gateway: Gateway) -> None:
         other.can.set_id(1, 1, 0)
     with pytest.raises(NotSent, match="^not sent: no endpoint at SAP 7$"):  # ethmgr's
         Gateway(sap=7).open()
+
+
+def test_nothing_is_left_of_a_gateway_that_nobody_holds(vorsim: Vorsim) -> None:
+    with pytest.warns(ResourceWarning, match="the gateway at SAP 200 was not closed"):
+        Gateway(sap=200).open()
+    with Gateway(sap=200) as gateway:
+        assert inspect.getdoc(gateway.can.set_id) == "Set a port's CAN identifier."
+        gateway.can.set_id(1, 1, 0)
 
 
 def test_nothing_is_left_of_an_interrupted_open(vorsim: Vorsim, monkeypatch: pytest.MonkeyPatch) -> None:

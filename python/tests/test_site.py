@@ -111,7 +111,7 @@ def test_complaints_have_their_lines_and_no_secret(vorcfg: Vorcfg, tower: Site) 
     with pytest.raises(site.Complaint, match="confirm must be 1 to 86400 seconds"):
         vorcfg.apply(tower, confirm=0)
     with pytest.raises(site.Complaint, match="JSON"):
-        vorcfg.plan(dataclasses.replace(tower, text="\udcff"))
+        vorcfg.plan(changed(tower, last="\udcff"))
     with pytest.raises(site.Complaint, match="vars needs site"):
         vorcfg.report(Site(journal="j", vars={"a": 1}))
     with pytest.raises(ValueError, match="^journal must be a file, not a folder: use sites"):
@@ -121,6 +121,15 @@ def test_complaints_have_their_lines_and_no_secret(vorcfg: Vorcfg, tower: Site) 
     for secret in (None, True, b"0000"):
         with pytest.raises(TypeError, match="^secrets: pin must be a text or a number, not "):
             dataclasses.replace(tower, secrets={"pin": secret})
+    for name, values in (("text", {"text": "\udcff"}), ("pin", {"secrets": {"pin": f"{HUSH}\udcff"}})):
+        with pytest.raises(ValueError, match=f"^{name} must be a text that UTF-8 has bytes for$"):
+            dataclasses.replace(tower, **values)  # type: ignore[arg-type]
+    with pytest.raises(ValueError, match="^a site needs a text or a journal$"):
+        Site()
+    with pytest.raises(TypeError, match="^plan: site must be a Site, not str$"):
+        vorcfg.plan(TEXT)  # type: ignore[arg-type]
+    with pytest.raises(TypeError, match="^command must be a list of words"):
+        Vorcfg("vorcfg")
     with pytest.raises(TypeError, match="not object"):
         vorcfg.plan(changed(tower, last=object()))
     assert vorcfg.plan(tower).exit == 11

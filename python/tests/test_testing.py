@@ -107,6 +107,8 @@ def test_gateways_are_apart(vorsim: Vorsim) -> None:
         subprocess.run(["vorcfg", "can", "set-id", "1", "7", "1"], check=True,
                        env={**os.environ, **other.environment})
         other.expect(CAN)
+        with pytest.raises(TypeError, match="each line is an argument of its own"):
+            other.expect([CAN])  # type: ignore[arg-type]
         assert vorsim.received() == []
 
 

@@ -9,7 +9,7 @@ import types
 from typing import Any
 
 from ._arguments import C_TYPES, Argument, shown
-from ._endpoint import LIBRARY, Endpoint, exclusively, library
+from ._endpoint import LIBRARY, Endpoint, exclusively, library, room_of
 from ._outcome import NotSent, Outcome, Refused, Result, Unknown, not_sent, outcome_of
 from .records import TEXT_OVERHEAD, Code
 
@@ -48,7 +48,7 @@ class Call:
 
     def __call__(self, family: Family, *args: Any, **kwargs: Any) -> Any:
         values = self._values(self.__signature__.bind(family, *args, **kwargs))
-        result, record = exclusively(family._endpoint, lambda room: self._made(values, room))
+        result, record = exclusively(family._endpoint, lambda: self._made(values, room_of(family._endpoint)))
         if result.outcome in (Outcome.accepted, Outcome.sent):
             return result if self.record is None else record
         kind = {Outcome.refused: Refused, Outcome.not_sent: NotSent}.get(result.outcome, Unknown)

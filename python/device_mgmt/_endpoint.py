@@ -105,19 +105,24 @@ def room() -> int:
     return int(buffer.size) - ctypes.sizeof(Header)
 
 
-def exclusively(endpoint: Endpoint, make: Callable[[int], Made]) -> Made:
-    """What make does with the room of a message, while nobody else in this process uses the library."""
-    global _is_busy
+def room_of(endpoint: Endpoint) -> int:
+    """The bytes that its messages have room for, where it is open in this process."""
     if endpoint._process not in (0, os.getpid()):
         raise not_sent("the gateway was opened before this process was forked", Forked)
+    if _opened is not endpoint._key:
+        raise not_sent("the gateway is not open")
+    return endpoint._room
+
+
+def exclusively(endpoint: Endpoint, make: Callable[[], Made]) -> Made:
+    """What make returns, while nobody else in this process uses the library."""
+    global _is_busy
     with _lock:
         if _is_busy:
             raise not_sent("a call is under way in this thread")
         _is_busy = True
         try:
-            if _opened is not endpoint._key:
-                raise not_sent("the gateway is not open")
-            return make(endpoint._room)
+            return make()
         finally:
             _is_busy = False
             if endpoint._closes:
@@ -147,20 +152,21 @@ class Endpoint:
 
     def open(self) -> None:
         """Bind the endpoint; raises NotSent where that fails, or where this process already has one."""
-        global _opened
         is_new = False
+
+        def bind() -> None:
+            global _opened
+            nonlocal is_new
+            if _is_unusable:
+                raise not_sent("this process was forked while another thread made a call", Forked)
+            if library().vor_cfg_get_ipc_endpoint() is not None:
+                raise not_sent("this process already has an endpoint")
+            is_new, _opened, self._process, self._closes = True, self._key, os.getpid(), False
+            if library().vor_cfg_create_ipc_endpoint(self._sap) != 0:
+                raise not_sent(f"no endpoint at SAP {self._sap}")
+            self._room = room()
         try:
-            with _lock:
-                if _is_unusable:
-                    raise not_sent("this process was forked while another thread made a call", Forked)
-                if _is_busy:
-                    raise not_sent("a call is under way in this thread")
-                if library().vor_cfg_get_ipc_endpoint() is not None:
-                    raise not_sent("this process already has an endpoint")
-                is_new, _opened, self._process, self._closes = True, self._key, os.getpid(), False
-                if library().vor_cfg_create_ipc_endpoint(self._sap) != 0:
-                    raise not_sent(f"no endpoint at SAP {self._sap}")
-                self._room = room()
+            exclusively(self, bind)
         except BaseException:  # also Ctrl-C: nobody has it to close it
             if is_new:
                 self.close()

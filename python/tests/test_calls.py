@@ -342,9 +342,17 @@ def test_nothing_is_left_of_a_gateway_that_nobody_holds(vorsim: Vorsim) -> None:
 def test_nothing_is_left_of_an_interrupted_open(vorsim: Vorsim, monkeypatch: pytest.MonkeyPatch) -> None:
     def interrupt() -> int:
         raise KeyboardInterrupt
+
+    def close() -> int:  # as a signal handler may, in between
+        closed.close()
+        return 4096
     with monkeypatch.context() as interrupted, pytest.raises(KeyboardInterrupt):
         interrupted.setattr(_endpoint, "room", interrupt)
         Gateway(sap=200).open()
+    closed = Gateway(sap=200)
+    with monkeypatch.context() as signalled:
+        signalled.setattr(_endpoint, "room", close)
+        closed.open()
     with Gateway(sap=200) as other:
         other.can.set_id(1, 1, 0)
 

@@ -147,8 +147,8 @@ class Endpoint:
 
     def __del__(self) -> None:
         if _opened is self._key and self._process == os.getpid():
-            warnings.warn(f"the gateway at SAP {self._sap} was not closed", ResourceWarning, source=self)
             self.close()
+            warnings.warn(f"the gateway at SAP {self._sap} was not closed", ResourceWarning, source=self)
 
     def open(self) -> None:
         """Bind the endpoint; raises NotSent where that fails, or where this process already has one."""

@@ -3,6 +3,7 @@
 
    vorsim & examples/back_end.py 8080
 """
+import contextlib
 import html
 import http.server
 import sys
@@ -36,12 +37,17 @@ def set_address(address: str, mask: str) -> str:
 class Form(http.server.BaseHTTPRequestHandler):
     timeout = 10  # seconds for a client that sends nothing
 
+    def handle(self) -> None:
+        with contextlib.suppress(ConnectionError):  # of a client that hangs up
+            super().handle()
+
     def do_GET(self) -> None:
         self.answer(200, "")
 
     def do_POST(self) -> None:
         # a page of another site can send the form here, too, and have a name that leads here
-        if self.headers["Host"] != host or self.headers["Origin"] not in (None, f"http://{host}"):
+        host = self.headers["Host"]
+        if host not in hosts or self.headers["Origin"] not in (None, f"http://{host}"):
             return self.answer(403, "This form was not sent from this page.")
         length = self.headers.get("Content-Length", "")
         if not length.isdecimal() or len(length) > 3:
@@ -58,6 +64,6 @@ class Form(http.server.BaseHTTPRequestHandler):
 
 
 server = http.server.ThreadingHTTPServer(("127.0.0.1", int(sys.argv[1])), Form)
-host = f"127.0.0.1:{server.server_port}"
-print(f"http://{host}/", flush=True)
+hosts = [f"{name}:{server.server_port}" for name in ("127.0.0.1", "localhost")]
+print(f"http://{hosts[0]}/", flush=True)
 server.serve_forever()

@@ -69,7 +69,7 @@ inline std::string to_string(const Result& result)
         return "refused by the manager: status " + std::to_string(result.status);
     case Outcome::not_sent:
         return result.misfit != 0 ? "not sent: argument " + std::to_string(result.misfit) + " does not fit"
-                                  : "not sent: no endpoint, or the call refused it" + code;
+                                  : "not sent: no endpoint, or an argument that the call does not take" + code;
     default:
         return "unknown: it may have been applied" + code;
     }

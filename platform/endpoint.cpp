@@ -261,7 +261,7 @@ struct Unlock {
 };
 
 // What is to be bound: the first free SAP of some.
-struct Wanted {
+struct BindRequest {
     const char* directory; // null: the environment's
     vor_uint16 first;
     vor_uint16 last;
@@ -269,16 +269,16 @@ struct Wanted {
 };
 
 // The lock on the directory keeps two processes from replacing one dead owner.
-bool bind_socket(Endpoint& endpoint, const Wanted& wanted)
+bool bind_socket(Endpoint& endpoint, const BindRequest& request)
 {
-    const Descriptor directory(open_directory(endpoint.directory, wanted.directory));
+    const Descriptor directory(open_directory(endpoint.directory, request.directory));
     if (!directory || !lock(directory.get(), endpoint)) {
         return false;
     }
     const Unlock unlock{directory.get()};
     vor_uint16& sap = endpoint.handle.sap_id;
     sockaddr_un address = sap_address(endpoint.directory, sap);
-    while (sap < wanted.last && service_at(address) == Service::there) {
+    while (sap < request.last && service_at(address) == Service::there) {
         address = sap_address(endpoint.directory, ++sap);
     }
     struct stat status;
@@ -303,7 +303,7 @@ vor_uint16 random_sequence()
     return getrandom(&sequence, sizeof sequence, GRND_NONBLOCK) < 0 ? static_cast<vor_uint16>(getpid()) : sequence;
 }
 
-bool open_endpoint(Endpoint& endpoint, const Wanted& wanted)
+bool open_endpoint(Endpoint& endpoint, const BindRequest& request)
 {
     const auto timeout = timeout_milliseconds();
     if (!timeout || !log_levels() || !timers_run()) {
@@ -313,15 +313,15 @@ bool open_endpoint(Endpoint& endpoint, const Wanted& wanted)
     endpoint.owner = Owner::create();
     if (endpoint.owner == nullptr || !descriptor || !limit_blocking(descriptor.get(), SO_RCVTIMEO, *timeout) ||
         !limit_blocking(descriptor.get(), SO_SNDTIMEO, *timeout)) {
-        report("cannot bind SAP %u: %s", wanted.first, strerror(errno));
+        report("cannot bind SAP %u: %s", request.first, strerror(errno));
         return false;
     }
-    endpoint.handle = {wanted.first, wanted.bind_option, &endpoint};
+    endpoint.handle = {request.first, request.bind_option, &endpoint};
     endpoint.descriptor = descriptor.get();
     endpoint.timeout = *timeout;
     endpoint.binder = pthread_self();
     endpoint.sequence = random_sequence();
-    if (!bind_socket(endpoint, wanted)) {
+    if (!bind_socket(endpoint, request)) {
         return false;
     }
     descriptor.release();
@@ -334,13 +334,13 @@ void discard(Endpoint* endpoint)
     free(endpoint);
 }
 
-VOR_IPC_HANDLE* bind_first(const Wanted& wanted)
+VOR_IPC_HANDLE* bind_first(const BindRequest& request)
 {
     auto* const endpoint = static_cast<Endpoint*>(calloc(1, sizeof(Endpoint)));
     if (endpoint == nullptr) {
         return nullptr;
     }
-    if (!open_endpoint(*endpoint, wanted)) {
+    if (!open_endpoint(*endpoint, request)) {
         discard(endpoint);
         return nullptr;
     }

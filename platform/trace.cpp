@@ -6,7 +6,7 @@ namespace vorinfra {
 
 namespace {
 
-bool wanted(vor_uint16 levels)
+bool is_logged(vor_uint16 levels)
 {
     return (log_levels().value_or(0) & levels) != 0;
 }
@@ -15,7 +15,7 @@ bool wanted(vor_uint16 levels)
 
 void log_line(vor_uint16 levels, const char* format, ...)
 {
-    if (wanted(levels)) {
+    if (is_logged(levels)) {
         va_list arguments;
         va_start(arguments, format);
         write_line(format, arguments);
@@ -27,7 +27,7 @@ void log_line(vor_uint16 levels, const char* format, ...)
 
 void vor_dbg_log(vor_uint16 level_mask, const char* format, ...)
 {
-    if (vorinfra::wanted(level_mask)) {
+    if (vorinfra::is_logged(level_mask)) {
         va_list arguments;
         va_start(arguments, format);
         vorinfra::write_line(format, arguments);

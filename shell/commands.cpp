@@ -264,10 +264,10 @@ int run_describe(const input::Options& options)
     std::string text;
     for (const rows::Family* const each : rows::families()) {
         for (const rows::Row& row : each->rows) {
-            const bool wanted = (family == nullptr || family == each) && (only == nullptr || only == &row);
-            if (wanted && options.json) {
+            const bool selected = (family == nullptr || family == each) && (only == nullptr || only == &row);
+            if (selected && options.json) {
                 text += output::json_of(row);
-            } else if (wanted) {
+            } else if (selected) {
                 text += (text.empty() ? "" : "\n") + output::description_text(row, output::screen_of(options));
             }
         }

@@ -4,9 +4,10 @@ from __future__ import annotations
 import ctypes
 import inspect
 import locale
+import operator
 import re
 import socket
-from typing import Any, Callable, Mapping, NamedTuple
+from typing import Any, Callable, Mapping, NamedTuple, NoReturn
 
 C_TYPES: Mapping[str, Any] = {
     # C's char has a sign on some processors only, and fills a register accordingly
@@ -27,7 +28,30 @@ class Secret:
     __slots__ = ("text",)
 
     def __init__(self, text: str) -> None:
+        if not isinstance(text, str):
+            raise TypeError(f"a secret must be a text, not {type(text).__name__}")
         self.text = text
+
+    def __repr__(self) -> str:
+        return "********"
+
+    def __reduce__(self) -> NoReturn:
+        raise TypeError("a secret cannot be pickled: that would show it")
+
+    def __deepcopy__(self, _: object) -> Secret:
+        return self
+
+
+class Hidden:
+    """The bytes of a secret, for ctypes to pass; a traceback shows the values of variables."""
+
+    __slots__ = ("_as_parameter_",)
+
+    def __init__(self, encoded: bytes) -> None:
+        self._as_parameter_ = encoded
+
+    def __len__(self) -> int:
+        return len(self._as_parameter_)
 
     def __repr__(self) -> str:
         return "********"
@@ -45,8 +69,20 @@ class Argument(NamedTuple):
     only_where: tuple[str, int] | None = None  # the other argument, and with which value of it this one is sent
 
 
-def shown(given: object) -> str:
-    return f'"{given}"' if isinstance(given, str) else str(given)
+def shown(given: int | str) -> str:
+    """What is wrong, in a message of one line."""
+    if isinstance(given, str):
+        escaped = "".join(each if each.isprintable() else repr(each)[1:-1] for each in given[:80])
+        return f'"{escaped}{"..." * (len(given) > 80)}"'
+    return str(given) if given.bit_length() <= 128 else f"a number of {given.bit_length()} bits"
+
+
+def has_bytes(text: str) -> bool:
+    """Whether UTF-8 has bytes for it; the exception would show the text."""
+    try:
+        return text.encode() is not None
+    except UnicodeError:
+        return False
 
 
 def _alternatives(words: list[str]) -> str:
@@ -65,11 +101,11 @@ def number(name: str, c_type: str, *limits: int, words: Mapping[str, int] = {}, 
 
     def convert(given: Any) -> int:
         value = words.get(given, given) if isinstance(given, str) else given
-        if isinstance(value, bool) or not isinstance(value, (int, str)):
+        if isinstance(value, bool) or not (isinstance(value, str) or hasattr(value, "__index__")):
             raise TypeError(f"{name} must be a number, not {type(given).__name__}")
-        if isinstance(value, str) or not least <= value <= most:
-            raise ValueError(f"{name} must be {rule}, not {shown(given)}")
-        return value
+        if isinstance(value, str) or not least <= operator.index(value) <= most:
+            raise ValueError(f"{name} must be {rule}, not {shown(value)}")
+        return operator.index(value)
 
     return Argument(name, C_TYPES[c_type], convert, **facts)
 
@@ -90,23 +126,26 @@ def text(
 ) -> Argument:
     """A text; problem completes "NAME must", and is empty for one that fits."""
 
-    def convert(given: Any) -> bytes:
+    def encoded(value: str) -> bytes | str:
+        """Its bytes, or what is wrong: where that is raised, no variable has the text."""
+        if "\0" in value:
+            return "not contain a zero byte"
+        if not has_bytes(value):
+            return "be a text that UTF-8 has bytes for"
+        taken = value.encode()
+        if longest and len(taken) > longest:
+            return f"be at most {longest} bytes long, not {len(taken)}"
+        return problem(value) or taken
+
+    def convert(given: Any) -> bytes | Hidden:
         if isinstance(given, Secret) and not secret:
             raise TypeError(f"{name} is not a secret argument, but is given a secret")
-        value = given.text if isinstance(given, Secret) else given
-        if not isinstance(value, str):
-            raise TypeError(f"{name} must be a text, not {type(value).__name__}")
-        what = "not contain a zero byte" if "\0" in value else problem(value)
-        encoded = b""
-        try:
-            encoded = value.encode()
-        except UnicodeError:  # it would show the text
-            what = "be a text that UTF-8 has bytes for"
-        if longest and len(encoded) > longest:
-            what = f"be at most {longest} bytes long, not {len(encoded)}"
-        if what:
-            raise ValueError(f"{name} must {what}")
-        return encoded
+        if not isinstance(given, (str, Secret)):
+            raise TypeError(f"{name} must be a text, not {type(given).__name__}")
+        taken = encoded(given.text if isinstance(given, Secret) else given)
+        if isinstance(taken, str):
+            raise ValueError(f"{name} must {taken}")
+        return Hidden(taken) if secret else taken
 
     return Argument(name, C_TYPES["vor_char*"], convert, sized=True, **facts)
 

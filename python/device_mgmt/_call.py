@@ -4,14 +4,13 @@ from __future__ import annotations
 import ctypes
 import functools
 import inspect
-import os
 import struct
 import types
 from typing import Any
 
 from ._arguments import C_TYPES, Argument, shown
-from ._endpoint import LIBRARY, Endpoint, Process, library
-from ._outcome import Forked, NotSent, Outcome, Refused, Result, Unknown, not_sent, outcome_of
+from ._endpoint import LIBRARY, Endpoint, exclusively, library, room_of
+from ._outcome import NotSent, Outcome, Refused, Result, Unknown, not_sent, outcome_of
 from .records import TEXT_OVERHEAD, Code
 
 
@@ -19,7 +18,7 @@ class Family:
     """The calls of a family, for one endpoint."""
 
     def __init__(self, endpoint: Endpoint) -> None:
-        self.endpoint = endpoint
+        self._endpoint = endpoint
 
 
 class Call:
@@ -29,8 +28,9 @@ class Call:
 
     def __init__(
         self, symbol: str, way: str, *arguments: Argument, code: str = "vor_int32", fixed: int | None = None,
-        record: Any = None, layout: str = ""
+        record: Any = None, layout: str = "", about: str = ""
     ) -> None:
+        self.__doc__ = about
         self.symbol, self.way, self.arguments, self.code = symbol, way, arguments, code
         self.fixed, self.record, self.layout = fixed, record, layout
         self.given = [argument for argument in arguments if argument.role in ("given", "list")]
@@ -47,7 +47,8 @@ class Call:
         return self if family is None else types.MethodType(self, family)
 
     def __call__(self, family: Family, *args: Any, **kwargs: Any) -> Any:
-        result, record = self._made(family.endpoint, self._values(self.__signature__.bind(family, *args, **kwargs)))
+        values = self._values(self.__signature__.bind(family, *args, **kwargs))
+        result, record = exclusively(family._endpoint, lambda: self._made(values, room_of(family._endpoint)))
         if result.outcome in (Outcome.accepted, Outcome.sent):
             return result if self.record is None else record
         kind = {Outcome.refused: Refused, Outcome.not_sent: NotSent}.get(result.outcome, Unknown)
@@ -61,37 +62,36 @@ class Call:
             value = bound.arguments[each.name]
             values[each.name] = None if value is None and each.default is None else each.convert(value)
         for each in self.given:
-            if each.only_where is not None and values[each.name]:
+            if each.only_where is not None:
                 other, number = each.only_where
+                if values[other] == number and values[each.name] is None:
+                    raise TypeError(f"{each.name} is needed where {other} is {number}")
                 if values[other] != number:
-                    raise ValueError(f"{each.name} must be {shown(each.default)} unless {other} is {number}")
+                    if values[each.name]:
+                        raise ValueError(f"{each.name} must be left out unless {other} is {number}")
+                    values[each.name] = b"" if each.c_type is C_TYPES["vor_char*"] else 0
         return values
 
-    def _made(self, endpoint: Endpoint, values: dict[str, Any]) -> tuple[Result, Any]:
-        if endpoint.process not in (0, os.getpid()):
-            raise not_sent("the gateway was opened before this process was forked", Forked)
-        with Process.lock:
-            if Process.opened is not endpoint:
-                raise not_sent("the gateway is not open")
-            self._check_size(values, endpoint.room)
-            status = ctypes.c_int32.in_dll(library(), "vor_errno")
-            lost = getattr(library(), "vorinfra_messages_undelivered", int)  # a development platform counts them
-            lost_before, status.value = lost(), 0  # a status found there afterwards is from this call
-            bound, code, record = self._run(values)
-            outcome = outcome_of(self.way, code, status.value, bound)
-            if code == Code.DONE and (lost() != lost_before or self.record is not None and record is None):
-                outcome = Outcome.unknown
-            return Result(outcome, code, status.value if outcome is Outcome.refused else 0), record
+    def _made(self, values: dict[str, Any], room: int) -> tuple[Result, Any]:
+        self._check_size(values, room)
+        status = ctypes.c_int32.in_dll(library(), "vor_errno")
+        lost = getattr(library(), "vorinfra_messages_undelivered", int)  # a development platform counts them
+        lost_before, status.value = lost(), 0  # a status found there afterwards is from this call
+        bound, code, record = self._run(values)
+        outcome = outcome_of(self.way, code, status.value, bound)
+        if code == Code.DONE and (lost() != lost_before or self.record is not None and record is None):
+            outcome = Outcome.unknown
+        return Result(outcome, code, status.value if outcome is Outcome.refused else 0), record
 
     def _check_size(self, values: dict[str, Any], room: int) -> None:
         sized = [(each.name, values[each.name]) for each in self.given if each.sized]
         texts = [(name, text) for name, value in sized for text in (value if isinstance(value, list) else [value])]
-        if self.fixed is not None and self.fixed + sum(len(text) + TEXT_OVERHEAD for _, text in texts) > room:
+        if self.fixed is None:
+            return
+        most, length = room - self.fixed - TEXT_OVERHEAD * len(texts), sum(len(text) for _, text in texts)
+        if length > most:
             longest = max(texts, key=lambda each: len(each[1]))[0]
-            raise ValueError(
-                f"{longest} does not fit: {sum(len(text) for _, text in texts)} bytes of text, "
-                f"but a message has room for {room}, element headers included"
-            )
+            raise ValueError(f"{longest} does not fit: its message has room for {most} bytes of text, not {length}")
 
     @functools.cached_property
     def _function(self) -> Any:
@@ -115,9 +115,11 @@ class Call:
             else:
                 passed += values[each.name] if each.role == "list" else [values[each.name]]
         bound = self.way == "konfd" or library().vor_cfg_get_ipc_endpoint() is not None
-        code = self._function(*passed)
-        if self.way == "konfd" and library().vor_cfg_get_sock_endpoint() is not None:
-            library().vor_cfg_remove_sock_endpoint()  # a failure leaves it open
+        try:
+            code = self._function(*passed)
+        finally:
+            if self.way == "konfd":
+                _disconnect()  # a failure leaves it connected
         at = ctypes.addressof(out) if out is not None else None
         if self.code == "void*":
             at, code = code, 0 if code else int(Code.REFUSED)
@@ -129,9 +131,6 @@ class Call:
         return bound, code, self.record._make(struct.unpack(self.layout, taken))
 
 
-_POINTER = ctypes.sizeof(ctypes.c_void_p)
-
-
 class Query(Call):
     """A query to konfd: its arguments are the parts of one command."""
 
@@ -139,9 +138,9 @@ class Query(Call):
 
     def _values(self, bound: inspect.BoundArguments) -> dict[str, Any]:
         values = super()._values(bound)
-        unsets = values["operation"] == 3
-        if unsets == (values["line_key"] is not None):
-            raise ValueError("unset takes no line_key" if unsets else "needs line_key")
+        if (values["operation"] == 3) == (values["line_key"] is not None):
+            takes = "needs" if values["line_key"] is None else "takes no"
+            raise ValueError(f'operation {shown(bound.arguments["operation"])} {takes} line_key')
         if (values["line_key"] is None) != (values["line_value"] is None):
             raise ValueError("line_key and line_value need each other")
         if len(values["path"]) % 2 != 0:
@@ -150,7 +149,7 @@ class Query(Call):
 
     def _run(self, values: dict[str, Any]) -> tuple[bool, int, Any]:
         lib = library()
-        query = ctypes.c_void_p(lib.vor_cfg_proto_init())
+        query = lib.vor_cfg_proto_init()
         try:
             lib.vor_cfg_proto_set_op(query, values["operation"])
             parts = [lib.vor_cfg_proto_set_pattern_string(
@@ -162,22 +161,28 @@ class Query(Call):
                 parts.append(lib.vor_cfg_proto_set_priority_string(query, values["priority"]))
             for key, value in zip(values["path"][::2], values["path"][1::2]):
                 parts.append(lib.vor_cfg_proto_append_path_elm(query, key, value))
-            if any(parts) or lib.vor_cfg_create_sock_endpoint() != 0:
-                return False, int(Code.REFUSED), None
+            if any(parts):
+                raise not_sent("no memory for the query")
+            if lib.vor_cfg_create_sock_endpoint() != 0:
+                raise not_sent("no connection to konfd")
             return True, lib.vor_konfd_bi_dir_comm(query), None
         finally:
-            if lib.vor_cfg_get_sock_endpoint() is not None:
-                lib.vor_cfg_remove_sock_endpoint()
+            _disconnect()
             _release(query)
 
 
-def _release(query: ctypes.c_void_p) -> None:
+def _disconnect() -> None:
+    if library().vor_cfg_get_sock_endpoint() is not None:
+        library().vor_cfg_remove_sock_endpoint()
+
+
+def _release(query: Any) -> None:
     """Frees a query and its path's elements, which the library leaves."""
     elements = []
-    at = ctypes.c_void_p.from_address(query.value + 4 * _POINTER).value if query.value else None
-    while at is not None:
-        elements.append(ctypes.c_void_p(at))
-        at = ctypes.c_void_p.from_address(at + _POINTER).value
+    at = query.contents.first if query else None
+    while at:
+        elements.append(at)
+        at = at.contents.next
     library().vor_cfg_proto_cleanup(query)
     for element in elements:
         library().vor_free(element)

@@ -101,7 +101,7 @@ class Debug(Family):
         level: error, warning, info, all; or ipc: switches the platform's own trace, no message is sent
         """
 
-    def set_log_file(self, set_option: int | Literal["server", "file-name", "frequency"], name: str, log_file_name: str = "", ip_address: str = "", user_name: str = "", password: str | Secret = "", upload_frequency: int = 0) -> Result:
+    def set_log_file(self, set_option: int | Literal["server", "file-name", "frequency"], name: str, log_file_name: str | None = None, ip_address: str | None = None, user_name: str | None = None, password: str | Secret | None = None, upload_frequency: int | None = None) -> Result:
         """Set up the upload of the platform's log file. One-way: no verdict will come.
 
         set_option: 1 sets the server and its credentials, 2 the file name, 3 the frequency; any other value writes

@@ -21,7 +21,10 @@ import weakref
 from dataclasses import dataclass, field, fields, replace
 from typing import Any, Callable, Literal, Mapping, Sequence, TypeVar, cast
 
-from device_mgmt import Error, Forked, NotSent, Outcome, Result, Secret, Unknown
+from device_mgmt import Error, Forked, Outcome, Result, Secret, Unknown
+
+from ._arguments import has_bytes
+from ._outcome import not_sent
 
 SCHEMA = 3
 _SENDS = ("apply", "confirm", "revert")  # or change the journal
@@ -38,7 +41,7 @@ SiteState = Literal["accepted", "partly reverted", "failed", "unknown", "waiting
 class Site:
     """A site's text, what its variables stand for, and where its journal is; or, without a text, a journal alone."""
 
-    text: str | None = None
+    text: str | None = field(default=None, repr=False)
     vars: Mapping[str, int | str] = field(default_factory=dict)
     secrets: Mapping[str, int | str | Secret] = field(default_factory=dict)
     journal: str | os.PathLike[str] | None = None
@@ -47,8 +50,19 @@ class Site:
     allow_unused: bool = False
 
     def __post_init__(self) -> None:
+        for name, each in self.secrets.items():
+            if isinstance(each, bool) or not isinstance(each, (int, str, Secret)):
+                raise TypeError(f"secrets: {name} must be a text or a number, not {type(each).__name__}")
         hidden = {name: each if isinstance(each, Secret) else Secret(str(each)) for name, each in self.secrets.items()}
         object.__setattr__(self, "secrets", hidden)
+        if self.text is None and self.journal is None:
+            raise ValueError("a site needs a text or a journal")
+        if self.text is not None and not isinstance(self.text, str):
+            raise TypeError(f"text must be a text, not {type(self.text).__name__}")
+        texts = {**hidden, "text": Secret(self.text or "")}
+        unfit = [name for name, each in texts.items() if not has_bytes(each.text)]
+        if unfit:
+            raise ValueError(f"{unfit[0]} must be a text that UTF-8 has bytes for")
 
     def _members(self) -> dict[str, object]:
         paths = {name: path and os.fspath(path) for name, path in (("journal", self.journal), ("file", self.file))}
@@ -160,6 +174,7 @@ class Call:
     hint: str | None = None
     code: int | None = None
     status: int | None = None
+    result: Values | None = None
 
 
 @dataclass(frozen=True)
@@ -187,8 +202,17 @@ class ApplyTotals:
 
 
 @dataclass(frozen=True)
+class Undecided:
+    """A call of a confirmed apply that is in effect until that is confirmed or reverted."""
+
+    line: int
+    call: str
+    arguments: Values
+
+
+@dataclass(frozen=True)
 class Confirmation:
-    """What became of a confirmed apply, or until when it waits."""
+    """What became of a confirmed apply, or until when it waits, and with which calls, the last one first."""
 
     journal: str
     state: ConfirmationState
@@ -197,6 +221,7 @@ class Confirmation:
     until: str | None = None
     seconds_left: int | None = None
     has_waiter: bool | None = None
+    calls: tuple[Undecided, ...] = ()
     hint: str | None = None
     not_reverted: int | None = None
     lines_not_reverted: tuple[int, ...] = ()
@@ -333,23 +358,24 @@ class Complaint(Error):
 
     def __init__(self, exit: int, problems: Sequence[Problem], calls: Sequence[Call] = (),
                  reverted: Sequence[RevertLine] = ()) -> None:
-        super().__init__("", Result(Outcome.unknown if calls or reverted else Outcome.not_sent))
-        self.args = (exit, problems, calls, reverted)
+        result = Result(Outcome.unknown if calls or reverted else Outcome.not_sent)
+        super().__init__("\n".join(map(str, problems)), result)
         self.exit = exit
         self.problems = tuple(problems)
         self.calls = tuple(calls)
         self.reverted = tuple(reverted)
 
-    def __str__(self) -> str:
-        return "\n".join(map(str, self.problems))
+    def __reduce__(self) -> tuple[Any, ...]:
+        return Complaint, (self.exit, self.problems, self.calls, self.reverted)
 
 
 # --- Reading ----------------------------------------------------------------------------
 
 Kind = TypeVar("Kind")
+Read = TypeVar("Read")
 Json = dict[str, Any]
 _PARTS: Mapping[str, Any] = {"current": Entry, "open": Entry, "failed": Entry, "before": Setting,
-                             "confirmation": Confirmation, "lines": ReportLine}
+                             "confirmation": Confirmation, "calls": Undecided, "lines": ReportLine}
 
 
 def _read(kind: Callable[..., Kind], record: Json) -> Kind:
@@ -403,11 +429,7 @@ class _Answer:
 def _lost(command: str, why: str) -> Error:
     if command in _SENDS:
         return Unknown(f"{command}: {why}: it may have been applied; plan says what is left", Result(Outcome.unknown))
-    return _not_sent(f"{command}: {why}")
-
-
-def _not_sent(text: str, kind: type[NotSent] = NotSent) -> NotSent:
-    return kind(text, Result(Outcome.not_sent))
+    return not_sent(f"{command}: {why}")
 
 
 def _plain(value: object) -> object:
@@ -431,27 +453,30 @@ class Vorcfg:
 
     def __init__(self, command: Sequence[str] = ("vorcfg",)) -> None:
         self._process_id = os.getpid()
-        self._lock = threading.Lock()
+        self._lock = threading.RLock()  # a signal handler of the thread that holds it may ask for it, too
         self._rest = b""
         self._is_idle = False  # nothing asked, and nothing of an answer unread
+        if isinstance(command, str) or not command:
+            raise TypeError('command must be a list of words, such as ["vorcfg"]')
+        words = [*command, "serve"]
         try:  # Ctrl-C is for this process to handle
-            self._process = subprocess.Popen([*command, "serve"], bufsize=0, stdin=subprocess.PIPE,
+            self._process = subprocess.Popen(words, bufsize=0, stdin=subprocess.PIPE,
                                              stdout=subprocess.PIPE, start_new_session=True)
         except OSError as error:
-            text = f"cannot run {command[0]}: {error.strerror}\nhint: install vorcfg, or pass its command"
-            raise _not_sent(text) from None
+            text = f"cannot run {words[0]}: {error.strerror}\nhint: install vorcfg, or pass its command"
+            raise not_sent(text) from None
         assert self._process.stdin and self._process.stdout
         self._input, self._output = self._process.stdin, self._process.stdout
         _processes.add(self)
         try:
             greeting = self._line("serve", "serve")
+            if greeting.get("schema") != SCHEMA:
+                theirs = greeting.get("schema")
+                raise not_sent(f"{words[0]}: its schema must be {SCHEMA}, not {theirs}; install another")
         except BaseException:
             self._abandon()
             raise
-        if greeting["schema"] != SCHEMA:
-            self._close()
-            raise _not_sent(f"{command[0]}: its schema must be {SCHEMA}, not {greeting['schema']}; install another")
-        self.version: str = greeting["version"]
+        self.version = str(greeting.get("version"))
         self._is_idle = True
 
     def __enter__(self) -> Vorcfg:
@@ -461,80 +486,97 @@ class Vorcfg:
         self.close()
 
     def close(self) -> None:
-        """Ends vorcfg. What waits to be confirmed goes on waiting."""
+        """Ends vorcfg, in a signal handler also during a request. What waits to be confirmed goes on waiting."""
         if self._process_id == os.getpid():
             with self._lock:
-                if not self._is_idle:
-                    self._abandon()
-                self._close()
+                if self._is_idle:
+                    self._close()
+                elif not self._output.closed:
+                    self._end()
 
     def plan(self, site: Site, *, from_: int | None = None, only: str | None = None, all: bool = False,
              resend_secrets: bool = False) -> Plan:
         """What apply would do. Sends nothing."""
-        answer = self._ask("plan", site, {"from": from_, "only": only, "all": all, "resend_secrets": resend_secrets})
-        totals = answer.last(PlanTotals, "plan")
-        return Plan(answer.exit, answer.all(PlanLine, "plan_line"), totals, answer.confirmation(), answer.notes())
+        def read(answer: _Answer) -> Plan:
+            totals = answer.last(PlanTotals, "plan")
+            return Plan(answer.exit, answer.all(PlanLine, "plan_line"), totals, answer.confirmation(), answer.notes())
+        options = {"from": from_, "only": only, "all": all, "resend_secrets": resend_secrets}
+        return self._ask("plan", site, options, read)
 
     def apply(self, site: Site, *, from_: int | None = None, only: str | None = None, all: bool = False,
               resend_secrets: bool = False, confirm: int | str | None = None, retry_unknown: bool = False,
               skip_unknown: bool = False, keep_going: bool = False, timeout: int | str | None = None,
               yes: bool = False) -> Apply:
         """Makes the calls that are left; `confirm="2m"` reverts them unless they are confirmed in time."""
-        answer = self._ask("apply", site, {
+        def read(answer: _Answer) -> Apply:
+            totals = answer.last(ApplyTotals, "apply")
+            return Apply(
+                answer.exit, answer.all(PlanLine, "plan_line"), answer.all(Call, "call"), totals,
+                answer.confirmation(), answer.all(RevertLine, "revert_line"), answer.problems(), answer.notes())
+        return self._ask("apply", site, {
             "from": from_, "only": only, "all": all, "resend_secrets": resend_secrets, "confirm": confirm,
             "retry_unknown": retry_unknown, "skip_unknown": skip_unknown, "keep_going": keep_going, "timeout": timeout,
-            "yes": yes})
-        totals = answer.last(ApplyTotals, "apply")
-        return Apply(
-            answer.exit, answer.all(PlanLine, "plan_line"), answer.all(Call, "call"), totals, answer.confirmation(),
-            answer.all(RevertLine, "revert_line"), answer.problems(), answer.notes())
+            "yes": yes}, read)
 
     def confirm(self, site: Site) -> Decision:
         """Keeps what apply changed. Where that was reverted before, exit and state say so."""
-        return self._decision(self._ask("confirm", site, {}))
+        return self._ask("confirm", site, {}, self._decision)
 
     def revert(self, site: Site, *, timeout: int | str | None = None) -> Decision:
         """Reverts what waits to be confirmed, now."""
-        return self._decision(self._ask("revert", site, {"timeout": timeout}))
+        return self._ask("revert", site, {"timeout": timeout}, self._decision)
 
     def report(self, site: Site) -> Report:
         """What the journal knows. Sends nothing."""
-        return self._ask("report", site, {}).last(Report, "report")
+        def read(answer: _Answer) -> Report:
+            if answer.all(Sites, "sites"):
+                raise ValueError("journal must be a file, not a folder: use sites()")
+            return answer.last(Report, "report")
+        return self._ask("report", site, {}, read)
 
     def sites(self, folder: str | os.PathLike[str]) -> Sites:
         """A line for each journal in the folder. Sends nothing."""
-        answer = self._ask("report", Site(journal=folder), {})
-        return replace(answer.last(Sites, "sites"), journals=answer.all(SiteLine, "site"))
+        def read(answer: _Answer) -> Sites:
+            if answer.all(Report, "report"):
+                raise ValueError("folder must be a folder, not a journal: use report()")
+            return replace(answer.last(Sites, "sites"), journals=answer.all(SiteLine, "site"))
+        return self._ask("report", Site(journal=folder), {}, read)
 
     def journal(self, site: Site, *, text: str | None = None) -> Journal:
         """The journal's text; with a text, puts it back where there is none."""
-        return self._ask("journal", site, {"text": text}).last(Journal, "journal")
+        return self._ask("journal", site, {"text": text}, lambda answer: answer.last(Journal, "journal"))
 
     @staticmethod
     def _decision(answer: _Answer) -> Decision:
         confirmation = answer.last(Confirmation, "confirmation")
         return Decision(answer.exit, confirmation, answer.all(RevertLine, "revert_line"), answer.notes())
 
-    def _ask(self, command: str, site: Site, options: Mapping[str, object]) -> _Answer:
+    def _ask(self, command: str, site: Site, options: Mapping[str, object], read: Callable[[_Answer], Read]) -> Read:
         if self._process_id != os.getpid():
-            raise _not_sent(f"{command}: this process was forked, and vorcfg is its parent's; start another", Forked)
+            raise not_sent(f"{command}: this process was forked, and vorcfg is its parent's; start another", Forked)
+        if not isinstance(site, Site):
+            raise TypeError(f"{command}: site must be a Site, not {type(site).__name__}")
         request = _line_of(command, {**site._members(), **options})
         with self._lock:
             if not self._is_idle:
-                raise _not_sent(f"{command}: vorcfg has ended")
+                under_way = "vorcfg has ended" if self._output.closed else "a request is under way in this thread"
+                raise not_sent(f"{command}: {under_way}")
             self._is_idle = False
             try:
                 while request:
                     request = request[os.write(self._input.fileno(), request):]
-                answer = _Answer(command, self._line(command, "answer"))
+                answer = self._line(command, "answer")
             except BrokenPipeError:  # a request that was not read whole is not carried out
                 self._close()
-                raise _not_sent(f"{command}: vorcfg has ended") from None
+                raise not_sent(f"{command}: vorcfg has ended") from None
             except BaseException:
                 self._abandon()
                 raise
             self._is_idle = True
-            return answer
+        try:
+            return read(_Answer(command, answer))
+        except (KeyError, TypeError):
+            raise _lost(command, "vorcfg's answer is not what its schema says") from None
 
     def _line(self, command: str, kind: str) -> Json:
         """The next that vorcfg writes."""
@@ -549,14 +591,20 @@ class Vorcfg:
             record = json.loads(line)
         except ValueError:
             record = None
-        if not isinstance(record, dict) or record.get("type") != kind:
+        # the answer to a request that it cannot read has no id
+        if not isinstance(record, dict) or record.get("type") != kind or record.get("id") not in (None, 1):
             raise _lost(command, f"{line[:80]!r} is not what vorcfg serve writes")
         return record
 
     def _abandon(self) -> None:
+        if not self._output.closed:
+            try:
+                self._end()
+            finally:
+                self._close()
+
+    def _end(self) -> None:
         """Ends vorcfg after the call under way, or, if interrupted again, without waiting for that call."""
-        if self._input.closed:
-            return
         try:
             self._process.send_signal(signal.SIGINT)
             while os.read(self._output.fileno(), 1 << 16):
@@ -564,8 +612,6 @@ class Vorcfg:
         except BaseException:
             self._process.send_signal(signal.SIGINT)
             raise
-        finally:
-            self._close()
 
     def _close(self) -> None:
         self._is_idle = False

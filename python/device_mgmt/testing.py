@@ -14,6 +14,7 @@ import pathlib
 import re
 import subprocess
 import tempfile
+import weakref
 from typing import Any, Generator, Iterator, Sequence
 
 try:
@@ -29,6 +30,7 @@ class Vorsim:
 
     def __init__(self, *options: str, program: str = "vorsim") -> None:
         self._program = program
+        self._process_id = os.getpid()
         self._log = tempfile.TemporaryFile()
         # the gateway is there until sh has read a line, or the end of its input
         command = [program, "run", "--lines", *options, "--", "sh", "-c", 'echo "$VORINFRA_DIR"; read -r _; exit 0']
@@ -37,6 +39,7 @@ class Vorsim:
                                              stderr=self._log, start_new_session=True)
         except OSError as error:
             pytest.fail(f"cannot run {program}: {error.strerror}\nhint: add its folder to PATH", pytrace=False)
+        _gateways.add(self)
         assert self._process.stdout
         directory = self._process.stdout.readline().decode().rstrip("\n")
         if not directory:
@@ -57,11 +60,20 @@ class Vorsim:
         return {"VORINFRA_DIR": directory, "VORINFRA_ROOT": directory, "VORCFG_SECRET_KEY": f"{directory}/secret-key"}
 
     def close(self) -> int:
-        """Stops it; the exit code is not 0 if it had ended before, or with --strict if there was a complaint."""
+        """Stops it, unless it is another process's; the exit code is not 0 if it had ended before, or with --strict if
+        there was a complaint.
+        """
+        if self._process_id != os.getpid():
+            return 0
         if self._process.returncode is None:
             with contextlib.suppress(BrokenPipeError):
-                self._process.communicate(b"\n")  # a forked process may hold the pipe
+                self._process.communicate(b"\n")
         return self._process.wait()
+
+    def _leave(self) -> None:
+        for pipe in (self._process.stdin, self._process.stdout):
+            if pipe:
+                pipe.close()
 
     def log(self) -> str:
         """What it has printed so far."""
@@ -80,6 +92,8 @@ class Vorsim:
                within: str = "0s") -> None:
         """Fails the test unless these messages and no others have arrived, in this order."""
         __tracebackhide__ = True
+        if not all(isinstance(line, str) for line in lines):
+            raise TypeError("each line is an argument of its own: expect(*lines)")
         options = {"--any-order": any_order, "--subset": subset, "--allow-complaints": allow_complaints}
         given = [option for option, is_given in options.items() if is_given]
         self.command("expect", *given, "--within", within, "-", text="".join(line + "\n" for line in lines))
@@ -112,6 +126,18 @@ class Vorsim:
     def reset(self) -> None:
         """Clears settings, readings and messages; faults and stopped managers stay."""
         self.command("reset")
+
+
+_gateways: weakref.WeakSet[Vorsim] = weakref.WeakSet()
+
+
+def _leave_all() -> None:
+    """A child that held the pipe open would keep its parent's gateway from ending."""
+    for gateway in _gateways:
+        gateway._leave()
+
+
+os.register_at_fork(after_in_child=_leave_all)
 
 
 @pytest.fixture

@@ -6,6 +6,7 @@ import http.client
 import pathlib
 import re
 import socket
+import struct
 import subprocess
 import sys
 import threading
@@ -65,6 +66,9 @@ def test_hostile_requests_set_nothing(vorsim: Vorsim, host: str) -> None:
     form = "address=192.168.1.10&mask=255.255.255.0"
     assert post(host, form, Origin="http://example.com")[0] == 403
     assert post(host, form, Host="example.com")[0] == 403
+    other = host.replace("127.0.0.1", "localhost")
+    assert post(host, form, Host=other, Origin=f"http://{host}")[0] == 403
+    assert post(host, "", Host=other, Origin=f"http://{other}")[0] == 200
     assert post(host, form, **{"Content-Length": "10000000000"})[0] == 413
     assert post(host, form, **{"Content-Length": "-1"})[0] == 413
     for body in ("", "&&&=", "address=%00%ff&mask=%zz", "address=" + "1" * 900, "address=%3Cscript%3E&mask=%0d%0a"):
@@ -76,6 +80,10 @@ def test_hostile_requests_set_nothing(vorsim: Vorsim, host: str) -> None:
     with socket.create_connection((name, int(port))) as idle, socket.create_connection((name, int(port))) as partial:
         partial.sendall(b"POST / HTTP/1.1\r\nContent-Length: 30\r\n\r\naddr")
         idle.sendall(b"\x16\x03\x01")
+        hung_up = socket.create_connection((name, int(port)))
+        hung_up.sendall(b"POST / HTTP/1.1\r\n")
+        hung_up.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))  # so that it is a reset
+        hung_up.close()
         vorsim.expect()
         assert set_address(host) == "The gateway accepted 192.168.1.10."
 

@@ -60,6 +60,7 @@ def test_a_site_from_plan_to_report(vorsim: Vorsim, vorcfg: Vorcfg, tower: Site)
     assert line.current and line.current.arguments["ip_address"] == "192.168.17.2"
     waiting = vorcfg.apply(tower, confirm="1h").confirmation
     assert waiting and waiting.state == "waiting" and waiting.until and waiting.has_waiter
+    assert [(call.line, call.call) for call in waiting.calls] == [(2, "ip set-ip-address")]
     assert vorcfg.plan(tower).confirmation == dataclasses.replace(waiting, seconds_left=pytest.approx(3600, abs=60))
     assert vorcfg.confirm(Site(journal=waiting.journal)).confirmation.state == "confirmed"
 
@@ -109,8 +110,26 @@ def test_complaints_have_their_lines_and_no_secret(vorcfg: Vorcfg, tower: Site) 
     assert str(pickle.loads(pickle.dumps(caught.value))) == str(caught.value)
     with pytest.raises(site.Complaint, match="confirm must be 1 to 86400 seconds"):
         vorcfg.apply(tower, confirm=0)
+    with pytest.raises(site.Complaint, match="JSON"):
+        vorcfg.plan(changed(tower, last="\udcff"))
     with pytest.raises(site.Complaint, match="vars needs site"):
         vorcfg.report(Site(journal="j", vars={"a": 1}))
+    with pytest.raises(ValueError, match="^journal must be a file, not a folder: use sites"):
+        os.mkdir(f"{tower.journal}")
+        pathlib.Path(f"{tower.journal}/j.journal").write_bytes(b"")
+        vorcfg.report(Site(journal=tower.journal))
+    for secret in (None, True, b"0000"):
+        with pytest.raises(TypeError, match="^secrets: pin must be a text or a number, not "):
+            dataclasses.replace(tower, secrets={"pin": secret})
+    for name, values in (("text", {"text": "\udcff"}), ("pin", {"secrets": {"pin": f"{HUSH}\udcff"}})):
+        with pytest.raises(ValueError, match=f"^{name} must be a text that UTF-8 has bytes for$"):
+            dataclasses.replace(tower, **values)  # type: ignore[arg-type]
+    with pytest.raises(ValueError, match="^a site needs a text or a journal$"):
+        Site()
+    with pytest.raises(TypeError, match="^plan: site must be a Site, not str$"):
+        vorcfg.plan(TEXT)  # type: ignore[arg-type]
+    with pytest.raises(TypeError, match="^command must be a list of words"):
+        Vorcfg("vorcfg")
     with pytest.raises(TypeError, match="not object"):
         vorcfg.plan(changed(tower, last=object()))
     assert vorcfg.plan(tower).exit == 11
@@ -167,6 +186,29 @@ def test_the_second_interrupt_does_not_wait_for_that_call(vorsim: Vorsim, vorcfg
         assert [line.state for line in other.plan(can(1, tmp_path)).lines] == ["unknown", "new"]
 
 
+def test_a_signal_handler_ends_vorcfg_after_the_call_under_way(vorsim: Vorsim, vorcfg: Vorcfg,
+                                                               tmp_path: pathlib.Path) -> None:
+    def close(*_: object) -> None:
+        with pytest.raises(NotSent, match="a request is under way in this thread"):
+            vorcfg.plan(can(1, tmp_path))
+        vorcfg.close()
+
+    def signal_once() -> None:
+        vorsim.command("wait", "canmgr  vor_cfg_set_can_id", "--status", "0")
+        os.kill(os.getpid(), signal.SIGUSR1)
+    vorsim.fault("canmgr: late 100ms")
+    before = signal.signal(signal.SIGUSR1, close)
+    thread = threading.Thread(target=signal_once)
+    thread.start()
+    with pytest.raises(Unknown, match="vorcfg ended with exit code"):
+        vorcfg.apply(can(1, tmp_path, lines=50))
+    thread.join()
+    signal.signal(signal.SIGUSR1, before)
+    with Vorcfg() as other:
+        states = [line.state for line in other.plan(can(1, tmp_path, lines=50)).lines]
+    assert (states[0], states[-1], set(states)) == ("accepted", "new", {"accepted", "new"})
+
+
 def serves(tmp_path: pathlib.Path, script: str) -> Sequence[str]:
     """A command that begins as vorcfg serve does."""
     greeting = '{"schema":3,"type":"serve","version":"1.0.0"}'
@@ -175,7 +217,10 @@ def serves(tmp_path: pathlib.Path, script: str) -> Sequence[str]:
 
 def test_what_vorcfg_cannot_answer_is_never_done(tmp_path: pathlib.Path) -> None:
     tower = can(1, tmp_path)
-    for script in ("read line", "read line; kill -9 $$", "read line; echo hello", "read line; echo '{}'"):
+    answers = ['{}', '{"type":"answer","id":1}', '{"type":"answer","id":7,"exit":0,"output":[]}',
+               '{"type":"answer","id":1,"exit":0,"output":[{"type":"apply"},{"type":"plan"}]}']
+    for script in ("read line", "read line; kill -9 $$", "read line; echo hello",
+                   *(f"read line; echo '{answer}'" for answer in answers)):
         with Vorcfg(serves(tmp_path, script)) as vorcfg, pytest.raises(Unknown, match="it may have been applied"):
             vorcfg.apply(tower)
         with Vorcfg(serves(tmp_path, script)) as vorcfg, pytest.raises(NotSent):
@@ -236,6 +281,11 @@ def test_threads_take_turns(vorcfg: Vorcfg, tower: Site) -> None:
     assert sorted(found, key=str) == [f"tower-{number}" for number in range(4) for _ in range(10)]
 
 
+LEFT_OUT = {
+    "error": {"from"}, "warning": {"column"}, "notice": {"column", "milliseconds"}, "plan_line": {"column"},
+    "plan": {"exit"}, "apply": {"exit"}, "call": {"column", "words", "messages", "library"}}
+
+
 @pytest.mark.parametrize("name, kind", [
     ("error", site.Problem), ("warning", site.Note), ("notice", site.Note), ("entry", site.Entry),
     ("plan_line", site.PlanLine), ("plan", site.PlanTotals), ("call", site.Call), ("apply", site.ApplyTotals),
@@ -243,6 +293,8 @@ def test_threads_take_turns(vorcfg: Vorcfg, tower: Site) -> None:
     ("report", site.Report), ("site", site.SiteLine), ("sites", site.Sites), ("journal", site.Journal)])
 def test_results_have_the_members_of_the_schema(name: str, kind: Any) -> None:
     definition = SCHEMA[name]
+    not_read = definition["properties"].keys() - {member.name for member in dataclasses.fields(kind)}
+    assert not_read - {"schema", "type"} == LEFT_OUT.get(name, set())
     for member in dataclasses.fields(kind):
         if (name, member.name) in {("sites", "journals"), ("notice", "other_line")}:
             continue

@@ -4,8 +4,10 @@ from __future__ import annotations
 import os
 import pathlib
 import runpy
+import signal
 import subprocess
 import sys
+import time
 from typing import Any
 
 import pytest
@@ -74,13 +76,30 @@ def test_a_test_fails_with_what_the_gateway_saw(pytester: pytest.Pytester) -> No
         assert text in said, text
 
 
+KILLED = """
+import os, time
+from device_mgmt.testing import Vorsim
+gateway = Vorsim()
+child = os.fork()
+if child == 0:
+    gateway.close()
+    os.close(1)
+    time.sleep(60)
+    os._exit(0)
+print(gateway.directory, child, sep="\\n", flush=True)
+os.kill(os.getpid(), 9)
+"""
+
+
 def test_nothing_is_left_of_a_killed_process() -> None:
-    script = "import os; from device_mgmt.testing import Vorsim; print(Vorsim().directory, flush=True); os.kill(0, 9)"
-    died = subprocess.run([sys.executable, "-c", script], stdout=subprocess.PIPE, text=True, start_new_session=True)
-    directory = pathlib.Path(died.stdout.rstrip())
-    assert directory.name.startswith("vorsim.")
-    while directory.exists():  # or ctest ends it
-        os.sched_yield()
+    died = subprocess.run([sys.executable, "-c", KILLED], stdout=subprocess.PIPE, text=True)
+    directory, child = died.stdout.splitlines()
+    assert pathlib.Path(directory).name.startswith("vorsim.")
+    deadline = time.monotonic() + 20
+    while pathlib.Path(directory).exists() and time.monotonic() < deadline:
+        time.sleep(0.01)
+    os.kill(int(child), signal.SIGKILL)
+    assert not pathlib.Path(directory).exists()
 
 
 def test_gateways_are_apart(vorsim: Vorsim) -> None:
@@ -88,6 +107,8 @@ def test_gateways_are_apart(vorsim: Vorsim) -> None:
         subprocess.run(["vorcfg", "can", "set-id", "1", "7", "1"], check=True,
                        env={**os.environ, **other.environment})
         other.expect(CAN)
+        with pytest.raises(TypeError, match="each line is an argument of its own"):
+            other.expect([CAN])  # type: ignore[arg-type]
         assert vorsim.received() == []
 
 

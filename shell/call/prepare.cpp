@@ -24,17 +24,17 @@ std::vector<input::Word> with_secret(const rows::Row& row, std::span<const input
         return all;
     }
     std::size_t at = 0;
-    std::size_t wanted = rows::Reading::first_word;
+    std::size_t needed = rows::Reading::first_word;
     for (const rows::Argument& argument : row.arguments()) {
-        at = argument.is_secret ? wanted : at;
-        wanted += argument.is_given() && !argument.is_list ? 1 : 0;
+        at = argument.is_secret ? needed : at;
+        needed += argument.is_given() && !argument.is_list ? 1 : 0;
     }
     const bool asked_for = sources.left_out->text != "?";
     if (at == 0) {
         if (asked_for) {
             throw input::InputError{"takes no secret argument"};
         }
-    } else if (all.size() + 1 == wanted && !(at < all.size() && input::is_secret_source(all[at]))) {
+    } else if (all.size() + 1 == needed && !(at < all.size() && input::is_secret_source(all[at]))) {
         all.insert(all.begin() + static_cast<std::ptrdiff_t>(at), *sources.left_out);
     } else if (asked_for) {
         throw input::InputError{"the secret is given twice, or another argument is missing"};

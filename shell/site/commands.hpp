@@ -29,7 +29,7 @@ int run_apply(const std::string& path, const input::Options& options);
 int run_confirm(const std::string& path, const input::Options& options);
 int run_revert(const std::string& path, const input::Options& options);
 
-// Its text, in JSON; one that is given is put where there is no journal, if it is that of the gateway.
+// Its text, in JSON; one that is given is put where there is none, if it is that of the gateway.
 int run_journal(const std::string& path, const std::optional<std::string>& text,
                 const std::optional<std::string>& gateway, const input::Options& options);
 

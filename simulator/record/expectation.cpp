@@ -37,7 +37,7 @@ bool is_number(Text text)
 }
 
 // The position of the first of the characters outside double quotes.
-std::size_t find_outside(Text text, Text wanted, std::size_t from = 0)
+std::size_t find_outside(Text text, Text part, std::size_t from = 0)
 {
     bool quoted = false;
     for (std::size_t at = from; at < text.size(); ++at) {
@@ -45,7 +45,7 @@ std::size_t find_outside(Text text, Text wanted, std::size_t from = 0)
             ++at;
         } else if (text[at] == '"') {
             quoted = !quoted;
-        } else if (!quoted && text.substr(at).starts_with(wanted)) {
+        } else if (!quoted && text.substr(at).starts_with(part)) {
             return at;
         }
     }

@@ -218,20 +218,20 @@ Command read_received(std::string_view text)
     using vor::OptionOf;
     static constexpr OptionOf<ReceivedRequest> options[] = {
         {{"--after", "SEQ", ""},
-         [](ReceivedRequest& wanted, std::string_view value) {
+         [](ReceivedRequest& request, std::string_view value) {
              const auto after = vor::number_in<std::uint64_t>(value);
-             wanted.after = after ? *after : throw UsageError("--after must be a message's number");
+             request.after = after ? *after : throw UsageError("--after must be a message's number");
          }},
         {{"--within", "T", ""},
-         [](ReceivedRequest& wanted, std::string_view value) { wanted.within = time_of("--within", value); }}};
-    ReceivedRequest wanted;
+         [](ReceivedRequest& request, std::string_view value) { request.within = time_of("--within", value); }}};
+    ReceivedRequest request;
     for (vor::Operands operands = operands_in(text); !operands.empty();) {
-        if (!operands.take_option(options, wanted) && !operands.take_option(record::filter_options, wanted.filter)) {
+        if (!operands.take_option(options, request) && !operands.take_option(record::filter_options, request.filter)) {
             operands.refuse();
         }
     }
-    wanted.filter.check();
-    return wanted;
+    request.filter.check();
+    return request;
 }
 
 Command read_reset(std::string_view text)

@@ -30,7 +30,7 @@ constexpr char end_of_request = '\0';
 // The records that a client asked for, some in a turn.
 class Receiving {
 public:
-    explicit Receiving(ReceivedRequest wanted) : wanted_(std::move(wanted)), sent_(wanted_.after) {}
+    explicit Receiving(ReceivedRequest request) : request_(std::move(request)), sent_(request_.after) {}
 
     // What was asked for, once it is complete: up to the latest message, or as many as one answer holds.
     std::optional<std::string> go_on(const Memory& memory)
@@ -54,7 +54,7 @@ public:
                 return {};
             }
             const auto& one = remembered[static_cast<std::size_t>(++sent_ - next)];
-            records_ += wanted_.filter.passes(one.record) ? one.json() + '\n' : "";
+            records_ += request_.filter.passes(one.record) ? one.json() + '\n' : "";
         }
         vor::Json head{{"first", *first_}, {"last", last_}, {"forgotten", forgotten_}};
         if (sent_ < last_) {
@@ -65,7 +65,7 @@ public:
     }
 
 private:
-    ReceivedRequest wanted_;
+    ReceivedRequest request_;
     std::optional<std::uint64_t> first_;
     std::uint64_t last_ = 0;
     std::uint64_t sent_; // or passed over
@@ -73,9 +73,9 @@ private:
     std::string records_;
 };
 
-Request request_of(const ReceivedRequest& wanted)
+Request request_of(const ReceivedRequest& request)
 {
-    const auto receiving = std::make_shared<Receiving>(wanted);
+    const auto receiving = std::make_shared<Receiving>(request);
     return [receiving](Running& running) { return receiving->go_on(running.memory); };
 }
 
@@ -181,8 +181,8 @@ std::optional<std::string> Control::answer_to(Client& client)
         if (const auto* const request_to_watch = std::get_if<WatchRequest>(&command)) {
             return watch(client, *request_to_watch);
         }
-        if (const auto* const wanted = std::get_if<ReceivedRequest>(&command)) {
-            return receive(client, *wanted);
+        if (const auto* const request = std::get_if<ReceivedRequest>(&command)) {
+            return receive(client, *request);
         }
         if (std::holds_alternative<Quit>(command)) {
             client.mode = Mode::quit; // until the process ends, and the connection with it
@@ -217,20 +217,20 @@ std::string Control::watch(Client& client, const WatchRequest& request)
 }
 
 // What has arrived already is the answer; else the client waits.
-std::optional<std::string> Control::receive(Client& client, const ReceivedRequest& wanted)
+std::optional<std::string> Control::receive(Client& client, const ReceivedRequest& request)
 {
     const auto& remembered = running_.memory.all();
-    const auto is_wanted = [&wanted](const Memory::Remembered& one) {
-        return one.record.seq > wanted.after && wanted.filter.passes(one.record);
+    const auto is_asked_for = [&request](const Memory::Remembered& one) {
+        return one.record.seq > request.after && request.filter.passes(one.record);
     };
-    if (wanted.within.count() > 0 && std::none_of(remembered.rbegin(), remembered.rend(), is_wanted)) {
+    if (request.within.count() > 0 && std::none_of(remembered.rbegin(), remembered.rend(), is_asked_for)) {
         limit_watching();
         client.mode = Mode::wait;
-        client.wait = wanted;
-        client.until = std::chrono::steady_clock::now() + wanted.within;
+        client.wait = request;
+        client.until = std::chrono::steady_clock::now() + request.within;
         return "";
     }
-    client.request = request_of(wanted);
+    client.request = request_of(request);
     return answer_to(client);
 }
 

@@ -69,8 +69,8 @@ private:
     std::optional<std::string> answer_to(Client& client);
     void finish(int descriptor, std::string answer);
     void drop_slow();
-    std::string watch(Client& client, const WatchRequest& wanted);
-    std::optional<std::string> receive(Client& client, const ReceivedRequest& wanted);
+    std::string watch(Client& client, const WatchRequest& request);
+    std::optional<std::string> receive(Client& client, const ReceivedRequest& request);
     void answer(int descriptor); // a client that waits
     void end_waits();
     void limit_watching() const;

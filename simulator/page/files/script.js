@@ -27,28 +27,28 @@ let seen = 0; // the number of the last message
 // --- Changing what is shown ---------------------------------------------------
 
 // What is being clicked, has the focus or is selected must stay the same element: an element is changed only where it
-// differs from what is wanted. Whether details are open is up to the user.
-function become(node, wanted) {
+// differs. Whether details are open is up to the user.
+function become(node, target) {
   if (node.nodeType === Node.TEXT_NODE) {
-    if (node.data !== wanted.data) {
-      node.data = wanted.data;
+    if (node.data !== target.data) {
+      node.data = target.data;
     }
     return;
   }
-  for (const { name, value } of wanted.attributes) {
+  for (const { name, value } of target.attributes) {
     if (node.getAttribute(name) !== value) {
       node.setAttribute(name, value);
     }
   }
-  hold(node, [...wanted.childNodes]);
+  hold(node, [...target.childNodes]);
 }
 
 const keyOf = (node, at) => node.dataset?.key ?? `${at} ${node.nodeName}`;
 
 // Those with the same key stay, or without one those of the same kind at the same place.
-function hold(parent, wanted) {
+function hold(parent, target) {
   const held = new Map([...parent.childNodes].map((node, at) => [keyOf(node, at), node]));
-  const children = wanted.map((fresh, at) => {
+  const children = target.map((fresh, at) => {
     const node = held.get(keyOf(fresh, at)) ?? fresh;
     held.delete(keyOf(fresh, at));
     if (node !== fresh) {

@@ -35,7 +35,6 @@ LISTS = {
     "left": ("new", "changed", "again"),
 }
 
-
 # The kinds of members, wherever vorcfg prints them; what is missing is noticed where it is used.
 KINDS: dict[str, tuple[type, ...]] = {
     **dict.fromkeys(("type", "call", "state", "verdict", "at", "complaint", "outcome", "obstacle", "argument"), (str,)),
@@ -68,7 +67,7 @@ class Lost(Failure):
 
 
 class GatewayAction(ActionBase):  # type: ignore[misc]
-    """A task identity_of requests go to the gateway over the connection's standard input; nothing is copied there."""
+    """A task whose requests go to the gateway over the connection's standard input; nothing is copied there."""
 
     option_spec: Json = GATEWAY_OPTIONS
 

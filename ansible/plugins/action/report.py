@@ -100,7 +100,7 @@ def state_of(results: Json) -> str:
         return "unknown"
     if waits(known):
         return "waiting"
-    if known["unknown"] or results["lost"].get("failed") or results["restored"].get("failed"):
+    if known["unknown"] or any(results[name].get("failed") for name in ("lost", "restored")):
         return "unknown"
     if known["refused"]:
         return "refused"
